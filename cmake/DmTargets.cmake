@@ -1,0 +1,47 @@
+# dm_library(NAME [PORTABLE file...] [WINDOWS file...] [LINK target...])
+#
+# One static library per source folder. Its own folder is its include root, and it sees only the
+# roots of what it links: a layer that includes upwards does not compile. PORTABLE sources include
+# no Windows header and are all that a native build compiles.
+function(dm_library name)
+    cmake_parse_arguments(ARG "" "" "PORTABLE;WINDOWS;LINK" ${ARGN})
+    set(sources ${ARG_PORTABLE})
+    if(WIN32)
+        list(APPEND sources ${ARG_WINDOWS})
+    endif()
+    if(sources)
+        add_library(${name} STATIC ${sources})
+        target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+        target_link_libraries(${name} PUBLIC ${ARG_LINK} PRIVATE dm_options)
+    else()
+        add_library(${name} INTERFACE)
+        target_include_directories(${name} INTERFACE ${CMAKE_CURRENT_SOURCE_DIR})
+        target_link_libraries(${name} INTERFACE ${ARG_LINK})
+    endif()
+endfunction()
+
+# dm_unit_test(NAME [PORTABLE file...] [WINDOWS file...] LINK target... [LOCK resource...])
+#
+# One test program and one ctest entry for a source folder; under Wine a process start costs more
+# than most cases. LOCK names what of the machine the cases share (rot, services, registry).
+function(dm_unit_test name)
+    cmake_parse_arguments(ARG "" "" "PORTABLE;WINDOWS;LINK;LOCK" ${ARGN})
+    set(sources ${ARG_PORTABLE})
+    if(WIN32)
+        list(APPEND sources ${ARG_WINDOWS})
+    endif()
+    if(NOT sources)
+        return()
+    endif()
+    add_executable(${name} ${sources})
+    target_link_libraries(${name} PRIVATE ${ARG_LINK} test_support GTest::gmock_main dm_options)
+    target_precompile_headers(${name} REUSE_FROM test_support)
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT 600)
+    if(ARG_LOCK)
+        set_tests_properties(${name} PROPERTIES RESOURCE_LOCK "${ARG_LOCK}")
+    endif()
+    if(WIN32)
+        set_tests_properties(${name} PROPERTIES FIXTURES_REQUIRED wine_prefix)
+    endif()
+endfunction()

@@ -1,0 +1,31 @@
+# Compiler settings that every target of the project shares, as the interface target dm_options.
+set(DM_SANITIZE "" CACHE STRING "Sanitizers: trap (mingw), address,undefined or thread (native)")
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+add_library(dm_options INTERFACE)
+target_compile_options(dm_options INTERFACE
+    $<$<COMPILE_LANGUAGE:CXX>:-Wall;-Wextra;-Wpedantic;-Wconversion;-Wshadow;-Werror>
+    # Identical bytes from two builds of one commit, wherever they are made.
+    $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.>
+    $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${CMAKE_BINARY_DIR}=build>)
+
+if(WIN32)
+    # msvcrt's own printf is what the ms_printf format checks speak of; no replacement by libmingwex.
+    target_compile_definitions(dm_options INTERFACE
+        WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601 __USE_MINGW_ANSI_STDIO=0)
+    target_link_options(dm_options INTERFACE -static -Wl,--no-insert-timestamp)
+endif()
+
+if(DM_SANITIZE STREQUAL "trap")
+    # mingw has no sanitizer run time: a violation is an illegal instruction.
+    target_compile_options(dm_options INTERFACE
+        $<$<COMPILE_LANGUAGE:CXX>:-fsanitize=undefined;-fsanitize-undefined-trap-on-error>)
+elseif(DM_SANITIZE)
+    target_compile_options(dm_options INTERFACE
+        $<$<COMPILE_LANGUAGE:CXX>:-fsanitize=${DM_SANITIZE};-fno-sanitize-recover=all;-fno-omit-frame-pointer>)
+    target_link_options(dm_options INTERFACE -fsanitize=${DM_SANITIZE})
+endif()

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "PrintfFormat.h"
+
+namespace vqrx::log::i_logger::v0 {
+
+/// What every part of the program logs through.
+class ILogger {
+public:
+    ILogger() = default;
+    ILogger(const ILogger&) = delete;
+    ILogger& operator=(const ILogger&) = delete;
+
+    /// Queues one message. Any thread; never waits for output, never fails.
+    /// @param level   0 error, 1 warning, 2 information, 3 detail
+    /// @param format  printf-style, in msvcrt's dialect
+    virtual void Log(int level, const char* format, ...) VQRX_PRINTF(3, 4) = 0;
+
+    virtual ~ILogger() = default;
+};
+
+} // namespace vqrx::log::i_logger::v0

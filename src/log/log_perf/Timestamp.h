@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+
+#if defined(_WIN32)
+#include <sys/timeb.h>
+#else
+/// The layout of the C runtime's structure (sys/timeb.h), for builds on other hosts.
+struct __timeb64 { // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+    std::int64_t time;
+    unsigned short millitm;
+    short timezone;
+    short dstflag;
+};
+#endif
+
+namespace vqrx::log::log_perf::v2 {
+
+/// The time of a record: seconds since 1970 and milliseconds, as _ftime64 fills it.
+using Timestamp = struct ::__timeb64;
+
+/// Milliseconds since 1970.
+inline std::int64_t MillisecondsOf(const Timestamp& timestamp) noexcept
+{
+    return static_cast<std::int64_t>(timestamp.time) * 1000 + timestamp.millitm;
+}
+
+} // namespace vqrx::log::log_perf::v2

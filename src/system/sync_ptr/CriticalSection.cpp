@@ -1,0 +1,19 @@
+#include "sync_ptr/CriticalSection.h"
+
+#include "exception_utils/AtlException.h"
+
+namespace vqrx::system::sync_ptr::v1 {
+
+CriticalSection::CriticalSection() // NOLINT(cppcoreguidelines-pro-type-member-init): made below
+{
+    if (InitializeCriticalSectionAndSpinCount(&section_, 0) == FALSE) {
+        ATL::ThrowWin32(GetLastError());
+    }
+}
+
+CriticalSection::~CriticalSection()
+{
+    DeleteCriticalSection(&section_);
+}
+
+} // namespace vqrx::system::sync_ptr::v1
