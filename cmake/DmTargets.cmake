@@ -45,3 +45,16 @@ function(dm_unit_test name)
         set_tests_properties(${name} PROPERTIES FIXTURES_REQUIRED wine_prefix)
     endif()
 endfunction()
+
+# dm_header_library(TARGET FOLDER): a header-only library from a Debian package, as an interface
+# target. Only its own folder is linked into the build tree: the system's include folder as a whole
+# would shadow the cross compiler's headers.
+function(dm_header_library target folder)
+    find_path(${target}_ROOT ${folder} PATHS /usr/include NO_DEFAULT_PATH REQUIRED
+        NO_CMAKE_FIND_ROOT_PATH)
+    set(link_root ${CMAKE_BINARY_DIR}/header_libraries/${target})
+    file(MAKE_DIRECTORY ${link_root})
+    file(CREATE_LINK ${${target}_ROOT}/${folder} ${link_root}/${folder} SYMBOLIC)
+    add_library(${target} INTERFACE)
+    target_include_directories(${target} SYSTEM INTERFACE ${link_root})
+endfunction()
