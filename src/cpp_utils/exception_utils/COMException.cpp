@@ -1,0 +1,29 @@
+#include "exception_utils/COMException.h"
+
+#include "exception_utils/ErrorRegistry.h"
+#include "exception_utils/HResultText.h"
+
+#include <sstream>
+
+namespace eu = vqrx::cpp_utils::exception_utils::v1;
+
+const char* COMException::Describe() const
+{
+    const char* const registered = eu::FindErrorMessage(hr_);
+    message_ = registered != nullptr ? registered : eu::HResultText(hr_);
+    std::ostringstream stream;
+    stream << (registered != nullptr ? "Vantoro Error " : "COM Error ") << std::hex
+           << static_cast<unsigned long>(hr_) << ": " << message_;
+    text_ = stream.str();
+    return message_.c_str();
+}
+
+const char* COMException::what() const noexcept
+{
+    try {
+        Describe();
+        return text_.c_str();
+    } catch (...) { // an exception must be able to describe itself even when memory has run out
+        return "COM Error";
+    }
+}

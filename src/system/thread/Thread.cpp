@@ -1,0 +1,42 @@
+#include "thread/Thread.h"
+
+#include <process.h>
+
+namespace vqrx::system::thread::v1 {
+namespace {
+
+using SharedBody = std::shared_ptr<const std::function<void()>>;
+
+// The end of the road for exceptions: a thread that fails must not take the supervisor with it.
+unsigned __stdcall ThreadEntry(void* argument) noexcept
+{
+    const std::unique_ptr<SharedBody> body(static_cast<SharedBody*>(argument));
+    try {
+        (**body)();
+        return 0;
+    } catch (...) {
+        return 1;
+    }
+}
+
+} // namespace
+
+Thread::Thread(std::function<void()> body)
+    : body_(std::make_shared<const std::function<void()>>(std::move(body)))
+{
+    auto argument = std::make_unique<SharedBody>(body_);
+    const auto created = _beginthreadex(nullptr, 0, ThreadEntry, argument.get(), 0, &threadId_);
+    handle_.Reset(reinterpret_cast<HANDLE>(created)); // NOLINT(performance-no-int-to-ptr)
+    if (handle_) {
+        static_cast<void>(argument.release()); // the new thread's now
+    }
+}
+
+Thread::~Thread()
+{
+    if (handle_) {
+        WaitForSingleObject(handle_.Get(), 0);
+    }
+}
+
+} // namespace vqrx::system::thread::v1
