@@ -9,8 +9,8 @@ namespace {
 
 using Registry = std::map<std::int32_t, const char*>;
 
-// Made at the first use, complete with the product's codes, so that no static object of another file
-// can see it half-built. Never destroyed: exceptions are described until the very end.
+// Made at the first use, complete with the product's codes, so that no static object of another
+// file can see it half-built. Never destroyed: exceptions are described until the very end.
 Registry& TheRegistry()
 {
     static Registry& registry = *[] {

@@ -4,8 +4,8 @@
 
 namespace vqrx::cpp_utils::exception_utils::v1 {
 
-/// Adds a message for a result code, or replaces it. For static initialisation only: readers take no
-/// lock.
+/// Adds a message for a result code, or replaces it. For static initialisation only: readers take
+/// no lock.
 /// @param message  not copied; must live as long as the program
 /// @return always false, for the initialiser of a static object
 bool RegisterErrorMessage(std::int32_t code, const char* message);

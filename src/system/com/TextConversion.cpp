@@ -50,7 +50,8 @@ std::string WideToNarrow(std::wstring_view text, UINT codePage)
     }
     const int length = CheckedLength(text.size());
     return ConvertText<std::string>(length * 2, [&](char* buffer, int size) {
-        return WideCharToMultiByte(codePage, 0, text.data(), length, buffer, size, nullptr, nullptr);
+        return WideCharToMultiByte(codePage, 0, text.data(), length, buffer, size, nullptr,
+                                   nullptr);
     });
 }
 

@@ -9,7 +9,8 @@ template <typename T>
 class ValueLock : public ILock {
 public:
     ValueLock(std::unique_ptr<ILock> inner, T value) noexcept
-        : inner_(std::move(inner)), value_(std::move(value))
+        : inner_(std::move(inner))
+        , value_(std::move(value))
     {
     }
 

@@ -2,7 +2,11 @@
 
 namespace vqrx::system::sync_ptr::v1 {
 
-LockImpl::LockImpl(CRITICAL_SECTION* section) noexcept : owner_(section), section_(section) {}
+LockImpl::LockImpl(CRITICAL_SECTION* section) noexcept
+    : owner_(section)
+    , section_(section)
+{
+}
 
 std::unique_ptr<LockImpl> LockImpl::Make(CRITICAL_SECTION* section)
 {

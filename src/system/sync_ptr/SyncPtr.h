@@ -8,10 +8,10 @@
 
 namespace vqrx::system::sync_ptr::v1 {
 
-/// Locked access to a shared object: whoever has one in hand is inside the lock, and the lock is left
-/// when it goes away. Reads like a pointer; the pointer itself is never handed out, so that the
-/// object cannot be reached without the lock. Movable, not copyable; a further hold is made with
-/// Clone(). Stays on the thread that made it, and no longer than the object is needed.
+/// Locked access to a shared object: whoever has one in hand is inside the lock, and the lock is
+/// left when it goes away. Reads like a pointer; the pointer itself is never handed out, so that
+/// the object cannot be reached without the lock. Movable, not copyable; a further hold is made
+/// with Clone(). Stays on the thread that made it, and no longer than the object is needed.
 /// @tparam T  a raw or shared pointer to the guarded object
 template <typename T>
 class sync_ptr { // NOLINT(readability-identifier-naming): reads like std::shared_ptr
@@ -20,11 +20,13 @@ public:
 
     /// @param lock  a hold on the lock that guards what value points to
     sync_ptr(std::unique_ptr<ILock> lock, T value) noexcept
-        : lock_(std::move(lock)), value_(std::move(value))
+        : lock_(std::move(lock))
+        , value_(std::move(value))
     {
     }
     sync_ptr(sync_ptr&& other) noexcept
-        : lock_(std::move(other.lock_)), value_(std::exchange(other.value_, T{}))
+        : lock_(std::move(other.lock_))
+        , value_(std::exchange(other.value_, T{}))
     {
     }
     sync_ptr& operator=(sync_ptr&& other) noexcept
@@ -66,7 +68,8 @@ private:
 /// @param section  must outlive the result and every hold cloned from it
 /// @throws std::bad_alloc, with nothing entered
 template <typename T>
-sync_ptr<T> make_sync_ptr(T value, CRITICAL_SECTION* section) // NOLINT(readability-identifier-naming)
+sync_ptr<T> make_sync_ptr(T value,
+                          CRITICAL_SECTION* section) // NOLINT(readability-identifier-naming)
 {
     return sync_ptr<T>(LockImpl::Make(section), std::move(value));
 }

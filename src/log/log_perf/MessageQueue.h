@@ -1,0 +1,67 @@
+#pragma once
+
+#include "log_perf/LogRecord.h"
+#include "sync_ptr/CriticalSection.h"
+#include "win32/UniqueHandle.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <list>
+
+namespace vqrx::log::log_perf::v2 {
+
+/// What the queue's worker thread works for.
+class IQueueOwner {
+public:
+    IQueueOwner() = default;
+    IQueueOwner(const IQueueOwner&) = delete;
+    IQueueOwner& operator=(const IQueueOwner&) = delete;
+
+    /// Hands a record to the sinks. Worker thread only.
+    virtual void Deliver(const LogRecord& record) noexcept = 0;
+    /// Milliseconds until the next report is due. Worker thread only.
+    virtual std::uint32_t TimeUntilReport() noexcept = 0;
+    /// Makes the report. Worker thread only.
+    virtual void MakeReport() noexcept = 0;
+
+protected:
+    ~IQueueOwner() = default;
+};
+
+/// Bounded queue of records and the worker thread that empties it. Appending never waits for the
+/// worker. When 1000 records wait, one record says so and everything after it is lost until the
+/// worker has emptied the queue.
+class MessageQueue {
+public:
+    static constexpr std::size_t kMaxWaiting = 1000;
+
+    /// Starts the worker. owner must outlive the queue and be ready to be called at once.
+    explicit MessageQueue(IQueueOwner& owner);
+    MessageQueue(const MessageQueue&) = delete;
+    MessageQueue& operator=(const MessageQueue&) = delete;
+
+    /// Ends the worker after it has delivered what is queued.
+    ~MessageQueue();
+
+    /// Any thread. @throws std::bad_alloc, with the queue as it was
+    void Append(LogRecord record);
+
+private:
+    static unsigned __stdcall WorkerEntry(void* queue) noexcept;
+    void Work() noexcept;
+    void DeliverOne() noexcept;
+    void DeliverAll() noexcept;
+    std::size_t Length() noexcept;
+    std::list<LogRecord> Take() noexcept;
+
+    IQueueOwner& owner_;
+    std::list<LogRecord> records_; // under lock_
+    system::win32::v1::UniqueKernelHandle worker_;
+    system::win32::v1::UniqueKernelHandle stopEvent_;
+    system::win32::v1::UniqueKernelHandle semaphore_; // counts the waiting records
+    bool overflowed_ = false;                         // under lock_
+    bool stopping_ = false;                           // under lock_
+    system::sync_ptr::v1::CriticalSection lock_;
+};
+
+} // namespace vqrx::log::log_perf::v2

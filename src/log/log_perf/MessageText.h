@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdarg>
+#include <cstddef>
+#include <string>
+
+namespace vqrx::log::log_perf::v2 {
+
+/// A longer message is cut to so many characters.
+inline constexpr std::size_t kMaxMessageLength = 1040;
+
+/// Makes one line of a message: a line feed becomes a space, a carriage return disappears.
+/// @return the new length
+std::size_t CleanMessage(char* text, std::size_t length) noexcept;
+
+/// Formats as printf does, cuts and cleans. A message that cannot be formatted is what could be.
+/// @throws std::bad_alloc
+std::string FormatMessageText(const char* format, std::va_list arguments);
+
+} // namespace vqrx::log::log_perf::v2

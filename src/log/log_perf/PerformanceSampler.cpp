@@ -1,0 +1,60 @@
+#include "log_perf/PerformanceSampler.h"
+
+#include "log_perf/Clock.h"
+
+#include <windows.h>
+
+#include <psapi.h>
+
+namespace vqrx::log::log_perf::v2 {
+namespace {
+
+std::uint64_t Number(const FILETIME& time) noexcept
+{
+    return (static_cast<std::uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime;
+}
+
+} // namespace
+
+SystemTimes SampleSystemTimes() noexcept
+{
+    FILETIME idle{};
+    FILETIME kernel{};
+    FILETIME user{};
+    GetSystemTimes(&idle, &kernel, &user);
+    return {Number(idle), Number(kernel) + Number(user)};
+}
+
+PerformanceSample SamplePerformance() noexcept
+{
+    PerformanceSample sample;
+    sample.time = CurrentTimestamp();
+
+    FILETIME created{};
+    FILETIME exited{};
+    FILETIME kernel{};
+    FILETIME user{};
+    GetProcessTimes(GetCurrentProcess(), &created, &exited, &kernel, &user);
+    sample.kernelTime = Number(kernel);
+    sample.userTime = Number(user);
+
+    PROCESS_MEMORY_COUNTERS memory{};
+    GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory);
+    sample.workingSet = memory.WorkingSetSize;
+    sample.pageFileUsage = memory.PagefileUsage;
+
+    MEMORYSTATUSEX status{};
+    status.dwLength = sizeof status;
+    GlobalMemoryStatusEx(&status);
+    sample.totalPageFile = status.ullTotalPageFile;
+    sample.availablePageFile = status.ullAvailPageFile;
+
+    DWORD handles = 0;
+    GetProcessHandleCount(GetCurrentProcess(), &handles);
+    sample.handleCount = handles;
+
+    sample.system = SampleSystemTimes();
+    return sample;
+}
+
+} // namespace vqrx::log::log_perf::v2
