@@ -1,0 +1,141 @@
+#include "log_perf/LogFileSink.h"
+
+#include "log_perf/DateText.h"
+#include "log_perf/FileExists.h"
+#include "log_perf/LogLine.h"
+#include "log_perf/RingHeader.h"
+#include "log_perf/RingReload.h"
+
+#include <utility>
+
+namespace vqrx::log::log_perf::v2 {
+namespace {
+
+using system::sync_ptr::v1::CriticalSectionHold;
+
+// Streams that write are in text mode, which makes "\r\n" of a line feed on Windows; elsewhere the
+// same bytes are written by hand.
+#if defined(_WIN32)
+constexpr const char* kLineEnd = "\n";
+#else
+constexpr const char* kLineEnd = "\r\n";
+#endif
+
+void CreateRing(const std::string& name)
+{
+    std::ofstream file(name);
+    file << FormatRingHeader(0) << kLineEnd << std::flush;
+}
+
+} // namespace
+
+LogFileSink::LogFileSink() = default;
+
+LogFileSink::~LogFileSink() = default;
+
+void LogFileSink::SetFileName(const std::string& name)
+{
+    const CriticalSectionHold hold(lock_);
+    fileName_ = name;
+}
+
+void LogFileSink::SetSizeLimit(std::uint32_t bytes) noexcept
+{
+    const CriticalSectionHold hold(lock_);
+    sizeLimit_ = bytes;
+}
+
+void LogFileSink::SetThreshold(int level) noexcept
+{
+    const CriticalSectionHold hold(lock_);
+    threshold_ = level;
+}
+
+void LogFileSink::Write(int level, const Timestamp* timestamp, const char* text)
+{
+    bool reopen = false;
+    std::uint32_t sizeLimit = 0;
+    {
+        const CriticalSectionHold hold(lock_);
+        if (level > threshold_) {
+            return;
+        }
+        reopen = fileName_ != openFileName_ || !stream_.is_open() || stream_.fail();
+        openFileName_ = fileName_;
+        sizeLimit = sizeLimit_;
+    }
+    if (reopen) {
+        Open();
+    }
+    LogHistoryEntry entry;
+    entry.level = level;
+    entry.time = MillisecondsOf(*timestamp);
+    entry.date = DateText(*timestamp);
+    entry.text = text;
+    WriteRecord(entry, sizeLimit);
+    history_.Insert(sequence_, std::move(entry));
+    sequence_ = static_cast<std::int64_t>(static_cast<std::uint64_t>(sequence_) + 1);
+}
+
+// Every write is followed by a flush or a seek, so that positions are those of the file.
+void LogFileSink::WriteRecord(const LogHistoryEntry& entry, std::uint32_t sizeLimit)
+{
+    if (!stream_.is_open()) {
+        return;
+    }
+    stream_ << FormatLogLine(sequence_, entry) << kLineEnd << std::flush;
+    if (sizeLimit != 0 && static_cast<std::streamoff>(sizeLimit) < stream_.tellp()) {
+        stream_.seekp(kRingStart);
+    }
+    const std::streamoff position = stream_.tellp();
+    stream_.seekp(0);
+    stream_ << FormatRingHeader(static_cast<std::uint32_t>(position)) << kLineEnd;
+    stream_.seekp(position);
+}
+
+void LogFileSink::Open()
+{
+    if (stream_.is_open()) {
+        stream_.close();
+    }
+    if (openFileName_.empty()) {
+        return;
+    }
+    if (!FileExists(openFileName_)) {
+        CreateRing(openFileName_);
+    }
+    std::uint32_t position = kRingStart;
+    if (std::ifstream file{openFileName_, std::ios::binary}) {
+        position = ReadRingHeader(file);
+    }
+    Reload(position);
+    stream_.open(openFileName_, std::ios::in | std::ios::out);
+    stream_.seekp(position);
+}
+
+void LogFileSink::Reload(std::uint32_t writePosition)
+{
+    sequence_ = 0;
+    history_.Clear();
+    std::ifstream file(openFileName_, std::ios::binary);
+    if (!file) {
+        return;
+    }
+    sequence_ = ReloadRing(file, writePosition,
+                           [this](std::int64_t number, LogHistoryEntry entry) {
+                               history_.Insert(number, std::move(entry));
+                           });
+}
+
+bool LogFileSink::GetRange(std::int64_t first, std::int64_t last, std::int64_t& outFirst,
+                           std::int64_t& outLast)
+{
+    return history_.GetRange(first, last, outFirst, outLast);
+}
+
+ILogRetriever::Entries LogFileSink::GetEntries(std::int64_t first, std::int64_t last)
+{
+    return history_.GetEntries(first, last);
+}
+
+} // namespace vqrx::log::log_perf::v2

@@ -1,0 +1,64 @@
+#include "log_perf/LogHistory.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+namespace vqrx::log::log_perf::v2 {
+
+using system::sync_ptr::v1::CriticalSectionHold;
+
+void LogHistory::Insert(std::int64_t number, LogHistoryEntry entry)
+{
+    const CriticalSectionHold hold(lock_);
+    entries_.insert_or_assign(entries_.end(), number, std::move(entry));
+    while (entries_.size() > capacity_) {
+        entries_.erase(entries_.begin());
+    }
+}
+
+void LogHistory::Clear() noexcept
+{
+    const CriticalSectionHold hold(lock_);
+    entries_.clear();
+}
+
+// A damaged file can bring any number into the table: the sum wraps instead of overflowing.
+std::int64_t LogHistory::Resolve(std::int64_t number) const noexcept
+{
+    if (number >= 0) {
+        return number;
+    }
+    const auto newest = static_cast<std::uint64_t>(entries_.rbegin()->first);
+    return static_cast<std::int64_t>(newest + 1 + static_cast<std::uint64_t>(number));
+}
+
+bool LogHistory::GetRange(std::int64_t first, std::int64_t last, std::int64_t& outFirst,
+                          std::int64_t& outLast)
+{
+    const CriticalSectionHold hold(lock_);
+    if (entries_.empty()) {
+        throw std::runtime_error("History is empty");
+    }
+    outFirst = std::max(Resolve(first), entries_.begin()->first);
+    outLast = std::min(Resolve(last), entries_.rbegin()->first);
+    return outLast >= outFirst;
+}
+
+ILogRetriever::Entries LogHistory::GetEntries(std::int64_t first, std::int64_t last)
+{
+    ILogRetriever::Entries result;
+    const CriticalSectionHold hold(lock_);
+    if (entries_.empty()) {
+        return result;
+    }
+    const std::int64_t lowest = Resolve(first);
+    const std::int64_t highest = Resolve(last);
+    for (auto entry = entries_.lower_bound(lowest);
+         entry != entries_.end() && entry->first <= highest; ++entry) {
+        result.emplace_back(*entry);
+    }
+    return result;
+}
+
+} // namespace vqrx::log::log_perf::v2

@@ -1,0 +1,72 @@
+#include "log_perf/RingReload.h"
+
+#include "log_perf/LineReader.h"
+#include "log_perf/LogLine.h"
+
+#include <string>
+
+namespace vqrx::log::log_perf::v2 {
+namespace {
+
+// Numbers come from the file: the last one of all is followed by the first, without overflow.
+void Advance(std::int64_t& counter) noexcept
+{
+    counter = static_cast<std::int64_t>(static_cast<std::uint64_t>(counter) + 1);
+}
+
+void Rewind(std::istream& file, std::uint32_t position)
+{
+    file.clear();
+    file.seekg(position);
+}
+
+void ReadOlderPart(std::istream& file, std::uint32_t writePosition, std::int64_t& counter,
+                   const RecordFound& recordFound)
+{
+    Rewind(file, writePosition);
+    LineReader reader(file, writePosition);
+    std::string line;
+    bool numbered = false;
+    while (reader.Next(line)) {
+        const auto fields = SplitLogLine(line);
+        if (fields.size() < kLogLineFields) {
+            continue;
+        }
+        if (numbered) {
+            recordFound(counter, ParseLogEntry(fields));
+            Advance(counter);
+        } else if (const auto number = ParseRecordNumber(fields[0])) {
+            counter = *number;
+            numbered = true;
+        }
+    }
+}
+
+void ReadNewerPart(std::istream& file, std::uint32_t writePosition, std::int64_t& counter,
+                   const RecordFound& recordFound)
+{
+    Rewind(file, 0);
+    LineReader reader(file);
+    std::string line;
+    reader.Next(line); // the header
+    while (reader.Position() < writePosition && reader.Next(line)) {
+        const auto fields = SplitLogLine(line);
+        if (fields.size() >= kLogLineFields) {
+            recordFound(counter, ParseLogEntry(fields));
+            Advance(counter);
+        }
+    }
+}
+
+} // namespace
+
+std::int64_t ReloadRing(std::istream& file, std::uint32_t writePosition,
+                        const RecordFound& recordFound)
+{
+    std::int64_t counter = 0;
+    ReadOlderPart(file, writePosition, counter, recordFound);
+    ReadNewerPart(file, writePosition, counter, recordFound);
+    return counter;
+}
+
+} // namespace vqrx::log::log_perf::v2
