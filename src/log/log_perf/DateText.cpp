@@ -17,9 +17,9 @@ std::string DateText(const Timestamp& timestamp)
     const char* const known = ctime_r(&seconds, text.data());
 #endif
     std::array<char, 260> buffer{};
-    const int length =
-        std::snprintf(buffer.data(), buffer.size(), "%.19s.%03d",
-                      known != nullptr ? known : "\?\?\? \?\?\? \?\? \?\?:\?\?:\?\?", timestamp.millitm);
+    const int length = std::snprintf(buffer.data(), buffer.size(), "%.19s.%03d",
+                                     known != nullptr ? known : "\?\?\? \?\?\? \?\? \?\?:\?\?:\?\?",
+                                     timestamp.millitm);
     return {buffer.data(), length > 0 ? static_cast<std::size_t>(length) : 0};
 }
 

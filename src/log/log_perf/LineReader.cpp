@@ -11,7 +11,9 @@ constexpr std::size_t kBufferSize = 64 * 1024;
 } // namespace
 
 LineReader::LineReader(std::istream& stream, std::uint64_t position)
-    : stream_(stream), position_(position), buffer_(kBufferSize)
+    : stream_(stream)
+    , position_(position)
+    , buffer_(kBufferSize)
 {
 }
 

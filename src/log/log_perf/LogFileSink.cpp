@@ -121,10 +121,9 @@ void LogFileSink::Reload(std::uint32_t writePosition)
     if (!file) {
         return;
     }
-    sequence_ = ReloadRing(file, writePosition,
-                           [this](std::int64_t number, LogHistoryEntry entry) {
-                               history_.Insert(number, std::move(entry));
-                           });
+    sequence_ = ReloadRing(file, writePosition, [this](std::int64_t number, LogHistoryEntry entry) {
+        history_.Insert(number, std::move(entry));
+    });
 }
 
 bool LogFileSink::GetRange(std::int64_t first, std::int64_t last, std::int64_t& outFirst,

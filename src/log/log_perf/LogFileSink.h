@@ -12,8 +12,8 @@
 namespace vqrx::log::log_perf::v2 {
 
 /// Writes records into one text file of bounded size that is used as a ring, and keeps the most
-/// recent ones in memory. The file can be read by other programs at any time; after each record it is
-/// complete on disk, header included. See docs/log-format.md.
+/// recent ones in memory. The file can be read by other programs at any time; after each record it
+/// is complete on disk, header included. See docs/log-format.md.
 class LogFileSink : public ILogSink, public ILogRetriever {
 public:
     /// No file, no size limit, threshold 3.
@@ -21,7 +21,8 @@ public:
     LogFileSink();
     ~LogFileSink() override;
 
-    /// The file to write, in the ANSI code page; opened by the next Write. Empty: no file. Any thread.
+    /// The file to write, in the ANSI code page; opened by the next Write. Empty: no file. Any
+    /// thread.
     void SetFileName(const std::string& name);
 
     /// Bytes after which the next record starts at the front again; 0 for no limit. Any thread.
@@ -32,7 +33,8 @@ public:
 
     /// A file that cannot be opened is tried again at every record. The history gets the record in
     /// either case.
-    /// @throws std::invalid_argument, std::out_of_range  when the file had to be opened and one of its
+    /// @throws std::invalid_argument, std::out_of_range  when the file had to be opened and one of
+    /// its
     ///         lines is damaged: the record is not written, and the next one tries again
     void Write(int level, const Timestamp* timestamp, const char* text) override;
 

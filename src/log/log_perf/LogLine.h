@@ -20,7 +20,8 @@ std::string FormatLogLine(std::int64_t number, const LogHistoryEntry& entry);
 std::vector<std::string_view> SplitLogLine(std::string_view line);
 
 /// The entry of a line that has been split into kLogLineFields fields or more.
-/// @throws std::invalid_argument, std::out_of_range  when the third field is no 64-bit or the fourth
+/// @throws std::invalid_argument, std::out_of_range  when the third field is no 64-bit or the
+/// fourth
 ///         no 32-bit decimal number; texts as the standard conversions'
 LogHistoryEntry ParseLogEntry(const std::vector<std::string_view>& fields);
 

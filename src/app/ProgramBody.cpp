@@ -1,0 +1,96 @@
+#include "ProgramBody.h"
+
+#include "ConsoleControl.h"
+#include "FirmwareRoot.h"
+#include "ManagerReference.h"
+#include "RotRegistration.h"
+#include "WorkingDirectory.h"
+#include "com/ComApartment.h"
+#include "log_perf/ConsoleSink.h"
+#include "log_perf/LibLogPerf.h"
+#include "log_perf/LogFileSink.h"
+
+#include <windows.h>
+
+#include <direct.h>
+
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <string>
+
+namespace vqrx::app::v0 {
+namespace {
+
+using log::log_perf::v2::ConsoleSink;
+using log::log_perf::v2::LibLogPerf;
+using log::log_perf::v2::LogFileSink;
+using system::com::v1::ComApartment;
+
+constexpr int kLogThreshold = 3;
+constexpr std::uint32_t kLogSizeLimit = 0x100000; // bytes
+constexpr DWORD kCheckInterval = 1000;            // milliseconds
+
+// Without a log root the program logs to the console alone.
+void AddLogFile(LogFileSink& sink, LibLogPerf& logger)
+{
+    std::string root;
+    if (!TryGetFirmwareRoot(root)) {
+        return;
+    }
+    const std::string folder = root + "\\Logs";
+    static_cast<void>(_mkdir(folder.c_str())); // it may exist already
+    sink.SetFileName(folder + "\\" + "DaemonManager" + ".log");
+    sink.SetSizeLimit(kLogSizeLimit);
+    logger.AddSink(&sink);
+}
+
+// There is no window: the loop exists to receive WM_QUIT, and only that ends it.
+void PumpMessages()
+{
+    MSG message{};
+    while (GetMessageA(&message, nullptr, 0, 0) != 0) {
+        TranslateMessage(&message);
+        DispatchMessageA(&message);
+    }
+}
+
+// What is made here is undone in the opposite order, at the end and when an exception passes.
+void Supervise()
+{
+    std::string firmwareRoot;
+    GetFirmwareRoot(firmwareRoot);
+    ChangeDirectory(firmwareRoot + "\\App");
+
+    LogFileSink fileSink;
+    ConsoleSink consoleSink;
+    consoleSink.SetThreshold(kLogThreshold);
+    LibLogPerf logger;
+    logger.AddSink(&consoleSink);
+    AddLogFile(fileSink, logger);
+
+    const ComApartment apartment;
+    SetConsoleTitleA("DaemonManager");
+    const ManagerReference manager(GetCurrentThreadId(), kCheckInterval, &logger);
+    std::unique_ptr<RotRegistration> registration;
+    MakeRotRegistration(registration, manager.Object(), logger);
+    InstallConsoleCtrlHandler();
+    PumpMessages();
+}
+
+} // namespace
+
+int RunProgram()
+{
+    try {
+        Supervise();
+        return 0;
+    } catch (const std::exception& exception) {
+        std::cerr << "Exception occured : " << exception.what() << std::endl;
+    } catch (...) {
+        std::cerr << "Unknown exception occured" << std::endl;
+    }
+    return 1;
+}
+
+} // namespace vqrx::app::v0

@@ -1,0 +1,19 @@
+#include "ProgramBody.h"
+
+#include <exception>
+#include <iostream>
+#include <string>
+#include <vector>
+
+int main(int argc, char** argv)
+{
+    try {
+        const std::vector<std::string> arguments(argv, argv + argc); // there are no options
+        return vqrx::app::v0::RunProgram();
+    } catch (const std::exception& exception) {
+        std::cerr << "Error: " << exception.what() << std::endl;
+    } catch (...) {
+        std::cerr << "Unknown error\n";
+    }
+    return 1;
+}

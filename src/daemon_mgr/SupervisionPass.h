@@ -1,0 +1,12 @@
+#pragma once
+
+#include "DaemonTable.h"
+#include "ILogger.h"
+
+namespace vqrx::system::daemon::daemon_mgr::v0 {
+
+/// Looks once at every daemon: one whose process has ended is reported, and one without a live
+/// process is started. The caller holds the table lock.
+void SupervisionPass(DaemonTable& table, log::i_logger::v0::ILogger& logger);
+
+} // namespace vqrx::system::daemon::daemon_mgr::v0

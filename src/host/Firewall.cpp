@@ -1,0 +1,200 @@
+#include "Firewall.h"
+
+#include "com/TextConversion.h"
+#include "com/UniqueBstr.h"
+
+#include <icftypes.h>
+
+namespace vqrx::host::v0 {
+namespace {
+
+using log::i_logger::v0::ILogger;
+using system::com::v1::ComPtr;
+using system::com::v1::UniqueBstr;
+
+// Class ids of netfw.h, spelt out because not every SDK's import library defines them.
+constexpr CLSID kNetFwMgr = {
+    0x304CE942, 0x6E39, 0x40D8, {0x94, 0x3A, 0xB9, 0x13, 0xC4, 0x0C, 0x9C, 0xD4}};
+constexpr CLSID kNetFwPolicy2 = {
+    0xE2B3C97F, 0x6AE1, 0x41AC, {0x81, 0x7A, 0xF6, 0xF9, 0x21, 0x66, 0xD7, 0xDD}};
+constexpr CLSID kNetFwRule = {
+    0x2C5BC43E, 0x3369, 0x4C33, {0xAB, 0x0C, 0xBE, 0x94, 0x69, 0x67, 0x7A, 0xF4}};
+
+constexpr LONG kAnyProtocol = 256; // NET_FW_IP_PROTOCOL_ANY of icftypes.h, which mingw's lacks
+constexpr auto kEndpointNotRegistered = static_cast<HRESULT>(0x800706D9); // EPT_S_NOT_REGISTERED
+
+template <typename Interface>
+HRESULT Create(const CLSID& classId, ComPtr<Interface>& object)
+{
+    return CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, __uuidof(Interface),
+                            object.PutVoid());
+}
+
+unsigned long Printable(HRESULT hr) noexcept
+{
+    return static_cast<unsigned long>(hr);
+}
+
+UniqueBstr BstrFromAnsi(const std::string& text)
+{
+    return UniqueBstr(system::com::v1::NarrowToWide(text, CP_THREAD_ACP));
+}
+
+UniqueBstr RuleName(const std::string& path)
+{
+    return BstrFromAnsi("allowing " + path);
+}
+
+} // namespace
+
+Firewall::Firewall(const std::string& name, ILogger* logger, SleepSeconds sleep)
+    : logger_(logger)
+    , portRulePattern_(name + "_tcp_port_%d")
+{
+    if (WaitForFirewallService(logger_, sleep)) {
+        Bind(sleep);
+    }
+}
+
+Firewall::~Firewall() = default;
+
+void Firewall::Bind(const SleepSeconds& sleep)
+{
+    ComPtr<INetFwMgr> manager;
+    HRESULT hr = Create(kNetFwMgr, manager);
+    if (FAILED(hr)) {
+        logger_->Log(0, "Firewall: CoCreateInstance failed: 0x%08lx", Printable(hr));
+        return;
+    }
+    ComPtr<INetFwPolicy> localPolicy;
+    hr = manager->get_LocalPolicy(localPolicy.Put());
+    if (FAILED(hr)) {
+        logger_->Log(0, "Firewall: get_LocalPolicy failed: 0x%08lx", Printable(hr));
+        return;
+    }
+    hr = Create(kNetFwPolicy2, policy_);
+    if (SUCCEEDED(hr)) {
+        logger_->Log(2, "Detected Windows Firewall with Advanced Security");
+    } else {
+        policy_.Reset();
+    }
+    WaitForEndpoint(localPolicy.Get(), sleep);
+}
+
+// The service may run for a while before its RPC endpoint answers.
+void Firewall::WaitForEndpoint(INetFwPolicy* localPolicy, const SleepSeconds& sleep)
+{
+    for (DoublingPause pause;; pause.Double()) {
+        const HRESULT hr = localPolicy->get_CurrentProfile(currentProfile_.Put());
+        if (SUCCEEDED(hr)) {
+            return;
+        }
+        if (hr != kEndpointNotRegistered) {
+            logger_->Log(0, "Firewall: get_CurrentProfile failed: 0x%08lx", Printable(hr));
+            return;
+        }
+        logger_->Log(1, "Firewall: service is not yet started, waiting %d s",
+                     static_cast<int>(pause.Seconds()));
+        sleep(pause.Seconds());
+    }
+}
+
+ComPtr<INetFwRules> Firewall::Rules()
+{
+    ComPtr<INetFwRules> rules;
+    if (!policy_) {
+        logger_->Log(0, "Firewall: Windows Firewall with Advanced Security not available !");
+        return rules;
+    }
+    const HRESULT hr = policy_->get_Rules(rules.Put());
+    if (FAILED(hr)) {
+        logger_->Log(0, "Firewall: Failed to retrieve firewall rules collection: 0x%08lx",
+                     Printable(hr));
+        return {};
+    }
+    return rules;
+}
+
+ComPtr<INetFwRule> Firewall::MakeRule(BSTR name, BSTR path)
+{
+    ComPtr<INetFwRule> rule;
+    HRESULT hr = Create(kNetFwRule, rule);
+    if (FAILED(hr)) {
+        logger_->Log(0, "Firewall: Failed create rule.: 0x%08lx", Printable(hr));
+        return {};
+    }
+    hr = rule->put_Name(name);
+    if (FAILED(hr)) {
+        logger_->Log(0, "Firewall: Failed to sets the name property for this rule.: 0x%08lx",
+                     Printable(hr));
+        return {};
+    }
+    hr = rule->put_ApplicationName(path);
+    if (FAILED(hr)) {
+        logger_->Log(
+            0, "Firewall: Failed to sets the application name property for this rule.: 0x%08lx",
+            Printable(hr));
+        return {};
+    }
+    hr = rule->put_Protocol(kAnyProtocol);
+    if (FAILED(hr)) {
+        logger_->Log(0, "Firewall: Failed to sets the protocol property for this rule.: 0x%08lx",
+                     Printable(hr));
+        return {};
+    }
+    hr = rule->put_Profiles(NET_FW_PROFILE2_ALL);
+    if (FAILED(hr)) {
+        logger_->Log(0, "Firewall: Failed to sets the profiles property for this rule.: 0x%08lx",
+                     Printable(hr));
+        return {};
+    }
+    hr = rule->put_Action(NET_FW_ACTION_ALLOW);
+    if (FAILED(hr)) {
+        logger_->Log(0, "Firewall: Failed to sets the action property for this rule.: 0x%08lx",
+                     Printable(hr));
+        return {};
+    }
+    hr = rule->put_Enabled(VARIANT_TRUE);
+    if (FAILED(hr)) {
+        logger_->Log(0, "Firewall: Failed to enabled this rule.: 0x%08lx", Printable(hr));
+        return {};
+    }
+    return rule;
+}
+
+void Firewall::AllowApplication(const std::string& path)
+{
+    const ComPtr<INetFwRules> rules = Rules();
+    if (!rules) {
+        return;
+    }
+    const UniqueBstr name = RuleName(path);
+    ComPtr<INetFwRule> existing;
+    if (SUCCEEDED(rules->Item(name.Get(), existing.Put())) && existing) {
+        return;
+    }
+    const UniqueBstr application = BstrFromAnsi(path);
+    const ComPtr<INetFwRule> rule = MakeRule(name.Get(), application.Get());
+    if (!rule) {
+        return;
+    }
+    const HRESULT hr = rules->Add(rule.Get());
+    if (FAILED(hr)) {
+        logger_->Log(0, "Firewall: Failed to add rule.: 0x%08lx", Printable(hr));
+    }
+}
+
+void Firewall::RemoveApplication(const std::string& path)
+{
+    const ComPtr<INetFwRules> rules = Rules();
+    if (!rules) {
+        return;
+    }
+    const UniqueBstr name = RuleName(path);
+    const HRESULT hr = rules->Remove(name.Get());
+    if (FAILED(hr)) {
+        logger_->Log(0, "Firewall: Missing firewall rule : 0x%08lx", Printable(hr));
+    }
+}
+
+} // namespace vqrx::host::v0
