@@ -20,8 +20,8 @@ namespace vqrx::system::daemon::daemon_mgr::v0 {
 /// What differs between the program and its tests, and between owners.
 struct ManagerOptions {
     StopTimings stopTimings;
-    /// Signalled when the object is gone, whoever let go of it last; null for nobody. Borrowed: must
-    /// outlive the object.
+    /// Signalled when the object is gone, whoever let go of it last; null for nobody. Borrowed:
+    /// must outlive the object.
     HANDLE goneEvent = nullptr;
 };
 

@@ -1,0 +1,15 @@
+#pragma once
+
+namespace vqrx::client::v0 {
+
+/// What daemonctl ends with; scripts rely on the numbers.
+enum ExitCode : int {
+    kDone = 0,
+    kNothingToDo = 1,
+    kWrongUsage = 2,
+    kNoSupervisor = 3, ///< not running, or its proxy/stub is not registered
+    kRefused = 4,      ///< the supervisor or Windows answered with a failure
+    kLogUnreadable = 5,
+};
+
+} // namespace vqrx::client::v0

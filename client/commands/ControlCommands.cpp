@@ -1,0 +1,129 @@
+#include "commands/ControlCommands.h"
+
+#include "ExitCode.h"
+#include "Utf8.h"
+#include "commands/WithSupervisor.h"
+
+#include <cstdint>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+namespace {
+
+using daemon_manager::DaemonRequest;
+using daemon_manager::SupervisorClient;
+
+struct Arguments {
+    std::string path;
+    std::vector<std::string> rest;
+    std::uint32_t id = 0;
+};
+
+int Answer(bool done, const std::string& doneText, const std::string& nothingText)
+{
+    if (done) {
+        std::cout << doneText << std::endl;
+        return kDone;
+    }
+    std::cerr << "daemonctl: " << nothingText << std::endl;
+    return kNothingToDo;
+}
+
+int Launch(SupervisorClient& supervisor, const Arguments& arguments)
+{
+    const DaemonRequest answer = supervisor.Launch(Wide(arguments.path), Wide(arguments.rest));
+    std::cout << answer.daemonId << std::endl;
+    if (!answer.done) {
+        std::cerr << "daemonctl: registered already, as daemon " << answer.daemonId << std::endl;
+    }
+    return answer.done ? kDone : kNothingToDo;
+}
+
+int Stop(SupervisorClient& supervisor, const Arguments& arguments)
+{
+    const std::string id = std::to_string(arguments.id);
+    return Answer(supervisor.Stop(arguments.id), "daemon " + id + " stopped",
+                  "no process was stopped: daemon " + id +
+                      " is unknown, was attached (its process runs on), or cannot be ended");
+}
+
+int Attach(SupervisorClient& supervisor, const Arguments& arguments)
+{
+    const DaemonRequest answer = supervisor.Attach(arguments.id, Wide(arguments.rest));
+    return Answer(answer.done, std::to_string(answer.daemonId),
+                  "process " + std::to_string(arguments.id) +
+                      " could not be attached: it has ended, access to it is denied, or WMI does "
+                      "not tell about it");
+}
+
+int Detach(SupervisorClient& supervisor, const Arguments& arguments)
+{
+    const std::string id = std::to_string(arguments.id);
+    return Answer(supervisor.Detach(arguments.id), "daemon " + id + " detached, its process runs on",
+                  "daemon " + id + " is unknown or was not attached");
+}
+
+int Exit(SupervisorClient& supervisor, const Arguments&)
+{
+    supervisor.Exit();
+    std::cout << "the supervisor ends; its daemons run on" << std::endl;
+    return kDone;
+}
+
+using Operation = int (*)(SupervisorClient&, const Arguments&);
+
+CLI::App* AddCommand(CLI::App& app, int& exitCode, const char* name, const char* description,
+                     Operation operation, const std::shared_ptr<Arguments>& arguments)
+{
+    CLI::App* const command = app.add_subcommand(name, description);
+    command->callback([&exitCode, operation, arguments] {
+        exitCode = WithSupervisor(
+            [&](SupervisorClient& supervisor) { return operation(supervisor, *arguments); });
+    });
+    return command;
+}
+
+} // namespace
+
+void AddControlCommands(CLI::App& app, int& exitCode)
+{
+    const auto arguments = std::make_shared<Arguments>();
+
+    CLI::App* command = AddCommand(app, exitCode, "launch",
+                                   "Start a program and keep it running; prints its daemon id",
+                                   Launch, arguments);
+    command->add_option("PATH", arguments->path, "The program's file")->required();
+    command->add_option("ARG", arguments->rest,
+                        "Its arguments: everything behind PATH, dashes and all");
+    command->footer("Example:\n  daemonctl launch C:\\FW\\App\\video.exe --input 3 \"two words\"\n"
+                    "Exit code 1: the same program with the same arguments was registered already.");
+
+    command = AddCommand(app, exitCode, "stop", "End a daemon; may take a minute", Stop, arguments);
+    command->add_option("ID", arguments->id, "Its daemon id")->required();
+    command->footer("Example:\n  daemonctl stop 3\n"
+                    "The process is asked to quit, given 30 seconds, then terminated. An attached\n"
+                    "process is let go and runs on.");
+
+    command = AddCommand(app, exitCode, "attach",
+                         "Have a running process kept alive; prints its daemon id", Attach,
+                         arguments);
+    command->add_option("PID", arguments->id, "Its process id")->required();
+    command->add_option("ARG", arguments->rest, "Arguments for a restart, for a Windows service");
+    command->footer("Example:\n  daemonctl attach 1234\n"
+                    "Path and arguments are the process's own; a Windows service is restarted with\n"
+                    "the arguments given here.");
+
+    command = AddCommand(app, exitCode, "detach", "Let an attached process go; it runs on", Detach,
+                         arguments);
+    command->add_option("ID", arguments->id, "Its daemon id")->required();
+    command->footer("Example:\n  daemonctl detach 4");
+
+    command = AddCommand(app, exitCode, "exit", "End the supervisor; its daemons run on", Exit,
+                         arguments);
+    command->footer("Example:\n  daemonctl exit");
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,32 @@
+#include "commands/WithSupervisor.h"
+
+#include "ExitCode.h"
+#include "com/ComApartment.h"
+#include "exception_utils/COMException.h"
+
+#include <iostream>
+
+namespace vqrx::client::v0 {
+
+int WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& operation)
+{
+    try {
+        const system::com::v1::ComApartment apartment;
+        daemon_manager::SupervisorClient supervisor;
+        return operation(supervisor);
+    } catch (const daemon_manager::SupervisorNotRunning& exception) {
+        std::cerr << "daemonctl: " << exception.what()
+                  << "\n  Start DaemonManager.exe, as the same user or as administrator."
+                  << std::endl;
+        return kNoSupervisor;
+    } catch (const daemon_manager::ProxyNotRegistered& exception) {
+        std::cerr << "daemonctl: " << exception.what()
+                  << "\n  As administrator: regsvr32 DaemonMgrPS.dll" << std::endl;
+        return kNoSupervisor;
+    } catch (const std::exception& exception) {
+        std::cerr << "daemonctl: refused: " << exception.what() << std::endl;
+        return kRefused;
+    }
+}
+
+} // namespace vqrx::client::v0

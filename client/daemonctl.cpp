@@ -1,0 +1,51 @@
+#include "DaemonArguments.h"
+#include "ExitCode.h"
+#include "Utf8.h"
+#include "commands/ControlCommands.h"
+
+#include <CLI/CLI.hpp>
+
+#include <exception>
+#include <iostream>
+#include <vector>
+
+namespace {
+
+using namespace vqrx::client::v0; // NOLINT(google-build-using-namespace): this is its program
+
+int Run()
+{
+    CLI::App app("Controls the DaemonManager supervisor of this machine", "daemonctl");
+    app.require_subcommand(1);
+    app.set_version_flag("--version", "daemonctl " DM_VERSION);
+    app.footer("Exit codes: 0 done, 1 nothing to do, 2 wrong usage, 3 no supervisor running or\n"
+               "DaemonMgrPS.dll not registered, 4 refused, 5 log unreadable.");
+    int exitCode = kDone;
+    AddControlCommands(app, exitCode);
+
+    const std::vector<std::string> arguments = ProtectDaemonArguments(Utf8Arguments());
+    std::vector<const char*> pointers;
+    for (const std::string& argument : arguments) {
+        pointers.push_back(argument.c_str());
+    }
+    try {
+        app.parse(static_cast<int>(pointers.size()), pointers.data());
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kDone : kWrongUsage; // --help and --version end here too
+    }
+    return exitCode;
+}
+
+} // namespace
+
+int main()
+{
+    try {
+        return Run();
+    } catch (const std::exception& exception) {
+        std::cerr << "daemonctl: " << exception.what() << std::endl;
+    } catch (...) {
+        std::cerr << "daemonctl: out of memory" << std::endl;
+    }
+    return vqrx::client::v0::kRefused;
+}

@@ -1,0 +1,170 @@
+#include "daemon_manager/SupervisorClient.h"
+
+#include "IDaemonMgrControl.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+#include <oleauto.h>
+
+#include <array>
+#include <cstdio>
+#include <utility>
+
+namespace daemon_manager {
+namespace {
+
+template <typename Interface>
+struct InterfaceReleaser {
+    void operator()(Interface* object) const noexcept { object->Release(); }
+};
+template <typename Interface>
+using Owned = std::unique_ptr<Interface, InterfaceReleaser<Interface>>;
+
+struct BstrFree {
+    void operator()(OLECHAR* text) const noexcept { SysFreeString(text); }
+};
+using OwnedBstr = std::unique_ptr<OLECHAR, BstrFree>;
+
+struct ArrayDestroy {
+    void operator()(SAFEARRAY* array) const noexcept { SafeArrayDestroy(array); }
+};
+using OwnedArray = std::unique_ptr<SAFEARRAY, ArrayDestroy>;
+
+std::string SystemText(HRESULT hr)
+{
+    std::array<char, 512> buffer{};
+    DWORD length = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS |
+                                      FORMAT_MESSAGE_MAX_WIDTH_MASK,
+                                  nullptr, static_cast<DWORD>(hr), 0, buffer.data(),
+                                  static_cast<DWORD>(buffer.size()), nullptr);
+    while (length != 0 && buffer[length - 1] == ' ') {
+        --length;
+    }
+    return {buffer.data(), length};
+}
+
+std::string ErrorText(const char* what, HRESULT hr)
+{
+    std::array<char, 32> code{};
+    std::snprintf(code.data(), code.size(), "0x%08lx", static_cast<unsigned long>(hr));
+    std::string text = std::string(what) + ": " + code.data();
+    const std::string system = SystemText(hr);
+    return system.empty() ? text : text + " (" + system + ")";
+}
+
+void Check(const char* what, HRESULT hr)
+{
+    if (FAILED(hr)) {
+        throw SupervisorError(ErrorText(what, hr), hr);
+    }
+}
+
+OwnedBstr MakeBstr(const std::wstring& text)
+{
+    OwnedBstr result(SysAllocStringLen(text.data(), static_cast<UINT>(text.size())));
+    if (!result) {
+        throw std::bad_alloc();
+    }
+    return result;
+}
+
+OwnedArray MakeArray(const std::vector<std::wstring>& texts)
+{
+    OwnedArray array(SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(texts.size())));
+    if (!array) {
+        throw std::bad_alloc();
+    }
+    for (std::size_t index = 0; index < texts.size(); ++index) {
+        auto position = static_cast<LONG>(index);
+        const OwnedBstr text = MakeBstr(texts[index]);
+        Check("argument array", SafeArrayPutElement(array.get(), &position, text.get())); // copies
+    }
+    return array;
+}
+
+Owned<IUnknown> FindObject()
+{
+    IRunningObjectTable* rawTable = nullptr;
+    Check("Running Object Table", GetRunningObjectTable(0, &rawTable));
+    const Owned<IRunningObjectTable> table(rawTable);
+    IMoniker* rawMoniker = nullptr;
+    Check("item name", CreateItemMoniker(L"!", L"DaemonManager", &rawMoniker));
+    const Owned<IMoniker> moniker(rawMoniker);
+    IUnknown* object = nullptr;
+    const HRESULT hr = table->GetObject(moniker.get(), &object);
+    if (hr == MK_E_UNAVAILABLE) {
+        throw SupervisorNotRunning("no supervisor is running on this machine", hr);
+    }
+    if (FAILED(hr)) { // published by a process that is no longer there
+        throw SupervisorNotRunning(ErrorText("the supervisor does not answer", hr), hr);
+    }
+    return Owned<IUnknown>(object);
+}
+
+} // namespace
+
+void SupervisorClient::Releaser::operator()(IDaemonMgrControl* control) const noexcept
+{
+    control->Release();
+}
+
+SupervisorClient::SupervisorClient()
+{
+    const Owned<IUnknown> object = FindObject();
+    void* control = nullptr;
+    const HRESULT hr = object->QueryInterface(IID_IDaemonMgrControl, &control);
+    if (hr == E_NOINTERFACE) {
+        throw ProxyNotRegistered("the supervisor runs, but DaemonMgrPS.dll is not registered", hr);
+    }
+    Check("the supervisor's interface", hr);
+    control_.reset(static_cast<IDaemonMgrControl*>(control));
+}
+
+SupervisorClient::SupervisorClient(SupervisorClient&&) noexcept = default;
+SupervisorClient& SupervisorClient::operator=(SupervisorClient&&) noexcept = default;
+SupervisorClient::~SupervisorClient() = default;
+
+DaemonRequest SupervisorClient::Launch(const std::wstring& path,
+                                       const std::vector<std::wstring>& arguments)
+{
+    const OwnedBstr pathText = MakeBstr(path);
+    const OwnedArray array = MakeArray(arguments);
+    SAFEARRAY* argumentArray = array.get();
+    DWORD daemonId = 0;
+    const HRESULT hr = control_->Launch(pathText.get(), &argumentArray, &daemonId);
+    Check("launch", hr);
+    return {daemonId, hr == S_OK};
+}
+
+bool SupervisorClient::Stop(std::uint32_t daemonId)
+{
+    const HRESULT hr = control_->Stop(daemonId);
+    Check("stop", hr);
+    return hr == S_OK;
+}
+
+DaemonRequest SupervisorClient::Attach(std::uint32_t processId,
+                                       const std::vector<std::wstring>& arguments)
+{
+    const OwnedArray array = MakeArray(arguments);
+    SAFEARRAY* argumentArray = array.get();
+    DWORD daemonId = 0;
+    const HRESULT hr = control_->Attach(processId, &argumentArray, &daemonId);
+    Check("attach", hr);
+    return {daemonId, hr == S_OK};
+}
+
+bool SupervisorClient::Detach(std::uint32_t daemonId)
+{
+    const HRESULT hr = control_->Detach(daemonId);
+    Check("detach", hr);
+    return hr == S_OK;
+}
+
+void SupervisorClient::Exit()
+{
+    Check("exit", control_->Exit());
+}
+
+} // namespace daemon_manager
