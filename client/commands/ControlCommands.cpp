@@ -62,7 +62,8 @@ int Attach(SupervisorClient& supervisor, const Arguments& arguments)
 int Detach(SupervisorClient& supervisor, const Arguments& arguments)
 {
     const std::string id = std::to_string(arguments.id);
-    return Answer(supervisor.Detach(arguments.id), "daemon " + id + " detached, its process runs on",
+    return Answer(supervisor.Detach(arguments.id),
+                  "daemon " + id + " detached, its process runs on",
                   "daemon " + id + " is unknown or was not attached");
 }
 
@@ -92,14 +93,15 @@ void AddControlCommands(CLI::App& app, int& exitCode)
 {
     const auto arguments = std::make_shared<Arguments>();
 
-    CLI::App* command = AddCommand(app, exitCode, "launch",
-                                   "Start a program and keep it running; prints its daemon id",
-                                   Launch, arguments);
+    CLI::App* command =
+        AddCommand(app, exitCode, "launch",
+                   "Start a program and keep it running; prints its daemon id", Launch, arguments);
     command->add_option("PATH", arguments->path, "The program's file")->required();
     command->add_option("ARG", arguments->rest,
                         "Its arguments: everything behind PATH, dashes and all");
-    command->footer("Example:\n  daemonctl launch C:\\FW\\App\\video.exe --input 3 \"two words\"\n"
-                    "Exit code 1: the same program with the same arguments was registered already.");
+    command->footer(
+        "Example:\n  daemonctl launch C:\\FW\\App\\video.exe --input 3 \"two words\"\n"
+        "Exit code 1: the same program with the same arguments was registered already.");
 
     command = AddCommand(app, exitCode, "stop", "End a daemon; may take a minute", Stop, arguments);
     command->add_option("ID", arguments->id, "Its daemon id")->required();
@@ -107,14 +109,15 @@ void AddControlCommands(CLI::App& app, int& exitCode)
                     "The process is asked to quit, given 30 seconds, then terminated. An attached\n"
                     "process is let go and runs on.");
 
-    command = AddCommand(app, exitCode, "attach",
-                         "Have a running process kept alive; prints its daemon id", Attach,
-                         arguments);
+    command =
+        AddCommand(app, exitCode, "attach",
+                   "Have a running process kept alive; prints its daemon id", Attach, arguments);
     command->add_option("PID", arguments->id, "Its process id")->required();
     command->add_option("ARG", arguments->rest, "Arguments for a restart, for a Windows service");
-    command->footer("Example:\n  daemonctl attach 1234\n"
-                    "Path and arguments are the process's own; a Windows service is restarted with\n"
-                    "the arguments given here.");
+    command->footer(
+        "Example:\n  daemonctl attach 1234\n"
+        "Path and arguments are the process's own; a Windows service is restarted with\n"
+        "the arguments given here.");
 
     command = AddCommand(app, exitCode, "detach", "Let an attached process go; it runs on", Detach,
                          arguments);

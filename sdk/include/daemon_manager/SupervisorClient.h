@@ -13,7 +13,9 @@ namespace daemon_manager {
 /// A request failed; carries the COM result code. what() is the code and the system's text for it.
 class SupervisorError : public std::runtime_error {
 public:
-    SupervisorError(const std::string& text, long result) : std::runtime_error(text), result_(result)
+    SupervisorError(const std::string& text, long result)
+        : std::runtime_error(text)
+        , result_(result)
     {
     }
     /// The HRESULT.
@@ -42,9 +44,9 @@ struct DaemonRequest {
 };
 
 /// A connection to the machine's supervisor. Paths and arguments are UTF-16; the supervisor keeps
-/// them in its ANSI code page. Any thread that has initialised COM as the connecting one did may use
-/// it (in the multithreaded apartment: any thread). Every method throws SupervisorError when the call
-/// fails, for example because the supervisor has ended meanwhile.
+/// them in its ANSI code page. Any thread that has initialised COM as the connecting one did may
+/// use it (in the multithreaded apartment: any thread). Every method throws SupervisorError when
+/// the call fails, for example because the supervisor has ended meanwhile.
 class SupervisorClient {
 public:
     /// Finds the supervisor. The calling thread must have initialised COM.
