@@ -80,8 +80,9 @@ private:
     // Replaced as a whole when a sink is added, so that the worker takes its copy without
     // allocating.
     std::shared_ptr<const SinkSet> sinks_;
-    CriticalSection sinkLock_; // sinks_, performanceSink_, performanceObserver_, reportMade_
+    CriticalSection sinkLock_; // guards sinks_, the performance sink and observer, reportMade_
     ILogSink* performanceSink_ = nullptr;
+    std::uint32_t performanceSinkChoice_ = 0; // tells a sink that was set anew from the one before
     IPerformanceObserver* performanceObserver_ = nullptr;
 
     // Written by the worker thread only.

@@ -94,10 +94,12 @@ void LibLogPerf::Emit(const PerformanceFigures& figures)
 {
     ILogSink* sink = nullptr;
     bool made = false;
+    std::uint32_t choice = 0;
     {
         const CriticalSectionHold hold(sinkLock_);
         sink = performanceSink_;
         made = reportMade_;
+        choice = performanceSinkChoice_;
     }
     if (sink == nullptr) {
         return;
@@ -109,14 +111,16 @@ void LibLogPerf::Emit(const PerformanceFigures& figures)
         return;
     }
     const CriticalSectionHold hold(sinkLock_);
-    // A sink that was set meanwhile has not seen the header yet.
-    reportMade_ = reportMade_ || sink == performanceSink_;
+    if (choice == performanceSinkChoice_) { // what was set meanwhile has not seen the header yet
+        reportMade_ = true;
+    }
 }
 
 void LibLogPerf::SetPerformanceSink(ILogSink* sink)
 {
     const CriticalSectionHold hold(sinkLock_);
     performanceSink_ = sink;
+    ++performanceSinkChoice_;
     reportMade_ = false;
 }
 

@@ -1,0 +1,269 @@
+#include "log_perf/LibLogPerf.h"
+
+#include "AllocationFault.h"
+#include "CapturingSink.h"
+#include "ImportPatch.h"
+#include "exception_utils/AtlException.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <process.h>
+#include <windows.h>
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <new>
+#include <string>
+#include <thread>
+
+namespace vqrx::test {
+namespace {
+
+using log::log_perf::v2::LibLogPerf;
+using testing::ElementsAre;
+
+TEST(LibLogPerfFaults, of_one_sink_cost_the_others_nothing_and_the_sink_one_message)
+{
+    std::array<CapturingSink, 3> sinks;
+    {
+        LibLogPerf logger;
+        for (CapturingSink& sink : sinks) {
+            logger.AddSink(&sink);
+        }
+        sinks[0].ThrowAtNextWrite();
+        logger.Log(2, "first");
+        ASSERT_TRUE(sinks[2].WaitForCount(1));
+        sinks[1].ThrowAtNextWrite();
+        logger.Log(2, "second");
+    }
+    EXPECT_THAT(sinks[0].Texts(), ElementsAre("second"));
+    EXPECT_THAT(sinks[1].Texts(), ElementsAre("first"));
+    EXPECT_THAT(sinks[2].Texts(), ElementsAre("first", "second"));
+}
+
+TEST(LibLogPerfFaults, of_an_allocation_lose_the_message_and_nothing_else)
+{
+    CapturingSink sink;
+    int lost = 0;
+    {
+        LibLogPerf logger;
+        logger.AddSink(&sink);
+        for (std::size_t succeeding = 0;; ++succeeding) {
+            bool happened = false;
+            {
+                const AllocationFault fault(succeeding);
+                logger.Log(2, "%s", "a text that is longer than what a string keeps in itself");
+                happened = fault.Happened();
+            }
+            if (!happened) {
+                break;
+            }
+            ++lost;
+            ASSERT_LT(lost, 100);
+        }
+        // The locks are free, for another thread too.
+        std::thread([&logger] { logger.Log(2, "after"); }).join();
+    }
+    EXPECT_LT(0, lost);
+    EXPECT_THAT(sink.Texts(),
+                ElementsAre("a text that is longer than what a string keeps in itself", "after"));
+}
+
+TEST(LibLogPerfFaults, of_an_allocation_leave_the_sinks_as_they_were)
+{
+    CapturingSink kept;
+    CapturingSink refused;
+    {
+        LibLogPerf logger;
+        logger.AddSink(&kept);
+        {
+            const AllocationFault fault(0);
+            EXPECT_THROW(logger.AddSink(&refused), std::bad_alloc);
+        }
+        logger.Log(2, "text");
+    }
+    EXPECT_THAT(kept.Texts(), ElementsAre("text"));
+    EXPECT_THAT(refused.Texts(), ElementsAre());
+}
+
+TEST(LibLogPerfFaults, of_an_allocation_let_construction_throw_bad_alloc)
+{
+    std::size_t faults = 0;
+    for (;; ++faults) {
+        ASSERT_LT(faults, 100U);
+        const AllocationFault fault(faults);
+        try {
+            const LibLogPerf logger;
+            EXPECT_FALSE(fault.Happened());
+            break;
+        } catch (const std::bad_alloc&) {
+            EXPECT_TRUE(fault.Happened());
+        }
+    }
+    EXPECT_LT(0U, faults);
+}
+
+// Stand-ins for the system, each patched in for one construction.
+
+using InitializeSection = BOOL WINAPI(CRITICAL_SECTION*, DWORD);
+using DeleteSection = void WINAPI(CRITICAL_SECTION*);
+InitializeSection* realInitialize = nullptr;
+DeleteSection* realDelete = nullptr;
+std::atomic<int> sectionsLeft{0};
+std::atomic<int> sectionsAlive{0};
+std::atomic<bool> onlySpinCountZero{true};
+
+BOOL WINAPI InitializeSome(CRITICAL_SECTION* section, DWORD spinCount)
+{
+    onlySpinCountZero = onlySpinCountZero && spinCount == 0;
+    if (sectionsLeft-- <= 0) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return FALSE;
+    }
+    ++sectionsAlive;
+    return realInitialize(section, spinCount);
+}
+
+void WINAPI CountDelete(CRITICAL_SECTION* section)
+{
+    --sectionsAlive;
+    realDelete(section);
+}
+
+TEST(LibLogPerfFaults, of_a_lock_let_construction_throw_the_system_error_and_leave_nothing_behind)
+{
+    const ImportPatch initialize("InitializeCriticalSectionAndSpinCount", &InitializeSome);
+    const ImportPatch remove("DeleteCriticalSection", &CountDelete);
+    realInitialize = initialize.Original<InitializeSection>();
+    realDelete = remove.Original<DeleteSection>();
+    sectionsAlive = 0;
+    constexpr int kLocks = 5; // sinks, statistics, buffer-full block, log, queue
+    for (int made = 0; made < kLocks; ++made) {
+        sectionsLeft = made;
+        try {
+            const LibLogPerf logger;
+            ADD_FAILURE() << "made with " << made << " locks";
+        } catch (const ATL::CAtlException& exception) {
+            EXPECT_EQ(static_cast<HRESULT>(0x80070008), static_cast<HRESULT>(exception));
+        }
+        EXPECT_EQ(0, sectionsAlive);
+    }
+    sectionsLeft = kLocks;
+    {
+        const LibLogPerf logger;
+        EXPECT_EQ(kLocks, sectionsAlive);
+    }
+    EXPECT_EQ(0, sectionsAlive);
+    EXPECT_TRUE(onlySpinCountZero);
+}
+
+HANDLE WINAPI NoSemaphore(SECURITY_ATTRIBUTES*, LONG, LONG, const char*)
+{
+    return nullptr;
+}
+
+HANDLE WINAPI NoEvent(SECURITY_ATTRIBUTES*, BOOL, BOOL, const char*)
+{
+    return nullptr;
+}
+
+std::uintptr_t NoThread(void*, unsigned, unsigned(__stdcall*)(void*), void*, unsigned, unsigned*)
+{
+    return 0;
+}
+
+std::unique_ptr<LibLogPerf> MadeWithout(const char* function, void* replacement)
+{
+    const ImportPatch patch(function, replacement);
+    return std::make_unique<LibLogPerf>();
+}
+
+void ExpectToDeliver(LibLogPerf& logger, CapturingSink& sink)
+{
+    logger.AddSink(&sink);
+    logger.Log(2, "first");
+    ASSERT_TRUE(sink.WaitForCount(1));
+    logger.Log(2, "second");
+    ASSERT_TRUE(sink.WaitForCount(2));
+    logger.Log(2, "third");
+}
+
+TEST(LibLogPerfFaults, of_the_semaphore_lose_no_message_and_do_not_hang_the_end)
+{
+    CapturingSink sink;
+    {
+        const auto logger = MadeWithout("CreateSemaphoreA", reinterpret_cast<void*>(&NoSemaphore));
+        ExpectToDeliver(*logger, sink);
+    }
+    EXPECT_THAT(sink.Texts(), ElementsAre("first", "second", "third"));
+}
+
+TEST(LibLogPerfFaults, of_the_stop_event_lose_no_message_and_do_not_hang_the_end)
+{
+    CapturingSink sink;
+    {
+        const auto logger = MadeWithout("CreateEventA", reinterpret_cast<void*>(&NoEvent));
+        ExpectToDeliver(*logger, sink);
+    }
+    EXPECT_THAT(sink.Texts(), ElementsAre("first", "second", "third"));
+}
+
+TEST(LibLogPerfFaults, of_the_worker_lose_the_messages_and_do_not_hang_the_end)
+{
+    CapturingSink sink;
+    {
+        const auto logger = MadeWithout("_beginthreadex", reinterpret_cast<void*>(&NoThread));
+        logger->AddSink(&sink);
+        for (int i = 0; i < 1100; ++i) {
+            logger->Log(2, "%d", i);
+        }
+    }
+    EXPECT_THAT(sink.Texts(), ElementsAre());
+}
+
+using WaitMany = DWORD WINAPI(DWORD, const HANDLE*, BOOL, DWORD);
+WaitMany* realWaitMany = nullptr;
+std::atomic<int> failedWaits{0};
+std::atomic<int> pauses{0};
+
+DWORD WINAPI CountFailedWaits(DWORD count, const HANDLE* handles, BOOL all, DWORD timeout)
+{
+    const DWORD result = realWaitMany(count, handles, all, timeout);
+    if (result == WAIT_FAILED) {
+        const DWORD error = GetLastError();
+        ++failedWaits;
+        SetLastError(error);
+    }
+    return result;
+}
+
+void WINAPI PassInAnInstant(DWORD milliseconds)
+{
+    if (milliseconds == 10) {
+        ++pauses;
+    }
+    SwitchToThread();
+}
+
+TEST(LibLogPerfFaults, of_the_kernel_objects_leave_the_processor_alone)
+{
+    const ImportPatch wait("WaitForMultipleObjects", &CountFailedWaits);
+    const ImportPatch pause("Sleep", &PassInAnInstant);
+    realWaitMany = wait.Original<WaitMany>();
+    failedWaits = 0;
+    pauses = 0;
+    CapturingSink sink;
+    {
+        const auto logger = MadeWithout("CreateSemaphoreA", reinterpret_cast<void*>(&NoSemaphore));
+        ExpectToDeliver(*logger, sink);
+    }
+    // Every failed wait is followed by a pause, but for the one that sees the end.
+    EXPECT_LT(0, pauses);
+    EXPECT_EQ(failedWaits - 1, pauses);
+}
+
+} // namespace
+} // namespace vqrx::test
