@@ -1,8 +1,16 @@
 #include "log_perf/PerformanceRow.h"
 
-#include <sstream>
-
 namespace vqrx::log::log_perf::v2 {
+namespace {
+
+/// Not by a stream: a locale that groups digits would put further commas into the row.
+template <typename... Numbers>
+void AppendFields(std::string& row, Numbers... numbers)
+{
+    (row.append(std::to_string(numbers)).append(","), ...);
+}
+
+} // namespace
 
 std::string PerformanceHeaderRow(const PerformanceFigures& figures)
 {
@@ -19,19 +27,17 @@ std::string PerformanceValueRow(const PerformanceFigures& figures)
 {
     const PerformanceSample& sample = figures.sample;
     const PerformanceCounters& counters = figures.counters;
-    std::ostringstream row;
-    row << figures.cpu << ',' << figures.totalCpu << ',' << sample.workingSet << ','
-        << sample.pageFileUsage << ',' << figures.numBufferFull << ',' << counters.numResync << ','
-        << counters.numTsDiscontinuity << ',' << sample.kernelTime << ',' << sample.userTime << ','
-        << MillisecondsOf(sample.time) << ',' << counters.numDecPictures << ','
-        << sample.Committed() << ',' << sample.handleCount << ',' << counters.numPoliticChoices
-        << ',';
+    std::string row;
+    AppendFields(row, figures.cpu, figures.totalCpu, sample.workingSet, sample.pageFileUsage,
+                 figures.numBufferFull, counters.numResync, counters.numTsDiscontinuity,
+                 sample.kernelTime, sample.userTime, MillisecondsOf(sample.time),
+                 counters.numDecPictures, sample.Committed(), sample.handleCount,
+                 counters.numPoliticChoices);
     for (const auto& [name, count] : figures.pins) {
-        row << count << ',';
+        AppendFields(row, count);
     }
-    row << figures.lastDelta << ',' << figures.periodsOverThreshold << ','
-        << (figures.needRestart ? 1 : 0) << ',';
-    return row.str();
+    AppendFields(row, figures.lastDelta, figures.periodsOverThreshold, figures.needRestart ? 1 : 0);
+    return row;
 }
 
 } // namespace vqrx::log::log_perf::v2
