@@ -23,6 +23,7 @@ LibLogPerf::LibLogPerf()
     , previousSystem_(SampleSystemTimes())
     , queue_(*this)
 {
+    // NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp): seeds the C library for others; nothing secret
     std::srand(static_cast<unsigned>(std::time(nullptr)));
 }
 

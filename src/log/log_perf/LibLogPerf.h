@@ -27,6 +27,8 @@ class LibLogPerf final : public ILogPerf,
 public:
     /// @throws ATL::CAtlException when a lock cannot be made, std::bad_alloc
     LibLogPerf();
+    LibLogPerf(const LibLogPerf&) = delete;
+    LibLogPerf& operator=(const LibLogPerf&) = delete;
 
     /// Delivers everything that is queued, then ends the worker.
     ~LibLogPerf() override;

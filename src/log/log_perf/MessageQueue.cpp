@@ -7,7 +7,6 @@
 #include <process.h>
 
 #include <algorithm>
-#include <climits>
 #include <utility>
 
 namespace vqrx::log::log_perf::v2 {
@@ -22,8 +21,6 @@ constexpr DWORD kPauseWithoutKernelObjects = 10; // milliseconds
 MessageQueue::MessageQueue(IQueueOwner& owner)
     : owner_(owner)
 {
-    semaphore_.Reset(CreateSemaphoreA(nullptr, 0, LONG_MAX, nullptr));
-    stopEvent_.Reset(CreateEventA(nullptr, FALSE, FALSE, nullptr));
     const auto created = _beginthreadex(nullptr, 0, WorkerEntry, this, 0, nullptr);
     worker_.Reset(reinterpret_cast<HANDLE>(created)); // NOLINT(performance-no-int-to-ptr)
 }
@@ -34,7 +31,7 @@ MessageQueue::~MessageQueue()
         const CriticalSectionHold hold(lock_);
         stopping_ = true;
     }
-    SetEvent(stopEvent_.Get());
+    signal_.Stop();
     WaitForSingleObject(worker_.Get(), INFINITE);
 }
 
@@ -56,7 +53,7 @@ void MessageQueue::Append(LogRecord record)
         }
         records_.splice(records_.end(), node);
     }
-    ReleaseSemaphore(semaphore_.Get(), 1, nullptr);
+    signal_.Post();
 }
 
 std::size_t MessageQueue::Length() noexcept
@@ -93,36 +90,41 @@ void MessageQueue::DeliverAll() noexcept
     }
 }
 
+void MessageQueue::WorkUnsignalled(bool reportDue) noexcept
+{
+    DeliverAll();
+    if (reportDue) {
+        owner_.MakeReport();
+    }
+    Sleep(kPauseWithoutKernelObjects);
+}
+
+bool MessageQueue::Stopping() noexcept
+{
+    const CriticalSectionHold hold(lock_);
+    return stopping_;
+}
+
 void MessageQueue::Work() noexcept
 {
-    const HANDLE waitList[] = {stopEvent_.Get(), semaphore_.Get()};
     for (;;) {
-        const DWORD timeout = owner_.TimeUntilReport();
-        switch (WaitForMultipleObjects(2, waitList, FALSE, timeout)) {
-        case WAIT_OBJECT_0:
+        const std::uint32_t timeout = owner_.TimeUntilReport();
+        switch (signal_.Wait(timeout)) {
+        case WorkerSignal::Result::kStop:
             DeliverAll();
             return;
-        case WAIT_OBJECT_0 + 1:
+        case WorkerSignal::Result::kRecord:
             DeliverOne();
             break;
-        case WAIT_FAILED: {
-            // The kernel objects could not be made. Without them the queue is looked at now and
-            // then, so that nothing is lost, the processor is left alone and the end is noticed.
-            DeliverAll();
-            {
-                const CriticalSectionHold hold(lock_);
-                if (stopping_) {
-                    return;
-                }
-            }
-            if (timeout == 0) {
-                owner_.MakeReport();
-            }
-            Sleep(kPauseWithoutKernelObjects);
-            break;
-        }
-        default:
+        case WorkerSignal::Result::kTimedOut:
             owner_.MakeReport();
+            break;
+        case WorkerSignal::Result::kFailed:
+            if (Stopping()) {
+                DeliverAll();
+                return;
+            }
+            WorkUnsignalled(timeout == 0);
             break;
         }
     }

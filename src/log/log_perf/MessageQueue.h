@@ -1,6 +1,7 @@
 #pragma once
 
 #include "log_perf/LogRecord.h"
+#include "log_perf/WorkerSignal.h"
 #include "sync_ptr/CriticalSection.h"
 #include "win32/UniqueHandle.h"
 
@@ -49,6 +50,10 @@ public:
 private:
     static unsigned __stdcall WorkerEntry(void* queue) noexcept;
     void Work() noexcept;
+    /// One round without kernel objects: the queue is looked at now and then, so that nothing is
+    /// lost, the processor is left alone and the end is noticed.
+    void WorkUnsignalled(bool reportDue) noexcept;
+    bool Stopping() noexcept;
     void DeliverOne() noexcept;
     void DeliverAll() noexcept;
     std::size_t Length() noexcept;
@@ -56,12 +61,11 @@ private:
 
     IQueueOwner& owner_;
     std::list<LogRecord> records_; // under lock_
-    system::win32::v1::UniqueKernelHandle worker_;
-    system::win32::v1::UniqueKernelHandle stopEvent_;
-    system::win32::v1::UniqueKernelHandle semaphore_; // counts the waiting records
-    bool overflowed_ = false;                         // under lock_
-    bool stopping_ = false;                           // under lock_
+    bool overflowed_ = false;      // under lock_
+    bool stopping_ = false;        // under lock_
     system::sync_ptr::v1::CriticalSection lock_;
+    system::win32::v1::UniqueKernelHandle worker_;
+    WorkerSignal signal_; // counts the waiting records
 };
 
 } // namespace vqrx::log::log_perf::v2

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "win32/UniqueHandle.h"
+
+#include <cstdint>
+
+namespace vqrx::log::log_perf::v2 {
+
+/// What wakes the logger's worker: a count of the records that wait, and the wish that it end.
+/// Kernel objects that cannot be made are no error here; every Wait then fails at once.
+class WorkerSignal {
+public:
+    enum class Result {
+        kStop,     ///< Stop was called; told once
+        kRecord,   ///< the count was above 0, and is one less now
+        kTimedOut, ///< neither, in the time given
+        kFailed    ///< the system cannot wait; nothing is known of either
+    };
+
+    WorkerSignal() noexcept;
+
+    /// One more record waits. Any thread, after the record was queued.
+    void Post() noexcept;
+
+    /// The worker is to end. Any thread.
+    void Stop() noexcept;
+
+    /// Stop comes before records when both are there. Worker thread only.
+    Result Wait(std::uint32_t timeoutMs) noexcept;
+
+private:
+    system::win32::v1::UniqueKernelHandle semaphore_;
+    system::win32::v1::UniqueKernelHandle stopEvent_; // auto-reset
+};
+
+} // namespace vqrx::log::log_perf::v2
