@@ -36,6 +36,8 @@ function(dm_unit_test name)
     add_executable(${name} ${sources})
     target_link_libraries(${name} PRIVATE ${ARG_LINK} test_support GTest::gmock_main dm_options)
     target_precompile_headers(${name} REUSE_FROM test_support)
+    set_target_properties(${name} PROPERTIES
+        RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/bin)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 600)
     if(ARG_LOCK)

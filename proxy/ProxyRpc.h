@@ -1,7 +1,7 @@
 /* What the generated proxy needs and mingw's C headers omit: the delegating IUnknown of a proxy, as
-   rpcproxy.h of the Windows SDK declares it. Included ahead of every generated source, so it must not
-   include rpcproxy.h itself: what that declares depends on macros which the sources set first (with
-   them set too late no interface of the library is found). */
+   rpcproxy.h of the Windows SDK declares it. Included ahead of every generated source, so it must
+   not include rpcproxy.h itself: what that declares depends on macros which the sources set first
+   (with them set too late no interface of the library is found). */
 #ifndef DAEMON_MGR_PROXY_RPC_H
 #define DAEMON_MGR_PROXY_RPC_H
 

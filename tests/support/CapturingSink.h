@@ -103,6 +103,35 @@ public:
         });
     }
 
+    /// Waits for the count-th record that begins with prefix.
+    /// @return it; one with an empty text after the deadline
+    Record WaitForPrefix(const std::string& prefix, std::size_t count = 1)
+    {
+        Record found;
+        std::unique_lock lock(mutex_);
+        changed_.wait_for(lock, kDeadline, [&] {
+            std::size_t seen = 0;
+            for (const Record& record : records_) {
+                if (record.text.rfind(prefix, 0) == 0 && ++seen == count) {
+                    found = record;
+                    return true;
+                }
+            }
+            return false;
+        });
+        return found;
+    }
+    /// How many records have exactly this level and text.
+    std::size_t Count(int level, const std::string& text) const
+    {
+        const std::lock_guard lock(mutex_);
+        std::size_t count = 0;
+        for (const Record& record : records_) {
+            count += record.level == level && record.text == text ? 1U : 0U;
+        }
+        return count;
+    }
+
     std::vector<Record> Records() const
     {
         const std::lock_guard lock(mutex_);

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+namespace vqrx::test {
+
+/// Tells the test that this program has reached the state that its name promises.
+inline void SignalReady(const std::string& eventName)
+{
+    if (const HANDLE event = OpenEventA(EVENT_MODIFY_STATE, FALSE, eventName.c_str())) {
+        SetEvent(event);
+        CloseHandle(event);
+    }
+}
+
+/// Makes a top-level window, never shown.
+inline HWND MakeWindow(WNDPROC procedure = DefWindowProcA)
+{
+    static const bool registered = [procedure] {
+        WNDCLASSA windowClass{};
+        windowClass.lpfnWndProc = procedure;
+        windowClass.hInstance = GetModuleHandleA(nullptr);
+        windowClass.lpszClassName = "dm_test_window";
+        return RegisterClassA(&windowClass) != 0;
+    }();
+    return registered ? CreateWindowA("dm_test_window", "test", WS_OVERLAPPEDWINDOW, 0, 0, 10, 10,
+                                      nullptr, nullptr, GetModuleHandleA(nullptr), nullptr)
+                      : nullptr;
+}
+
+/// Pumps messages until WM_QUIT.
+inline void PumpMessages()
+{
+    MSG message{};
+    while (GetMessageA(&message, nullptr, 0, 0) != 0) {
+        DispatchMessageA(&message);
+    }
+}
+
+/// The argument, or an empty text.
+inline std::string Argument(int argc, char** argv, int index)
+{
+    return index < argc ? argv[index] : "";
+}
+
+} // namespace vqrx::test

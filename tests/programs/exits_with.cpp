@@ -1,0 +1,9 @@
+// Ends at once with the exit code given.
+#include "ChildProgram.h"
+
+#include <cstdlib>
+
+int main(int argc, char** argv)
+{
+    return static_cast<int>(std::strtoul(vqrx::test::Argument(argc, argv, 1).c_str(), nullptr, 0));
+}

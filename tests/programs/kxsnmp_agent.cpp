@@ -1,0 +1,30 @@
+// Named like the SNMP agent; closes its window and ends on the keystrokes X and Q. Argument: the
+// event to signal when the window is there.
+#include "ChildProgram.h"
+
+namespace {
+
+bool crossed = false;
+
+LRESULT CALLBACK WaitForKeystrokes(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    if (message == WM_CHAR) {
+        if (crossed && wParam == 'Q') {
+            DestroyWindow(window);
+            PostQuitMessage(0);
+        }
+        crossed = wParam == 'X';
+        return 0;
+    }
+    return DefWindowProcA(window, message, wParam, lParam);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    vqrx::test::MakeWindow(WaitForKeystrokes);
+    vqrx::test::SignalReady(vqrx::test::Argument(argc, argv, 1));
+    vqrx::test::PumpMessages();
+    return 0;
+}

@@ -1,0 +1,199 @@
+#include "StandInFirewall.h"
+
+#include "ClassFactory.h"
+#include "NullInterfaces.h"
+
+namespace vqrx::test {
+namespace {
+
+constexpr CLSID kNetFwMgr = {
+    0x304CE942, 0x6E39, 0x40D8, {0x94, 0x3A, 0xB9, 0x13, 0xC4, 0x0C, 0x9C, 0xD4}};
+constexpr CLSID kNetFwPolicy2 = {
+    0xE2B3C97F, 0x6AE1, 0x41AC, {0x81, 0x7A, 0xF6, 0xF9, 0x21, 0x66, 0xD7, 0xDD}};
+constexpr CLSID kNetFwRule = {
+    0x2C5BC43E, 0x3369, 0x4C33, {0xAB, 0x0C, 0xBE, 0x94, 0x69, 0x67, 0x7A, 0xF4}};
+
+template <typename Base>
+class Tracked : public Base {
+public:
+    Tracked() { ++TheFirewallScript().liveObjects; }
+
+protected:
+    ~Tracked() override { --TheFirewallScript().liveObjects; }
+};
+
+class Profile : public Tracked<NullNetFwProfile> {};
+
+class Policy : public Tracked<NullNetFwPolicy> {
+public:
+    HRESULT STDMETHODCALLTYPE get_CurrentProfile(INetFwProfile** profile) override
+    {
+        FirewallScript& script = TheFirewallScript();
+        *profile = nullptr;
+        if (script.endpointMissing > 0) {
+            --script.endpointMissing;
+            return static_cast<HRESULT>(0x800706D9);
+        }
+        if (SUCCEEDED(script.currentProfile)) {
+            *profile = new Profile;
+        }
+        return script.currentProfile;
+    }
+};
+
+class Manager : public Tracked<NullNetFwMgr> {
+public:
+    HRESULT STDMETHODCALLTYPE get_LocalPolicy(INetFwPolicy** policy) override
+    {
+        *policy = SUCCEEDED(TheFirewallScript().localPolicy) ? new Policy : nullptr;
+        return TheFirewallScript().localPolicy;
+    }
+};
+
+class Rule : public Tracked<NullNetFwRule> {
+public:
+    HRESULT STDMETHODCALLTYPE put_Name(BSTR name) override
+    {
+        name_ = name;
+        return TheFirewallScript().putName;
+    }
+    HRESULT STDMETHODCALLTYPE get_Name(BSTR* name) override
+    {
+        *name = SysAllocString(name_.c_str());
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE put_ApplicationName(BSTR application) override
+    {
+        rule_.application = application;
+        return TheFirewallScript().putApplicationName;
+    }
+    HRESULT STDMETHODCALLTYPE put_Protocol(LONG protocol) override
+    {
+        rule_.protocol = protocol;
+        return TheFirewallScript().putProtocol;
+    }
+    HRESULT STDMETHODCALLTYPE put_Profiles(LONG profiles) override
+    {
+        rule_.profiles = profiles;
+        return TheFirewallScript().putProfiles;
+    }
+    HRESULT STDMETHODCALLTYPE put_Action(NET_FW_ACTION action) override
+    {
+        rule_.action = action;
+        return TheFirewallScript().putAction;
+    }
+    HRESULT STDMETHODCALLTYPE put_Enabled(VARIANT_BOOL enabled) override
+    {
+        rule_.enabled = enabled;
+        return TheFirewallScript().putEnabled;
+    }
+
+    const std::wstring& Name() const { return name_; }
+    const FirewallRule& Stored() const { return rule_; }
+
+private:
+    std::wstring name_;
+    FirewallRule rule_;
+};
+
+class Rules : public Tracked<NullNetFwRules> {
+public:
+    HRESULT STDMETHODCALLTYPE Item(BSTR name, INetFwRule** rule) override
+    {
+        const bool exists = StoredFirewallRules().count(name) != 0;
+        *rule = exists ? new Rule : nullptr;
+        return exists ? S_OK : static_cast<HRESULT>(0x80070002);
+    }
+    HRESULT STDMETHODCALLTYPE Add(INetFwRule* rule) override
+    {
+        FirewallScript& script = TheFirewallScript();
+        if (SUCCEEDED(script.add)) {
+            const auto& added = static_cast<const Rule&>(*rule);
+            StoreFirewallRule(added.Name(), added.Stored());
+            ++script.adds;
+        }
+        return script.add;
+    }
+    HRESULT STDMETHODCALLTYPE Remove(BSTR name) override
+    {
+        return EraseFirewallRule(name) ? S_OK : static_cast<HRESULT>(0x80070002);
+    }
+};
+
+class Policy2 : public Tracked<NullNetFwPolicy2> {
+public:
+    HRESULT STDMETHODCALLTYPE get_Rules(INetFwRules** rules) override
+    {
+        *rules = SUCCEEDED(TheFirewallScript().rules) ? new Rules : nullptr;
+        return TheFirewallScript().rules;
+    }
+};
+
+// The answer is looked up at each creation: tests change the script on the way.
+template <typename Object>
+class ScriptedFactory : public Counted<IClassFactory> {
+public:
+    explicit ScriptedFactory(HRESULT FirewallScript::*refusal)
+        : refusal_(refusal)
+    {
+    }
+
+    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID iid, void** object) override
+    {
+        *object = nullptr;
+        const HRESULT refusal = TheFirewallScript().*refusal_;
+        if (FAILED(refusal)) {
+            return refusal;
+        }
+        IUnknown* const made = new Object;
+        const HRESULT hr = made->QueryInterface(iid, object);
+        made->Release();
+        return hr;
+    }
+    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+
+private:
+    HRESULT FirewallScript::*refusal_;
+};
+
+} // namespace
+
+FirewallScript& TheFirewallScript()
+{
+    static FirewallScript script;
+    return script;
+}
+
+IUnknown* MakeFirewallFactory(REFCLSID classId)
+{
+    if (IsEqualCLSID(classId, kNetFwMgr)) {
+        return new ScriptedFactory<Manager>(&FirewallScript::createManager);
+    }
+    if (IsEqualCLSID(classId, kNetFwPolicy2)) {
+        return new ScriptedFactory<Policy2>(&FirewallScript::createPolicy2);
+    }
+    if (IsEqualCLSID(classId, kNetFwRule)) {
+        return new ScriptedFactory<Rule>(&FirewallScript::createRule);
+    }
+    return nullptr;
+}
+
+StandInFirewall::StandInFirewall()
+{
+    TheFirewallScript() = FirewallScript();
+    EraseAllFirewallRules();
+    int index = 0;
+    for (const CLSID& classId : {kNetFwMgr, kNetFwPolicy2, kNetFwRule}) {
+        cookies_[index++] = RegisterInProcess(classId, MakeFirewallFactory(classId));
+    }
+}
+
+StandInFirewall::~StandInFirewall()
+{
+    for (const DWORD cookie : cookies_) {
+        CoRevokeClassObject(cookie);
+    }
+    EraseAllFirewallRules();
+}
+
+} // namespace vqrx::test

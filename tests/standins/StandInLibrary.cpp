@@ -1,0 +1,27 @@
+// A library that takes the places of WMI's locator and of the firewall's classes in the test
+// prefix, for every process: tests register it under their class ids and take it out again.
+#include "StandInFirewall.h"
+#include "StandInWmi.h"
+
+#include <objbase.h>
+
+extern "C" HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID classId, REFIID iid, void** object)
+{
+    constexpr CLSID wbemLocator = {
+        0x4590F811, 0x1D3A, 0x11D0, {0x89, 0x1F, 0x00, 0xAA, 0x00, 0x4B, 0x2E, 0x24}};
+    *object = nullptr;
+    IUnknown* const factory = IsEqualCLSID(classId, wbemLocator)
+                                  ? vqrx::test::MakeWmiLocatorFactory()
+                                  : vqrx::test::MakeFirewallFactory(classId);
+    if (factory == nullptr) {
+        return CLASS_E_CLASSNOTAVAILABLE;
+    }
+    const HRESULT hr = factory->QueryInterface(iid, object);
+    factory->Release();
+    return hr;
+}
+
+extern "C" HRESULT STDAPICALLTYPE DllCanUnloadNow()
+{
+    return S_FALSE;
+}

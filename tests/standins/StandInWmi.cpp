@@ -1,0 +1,191 @@
+#include "StandInWmi.h"
+
+#include "ClassFactory.h"
+#include "LiveProcess.h"
+#include "NullInterfaces.h"
+
+#include <utility>
+
+namespace vqrx::test {
+namespace {
+
+constexpr CLSID kWbemLocator = {
+    0x4590F811, 0x1D3A, 0x11D0, {0x89, 0x1F, 0x00, 0xAA, 0x00, 0x4B, 0x2E, 0x24}};
+
+// Counts the stand-in's own objects, so that a test sees what was not released.
+template <typename Base>
+class Tracked : public Base {
+public:
+    Tracked() { ++TheWmiScript().liveObjects; }
+
+protected:
+    ~Tracked() override { --TheWmiScript().liveObjects; }
+};
+
+std::vector<ProcessAnswer> LiveAnswer(DWORD processId)
+{
+    const auto live = ReadLiveProcess(processId);
+    if (!live) {
+        return {};
+    }
+    ProcessAnswer answer;
+    answer.executablePath.text = live->executablePath;
+    answer.commandLine.text = live->commandLine;
+    return {answer};
+}
+
+HRESULT Give(const PropertyAnswer& answer, VARIANT* value)
+{
+    VariantInit(value);
+    if (FAILED(answer.result)) {
+        return answer.result;
+    }
+    value->vt = answer.type;
+    if (answer.type == VT_BSTR) {
+        value->bstrVal = answer.nullText ? nullptr
+                                         : SysAllocStringLen(answer.text.data(),
+                                                             static_cast<UINT>(answer.text.size()));
+    }
+    return S_OK;
+}
+
+class ProcessObject : public Tracked<NullWbemClassObject> {
+public:
+    explicit ProcessObject(ProcessAnswer answer)
+        : answer_(std::move(answer))
+    {
+    }
+
+    HRESULT STDMETHODCALLTYPE Get(LPCWSTR name, LONG, VARIANT* value, CIMTYPE*, LONG*) override
+    {
+        if (std::wstring(name) == L"ExecutablePath") {
+            return Give(answer_.executablePath, value);
+        }
+        if (std::wstring(name) == L"CommandLine") {
+            return Give(answer_.commandLine, value);
+        }
+        return WBEM_E_NOT_FOUND;
+    }
+
+private:
+    ProcessAnswer answer_;
+};
+
+class Enumerator : public Tracked<NullEnumWbemClassObject> {
+public:
+    explicit Enumerator(std::vector<ProcessAnswer> answers)
+        : answers_(std::move(answers))
+    {
+    }
+
+    HRESULT STDMETHODCALLTYPE Next(LONG, ULONG, IWbemClassObject** objects,
+                                   ULONG* returned) override
+    {
+        *returned = 0;
+        if (++calls_ == TheWmiScript().failAtNext) {
+            return E_ABORT;
+        }
+        if (next_ == answers_.size()) {
+            return WBEM_S_FALSE;
+        }
+        *objects = new ProcessObject(answers_[next_++]);
+        *returned = 1;
+        return S_OK;
+    }
+
+private:
+    std::vector<ProcessAnswer> answers_;
+    std::size_t next_ = 0;
+    int calls_ = 0;
+};
+
+class Services : public Tracked<NullWbemServices>, public IClientSecurity {
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override
+    {
+        if (IsEqualIID(iid, __uuidof(IClientSecurity))) {
+            *object = static_cast<IClientSecurity*>(this);
+            NullWbemServices::AddRef();
+            return S_OK;
+        }
+        return NullWbemServices::QueryInterface(iid, object);
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return NullWbemServices::AddRef(); }
+    ULONG STDMETHODCALLTYPE Release() override { return NullWbemServices::Release(); }
+
+    HRESULT STDMETHODCALLTYPE ExecQuery(const BSTR language, const BSTR query, LONG flags,
+                                        IWbemContext*, IEnumWbemClassObject** enumerator) override
+    {
+        WmiScript& script = TheWmiScript();
+        script.lastLanguage = language;
+        script.lastQuery = query;
+        script.lastQueryFlags = flags;
+        *enumerator = nullptr;
+        if (FAILED(script.query)) {
+            return script.query;
+        }
+        const auto processId = static_cast<DWORD>(
+            std::stoul(script.lastQuery.substr(script.lastQuery.rfind(L'=') + 1)));
+        *enumerator =
+            new Enumerator(script.processes ? script.processes(processId) : LiveAnswer(processId));
+        return S_OK;
+    }
+
+    HRESULT STDMETHODCALLTYPE QueryBlanket(IUnknown*, DWORD*, DWORD*, OLECHAR**, DWORD*, DWORD*,
+                                           void**, DWORD*) override
+    {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE SetBlanket(IUnknown*, DWORD, DWORD, OLECHAR*, DWORD, DWORD, void*,
+                                         DWORD) override
+    {
+        return TheWmiScript().blanket;
+    }
+    HRESULT STDMETHODCALLTYPE CopyProxy(IUnknown*, IUnknown**) override { return E_NOTIMPL; }
+};
+
+class Locator : public Tracked<Counted<IWbemLocator>> {
+public:
+    HRESULT STDMETHODCALLTYPE ConnectServer(const BSTR resource, const BSTR, const BSTR, const BSTR,
+                                            LONG flags, const BSTR, IWbemContext*,
+                                            IWbemServices** services) override
+    {
+        WmiScript& script = TheWmiScript();
+        script.connectedTo = resource;
+        script.connectFlags = flags;
+        *services = nullptr;
+        if (FAILED(script.connect)) {
+            return script.connect;
+        }
+        *services = new Services;
+        return S_OK;
+    }
+};
+
+} // namespace
+
+WmiScript& TheWmiScript()
+{
+    static WmiScript script;
+    return script;
+}
+
+IUnknown* MakeWmiLocatorFactory()
+{
+    return new FunctionFactory([]() -> IUnknown* { return new Locator; });
+}
+
+StandInWmi::StandInWmi(HRESULT refuseCreation)
+{
+    TheWmiScript() = WmiScript();
+    cookie_ = RegisterInProcess(
+        kWbemLocator,
+        new FunctionFactory([]() -> IUnknown* { return new Locator; }, refuseCreation));
+}
+
+StandInWmi::~StandInWmi()
+{
+    CoRevokeClassObject(cookie_);
+}
+
+} // namespace vqrx::test
