@@ -1,0 +1,108 @@
+#include "LaunchProcess.h"
+
+#include "ChildProcess.h"
+#include "ImportPatch.h"
+#include "TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+
+namespace vqrx::test {
+namespace {
+
+using system::daemon::daemon_mgr::v0::LaunchProcess;
+using system::win32::v1::UniqueKernelHandle;
+
+struct Creation {
+    std::string application;
+    std::string commandLine;
+    DWORD flags = 0;
+    BOOL inherit = TRUE;
+    bool defaults = false;
+    DWORD startupSize = 0;
+} seen;
+
+BOOL WINAPI RefuseToCreate(LPCSTR application, LPSTR commandLine, LPSECURITY_ATTRIBUTES process,
+                           LPSECURITY_ATTRIBUTES thread, BOOL inherit, DWORD flags,
+                           LPVOID environment, LPCSTR folder, LPSTARTUPINFOA startup,
+                           LPPROCESS_INFORMATION)
+{
+    seen.application = application;
+    seen.commandLine = commandLine;
+    seen.flags = flags;
+    seen.inherit = inherit;
+    seen.defaults =
+        process == nullptr && thread == nullptr && environment == nullptr && folder == nullptr;
+    seen.startupSize = startup->cb;
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return FALSE;
+}
+
+std::string WaitForFile(const std::string& name)
+{
+    for (int tries = 0; tries < 6000 && GetFileAttributesA(name.c_str()) == INVALID_FILE_ATTRIBUTES;
+         ++tries) {
+        Sleep(10); // the file appears complete, by renaming
+    }
+    std::ifstream file(name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+} // namespace
+
+TEST(Launch, asks_for_a_new_console_and_nothing_else)
+{
+    const ImportPatch patch("CreateProcessA", RefuseToCreate);
+    EXPECT_FALSE(LaunchProcess("C:\\Program Files\\a.exe", {"-x", "two words"}));
+    EXPECT_EQ("C:\\Program Files\\a.exe", seen.application);
+    EXPECT_EQ("\"C:\\Program Files\\a.exe\" -x \"two words\" ", seen.commandLine);
+    EXPECT_EQ(0x10U, seen.flags);
+    EXPECT_FALSE(seen.inherit);
+    EXPECT_TRUE(seen.defaults);
+    EXPECT_EQ(104U, seen.startupSize);
+}
+
+TEST(Launch, of_a_missing_program_returns_no_handle)
+{
+    EXPECT_FALSE(LaunchProcess("C:\\no such program.exe", {}));
+}
+
+TEST(Launch, hands_the_command_line_over_exactly_as_it_is_assembled)
+{
+    const TempFolder folder;
+    const std::string copy = folder.File("with blanks \xE9.exe");
+    ASSERT_TRUE(CopyFileA(TestProgram("writes_command_line").c_str(), copy.c_str(), TRUE));
+    const std::string out = folder.File("out.txt");
+    const UniqueKernelHandle process = LaunchProcess(copy, {out, "say\"hi\"", "\xE9t\xE9", "a b"});
+    ASSERT_TRUE(process);
+    const std::string written = WaitForFile(out);
+    KillProcess(GetProcessId(process.Get()));
+
+    const std::string ansi = "\"" + copy + "\" " + out + " say\"hi\" \xE9t\xE9 \"a b\" ";
+    std::wstring wide(ansi.size(), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, ansi.data(), static_cast<int>(ansi.size()), wide.data(),
+                        static_cast<int>(wide.size()));
+    std::string expected(ansi.size() * 3, '\0');
+    expected.resize(static_cast<std::size_t>(
+        WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()), expected.data(),
+                            static_cast<int>(expected.size()), nullptr, nullptr)));
+    EXPECT_EQ(expected, written);
+}
+
+TEST(Launch, starts_the_program_in_the_supervisors_working_folder)
+{
+    const TempFolder folder;
+    const std::string out = "relative.txt";
+    char before[MAX_PATH] = {};
+    GetCurrentDirectoryA(MAX_PATH, before);
+    ASSERT_TRUE(SetCurrentDirectoryA(folder.Path().string().c_str()));
+    const UniqueKernelHandle process = LaunchProcess(TestProgram("writes_command_line"), {out});
+    SetCurrentDirectoryA(before);
+    ASSERT_TRUE(process);
+    EXPECT_NE("", WaitForFile(folder.File(out)));
+    KillProcess(GetProcessId(process.Get()));
+}
+
+} // namespace vqrx::test
