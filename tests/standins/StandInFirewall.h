@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <unknwn.h>
+
 #include <map>
 #include <string>
 

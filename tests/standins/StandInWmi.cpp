@@ -64,7 +64,7 @@ public:
         if (std::wstring(name) == L"CommandLine") {
             return Give(answer_.commandLine, value);
         }
-        return WBEM_E_NOT_FOUND;
+        return static_cast<HRESULT>(WBEM_E_NOT_FOUND);
     }
 
 private:
