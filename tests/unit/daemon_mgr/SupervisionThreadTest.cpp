@@ -1,0 +1,129 @@
+#include "ImportPatch.h"
+#include "ManagerFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+#include <thread>
+
+namespace vqrx::test {
+namespace {
+
+class Supervision : public ManagerFixture {};
+
+using CreateProcessFunction = BOOL WINAPI(LPCSTR, LPSTR, LPSECURITY_ATTRIBUTES,
+                                          LPSECURITY_ATTRIBUTES, BOOL, DWORD, LPVOID, LPCSTR,
+                                          LPSTARTUPINFOA, LPPROCESS_INFORMATION);
+
+HANDLE inCreation = nullptr;
+HANDLE mayCreate = nullptr;
+
+BOOL WINAPI BlockInCreation(LPCSTR, LPSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATTRIBUTES, BOOL,
+                            DWORD, LPVOID, LPCSTR, LPSTARTUPINFOA, LPPROCESS_INFORMATION)
+{
+    SetEvent(inCreation);
+    WaitForSingleObject(mayCreate, 60000);
+    return FALSE;
+}
+
+std::atomic<int> failures = 0;
+BOOL WINAPI ThrowInCreation(LPCSTR, LPSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATTRIBUTES, BOOL,
+                            DWORD, LPVOID, LPCSTR, LPSTARTUPINFOA, LPPROCESS_INFORMATION)
+{
+    if (++failures <= 2) {
+        throw std::bad_alloc(); // where a pass allocates, at the border that a test can reach
+    }
+    return FALSE;
+}
+
+} // namespace
+
+TEST_F(Supervision, starts_a_launched_program_and_starts_it_again_whenever_it_was_killed)
+{
+    const ReadyEvent ready;
+    Make();
+    DWORD processId = 0;
+    const DWORD daemonId = LaunchAndWait("no_windows", ready, processId);
+    const std::string command = TestProgram("no_windows") + " " + ready.Name();
+    EXPECT_EQ(1U, sink_.Count(2, "Start " + Description(daemonId, processId, command)));
+    for (std::size_t round = 2; round <= 3; ++round) {
+        KillProcess(processId);
+        const auto again = sink_.WaitForPrefix("Start ", round);
+        processId = PidIn(again.text);
+        EXPECT_EQ(1, again.level);
+        EXPECT_EQ("Start " + Description(daemonId, processId, command), again.text);
+        EXPECT_TRUE(IsRunning(processId));
+    }
+    EXPECT_EQ(2U, sink_.Count(0, "Exception caught in : Unknown (0x9)"));
+}
+
+TEST_F(Supervision, tries_a_missing_program_at_every_pass)
+{
+    Make();
+    DWORD daemonId = 0;
+    Launch("C:\\missing.exe", {}, &daemonId);
+    EXPECT_EQ("Unable to start C:\\missing.exe ", sink_.WaitForPrefix("Unable to start", 5).text);
+}
+
+TEST_F(Supervision, finishes_a_pass_under_way_before_its_end_and_ends_then)
+{
+    const system::win32::v1::UniqueKernelHandle in(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    const system::win32::v1::UniqueKernelHandle may(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    inCreation = in.Get();
+    mayCreate = may.Get();
+    const ImportPatch patch("CreateProcessA", BlockInCreation);
+    Make();
+    DWORD daemonId = 0;
+    Launch("a.exe", {}, &daemonId);
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(in.Get(), 60000));
+    std::thread release([&] {
+        // The destructor is waiting once the manager has no event left to signal: give the pass its
+        // end only then. There is nothing to wait for but the destructor itself.
+        Sleep(200);
+        EXPECT_FALSE(sink_.Count(2, "Deamon Thread is exiting..."));
+        SetEvent(may.Get());
+    });
+    manager_.Reset();
+    release.join();
+    EXPECT_TRUE(sink_.WaitForText("Deamon Thread is exiting..."));
+    const auto texts = sink_.Texts();
+    ASSERT_LE(3U, texts.size());
+    EXPECT_EQ("Unable to start a.exe ", texts[texts.size() - 3]);
+    EXPECT_EQ("1 Processes still registered", texts[texts.size() - 2]);
+}
+
+TEST_F(Supervision, makes_requests_wait_until_a_pass_is_over)
+{
+    const system::win32::v1::UniqueKernelHandle in(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    const system::win32::v1::UniqueKernelHandle may(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    inCreation = in.Get();
+    mayCreate = may.Get();
+    const ImportPatch patch("CreateProcessA", BlockInCreation);
+    Make();
+    DWORD daemonId = 0;
+    Launch("a.exe", {}, &daemonId);
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(in.Get(), 60000));
+    std::atomic<bool> stopped = false;
+    std::thread client([&] {
+        EXPECT_EQ(S_OK, manager_->Stop(daemonId));
+        stopped = true;
+    });
+    Sleep(100); // time in which a request that did not wait would be through
+    EXPECT_FALSE(stopped);
+    SetEvent(may.Get());
+    client.join();
+    EXPECT_TRUE(stopped);
+}
+
+TEST_F(Supervision, goes_on_after_a_pass_that_ran_out_of_memory)
+{
+    failures = 0;
+    const ImportPatch patch("CreateProcessA", ThrowInCreation);
+    Make();
+    DWORD daemonId = 0;
+    Launch("a.exe", {}, &daemonId);
+    EXPECT_EQ("Unable to start a.exe ", sink_.WaitForPrefix("Unable to start").text);
+    EXPECT_EQ(2U, sink_.Count(0, "Exception occured : std::bad_alloc"));
+}
+
+} // namespace vqrx::test
