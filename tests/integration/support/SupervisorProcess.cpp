@@ -1,0 +1,103 @@
+#include "SupervisorProcess.h"
+
+#include "ChildProcess.h"
+
+#include <objbase.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <stdexcept>
+
+namespace vqrx::test {
+namespace {
+
+using system::com::v1::ComPtr;
+
+constexpr DWORD kDeadlineMs = 60000;
+constexpr DWORD kAskAgainMs = 10;
+
+} // namespace
+
+bool WaitUntil(const std::function<bool()>& condition)
+{
+    const ULONGLONG start = GetTickCount64();
+    while (!condition()) {
+        if (GetTickCount64() - start > kDeadlineMs) {
+            return condition();
+        }
+        Sleep(kAskAgainMs);
+    }
+    return true;
+}
+
+ComPtr<IUnknown> FindPublished()
+{
+    ComPtr<IRunningObjectTable> table;
+    ComPtr<IMoniker> name;
+    ComPtr<IUnknown> object;
+    if (FAILED(GetRunningObjectTable(0, table.Put())) ||
+        FAILED(CreateItemMoniker(L"!", L"DaemonManager", name.Put())) ||
+        FAILED(table->GetObject(name.Get(), object.Put()))) {
+        return {};
+    }
+    return object;
+}
+
+void SupervisorProcess::InstalledInApp(FirmwareRegistry& registry, const std::string& root)
+{
+    registry.SetPathname(FirmwareRegistry::current, root + "\\App\\bin");
+}
+
+SupervisorProcess::SupervisorProcess(const Configure& configure)
+{
+    std::filesystem::create_directory(App());
+    configure(registry_, Root());
+    process_ = std::make_unique<CapturedProgram>(ProductProgram("DaemonManager.exe"));
+    ComPtr<IUnknown> object;
+    const bool published = WaitUntil([&] {
+        object = FindPublished();
+        return object || !process_->Running();
+    });
+    if (!published || !object) {
+        throw std::runtime_error("the supervisor is not published:\n" + process_->Error());
+    }
+    control_ = object.Query<IDaemonMgrControl>();
+    client_ = std::make_unique<daemon_manager::SupervisorClient>();
+}
+
+std::size_t SupervisorProcess::CountLog(int level, const std::string& text) const
+{
+    const std::vector<RingRecord> records = Log();
+    return static_cast<std::size_t>(
+        std::count_if(records.begin(), records.end(), [&](const RingRecord& record) {
+            return record.level == level && record.text == text;
+        }));
+}
+
+bool SupervisorProcess::WaitForLog(int level, const std::string& text, std::size_t count) const
+{
+    return WaitUntil([&] { return CountLog(level, text) >= count; });
+}
+
+DWORD SupervisorProcess::WaitForStart(DWORD daemonId, DWORD afterPid) const
+{
+    const std::string start = "Start DaemonId(" + std::to_string(daemonId) + ") PId(";
+    DWORD found = 0;
+    WaitUntil([&] {
+        for (const RingRecord& record : Log()) {
+            if (record.text.starts_with(start)) {
+                found = static_cast<DWORD>(std::stoul(record.text.substr(start.size())));
+            }
+        }
+        return found != 0 && found != afterPid;
+    });
+    return found != afterPid ? found : 0;
+}
+
+DWORD SupervisorProcess::Exit()
+{
+    client_->Exit();
+    return process_->ExitCode();
+}
+
+} // namespace vqrx::test
