@@ -36,7 +36,7 @@ function(dm_unit_test name)
     add_executable(${name} ${sources})
     target_link_libraries(${name} PRIVATE ${ARG_LINK} test_support GTest::gmock_main dm_options)
     # GCC 12 warns wrongly where string literals are inlined (its bug 105329).
-    target_compile_options(${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds;-Wno-restrict;-Wno-stringop-overread>)
+    target_compile_options(${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds;-Wno-restrict;-Wno-stringop-overread;-Wno-stringop-overflow>)
     target_precompile_headers(${name} REUSE_FROM test_support)
     set_target_properties(${name} PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/bin)
