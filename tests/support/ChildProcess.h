@@ -18,13 +18,15 @@ std::string TestProgram(const std::string& name);
 /// The full path of one of the product's programs.
 std::string ProductProgram(const std::string& name);
 
-/// A named event, not signalled, that child programs signal when they are ready.
+/// A named event, not signalled, that child programs signal when they are ready, or wait for.
 class ReadyEvent {
 public:
     ReadyEvent();
     const std::string& Name() const { return name_; }
     /// @return false when it is not signalled within a minute
     bool Wait() const { return WaitForSingleObject(event_.Get(), 60000) == WAIT_OBJECT_0; }
+    /// For an event that a child waits for.
+    void Signal() const { SetEvent(event_.Get()); }
 
 private:
     std::string name_;

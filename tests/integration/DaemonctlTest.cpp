@@ -1,0 +1,150 @@
+#include "CapturedProgram.h"
+#include "ChildProcess.h"
+#include "ProxyRegistration.h"
+#include "SupervisorProcess.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+namespace vqrx::test {
+namespace {
+
+struct Answer {
+    DWORD exitCode;
+    std::string output;
+    std::string error;
+};
+
+bool operator==(const Answer& left, const Answer& right)
+{
+    return left.exitCode == right.exitCode && left.output == right.output &&
+           left.error == right.error;
+}
+
+std::ostream& operator<<(std::ostream& stream, const Answer& answer)
+{
+    return stream << answer.exitCode << "\n--- output\n"
+                  << answer.output << "--- error\n"
+                  << answer.error;
+}
+
+Answer Daemonctl(const std::string& arguments)
+{
+    const CapturedProgram program(ProductProgram("daemonctl.exe") + " " + arguments);
+    const DWORD exitCode = program.ExitCode();
+    return {exitCode, program.Output(), program.Error()};
+}
+
+TEST(Daemonctl, without_a_command_or_with_a_wrong_one_says_so_and_ends_with_2)
+{
+    for (const char* arguments :
+         {"", "frobnicate", "launch", "stop", "stop x", "stop -1", "stop 4294967296", "stop 1 2",
+          "attach", "attach pid", "detach", "exit now", "--frobnicate"}) {
+        const Answer answer = Daemonctl(arguments);
+        EXPECT_EQ(answer.exitCode, 2U) << arguments;
+        EXPECT_EQ(answer.output, "") << arguments;
+        EXPECT_NE(answer.error, "") << arguments;
+    }
+}
+
+TEST(Daemonctl, tells_its_version)
+{
+    EXPECT_EQ(Daemonctl("--version"), (Answer{0, "daemonctl 1.0.0\n", ""}));
+}
+
+TEST(Daemonctl, helps)
+{
+    const Answer help = Daemonctl("--help");
+    EXPECT_EQ(help.exitCode, 0U);
+    EXPECT_EQ(help.error, "");
+    for (const char* command : {"launch", "stop", "attach", "detach", "exit"}) {
+        EXPECT_NE(help.output.find(command), std::string::npos) << command;
+        const Answer commandHelp = Daemonctl(std::string(command) + " --help");
+        EXPECT_EQ(commandHelp.exitCode, 0U) << command;
+        EXPECT_NE(commandHelp.output.find(std::string("Example:\n  daemonctl ") + command),
+                  std::string::npos)
+            << commandHelp.output;
+    }
+}
+
+TEST(Daemonctl, without_a_supervisor_says_what_to_do)
+{
+    for (const char* arguments : {"launch x.exe", "stop 1", "attach 1", "detach 1", "exit"}) {
+        EXPECT_EQ(Daemonctl(arguments),
+                  (Answer{3, "",
+                          "daemonctl: no supervisor is running on this machine\n"
+                          "  Start DaemonManager.exe, as the same user or as administrator.\n"}))
+            << arguments;
+    }
+}
+
+TEST(Daemonctl, without_the_proxy_says_what_to_register)
+{
+    const TempFolder root;
+    std::filesystem::create_directory(root.Path() / "App");
+    FirmwareRegistry registry;
+    registry.SetPathname(FirmwareRegistry::current, root.Path().string());
+    const system::com::v1::ComApartment apartment;
+    const CapturedProgram supervisor(ProductProgram("DaemonManager.exe"));
+    ASSERT_TRUE(WaitUntil([] { return static_cast<bool>(FindPublished()); }));
+    EXPECT_EQ(Daemonctl("exit"),
+              (Answer{3, "",
+                      "daemonctl: the supervisor runs, but DaemonMgrPS.dll is not registered\n"
+                      "  As administrator: regsvr32 DaemonMgrPS.dll\n"}));
+    const ProxyRegistration registered;
+    EXPECT_EQ(Daemonctl("exit"), (Answer{0, "the supervisor ends; its daemons run on\n", ""}));
+    EXPECT_EQ(supervisor.ExitCode(), 0U);
+}
+
+TEST(Daemonctl, launches_and_stops)
+{
+    const SupervisorProcess supervisor;
+    const std::string launch = "launch \"" + TestProgram("no_windows") + "\" x";
+    EXPECT_EQ(Daemonctl(launch), (Answer{0, "0\n", ""}));
+    EXPECT_EQ(Daemonctl(launch),
+              (Answer{1, "0\n", "daemonctl: registered already, as daemon 0\n"}));
+    EXPECT_NE(supervisor.WaitForStart(0), 0U);
+    EXPECT_EQ(Daemonctl("detach 0"),
+              (Answer{1, "", "daemonctl: daemon 0 is unknown or was not attached\n"}));
+    EXPECT_EQ(Daemonctl("stop 0"), (Answer{0, "daemon 0 stopped\n", ""}));
+    EXPECT_EQ(Daemonctl("stop 0"),
+              (Answer{1, "",
+                      "daemonctl: no process was stopped: daemon 0 is unknown, was attached (its "
+                      "process runs on), or cannot be ended\n"}));
+}
+
+TEST(Daemonctl, passes_everything_behind_the_path_on)
+{
+    const SupervisorProcess supervisor;
+    const std::string program = TestProgram("writes_command_line");
+    EXPECT_EQ(Daemonctl("launch \"" + program +
+                        "\" out.txt --help -x -- --version \"two words\" \"\" \xC3\xBC"),
+              (Answer{0, "0\n", ""}));
+    const std::string file = supervisor.App() + "\\out.txt";
+    ASSERT_TRUE(WaitUntil([&] { return std::filesystem::exists(file); }));
+    EXPECT_EQ(ReadText(file), program + " out.txt --help -x -- --version \"two words\"  \xC3\xBC ");
+}
+
+TEST(Daemonctl, says_that_a_process_cannot_be_attached)
+{
+    const SupervisorProcess supervisor;
+    EXPECT_EQ(
+        Daemonctl("attach 4294967280"),
+        (Answer{1, "",
+                "daemonctl: process 4294967280 could not be attached: it has ended, access to "
+                "it is denied, or WMI does not tell about it\n"}));
+}
+
+TEST(Daemonctl, ends_the_supervisor)
+{
+    SupervisorProcess supervisor;
+    EXPECT_EQ(Daemonctl("exit"), (Answer{0, "the supervisor ends; its daemons run on\n", ""}));
+    EXPECT_EQ(supervisor.Process().ExitCode(), 0U);
+}
+
+} // namespace
+} // namespace vqrx::test

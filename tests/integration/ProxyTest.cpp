@@ -1,0 +1,122 @@
+#include "CapturedProgram.h"
+#include "ChildProcess.h"
+#include "ProxyRegistration.h"
+#include "SupervisorProcess.h"
+#include "com/TextConversion.h"
+#include "com/UniqueBstr.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using system::com::v1::ComApartment;
+using system::com::v1::ComPtr;
+using system::com::v1::NarrowToWide;
+using system::com::v1::UniqueBstr;
+
+/// Launches a program that writes down its command line. @return what it wrote after its own path
+/// and the name of the file
+std::string Received(SupervisorProcess& supervisor, std::vector<std::wstring> arguments)
+{
+    const std::string program = TestProgram("writes_command_line");
+    arguments.insert(arguments.begin(), L"out.txt");
+    supervisor.Client().Launch(NarrowToWide(program, CP_UTF8), arguments);
+    const std::string file = supervisor.App() + "\\out.txt";
+    if (!WaitUntil([&] { return std::filesystem::exists(file); })) {
+        return "nothing";
+    }
+    const std::string text = ReadText(file);
+    const std::string start = program + " out.txt ";
+    return text.starts_with(start) ? text.substr(start.size()) : "unexpected: " + text;
+}
+
+TEST(Proxy, is_what_another_process_needs_to_get_the_interface)
+{
+    const TempFolder root;
+    std::filesystem::create_directory(root.Path() / "App");
+    FirmwareRegistry registry;
+    registry.SetPathname(FirmwareRegistry::current, root.Path().string());
+    const ComApartment apartment;
+    const CapturedProgram program(ProductProgram("DaemonManager.exe"));
+    ComPtr<IUnknown> object;
+    ASSERT_TRUE(WaitUntil([&] { return static_cast<bool>(object = FindPublished()); }));
+
+    ComPtr<IDaemonMgrControl> control;
+    EXPECT_EQ(object->QueryInterface(IID_IDaemonMgrControl, control.PutVoid()), E_NOINTERFACE);
+    EXPECT_EQ(control.Get(), nullptr);
+    const ProxyRegistration registered;
+    ASSERT_EQ(object->QueryInterface(IID_IDaemonMgrControl, control.PutVoid()), S_OK);
+    EXPECT_EQ(control->Exit(), S_OK);
+    EXPECT_EQ(program.ExitCode(), 0U);
+}
+
+TEST(Proxy, answers_E_NOINTERFACE_for_IDispatch)
+{
+    const SupervisorProcess supervisor;
+    void* dispatch = &dispatch;
+    EXPECT_EQ(supervisor.Control()->QueryInterface(IID_IDispatch, &dispatch), E_NOINTERFACE);
+    EXPECT_EQ(dispatch, nullptr);
+}
+
+TEST(Proxy, carries_null_pointers_and_empty_arrays_as_empty_argument_lists)
+{
+    const SupervisorProcess supervisor;
+    const std::string program = TestProgram("no_windows");
+    const UniqueBstr path(NarrowToWide(program, CP_UTF8));
+    DWORD id = 4711;
+    EXPECT_EQ(supervisor.Control()->Launch(path.Get(), nullptr, &id), S_OK);
+    EXPECT_EQ(id, 0U);
+    SAFEARRAY* array = nullptr;
+    id = 4711;
+    EXPECT_EQ(supervisor.Control()->Launch(path.Get(), &array, &id), S_FALSE);
+    EXPECT_EQ(id, 0U);
+    array = SafeArrayCreateVector(VT_BSTR, 0, 0);
+    id = 4711;
+    EXPECT_EQ(supervisor.Control()->Launch(path.Get(), &array, &id), S_FALSE);
+    EXPECT_EQ(id, 0U);
+    SafeArrayDestroy(array);
+    const DWORD process = supervisor.WaitForStart(0);
+    EXPECT_TRUE(supervisor.WaitForLog(2, "Start DaemonId(0) PId(" + std::to_string(process) +
+                                             ") : " + program + " "));
+}
+
+TEST(Proxy, carries_a_thousand_strings_in_order)
+{
+    SupervisorProcess supervisor;
+    std::vector<std::wstring> arguments;
+    std::string expected;
+    for (int index = 0; index < 1000; ++index) {
+        arguments.push_back(L"argument" + std::to_wstring(index));
+        expected += "argument" + std::to_string(index) + " ";
+    }
+    EXPECT_EQ(Received(supervisor, arguments), expected);
+}
+
+TEST(Proxy, carries_a_string_of_32000_characters)
+{
+    SupervisorProcess supervisor;
+    std::wstring argument;
+    for (wchar_t index = 0; index < 32000; ++index) {
+        argument += static_cast<wchar_t>(L'a' + index % 26);
+    }
+    EXPECT_EQ(Received(supervisor, {argument}),
+              std::string(argument.begin(), argument.end()) + " ");
+}
+
+TEST(Proxy, carries_non_ASCII_letters_of_the_code_page)
+{
+    SupervisorProcess supervisor;
+    EXPECT_EQ(Received(supervisor, {L"Gr\u00fc\u00dfe", L"\u00e9\u00e0 \u00e7"}),
+              "Gr\xC3\xBC\xC3\x9F"
+              "e \"\xC3\xA9\xC3\xA0 \xC3\xA7\" ");
+}
+
+} // namespace
+} // namespace vqrx::test
