@@ -1,0 +1,31 @@
+#include "ImportPatch.h"
+#include "thread/Thread.h"
+
+#include <gtest/gtest.h>
+
+#include <process.h>
+
+#include <memory>
+
+namespace vqrx::test {
+namespace {
+
+uintptr_t __cdecl Refuse(void*, unsigned, _beginthreadex_proc_type, void*, unsigned, unsigned*)
+{
+    return 0;
+}
+
+} // namespace
+
+TEST(Thread, that_windows_refuses_has_no_handle_runs_nothing_and_lets_go_of_its_body)
+{
+    const auto captured = std::make_shared<int>(1);
+    {
+        const ImportPatch patch("_beginthreadex", Refuse);
+        const system::thread::v1::Thread thread([captured] { FAIL(); });
+        EXPECT_EQ(nullptr, thread.Handle());
+    }
+    EXPECT_EQ(1, captured.use_count());
+}
+
+} // namespace vqrx::test
