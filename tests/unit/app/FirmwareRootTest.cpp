@@ -1,0 +1,93 @@
+#include "FirmwareRoot.h"
+
+#include "FirmwareRegistry.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace vqrx::test {
+namespace {
+
+using app::v0::GetFirmwareRoot;
+using app::v0::TryGetFirmwareRoot;
+using Key = FirmwareRegistry::Key;
+
+struct FirmwareRoot : testing::Test {
+    FirmwareRegistry registry;
+    std::string path = "before";
+};
+
+TEST_F(FirmwareRoot, is_the_default_when_neither_key_exists)
+{
+    EXPECT_FALSE(TryGetFirmwareRoot(path));
+    EXPECT_EQ(path, R"(D:\FIRMWARE)");
+}
+
+TEST_F(FirmwareRoot, is_the_default_when_the_first_key_has_no_value)
+{
+    registry.Create(Key::current);
+    registry.SetPathname(Key::older, R"(E:\FW)");
+    EXPECT_FALSE(TryGetFirmwareRoot(path));
+    EXPECT_EQ(path, R"(D:\FIRMWARE)");
+}
+
+TEST_F(FirmwareRoot, comes_from_the_first_key)
+{
+    registry.SetPathname(Key::current, R"(E:\FW\App\bin)");
+    registry.SetPathname(Key::older, R"(F:\old)");
+    EXPECT_TRUE(TryGetFirmwareRoot(path));
+    EXPECT_EQ(path, R"(E:\FW)");
+}
+
+TEST_F(FirmwareRoot, comes_from_the_second_key_when_the_first_cannot_be_opened)
+{
+    registry.SetPathname(Key::older, R"(F:\old\App)");
+    EXPECT_TRUE(TryGetFirmwareRoot(path));
+    EXPECT_EQ(path, R"(F:\old)");
+}
+
+TEST_F(FirmwareRoot, ends_at_the_first_zero)
+{
+    registry.SetPathname(Key::current, REG_BINARY, std::string("E:\\FW\0\\x", 8));
+    EXPECT_TRUE(TryGetFirmwareRoot(path));
+    EXPECT_EQ(path, R"(E:\FW)");
+}
+
+TEST_F(FirmwareRoot, of_255_bytes_without_a_zero_is_read_whole)
+{
+    const std::string longest = "E:\\" + std::string(252, 'x');
+    registry.SetPathname(Key::current, REG_BINARY, longest);
+    EXPECT_TRUE(TryGetFirmwareRoot(path));
+    EXPECT_EQ(path, longest);
+}
+
+TEST_F(FirmwareRoot, of_256_bytes_is_not_read)
+{
+    registry.SetPathname(Key::current, REG_BINARY, std::string(256, 'x'));
+    EXPECT_FALSE(TryGetFirmwareRoot(path));
+    EXPECT_EQ(path, R"(D:\FIRMWARE)");
+}
+
+TEST_F(FirmwareRoot, may_be_an_empty_value)
+{
+    registry.SetPathname(Key::current, REG_SZ, "");
+    EXPECT_TRUE(TryGetFirmwareRoot(path));
+    EXPECT_EQ(path, "");
+}
+
+TEST_F(FirmwareRoot, that_cannot_be_had_is_an_error)
+{
+    try {
+        GetFirmwareRoot(path);
+        FAIL();
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "could not get firmware root path");
+    }
+}
+
+} // namespace
+} // namespace vqrx::test

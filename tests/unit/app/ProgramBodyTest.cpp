@@ -1,0 +1,188 @@
+#include "ProgramBody.h"
+
+#include "ConsoleControl.h"
+#include "FirmwareRegistry.h"
+#include "ImportPatch.h"
+#include "PublishedObject.h"
+#include "TempFolder.h"
+#include "com/ComApartment.h"
+
+#include <windows.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <thread>
+
+namespace vqrx::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+/// Keeps what is written to standard error.
+class CapturedError {
+public:
+    CapturedError()
+        : old_(std::cerr.rdbuf(text_.rdbuf()))
+    {
+    }
+    CapturedError(const CapturedError&) = delete;
+    CapturedError& operator=(const CapturedError&) = delete;
+    ~CapturedError() { std::cerr.rdbuf(old_); }
+
+    std::string Text() const { return text_.str(); }
+
+private:
+    std::ostringstream text_;
+    std::streambuf* old_;
+};
+
+struct ProgramBody : testing::Test {
+    ProgramBody()
+    {
+        std::filesystem::create_directory(root.Path() / "App");
+        registry.SetPathname(FirmwareRegistry::current, root.Path().string());
+    }
+    ~ProgramBody() override { std::filesystem::current_path(before); }
+
+    /// Runs the program on this thread, and Ctrl+C on another one once it is published.
+    int RunUntilPublished()
+    {
+        std::thread operatorThread([this] {
+            const system::com::v1::ComApartment apartment;
+            const ULONGLONG start = GetTickCount64();
+            while (!FindPublished() && GetTickCount64() - start < 60000) {
+                Sleep(5);
+            }
+            wasPublished = static_cast<bool>(FindPublished());
+            app::v0::ConsoleCtrlHandler(CTRL_C_EVENT);
+        });
+        const int exitCode = app::v0::RunProgram();
+        operatorThread.join();
+        return exitCode;
+    }
+
+    const std::filesystem::path before = std::filesystem::current_path();
+    TempFolder root;
+    FirmwareRegistry registry;
+    CapturedError error;
+    bool wasPublished = false;
+};
+
+TEST_F(ProgramBody, runs_until_it_is_told_to_end)
+{
+    EXPECT_EQ(RunUntilPublished(), 0);
+    EXPECT_TRUE(wasPublished);
+    EXPECT_THAT(error.Text(), HasSubstr(" Deamon Thread started\n"));
+    EXPECT_TRUE(error.Text().ends_with(" Deamon Thread is exiting...\n")) << error.Text();
+    EXPECT_TRUE(std::filesystem::exists(root.Path() / "Logs" / "DaemonManager.log"));
+    EXPECT_TRUE(std::filesystem::equivalent(std::filesystem::current_path(), root.Path() / "App"));
+    const system::com::v1::ComApartment apartment;
+    EXPECT_FALSE(FindPublished());
+}
+
+TEST_F(ProgramBody, runs_a_second_time_in_one_process)
+{
+    EXPECT_EQ(RunUntilPublished(), 0);
+    EXPECT_EQ(RunUntilPublished(), 0);
+    EXPECT_TRUE(wasPublished);
+}
+
+HRESULT WINAPI RefuseCom(void*, DWORD)
+{
+    return static_cast<HRESULT>(0x80010106); // RPC_E_CHANGED_MODE
+}
+
+TEST_F(ProgramBody, without_COM_fails)
+{
+    const ImportPatch patch("CoInitializeEx", RefuseCom);
+    EXPECT_EQ(app::v0::RunProgram(), 1);
+    EXPECT_THAT(error.Text(), testing::StartsWith("Exception occured : COM Error 80010106: "));
+    EXPECT_TRUE(error.Text().ends_with("\n"));
+}
+
+BOOL WINAPI RefuseHandler(PHANDLER_ROUTINE, BOOL)
+{
+    return FALSE;
+}
+
+TEST_F(ProgramBody, without_a_control_handler_fails_and_withdraws_what_it_had_published)
+{
+    const ImportPatch patch("SetConsoleCtrlHandler", RefuseHandler);
+    EXPECT_EQ(app::v0::RunProgram(), 1);
+    EXPECT_TRUE(error.Text().ends_with(" Deamon Thread is exiting...\n"
+                                       "Exception occured : Could not set control handler\n"))
+        << error.Text();
+    const system::com::v1::ComApartment apartment;
+    EXPECT_FALSE(FindPublished());
+}
+
+int criticalSectionsToCome = 0;
+
+BOOL WINAPI RefuseCriticalSection(CRITICAL_SECTION* section, DWORD spinCount)
+{
+    if (criticalSectionsToCome-- > 0) {
+        return InitializeCriticalSectionEx(section, spinCount, 0);
+    }
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return FALSE;
+}
+
+TEST_F(ProgramBody, without_any_one_of_its_locks_fails_without_a_name_for_it)
+{
+    const ImportPatch patch("InitializeCriticalSectionAndSpinCount", RefuseCriticalSection);
+    for (int count = 0; count < 4; ++count) { // two of the file sink, the console sink's, ...
+        criticalSectionsToCome = count;
+        EXPECT_EQ(app::v0::RunProgram(), 1) << count;
+    }
+    EXPECT_EQ(error.Text(), "Unknown exception occured\nUnknown exception occured\n"
+                            "Unknown exception occured\nUnknown exception occured\n");
+}
+
+int rootReadings = 0;
+LSTATUS(WINAPI* readValue)(HKEY, LPCSTR, DWORD*, DWORD*, BYTE*, DWORD*) = nullptr;
+
+LSTATUS WINAPI ReadOnce(HKEY key, LPCSTR name, DWORD* reserved, DWORD* type, BYTE* data,
+                        DWORD* size)
+{
+    if (std::string(name) == "Pathname" && ++rootReadings > 1) {
+        return ERROR_FILE_NOT_FOUND;
+    }
+    return readValue(key, name, reserved, type, data, size);
+}
+
+TEST_F(ProgramBody, logs_to_the_console_alone_when_the_root_cannot_be_read_again)
+{
+    rootReadings = 0;
+    readValue = RegQueryValueExA;
+    const ImportPatch patch("RegQueryValueExA", ReadOnce);
+    EXPECT_EQ(RunUntilPublished(), 0);
+    EXPECT_EQ(rootReadings, 2);
+    EXPECT_THAT(error.Text(), HasSubstr(" Deamon Thread started\n"));
+    EXPECT_FALSE(std::filesystem::exists(root.Path() / "Logs"));
+}
+
+int messageErrors = 0;
+
+BOOL WINAPI FailThenGet(MSG* message, HWND window, UINT first, UINT last)
+{
+    return messageErrors-- > 0 ? -1 : GetMessageW(message, window, first, last);
+}
+
+TEST_F(ProgramBody, goes_on_after_an_error_of_the_message_loop)
+{
+    messageErrors = 3;
+    const ImportPatch patch("GetMessageA", FailThenGet);
+    EXPECT_EQ(RunUntilPublished(), 0);
+    EXPECT_TRUE(wasPublished);
+    EXPECT_LT(messageErrors, 0);
+    EXPECT_THAT(error.Text(), Not(HasSubstr("occured")));
+}
+
+} // namespace
+} // namespace vqrx::test
