@@ -33,6 +33,12 @@ public:
         return lines_;
     }
 
+    void Clear()
+    {
+        const std::lock_guard lock(mutex_);
+        lines_.clear();
+    }
+
 private:
     mutable std::mutex mutex_;
     std::vector<Line> lines_;

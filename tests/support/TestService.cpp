@@ -1,0 +1,70 @@
+#include "TestService.h"
+
+#include "ChildProcess.h"
+
+#include <stdexcept>
+
+namespace vqrx::test {
+
+TestService::TestService(const std::string& name, DWORD type, DWORD startType, DWORD pendingMs)
+    : manager_(OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS))
+{
+    const std::string command =
+        "\"" + TestProgram("test_service") + "\" " + name + " " + std::to_string(pendingMs);
+    service_.Reset(CreateServiceA(manager_.Get(), name.c_str(), ("Test " + name).c_str(),
+                                  SERVICE_ALL_ACCESS, type, startType, SERVICE_ERROR_IGNORE,
+                                  command.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr));
+    if (!service_) {
+        const DWORD error = GetLastError();
+        throw std::runtime_error("cannot make service " + name + ": " + std::to_string(error));
+    }
+}
+
+TestService::~TestService()
+{
+    const DWORD processId = ProcessId();
+    SERVICE_STATUS status{};
+    ControlService(service_.Get(), SERVICE_CONTROL_STOP, &status);
+    if (processId != 0) {
+        KillProcess(processId);
+    }
+    DeleteService(service_.Get());
+}
+
+void TestService::Start(bool wait)
+{
+    if (StartServiceA(service_.Get(), 0, nullptr) == FALSE) {
+        throw std::runtime_error("cannot start the service: " + std::to_string(GetLastError()));
+    }
+    if (wait && !WaitForState(SERVICE_RUNNING)) {
+        throw std::runtime_error("the service does not run");
+    }
+}
+
+SERVICE_STATUS_PROCESS TestService::Status() const
+{
+    SERVICE_STATUS_PROCESS status{};
+    DWORD needed = 0;
+    QueryServiceStatusEx(service_.Get(), SC_STATUS_PROCESS_INFO, reinterpret_cast<BYTE*>(&status),
+                         sizeof status, &needed);
+    return status;
+}
+
+bool TestService::WaitForState(DWORD state) const
+{
+    const ULONGLONG deadline = GetTickCount64() + 60000;
+    while (Status().dwCurrentState != state) { // the manager offers no event for it here
+        if (GetTickCount64() > deadline) {
+            return false;
+        }
+        Sleep(5);
+    }
+    return true;
+}
+
+DWORD TestService::ProcessId() const
+{
+    return Status().dwProcessId;
+}
+
+} // namespace vqrx::test

@@ -1,0 +1,177 @@
+#include "FirewallService.h"
+
+#include "CapturingLogger.h"
+#include "ImportPatch.h"
+#include "TestService.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using namespace host::v0;
+using Line = CapturingLogger::Line;
+using Lines = std::vector<Line>;
+
+class FirewallWait : public ::testing::Test {
+protected:
+    bool Wait()
+    {
+        return WaitForFirewallService(&logger_, [this](std::uint32_t seconds) {
+            slept_.push_back(seconds);
+            if (onSleep_) {
+                onSleep_();
+            }
+        });
+    }
+
+    CapturingLogger logger_;
+    std::vector<std::uint32_t> slept_;
+    std::function<void()> onSleep_;
+};
+
+SC_HANDLE WINAPI RefuseManager(LPCSTR, LPCSTR, DWORD)
+{
+    SetLastError(ERROR_ACCESS_DENIED);
+    return nullptr;
+}
+
+DWORD configBuffer = 0;
+BOOL WINAPI RefuseConfig(SC_HANDLE, LPQUERY_SERVICE_CONFIGA, DWORD size, LPDWORD)
+{
+    configBuffer = size;
+    return FALSE;
+}
+
+BOOL WINAPI RefuseStatus(SC_HANDLE, LPSERVICE_STATUS)
+{
+    return FALSE;
+}
+
+int pendingAnswers = 0;
+BOOL WINAPI StayPending(SC_HANDLE, LPSERVICE_STATUS status)
+{
+    status->dwCurrentState = pendingAnswers-- > 0 ? SERVICE_START_PENDING : SERVICE_RUNNING;
+    return TRUE;
+}
+
+} // namespace
+
+TEST_F(FirewallWait, ends_when_there_is_no_service_manager_to_ask)
+{
+    const ImportPatch patch("OpenSCManagerA", RefuseManager);
+    EXPECT_FALSE(Wait());
+    EXPECT_EQ((Lines{{0, "Firewall: Could not connect to service manager"}}), logger_.Lines());
+}
+
+TEST_F(FirewallWait, ends_when_there_is_no_firewall_service)
+{
+    EXPECT_FALSE(Wait());
+    EXPECT_EQ((Lines{{0, "Firewall: Could not open service (1060)"}}), logger_.Lines());
+}
+
+TEST_F(FirewallWait, is_over_at_once_for_a_running_service)
+{
+    TestService service("MpsSvc");
+    service.Start();
+    EXPECT_TRUE(Wait());
+    EXPECT_TRUE(logger_.Lines().empty());
+    EXPECT_TRUE(slept_.empty());
+}
+
+TEST_F(FirewallWait, takes_the_older_service_where_there_is_no_newer_one)
+{
+    TestService service("SharedAccess");
+    service.Start();
+    EXPECT_TRUE(Wait());
+}
+
+TEST_F(FirewallWait, takes_the_newer_service_where_there_are_both)
+{
+    TestService newer("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DISABLED);
+    TestService older("SharedAccess");
+    older.Start();
+    EXPECT_FALSE(Wait());
+    EXPECT_EQ((Lines{{1, "Firewall: Service is disabled."}}), logger_.Lines());
+}
+
+TEST_F(FirewallWait, ends_for_a_disabled_service)
+{
+    const TestService service("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DISABLED);
+    EXPECT_FALSE(Wait());
+    EXPECT_EQ((Lines{{1, "Firewall: Service is disabled."}}), logger_.Lines());
+}
+
+TEST_F(FirewallWait, ends_when_the_configuration_cannot_be_read)
+{
+    const TestService service("MpsSvc");
+    const ImportPatch patch("QueryServiceConfigA", RefuseConfig);
+    EXPECT_FALSE(Wait());
+    EXPECT_EQ((Lines{{0, "Firewall: Could not query service config"}}), logger_.Lines());
+    EXPECT_EQ(8192U, configBuffer);
+}
+
+TEST_F(FirewallWait, ends_when_the_status_cannot_be_read)
+{
+    const TestService service("MpsSvc");
+    const ImportPatch patch("QueryServiceStatus", RefuseStatus);
+    EXPECT_FALSE(Wait());
+    EXPECT_EQ((Lines{{0, "Firewall: Could not query service status"}}), logger_.Lines());
+}
+
+TEST_F(FirewallWait, doubles_its_pauses_while_the_service_is_start_pending)
+{
+    const TestService service("MpsSvc");
+    pendingAnswers = 5;
+    const ImportPatch patch("QueryServiceStatus", StayPending);
+    EXPECT_TRUE(Wait());
+    EXPECT_EQ((std::vector<std::uint32_t>{1, 2, 4, 8, 16}), slept_);
+    const auto lines = logger_.Lines();
+    ASSERT_EQ(10U, lines.size());
+    EXPECT_EQ((Line{0, "Firewall: Current status code 2"}), lines[0]);
+    EXPECT_EQ((Line{0, "Firewall: Waiting 1 s for the service to be running."}), lines[1]);
+    EXPECT_EQ((Line{0, "Firewall: Current status code 2"}), lines[8]);
+    EXPECT_EQ((Line{0, "Firewall: Waiting 16 s for the service to be running."}), lines[9]);
+}
+
+TEST_F(FirewallWait, waits_for_a_stopped_service_until_somebody_starts_it)
+{
+    TestService service("MpsSvc");
+    onSleep_ = [&] {
+        if (slept_.size() == 2) {
+            service.Start();
+        }
+    };
+    EXPECT_TRUE(Wait());
+    EXPECT_EQ((std::vector<std::uint32_t>{1, 2}), slept_);
+    EXPECT_EQ((Line{0, "Firewall: Current status code 1"}), logger_.Lines().at(0));
+}
+
+TEST(FirewallWaitSlow, really_sleeps_until_a_service_that_needs_its_time_runs)
+{
+    CapturingLogger logger;
+    TestService service("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START, 1500);
+    service.Start(false);
+    EXPECT_TRUE(service.WaitForState(SERVICE_START_PENDING));
+    EXPECT_TRUE(WaitForFirewallService(&logger));
+    EXPECT_EQ((Line{0, "Firewall: Current status code 2"}), logger.Lines().at(0));
+    EXPECT_EQ((Line{0, "Firewall: Waiting 1 s for the service to be running."}),
+              logger.Lines().at(1));
+}
+
+TEST(DoublingPause, doubles_and_never_leaves_its_range)
+{
+    DoublingPause pause;
+    for (std::uint32_t expected = 1; expected < (1U << 30); expected *= 2) {
+        EXPECT_EQ(expected, pause.Seconds());
+        pause.Double();
+    }
+    pause.Double();
+    pause.Double();
+    EXPECT_EQ(1U << 30, pause.Seconds());
+}
+
+} // namespace vqrx::test
