@@ -1,0 +1,77 @@
+#!/bin/bash
+# Ends the supervisor by an interrupt, as Ctrl+C in its terminal does, and looks at how it goes:
+#   interrupt_test.sh BIN plain     without a terminal
+#   interrupt_test.sh BIN terminal  under a pseudo-terminal, by a signal
+#   interrupt_test.sh BIN typed     under a pseudo-terminal, by the key
+set -uo pipefail
+bin=$1
+kind=$2
+tools=$(cd "$(dirname "$0")/../../tools" && pwd)
+: "${WINEPREFIX:=$(dirname "$tools")/build/wine}"
+export WINEPREFIX WINEDEBUG=-all
+folder=$(mktemp -d)
+root=$WINEPREFIX/drive_c/dm_interrupt_test
+log=$root/Logs/DaemonManager.log
+notes=$folder/notes
+key='HKLM\SOFTWARE\UnitWarden'
+keyboard=
+supervisor=
+
+fail() {
+    echo "interrupt_test: $*" >&2
+    cat "$folder"/typescript "$folder"/console 2>/dev/null
+    exit 1
+}
+windows() { timeout 60 "$tools/wine-run" "$@" >"$notes" 2>&1 </dev/null; }
+clean_up() {
+    [ -s "$folder/pid" ] && kill -KILL "$(cat "$folder/pid")" 2>/dev/null
+    [ -n "$keyboard" ] && exec {keyboard}>&-
+    windows reg delete "$key" /f
+    rm -rf "$root" "$folder"
+}
+trap clean_up EXIT
+
+mkdir -p "$root/App"
+windows reg add "$key\\CurrentVersion" /v Pathname /d 'C:\dm_interrupt_test' /f || fail "registry"
+start="echo \$\$ >$folder/pid; exec $tools/wine-run $bin/DaemonManager.exe"
+case $kind in
+    plain)
+        sh -c "$start" >"$folder/console" 2>&1 </dev/null &
+        ;;
+    terminal)
+        script -qefc "$start" "$folder/typescript" >/dev/null 2>&1 </dev/null &
+        ;;
+    typed)
+        mkfifo "$folder/keyboard"
+        script -qefc "$start" "$folder/typescript" >/dev/null 2>&1 <"$folder/keyboard" &
+        exec {keyboard}>"$folder/keyboard"
+        ;;
+esac
+supervisor=$!
+
+# Published: daemonctl finds it, whether or not it can call it.
+deadline=$((SECONDS + 60))
+until windows "$bin/daemonctl.exe" detach 4711; [ $? -eq 1 ] ||
+    grep -q 'the supervisor runs, but' "$notes"; do
+    [ $SECONDS -lt $deadline ] || fail "not published"
+    kill -0 $supervisor 2>/dev/null || fail "ended before it was published"
+done
+
+if [ "$kind" = typed ]; then
+    printf '\003' >&"$keyboard"
+else
+    kill -INT "$(cat "$folder/pid")"
+fi
+wait $supervisor
+result=$?
+[ $result -eq 0 ] || fail "exit code $result"
+rm -f "$folder/pid"
+[ "$(tr -d '\r' <"$log" | tail -n 1 | cut -d ';' -f 4-)" = '2;Deamon Thread is exiting...' ] ||
+    fail "the log does not end as it should: $(tail -n 1 "$log")"
+grep -q 'occured' "$log" && fail "a failure in the log"
+windows "$bin/daemonctl.exe" detach 4711
+[ $? -eq 3 ] && grep -q 'no supervisor is running on this machine' "$notes" || fail "still published"
+if [ "$kind" != plain ]; then
+    grep -q $'\033]0;DaemonManager\a' "$folder/typescript" || fail "the console has no title"
+fi
+exit 0
