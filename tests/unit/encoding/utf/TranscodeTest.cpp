@@ -1,0 +1,158 @@
+#include "utf/TextError.h"
+#include "utf/Transcode.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace vqrx::test {
+namespace {
+
+using namespace encoding::utf::v1;
+using Bytes = std::vector<std::uint8_t>;
+
+std::string Error(const Bytes& bytes, int from, int to)
+{
+    try {
+        Transcode(bytes.data(), bytes.size(), from, to);
+    } catch (const TextError& error) {
+        return error.what();
+    }
+    return "accepted";
+}
+
+std::string WideError(const std::wstring& text)
+{
+    try {
+        WideToUtf8(text);
+    } catch (const TextError& error) {
+        return error.what();
+    }
+    return "accepted";
+}
+
+Bytes Utf8FromUtf16(const Bytes& bytes)
+{
+    return Transcode(bytes.data(), bytes.size(), kUtf16Le, kUtf8).bytes;
+}
+
+Bytes Utf16FromUtf8(const Bytes& bytes)
+{
+    return Transcode(bytes.data(), bytes.size(), kUtf8, kUtf16Le).bytes;
+}
+
+} // namespace
+
+TEST(Transcode, converts_both_ways_and_names_the_encoding_of_the_result)
+{
+    const Bytes utf8{0x41, 0xC3, 0xA9, 0xE2, 0x82, 0xAC, 0xF0, 0x9F, 0x98, 0x80};
+    const Bytes utf16{0x41, 0x00, 0xE9, 0x00, 0xAC, 0x20, 0x3D, 0xD8, 0x00, 0xDE};
+    EXPECT_EQ(utf8, Utf8FromUtf16(utf16));
+    EXPECT_EQ(utf16, Utf16FromUtf8(utf8));
+    EXPECT_EQ(kUtf16Le, Transcode(utf8.data(), utf8.size(), kUtf8, kUtf16Le).encoding);
+}
+
+TEST(Transcode, rejects_a_nul_character)
+{
+    EXPECT_EQ("invalid Unicode codepoint", Error({0x41, 0x00}, kUtf8, kUtf16Le));
+    EXPECT_EQ("invalid Unicode codepoint", Error({0xE0, 0x80, 0x80}, kUtf8, kUtf8));
+}
+
+TEST(Transcode, rejects_surrogates_and_values_beyond_unicode)
+{
+    EXPECT_EQ("invalid Unicode codepoint", Error({0xED, 0xA0, 0x80}, kUtf8, kUtf8));
+    EXPECT_EQ("invalid Unicode codepoint", Error({0xF4, 0x90, 0x80, 0x80}, kUtf8, kUtf8));
+    EXPECT_EQ("invalid Unicode codepoint", Error({0x00, 0xDC}, kUtf16Le, kUtf8));
+    EXPECT_EQ("accepted", Error({0xF4, 0x8F, 0xBF, 0xBF}, kUtf8, kUtf8));
+}
+
+TEST(Transcode, reports_malformed_input_before_a_code_point_that_is_not_allowed)
+{
+    EXPECT_EQ("unfinished utf-8 sequence", Error({0x00, 0xC3}, kUtf8, kUtf8));
+}
+
+TEST(Transcode, rejects_unknown_encodings_by_their_number)
+{
+    EXPECT_EQ("unknown encoding 3", Error({0x41}, 3, kUtf8));
+    EXPECT_EQ("unknown encoding 0", Error({0x41}, kUtf8, 0));
+    EXPECT_EQ(nullptr, CreateParser(0));
+    EXPECT_EQ(nullptr, CreateEmitter(3));
+}
+
+TEST(Transcode, of_nothing_is_nothing)
+{
+    EXPECT_TRUE(Transcode(nullptr, 0, kUtf8, kUtf16Le).bytes.empty());
+}
+
+TEST(Factories, make_a_parser_and_an_emitter_for_each_encoding)
+{
+    for (const int encoding : {kUtf8, kUtf16Le}) {
+        TextParser* const parser = CreateParser(encoding);
+        TextEmitter* const emitter = CreateEmitter(encoding);
+        ASSERT_NE(nullptr, parser);
+        ASSERT_NE(nullptr, emitter);
+        EXPECT_EQ(0x20ACU, parser->Parse(emitter->Emit({0x20AC}), 0).at(0));
+        DeleteParser(parser);
+        DeleteEmitter(emitter);
+    }
+    DeleteParser(nullptr);
+    DeleteEmitter(nullptr);
+}
+
+TEST(Emitters, do_not_validate)
+{
+    EXPECT_EQ((Bytes{0xED, 0xA0, 0x80}), TextEmitterUTF8().Emit({0xD800}));
+    EXPECT_EQ((Bytes{0x00}), TextEmitterUTF8().Emit({0}));
+    // A surrogate value is written as a pair by the rule for large values.
+    EXPECT_EQ(4U, TextEmitterUTF16LE().Emit({0xD800}).size());
+    EXPECT_EQ((Bytes{0x00, 0xE0}), TextEmitterUTF16LE().Emit({0xE000}));
+    EXPECT_EQ((Bytes{0xFF, 0xFF}), TextEmitterUTF16LE().Emit({0xFFFF}));
+    EXPECT_EQ((Bytes{0x00, 0xD8, 0x00, 0xDC}), TextEmitterUTF16LE().Emit({0x10000}));
+}
+
+TEST(WideToUtf8, converts_every_length_of_character)
+{
+    EXPECT_EQ("", WideToUtf8(L""));
+    EXPECT_EQ("\xC3\xA9", WideToUtf8(L"\u00E9"));
+    EXPECT_EQ("\xF0\x9F\x98\x80", WideToUtf8(std::wstring{wchar_t(0xD83D), wchar_t(0xDE00)}));
+    EXPECT_EQ("a\xE2\x82\xACz", WideToUtf8(L"a\u20ACz"));
+}
+
+TEST(WideToUtf8, rejects_what_is_not_allowed)
+{
+    EXPECT_EQ("invalid Unicode codepoint", WideError(std::wstring(L"a\0b", 3)));
+    EXPECT_EQ("invalid Unicode codepoint", WideError(std::wstring{wchar_t(0xDC00)}));
+    EXPECT_EQ("Excpected Second Word sequence at end of input vector",
+              WideError(std::wstring{wchar_t(0xD83D)}));
+    EXPECT_EQ("Excpected Second Word sequence",
+              WideError(std::wstring{wchar_t(0xD83D), wchar_t(0x41)}));
+    EXPECT_EQ("Excpected Second Word sequence at end of input vector",
+              WideError(std::wstring{wchar_t(0), wchar_t(0xD83D)}));
+}
+
+// The one-pass conversion and the parser with the emitter agree on every text, errors included.
+TEST(WideToUtf8, agrees_with_parsing_and_emitting_for_random_text)
+{
+    std::mt19937 random(1);
+    const std::uint32_t interesting[] = {0,      0x41,   0x7F,   0x80,   0x7FF,  0x800,  0xD7FF,
+                                         0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000, 0xFFFF};
+    for (int round = 0; round < 20000; ++round) {
+        std::wstring text;
+        Bytes bytes;
+        for (auto length = random() % 6; length > 0; --length) {
+            const std::uint32_t unit =
+                random() % 4 == 0 ? random() & 0xFFFF : interesting[random() % 13];
+            text.push_back(static_cast<wchar_t>(unit));
+            bytes.push_back(static_cast<std::uint8_t>(unit));
+            bytes.push_back(static_cast<std::uint8_t>(unit >> 8));
+        }
+        const std::string error = Error(bytes, kUtf16Le, kUtf8);
+        ASSERT_EQ(error, WideError(text));
+        if (error == "accepted") {
+            const Bytes expected = Utf8FromUtf16(bytes);
+            ASSERT_EQ(std::string(expected.begin(), expected.end()), WideToUtf8(text));
+        }
+    }
+}
+
+} // namespace vqrx::test
