@@ -23,7 +23,8 @@ endfunction()
 # dm_unit_test(NAME [PORTABLE file...] [WINDOWS file...] LINK target... [LOCK resource...])
 #
 # One test program and one ctest entry for a source folder; under Wine a process start costs more
-# than most cases. LOCK names what of the machine the cases share (rot, services, registry).
+# than most cases. LOCK names what of the machine the cases share (rot, services, registry,
+# firewall: the service that a DaemonManager waits for).
 function(dm_unit_test name)
     cmake_parse_arguments(ARG "" "" "PORTABLE;WINDOWS;LINK;LOCK" ${ARGN})
     set(sources ${ARG_PORTABLE})

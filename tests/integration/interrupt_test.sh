@@ -38,13 +38,11 @@ case $kind in
     plain)
         sh -c "$start" >"$folder/console" 2>&1 </dev/null &
         ;;
-    terminal)
-        script -qefc "$start" "$folder/typescript" >/dev/null 2>&1 </dev/null &
-        ;;
-    typed)
+    *)
+        # The keyboard is open and silent: at the end of its input script would not rest.
         mkfifo "$folder/keyboard"
-        script -qefc "$start" "$folder/typescript" >/dev/null 2>&1 <"$folder/keyboard" &
-        exec {keyboard}>"$folder/keyboard"
+        exec {keyboard}<>"$folder/keyboard"
+        script -qefc "$start" "$folder/typescript" >/dev/null 2>&1 <&$keyboard &
         ;;
 esac
 supervisor=$!

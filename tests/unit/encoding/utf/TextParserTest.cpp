@@ -1,5 +1,5 @@
-#include "utf/TextError.h"
 #include "utf/TextParser.h"
+#include "utf/TextError.h"
 
 #include <gtest/gtest.h>
 
@@ -46,8 +46,10 @@ TEST(Utf8Parser, reads_sequences_of_one_to_four_bytes)
 
 TEST(Utf8Parser, raises_for_a_continuation_byte_without_a_lead)
 {
-    EXPECT_EQ("invalid utf-8 sequence, unexpected continuation byte", Error<TextParserUTF8>({0x80}));
-    EXPECT_EQ("invalid utf-8 sequence, unexpected continuation byte", Error<TextParserUTF8>({0xBF}));
+    EXPECT_EQ("invalid utf-8 sequence, unexpected continuation byte",
+              Error<TextParserUTF8>({0x80}));
+    EXPECT_EQ("invalid utf-8 sequence, unexpected continuation byte",
+              Error<TextParserUTF8>({0xBF}));
 }
 
 TEST(Utf8Parser, raises_for_a_byte_that_does_not_continue)
@@ -66,9 +68,9 @@ TEST(Utf8Parser, raises_for_an_unfinished_sequence_at_the_end)
 
 TEST(Utf8Parser, raises_for_bytes_that_never_occur_in_any_state)
 {
-    for (const std::uint8_t byte : {0xC0, 0xC1, 0xF5, 0xF8, 0xFE, 0xFF}) {
-        EXPECT_EQ("invalid utf-8 sequence, invalid character",
-                  Error<TextParserUTF8>({byte, 0x80}));
+    for (const std::uint8_t byte :
+         std::initializer_list<std::uint8_t>{0xC0, 0xC1, 0xF5, 0xF8, 0xFE, 0xFF}) {
+        EXPECT_EQ("invalid utf-8 sequence, invalid character", Error<TextParserUTF8>({byte, 0x80}));
         EXPECT_EQ("invalid utf-8 sequence, invalid character",
                   Error<TextParserUTF8>({0xE2, byte, 0x80}));
     }
@@ -103,8 +105,7 @@ TEST(Utf16Parser, reads_units_low_byte_first_and_surrogate_pairs)
 
 TEST(Utf16Parser, raises_for_a_high_surrogate_that_nothing_fits_to)
 {
-    EXPECT_EQ("Excpected Second Word sequence",
-              Error<TextParserUTF16LE>({0x3D, 0xD8, 0x41, 0x00}));
+    EXPECT_EQ("Excpected Second Word sequence", Error<TextParserUTF16LE>({0x3D, 0xD8, 0x41, 0x00}));
 }
 
 TEST(Utf16Parser, raises_for_a_high_surrogate_at_the_end)

@@ -1,5 +1,5 @@
-#include "utf/TextError.h"
 #include "utf/Transcode.h"
+#include "utf/TextError.h"
 
 #include <gtest/gtest.h>
 
@@ -134,7 +134,7 @@ TEST(WideToUtf8, rejects_what_is_not_allowed)
 TEST(WideToUtf8, agrees_with_parsing_and_emitting_for_random_text)
 {
     std::mt19937 random(1);
-    const std::uint32_t interesting[] = {0,      0x41,   0x7F,   0x80,   0x7FF,  0x800,  0xD7FF,
+    const std::uint32_t interesting[] = {0,      0x41,   0x7F,   0x80,   0x7FF,  0x800, 0xD7FF,
                                          0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000, 0xFFFF};
     for (int round = 0; round < 20000; ++round) {
         std::wstring text;
