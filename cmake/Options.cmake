@@ -1,5 +1,6 @@
 # Compiler settings that every target of the project shares, as the interface target dm_options.
 set(DM_SANITIZE "" CACHE STRING "Sanitizers: trap (mingw), address,undefined or thread (native)")
+option(DM_FUZZ "Build the fuzzers (clang) in place of the unit tests" OFF)
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -28,4 +29,9 @@ elseif(DM_SANITIZE)
     target_compile_options(dm_options INTERFACE
         $<$<COMPILE_LANGUAGE:CXX>:-fsanitize=${DM_SANITIZE};-fno-sanitize-recover=all;-fno-omit-frame-pointer>)
     target_link_options(dm_options INTERFACE -fsanitize=${DM_SANITIZE})
+endif()
+
+if(DM_FUZZ)
+    # Coverage feedback for the fuzzer in the code that it runs; its own main only where it is linked.
+    target_compile_options(dm_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fsanitize=fuzzer-no-link>)
 endif()

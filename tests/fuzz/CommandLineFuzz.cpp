@@ -1,0 +1,78 @@
+// What a child sees is what was asked for, wherever the form of the command line allows it.
+#include "Check.h"
+#include "CommandLine.h"
+#include "SplitCommandLine.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace vqrx::test {
+namespace {
+
+using system::daemon::daemon_mgr::v0::BuildCommandLine;
+using Words = std::vector<std::string>;
+
+bool Contains(const std::string& text, char character)
+{
+    return text.find(character) != std::string::npos;
+}
+
+// Quotes are not escaped, blanks other than spaces and empty arguments get no quotes, and the
+// backslash at the end of a quoted argument takes the closing quote for its own.
+bool CanBePassed(const std::string& argument)
+{
+    if (argument.empty() || Contains(argument, '"')) {
+        return false;
+    }
+    return Contains(argument, ' ') ? argument.back() != '\\' : !Contains(argument, '\t');
+}
+
+bool CanBeStarted(const std::string& program)
+{
+    return !program.empty() && !Contains(program, '"') &&
+           (Contains(program, ' ') || !Contains(program, '\t'));
+}
+
+// The input is the program and its arguments, each ended by a NUL.
+Words WordsOf(const std::string& input)
+{
+    Words words(1);
+    for (const char character : input) {
+        if (character == '\0') {
+            words.emplace_back();
+        } else {
+            words.back() += character;
+        }
+    }
+    return words;
+}
+
+std::string Expected(const Words& words)
+{
+    std::string text;
+    for (const std::string& word : words) {
+        const std::string quote = Contains(word, ' ') ? "\"" : "";
+        text += quote + word + quote + " ";
+    }
+    return text;
+}
+
+} // namespace
+} // namespace vqrx::test
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    using namespace vqrx::test;
+    const Words words = WordsOf(std::string(data, data + size));
+    const Words arguments(words.begin() + 1, words.end());
+    const std::string commandLine = BuildCommandLine(words[0], arguments);
+    FUZZ_CHECK(commandLine == Expected(words));
+    const Words seen = SplitCommandLine(commandLine);
+    if (CanBeStarted(words[0])) {
+        FUZZ_CHECK(seen[0] == words[0]);
+        if (std::all_of(arguments.begin(), arguments.end(), CanBePassed)) {
+            FUZZ_CHECK(seen == words);
+        }
+    }
+    return 0;
+}

@@ -1,0 +1,70 @@
+// Any bytes as a log file: the reload ends, raises nothing but what it promises, and counts on.
+#include "Check.h"
+#include "log_perf/LineReader.h"
+#include "log_perf/RingHeader.h"
+#include "log_perf/RingReload.h"
+
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+namespace vqrx::test {
+namespace {
+
+using namespace log::log_perf::v2;
+
+std::int64_t Successor(std::int64_t number)
+{
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(number) + 1);
+}
+
+void Reload(const std::string& bytes)
+{
+    std::istringstream file(bytes);
+    const std::uint32_t position = ReadRingHeader(file);
+    FUZZ_CHECK(position == kRingStart || position <= bytes.size());
+    FUZZ_CHECK(position >= kRingStart);
+    std::size_t found = 0;
+    std::int64_t last = 0;
+    std::int64_t restarts = 0;
+    std::int64_t next = 0;
+    try {
+        next = ReloadRing(file, position, [&](std::int64_t number, const LogHistoryEntry& entry) {
+            FUZZ_CHECK(entry.text.size() <= LineReader::kMaxLine);
+            restarts += found != 0 && number != Successor(last) ? 1 : 0;
+            last = number;
+            ++found;
+        });
+    } catch (const std::invalid_argument&) {
+        return;
+    } catch (const std::out_of_range&) {
+        return;
+    }
+    FUZZ_CHECK(restarts == 0);
+    FUZZ_CHECK(found == 0 || next == Successor(last));
+}
+
+void ReadLines(const std::string& bytes)
+{
+    std::istringstream file(bytes);
+    LineReader reader(file);
+    std::string line;
+    std::uint64_t before = 0;
+    while (reader.Next(line)) {
+        FUZZ_CHECK(reader.Position() > before);
+        FUZZ_CHECK(line.find('\n') == std::string::npos);
+        before = reader.Position();
+    }
+    FUZZ_CHECK(reader.Position() == bytes.size());
+}
+
+} // namespace
+} // namespace vqrx::test
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string bytes(data, data + size);
+    vqrx::test::Reload(bytes);
+    vqrx::test::ReadLines(bytes);
+    return 0;
+}

@@ -1,0 +1,145 @@
+// UTF-8, strict and lenient, against ICU.
+#include "Check.h"
+#include "Reference.h"
+#include "utf/TextError.h"
+#include "utf/Transcode.h"
+
+#include <algorithm>
+
+namespace vqrx::test {
+namespace {
+
+using namespace encoding::utf::v1;
+using CodePoints = std::vector<std::uint32_t>;
+
+// A sequence that has the shape that its lead byte asks for, whatever its value.
+struct Sequence {
+    Bytes bytes;
+    std::uint32_t value = 0;
+};
+
+struct Scanned {
+    std::vector<Sequence> sequences;
+    bool wellShaped = true;
+};
+
+bool IsContinuation(std::uint8_t byte)
+{
+    return byte >= 0x80 && byte <= 0xBF;
+}
+
+std::size_t Continuations(std::uint8_t lead)
+{
+    return lead >= 0xF0 ? 3U : lead >= 0xE0 ? 2U : 1U;
+}
+
+// Looks ahead for whole sequences, where the parser goes byte by byte. What has no shape is left
+// out together with the byte that broke it, as a lenient parser does.
+Scanned Scan(const Bytes& input)
+{
+    Scanned result;
+    std::size_t index = 0;
+    while (index < input.size()) {
+        const std::uint8_t lead = input[index];
+        if (lead < 0x80) {
+            result.sequences.push_back({{lead}, lead});
+            ++index;
+            continue;
+        }
+        if (lead < 0xC2 || lead > 0xF4) {
+            result.wellShaped = false;
+            ++index;
+            continue;
+        }
+        const std::size_t wanted = Continuations(lead);
+        std::size_t found = 0;
+        while (found < wanted && index + 1 + found < input.size() &&
+               IsContinuation(input[index + 1 + found])) {
+            ++found;
+        }
+        if (found < wanted) {
+            result.wellShaped = false;
+            index += found + 2; // the lead, what continued it, what did not
+            continue;
+        }
+        const auto first = input.begin() + static_cast<std::ptrdiff_t>(index);
+        Sequence sequence{Bytes(first, first + static_cast<std::ptrdiff_t>(wanted + 1)), 0};
+        sequence.value = lead & (0x3FU >> wanted);
+        for (std::size_t next = 1; next <= wanted; ++next) {
+            sequence.value = sequence.value * 64 + sequence.bytes[next] % 64;
+        }
+        result.sequences.push_back(std::move(sequence));
+        index += wanted + 1;
+    }
+    return result;
+}
+
+// Forms of three and four bytes that are longer than needed are accepted: ICU gets them in the
+// form that it accepts too.
+Bytes Shortest(const Sequence& sequence)
+{
+    const bool tooLong = (sequence.bytes.size() == 3 && sequence.value < 0x800) ||
+                         (sequence.bytes.size() == 4 && sequence.value < 0x10000);
+    return tooLong ? TextEmitterUTF8().Emit({sequence.value}) : sequence.bytes;
+}
+
+bool IsNul(const Sequence& sequence)
+{
+    return sequence.value == 0;
+}
+
+std::optional<Bytes> Transcoded(const Bytes& input)
+{
+    try {
+        return Transcode(input.data(), input.size(), kUtf8, kUtf16Le).bytes;
+    } catch (const TextError&) {
+        return std::nullopt;
+    }
+}
+
+void CheckStrict(const Bytes& input, const Scanned& scanned)
+{
+    Bytes shortest;
+    for (const Sequence& sequence : scanned.sequences) {
+        const Bytes bytes = Shortest(sequence);
+        shortest.insert(shortest.end(), bytes.begin(), bytes.end());
+    }
+    const bool hasNul = std::any_of(scanned.sequences.begin(), scanned.sequences.end(), IsNul);
+    const auto reference =
+        scanned.wellShaped && !hasNul ? IcuUtf16FromUtf8(shortest) : std::nullopt;
+    FUZZ_CHECK(Transcoded(input) == reference);
+    const auto known = IcuUtf16FromUtf8(input);
+    FUZZ_CHECK(!known || hasNul || known == reference); // what ICU accepts is accepted
+    bool accepted = true;
+    try {
+        TextParserUTF8().Parse(input, 0);
+    } catch (const TextError&) {
+        accepted = false;
+    }
+    FUZZ_CHECK(accepted == scanned.wellShaped);
+}
+
+void CheckLenient(const Bytes& input, const Scanned& scanned)
+{
+    const CodePoints codePoints = TextParserUTF8().Parse(input, 1);
+    FUZZ_CHECK(codePoints.size() == scanned.sequences.size());
+    for (std::size_t index = 0; index < codePoints.size(); ++index) {
+        const Sequence& sequence = scanned.sequences[index];
+        FUZZ_CHECK(codePoints[index] == sequence.value);
+        if (const auto reference = IcuUtf16FromUtf8(Shortest(sequence))) {
+            FUZZ_CHECK(TextEmitterUTF16LE().Emit({codePoints[index]}) == *reference);
+        }
+    }
+}
+
+} // namespace
+} // namespace vqrx::test
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const vqrx::test::Bytes input(data, data + size);
+    const auto scanned = vqrx::test::Scan(input);
+    vqrx::test::CheckStrict(input, scanned);
+    vqrx::test::CheckLenient(input, scanned);
+    return 0;
+}
