@@ -45,6 +45,14 @@ void AddLogFile(LogFileSink& sink, LibLogPerf& logger)
     logger.AddSink(&sink);
 }
 
+// A thread has no message queue before it first asks for a message, and what is posted to it until
+// then is lost: a client that found the object at once and told it to end would wait for ever.
+void MakeMessageQueue()
+{
+    MSG message{};
+    PeekMessageA(&message, nullptr, WM_QUIT, WM_QUIT, PM_NOREMOVE);
+}
+
 // There is no window: the loop exists to receive WM_QUIT, and only that ends it.
 void PumpMessages()
 {
@@ -71,6 +79,7 @@ void Supervise()
 
     const ComApartment apartment;
     SetConsoleTitleA("DaemonManager");
+    MakeMessageQueue();
     const ManagerReference manager(GetCurrentThreadId(), kCheckInterval, &logger);
     std::unique_ptr<RotRegistration> registration;
     MakeRotRegistration(registration, manager.Object(), logger);

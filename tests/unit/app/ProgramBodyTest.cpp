@@ -122,6 +122,41 @@ TEST_F(ProgramBody, without_a_control_handler_fails_and_withdraws_what_it_had_pu
     EXPECT_FALSE(FindPublished());
 }
 
+bool askedToEnd = false;
+
+// The object is published by now, and the message loop has not begun.
+BOOL WINAPI EndBeforeTheLoop(PHANDLER_ROUTINE, BOOL)
+{
+    const DWORD mainThread = GetCurrentThreadId();
+    std::thread([mainThread] { // as a client's call and the console's handler do
+        askedToEnd = PostThreadMessageA(mainThread, WM_QUIT, 0, 0) != FALSE;
+    })
+        .join();
+    if (!askedToEnd) { // the test fails, and does not hang
+        MSG message{};
+        PeekMessageA(&message, nullptr, WM_USER, WM_USER, PM_NOREMOVE);
+        PostThreadMessageA(mainThread, WM_QUIT, 0, 0);
+    }
+    return TRUE;
+}
+
+HRESULT WINAPI RefuseObject(REFCLSID, LPUNKNOWN, DWORD, REFIID, LPVOID*)
+{
+    return static_cast<HRESULT>(0x80040154); // REGDB_E_CLASSNOTREG
+}
+
+TEST_F(ProgramBody, ends_also_when_it_is_told_to_before_its_message_loop_has_begun)
+{
+    askedToEnd = false;
+    // The host's own WMI happens to make a message queue on the thread that connects.
+    const ImportPatch withoutWmi("CoCreateInstance", RefuseObject);
+    const ImportPatch patch("SetConsoleCtrlHandler", EndBeforeTheLoop);
+    int exitCode = 1;
+    std::thread([&] { exitCode = app::v0::RunProgram(); }).join(); // a thread without messages yet
+    EXPECT_TRUE(askedToEnd);
+    EXPECT_EQ(exitCode, 0);
+}
+
 int criticalSectionsToCome = 0;
 
 BOOL WINAPI RefuseCriticalSection(CRITICAL_SECTION* section, DWORD spinCount)
