@@ -168,10 +168,23 @@ HRESULT DaemonManager::StopDaemon(DWORD daemonId)
         firewall_->RemoveApplication(record.executablePath);
         return ResultOf(StopProcess(*logger_, record, options_.stopTimings));
     } catch (...) {
-        // Memory ran out before anything was done to the process: it is not lost, but as it was.
-        LockTable()->insert(std::move(taken));
+        // Memory ran out before the process was ended: the daemon is not lost, but as it was.
+        PutBack(std::move(taken));
         throw;
     }
+}
+
+// Without an allocation where the daemon could be lost; its rule comes back if it can.
+void DaemonManager::PutBack(DaemonTable::node_type taken) noexcept
+{
+    if (!taken.mapped().attached) {
+        try {
+            firewall_->AllowApplication(taken.mapped().executablePath);
+        } catch (...) { // NOLINT(bugprone-empty-catch): a daemon without its rule is not lost
+        }
+    }
+    const sync_ptr::v1::CriticalSectionHold hold(tableLock_);
+    table_->insert(std::move(taken));
 }
 
 HRESULT DaemonManager::AttachDaemon(DWORD processId, SAFEARRAY** args, DWORD& daemonId)

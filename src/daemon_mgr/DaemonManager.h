@@ -66,6 +66,7 @@ private:
     HRESULT DetachDaemon(DWORD daemonId);
 
     LockedTable LockTable();
+    void PutBack(DaemonTable::node_type taken) noexcept;
     void Supervise() noexcept;
     void PassOnce() noexcept;
     void ReportRegistered() noexcept;

@@ -1,6 +1,7 @@
 #include "ProcessWindows.h"
 
 #include <functional>
+#include <new>
 
 namespace vqrx::system::daemon::daemon_mgr::v0 {
 namespace {
@@ -10,18 +11,20 @@ using WindowSeen = std::function<void(HWND window, DWORD threadId)>;
 struct Search {
     DWORD processId;
     const WindowSeen& seen;
+    bool outOfMemory = false;
 };
 
 // Always TRUE: the enumeration runs over all windows.
 BOOL CALLBACK VisitWindow(HWND window, LPARAM parameter) noexcept
 {
-    const auto& search = *reinterpret_cast<const Search*>(parameter); // NOLINT: from EnumWindows
+    auto& search = *reinterpret_cast<Search*>(parameter); // NOLINT: from EnumWindows
     DWORD processId = 0;
     const DWORD threadId = GetWindowThreadProcessId(window, &processId);
     if (threadId != 0 && processId == search.processId) {
         try {
             search.seen(window, threadId);
-        } catch (...) { // NOLINT(bugprone-empty-catch): out of memory: one window fewer is asked
+        } catch (...) { // must not pass through the system's enumeration
+            search.outOfMemory = true;
         }
     }
     return TRUE;
@@ -29,8 +32,11 @@ BOOL CALLBACK VisitWindow(HWND window, LPARAM parameter) noexcept
 
 void ForEachWindow(DWORD processId, const WindowSeen& seen)
 {
-    const Search search{processId, seen};
+    Search search{processId, seen};
     EnumWindows(VisitWindow, reinterpret_cast<LPARAM>(&search));
+    if (search.outOfMemory) { // a window too few could read as none, which has a meaning
+        throw std::bad_alloc();
+    }
 }
 
 } // namespace

@@ -77,11 +77,12 @@ int StopProcess(log::i_logger::v0::ILogger& logger, ProcessInfo& record, const S
     if (record.attached) {
         return kFailure;
     }
-    const std::string description = DaemonDescription(record); // before anything is done
+    // Made first: once the process has been ended, nothing may fail for want of memory.
+    const std::string description = DaemonDescription(record);
     StopMethod method{};
     const int result = EndProcess(record, timings, method);
     if (result == kSuccess) {
-        logger.Log(1, "Stop (%d) %s", static_cast<int>(method), DaemonDescription(record).c_str());
+        logger.Log(1, "Stop (%d) %s", static_cast<int>(method), description.c_str());
     } else {
         logger.Log(1, "Unable to stop %s", description.c_str());
     }

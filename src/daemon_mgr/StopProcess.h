@@ -26,11 +26,13 @@ enum class StopMethod : std::uint32_t {
 /// Asks the process of a record to end, and ends it when it does not. Blocks for up to 62 seconds.
 /// The record keeps its handle.
 /// @return 0 when the process was brought to its end, with the method set; 1 when it refused
+/// @throws std::bad_alloc; the process has at most been asked to end by then
 int EndProcess(const ProcessInfo& record, const StopTimings& timings, StopMethod& method);
 
 /// Ends the process of a record that is no longer in the table, logs the outcome and closes the
 /// process handle. A record without a process counts as done; an attached process is never ended.
 /// @return 0 for success, 1 for failure
+/// @throws std::bad_alloc; the process has at most been asked to end by then
 int StopProcess(log::i_logger::v0::ILogger& logger, ProcessInfo& record,
                 const StopTimings& timings);
 

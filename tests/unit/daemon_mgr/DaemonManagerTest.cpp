@@ -1,5 +1,6 @@
 #include "DaemonManager.h"
 
+#include "AllocationFault.h"
 #include "ImportPatch.h"
 #include "ManagerFixture.h"
 
@@ -269,6 +270,32 @@ TEST_F(Manager, stop_ends_the_process_and_it_stays_ended)
     EXPECT_EQ(
         1U, sink_.Count(2, "Start " + Description(daemonId, processId,
                                                   TestProgram("no_windows") + " " + ready.Name())));
+}
+
+TEST_F(Manager, stop_that_runs_out_of_memory_leaves_the_daemon_running_and_registered)
+{
+    Make();
+    bool happened = true;
+    for (std::size_t succeeding = 0; happened; ++succeeding) {
+        const ReadyEvent ready;
+        DWORD processId = 0;
+        const DWORD daemonId = LaunchAndWait("no_windows", ready, processId);
+        HRESULT hr = S_OK;
+        {
+            const AllocationFault fault(succeeding);
+            hr = manager_->Stop(daemonId);
+            happened = fault.Happened();
+        }
+        if (hr == S_OK) { // what failed was a line of the log
+            EXPECT_FALSE(IsRunning(processId)) << succeeding;
+            EXPECT_EQ(S_FALSE, manager_->Stop(daemonId)) << succeeding;
+        } else {
+            EXPECT_EQ(E_OUTOFMEMORY, hr) << succeeding;
+            EXPECT_TRUE(IsRunning(processId)) << succeeding;
+            EXPECT_EQ(S_OK, manager_->Stop(daemonId)) << succeeding;
+        }
+        ASSERT_GT(100U, succeeding);
+    }
 }
 
 TEST_F(Manager, destroyed_with_an_empty_table_logs_only_that_its_thread_ends)

@@ -1,5 +1,6 @@
 #include "StopProcess.h"
 
+#include "AllocationFault.h"
 #include "CapturingLogger.h"
 #include "ChildProcess.h"
 #include "ImportPatch.h"
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <new>
 
 namespace vqrx::test {
 namespace {
@@ -207,6 +209,30 @@ TEST_F(Stop, goes_on_to_the_general_steps_when_the_agents_windows_go_in_the_last
     ASSERT_EQ(1U, logger_.Lines().size());
     EXPECT_EQ(std::string::npos, logger_.Lines()[0].second.find("Stop (0)"));
     EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(watch.Get(), 60000));
+}
+
+// A list without a window that is there would have a program taken for one without windows.
+TEST_F(Stop, looks_for_windows_in_vain_rather_than_for_too_few_when_memory_runs_out)
+{
+    const ProcessInfo record = Start("two_windows");
+    const auto threads = WindowThreadsOfProcess(record.processId);
+    bool happened = true;
+    for (std::size_t succeeding = 0; happened; ++succeeding) {
+        std::vector<DWORD> found;
+        bool raised = false;
+        {
+            const AllocationFault fault(succeeding);
+            try {
+                found = WindowThreadsOfProcess(record.processId);
+            } catch (const std::bad_alloc&) {
+                raised = true;
+            }
+            happened = fault.Happened();
+        }
+        EXPECT_EQ(happened, raised) << succeeding;
+        EXPECT_EQ(raised ? std::vector<DWORD>() : threads, found) << succeeding;
+        ASSERT_GT(100U, succeeding);
+    }
 }
 
 } // namespace vqrx::test
