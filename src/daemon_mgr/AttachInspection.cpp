@@ -73,9 +73,11 @@ int InspectAttachingProcess(const WmiConnection& wmi, ProcessInfo& record)
     }
     host::v0::ServiceOfProcess service;
     const int result = host::v0::FindServiceOfProcess(record.processId, service);
-    record.isService = service.isService;
-    record.serviceName = std::move(service.name);
-    record.service = std::move(service.handle);
+    if (service.isService) { // also when it could not be opened
+        record.isService = true;
+        record.serviceName = std::move(service.name);
+        record.service = std::move(service.handle);
+    }
     if (result != kSuccess) {
         return kFailure;
     }

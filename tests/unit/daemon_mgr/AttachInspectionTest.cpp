@@ -186,6 +186,23 @@ TEST_F(Inspection, keeps_the_given_arguments_of_a_service_and_names_it)
     EXPECT_EQ(TestProgram("test_service"), record.executablePath);
 }
 
+TEST_F(Inspection, of_an_ordinary_program_leaves_what_the_record_says_of_a_service)
+{
+    const StandInWmi standIn;
+    Connect();
+    TestService other("DmTestOther");
+    other.Start(); // so that there is something to list
+    ProcessInfo record;
+    record.processId = GetCurrentProcessId();
+    record.isService = true;
+    record.serviceName = "Svc";
+    record.arguments = {"given"};
+    EXPECT_EQ(0, InspectAttachingProcess(*wmi_, record));
+    EXPECT_TRUE(record.isService);
+    EXPECT_EQ("Svc", record.serviceName);
+    EXPECT_EQ((std::vector<std::string>{"given"}), record.arguments);
+}
+
 TEST_F(Inspection, fails_for_a_process_that_has_ended)
 {
     const StandInWmi standIn;
