@@ -97,6 +97,21 @@ TEST_F(Pass, reports_an_exit_with_code_0_and_starts_the_program_again_at_level_1
     EXPECT_EQ(2U, record.restarts);
 }
 
+TEST_F(Pass, counts_the_first_start_of_an_attached_program_that_exited_with_code_0_as_1)
+{
+    ProcessInfo& record = Add(0, TestProgram("exits_with"), {"0"});
+    Run();
+    WaitForEnd(record);
+    record.attached = true; // as if it had been running when it was attached
+    record.restarts = 0;
+    Run();
+    const auto lines = logger_.Lines();
+    ASSERT_EQ(3U, lines.size());
+    EXPECT_EQ((Line{0, "Exception caught in : Unknown (0x0)"}), lines[1]);
+    EXPECT_EQ((Line{1, Started(record, record.executablePath + " 0")}), lines[2]);
+    EXPECT_EQ(1U, record.restarts);
+}
+
 TEST_F(Pass, names_the_exception_of_a_program_that_crashed)
 {
     ProcessInfo& record = Add(0, TestProgram("crashes"), {});

@@ -41,6 +41,26 @@ BOOL WINAPI FailSecondEnumeration(SC_HANDLE, SC_ENUM_TYPE, DWORD, DWORD, LPBYTE,
     return FALSE;
 }
 
+// Two services of one process, which the system itself never lists.
+BOOL WINAPI EnumerateTwoOfOneProcess(SC_HANDLE, SC_ENUM_TYPE, DWORD, DWORD, LPBYTE buffer,
+                                     DWORD size, LPDWORD needed, LPDWORD count, LPDWORD, LPCSTR)
+{
+    static char names[3][16] = {"DmTestElse", "DmTestFirst", "DmTestSecond"};
+    *needed = 3 * sizeof(ENUM_SERVICE_STATUS_PROCESSA);
+    *count = 0;
+    if (size < *needed) {
+        SetLastError(ERROR_MORE_DATA);
+        return FALSE;
+    }
+    auto* const entries = reinterpret_cast<ENUM_SERVICE_STATUS_PROCESSA*>(buffer);
+    for (int index = 0; index < 3; ++index) {
+        entries[index].lpServiceName = names[index];
+        entries[index].ServiceStatusProcess.dwProcessId = index == 0 ? 5 : 4711;
+    }
+    *count = 3;
+    return TRUE;
+}
+
 } // namespace
 
 TEST(ServiceLookup, finds_the_running_service_of_a_process_and_opens_it)
@@ -98,6 +118,15 @@ TEST(ServiceLookup, fails_when_the_service_may_not_be_opened_with_its_name_found
     EXPECT_TRUE(found.isService);
     EXPECT_EQ("DmTestOwn", found.name);
     EXPECT_FALSE(found.handle);
+}
+
+TEST(ServiceLookup, takes_the_first_of_two_services_with_one_process_id)
+{
+    const ImportPatch patch("EnumServicesStatusExA", EnumerateTwoOfOneProcess);
+    ServiceOfProcess found;
+    EXPECT_EQ(1, FindServiceOfProcess(4711, found)); // there is no such service to open
+    EXPECT_TRUE(found.isService);
+    EXPECT_EQ("DmTestFirst", found.name);
 }
 
 TEST(ServiceLookup, fails_without_a_service_manager)
