@@ -73,10 +73,11 @@ HANDLE WINAPI RefuseSearch(LPCSTR, LPWIN32_FIND_DATAA)
 }
 
 int closedSearches = 0;
+decltype(FindClose)* systemFindClose = nullptr;
 BOOL WINAPI CountClose(HANDLE search)
 {
     ++closedSearches;
-    return FindClose(search);
+    return systemFindClose(search);
 }
 
 } // namespace
@@ -124,7 +125,8 @@ TEST_F(Files, are_listed_in_utf8)
 
 TEST_F(Files, with_names_whose_utf8_form_is_longer_than_the_systems_record_are_listed_whole)
 {
-    const std::wstring name(80, L'\u20AC'); // 240 bytes in UTF-8, as long as this host's disk allows
+    const std::wstring name(80,
+                            L'\u20AC'); // 240 bytes in UTF-8, as long as this host's disk allows
     std::ofstream(folder_.Path() / name) << "x";
     const auto names = Listed(In(""));
     ASSERT_EQ(1U, names.size());
@@ -136,6 +138,7 @@ TEST_F(Files, search_is_closed_when_the_callback_throws)
     Put("a.txt");
     closedSearches = 0;
     const ImportPatch patch("FindClose", CountClose);
+    systemFindClose = patch.Original<decltype(FindClose)>();
     EXPECT_THROW(
         ForEachEntry(In(""), [](const File&, bool) { throw std::runtime_error("callback"); }),
         std::runtime_error);
@@ -282,44 +285,57 @@ TEST_F(Files, that_do_not_exist_end_a_copy_after_the_target_was_made)
 
 TEST_F(Files, in_a_deep_tree_are_made_and_removed_up_to_the_systems_length_limit)
 {
-    // The ANSI functions take 259 characters of a path (247 for a new folder). What lies beyond is
-    // refused with an error, and nothing else is touched.
     File deepest = In("deep");
     CreateDirectory(deepest);
-    std::string failure;
     int levels = 0;
-    while (failure.empty() && levels < 1000) {
-        try {
-            const File next = deepest.Child("d");
-            CreateDirectory(next);
-            deepest = next;
-            ++levels;
-        } catch (const FileError& error) {
-            failure = error.what();
-        }
+    while (deepest.Path().size() + std::string("\\d\\*").size() < MAX_PATH) {
+        deepest = deepest.Child("d");
+        CreateDirectory(deepest);
+        ++levels;
     }
     EXPECT_LT(50, levels);
-    if (levels < 1000) {
-        EXPECT_EQ(0U, failure.find("could not create directory ["));
-    }
     RemoveDirectory(In("deep"));
     EXPECT_FALSE(Exists("deep"));
 }
 
-TEST_F(Files, may_be_a_hundred_thousand_in_one_folder)
+TEST_F(Files, beyond_the_systems_length_limit_end_a_removal_with_an_error_and_stay)
 {
-    fs::create_directory(folder_.Path() / "many");
-    const std::string folder = Native("many");
-    for (int number = 0; number < 100000; ++number) {
-        const HANDLE file = CreateFileA((folder + "\\" + std::to_string(number)).c_str(),
-                                        GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr);
-        CloseHandle(file);
+    // Only the wide functions with this prefix go as deep as that.
+    const std::wstring prefix = L"\\\\?\\" + (folder_.Path() / "deep").wstring();
+    constexpr int kLevels = 1000;
+    std::vector<std::wstring> folders{prefix};
+    while (folders.size() <= kLevels) {
+        folders.push_back(folders.back() + L"\\d");
     }
-    std::size_t count = 0;
-    ForEachEntry(In("many"), [&](const File&, bool) { ++count; });
-    EXPECT_EQ(100000U, count);
-    RemoveDirectory(In("many"));
-    EXPECT_FALSE(Exists("many"));
+    for (const std::wstring& folder : folders) {
+        ASSERT_NE(FALSE, CreateDirectoryW(folder.c_str(), nullptr));
+    }
+    const std::string failure = Failure<FileError>([&] { RemoveDirectory(In("deep")); });
+    EXPECT_EQ(0U, failure.find("could not enumerate the contents of [" + Native("deep") + "\\d"))
+        << failure;
+    EXPECT_NE(INVALID_FILE_ATTRIBUTES, GetFileAttributesW(folders.back().c_str()));
+    while (!folders.empty()) {
+        EXPECT_NE(FALSE, RemoveDirectoryW(folders.back().c_str()));
+        folders.pop_back();
+    }
+}
+
+TEST_F(Files, with_a_path_beyond_the_systems_length_limit_raise_on_every_operation)
+{
+    const File tooLong(In("x").Path() + std::string(300, 'n'));
+    EXPECT_EQ(0U, Failure<FileError>([&] {
+                      CreateDirectory(tooLong);
+                  }).find("could not create directory [" + tooLong.Path() + "]: Win32 error "));
+    EXPECT_EQ(0U, Failure<FileError>([&] {
+                      RemoveFile(tooLong);
+                  }).find("could not remove file [" + tooLong.Path() + "]: Win32 error "));
+    EXPECT_EQ(
+        0U, Failure<FileError>([&] {
+                ForEachEntry(tooLong, [](const File&, bool) {});
+            }).find("could not enumerate the contents of [" + tooLong.Path() + "]: Win32 error "));
+    EXPECT_EQ(tooLong.Path() + " is not a directory", Failure<std::runtime_error>([&] {
+                  EnumerateDirectory(tooLong, [](const File&, bool) {});
+              }));
 }
 
 } // namespace vqrx::test
