@@ -1,6 +1,8 @@
 #include "log_perf/ConsoleSink.h"
 
+#include "ChildProcess.h"
 #include "ImportPatch.h"
+#include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
@@ -154,6 +156,23 @@ TEST_F(Console, shows_later_lines_although_one_could_not_be_written)
     std::cerr.setstate(std::ios::badbit);
     Write(2, "next");
     EXPECT_EQ(Screen(), "<7>Mon Nov 16 12:00:00.007 next\n");
+}
+
+// The program looks at the screen of the console it is given, as an operator does.
+TEST(RealConsole, shows_the_four_levels_in_their_colours_and_is_grey_again_at_the_end)
+{
+    std::string commandLine = "\"" + TestProgram("shows_levels") + "\"";
+    STARTUPINFOA startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION started{};
+    ASSERT_TRUE(CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, FALSE,
+                               CREATE_NEW_CONSOLE, nullptr, nullptr, &startup, &started));
+    const system::win32::v1::UniqueKernelHandle thread(started.hThread);
+    const system::win32::v1::UniqueKernelHandle process(started.hProcess);
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(process.Get(), 60000));
+    DWORD exitCode = 99;
+    GetExitCodeProcess(process.Get(), &exitCode);
+    EXPECT_EQ(0U, exitCode);
 }
 
 } // namespace
