@@ -298,28 +298,6 @@ TEST_F(Files, in_a_deep_tree_are_made_and_removed_up_to_the_systems_length_limit
     EXPECT_FALSE(Exists("deep"));
 }
 
-TEST_F(Files, beyond_the_systems_length_limit_end_a_removal_with_an_error_and_stay)
-{
-    // Only the wide functions with this prefix go as deep as that.
-    const std::wstring prefix = L"\\\\?\\" + (folder_.Path() / "deep").wstring();
-    constexpr int kLevels = 1000;
-    std::vector<std::wstring> folders{prefix};
-    while (folders.size() <= kLevels) {
-        folders.push_back(folders.back() + L"\\d");
-    }
-    for (const std::wstring& folder : folders) {
-        ASSERT_NE(FALSE, CreateDirectoryW(folder.c_str(), nullptr));
-    }
-    const std::string failure = Failure<FileError>([&] { RemoveDirectory(In("deep")); });
-    EXPECT_EQ(0U, failure.find("could not enumerate the contents of [" + Native("deep") + "\\d"))
-        << failure;
-    EXPECT_NE(INVALID_FILE_ATTRIBUTES, GetFileAttributesW(folders.back().c_str()));
-    while (!folders.empty()) {
-        EXPECT_NE(FALSE, RemoveDirectoryW(folders.back().c_str()));
-        folders.pop_back();
-    }
-}
-
 TEST_F(Files, with_a_path_beyond_the_systems_length_limit_raise_on_every_operation)
 {
     const File tooLong(In("x").Path() + std::string(300, 'n'));
