@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <fstream>
 #include <string>
 
 namespace vqrx::test {
@@ -37,6 +38,20 @@ inline void PumpMessages()
     while (GetMessageA(&message, nullptr, 0, 0) != 0) {
         DispatchMessageA(&message);
     }
+}
+
+/// Writes the exact command line of this program, in UTF-8, into a file (".part" until it is
+/// complete).
+inline void WriteCommandLine(const std::string& file)
+{
+    const wchar_t* const text = GetCommandLineW();
+    const int size = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
+    std::string line(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text, -1, line.data(), size, nullptr, nullptr);
+    line.pop_back();
+    const std::string part = file + ".part";
+    std::ofstream(part, std::ios::binary) << line;
+    MoveFileExA(part.c_str(), file.c_str(), MOVEFILE_REPLACE_EXISTING);
 }
 
 /// The argument, or an empty text.

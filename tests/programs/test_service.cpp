@@ -1,6 +1,7 @@
 // A Windows service. Arguments: its name, then optionally the milliseconds that it stays
-// start-pending before it runs. Ends on a stop request, or with exit code 5 when the event
-// "<name>_die" is signalled.
+// start-pending before it runs, and an event for which it waits before these begin. Ends on a stop
+// request, or with exit code 5 when the event "<name>_die" is signalled.
+// With the arguments "--note" and a file it is no service, but writes_command_line.
 #include "ChildProgram.h"
 
 #include <cstdlib>
@@ -9,6 +10,7 @@ namespace {
 
 std::string name;
 DWORD pendingMs = 0;
+std::string holdEvent;
 SERVICE_STATUS_HANDLE status = nullptr;
 HANDLE stopEvent = nullptr;
 
@@ -33,6 +35,10 @@ void WINAPI ServiceMain(DWORD, char**)
 {
     status = RegisterServiceCtrlHandlerExA(name.c_str(), Handle, nullptr);
     Report(SERVICE_START_PENDING);
+    if (const HANDLE hold = OpenEventA(SYNCHRONIZE, FALSE, holdEvent.c_str())) {
+        WaitForSingleObject(hold, INFINITE);
+        CloseHandle(hold);
+    }
     Sleep(pendingMs);
     Report(SERVICE_RUNNING);
     const HANDLE dieEvent = CreateEventA(nullptr, TRUE, FALSE, (name + "_die").c_str());
@@ -48,6 +54,11 @@ void WINAPI ServiceMain(DWORD, char**)
 int main(int argc, char** argv)
 {
     name = vqrx::test::Argument(argc, argv, 1);
+    if (name == "--note") {
+        vqrx::test::WriteCommandLine(vqrx::test::Argument(argc, argv, 2));
+        Sleep(INFINITE);
+    }
+    holdEvent = vqrx::test::Argument(argc, argv, 3);
     pendingMs = std::strtoul(vqrx::test::Argument(argc, argv, 2).c_str(), nullptr, 10);
     stopEvent = CreateEventA(nullptr, TRUE, FALSE, nullptr);
     SERVICE_TABLE_ENTRYA table[] = {{name.data(), ServiceMain}, {nullptr, nullptr}};

@@ -2,6 +2,7 @@
 
 #include "win32/UniqueHandle.h"
 
+#include <iomanip>
 #include <sstream>
 #include <vector>
 
@@ -10,13 +11,39 @@ namespace {
 
 using system::win32::v1::UniqueRegistryKey;
 
-constexpr const wchar_t* kKey = L"Software\\DaemonManagerTest\\FirewallRules";
+constexpr const wchar_t* kRules = L"Software\\DaemonManagerTest\\FirewallRules";
+constexpr const wchar_t* kDeeds = L"Software\\DaemonManagerTest\\FirewallDeeds";
 
-UniqueRegistryKey OpenStore()
+UniqueRegistryKey OpenStore(const wchar_t* name)
 {
     HKEY key = nullptr;
-    RegCreateKeyExW(HKEY_CURRENT_USER, kKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
+    RegCreateKeyExW(HKEY_CURRENT_USER, name, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
     return UniqueRegistryKey(key);
+}
+
+// Text values by name.
+std::map<std::wstring, std::wstring> ReadStore(const wchar_t* store)
+{
+    std::map<std::wstring, std::wstring> values;
+    const UniqueRegistryKey key = OpenStore(store);
+    for (DWORD index = 0;; ++index) {
+        std::vector<wchar_t> name(16384);
+        std::vector<wchar_t> data(16384);
+        auto nameLength = static_cast<DWORD>(name.size());
+        auto dataSize = static_cast<DWORD>(data.size() * sizeof(wchar_t));
+        if (RegEnumValueW(key.Get(), index, name.data(), &nameLength, nullptr, nullptr,
+                          reinterpret_cast<BYTE*>(data.data()), &dataSize) != ERROR_SUCCESS) {
+            return values;
+        }
+        values[std::wstring(name.data(), nameLength)] = data.data();
+    }
+}
+
+void WriteStore(const wchar_t* store, const std::wstring& name, const std::wstring& text)
+{
+    RegSetValueExW(OpenStore(store).Get(), name.c_str(), 0, REG_SZ,
+                   reinterpret_cast<const BYTE*>(text.c_str()),
+                   static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
 }
 
 // "protocol profiles action enabled application"
@@ -43,36 +70,51 @@ FirewallRule Unpack(const std::wstring& packed)
 std::map<std::wstring, FirewallRule> StoredFirewallRules()
 {
     std::map<std::wstring, FirewallRule> rules;
-    const UniqueRegistryKey key = OpenStore();
-    for (DWORD index = 0;; ++index) {
-        std::vector<wchar_t> name(16384);
-        std::vector<wchar_t> data(16384);
-        auto nameLength = static_cast<DWORD>(name.size());
-        auto dataSize = static_cast<DWORD>(data.size() * sizeof(wchar_t));
-        if (RegEnumValueW(key.Get(), index, name.data(), &nameLength, nullptr, nullptr,
-                          reinterpret_cast<BYTE*>(data.data()), &dataSize) != ERROR_SUCCESS) {
-            return rules;
-        }
-        rules[std::wstring(name.data(), nameLength)] = Unpack(data.data());
+    for (const auto& [name, packed] : ReadStore(kRules)) {
+        rules[name] = Unpack(packed);
     }
+    return rules;
 }
 
 void StoreFirewallRule(const std::wstring& name, const FirewallRule& rule)
 {
-    const std::wstring packed = Pack(rule);
-    RegSetValueExW(OpenStore().Get(), name.c_str(), 0, REG_SZ,
-                   reinterpret_cast<const BYTE*>(packed.c_str()),
-                   static_cast<DWORD>((packed.size() + 1) * sizeof(wchar_t)));
+    WriteStore(kRules, name, Pack(rule));
 }
 
 bool EraseFirewallRule(const std::wstring& name)
 {
-    return RegDeleteValueW(OpenStore().Get(), name.c_str()) == ERROR_SUCCESS;
+    return RegDeleteValueW(OpenStore(kRules).Get(), name.c_str()) == ERROR_SUCCESS;
 }
 
 void EraseAllFirewallRules()
 {
-    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\DaemonManagerTest");
+    RegDeleteTreeW(HKEY_CURRENT_USER, kRules);
+    RegDeleteTreeW(HKEY_CURRENT_USER, kDeeds);
+    RegDeleteKeyW(HKEY_CURRENT_USER, L"Software\\DaemonManagerTest");
+}
+
+std::vector<FirewallDeed> FirewallDeeds()
+{
+    std::vector<FirewallDeed> deeds;
+    for (const auto& [number, packed] : ReadStore(kDeeds)) {
+        FirewallDeed deed{};
+        std::wistringstream text(packed);
+        text >> deed.time;
+        text.get();
+        std::getline(text, deed.text);
+        deeds.push_back(deed);
+    }
+    return deeds;
+}
+
+void NoteFirewallDeed(const std::wstring& text)
+{
+    FILETIME now{};
+    GetSystemTimeAsFileTime(&now);
+    const ULONGLONG time = (static_cast<ULONGLONG>(now.dwHighDateTime) << 32) | now.dwLowDateTime;
+    std::wostringstream number;
+    number << std::setw(6) << std::setfill(L'0') << ReadStore(kDeeds).size();
+    WriteStore(kDeeds, number.str(), std::to_wstring(time) + L' ' + text);
 }
 
 } // namespace vqrx::test

@@ -100,6 +100,7 @@ class Rules : public Tracked<NullNetFwRules> {
 public:
     HRESULT STDMETHODCALLTYPE Item(BSTR name, INetFwRule** rule) override
     {
+        TheFirewallScript().askedFor.emplace_back(name);
         const bool exists = StoredFirewallRules().count(name) != 0;
         *rule = exists ? new Rule : nullptr;
         return exists ? S_OK : static_cast<HRESULT>(0x80070002);
@@ -111,11 +112,13 @@ public:
             const auto& added = static_cast<const Rule&>(*rule);
             StoreFirewallRule(added.Name(), added.Stored());
             ++script.adds;
+            NoteFirewallDeed(L"add " + added.Name());
         }
         return script.add;
     }
     HRESULT STDMETHODCALLTYPE Remove(BSTR name) override
     {
+        NoteFirewallDeed(std::wstring(L"remove ") + name);
         return EraseFirewallRule(name) ? S_OK : static_cast<HRESULT>(0x80070002);
     }
 };

@@ -6,6 +6,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 namespace vqrx::test {
 
@@ -24,7 +25,20 @@ struct FirewallRule {
 std::map<std::wstring, FirewallRule> StoredFirewallRules();
 void StoreFirewallRule(const std::wstring& name, const FirewallRule& rule);
 bool EraseFirewallRule(const std::wstring& name);
+/// The rules, and what was done to them.
 void EraseAllFirewallRules();
+
+/// Something that the stand-in was made to do, by any process.
+struct FirewallDeed {
+    std::wstring text; ///< "add" or "remove" and the rule's name
+    ULONGLONG time;    ///< system time, units of 100 ns, as in FILETIME
+
+    bool operator==(const std::wstring& other) const { return text == other; }
+};
+
+/// Whatever rules were added or removed, in order; kept beside the rules.
+std::vector<FirewallDeed> FirewallDeeds();
+void NoteFirewallDeed(const std::wstring& text);
 
 /// What the stand-in for the firewall answers, step by step.
 struct FirewallScript {
@@ -43,8 +57,9 @@ struct FirewallScript {
     HRESULT putEnabled = S_OK;
     HRESULT add = S_OK;
 
-    int adds = 0;         ///< rules added so far
-    long liveObjects = 0; ///< references that somebody still holds
+    int adds = 0;                       ///< rules added so far
+    std::vector<std::wstring> askedFor; ///< the names that were looked up
+    long liveObjects = 0;               ///< references that somebody still holds
 };
 
 /// The script of this process's stand-in.

@@ -5,14 +5,31 @@
 
 #include <objbase.h>
 
+namespace {
+
+// What a test wants queries to answer, S_OK when it says nothing.
+HRESULT QueryResult()
+{
+    DWORD result = 0;
+    DWORD size = sizeof result;
+    RegGetValueW(HKEY_CURRENT_USER, vqrx::test::kWmiAnswersKey, L"ExecQuery", RRF_RT_REG_DWORD,
+                 nullptr, &result, &size);
+    return static_cast<HRESULT>(result);
+}
+
+} // namespace
+
 extern "C" HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID classId, REFIID iid, void** object)
 {
     constexpr CLSID wbemLocator = {
         0x4590F811, 0x1D3A, 0x11D0, {0x89, 0x1F, 0x00, 0xAA, 0x00, 0x4B, 0x2E, 0x24}};
     *object = nullptr;
-    IUnknown* const factory = IsEqualCLSID(classId, wbemLocator)
-                                  ? vqrx::test::MakeWmiLocatorFactory()
-                                  : vqrx::test::MakeFirewallFactory(classId);
+    const bool isWmi = IsEqualCLSID(classId, wbemLocator) != FALSE;
+    if (isWmi) {
+        vqrx::test::TheWmiScript().query = QueryResult();
+    }
+    IUnknown* const factory =
+        isWmi ? vqrx::test::MakeWmiLocatorFactory() : vqrx::test::MakeFirewallFactory(classId);
     if (factory == nullptr) {
         return CLASS_E_CLASSNOTAVAILABLE;
     }

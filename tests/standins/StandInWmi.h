@@ -41,6 +41,10 @@ struct WmiScript {
     long liveObjects = 0; ///< references that somebody still holds
 };
 
+/// Below HKEY_CURRENT_USER: what the stand-in answers in other processes. The value "ExecQuery", a
+/// DWORD, is the result of every query; read when a process asks for the locator.
+inline constexpr const wchar_t* kWmiAnswersKey = L"Software\\DaemonManagerTest\\WmiAnswers";
+
 /// The script of this process's stand-in.
 WmiScript& TheWmiScript();
 

@@ -6,11 +6,13 @@
 
 namespace vqrx::test {
 
-TestService::TestService(const std::string& name, DWORD type, DWORD startType, DWORD pendingMs)
+TestService::TestService(const std::string& name, DWORD type, DWORD startType, DWORD pendingMs,
+                         const std::string& holdEvent)
     : manager_(OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS))
 {
-    const std::string command =
-        "\"" + TestProgram("test_service") + "\" " + name + " " + std::to_string(pendingMs);
+    const std::string command = "\"" + TestProgram("test_service") + "\" " + name + " " +
+                                std::to_string(pendingMs) +
+                                (holdEvent.empty() ? "" : " " + holdEvent);
     service_.Reset(CreateServiceA(manager_.Get(), name.c_str(), ("Test " + name).c_str(),
                                   SERVICE_ALL_ACCESS, type, startType, SERVICE_ERROR_IGNORE,
                                   command.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr));

@@ -14,9 +14,11 @@ public:
     /// @param type       SERVICE_WIN32_OWN_PROCESS or SERVICE_WIN32_SHARE_PROCESS
     /// @param startType  SERVICE_DEMAND_START or SERVICE_DISABLED
     /// @param pendingMs  stays start-pending for so long
+    /// @param holdEvent  before that, stays start-pending until this is signalled; empty for none
     /// @throws std::runtime_error when it cannot be made
     explicit TestService(const std::string& name, DWORD type = SERVICE_WIN32_OWN_PROCESS,
-                         DWORD startType = SERVICE_DEMAND_START, DWORD pendingMs = 0);
+                         DWORD startType = SERVICE_DEMAND_START, DWORD pendingMs = 0,
+                         const std::string& holdEvent = {});
     TestService(const TestService&) = delete;
     TestService& operator=(const TestService&) = delete;
     ~TestService();

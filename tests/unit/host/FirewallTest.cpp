@@ -116,7 +116,12 @@ TEST_F(Rules, of_paths_that_differ_in_letter_case_have_different_names_and_the_f
     Firewall& firewall = Bound();
     firewall.AllowApplication("a.exe");
     firewall.AllowApplication("A.exe");
-    EXPECT_TRUE(logger_.Lines().empty()); // the stand-in's store takes them for one, as it may
+    EXPECT_EQ((std::vector<std::wstring>{L"allowing a.exe", L"allowing A.exe"}),
+              TheFirewallScript().askedFor);
+    EXPECT_EQ(2, TheFirewallScript().adds);
+    EXPECT_EQ(1U,
+              StoredFirewallRules().size()); // this one's decision: the second replaces the first
+    EXPECT_TRUE(logger_.Lines().empty());
 }
 
 TEST_F(Rules, for_paths_beyond_ascii_are_named_in_the_threads_code_page)
