@@ -15,6 +15,7 @@
 #include <objbase.h>
 
 #include <memory>
+#include <set>
 
 namespace vqrx::test {
 namespace {
@@ -82,6 +83,14 @@ HRESULT WINAPI SecurityTooLate(PSECURITY_DESCRIPTOR, LONG, SOLE_AUTHENTICATION_S
     authentication = authenticationLevel;
     impersonation = impersonationLevel;
     return RPC_E_TOO_LATE;
+}
+
+std::set<SC_HANDLE> closedServices;
+decltype(&CloseServiceHandle) closeServiceHandle = nullptr;
+BOOL WINAPI NoteAndClose(SC_HANDLE handle)
+{
+    closedServices.insert(handle);
+    return closeServiceHandle(handle);
 }
 
 } // namespace
@@ -184,6 +193,24 @@ TEST_F(Inspection, keeps_the_given_arguments_of_a_service_and_names_it)
     EXPECT_TRUE(record.service);
     EXPECT_EQ((std::vector<std::string>{"given"}), record.arguments);
     EXPECT_EQ(TestProgram("test_service"), record.executablePath);
+}
+
+TEST_F(Inspection, replaces_and_closes_the_service_handle_that_the_record_had)
+{
+    const StandInWmi standIn;
+    Connect();
+    TestService service("DmTestAttached");
+    service.Start();
+    ProcessInfo record;
+    record.processId = service.ProcessId();
+    const SC_HANDLE previous = OpenSCManagerA(nullptr, nullptr, SC_MANAGER_CONNECT);
+    record.service.Reset(previous);
+    closedServices.clear();
+    const ImportPatch patch("CloseServiceHandle", NoteAndClose);
+    closeServiceHandle = patch.Original<BOOL WINAPI(SC_HANDLE)>();
+    EXPECT_EQ(0, InspectAttachingProcess(*wmi_, record));
+    EXPECT_TRUE(record.service);
+    EXPECT_EQ(1U, closedServices.count(previous));
 }
 
 TEST_F(Inspection, of_an_ordinary_program_leaves_what_the_record_says_of_a_service)
