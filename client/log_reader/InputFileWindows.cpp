@@ -1,0 +1,81 @@
+#include "Utf8.h"
+#include "log_reader/InputFile.h"
+#include "win32/UniqueHandle.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+namespace vqrx::client::v0 {
+namespace {
+
+using system::win32::v1::UniqueKernelHandle;
+
+constexpr std::size_t kOneRead = 1024 * 1024; // bytes
+
+class WindowsFile : public InputFile {
+public:
+    WindowsFile(UniqueKernelHandle file, std::uint64_t size) noexcept
+        : file_(std::move(file))
+        , size_(size)
+    {
+    }
+
+    std::uint64_t Size() const noexcept override { return size_; }
+
+    std::size_t ReadAt(std::uint64_t offset, std::span<char> buffer) override
+    {
+        std::size_t done = 0;
+        while (done < buffer.size()) {
+            OVERLAPPED place = {};
+            place.Offset = static_cast<DWORD>(offset + done);
+            place.OffsetHigh = static_cast<DWORD>((offset + done) >> 32U);
+            const DWORD wanted = static_cast<DWORD>(std::min(buffer.size() - done, kOneRead));
+            DWORD got = 0;
+            if (ReadFile(file_.Get(), buffer.data() + done, wanted, &got, &place) == FALSE ||
+                got == 0) {
+                break;
+            }
+            done += got;
+        }
+        return done;
+    }
+
+private:
+    UniqueKernelHandle file_;
+    std::uint64_t size_;
+};
+
+[[noreturn]] void Refuse(const std::string& path, DWORD error)
+{
+    throw std::runtime_error(
+        path + " cannot be read: " + std::system_category().message(static_cast<int>(error)));
+}
+
+} // namespace
+
+std::unique_ptr<InputFile> InputFile::Open(const std::string& path)
+{
+    UniqueKernelHandle file(CreateFileW(Wide(path).c_str(), GENERIC_READ,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                        nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) {
+        const DWORD error = GetLastError();
+        Refuse(path, error);
+    }
+    LARGE_INTEGER size = {};
+    if (GetFileType(file.Get()) != FILE_TYPE_DISK) {
+        Refuse(path, ERROR_NOT_SUPPORTED);
+    }
+    if (GetFileSizeEx(file.Get(), &size) == FALSE) {
+        const DWORD error = GetLastError();
+        Refuse(path, error);
+    }
+    return std::make_unique<WindowsFile>(std::move(file),
+                                         static_cast<std::uint64_t>(size.QuadPart));
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "log_reader/Record.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+
+inline void PrintTo(const Record& record, std::ostream* stream)
+{
+    *stream << record.number.value_or(-1) << " " << record.text;
+}
+
+} // namespace vqrx::client::v0
+
+namespace vqrx::test {
+
+/// The supervisor's log file, written by hand: bytes in memory that know which records are intact.
+class RingModel {
+public:
+    /// @param limit  bytes after which writing starts again at the front; 0 for none
+    explicit RingModel(std::size_t limit = 0, std::int64_t firstNumber = 0);
+
+    void Write(const std::string& text, int level = 2);
+    /// The record's first bytes are in the file, the header does not count it yet. A number of
+    /// bytes beyond the line's means all of it. Only the last thing that is written to a model.
+    void BeginWrite(const std::string& text, std::size_t bytes, int level = 2);
+    /// The next record's number: a supervisor that starts may count on differently.
+    void SetNumber(std::int64_t number) { number_ = number; }
+    void SetTime(std::int64_t timeMs) { timeMs_ = timeMs; }
+
+    const std::string& Bytes() const { return bytes_; }
+    std::size_t WritePosition() const { return position_; }
+    /// The records of which no byte has been overwritten, oldest first.
+    std::vector<client::v0::Record> Intact() const;
+
+private:
+    struct Placed {
+        client::v0::Record record;
+        std::size_t begin;
+        std::string line;
+    };
+
+    std::string NextLine(const std::string& text, int level);
+    void Put(const std::string& line);
+    void PutHeader();
+
+    std::size_t limit_;
+    std::int64_t number_;
+    std::int64_t timeMs_ = 1763265156000; // 2025-11-16 03:52:36 UTC
+    std::size_t position_ = 12;
+    std::string bytes_ = "0x00000000\r\n";
+    std::vector<Placed> placed_;
+    client::v0::Record last_;
+};
+
+} // namespace vqrx::test

@@ -1,0 +1,243 @@
+#include "log_reader/RingScan.h"
+
+#include "RingModel.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using client::v0::MemorySource;
+using client::v0::Record;
+using client::v0::ScanRing;
+using client::v0::ScanSummary;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::Field;
+using testing::IsEmpty;
+
+struct Scanned {
+    std::vector<Record> records;
+    ScanSummary summary;
+};
+
+Scanned Scan(const std::string& bytes)
+{
+    Scanned scanned;
+    MemorySource source(bytes);
+    scanned.summary =
+        ScanRing(source, [&](Record record) { scanned.records.push_back(std::move(record)); });
+    return scanned;
+}
+
+std::vector<std::string> Texts(const Scanned& scanned)
+{
+    std::vector<std::string> texts;
+    for (const Record& record : scanned.records) {
+        texts.push_back(record.text);
+    }
+    return texts;
+}
+
+std::string Line(const std::string& number, const std::string& text)
+{
+    return number + ";Sun Nov 16 03:52:36.123;1763265156123;2;" + text + "\r\n";
+}
+
+std::string Header(unsigned position)
+{
+    std::array<char, 16> text{};
+    std::snprintf(text.data(), text.size(), "0x%.8X\r\n", position);
+    return text.data();
+}
+
+TEST(RingScan, hands_out_nothing_of_a_new_file)
+{
+    const Scanned scanned = Scan("0x00000000\r\n");
+    EXPECT_THAT(scanned.records, IsEmpty());
+    EXPECT_TRUE(scanned.summary.IsSound());
+}
+
+TEST(RingScan, hands_out_the_records_of_a_file_that_has_not_wrapped_in_their_order)
+{
+    RingModel ring;
+    ring.Write("first");
+    ring.Write("second;with;separators", 0);
+    ring.Write("", 3);
+    const Scanned scanned = Scan(ring.Bytes());
+    EXPECT_THAT(scanned.records, ElementsAreArray(ring.Intact()));
+    EXPECT_THAT(Texts(scanned), ElementsAre("first", "second;with;separators", ""));
+    EXPECT_TRUE(scanned.summary.IsSound());
+    EXPECT_EQ(scanned.summary.torn, 0U);
+}
+
+TEST(RingScan, hands_out_the_older_records_behind_the_write_position_first)
+{
+    const std::string older = Line("8", "older") + Line("9", "old");
+    const std::string newer = Line("10", "new") + Line("11", "newer");
+    const std::string bytes =
+        Header(static_cast<unsigned>(12 + newer.size())) + newer + "cut\r\n" + older;
+    const Scanned scanned = Scan(bytes);
+    EXPECT_THAT(Texts(scanned), ElementsAre("older", "old", "new", "newer"));
+    EXPECT_EQ(scanned.summary.torn, 1U);
+    EXPECT_TRUE(scanned.summary.IsSound());
+}
+
+TEST(RingScan, never_takes_a_record_that_has_lost_digits_of_its_number_for_a_whole_one)
+{
+    // 1237 has lost its first digits to the newest record, all else of it is there.
+    const std::string newer = Line("2000", "new") + Line("2001", "newer");
+    const std::string bytes = Header(static_cast<unsigned>(12 + newer.size())) + newer +
+                              Line("37", "torn") + Line("1238", "older") + Line("1239", "old");
+    const Scanned scanned = Scan(bytes);
+    EXPECT_THAT(Texts(scanned), ElementsAre("older", "old", "new", "newer"));
+    EXPECT_EQ(scanned.summary.torn, 1U);
+}
+
+TEST(RingScan, never_shows_what_a_longer_ring_has_left_at_the_end_of_the_file)
+{
+    const std::string newer = Line("2000", "new");
+    const std::string bytes = Header(static_cast<unsigned>(12 + newer.size())) + newer + "cut\r\n" +
+                              Line("1998", "older") + Line("1999", "old") + Line("37", "remains") +
+                              "mains of another\r\n";
+    const Scanned scanned = Scan(bytes);
+    EXPECT_THAT(Texts(scanned), ElementsAre("older", "old", "new"));
+    EXPECT_EQ(scanned.summary.torn, 3U);
+    EXPECT_TRUE(scanned.summary.IsSound());
+}
+
+TEST(RingScan, shows_a_supervisors_start_that_counts_on_differently)
+{
+    const std::string newer = Line("2000", "new") + Line("2000", "started") + Line("7", "again");
+    const std::string bytes = Header(static_cast<unsigned>(12 + newer.size())) + newer + "cut\r\n" +
+                              Line("1997", "older") + Line("1997", "start") + Line("1998", "old") +
+                              Line("1999", "last");
+    EXPECT_THAT(Texts(Scan(bytes)),
+                ElementsAre("older", "start", "old", "last", "new", "started", "again"));
+}
+
+TEST(RingScan, does_not_show_a_record_that_the_header_does_not_count_yet)
+{
+    RingModel ring(300, 998);
+    for (int index = 0; index < 30; ++index) {
+        ring.Write("record " + std::to_string(index));
+    }
+    for (std::size_t bytes = 1; bytes < 70; ++bytes) {
+        RingModel writing = ring;
+        writing.BeginWrite("being written", bytes);
+        EXPECT_THAT(Scan(writing.Bytes()).records, ElementsAreArray(writing.Intact())) << bytes;
+    }
+}
+
+// Rings of a few records, whose numbers gain digits meanwhile.
+TEST(RingScan, shows_exactly_the_records_that_are_intact_whatever_the_ring_holds)
+{
+    std::mt19937 random(20251116); // NOLINT(cert-msc32-c,cert-msc51-cpp): the same on every run
+    for (int round = 0; round < 25; ++round) {
+        RingModel ring(320 + random() % 400, static_cast<std::int64_t>(random() % 2000));
+        for (int index = 0; index < 120; ++index) {
+            ring.Write(std::string(random() % 40, 'x') + (random() % 3 == 0 ? ";1;2;3;4" : ""));
+            const Scanned scanned = Scan(ring.Bytes());
+            ASSERT_THAT(scanned.records, ElementsAreArray(ring.Intact()))
+                << "round " << round << ", record " << index << "\n"
+                << ring.Bytes();
+            ASSERT_TRUE(scanned.summary.IsSound()) << ring.Bytes();
+            RingModel writing = ring;
+            writing.BeginWrite("being written", random() % 80);
+            // The oldest record, which goes next, may be among what cannot be sure at this moment.
+            const std::vector<Record> shown = Scan(writing.Bytes()).records;
+            std::vector<Record> intact = writing.Intact();
+            if (shown.size() + 1 == intact.size()) {
+                intact.erase(intact.begin());
+            }
+            ASSERT_THAT(shown, ElementsAreArray(intact))
+                << "round " << round << ", record " << index << " and another begun\n"
+                << writing.Bytes();
+        }
+    }
+}
+
+TEST(RingScan, finds_the_order_without_a_header)
+{
+    RingModel ring(400, 50);
+    for (int index = 0; index < 40; ++index) {
+        ring.Write("record " + std::to_string(index));
+    }
+    for (const std::string header : {"0xFFFFFFFF\r\n", "0x00000021\r\n", "garbage!!!\r\n"}) {
+        const Scanned scanned = Scan(header + ring.Bytes().substr(12));
+        EXPECT_THAT(scanned.records, ElementsAreArray(ring.Intact())) << header;
+        EXPECT_TRUE(scanned.summary.headerDamaged) << header;
+        EXPECT_FALSE(scanned.summary.IsSound()) << header;
+    }
+}
+
+TEST(RingScan, shows_what_is_left_of_a_file_that_was_cut)
+{
+    RingModel ring;
+    ring.Write("first");
+    ring.Write("second");
+    ring.Write("third");
+    const Scanned scanned = Scan(ring.Bytes().substr(0, ring.Bytes().size() - 10));
+    EXPECT_THAT(Texts(scanned), ElementsAre("first", "second"));
+    EXPECT_EQ(scanned.summary.torn, 1U);
+    EXPECT_FALSE(scanned.summary.IsSound());
+}
+
+TEST(RingScan, shows_a_copy_whose_line_ends_were_converted)
+{
+    RingModel ring;
+    ring.Write("first");
+    ring.Write("second");
+    std::string bytes = ring.Bytes();
+    std::erase(bytes, '\r');
+    EXPECT_THAT(Texts(Scan(bytes)), ElementsAre("first", "second"));
+}
+
+TEST(RingScan, counts_lines_that_are_no_records_and_shows_the_others)
+{
+    const std::string lines = Line("1", "first") + "of another program\r\n" +
+                              "2;Sun Nov 16 03:52:36.123;never;2;no time\r\n" +
+                              "3;Sun Nov 16 03:52:36.123;1763265156123;high;no level\r\n" +
+                              "4;Sun Nov 16 03:52:36.123;99999999999999999999;2;no time\r\n" +
+                              Line("x", "no number") + Line("99999999999999999999", "nor this") +
+                              Line("7", "last");
+    const Scanned scanned = Scan(Header(static_cast<unsigned>(12 + lines.size())) + lines);
+    EXPECT_THAT(Texts(scanned), ElementsAre("first", "no number", "nor this", "last"));
+    EXPECT_THAT(scanned.records[1], Field(&Record::number, std::nullopt));
+    EXPECT_EQ(scanned.summary.unreadable, 4U);
+    EXPECT_EQ(scanned.summary.damaged, 2U);
+    EXPECT_FALSE(scanned.summary.IsSound());
+}
+
+TEST(RingScan, finds_no_records_in_the_files_of_other_programs)
+{
+    EXPECT_TRUE(Scan("").summary.isEmpty);
+    const Scanned text = Scan("once upon a time\nthere was a file\n");
+    EXPECT_THAT(text.records, IsEmpty());
+    EXPECT_EQ(text.summary.unreadable, 2U);
+    const Scanned zeros = Scan(std::string(300000, '\0'));
+    EXPECT_THAT(zeros.records, IsEmpty());
+    EXPECT_FALSE(zeros.summary.IsSound());
+    const Scanned behindAHeader = Scan("0x0000000C\r\nonce\r\nupon\r\na time\r\n");
+    EXPECT_THAT(behindAHeader.records, IsEmpty());
+    EXPECT_FALSE(behindAHeader.summary.IsSound());
+}
+
+TEST(RingScan, reads_over_a_line_longer_than_any_record)
+{
+    const std::string lines =
+        Line("1", "first") + Line("2", std::string(70000, 'x')) + Line("3", "last");
+    const Scanned scanned = Scan(Header(static_cast<unsigned>(12 + lines.size())) + lines);
+    EXPECT_THAT(Texts(scanned), ElementsAre("first", "last"));
+    EXPECT_EQ(scanned.summary.unreadable, 1U);
+}
+
+} // namespace
+} // namespace vqrx::test
