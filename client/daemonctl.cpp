@@ -1,7 +1,9 @@
 #include "DaemonArguments.h"
 #include "ExitCode.h"
 #include "Utf8.h"
+#include "commands/CompletionCommand.h"
 #include "commands/ControlCommands.h"
+#include "commands/DoctorCommand.h"
 
 #include <CLI/CLI.hpp>
 
@@ -22,6 +24,8 @@ int Run()
                "DaemonMgrPS.dll not registered, 4 refused, 5 log unreadable.");
     int exitCode = kDone;
     AddControlCommands(app, exitCode);
+    AddDoctorCommand(app, exitCode);
+    AddCompletionCommand(app, exitCode);
 
     const std::vector<std::string> arguments = ProtectDaemonArguments(Utf8Arguments());
     std::vector<const char*> pointers;

@@ -1,3 +1,4 @@
+#include "Daemonctl.h"
 #include "CapturedProgram.h"
 #include "ChildProcess.h"
 #include "ProxyRegistration.h"
@@ -12,32 +13,6 @@
 
 namespace vqrx::test {
 namespace {
-
-struct Answer {
-    DWORD exitCode;
-    std::string output;
-    std::string error;
-};
-
-bool operator==(const Answer& left, const Answer& right)
-{
-    return left.exitCode == right.exitCode && left.output == right.output &&
-           left.error == right.error;
-}
-
-std::ostream& operator<<(std::ostream& stream, const Answer& answer)
-{
-    return stream << answer.exitCode << "\n--- output\n"
-                  << answer.output << "--- error\n"
-                  << answer.error;
-}
-
-Answer Daemonctl(const std::string& arguments)
-{
-    const CapturedProgram program(ProductProgram("daemonctl.exe") + " " + arguments);
-    const DWORD exitCode = program.ExitCode();
-    return {exitCode, program.Output(), program.Error()};
-}
 
 TEST(Daemonctl, without_a_command_or_with_a_wrong_one_says_so_and_ends_with_2)
 {

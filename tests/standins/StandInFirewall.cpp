@@ -3,6 +3,9 @@
 #include "ClassFactory.h"
 #include "NullInterfaces.h"
 
+#include <utility>
+#include <vector>
+
 namespace vqrx::test {
 namespace {
 
@@ -52,6 +55,13 @@ public:
 
 class Rule : public Tracked<NullNetFwRule> {
 public:
+    Rule() = default;
+    Rule(std::wstring name, FirewallRule rule)
+        : name_(std::move(name))
+        , rule_(std::move(rule))
+    {
+    }
+
     HRESULT STDMETHODCALLTYPE put_Name(BSTR name) override
     {
         name_ = name;
@@ -66,6 +76,11 @@ public:
     {
         rule_.application = application;
         return TheFirewallScript().putApplicationName;
+    }
+    HRESULT STDMETHODCALLTYPE get_ApplicationName(BSTR* application) override
+    {
+        *application = SysAllocString(rule_.application.c_str());
+        return S_OK;
     }
     HRESULT STDMETHODCALLTYPE put_Protocol(LONG protocol) override
     {
@@ -96,8 +111,43 @@ private:
     FirewallRule rule_;
 };
 
+// A snapshot of all rules.
+class RuleEnumerator : public Tracked<Counted<IEnumVARIANT>> {
+public:
+    HRESULT STDMETHODCALLTYPE Next(ULONG count, VARIANT* items, ULONG* fetched) override
+    {
+        ULONG given = 0;
+        for (; given < count && next_ < rules_.size(); ++given, ++next_) {
+            items[given].vt = VT_DISPATCH;
+            items[given].pdispVal = new Rule(rules_[next_].first, rules_[next_].second);
+        }
+        if (fetched != nullptr) {
+            *fetched = given;
+        }
+        return given == count ? S_OK : S_FALSE;
+    }
+    HRESULT STDMETHODCALLTYPE Skip(ULONG) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Reset() override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Clone(IEnumVARIANT**) override { return E_NOTIMPL; }
+
+private:
+    static std::vector<std::pair<std::wstring, FirewallRule>> Snapshot()
+    {
+        const auto stored = StoredFirewallRules();
+        return {stored.begin(), stored.end()};
+    }
+
+    std::vector<std::pair<std::wstring, FirewallRule>> rules_ = Snapshot();
+    std::size_t next_ = 0;
+};
+
 class Rules : public Tracked<NullNetFwRules> {
 public:
+    HRESULT STDMETHODCALLTYPE get__NewEnum(IUnknown** enumerator) override
+    {
+        *enumerator = new RuleEnumerator;
+        return S_OK;
+    }
     HRESULT STDMETHODCALLTYPE Item(BSTR name, INetFwRule** rule) override
     {
         TheFirewallScript().askedFor.emplace_back(name);

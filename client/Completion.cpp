@@ -1,0 +1,194 @@
+#include "Completion.h"
+
+#include <functional>
+#include <map>
+#include <vector>
+
+namespace vqrx::client::v0 {
+namespace {
+
+using Words = std::vector<std::string>;
+
+struct Command {
+    std::string name;
+    Words words;                         // options and the values of positional arguments
+    std::map<std::string, Words> values; // of an option that takes one; empty: anything
+    bool takesDaemonId = false;
+};
+
+// The values that a validator allows stand in the type's name: "TEXT:{bash,powershell}".
+Words AllowedValues(const CLI::Option& option)
+{
+    const std::string type = option.get_type_name();
+    const std::size_t open = type.find('{');
+    const std::size_t close = type.find('}', open);
+    Words values;
+    if (open != std::string::npos && close != std::string::npos) {
+        for (const std::string& value :
+             CLI::detail::split(type.substr(open + 1, close - open - 1), ',')) {
+            values.push_back(value);
+        }
+    }
+    return values;
+}
+
+Command Describe(const CLI::App& app)
+{
+    Command command;
+    command.name = app.get_name();
+    for (const CLI::Option* const option : app.get_options()) {
+        const Words values = AllowedValues(*option);
+        if (option->get_positional()) {
+            command.words.insert(command.words.end(), values.begin(), values.end());
+            command.takesDaemonId = command.takesDaemonId || option->get_name() == "ID";
+            continue;
+        }
+        for (const std::string& name : option->get_lnames()) {
+            command.words.push_back("--" + name);
+            if (option->get_items_expected_max() > 0) {
+                command.values["--" + name] = values;
+            }
+        }
+    }
+    return command;
+}
+
+std::vector<Command> DescribeCommands(const CLI::App& app)
+{
+    std::vector<Command> commands;
+    for (const CLI::App* const command :
+         app.get_subcommands([](const CLI::App*) { return true; })) {
+        commands.push_back(Describe(*command));
+    }
+    return commands;
+}
+
+Words TopWords(const CLI::App& app)
+{
+    Words words;
+    for (const Command& command : DescribeCommands(app)) {
+        words.push_back(command.name);
+    }
+    const Words options = Describe(app).words;
+    words.insert(words.end(), options.begin(), options.end());
+    return words;
+}
+
+std::string Joined(const Words& words, const std::string& quote, const std::string& separator)
+{
+    std::string text;
+    for (const std::string& word : words) {
+        text += (text.empty() ? "" : separator) + quote;
+        text += word + quote;
+    }
+    return text;
+}
+
+std::string BashList(const Words& words)
+{
+    return "'" + Joined(words, "", " ") + "'";
+}
+
+std::string PowerShellList(const Words& words)
+{
+    return "@(" + Joined(words, "'", ", ") + ")";
+}
+
+} // namespace
+
+std::string BashCompletion(const CLI::App& app)
+{
+    const std::string program = app.get_name();
+    std::string ids;
+    std::string commands;
+    std::string values;
+    for (const Command& command : DescribeCommands(app)) {
+        commands += "        " + command.name + ") words=" + BashList(command.words) + " ;;\n";
+        if (command.takesDaemonId) {
+            ids += (ids.empty() ? "" : "|") + command.name;
+        }
+        for (const auto& [option, allowed] : command.values) {
+            values += "        '" + command.name + " " + option + "') words=" + BashList(allowed) +
+                      "; value=1 ;;\n";
+        }
+    }
+    return "# Completion of " + program + " in bash. Once:   source <(" + program +
+           " completion bash)\n"
+           "# For good:  " +
+           program +
+           " completion bash >> ~/.bashrc\n"
+           "_" +
+           program +
+           "()\n"
+           "{\n"
+           "    local command=${COMP_WORDS[1]} word=${COMP_WORDS[COMP_CWORD]}\n"
+           "    local previous=${COMP_WORDS[COMP_CWORD-1]} words= value=\n"
+           "    if [ \"$COMP_CWORD\" -eq 1 ]; then\n"
+           "        COMPREPLY=($(compgen -W " +
+           BashList(TopWords(app)) +
+           " -- \"$word\"))\n"
+           "        return\n"
+           "    fi\n"
+           "    case \"$command\" in\n" +
+           commands +
+           "    esac\n"
+           "    case \"$command $previous\" in\n" +
+           values + "    esac\n" +
+           (ids.empty() ? std::string()
+                        : "    case \"$command$value\" in\n"
+                          "        " +
+                              ids + ") words=\"$words $(" + program +
+                              " ps 2>/dev/null | sed -n 's/^ *\\([0-9][0-9]*\\) .*/\\1/p')\" ;;\n"
+                              "    esac\n") +
+           "    COMPREPLY=($(compgen -W \"$words\" -- \"$word\"))\n"
+           "}\n"
+           "complete -o default -F _" +
+           program + " " + program + " " + program + ".exe\n";
+}
+
+std::string PowerShellCompletion(const CLI::App& app)
+{
+    const std::string program = app.get_name();
+    std::string commands;
+    std::string values;
+    for (const Command& command : DescribeCommands(app)) {
+        commands += "        '" + command.name + "' = " + PowerShellList(command.words) + "\n";
+        for (const auto& [option, allowed] : command.values) {
+            values +=
+                "        '" + command.name + " " + option + "' = " + PowerShellList(allowed) + "\n";
+        }
+    }
+    return "# Completion of " + program +
+           " in PowerShell. Once:\n"
+           "#   " +
+           program +
+           " completion powershell | Out-String | Invoke-Expression\n"
+           "# For good:  " +
+           program +
+           " completion powershell >> $PROFILE\n"
+           "Register-ArgumentCompleter -Native -CommandName " +
+           program + ", " + program +
+           ".exe -ScriptBlock {\n"
+           "    param($wordToComplete, $commandAst, $cursorPosition)\n"
+           "    $top = " +
+           PowerShellList(TopWords(app)) +
+           "\n"
+           "    $commands = @{\n" +
+           commands +
+           "    }\n"
+           "    $values = @{\n" +
+           values +
+           "    }\n"
+           "    $words = @($commandAst.CommandElements | ForEach-Object { $_.ToString() })\n"
+           "    $before = if ($wordToComplete -eq '') { $words.Count } else { $words.Count - 1 }\n"
+           "    $found = if ($before -le 1) { $top }\n"
+           "        elseif ($values.ContainsKey(\"$($words[1]) $($words[$before - 1])\")) {\n"
+           "            $values[\"$($words[1]) $($words[$before - 1])\"]\n"
+           "        } else { $commands[$words[1]] }\n"
+           "    $found | Where-Object { $_ -like \"$wordToComplete*\" } | ForEach-Object {\n"
+           "        [System.Management.Automation.CompletionResult]::new($_, $_, 'ParameterValue', $_)\n"
+           "    }\n"
+           "}\n";
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,212 @@
+#include "ExpectFile.h"
+
+#include "AsciiCase.h"
+
+#include <utility>
+
+namespace vqrx::client::v0 {
+namespace {
+
+bool IsBlank(char character)
+{
+    return character == ' ' || character == '\t';
+}
+
+// @return nothing when a quote is not closed
+std::optional<std::vector<std::string>> SplitWords(std::string_view line)
+{
+    std::vector<std::string> words;
+    bool inWord = false;
+    bool inQuotes = false;
+    for (const char character : line) {
+        if (character == '"') {
+            inQuotes = !inQuotes;
+        } else if (inQuotes || !IsBlank(character)) {
+            if (!inWord) {
+                words.emplace_back();
+            }
+            words.back() += character;
+            inWord = true;
+            continue;
+        } else {
+            inWord = false;
+            continue;
+        }
+        if (!inWord) { // a quote begins a word, be it empty
+            words.emplace_back();
+            inWord = true;
+        }
+    }
+    if (inQuotes) {
+        return std::nullopt;
+    }
+    return words;
+}
+
+std::string ComparablePath(std::string_view path)
+{
+    std::string result = LowerAscii(path);
+    for (char& character : result) {
+        character = character == '/' ? '\\' : character;
+    }
+    return result;
+}
+
+// Whether a text can be the folder of a program, its separator behind it: it names a drive at its
+// front only, and no program.
+bool IsFolder(std::string_view text)
+{
+    return text.find(':', 2) == std::string_view::npos &&
+           text.find(".exe ") == std::string_view::npos;
+}
+
+// Places programs one after another; who is in the way moves on when there is another place (the
+// augmenting paths of bipartite matching).
+class Matching {
+public:
+    Matching(const std::vector<ExpectedProgram>& programs, const std::vector<std::string>& commands)
+        : programs_(programs)
+        , commands_(commands)
+        , ownerOf_(commands.size())
+    {
+    }
+
+    void Place(std::size_t program)
+    {
+        std::vector<bool> tried(commands_.size());
+        FindRoom(program, tried);
+    }
+
+    std::vector<std::optional<std::size_t>> Result() const
+    {
+        std::vector<std::optional<std::size_t>> result(programs_.size());
+        for (std::size_t command = 0; command < ownerOf_.size(); ++command) {
+            if (ownerOf_[command]) {
+                result[*ownerOf_[command]] = command;
+            }
+        }
+        return result;
+    }
+
+private:
+    bool Fits(std::size_t program, std::size_t command) const
+    {
+        return IsCommandOf(programs_[program], commands_[command]);
+    }
+
+    // A command that is free, or one whose owner finds another.
+    bool FindRoom(std::size_t program, std::vector<bool>& tried)
+    {
+        for (std::size_t command = 0; command < commands_.size(); ++command) {
+            if (!ownerOf_[command] && Fits(program, command)) {
+                ownerOf_[command] = program;
+                return true;
+            }
+        }
+        for (std::size_t command = 0; command < commands_.size(); ++command) {
+            if (tried[command] || !Fits(program, command)) {
+                continue;
+            }
+            tried[command] = true;
+            if (FindRoom(*ownerOf_[command], tried)) {
+                ownerOf_[command] = program;
+                return true;
+            }
+        }
+        return false;
+    }
+
+    const std::vector<ExpectedProgram>& programs_;
+    const std::vector<std::string>& commands_;
+    std::vector<std::optional<std::size_t>> ownerOf_;
+};
+
+} // namespace
+
+ExpectFile ParseExpectFile(std::string_view content)
+{
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    if (content.starts_with(byteOrderMark)) {
+        content.remove_prefix(byteOrderMark.size());
+    }
+    ExpectFile file;
+    for (std::size_t number = 1; !content.empty(); ++number) {
+        const std::size_t end = content.find_first_of("\r\n");
+        const std::string_view line = content.substr(0, end);
+        const bool pair = end != std::string_view::npos && content.substr(end, 2) == "\r\n";
+        content.remove_prefix(end == std::string_view::npos ? content.size()
+                                                            : end + (pair ? 2 : 1));
+        const std::size_t first = line.find_first_not_of(" \t");
+        if (first == std::string_view::npos || line[first] == '#') {
+            continue;
+        }
+        auto words = SplitWords(line);
+        const std::string place = "line " + std::to_string(number) + ": ";
+        if (!words) {
+            file.errors.push_back(place + "a double quote is not closed");
+        } else if (words->front().empty()) {
+            file.errors.push_back(place + "the program's name is empty");
+        } else {
+            std::string program = std::move(words->front());
+            words->erase(words->begin());
+            file.programs.push_back({number, std::move(program), std::move(*words)});
+        }
+    }
+    return file;
+}
+
+bool IsCommandOf(const ExpectedProgram& expected, std::string_view command)
+{
+    std::string arguments = " ";
+    for (const std::string& argument : expected.arguments) {
+        arguments += argument + " ";
+    }
+    if (command.empty() || command.back() != ' ') { // a service's name has no blank behind it
+        return expected.arguments.empty() &&
+               ComparablePath(command) == ComparablePath(expected.program);
+    }
+    const std::string program = ComparablePath(expected.program);
+    const std::string whole = ComparablePath(command);
+    const bool anyFolder = program.find('\\') == std::string::npos;
+    // The path may hold blanks itself, so every place where it could begin and end is tried.
+    for (std::size_t begin = 0; begin != std::string::npos;
+         begin = anyFolder ? whole.find('\\', begin) : std::string::npos) {
+        begin += begin != 0 ? 1 : 0; // behind the separator
+        if (!IsFolder(std::string_view(whole).substr(0, begin))) {
+            break;
+        }
+        const std::string_view rest = std::string_view(whole).substr(begin);
+        if (rest.starts_with(program) && rest.substr(program.size()).starts_with(' ')) {
+            const std::string_view found = command.substr(begin + program.size());
+            if (expected.arguments.empty() || found == arguments) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+std::vector<std::optional<std::size_t>> Assign(const std::vector<ExpectedProgram>& programs,
+                                               const std::vector<std::string>& commands)
+{
+    Matching matching(programs, commands);
+    for (std::size_t program = 0; program < programs.size(); ++program) {
+        matching.Place(program);
+    }
+    return matching.Result();
+}
+
+std::string TextOf(const ExpectedProgram& expected)
+{
+    const auto quoted = [](const std::string& word) {
+        return word.empty() || word.find_first_of(" \t") != std::string::npos ? '"' + word + '"'
+                                                                              : word;
+    };
+    std::string text = quoted(expected.program);
+    for (const std::string& argument : expected.arguments) {
+        text += " " + quoted(argument);
+    }
+    return text;
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,35 @@
+#include "commands/CompletionCommand.h"
+
+#include "Completion.h"
+#include "ExitCode.h"
+
+#include <fcntl.h>
+#include <io.h>
+
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <string>
+
+namespace vqrx::client::v0 {
+
+void AddCompletionCommand(CLI::App& app, int& exitCode)
+{
+    const auto shell = std::make_shared<std::string>();
+    CLI::App* const command = app.add_subcommand(
+        "completion", "Print a script that completes commands and options in a shell");
+    command->add_option("SHELL", *shell, "The shell")
+        ->required()
+        ->check(CLI::IsMember({"bash", "powershell"}));
+    command->footer("Examples:\n"
+                    "  source <(daemonctl completion bash)\n"
+                    "  daemonctl completion powershell | Out-String | Invoke-Expression");
+    command->callback([&app, &exitCode, shell] {
+        // bash takes a carriage return for part of a word.
+        _setmode(_fileno(stdout), _O_BINARY);
+        std::cout << (*shell == "bash" ? BashCompletion(app) : PowerShellCompletion(app));
+        exitCode = kDone;
+    });
+}
+
+} // namespace vqrx::client::v0

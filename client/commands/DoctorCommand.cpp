@@ -1,0 +1,122 @@
+#include "commands/DoctorCommand.h"
+
+#include "ExitCode.h"
+#include "com/ComApartment.h"
+#include "doctor/Bounded.h"
+#include "doctor/DoctorReport.h"
+#include "doctor/FirewallFacts.h"
+#include "doctor/FirewallRuleVerdicts.h"
+#include "doctor/InstallationFacts.h"
+#include "doctor/SupervisorFacts.h"
+#include "doctor/WmiFacts.h"
+
+#include <windows.h>
+
+#include <chrono>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+namespace {
+
+constexpr std::chrono::seconds kWmiPatience(30);
+constexpr std::chrono::seconds kFirewallPatience(30);
+
+struct Options {
+    bool json = false;
+    bool prune = false;
+};
+
+FirewallRulesFacts RulesOrTimeout()
+{
+    const auto facts = Bounded<FirewallRulesFacts>(kFirewallPatience, [] {
+        const system::com::v1::ComApartment apartment;
+        return GatherFirewallRules();
+    });
+    FirewallRulesFacts timeout;
+    timeout.result = HRESULT_FROM_WIN32(ERROR_TIMEOUT);
+    return facts.value_or(timeout);
+}
+
+DoctorFacts Gather()
+{
+    DoctorFacts facts;
+    facts.version = DM_VERSION;
+    facts.installation = GatherInstallationFacts();
+    facts.proxy = GatherProxyFacts();
+    facts.supervisor = GatherSupervisorFacts();
+    facts.firewallService = GatherFirewallServiceFacts();
+    facts.firewallRules = RulesOrTimeout();
+    facts.wmi = Bounded<WmiFacts>(kWmiPatience, [] {
+                    const system::com::v1::ComApartment apartment;
+                    return GatherWmiFacts();
+                }).value_or(WmiFacts());
+    facts.crashDialogs = GatherCrashDialogFacts();
+    return facts;
+}
+
+// @param failed  set when one could not be removed
+std::vector<std::string> Prune(const std::vector<FirewallRuleFacts>& rules, bool& failed)
+{
+    const system::com::v1::ComApartment apartment;
+    std::vector<std::string> removed;
+    for (const std::string& name : DeadRules(rules)) {
+        const long result = RemoveFirewallRule(name);
+        if (result < 0) {
+            failed = true;
+            std::cerr << "daemonctl: rule \"" << name
+                      << "\" could not be removed: " << ResultText(result) << std::endl;
+        } else {
+            removed.push_back(name);
+        }
+    }
+    return removed;
+}
+
+int Doctor(const Options& options)
+{
+    const DoctorFacts facts = Gather();
+    const std::vector<Finding> findings = Judge(facts);
+    int exitCode = ExitCodeOf(findings);
+    if (!options.json) {
+        std::cout << DoctorText(findings) << std::flush;
+    }
+    std::vector<std::string> removed;
+    if (options.prune) {
+        bool failed = false;
+        removed = Prune(facts.firewallRules.rules, failed);
+        exitCode = failed ? static_cast<int>(kRefused) : exitCode;
+    }
+    if (options.json) {
+        std::cout << DoctorJson(findings, facts.version, removed);
+    } else {
+        for (const std::string& name : removed) {
+            std::cout << "removed \"" << name << "\"\n";
+        }
+    }
+    return exitCode;
+}
+
+} // namespace
+
+void AddDoctorCommand(CLI::App& app, int& exitCode)
+{
+    const auto options = std::make_shared<Options>();
+    CLI::App* const command = app.add_subcommand(
+        "doctor", "Check all that the supervisor needs, and say how to mend what is wrong");
+    command->add_flag("--json", options->json, "One JSON object");
+    command->add_flag("--prune", options->prune,
+                      "Remove firewall rules of programs that are gone, after showing them");
+    command->footer("Examples:\n"
+                    "  daemonctl doctor\n"
+                    "  daemonctl doctor --prune\n"
+                    "  daemonctl doctor --json\n"
+                    "Exit code: the worst found. 0 all is well, 1 warnings, 3 no supervisor is\n"
+                    "running or its proxy/stub is not registered, 4 another failure. Without\n"
+                    "--prune nothing is changed.");
+    command->callback([&exitCode, options] { exitCode = Doctor(*options); });
+}
+
+} // namespace vqrx::client::v0

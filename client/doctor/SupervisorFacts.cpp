@@ -1,0 +1,93 @@
+#include "doctor/SupervisorFacts.h"
+
+#include "IDaemonMgrControl.h"
+#include "Utf8.h"
+#include "com/ComApartment.h"
+#include "daemon_manager/SupervisorClient.h"
+#include "doctor/Bounded.h"
+#include "process/ImageVersion.h"
+
+#include <windows.h>
+
+#include <array>
+#include <chrono>
+#include <string>
+
+namespace vqrx::client::v0 {
+namespace {
+
+constexpr std::chrono::seconds kPatience(10);
+constexpr std::uint32_t kIdNeverGivenOut = 0xFFFFFFFF;
+
+std::wstring GuidText(const GUID& id)
+{
+    std::array<wchar_t, 40> text{};
+    StringFromGUID2(id, text.data(), static_cast<int>(text.size()));
+    return text.data();
+}
+
+std::uint32_t ReadDefaultValue(const std::wstring& key, std::wstring& value)
+{
+    std::array<wchar_t, 1024> text{};
+    auto size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+    const LSTATUS result = RegGetValueW(HKEY_CLASSES_ROOT, key.c_str(), nullptr, RRF_RT_REG_SZ,
+                                        nullptr, text.data(), &size);
+    value = text.data();
+    return static_cast<std::uint32_t>(result);
+}
+
+SupervisorFacts Ask()
+{
+    using Answer = SupervisorFacts::Answer;
+    SupervisorFacts facts;
+    try {
+        const system::com::v1::ComApartment apartment;
+        daemon_manager::SupervisorClient supervisor;
+        supervisor.Detach(kIdNeverGivenOut);
+        facts.answer = Answer::answers;
+    } catch (const daemon_manager::SupervisorNotRunning&) {
+        facts.answer = Answer::notRunning;
+    } catch (const daemon_manager::ProxyNotRegistered&) {
+        facts.answer = Answer::proxyNotRegistered;
+    } catch (const std::exception& exception) {
+        facts.answer = Answer::failed;
+        facts.detail = exception.what();
+    }
+    return facts;
+}
+
+} // namespace
+
+ProxyFacts GatherProxyFacts()
+{
+    ProxyFacts facts;
+    std::wstring classId;
+    facts.interfaceError = ReadDefaultValue(
+        L"Interface\\" + GuidText(IID_IDaemonMgrControl) + L"\\ProxyStubClsid32", classId);
+    if (facts.interfaceError != 0) {
+        return facts;
+    }
+    std::wstring library;
+    facts.libraryError = ReadDefaultValue(L"CLSID\\" + classId + L"\\InprocServer32", library);
+    if (facts.libraryError != 0) {
+        return facts;
+    }
+    facts.library.path = Utf8(library);
+    facts.libraryThere = GetFileAttributesW(library.c_str()) != INVALID_FILE_ATTRIBUTES;
+    facts.library.version = VersionOfImage(library);
+    return facts;
+}
+
+SupervisorFacts GatherSupervisorFacts()
+{
+    SupervisorFacts facts;
+    if (const auto answer = Bounded<SupervisorFacts>(kPatience, Ask)) {
+        facts = *answer;
+    } else {
+        facts.answer = SupervisorFacts::Answer::silent;
+    }
+    facts.processes = ProcessesOfImage(L"DaemonManager.exe");
+    return facts;
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,51 @@
+#include "process/ImageVersion.h"
+
+#include "Utf8.h"
+#include "process/ProcessFacts.h"
+#include "win32/UniqueHandle.h"
+
+#include <windows.h>
+
+#include <tlhelp32.h>
+
+#include <cstddef>
+
+namespace vqrx::client::v0 {
+
+using system::win32::v1::UniqueKernelHandle;
+
+std::string VersionOfImage(const std::wstring& path)
+{
+    DWORD ignored = 0;
+    const DWORD size = GetFileVersionInfoSizeW(path.c_str(), &ignored);
+    std::vector<std::byte> block(size);
+    VS_FIXEDFILEINFO* info = nullptr;
+    UINT length = 0;
+    if (size == 0 || GetFileVersionInfoW(path.c_str(), 0, size, block.data()) == FALSE ||
+        VerQueryValueW(block.data(), L"\\", reinterpret_cast<void**>(&info), &length) == FALSE ||
+        length < sizeof *info) {
+        return {};
+    }
+    return std::to_string(HIWORD(info->dwProductVersionMS)) + "." +
+           std::to_string(LOWORD(info->dwProductVersionMS)) + "." +
+           std::to_string(HIWORD(info->dwProductVersionLS));
+}
+
+std::vector<ImageFacts> ProcessesOfImage(const std::wstring& fileName)
+{
+    std::vector<ImageFacts> found;
+    const UniqueKernelHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = snapshot ? Process32FirstW(snapshot.Get(), &entry) : FALSE; more != FALSE;
+         more = Process32NextW(snapshot.Get(), &entry)) {
+        if (lstrcmpiW(entry.szExeFile, fileName.c_str()) == 0) {
+            const ProcessFacts process = ReadProcessFacts(entry.th32ProcessID);
+            found.push_back(
+                {entry.th32ProcessID, process.image, VersionOfImage(Wide(process.image))});
+        }
+    }
+    return found;
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,115 @@
+#include "process/ProcessFacts.h"
+
+#include "Utf8.h"
+#include "win32/UniqueHandle.h"
+
+#include <windows.h>
+
+#include <psapi.h>
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+namespace vqrx::client::v0 {
+namespace {
+
+using system::win32::v1::UniqueKernelHandle;
+using system::win32::v1::UniqueServiceHandle;
+
+constexpr std::int64_t kTicksPerMs = 10000;                // a FILETIME counts 100 ns
+constexpr std::int64_t kMsFrom1601To1970 = 11644473600000; // its zero is the year 1601
+
+std::int64_t Ticks(const FILETIME& time)
+{
+    return static_cast<std::int64_t>((static_cast<std::uint64_t>(time.dwHighDateTime) << 32U) |
+                                     time.dwLowDateTime);
+}
+
+std::wstring ImageOf(HANDLE process)
+{
+    std::wstring path(32768, L'\0');
+    auto size = static_cast<DWORD>(path.size());
+    if (QueryFullProcessImageNameW(process, 0, path.data(), &size) == FALSE) {
+        return {};
+    }
+    path.resize(size);
+    return path;
+}
+
+struct FileIdentity {
+    DWORD volume = 0;
+    std::uint64_t index = 0;
+    bool operator==(const FileIdentity&) const = default;
+};
+
+std::optional<FileIdentity> IdentityOf(const std::string& path)
+{
+    const UniqueKernelHandle file(
+        CreateFileW(Wide(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    BY_HANDLE_FILE_INFORMATION information{};
+    if (!file || GetFileInformationByHandle(file.Get(), &information) == FALSE) {
+        return std::nullopt;
+    }
+    return FileIdentity{information.dwVolumeSerialNumber,
+                        (static_cast<std::uint64_t>(information.nFileIndexHigh) << 32U) |
+                            information.nFileIndexLow};
+}
+
+} // namespace
+
+ProcessFacts ReadProcessFacts(std::uint32_t processId)
+{
+    ProcessFacts facts;
+    facts.processId = processId;
+    const UniqueKernelHandle process(
+        OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION | SYNCHRONIZE, FALSE, processId));
+    if (!process) {
+        const DWORD error = GetLastError();
+        facts.state =
+            error == ERROR_ACCESS_DENIED ? ProcessFacts::State::hidden : ProcessFacts::State::gone;
+        return facts;
+    }
+    if (WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0) { // somebody still holds it open
+        return facts;
+    }
+    facts.state = ProcessFacts::State::running;
+    facts.image = Utf8(ImageOf(process.Get()));
+    FILETIME created{};
+    FILETIME ended{};
+    FILETIME kernel{};
+    FILETIME user{};
+    if (GetProcessTimes(process.Get(), &created, &ended, &kernel, &user) != FALSE) {
+        facts.createdMs = Ticks(created) / kTicksPerMs - kMsFrom1601To1970;
+        facts.cpuMs = (Ticks(kernel) + Ticks(user)) / kTicksPerMs;
+    }
+    PROCESS_MEMORY_COUNTERS memory{};
+    if (GetProcessMemoryInfo(process.Get(), &memory, sizeof memory) != FALSE) {
+        facts.memoryBytes = memory.WorkingSetSize;
+    }
+    return facts;
+}
+
+bool IsSameFile(const std::string& left, const std::string& right)
+{
+    const std::optional<FileIdentity> identity = IdentityOf(left);
+    return identity && identity == IdentityOf(right);
+}
+
+std::string CommandOfService(const std::string& name)
+{
+    constexpr DWORD bufferSize = 8192; // the most that the call ever needs, says its reference
+    const UniqueServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
+    const UniqueServiceHandle service(
+        manager ? OpenServiceW(manager.Get(), Wide(name).c_str(), SERVICE_QUERY_CONFIG) : nullptr);
+    std::vector<std::byte> buffer(bufferSize);
+    auto* const config = reinterpret_cast<QUERY_SERVICE_CONFIGW*>(buffer.data());
+    DWORD needed = 0;
+    if (!service || QueryServiceConfigW(service.Get(), config, bufferSize, &needed) == FALSE) {
+        return {};
+    }
+    return Utf8(config->lpBinaryPathName);
+}
+
+} // namespace vqrx::client::v0

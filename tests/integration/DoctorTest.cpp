@@ -1,0 +1,170 @@
+#include "ChildProcess.h"
+#include "Daemonctl.h"
+#include "PrefixClass.h"
+#include "StandInFirewall.h"
+#include "SupervisorProcess.h"
+#include "TestService.h"
+
+#include <windows.h>
+
+#include <nlohmann/json.hpp>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+#include <string>
+
+namespace vqrx::test {
+namespace {
+
+using Json = nlohmann::json;
+
+// Settings that keep crashed programs from lingering; made for a test and taken back.
+class QuietCrashes {
+public:
+    QuietCrashes()
+    {
+        DWORD size = sizeof oldMode_;
+        hadMode_ = RegGetValueA(HKEY_LOCAL_MACHINE, kWindows, "ErrorMode", RRF_RT_REG_DWORD,
+                                nullptr, &oldMode_, &size) == ERROR_SUCCESS;
+        Set(kReporting, "DontShowUI", 1);
+        Set(kWindows, "ErrorMode", 2);
+    }
+    QuietCrashes(const QuietCrashes&) = delete;
+    QuietCrashes& operator=(const QuietCrashes&) = delete;
+    ~QuietCrashes()
+    {
+        RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kReporting, "DontShowUI");
+        if (hadMode_) {
+            Set(kWindows, "ErrorMode", oldMode_);
+        } else {
+            RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kWindows, "ErrorMode");
+        }
+    }
+
+private:
+    static constexpr const char* kReporting =
+        R"(SOFTWARE\Microsoft\Windows\Windows Error Reporting)";
+    static constexpr const char* kWindows = R"(SYSTEM\CurrentControlSet\Control\Windows)";
+
+    static void Set(const char* key, const char* value, DWORD number)
+    {
+        RegSetKeyValueA(HKEY_LOCAL_MACHINE, key, value, REG_DWORD, &number, sizeof number);
+    }
+
+    DWORD oldMode_ = 0;
+    bool hadMode_ = false;
+};
+
+std::map<std::string, std::string> Verdicts(const Answer& answer)
+{
+    std::map<std::string, std::string> verdicts;
+    const Json report = Json::parse(answer.output);
+    for (const Json& check : report.at("checks")) {
+        verdicts[check.at("check")] = check.at("verdict");
+    }
+    return verdicts;
+}
+
+TEST(Doctor, finds_a_bare_machine_in_want_of_everything)
+{
+    const FirmwareRegistry registry;
+    const Answer answer = Daemonctl("doctor --json");
+    EXPECT_EQ(answer.exitCode, 4U);
+    EXPECT_EQ(answer.error, "");
+    const Json report = Json::parse(answer.output);
+    EXPECT_EQ(report.at("version"), "1.0.0");
+    EXPECT_EQ(report.at("worst"), "failure");
+    auto verdicts = Verdicts(answer);
+    for (const char* check : {"registry", "app-folder", "log-folder", "proxy", "supervisor"}) {
+        EXPECT_EQ(verdicts[check], "failure") << check;
+    }
+    EXPECT_EQ(verdicts["firewall-service"], "warning");
+}
+
+TEST(Doctor, finds_a_healthy_machine_healthy_and_changes_nothing)
+{
+    const PrefixStandIns standIns(PrefixStandIns::Wmi::standIn);
+    const QuietCrashes quiet;
+    TestService firewall("MpsSvc");
+    firewall.Start();
+    SupervisorProcess supervisor;
+    ASSERT_TRUE(supervisor.WaitForLog(2, "Deamon Thread started"));
+    const auto before = supervisor.Log().size();
+    const Answer answer = Daemonctl("doctor");
+    EXPECT_EQ(answer.exitCode, 0U) << answer;
+    EXPECT_EQ(answer.error, "");
+    EXPECT_NE(answer.output.find("\n11 ok, 0 warnings, 0 failures\n"), std::string::npos) << answer;
+    EXPECT_NE(answer.output.find("supervisor        published and answering (process " +
+                                 std::to_string(supervisor.Process().Pid()) + ", version 1.0.0)"),
+              std::string::npos)
+        << answer;
+    EXPECT_EQ(supervisor.Log().size(), before);
+}
+
+TEST(Doctor, ends_with_3_when_only_the_supervisor_is_missing)
+{
+    const PrefixStandIns standIns(PrefixStandIns::Wmi::standIn);
+    const QuietCrashes quiet;
+    TestService firewall("MpsSvc");
+    firewall.Start();
+    SupervisorProcess supervisor;
+    EXPECT_EQ(supervisor.Exit(), 0U);
+    const Answer answer = Daemonctl("doctor");
+    EXPECT_EQ(answer.exitCode, 3U) << answer;
+    EXPECT_NE(answer.output.find("failure  supervisor        no supervisor is running on this "
+                                 "machine\n"),
+              std::string::npos)
+        << answer;
+}
+
+TEST(Doctor, tells_a_supervisor_that_waits_for_the_firewall_service)
+{
+    const TestService firewall("MpsSvc"); // not started
+    const TempFolder root;
+    std::filesystem::create_directory(root.Path() / "App");
+    FirmwareRegistry registry;
+    registry.SetPathname(FirmwareRegistry::current, root.Path().string());
+    const CapturedProgram supervisor(ProductProgram("DaemonManager.exe"));
+    ASSERT_TRUE(WaitUntil(
+        [&] { return supervisor.Error().find("Firewall: Waiting 1 s") != std::string::npos; }));
+    const Answer answer = Daemonctl("doctor");
+    EXPECT_EQ(answer.exitCode, 4U);
+    EXPECT_NE(answer.output.find("failure  firewall-service  MpsSvc is enabled, but not running "
+                                 "(state 1)"),
+              std::string::npos)
+        << answer;
+    EXPECT_NE(answer.output.find("DaemonManager.exe runs (process " +
+                                 std::to_string(supervisor.Pid()) +
+                                 ", version 1.0.0) but is not published"),
+              std::string::npos)
+        << answer;
+}
+
+TEST(Doctor, shows_dead_rules_and_removes_them_only_when_told_to)
+{
+    const PrefixStandIns standIns(PrefixStandIns::Wmi::standIn);
+    const std::string own = TestProgram("quits");
+    const std::wstring wideOwn(own.begin(), own.end());
+    StoreFirewallRule(L"allowing " + wideOwn, {wideOwn});
+    StoreFirewallRule(L"allowing C:\\gone.exe", {L"C:\\gone.exe"});
+    StoreFirewallRule(L"allowing C:\\other.exe", {L"C:\\not the same.exe"});
+    const std::string shown = "gone: \"allowing C:\\gone.exe\"\n";
+    Answer answer = Daemonctl("doctor");
+    EXPECT_NE(answer.output.find(shown), std::string::npos) << answer;
+    EXPECT_EQ(StoredFirewallRules().size(), 3U);
+    answer = Daemonctl("doctor --prune");
+    const std::string removed = "\nremoved \"allowing C:\\gone.exe\"\n";
+    ASSERT_NE(answer.output.find(removed), std::string::npos) << answer;
+    EXPECT_LT(answer.output.find(shown), answer.output.find(removed)) << answer;
+    EXPECT_EQ(StoredFirewallRules().size(), 2U);
+    EXPECT_EQ(StoredFirewallRules().count(L"allowing C:\\gone.exe"), 0U);
+    EXPECT_EQ(Daemonctl("doctor --prune").output.find("removed"), std::string::npos);
+    StoreFirewallRule(L"allowing C:\\gone.exe", {L"C:\\gone.exe"});
+    answer = Daemonctl("doctor --prune --json");
+    EXPECT_EQ(Json::parse(answer.output).at("removed_rules"), Json({"allowing C:\\gone.exe"}));
+}
+
+} // namespace
+} // namespace vqrx::test

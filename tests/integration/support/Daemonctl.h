@@ -1,0 +1,24 @@
+#pragma once
+
+#include <windows.h>
+
+#include <ostream>
+#include <string>
+
+namespace vqrx::test {
+
+/// What daemonctl said, and what it ended with.
+struct Answer {
+    DWORD exitCode;
+    std::string output;
+    std::string error;
+
+    bool operator==(const Answer&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Answer& answer);
+
+/// Runs daemonctl.exe to its end. @param arguments  as on a command line, UTF-8
+Answer Daemonctl(const std::string& arguments);
+
+} // namespace vqrx::test
