@@ -9,8 +9,7 @@ namespace vqrx::encoding::utf::v1 {
 class Text;
 
 /// What the converters raise.
-using TextError =
-    cpp_utils::exception_utils::v1::ExceptionTemplate<Text,
-                                                      cpp_utils::exception_utils::v1::VantoroException>;
+using TextError = cpp_utils::exception_utils::v1::ExceptionTemplate<
+    Text, cpp_utils::exception_utils::v1::VantoroException>;
 
 } // namespace vqrx::encoding::utf::v1

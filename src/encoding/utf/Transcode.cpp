@@ -47,8 +47,8 @@ TextEmitter* CreateEmitter(int encoding)
     }
 }
 
-// The classes are of one size and have nothing to destroy, but deleting one through a base without a
-// virtual destructor is undefined: it is deleted as what it is.
+// The classes are of one size and have nothing to destroy, but deleting one through a base without
+// a virtual destructor is undefined: it is deleted as what it is.
 void DeleteParser(TextParser* parser) noexcept
 {
     if (auto* const utf8 = dynamic_cast<TextParserUTF8*>(parser)) {

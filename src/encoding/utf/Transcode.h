@@ -28,8 +28,8 @@ struct EncodedText {
     std::vector<std::uint8_t> bytes;
 };
 
-/// Converts strictly. A code point that is zero, above 0x10FFFF or a surrogate raises "invalid Unicode
-/// codepoint": text with a NUL character cannot be converted, on purpose.
+/// Converts strictly. A code point that is zero, above 0x10FFFF or a surrogate raises "invalid
+/// Unicode codepoint": text with a NUL character cannot be converted, on purpose.
 /// @throws TextError for malformed input and for unknown encodings
 EncodedText Transcode(const std::uint8_t* data, std::size_t length, int from, int to);
 

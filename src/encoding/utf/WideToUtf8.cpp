@@ -65,8 +65,8 @@ std::string WideToUtf8(const std::wstring& s)
         } else if (IsHighSurrogate(c) && unit + 1 != end &&
                    IsLowSurrogate(static_cast<std::uint32_t>(unit[1]) & 0xFFFF)) {
             ++unit;
-            out = Put(out, 0x10000 + ((c & 0x3FF) << 10) +
-                               (static_cast<std::uint32_t>(*unit) & 0x3FF));
+            out = Put(out,
+                      0x10000 + ((c & 0x3FF) << 10) + (static_cast<std::uint32_t>(*unit) & 0x3FF));
         } else if (c == 0 || (c & 0xF800) == 0xD800) {
             RaiseError(s);
         } else {

@@ -68,7 +68,8 @@ void ForEachEntry(const File& dir, const EntryCallback& callback)
     const UniqueFindHandle search(FindFirstFileA((dir.Path() + "\\*").c_str(), &first));
     if (!search) {
         const DWORD error = GetLastError();
-        // Windows says "path" where the folder itself is missing, "file" where nothing matches in it.
+        // Windows says "path" where the folder itself is missing, "file" where nothing matches in
+        // it.
         if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
             return;
         }

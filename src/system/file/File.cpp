@@ -6,7 +6,8 @@
 
 namespace vqrx::system::file::v2 {
 
-File::File(const std::string& path) : components_(NormalisedComponents(path))
+File::File(const std::string& path)
+    : components_(NormalisedComponents(path))
 {
     if (components_.empty()) {
         throw FileError("invalid path [" + path + "]");
@@ -15,7 +16,8 @@ File::File(const std::string& path) : components_(NormalisedComponents(path))
 }
 
 File::File(std::vector<std::string> components)
-    : components_(std::move(components)), path_(JoinComponents(components_))
+    : components_(std::move(components))
+    , path_(JoinComponents(components_))
 {
 }
 

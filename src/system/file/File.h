@@ -9,8 +9,8 @@
 
 namespace vqrx::system::file::v2 {
 
-/// A path in the Windows file system, normalised. Narrow text, in the ANSI code page for the system's
-/// functions.
+/// A path in the Windows file system, normalised. Narrow text, in the ANSI code page for the
+/// system's functions.
 class File {
 public:
     /// @throws FileError "invalid path [...]" when nothing is left after normalising
@@ -32,11 +32,10 @@ private:
     std::string path_;
 };
 
-/// What the file operations raise, with the system's error number in the text. A failure in the middle
-/// of a tree leaves what was done so far.
-using FileError =
-    cpp_utils::exception_utils::v1::ExceptionTemplate<File,
-                                                      cpp_utils::exception_utils::v1::VantoroException>;
+/// What the file operations raise, with the system's error number in the text. A failure in the
+/// middle of a tree leaves what was done so far.
+using FileError = cpp_utils::exception_utils::v1::ExceptionTemplate<
+    File, cpp_utils::exception_utils::v1::VantoroException>;
 
 /// Called for each entry of a folder.
 using EntryCallback = std::function<void(File entry, bool isDirectory)>;

@@ -101,7 +101,8 @@ void CopyTo(const File& source, const std::string& destinationDir)
         return;
     }
     CreateDirectories(target);
-    EnumerateDirectory(source, [&target](const File& entry, bool) { CopyTo(entry, target.Path()); });
+    EnumerateDirectory(source,
+                       [&target](const File& entry, bool) { CopyTo(entry, target.Path()); });
 }
 
 } // namespace vqrx::system::file::v2
