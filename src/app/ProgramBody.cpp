@@ -1,11 +1,11 @@
 #include "ProgramBody.h"
 
+#include "BoundedApartment.h"
 #include "ConsoleControl.h"
 #include "FirmwareRoot.h"
 #include "ManagerReference.h"
 #include "RotRegistration.h"
 #include "WorkingDirectory.h"
-#include "com/ComApartment.h"
 #include "log_perf/ConsoleSink.h"
 #include "log_perf/LibLogPerf.h"
 #include "log_perf/LogFileSink.h"
@@ -25,7 +25,6 @@ namespace {
 using log::log_perf::v2::ConsoleSink;
 using log::log_perf::v2::LibLogPerf;
 using log::log_perf::v2::LogFileSink;
-using system::com::v1::ComApartment;
 
 constexpr int kLogThreshold = 3;
 constexpr std::uint32_t kLogSizeLimit = 0x100000; // bytes
@@ -77,7 +76,7 @@ void Supervise()
     logger.AddSink(&consoleSink);
     AddLogFile(fileSink, logger);
 
-    const ComApartment apartment;
+    const BoundedApartment apartment;
     SetConsoleTitleA("DaemonManager");
     MakeMessageQueue();
     const ManagerReference manager(GetCurrentThreadId(), kCheckInterval, &logger);
