@@ -8,8 +8,9 @@
 #include <oleauto.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdio>
-#include <utility>
+#include <new>
 
 namespace daemon_manager {
 namespace {
@@ -113,7 +114,7 @@ SupervisorClient::SupervisorClient()
 {
     const Owned<IUnknown> object = FindObject();
     void* control = nullptr;
-    const HRESULT hr = object->QueryInterface(IID_IDaemonMgrControl, &control);
+    const HRESULT hr = object->QueryInterface(__uuidof(IDaemonMgrControl), &control);
     if (hr == E_NOINTERFACE) {
         throw ProxyNotRegistered("the supervisor runs, but DaemonMgrPS.dll is not registered", hr);
     }

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "daemon_manager/SupervisorClient.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+
+namespace daemon_manager {
+
+/// Joins the calling thread to COM's multithreaded apartment for as long as this lives. Declare it
+/// before the SupervisorClient, so that it goes after it, on the same thread.
+class ComApartment {
+public:
+    /// @throws SupervisorError  when the thread is in a single-threaded apartment already (its
+    /// owner
+    ///         has initialised COM: then this class is not needed) or COM refuses
+    ComApartment()
+    {
+        const HRESULT hr = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+        if (FAILED(hr)) {
+            throw SupervisorError("COM cannot be initialised", hr);
+        }
+    }
+    ComApartment(const ComApartment&) = delete;
+    ComApartment& operator=(const ComApartment&) = delete;
+    ~ComApartment() { CoUninitialize(); }
+};
+
+} // namespace daemon_manager
