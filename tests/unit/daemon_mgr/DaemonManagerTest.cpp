@@ -272,6 +272,43 @@ TEST_F(Manager, stop_ends_the_process_and_it_stays_ended)
                                                   TestProgram("no_windows") + " " + ready.Name())));
 }
 
+TEST_F(Manager, launch_that_runs_out_of_memory_registers_nothing_and_uses_no_id)
+{
+    Make(kNoPasses);
+    const UniqueBstr path(L"C:\\a folder with a long name\\a.exe");
+    Arguments arguments({"the first argument, too long for a string's own buffer", "second"});
+    DWORD expected = 0;
+    std::size_t failures = 0;
+    bool happened = true;
+    for (std::size_t succeeding = 0; happened; ++succeeding) {
+        DWORD daemonId = 9;
+        HRESULT hr = S_OK;
+        {
+            const AllocationFault fault(succeeding);
+            hr = manager_->Launch(path.Get(), arguments.Put(), &daemonId);
+            happened = fault.Happened();
+        }
+        if (hr != S_OK) {
+            EXPECT_EQ(E_OUTOFMEMORY, hr) << succeeding;
+            EXPECT_EQ(kNoId, daemonId) << succeeding;
+            ++failures;
+            // The array that was being read is gone, as for every failure behind its lock.
+            if (arguments.Get() == nullptr) {
+                *arguments.Put() = Arguments({"the first argument, too long for a string's own "
+                                              "buffer",
+                                              "second"})
+                                       .Release();
+            }
+        } else { // what failed was a line of the log
+            EXPECT_EQ(expected, daemonId) << succeeding;
+            EXPECT_EQ(S_OK, manager_->Stop(daemonId)) << succeeding;
+            ++expected;
+        }
+        ASSERT_GT(100U, succeeding);
+    }
+    EXPECT_LT(3U, failures);
+}
+
 TEST_F(Manager, stop_that_runs_out_of_memory_leaves_the_daemon_running_and_registered)
 {
     Make();

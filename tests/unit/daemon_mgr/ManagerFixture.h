@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vqrx::test {
@@ -34,6 +35,7 @@ public:
     ~Arguments() { SafeArrayDestroy(array_); }
     SAFEARRAY** Put() { return &array_; }
     SAFEARRAY* Get() const { return array_; }
+    SAFEARRAY* Release() { return std::exchange(array_, nullptr); }
 
 private:
     SAFEARRAY* array_;
