@@ -7,6 +7,9 @@
 
 int main(int argc, char** argv)
 {
+    // Nothing else writes to standard error; coupled to the C library's unbuffered stream, every
+    // character would be a call to the console of its own.
+    std::ios::sync_with_stdio(false);
     try {
         const std::vector<std::string> arguments(argv, argv + argc); // there are no options
         return vqrx::app::v0::RunProgram();

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <iostream>
+#include <string>
 
 #include <windows.h>
 
@@ -54,7 +55,9 @@ void ConsoleSink::Write(int level, const Timestamp* timestamp, const char* text)
     // Not restored after the line: the next one sets its own, the destructor the last.
     SetColour(ColourOf(level));
     std::cerr.clear(); // a line that could not be written does not silence the later ones
-    std::cerr << DateText(*timestamp) << ' ' << text << std::endl;
+    // In one piece: the stream is flushed after every piece, and a console redraws for each.
+    const std::string line = DateText(*timestamp) + ' ' + text + '\n';
+    std::cerr << line << std::flush;
 }
 
 } // namespace vqrx::log::log_perf::v2

@@ -31,11 +31,15 @@ BOOL WINAPI NoteColour(HANDLE console, WORD attribute)
     return TRUE;
 }
 
-/// Shows on the screen what has been flushed, and no more.
+/// Shows on the screen what has been flushed, and no more; counts the flushes that had something.
 class FlushedText : public std::stringbuf {
+public:
+    int pieces = 0;
+
 protected:
     int sync() override
     {
+        pieces += str().empty() ? 0 : 1;
         *screen << str();
         str("");
         return 0;
@@ -133,6 +137,14 @@ TEST_F(Console, sets_the_colour_on_the_standard_output)
 {
     Write(2, "a");
     EXPECT_EQ(coloured, GetStdHandle(STD_OUTPUT_HANDLE));
+}
+
+TEST_F(Console, has_each_line_out_at_once_and_in_one_piece)
+{
+    Write(2, "a");
+    EXPECT_EQ(buffer_.pieces, 1);
+    Write(0, "b");
+    EXPECT_EQ(buffer_.pieces, 2);
 }
 
 TEST_F(Console, shows_levels_without_a_colour_of_their_own_in_grey)
