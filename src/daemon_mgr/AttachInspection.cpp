@@ -49,6 +49,8 @@ int QueryProcess(const WmiConnection& wmi, DWORD processId, ProcessInfo& record,
         return kFailure;
     }
     std::wostringstream query;
+    // A query cut short for want of memory would ask for other processes, or for all.
+    query.exceptions(std::ios::badbit);
     query << L"SELECT * FROM Win32_Process WHERE ProcessId=" << processId;
     const auto objects = ExecuteQuery(wmi.Services(), query.str());
     if (objects.empty()) {

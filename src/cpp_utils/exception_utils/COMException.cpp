@@ -12,6 +12,7 @@ const char* COMException::Describe() const
     const char* const registered = eu::FindErrorMessage(hr_);
     message_ = registered != nullptr ? registered : eu::HResultText(hr_);
     std::ostringstream stream;
+    stream.exceptions(std::ios::badbit); // out of memory is an error, not a shorter text
     stream << (registered != nullptr ? "Vantoro Error " : "COM Error ") << std::hex
            << static_cast<unsigned long>(hr_) << ": " << message_;
     text_ = stream.str();

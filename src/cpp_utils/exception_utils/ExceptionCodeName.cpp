@@ -44,6 +44,7 @@ std::string ExceptionCodeName(std::uint32_t code)
         }
     }
     std::ostringstream text;
+    text.exceptions(std::ios::badbit); // out of memory is an error, not a shorter text
     text << "Unknown (0x" << std::hex << code << ")";
     return text.str();
 }

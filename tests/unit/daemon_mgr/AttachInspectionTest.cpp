@@ -1,5 +1,6 @@
 #include "AttachInspection.h"
 
+#include "AllocationFault.h"
 #include "CapturingLogger.h"
 #include "ChildProcess.h"
 #include "ImportPatch.h"
@@ -7,6 +8,7 @@
 #include "TestService.h"
 #include "WmiQuery.h"
 #include "com/ComApartment.h"
+#include "exception_utils/AtlException.h"
 #include "exception_utils/COMException.h"
 #include "exception_utils/HResultText.h"
 
@@ -15,6 +17,7 @@
 #include <objbase.h>
 
 #include <memory>
+#include <new>
 #include <set>
 
 namespace vqrx::test {
@@ -409,6 +412,35 @@ TEST_F(Inspection, fails_for_a_command_line_that_does_not_split_with_the_path_se
     std::vector<std::string> arguments;
     EXPECT_EQ(1, QueryProcess(*wmi_, 5, record, arguments));
     EXPECT_EQ("C:\\a.exe", record.executablePath);
+}
+
+TEST_F(Inspection, never_asks_for_another_process_when_memory_runs_out)
+{
+    const StandInWmi standIn;
+    Answer(Text(L"C:\\a.exe"), Text(L"a.exe"));
+    Connect();
+    bool happened = true;
+    for (std::size_t succeeding = 0; happened; ++succeeding) {
+        ProcessInfo record;
+        std::vector<std::string> arguments;
+        TheWmiScript().lastQuery.clear();
+        {
+            const AllocationFault fault(succeeding);
+            try {
+                QueryProcess(*wmi_, 4294967295U, record, arguments);
+            } catch (const std::bad_alloc&) {
+                record.executablePath.clear();
+            } catch (const ATL::CAtlException&) {
+                record.executablePath.clear();
+            }
+            happened = fault.Happened();
+        }
+        const std::wstring asked = TheWmiScript().lastQuery;
+        EXPECT_TRUE(asked.empty() ||
+                    asked == L"SELECT * FROM Win32_Process WHERE ProcessId=4294967295")
+            << succeeding << ": " << std::string(asked.begin(), asked.end());
+        ASSERT_GT(100U, succeeding);
+    }
 }
 
 TEST_F(Inspection, leaves_no_object_behind)

@@ -1,6 +1,10 @@
 #include "ProcessInfo.h"
 
+#include "AllocationFault.h"
+
 #include <gtest/gtest.h>
+
+#include <new>
 
 #include <utility>
 
@@ -80,6 +84,31 @@ TEST(ProcessInfo, destroyed_closes_its_process_handle)
 TEST(ProcessInfo, describes_a_service_by_its_name_alone)
 {
     EXPECT_EQ("DaemonId(9) PId(7) : Svc", DaemonDescription(FilledRecord(nullptr)));
+}
+
+TEST(ProcessInfo, is_described_whole_or_not_at_all_when_memory_runs_out)
+{
+    ProcessInfo record;
+    record.daemonId = 3;
+    record.processId = 7;
+    record.executablePath = "C:\\a folder with a long name\\a.exe";
+    bool happened = true;
+    for (std::size_t succeeding = 0; happened; ++succeeding) {
+        std::string text;
+        bool raised = false;
+        {
+            const AllocationFault fault(succeeding);
+            try {
+                text = DaemonDescription(record);
+            } catch (const std::bad_alloc&) {
+                raised = true;
+            }
+            happened = fault.Happened();
+        }
+        EXPECT_EQ(happened, raised) << succeeding;
+        EXPECT_EQ(raised ? "" : "DaemonId(3) PId(7) : C:\\a folder with a long name\\a.exe ", text);
+        ASSERT_GT(100U, succeeding);
+    }
 }
 
 } // namespace vqrx::test

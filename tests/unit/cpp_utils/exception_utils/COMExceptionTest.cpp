@@ -1,5 +1,7 @@
 #include "exception_utils/COMException.h"
 
+#include "AllocationFault.h"
+#include "ImportPatch.h"
 #include "exception_utils/AtlException.h"
 #include "exception_utils/ExceptionTemplate.h"
 #include "exception_utils/HResultText.h"
@@ -7,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 
 namespace vqrx::test {
@@ -111,6 +114,58 @@ TEST(HResultText, of_a_code_without_a_text_says_so)
     EXPECT_TRUE(text == "Invalid error code" || text.find("a0001234") != std::string::npos ||
                 text.find("A0001234") != std::string::npos)
         << text;
+}
+
+namespace {
+
+DWORD bufferSize = 0;
+
+DWORD WINAPI KnowNoText(HRESULT, LPSTR, DWORD size)
+{
+    bufferSize = size;
+    return 0;
+}
+
+DWORD WINAPI KnowThreeLetters(HRESULT, LPSTR buffer, DWORD)
+{
+    std::memcpy(buffer, "abcdef", 6); // no zero behind it
+    return 3;
+}
+
+} // namespace
+
+TEST(COMException, of_a_code_that_nobody_knows_says_that_it_is_invalid)
+{
+    const ImportPatch patch("AMGetErrorTextA", KnowNoText);
+    const COMException exception(static_cast<HRESULT>(0xA0001234));
+    EXPECT_STREQ("COM Error a0001234: Invalid error code", exception.what());
+    EXPECT_STREQ("Invalid error code", exception.Describe());
+    EXPECT_EQ(160U, bufferSize);
+}
+
+TEST(HResultText, is_exactly_as_many_characters_as_the_system_says)
+{
+    const ImportPatch patch("AMGetErrorTextA", KnowThreeLetters);
+    EXPECT_EQ("abc", HResultText(E_FAIL));
+}
+
+TEST(COMException, describes_itself_in_two_words_when_memory_runs_out)
+{
+    const COMException exception(kBoardNotFound);
+    std::size_t failures = 0;
+    bool happened = true;
+    for (std::size_t succeeding = 0; happened; ++succeeding) {
+        const char* what = nullptr;
+        {
+            const AllocationFault fault(succeeding);
+            what = exception.what();
+            happened = fault.Happened();
+        }
+        EXPECT_STREQ(happened ? "COM Error" : "Vantoro Error 80250022: SDI board not found", what);
+        failures += happened ? 1U : 0U;
+        ASSERT_GT(100U, succeeding);
+    }
+    EXPECT_LT(0U, failures);
 }
 
 TEST(CAtlException, carries_the_windows_error_as_a_result_code)
