@@ -1,13 +1,17 @@
-# dm_library(NAME [PORTABLE file...] [WINDOWS file...] [LINK target...])
+# dm_library(NAME [PORTABLE file...] [KERNEL file...] [WINDOWS file...] [LINK target...])
 #
 # One static library per source folder. Its own folder is its include root, and it sees only the
 # roots of what it links: a layer that includes upwards does not compile. PORTABLE sources include
-# no Windows header and are all that a native build compiles.
+# no Windows header. KERNEL sources need of Windows only locks, events, waits, threads and times: a
+# native build compiles them on the stand-in of tests/native_win32, for the sanitizers. WINDOWS
+# sources are compiled for Windows alone.
 function(dm_library name)
-    cmake_parse_arguments(ARG "" "" "PORTABLE;WINDOWS;LINK" ${ARGN})
-    set(sources ${ARG_PORTABLE})
+    cmake_parse_arguments(ARG "" "" "PORTABLE;KERNEL;WINDOWS;LINK" ${ARGN})
+    set(sources ${ARG_PORTABLE} ${ARG_KERNEL})
     if(WIN32)
         list(APPEND sources ${ARG_WINDOWS})
+    elseif(ARG_KERNEL)
+        list(APPEND ARG_LINK native_win32)
     endif()
     if(sources)
         add_library(${name} STATIC ${sources})
@@ -22,7 +26,7 @@ endfunction()
 
 # dm_unit_test(NAME [PORTABLE file...] [WINDOWS file...] LINK target... [LOCK resource...])
 #
-# One test program and one ctest entry for a source folder; under Wine a process start costs more
+# One test program and one ctest entry for a source folder; PORTABLE tests also run natively. Under Wine a process start costs more
 # than most cases. LOCK names what of the machine the cases share (rot, services, registry,
 # firewall: the service that a DaemonManager waits for).
 function(dm_unit_test name)

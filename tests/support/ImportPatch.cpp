@@ -37,8 +37,9 @@ void** FindImportSlot(const char* function)
     throw std::runtime_error(std::string("not imported by this program: ") + function);
 }
 
-void* Exchange(void** slot, void* value)
+void* Exchange(void* at, void* value)
 {
+    auto** const slot = static_cast<void**>(at);
     DWORD protection = 0;
     VirtualProtect(static_cast<void*>(slot), sizeof *slot, PAGE_READWRITE, &protection);
     void* const old = *slot;

@@ -6,7 +6,8 @@ namespace vqrx::test {
 
 /// Replaces one imported function of this test program for as long as it lives, to provoke faults
 /// that the host never produces. Works on the import table, so only calls made by the program's own
-/// code are diverted; calls within system libraries are not.
+/// code are diverted; calls within system libraries are not. In a native build the functions are
+/// those of tests/native_win32.
 /// Made and destroyed while no other thread calls the function.
 class ImportPatch {
 public:
@@ -31,7 +32,7 @@ public:
     }
 
 private:
-    void** slot_;
+    void* slot_;
     void* original_;
 };
 

@@ -2,12 +2,15 @@
 
 #include <windows.h>
 
-#include <climits>
-
 namespace vqrx::log::log_perf::v2 {
+namespace {
+
+constexpr LONG kMaxCount = 0x7FFFFFFF;
+
+} // namespace
 
 WorkerSignal::WorkerSignal() noexcept
-    : semaphore_(CreateSemaphoreA(nullptr, 0, LONG_MAX, nullptr))
+    : semaphore_(CreateSemaphoreA(nullptr, 0, kMaxCount, nullptr))
     , stopEvent_(CreateEventA(nullptr, FALSE, FALSE, nullptr))
 {
 }

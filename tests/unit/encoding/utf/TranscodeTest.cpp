@@ -110,24 +110,40 @@ TEST(Emitters, do_not_validate)
     EXPECT_EQ((Bytes{0x00, 0xD8, 0x00, 0xDC}), TextEmitterUTF16LE().Emit({0x10000}));
 }
 
-TEST(WideToUtf8, converts_every_length_of_character)
+TEST(WideToUtf8, of_an_empty_string_is_empty)
 {
     EXPECT_EQ("", WideToUtf8(L""));
-    EXPECT_EQ("\xC3\xA9", WideToUtf8(L"\u00E9"));
-    EXPECT_EQ("\xF0\x9F\x98\x80", WideToUtf8(std::wstring{wchar_t(0xD83D), wchar_t(0xDE00)}));
-    EXPECT_EQ("a\xE2\x82\xACz", WideToUtf8(L"a\u20ACz"));
 }
 
-TEST(WideToUtf8, rejects_what_is_not_allowed)
+TEST(WideToUtf8, converts_characters_of_two_three_and_four_bytes)
+{
+    EXPECT_EQ("\xC3\xA9", WideToUtf8(L"\u00E9"));
+    EXPECT_EQ("a\xE2\x82\xACz", WideToUtf8(L"a\u20ACz"));
+    EXPECT_EQ("\xF0\x9F\x98\x80", WideToUtf8(std::wstring{wchar_t(0xD83D), wchar_t(0xDE00)}));
+}
+
+TEST(WideToUtf8, raises_for_a_nul_character)
 {
     EXPECT_EQ("invalid Unicode codepoint", WideError(std::wstring(L"a\0b", 3)));
+}
+
+TEST(WideToUtf8, raises_for_a_low_surrogate_without_a_high_one)
+{
     EXPECT_EQ("invalid Unicode codepoint", WideError(std::wstring{wchar_t(0xDC00)}));
+}
+
+TEST(WideToUtf8, raises_for_a_high_surrogate_at_the_end)
+{
     EXPECT_EQ("Excpected Second Word sequence at end of input vector",
               WideError(std::wstring{wchar_t(0xD83D)}));
-    EXPECT_EQ("Excpected Second Word sequence",
-              WideError(std::wstring{wchar_t(0xD83D), wchar_t(0x41)}));
     EXPECT_EQ("Excpected Second Word sequence at end of input vector",
               WideError(std::wstring{wchar_t(0), wchar_t(0xD83D)}));
+}
+
+TEST(WideToUtf8, raises_for_a_high_surrogate_that_no_low_one_follows)
+{
+    EXPECT_EQ("Excpected Second Word sequence",
+              WideError(std::wstring{wchar_t(0xD83D), wchar_t(0x41)}));
 }
 
 // The one-pass conversion and the parser with the emitter agree on every text, errors included.

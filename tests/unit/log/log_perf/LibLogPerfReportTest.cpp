@@ -104,13 +104,17 @@ BOOL WINAPI SixtyPercentCommitted(MEMORYSTATUSEX* status)
 /// A machine whose figures are known, with reports that come without a second's wait.
 class LibLogPerfReport : public testing::Test {
 protected:
-    LibLogPerfReport()
-    {
-        systemBusyStep = 40000;
-        systemAsked = 0;
-        processTime = 0;
-    }
+    // Set back before the logger's worker asks for the first time.
+    struct Figures {
+        Figures()
+        {
+            systemBusyStep = 40000;
+            systemAsked = 0;
+            processTime = 0;
+        }
+    };
 
+    Figures figures;
     SimulatedTicks ticks{5000, SimulatedTicks::Mode::kRuns};
     ImportPatch systemTimes{"GetSystemTimes", &SystemTimesInSteps};
     ImportPatch processTimes{"GetProcessTimes", &ProcessTimesInSteps};

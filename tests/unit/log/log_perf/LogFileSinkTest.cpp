@@ -1,10 +1,9 @@
 #include "log_perf/LogFileSink.h"
 
 #include "CapturingSink.h"
-#include "TempFolder.h"
+#include "RingFileFixture.h"
 #include "log_perf/DateText.h"
 #include "log_perf/LibLogPerf.h"
-#include "win32/UniqueHandle.h"
 
 #include <gtest/gtest.h>
 
@@ -23,56 +22,6 @@ using log::log_perf::v2::DateText;
 using log::log_perf::v2::LibLogPerf;
 using log::log_perf::v2::LogFileSink;
 using log::log_perf::v2::Timestamp;
-
-constexpr std::int64_t kSeconds = 1795236736;
-
-Timestamp At(std::int64_t seconds, unsigned short milliseconds)
-{
-    Timestamp timestamp{};
-    timestamp.time = seconds;
-    timestamp.millitm = milliseconds;
-    return timestamp;
-}
-
-class RingFile : public ::testing::Test {
-protected:
-    RingFile()
-        : name_(folder_.File("DaemonManager.log"))
-    {
-    }
-
-    void Write(LogFileSink& sink, int level, const std::string& text)
-    {
-        const Timestamp timestamp = At(kSeconds, 7);
-        sink.Write(level, &timestamp, text.c_str());
-    }
-
-    std::string Bytes() const
-    {
-        std::ifstream file(name_, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    void Put(const std::string& bytes) const { std::ofstream(name_, std::ios::binary) << bytes; }
-
-    static std::string Line(int number, int level, const std::string& text)
-    {
-        return std::to_string(number) + ";" + DateText(At(kSeconds, 7)) + ";1795236736007;" +
-               std::to_string(level) + ";" + text + "\r\n";
-    }
-
-    std::vector<std::string> History(LogFileSink& sink)
-    {
-        std::vector<std::string> result;
-        for (const auto& [number, entry] : sink.GetEntries(0, -1)) {
-            result.push_back(std::to_string(number) + ":" + entry.text);
-        }
-        return result;
-    }
-
-    TempFolder folder_;
-    std::string name_;
-};
 
 using Texts = std::vector<std::string>;
 
@@ -293,39 +242,6 @@ TEST_F(RingFile, replaced_by_a_folder_is_tried_again_at_every_record)
     EXPECT_EQ(Line(0, 2, "c"), Bytes().substr(12));
 }
 
-TEST_F(RingFile, that_another_program_has_locked_is_tried_again_at_every_record)
-{
-    Put("0x00000000\r\n");
-    LogFileSink sink;
-    sink.SetFileName(name_);
-    {
-        const system::win32::v1::UniqueKernelHandle locked(CreateFileA(
-            name_.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
-        ASSERT_TRUE(locked);
-        Write(sink, 2, "a");
-        Write(sink, 2, "b");
-    }
-    EXPECT_EQ("0x00000000\r\n", Bytes());
-    Write(sink, 2, "c");
-    EXPECT_EQ(Line(0, 2, "c"), Bytes().substr(12));
-}
-
-TEST_F(RingFile, that_is_read_only_is_written_as_soon_as_it_may_be)
-{
-    Put("0x00000000\r\n");
-    SetFileAttributesA(name_.c_str(), FILE_ATTRIBUTE_READONLY);
-    const bool refused = !std::ofstream(name_, std::ios::app).is_open();
-    std::cout << (refused ? "the host refuses" : "the host, as root, does not refuse")
-              << " to write a read-only file\n";
-    LogFileSink sink;
-    sink.SetFileName(name_);
-    Write(sink, 2, "a");
-    EXPECT_EQ(refused ? "0x00000000\r\n" : "0x00000039\r\n" + Line(0, 2, "a"), Bytes());
-    SetFileAttributesA(name_.c_str(), FILE_ATTRIBUTE_NORMAL);
-    Write(sink, 2, "b");
-    EXPECT_EQ(refused ? Line(0, 2, "b") : Line(0, 2, "a") + Line(1, 2, "b"), Bytes().substr(12));
-}
-
 TEST_F(RingFile, whose_folder_is_missing_is_tried_again_at_every_record)
 {
     const std::string name = folder_.File("Logs") + "/DaemonManager.log";
@@ -360,7 +276,7 @@ TEST_F(RingFile, holds_the_newest_records_in_order_whatever_their_lengths_and_re
     std::mt19937 random(20261121);
     for (int round = 0; round < 30; ++round) {
         std::filesystem::remove(name_);
-        const auto limit = 100 + random() % 2000;
+        const auto limit = static_cast<std::uint32_t>(100 + random() % 2000);
         auto sink = std::make_unique<LogFileSink>();
         sink->SetFileName(name_);
         sink->SetSizeLimit(limit);

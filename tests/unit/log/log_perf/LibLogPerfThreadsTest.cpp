@@ -1,0 +1,132 @@
+// Every operation that any thread may call, all at once; the thread sanitizer watches in a native
+// build.
+#include "log_perf/LibLogPerf.h"
+
+#include "CapturingSink.h"
+#include "TempFolder.h"
+#include "log_perf/LogFileSink.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using log::log_perf::v2::IPerformanceObserver;
+using log::log_perf::v2::LibLogPerf;
+using log::log_perf::v2::LogFileSink;
+
+/// Does each thing on a thread of its own until every one has been done `rounds` times.
+void AllAtOnce(int rounds, const std::vector<std::function<void(int)>>& things)
+{
+    std::vector<std::thread> threads;
+    std::atomic<std::size_t> ready = 0;
+    threads.reserve(things.size());
+    for (const auto& thing : things) {
+        threads.emplace_back([&] {
+            for (++ready; ready < things.size();) {
+                std::this_thread::yield();
+            }
+            for (int round = 0; round < rounds; ++round) {
+                thing(round);
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+class CountingObserver : public IPerformanceObserver {
+public:
+    void OnPerformance(std::int32_t, std::int32_t, std::int32_t, std::int32_t) override
+    {
+        ++calls_;
+    }
+
+private:
+    int calls_ = 0; // the worker's alone
+};
+
+} // namespace
+
+TEST(LibLogPerfThreads, may_call_every_operation_at_the_same_time)
+{
+    std::array<CapturingSink, 8> sinks;
+    CapturingSink rows;
+    CountingObserver observer;
+    CapturingSink first;
+    {
+        LibLogPerf logger;
+        logger.AddSink(&first);
+        AllAtOnce(60,
+                  {
+                      [&](int round) { logger.Log(2, "a %d", round); },
+                      [&](int round) { logger.Log(1, "b %d", round); },
+                      [&](int round) { logger.AddSink(&sinks[static_cast<unsigned>(round) % 8]); },
+                      [&](int round) {
+                          logger.SetPerformanceSink(round % 2 == 0 ? &rows : nullptr);
+                          logger.SetPerformanceObserver(round % 2 == 0 ? nullptr : &observer);
+                      },
+                      [&](int round) {
+                          logger.RegisterPin(std::to_string(round % 5).c_str());
+                          logger.NotifyBufferFull(std::to_string(round % 7).c_str());
+                      },
+                      [&](int round) {
+                          logger.SetBufferFullSettings({1000, 1, 3, 0});
+                          logger.CheckBufferFullPeriod();
+                          logger.AddPoliticChoices(round);
+                      },
+                      [&](int) {
+                          logger.IncrementResync();
+                          logger.IncrementTsDiscontinuity();
+                          logger.IncrementDecodedPictures();
+                      },
+                  });
+    }
+    for (int round = 0; round < 60; ++round) {
+        EXPECT_EQ(1U, first.Count(2, "a " + std::to_string(round)));
+        EXPECT_EQ(1U, first.Count(1, "b " + std::to_string(round)));
+    }
+}
+
+TEST(LogFileSinkThreads, may_read_and_configure_while_the_logger_writes)
+{
+    const TempFolder folder;
+    LogFileSink sink;
+    sink.SetFileName(folder.File("a.log"));
+    LibLogPerf logger;
+    logger.AddSink(&sink);
+    logger.Log(2, "first");
+    while (sink.GetEntries(0, -1).empty()) {
+        std::this_thread::yield();
+    }
+    AllAtOnce(40, {
+                      [&](int round) { logger.Log(2, "message %d", round); },
+                      [&](int) {
+                          std::int64_t from = 0;
+                          std::int64_t to = 0;
+                          if (sink.GetRange(0, -1, from, to)) {
+                              EXPECT_LE(from, to);
+                          }
+                      },
+                      [&](int) {
+                          const auto entries = sink.GetEntries(0, -1);
+                          for (std::size_t index = 1; index < entries.size(); ++index) {
+                              EXPECT_LT(entries[index - 1].first, entries[index].first);
+                          }
+                      },
+                      [&](int round) {
+                          sink.SetSizeLimit(round % 2 == 0 ? 0 : 400);
+                          sink.SetThreshold(3);
+                      },
+                  });
+}
+
+} // namespace vqrx::test
