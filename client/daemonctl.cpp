@@ -29,6 +29,7 @@ int Run()
 
     const std::vector<std::string> arguments = ProtectDaemonArguments(Utf8Arguments());
     std::vector<const char*> pointers;
+    pointers.reserve(arguments.size());
     for (const std::string& argument : arguments) {
         pointers.push_back(argument.c_str());
     }

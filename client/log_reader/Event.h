@@ -42,8 +42,8 @@ struct Event {
     std::optional<std::uint32_t> processId;
     std::string command; ///< of a daemon's description: path and arguments with the trailing blank,
                          ///< or a service's name without one
-    std::string service;     ///< kEnded: the service's name, empty for an ordinary program
-    std::string reason;      ///< kEnded: the exit code in words
+    std::string service; ///< kEnded: the service's name, empty for an ordinary program
+    std::string reason;  ///< kEnded: the exit code in words
     std::uint32_t count = 0; ///< kStopped: the method, 0 to 2; kStillRegistered: how many
 
     bool operator==(const Event&) const = default;

@@ -48,7 +48,8 @@ std::string SystemText(HRESULT hr)
 std::string ErrorText(const char* what, HRESULT hr)
 {
     std::array<char, 32> code{};
-    std::snprintf(code.data(), code.size(), "0x%08lx", static_cast<unsigned long>(hr));
+    static_cast<void>(
+        std::snprintf(code.data(), code.size(), "0x%08lx", static_cast<unsigned long>(hr)));
     std::string text = std::string(what) + ": " + code.data();
     const std::string system = SystemText(hr);
     return system.empty() ? text : text + " (" + system + ")";

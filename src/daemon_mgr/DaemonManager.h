@@ -29,6 +29,7 @@ struct ManagerOptions {
 /// the thread that keeps them alive. Lives in the multithreaded apartment; its methods are called
 /// by any number of COM threads at once. Made with new, and deletes itself when the last reference
 /// goes.
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): the vtable's order is COM's
 class DaemonManager final : public IDaemonMgrControl {
 public:
     /// Waits for the firewall service, connects to WMI and starts supervision. The calling thread

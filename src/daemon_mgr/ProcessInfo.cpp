@@ -6,7 +6,9 @@
 
 namespace vqrx::system::daemon::daemon_mgr::v0 {
 
-ProcessInfo::ProcessInfo(ProcessInfo&& other) // NOLINT(performance-noexcept-move-constructor)
+// Copies all but the handles, as the table's users expect of a record that was taken.
+// NOLINTBEGIN(performance-noexcept-move-constructor,performance-move-constructor-init,cert-oop11-cpp)
+ProcessInfo::ProcessInfo(ProcessInfo&& other)
     : executablePath(other.executablePath)
     , arguments(other.arguments)
     , processId(other.processId)
@@ -15,6 +17,7 @@ ProcessInfo::ProcessInfo(ProcessInfo&& other) // NOLINT(performance-noexcept-mov
     , attached(other.attached)
     , restarts(other.restarts)
     , daemonId(other.daemonId)
+// NOLINTEND(performance-noexcept-move-constructor,performance-move-constructor-init,cert-oop11-cpp)
 {
     // Last, when nothing can fail any more.
     process = std::move(other.process);

@@ -9,7 +9,7 @@ namespace {
 using WindowSeen = std::function<void(HWND window, DWORD threadId)>;
 
 struct Search {
-    DWORD processId;
+    DWORD processId = 0;
     const WindowSeen& seen;
     bool outOfMemory = false;
 };

@@ -12,6 +12,8 @@ public:
     /// Shows nothing above level 0 until a threshold is set.
     /// @throws ATL::CAtlException when the lock cannot be made
     ConsoleSink();
+    ConsoleSink(const ConsoleSink&) = delete;
+    ConsoleSink& operator=(const ConsoleSink&) = delete;
 
     /// Gives the console its grey back.
     ~ConsoleSink() override;

@@ -19,6 +19,8 @@ public:
     /// No file, no size limit, threshold 3.
     /// @throws ATL::CAtlException when a lock cannot be made
     LogFileSink();
+    LogFileSink(const LogFileSink&) = delete;
+    LogFileSink& operator=(const LogFileSink&) = delete;
     ~LogFileSink() override;
 
     /// The file to write, in the ANSI code page; opened by the next Write. Empty: no file. Any
@@ -34,8 +36,7 @@ public:
     /// A file that cannot be opened is tried again at every record. The history gets the record in
     /// either case.
     /// @throws std::invalid_argument, std::out_of_range  when the file had to be opened and one of
-    /// its
-    ///         lines is damaged: the record is not written, and the next one tries again
+    ///         its lines is damaged: the record is not written, and the next one tries again
     void Write(int level, const Timestamp* timestamp, const char* text) override;
 
     bool GetRange(std::int64_t first, std::int64_t last, std::int64_t& outFirst,

@@ -9,7 +9,7 @@ namespace vqrx::system::com::v1 {
 /// Owns one reference to a COM object; movable and copyable (a copy counts).
 /// Two named ways in, so that nobody has to guess who counted: Adopt and Share.
 template <typename T>
-class ComPtr {
+class ComPtr { // NOLINT(cppcoreguidelines-special-member-functions): one assignment, by value
 public:
     ComPtr() noexcept = default;
     ComPtr(const ComPtr& other) noexcept

@@ -12,6 +12,8 @@ public:
     /// A hold, entered. The section must outlive it. @throws std::bad_alloc, with nothing entered
     static std::unique_ptr<LockImpl> Make(CRITICAL_SECTION* section);
 
+    LockImpl(const LockImpl&) = delete;
+    LockImpl& operator=(const LockImpl&) = delete;
     std::unique_ptr<ILock> Clone() override;
     ~LockImpl() override;
 
