@@ -99,9 +99,8 @@ TEST(Daemonctl, passes_everything_behind_the_path_on)
     EXPECT_EQ(Daemonctl("launch \"" + program +
                         "\" out.txt --help -x -- --version \"two words\" \"\" \xC3\xBC"),
               (Answer{0, "0\n", ""}));
-    const std::string file = supervisor.App() + "\\out.txt";
-    ASSERT_TRUE(WaitUntil([&] { return std::filesystem::exists(file); }));
-    EXPECT_EQ(ReadText(file), program + " out.txt --help -x -- --version \"two words\"  \xC3\xBC ");
+    EXPECT_EQ(WaitForNote(supervisor.App() + "\\out.txt"),
+              program + " out.txt --help -x -- --version \"two words\"  \xC3\xBC ");
 }
 
 TEST(Daemonctl, says_that_a_process_cannot_be_attached)

@@ -5,6 +5,12 @@
 #include <stdexcept>
 
 namespace vqrx::test {
+namespace {
+
+constexpr DWORD kDeadlineMs = 60000;
+constexpr DWORD kAskAgainMs = 5;
+
+} // namespace
 
 TestService::TestService(const std::string& name, DWORD type, DWORD startType, DWORD pendingMs,
                          const std::string& holdEvent)
@@ -13,12 +19,22 @@ TestService::TestService(const std::string& name, DWORD type, DWORD startType, D
     const std::string command = "\"" + TestProgram("test_service") + "\" " + name + " " +
                                 std::to_string(pendingMs) +
                                 (holdEvent.empty() ? "" : " " + holdEvent);
-    service_.Reset(CreateServiceA(manager_.Get(), name.c_str(), ("Test " + name).c_str(),
-                                  SERVICE_ALL_ACCESS, type, startType, SERVICE_ERROR_IGNORE,
-                                  command.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr));
-    if (!service_) {
+    const ULONGLONG deadline = GetTickCount64() + kDeadlineMs;
+    for (;;) {
+        service_.Reset(CreateServiceA(manager_.Get(), name.c_str(), ("Test " + name).c_str(),
+                                      SERVICE_ALL_ACCESS, type, startType, SERVICE_ERROR_IGNORE,
+                                      command.c_str(), nullptr, nullptr, nullptr, nullptr,
+                                      nullptr));
+        if (service_) {
+            return;
+        }
         const DWORD error = GetLastError();
-        throw std::runtime_error("cannot make service " + name + ": " + std::to_string(error));
+        // One of this name that was deleted is there until the manager has noticed the end of its
+        // process.
+        if (error != ERROR_SERVICE_MARKED_FOR_DELETE || GetTickCount64() > deadline) {
+            throw std::runtime_error("cannot make service " + name + ": " + std::to_string(error));
+        }
+        Sleep(kAskAgainMs);
     }
 }
 
@@ -54,12 +70,12 @@ SERVICE_STATUS_PROCESS TestService::Status() const
 
 bool TestService::WaitForState(DWORD state) const
 {
-    const ULONGLONG deadline = GetTickCount64() + 60000;
+    const ULONGLONG deadline = GetTickCount64() + kDeadlineMs;
     while (Status().dwCurrentState != state) { // the manager offers no event for it here
         if (GetTickCount64() > deadline) {
             return false;
         }
-        Sleep(5);
+        Sleep(kAskAgainMs);
     }
     return true;
 }

@@ -4,7 +4,6 @@
 #include "StandInFirewall.h"
 #include "com/TextConversion.h"
 
-#include <filesystem>
 #include <iostream>
 
 namespace vqrx::test {
@@ -21,11 +20,6 @@ std::string Described(DWORD daemonId, DWORD processId, const std::string& comman
 std::wstring WideText(const std::string& text)
 {
     return system::com::v1::NarrowToWide(text, CP_ACP);
-}
-
-std::string WaitForNote(const std::string& file)
-{
-    return WaitUntil([&] { return std::filesystem::exists(file); }) ? ReadText(file) : "";
 }
 
 bool TwoPassesLater(SupervisorProcess& supervisor)

@@ -19,9 +19,6 @@ std::string Described(DWORD daemonId, DWORD processId, const std::string& comman
 /// Path or argument for a client's call.
 std::wstring WideText(const std::string& text);
 
-/// Waits until a child has written the file. @return its content; empty when it never came
-std::string WaitForNote(const std::string& file);
-
 /// Lets the supervision thread finish two passes that begin after the call: a daemon made for it is
 /// killed and started again twice.
 /// @return false when it was not

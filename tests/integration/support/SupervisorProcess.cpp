@@ -30,6 +30,16 @@ bool WaitUntil(const std::function<bool()>& condition)
     return true;
 }
 
+std::string WaitForNote(const std::string& file)
+{
+    std::string text; // it is there a moment before it may be opened
+    WaitUntil([&] {
+        text = ReadText(file);
+        return !text.empty();
+    });
+    return text;
+}
+
 ComPtr<IUnknown> FindPublished()
 {
     ComPtr<IRunningObjectTable> table;

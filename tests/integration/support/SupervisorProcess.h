@@ -73,4 +73,7 @@ system::com::v1::ComPtr<IUnknown> FindPublished();
 /// Asks again every few milliseconds. @return whether it became true within a minute
 bool WaitUntil(const std::function<bool()>& condition);
 
+/// Waits until a child has written a file. @return its content; empty when it never came
+std::string WaitForNote(const std::string& file);
+
 } // namespace vqrx::test

@@ -42,12 +42,13 @@ BOOL WINAPI RefuseToCreate(LPCSTR application, LPSTR commandLine, LPSECURITY_ATT
 
 std::string WaitForFile(const std::string& name)
 {
-    for (int tries = 0; tries < 6000 && GetFileAttributesA(name.c_str()) == INVALID_FILE_ATTRIBUTES;
-         ++tries) {
-        Sleep(10); // the file appears complete, by renaming
+    std::string text;
+    for (int tries = 0; tries < 6000 && text.empty(); ++tries) {
+        Sleep(10); // the file appears complete, by renaming, a moment before it may be opened
+        std::ifstream file(name, std::ios::binary);
+        text.assign(std::istreambuf_iterator<char>(file), {});
     }
-    std::ifstream file(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return text;
 }
 
 } // namespace
