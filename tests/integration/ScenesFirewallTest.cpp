@@ -113,6 +113,15 @@ TEST_F(FirewallScene, rule_that_was_there_before_is_left_as_it_is)
     EXPECT_TRUE(Deeds().empty());
 }
 
+TEST_F(FirewallScene, rule_stays_when_the_supervisor_ends_as_its_daemon_does)
+{
+    EXPECT_TRUE(Launch(L"a").done);
+    const DWORD processId = supervisor_.WaitForStart(0);
+    EXPECT_EQ(supervisor_.Exit(), 0U);
+    EXPECT_TRUE(IsRunning(processId));
+    EXPECT_EQ(StoredFirewallRules().count(rule_), 1U);
+}
+
 // The firewall service in the states that a machine may have it in.
 class FirewallServiceScene : public testing::Test {
 protected:

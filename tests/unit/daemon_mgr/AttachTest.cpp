@@ -73,6 +73,30 @@ TEST_F(Attach, detached_leaves_the_program_running_and_no_longer_watched)
     }
 }
 
+TEST_F(Attach, of_one_process_twice_makes_two_daemons)
+{
+    Make(kNoPasses);
+    DWORD first = 9;
+    DWORD second = 9;
+    EXPECT_EQ(S_OK, manager_->Attach(child_->Pid(), nullptr, &first));
+    EXPECT_EQ(S_OK, manager_->Attach(child_->Pid(), nullptr, &second));
+    EXPECT_EQ(0U, first);
+    EXPECT_EQ(1U, second);
+    EXPECT_EQ(S_OK, manager_->Detach(first));
+    EXPECT_EQ(S_OK, manager_->Detach(second));
+}
+
+TEST_F(Attach, started_again_is_still_an_attached_daemon_and_is_not_ended_by_a_stop)
+{
+    Make();
+    DWORD daemonId = 9;
+    EXPECT_EQ(S_OK, manager_->Attach(child_->Pid(), nullptr, &daemonId));
+    child_->Kill();
+    const DWORD second = PidIn(sink_.WaitForPrefix("Start ").text);
+    EXPECT_EQ(S_FALSE, manager_->Stop(daemonId));
+    EXPECT_TRUE(IsRunning(second));
+}
+
 TEST_F(Attach, stopped_leaves_the_table_but_the_process_runs_on)
 {
     Make();
