@@ -46,11 +46,9 @@ void LibLogPerf::Log(int level, const char* format, ...)
     std::va_list arguments; // NOLINT(cppcoreguidelines-init-variables): by va_start
     va_start(arguments, format);
     try {
-        LogRecord record;
-        record.timestamp = CurrentTimestamp();
-        record.level = level;
-        record.text = FormatMessageText(format, arguments);
-        queue_.Append(std::move(record));
+        const Timestamp now = CurrentTimestamp();
+        MessageBuffer buffer{};
+        queue_.Append(level, now, FormatMessageInto(buffer, format, arguments));
     } catch (...) { // NOLINT(bugprone-empty-catch): out of memory loses the message, not the caller
     }
     va_end(arguments);

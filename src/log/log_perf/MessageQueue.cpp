@@ -6,15 +6,15 @@
 
 #include <process.h>
 
-#include <algorithm>
-#include <utility>
-
 namespace vqrx::log::log_perf::v2 {
 namespace {
 
 using system::sync_ptr::v1::CriticalSectionHold;
 
 constexpr DWORD kPauseWithoutKernelObjects = 10; // milliseconds
+
+// The memory of a longer text is not kept: there are up to kMaxWaiting of them.
+constexpr std::size_t kMaxSpareText = 512;
 
 } // namespace
 
@@ -35,23 +35,28 @@ MessageQueue::~MessageQueue()
     WaitForSingleObject(worker_.Get(), INFINITE);
 }
 
-void MessageQueue::Append(LogRecord record)
+void MessageQueue::Append(int level, const Timestamp& timestamp, std::string_view text)
 {
-    std::list<LogRecord> node; // allocated outside the queue lock
-    node.push_back(std::move(record));
     {
         const CriticalSectionHold hold(lock_);
         if (overflowed_) {
             return;
         }
-        if (records_.size() >= kMaxWaiting) {
-            LogRecord& notice = node.front();
-            notice.text = "Overflowed message queue.";
-            notice.level = 0;
-            notice.timestamp = CurrentTimestamp();
+        if (spare_.empty()) {
+            spare_.emplace_back();
+        }
+        LogRecord& record = spare_.front();
+        if (records_.size() < kMaxWaiting) {
+            record.text.assign(text);
+            record.level = level;
+            record.timestamp = timestamp;
+        } else {
+            record.text.assign("Overflowed message queue.");
+            record.level = 0;
+            record.timestamp = CurrentTimestamp();
             overflowed_ = true;
         }
-        records_.splice(records_.end(), node);
+        records_.splice(records_.end(), spare_, spare_.begin());
     }
     signal_.Post();
 }
@@ -62,24 +67,27 @@ std::size_t MessageQueue::Length() noexcept
     return records_.size();
 }
 
-std::list<LogRecord> MessageQueue::Take() noexcept
+// What was delivered last makes room for what comes: a steady stream of records allocates nothing.
+void MessageQueue::Take() noexcept
 {
-    std::list<LogRecord> head;
+    if (!taken_.empty() && taken_.front().text.capacity() > kMaxSpareText) {
+        taken_.clear();
+    }
     const CriticalSectionHold hold(lock_);
+    spare_.splice(spare_.begin(), taken_);
     if (!records_.empty()) {
-        head.splice(head.end(), records_, records_.begin());
+        taken_.splice(taken_.end(), records_, records_.begin());
     }
     if (records_.empty()) {
         overflowed_ = false;
     }
-    return head;
 }
 
 void MessageQueue::DeliverOne() noexcept
 {
-    const std::list<LogRecord> head = Take();
-    if (!head.empty()) {
-        owner_.Deliver(head.front());
+    Take();
+    if (!taken_.empty()) {
+        owner_.Deliver(taken_.front());
     }
 }
 

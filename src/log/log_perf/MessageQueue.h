@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <list>
+#include <string_view>
 
 namespace vqrx::log::log_perf::v2 {
 
@@ -44,8 +45,9 @@ public:
     /// Ends the worker after it has delivered what is queued.
     ~MessageQueue();
 
-    /// Any thread. @throws std::bad_alloc, with the queue as it was
-    void Append(LogRecord record);
+    /// Any thread. In memory that an earlier record has used, where there is some.
+    /// @throws std::bad_alloc, with the queue as it was
+    void Append(int level, const Timestamp& timestamp, std::string_view text);
 
 private:
     static unsigned __stdcall WorkerEntry(void* queue) noexcept;
@@ -57,10 +59,12 @@ private:
     void DeliverOne() noexcept;
     void DeliverAll() noexcept;
     std::size_t Length() noexcept;
-    std::list<LogRecord> Take() noexcept;
+    void Take() noexcept;
 
     IQueueOwner& owner_;
     std::list<LogRecord> records_; // under lock_
+    std::list<LogRecord> spare_;   // under lock_: delivered, kept for their memory
+    std::list<LogRecord> taken_;   // worker thread only: none, or the one that is delivered
     bool overflowed_ = false;      // under lock_
     bool stopping_ = false;        // under lock_
     system::sync_ptr::v1::CriticalSection lock_;

@@ -1,7 +1,5 @@
 #include "log_perf/MessageText.h"
 
-#include <algorithm>
-#include <array>
 #include <cstdio>
 #include <cstring>
 
@@ -9,21 +7,32 @@ namespace vqrx::log::log_perf::v2 {
 
 std::size_t CleanMessage(char* text, std::size_t length) noexcept
 {
-    char* const end = text + length;
-    std::replace(text, end, '\n', ' ');
-    return static_cast<std::size_t>(std::remove(text, end, '\r') - text);
+    char* out = text;
+    for (const char* in = text; in != text + length; ++in) {
+        if (*in != '\r') {
+            *out++ = *in == '\n' ? ' ' : *in;
+        }
+    }
+    return static_cast<std::size_t>(out - text);
 }
 
-std::string FormatMessageText(const char* format, std::va_list arguments)
+// The count that is passed is one less than the room: msvcrt leaves a cut text unterminated, and
+// one that it cannot format as well.
+std::string_view FormatMessageInto(MessageBuffer& buffer, const char* format,
+                                   std::va_list arguments) noexcept
 {
-    // One more than the count that is passed, and all zero: msvcrt leaves a cut text unterminated.
-    std::array<char, kMaxMessageLength + 1> buffer{};
 #if defined(_WIN32)
     _vsnprintf(buffer.data(), kMaxMessageLength, format, arguments);
 #else
     std::vsnprintf(buffer.data(), buffer.size(), format, arguments);
 #endif
     return {buffer.data(), CleanMessage(buffer.data(), std::strlen(buffer.data()))};
+}
+
+std::string FormatMessageText(const char* format, std::va_list arguments)
+{
+    MessageBuffer buffer{};
+    return std::string(FormatMessageInto(buffer, format, arguments));
 }
 
 } // namespace vqrx::log::log_perf::v2

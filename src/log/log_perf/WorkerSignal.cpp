@@ -17,15 +17,46 @@ WorkerSignal::WorkerSignal() noexcept
 
 void WorkerSignal::Post() noexcept
 {
-    ReleaseSemaphore(semaphore_.Get(), 1, nullptr);
+    if (count_.Add()) {
+        ReleaseSemaphore(semaphore_.Get(), 1, nullptr);
+    }
 }
 
 void WorkerSignal::Stop() noexcept
 {
+    stopping_ = true;
     SetEvent(stopEvent_.Get());
 }
 
 WorkerSignal::Result WorkerSignal::Wait(std::uint32_t timeoutMs) noexcept
+{
+    if (!semaphore_ || !stopEvent_) {
+        return WaitInKernel(timeoutMs); // fails, and leaves the pace to the caller
+    }
+    if (stopping_) { // the event is there or about to come
+        stopping_ = false;
+        WaitForSingleObject(stopEvent_.Get(), INFINITE);
+        return Result::kStop;
+    }
+    if (count_.TakeOrSleep()) {
+        return Result::kRecord;
+    }
+    const Result result = WaitInKernel(timeoutMs);
+    if (result == Result::kStop) {
+        stopping_ = false;
+    }
+    if (result == Result::kRecord || count_.Wake()) {
+        return result;
+    }
+    WaitForSingleObject(semaphore_.Get(), INFINITE); // a record came at the same moment
+    if (result != Result::kStop) {
+        return Result::kRecord;
+    }
+    static_cast<void>(count_.Add()); // it is told of when it is asked for next
+    return Result::kStop;
+}
+
+WorkerSignal::Result WorkerSignal::WaitInKernel(std::uint32_t timeoutMs) noexcept
 {
     const HANDLE waitList[] = {stopEvent_.Get(), semaphore_.Get()};
     switch (WaitForMultipleObjects(2, waitList, FALSE, timeoutMs)) {

@@ -1,13 +1,17 @@
 #pragma once
 
+#include "log_perf/WaitingCount.h"
 #include "win32/UniqueHandle.h"
 
+#include <atomic>
 #include <cstdint>
 
 namespace vqrx::log::log_perf::v2 {
 
 /// What wakes the logger's worker: a count of the records that wait, and the wish that it end.
-/// Kernel objects that cannot be made are no error here; every Wait then fails at once.
+/// The kernel is asked only when the worker sleeps or is to be woken: for every record it would
+/// cost the callers many times what the record costs them. Kernel objects that cannot be made are
+/// no error here; every Wait then fails at once.
 class WorkerSignal {
 public:
     enum class Result {
@@ -29,6 +33,10 @@ public:
     Result Wait(std::uint32_t timeoutMs) noexcept;
 
 private:
+    Result WaitInKernel(std::uint32_t timeoutMs) noexcept;
+
+    WaitingCount count_; // of the records; the semaphore only wakes
+    std::atomic<bool> stopping_ = false;
     system::win32::v1::UniqueKernelHandle semaphore_;
     system::win32::v1::UniqueKernelHandle stopEvent_; // auto-reset
 };
