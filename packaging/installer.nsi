@@ -319,8 +319,8 @@ FunctionEnd
 
 Section
     InitPluginsDir
-    SetOutPath "$PLUGINSDIR"
-    File "${STAGING}/daemonctl.exe"
+    SetOutPath "$TEMP" ; what is started must have no folder for its own that is to go
+    File "/oname=$PLUGINSDIR\daemonctl.exe" "${STAGING}/daemonctl.exe"
     Call EndSupervisor
 
     WriteRegStr HKLM "${OWN_KEY}" "FirmwareRoot" "$Root"
@@ -332,10 +332,11 @@ Section
         !insertmacro NoteMade Log
     ${EndIf}
 
+    !insertmacro MakeWayForFiles
     ClearErrors
     SetOverwrite try
     !insertmacro InstallFiles
-    SetOutPath "$INSTDIR"
+    SetOutPath "$TEMP"
     WriteUninstaller "$INSTDIR\Uninstall.exe"
     ${If} ${Errors}
         !insertmacro Fail "Not every file could be written to $INSTDIR."
@@ -404,13 +405,19 @@ Function un.RemoveFirmwareRoot
     ${EndIf}
 FunctionEnd
 
-; Only what is empty goes, when Windows starts the next time if it is a daemon's working folder now.
+; Only an empty folder goes. When Windows starts the next time, if it is a daemon's working folder now
+; or if what it holds goes then.
+!macro RemoveFolder folder
+    ${DirState} "${folder}" $0
+    ${If} $0 = 0
+    ${OrIf} ${RebootFlag}
+        RMDir /REBOOTOK "${folder}"
+    ${EndIf}
+!macroend
+
 !macro RemoveMadeFolder what folder
     !insertmacro IfMade ${what}
-        ${DirState} "${folder}" $0
-        ${If} $0 = 0
-            RMDir /REBOOTOK "${folder}"
-        ${EndIf}
+        !insertmacro RemoveFolder "${folder}"
     ${EndIf}
 !macroend
 
@@ -434,7 +441,7 @@ FunctionEnd
 
 Section Uninstall
     InitPluginsDir
-    SetOutPath "$PLUGINSDIR"
+    SetOutPath "$TEMP"
     CopyFiles /SILENT "$INSTDIR\daemonctl.exe" "$PLUGINSDIR\daemonctl.exe"
     Call un.EndSupervisor
 
@@ -443,10 +450,10 @@ Section Uninstall
         nsExec::Exec '"$SYSDIR\regsvr32.exe" /s /u "$INSTDIR\DaemonMgrPS.dll"'
         Pop $0
     ${EndIf}
-    !insertmacro RemoveFiles
+    !insertmacro MakeWayForFiles
     Delete "$INSTDIR\Uninstall.exe"
-    SetOutPath "$TEMP"
-    RMDir "$INSTDIR"
+    !insertmacro RemoveFolders
+    !insertmacro RemoveFolder "$INSTDIR"
     Call un.RemoveFirmwareRoot
     Call un.RemoveLogAndFolders
     DeleteRegKey HKLM "${OWN_KEY}"

@@ -6,20 +6,18 @@ def _windows(path):
 
 
 def write_installer_files(target, staging, files):
-    """Writes two NSIS macros. Every file is named: the uninstaller never empties a folder of what
+    """Writes three NSIS macros. Every file is named: the uninstaller never empties a folder of what
     is not its own."""
     folders = sorted({parent for name in files for parent in name.parents if parent.name},
                      key=lambda path: (-len(path.parts), path.as_posix()))
-    lines = ["!macro InstallFiles"]
+    lines = ["!macro MakeWayForFiles"]
+    lines += [f'    !insertmacro MakeWay "$INSTDIR\\{_windows(name)}"' for name in files]
+    lines += ["!macroend", "", "!macro InstallFiles"]
     for folder in sorted({name.parent for name in files}, key=lambda path: path.as_posix()):
         lines.append(f'    SetOutPath "$INSTDIR\\{_windows(folder)}"' if folder.name
                      else '    SetOutPath "$INSTDIR"')
-        for name in files:
-            if name.parent == folder:
-                lines.append(f'    !insertmacro MakeWay "$INSTDIR\\{_windows(name)}"')
-                lines.append(f'    File "{staging / name}"')
-    lines += ["!macroend", "", "!macro RemoveFiles"]
-    lines += [f'    !insertmacro MakeWay "$INSTDIR\\{_windows(name)}"' for name in files]
+        lines += [f'    File "{staging / name}"' for name in files if name.parent == folder]
+    lines += ["!macroend", "", "!macro RemoveFolders"]
     lines += [f'    RMDir "$INSTDIR\\{_windows(folder)}"' for folder in folders]
     lines += ["!macroend", ""]
     target.write_text("\n".join(lines))

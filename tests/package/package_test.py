@@ -253,24 +253,39 @@ class Installation(unittest.TestCase):
     def test_examples_build_from_the_installed_library_and_work(self):
         self.install_below_root()
         supervisor = self.supervisor()
-        sdk = machine.host_path(self.folder) / "sdk"
-        with tempfile.TemporaryDirectory() as folder:
-            self.build_examples(sdk, folder)
-            worker = machine.windows_path(machine.BUILD / "tests/programs/no_windows.exe")
-            launch = [f"{folder}/launch_program.exe", worker, "two words"]
-            self.assertEqual(machine.call(*launch), (0, "daemon 0 is started and kept running\n"))
-            self.assertEqual(machine.call(*launch), (0, "daemon 0 is registered already\n"))
-            with machine.Background(f"{folder}/attach_itself.exe") as itself:
-                itself.wait_for_output("attached as daemon 1\n")
-                itself.send_line()
-                self.assertEqual(itself.end(), 0)
-                self.assertEqual(itself.output(), "attached as daemon 1\ndetached\n")
-            self.assertEqual(self.daemonctl("exit")[0], 0)
-            self.assertEqual(supervisor.end(), 0)
-            self.assertEqual(machine.call(*launch), (1, "start DaemonManager.exe first\n"))
+        examples = self.examples()
+        worker = machine.windows_path(machine.BUILD / "tests/programs/no_windows.exe")
+        launch = [f"{examples}/launch_program.exe", worker, "two words"]
+        self.assertEqual(machine.call(*launch), (0, "daemon 0 is started and kept running\n"))
+        self.assertEqual(machine.call(*launch), (0, "daemon 0 is registered already\n"))
+        with machine.Background(f"{examples}/attach_itself.exe") as itself:
+            itself.wait_for_output("attached as daemon 1\n")
+            itself.send_line()
+            self.assertEqual(itself.end(), 0)
+            self.assertEqual(itself.output(), "attached as daemon 1\ndetached\n")
+        self.assertEqual(self.daemonctl("exit")[0], 0)
+        self.assertEqual(supervisor.end(), 0)
+        self.assertEqual(machine.call(*launch), (1, "start DaemonManager.exe first\n"))
 
-    def build_examples(self, sdk, folder):
-        with open(f"{folder}/log", "w+", encoding="utf-8") as log:
+    def test_a_worker_that_has_the_proxy_loaded_does_not_hold_an_update_up(self):
+        self.install_below_root()
+        supervisor = self.supervisor()
+        with machine.Background(f"{self.examples()}/attach_itself.exe") as itself:
+            itself.wait_for_output("attached as daemon 0\n")
+            self.assertEqual(self.install("/NOSTART"), 0)
+            self.assertEqual(supervisor.end(), 0)
+            self.assertEqual(machine.processes("DaemonManager.exe"), set())
+            self.assertEqual(len(machine.processes("attach_itself.exe")), 1)
+        self.supervisor() # with the new proxy
+
+    def examples(self):
+        """Builds the examples with the installed library, once. @return the folder of the programs"""
+        folder = OUTPUT / "examples"
+        if folder.exists():
+            return folder
+        folder.mkdir()
+        sdk = machine.host_path(self.folder) / "sdk"
+        with open(folder / "log", "w+", encoding="utf-8") as log:
             for command in (
                     ["cmake", "-S", sdk / "examples", "-B", folder, "-G", "Ninja",
                      f"-DCMAKE_TOOLCHAIN_FILE={SOURCE}/cmake/mingw-w64.cmake",
@@ -280,6 +295,7 @@ class Installation(unittest.TestCase):
                 if subprocess.run(command, stdout=log, stderr=log, check=False).returncode != 0:
                     log.seek(0)
                     self.fail(log.read())
+        return folder
 
 
 if __name__ == "__main__":
