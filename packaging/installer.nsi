@@ -48,11 +48,15 @@ VIAddVersionKey LegalCopyright ""
 !define SUPERVISOR_ANSWERED 1
 !define NO_SUPERVISOR 3
 
+!define REATTACHED 0
+!define NOTHING_TO_REATTACH 1
+
 !define DRIVE_FIXED 3
 
 Var Root          ; the firmware root
 Var WritePathname ; 1: no key names the root yet
 Var WasRunning    ; 1: a supervisor was ended, and its daemons wait to be handed over
+Var Listing       ; a file with the daemons of the supervisor that was ended, empty for none
 Var NoStart       ; 1: whoever called this starts the supervisor
 
 !define MUI_ABORTWARNING
@@ -111,6 +115,13 @@ FunctionEnd
 ; Ends a supervisor in order; its daemons run on. Returns when it has gone and its file is free.
 Function ${un}EndSupervisor
     StrCpy $WasRunning 0
+    ; What runs, for the hand-over. Without it the log tells, as far as it reaches back.
+    StrCpy $Listing "$PLUGINSDIR\running.json"
+    nsExec::Exec '"$SYSDIR\cmd.exe" /c ""$PLUGINSDIR\daemonctl.exe" ps --json > "$Listing""'
+    Pop $0
+    ${If} $0 != 0
+        StrCpy $Listing ""
+    ${EndIf}
     Push "exit"
     Call ${un}Daemonctl
     ${If} $0 = 0
@@ -160,7 +171,11 @@ Function ${un}StartSupervisor
         Push "${ASK_FOR_SUPERVISOR}"
         Call ${un}Daemonctl
         ${If} $0 = ${SUPERVISOR_ANSWERED}
-            Push "reattach"
+            ${If} $Listing == ""
+                Push "reattach"
+            ${Else}
+                Push 'reattach --from "$Listing"'
+            ${EndIf}
             Call ${un}Daemonctl
             Return
         ${EndIf}
@@ -365,7 +380,8 @@ Section
     ${If} $WasRunning = 1
     ${AndIf} $NoStart = 0
         Call StartSupervisor
-        ${If} $0 != 0
+        ${If} $0 != ${REATTACHED}
+        ${AndIf} $0 != ${NOTHING_TO_REATTACH}
             DetailPrint "Not every daemon was handed over: daemonctl reattach says why ($0)"
             SetErrorLevel 3
         ${EndIf}

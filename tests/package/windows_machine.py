@@ -11,7 +11,7 @@ SOURCE = pathlib.Path(os.environ["DM_SOURCE"])
 BUILD = pathlib.Path(os.environ["DM_BUILD"])
 PREFIX = BUILD.parent / "wine-package"
 DRIVE_C = PREFIX / "drive_c"
-DEADLINE = 60  # seconds
+DEADLINE = 120  # seconds
 ENVIRONMENT = {**os.environ, "WINEPREFIX": str(PREFIX), "WINEDEBUG": "-all"}
 
 
