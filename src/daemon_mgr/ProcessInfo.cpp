@@ -17,6 +17,7 @@ ProcessInfo::ProcessInfo(ProcessInfo&& other)
     , attached(other.attached)
     , restarts(other.restarts)
     , daemonId(other.daemonId)
+    , readableProcess(other.readableProcess)
 // NOLINTEND(performance-noexcept-move-constructor,performance-move-constructor-init,cert-oop11-cpp)
 {
     // Last, when nothing can fail any more.
@@ -39,6 +40,7 @@ ProcessInfo& ProcessInfo::operator=(ProcessInfo&& other)
         attached = other.attached;
         restarts = other.restarts;
         daemonId = other.daemonId;
+        readableProcess = other.readableProcess;
         process = std::move(other.process);
         service = std::move(other.service);
     }

@@ -23,6 +23,9 @@ struct ProcessInfo {
     bool attached = false;
     std::uint32_t restarts = 0; ///< launch attempts by the supervision pass
     std::uint32_t daemonId = kNoId;
+    /// The process handle that has been seen to give an exit code, which it does for good: such a
+    /// process can be asked for together with others. Compared with, never used.
+    win32::v1::UniqueKernelHandle::Raw readableProcess = nullptr;
 
     ProcessInfo() = default;
     /// Takes both handles and copies the rest. When memory runs out, other has kept everything.
