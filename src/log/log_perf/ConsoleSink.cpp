@@ -1,7 +1,5 @@
 #include "log_perf/ConsoleSink.h"
 
-#include "log_perf/DateText.h"
-
 #include <array>
 #include <iostream>
 #include <string>
@@ -56,7 +54,8 @@ void ConsoleSink::Write(int level, const Timestamp* timestamp, const char* text)
     SetColour(ColourOf(level));
     std::cerr.clear(); // a line that could not be written does not silence the later ones
     // In one piece: the stream is flushed after every piece, and a console redraws for each.
-    const std::string line = DateText(*timestamp) + ' ' + text + '\n';
+    std::string line(dateText_.Of(*timestamp));
+    line.append(1, ' ').append(text).append(1, '\n');
     std::cerr << line << std::flush;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "log_perf/DateText.h"
 #include "log_perf/ILogSink.h"
 #include "sync_ptr/CriticalSection.h"
 
@@ -26,6 +27,7 @@ public:
 private:
     system::sync_ptr::v1::CriticalSection lock_; // guards threshold_; not held while writing
     int threshold_ = 0;
+    DateTextOfSecond dateText_; // worker thread only
 };
 
 } // namespace vqrx::log::log_perf::v2

@@ -1,11 +1,11 @@
 #include "log_perf/LogFileSink.h"
 
-#include "log_perf/DateText.h"
 #include "log_perf/FileExists.h"
 #include "log_perf/LogLine.h"
 #include "log_perf/RingHeader.h"
 #include "log_perf/RingReload.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vqrx::log::log_perf::v2 {
@@ -20,6 +20,16 @@ constexpr const char* kLineEnd = "\n";
 #else
 constexpr const char* kLineEnd = "\r\n";
 #endif
+
+// A text may have line feeds of its own, though the logger's have none.
+std::streamoff BytesOnDisk(const std::string& written) noexcept
+{
+    auto bytes = static_cast<std::streamoff>(written.size());
+#if defined(_WIN32)
+    bytes += std::count(written.begin(), written.end(), '\n');
+#endif
+    return bytes;
+}
 
 void CreateRing(const std::string& name)
 {
@@ -70,27 +80,31 @@ void LogFileSink::Write(int level, const Timestamp* timestamp, const char* text)
     LogHistoryEntry entry;
     entry.level = level;
     entry.time = MillisecondsOf(*timestamp);
-    entry.date = DateText(*timestamp);
+    entry.date = dateText_.Of(*timestamp);
     entry.text = text;
     WriteRecord(entry, sizeLimit);
     history_.Insert(sequence_, std::move(entry));
     sequence_ = static_cast<std::int64_t>(static_cast<std::uint64_t>(sequence_) + 1);
 }
 
-// Every write is followed by a flush or a seek, so that positions are those of the file.
+// Two writes, each followed by a seek or a flush: after them the file is complete on disk. Where
+// the stream stands is counted, not asked for.
 void LogFileSink::WriteRecord(const LogHistoryEntry& entry, std::uint32_t sizeLimit)
 {
     if (!stream_.is_open()) {
         return;
     }
-    stream_ << FormatLogLine(sequence_, entry) << kLineEnd << std::flush;
-    if (sizeLimit != 0 && static_cast<std::streamoff>(sizeLimit) < stream_.tellp()) {
-        stream_.seekp(kRingStart);
+    line_.clear();
+    AppendLogLine(line_, sequence_, entry);
+    line_.append(kLineEnd);
+    stream_ << line_ << std::flush;
+    position_ += BytesOnDisk(line_);
+    if (sizeLimit != 0 && static_cast<std::streamoff>(sizeLimit) < position_) {
+        position_ = kRingStart;
     }
-    const std::streamoff position = stream_.tellp();
     stream_.seekp(0);
-    stream_ << FormatRingHeader(static_cast<std::uint32_t>(position)) << kLineEnd;
-    stream_.seekp(position);
+    stream_ << FormatRingHeader(static_cast<std::uint32_t>(position_)) << kLineEnd;
+    stream_.seekp(position_);
 }
 
 void LogFileSink::Open()
@@ -111,6 +125,7 @@ void LogFileSink::Open()
     Reload(position);
     stream_.open(openFileName_, std::ios::in | std::ios::out);
     stream_.seekp(position);
+    position_ = position;
 }
 
 void LogFileSink::Reload(std::uint32_t writePosition)

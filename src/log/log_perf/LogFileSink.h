@@ -1,5 +1,6 @@
 #pragma once
 
+#include "log_perf/DateText.h"
 #include "log_perf/ILogRetriever.h"
 #include "log_perf/ILogSink.h"
 #include "log_perf/LogHistory.h"
@@ -54,8 +55,13 @@ private:
     std::int32_t threshold_ = 3;
     std::string openFileName_;
 
-    std::fstream stream_;       // worker thread only
-    std::int64_t sequence_ = 0; // worker thread only: the number of the next record
+    // Worker thread only.
+    std::fstream stream_;
+    std::streamoff position_ = 0; // where stream_ stands between two records
+    std::int64_t sequence_ = 0;   // the number of the next record
+    DateTextOfSecond dateText_;
+    std::string line_; // kept for its memory
+
     LogHistory history_;
 };
 

@@ -1,7 +1,8 @@
 #include "log_perf/LogLine.h"
 
-#include <cerrno>
-#include <cstdlib>
+#include <array>
+#include <charconv>
+#include <concepts>
 #include <limits>
 #include <stdexcept>
 
@@ -20,35 +21,63 @@ struct Conversion {
 // What std::stoll accepts: leading blanks, a sign, digits, and anything behind them.
 Conversion ToNumber(std::string_view field)
 {
-    const std::string text(field);
-    char* end = nullptr;
-    errno = 0;
+    const char* const end = field.data() + field.size();
+    const char* begin = field.data();
+    while (begin != end && (*begin == ' ' || (*begin >= '\t' && *begin <= '\r'))) {
+        ++begin;
+    }
+    // Only the minus sign is std::from_chars's own.
+    if (end - begin > 1 && begin[0] == '+' && begin[1] != '-') {
+        ++begin;
+    }
     Conversion result;
-    result.value = std::strtoll(text.c_str(), &end, 10);
-    result.isNumber = end != text.c_str();
-    result.inRange = errno != ERANGE;
+    const std::errc error = std::from_chars(begin, end, result.value).ec;
+    result.isNumber = error != std::errc::invalid_argument;
+    result.inRange = error != std::errc::result_out_of_range;
     return result;
+}
+
+void AppendNumber(std::string& text, std::integral auto number)
+{
+    std::array<char, 24> digits; // NOLINT(cppcoreguidelines-pro-type-member-init): written below
+    const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+    text.append(digits.data(), static_cast<std::size_t>(end - digits.data()));
 }
 
 } // namespace
 
 std::string FormatLogLine(std::int64_t number, const LogHistoryEntry& entry)
 {
-    std::string line = std::to_string(number);
-    line.append(";").append(entry.date).append(";");
-    line.append(std::to_string(entry.time)).append(";");
-    line.append(std::to_string(entry.level)).append(";").append(entry.text);
+    std::string line;
+    AppendLogLine(line, number, entry);
     return line;
+}
+
+void AppendLogLine(std::string& text, std::int64_t number, const LogHistoryEntry& entry)
+{
+    AppendNumber(text, number);
+    text.append(1, ';').append(entry.date).append(1, ';');
+    AppendNumber(text, entry.time);
+    text.append(1, ';');
+    AppendNumber(text, entry.level);
+    text.append(1, ';').append(entry.text);
 }
 
 std::vector<std::string_view> SplitLogLine(std::string_view line)
 {
     std::vector<std::string_view> fields;
+    SplitLogLine(line, fields);
+    return fields;
+}
+
+void SplitLogLine(std::string_view line, std::vector<std::string_view>& fields)
+{
+    fields.clear();
     for (;;) {
         const std::size_t separator = line.find(';');
         fields.push_back(line.substr(0, separator));
         if (separator == std::string_view::npos) {
-            return fields;
+            return;
         }
         line.remove_prefix(separator + 1);
     }

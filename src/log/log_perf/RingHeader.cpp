@@ -1,15 +1,14 @@
 #include "log_perf/RingHeader.h"
 
-#include <array>
-#include <cstdio>
-
 namespace vqrx::log::log_perf::v2 {
 
 std::string FormatRingHeader(std::uint32_t position)
 {
-    std::array<char, 16> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), "0x%.8X", static_cast<unsigned>(position));
-    return buffer.data();
+    std::string header = "0x00000000"; // short enough to live without memory of its own
+    for (auto digit = header.rbegin(); position != 0; ++digit, position >>= 4) {
+        *digit = "0123456789ABCDEF"[position & 0xF];
+    }
+    return header;
 }
 
 std::uint32_t ReadRingHeader(std::istream& file)

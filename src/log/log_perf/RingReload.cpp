@@ -26,9 +26,10 @@ void ReadOlderPart(std::istream& file, std::uint32_t writePosition, std::int64_t
     Rewind(file, writePosition);
     LineReader reader(file, writePosition);
     std::string line;
+    std::vector<std::string_view> fields;
     bool numbered = false;
     while (reader.Next(line)) {
-        const auto fields = SplitLogLine(line);
+        SplitLogLine(line, fields);
         if (fields.size() < kLogLineFields) {
             continue;
         }
@@ -48,9 +49,10 @@ void ReadNewerPart(std::istream& file, std::uint32_t writePosition, std::int64_t
     Rewind(file, 0);
     LineReader reader(file);
     std::string line;
+    std::vector<std::string_view> fields;
     reader.Next(line); // the header
     while (reader.Position() < writePosition && reader.Next(line)) {
-        const auto fields = SplitLogLine(line);
+        SplitLogLine(line, fields);
         if (fields.size() >= kLogLineFields) {
             recordFound(counter, ParseLogEntry(fields));
             Advance(counter);

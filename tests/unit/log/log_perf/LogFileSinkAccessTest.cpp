@@ -14,6 +14,17 @@ namespace vqrx::test {
 
 using log::log_perf::v2::LogFileSink;
 
+TEST_F(RingFile, holds_a_text_with_line_feeds_and_goes_on_right_behind_it)
+{
+    LogFileSink sink;
+    sink.SetFileName(name_);
+    Write(sink, 2, "one\ntwo\n");
+    Write(sink, 2, "three");
+    const std::string both = Line(0, 2, "one\r\ntwo\r\n") + Line(1, 2, "three");
+    EXPECT_EQ(both, Bytes().substr(12));
+    EXPECT_EQ(12 + both.size(), std::stoul(Bytes().substr(0, 10), nullptr, 16));
+}
+
 TEST_F(RingFile, that_another_program_has_locked_is_tried_again_at_every_record)
 {
     Put("0x00000000\r\n");
