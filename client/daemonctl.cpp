@@ -1,9 +1,11 @@
 #include "DaemonArguments.h"
 #include "ExitCode.h"
+#include "LogPath.h"
 #include "Utf8.h"
 #include "commands/CompletionCommand.h"
 #include "commands/ControlCommands.h"
 #include "commands/DoctorCommand.h"
+#include "commands/LogCommand.h"
 
 #include <CLI/CLI.hpp>
 
@@ -24,6 +26,7 @@ int Run()
                "DaemonMgrPS.dll not registered, 4 refused, 5 log unreadable.");
     int exitCode = kDone;
     AddControlCommands(app, exitCode);
+    AddLogCommand(app, exitCode, DefaultLogPath);
     AddDoctorCommand(app, exitCode);
     AddCompletionCommand(app, exitCode);
 

@@ -1,0 +1,234 @@
+#include "commands/LogCommand.h"
+
+#include "ExitCode.h"
+#include "commands/LineOutput.h"
+#include "log_reader/FollowLog.h"
+#include "log_reader/RecordFilter.h"
+#include "log_reader/RecordText.h"
+#include "log_reader/TimeText.h"
+
+#include <cstddef>
+#include <deque>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+namespace vqrx::client::v0 {
+namespace {
+
+struct LogArguments : LogOptions {
+    bool follow = false;
+    bool json = false;
+    int level = 3;
+    std::string since;
+    std::string grep;
+    std::uint32_t daemonId = 0;
+    std::size_t tail = 0;
+    LineOutput::Colour colour = LineOutput::Colour::kAuto;
+    CLI::Option* daemonOption = nullptr;
+    CLI::Option* tailOption = nullptr;
+};
+
+RecordFilter FilterOf(const LogArguments& arguments)
+{
+    RecordFilter filter;
+    filter.level = arguments.level;
+    if (!arguments.since.empty()) {
+        filter.sinceMs = ParseMoment(arguments.since, NowMs());
+    }
+    if (arguments.daemonOption->count() != 0) {
+        filter.daemonId = arguments.daemonId;
+    }
+    filter.contains = arguments.grep;
+    return filter;
+}
+
+/// Shows records, or keeps the last of them until it is known which they are.
+class Printer {
+public:
+    Printer(const LogArguments& arguments, LineOutput& output)
+        : arguments_(arguments)
+        , filter_(FilterOf(arguments))
+        , output_(output)
+        , tail_(arguments.tailOption->count() != 0)
+        , attributor_([this](const AttributedRecord& record) { Take(record); })
+    {
+    }
+
+    void Add(Record record)
+    {
+        added_ = true;
+        attributor_.Add(std::move(record));
+    }
+
+    void Lost(const NewRecords& found)
+    {
+        attributor_.Flush();
+        if (arguments_.json) {
+            output_.Write(-1, found.anew ? LogBegunAnewJson() : OverwrittenJson(found.lostCount));
+            return;
+        }
+        if (found.anew) {
+            output_.Write(-1, "[\xE2\x80\xA6 the log was begun anew \xE2\x80\xA6]");
+            return;
+        }
+        const std::string count = found.lostCount ? std::to_string(*found.lostCount)
+                                                  : std::string("an unknown number of");
+        output_.Write(-1, "[\xE2\x80\xA6 " + count +
+                              (found.lostCount == 1U ? " record" : " records") +
+                              " overwritten \xE2\x80\xA6]");
+    }
+
+    /// An end whose start was not there yet waits for it one look longer.
+    bool Looked()
+    {
+        if (!std::exchange(added_, false)) {
+            attributor_.Flush();
+        }
+        return FlushOutput();
+    }
+
+    void Finish()
+    {
+        attributor_.Flush();
+        FlushOutput();
+    }
+
+private:
+    /// Shows what was kept for the tail; from now on everything is shown at once.
+    bool FlushOutput()
+    {
+        tail_ = false;
+        for (const auto& [level, line] : std::exchange(kept_, {})) {
+            output_.Write(level, line);
+        }
+        return output_.Flush();
+    }
+
+    void Take(const AttributedRecord& record)
+    {
+        if (!filter_.Accepts(record)) {
+            return;
+        }
+        std::string line = arguments_.json ? ToJson(record) : ToText(record);
+        const int level = arguments_.json ? -1 : record.record.level;
+        if (!tail_) {
+            output_.Write(level, line);
+            return;
+        }
+        kept_.emplace_back(level, std::move(line));
+        if (kept_.size() > arguments_.tail) {
+            kept_.pop_front();
+        }
+    }
+
+    const LogArguments& arguments_;
+    RecordFilter filter_;
+    LineOutput& output_;
+    bool tail_;
+    bool added_ = false;
+    std::deque<std::pair<int, std::string>> kept_;
+    Attributor attributor_;
+};
+
+int Show(const LogArguments& arguments, const LogPath& defaultPath)
+{
+    std::string path = arguments.file;
+    try {
+        if (path.empty()) {
+            path = defaultPath();
+        }
+        const std::unique_ptr<LineOutput> output = MakeLineOutput(arguments.colour);
+        Printer printer(arguments, *output);
+        ScanSummary summary;
+        if (arguments.follow) {
+            FollowEvents events;
+            events.record = [&](Record record) { printer.Add(std::move(record)); };
+            events.lost = [&](const NewRecords& found) { printer.Lost(found); };
+            events.looked = [&] { return printer.Looked(); };
+            summary = FollowLog(path, arguments.encoding, {}, events);
+        } else {
+            summary = ReadLogFile(path, arguments.encoding,
+                                  [&](Record record) { printer.Add(std::move(record)); });
+        }
+        printer.Finish();
+        return TellDamage(path, summary);
+    } catch (const std::runtime_error& error) {
+        std::cerr << "daemonctl: " << error.what() << std::endl;
+        return kLogUnreadable;
+    }
+}
+
+std::string CheckMoment(const std::string& text)
+{
+    return ParseMoment(text, NowMs()) ? "" : "no time that can be understood: " + text;
+}
+
+void AddOptions(CLI::App& command, LogArguments& arguments)
+{
+    command.add_flag("--follow,-f", arguments.follow, "Go on showing what is added");
+    command.add_option("--tail,-n", arguments.tail, "Only the last N lines")
+        ->type_name("N")
+        ->check(CLI::NonNegativeNumber.description(""));
+    command
+        .add_option("--level", arguments.level,
+                    "Only so important: 0 errors, 1 and warnings, 2 and information, 3 everything")
+        ->type_name("0-3")
+        ->check(CLI::Range(0, 3).description(""));
+    command
+        .add_option("--since", arguments.since,
+                    "Only from then on: 2025-11-16T03:52[:36[.123]][Z], 03:52, 10m, 2h, 3d, today, "
+                    "yesterday")
+        ->type_name("TIME")
+        ->check(CLI::Validator(CheckMoment, ""));
+    arguments.daemonOption =
+        command.add_option("--daemon", arguments.daemonId, "Only about this daemon")
+            ->type_name("ID");
+    arguments.tailOption = command.get_option("--tail");
+    command
+        .add_option("--grep", arguments.grep,
+                    "Only with this in their text; upper and lower case are the same")
+        ->type_name("TEXT");
+    command.add_flag("--json", arguments.json, "One JSON object a line, for programs");
+    static const std::map<std::string, LineOutput::Colour> colours = {
+        {"auto", LineOutput::Colour::kAuto},
+        {"always", LineOutput::Colour::kAlways},
+        {"never", LineOutput::Colour::kNever}};
+    command.add_option("--color", arguments.colour, "auto (on a terminal), always, never")
+        ->type_name("WHEN")
+        ->transform(CLI::CheckedTransformer(colours).description(""));
+}
+
+} // namespace
+
+void AddLogCommand(CLI::App& app, int& exitCode, const LogPath& path)
+{
+    const auto arguments = std::make_shared<LogArguments>();
+    CLI::App* const command = app.add_subcommand(
+        "log", "Show the supervisor's log: what was started, what died, when and why");
+    AddLogOptions(*command, *arguments, static_cast<bool>(path));
+    AddOptions(*command, *arguments);
+    const std::string program = app.get_name();
+    command->footer(
+        "Examples:\n"
+        "  " +
+        program +
+        " log --daemon 3 --since yesterday      why did daemon 3 die last night?\n"
+        "  " +
+        program +
+        " log --level 0 --since 2h              the errors of the last two hours\n"
+        "  " +
+        program +
+        " log --follow --tail 20                what happens now\n"
+        "  " +
+        program +
+        " log --file copy.log --json            for a program, from a copy\n"
+        "An end is told as \"Exception caught in : REASON  [daemon ID, process PID]\"; a reason\n"
+        "\"Unknown (0x1)\" is the plain exit code 1. Ids count anew in each run of the supervisor.\n"
+        "Exit code 5: the file, or some lines of it, could not be read; the rest is shown.");
+    command->callback([&exitCode, arguments, path] { exitCode = Show(*arguments, path); });
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "log_reader/RingScan.h"
+#include "log_reader/TextEncoding.h"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <string>
+
+namespace vqrx::client::v0 {
+
+/// Which file a command reads, and how.
+struct LogOptions {
+    std::string file; ///< UTF-8; empty for this machine's
+    TextEncoding encoding = TextEncoding::kAuto;
+};
+
+/// Where this machine's log file is, UTF-8. Throws std::runtime_error when there is none.
+using LogPath = std::function<std::string()>;
+
+/// Adds --file and --encoding.
+/// @param hasDefault  whether --file may be left out
+void AddLogOptions(CLI::App& command, LogOptions& options, bool hasDefault);
+
+/// Says on standard error what of a file could not be read.
+/// @return kDone or kLogUnreadable
+int TellDamage(const std::string& path, const ScanSummary& summary);
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,42 @@
+// daemonctl's commands that need nothing but a copy of a log file, for any system.
+#include "ExitCode.h"
+#include "commands/LogCommand.h"
+
+#include <CLI/CLI.hpp>
+
+#include <exception>
+#include <iostream>
+
+namespace {
+
+using namespace vqrx::client::v0; // NOLINT(google-build-using-namespace): this is its program
+
+int Run(int argc, char** argv)
+{
+    CLI::App app("Reads log files of the DaemonManager supervisor", "daemonctl-log");
+    app.require_subcommand(1);
+    app.set_version_flag("--version", "daemonctl-log " DM_VERSION);
+    app.footer("Exit codes: 0 done, 2 wrong usage, 5 log unreadable.");
+    int exitCode = kDone;
+    AddLogCommand(app, exitCode, {});
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kDone : kWrongUsage;
+    }
+    return exitCode;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        return Run(argc, argv);
+    } catch (const std::exception& exception) {
+        std::cerr << "daemonctl-log: " << exception.what() << std::endl;
+    } catch (...) {
+        std::cerr << "daemonctl-log: out of memory" << std::endl;
+    }
+    return vqrx::client::v0::kRefused;
+}

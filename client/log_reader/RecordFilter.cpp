@@ -1,0 +1,31 @@
+#include "log_reader/RecordFilter.h"
+
+#include <algorithm>
+
+namespace vqrx::client::v0 {
+namespace {
+
+char Lower(char character)
+{
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
+                                                : character;
+}
+
+bool SameLetter(char left, char right)
+{
+    return Lower(left) == Lower(right);
+}
+
+} // namespace
+
+bool RecordFilter::Accepts(const AttributedRecord& attributed) const
+{
+    const Record& record = attributed.record;
+    if ((level && record.level > *level) || (sinceMs && record.timeMs < *sinceMs) ||
+        (daemonId && attributed.event.daemonId != daemonId)) {
+        return false;
+    }
+    return contains.empty() || !std::ranges::search(record.text, contains, SameLetter).empty();
+}
+
+} // namespace vqrx::client::v0

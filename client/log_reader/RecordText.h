@@ -1,0 +1,27 @@
+#pragma once
+
+#include "log_reader/Attribution.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vqrx::client::v0 {
+
+/// One line for people, without a line end: date, text, and for an end the daemon that it is about,
+/// which the message itself does not say. Control characters are spelt out ("\x1B").
+std::string ToText(const AttributedRecord& record);
+
+/// One line for programs: a JSON object. The names of its members stay as they are; see
+/// docs/daemonctl.md.
+std::string ToJson(const AttributedRecord& record);
+
+/// Lines that stand where records are missing from what is shown.
+std::string OverwrittenJson(const std::optional<std::uint64_t>& count);
+std::string LogBegunAnewJson();
+
+/// Makes a text harmless for a terminal. @param utf8 valid UTF-8
+std::string Printable(std::string_view utf8);
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,180 @@
+#include "log_reader/FollowLog.h"
+
+#include "RingModel.h"
+#include "TempFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using client::v0::FollowEvents;
+using client::v0::FollowLog;
+using client::v0::NewRecords;
+using client::v0::Record;
+using client::v0::TextEncoding;
+using testing::ElementsAre;
+
+/// A log file that changes between the looks at it, one step a look, and what was shown of it.
+class Followed {
+public:
+    Followed() { Save(); }
+
+    TempFolder folder;
+    RingModel ring;
+    const std::string path = folder.File("a.log");
+    std::vector<std::string> shown;
+    bool endless = false; ///< go on looking after the last step
+
+    void Save() { std::ofstream(path, std::ios::binary) << ring.Bytes(); }
+
+    void Follow(const std::vector<std::function<void()>>& steps)
+    {
+        std::size_t looks = 0;
+        FollowEvents events;
+        events.record = [&](const Record& record) { shown.push_back(record.text); };
+        events.lost = [&](const NewRecords& found) {
+            shown.push_back(found.anew ? "anew"
+                                       : "lost " + std::to_string(found.lostCount.value_or(0)));
+        };
+        events.looked = [&] {
+            if (looks == steps.size()) {
+                return endless;
+            }
+            steps[looks++]();
+            return true;
+        };
+        FollowLog(path, TextEncoding::kAuto,
+                  {std::chrono::milliseconds(1), std::chrono::milliseconds(50)}, events);
+    }
+};
+
+TEST(FollowLog, shows_what_is_there_and_then_what_is_added)
+{
+    Followed log;
+    log.ring.Write("first");
+    log.Save();
+    log.Follow({[&] {
+                    log.ring.Write("second");
+                    log.Save();
+                },
+                [] {},
+                [&] {
+                    log.ring.Write("third");
+                    log.ring.Write("fourth");
+                    log.Save();
+                }});
+    EXPECT_THAT(log.shown, ElementsAre("first", "second", "third", "fourth"));
+}
+
+TEST(FollowLog, goes_on_across_the_end_of_the_ring)
+{
+    Followed log;
+    log.ring = RingModel(400);
+    std::vector<std::function<void()>> steps;
+    std::vector<std::string> expected;
+    for (int index = 0; index < 40; ++index) {
+        expected.push_back("record " + std::to_string(index));
+        steps.emplace_back([&log, text = expected.back()] {
+            log.ring.Write(text);
+            log.Save();
+        });
+    }
+    log.Save();
+    log.Follow(steps);
+    EXPECT_EQ(log.shown, expected);
+}
+
+TEST(FollowLog, tells_how_many_records_were_overwritten_before_they_could_be_shown)
+{
+    Followed log;
+    log.ring = RingModel(400);
+    log.ring.Write("shown");
+    log.Save();
+    log.Follow({[&] {
+        for (int index = 0; index < 30; ++index) {
+            log.ring.Write("record " + std::to_string(index));
+        }
+        log.Save();
+    }});
+    const std::size_t left = log.ring.Intact().size();
+    ASSERT_EQ(log.shown.size(), 2 + left);
+    EXPECT_EQ(log.shown[0], "shown");
+    EXPECT_EQ(log.shown[1], "lost " + std::to_string(30 - left));
+    EXPECT_EQ(log.shown.back(), "record 29");
+}
+
+TEST(FollowLog, goes_on_when_a_restarted_supervisor_gives_out_numbers_again)
+{
+    Followed log;
+    log.ring.Write("first");
+    log.ring.Write("second");
+    log.Save();
+    log.Follow({[&] {
+                    log.ring.SetNumber(1);
+                    log.ring.Write("third");
+                    log.Save();
+                },
+                [&] {
+                    log.ring.SetNumber(1);
+                    log.ring.Write("fourth");
+                    log.Save();
+                }});
+    EXPECT_THAT(log.shown, ElementsAre("first", "second", "third", "fourth"));
+}
+
+TEST(FollowLog, goes_on_with_a_log_that_was_begun_anew)
+{
+    Followed log;
+    log.ring.Write("first");
+    log.ring.Write("second");
+    log.Save();
+    log.Follow({[&] {
+        log.ring = RingModel();
+        log.ring.SetTime(1763300000000);
+        log.ring.Write("other");
+        log.Save();
+    }});
+    EXPECT_THAT(log.shown, ElementsAre("first", "second", "anew", "other"));
+}
+
+TEST(FollowLog, waits_for_a_file_that_is_gone_for_a_moment)
+{
+    Followed log;
+    log.ring.Write("first");
+    log.Save();
+    log.Follow({[&] {
+        std::filesystem::remove(log.path);
+        log.ring.Write("second");
+        log.Save();
+    }});
+    EXPECT_THAT(log.shown, ElementsAre("first", "second"));
+}
+
+TEST(FollowLog, ends_with_an_error_when_the_file_has_vanished)
+{
+    Followed log;
+    log.ring.Write("first");
+    log.Save();
+    log.endless = true;
+    EXPECT_THROW(log.Follow({[&] { std::filesystem::remove(log.path); }}), std::runtime_error);
+    EXPECT_THAT(log.shown, ElementsAre("first"));
+}
+
+TEST(FollowLog, does_not_begin_without_a_file)
+{
+    Followed log;
+    std::filesystem::remove(log.path);
+    EXPECT_THROW(log.Follow({}), std::runtime_error);
+}
+
+} // namespace
+} // namespace vqrx::test
