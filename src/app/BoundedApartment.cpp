@@ -1,10 +1,8 @@
 #include "BoundedApartment.h"
 
-#include <exception>
-
 namespace vqrx::app::v0 {
 
-BoundedApartment::BoundedApartment(DWORD limitMs, End end)
+BoundedApartment::BoundedApartment(DWORD limitMs, ProcessEnd end)
     : limitMs_(limitMs)
     , end_(end)
 {
@@ -12,7 +10,7 @@ BoundedApartment::BoundedApartment(DWORD limitMs, End end)
 
 BoundedApartment::~BoundedApartment()
 {
-    exitCode_ = std::uncaught_exceptions() > 0 ? 1 : 0;
+    exitCode_ = ExitCodeOfNow();
     HANDLE timer = nullptr;
     const BOOL armed =
         CreateTimerQueueTimer(&timer, nullptr, OnLimit, this, limitMs_, 0, WT_EXECUTEONLYONCE);
@@ -20,12 +18,6 @@ BoundedApartment::~BoundedApartment()
     if (armed) {
         DeleteTimerQueueTimer(nullptr, timer, INVALID_HANDLE_VALUE); // a call under way ends first
     }
-}
-
-// Not ExitProcess: it would ask the libraries to clean up, COM's among them.
-void BoundedApartment::EndProcess(UINT exitCode) noexcept
-{
-    TerminateProcess(GetCurrentProcess(), exitCode);
 }
 
 void CALLBACK BoundedApartment::OnLimit(void* self, BOOLEAN) noexcept

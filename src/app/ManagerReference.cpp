@@ -8,17 +8,17 @@ namespace {
 using system::daemon::daemon_mgr::v0::DaemonManager;
 using system::daemon::daemon_mgr::v0::ManagerOptions;
 
-// Longer than any call takes: a stop of the SNMP agent has 32 s of rounds and 30 s of patience.
-constexpr DWORD kLongestCallMs = 90000;
-
 } // namespace
 
 ManagerReference::ManagerReference(DWORD mainThreadId, DWORD checkInterval,
-                                   log::log_perf::v2::LibLogPerf* logger)
-    : gone_(CreateEventA(nullptr, TRUE, FALSE, nullptr))
+                                   log::log_perf::v2::LibLogPerf* logger, DWORD limitMs,
+                                   ProcessEnd end)
+    : limitMs_(limitMs)
+    , end_(end)
+    , released_(CreateEventA(nullptr, TRUE, FALSE, nullptr))
 {
     ManagerOptions options;
-    options.goneEvent = gone_.Get();
+    options.releasedEvent = released_.Get();
     manager_ = new DaemonManager(mainThreadId, checkInterval, logger, options);
     manager_->AddRef();
 }
@@ -26,11 +26,13 @@ ManagerReference::ManagerReference(DWORD mainThreadId, DWORD checkInterval,
 ManagerReference::~ManagerReference()
 {
     CoDisconnectObject(manager_, 0); // clients that never let go must not keep the program
-    if (manager_->Release() != 0 &&
-        WaitForSingleObject(gone_.Get(), kLongestCallMs) != WAIT_OBJECT_0) {
-        // Something holds on for good, and may use the logger at any moment: no orderly end is
-        // possible any more, only a clean exit.
-        ExitProcess(0);
+    if (manager_->Release() == 0) {
+        return;
+    }
+    if (WaitForSingleObject(released_.Get(), limitMs_) == WAIT_OBJECT_0) {
+        manager_->Destroy();
+    } else {
+        end_(ExitCodeOfNow());
     }
 }
 

@@ -34,6 +34,7 @@ DaemonManager::DaemonManager(DWORD mainThreadId, DWORD checkInterval,
                              log::log_perf::v2::LibLogPerf* logger, const ManagerOptions& options)
     : logger_(logger)
     , table_(std::make_shared<DaemonTable>())
+    , makerThreadId_(GetCurrentThreadId())
     , mainThreadId_(mainThreadId)
     , checkInterval_(checkInterval)
     , options_(options)
@@ -80,14 +81,15 @@ ULONG DaemonManager::AddRef() noexcept
 ULONG DaemonManager::Release() noexcept
 {
     const ULONG remaining = --references_;
-    if (remaining == 0) {
-        const HANDLE goneEvent = options_.goneEvent;
-        delete this;
-        if (goneEvent != nullptr) {
-            SetEvent(goneEvent);
-        }
+    if (remaining != 0) {
+        return remaining;
     }
-    return remaining;
+    if (options_.releasedEvent != nullptr && GetCurrentThreadId() != makerThreadId_) {
+        SetEvent(options_.releasedEvent); // the last deed: the maker may destroy it at once
+    } else {
+        delete this;
+    }
+    return 0;
 }
 
 HRESULT DaemonManager::Launch(BSTR path, SAFEARRAY** args, DWORD* daemonId) noexcept

@@ -20,9 +20,10 @@ namespace vqrx::system::daemon::daemon_mgr::v0 {
 /// What differs between the program and its tests, and between owners.
 struct ManagerOptions {
     StopTimings stopTimings;
-    /// Signalled when the object is gone, whoever let go of it last; null for nobody. Borrowed:
-    /// must outlive the object.
-    HANDLE goneEvent = nullptr;
+    /// Null: the object deletes itself wherever its last reference goes. Otherwise it does so on
+    /// the thread that made it only, whose membership in COM it shares; on any other thread this
+    /// event is signalled, and the maker calls Destroy. Borrowed: must outlive the object.
+    HANDLE releasedEvent = nullptr;
 };
 
 /// The one COM object of the program: takes the clients' requests, owns the table of daemons and
@@ -46,6 +47,8 @@ public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) noexcept override;
     ULONG STDMETHODCALLTYPE AddRef() noexcept override;
     ULONG STDMETHODCALLTYPE Release() noexcept override;
+    /// Ends the object once releasedEvent has been signalled. On the thread that made it.
+    void Destroy() noexcept { delete this; }
 
     /// As the interface description says. daemonId is always set; to kNoId where there is no
     /// daemon.
@@ -78,6 +81,7 @@ private:
     WmiConnection wmi_;
     std::shared_ptr<DaemonTable> table_;
     sync_ptr::v1::CriticalSection tableLock_;
+    DWORD makerThreadId_;
     DWORD mainThreadId_;
     DWORD checkInterval_; // milliseconds
     ManagerOptions options_;

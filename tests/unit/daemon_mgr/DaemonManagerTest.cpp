@@ -72,17 +72,34 @@ TEST_F(Manager, exit_logs_and_posts_the_quit_message_every_time_it_is_called)
     }
 }
 
-TEST_F(Manager, signals_its_owner_when_the_last_reference_goes)
+TEST_F(Manager, leaves_its_end_to_its_maker_when_the_last_reference_goes_on_another_thread)
 {
-    const system::win32::v1::UniqueKernelHandle gone(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    const system::win32::v1::UniqueKernelHandle released(
+        CreateEventA(nullptr, TRUE, FALSE, nullptr));
     ManagerOptions options;
-    options.goneEvent = gone.Get();
+    options.releasedEvent = released.Get();
     Make(kNoPasses, options);
-    const ComPtr<DaemonManager> client = manager_;
+    DaemonManager* const manager = manager_.Get();
+    ComPtr<DaemonManager> client = manager_;
     manager_.Reset();
-    EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(gone.Get(), 0));
-    const_cast<ComPtr<DaemonManager>&>(client).Reset();
-    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(gone.Get(), 0));
+    EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(released.Get(), 0));
+    std::thread([&client] { client.Reset(); }).join();
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(released.Get(), 0));
+    EXPECT_EQ(0U, sink_.Count(2, "Deamon Thread is exiting..."));
+    manager->Destroy();
+    EXPECT_TRUE(sink_.WaitForText("Deamon Thread is exiting..."));
+}
+
+TEST_F(Manager, deletes_itself_when_the_last_reference_goes_on_its_makers_thread)
+{
+    const system::win32::v1::UniqueKernelHandle released(
+        CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    ManagerOptions options;
+    options.releasedEvent = released.Get();
+    Make(kNoPasses, options);
+    manager_.Reset();
+    EXPECT_TRUE(sink_.WaitForText("Deamon Thread is exiting..."));
+    EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(released.Get(), 0));
 }
 
 TEST_F(Manager, refuses_a_null_path_or_id_pointer_and_uses_no_id_for_it)
