@@ -1,5 +1,6 @@
 # Compiler settings that every target of the project shares, as the interface target dm_options.
 set(DM_SANITIZE "" CACHE STRING "Sanitizers: trap (mingw), address,undefined or thread (native)")
+option(DM_COVERAGE "Count which lines and branches the tests run (tools/coverage)" OFF)
 option(DM_FUZZ "Build the fuzzers (clang) in place of the unit tests" OFF)
 
 set(CMAKE_CXX_STANDARD 20)
@@ -7,12 +8,17 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+if(NOT DM_COVERAGE)
+    set(map_source -ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)
+    set(map_binary -ffile-prefix-map=${CMAKE_BINARY_DIR}=build)
+endif()
 add_library(dm_options INTERFACE)
 target_compile_options(dm_options INTERFACE
     $<$<COMPILE_LANGUAGE:CXX>:-Wall;-Wextra;-Wpedantic;-Wconversion;-Wshadow;-Werror>
-    # Identical bytes from two builds of one commit, wherever they are made.
-    $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.>
-    $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${CMAKE_BINARY_DIR}=build>)
+    # Identical bytes from two builds of one commit, wherever they are made. Where the counts of a
+    # coverage build go is told by its paths.
+    $<$<COMPILE_LANGUAGE:C,CXX>:${map_source}>
+    $<$<COMPILE_LANGUAGE:C,CXX>:${map_binary}>)
 
 if(WIN32)
     # msvcrt's own printf is what the ms_printf format checks speak of; no replacement by libmingwex.
@@ -34,4 +40,10 @@ endif()
 if(DM_FUZZ)
     # Coverage feedback for the fuzzer in the code that it runs; its own main only where it is linked.
     target_compile_options(dm_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fsanitize=fuzzer-no-link>)
+endif()
+
+if(DM_COVERAGE)
+    target_compile_options(dm_options INTERFACE
+        $<$<COMPILE_LANGUAGE:CXX>:--coverage;-fprofile-update=atomic>)
+    target_link_options(dm_options INTERFACE --coverage)
 endif()
