@@ -6,6 +6,7 @@
 #include "commands/ControlCommands.h"
 #include "commands/DoctorCommand.h"
 #include "commands/LogCommand.h"
+#include "commands/WatchCommands.h"
 
 #include <CLI/CLI.hpp>
 
@@ -22,11 +23,20 @@ int Run()
     CLI::App app("Controls the DaemonManager supervisor of this machine", "daemonctl");
     app.require_subcommand(1);
     app.set_version_flag("--version", "daemonctl " DM_VERSION);
-    app.footer("Exit codes: 0 done, 1 nothing to do, 2 wrong usage, 3 no supervisor running or\n"
+    app.footer("What runs, and why did daemon 3 die last night?\n"
+               "  daemonctl ps\n"
+               "  daemonctl log --daemon 3 --since yesterday\n"
+               "Something does not work?\n"
+               "  daemonctl doctor\n"
+               "Each command tells more, with examples: daemonctl COMMAND --help\n\n"
+               "Exit codes: 0 done, 1 nothing to do, 2 wrong usage, 3 no supervisor running or\n"
                "DaemonMgrPS.dll not registered, 4 refused, 5 log unreadable.");
     int exitCode = kDone;
     AddControlCommands(app, exitCode);
+    AddPsCommand(app, exitCode);
     AddLogCommand(app, exitCode, DefaultLogPath);
+    AddWaitCommand(app, exitCode);
+    AddCheckCommand(app, exitCode);
     AddDoctorCommand(app, exitCode);
     AddCompletionCommand(app, exitCode);
 

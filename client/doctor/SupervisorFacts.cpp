@@ -5,7 +5,7 @@
 #include "com/ComApartment.h"
 #include "daemon_manager/SupervisorClient.h"
 #include "doctor/Bounded.h"
-#include "process/ImageVersion.h"
+#include "process/ProcessList.h"
 
 #include <windows.h>
 

@@ -6,8 +6,11 @@
 #include <windows.h>
 
 #include <psapi.h>
+#include <shellapi.h>
+#include <winternl.h>
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -35,6 +38,33 @@ std::wstring ImageOf(HANDLE process)
     }
     path.resize(size);
     return path;
+}
+
+template <typename T>
+bool ReadFrom(HANDLE process, const void* address, T& value)
+{
+    return ReadProcessMemory(process, address, &value, sizeof value, nullptr) != FALSE;
+}
+
+// From the process's own parameters, where the loader put it; the documented way, WMI, is a service
+// that may be down.
+std::wstring CommandLineOf(HANDLE process)
+{
+    PROCESS_BASIC_INFORMATION basic{};
+    PEB environment{};
+    RTL_USER_PROCESS_PARAMETERS parameters{};
+    if (NtQueryInformationProcess(process, ProcessBasicInformation, &basic, sizeof basic, nullptr) <
+            0 ||
+        !ReadFrom(process, basic.PebBaseAddress, environment) ||
+        !ReadFrom(process, environment.ProcessParameters, parameters)) {
+        return {};
+    }
+    const UNICODE_STRING& text = parameters.CommandLine;
+    std::wstring commandLine(text.Length / sizeof(wchar_t), L'\0');
+    return ReadProcessMemory(process, text.Buffer, commandLine.data(),
+                             commandLine.size() * sizeof(wchar_t), nullptr) != FALSE
+               ? commandLine
+               : std::wstring();
 }
 
 struct FileIdentity {
@@ -89,6 +119,26 @@ ProcessFacts ReadProcessFacts(std::uint32_t processId)
         facts.memoryBytes = memory.WorkingSetSize;
     }
     return facts;
+}
+
+std::vector<std::string> ArgumentsOfProcess(std::uint32_t processId)
+{
+    struct Free {
+        void operator()(void* memory) const noexcept { LocalFree(memory); }
+    };
+    const UniqueKernelHandle process(
+        OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, processId));
+    const std::wstring commandLine = process ? CommandLineOf(process.Get()) : std::wstring();
+    std::vector<std::string> arguments;
+    if (commandLine.empty()) { // it would split into this process's own name
+        return arguments;
+    }
+    int count = 0;
+    const std::unique_ptr<wchar_t*, Free> split(CommandLineToArgvW(commandLine.c_str(), &count));
+    for (int index = 1; split && index < count; ++index) {
+        arguments.push_back(Utf8(split.get()[index]));
+    }
+    return arguments;
 }
 
 bool IsSameFile(const std::string& left, const std::string& right)

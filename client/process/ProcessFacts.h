@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace vqrx::client::v0 {
 
@@ -22,6 +23,10 @@ struct ProcessFacts {
 
 /// Asks Windows. Never throws but for lack of memory.
 ProcessFacts ReadProcessFacts(std::uint32_t processId);
+
+/// The arguments that a process was started with, its program's name left out; empty when they
+/// cannot be had.
+std::vector<std::string> ArgumentsOfProcess(std::uint32_t processId);
 
 /// Whether two paths lead to one file: by way of a junction, a drive letter that stands for a
 /// folder, an 8.3 name.

@@ -9,8 +9,8 @@
 #include "doctor/FirewallFacts.h"
 #include "doctor/InstallationFacts.h"
 #include "doctor/WmiFacts.h"
-#include "process/ImageVersion.h"
 #include "process/ProcessFacts.h"
+#include "process/ProcessList.h"
 
 #include <windows.h>
 

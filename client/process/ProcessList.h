@@ -2,6 +2,7 @@
 
 #include "doctor/DoctorFacts.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,5 +13,8 @@ std::string VersionOfImage(const std::wstring& path);
 
 /// The processes that run a file of this name (ASCII, letter case ignored).
 std::vector<ImageFacts> ProcessesOfImage(const std::wstring& fileName);
+
+/// The ids of the processes that this one has started and that may still run.
+std::vector<std::uint32_t> ChildrenOfProcess(std::uint32_t processId);
 
 } // namespace vqrx::client::v0

@@ -1,4 +1,4 @@
-#include "process/ImageVersion.h"
+#include "process/ProcessList.h"
 
 #include "Utf8.h"
 #include "process/ProcessFacts.h"
@@ -9,10 +9,26 @@
 #include <tlhelp32.h>
 
 #include <cstddef>
+#include <functional>
 
 namespace vqrx::client::v0 {
 
+namespace {
+
 using system::win32::v1::UniqueKernelHandle;
+
+void ForEachProcess(const std::function<void(const PROCESSENTRY32W& entry)>& visit)
+{
+    const UniqueKernelHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = snapshot ? Process32FirstW(snapshot.Get(), &entry) : FALSE; more != FALSE;
+         more = Process32NextW(snapshot.Get(), &entry)) {
+        visit(entry);
+    }
+}
+
+} // namespace
 
 std::string VersionOfImage(const std::wstring& path)
 {
@@ -34,18 +50,25 @@ std::string VersionOfImage(const std::wstring& path)
 std::vector<ImageFacts> ProcessesOfImage(const std::wstring& fileName)
 {
     std::vector<ImageFacts> found;
-    const UniqueKernelHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
-    PROCESSENTRY32W entry{};
-    entry.dwSize = sizeof entry;
-    for (BOOL more = snapshot ? Process32FirstW(snapshot.Get(), &entry) : FALSE; more != FALSE;
-         more = Process32NextW(snapshot.Get(), &entry)) {
+    ForEachProcess([&](const PROCESSENTRY32W& entry) {
         if (lstrcmpiW(entry.szExeFile, fileName.c_str()) == 0) {
             const ProcessFacts process = ReadProcessFacts(entry.th32ProcessID);
             found.push_back(
                 {entry.th32ProcessID, process.image, VersionOfImage(Wide(process.image))});
         }
-    }
+    });
     return found;
+}
+
+std::vector<std::uint32_t> ChildrenOfProcess(std::uint32_t processId)
+{
+    std::vector<std::uint32_t> children;
+    ForEachProcess([&](const PROCESSENTRY32W& entry) {
+        if (entry.th32ParentProcessID == processId) {
+            children.push_back(entry.th32ProcessID);
+        }
+    });
+    return children;
 }
 
 } // namespace vqrx::client::v0

@@ -1,0 +1,131 @@
+#include "commands/WatchCommands.h"
+
+#include "ExitCode.h"
+#include "LocalTime.h"
+#include "commands/WithLog.h"
+#include "daemons/DaemonListing.h"
+#include "daemons/Expectation.h"
+#include "daemons/ThisMachine.h"
+#include "log_reader/TimeText.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <iostream>
+#include <memory>
+#include <string>
+
+namespace vqrx::client::v0 {
+namespace {
+
+struct Options {
+    std::string file;
+    std::uint32_t minUptimeSeconds = 0;
+    bool json = false;
+};
+
+// Tells what is wrong with it. @return whether it can be used
+bool ReadExpectFile(const std::string& path, ExpectFile& file)
+{
+    try {
+        file = ParseExpectFile(ReadTextFile(path));
+    } catch (const std::exception& exception) {
+        std::cerr << "daemonctl: " << exception.what() << std::endl;
+        return false;
+    }
+    for (const std::string& error : file.errors) {
+        std::cerr << "daemonctl: " << path << ", " << error << std::endl;
+    }
+    return file.errors.empty();
+}
+
+std::string Describe(const DaemonStatus& daemon)
+{
+    return (daemon.id ? "daemon " + std::to_string(*daemon.id) + ", " : std::string()) +
+           "process " + std::to_string(*daemon.processId) + ", up since " +
+           LocalTimeText(daemon.process.createdMs);
+}
+
+void PrintText(const std::vector<ExpectationResult>& results,
+               const std::vector<DaemonStatus>& daemons)
+{
+    for (const ExpectationResult& result : results) {
+        std::cout << (result.daemon ? "ok       " : "missing  ") << TextOf(result.program) << ": "
+                  << (result.daemon ? Describe(daemons[*result.daemon]) : result.note) << "\n";
+    }
+}
+
+void PrintJson(const std::vector<ExpectationResult>& results,
+               const std::vector<DaemonStatus>& daemons)
+{
+    using Json = nlohmann::ordered_json;
+    Json list = Json::array();
+    for (const ExpectationResult& result : results) {
+        const DaemonStatus* const daemon = result.daemon ? &daemons[*result.daemon] : nullptr;
+        list.push_back(
+            {{"line", result.program.line},
+             {"program", TextOf(result.program)},
+             {"running", daemon != nullptr},
+             {"id", daemon != nullptr && daemon->id ? Json(*daemon->id) : Json(nullptr)},
+             {"process_id", daemon != nullptr ? Json(*daemon->processId) : Json(nullptr)},
+             {"note", result.note}});
+    }
+    std::cout << Json{{"expected", std::move(list)}}.dump(2, ' ', false,
+                                                          Json::error_handler_t::replace)
+              << "\n";
+}
+
+int Check(const Options& options, const ExpectFile& file)
+{
+    const Timeline timeline = ReadTimeline();
+    const std::int64_t nowMs = NowMs();
+    const auto daemons = StatusOfDaemons(RunOfThisMachine(timeline), SourceOfThisMachine(), nowMs,
+                                         ChildrenOfSupervisor());
+    const auto results = CheckExpectations(file.programs, daemons, nowMs,
+                                           std::int64_t{options.minUptimeSeconds} * 1000);
+    (options.json ? PrintJson : PrintText)(results, daemons);
+    std::cout << std::flush;
+    for (const ExpectationResult& result : results) {
+        if (!result.daemon) {
+            return kNothingToDo;
+        }
+    }
+    return kDone;
+}
+
+} // namespace
+
+void AddCheckCommand(CLI::App& app, int& exitCode)
+{
+    const auto options = std::make_shared<Options>();
+    CLI::App* const command =
+        app.add_subcommand("check", "Check that the programs of a list are running daemons");
+    command->add_option("--expect", options->file, "The list, one program a line")->required();
+    command->add_option("--min-uptime", options->minUptimeSeconds,
+                        "Seconds that each must have been up, so that one that is restarted over "
+                        "and over counts as missing");
+    command->add_flag("--json", options->json, "One JSON object");
+    command->footer(
+        "Examples:\n"
+        "  daemonctl check --expect C:\\FW\\expected.txt\n"
+        "  daemonctl check --expect C:\\FW\\expected.txt --min-uptime 60\n"
+        "The list:\n"
+        "  # a full path with its arguments, or a file name in any folder\n"
+        "  C:\\FW\\App\\video.exe --input 3\n"
+        "  \"C:\\Program Files\\SNMP\\agent.exe\" \"two words\"\n"
+        "  recorder.exe\n"
+        "  recorder.exe\n"
+        "A line without arguments fits any; a line that comes twice needs two daemons.\n"
+        "Exit code 1: one does not run; 2: the list cannot be read.");
+    command->callback([&exitCode, options] {
+        ExpectFile file;
+        if (!ReadExpectFile(options->file, file)) {
+            exitCode = kWrongUsage;
+            return;
+        }
+        exitCode = WithSupervisorAndLog(
+            [&](daemon_manager::SupervisorClient&) { return Check(*options, file); });
+    });
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,106 @@
+#include "commands/WatchCommands.h"
+
+#include "ExitCode.h"
+#include "commands/WithLog.h"
+#include "daemons/ThisMachine.h"
+#include "daemons/WaitCondition.h"
+
+#include <windows.h>
+
+#include <cstdint>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace vqrx::client::v0 {
+namespace {
+
+constexpr DWORD kAskAgainMs = 200;
+
+const std::map<std::string, WaitFor> kConditions = {
+    {"running", WaitFor::running}, {"ended", WaitFor::ended}, {"restarted", WaitFor::restarted}};
+
+struct Options {
+    std::uint32_t id = 0;
+    std::string condition = "running";
+    std::uint32_t timeoutSeconds = 60;
+};
+
+int Tell(const Options& options, const Observation& now)
+{
+    const std::string id = std::to_string(options.id);
+    if (now.running) {
+        std::cout << "daemon " << id << " runs as process " << *now.processId << std::endl;
+    } else {
+        std::cout << "daemon " << id << " has ended" << std::endl;
+    }
+    return kDone;
+}
+
+int TellTimeout(const Options& options, const Observation& now)
+{
+    std::cerr << "daemonctl: daemon " << options.id << " was not " << options.condition
+              << " within " << options.timeoutSeconds << " s: ";
+    if (!now.known) {
+        std::cerr << "the log does not tell of it";
+    } else if (now.running) {
+        std::cerr << "it runs as process " << *now.processId;
+    } else {
+        std::cerr << "it has no process";
+    }
+    std::cerr << std::endl;
+    return kNothingToDo;
+}
+
+int Wait(const Options& options)
+{
+    const WaitFor what = kConditions.at(options.condition);
+    const ProcessSource source = SourceOfThisMachine();
+    const ULONGLONG start = GetTickCount64();
+    const ULONGLONG timeoutMs = ULONGLONG{options.timeoutSeconds} * 1000;
+    Observation first;
+    for (;;) {
+        const Timeline timeline = ReadTimeline();
+        const SupervisorRun* const run = RunThatGoesOn(timeline);
+        if (run == nullptr) {
+            std::cerr << "daemonctl: the supervisor has ended" << std::endl;
+            return kNoSupervisor;
+        }
+        const Observation now = Observe(*run, options.id, source);
+        first = first.known ? first : now;
+        if (IsFulfilled(what, first, now)) {
+            return Tell(options, now);
+        }
+        if (GetTickCount64() - start >= timeoutMs) {
+            return TellTimeout(options, now);
+        }
+        Sleep(kAskAgainMs);
+    }
+}
+
+} // namespace
+
+void AddWaitCommand(CLI::App& app, int& exitCode)
+{
+    const auto options = std::make_shared<Options>();
+    CLI::App* const command =
+        app.add_subcommand("wait", "Wait until a daemon runs, has ended or has been restarted");
+    command->add_option("ID", options->id, "Its daemon id")->required();
+    command->add_option("--for", options->condition, "What to wait for; running by default")
+        ->check(CLI::IsMember({"running", "ended", "restarted"}));
+    command->add_option("--timeout", options->timeoutSeconds, "Seconds; 60 by default");
+    command->footer(
+        "Examples:\n"
+        "  daemonctl wait 3 --for running --timeout 10\n"
+        "  daemonctl wait 3 --for restarted\n"
+        "ended: the process that runs now, if any, is gone, be it that another one was started\n"
+        "since. restarted: another process than now runs.\n"
+        "Exit code 1: it did not come within the time.");
+    command->callback([&exitCode, options] {
+        exitCode =
+            WithSupervisorAndLog([&](daemon_manager::SupervisorClient&) { return Wait(*options); });
+    });
+}
+
+} // namespace vqrx::client::v0

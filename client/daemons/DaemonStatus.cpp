@@ -1,0 +1,191 @@
+#include "daemons/DaemonStatus.h"
+
+#include <algorithm>
+#include <charconv>
+#include <set>
+
+namespace vqrx::client::v0 {
+namespace {
+
+// Passes come every second, later only while a client's call holds them up.
+constexpr std::int64_t kTriedLatelyMs = 15000;
+
+// A service's configuration may quote its program; a blank ends it in any case.
+std::string AsCommand(std::string commandLine)
+{
+    std::erase(commandLine, '"');
+    return commandLine + " ";
+}
+
+bool IsUnended(const Life& life)
+{
+    return life.end == LifeEnd::kRunning || life.end == LifeEnd::kSupervisorGone;
+}
+
+bool WasTriedLately(const std::vector<std::int64_t>& failedStarts, std::int64_t nowMs)
+{
+    return !failedStarts.empty() && nowMs - failedStarts.back() <= kTriedLatelyMs;
+}
+
+std::optional<LastExit> LastExitOf(const DaemonHistory& daemon)
+{
+    const auto ended = [](const Life& life) {
+        return life.end == LifeEnd::kEnded || life.end == LifeEnd::kLost;
+    };
+    const auto found = std::find_if(daemon.lives.rbegin(), daemon.lives.rend(), ended);
+    if (found == daemon.lives.rend()) {
+        return std::nullopt;
+    }
+    return LastExit{found->endMs.value_or(found->startMs), found->reason,
+                    found->attribution != Attribution::kLikely};
+}
+
+RunState StateOf(ProcessFit fit)
+{
+    if (fit == ProcessFit::same) {
+        return RunState::running;
+    }
+    return fit == ProcessFit::hidden ? RunState::unknown : RunState::ended;
+}
+
+DaemonStatus StatusOf(const DaemonHistory& daemon, const ProcessSource& source)
+{
+    DaemonStatus status;
+    status.id = daemon.id;
+    status.restarts = daemon.Restarts();
+    status.restartsComplete = daemon.beginningSeen;
+    if (!daemon.beginningSeen && !daemon.lives.empty() && daemon.lives.front().startSeen) {
+        ++status.restarts; // the first start that is left is a later one
+    }
+    status.lastExit = LastExitOf(daemon);
+    status.attached = daemon.attached;
+    status.service = daemon.IsService();
+    status.command = daemon.command;
+    if (daemon.state == DaemonState::kCannotStart) {
+        status.state = RunState::cannotStart;
+        return status;
+    }
+    const std::optional<LoggedProcess> logged = LastProcessOf(daemon, source);
+    if (!logged) {
+        status.state = RunState::ended;
+        return status;
+    }
+    status.process = source.facts(logged->processId);
+    status.state = StateOf(FitProcess(*logged, status.process, source.appFolder, source.sameFile));
+    if (status.state != RunState::ended) {
+        status.processId = logged->processId;
+    }
+    return status;
+}
+
+DaemonStatus StatusOfNeverStarted(const std::string& command, std::size_t failedStarts)
+{
+    DaemonStatus status;
+    status.state = RunState::cannotStart;
+    status.restarts = failedStarts - 1; // the first was none
+    status.restartsComplete = false;    // two daemons of one command cannot be told apart
+    status.command = command;
+    return status;
+}
+
+DaemonStatus StatusOfChild(const ProcessFacts& child, const ProcessSource& source)
+{
+    DaemonStatus status;
+    status.state = RunState::running;
+    status.processId = child.processId;
+    status.process = child;
+    status.restartsComplete = false;
+    status.inLog = false;
+    status.command = child.image + " ";
+    for (const std::string& argument : source.arguments(child.processId)) {
+        status.command += argument + " ";
+    }
+    return status;
+}
+
+} // namespace
+
+const SupervisorRun* RunThatGoesOn(const Timeline& timeline)
+{
+    const auto found = std::find_if(timeline.runs.rbegin(), timeline.runs.rend(),
+                                    [](const SupervisorRun& run) { return !run.endSeen; });
+    return found == timeline.runs.rend() ? nullptr : &*found;
+}
+
+std::optional<LoggedProcess> LastProcessOf(const DaemonHistory& daemon, const ProcessSource& source)
+{
+    if (daemon.lives.empty() || !IsUnended(daemon.lives.back()) || !daemon.lives.back().processId) {
+        return std::nullopt;
+    }
+    const Life& life = daemon.lives.back();
+    LoggedProcess logged;
+    logged.processId = *life.processId;
+    logged.loggedMs = life.startMs;
+    logged.attached = life.attached;
+    logged.command =
+        daemon.IsService() ? AsCommand(source.commandOfService(daemon.command)) : daemon.command;
+    return logged;
+}
+
+std::vector<DaemonStatus> StatusOfDaemons(const SupervisorRun& run, const ProcessSource& source,
+                                          std::int64_t nowMs,
+                                          const std::vector<ProcessFacts>& children)
+{
+    std::vector<DaemonStatus> result;
+    std::set<std::uint32_t> inLog;
+    for (const auto& [id, daemon] : run.daemons) {
+        for (const Life& life : daemon.lives) {
+            inLog.insert(life.processId.value_or(0));
+        }
+        const bool lookedAfter =
+            daemon.state != DaemonState::kCannotStart || WasTriedLately(daemon.failedStarts, nowMs);
+        if (daemon.IsRegistered() && lookedAfter) {
+            result.push_back(StatusOf(daemon, source));
+        }
+    }
+    for (const auto& [command, failedStarts] : run.neverStarted) {
+        if (WasTriedLately(failedStarts, nowMs)) {
+            result.push_back(StatusOfNeverStarted(command, failedStarts.size()));
+        }
+    }
+    for (const ProcessFacts& child : children) {
+        if (inLog.count(child.processId) == 0) {
+            result.push_back(StatusOfChild(child, source));
+        }
+    }
+    return result;
+}
+
+std::string ReadableReason(const std::string& reason)
+{
+    constexpr std::string_view unknown = "Unknown (0x";
+    if (!reason.starts_with(unknown) || !reason.ends_with(')')) {
+        return reason;
+    }
+    const std::string digits = reason.substr(unknown.size(), reason.size() - unknown.size() - 1);
+    std::uint32_t code = 0;
+    const char* const last = digits.data() + digits.size();
+    const auto [end, error] = std::from_chars(digits.data(), last, code, 16);
+    if (error != std::errc() || end != last) {
+        return reason;
+    }
+    constexpr std::uint32_t largestPlainCode = 0xFFFF; // beyond, it is a bit pattern
+    return "exit code " + (code <= largestPlainCode ? std::to_string(code) : "0x" + digits);
+}
+
+std::string_view NameOf(RunState state) noexcept
+{
+    switch (state) {
+    case RunState::running:
+        return "running";
+    case RunState::ended:
+        return "ended";
+    case RunState::cannotStart:
+        return "cannot start";
+    case RunState::unknown:
+        break;
+    }
+    return "unknown";
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,146 @@
+#include "process/ProcessMatch.h"
+
+#include "AsciiCase.h"
+
+#include <string_view>
+#include <vector>
+
+namespace vqrx::client::v0 {
+namespace {
+
+// The line is written right behind the start; both times have their own clock's grain.
+constexpr std::int64_t kClockGrainMs = 1000;
+// The system's own work on a start, a virus scanner's included, lies between.
+constexpr std::int64_t kLongestStartMs = 60000;
+
+// Absolute and without "." and "..", in lower case and with backslashes only.
+std::string Comparable(std::string_view path, const std::string& appFolder)
+{
+    std::string text;
+    for (const char character : LowerAscii(path)) {
+        text += character == '/' ? '\\' : character;
+    }
+    if (text.starts_with("\\\\?\\")) {
+        text.erase(0, 4);
+    }
+    const bool hasDrive = text.size() > 1 && text[1] == ':';
+    const bool isShare = text.starts_with("\\\\");
+    if (!hasDrive && !isShare && !appFolder.empty()) {
+        const std::string base = LowerAscii(appFolder);
+        text = text.starts_with("\\") ? base.substr(0, 2) + text : base + "\\" + text;
+    }
+    std::vector<std::string_view> parts;
+    for (std::string_view rest = text; !rest.empty();) {
+        const std::size_t end = rest.find('\\');
+        const std::string_view part = rest.substr(0, end);
+        rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+        if (part == ".." && parts.size() > 1) {
+            parts.pop_back();
+        } else if (!part.empty() && part != "." && part != "..") {
+            parts.push_back(part);
+        }
+    }
+    std::string result = isShare ? "\\" : "";
+    for (const std::string_view part : parts) {
+        result.append(result.empty() ? "" : "\\").append(part);
+    }
+    return result;
+}
+
+// A question mark in the log stands for a character that the ANSI code page lacks; a path has none
+// of its own. It may be several bytes long in UTF-8.
+bool FitsText(std::string_view logged, std::string_view image)
+{
+    while (!logged.empty() && !image.empty()) {
+        if (logged.front() == '?') {
+            do {
+                image.remove_prefix(1);
+            } while (!image.empty() &&
+                     (static_cast<unsigned char>(image.front()) & 0xC0U) == 0x80U);
+        } else if (logged.front() == image.front()) {
+            image.remove_prefix(1);
+        } else {
+            return false;
+        }
+        logged.remove_prefix(1);
+    }
+    return logged.empty() && image.empty();
+}
+
+template <typename Predicate>
+bool AnyPathOf(const std::string& command, const Predicate& fits)
+{
+    for (std::size_t end = command.find(' '); end != std::string::npos;
+         end = command.find(' ', end + 1)) {
+        if (end != 0 && fits(command.substr(0, end))) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string Absolute(const std::string& path, const std::string& appFolder)
+{
+    const bool isAbsolute = path.starts_with("\\") || path.starts_with("/") ||
+                            (path.size() > 1 && path[1] == ':') || appFolder.empty();
+    return isAbsolute ? path : appFolder + "\\" + path;
+}
+
+} // namespace
+
+bool IsImageOfCommand(const std::string& image, const std::string& command,
+                      const std::string& appFolder, const SameFile& sameFile)
+{
+    if (image.empty()) {
+        return false;
+    }
+    const std::string wanted = Comparable(image, {});
+    return AnyPathOf(command,
+                     [&](const std::string& path) {
+                         return FitsText(Comparable(path, appFolder), wanted);
+                     }) ||
+           AnyPathOf(command, [&](const std::string& path) {
+               return sameFile(Absolute(path, appFolder), image);
+           });
+}
+
+ProcessFit FitProcess(const LoggedProcess& logged, const ProcessFacts& facts,
+                      const std::string& appFolder, const SameFile& sameFile)
+{
+    switch (facts.state) {
+    case ProcessFacts::State::gone:
+        return ProcessFit::gone;
+    case ProcessFacts::State::hidden:
+        return ProcessFit::hidden;
+    case ProcessFacts::State::running:
+        break;
+    }
+    const bool beganLater = facts.createdMs > logged.loggedMs + kClockGrainMs;
+    const bool beganLongBefore = facts.createdMs < logged.loggedMs - kLongestStartMs;
+    if (beganLater || (beganLongBefore && !logged.attached)) {
+        return ProcessFit::otherTime;
+    }
+    return IsImageOfCommand(facts.image, logged.command, appFolder, sameFile)
+               ? ProcessFit::same
+               : ProcessFit::otherProgram;
+}
+
+std::string DescribeMisfit(ProcessFit fit, const ProcessFacts& facts)
+{
+    const std::string process = "process " + std::to_string(facts.processId);
+    switch (fit) {
+    case ProcessFit::same:
+        return process + " runs";
+    case ProcessFit::gone:
+        return process + " has ended";
+    case ProcessFit::hidden:
+        return process + " may not be asked about: run this as administrator";
+    case ProcessFit::otherTime:
+        return process + " has ended; the id belongs to another process now, " + facts.image;
+    case ProcessFit::otherProgram:
+        break;
+    }
+    return process + " runs another program, " + facts.image;
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,245 @@
+#include "ChildProcess.h"
+#include "Daemonctl.h"
+#include "PrefixClass.h"
+#include "Scene.h"
+#include "SupervisorProcess.h"
+
+#include <windows.h>
+
+#include <nlohmann/json.hpp>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using Json = nlohmann::json;
+
+// Of one line of a table, without what varies.
+std::vector<std::string> Lines(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+Json Listing()
+{
+    const Answer answer = Daemonctl("ps --json");
+    EXPECT_EQ(answer.exitCode, 0U) << answer;
+    return Json::parse(answer.output).at("daemons");
+}
+
+std::string Write(const SupervisorProcess& supervisor, const std::string& name,
+                  const std::string& text)
+{
+    const std::string path = supervisor.Root() + "\\" + name;
+    std::ofstream(path, std::ios::binary) << text;
+    return path;
+}
+
+TEST(Operator, without_a_supervisor_learns_that_there_is_none)
+{
+    const TempFolder folder;
+    std::ofstream(folder.File("empty.txt")) << "";
+    for (const std::string& arguments :
+         {std::string("ps"), std::string("ps --json"), std::string("wait 0"),
+          "check --expect " + folder.File("empty.txt"), std::string("reattach")}) {
+        EXPECT_EQ(Daemonctl(arguments),
+                  (Answer{3, "",
+                          "daemonctl: no supervisor is running on this machine\n"
+                          "  Start DaemonManager.exe, as the same user or as administrator.\n"}))
+            << arguments;
+    }
+}
+
+TEST(Operator, who_uses_a_command_wrongly_is_told_so)
+{
+    for (const char* arguments :
+         {"ps x", "wait", "wait x", "wait 1 --for ever", "wait 1 --timeout -1", "check",
+          "check --expect C:\\no\\such.txt", "reattach --from C:\\no\\such.json", "doctor x",
+          "completion", "completion fish"}) {
+        const Answer answer = Daemonctl(arguments);
+        EXPECT_EQ(answer.exitCode, 2U) << arguments;
+        EXPECT_NE(answer.error, "") << arguments;
+    }
+}
+
+TEST(Operator, finds_examples_in_the_help_of_every_command)
+{
+    const Answer help = Daemonctl("--help");
+    for (const char* command : {"ps", "wait", "check", "reattach", "doctor", "completion"}) {
+        EXPECT_NE(help.output.find(std::string("\n  ") + command + " "), std::string::npos)
+            << command;
+        const Answer commandHelp = Daemonctl(std::string(command) + " --help");
+        EXPECT_EQ(commandHelp.exitCode, 0U);
+        EXPECT_NE(commandHelp.output.find("Examples:\n  "), std::string::npos) << commandHelp;
+        EXPECT_NE(commandHelp.output.find(std::string("daemonctl ") + command), std::string::npos);
+    }
+}
+
+TEST(Operator, sees_what_runs_what_ended_and_what_cannot_start)
+{
+    const SupervisorProcess supervisor;
+    const std::string runs = TestProgram("no_windows");
+    EXPECT_EQ(Daemonctl("launch \"" + runs + "\" one \"two words\"").exitCode, 0U);
+    EXPECT_EQ(Daemonctl("launch C:\\no\\such.exe").exitCode, 0U);
+    const DWORD first = supervisor.WaitForStart(0);
+    KillProcess(first);
+    const DWORD second = supervisor.WaitForStart(0, first);
+    ASSERT_NE(second, 0U);
+    ASSERT_TRUE(supervisor.WaitForLog(1, "Unable to start C:\\no\\such.exe "));
+
+    const Json daemons = Listing();
+    ASSERT_EQ(daemons.size(), 2U) << daemons;
+    const Json& running = daemons[0];
+    EXPECT_EQ(running.at("id"), 0);
+    EXPECT_EQ(running.at("state"), "running");
+    EXPECT_EQ(running.at("process_id"), second);
+    EXPECT_EQ(running.at("image"), runs);
+    EXPECT_EQ(running.at("restarts"), 1);
+    EXPECT_EQ(running.at("restarts_complete"), true);
+    EXPECT_EQ(running.at("last_exit").at("sure"), true);
+    EXPECT_EQ(running.at("attached"), false);
+    EXPECT_EQ(running.at("in_log"), true);
+    EXPECT_EQ(running.at("command"), runs + " one two words");
+    EXPECT_GT(running.at("memory_bytes"), 0);
+    EXPECT_EQ(daemons[1].at("id"), nullptr);
+    EXPECT_EQ(daemons[1].at("state"), "cannot_start");
+    EXPECT_EQ(daemons[1].at("process_id"), nullptr);
+    EXPECT_EQ(daemons[1].at("command"), "C:\\no\\such.exe");
+
+    const Answer table = Daemonctl("ps");
+    EXPECT_EQ(table.exitCode, 0U);
+    const auto lines = Lines(table.output);
+    ASSERT_EQ(lines.size(), 3U) << table;
+    EXPECT_THAT(lines[0], ::testing::MatchesRegex(
+                              "ID  STATE  .*PID  UP SINCE .*RESTARTS  LAST EXIT .*CPU .*MEMORY  "
+                              "COMMAND"));
+    EXPECT_THAT(lines[1], ::testing::StartsWith(" 0  running       " + std::to_string(second)));
+    EXPECT_THAT(lines[1], ::testing::EndsWith("MiB  " + runs + " one two words"));
+    EXPECT_THAT(lines[2], ::testing::StartsWith(" -  cannot start "));
+}
+
+TEST(Operator, does_not_see_what_was_stopped)
+{
+    const SupervisorProcess supervisor;
+    EXPECT_EQ(Daemonctl("launch \"" + TestProgram("no_windows") + "\"").exitCode, 0U);
+    EXPECT_NE(supervisor.WaitForStart(0), 0U);
+    EXPECT_EQ(Daemonctl("stop 0").exitCode, 0U);
+    EXPECT_EQ(Daemonctl("wait 0 --for ended --timeout 20"),
+              (Answer{0, "daemon 0 has ended\n", ""}));
+    EXPECT_EQ(Listing(), Json::array());
+    EXPECT_EQ(Lines(Daemonctl("ps").output).size(), 1U);
+}
+
+TEST(Operator, waits_for_what_happens_to_a_daemon)
+{
+    const SupervisorProcess supervisor;
+    EXPECT_EQ(Daemonctl("launch \"" + TestProgram("no_windows") + "\"").exitCode, 0U);
+    Answer answer = Daemonctl("wait 0 --timeout 20");
+    const DWORD first = supervisor.WaitForStart(0);
+    EXPECT_EQ(answer, (Answer{0, "daemon 0 runs as process " + std::to_string(first) + "\n", ""}));
+    EXPECT_EQ(Daemonctl("wait 0 --for restarted --timeout 0"),
+              (Answer{1, "",
+                      "daemonctl: daemon 0 was not restarted within 0 s: it runs as process " +
+                          std::to_string(first) + "\n"}));
+    EXPECT_EQ(Daemonctl("wait 7 --for ended --timeout 0"),
+              (Answer{1, "",
+                      "daemonctl: daemon 7 was not ended within 0 s: the log does not tell of "
+                      "it\n"}));
+    const CapturedProgram ended('"' + ProductProgram("daemonctl.exe") +
+                                "\" wait 0 --for ended --timeout 50");
+    const CapturedProgram restarted('"' + ProductProgram("daemonctl.exe") +
+                                    "\" wait 0 --for restarted --timeout 50");
+    // Both have looked at the log by the time that a third one, started later, has.
+    EXPECT_EQ(Daemonctl("wait 0 --for ended --timeout 1").exitCode, 1U);
+    KillProcess(first);
+    EXPECT_EQ(ended.ExitCode(), 0U) << ended.Error();
+    EXPECT_EQ(restarted.ExitCode(), 0U) << restarted.Error();
+    const DWORD second = supervisor.WaitForStart(0, first);
+    EXPECT_EQ(restarted.Output(), "daemon 0 runs as process " + std::to_string(second) + "\n");
+}
+
+TEST(Operator, checks_a_list_of_programs)
+{
+    const SupervisorProcess supervisor;
+    const std::string program = TestProgram("no_windows");
+    EXPECT_EQ(Daemonctl("launch \"" + program + "\" one").exitCode, 0U);
+    const std::string process = std::to_string(supervisor.WaitForStart(0));
+    const std::string there = Write(supervisor, "there.txt", "# all\r\nNO_WINDOWS.exe\r\n");
+    Answer answer = Daemonctl("check --expect " + there);
+    EXPECT_EQ(answer.exitCode, 0U) << answer;
+    EXPECT_EQ(
+        answer.output.find("ok       NO_WINDOWS.exe: daemon 0, process " + process + ", up since "),
+        0U)
+        << answer;
+    EXPECT_EQ(Daemonctl("check --min-uptime 3600 --expect " + there),
+              (Answer{1, "missing  NO_WINDOWS.exe: daemon 0 has just been started\n", ""}));
+    const std::string two = Write(supervisor, "two.txt", program + " one\n" + program + "\n");
+    answer = Daemonctl("check --json --expect " + two);
+    EXPECT_EQ(answer.exitCode, 1U);
+    const Json expected = Json::parse(answer.output).at("expected");
+    EXPECT_EQ(expected.at(0).at("running"), true);
+    EXPECT_EQ(expected.at(0).at("id"), 0);
+    EXPECT_EQ(expected.at(1), (Json{{"line", 2},
+                                    {"program", program},
+                                    {"running", false},
+                                    {"id", nullptr},
+                                    {"process_id", nullptr},
+                                    {"note", "no daemon runs it"}}));
+    const std::string bad = Write(supervisor, "bad.txt", "\"x\n");
+    EXPECT_EQ(Daemonctl("check --expect " + bad),
+              (Answer{2, "", "daemonctl: " + bad + ", line 1: a double quote is not closed\n"}));
+}
+
+TEST(Operator, whose_log_is_gone_learns_that_it_cannot_be_read)
+{
+    const SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
+        registry.SetPathname(FirmwareRegistry::current, root);
+        std::ofstream(root + "\\Logs") << "in the way";
+    });
+    for (const char* arguments : {"ps", "wait 0", "reattach"}) {
+        const Answer answer = Daemonctl(arguments);
+        EXPECT_EQ(answer.exitCode, 5U) << arguments << ": " << answer;
+        EXPECT_NE(answer.error, "");
+    }
+}
+
+TEST(Operator, sees_children_of_which_the_log_no_longer_tells)
+{
+    const SupervisorProcess supervisor;
+    const std::string program = TestProgram("no_windows");
+    EXPECT_EQ(Daemonctl("launch \"" + program + "\" \"old one\"").exitCode, 0U);
+    const DWORD process = supervisor.WaitForStart(0);
+    ASSERT_NE(process, 0U);
+    { // as a wrap leaves it: the line of the start is overwritten by another
+        std::fstream log(supervisor.LogFile(), std::ios::in | std::ios::out | std::ios::binary);
+        std::string text((std::istreambuf_iterator<char>(log)), std::istreambuf_iterator<char>());
+        const std::size_t start = text.find("Start DaemonId(0)");
+        ASSERT_NE(start, std::string::npos);
+        log.clear();
+        log.seekp(static_cast<std::streamoff>(start));
+        log << "Other";
+    }
+    const Json daemons = Listing();
+    ASSERT_EQ(daemons.size(), 1U) << daemons;
+    EXPECT_EQ(daemons[0].at("id"), nullptr);
+    EXPECT_EQ(daemons[0].at("state"), "running");
+    EXPECT_EQ(daemons[0].at("process_id"), process);
+    EXPECT_EQ(daemons[0].at("in_log"), false);
+    EXPECT_EQ(daemons[0].at("command"), program + " old one");
+    const std::string list = Write(supervisor, "list.txt", program + " \"old one\"\n");
+    EXPECT_EQ(Daemonctl("check --expect " + list).exitCode, 0U);
+}
+
+} // namespace
+} // namespace vqrx::test
