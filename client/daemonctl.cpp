@@ -6,6 +6,7 @@
 #include "commands/ControlCommands.h"
 #include "commands/DoctorCommand.h"
 #include "commands/LogCommand.h"
+#include "commands/ReattachCommand.h"
 #include "commands/WatchCommands.h"
 
 #include <CLI/CLI.hpp>
@@ -37,6 +38,7 @@ int Run()
     AddLogCommand(app, exitCode, DefaultLogPath);
     AddWaitCommand(app, exitCode);
     AddCheckCommand(app, exitCode);
+    AddReattachCommand(app, exitCode);
     AddDoctorCommand(app, exitCode);
     AddCompletionCommand(app, exitCode);
 

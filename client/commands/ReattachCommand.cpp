@@ -1,0 +1,166 @@
+#include "commands/ReattachCommand.h"
+
+#include "ExitCode.h"
+#include "commands/WithLog.h"
+#include "daemons/Reattachment.h"
+#include "daemons/ThisMachine.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+namespace {
+
+using daemon_manager::SupervisorClient;
+using Plan = FormerDaemon::Plan;
+
+constexpr DWORD kAskAgainMs = 100;
+constexpr ULONGLONG kLogPatienceMs = 10000;
+
+struct Options {
+    std::string from;
+    bool dryRun = false;
+};
+
+std::string NameOf(const FormerDaemon& former)
+{
+    std::string name = former.id ? "daemon " + std::to_string(*former.id) : "a former daemon";
+    if (former.processId) {
+        name += ", process " + std::to_string(*former.processId);
+    }
+    return name + " (" + former.command + "): ";
+}
+
+// What is attached is in the log a moment later; only then does the next run of this command see
+// it.
+bool WaitForLog(std::uint32_t daemonId)
+{
+    const ULONGLONG start = GetTickCount64();
+    for (;;) {
+        const Timeline timeline = ReadTimeline();
+        if (RunOfThisMachine(timeline).Find(daemonId) != nullptr) {
+            return true;
+        }
+        if (GetTickCount64() - start > kLogPatienceMs) {
+            return false;
+        }
+        Sleep(kAskAgainMs);
+    }
+}
+
+// @return whether the supervisor took it
+bool Attach(SupervisorClient& supervisor, const FormerDaemon& former)
+{
+    const daemon_manager::DaemonRequest answer = supervisor.Attach(*former.processId);
+    if (!answer.done) {
+        std::cerr << "daemonctl: " << NameOf(former)
+                  << "the supervisor could not attach it; daemonctl doctor may say why"
+                  << std::endl;
+        return false;
+    }
+    std::cout << NameOf(former) << "attached as daemon " << answer.daemonId << std::endl;
+    if (former.service) {
+        std::cout << "  a service; its arguments for a restart are not known. To give them: "
+                     "daemonctl detach "
+                  << answer.daemonId << ", daemonctl attach " << *former.processId << " ARG..."
+                  << std::endl;
+    }
+    if (!WaitForLog(answer.daemonId)) {
+        std::cerr << "daemonctl: the log does not show it yet: do not repeat this command before "
+                     "daemonctl ps does"
+                  << std::endl;
+    }
+    return true;
+}
+
+struct Count {
+    std::size_t attached = 0;
+    std::size_t already = 0;
+    std::size_t lost = 0;
+};
+
+void Carry(SupervisorClient& supervisor, const FormerDaemon& former, bool dryRun, Count& count)
+{
+    switch (former.plan) {
+    case Plan::already:
+        ++count.already;
+        std::cout << NameOf(former) << "is daemon " << *former.newId << " already" << std::endl;
+        return;
+    case Plan::lost:
+        ++count.lost;
+        std::cerr << "daemonctl: " << NameOf(former) << former.note
+                  << "\n  If it is to run, launch it: daemonctl launch ..." << std::endl;
+        return;
+    case Plan::attach:
+        break;
+    }
+    if (dryRun) {
+        ++count.attached;
+        std::cout << NameOf(former) << "would be attached" << std::endl;
+    } else {
+        ++(Attach(supervisor, former) ? count.attached : count.lost);
+    }
+}
+
+int Reattach(SupervisorClient& supervisor, const Options& options,
+             const std::vector<ListedProcess>& listed)
+{
+    const Timeline timeline = ReadTimeline();
+    const auto plan =
+        PlanReattachment(timeline, RunOfThisMachine(timeline), listed, SourceOfThisMachine());
+    Count count;
+    for (const FormerDaemon& former : plan) {
+        Carry(supervisor, former, options.dryRun, count);
+    }
+    std::cout << count.attached << (options.dryRun ? " to attach, " : " attached, ")
+              << count.already << " already, " << count.lost << " not" << std::endl;
+    if (count.lost != 0) {
+        return kRefused;
+    }
+    return count.attached != 0 ? kDone : kNothingToDo;
+}
+
+} // namespace
+
+void AddReattachCommand(CLI::App& app, int& exitCode)
+{
+    const auto options = std::make_shared<Options>();
+    CLI::App* const command = app.add_subcommand(
+        "reattach",
+        "Hand the former supervisor's running daemons to the new one, after an upgrade");
+    command->add_option("--from", options->from,
+                        "A listing made by daemonctl ps --json before the former one ended");
+    command->add_flag("--dry-run", options->dryRun, "Only say what would be done");
+    command->footer(
+        "Examples:\n"
+        "  daemonctl ps --json > before.json\n"
+        "  daemonctl exit\n"
+        "  (replace the program, start it)\n"
+        "  daemonctl reattach --from before.json\n"
+        "Without --from the log tells what ran; daemons whose start it no longer shows are then\n"
+        "not found. Each process is attached only if program and time of creation show that it\n"
+        "is still the one meant. Attached daemons are restarted like launched ones, but a later\n"
+        "daemonctl stop lets them go and leaves them running.\n"
+        "Exit code 0: all are attached; 1: they were already; 4: some could not be.");
+    command->callback([&exitCode, options] {
+        std::vector<ListedProcess> listed;
+        try {
+            if (!options->from.empty()) {
+                listed = ParseListing(ReadTextFile(options->from));
+            }
+        } catch (const std::exception& exception) {
+            std::cerr << "daemonctl: " << options->from << ": " << exception.what() << std::endl;
+            exitCode = kWrongUsage;
+            return;
+        }
+        exitCode = WithSupervisorAndLog(
+            [&](SupervisorClient& supervisor) { return Reattach(supervisor, *options, listed); });
+    });
+}
+
+} // namespace vqrx::client::v0

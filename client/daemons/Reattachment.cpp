@@ -1,0 +1,221 @@
+#include "daemons/Reattachment.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace vqrx::client::v0 {
+namespace {
+
+// A process that a run has left behind.
+struct Left {
+    const DaemonHistory* daemon = nullptr;
+    LoggedProcess logged;
+    bool byLastRun = false;
+};
+
+using LeftProcesses = std::map<std::uint32_t, Left>;
+
+// A process that a run let go or saw end is nobody's any more; one that it looked after to its end
+// is left behind.
+void AddRun(LeftProcesses& left, const SupervisorRun& run, const ProcessSource& source, bool isLast)
+{
+    for (const auto& [id, daemon] : run.daemons) {
+        for (const Life& life : daemon.lives) {
+            left.erase(life.processId.value_or(0));
+        }
+        const auto logged = daemon.IsRegistered() ? LastProcessOf(daemon, source) : std::nullopt;
+        if (logged) {
+            left[logged->processId] = {&daemon, *logged, isLast};
+        }
+    }
+}
+
+// A former daemon, and whether its process is still the one meant.
+struct Candidate {
+    FormerDaemon daemon;
+    ProcessFit fit = ProcessFit::gone;
+    ProcessFacts facts;
+};
+
+class Planner {
+public:
+    Planner(const SupervisorRun& current, const ProcessSource& source)
+        : current_(current)
+        , source_(source)
+    {
+    }
+
+    void AddFromLog(const Left& left)
+    {
+        const ProcessFacts facts = source_.facts(left.logged.processId);
+        const ProcessFit fit = Fit(left.logged, facts);
+        if (WasLetGo(left.logged.processId) || (fit != ProcessFit::same && !left.byLastRun)) {
+            return;
+        }
+        FormerDaemon former = Describe(*left.daemon);
+        former.processId = left.logged.processId;
+        candidates_.push_back({std::move(former), fit, facts});
+    }
+
+    void AddFromListing(const ListedProcess& listed)
+    {
+        if (WasLetGo(listed.processId)) {
+            return;
+        }
+        const ProcessFacts facts = source_.facts(listed.processId);
+        ProcessFit fit = ProcessFit::same;
+        if (facts.state != ProcessFacts::State::running) {
+            fit = facts.state == ProcessFacts::State::gone ? ProcessFit::gone : ProcessFit::hidden;
+        } else if (facts.createdMs != listed.createdMs) {
+            fit = ProcessFit::otherTime;
+        } else if (facts.image != listed.image) {
+            fit = ProcessFit::otherProgram;
+        }
+        FormerDaemon former;
+        former.id = listed.id;
+        former.processId = listed.processId;
+        former.command = listed.command;
+        former.service = listed.service;
+        candidates_.push_back({std::move(former), fit, facts});
+    }
+
+    // One that had no process when its supervisor ended.
+    void AddNotRunning(const DaemonHistory& daemon)
+    {
+        candidates_.push_back({Describe(daemon), ProcessFit::gone, {}});
+    }
+
+    std::vector<FormerDaemon> Plan()
+    {
+        std::stable_sort(candidates_.begin(), candidates_.end(),
+                         [](const Candidate& a, const Candidate& b) {
+                             constexpr std::uint32_t none = 0xFFFFFFFF;
+                             return a.daemon.id.value_or(none) < b.daemon.id.value_or(none);
+                         });
+        // Who has his process still comes first: what is left then may stand for the others.
+        for (Candidate& candidate : candidates_) {
+            if (candidate.fit == ProcessFit::same) {
+                candidate.daemon.plan = FormerDaemon::Plan::attach;
+                FindAmongCurrent(candidate, [&](const DaemonHistory& daemon) {
+                    return HasProcess(daemon, candidate.facts);
+                });
+            }
+        }
+        for (Candidate& candidate : candidates_) {
+            if (candidate.fit != ProcessFit::same) {
+                candidate.daemon.note = candidate.daemon.processId
+                                            ? DescribeMisfit(candidate.fit, candidate.facts)
+                                            : "it had no process when its supervisor ended";
+                FindAmongCurrent(candidate, [&](const DaemonHistory& daemon) {
+                    return WithoutBlank(daemon.command) == candidate.daemon.command;
+                });
+            }
+        }
+        std::vector<FormerDaemon> plan;
+        for (Candidate& candidate : candidates_) {
+            plan.push_back(std::move(candidate.daemon));
+        }
+        return plan;
+    }
+
+private:
+    static FormerDaemon Describe(const DaemonHistory& daemon)
+    {
+        FormerDaemon former;
+        former.id = daemon.id;
+        former.command = WithoutBlank(daemon.command);
+        former.service = daemon.IsService();
+        return former;
+    }
+
+    ProcessFit Fit(const LoggedProcess& logged, const ProcessFacts& facts) const
+    {
+        return FitProcess(logged, facts, source_.appFolder, source_.sameFile);
+    }
+
+    bool HasProcess(const DaemonHistory& daemon, const ProcessFacts& facts) const
+    {
+        const auto logged = LastProcessOf(daemon, source_);
+        return logged && logged->processId == facts.processId &&
+               Fit(*logged, facts) == ProcessFit::same;
+    }
+
+    // Whether the running supervisor has had the process and let it go.
+    bool WasLetGo(std::uint32_t processId) const
+    {
+        return std::any_of(current_.daemons.begin(), current_.daemons.end(),
+                           [processId](const auto& entry) {
+                               const DaemonHistory& daemon = entry.second;
+                               return !daemon.IsRegistered() && !daemon.lives.empty() &&
+                                      daemon.lives.back().processId == processId;
+                           });
+    }
+
+    template <typename Predicate>
+    void FindAmongCurrent(Candidate& candidate, const Predicate& isTheOne)
+    {
+        for (const auto& [id, daemon] : current_.daemons) {
+            if (daemon.IsRegistered() && taken_.count(id) == 0 && isTheOne(daemon)) {
+                taken_.insert(id);
+                candidate.daemon.plan = FormerDaemon::Plan::already;
+                candidate.daemon.newId = id;
+                candidate.daemon.note.clear();
+                return;
+            }
+        }
+    }
+
+    const SupervisorRun& current_;
+    const ProcessSource& source_;
+    std::vector<Candidate> candidates_;
+    std::set<std::uint32_t> taken_; // daemons of the current run that are somebody's already
+};
+
+// The last run before the current one that looked after anything.
+const SupervisorRun* LastFormerRun(const Timeline& timeline, const SupervisorRun& current)
+{
+    const SupervisorRun* last = nullptr;
+    for (const SupervisorRun& run : timeline.runs) {
+        if (&run == &current) {
+            break;
+        }
+        last = run.daemons.empty() ? last : &run;
+    }
+    return last;
+}
+
+} // namespace
+
+std::vector<FormerDaemon> PlanReattachment(const Timeline& timeline, const SupervisorRun& current,
+                                           const std::vector<ListedProcess>& listed,
+                                           const ProcessSource& source)
+{
+    Planner planner(current, source);
+    const SupervisorRun* const last = LastFormerRun(timeline, current);
+    LeftProcesses left;
+    for (const SupervisorRun& run : timeline.runs) {
+        if (&run == &current) {
+            break;
+        }
+        AddRun(left, run, source, &run == last);
+    }
+    for (const ListedProcess& process : listed) {
+        left.erase(process.processId); // the listing is surer than the log
+        planner.AddFromListing(process);
+    }
+    for (const auto& [processId, process] : left) {
+        planner.AddFromLog(process);
+    }
+    if (last != nullptr) {
+        for (const auto& [id, daemon] : last->daemons) {
+            if (daemon.IsRegistered() && !LastProcessOf(daemon, source)) {
+                planner.AddNotRunning(daemon);
+            }
+        }
+    }
+    return planner.Plan();
+}
+
+} // namespace vqrx::client::v0

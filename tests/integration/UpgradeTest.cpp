@@ -1,0 +1,192 @@
+#include "ChildProcess.h"
+#include "Daemonctl.h"
+#include "PrefixClass.h"
+#include "SupervisorProcess.h"
+
+#include <windows.h>
+
+#include <nlohmann/json.hpp>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using Json = nlohmann::json;
+
+// A supervisor that can be ended and followed by another one in the same folder, while the
+// processes that it has started run on.
+class Upgrade : public ::testing::Test {
+protected:
+    void StartNew()
+    {
+        successor_ = std::make_unique<SupervisorProcess>(
+            [this](FirmwareRegistry& registry, const std::string&) {
+                registry.SetPathname(FirmwareRegistry::current, former_.Root() + "\\App\\bin");
+            });
+    }
+
+    // Launches workers that differ in their argument. @return their processes, by daemon id
+    std::vector<DWORD> LaunchWorkers(int count)
+    {
+        std::vector<DWORD> processes;
+        for (int index = 0; index < count; ++index) {
+            former_.Client().Launch(std::wstring(worker_.begin(), worker_.end()),
+                                    {std::to_wstring(index)});
+        }
+        for (int index = 0; index < count; ++index) {
+            processes.push_back(former_.WaitForStart(static_cast<DWORD>(index)));
+            EXPECT_NE(processes.back(), 0U);
+        }
+        return processes;
+    }
+
+    std::string File(const std::string& name, const std::string& text) const
+    {
+        const std::string path = former_.Root() + "\\" + name;
+        std::ofstream(path, std::ios::binary) << text;
+        return path;
+    }
+
+    std::string Line(std::size_t id, DWORD process, const std::string& what) const
+    {
+        return "daemon " + std::to_string(id) + ", process " + std::to_string(process) + " (" +
+               worker_ + " " + std::to_string(id) + "): " + what + "\n";
+    }
+
+    const PrefixStandIns standIns_{PrefixStandIns::Wmi::standIn};
+    const std::string worker_ = TestProgram("no_windows");
+    SupervisorProcess former_;
+    std::unique_ptr<SupervisorProcess> successor_;
+};
+
+TEST_F(Upgrade, of_a_live_supervisor_ends_none_of_ten_workers)
+{
+    const std::vector<DWORD> processes = LaunchWorkers(10);
+    EXPECT_EQ(Daemonctl("exit").exitCode, 0U);
+    EXPECT_EQ(former_.Process().ExitCode(), 0U);
+    StartNew();
+    std::string expected;
+    for (std::size_t id = 0; id < processes.size(); ++id) {
+        expected += Line(id, processes[id], "attached as daemon " + std::to_string(id));
+    }
+    EXPECT_EQ(Daemonctl("reattach"), (Answer{0, expected + "10 attached, 0 already, 0 not\n", ""}));
+    for (const DWORD process : processes) {
+        EXPECT_TRUE(IsRunning(process));
+    }
+    const Json daemons = Json::parse(Daemonctl("ps --json").output).at("daemons");
+    ASSERT_EQ(daemons.size(), processes.size());
+    for (std::size_t id = 0; id < processes.size(); ++id) {
+        EXPECT_EQ(daemons[id].at("process_id"), processes[id]);
+        EXPECT_EQ(daemons[id].at("attached"), true);
+        EXPECT_EQ(daemons[id].at("restarts"), 0);
+    }
+    // Twice does nothing twice.
+    const Answer again = Daemonctl("reattach");
+    EXPECT_EQ(again.exitCode, 1U) << again;
+    EXPECT_NE(again.output.find("\n0 attached, 10 already, 0 not\n"), std::string::npos) << again;
+    // What is attached is kept alive.
+    KillProcess(processes[3]);
+    EXPECT_EQ(Daemonctl("wait 3 --for running --timeout 30").exitCode, 0U);
+    EXPECT_EQ(Daemonctl("reattach").exitCode, 1U);
+}
+
+TEST_F(Upgrade, tells_what_ended_in_between_and_attaches_the_rest)
+{
+    const std::vector<DWORD> processes = LaunchWorkers(2);
+    EXPECT_EQ(Daemonctl("exit").exitCode, 0U);
+    EXPECT_EQ(former_.Process().ExitCode(), 0U);
+    KillProcess(processes[0]);
+    StartNew();
+    const Answer dry = Daemonctl("reattach --dry-run");
+    EXPECT_EQ(dry.exitCode, 4U);
+    EXPECT_EQ(dry.output,
+              Line(1, processes[1], "would be attached") + "1 to attach, 0 already, 1 not\n");
+    const Answer answer = Daemonctl("reattach");
+    EXPECT_EQ(answer.exitCode, 4U);
+    EXPECT_EQ(answer.output,
+              Line(1, processes[1], "attached as daemon 0") + "1 attached, 0 already, 1 not\n");
+    EXPECT_EQ(answer.error,
+              "daemonctl: " +
+                  Line(0, processes[0], "process " + std::to_string(processes[0]) + " has ended") +
+                  "  If it is to run, launch it: daemonctl launch ...\n");
+    // Launched again, it is not missed any more.
+    EXPECT_EQ(Daemonctl("launch \"" + worker_ + "\" 0").exitCode, 0U);
+    EXPECT_EQ(Daemonctl("wait 1 --timeout 30").exitCode, 0U);
+    EXPECT_EQ(Daemonctl("reattach").exitCode, 1U);
+}
+
+TEST_F(Upgrade, of_a_supervisor_that_was_killed_works_too)
+{
+    const std::vector<DWORD> processes = LaunchWorkers(2);
+    EXPECT_EQ(Daemonctl("stop 0").exitCode, 0U);
+    ASSERT_TRUE(former_.WaitForLog(1, "Stop (2) DaemonId(0) PId(" + std::to_string(processes[0]) +
+                                          ") : " + worker_ + " 0 "));
+    former_.Process().Kill();
+    ASSERT_TRUE(former_.Process().Wait());
+    StartNew();
+    EXPECT_EQ(
+        Daemonctl("reattach"),
+        (Answer{0, Line(1, processes[1], "attached as daemon 0") + "1 attached, 0 already, 0 not\n",
+                ""}));
+    // Let go on purpose, it is left alone.
+    EXPECT_EQ(Daemonctl("detach 0").exitCode, 0U);
+    EXPECT_EQ(Daemonctl("reattach"), (Answer{1, "0 attached, 0 already, 0 not\n", ""}));
+}
+
+TEST_F(Upgrade, finds_in_a_listing_what_the_log_no_longer_tells)
+{
+    const std::vector<DWORD> processes = LaunchWorkers(1);
+    const std::string listing = Daemonctl("ps --json").output;
+    const std::string file = File("before.json", listing);
+    std::string wide = "\xFF\xFE"; // as PowerShell redirects
+    for (const char character : listing) {
+        wide += character;
+        wide += '\0';
+    }
+    const std::string wideFile = File("wide.json", wide);
+    EXPECT_EQ(Daemonctl("exit").exitCode, 0U);
+    EXPECT_EQ(former_.Process().ExitCode(), 0U);
+    ASSERT_TRUE(DeleteFileA(former_.LogFile().c_str()));
+    StartNew();
+    EXPECT_EQ(Daemonctl("reattach"), (Answer{1, "0 attached, 0 already, 0 not\n", ""}));
+    EXPECT_EQ(
+        Daemonctl("reattach --from " + file),
+        (Answer{0, Line(0, processes[0], "attached as daemon 0") + "1 attached, 0 already, 0 not\n",
+                ""}));
+    EXPECT_EQ(
+        Daemonctl("reattach --from " + wideFile),
+        (Answer{1, Line(0, processes[0], "is daemon 0 already") + "0 attached, 1 already, 0 not\n",
+                ""}));
+    const Answer wrong = Daemonctl("reattach --from " + File("wrong.json", "{}"));
+    EXPECT_EQ(wrong.exitCode, 2U);
+    EXPECT_NE(wrong.error.find("no listing of daemonctl ps --json"), std::string::npos) << wrong;
+}
+
+TEST_F(Upgrade, tells_that_the_supervisor_would_not_have_a_process)
+{
+    const std::vector<DWORD> processes = LaunchWorkers(1);
+    EXPECT_EQ(Daemonctl("exit").exitCode, 0U);
+    EXPECT_EQ(former_.Process().ExitCode(), 0U);
+    {
+        const PrefixStandIns broken(PrefixStandIns::Wmi::broken);
+        StartNew();
+    }
+    const Answer answer = Daemonctl("reattach");
+    EXPECT_EQ(answer.exitCode, 4U);
+    EXPECT_EQ(answer.output, "0 attached, 0 already, 1 not\n");
+    EXPECT_EQ(answer.error,
+              "daemonctl: " + Line(0, processes[0],
+                                   "the supervisor could not attach it; daemonctl doctor may say "
+                                   "why"));
+    EXPECT_TRUE(IsRunning(processes[0]));
+}
+
+} // namespace
+} // namespace vqrx::test
