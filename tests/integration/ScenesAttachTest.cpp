@@ -77,7 +77,7 @@ TEST_F(AttachScene, killed_program_comes_back_as_it_was_and_once_detached_stays_
     EXPECT_FALSE(supervisor_.Client().Detach(0));
 
     KillProcess(second);
-    ASSERT_TRUE(TwoPassesLater(supervisor_));
+    ASSERT_TRUE(OnePassLater(supervisor_));
     EXPECT_EQ(supervisor_.CountLog(1, "Start " + Described(0, second, command)), 1U);
     EXPECT_EQ(supervisor_.WaitForStart(0), second); // no later start of it
     EXPECT_FALSE(std::filesystem::exists(note_));

@@ -100,7 +100,7 @@ TEST_F(FailedAttachScene, ended_forbidden_and_impossible_processes_cost_an_id_an
     EXPECT_TRUE(supervisor_.WaitForLog(1, "Unable to attach  "));
 
     ExpectNextId(4);
-    ASSERT_TRUE(TwoPassesLater(supervisor_));
+    ASSERT_TRUE(OnePassLater(supervisor_));
     for (const RingRecord& record : supervisor_.Log()) { // none of them is in the table
         for (const char* id : {"(0)", "(1)", "(2)", "(3)"}) {
             EXPECT_FALSE(record.text.starts_with(std::string("Start DaemonId") + id)) << record;

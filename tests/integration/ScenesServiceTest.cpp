@@ -49,7 +49,7 @@ TEST_F(ServiceScene, service_is_known_by_its_name_and_restarted_with_the_argumen
     EXPECT_TRUE(supervisor_.Client().Detach(0));
     EXPECT_TRUE(supervisor_.WaitForLog(1, "Detached " + Described(0, second, "DmSceneService")));
     KillProcess(second);
-    ASSERT_TRUE(TwoPassesLater(supervisor_));
+    ASSERT_TRUE(OnePassLater(supervisor_));
     EXPECT_EQ(supervisor_.WaitForStart(0), second); // no later start of it
 }
 

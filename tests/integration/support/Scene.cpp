@@ -22,16 +22,14 @@ std::wstring WideText(const std::string& text)
     return system::com::v1::NarrowToWide(text, CP_ACP);
 }
 
-bool TwoPassesLater(SupervisorProcess& supervisor)
+bool OnePassLater(SupervisorProcess& supervisor)
 {
-    const auto marker =
-        supervisor.Client().Launch(WideText(TestProgram("no_windows")), {L"marks", L"passes"});
-    DWORD processId = supervisor.WaitForStart(marker.daemonId);
-    for (int pass = 0; pass < 2 && processId != 0; ++pass) {
-        KillProcess(processId);
-        processId = supervisor.WaitForStart(marker.daemonId, processId);
-    }
-    return processId != 0 && supervisor.Client().Stop(marker.daemonId);
+    const std::string nowhere = "C:\\nowhere\\marks a pass.exe";
+    const std::string line = "Unable to start " + nowhere + " ";
+    const std::size_t before = supervisor.CountLog(1, line);
+    const auto marker = supervisor.Client().Launch(WideText(nowhere));
+    return marker.done && supervisor.WaitForLog(1, line, before + 1) &&
+           supervisor.Client().Stop(marker.daemonId);
 }
 
 void Scene::SetUpTestSuite()

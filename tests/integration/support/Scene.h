@@ -19,10 +19,10 @@ std::string Described(DWORD daemonId, DWORD processId, const std::string& comman
 /// Path or argument for a client's call.
 std::wstring WideText(const std::string& text);
 
-/// Lets the supervision thread finish two passes that begin after the call: a daemon made for it is
-/// killed and started again twice.
-/// @return false when it was not
-bool TwoPassesLater(SupervisorProcess& supervisor);
+/// Waits for the end of a pass that begins after the call: of the first one over a daemon that is
+/// made for it and comes last in the table. What this pass did is in the log by then.
+/// @return false when it did not come
+bool OnePassLater(SupervisorProcess& supervisor);
 
 /// A supervisor on a machine with a firewall that runs and with WMI: the stand-ins' where the
 /// host's own will not do. They are in place for the tests of one suite only.
