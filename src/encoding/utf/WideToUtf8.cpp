@@ -1,6 +1,9 @@
 #include "utf/TextError.h"
 #include "utf/Transcode.h"
 
+#include <array>
+#include <cstddef>
+
 namespace vqrx::encoding::utf::v1 {
 namespace {
 
@@ -50,15 +53,29 @@ char* Put(char* out, std::uint32_t c) noexcept
     throw TextError("invalid Unicode codepoint"); // not reached: Transcode has raised
 }
 
-} // namespace
-
-// In one pass and one allocation, with the results of Transcode.
-std::string WideToUtf8(const std::wstring& s)
+// Four units that are none but ASCII and not zero, which is most of what paths are made of.
+bool AreAscii(const wchar_t* units) noexcept
 {
-    std::string result(s.size() * 3, '\0'); // three bytes a unit at the most
-    char* out = result.data();
-    const wchar_t* const end = s.data() + s.size();
-    for (const wchar_t* unit = s.data(); unit != end; ++unit) {
+    std::uint32_t all = 0;
+    for (int index = 0; index < 4; ++index) {
+        const auto c = static_cast<std::uint32_t>(units[index]) & 0xFFFF;
+        all |= c | (c - 1); // of zero this sets every bit
+    }
+    return all < 0x80;
+}
+
+// Converts up to end, or stops at the first error, or before the last unit when it may be half of a
+// pair that goes on behind it. Room for three bytes a unit. @return where it stopped
+const wchar_t* Convert(const wchar_t* unit, const wchar_t* end, char*& out) noexcept
+{
+    while (unit != end) {
+        if (end - unit >= 4 && AreAscii(unit)) {
+            for (int index = 0; index < 4; ++index) {
+                *out++ = static_cast<char>(unit[index]);
+            }
+            unit += 4;
+            continue;
+        }
         const auto c = static_cast<std::uint32_t>(*unit) & 0xFFFF;
         if (c - 1 < 0x7F) {
             *out++ = static_cast<char>(c);
@@ -68,12 +85,38 @@ std::string WideToUtf8(const std::wstring& s)
             out = Put(out,
                       0x10000 + ((c & 0x3FF) << 10) + (static_cast<std::uint32_t>(*unit) & 0x3FF));
         } else if (c == 0 || (c & 0xF800) == 0xD800) {
-            RaiseError(s);
+            return unit;
         } else {
             out = Put(out, c);
         }
+        ++unit;
     }
-    result.resize(static_cast<std::size_t>(out - result.data()));
+    return unit;
+}
+
+} // namespace
+
+// In one pass, piece by piece through a buffer that stays in the processor's cache; with the
+// results of Transcode.
+std::string WideToUtf8(const std::wstring& s)
+{
+    constexpr std::ptrdiff_t kPiece = 1024;
+    std::array<char, 3 * kPiece> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): filled
+    std::string result;
+    const wchar_t* const end = s.data() + s.size();
+    for (const wchar_t* unit = s.data(); unit != end;) {
+        const wchar_t* const pieceEnd = end - unit > kPiece ? unit + kPiece : end;
+        char* out = buffer.data();
+        const wchar_t* const stopped = Convert(unit, pieceEnd, out);
+        if (stopped == unit || (stopped != pieceEnd && pieceEnd - stopped > 1)) {
+            RaiseError(s);
+        }
+        if (result.empty() && pieceEnd != end) {
+            result.reserve(s.size() + s.size() / 2);
+        }
+        result.append(buffer.data(), static_cast<std::size_t>(out - buffer.data()));
+        unit = stopped;
+    }
     return result;
 }
 

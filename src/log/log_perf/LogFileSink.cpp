@@ -6,7 +6,6 @@
 #include "log_perf/RingReload.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace vqrx::log::log_perf::v2 {
 namespace {
@@ -77,13 +76,12 @@ void LogFileSink::Write(int level, const Timestamp* timestamp, const char* text)
     if (reopen) {
         Open();
     }
-    LogHistoryEntry entry;
-    entry.level = level;
-    entry.time = MillisecondsOf(*timestamp);
-    entry.date = dateText_.Of(*timestamp);
-    entry.text = text;
-    WriteRecord(entry, sizeLimit);
-    history_.Insert(sequence_, std::move(entry));
+    entry_.level = level;
+    entry_.time = MillisecondsOf(*timestamp);
+    entry_.date = dateText_.Of(*timestamp);
+    entry_.text = text;
+    WriteRecord(entry_, sizeLimit);
+    history_.Insert(sequence_, entry_);
     sequence_ = static_cast<std::int64_t>(static_cast<std::uint64_t>(sequence_) + 1);
 }
 
@@ -136,9 +134,10 @@ void LogFileSink::Reload(std::uint32_t writePosition)
     if (!file) {
         return;
     }
-    sequence_ = ReloadRing(file, writePosition, [this](std::int64_t number, LogHistoryEntry entry) {
-        history_.Insert(number, std::move(entry));
-    });
+    sequence_ =
+        ReloadRing(file, writePosition, [this](std::int64_t number, const LogHistoryEntry& entry) {
+            history_.Insert(number, entry);
+        });
 }
 
 bool LogFileSink::GetRange(std::int64_t first, std::int64_t last, std::int64_t& outFirst,

@@ -60,7 +60,8 @@ private:
     std::streamoff position_ = 0; // where stream_ stands between two records
     std::int64_t sequence_ = 0;   // the number of the next record
     DateTextOfSecond dateText_;
-    std::string line_; // kept for its memory
+    LogHistoryEntry entry_; // this and the line are kept for their memory
+    std::string line_;
 
     LogHistory history_;
 };

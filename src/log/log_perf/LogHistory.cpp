@@ -8,10 +8,13 @@ namespace vqrx::log::log_perf::v2 {
 
 using system::sync_ptr::v1::CriticalSectionHold;
 
-void LogHistory::Insert(std::int64_t number, LogHistoryEntry entry)
+void LogHistory::Insert(std::int64_t number, const LogHistoryEntry& entry)
 {
+    Stored stored{entry.time, entry.level, static_cast<std::uint32_t>(entry.date.size()), {}};
+    stored.dateAndText.reserve(entry.date.size() + entry.text.size());
+    stored.dateAndText.append(entry.date).append(entry.text);
     const CriticalSectionHold hold(lock_);
-    entries_.insert_or_assign(entries_.end(), number, std::move(entry));
+    entries_.insert_or_assign(entries_.end(), number, std::move(stored));
     while (entries_.size() > capacity_) {
         entries_.erase(entries_.begin());
     }
@@ -56,7 +59,11 @@ ILogRetriever::Entries LogHistory::GetEntries(std::int64_t first, std::int64_t l
     const std::int64_t highest = Resolve(last);
     for (auto entry = entries_.lower_bound(lowest);
          entry != entries_.end() && entry->first <= highest; ++entry) {
-        result.emplace_back(*entry);
+        const Stored& stored = entry->second;
+        LogHistoryEntry whole{stored.level, stored.time,
+                              stored.dateAndText.substr(0, stored.dateLength),
+                              stored.dateAndText.substr(stored.dateLength)};
+        result.emplace_back(entry->first, std::move(whole));
     }
     return result;
 }

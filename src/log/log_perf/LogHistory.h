@@ -5,6 +5,8 @@
 
 #include <cstddef>
 #include <map>
+#include <memory_resource>
+#include <string>
 
 namespace vqrx::log::log_perf::v2 {
 
@@ -13,7 +15,7 @@ class LogHistory {
 public:
     static constexpr std::size_t kCapacity = 50000;
 
-    void Insert(std::int64_t number, LogHistoryEntry entry);
+    void Insert(std::int64_t number, const LogHistoryEntry& entry);
     void Clear() noexcept;
 
     /// As ILogRetriever says.
@@ -22,11 +24,20 @@ public:
     ILogRetriever::Entries GetEntries(std::int64_t first, std::int64_t last);
 
 private:
+    // An entry with its two texts in one piece: half the memory, and half the work to get it.
+    struct Stored {
+        std::int64_t time;
+        std::int32_t level;
+        std::uint32_t dateLength;
+        std::string dateAndText;
+    };
+
     std::int64_t Resolve(std::int64_t number) const noexcept;
 
     system::sync_ptr::v1::CriticalSection lock_;
     std::size_t capacity_ = kCapacity;
-    std::map<std::int64_t, LogHistoryEntry> entries_;
+    std::pmr::unsynchronized_pool_resource nodes_; // under lock_, as entries_
+    std::pmr::map<std::int64_t, Stored> entries_{&nodes_};
 };
 
 } // namespace vqrx::log::log_perf::v2

@@ -85,6 +85,13 @@ void SplitLogLine(std::string_view line, std::vector<std::string_view>& fields)
 
 LogHistoryEntry ParseLogEntry(const std::vector<std::string_view>& fields)
 {
+    LogHistoryEntry entry;
+    ParseLogEntry(fields, entry);
+    return entry;
+}
+
+void ParseLogEntry(const std::vector<std::string_view>& fields, LogHistoryEntry& entry)
+{
     const Conversion time = ToNumber(fields[2]);
     if (!time.isNumber) {
         throw std::invalid_argument("invalid stoll argument");
@@ -100,7 +107,6 @@ LogHistoryEntry ParseLogEntry(const std::vector<std::string_view>& fields)
         level.value > std::numeric_limits<std::int32_t>::max()) {
         throw std::out_of_range("stoi argument out of range");
     }
-    LogHistoryEntry entry;
     entry.time = time.value;
     entry.level = static_cast<std::int32_t>(level.value);
     entry.date.reserve(kReservedDate);
@@ -108,7 +114,6 @@ LogHistoryEntry ParseLogEntry(const std::vector<std::string_view>& fields)
     entry.text.reserve(kReservedText);
     // The fields lie behind one another in the line: the text runs from the fifth to its end.
     entry.text.assign(fields[4].data(), fields.back().data() + fields.back().size());
-    return entry;
 }
 
 std::optional<std::int64_t> ParseRecordNumber(std::string_view field)

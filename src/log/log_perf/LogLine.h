@@ -31,6 +31,9 @@ void SplitLogLine(std::string_view line, std::vector<std::string_view>& fields);
 ///         no 32-bit decimal number; texts as the standard conversions'
 LogHistoryEntry ParseLogEntry(const std::vector<std::string_view>& fields);
 
+/// The same, into an entry that is used again and again; left as it was when it throws.
+void ParseLogEntry(const std::vector<std::string_view>& fields, LogHistoryEntry& entry);
+
 /// The record's number: the decimal number that the first field begins with; nothing for a field
 /// that does not begin with one, which is what a torn line looks like.
 std::optional<std::int64_t> ParseRecordNumber(std::string_view field);

@@ -27,6 +27,7 @@ void ReadOlderPart(std::istream& file, std::uint32_t writePosition, std::int64_t
     LineReader reader(file, writePosition);
     std::string line;
     std::vector<std::string_view> fields;
+    LogHistoryEntry entry;
     bool numbered = false;
     while (reader.Next(line)) {
         SplitLogLine(line, fields);
@@ -34,7 +35,8 @@ void ReadOlderPart(std::istream& file, std::uint32_t writePosition, std::int64_t
             continue;
         }
         if (numbered) {
-            recordFound(counter, ParseLogEntry(fields));
+            ParseLogEntry(fields, entry);
+            recordFound(counter, entry);
             Advance(counter);
         } else if (const auto number = ParseRecordNumber(fields[0])) {
             counter = *number;
@@ -50,11 +52,13 @@ void ReadNewerPart(std::istream& file, std::uint32_t writePosition, std::int64_t
     LineReader reader(file);
     std::string line;
     std::vector<std::string_view> fields;
+    LogHistoryEntry entry;
     reader.Next(line); // the header
     while (reader.Position() < writePosition && reader.Next(line)) {
         SplitLogLine(line, fields);
         if (fields.size() >= kLogLineFields) {
-            recordFound(counter, ParseLogEntry(fields));
+            ParseLogEntry(fields, entry);
+            recordFound(counter, entry);
             Advance(counter);
         }
     }

@@ -8,8 +8,9 @@
 
 namespace vqrx::log::log_perf::v2 {
 
-/// Called for each record found, in the order in which they were written.
-using RecordFound = std::function<void(std::int64_t number, LogHistoryEntry entry)>;
+/// Called for each record found, which is borrowed for the call, in the order in which they were
+/// written.
+using RecordFound = std::function<void(std::int64_t number, const LogHistoryEntry& entry)>;
 
 /// Reads the records of a ring file: first the older ones behind the write position, then the newer
 /// ones before it. Numbers are handed out consecutively, beginning with the number of the first

@@ -122,6 +122,34 @@ TEST(WideToUtf8, converts_characters_of_two_three_and_four_bytes)
     EXPECT_EQ("\xF0\x9F\x98\x80", WideToUtf8(std::wstring{wchar_t(0xD83D), wchar_t(0xDE00)}));
 }
 
+TEST(WideToUtf8, converts_pairs_wherever_they_stand_in_a_long_text)
+{
+    for (std::size_t before = 1018; before < 1030; ++before) {
+        const std::wstring text = std::wstring(before, L'a') + L"\xD83D\xDE00" +
+                                  std::wstring(1000, L'\u20AC') + L"\xD83D\xDE00";
+        std::string expected(before, 'a');
+        expected += "\xF0\x9F\x98\x80";
+        for (int i = 0; i < 1000; ++i) {
+            expected += "\xE2\x82\xAC";
+        }
+        expected += "\xF0\x9F\x98\x80";
+        EXPECT_EQ(expected, WideToUtf8(text)) << before;
+    }
+}
+
+TEST(WideToUtf8, raises_for_an_error_wherever_it_stands_in_a_long_text)
+{
+    for (std::size_t position = 0; position < 2100; ++position) {
+        std::wstring text(2100, L'a');
+        text[position] = L'\0';
+        EXPECT_ANY_THROW(WideToUtf8(text)) << position;
+        text[position] = wchar_t(0xD83D); // one half of a pair
+        EXPECT_ANY_THROW(WideToUtf8(text)) << position;
+        text[position] = wchar_t(0xDE00); // the other
+        EXPECT_ANY_THROW(WideToUtf8(text)) << position;
+    }
+}
+
 TEST(WideToUtf8, raises_for_a_nul_character)
 {
     EXPECT_EQ("invalid Unicode codepoint", WideError(std::wstring(L"a\0b", 3)));
