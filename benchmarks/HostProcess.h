@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+namespace vqrx::bench {
+
+/// A process as the host's own /proc shows it: under Wine the times that Windows would tell of
+/// another process are too coarse. Does nothing useful on Windows.
+class HostProcess {
+public:
+    /// Looks for the one process whose command line begins with this text.
+    explicit HostProcess(const std::string& commandLine);
+
+    bool Found() const { return !folder_.empty(); }
+    /// Processor time of all its threads so far, seconds.
+    double CpuSeconds() const;
+    /// Resident memory, and the part of it that is its own, bytes.
+    double ResidentBytes() const;
+    double PrivateBytes() const;
+
+private:
+    double Kilobytes(const char* file, const char* field) const;
+
+    std::string folder_;
+};
+
+} // namespace vqrx::bench

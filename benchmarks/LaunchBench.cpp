@@ -1,0 +1,125 @@
+// Launch against a table of 10,000 daemons, from within the process and from another one.
+#include "ArgumentArray.h"
+#include "DaemonManager.h"
+#include "HeapBytes.h"
+#include "Measure.h"
+#include "RotRegistration.h"
+#include "SharedChild.h"
+#include "com/ComApartment.h"
+#include "com/ComPtr.h"
+#include "com/UniqueBstr.h"
+#include "daemon_manager/SupervisorClient.h"
+#include "log_perf/LibLogPerf.h"
+
+#include <string>
+#include <vector>
+
+namespace vqrx::bench {
+namespace {
+
+using system::com::v1::ComPtr;
+using system::com::v1::UniqueBstr;
+using system::daemon::daemon_mgr::v0::DaemonManager;
+
+constexpr std::uint32_t kUnknownDaemon = 0xFFFFFFF0;
+constexpr int kCalls = 100;
+
+std::wstring Path()
+{
+    const std::string path = kDaemonPath;
+    return {path.begin(), path.end()};
+}
+
+std::vector<std::wstring> Texts(int number)
+{
+    const std::wstring digits = std::to_wstring(100000 + number);
+    return {L"--channel", digits, L"--profile=broadcast-hd", L"--multicast=239.1." + digits};
+}
+
+class Request {
+public:
+    explicit Request(int number)
+        : path_(Path())
+    {
+        SAFEARRAYBOUND bound{4, 0};
+        arguments_ = SafeArrayCreate(VT_BSTR, 1, &bound);
+        LONG position = 0;
+        for (const std::wstring& text : Texts(number)) {
+            const UniqueBstr argument(text);
+            SafeArrayPutElement(arguments_, &position, argument.Get());
+            ++position;
+        }
+    }
+    Request(const Request&) = delete;
+    Request& operator=(const Request&) = delete;
+    ~Request() { SafeArrayDestroy(arguments_); }
+
+    HRESULT Send(DaemonManager& manager)
+    {
+        DWORD daemonId = 0;
+        return manager.Launch(path_.Get(), &arguments_, &daemonId);
+    }
+
+private:
+    UniqueBstr path_;
+    SAFEARRAY* arguments_ = nullptr;
+};
+
+} // namespace
+
+void LaunchBench(const Settings& settings)
+{
+    const int records = settings.quick ? 1000 : 10000;
+    const system::com::v1::ComApartment apartment;
+    log::log_perf::v2::LibLogPerf logger;
+    const auto manager =
+        ComPtr<DaemonManager>::Share(new DaemonManager(GetCurrentThreadId(), INFINITE, &logger));
+    Request(-1).Send(*manager.Get());
+    const std::size_t before = HeapBytes();
+    for (int number = 0; number < records; ++number) {
+        Request(number).Send(*manager.Get());
+    }
+    Sleep(500); // the logger's records are gone
+    Report("launch.table_mib", static_cast<double>(HeapBytes() - before) / 1048576);
+
+    Request last(records - 1);
+    const Stopwatch watch;
+    for (int i = 0; i < kCalls; ++i) {
+        last.Send(*manager.Get());
+    }
+    Report("launch.in_process_us", watch.Seconds() / kCalls * 1e6);
+
+    std::unique_ptr<app::v0::RotRegistration> registration;
+    app::v0::MakeRotRegistration(registration, manager.Get(), logger);
+    STARTUPINFOA startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION client{};
+    std::string commandLine = OwnPath() + " launch_client " + std::to_string(records - 1);
+    if (CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                       &startup, &client) != FALSE) {
+        WaitForSingleObject(client.hProcess, 60000);
+        CloseHandle(client.hThread);
+        CloseHandle(client.hProcess);
+    }
+}
+
+int LaunchClient()
+{
+    const system::com::v1::ComApartment apartment;
+    daemon_manager::SupervisorClient client;
+    client.Detach(kUnknownDaemon);
+    const Stopwatch call;
+    for (int i = 0; i < kCalls; ++i) {
+        client.Detach(kUnknownDaemon); // does nothing: the price of the call
+    }
+    Report("launch.one_call_us", call.Seconds() / kCalls * 1e6);
+    const int last = std::stoi(__argv[2]);
+    const Stopwatch launch;
+    for (int i = 0; i < kCalls; ++i) {
+        client.Launch(Path(), Texts(last));
+    }
+    Report("launch.other_process_us", launch.Seconds() / kCalls * 1e6);
+    return 0;
+}
+
+} // namespace vqrx::bench

@@ -1,0 +1,229 @@
+// A call of the logger, and records a second to the file, beside spdlog's asynchronous logger with
+// its plain file sink, which is told to flush every record as ours does.
+#include "Measure.h"
+#include "log_perf/LibLogPerf.h"
+#include "log_perf/LogFileSink.h"
+
+#include <spdlog/async.h>
+#include <spdlog/async_logger.h>
+#include <spdlog/sinks/basic_file_sink.h>
+
+#include <array>
+#include <atomic>
+#include <cstdio>
+#include <memory>
+#include <numeric>
+#include <thread>
+#include <vector>
+
+#include <windows.h>
+
+namespace vqrx::bench {
+namespace {
+
+using namespace log::log_perf::v2;
+using system::win32::v1::UniqueKernelHandle;
+
+constexpr int kBurst = 500; // half of what our queue holds: nothing is lost
+constexpr std::uint32_t kRingSize = 0x100000;
+
+/// Tells when the record has been written that was awaited.
+class Arrivals {
+public:
+    void Expect(std::size_t more) { target_ = count_ + more; }
+    void Arrived()
+    {
+        if (++count_ == target_) {
+            SetEvent(event_.Get());
+        }
+    }
+    void Wait() const { WaitForSingleObject(event_.Get(), 60000); }
+    std::size_t Count() const { return count_; }
+
+private:
+    std::atomic<std::size_t> count_ = 0;
+    std::atomic<std::size_t> target_ = 0;
+    UniqueKernelHandle event_{CreateEventA(nullptr, FALSE, FALSE, nullptr)};
+};
+
+class OurSink final : public ILogSink {
+public:
+    OurSink(Arrivals& arrivals, const std::string& file)
+        : arrivals_(arrivals)
+    {
+        sink_.SetFileName(file);
+        sink_.SetSizeLimit(kRingSize);
+    }
+    void Write(int level, const Timestamp* timestamp, const char* text) override
+    {
+        sink_.Write(level, timestamp, text);
+        arrivals_.Arrived();
+    }
+
+private:
+    Arrivals& arrivals_;
+    LogFileSink sink_;
+};
+
+class Ours {
+public:
+    explicit Ours(const std::string& folder)
+        : sink_(arrivals, folder + "\\ours.log")
+    {
+        logger_.AddSink(&sink_);
+    }
+    void Log(int number)
+    {
+        logger_.Log(2, "Start DaemonId(%d) PId(%d) : %s ", 7, number, kDaemonPath);
+    }
+
+    Arrivals arrivals;
+
+private:
+    OurSink sink_;
+    LibLogPerf logger_;
+};
+
+class TheirSink final : public spdlog::sinks::sink {
+public:
+    TheirSink(Arrivals& arrivals, const std::string& file)
+        : arrivals_(arrivals)
+        , sink_(std::make_shared<spdlog::sinks::basic_file_sink_mt>(file, true))
+    {
+    }
+    void log(const spdlog::details::log_msg& message) override { sink_->log(message); }
+    void flush() override
+    {
+        sink_->flush();
+        arrivals_.Arrived();
+    }
+    void set_pattern(const std::string& pattern) override { sink_->set_pattern(pattern); }
+    void set_formatter(std::unique_ptr<spdlog::formatter> formatter) override
+    {
+        sink_->set_formatter(std::move(formatter));
+    }
+
+private:
+    Arrivals& arrivals_;
+    std::shared_ptr<spdlog::sinks::basic_file_sink_mt> sink_;
+};
+
+class Theirs {
+public:
+    explicit Theirs(const std::string& folder)
+        : pool_(std::make_shared<spdlog::details::thread_pool>(8192, 1))
+        , logger_(std::make_shared<spdlog::async_logger>(
+              "bench", std::make_shared<TheirSink>(arrivals, folder + "\\theirs.log"), pool_,
+              spdlog::async_overflow_policy::block))
+    {
+        logger_->flush_on(spdlog::level::trace);
+    }
+    void Log(int number)
+    {
+        logger_->info("Start DaemonId({}) PId({}) : {} ", 7, number, kDaemonPath);
+    }
+
+    Arrivals arrivals;
+
+private:
+    std::shared_ptr<spdlog::details::thread_pool> pool_;
+    std::shared_ptr<spdlog::async_logger> logger_;
+};
+
+template <typename Logger>
+void Bursts(const std::string& name, const Settings& settings)
+{
+    Logger logger(settings.scratch);
+    const int bursts = settings.quick ? 4 : 40;
+    double calling = 0;
+    double written = 0;
+    for (int burst = -1; burst < bursts; ++burst) { // the first one warms up
+        logger.arrivals.Expect(kBurst);
+        const Stopwatch watch;
+        for (int i = 0; i < kBurst; ++i) {
+            logger.Log(i);
+        }
+        const double called = watch.Seconds();
+        logger.arrivals.Wait();
+        if (burst >= 0) {
+            calling += called;
+            written += watch.Seconds();
+        }
+    }
+    Report("log.one_caller_ns." + name, calling / (bursts * kBurst) * 1e9);
+    Report("file.records_per_second." + name, bursts * kBurst / written);
+}
+
+template <typename Logger>
+void FourCallers(const std::string& name, const Settings& settings)
+{
+    constexpr LONG kCallers = 4;
+    Logger logger(settings.scratch);
+    const int bursts = settings.quick ? 4 : 40;
+    const UniqueKernelHandle begin(CreateSemaphoreA(nullptr, 0, kCallers, nullptr));
+    const UniqueKernelHandle done(CreateSemaphoreA(nullptr, 0, kCallers, nullptr));
+    std::array<double, 4> calling{};
+    std::vector<std::thread> callers;
+    for (std::size_t caller = 0; caller < 4; ++caller) {
+        callers.emplace_back([&, caller] {
+            for (int burst = -1; burst < bursts; ++burst) {
+                WaitForSingleObject(begin.Get(), INFINITE);
+                const Stopwatch watch;
+                for (int i = 0; i < kBurst / 4; ++i) {
+                    logger.Log(i);
+                }
+                calling.at(caller) += burst >= 0 ? watch.Seconds() : 0;
+                ReleaseSemaphore(done.Get(), 1, nullptr);
+            }
+        });
+    }
+    for (int burst = -1; burst < bursts; ++burst) {
+        logger.arrivals.Expect(kBurst);
+        ReleaseSemaphore(begin.Get(), kCallers, nullptr);
+        for (std::size_t caller = 0; caller < 4; ++caller) {
+            WaitForSingleObject(done.Get(), INFINITE);
+        }
+        logger.arrivals.Wait();
+    }
+    for (std::thread& caller : callers) {
+        caller.join();
+    }
+    Report("log.four_callers_ns." + name,
+           std::accumulate(calling.begin(), calling.end(), 0.0) / (bursts * kBurst) * 1e9);
+}
+
+template <typename Logger>
+void Flood(const std::string& name, const Settings& settings)
+{
+    const int records = settings.quick ? 5000 : 50000;
+    double seconds = 0;
+    Arrivals* arrivals = nullptr;
+    auto logger = std::make_unique<Logger>(settings.scratch);
+    arrivals = &logger->arrivals;
+    const Stopwatch watch;
+    for (int i = 0; i < records; ++i) {
+        logger->Log(i);
+    }
+    seconds = watch.Seconds();
+    Report("log.flood_ns." + name, seconds / records * 1e9);
+    std::size_t before = 0; // what is not lost comes within two quiet tenths of a second
+    do {
+        before = arrivals->Count();
+        Sleep(200);
+    } while (arrivals->Count() != before);
+    Report("log.flood_arrived_share." + name, static_cast<double>(arrivals->Count()) / records);
+}
+
+} // namespace
+
+void LoggerBench(const Settings& settings)
+{
+    Bursts<Theirs>("spdlog", settings);
+    Bursts<Ours>("ours", settings);
+    FourCallers<Theirs>("spdlog", settings);
+    FourCallers<Ours>("ours", settings);
+    Flood<Theirs>("spdlog", settings);
+    Flood<Ours>("ours", settings);
+}
+
+} // namespace vqrx::bench

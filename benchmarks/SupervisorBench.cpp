@@ -1,0 +1,161 @@
+// The real supervisor: start and end, what it costs when nothing happens, and how soon a daemon
+// that was killed runs again.
+#include "HostProcess.h"
+#include "Measure.h"
+#include "SharedChild.h"
+#include "com/ComApartment.h"
+#include "daemon_manager/SupervisorClient.h"
+
+#include <filesystem>
+#include <memory>
+#include <random>
+#include <stdexcept>
+#include <string>
+
+namespace vqrx::bench {
+namespace {
+
+using daemon_manager::SupervisorClient;
+using system::win32::v1::UniqueKernelHandle;
+
+class Supervisor {
+public:
+    explicit Supervisor(const Settings& settings)
+    {
+        STARTUPINFOA startup{};
+        startup.cb = sizeof startup;
+        PROCESS_INFORMATION process{};
+        std::string commandLine = settings.supervisor;
+        const Stopwatch watch;
+        if (CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, FALSE, CREATE_NEW_CONSOLE,
+                           nullptr, nullptr, &startup, &process) == FALSE) {
+            throw std::runtime_error("cannot start " + settings.supervisor);
+        }
+        CloseHandle(process.hThread);
+        process_.Reset(process.hProcess);
+        while (!client_) {
+            try {
+                client_ = std::make_unique<SupervisorClient>();
+            } catch (const daemon_manager::SupervisorNotRunning&) {
+                if (watch.Seconds() > 60) {
+                    throw;
+                }
+                Sleep(2);
+            }
+        }
+        startSeconds_ = watch.Seconds();
+    }
+    Supervisor(const Supervisor&) = delete;
+    Supervisor& operator=(const Supervisor&) = delete;
+
+    SupervisorClient& Client() { return *client_; }
+    double StartSeconds() const { return startSeconds_; }
+    double End()
+    {
+        const Stopwatch watch;
+        client_->Exit();
+        WaitForSingleObject(process_.Get(), 60000);
+        client_.reset();
+        return watch.Seconds();
+    }
+
+private:
+    UniqueKernelHandle process_;
+    std::unique_ptr<SupervisorClient> client_;
+    double startSeconds_ = 0;
+};
+
+void Launch(Supervisor& supervisor, int number)
+{
+    const std::string path = OwnPath();
+    supervisor.Client().Launch({path.begin(), path.end()}, {L"child", std::to_wstring(number)});
+}
+
+void Await(const Children& children)
+{
+    if (!children.WaitForStart()) {
+        throw std::runtime_error("a daemon has not started within two minutes");
+    }
+}
+
+void StartAndEnd(const Settings& settings)
+{
+    for (int round = 0; round < settings.rounds; ++round) {
+        Supervisor supervisor(settings);
+        Report("supervisor.start_to_published_ms", supervisor.StartSeconds() * 1e3);
+        Report("supervisor.exit_ms", supervisor.End() * 1e3);
+    }
+    Report("supervisor.program_mib",
+           static_cast<double>(std::filesystem::file_size(settings.supervisor)) / 1048576);
+}
+
+void Idle(const Settings& settings, const Children& children)
+{
+    for (const int daemons : {0, 100, 500}) {
+        if (settings.quick && daemons > 100) {
+            continue;
+        }
+        Supervisor supervisor(settings);
+        for (int number = 0; number < daemons; ++number) {
+            Launch(supervisor, number);
+        }
+        for (int number = 0; number < daemons; ++number) {
+            Await(children);
+        }
+        Sleep(2000); // the pass that has started the last one is over
+        const HostProcess host(settings.supervisor);
+        if (!host.Found()) {
+            throw std::runtime_error("the supervisor is not found in /proc");
+        }
+        const std::string suffix = "." + std::to_string(daemons);
+        const double before = host.CpuSeconds();
+        const Stopwatch watch;
+        Sleep(static_cast<DWORD>(settings.idleSeconds * 1e3));
+        Report("idle.cpu_seconds_a_minute" + suffix,
+               (host.CpuSeconds() - before) / watch.Seconds() * 60);
+        Report("idle.resident_mib" + suffix, host.ResidentBytes() / 1048576);
+        Report("idle.private_mib" + suffix, host.PrivateBytes() / 1048576);
+        supervisor.End();
+        children.EndAll();
+    }
+}
+
+void Kill(const Settings& settings, const Children& children)
+{
+    const int kills = settings.quick ? 5 : 50;
+    std::mt19937 random(std::random_device{}());
+    Supervisor supervisor(settings);
+    Launch(supervisor, 0);
+    Await(children);
+    for (int kill = 0; kill < kills; ++kill) {
+        const DWORD processId = children.LastProcessId();
+        if (kill % 5 == 0) { // in turn: what one start costs now
+            const Stopwatch start;
+            const UniqueKernelHandle child(Children::Start());
+            Await(children);
+            Report("restart.process_start_ms", start.Seconds() * 1e3);
+            TerminateProcess(child.Get(), 0);
+        }
+        Sleep(random() % 1000);
+        const UniqueKernelHandle process(OpenProcess(PROCESS_TERMINATE, FALSE, processId));
+        const Stopwatch watch;
+        TerminateProcess(process.Get(), 9);
+        Await(children);
+        Report("restart.killed_to_running_ms", watch.Seconds() * 1e3);
+    }
+    supervisor.End();
+    children.EndAll();
+}
+
+} // namespace
+
+void SupervisorBench(const Settings& settings)
+{
+    const system::com::v1::ComApartment apartment;
+    const Children children;
+    StartAndEnd(settings);
+    Kill(settings, children);
+    Idle(settings, children);
+}
+
+} // namespace vqrx::bench

@@ -1,0 +1,188 @@
+#!/usr/bin/env python3
+"""Runs dm_bench and sums up: medians, spread, ratios beside their goals; JSON and a picture on demand."""
+import argparse
+import json
+import os
+import statistics
+import subprocess
+import sys
+import tempfile
+
+# (what, goal's text, how the figure is computed from medians, limit, True when more is better)
+GOALS = [
+    ("Log, one caller, bursts of 500, against spdlog async",
+     lambda m: m["log.one_caller_ns.ours"] / m["log.one_caller_ns.spdlog"], 0.6, False, ""),
+    ("Log, four callers, against spdlog async",
+     lambda m: m["log.four_callers_ns.ours"] / m["log.four_callers_ns.spdlog"], 0.6, False, ""),
+    ("records a second to the ring file, against spdlog flushing each record to a plain file",
+     lambda m: m["file.records_per_second.ours"] / m["file.records_per_second.spdlog"], 3, True, ""),
+    ("the sink's records a second against the raw two-write limit through the same stream layer",
+     lambda m: m["file.records_per_second.sink_alone"]
+     / m["file.records_per_second.raw_two_writes"], 0.8, True, ""),
+    ("idle pass over 1,000 live daemons, against 1,000 calls of GetExitCodeProcess",
+     lambda m: m["pass.us.1000"] / m["pass.exit_codes_us.1000"], 0.05, False, ""),
+    ("pass cost from 100 to 10,000 daemons, per daemon",
+     lambda m: m["pass.us.10000"] / m["pass.us.100"] / 100, 1, False, ""),
+    ("Launch against 10,000 records in one process, against one call from another process",
+     lambda m: m["launch.in_process_us"] / m["launch.one_call_us"], 1, False, ""),
+    ("memory of the table, 10,000 daemons, 60-character paths, 4 arguments",
+     lambda m: m["launch.table_mib"], 8, False, " MiB"),
+    ("CPU of the idle supervisor with 100 daemons",
+     lambda m: m["idle.cpu_seconds_a_minute.100"], 0.05, False, " s a minute"),
+    ("memory of the idle supervisor with 100 daemons",
+     lambda m: m["idle.resident_mib.100"], 40, False, " MiB"),
+    ("median killed to running, against 0.5 s plus 1.2 process starts",
+     lambda m: m["restart.killed_to_running_ms"] / (500 + 1.2 * m["restart.process_start_ms"]),
+     1, False, ""),
+    ("reload of a full ring against reading it line by line",
+     lambda m: m["ring.reload_ms"] / m["ring.read_lines_ms"], 2, False, ""),
+    ("WideToUtf8 on 1 MiB, mixed text, against the system's converter asked for the size first",
+     lambda m: m["utf8.mixed_1mib_us.ours"] / m["utf8.mixed_1mib_us.system"], 1, False, ""),
+    ("WideToUtf8 on 1 MiB, ASCII, against the same",
+     lambda m: m["utf8.ascii_1mib_us.ours"] / m["utf8.ascii_1mib_us.system"], 1, False, ""),
+]
+
+
+def windows(path):
+    return "Z:" + os.path.abspath(path).replace("/", "\\")
+
+
+def make_files(folder, folders, files):
+    """Made by the host: the program under test is not what makes them."""
+    if os.path.exists(os.path.join(folder, ".complete")):
+        return
+    for outer in range(folders):
+        inner = os.path.join(folder, f"folder_{outer:03}") if folders > 1 else folder
+        os.makedirs(inner, exist_ok=True)
+        for number in range(files):
+            with open(os.path.join(inner, f"file_{number:06}.txt"), "w", encoding="ascii") as file:
+                file.write("x")
+    open(os.path.join(folder, ".complete"), "w", encoding="ascii").close()
+
+
+def run(options):
+    work = options.work
+    many, tree = os.path.join(work, "many"), os.path.join(work, "tree")
+    make_files(many, 1, 2000 if options.quick else 100000)
+    make_files(tree, 10 if options.quick else 100, 100)
+    scratch = tempfile.mkdtemp(dir=work)
+    command = ["tools/wine-run", options.program, "--rounds", str(options.rounds),
+               "--many-files", windows(many), "--tree", windows(tree), "--scratch",
+               windows(scratch), "--supervisor", windows(options.supervisor),
+               "--idle-seconds", "5" if options.quick else "60"]
+    command += ["--quick"] if options.quick else []
+    command += options.sections
+    output = os.path.join(work, "samples.txt")
+    with open(output, "w", encoding="ascii") as file:
+        result = subprocess.run(command, stdout=file, stdin=subprocess.DEVNULL, check=False)
+    subprocess.run(["rm", "-rf", scratch], check=False)
+    if result.returncode != 0:
+        sys.exit(f"bench: dm_bench ended with {result.returncode}; what it measured is in {output}")
+    return output
+
+
+def read(path):
+    samples = {}
+    with open(path, encoding="ascii") as file:
+        for line in file:
+            name, value = line.split()
+            samples.setdefault(name, []).append(float(value))
+    return samples
+
+
+def quartiles(values):
+    if len(values) < 2:
+        return values[0], values[0]
+    first, _, third = statistics.quantiles(values, n=4, method="inclusive")
+    return first, third
+
+
+def summed_up(samples):
+    medians = {name: statistics.median(values) for name, values in samples.items()}
+    measures = {}
+    for name, values in sorted(samples.items()):
+        low, high = quartiles(values)
+        measures[name] = {"median": medians[name], "quartiles": [low, high],
+                          "samples": len(values), "best": min(values), "worst": max(values)}
+    goals = []
+    for what, figure, limit, more, unit in GOALS:
+        try:
+            value = figure(medians)
+        except KeyError:
+            continue # its section did not run
+        goals.append({"what": what, "goal": limit, "more_is_better": more, "unit": unit,
+                      "figure": value, "met": value >= limit if more else value <= limit})
+    return {"measures": measures, "goals": goals}
+
+
+def number(value):
+    return f"{value:,.3g}" if abs(value) < 100 else f"{value:,.0f}"
+
+
+def print_text(result):
+    print(f"{'measure':45} {'median':>12} {'lower to upper quartile':>27} {'samples':>8}")
+    for name, measure in result["measures"].items():
+        low, high = measure["quartiles"]
+        print(f"{name:45} {number(measure['median']):>12} "
+              f"{number(low) + ' to ' + number(high):>27} {measure['samples']:>8}")
+    print()
+    for goal in result["goals"]:
+        word = "or more" if goal["more_is_better"] else "or less"
+        print(f"{'met   ' if goal['met'] else 'missed'} {number(goal['figure']):>8} "
+              f"(goal {number(goal['goal'])}{goal['unit']} {word})  {goal['what']}")
+
+
+def svg(result):
+    """One bar for each goal: how much of what is allowed is used up."""
+    row, left, width = 34, 30, 700
+    goals = result["goals"]
+    height = 60 + row * len(goals)
+    scale = width / 1.5
+    out = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width + 2 * left} {height}" '
+           'font-family="sans-serif" font-size="12">',
+           f'<rect width="{width + 2 * left}" height="{height}" fill="#ffffff"/>',
+           f'<text x="{left}" y="20" font-size="14" fill="#222">Share of the goal that is used up '
+           '(left of the line: met)</text>']
+    for index, goal in enumerate(goals):
+        used = goal["goal"] / goal["figure"] if goal["more_is_better"] else goal["figure"] / goal["goal"]
+        y = 36 + index * row
+        colour = "#3b7a57" if goal["met"] else "#b5482a"
+        out.append(f'<text x="{left}" y="{y + 10}" fill="#222">{goal["what"]}: '
+                   f'{number(goal["figure"])}{goal["unit"]} (goal {number(goal["goal"])})</text>')
+        out.append(f'<rect x="{left}" y="{y + 14}" width="{min(used, 1.5) * scale:.1f}" height="10" '
+                   f'fill="{colour}"/>')
+    out.append(f'<line x1="{left + scale:.1f}" y1="30" x2="{left + scale:.1f}" y2="{height - 16}" '
+               'stroke="#222" stroke-dasharray="4 3"/>')
+    out.append("</svg>")
+    return "\n".join(out) + "\n"
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--quick", action="store_true")
+    parser.add_argument("--json", action="store_true")
+    parser.add_argument("--svg", metavar="FILE")
+    parser.add_argument("--rounds", type=int)
+    parser.add_argument("--samples", metavar="FILE", action="append")
+    parser.add_argument("--program", default="build/windows/bin/dm_bench.exe")
+    parser.add_argument("--supervisor", default="build/windows/bin/DaemonManager.exe")
+    parser.add_argument("--work", default="build/bench")
+    parser.add_argument("sections", nargs="*")
+    options = parser.parse_args()
+    options.rounds = options.rounds or (1 if options.quick else 7)
+    os.makedirs(options.work, exist_ok=True)
+    samples = {}
+    for path in options.samples or [run(options)]:
+        samples.update(read(path))
+    result = summed_up(samples)
+    if options.json:
+        print(json.dumps(result, indent=2))
+    else:
+        print_text(result)
+    if options.svg:
+        with open(options.svg, "w", encoding="utf-8") as file:
+            file.write(svg(result))
+
+
+if __name__ == "__main__":
+    main()
