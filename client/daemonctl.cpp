@@ -7,6 +7,7 @@
 #include "commands/DoctorCommand.h"
 #include "commands/LogCommand.h"
 #include "commands/ReattachCommand.h"
+#include "commands/ReportCommand.h"
 #include "commands/WatchCommands.h"
 
 #include <CLI/CLI.hpp>
@@ -39,6 +40,7 @@ int Run()
     AddWaitCommand(app, exitCode);
     AddCheckCommand(app, exitCode);
     AddReattachCommand(app, exitCode);
+    AddReportCommand(app, exitCode, DefaultLogPath);
     AddDoctorCommand(app, exitCode);
     AddCompletionCommand(app, exitCode);
 

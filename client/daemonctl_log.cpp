@@ -1,6 +1,7 @@
 // daemonctl's commands that need nothing but a copy of a log file, for any system.
 #include "ExitCode.h"
 #include "commands/LogCommand.h"
+#include "commands/ReportCommand.h"
 
 #include <CLI/CLI.hpp>
 
@@ -19,6 +20,7 @@ int Run(int argc, char** argv)
     app.footer("Exit codes: 0 done, 2 wrong usage, 5 log unreadable.");
     int exitCode = kDone;
     AddLogCommand(app, exitCode, {});
+    AddReportCommand(app, exitCode, {});
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

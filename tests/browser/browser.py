@@ -1,0 +1,117 @@
+"""A headless browser, driven through two pipes: nothing listens on a port, nothing is fetched."""
+
+import base64
+import json
+import os
+import select
+import shutil
+import subprocess
+import tempfile
+import time
+
+PROGRAMS = ("chromium", "chromium-browser", "google-chrome")
+
+
+class Browser:
+    """Ends the browser and removes what it wrote when the block is left."""
+
+    def __init__(self, patience=120):
+        self.patience = patience  # seconds for one answer: the machine may be busy
+        self.last_id = 0
+        self.buffer = b""
+        self.events = []
+
+    def __enter__(self):
+        program = next((found for found in map(shutil.which, PROGRAMS) if found), None)
+        if not program:
+            raise RuntimeError("no browser is installed: " + ", ".join(PROGRAMS))
+        self.folder = tempfile.mkdtemp(prefix="dm_browser_")
+        to_browser, self.to_browser = os.pipe()
+        self.from_browser, from_browser = os.pipe()
+
+        def pipes():  # the browser reads descriptor 3 and writes descriptor 4
+            reading, writing = os.dup(to_browser), os.dup(from_browser)
+            os.dup2(reading, 3)
+            os.dup2(writing, 4)
+
+        self.process = subprocess.Popen(
+            [program, "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic",
+             "--no-first-run", "--disable-background-networking", "--disable-component-update",
+             "--disable-sync", "--disable-default-apps", "--disable-extensions",
+             "--disable-dev-shm-usage", "--hide-scrollbars", "--proxy-server=127.0.0.1:9",
+             "--user-data-dir=" + self.folder, "--remote-debugging-pipe", "about:blank"],
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+            preexec_fn=pipes, close_fds=False, start_new_session=True)
+        os.close(to_browser)
+        os.close(from_browser)
+        target = self.call("Target.createTarget", {"url": "about:blank"}, None)["targetId"]
+        self.session = self.call("Target.attachToTarget",
+                                 {"targetId": target, "flatten": True}, None)["sessionId"]
+        self.call("Page.enable")
+        self.call("Network.enable")
+        return self
+
+    def __exit__(self, *_):
+        os.close(self.to_browser)  # the browser ends when its pipe does
+        try:
+            self.process.wait(20)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+            self.process.wait()
+        os.close(self.from_browser)
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def _message(self):
+        deadline = time.monotonic() + self.patience
+        while b"\0" not in self.buffer:
+            left = deadline - time.monotonic()
+            if left <= 0 or not select.select([self.from_browser], [], [], left)[0]:
+                raise TimeoutError("the browser does not answer")
+            data = os.read(self.from_browser, 1 << 20)
+            if not data:
+                raise RuntimeError("the browser has ended")
+            self.buffer += data
+        message, self.buffer = self.buffer.split(b"\0", 1)
+        return json.loads(message)
+
+    def call(self, method, parameters=None, session=""):
+        self.last_id += 1
+        message = {"id": self.last_id, "method": method, "params": parameters or {}}
+        if session is not None:
+            message["sessionId"] = self.session
+        os.write(self.to_browser, json.dumps(message).encode() + b"\0")
+        while True:
+            answer = self._message()
+            if answer.get("id") == self.last_id:
+                if "error" in answer:
+                    raise RuntimeError(method + ": " + str(answer["error"]))
+                return answer["result"]
+            self.events.append(answer)
+
+    def show(self, path, width, height, scheme):
+        """Loads a local file and waits until it stands."""
+        self.call("Emulation.setDeviceMetricsOverride",
+                  {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": False})
+        self.call("Emulation.setEmulatedMedia",
+                  {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+        self.events = []
+        self.call("Page.navigate", {"url": "file://" + os.path.abspath(path)})
+        while not any(event["method"] == "Page.loadEventFired" for event in self.events):
+            self.events.append(self._message())
+
+    def requests(self):
+        """What the page asked for since show."""
+        return [event["params"]["request"]["url"] for event in self.events
+                if event.get("method") == "Network.requestWillBeSent"]
+
+    def evaluate(self, expression):
+        answer = self.call("Runtime.evaluate", {"expression": expression, "returnByValue": True})
+        if "exceptionDetails" in answer:
+            raise RuntimeError(str(answer["exceptionDetails"]))
+        return answer["result"].get("value")
+
+    def picture(self, path, whole=False):
+        shot = self.call("Page.captureScreenshot",
+                         {"format": "png", "captureBeyondViewport": whole})
+        with open(path, "wb") as file:
+            file.write(base64.b64decode(shot["data"]))

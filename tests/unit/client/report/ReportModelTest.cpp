@@ -1,0 +1,152 @@
+#include "report/ReportModel.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using client::v0::BuildTimeline;
+using client::v0::MakeReportModel;
+using client::v0::Record;
+using client::v0::ReportLane;
+using client::v0::ReportModel;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+/// Records at given seconds.
+class Log {
+public:
+    Log& At(std::int64_t seconds, const std::string& text, int level = 1)
+    {
+        records_.push_back(Record{number_++, seconds * 1000, level, "", text});
+        return *this;
+    }
+    Log& StartUp(std::int64_t seconds)
+    {
+        return At(seconds, "Connecting to WMI resource ...", 2)
+            .At(seconds, "Deamon Thread started", 2);
+    }
+    ReportModel Model() const { return MakeReportModel(BuildTimeline(records_)); }
+
+private:
+    std::vector<Record> records_;
+    std::int64_t number_ = 0;
+};
+
+TEST(ReportModel, of_an_empty_log_is_empty)
+{
+    const ReportModel model = Log().Model();
+    EXPECT_THAT(model.lanes, IsEmpty());
+    EXPECT_EQ(model.records, 0U);
+}
+
+TEST(ReportModel, counts_restarts_ends_and_lives)
+{
+    const ReportModel model = Log()
+                                  .StartUp(100)
+                                  .At(100, "Start DaemonId(0) PId(10) : a.exe ", 2)
+                                  .At(110, "Exception caught in : Access violation", 0)
+                                  .At(111, "Start DaemonId(0) PId(11) : a.exe ")
+                                  .At(131, "Exception caught in : Access violation", 0)
+                                  .At(131, "Start DaemonId(0) PId(12) : a.exe ")
+                                  .At(161, "Exception caught in : Unknown (0x1)", 0)
+                                  .At(161, "Start DaemonId(0) PId(13) : a.exe ")
+                                  .At(200, "Pin output buffer full : x")
+                                  .Model();
+    ASSERT_EQ(model.lanes.size(), 1U);
+    const ReportLane& lane = model.lanes[0];
+    EXPECT_EQ(lane.command, "a.exe");
+    EXPECT_THAT(lane.ids, ElementsAre(0));
+    EXPECT_EQ(lane.state, "running");
+    EXPECT_EQ(lane.restarts, 3U);
+    EXPECT_EQ(lane.longestMs, 39000); // the one that still runs
+    EXPECT_EQ(lane.medianMs, 20000);  // of 10, 20 and 30 s
+    ASSERT_TRUE(lane.availability);
+    EXPECT_DOUBLE_EQ(*lane.availability, 0.99);
+    EXPECT_THAT(lane.ends, ElementsAre(Pair("Access violation", 2U), Pair("Unknown (0x1)", 1U)));
+    EXPECT_EQ(lane.lives.size(), 4U);
+    EXPECT_EQ(lane.lives.back().endMs, 200000);
+}
+
+TEST(ReportModel, knows_a_daemon_again_in_the_next_run_by_its_command)
+{
+    const ReportModel model = Log()
+                                  .StartUp(100)
+                                  .At(100, "Start DaemonId(0) PId(10) : a.exe ", 2)
+                                  .At(100, "Start DaemonId(1) PId(11) : b.exe ", 2)
+                                  .At(150, "Deamon Thread is exiting...", 2)
+                                  .StartUp(200)
+                                  .At(200, "Start DaemonId(0) PId(20) : b.exe ", 2)
+                                  .At(220, "Stop (1) DaemonId(0) PId(20) : b.exe ")
+                                  .Model();
+    ASSERT_EQ(model.lanes.size(), 2U);
+    EXPECT_EQ(model.lanes[0].command, "a.exe");
+    EXPECT_EQ(model.lanes[0].state, "left running");
+    EXPECT_EQ(model.lanes[1].command, "b.exe");
+    EXPECT_THAT(model.lanes[1].ids, ElementsAre(0, 1));
+    EXPECT_EQ(model.lanes[1].state, "stopped");
+    EXPECT_EQ(model.lanes[1].lives.size(), 2U);
+    EXPECT_EQ(model.lanes[1].availability, 1.0);
+    EXPECT_THAT(model.lanes[1].ends, ElementsAre(Pair("stopped on request", 1U)));
+    ASSERT_EQ(model.gaps.size(), 1U);
+    EXPECT_EQ(model.gaps[0].beginMs, 150000);
+    EXPECT_EQ(model.gaps[0].endMs, 200000);
+    EXPECT_EQ(model.gaps[0].text, "no supervisor ran");
+}
+
+TEST(ReportModel, tells_two_daemons_of_one_command_apart)
+{
+    const ReportModel model = Log()
+                                  .StartUp(100)
+                                  .At(100, "Attach DaemonId(0) PId(10) : a.exe ", 2)
+                                  .At(101, "Attach DaemonId(1) PId(11) : a.exe ", 2)
+                                  .Model();
+    ASSERT_EQ(model.lanes.size(), 2U);
+    EXPECT_THAT(model.lanes[0].ids, ElementsAre(0));
+    EXPECT_THAT(model.lanes[1].ids, ElementsAre(1));
+}
+
+TEST(ReportModel, has_a_lane_for_what_never_started)
+{
+    const ReportModel model = Log()
+                                  .StartUp(100)
+                                  .At(100, "Unable to start a.exe ")
+                                  .At(101, "Unable to start a.exe ")
+                                  .Model();
+    ASSERT_EQ(model.lanes.size(), 1U);
+    EXPECT_THAT(model.lanes[0].ids, IsEmpty());
+    EXPECT_EQ(model.lanes[0].state, "cannot start");
+    EXPECT_THAT(model.lanes[0].failedStarts, ElementsAre(100000, 101000));
+    EXPECT_EQ(model.lanes[0].availability, 0.0);
+}
+
+TEST(ReportModel, counts_ends_whose_daemon_is_unknown)
+{
+    const ReportModel model =
+        Log().StartUp(100).At(100, "Exception caught in : Unknown (0x1)", 0).Model();
+    EXPECT_EQ(model.unknownEnds, 1U);
+    EXPECT_THAT(model.ends, ElementsAre(Pair("Unknown (0x1)", 1U)));
+}
+
+TEST(ReportModel, survives_a_clock_that_was_set_back)
+{
+    const ReportModel model = Log()
+                                  .StartUp(1000)
+                                  .At(1000, "Start DaemonId(0) PId(10) : a.exe ", 2)
+                                  .At(500, "Exception caught in : Unknown (0x1)", 0)
+                                  .At(500, "Start DaemonId(0) PId(11) : a.exe ")
+                                  .At(400, "Exit", 2)
+                                  .Model();
+    for (const auto& life : model.lanes.at(0).lives) {
+        EXPECT_LE(life.beginMs, life.endMs);
+    }
+    EXPECT_LE(model.beginMs, model.endMs);
+}
+
+} // namespace
+} // namespace vqrx::test
