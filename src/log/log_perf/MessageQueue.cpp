@@ -46,7 +46,7 @@ void MessageQueue::Append(int level, const Timestamp& timestamp, std::string_vie
             spare_.emplace_back();
         }
         LogRecord& record = spare_.front();
-        if (records_.size() < kMaxWaiting) {
+        if (waiting_ < kMaxWaiting) {
             record.text.assign(text);
             record.level = level;
             record.timestamp = timestamp;
@@ -57,43 +57,42 @@ void MessageQueue::Append(int level, const Timestamp& timestamp, std::string_vie
             overflowed_ = true;
         }
         records_.splice(records_.end(), spare_, spare_.begin());
+        ++waiting_;
     }
     signal_.Post();
 }
 
-std::size_t MessageQueue::Length() noexcept
+// All that wait are collected at once, so that the worker seldom meets a caller at the lock; they
+// count as waiting until each is taken. What was delivered makes room for what comes: a steady
+// stream of records allocates nothing.
+void MessageQueue::Collect() noexcept
 {
+    delivered_.remove_if(
+        [](const LogRecord& record) { return record.text.capacity() > kMaxSpareText; });
     const CriticalSectionHold hold(lock_);
-    return records_.size();
-}
-
-// What was delivered last makes room for what comes: a steady stream of records allocates nothing.
-void MessageQueue::Take() noexcept
-{
-    if (!taken_.empty() && taken_.front().text.capacity() > kMaxSpareText) {
-        taken_.clear();
-    }
-    const CriticalSectionHold hold(lock_);
-    spare_.splice(spare_.begin(), taken_);
-    if (!records_.empty()) {
-        taken_.splice(taken_.end(), records_, records_.begin());
-    }
-    if (records_.empty()) {
-        overflowed_ = false;
-    }
+    spare_.splice(spare_.begin(), delivered_);
+    collected_.swap(records_);
 }
 
 void MessageQueue::DeliverOne() noexcept
 {
-    Take();
-    if (!taken_.empty()) {
-        owner_.Deliver(taken_.front());
+    if (collected_.empty()) {
+        Collect();
     }
+    if (collected_.empty()) {
+        return;
+    }
+    delivered_.splice(delivered_.begin(), collected_, collected_.begin());
+    if (--waiting_ == 0 && overflowed_) {
+        const CriticalSectionHold hold(lock_);
+        overflowed_ = false;
+    }
+    owner_.Deliver(delivered_.front());
 }
 
 void MessageQueue::DeliverAll() noexcept
 {
-    while (Length() != 0) {
+    while (waiting_ != 0) {
         DeliverOne();
     }
 }

@@ -5,6 +5,7 @@
 #include "sync_ptr/CriticalSection.h"
 #include "win32/UniqueHandle.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <list>
@@ -58,15 +59,16 @@ private:
     bool Stopping() noexcept;
     void DeliverOne() noexcept;
     void DeliverAll() noexcept;
-    std::size_t Length() noexcept;
-    void Take() noexcept;
+    void Collect() noexcept;
 
     IQueueOwner& owner_;
-    std::list<LogRecord> records_; // under lock_
-    std::list<LogRecord> spare_;   // under lock_: delivered, kept for their memory
-    std::list<LogRecord> taken_;   // worker thread only: none, or the one that is delivered
-    bool overflowed_ = false;      // under lock_
-    bool stopping_ = false;        // under lock_
+    std::list<LogRecord> records_;         // under lock_: not yet collected
+    std::list<LogRecord> spare_;           // under lock_: delivered, kept for their memory
+    std::list<LogRecord> collected_;       // worker thread only: to be delivered one by one
+    std::list<LogRecord> delivered_;       // worker thread only: or being delivered, in front
+    std::atomic<std::size_t> waiting_ = 0; // in records_ and collected_; raised under lock_
+    std::atomic<bool> overflowed_ = false; // changed under lock_
+    bool stopping_ = false;                // under lock_
     system::sync_ptr::v1::CriticalSection lock_;
     system::win32::v1::UniqueKernelHandle worker_;
     WorkerSignal signal_; // counts the waiting records

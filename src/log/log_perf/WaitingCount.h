@@ -12,6 +12,16 @@ public:
     /// @return whether the taker sleeps: the kernel's semaphore is to be released once
     [[nodiscard]] bool Add() noexcept { return count_.fetch_add(1) < 0; }
 
+    /// Taker only. @return whether there was one, which was taken
+    [[nodiscard]] bool TryTake() noexcept
+    {
+        if (count_.load() <= 0) {
+            return false;
+        }
+        count_.fetch_sub(1);
+        return true;
+    }
+
     /// Taker only. @return true: one was taken; false: the taker counts as asleep from now on, and
     /// either gets the kernel's semaphore or says with Wake that it got something else
     [[nodiscard]] bool TakeOrSleep() noexcept { return count_.fetch_sub(1) > 0; }

@@ -7,6 +7,9 @@ namespace {
 
 constexpr LONG kMaxCount = 0x7FFFFFFF;
 
+// Looking so often for a record takes about as long as waking a worker that sleeps.
+constexpr int kLooks = 100;
+
 } // namespace
 
 WorkerSignal::WorkerSignal() noexcept
@@ -38,6 +41,27 @@ WorkerSignal::Result WorkerSignal::Wait(std::uint32_t timeoutMs) noexcept
         WaitForSingleObject(stopEvent_.Get(), INFINITE);
         return Result::kStop;
     }
+    const bool taken = busy_ && timeoutMs != 0 && TakeSoon();
+    const Result result = taken ? Result::kRecord : SleepFor(timeoutMs);
+    busy_ = result == Result::kRecord;
+    return result;
+}
+
+// Records come in bursts: one that follows at once finds the worker awake, and its caller need not
+// wake it.
+bool WorkerSignal::TakeSoon() noexcept
+{
+    for (int look = 0; look < kLooks && !stopping_; ++look) {
+        if (count_.TryTake()) {
+            return true;
+        }
+        SwitchToThread();
+    }
+    return false;
+}
+
+WorkerSignal::Result WorkerSignal::SleepFor(std::uint32_t timeoutMs) noexcept
+{
     if (count_.TakeOrSleep()) {
         return Result::kRecord;
     }

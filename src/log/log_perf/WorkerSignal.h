@@ -33,9 +33,12 @@ public:
     Result Wait(std::uint32_t timeoutMs) noexcept;
 
 private:
+    bool TakeSoon() noexcept;
+    Result SleepFor(std::uint32_t timeoutMs) noexcept;
     Result WaitInKernel(std::uint32_t timeoutMs) noexcept;
 
     WaitingCount count_; // of the records; the semaphore only wakes
+    bool busy_ = false;  // worker thread only: the last thing it was told of was a record
     std::atomic<bool> stopping_ = false;
     system::win32::v1::UniqueKernelHandle semaphore_;
     system::win32::v1::UniqueKernelHandle stopEvent_; // auto-reset
