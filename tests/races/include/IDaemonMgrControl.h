@@ -1,0 +1,13 @@
+#pragma once
+
+// As the generator makes it from the interface's description.
+#include <oleauto.h>
+
+struct IDaemonMgrControl : IUnknown {
+    virtual HRESULT Launch(BSTR path, LPSAFEARRAY* args, DWORD* daemonId) = 0;
+    virtual HRESULT Stop(DWORD daemonId) = 0;
+    virtual HRESULT Attach(DWORD processId, LPSAFEARRAY* args, DWORD* daemonId) = 0;
+    virtual HRESULT Detach(DWORD daemonId) = 0;
+    virtual HRESULT Exit() = 0;
+};
+#define IID_IDaemonMgrControl kInterfaceId<IDaemonMgrControl>

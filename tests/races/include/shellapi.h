@@ -1,0 +1,5 @@
+#pragma once
+
+#include <windows.h>
+
+LPWSTR* CommandLineToArgvW(LPCWSTR commandLine, int* count);
