@@ -16,7 +16,7 @@ import windows_machine as machine
 SOURCE = machine.SOURCE
 VERSION = os.environ["DM_VERSION"]
 NAME = f"DaemonManager-{VERSION}-win64"
-OUTPUT = machine.BUILD / "package-test"
+OUTPUT = machine.BUILD / "package-test/packages"
 
 OWN_KEY = r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager"
 FIRMWARE_KEY = r"HKLM\SOFTWARE\UnitWarden\CurrentVersion"
@@ -173,6 +173,14 @@ class Installation(unittest.TestCase):
         machine.wait_until(lambda: machine.processes("no_windows.exe") - before, "the worker")
         return (machine.processes("no_windows.exe") - before).pop()
 
+    def what_doctor_finds_well(self):
+        """Its checks of this machine's firewall and error dialogs, which are Wine's, apart."""
+        code, output = self.daemonctl("doctor", "--json")
+        self.assertIn(code, (0, 1), output)
+        return {check["check"] for check in json.loads(output)["checks"]
+                if check["verdict"] == "ok" and check["check"] not in
+                ("firewall-service", "firewall-rules", "crash-dialogs", "error-boxes")}
+
     def test_a_fresh_one_works_and_its_removal_leaves_nothing_behind(self):
         before = machine.snapshot()
         self.install_below_root()
@@ -181,14 +189,17 @@ class Installation(unittest.TestCase):
         self.assertEqual(machine.value(OWN_KEY, "DisplayVersion"), VERSION)
         self.supervisor()
         self.launch_worker("x")
+        self.assertEqual(self.what_doctor_finds_well(), {
+            "rights", "registry", "app-folder", "log-folder", "proxy", "supervisor", "wmi"})
         self.assertEqual(self.daemonctl("stop", "0"), (0, "daemon 0 stopped\n"))
         self.uninstall()
         self.assertEqual(machine.processes("DaemonManager.exe"), set())
         after = machine.snapshot()
-        # The copy that the uninstaller ran in goes when Windows starts the next time.
-        own_copy = re.compile(r".*/Temp/~nsu[^/]*(/.*)?$")
+        # The copy that the uninstaller ran in goes when Windows starts the next time, and the first
+        # console on a machine writes down its settings.
+        not_ours = re.compile(r".*/Temp/~nsu[^/]*(/.*)?$|HKEY_CURRENT_USER\\Console$")
         changed = sorted(name for name in {*before, *after}
-                         if before.get(name) != after.get(name) and not own_copy.match(name))
+                         if before.get(name) != after.get(name) and not not_ours.match(name))
         self.assertEqual(changed, [])
 
     def test_an_existing_configuration_and_log_are_left_alone(self):
@@ -250,6 +261,20 @@ class Installation(unittest.TestCase):
         self.uninstall()
         self.assertIn(other, machine.registry(PROXY_KEY))
 
+    def test_a_running_supervisor_is_replaced_and_its_daemons_run_on(self):
+        self.install_below_root()
+        supervisor = self.supervisor()
+        workers = {self.launch_worker(argument) for argument in ("one", "two", "three words")}
+        self.assertEqual(self.install(), 0)
+        self.assertEqual(supervisor.end(), 0)
+        self.assertEqual(len(machine.processes("DaemonManager.exe")), 1)
+        self.assertEqual(machine.processes("no_windows.exe"), workers)
+        # They are the new one's, which took them over as attached ones.
+        for daemon in ("0", "1", "2"):
+            self.assertEqual(self.daemonctl("detach", daemon),
+                             (0, f"daemon {daemon} detached, its process runs on\n"))
+        self.assertEqual(self.daemonctl("detach", "3")[0], 1)
+
     def test_examples_build_from_the_installed_library_and_work(self):
         self.install_below_root()
         supervisor = self.supervisor()
@@ -276,7 +301,7 @@ class Installation(unittest.TestCase):
             self.assertEqual(supervisor.end(), 0)
             self.assertEqual(machine.processes("DaemonManager.exe"), set())
             self.assertEqual(len(machine.processes("attach_itself.exe")), 1)
-        self.supervisor() # with the new proxy
+        self.supervisor()  # with the new proxy
 
     def examples(self):
         """Builds the examples with the installed library, once. @return the folder of the programs"""

@@ -9,10 +9,10 @@ import time
 
 SOURCE = pathlib.Path(os.environ["DM_SOURCE"])
 BUILD = pathlib.Path(os.environ["DM_BUILD"])
-PREFIX = BUILD.parent / "wine-package"
+PREFIX = pathlib.Path(os.environ["WINEPREFIX"])
 DRIVE_C = PREFIX / "drive_c"
 DEADLINE = 120  # seconds
-ENVIRONMENT = {**os.environ, "WINEPREFIX": str(PREFIX), "WINEDEBUG": "-all"}
+ENVIRONMENT = {**os.environ, "WINEDEBUG": "-all"}
 
 
 def wait_until(condition, what):
