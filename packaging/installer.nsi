@@ -333,6 +333,9 @@ Function WriteFirmwareRoot
 FunctionEnd
 
 Section
+    ${If} $Root == ""
+        !insertmacro Fail "The registry's value Pathname names no firmware root."
+    ${EndIf}
     InitPluginsDir
     SetOutPath "$TEMP" ; what is started must have no folder for its own that is to go
     File "/oname=$PLUGINSDIR\daemonctl.exe" "${STAGING}/daemonctl.exe"

@@ -237,6 +237,12 @@ class Installation(unittest.TestCase):
         self.assertIsNotNone(machine.registry(FIRMWARE_KEY))
         self.assertIsNone(machine.value(FIRMWARE_KEY, "Pathname"))
 
+    def test_a_configuration_that_names_nothing_is_refused_and_nothing_is_installed(self):
+        machine.run("reg", "add", FIRMWARE_KEY, "/v", "Pathname", "/d", r"\App", "/f")
+        self.assertEqual(self.install(), 2)
+        self.assertIsNone(machine.registry(OWN_KEY))
+        self.assertEqual(machine.value(FIRMWARE_KEY, "Pathname"), r"\App")
+
     def test_a_root_that_was_changed_since_stays(self):
         self.install_below_root()
         machine.run("reg", "add", FIRMWARE_KEY, "/v", "Pathname", "/d", r"C:\other\App", "/f")
