@@ -37,9 +37,10 @@ VIAddVersionKey LegalCopyright ""
 !define OLDER_FIRMWARE_KEY "SOFTWARE\VANTORO_QRX\CurrentVersion"
 !define PROXY_KEY "Software\Classes\CLSID\{C307E9F6-67C0-4C74-B1BD-37EFB9882701}\InprocServer32"
 
-; The supervisor finishes a stop that is under way, which may take a minute, before it ends.
+; The supervisor finishes a stop that is under way, which may take a minute, before it ends, and it
+; waits for a firewall service that is about to start.
 !define END_ATTEMPTS 480
-!define START_ATTEMPTS 240
+!define START_ATTEMPTS 480
 !define ATTEMPT_MS 250
 
 ; No daemon ever has this number: to ask for its detachment changes nothing and tells whether a
