@@ -2,6 +2,7 @@
 
 #include "ExitCode.h"
 #include "LocalTime.h"
+#include "commands/PrintText.h"
 #include "commands/WithLog.h"
 #include "daemons/DaemonListing.h"
 #include "daemons/Expectation.h"
@@ -46,17 +47,17 @@ std::string Describe(const DaemonStatus& daemon)
            LocalTimeText(daemon.process.createdMs);
 }
 
-void PrintText(const std::vector<ExpectationResult>& results,
-               const std::vector<DaemonStatus>& daemons)
+void TellAsText(const std::vector<ExpectationResult>& results,
+                const std::vector<DaemonStatus>& daemons)
 {
     for (const ExpectationResult& result : results) {
-        std::cout << (result.daemon ? "ok       " : "missing  ") << TextOf(result.program) << ": "
-                  << (result.daemon ? Describe(daemons[*result.daemon]) : result.note) << "\n";
+        PrintText((result.daemon ? "ok       " : "missing  ") + TextOf(result.program) + ": " +
+                  (result.daemon ? Describe(daemons[*result.daemon]) : result.note) + "\n");
     }
 }
 
-void PrintJson(const std::vector<ExpectationResult>& results,
-               const std::vector<DaemonStatus>& daemons)
+void TellAsJson(const std::vector<ExpectationResult>& results,
+                const std::vector<DaemonStatus>& daemons)
 {
     using Json = nlohmann::ordered_json;
     Json list = Json::array();
@@ -70,9 +71,8 @@ void PrintJson(const std::vector<ExpectationResult>& results,
              {"process_id", daemon != nullptr ? Json(*daemon->processId) : Json(nullptr)},
              {"note", result.note}});
     }
-    std::cout << Json{{"expected", std::move(list)}}.dump(2, ' ', false,
-                                                          Json::error_handler_t::replace)
-              << "\n";
+    const Json report = {{"expected", std::move(list)}};
+    PrintText(report.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
 }
 
 int Check(const Options& options, const ExpectFile& file)
@@ -83,8 +83,7 @@ int Check(const Options& options, const ExpectFile& file)
                                          ChildrenOfSupervisor());
     const auto results = CheckExpectations(file.programs, daemons, nowMs,
                                            std::int64_t{options.minUptimeSeconds} * 1000);
-    (options.json ? PrintJson : PrintText)(results, daemons);
-    std::cout << std::flush;
+    (options.json ? TellAsJson : TellAsText)(results, daemons);
     for (const ExpectationResult& result : results) {
         if (!result.daemon) {
             return kNothingToDo;

@@ -2,6 +2,8 @@
 
 #include "ExitCode.h"
 #include "com/ComApartment.h"
+#include "commands/PrintText.h"
+#include "daemons/ThisMachine.h"
 #include "doctor/Bounded.h"
 #include "doctor/DoctorReport.h"
 #include "doctor/FirewallFacts.h"
@@ -9,6 +11,7 @@
 #include "doctor/InstallationFacts.h"
 #include "doctor/SupervisorFacts.h"
 #include "doctor/WmiFacts.h"
+#include "log_reader/TimeText.h"
 
 #include <windows.h>
 
@@ -40,6 +43,28 @@ FirewallRulesFacts RulesOrTimeout()
     return facts.value_or(timeout);
 }
 
+// Without a log nobody knows; the supervisor's children still tell.
+std::vector<std::string> CommandsInUse()
+{
+    Timeline timeline;
+    SupervisorRun nothingLogged;
+    const SupervisorRun* run = &nothingLogged;
+    ProcessSource source;
+    try {
+        timeline = ReadTimeline();
+        run = &RunOfThisMachine(timeline);
+        source = SourceOfThisMachine();
+    } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch): see above
+        source.arguments = ArgumentsOfProcess;
+    }
+    std::vector<std::string> commands;
+    for (const DaemonStatus& daemon :
+         StatusOfDaemons(*run, source, NowMs(), ChildrenOfSupervisor())) {
+        commands.push_back(daemon.command);
+    }
+    return commands;
+}
+
 DoctorFacts Gather()
 {
     DoctorFacts facts;
@@ -49,6 +74,7 @@ DoctorFacts Gather()
     facts.supervisor = GatherSupervisorFacts();
     facts.firewallService = GatherFirewallServiceFacts();
     facts.firewallRules = RulesOrTimeout();
+    facts.firewallRules.commandsInUse = CommandsInUse();
     facts.wmi = Bounded<WmiFacts>(kWmiPatience, [] {
                     const system::com::v1::ComApartment apartment;
                     return GatherWmiFacts();
@@ -58,7 +84,7 @@ DoctorFacts Gather()
 }
 
 // @param failed  set when one could not be removed
-std::vector<std::string> Prune(const std::vector<FirewallRuleFacts>& rules, bool& failed)
+std::vector<std::string> Prune(const FirewallRulesFacts& rules, bool& failed)
 {
     const system::com::v1::ComApartment apartment;
     std::vector<std::string> removed;
@@ -81,19 +107,19 @@ int Doctor(const Options& options)
     const std::vector<Finding> findings = Judge(facts);
     int exitCode = ExitCodeOf(findings);
     if (!options.json) {
-        std::cout << DoctorText(findings) << std::flush;
+        PrintText(DoctorText(findings));
     }
     std::vector<std::string> removed;
     if (options.prune) {
         bool failed = false;
-        removed = Prune(facts.firewallRules.rules, failed);
+        removed = Prune(facts.firewallRules, failed);
         exitCode = failed ? static_cast<int>(kRefused) : exitCode;
     }
     if (options.json) {
-        std::cout << DoctorJson(findings, facts.version, removed);
+        PrintText(DoctorJson(findings, facts.version, removed));
     } else {
         for (const std::string& name : removed) {
-            std::cout << "removed \"" << name << "\"\n";
+            PrintText("removed \"" + name + "\"\n");
         }
     }
     return exitCode;

@@ -2,12 +2,12 @@
 
 #include "ExitCode.h"
 #include "LocalTime.h"
+#include "commands/PrintText.h"
 #include "commands/WithLog.h"
 #include "daemons/DaemonListing.h"
 #include "daemons/ThisMachine.h"
 #include "log_reader/TimeText.h"
 
-#include <iostream>
 #include <memory>
 
 namespace vqrx::client::v0 {
@@ -19,9 +19,8 @@ int Ps(bool json)
     const std::int64_t nowMs = NowMs();
     const auto daemons = StatusOfDaemons(RunOfThisMachine(timeline), SourceOfThisMachine(), nowMs,
                                          ChildrenOfSupervisor());
-    std::cout << (json ? ListingJson(daemons, nowMs, DM_VERSION)
-                       : ListingText(daemons, nowMs, LocalTimeText))
-              << std::flush;
+    PrintText(json ? ListingJson(daemons, nowMs, DM_VERSION)
+                   : ListingText(daemons, nowMs, LocalTimeText));
     return kDone;
 }
 

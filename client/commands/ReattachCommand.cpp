@@ -1,6 +1,7 @@
 #include "commands/ReattachCommand.h"
 
 #include "ExitCode.h"
+#include "commands/PrintText.h"
 #include "commands/WithLog.h"
 #include "daemons/Reattachment.h"
 #include "daemons/ThisMachine.h"
@@ -63,12 +64,12 @@ bool Attach(SupervisorClient& supervisor, const FormerDaemon& former)
                   << std::endl;
         return false;
     }
-    std::cout << NameOf(former) << "attached as daemon " << answer.daemonId << std::endl;
+    PrintText(NameOf(former) + "attached as daemon " + std::to_string(answer.daemonId) + "\n");
     if (former.service) {
-        std::cout << "  a service; its arguments for a restart are not known. To give them: "
-                     "daemonctl detach "
-                  << answer.daemonId << ", daemonctl attach " << *former.processId << " ARG..."
-                  << std::endl;
+        PrintText("  a service; its arguments for a restart are not known. To give them: "
+                  "daemonctl detach " +
+                  std::to_string(answer.daemonId) + ", daemonctl attach " +
+                  std::to_string(*former.processId) + " ARG...\n");
     }
     if (!WaitForLog(answer.daemonId)) {
         std::cerr << "daemonctl: the log does not show it yet: do not repeat this command before "
@@ -89,7 +90,7 @@ void Carry(SupervisorClient& supervisor, const FormerDaemon& former, bool dryRun
     switch (former.plan) {
     case Plan::already:
         ++count.already;
-        std::cout << NameOf(former) << "is daemon " << *former.newId << " already" << std::endl;
+        PrintText(NameOf(former) + "is daemon " + std::to_string(*former.newId) + " already\n");
         return;
     case Plan::lost:
         ++count.lost;
@@ -101,7 +102,7 @@ void Carry(SupervisorClient& supervisor, const FormerDaemon& former, bool dryRun
     }
     if (dryRun) {
         ++count.attached;
-        std::cout << NameOf(former) << "would be attached" << std::endl;
+        PrintText(NameOf(former) + "would be attached\n");
     } else {
         ++(Attach(supervisor, former) ? count.attached : count.lost);
     }
@@ -117,8 +118,8 @@ int Reattach(SupervisorClient& supervisor, const Options& options,
     for (const FormerDaemon& former : plan) {
         Carry(supervisor, former, options.dryRun, count);
     }
-    std::cout << count.attached << (options.dryRun ? " to attach, " : " attached, ")
-              << count.already << " already, " << count.lost << " not" << std::endl;
+    PrintText(std::to_string(count.attached) + (options.dryRun ? " to attach, " : " attached, ") +
+              std::to_string(count.already) + " already, " + std::to_string(count.lost) + " not\n");
     if (count.lost != 0) {
         return kRefused;
     }

@@ -76,6 +76,9 @@ struct FirewallRuleFacts {
 struct FirewallRulesFacts {
     long result = 0;
     std::vector<FirewallRuleFacts> rules; ///< those whose names begin with "allowing "
+    /// What the running supervisor looks after, path and arguments: such a program may be missing
+    /// for a moment only, and its rule would not be made again.
+    std::vector<std::string> commandsInUse;
 };
 
 struct WmiFacts {

@@ -336,7 +336,7 @@ Finding JudgeFirewallRules(const FirewallRulesFacts& facts)
         return Warning(check, "the rules cannot be listed: " + ResultText(facts.result),
                        "Run as administrator, with the firewall service running.");
     }
-    const std::vector<std::string> dead = DeadRules(facts.rules);
+    const std::vector<std::string> dead = DeadRules(facts);
     const std::vector<std::string> duplicates = DuplicateRules(facts.rules);
     std::string text = std::to_string(facts.rules.size()) + " rules \"allowing ...\", " +
                        std::to_string(dead.size()) + " of programs that are gone, " +

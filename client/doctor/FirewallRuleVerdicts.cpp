@@ -13,17 +13,22 @@ bool IsSupervisorsRule(const FirewallRuleFacts& rule)
            LowerAscii(rule.name.substr(kRulePrefix.size())) == LowerAscii(rule.application);
 }
 
-std::vector<std::string> DeadRules(const std::vector<FirewallRuleFacts>& rules)
+std::vector<std::string> DeadRules(const FirewallRulesFacts& facts)
 {
-    std::set<std::string> notOurs;
-    for (const FirewallRuleFacts& rule : rules) {
-        if (!IsSupervisorsRule(rule)) {
-            notOurs.insert(rule.name);
+    std::set<std::string> kept;
+    for (const FirewallRuleFacts& rule : facts.rules) {
+        const std::string program = LowerAscii(rule.application) + " ";
+        const bool isInUse = std::any_of(facts.commandsInUse.begin(), facts.commandsInUse.end(),
+                                         [&program](const std::string& command) {
+                                             return LowerAscii(command).starts_with(program);
+                                         });
+        if (isInUse || !IsSupervisorsRule(rule)) {
+            kept.insert(rule.name);
         }
     }
     std::vector<std::string> dead;
-    for (const FirewallRuleFacts& rule : rules) {
-        if (rule.program == FirewallRuleFacts::Program::gone && notOurs.count(rule.name) == 0) {
+    for (const FirewallRuleFacts& rule : facts.rules) {
+        if (rule.program == FirewallRuleFacts::Program::gone && kept.count(rule.name) == 0) {
             dead.push_back(rule.name);
         }
     }
