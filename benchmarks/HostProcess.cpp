@@ -28,16 +28,26 @@ HostProcess::HostProcess(const std::string& commandLine)
     }
 }
 
-double HostProcess::CpuSeconds() const
+HostProcess::ThreadTimes HostProcess::CpuOfThreads() const
 {
-    double nanoseconds = 0;
+    ThreadTimes times;
     std::error_code error;
     for (const auto& task : std::filesystem::directory_iterator(folder_ + "\\task", error)) {
         std::ifstream file(task.path().string() + "\\schedstat");
         double onProcessor = 0;
         if (file >> onProcessor) {
-            nanoseconds += onProcessor;
+            times[task.path().filename().string()] = onProcessor;
         }
+    }
+    return times;
+}
+
+double HostProcess::CpuSecondsSince(const ThreadTimes& before) const
+{
+    double nanoseconds = 0;
+    for (const auto& [thread, time] : CpuOfThreads()) {
+        const auto earlier = before.find(thread);
+        nanoseconds += time - (earlier != before.end() ? earlier->second : 0);
     }
     return nanoseconds / 1e9;
 }

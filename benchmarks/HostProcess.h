@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 
 namespace vqrx::bench {
@@ -12,8 +13,11 @@ public:
     explicit HostProcess(const std::string& commandLine);
 
     bool Found() const { return !folder_.empty(); }
-    /// Processor time of all its threads so far, seconds.
-    double CpuSeconds() const;
+    /// Processor time of each of its threads so far, nanoseconds.
+    using ThreadTimes = std::map<std::string, double>;
+    ThreadTimes CpuOfThreads() const;
+    /// Seconds since then, without threads that have ended meanwhile.
+    double CpuSecondsSince(const ThreadTimes& before) const;
     /// Resident memory, and the part of it that is its own, bytes.
     double ResidentBytes() const;
     double PrivateBytes() const;

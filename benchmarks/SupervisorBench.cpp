@@ -108,11 +108,11 @@ void Idle(const Settings& settings, const Children& children)
             throw std::runtime_error("the supervisor is not found in /proc");
         }
         const std::string suffix = "." + std::to_string(daemons);
-        const double before = host.CpuSeconds();
+        const HostProcess::ThreadTimes before = host.CpuOfThreads();
         const Stopwatch watch;
         Sleep(static_cast<DWORD>(settings.idleSeconds * 1e3));
         Report("idle.cpu_seconds_a_minute" + suffix,
-               (host.CpuSeconds() - before) / watch.Seconds() * 60);
+               host.CpuSecondsSince(before) / watch.Seconds() * 60);
         Report("idle.resident_mib" + suffix, host.ResidentBytes() / 1048576);
         Report("idle.private_mib" + suffix, host.PrivateBytes() / 1048576);
         supervisor.End();

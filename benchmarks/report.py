@@ -16,7 +16,10 @@ GOALS = [
      lambda m: m["log.four_callers_ns.ours"] / m["log.four_callers_ns.spdlog"], 0.6, False, ""),
     ("records a second to the ring file, against spdlog flushing each record to a plain file",
      lambda m: m["file.records_per_second.ours"] / m["file.records_per_second.spdlog"], 3, True, ""),
-    ("the sink's records a second against the raw two-write limit through the same stream layer",
+    ("records a second to the ring file against the raw two-write limit through the same stream layer",
+     lambda m: m["file.records_per_second.ours"]
+     / m["file.records_per_second.raw_two_writes"], 0.8, True, ""),
+    ("the sink alone, without the logger, against the same",
      lambda m: m["file.records_per_second.sink_alone"]
      / m["file.records_per_second.raw_two_writes"], 0.8, True, ""),
     ("idle pass over 1,000 live daemons, against 1,000 calls of GetExitCodeProcess",
@@ -62,7 +65,8 @@ def make_files(folder, folders, files):
 
 def run(options):
     work = options.work
-    many, tree = os.path.join(work, "many"), os.path.join(work, "tree")
+    size = "_quick" if options.quick else ""
+    many, tree = os.path.join(work, f"many{size}"), os.path.join(work, f"tree{size}")
     make_files(many, 1, 2000 if options.quick else 100000)
     make_files(tree, 10 if options.quick else 100, 100)
     scratch = tempfile.mkdtemp(dir=work)
@@ -132,6 +136,22 @@ def print_text(result):
               f"(goal {number(goal['goal'])}{goal['unit']} {word})  {goal['what']}")
 
 
+def print_markdown(result):
+    print("| measured | goal | figure | |")
+    print("|---|---|---|---|")
+    for goal in result["goals"]:
+        word = "or more" if goal["more_is_better"] else "or less"
+        print(f"| {goal['what']} | {number(goal['goal'])}{goal['unit']} {word} "
+              f"| {number(goal['figure'])}{goal['unit']} | {'met' if goal['met'] else 'missed'} |")
+    print()
+    print("| measure | median | lower to upper quartile | samples |")
+    print("|---|---|---|---|")
+    for name, measure in result["measures"].items():
+        low, high = measure["quartiles"]
+        print(f"| `{name}` | {number(measure['median'])} | {number(low)} to {number(high)} "
+              f"| {measure['samples']} |")
+
+
 def svg(result):
     """One bar for each goal: how much of what is allowed is used up."""
     row, left, width = 34, 30, 700
@@ -161,6 +181,7 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--json", action="store_true")
+    parser.add_argument("--markdown", action="store_true")
     parser.add_argument("--svg", metavar="FILE")
     parser.add_argument("--rounds", type=int)
     parser.add_argument("--samples", metavar="FILE", action="append")
@@ -177,6 +198,8 @@ def main():
     result = summed_up(samples)
     if options.json:
         print(json.dumps(result, indent=2))
+    elif options.markdown:
+        print_markdown(result)
     else:
         print_text(result)
     if options.svg:

@@ -116,24 +116,20 @@ void LogFileSink::Open()
     if (!FileExists(openFileName_)) {
         CreateRing(openFileName_);
     }
+    sequence_ = 0;
+    history_.Clear();
     std::uint32_t position = kRingStart;
     if (std::ifstream file{openFileName_, std::ios::binary}) {
         position = ReadRingHeader(file);
+        Reload(file, position);
     }
-    Reload(position);
     stream_.open(openFileName_, std::ios::in | std::ios::out);
     stream_.seekp(position);
     position_ = position;
 }
 
-void LogFileSink::Reload(std::uint32_t writePosition)
+void LogFileSink::Reload(std::istream& file, std::uint32_t writePosition)
 {
-    sequence_ = 0;
-    history_.Clear();
-    std::ifstream file(openFileName_, std::ios::binary);
-    if (!file) {
-        return;
-    }
     sequence_ =
         ReloadRing(file, writePosition, [this](std::int64_t number, const LogHistoryEntry& entry) {
             history_.Insert(number, entry);

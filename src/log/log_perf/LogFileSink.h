@@ -46,7 +46,7 @@ public:
 
 private:
     void Open();
-    void Reload(std::uint32_t writePosition);
+    void Reload(std::istream& file, std::uint32_t writePosition);
     void WriteRecord(const LogHistoryEntry& entry, std::uint32_t sizeLimit);
 
     system::sync_ptr::v1::CriticalSection lock_; // guards the names, the limit and the threshold
