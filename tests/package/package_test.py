@@ -169,12 +169,15 @@ class Installation(unittest.TestCase):
         return supervisor
 
     def launch_worker(self, argument):
-        """Has the supervisor start a worker. @return its process"""
+        """Has the supervisor start a worker; returns when that is in the log. @return its process"""
         worker = machine.windows_path(machine.BUILD / "tests/programs/no_windows.exe")
         before = machine.processes("no_windows.exe")
         code, output = self.daemonctl("launch", worker, argument)
         self.assertEqual(code, 0, output)
         machine.wait_until(lambda: machine.processes("no_windows.exe") - before, "the worker")
+        log = machine.host_path(self.ROOT) / "Logs/DaemonManager.log"
+        started = f"Start DaemonId({output.strip()})".encode()
+        machine.wait_until(lambda: started in log.read_bytes(), "its start in the log")
         return (machine.processes("no_windows.exe") - before).pop()
 
     def what_doctor_finds_well(self):
