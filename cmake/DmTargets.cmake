@@ -24,13 +24,17 @@ function(dm_library name)
     endif()
 endfunction()
 
-# dm_unit_test(NAME [PORTABLE file...] [WINDOWS file...] LINK target... [LOCK resource...])
+# dm_unit_test(NAME [THREADS] [PORTABLE file...] [WINDOWS file...] LINK target... [LOCK resource...])
 #
 # One test program and one ctest entry for a source folder; PORTABLE tests also run natively. Under Wine a process start costs more
 # than most cases. LOCK names what of the machine the cases share (rot, services, registry,
-# firewall: the service that a DaemonManager waits for).
+# firewall: the service that a DaemonManager waits for). THREADS: the program has several, so that the
+# thread sanitizer is asked about it.
 function(dm_unit_test name)
-    cmake_parse_arguments(ARG "" "" "PORTABLE;WINDOWS;LINK;LOCK" ${ARGN})
+    cmake_parse_arguments(ARG "THREADS" "" "PORTABLE;WINDOWS;LINK;LOCK" ${ARGN})
+    if(DM_SANITIZE STREQUAL "thread" AND NOT ARG_THREADS)
+        return()
+    endif()
     set(sources ${ARG_PORTABLE})
     if(WIN32)
         list(APPEND sources ${ARG_WINDOWS})
