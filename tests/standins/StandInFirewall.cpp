@@ -3,6 +3,7 @@
 #include "ClassFactory.h"
 #include "NullInterfaces.h"
 
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -198,7 +199,10 @@ public:
         if (FAILED(refusal)) {
             return refusal;
         }
-        IUnknown* const made = new Object;
+        IUnknown* const made = new (std::nothrow) Object; // nothing is thrown through the system
+        if (made == nullptr) {
+            return E_OUTOFMEMORY;
+        }
         const HRESULT hr = made->QueryInterface(iid, object);
         made->Release();
         return hr;

@@ -1,5 +1,6 @@
 #include "AllocationFault.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -9,6 +10,7 @@ namespace {
 thread_local bool armed = false;
 thread_local bool happened = false;
 thread_local std::size_t remaining = 0;
+std::atomic<std::ptrdiff_t> live = 0;
 
 } // namespace
 
@@ -29,6 +31,19 @@ bool AllocationFault::Happened() const noexcept
     return happened;
 }
 
+std::ptrdiff_t LiveAllocations() noexcept
+{
+    return live;
+}
+
+static void Free(void* memory) noexcept
+{
+    if (memory != nullptr) {
+        --live;
+        std::free(memory);
+    }
+}
+
 static void* Allocate(std::size_t size)
 {
     if (armed) {
@@ -43,6 +58,7 @@ static void* Allocate(std::size_t size)
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
+    ++live;
     return memory;
 }
 
@@ -60,20 +76,20 @@ void* operator new[](std::size_t size)
 
 void operator delete(void* memory) noexcept
 {
-    std::free(memory);
+    vqrx::test::Free(memory);
 }
 
 void operator delete[](void* memory) noexcept
 {
-    std::free(memory);
+    vqrx::test::Free(memory);
 }
 
 void operator delete(void* memory, std::size_t) noexcept
 {
-    std::free(memory);
+    vqrx::test::Free(memory);
 }
 
 void operator delete[](void* memory, std::size_t) noexcept
 {
-    std::free(memory);
+    vqrx::test::Free(memory);
 }

@@ -17,4 +17,7 @@ public:
     bool Happened() const noexcept;
 };
 
+/// How many allocations of all threads live at this moment.
+std::ptrdiff_t LiveAllocations() noexcept;
+
 } // namespace vqrx::test

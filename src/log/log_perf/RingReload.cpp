@@ -3,7 +3,11 @@
 #include "log_perf/LineReader.h"
 #include "log_perf/LogLine.h"
 
+#include <stdexcept>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace vqrx::log::log_perf::v2 {
 namespace {
@@ -20,6 +24,21 @@ void Rewind(std::istream& file, std::uint32_t position)
     file.seekg(position);
 }
 
+// A power cut between a record and its header leaves the record as the first line of the older part
+// and behind it the rest of what it overwrote, whose separators can be those of a text: such a rest
+// must not keep the file from being opened ever again. Everything else that is damaged raises.
+void FindBehindFirst(const std::vector<std::string_view>& fields, LogHistoryEntry& entry,
+                     std::int64_t& counter, const RecordFound& recordFound)
+{
+    try {
+        ParseLogEntry(fields, entry);
+    } catch (const std::logic_error&) {
+        return;
+    }
+    recordFound(counter, entry);
+    Advance(counter);
+}
+
 void ReadOlderPart(std::istream& file, std::uint32_t writePosition, std::int64_t& counter,
                    const RecordFound& recordFound)
 {
@@ -29,18 +48,24 @@ void ReadOlderPart(std::istream& file, std::uint32_t writePosition, std::int64_t
     std::vector<std::string_view> fields;
     LogHistoryEntry entry;
     bool numbered = false;
+    bool behindFirst = false;
     while (reader.Next(line)) {
         SplitLogLine(line, fields);
         if (fields.size() < kLogLineFields) {
+            behindFirst = false;
             continue;
         }
-        if (numbered) {
+        if (behindFirst) {
+            FindBehindFirst(fields, entry, counter, recordFound);
+            behindFirst = false;
+        } else if (numbered) {
             ParseLogEntry(fields, entry);
             recordFound(counter, entry);
             Advance(counter);
         } else if (const auto number = ParseRecordNumber(fields[0])) {
             counter = *number;
             numbered = true;
+            behindFirst = true;
         }
     }
 }

@@ -132,6 +132,23 @@ TEST(RingReload, raises_a_conversion_error_for_a_damaged_number)
     EXPECT_THROW(Reload(bytes, static_cast<std::uint32_t>(bytes.size())), std::invalid_argument);
 }
 
+TEST(RingReload, skips_the_rest_of_an_overwritten_record_behind_one_without_its_header)
+{
+    const std::string newer = "0x00000000\r\n" + Line(10, "new");
+    const std::string bytes = newer + Line(11, "cut off from its header") + "00;2;a;b;c;d\r\n" +
+                              Line(8, "old1") + Line(9, "old2");
+    const auto result = Reload(bytes, static_cast<std::uint32_t>(newer.size()));
+    EXPECT_EQ((Records{{11, "old1"}, {12, "old2"}, {13, "new"}}), result.records);
+    EXPECT_EQ(14, result.next);
+}
+
+TEST(RingReload, raises_a_conversion_error_for_a_damaged_number_in_a_later_line_of_the_older_part)
+{
+    const std::string newer = "0x00000000\r\n" + Line(10, "new");
+    const std::string bytes = newer + Line(7, "a") + Line(8, "b") + "9;d;x;2;c\r\n";
+    EXPECT_THROW(Reload(bytes, static_cast<std::uint32_t>(newer.size())), std::invalid_argument);
+}
+
 TEST(RingReload, goes_round_at_the_last_number_of_all)
 {
     const std::string newer = "0x00000000\r\n" + Line(10, "new");

@@ -48,6 +48,7 @@ SimulatedTicks::SimulatedTicks(DWORD start, Mode mode)
     , wait_("WaitForMultipleObjects", &WaitMany)
 {
     now = start;
+    readsTicks = false; // on this thread, from a test before
     runs = mode == Mode::kRuns;
     realWait = wait_.Original<WaitFunction>();
     const std::lock_guard lock(waitsMutex);
