@@ -1,0 +1,210 @@
+// Clients that want too much: too many calls, too long strings, everything at once.
+#include "CapturedProgram.h"
+#include "ChildProcess.h"
+#include "SupervisorProcess.h"
+#include "com/TextConversion.h"
+#include "com/UniqueBstr.h"
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using system::com::v1::NarrowToWide;
+using system::com::v1::UniqueBstr;
+
+class HostileLoad : public testing::Test {
+protected:
+    /// The supervisor answers and ends in order.
+    void ExpectToGoOn()
+    {
+        EXPECT_FALSE(supervisor_.Client().Detach(4711));
+        EXPECT_EQ(supervisor_.Exit(), 0U);
+    }
+    HRESULT Launch(const std::wstring& path, SAFEARRAY** array, DWORD& id) const
+    {
+        const UniqueBstr text(path);
+        return supervisor_.Control()->Launch(text.Get(), array, &id);
+    }
+
+    SupervisorProcess supervisor_;
+    std::wstring program_ = NarrowToWide(TestProgram("no_windows"), CP_UTF8);
+};
+
+TEST_F(HostileLoad, of_every_malformed_array_that_can_be_built_registers_nothing)
+{
+    constexpr std::array types = {VT_I1,    VT_I2,      VT_I4,     VT_I8,   VT_UI1,      VT_UI2,
+                                  VT_UI4,   VT_UI8,     VT_INT,    VT_UINT, VT_R4,       VT_R8,
+                                  VT_CY,    VT_DATE,    VT_BSTR,   VT_BOOL, VT_DISPATCH, VT_UNKNOWN,
+                                  VT_ERROR, VT_VARIANT, VT_DECIMAL};
+    int tried = 0;
+    for (const auto type : types) {
+        for (UINT dimensions = 1; dimensions <= 3; ++dimensions) {
+            for (const LONG lower : {0L, 1L, -1L, 0x7FFFFFF0L, -0x7FFFFFFFL}) {
+                if (type == VT_BSTR && dimensions == 1 && lower == 0) {
+                    continue; // the only one that is right
+                }
+                std::vector<SAFEARRAYBOUND> bounds(dimensions, {2, lower});
+                SAFEARRAY* array =
+                    SafeArrayCreate(static_cast<VARTYPE>(type), dimensions, bounds.data());
+                if (array == nullptr) {
+                    continue;
+                }
+                DWORD id = 4711;
+                EXPECT_TRUE(FAILED(Launch(program_, &array, id)))
+                    << type << ' ' << dimensions << ' ' << lower;
+                SafeArrayDestroy(array);
+                ++tried;
+            }
+        }
+    }
+    EXPECT_LT(200, tried);
+    DWORD id = 4711;
+    EXPECT_EQ(Launch(program_, nullptr, id), S_OK);
+    EXPECT_EQ(id, 0U);
+    EXPECT_NE(supervisor_.WaitForStart(0), 0U);
+    ExpectToGoOn();
+}
+
+TEST_F(HostileLoad, of_strings_of_16_MiB_is_carried_and_costs_nobody_else_anything)
+{
+    const std::wstring huge(8U << 20, L'x'); // two bytes a character
+    DWORD path = 4711;
+    EXPECT_EQ(Launch(huge, nullptr, path), S_OK);
+    SAFEARRAY* array = SafeArrayCreateVector(VT_BSTR, 0, 1);
+    LONG first = 0;
+    SafeArrayPutElement(array, &first, UniqueBstr(huge).Get());
+    DWORD argument = 4711;
+    EXPECT_EQ(Launch(program_, &array, argument), S_OK);
+    DWORD same = 4711;
+    EXPECT_EQ(Launch(program_, &array, same), S_FALSE);
+    EXPECT_EQ(same, argument);
+    SafeArrayDestroy(array);
+
+    DWORD id = 4711;
+    EXPECT_EQ(Launch(program_, nullptr, id), S_OK);
+    const DWORD process = supervisor_.WaitForStart(id);
+    ASSERT_NE(process, 0U);
+    KillProcess(process);
+    EXPECT_NE(supervisor_.WaitForStart(id, process), 0U);
+    // Neither can be started; a line says so, cut to what a line may hold.
+    const std::string line = "Unable to start " + std::string(1040 - 16, 'x');
+    EXPECT_TRUE(supervisor_.WaitForLog(1, line));
+    EXPECT_TRUE(supervisor_.Client().Stop(path));
+    EXPECT_TRUE(supervisor_.Client().Stop(argument));
+    ExpectToGoOn();
+}
+
+TEST_F(HostileLoad, of_a_client_that_ends_the_supervisor_while_others_launch_ends_it_in_order)
+{
+    std::vector<std::thread> launchers;
+    for (int number = 0; number < 4; ++number) {
+        launchers.emplace_back([this, number] {
+            const system::com::v1::ComApartment apartment;
+            DWORD id = 0;
+            for (int count = 0;; ++count) {
+                const std::wstring path =
+                    L"C:\\missing_" + std::to_wstring(number) + L"_" + std::to_wstring(count);
+                if (FAILED(Launch(path, nullptr, id))) { // the supervisor has gone
+                    return;
+                }
+            }
+        });
+    }
+    EXPECT_TRUE(supervisor_.WaitForLog(1, "Unable to start C:\\missing_3_0 "));
+    EXPECT_EQ(supervisor_.Exit(), 0U);
+    for (std::thread& launcher : launchers) {
+        launcher.join();
+    }
+    EXPECT_EQ(supervisor_.Log().back().text, "Deamon Thread is exiting...");
+}
+
+TEST_F(HostileLoad, of_a_client_with_a_thousand_references_that_dies_does_not_keep_the_supervisor)
+{
+    std::vector<system::com::v1::ComPtr<IUnknown>> references;
+    for (int number = 0; number < 1000; ++number) {
+        references.push_back(FindPublished());
+        ASSERT_TRUE(references.back());
+    }
+    ExpectToGoOn();
+}
+
+// How often the supervisor has passed over a program that is missing: once in every pass.
+std::size_t Passes(const std::vector<RingRecord>& records, std::size_t end)
+{
+    std::size_t passes = 0;
+    for (std::size_t index = 0; index < end; ++index) {
+        passes += records[index].text == "Unable to start C:\\missing.exe " ? 1U : 0U;
+    }
+    return passes;
+}
+
+TEST_F(HostileLoad, of_eight_processes_that_call_as_fast_as_they_can_delays_no_restart)
+{
+    constexpr unsigned kDaemons = 200;
+    constexpr unsigned kCallers = 8;
+    DWORD id = 0;
+    ASSERT_EQ(Launch(L"C:\\missing.exe", nullptr, id), S_OK); // counts the passes
+    const std::wstring program = NarrowToWide(TestProgram("endurance_daemon"), CP_UTF8);
+    for (unsigned number = 1; number < kDaemons; ++number) {
+        id = supervisor_.Client().Launch(program, {L"steady", std::to_wstring(number)}).daemonId;
+    }
+    const DWORD process = supervisor_.WaitForStart(id); // the last one of all
+    ASSERT_NE(process, 0U);
+
+    const ReadyEvent end;
+    std::vector<std::unique_ptr<ReadyEvent>> ready;
+    std::vector<std::unique_ptr<CapturedProgram>> callers;
+    for (unsigned number = 0; number < kCallers; ++number) {
+        ready.push_back(std::make_unique<ReadyEvent>());
+        callers.push_back(std::make_unique<CapturedProgram>(
+            TestProgram("hostile_caller") + " " + ready.back()->Name() + " " + end.Name()));
+    }
+    for (const auto& event : ready) {
+        ASSERT_TRUE(event->Wait());
+    }
+    const ULONGLONG start = GetTickCount64();
+
+    const std::vector<RingRecord> before = supervisor_.Log();
+    KillProcess(process);
+    const ULONGLONG killed = GetTickCount64();
+    EXPECT_NE(supervisor_.WaitForStart(id, process), 0U);
+    const ULONGLONG back = GetTickCount64();
+    const std::vector<RingRecord> after = supervisor_.Log();
+    std::size_t restart = after.size();
+    for (std::size_t index = 0; index < after.size(); ++index) {
+        if (after[index].text.starts_with("Start DaemonId(" + std::to_string(id) + ")")) {
+            restart = index;
+        }
+    }
+    // The pass under way may have been by already, and its line may not have been written yet.
+    EXPECT_GE(2U, Passes(after, restart) - Passes(before, before.size()));
+
+    end.Signal();
+    unsigned long calls = 0;
+    for (const auto& caller : callers) {
+        EXPECT_EQ(caller->ExitCode(), 0U);
+        const std::string count = caller->Output();
+        calls += count.empty() ? 0 : std::stoul(count);
+    }
+    const ULONGLONG elapsed = std::max<ULONGLONG>(1, GetTickCount64() - start);
+    EXPECT_LT(0U, calls);
+    std::cout << kCallers << " processes made " << calls * 1000 / elapsed
+              << " calls a second; the daemon was back after " << back - killed << " ms\n";
+    ExpectToGoOn();
+}
+
+} // namespace
+} // namespace vqrx::test

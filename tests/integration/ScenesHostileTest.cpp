@@ -1,0 +1,78 @@
+// Clients that attach what they should not.
+#include "Scene.h"
+
+#include <windows.h>
+
+#include <tlhelp32.h>
+
+#include <set>
+
+namespace vqrx::test {
+namespace {
+
+class HostileAttach : public Scene {
+protected:
+    static DWORD ProcessNamed(const std::string& name)
+    {
+        const system::win32::v1::UniqueKernelHandle snapshot(
+            CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+        PROCESSENTRY32 entry{};
+        entry.dwSize = sizeof entry;
+        for (BOOL more = Process32First(snapshot.Get(), &entry); more != FALSE;
+             more = Process32Next(snapshot.Get(), &entry)) {
+            if (name == entry.szExeFile) {
+                return entry.th32ProcessID;
+            }
+        }
+        return 0;
+    }
+};
+
+} // namespace
+
+TEST_F(HostileAttach, of_one_process_a_thousand_times_makes_a_thousand_daemons_that_can_be_detached)
+{
+    const ReadyEvent ready;
+    const ChildProcess child("\"" + TestProgram("no_windows") + "\" " + ready.Name());
+    ASSERT_TRUE(ready.Wait());
+    std::set<DWORD> ids;
+    for (int number = 0; number < 1000; ++number) {
+        const auto request = supervisor_.Client().Attach(child.Pid());
+        ASSERT_TRUE(request.done) << number;
+        EXPECT_TRUE(ids.insert(request.daemonId).second) << request.daemonId;
+    }
+    EXPECT_EQ(1000U, HandlesOf(child.Pid()));
+    for (const DWORD id : ids) {
+        ASSERT_TRUE(supervisor_.Client().Detach(id)) << id;
+    }
+    EXPECT_EQ(0U, HandlesOf(child.Pid()));
+    EXPECT_TRUE(child.Running());
+    EXPECT_EQ(0U, supervisor_.Exit());
+}
+
+TEST_F(HostileAttach, of_the_supervisor_itself_neither_ends_it_nor_starts_a_second_one)
+{
+    const DWORD own = supervisor_.Process().Pid();
+    const auto request = supervisor_.Client().Attach(own);
+    ASSERT_TRUE(request.done);
+    EXPECT_TRUE(OnePassLater(supervisor_));
+    EXPECT_FALSE(supervisor_.Client().Stop(request.daemonId));
+    EXPECT_TRUE(supervisor_.Process().Running());
+    EXPECT_FALSE(supervisor_.Client().Detach(request.daemonId)); // the stop took it out
+    EXPECT_EQ(0U, supervisor_.Exit());
+}
+
+TEST_F(HostileAttach, of_a_system_process_does_not_let_a_client_end_it)
+{
+    const DWORD system = ProcessNamed("services.exe");
+    ASSERT_NE(0U, system);
+    DWORD id = 4711;
+    const HRESULT hr = supervisor_.Control()->Attach(system, nullptr, &id);
+    if (hr == S_OK) { // the supervisor may open it
+        EXPECT_FALSE(supervisor_.Client().Stop(id));
+    }
+    EXPECT_TRUE(IsRunning(system));
+    EXPECT_EQ(0U, supervisor_.Exit());
+}
+
+} // namespace vqrx::test
