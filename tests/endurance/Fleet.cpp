@@ -1,0 +1,107 @@
+#include "Fleet.h"
+
+#include "Clients.h"
+#include "com/TextConversion.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace vqrx::test {
+namespace {
+
+using system::com::v1::NarrowToWide;
+using system::win32::v1::UniqueKernelHandle;
+
+constexpr UINT kKillCode = 77; // 0x4d
+
+bool AlwaysRuns(const Fleet::Daemon& daemon)
+{
+    return daemon.kind == "steady" || daemon.kind == "windowed" || daemon.kind == "attached";
+}
+
+} // namespace
+
+bool HoldsName(const std::string& name)
+{
+    return static_cast<bool>(
+        UniqueKernelHandle(OpenMutexA(SYNCHRONIZE, FALSE, ("dm_endurance_" + name).c_str())));
+}
+
+Fleet::Fleet(SupervisorProcess& supervisor, unsigned daemons)
+{
+    // Few of those that cost a process or a line at every pass.
+    constexpr unsigned kBrief = 2;
+    constexpr unsigned kNone = 2;
+    constexpr unsigned kMissing = 6;
+    const unsigned windowed = daemons / 10;
+    const unsigned attached = daemons / 20;
+    if (daemons < kBrief + kNone + kMissing + windowed + attached) {
+        throw std::invalid_argument("too few daemons");
+    }
+    Launch(supervisor, "brief", kBrief);
+    Launch(supervisor, "none", kNone);
+    Launch(supervisor, "missing", kMissing);
+    Attach(supervisor, attached);
+    Launch(supervisor, "windowed", windowed);
+    Launch(supervisor, "steady", daemons - kBrief - kNone - kMissing - windowed - attached);
+}
+
+void Fleet::Launch(SupervisorProcess& supervisor, const std::string& kind, unsigned count)
+{
+    const std::string program = kind == "missing" ? "C:\\missing.exe" : EnduranceProgram(kind);
+    for (unsigned number = 0; number < count; ++number) {
+        const std::string name = kind + std::to_string(number);
+        const auto request =
+            supervisor.Client().Launch(NarrowToWide(program, CP_UTF8),
+                                       {NarrowToWide(kind, CP_UTF8), NarrowToWide(name, CP_UTF8)});
+        if (!request.done) {
+            throw std::runtime_error("a new daemon was known already: " + name);
+        }
+        daemons_.push_back({name, kind, request.daemonId});
+    }
+}
+
+void Fleet::Attach(SupervisorProcess& supervisor, unsigned count)
+{
+    for (unsigned number = 0; number < count; ++number) {
+        const std::string name = "attached" + std::to_string(number);
+        attached_.push_back(std::make_unique<ChildProcess>("\"" + EnduranceProgram("steady") +
+                                                           "\" steady " + name));
+        const auto request = supervisor.Client().Attach(attached_.back()->Pid());
+        if (!request.done) {
+            throw std::runtime_error("a running program could not be attached");
+        }
+        daemons_.push_back({name, "attached", request.daemonId});
+    }
+}
+
+std::vector<std::string> Fleet::Running() const
+{
+    std::vector<std::string> names;
+    for (const Daemon& daemon : daemons_) {
+        if (AlwaysRuns(daemon)) {
+            names.push_back(daemon.name);
+        }
+    }
+    return names;
+}
+
+DWORD Fleet::KillOne(const LogLedger& ledger)
+{
+    const Daemon* victim = nullptr;
+    do {
+        victim = &daemons_[random_() % daemons_.size()];
+    } while (!AlwaysRuns(*victim));
+    const DWORD processId = ledger.Of(victim->id).processId;
+    const UniqueKernelHandle process(
+        OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, processId));
+    if (TerminateProcess(process.Get(), kKillCode) == FALSE) {
+        throw std::runtime_error("not there to be killed: " + victim->name);
+    }
+    ++killed_;
+    const ULONGLONG start = GetTickCount64();
+    const bool back = WaitUntil([&] { return ledger.Of(victim->id).processId != processId; });
+    return back ? static_cast<DWORD>(GetTickCount64() - start) : 0;
+}
+
+} // namespace vqrx::test
