@@ -199,8 +199,10 @@ std::vector<std::optional<std::size_t>> Assign(const std::vector<ExpectedProgram
 std::string TextOf(const ExpectedProgram& expected)
 {
     const auto quoted = [](const std::string& word) {
-        return word.empty() || word.find_first_of(" \t") != std::string::npos ? '"' + word + '"'
-                                                                              : word;
+        // A word must not look like a comment, nor like a byte order mark.
+        const bool isPlain = !word.empty() && word.find_first_of(" \t") == std::string::npos &&
+                             word.front() != '#' && word.front() != '\xEF';
+        return isPlain ? word : '"' + word + '"';
     };
     std::string text = quoted(expected.program);
     for (const std::string& argument : expected.arguments) {

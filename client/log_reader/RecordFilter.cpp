@@ -25,7 +25,9 @@ bool RecordFilter::Accepts(const AttributedRecord& attributed) const
         (daemonId && attributed.event.daemonId != daemonId)) {
         return false;
     }
-    return contains.empty() || !std::ranges::search(record.text, contains, SameLetter).empty();
+    const std::string& text = record.text;
+    return contains.empty() || std::search(text.begin(), text.end(), contains.begin(),
+                                           contains.end(), SameLetter) != text.end();
 }
 
 } // namespace vqrx::client::v0

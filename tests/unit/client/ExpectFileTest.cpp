@@ -121,6 +121,7 @@ TEST(ExpectedPrograms, make_room_for_one_that_is_more_particular)
 TEST(ExpectedProgram, is_shown_as_it_could_be_written)
 {
     EXPECT_EQ(TextOf({1, R"(C:\x y.exe)", {"a", "b c", ""}}), R"("C:\x y.exe" a "b c" "")");
+    EXPECT_EQ(TextOf({1, "#x", {}}), R"("#x")");
 }
 
 } // namespace

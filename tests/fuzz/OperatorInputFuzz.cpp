@@ -1,0 +1,54 @@
+// Lists and listings that operators give to daemonctl: any bytes are read to their end, and what
+// was understood comes back the same.
+#include "Check.h"
+#include "ExpectFile.h"
+#include "daemons/DaemonListing.h"
+#include "process/ProcessMatch.h"
+
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+namespace vqrx::test {
+namespace {
+
+using namespace client::v0;
+
+void CheckProgram(const ExpectedProgram& program)
+{
+    FUZZ_CHECK(!program.program.empty());
+    const ExpectFile again = ParseExpectFile(TextOf(program));
+    FUZZ_CHECK(again.errors.empty());
+    FUZZ_CHECK(again.programs.size() == 1);
+    FUZZ_CHECK(again.programs[0].program == program.program);
+    FUZZ_CHECK(again.programs[0].arguments == program.arguments);
+    std::string command = program.program + " ";
+    for (const std::string& argument : program.arguments) {
+        command += argument + " ";
+    }
+    FUZZ_CHECK(IsCommandOf(program, command));
+    FUZZ_CHECK(Assign({program}, {command})[0] == 0U);
+}
+
+} // namespace
+} // namespace vqrx::test
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    using namespace vqrx::test;
+    const std::string input(data, data + size);
+    for (const ExpectedProgram& program : ParseExpectFile(input).programs) {
+        CheckProgram(program);
+    }
+    try {
+        for (const ListedProcess& process : ParseListing(input)) {
+            FUZZ_CHECK(!WithoutBlank(process.command + " ").empty() || process.command.empty());
+        }
+    } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch): it is none
+    }
+    const std::size_t half = input.size() / 2;
+    IsImageOfCommand(input.substr(0, half), input.substr(half), R"(C:\FW\App)",
+                     [](const std::string&, const std::string&) { return false; });
+    ReadableReason(input);
+    return 0;
+}

@@ -1,0 +1,40 @@
+#!/bin/bash
+# Takes the script that daemonctl prints for bash into this shell and asks it as bash would.
+#   completion_test.sh FOLDER_OF_DAEMONCTL
+set -u
+cd "$(dirname "$0")/../.."
+script=$(mktemp)
+trap 'rm -f "$script"' EXIT
+tools/wine-run "$1/daemonctl.exe" completion bash </dev/null >"$script" || exit 1
+if grep -q $'\r' "$script"; then
+    echo "the script has carriage returns, which bash takes for parts of words" >&2
+    exit 1
+fi
+# shellcheck disable=SC1090
+source "$script" || exit 1
+daemonctl() { printf 'ID  STATE\n 3  running\n14  running\n -  running\n'; } # the ids of daemons
+
+failures=0
+expect() { # the words that are offered, then the words typed; the last one is being completed
+    local offered=$1
+    shift
+    COMP_WORDS=(daemonctl "$@")
+    COMP_CWORD=$#
+    COMPREPLY=()
+    _daemonctl
+    if [ "${COMPREPLY[*]}" != "$offered" ]; then
+        echo "daemonctl $*: offers '${COMPREPLY[*]}', expected '$offered'" >&2
+        failures=$((failures + 1))
+    fi
+}
+expect 'reattach report' re
+expect '--help --version' --
+expect 'running restarted' wait 3 --for r
+expect '--for' wait 3 --f
+expect '--timeout' wait 3 --t
+expect '--help --for --timeout 3 14' wait ''
+expect '14' stop 1
+expect '--help bash powershell' completion ''
+expect '--prune' doctor --p
+expect '' wait 3 --timeout ''
+exit $((failures != 0))
