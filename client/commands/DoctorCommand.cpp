@@ -10,6 +10,7 @@
 #include "doctor/FirewallRuleVerdicts.h"
 #include "doctor/InstallationFacts.h"
 #include "doctor/SupervisorFacts.h"
+#include "doctor/Verdicts.h"
 #include "doctor/WmiFacts.h"
 #include "log_reader/TimeText.h"
 

@@ -45,7 +45,9 @@ void Attributor::Add(Record record)
     if (!waiting_.empty()) {
         const Record& before = waiting_.back().record;
         lost_ = lost_ || event.kind == EventKind::kQueueOverflow || !before.number ||
-                !added.record.number || *added.record.number != *before.number + 1;
+                !added.record.number ||
+                static_cast<std::uint64_t>(*added.record.number) !=
+                    static_cast<std::uint64_t>(*before.number) + 1;
     }
     if (event.kind == EventKind::kStarted || event.kind == EventKind::kStartFailed) {
         Pair(event);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
 #include <system_error>
 
 namespace vqrx::client::v0 {
@@ -9,6 +10,10 @@ namespace {
 
 constexpr std::string_view kDateForm = "Aaa Aaa _0 00:00:00.000";
 constexpr std::string_view kUnknownDateForm = "\?\?\? \?\?\? \?\? \?\?:\?\?:\?\?.000";
+
+// The year 9999, and as far back. No supervisor has written what lies beyond, and whoever
+// calculates with times need not fear for them.
+constexpr std::int64_t kFarthestMs = 253402300799999;
 
 template <typename Number>
 bool ReadNumber(std::string_view field, Number& number)
@@ -75,7 +80,8 @@ RecordLine ParseRecordLine(std::string_view line)
     RecordLine result;
     if (!TakeField(line, number) || !TakeField(line, date) || !TakeField(line, time) ||
         !TakeField(line, level) || !ReadNumber(time, result.record.timeMs) ||
-        !ReadNumber(level, result.record.level)) {
+        !ReadNumber(level, result.record.level) || result.record.timeMs > kFarthestMs ||
+        result.record.timeMs < -kFarthestMs) {
         return {};
     }
     std::int64_t readNumber = 0;

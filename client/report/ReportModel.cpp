@@ -10,9 +10,9 @@ namespace {
 /// What a lane is made of, and what is not shown of it.
 struct Work {
     ReportLane lane;
-    std::uint32_t order = 0;       // id in the last run
-    std::int64_t registeredMs = 0; // how long it was to be up
-    std::int64_t upMs = 0;
+    std::uint32_t order = 0; // id in the last run
+    double registeredMs = 0; // how long it was to be up
+    double upMs = 0;
     std::vector<std::int64_t> ended; // lengths of the lives that have ended
 };
 
@@ -70,13 +70,13 @@ void AddDaemon(Work& work, const DaemonHistory& daemon, const SupervisorRun& run
     lane.restarts += daemon.Restarts();
     std::int64_t begin = run.lastMs;
     std::int64_t end = daemon.IsRegistered() ? run.lastMs : begin;
-    std::int64_t up = 0;
+    double up = 0;
     for (const Life& life : daemon.lives) {
         const ReportLife shown{life.startMs,
                                std::max(life.startMs, life.endMs.value_or(run.lastMs)), life};
         begin = std::min(begin, shown.beginMs);
         end = daemon.IsRegistered() ? end : shown.endMs;
-        up += shown.endMs - shown.beginMs;
+        up += static_cast<double>(shown.endMs - shown.beginMs);
         if (const std::string reason = ReasonText(life); !reason.empty()) {
             ++lane.ends[reason];
             work.ended.push_back(shown.endMs - shown.beginMs);
@@ -88,7 +88,7 @@ void AddDaemon(Work& work, const DaemonHistory& daemon, const SupervisorRun& run
         begin = std::min(begin, failed);
         lane.failedStarts.push_back(failed);
     }
-    work.registeredMs += std::max<std::int64_t>(0, end - begin);
+    work.registeredMs += static_cast<double>(std::max<std::int64_t>(0, end - begin));
     work.upMs += up;
 }
 
@@ -103,7 +103,8 @@ void AddRun(Works& works, const SupervisorRun& run, bool runEnded)
         work.lane.command = WithoutBlank(command);
         work.lane.state = "cannot start";
         work.lane.failedStarts.insert(work.lane.failedStarts.end(), failed.begin(), failed.end());
-        work.registeredMs += run.lastMs - failed.front();
+        work.registeredMs +=
+            static_cast<double>(std::max<std::int64_t>(0, run.lastMs - failed.front()));
     }
 }
 
@@ -111,9 +112,7 @@ ReportLane Finish(Work work)
 {
     ReportLane& lane = work.lane;
     if (work.registeredMs > 0) {
-        const double share =
-            static_cast<double>(work.upMs) / static_cast<double>(work.registeredMs);
-        lane.availability = std::clamp(share, 0.0, 1.0);
+        lane.availability = std::clamp(work.upMs / work.registeredMs, 0.0, 1.0);
     }
     if (!work.ended.empty()) {
         std::sort(work.ended.begin(), work.ended.end());

@@ -40,6 +40,8 @@ TEST(RecordLine, refuses_what_has_no_time_or_no_level)
     for (const char* const text :
          {"", ";;;;", "1;Mon Nov 16 03:52:36.123;5;0", "1;Mon Nov 16 03:52:36.123;;0;x",
           "1;Mon Nov 16 03:52:36.123;5;;x", "1;Mon Nov 16 03:52:36.123;5x;0;x",
+          "1;Mon Nov 16 03:52:36.123;253402300800000;0;x",
+          "1;Mon Nov 16 03:52:36.123;-9223372036854775808;0;x",
           "1;Mon Nov 16 03:52:36.123;5;99999999999;x", "36.123;1763265156123;2;1;2;3",
           "6 03:52:36.123;1763265156123;2;1;2;3"}) {
         EXPECT_EQ(ParseRecordLine(text).grade, LineGrade::kUnreadable) << text;

@@ -1,0 +1,148 @@
+#include "doctor/Verdicts.h"
+
+#include "doctor/FirewallRuleVerdicts.h"
+
+namespace vqrx::client::v0 {
+namespace {
+
+constexpr std::uint32_t kNoSuchService = 1060;
+constexpr std::uint32_t kServiceDisabled = 4;
+constexpr std::uint32_t kServiceRunning = 4;
+constexpr std::uint32_t kNoErrorBoxes = 2;
+
+std::string Listed(const std::string& what, const std::vector<std::string>& names)
+{
+    std::string text;
+    for (const std::string& name : names) {
+        text += "\n" + what + ": \"" + name + "\"";
+    }
+    return text;
+}
+
+} // namespace
+
+Finding JudgeFirewallService(const FirewallServiceFacts& facts)
+{
+    constexpr const char* check = "firewall-service";
+    constexpr const char* noRules =
+        "Workers run, but no rule lets other machines reach them. Enable it, restart the "
+        "supervisor.";
+    if (facts.managerError != 0) {
+        return Failure(
+            check, "the service manager cannot be asked: " + ErrorNumberText(facts.managerError),
+            "Run the supervisor as administrator.");
+    }
+    if (facts.serviceError == kNoSuchService) {
+        return Warning(check, "there is neither a service MpsSvc nor SharedAccess", noRules);
+    }
+    const std::uint32_t error = facts.serviceError != 0 ? facts.serviceError : facts.queryError;
+    if (error != 0) {
+        return Warning(check, "the firewall service cannot be asked: " + ErrorNumberText(error),
+                       noRules);
+    }
+    if (facts.startType == kServiceDisabled) {
+        return Warning(check, facts.name + " is disabled", noRules);
+    }
+    if (facts.state != kServiceRunning) {
+        return Failure(check,
+                       facts.name + " is enabled, but not running (state " +
+                           std::to_string(facts.state) +
+                           "): a supervisor that starts now waits for it, without end",
+                       "sc start " + facts.name + ", or disable it.");
+    }
+    return Ok(check, facts.name + " is running");
+}
+
+Finding JudgeWmi(const WmiFacts& facts)
+{
+    constexpr const char* check = "wmi";
+    constexpr const char* remedy =
+        "Processes cannot be attached until this is mended: sc start winmgmt, winmgmt "
+        "/verifyrepository";
+    if (!facts.answered) {
+        return Failure(check, "WMI does not answer", remedy);
+    }
+    if (!facts.connectFailure.empty()) {
+        return Failure(check, "no connection to root\\cimv2: " + facts.connectFailure, remedy);
+    }
+    if (facts.queryResult < 0 || !facts.knowsThisProcess) {
+        return Failure(check,
+                       facts.queryResult < 0
+                           ? "asking for a process fails: " + ResultText(facts.queryResult)
+                           : "a process that runs is not found",
+                       remedy);
+    }
+    if (facts.executablePathResult < 0 || facts.commandLineResult < 0) {
+        const bool path = facts.executablePathResult < 0;
+        return Failure(check,
+                       std::string("WMI does not tell a process's ") +
+                           (path ? "executable path: " : "command line: ") +
+                           ResultText(path ? facts.executablePathResult : facts.commandLineResult),
+                       remedy);
+    }
+    if (!facts.executablePathFits) {
+        return Failure(check, "WMI tells a wrong executable path", remedy);
+    }
+    return Ok(check, "tells executable path and command line of a process");
+}
+
+Finding JudgeCrashDialogs(const CrashDialogFacts& facts)
+{
+    constexpr const char* check = "crash-dialogs";
+    constexpr const char* key =
+        R"(reg add "HKLM\SOFTWARE\Microsoft\Windows\Windows Error Reporting" /v DontShowUI )";
+    if (!facts.debugger.empty()) {
+        return Warning(check,
+                       "a debugger is started for a worker that crashes, which lives on until the "
+                       "debugger lets it go: " +
+                           facts.debugger,
+                       R"(Remove the value Debugger of HKLM\SOFTWARE\Microsoft\Windows NT\)"
+                       R"(CurrentVersion\AeDebug.)");
+    }
+    if (facts.reportingDisabled || facts.dialogsOff) {
+        return Ok(check, "off: a worker that crashes ends at once");
+    }
+    if (facts.offForThisUser) {
+        return Ok(check, "off for this user, which must be the supervisor's, too");
+    }
+    return Warning(check,
+                   "Windows may show a dialog when a worker crashes; until somebody closes it the "
+                   "process lives and is not restarted",
+                   std::string("As administrator: ") + key + "/t REG_DWORD /d 1 /f");
+}
+
+Finding JudgeErrorBoxes(const CrashDialogFacts& facts)
+{
+    constexpr const char* check = "error-boxes";
+    if (facts.errorMode == kNoErrorBoxes) {
+        return Ok(check, "off: a worker that cannot be loaded ends at once");
+    }
+    return Warning(check,
+                   "Windows may show a box when a worker lacks a DLL or a disk; until somebody "
+                   "closes it the process counts as running",
+                   R"(As administrator: reg add HKLM\SYSTEM\CurrentControlSet\Control\Windows )"
+                   "/v ErrorMode /t REG_DWORD /d 2 /f, then restart Windows.");
+}
+
+Finding JudgeFirewallRules(const FirewallRulesFacts& facts)
+{
+    constexpr const char* check = "firewall-rules";
+    if (facts.result < 0) {
+        return Warning(check, "the rules cannot be listed: " + ResultText(facts.result),
+                       "Run as administrator, with the firewall service running.");
+    }
+    const std::vector<std::string> dead = DeadRules(facts);
+    const std::vector<std::string> duplicates = DuplicateRules(facts.rules);
+    std::string text = std::to_string(facts.rules.size()) + " rules \"allowing ...\", " +
+                       std::to_string(dead.size()) + " of programs that are gone, " +
+                       std::to_string(duplicates.size()) + " duplicate";
+    if (dead.empty() && duplicates.empty()) {
+        return Ok(check, std::move(text));
+    }
+    return Warning(check, text + Listed("gone", dead) + Listed("duplicate", duplicates),
+                   dead.empty() ? "Remove one of each pair in the firewall's settings."
+                                : "As administrator: daemonctl doctor --prune removes those of "
+                                  "programs that are gone.");
+}
+
+} // namespace vqrx::client::v0
