@@ -98,7 +98,7 @@ std::string PowerShellList(const Words& words)
 
 std::string BashCompletion(const CLI::App& app)
 {
-    const std::string program = app.get_name();
+    const std::string& program = app.get_name();
     std::string ids;
     std::string commands;
     std::string values;
@@ -148,7 +148,7 @@ std::string BashCompletion(const CLI::App& app)
 
 std::string PowerShellCompletion(const CLI::App& app)
 {
-    const std::string program = app.get_name();
+    const std::string& program = app.get_name();
     std::string commands;
     std::string values;
     for (const Command& command : DescribeCommands(app)) {

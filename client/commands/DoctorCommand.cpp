@@ -40,7 +40,7 @@ FirewallRulesFacts RulesOrTimeout()
         return GatherFirewallRules();
     });
     FirewallRulesFacts timeout;
-    timeout.result = HRESULT_FROM_WIN32(ERROR_TIMEOUT);
+    timeout.result = RPC_E_TIMEOUT;
     return facts.value_or(timeout);
 }
 
@@ -48,19 +48,18 @@ FirewallRulesFacts RulesOrTimeout()
 std::vector<std::string> CommandsInUse()
 {
     Timeline timeline;
-    SupervisorRun nothingLogged;
-    const SupervisorRun* run = &nothingLogged;
+    SupervisorRun run;
     ProcessSource source;
     try {
         timeline = ReadTimeline();
-        run = &RunOfThisMachine(timeline);
+        run = RunOfThisMachine(timeline);
         source = SourceOfThisMachine();
     } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch): see above
         source.arguments = ArgumentsOfProcess;
     }
     std::vector<std::string> commands;
     for (const DaemonStatus& daemon :
-         StatusOfDaemons(*run, source, NowMs(), ChildrenOfSupervisor())) {
+         StatusOfDaemons(run, source, NowMs(), ChildrenOfSupervisor())) {
         commands.push_back(daemon.command);
     }
     return commands;

@@ -23,6 +23,8 @@ public:
         }
     }
 
+    ConsoleOutput(const ConsoleOutput&) = delete;
+    ConsoleOutput& operator=(const ConsoleOutput&) = delete;
     ~ConsoleOutput() override { SetAttribute(before_); }
 
     void Write(int level, const std::string& utf8) override

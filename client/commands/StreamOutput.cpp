@@ -7,7 +7,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr std::size_t kMostWaiting = 64 * 1024; // bytes
+constexpr std::size_t kMostWaiting = std::size_t{64} * 1024; // bytes
 
 // Bright red, bright yellow, the terminal's own, bright green: the colours of the console.
 constexpr std::array<const char*, 4> kSequences = {"\x1b[91m", "\x1b[93m", "", "\x1b[92m"};

@@ -46,6 +46,7 @@ std::vector<ExpectationResult> CheckExpectations(const std::vector<ExpectedProgr
                                                  std::int64_t nowMs, std::int64_t minUptimeMs)
 {
     std::vector<std::string> commands;
+    commands.reserve(daemons.size());
     for (const DaemonStatus& daemon : daemons) {
         commands.push_back(IsUpLongEnough(daemon, nowMs, minUptimeMs) ? daemon.command : "");
     }

@@ -7,7 +7,7 @@ namespace vqrx::client::v0 {
 
 std::string ErrorNumberText(std::uint32_t error)
 {
-    const std::string number = "error " + std::to_string(error);
+    std::string number = "error " + std::to_string(error);
     switch (error) {
     case 2: // ERROR_FILE_NOT_FOUND
     case 3: // ERROR_PATH_NOT_FOUND

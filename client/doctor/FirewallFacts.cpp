@@ -40,9 +40,11 @@ FirewallRuleFacts::Program LookForProgram(std::wstring path)
 {
     using Program = FirewallRuleFacts::Program;
     std::wstring expanded(32768, L'\0'); // the longest that the call makes
-    if (ExpandEnvironmentStringsW(path.c_str(), expanded.data(),
-                                  static_cast<DWORD>(expanded.size())) != 0) {
-        path = expanded.c_str();
+    const DWORD length = ExpandEnvironmentStringsW(path.c_str(), expanded.data(),
+                                                   static_cast<DWORD>(expanded.size()));
+    if (length != 0 && length <= expanded.size()) { // with its terminating null
+        expanded.resize(length - 1);
+        path = expanded;
     }
     if (GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) {
         return Program::there;

@@ -14,7 +14,7 @@ std::string Listed(const std::string& what, const std::vector<std::string>& name
 {
     std::string text;
     for (const std::string& name : names) {
-        text += "\n" + what + ": \"" + name + "\"";
+        text.append("\n").append(what).append(": \"").append(name).append("\"");
     }
     return text;
 }

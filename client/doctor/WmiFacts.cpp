@@ -28,7 +28,7 @@ public:
             return;
         }
         std::array<char, 512> text{};
-        std::va_list arguments;
+        std::va_list arguments{};
         va_start(arguments, format);
         std::vsnprintf(text.data(), text.size(), format, arguments);
         va_end(arguments);

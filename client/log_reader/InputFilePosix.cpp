@@ -18,6 +18,8 @@ public:
     {
     }
 
+    PosixFile(const PosixFile&) = delete;
+    PosixFile& operator=(const PosixFile&) = delete;
     ~PosixFile() override { close(descriptor_); }
 
     std::uint64_t Size() const noexcept override { return size_; }

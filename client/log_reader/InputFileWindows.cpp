@@ -14,7 +14,7 @@ namespace {
 
 using system::win32::v1::UniqueKernelHandle;
 
-constexpr std::size_t kOneRead = 1024 * 1024; // bytes
+constexpr std::size_t kOneRead = std::size_t{1024} * 1024; // bytes
 
 class WindowsFile : public InputFile {
 public:

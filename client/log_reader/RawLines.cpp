@@ -6,7 +6,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr std::size_t kBuffer = 256 * 1024;
+constexpr std::size_t kBuffer = std::size_t{256} * 1024;
 
 } // namespace
 

@@ -21,7 +21,7 @@ struct RawLine {
 /// Reads the lines of a range of bytes, at a bounded cost of memory for any content.
 class RawLines {
 public:
-    static constexpr std::size_t kLongest = 64 * 1024;
+    static constexpr std::size_t kLongest = std::size_t{64} * 1024;
 
     /// @param source  must outlive the reader
     RawLines(ByteSource& source, std::uint64_t begin, std::uint64_t end);

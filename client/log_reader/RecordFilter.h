@@ -15,7 +15,7 @@ struct RecordFilter {
     std::optional<std::uint32_t> daemonId; ///< about this daemon
     std::string contains; ///< in the text; the case of ASCII letters does not count
 
-    bool Accepts(const AttributedRecord& record) const;
+    bool Accepts(const AttributedRecord& attributed) const;
 };
 
 } // namespace vqrx::client::v0

@@ -9,7 +9,7 @@ namespace vqrx::client::v0 {
 namespace {
 
 constexpr std::string_view kDateForm = "Aaa Aaa _0 00:00:00.000";
-constexpr std::string_view kUnknownDateForm = "\?\?\? \?\?\? \?\? \?\?:\?\?:\?\?.000";
+constexpr std::string_view kUnknownDateForm = R"(??? ??? ?? ??:??:??.000)";
 
 // The year 9999, and as far back. No supervisor has written what lies beyond, and whoever
 // calculates with times need not fear for them.

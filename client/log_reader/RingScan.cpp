@@ -14,10 +14,11 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr std::size_t kHeaderText = 10;          // "0x0000000C"
-constexpr std::uint64_t kHeader = 12;            // and its line end
-constexpr std::size_t kMostUnconfirmed = 64;     // a file of unrelated numbers costs no memory
-constexpr std::uint64_t kLastRecord = 64 * 1024; // bytes in which the last record is looked for
+constexpr std::size_t kHeaderText = 10;      // "0x0000000C"
+constexpr std::uint64_t kHeader = 12;        // and its line end
+constexpr std::size_t kMostUnconfirmed = 64; // a file of unrelated numbers costs no memory
+constexpr std::uint64_t kLastRecord =
+    std::uint64_t{64} * 1024; // bytes in which the last record is looked for
 
 struct Layout {
     std::uint64_t start = 0; // of the first line

@@ -11,7 +11,7 @@ namespace vqrx::client::v0 {
 namespace {
 
 constexpr std::int64_t kSecond = 1000;
-constexpr std::int64_t kDay = 24 * 60 * 60;
+constexpr std::int64_t kDay = std::int64_t{24} * 60 * 60;
 constexpr std::int64_t kMostDays = 8000000; // far beyond the calendar's last year
 
 struct Clock {
@@ -137,7 +137,7 @@ std::optional<std::int64_t> FromDate(const std::chrono::year_month_day& date, co
 
 std::optional<std::int64_t> OfDay(std::int64_t nowMs, int daysAgo, const Clock& clock)
 {
-    const std::time_t now = static_cast<std::time_t>(nowMs / kSecond);
+    const auto now = static_cast<std::time_t>(nowMs / kSecond);
     const std::tm* const found = std::localtime(&now); // NOLINT(concurrency-mt-unsafe): one thread
     if (found == nullptr) {
         return std::nullopt;

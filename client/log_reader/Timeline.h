@@ -133,14 +133,14 @@ public:
     Timeline Finish();
 
 private:
-    void Take(const AttributedRecord& record);
-    void NoteGaps(const AttributedRecord& record, bool newRun);
+    void Take(const AttributedRecord& attributed);
+    void NoteGaps(const AttributedRecord& attributed, bool newRun);
     bool BeginsRun(EventKind kind) const;
     SupervisorRun& CurrentRun() { return timeline_.runs.back(); }
-    DaemonHistory& Daemon(const AttributedRecord& record);
-    void Started(const AttributedRecord& record);
-    void StartFailed(const AttributedRecord& record);
-    void EndLife(const AttributedRecord& record, LifeEnd end, DaemonState state);
+    DaemonHistory& Daemon(const AttributedRecord& attributed);
+    void Started(const AttributedRecord& attributed);
+    void StartFailed(const AttributedRecord& attributed);
+    void EndLife(const AttributedRecord& attributed, LifeEnd end, DaemonState state);
 
     Attributor attributor_;
     Timeline timeline_;

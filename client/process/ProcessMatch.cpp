@@ -20,7 +20,7 @@ std::string Comparable(std::string_view path, const std::string& appFolder)
     for (const char character : LowerAscii(path)) {
         text += character == '/' ? '\\' : character;
     }
-    if (text.starts_with("\\\\?\\")) {
+    if (text.starts_with(R"(\\?\)")) {
         text.erase(0, 4);
     }
     const bool hasDrive = text.size() > 1 && text[1] == ':';

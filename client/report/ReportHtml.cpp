@@ -200,7 +200,7 @@ private:
     {
         Add("<tr>");
         Cell("Id", Ids(lane), false);
-        Add("<td class=\"command\"><a href=\"#lane-" + std::to_string(index) + "\">" +
+        Add(R"(<td class="command"><a href="#lane-)" + std::to_string(index) + "\">" +
             EscapeHtml(lane.command) + "</a></td>");
         Cell("State", lane.state, false);
         Cell("Restarts", std::to_string(lane.restarts), true);
@@ -254,7 +254,7 @@ private:
     // Labels at the very ends would reach beyond the page.
     void Axis()
     {
-        Add("<div class=\"axis\"><div class=\"name soft\">" + ZoneText(offset_) +
+        Add(R"(<div class="axis"><div class="name soft">)" + ZoneText(offset_) +
             "</div><div class=\"marks\">");
         const double span =
             std::max(1.0, static_cast<double>(model_.endMs) - static_cast<double>(model_.beginMs));
@@ -285,7 +285,7 @@ private:
 
     void Lane(const ReportLane& lane, std::size_t index)
     {
-        Add("<div class=\"lane\" id=\"lane-" + std::to_string(index) + "\"><p><b>" + Ids(lane) +
+        Add(R"(<div class="lane" id="lane-)" + std::to_string(index) + "\"><p><b>" + Ids(lane) +
             "</b> <span class=\"command\">" + EscapeHtml(lane.command) +
             "</span></p><svg role=\"img\""
             " aria-label=\"" +

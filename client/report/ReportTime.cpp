@@ -76,10 +76,10 @@ std::optional<int> ZoneOffset(std::string_view date, std::int64_t timeMs)
             static_cast<unsigned>(local.day()) != static_cast<unsigned>(*day)) {
             continue;
         }
-        const std::int64_t localMinutes =
-            localDay.time_since_epoch().count() * (kDay / kMinute) + *hour * 60 + *minute;
+        const std::int64_t localMinutes = localDay.time_since_epoch().count() * (kDay / kMinute) +
+                                          std::int64_t{*hour} * 60 + *minute;
         const std::int64_t offset = localMinutes - Floor(timeMs, kMinute) / kMinute;
-        constexpr std::int64_t farthest = 14 * 60;
+        constexpr std::int64_t farthest = std::int64_t{14} * 60;
         if (offset % 15 == 0 && offset >= -farthest && offset <= farthest) {
             return static_cast<int>(offset);
         }

@@ -47,7 +47,7 @@ UniqueBstr RuleName(const std::string& path)
 
 } // namespace
 
-Firewall::Firewall(const std::string& name, ILogger* logger, SleepSeconds sleep)
+Firewall::Firewall(const std::string& name, ILogger* logger, const SleepSeconds& sleep)
     : logger_(logger)
     , portRulePattern_(name + "_tcp_port_%d")
 {

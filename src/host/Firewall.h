@@ -25,7 +25,7 @@ public:
     /// @param sleep   how the waiting is done
     /// @throws COMException when COM cannot be initialised on this thread
     Firewall(const std::string& name, log::i_logger::v0::ILogger* logger,
-             SleepSeconds sleep = SleepForSeconds);
+             const SleepSeconds& sleep = SleepForSeconds);
     Firewall(const Firewall&) = delete;
     Firewall& operator=(const Firewall&) = delete;
     ~Firewall();

@@ -15,6 +15,9 @@ protected:
     ~TextEmitter() = default;
 };
 
+// What is final needs no virtual destructor.
+// NOLINTBEGIN(cppcoreguidelines-virtual-class-destructor)
+
 class TextEmitterUTF8 final : public TextEmitter {
 public:
     std::vector<std::uint8_t> Emit(const std::vector<std::uint32_t>& codePoints) const override;
@@ -24,5 +27,6 @@ class TextEmitterUTF16LE final : public TextEmitter {
 public:
     std::vector<std::uint8_t> Emit(const std::vector<std::uint32_t>& codePoints) const override;
 };
+// NOLINTEND(cppcoreguidelines-virtual-class-destructor)
 
 } // namespace vqrx::encoding::utf::v1

@@ -19,6 +19,9 @@ protected:
     ~TextParser() = default;
 };
 
+// What is final needs no virtual destructor.
+// NOLINTBEGIN(cppcoreguidelines-virtual-class-destructor)
+
 /// Overlong forms other than those led by C0 and C1, encoded surrogates and values above 0x10FFFF
 /// are not rejected here.
 class TextParserUTF8 final : public TextParser {
@@ -34,5 +37,6 @@ public:
     std::vector<std::uint32_t> Parse(const std::vector<std::uint8_t>& input,
                                      int lenient) const override;
 };
+// NOLINTEND(cppcoreguidelines-virtual-class-destructor)
 
 } // namespace vqrx::encoding::utf::v1

@@ -51,6 +51,7 @@ TextEmitter* CreateEmitter(int encoding)
 // a virtual destructor is undefined: it is deleted as what it is.
 void DeleteParser(TextParser* parser) noexcept
 {
+    // NOLINTNEXTLINE(readability-delete-null-pointer): the test is for the type
     if (auto* const utf8 = dynamic_cast<TextParserUTF8*>(parser)) {
         delete utf8;
     } else {
@@ -60,6 +61,7 @@ void DeleteParser(TextParser* parser) noexcept
 
 void DeleteEmitter(TextEmitter* emitter) noexcept
 {
+    // NOLINTNEXTLINE(readability-delete-null-pointer): the test is for the type
     if (auto* const utf8 = dynamic_cast<TextEmitterUTF8*>(emitter)) {
         delete utf8;
     } else {

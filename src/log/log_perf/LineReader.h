@@ -14,7 +14,7 @@ class LineReader {
 public:
     /// A longer line is no record; the rest of it is read over, so that a file of any size and
     /// content costs little memory.
-    static constexpr std::size_t kMaxLine = 64 * 1024;
+    static constexpr std::size_t kMaxLine = std::size_t{64} * 1024;
 
     /// @param position  where the stream stands, bytes from the start of the file
     explicit LineReader(std::istream& stream, std::uint64_t position = 0);

@@ -24,7 +24,7 @@ public:
     }
 
 private:
-    VARIANT value_;
+    VARIANT value_{};
 };
 
 } // namespace vqrx::system::com::v1
