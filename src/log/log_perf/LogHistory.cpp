@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 namespace vqrx::log::log_perf::v2 {
@@ -10,10 +11,11 @@ using system::sync_ptr::v1::CriticalSectionHold;
 
 void LogHistory::Insert(std::int64_t number, const LogHistoryEntry& entry)
 {
-    Stored stored{entry.time, entry.level, static_cast<std::uint32_t>(entry.date.size()), {}};
+    const CriticalSectionHold hold(lock_);
+    Stored stored{entry.time, entry.level, static_cast<std::uint32_t>(entry.date.size()),
+                  std::pmr::string(&nodes_)};
     stored.dateAndText.reserve(entry.date.size() + entry.text.size());
     stored.dateAndText.append(entry.date).append(entry.text);
-    const CriticalSectionHold hold(lock_);
     entries_.insert_or_assign(entries_.end(), number, std::move(stored));
     while (entries_.size() > capacity_) {
         entries_.erase(entries_.begin());
@@ -60,9 +62,10 @@ ILogRetriever::Entries LogHistory::GetEntries(std::int64_t first, std::int64_t l
     for (auto entry = entries_.lower_bound(lowest);
          entry != entries_.end() && entry->first <= highest; ++entry) {
         const Stored& stored = entry->second;
+        const std::string_view texts = stored.dateAndText;
         LogHistoryEntry whole{stored.level, stored.time,
-                              stored.dateAndText.substr(0, stored.dateLength),
-                              stored.dateAndText.substr(stored.dateLength)};
+                              std::string(texts.substr(0, stored.dateLength)),
+                              std::string(texts.substr(stored.dateLength))};
         result.emplace_back(entry->first, std::move(whole));
     }
     return result;

@@ -29,14 +29,14 @@ private:
         std::int64_t time;
         std::int32_t level;
         std::uint32_t dateLength;
-        std::string dateAndText;
+        std::pmr::string dateAndText; // of nodes_
     };
 
     std::int64_t Resolve(std::int64_t number) const noexcept;
 
     system::sync_ptr::v1::CriticalSection lock_;
     std::size_t capacity_ = kCapacity;
-    std::pmr::unsynchronized_pool_resource nodes_; // under lock_, as entries_
+    std::pmr::unsynchronized_pool_resource nodes_; // and texts; under lock_, as entries_
     std::pmr::map<std::int64_t, Stored> entries_{&nodes_};
 };
 

@@ -73,7 +73,7 @@ std::vector<std::string_view> SplitLogLine(std::string_view line)
 void SplitLogLine(std::string_view line, std::vector<std::string_view>& fields)
 {
     fields.clear();
-    for (;;) {
+    while (fields.size() + 1 < kLogLineFields) {
         const std::size_t separator = line.find(';');
         fields.push_back(line.substr(0, separator));
         if (separator == std::string_view::npos) {
@@ -81,6 +81,7 @@ void SplitLogLine(std::string_view line, std::vector<std::string_view>& fields)
         }
         line.remove_prefix(separator + 1);
     }
+    fields.push_back(line);
 }
 
 LogHistoryEntry ParseLogEntry(const std::vector<std::string_view>& fields)
@@ -112,8 +113,7 @@ void ParseLogEntry(const std::vector<std::string_view>& fields, LogHistoryEntry&
     entry.date.reserve(kReservedDate);
     entry.date.assign(fields[1]);
     entry.text.reserve(kReservedText);
-    // The fields lie behind one another in the line: the text runs from the fifth to its end.
-    entry.text.assign(fields[4].data(), fields.back().data() + fields.back().size());
+    entry.text.assign(fields[4]);
 }
 
 std::optional<std::int64_t> ParseRecordNumber(std::string_view field)

@@ -10,7 +10,7 @@
 
 namespace vqrx::log::log_perf::v2 {
 
-/// A record's line has so many fields at least; the text may hold further separators.
+/// A record's line has so many fields. The last one is the text, further separators included.
 inline constexpr std::size_t kLogLineFields = 5;
 
 /// "number;date;milliseconds;level;text", without a line end.
@@ -19,13 +19,14 @@ std::string FormatLogLine(std::int64_t number, const LogHistoryEntry& entry);
 /// The same, behind what the text holds already.
 void AppendLogLine(std::string& text, std::int64_t number, const LogHistoryEntry& entry);
 
-/// The parts of a line between its ";", empty ones included, so that joining restores the line.
+/// The fields of a line, kLogLineFields at most, empty ones included, so that joining them with ";"
+/// restores the line.
 std::vector<std::string_view> SplitLogLine(std::string_view line);
 
 /// The same, into a list that is used again and again.
 void SplitLogLine(std::string_view line, std::vector<std::string_view>& fields);
 
-/// The entry of a line that has been split into kLogLineFields fields or more.
+/// The entry of a line that has been split into kLogLineFields fields.
 /// @throws std::invalid_argument, std::out_of_range  when the third field is no 64-bit or the
 /// fourth
 ///         no 32-bit decimal number; texts as the standard conversions'
