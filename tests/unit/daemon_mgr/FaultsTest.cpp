@@ -11,6 +11,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <mutex>
+#include <string>
+#include <string_view>
 #include <thread>
 
 namespace vqrx::test {
@@ -166,6 +169,24 @@ TEST_F(Fault, of_a_sink_that_blocks_does_not_stop_supervision)
 
 namespace {
 
+/// Keeps nothing. Counts one line, and can be held.
+class MarkSink : public log::log_perf::v2::ILogSink {
+public:
+    static constexpr const char* kMark = "mark";
+
+    void Write(int, const log::log_perf::v2::Timestamp*, const char* text) override
+    {
+        const std::lock_guard hold(held);
+        marks_ += std::string_view(text) == kMark ? 1 : 0;
+    }
+    int Marks() const { return marks_; }
+
+    std::mutex held;
+
+private:
+    std::atomic<int> marks_ = 0;
+};
+
 /// No sink keeps anything, and no pass disturbs: what lives before a call that fails and after it
 /// is the same.
 class OutOfMemory : public ::testing::Test {
@@ -178,6 +199,32 @@ protected:
         manager_ = system::com::v1::ComPtr<system::daemon::daemon_mgr::v0::DaemonManager>::Share(
             new system::daemon::daemon_mgr::v0::DaemonManager(GetCurrentThreadId(), INFINITE,
                                                               &logger_));
+        logger_.AddSink(&sink_);
+        FillLogger();
+    }
+
+    /// The logger keeps the memory of records that were delivered for those that come. Here it gets
+    /// more of it than calls have under way, so that no line of the log takes memory for good.
+    void FillLogger()
+    {
+        const std::string line(400, 'x');
+        {
+            const std::lock_guard hold(sink_.held);
+            for (int i = 0; i < 64; ++i) {
+                logger_.Log(0, "%s", line.c_str());
+            }
+        }
+        LogMark();
+        LogMark(); // collected when all before it had been delivered: they can be used again
+    }
+
+    void LogMark()
+    {
+        const int before = sink_.Marks();
+        logger_.Log(0, "%s", MarkSink::kMark);
+        while (sink_.Marks() == before) {
+            Sleep(1);
+        }
     }
 
     /// The logger's worker allocates now and then for an instant; what is left counts.
@@ -198,9 +245,12 @@ protected:
     static bool ComesDownTo(std::ptrdiff_t before)
     {
         const ULONGLONG start = GetTickCount64();
-        while (Live() > before && GetTickCount64() - start < 10000) {
+        while (Live() > before) {
+            if (GetTickCount64() - start > 10000) {
+                return false;
+            }
         }
-        return Live() <= before;
+        return true;
     }
 
     /// Another thread gets the table.
@@ -218,6 +268,7 @@ protected:
     TestService service_{"MpsSvc"};
     StandInFirewall firewall_;
     StandInWmi wmi_;
+    MarkSink sink_;
     log::log_perf::v2::LibLogPerf logger_;
     system::com::v1::ComPtr<system::daemon::daemon_mgr::v0::DaemonManager> manager_;
 };
@@ -287,6 +338,12 @@ TEST_F(OutOfMemory, at_any_allocation_of_an_attach_fails_it_cleanly_and_closes_t
     const ImportPatch close("CloseHandle", CloseAndNote);
     realOpen = open.Original<OpenProcessFunction>();
     realCloseHandle = close.Original<CloseFunction>();
+    {
+        // What the C++ library keeps for good from its first conversion of a number, it gets now.
+        DWORD daemonId = 9;
+        ASSERT_EQ(S_OK, manager_->Attach(GetCurrentProcessId(), nullptr, &daemonId));
+        ASSERT_EQ(S_OK, manager_->Detach(daemonId));
+    }
     for (int succeeding = 0;; ++succeeding) {
         ASSERT_GT(kAtMost, succeeding);
         Arguments arguments({"an argument that does not fit into a string itself", "second"});
@@ -301,7 +358,8 @@ TEST_F(OutOfMemory, at_any_allocation_of_an_attach_fails_it_cleanly_and_closes_t
             happened = fault.Happened();
         }
         if (hr == S_OK) {
-            EXPECT_EQ(static_cast<DWORD>(succeeding), daemonId); // every attempt uses its id up
+            // Every attempt uses its id up, and there was one before.
+            EXPECT_EQ(static_cast<DWORD>(succeeding) + 1, daemonId);
             EXPECT_EQ(S_OK, manager_->Detach(daemonId));
             EXPECT_LT(10, succeeding);
             break;
