@@ -36,7 +36,9 @@ private:
 
     system::sync_ptr::v1::CriticalSection lock_;
     std::size_t capacity_ = kCapacity;
-    std::pmr::unsynchronized_pool_resource nodes_; // and texts; under lock_, as entries_
+    // For entries and texts; under lock_, as entries_. Larger pieces at a time would double the
+    // memory of a full history, of which the last piece is used in part only.
+    std::pmr::unsynchronized_pool_resource nodes_{std::pmr::pool_options{256, 1024}};
     std::pmr::map<std::int64_t, Stored> entries_{&nodes_};
 };
 
