@@ -83,7 +83,9 @@ void MessageQueue::DeliverOne() noexcept
         return;
     }
     delivered_.splice(delivered_.begin(), collected_, collected_.begin());
-    if (--waiting_ == 0 && overflowed_) {
+    // Looked at before the count: between an emptied queue and the look it could be filled again.
+    const bool overflowed = overflowed_;
+    if (--waiting_ == 0 && overflowed) {
         const CriticalSectionHold hold(lock_);
         overflowed_ = false;
     }

@@ -1,5 +1,7 @@
 #include "log_perf/WorkerSignal.h"
 
+#include <algorithm>
+
 #include <windows.h>
 
 namespace vqrx::log::log_perf::v2 {
@@ -41,21 +43,26 @@ WorkerSignal::Result WorkerSignal::Wait(std::uint32_t timeoutMs) noexcept
         WaitForSingleObject(stopEvent_.Get(), INFINITE);
         return Result::kStop;
     }
-    const bool taken = busy_ && timeoutMs != 0 && TakeSoon();
+    const bool taken = busy_ && TakeSoon(timeoutMs);
     const Result result = taken ? Result::kRecord : SleepFor(timeoutMs);
     busy_ = result == Result::kRecord;
     return result;
 }
 
 // Records come in bursts: one that follows at once finds the worker awake, and its caller need not
-// wake it.
-bool WorkerSignal::TakeSoon() noexcept
+// wake it. On a busy machine a thread that gives way may be back after many milliseconds only: that
+// time is the caller's as well.
+bool WorkerSignal::TakeSoon(std::uint32_t& timeoutMs) noexcept
 {
-    for (int look = 0; look < kLooks && !stopping_; ++look) {
+    for (int look = 0; look < kLooks && timeoutMs != 0 && !stopping_; ++look) {
         if (count_.TryTake()) {
             return true;
         }
+        const DWORD before = GetTickCount();
         SwitchToThread();
+        if (timeoutMs != INFINITE) {
+            timeoutMs -= std::min<std::uint32_t>(timeoutMs, GetTickCount() - before);
+        }
     }
     return false;
 }

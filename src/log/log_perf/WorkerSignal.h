@@ -33,7 +33,8 @@ public:
     Result Wait(std::uint32_t timeoutMs) noexcept;
 
 private:
-    bool TakeSoon() noexcept;
+    /// @param timeoutMs  becomes what is left of it
+    bool TakeSoon(std::uint32_t& timeoutMs) noexcept;
     Result SleepFor(std::uint32_t timeoutMs) noexcept;
     Result WaitInKernel(std::uint32_t timeoutMs) noexcept;
 

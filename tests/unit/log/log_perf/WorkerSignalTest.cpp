@@ -33,6 +33,69 @@ void TakeRecords(WorkerSignal& signal, int count)
     }
 }
 
+using WaitMany = DWORD WINAPI(DWORD, const HANDLE*, BOOL, DWORD);
+WaitMany* realWaitMany = nullptr;
+std::atomic<DWORD> simulatedTick{0};
+std::atomic<int> switches{0};
+std::atomic<DWORD> timeoutAsked{0};
+
+DWORD WINAPI Tick()
+{
+    return simulatedTick;
+}
+
+// A busy machine: whoever gives way comes back after its other threads have had their turn.
+BOOL WINAPI SwitchSlowly()
+{
+    ++switches;
+    simulatedTick += 30;
+    return TRUE;
+}
+
+DWORD WINAPI WaitNoTime(DWORD count, const HANDLE* handles, BOOL all, DWORD timeout)
+{
+    timeoutAsked = timeout;
+    return realWaitMany(count, handles, all, 0);
+}
+
+/// A worker that has just had a record, on a machine whose ticks begin at the one that is given.
+class BusyMachine : public testing::Test {
+protected:
+    explicit BusyMachine(DWORD tick = 0xFFFFFFF0) // wraps while the worker looks
+    {
+        realWaitMany = wait_.Original<WaitMany>();
+        simulatedTick = tick;
+        switches = 0;
+        signal_.Post();
+        EXPECT_EQ(Result::kRecord, signal_.Wait(0));
+    }
+
+    ImportPatch tick_{"GetTickCount", &Tick};
+    ImportPatch switch_{"SwitchToThread", &SwitchSlowly};
+    ImportPatch wait_{"WaitForMultipleObjects", &WaitNoTime};
+    WorkerSignal signal_;
+};
+
+TEST_F(BusyMachine, does_not_let_a_worker_look_for_records_beyond_its_time)
+{
+    EXPECT_EQ(Result::kTimedOut, signal_.Wait(100));
+    EXPECT_EQ(4, switches);
+    EXPECT_EQ(0U, timeoutAsked);
+}
+
+TEST_F(BusyMachine, lets_a_worker_sleep_for_what_is_left_of_its_time)
+{
+    EXPECT_EQ(Result::kTimedOut, signal_.Wait(10000));
+    EXPECT_EQ(100, switches);
+    EXPECT_EQ(7000U, timeoutAsked);
+}
+
+TEST_F(BusyMachine, lets_a_worker_without_a_deadline_sleep_without_one)
+{
+    EXPECT_EQ(Result::kTimedOut, signal_.Wait(INFINITE));
+    EXPECT_EQ(INFINITE, timeoutAsked);
+}
+
 TEST(WorkerSignal, that_nobody_gave_times_out)
 {
     WorkerSignal signal;
