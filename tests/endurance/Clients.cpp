@@ -43,6 +43,7 @@ void Clients::KillOne()
     victim.process->Kill();
     victim.process->Wait();
     ++killed_;
+    killedInCall_ += ReadJournal(victim.journal).inCall ? 1 : 0;
     past_.push_back(std::exchange(victim, Start()));
 }
 

@@ -28,6 +28,7 @@ public:
     /// @throws std::runtime_error  when one of them has failed
     std::map<std::string, JournalDaemon> Daemons() const;
     unsigned Killed() const { return killed_; }
+    unsigned KilledInCall() const { return killedInCall_; }
 
 private:
     struct Client {
@@ -43,6 +44,7 @@ private:
     std::vector<Client> past_;
     unsigned started_ = 0;
     unsigned killed_ = 0;
+    unsigned killedInCall_ = 0;
 };
 
 /// The program of a kind of daemon.

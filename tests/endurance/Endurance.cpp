@@ -18,6 +18,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <sstream>
@@ -39,6 +40,10 @@ constexpr double kMiBPerThread = 1; // its stack
 // A record in the supervisor's memory, of which it keeps the last 50000.
 constexpr double kMiBPerRecord = 512.0 / 1048576;
 constexpr double kMemoryMayDifferMiB = 4;
+// Processor time for a second of the run: what killed clients had launched stays, and makes it
+// more.
+constexpr double kCpuMayGrowTimes = 4;
+constexpr double kCpuAlwaysAllowed = 0.05;
 
 using State = JournalDaemon::State;
 
@@ -194,6 +199,12 @@ private:
                 text << name << " runs; ";
             }
         }
+        for (const auto& [name, attempts] : fleet_->Attempts(followers_->Ledger())) {
+            const auto before = attempts_.find(name);
+            if (attempts <= (before == attempts_.end() ? 0 : before->second)) {
+                text << name << " was not started again; ";
+            }
+        }
         return text.str();
     }
 
@@ -212,6 +223,7 @@ private:
         if (!differences.empty()) {
             Fail(differences);
         }
+        attempts_ = fleet_->Attempts(followers_->Ledger());
         if (WaitForSingleObject(twice_.Get(), 0) == WAIT_OBJECT_0) {
             Fail("a daemon ran twice");
         }
@@ -227,18 +239,23 @@ private:
     void CheckIds()
     {
         std::map<DWORD, std::string> owners;
+        const auto give = [&](DWORD id, const std::string& name) {
+            const auto [owner, isNew] = owners.emplace(id, name);
+            if (!isNew) {
+                Fail("id " + std::to_string(id) + " was used twice: " + owner->second + " and " +
+                     name);
+            }
+        };
         for (const auto& daemon : fleet_->Daemons()) {
-            owners[daemon.id] = daemon.name;
+            give(daemon.id, daemon.name);
         }
         for (const auto& [name, daemon] : clients_->Daemons()) {
-            if (daemon.state == State::launching || daemon.state == State::attaching) {
-                continue; // nobody was told its id
+            if (daemon.state != State::launching && daemon.state != State::attaching) {
+                give(daemon.id, name); // of the others nobody was told the id
             }
-            const auto [owner, isNew] = owners.emplace(daemon.id, name);
-            if (!isNew) {
-                Fail("id " + std::to_string(daemon.id) + " was used twice: " + owner->second +
-                     " and " + name);
-            }
+        }
+        for (const DWORD id : followers_->Ledger().IdsUsedTwice()) {
+            Fail("by the log id " + std::to_string(id) + " was used twice");
         }
     }
 
@@ -278,6 +295,8 @@ private:
             Fail(failure);
         }
         Check();
+        std::vector<std::string> started;
+        std::vector<std::string> ended;
         std::size_t registered = fleet_->Daemons().size();
         for (const auto& [name, daemon] : clients_->Daemons()) {
             switch (daemon.state) {
@@ -291,10 +310,12 @@ private:
                                              {std::wstring(daemon.kind.begin(), daemon.kind.end()),
                                               std::wstring(name.begin(), name.end())});
                 ++registered;
+                started.push_back(name);
                 break;
             }
             case State::stopping: // the call went on, or had not yet come
                 supervisor_->Client().Stop(daemon.id);
+                ended.push_back(name);
                 break;
             case State::detaching:
                 supervisor_->Client().Detach(daemon.id);
@@ -305,6 +326,13 @@ private:
             default:
                 break;
             }
+        }
+        const bool settled = WaitUntil([&] {
+            return std::all_of(started.begin(), started.end(), HoldsName) &&
+                   std::none_of(ended.begin(), ended.end(), HoldsName);
+        });
+        if (!settled) {
+            Fail("what clients were killed in has not come to its end");
         }
         TakeSample();
         return registered;
@@ -379,7 +407,18 @@ private:
             const auto length = static_cast<std::ptrdiff_t>(third);
             Compare("under load", {begin, begin + length},
                     {samples_.end() - length, samples_.end()}, kPeakHandles, kPeakThreads);
+            const double early = CpuShare(samples_.front(), samples_.at(third - 1));
+            const double late = CpuShare(samples_.at(count - third), samples_.back());
+            if (late > std::max(kCpuAlwaysAllowed, early * kCpuMayGrowTimes)) {
+                Fail("processor time has grown from " + std::to_string(early) + " to " +
+                     std::to_string(late) + " s a second");
+            }
         }
+    }
+
+    static double CpuShare(const Sample& from, const Sample& to)
+    {
+        return (to.cpuSeconds - from.cpuSeconds) / std::max(1.0, to.seconds - from.seconds);
     }
 
     void Compare(const std::string& when, const std::vector<Sample>& early,
@@ -422,7 +461,8 @@ private:
              << " s of start-up\n"
              << "daemons                 " << options_.daemons << ", and those of "
              << Clients::kCount << " clients: " << clients_->Daemons().size() << '\n'
-             << "clients killed          " << clients_->Killed() << '\n'
+             << "clients killed          " << clients_->Killed() << ", " << clients_->KilledInCall()
+             << " of them in a call\n"
              << "daemons killed          " << fleet_->Killed() << ", back after "
              << sumReturnMs_ / std::max(1U, fleet_->Killed()) << " ms on average, "
              << slowestReturnMs_ << " ms at most\n"
@@ -455,6 +495,7 @@ private:
     std::optional<Sampler> sampler_;
     std::optional<Clients> clients_;
     std::vector<Sample> samples_;
+    std::map<std::string, std::size_t> attempts_; // at the last check
     std::vector<std::string> failures_;
     ULONGLONG began_ = 0;
     double startUpSeconds_ = 0;

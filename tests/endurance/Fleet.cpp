@@ -12,6 +12,7 @@ namespace {
 using system::com::v1::NarrowToWide;
 using system::win32::v1::UniqueKernelHandle;
 
+constexpr const char* kMissingProgram = "C:\\missing.exe";
 constexpr UINT kKillCode = 77; // 0x4d
 
 bool AlwaysRuns(const Fleet::Daemon& daemon)
@@ -48,7 +49,7 @@ Fleet::Fleet(SupervisorProcess& supervisor, unsigned daemons)
 
 void Fleet::Launch(SupervisorProcess& supervisor, const std::string& kind, unsigned count)
 {
-    const std::string program = kind == "missing" ? "C:\\missing.exe" : EnduranceProgram(kind);
+    const std::string program = kind == "missing" ? kMissingProgram : EnduranceProgram(kind);
     for (unsigned number = 0; number < count; ++number) {
         const std::string name = kind + std::to_string(number);
         const auto request =
@@ -84,6 +85,21 @@ std::vector<std::string> Fleet::Running() const
         }
     }
     return names;
+}
+
+std::map<std::string, std::size_t> Fleet::Attempts(const LogLedger& ledger) const
+{
+    std::map<std::string, std::size_t> attempts;
+    for (const Daemon& daemon : daemons_) {
+        if (daemon.kind == "missing") {
+            attempts[daemon.name] = ledger.Count(std::string("Unable to start ") + kMissingProgram +
+                                                 " missing " + daemon.name + " ");
+        } else if (!AlwaysRuns(daemon)) {
+            const DaemonLines lines = ledger.Of(daemon.id);
+            attempts[daemon.name] = lines.firstStarts + lines.restarts;
+        }
+    }
+    return attempts;
 }
 
 DWORD Fleet::KillOne(const LogLedger& ledger)

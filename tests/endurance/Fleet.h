@@ -26,6 +26,8 @@ public:
     const std::vector<Daemon>& Daemons() const { return daemons_; }
     /// The names of those that always run.
     std::vector<std::string> Running() const;
+    /// How often those that never run for long were started so far, or tried to be, by name.
+    std::map<std::string, std::size_t> Attempts(const LogLedger& ledger) const;
     /// The exit code with which KillOne ends processes, as the log names it.
     static constexpr const char* kKilled = "Exception caught in : Unknown (0x4d)";
     /// Ends one of the daemons behind the supervisor's back and waits until it runs again.

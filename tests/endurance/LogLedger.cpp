@@ -54,6 +54,18 @@ DaemonLines LogLedger::Of(DWORD daemonId) const
     return found == daemons_.end() ? DaemonLines{} : found->second;
 }
 
+std::set<DWORD> LogLedger::IdsUsedTwice() const
+{
+    std::set<DWORD> ids;
+    const std::lock_guard hold(mutex_);
+    for (const auto& [id, lines] : daemons_) {
+        if (lines.firstStarts + lines.attaches > 1) {
+            ids.insert(id);
+        }
+    }
+    return ids;
+}
+
 std::size_t LogLedger::Count(const std::string& text) const
 {
     const std::lock_guard hold(mutex_);

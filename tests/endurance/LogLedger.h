@@ -29,6 +29,8 @@ public:
     void Add(const std::vector<RingRecord>& records);
 
     DaemonLines Of(DWORD daemonId) const;
+    /// The ids under which more than one daemon was started for the first time or attached.
+    std::set<DWORD> IdsUsedTwice() const;
     /// How many records have this very text.
     std::size_t Count(const std::string& text) const;
     std::size_t Records() const;
