@@ -169,10 +169,11 @@ TEST_F(Fault, of_a_sink_that_blocks_does_not_stop_supervision)
 
 namespace {
 
-/// Keeps nothing. Counts one line, and can be held.
+/// Keeps nothing. Counts one line, and can be held. The line is too long for a string itself: a
+/// record that has held it has memory for the lines that follow.
 class MarkSink : public log::log_perf::v2::ILogSink {
 public:
-    static constexpr const char* kMark = "mark";
+    static constexpr const char* kMark = "a mark behind all that was logged before";
 
     void Write(int, const log::log_perf::v2::Timestamp*, const char* text) override
     {
