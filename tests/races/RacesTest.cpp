@@ -215,13 +215,11 @@ TEST_F(Race, of_the_end_with_a_stop_in_its_wait_lets_the_stop_finish)
 {
     const DWORD id = LaunchAndWait("deaf");
     const DWORD process = machine::Last("deaf");
-    std::promise<void> holds;
-    std::thread stopper([&] {
-        const auto own = ComPtr<DaemonManager>::Share(manager_); // as a call's own
-        holds.set_value();
+    std::thread stopper([own = ComPtr<DaemonManager>::Share(manager_), id]() mutable {
         EXPECT_EQ(S_OK, own->Stop(id));
+        own.Reset(); // as a call's own
     });
-    holds.get_future().wait();
+    EXPECT_TRUE(WaitUntil([&] { return machine::WasAskedToQuit(process); }));
     EXPECT_EQ(S_OK, manager_->Exit());
     End();
     stopper.join();

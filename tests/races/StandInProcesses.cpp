@@ -13,6 +13,7 @@ struct Process {
     DWORD id = 0;
     std::string path;
     bool running = true;
+    bool askedToQuit = false;
     DWORD exitCode = STILL_ACTIVE;
     std::vector<HANDLE> handles; // each an event that is set at the end
 };
@@ -113,6 +114,13 @@ bool Runs(DWORD processId)
     const std::lock_guard hold(mutex);
     const auto found = processes.find(processId);
     return found != processes.end() && found->second->running;
+}
+
+bool WasAskedToQuit(DWORD processId)
+{
+    const std::lock_guard hold(mutex);
+    const auto found = processes.find(processId);
+    return found != processes.end() && found->second->askedToQuit;
 }
 
 unsigned Running(const std::string& path)
@@ -233,9 +241,11 @@ BOOL PostThreadMessageA(DWORD threadId, UINT message, WPARAM, LPARAM)
 {
     const std::lock_guard hold(mutex);
     const auto found = processes.find(threadId - 1);
-    if (message == WM_QUIT && found != processes.end() &&
-        found->second->path.find("deaf") == std::string::npos) {
-        EndLocked(*found->second, 0);
+    if (message == WM_QUIT && found != processes.end()) {
+        found->second->askedToQuit = true;
+        if (found->second->path.find("deaf") == std::string::npos) {
+            EndLocked(*found->second, 0);
+        }
     }
     return TRUE;
 }

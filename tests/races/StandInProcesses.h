@@ -20,6 +20,8 @@ DWORD Start(const std::string& path);
 /// Ends a process, as a crash does.
 void Kill(DWORD processId);
 bool Runs(DWORD processId);
+/// Whether a thread of the process was sent the quit message.
+bool WasAskedToQuit(DWORD processId);
 /// How many processes of this path run, and how many have been started.
 unsigned Running(const std::string& path);
 unsigned Started(const std::string& path);
