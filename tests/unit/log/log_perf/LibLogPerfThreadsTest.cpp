@@ -10,6 +10,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <string>
 #include <thread>
@@ -54,7 +55,51 @@ private:
     int calls_ = 0; // the worker's alone
 };
 
+/// Counts what comes between two overflows.
+class OverflowSink : public log::log_perf::v2::ILogSink {
+public:
+    void Write(int level, const log::log_perf::v2::Timestamp*, const char*) override
+    {
+        if (level != 0) {
+            ++messages_;
+            return;
+        }
+        tooEarly_ += messages_ < 1000 ? 1 : 0;
+        messages_ = 0;
+        ++overflows_;
+    }
+
+    // Read when the logger has gone.
+    int Overflows() const { return overflows_; }
+    int TooEarly() const { return tooEarly_; }
+
+private:
+    int messages_ = 0;
+    int overflows_ = 0;
+    int tooEarly_ = 0;
+};
+
 } // namespace
+
+TEST(LibLogPerfThreads, that_log_too_much_hear_of_it_after_a_thousand_messages_each_time)
+{
+    OverflowSink sink;
+    {
+        LibLogPerf logger;
+        logger.AddSink(&sink);
+        const auto flood = [&](int round) {
+            for (int i = 0; i < 1500; ++i) {
+                logger.Log(2, "%d", i);
+            }
+            if (round % 4 == 0) { // the queue is empty now and then without having overflowed
+                std::this_thread::sleep_for(std::chrono::microseconds(200));
+            }
+        };
+        AllAtOnce(100, {flood, flood});
+    }
+    EXPECT_LT(0, sink.Overflows());
+    EXPECT_EQ(0, sink.TooEarly());
+}
 
 TEST(LibLogPerfThreads, may_call_every_operation_at_the_same_time)
 {
