@@ -10,7 +10,7 @@ namespace {
 
 // The supervisor's own files have a little over 1 MiB. What is larger is read piece by piece.
 constexpr std::uint64_t kMostInMemory = 16ULL * 1024 * 1024;
-constexpr int kMostAttempts = 20;
+constexpr int kMostAttempts = 100; // tens of milliseconds
 
 // The file as it was at one moment: reads it again while records are being added.
 std::string Snapshot(const std::string& path, std::unique_ptr<InputFile>& file)

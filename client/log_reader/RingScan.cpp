@@ -61,6 +61,67 @@ std::uint64_t GuessSeam(ByteSource& source, std::uint64_t start)
     return seam;
 }
 
+std::optional<Record> FirstRecord(RawLines& lines)
+{
+    RawLine line;
+    if (!lines.Next(line)) {
+        return std::nullopt;
+    }
+    RecordLine parsed = ParseRecordLine(line.text);
+    const bool whole = line.ended && !line.tooLong && parsed.grade == LineGrade::kWhole;
+    return whole ? std::optional(std::move(parsed.record)) : std::nullopt;
+}
+
+std::optional<Record> LastRecord(ByteSource& source, std::uint64_t begin, std::uint64_t end)
+{
+    RawLines lines(source, end - begin > kLastRecord ? end - kLastRecord : begin, end);
+    RawLine line;
+    std::optional<Record> last;
+    while (lines.Next(line)) {
+        RecordLine parsed = ParseRecordLine(line.text);
+        last = parsed.grade == LineGrade::kWhole ? std::optional(std::move(parsed.record))
+                                                 : std::nullopt;
+    }
+    return last;
+}
+
+std::int64_t Next(std::int64_t number)
+{
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(number) + 1);
+}
+
+bool Follows(const std::optional<std::int64_t>& next, const std::optional<std::int64_t>& number)
+{
+    return next && number && *next == Next(*number);
+}
+
+bool Follows(const std::optional<Record>& next, const std::optional<Record>& record)
+{
+    return next && record && Follows(next->number, record->number) &&
+           next->timeMs >= record->timeMs;
+}
+
+// Whether the records around the place that the header names show that writing goes on elsewhere.
+// Behind the right place stand older records, and at most one that the header does not count yet.
+bool GoesOnElsewhere(ByteSource& source, const Layout& layout)
+{
+    const std::uint64_t size = source.Size();
+    // When writing is to go on at the front, the record before stands at the end.
+    const std::uint64_t end = layout.seam == layout.start ? size : layout.seam;
+    const std::optional<Record> before = LastRecord(source, layout.start, end);
+    RawLines behind(source, layout.seam, size);
+    const std::optional<Record> next = FirstRecord(behind);
+    const bool goesOn = Follows(next, before);
+    if (goesOn && Follows(FirstRecord(behind), next)) {
+        return true;
+    }
+    RawLines fromStart(source, layout.start, size);
+    const std::optional<Record> front = FirstRecord(fromStart);
+    const bool startsNewer =
+        front && before && front->number > before->number && front->timeMs > before->timeMs;
+    return startsNewer && layout.seam != layout.start && (goesOn || layout.seam == size);
+}
+
 Layout FindLayout(ByteSource& source)
 {
     Layout layout;
@@ -71,7 +132,8 @@ Layout FindLayout(ByteSource& source)
         layout.start = line.next;
         layout.seam = *header < kHeader ? layout.start : *header;
         layout.damaged = layout.seam < layout.start || layout.seam > source.Size() ||
-                         (layout.seam > layout.start && !EndsLine(source, layout.seam));
+                         (layout.seam > layout.start && !EndsLine(source, layout.seam)) ||
+                         GoesOnElsewhere(source, layout);
     }
     if (!header || layout.damaged) {
         layout.damaged = true;
@@ -90,24 +152,8 @@ std::optional<std::int64_t> NumberAtFront(ByteSource& source, std::uint64_t begi
 
 std::optional<std::int64_t> NumberAtEnd(ByteSource& source, std::uint64_t begin, std::uint64_t end)
 {
-    RawLines lines(source, end - begin > kLastRecord ? end - kLastRecord : begin, end);
-    RawLine line;
-    std::optional<std::int64_t> number;
-    while (lines.Next(line)) {
-        const RecordLine parsed = ParseRecordLine(line.text);
-        number = parsed.grade == LineGrade::kWhole ? parsed.record.number : std::nullopt;
-    }
-    return number;
-}
-
-std::int64_t Next(std::int64_t number)
-{
-    return static_cast<std::int64_t>(static_cast<std::uint64_t>(number) + 1);
-}
-
-bool Follows(const std::optional<std::int64_t>& next, const std::optional<std::int64_t>& number)
-{
-    return next && number && *next == Next(*number);
+    const std::optional<Record> last = LastRecord(source, begin, end);
+    return last ? last->number : std::nullopt;
 }
 
 /// A line that the next ones must confirm.

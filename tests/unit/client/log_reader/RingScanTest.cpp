@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <random>
 #include <string>
@@ -175,6 +176,32 @@ TEST(RingScan, finds_the_order_without_a_header)
         EXPECT_THAT(scanned.records, ElementsAreArray(ring.Intact())) << header;
         EXPECT_TRUE(scanned.summary.headerDamaged) << header;
         EXPECT_FALSE(scanned.summary.IsSound()) << header;
+    }
+}
+
+TEST(RingScan, shows_every_record_whichever_of_them_the_header_points_behind)
+{
+    for (const std::size_t limit : {std::size_t{0}, std::size_t{400}}) {
+        RingModel ring(limit, 50);
+        for (int index = 0; index < 43; ++index) {
+            ring.Write("record " + std::to_string(index));
+        }
+        ASSERT_NE(ring.WritePosition(), 12U);
+        const std::string bytes = ring.Bytes();
+        const std::vector<Record> intact = ring.Intact();
+        for (std::size_t end = bytes.find('\n', 12); end != std::string::npos;
+             end = bytes.find('\n', end + 1)) {
+            const std::size_t position = end + 1;
+            // Behind a header that is one record late stands what may be written just now.
+            const std::size_t late = bytes.find('\n', position) + 1;
+            if (position == ring.WritePosition() || late == ring.WritePosition()) {
+                continue;
+            }
+            const Scanned scanned =
+                Scan(Header(static_cast<unsigned>(position)) + bytes.substr(12));
+            EXPECT_THAT(scanned.records, ElementsAreArray(intact)) << limit << ", " << position;
+            EXPECT_FALSE(scanned.summary.IsSound()) << limit << ", " << position;
+        }
     }
 }
 
