@@ -18,10 +18,12 @@
 namespace vqrx::client::v0 {
 namespace {
 
+constexpr int kEveryLevel = 3; // those that nobody writes today included
+
 struct LogArguments : LogOptions {
     bool follow = false;
     bool json = false;
-    int level = 3;
+    int level = kEveryLevel;
     std::string since;
     std::string grep;
     std::uint32_t daemonId = 0;
@@ -34,7 +36,9 @@ struct LogArguments : LogOptions {
 RecordFilter FilterOf(const LogArguments& arguments)
 {
     RecordFilter filter;
-    filter.level = arguments.level;
+    if (arguments.level < kEveryLevel) {
+        filter.level = arguments.level;
+    }
     if (!arguments.since.empty()) {
         filter.sinceMs = ParseMoment(arguments.since, NowMs());
     }
@@ -176,7 +180,7 @@ void AddOptions(CLI::App& command, LogArguments& arguments)
         .add_option("--level", arguments.level,
                     "Only so important: 0 errors, 1 and warnings, 2 and information, 3 everything")
         ->type_name("0-3")
-        ->check(CLI::Range(0, 3).description(""));
+        ->check(CLI::Range(0, kEveryLevel).description(""));
     command
         .add_option("--since", arguments.since,
                     "Only from then on: 2025-11-16T03:52[:36[.123]][Z], 03:52, 10m, 2h, 3d, today, "

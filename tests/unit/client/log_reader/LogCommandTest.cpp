@@ -126,7 +126,8 @@ TEST_F(LogCommand, colours_a_line_by_its_level_when_asked_to)
     EXPECT_EQ(Run({"--color", "always"}).output, "\x1b[91mSun Nov 16 03:52:36.007 error\x1b[0m\n"
                                                  "\x1b[93mSun Nov 16 03:52:36.014 warning\x1b[0m\n"
                                                  "Sun Nov 16 03:52:36.021 information\n"
-                                                 "\x1b[92mSun Nov 16 03:52:36.028 detail\x1b[0m\n");
+                                                 "\x1b[92mSun Nov 16 03:52:36.028 detail\x1b[0m\n"
+                                                 "Sun Nov 16 03:52:36.035 other\n");
     EXPECT_THAT(Run({}).output, StartsWith("Sun Nov 16 03:52:36.007 error\n"));
 }
 
