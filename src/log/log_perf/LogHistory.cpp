@@ -9,12 +9,22 @@ namespace vqrx::log::log_perf::v2 {
 
 using system::sync_ptr::v1::CriticalSectionHold;
 
+namespace {
+
+// The pool keeps what it has for each size for good: longer texts, which are few, are not of it.
+constexpr std::size_t kMaxPooledText = 191;
+
+} // namespace
+
 void LogHistory::Insert(std::int64_t number, const LogHistoryEntry& entry)
 {
     const CriticalSectionHold hold(lock_);
+    const std::size_t length = entry.date.size() + entry.text.size();
+    std::pmr::memory_resource* const memory =
+        length <= kMaxPooledText ? &nodes_ : nodes_.upstream_resource();
     Stored stored{entry.time, entry.level, static_cast<std::uint32_t>(entry.date.size()),
-                  std::pmr::string(&nodes_)};
-    stored.dateAndText.reserve(entry.date.size() + entry.text.size());
+                  std::pmr::string(memory)};
+    stored.dateAndText.reserve(length);
     stored.dateAndText.append(entry.date).append(entry.text);
     entries_.insert_or_assign(entries_.end(), number, std::move(stored));
     while (entries_.size() > capacity_) {

@@ -29,15 +29,15 @@ private:
         std::int64_t time;
         std::int32_t level;
         std::uint32_t dateLength;
-        std::pmr::string dateAndText; // of nodes_
+        std::pmr::string dateAndText; // of nodes_, or a longer one of the heap
     };
 
     std::int64_t Resolve(std::int64_t number) const noexcept;
 
     system::sync_ptr::v1::CriticalSection lock_;
     std::size_t capacity_ = kCapacity;
-    // For entries and texts; under lock_, as entries_. Larger pieces at a time would double the
-    // memory of a full history, of which the last piece is used in part only.
+    // For entries and all but long texts; under lock_, as entries_. Larger pieces at a time would
+    // double the memory of a full history, of which the last piece is used in part only.
     std::pmr::unsynchronized_pool_resource nodes_{std::pmr::pool_options{256, 1024}};
     std::pmr::map<std::int64_t, Stored> entries_{&nodes_};
 };

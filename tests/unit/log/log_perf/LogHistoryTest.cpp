@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <memory_resource>
 #include <stdexcept>
 
 namespace vqrx::test {
@@ -17,7 +19,59 @@ LogHistoryEntry Entry(const std::string& text)
     return entry;
 }
 
+/// Counts the bytes that histories made under it hold.
+class CountedMemory : public std::pmr::memory_resource {
+public:
+    CountedMemory()
+        : before_(std::pmr::set_default_resource(this))
+    {
+    }
+    CountedMemory(const CountedMemory&) = delete;
+    CountedMemory& operator=(const CountedMemory&) = delete;
+    ~CountedMemory() override { std::pmr::set_default_resource(before_); }
+
+    std::size_t Held() const { return held_; }
+
+private:
+    void* do_allocate(std::size_t bytes, std::size_t alignment) override
+    {
+        void* const memory = std::pmr::new_delete_resource()->allocate(bytes, alignment);
+        held_ += bytes;
+        return memory;
+    }
+    void do_deallocate(void* memory, std::size_t bytes, std::size_t alignment) override
+    {
+        held_ -= bytes;
+        std::pmr::new_delete_resource()->deallocate(memory, bytes, alignment);
+    }
+    bool do_is_equal(const memory_resource& other) const noexcept override
+    {
+        return this == &other;
+    }
+
+    std::pmr::memory_resource* before_;
+    std::size_t held_ = 0;
+};
+
 } // namespace
+
+// Whatever the lengths were one after the other: what an entry took is there for the others.
+TEST(LogHistory, of_texts_of_every_length_holds_no_more_than_the_longest_need)
+{
+    constexpr std::size_t kMiB = 1048576;
+    const CountedMemory memory;
+    LogHistory history;
+    std::int64_t number = 0;
+    std::size_t most = 0;
+    for (const std::size_t length : {100, 220, 300, 420, 500, 700, 1000, 100}) {
+        for (std::size_t i = 0; i < LogHistory::kCapacity; ++i) {
+            history.Insert(number++, Entry(std::string(length, 'x')));
+        }
+        most = std::max(most, memory.Held());
+    }
+    EXPECT_GT(80 * kMiB, most); // 50000 texts of 1000, and what goes with them
+    EXPECT_GT(20 * kMiB, memory.Held());
+}
 
 TEST(LogHistory, that_is_empty_raises_for_a_range_and_yields_no_entries)
 {
