@@ -1,6 +1,7 @@
 #include "DaemonArguments.h"
 #include "ExitCode.h"
 #include "LogPath.h"
+#include "UsageError.h"
 #include "Utf8.h"
 #include "commands/CompletionCommand.h"
 #include "commands/ControlCommands.h"
@@ -24,6 +25,7 @@ int Run()
 {
     CLI::App app("Controls the DaemonManager supervisor of this machine", "daemonctl");
     app.require_subcommand(1);
+    app.failure_message(UsageError);
     app.set_version_flag("--version", "daemonctl " DM_VERSION);
     app.footer("What runs, and why did daemon 3 die last night?\n"
                "  daemonctl ps\n"

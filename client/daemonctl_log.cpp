@@ -1,5 +1,6 @@
 // daemonctl's commands that need nothing but a copy of a log file, for any system.
 #include "ExitCode.h"
+#include "UsageError.h"
 #include "commands/LogCommand.h"
 #include "commands/ReportCommand.h"
 
@@ -16,6 +17,7 @@ int Run(int argc, char** argv)
 {
     CLI::App app("Reads log files of the DaemonManager supervisor", "daemonctl-log");
     app.require_subcommand(1);
+    app.failure_message(UsageError);
     app.set_version_flag("--version", "daemonctl-log " DM_VERSION);
     app.footer("Exit codes: 0 done, 2 wrong usage, 5 log unreadable.");
     int exitCode = kDone;
