@@ -58,14 +58,23 @@ try {
             wanted.push_back(argument);
         }
     }
+    const auto run = [&](const Section& section, int round) {
+        if (wanted.empty() ||
+            std::find(wanted.begin(), wanted.end(), section.name) != wanted.end()) {
+            std::cerr << "round " << round + 1 << ": " << section.name << std::endl;
+            section.run(settings);
+        }
+    };
     for (int round = 0; round < settings.rounds; ++round) {
         for (const Section& section : kSections) {
-            const bool chosen = wanted.empty() || std::find(wanted.begin(), wanted.end(),
-                                                            section.name) != wanted.end();
-            if (chosen && !(section.once && round != 0)) {
-                std::cerr << "round " << round + 1 << ": " << section.name << std::endl;
-                section.run(settings);
+            if (!section.once) {
+                run(section, round);
             }
+        }
+    }
+    for (const Section& section : kSections) { // at the end: they end the children of the others
+        if (section.once) {
+            run(section, 0);
         }
     }
     return 0;
