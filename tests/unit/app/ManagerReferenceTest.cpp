@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <stdexcept>
 #include <thread>
 
@@ -50,13 +51,14 @@ TEST_F(ManagerReference, ends_the_manager_when_it_lets_go)
 
 TEST_F(ManagerReference, waits_for_who_still_holds_on)
 {
+    std::optional<std::jthread> holder;
     {
         const Reference reference(GetCurrentThreadId(), INFINITE, &logger, 60000, NoteEnd);
         held = ComPtr<IUnknown>::Share(reference.Object());
-        std::thread([] {
+        holder.emplace([] {
             Sleep(100); // time in which an end that did not wait would have come
             held.Reset();
-        }).detach();
+        });
     }
     EXPECT_TRUE(sink.WaitForText("Deamon Thread is exiting..."));
     EXPECT_EQ(endedWith, kNotCalled);

@@ -253,5 +253,17 @@ TEST(Bounded, gives_the_result_or_nothing_when_its_time_is_over)
     event->Signal();
 }
 
+TEST(Bounded, holds_however_often_its_threads_come_and_go)
+{
+    using std::chrono::milliseconds;
+    for (int round = 0; round < 3000; ++round) {
+        ASSERT_EQ(Bounded<int>(milliseconds(60000), [round] { return round; }), round);
+        ASSERT_THROW(
+            Bounded<int>(milliseconds(60000), []() -> int { throw std::runtime_error("x"); }),
+            std::runtime_error)
+            << round;
+    }
+}
+
 } // namespace
 } // namespace vqrx::test
