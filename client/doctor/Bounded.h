@@ -25,8 +25,8 @@ std::optional<Result> Bounded(std::chrono::milliseconds limit, std::function<Res
     // being detached back twice, and two later threads then share it.
     const system::thread::v1::Thread worker([task] { (*task)(); });
     if (worker.Handle() == nullptr) {
-        throw std::system_error(
-            std::make_error_code(std::errc::resource_unavailable_try_again), "Thread");
+        throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again),
+                                "Thread");
     }
     if (result.wait_for(limit) != std::future_status::ready) {
         return std::nullopt;
