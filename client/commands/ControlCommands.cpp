@@ -107,7 +107,8 @@ void AddControlCommands(CLI::App& app, int& exitCode)
     command->add_option("ID", arguments->id, "Its daemon id")->required();
     command->footer("Example:\n  daemonctl stop 3\n"
                     "The process is asked to quit, given 30 seconds, then terminated. An attached\n"
-                    "process is let go and runs on.");
+                    "process is let go and runs on.\n"
+                    "Exit code 1: no process was stopped.");
 
     command =
         AddCommand(app, exitCode, "attach",
@@ -117,12 +118,14 @@ void AddControlCommands(CLI::App& app, int& exitCode)
     command->footer(
         "Example:\n  daemonctl attach 1234\n"
         "Path and arguments are the process's own; a Windows service is restarted with\n"
-        "the arguments given here.");
+        "the arguments given here.\n"
+        "Exit code 1: it could not be attached.");
 
     command = AddCommand(app, exitCode, "detach", "Let an attached process go; it runs on", Detach,
                          arguments);
     command->add_option("ID", arguments->id, "Its daemon id")->required();
-    command->footer("Example:\n  daemonctl detach 4");
+    command->footer("Example:\n  daemonctl detach 4\n"
+                    "Exit code 1: the id is unknown, or the daemon was not attached.");
 
     command = AddCommand(app, exitCode, "exit", "End the supervisor; its daemons run on", Exit,
                          arguments);

@@ -9,7 +9,6 @@
 
 #include <cstddef>
 #include <deque>
-#include <iostream>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -158,9 +157,9 @@ int Show(const LogArguments& arguments, const LogPath& defaultPath)
                                   [&](Record record) { printer.Add(std::move(record)); });
         }
         printer.Finish();
-        return TellDamage(path, summary);
+        return TellDamage(arguments, path, summary);
     } catch (const std::runtime_error& error) {
-        std::cerr << "daemonctl: " << error.what() << std::endl;
+        TellError(arguments, error.what());
         return kLogUnreadable;
     }
 }

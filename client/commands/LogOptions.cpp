@@ -13,10 +13,36 @@ std::string Lines(std::uint64_t count)
     return std::to_string(count) + (count == 1 ? " line" : " lines");
 }
 
+std::string DescribeDamage(const ScanSummary& summary)
+{
+    if (summary.isEmpty) {
+        return "the file is empty";
+    }
+    if (summary.records == 0) {
+        return "not one record in " + Lines(summary.unreadable + summary.torn) +
+               ": this is no log file of the supervisor";
+    }
+    std::string text;
+    const auto append = [&text](const std::string& part) {
+        text += (text.empty() ? "" : "; ") + part;
+    };
+    if (summary.headerDamaged) {
+        append("the header is damaged, the order was found from the records");
+    }
+    if (summary.unreadable != 0) {
+        append(Lines(summary.unreadable) + " could not be read");
+    }
+    if (summary.damaged != 0) {
+        append(Lines(summary.damaged) + " shown without number or date");
+    }
+    return text;
+}
+
 } // namespace
 
 void AddLogOptions(CLI::App& command, LogOptions& options, bool hasDefault)
 {
+    options.program = command.get_parent()->get_name();
     CLI::Option* const file =
         command.add_option("--file", options.file,
                            hasDefault ? "The log file or a copy of one, instead of this machine's"
@@ -34,35 +60,18 @@ void AddLogOptions(CLI::App& command, LogOptions& options, bool hasDefault)
         ->transform(CLI::CheckedTransformer(encodings).description(""));
 }
 
-int TellDamage(const std::string& path, const ScanSummary& summary)
+void TellError(const LogOptions& options, const std::string& text)
+{
+    std::cout.flush();
+    std::cerr << options.program << ": " << text << std::endl;
+}
+
+int TellDamage(const LogOptions& options, const std::string& path, const ScanSummary& summary)
 {
     if (summary.IsSound()) {
         return kDone;
     }
-    std::cout.flush();
-    std::cerr << "daemonctl: " << path << ": ";
-    if (summary.isEmpty) {
-        std::cerr << "the file is empty" << std::endl;
-        return kLogUnreadable;
-    }
-    if (summary.records == 0) {
-        std::cerr << "not one record in " << Lines(summary.unreadable + summary.torn)
-                  << ": this is no log file of the supervisor" << std::endl;
-        return kLogUnreadable;
-    }
-    const char* separator = "";
-    if (summary.headerDamaged) {
-        std::cerr << "the header is damaged, the order was found from the records";
-        separator = "; ";
-    }
-    if (summary.unreadable != 0) {
-        std::cerr << separator << Lines(summary.unreadable) << " could not be read";
-        separator = "; ";
-    }
-    if (summary.damaged != 0) {
-        std::cerr << separator << Lines(summary.damaged) << " shown without number or date";
-    }
-    std::cerr << std::endl;
+    TellError(options, path + ": " + DescribeDamage(summary));
     return kLogUnreadable;
 }
 

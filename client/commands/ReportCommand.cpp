@@ -51,17 +51,17 @@ int Report(const ReportArguments& arguments, const LogPath& defaultPath)
         });
         html = ReportHtml(MakeReportModel(timeline.Finish()), path, offset.value_or(0));
     } catch (const std::runtime_error& error) {
-        std::cerr << "daemonctl: " << error.what() << std::endl;
+        TellError(arguments, error.what());
         return kLogUnreadable;
     }
     if (!WriteReport(arguments.output, html)) {
-        std::cerr << "daemonctl: " << arguments.output << " cannot be written" << std::endl;
+        TellError(arguments, arguments.output + " cannot be written");
         return kRefused;
     }
     if (arguments.output != "-") {
         std::cout << arguments.output << std::endl;
     }
-    return TellDamage(path, summary);
+    return TellDamage(arguments, path, summary);
 }
 
 } // namespace

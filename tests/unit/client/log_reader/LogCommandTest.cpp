@@ -45,9 +45,10 @@ protected:
         Save(ring.Bytes());
     }
 
-    Outcome Run(std::vector<std::string> arguments, const LogPath& path = {})
+    Outcome Run(std::vector<std::string> arguments, const LogPath& path = {},
+                const std::string& program = "daemonctl")
     {
-        CLI::App app("test", "daemonctl");
+        CLI::App app("test", program);
         Outcome outcome;
         AddLogCommand(app, outcome.exitCode, path);
         if (!path) {
@@ -158,6 +159,15 @@ TEST_F(LogCommand, says_what_is_wrong_with_a_file_that_is_no_log)
     std::filesystem::remove(path_);
     EXPECT_EQ(Run({}).exitCode, 5);
     EXPECT_THAT(Run({}).errors, HasSubstr(" cannot be read: "));
+}
+
+TEST_F(LogCommand, names_the_program_that_was_asked_in_front_of_an_error)
+{
+    EXPECT_THAT(Run({}).errors, StartsWith("daemonctl: "));
+    EXPECT_THAT(Run({}, {}, "daemonctl-log").errors, StartsWith("daemonctl-log: "));
+    Save("");
+    EXPECT_THAT(Run({}).errors, StartsWith("daemonctl: "));
+    EXPECT_THAT(Run({}, {}, "daemonctl-log").errors, StartsWith("daemonctl-log: "));
 }
 
 TEST_F(LogCommand, prints_nothing_of_a_new_log_and_is_content)
