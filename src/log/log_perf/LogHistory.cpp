@@ -14,11 +14,47 @@ namespace {
 // The pool keeps what it has for each size for good: longer texts, which are few, are not of it.
 constexpr std::size_t kMaxPooledText = 191;
 
+// How much longer than needed the memory of an old text may be to be used again.
+constexpr std::size_t kMaxUnusedText = 32;
+
 } // namespace
 
 void LogHistory::Insert(std::int64_t number, const LogHistoryEntry& entry)
 {
     const CriticalSectionHold hold(lock_);
+    if (!InsertInPlaceOfOldest(number, entry)) {
+        entries_.insert_or_assign(entries_.end(), number, Store(entry));
+    }
+    while (entries_.size() > capacity_) {
+        entries_.erase(entries_.begin());
+    }
+}
+
+// In the memory of the oldest, which has to leave, where it is as much as is needed. Nothing is
+// allocated: nothing can fail on the way.
+bool LogHistory::InsertInPlaceOfOldest(std::int64_t number, const LogHistoryEntry& entry)
+{
+    if (entries_.size() < capacity_ || entries_.empty() || number <= entries_.rbegin()->first) {
+        return false;
+    }
+    const std::size_t length = entry.date.size() + entry.text.size();
+    const std::size_t available = entries_.begin()->second.dateAndText.capacity();
+    if (available < length || available > length + kMaxUnusedText) {
+        return false;
+    }
+    auto node = entries_.extract(entries_.begin());
+    node.key() = number;
+    Stored& stored = node.mapped();
+    stored.time = entry.time;
+    stored.level = entry.level;
+    stored.dateLength = static_cast<std::uint32_t>(entry.date.size());
+    stored.dateAndText.assign(entry.date).append(entry.text);
+    entries_.insert(entries_.end(), std::move(node));
+    return true;
+}
+
+LogHistory::Stored LogHistory::Store(const LogHistoryEntry& entry)
+{
     const std::size_t length = entry.date.size() + entry.text.size();
     std::pmr::memory_resource* const memory =
         length <= kMaxPooledText ? &nodes_ : nodes_.upstream_resource();
@@ -26,10 +62,7 @@ void LogHistory::Insert(std::int64_t number, const LogHistoryEntry& entry)
                   std::pmr::string(memory)};
     stored.dateAndText.reserve(length);
     stored.dateAndText.append(entry.date).append(entry.text);
-    entries_.insert_or_assign(entries_.end(), number, std::move(stored));
-    while (entries_.size() > capacity_) {
-        entries_.erase(entries_.begin());
-    }
+    return stored;
 }
 
 void LogHistory::Clear() noexcept

@@ -32,6 +32,8 @@ private:
         std::pmr::string dateAndText; // of nodes_, or a longer one of the heap
     };
 
+    bool InsertInPlaceOfOldest(std::int64_t number, const LogHistoryEntry& entry);
+    Stored Store(const LogHistoryEntry& entry);
     std::int64_t Resolve(std::int64_t number) const noexcept;
 
     system::sync_ptr::v1::CriticalSection lock_;

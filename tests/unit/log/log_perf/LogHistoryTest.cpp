@@ -144,6 +144,52 @@ TEST(LogHistory, drops_the_oldest_entry_when_there_are_more_than_50000)
     EXPECT_EQ(50000, last);
 }
 
+// A record that takes the oldest one's place may need more memory, less or the same.
+TEST(LogHistory, that_is_full_keeps_every_text_whole_whatever_it_displaces)
+{
+    const auto textOf = [](std::int64_t number) {
+        return std::to_string(number) +
+               std::string(static_cast<std::size_t>(number * 37 % 260), 'x');
+    };
+    LogHistory history;
+    const auto capacity = static_cast<std::int64_t>(LogHistory::kCapacity);
+    for (std::int64_t number = 0; number < 2 * capacity + 1000; ++number) {
+        LogHistoryEntry entry = Entry(textOf(number));
+        entry.time = number;
+        entry.level = static_cast<std::int32_t>(number % 4);
+        entry.date = std::to_string(number % 1000);
+        history.Insert(number, entry);
+    }
+    const auto entries = history.GetEntries(0, -1);
+    ASSERT_EQ(LogHistory::kCapacity, entries.size());
+    std::int64_t number = capacity + 1000;
+    for (const auto& [key, entry] : entries) {
+        ASSERT_EQ(number, key);
+        ASSERT_EQ(textOf(number), entry.text);
+        ASSERT_EQ(std::to_string(number % 1000), entry.date);
+        ASSERT_EQ(number, entry.time);
+        ASSERT_EQ(number % 4, entry.level);
+        ++number;
+    }
+}
+
+TEST(LogHistory, that_is_full_takes_numbers_that_do_not_ascend)
+{
+    LogHistory history;
+    const auto capacity = static_cast<std::int64_t>(LogHistory::kCapacity);
+    for (std::int64_t number = 1; number <= capacity; ++number) {
+        history.Insert(10 * number, Entry("a"));
+    }
+    history.Insert(10 * capacity, Entry("again")); // a number that is there: nothing leaves
+    history.Insert(10 * capacity - 5, Entry("between"));
+    history.Insert(1, Entry("before all"));
+    const auto entries = history.GetEntries(0, -1);
+    ASSERT_EQ(LogHistory::kCapacity, entries.size());
+    EXPECT_EQ(20, entries.front().first);
+    EXPECT_EQ("between", entries[entries.size() - 2].second.text);
+    EXPECT_EQ("again", entries.back().second.text);
+}
+
 TEST(LogHistory, survives_the_outermost_numbers)
 {
     LogHistory history;
