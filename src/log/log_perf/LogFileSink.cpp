@@ -5,7 +5,7 @@
 #include "log_perf/RingHeader.h"
 #include "log_perf/RingReload.h"
 
-#include <algorithm>
+#include <cstddef>
 
 namespace vqrx::log::log_perf::v2 {
 namespace {
@@ -23,11 +23,14 @@ constexpr const char* kLineEnd = "\r\n";
 // A text may have line feeds of its own, though the logger's have none.
 std::streamoff BytesOnDisk(const std::string& written) noexcept
 {
-    auto bytes = static_cast<std::streamoff>(written.size());
+    std::size_t bytes = written.size();
 #if defined(_WIN32)
-    bytes += std::count(written.begin(), written.end(), '\n');
+    for (std::size_t feed = written.find('\n'); feed != std::string::npos;
+         feed = written.find('\n', feed + 1)) {
+        ++bytes;
+    }
 #endif
-    return bytes;
+    return static_cast<std::streamoff>(bytes);
 }
 
 void CreateRing(const std::string& name)
@@ -101,7 +104,7 @@ void LogFileSink::WriteRecord(const LogHistoryEntry& entry, std::uint32_t sizeLi
         position_ = kRingStart;
     }
     stream_.seekp(0);
-    stream_ << FormatRingHeader(static_cast<std::uint32_t>(position_)) << kLineEnd;
+    stream_ << FormatRingHeader(static_cast<std::uint32_t>(position_)).append(kLineEnd);
     stream_.seekp(position_);
 }
 

@@ -61,17 +61,26 @@ private:
     void DeliverAll() noexcept;
     void Collect() noexcept;
 
+    // What the callers write to, what the worker writes to, and what both do lie in lines of the
+    // processor's cache of their own: two cores that write to one line wait for each other.
+    static constexpr std::size_t kCacheLine = 64; // of x86-64
+
     IQueueOwner& owner_;
-    std::list<LogRecord> records_;         // under lock_: not yet collected
-    std::list<LogRecord> spare_;           // under lock_: delivered, kept for their memory
-    std::list<LogRecord> collected_;       // worker thread only: to be delivered one by one
-    std::list<LogRecord> delivered_;       // worker thread only: or being delivered, in front
-    std::atomic<std::size_t> waiting_ = 0; // in records_ and collected_; raised under lock_
-    std::atomic<bool> overflowed_ = false; // changed under lock_
-    bool stopping_ = false;                // under lock_
-    system::sync_ptr::v1::CriticalSection lock_;
     system::win32::v1::UniqueKernelHandle worker_;
-    WorkerSignal signal_; // counts the waiting records
+
+    alignas(kCacheLine) std::list<LogRecord> records_; // under lock_: not yet collected
+    std::list<LogRecord> spare_; // under lock_: delivered, kept for their memory
+    bool stopping_ = false;      // under lock_
+    system::sync_ptr::v1::CriticalSection lock_;
+
+    alignas(kCacheLine) std::list<LogRecord> collected_; // worker thread only: not yet delivered
+    std::list<LogRecord> delivered_; // worker thread only: the one being delivered is in front
+
+    // In records_ and collected_; raised under lock_.
+    alignas(kCacheLine) std::atomic<std::size_t> waiting_ = 0;
+    std::atomic<bool> overflowed_ = false; // changed under lock_
+
+    alignas(kCacheLine) WorkerSignal signal_; // counts the waiting records
 };
 
 } // namespace vqrx::log::log_perf::v2
