@@ -47,7 +47,7 @@ HANDLE Children::Start()
                        nullptr, nullptr, &startup, &process) == FALSE) {
         throw std::runtime_error("cannot start a child");
     }
-    CloseHandle(process.hThread);
+    const system::win32::v1::UniqueKernelHandle primaryThread(process.hThread); // closed at once
     return process.hProcess;
 }
 

@@ -6,11 +6,14 @@
 #include "com/ComApartment.h"
 #include "daemon_manager/SupervisorClient.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace vqrx::bench {
 namespace {
@@ -31,7 +34,7 @@ public:
                            nullptr, nullptr, &startup, &process) == FALSE) {
             throw std::runtime_error("cannot start " + settings.supervisor);
         }
-        CloseHandle(process.hThread);
+        const UniqueKernelHandle primaryThread(process.hThread); // closed at once
         process_.Reset(process.hProcess);
         while (!client_) {
             try {
@@ -120,14 +123,28 @@ void Idle(const Settings& settings, const Children& children)
     }
 }
 
+// One random moment in each of so many equal parts of the supervisor's period, in random order: the
+// median of 50 moments drawn from the whole period would be uncertain by 70 ms.
+std::vector<DWORD> MomentsOfPeriod(int count)
+{
+    constexpr double kPeriodMs = 1000;
+    std::mt19937 random(std::random_device{}());
+    std::uniform_real_distribution<double> withinPart(0, 1);
+    std::vector<DWORD> moments;
+    for (int part = 0; part < count; ++part) {
+        moments.push_back(static_cast<DWORD>((part + withinPart(random)) / count * kPeriodMs));
+    }
+    std::shuffle(moments.begin(), moments.end(), random);
+    return moments;
+}
+
 void Kill(const Settings& settings, const Children& children)
 {
-    const int kills = settings.quick ? 5 : 50;
-    std::mt19937 random(std::random_device{}());
+    const std::vector<DWORD> moments = MomentsOfPeriod(settings.quick ? 5 : 50);
     Supervisor supervisor(settings);
     Launch(supervisor, 0);
     Await(children);
-    for (int kill = 0; kill < kills; ++kill) {
+    for (std::size_t kill = 0; kill < moments.size(); ++kill) {
         const DWORD processId = children.LastProcessId();
         if (kill % 5 == 0) { // in turn: what one start costs now
             const Stopwatch start;
@@ -136,7 +153,7 @@ void Kill(const Settings& settings, const Children& children)
             Report("restart.process_start_ms", start.Seconds() * 1e3);
             TerminateProcess(child.Get(), 0);
         }
-        Sleep(random() % 1000);
+        Sleep(moments[kill]);
         const UniqueKernelHandle process(OpenProcess(PROCESS_TERMINATE, FALSE, processId));
         const Stopwatch watch;
         TerminateProcess(process.Get(), 9);

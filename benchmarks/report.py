@@ -215,7 +215,7 @@ def main():
     parser.add_argument("--rounds", type=int)
     parser.add_argument("--samples", metavar="FILE", action="append")
     parser.add_argument("--program", default="build/windows/bin/dm_bench.exe")
-    parser.add_argument("--supervisor", default="build/windows/bin/DaemonManager.exe")
+    parser.add_argument("--supervisor", default="build/bench/DaemonManager.exe")
     parser.add_argument("--work", default="build/bench")
     parser.add_argument("sections", nargs="*")
     options = parser.parse_args()
