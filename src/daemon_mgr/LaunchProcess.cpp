@@ -1,6 +1,7 @@
 #include "LaunchProcess.h"
 
 #include "CommandLine.h"
+#include "win32/NoErrorBoxes.h"
 
 #include <windows.h>
 
@@ -16,6 +17,7 @@ UniqueKernelHandle LaunchProcess(const std::string& executablePath,
     PROCESS_INFORMATION started{};
     std::string commandLine =
         BuildCommandLine(executablePath, arguments); // the call may write to it
+    const win32::v1::NoErrorBoxes noErrorBoxes;      // nobody is there to answer one
     if (CreateProcessA(executablePath.c_str(), commandLine.data(), nullptr, nullptr, FALSE,
                        CREATE_NEW_CONSOLE, nullptr, nullptr, &startup, &started) == FALSE) {
         return {};

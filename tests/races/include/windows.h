@@ -68,6 +68,10 @@ using LPPROCESS_INFORMATION = PROCESS_INFORMATION*;
 BOOL CreateProcessA(LPCSTR path, LPSTR commandLine, LPSECURITY_ATTRIBUTES process,
                     LPSECURITY_ATTRIBUTES thread, BOOL inherit, DWORD flags, LPVOID environment,
                     LPCSTR folder, LPSTARTUPINFOA startup, LPPROCESS_INFORMATION started);
+// This host has no boxes to ask with.
+inline constexpr DWORD SEM_FAILCRITICALERRORS = 1;
+inline DWORD GetThreadErrorMode() { return 0; }
+inline BOOL SetThreadErrorMode(DWORD, LPDWORD) { return TRUE; }
 HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD processId);
 DWORD GetProcessId(HANDLE process);
 BOOL GetExitCodeProcess(HANDLE process, LPDWORD code);

@@ -22,6 +22,8 @@ struct Creation {
     BOOL inherit = TRUE;
     bool defaults = false;
     DWORD startupSize = 0;
+    DWORD errorMode = 0; // the thread's
+    UINT processErrorMode = 0;
 } seen;
 
 BOOL WINAPI RefuseToCreate(LPCSTR application, LPSTR commandLine, LPSECURITY_ATTRIBUTES process,
@@ -36,6 +38,8 @@ BOOL WINAPI RefuseToCreate(LPCSTR application, LPSTR commandLine, LPSECURITY_ATT
     seen.defaults =
         process == nullptr && thread == nullptr && environment == nullptr && folder == nullptr;
     seen.startupSize = startup->cb;
+    seen.errorMode = GetThreadErrorMode();
+    seen.processErrorMode = GetErrorMode();
     SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     return FALSE;
 }
@@ -52,6 +56,20 @@ std::string WaitForFile(const std::string& name)
 }
 
 } // namespace
+
+// A box on the desktop of a machine without an operator would be waited for, with every client.
+TEST(Launch, has_windows_fail_where_it_would_ask_and_changes_nothing_for_the_child)
+{
+    const DWORD before = GetThreadErrorMode();
+    ASSERT_EQ(0U, before & SEM_FAILCRITICALERRORS);
+    const UINT ofProcess = GetErrorMode();
+    const ImportPatch patch("CreateProcessA", RefuseToCreate);
+    EXPECT_FALSE(LaunchProcess("A:\\a.exe", {}));
+    EXPECT_EQ(before | SEM_FAILCRITICALERRORS, seen.errorMode);
+    EXPECT_EQ(ofProcess, seen.processErrorMode);
+    EXPECT_EQ(before, GetThreadErrorMode());
+    EXPECT_EQ(ofProcess, GetErrorMode());
+}
 
 TEST(Launch, asks_for_a_new_console_and_nothing_else)
 {
