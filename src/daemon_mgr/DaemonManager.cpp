@@ -3,6 +3,7 @@
 #include "ArgumentArray.h"
 #include "AttachInspection.h"
 #include "ComBoundary.h"
+#include "LogExceptions.h"
 #include "SupervisionPass.h"
 
 #include <exception>
@@ -150,9 +151,7 @@ HRESULT DaemonManager::LaunchDaemon(BSTR path, SAFEARRAY** args, DWORD& daemonId
         return S_FALSE;
     }
     firewall_->AllowApplication(entry.executablePath);
-    entry.daemonId = nextDaemonId_++;
-    node.key() = entry.daemonId;
-    daemonId = entry.daemonId;
+    daemonId = GiveFreeId(node, *table, nextDaemonId_);
     table->insert(std::move(node));
     return S_OK;
 }
@@ -200,11 +199,15 @@ HRESULT DaemonManager::AttachDaemon(DWORD processId, SAFEARRAY** args, DWORD& da
         logger_->Log(1, "Unable to attach %s", DaemonDescription(record).c_str());
         return S_FALSE;
     }
-    const std::string description = DaemonDescription(record);
     DaemonTable::node_type node = MakeNode(std::move(record));
-    const DWORD id = node.key();
-    LockTable()->insert(std::move(node));
-    daemonId = id;
+    std::string description;
+    {
+        const LockedTable table = LockTable();
+        KeepOrGiveFreeId(node, *table, nextDaemonId_);
+        description = DaemonDescription(node.mapped());
+        daemonId = node.key();
+        table->insert(std::move(node));
+    }
     logger_->Log(2, "Attach %s", description.c_str());
     return S_OK;
 }
@@ -238,18 +241,12 @@ void DaemonManager::Supervise() noexcept
     logger_->Log(2, "Deamon Thread is exiting...");
 }
 
-// What leaves a pass (memory exhausted) costs this pass and no other: a supervisor that stopped
-// supervising would lose its daemons.
 void DaemonManager::PassOnce() noexcept
 {
-    try {
+    LogExceptions(*logger_, [this] {
         const LockedTable table = LockTable();
         SupervisionPass(*table, *logger_);
-    } catch (const std::exception& exception) {
-        logger_->Log(0, "Exception occured : %s", exception.what());
-    } catch (...) {
-        logger_->Log(0, "Unknown exception occured");
-    }
+    });
 }
 
 void DaemonManager::ReportRegistered() noexcept

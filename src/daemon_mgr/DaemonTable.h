@@ -5,6 +5,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <map>
 #include <memory>
 
@@ -19,5 +20,15 @@ using LockedTable = sync_ptr::v1::sync_ptr<std::shared_ptr<DaemonTable>>;
 /// The first record, in id order, with this very path and these very arguments; null when none.
 const ProcessInfo* FindSameCommand(const DaemonTable& table, const std::string& executablePath,
                                    const std::vector<std::string>& arguments);
+
+/// Gives an entry that is to be inserted the next id that no daemon has. After 2^32 requests the
+/// ids begin anew, while the daemons of old still run; kNoId is nobody's.
+/// @return the id
+DWORD GiveFreeId(DaemonTable::node_type& entry, const DaemonTable& table,
+                 std::atomic<DWORD>& nextId) noexcept;
+
+/// As above, but only if the id that the entry has cannot be used.
+void KeepOrGiveFreeId(DaemonTable::node_type& entry, const DaemonTable& table,
+                      std::atomic<DWORD>& nextId) noexcept;
 
 } // namespace vqrx::system::daemon::daemon_mgr::v0

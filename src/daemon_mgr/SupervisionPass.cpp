@@ -2,6 +2,7 @@
 
 #include "DaemonText.h"
 #include "LaunchProcess.h"
+#include "LogExceptions.h"
 
 #include <array>
 #include <cstddef>
@@ -85,12 +86,13 @@ std::size_t SkipLive(DaemonTable::iterator& record, const DaemonTable::iterator&
 } // namespace
 
 // A process that ends, or is started, changes what is known of those behind it only in that time
-// has passed: they are asked again.
+// has passed: they are asked again. One whose start takes more memory than there is costs the
+// others nothing.
 void SupervisionPass(DaemonTable& table, ILogger& logger)
 {
     for (auto record = table.begin(); record != table.end();) {
         for (std::size_t toCheck = SkipLive(record, table.end()); toCheck != 0; --toCheck) {
-            Check(record->second, logger);
+            LogExceptions(logger, [&] { Check(record->second, logger); });
             ++record;
         }
     }

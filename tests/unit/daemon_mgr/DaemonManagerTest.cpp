@@ -55,6 +55,14 @@ TEST_F(Manager, has_no_other_interface_and_sets_the_pointer_to_null)
     EXPECT_EQ(nullptr, object);
 }
 
+TEST_F(Manager, refuses_to_put_its_pointer_nowhere)
+{
+    Make(kNoPasses);
+    EXPECT_EQ(E_POINTER, manager_->QueryInterface(IID_IUnknown, nullptr));
+    EXPECT_EQ(2U, manager_->AddRef()); // nobody has been counted
+    EXPECT_EQ(1U, manager_->Release());
+}
+
 TEST_F(Manager, exit_logs_and_posts_the_quit_message_every_time_it_is_called)
 {
     Make(kNoPasses);
@@ -66,10 +74,10 @@ TEST_F(Manager, exit_logs_and_posts_the_quit_message_every_time_it_is_called)
     });
     client.join();
     EXPECT_TRUE(TakeQuitMessage());
+    EXPECT_TRUE(TakeQuitMessage());
+    EXPECT_FALSE(TakeQuitMessage());
     sink_.WaitForPrefix("Exit", 2);
     EXPECT_EQ(2U, sink_.Count(2, "Exit"));
-    while (TakeQuitMessage()) {
-    }
 }
 
 TEST_F(Manager, leaves_its_end_to_its_maker_when_the_last_reference_goes_on_another_thread)
@@ -283,10 +291,16 @@ TEST_F(Manager, stop_ends_the_process_and_it_stays_ended)
         Description(daemonId, processId, TestProgram("no_windows") + " " + ready.Name());
     EXPECT_TRUE(sink_.WaitForText(text));
     EXPECT_EQ(1U, sink_.Count(1, text));
-    Make(); // a further manager: the first has made its last pass
-    EXPECT_EQ(
-        1U, sink_.Count(2, "Start " + Description(daemonId, processId,
-                                                  TestProgram("no_windows") + " " + ready.Name())));
+    // A missing program makes its line at every pass: two of them, and a pass has been over the
+    // table.
+    DWORD missing = 0;
+    Launch("C:\\missing.exe", {}, &missing);
+    sink_.WaitForPrefix("Unable to start", 2);
+    std::size_t starts = 0;
+    for (const std::string& line : sink_.Texts()) {
+        starts += line.starts_with("Start ") ? 1 : 0;
+    }
+    EXPECT_EQ(1U, starts);
 }
 
 TEST_F(Manager, launch_that_runs_out_of_memory_registers_nothing_and_uses_no_id)

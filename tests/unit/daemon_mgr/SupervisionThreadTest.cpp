@@ -36,6 +36,15 @@ BOOL WINAPI ThrowInCreation(LPCSTR, LPSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATT
     return FALSE;
 }
 
+BOOL WINAPI ThrowForOne(LPCSTR application, LPSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATTRIBUTES,
+                        BOOL, DWORD, LPVOID, LPCSTR, LPSTARTUPINFOA, LPPROCESS_INFORMATION)
+{
+    if (std::string(application) == "a.exe") {
+        throw std::bad_alloc();
+    }
+    return FALSE;
+}
+
 } // namespace
 
 TEST_F(Supervision, starts_a_launched_program_and_starts_it_again_whenever_it_was_killed)
@@ -90,6 +99,7 @@ TEST_F(Supervision, finishes_a_pass_under_way_before_its_end_and_ends_then)
     ASSERT_LE(3U, texts.size());
     EXPECT_EQ("Unable to start a.exe ", texts[texts.size() - 3]);
     EXPECT_EQ("1 Processes still registered", texts[texts.size() - 2]);
+    EXPECT_EQ(1U, sink_.Count(1, "Unable to start a.exe ")); // no further pass
 }
 
 TEST_F(Supervision, makes_requests_wait_until_a_pass_is_over)
@@ -113,6 +123,17 @@ TEST_F(Supervision, makes_requests_wait_until_a_pass_is_over)
     SetEvent(may.Get());
     client.join();
     EXPECT_TRUE(stopped);
+}
+
+TEST_F(Supervision, starts_the_others_where_the_start_of_one_runs_out_of_memory_every_time)
+{
+    const ImportPatch patch("CreateProcessA", ThrowForOne);
+    Make();
+    DWORD daemonId = 0;
+    Launch("a.exe", {}, &daemonId);
+    Launch("b.exe", {}, &daemonId);
+    EXPECT_EQ("Unable to start b.exe ", sink_.WaitForPrefix("Unable to start", 3).text);
+    EXPECT_LE(2U, sink_.Count(0, "Exception occured : std::bad_alloc"));
 }
 
 TEST_F(Supervision, goes_on_after_a_pass_that_ran_out_of_memory)
