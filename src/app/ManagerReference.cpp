@@ -1,5 +1,7 @@
 #include "ManagerReference.h"
 
+#include "exception_utils/AtlException.h"
+
 #include <objbase.h>
 
 namespace vqrx::app::v0 {
@@ -17,6 +19,9 @@ ManagerReference::ManagerReference(DWORD mainThreadId, DWORD checkInterval,
     , end_(end)
     , released_(CreateEventA(nullptr, TRUE, FALSE, nullptr))
 {
+    if (!released_) {
+        ATL::ThrowWin32(GetLastError());
+    }
     ManagerOptions options;
     options.releasedEvent = released_.Get();
     manager_ = new DaemonManager(mainThreadId, checkInterval, logger, options);

@@ -1,8 +1,10 @@
 #include "ManagerReference.h"
 
 #include "CapturingSink.h"
+#include "ImportPatch.h"
 #include "com/ComApartment.h"
 #include "com/ComPtr.h"
+#include "exception_utils/AtlException.h"
 
 #include <gtest/gtest.h>
 
@@ -47,6 +49,24 @@ TEST_F(ManagerReference, ends_the_manager_when_it_lets_go)
     }
     EXPECT_TRUE(sink.WaitForText("Deamon Thread is exiting..."));
     EXPECT_EQ(endedWith, kNotCalled);
+}
+
+HANDLE WINAPI RefuseEvent(LPSECURITY_ATTRIBUTES, BOOL, BOOL, LPCSTR)
+{
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+}
+
+// Without the event nobody could be waited for at the end.
+TEST_F(ManagerReference, is_not_made_without_the_event_that_its_end_waits_for)
+{
+    const ImportPatch patch("CreateEventA", RefuseEvent);
+    try {
+        const Reference reference(GetCurrentThreadId(), INFINITE, &logger, 0, NoteEnd);
+        FAIL();
+    } catch (const ATL::CAtlException& exception) {
+        EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_NOT_ENOUGH_MEMORY), exception.m_hr);
+    }
 }
 
 TEST_F(ManagerReference, waits_for_who_still_holds_on)

@@ -25,6 +25,12 @@ TEST(ComBoundary, answers_the_code_that_a_com_exception_carries)
               AtComBoundary([]() -> HRESULT { throw COMException(0x80041002); }));
 }
 
+TEST(ComBoundary, never_answers_an_exception_with_a_success)
+{
+    EXPECT_EQ(E_UNEXPECTED, AtComBoundary([]() -> HRESULT { throw ATL::CAtlException(S_OK); }));
+    EXPECT_EQ(E_UNEXPECTED, AtComBoundary([]() -> HRESULT { throw COMException(S_FALSE); }));
+}
+
 TEST(ComBoundary, answers_out_of_memory_for_a_failed_allocation)
 {
     EXPECT_EQ(E_OUTOFMEMORY, AtComBoundary([]() -> HRESULT { throw std::bad_alloc(); }));
