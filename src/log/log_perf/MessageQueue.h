@@ -34,6 +34,7 @@ protected:
 /// Bounded queue of records and the worker thread that empties it. Appending never waits for the
 /// worker. When 1000 records wait, one record says so and everything after it is lost until the
 /// worker has emptied the queue.
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): its members are kept apart on purpose
 class MessageQueue {
 public:
     static constexpr std::size_t kMaxWaiting = 1000;
