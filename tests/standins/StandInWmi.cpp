@@ -136,9 +136,12 @@ public:
     {
         return E_NOTIMPL;
     }
-    HRESULT STDMETHODCALLTYPE SetBlanket(IUnknown*, DWORD, DWORD, OLECHAR*, DWORD, DWORD, void*,
-                                         DWORD) override
+    HRESULT STDMETHODCALLTYPE SetBlanket(IUnknown*, DWORD authentication, DWORD authorisation,
+                                         OLECHAR*, DWORD level, DWORD impersonation, void*,
+                                         DWORD capabilities) override
     {
+        TheWmiScript().blanketAsked = {authentication, authorisation, level, impersonation,
+                                       capabilities};
         return TheWmiScript().blanket;
     }
     HRESULT STDMETHODCALLTYPE CopyProxy(IUnknown*, IUnknown**) override { return E_NOTIMPL; }

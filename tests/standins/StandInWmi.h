@@ -35,6 +35,7 @@ struct WmiScript {
     // What was asked.
     std::wstring connectedTo;
     LONG connectFlags = 0;
+    std::vector<DWORD> blanketAsked; ///< authentication, authorisation, level, impersonation, caps
     std::wstring lastLanguage;
     std::wstring lastQuery;
     LONG lastQueryFlags = -1;

@@ -1,5 +1,6 @@
 #include "ArgumentArray.h"
 
+#include "ImportPatch.h"
 #include "com/UniqueBstr.h"
 #include "exception_utils/AtlException.h"
 
@@ -107,10 +108,23 @@ TEST(Arguments, of_another_type_are_refused_and_the_array_is_left_untouched)
     }
 }
 
+int destroyed = 0;
+HRESULT(WINAPI* realDestroy)(SAFEARRAY*) = nullptr;
+
+HRESULT WINAPI CountDestroyed(SAFEARRAY* array)
+{
+    ++destroyed;
+    return realDestroy(array);
+}
+
 TEST(Arguments, with_lower_bound_1_are_refused_and_the_array_is_destroyed)
 {
     TestArray array({L"a", L"b"}, 1);
+    destroyed = 0;
+    const ImportPatch patch("SafeArrayDestroy", CountDestroyed);
+    realDestroy = patch.Original<HRESULT WINAPI(SAFEARRAY*)>();
     EXPECT_EQ(E_INVALIDARG, ErrorOf(array.Put()));
+    EXPECT_EQ(1, destroyed);
     EXPECT_EQ(nullptr, array.Get()); // so that whoever unpacked it does not free it again
 }
 

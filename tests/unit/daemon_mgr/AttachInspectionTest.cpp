@@ -106,6 +106,7 @@ TEST_F(Inspection, connects_to_the_namespace_of_processes_and_says_so)
               logger_.Lines());
     EXPECT_EQ(L"root\\cimv2", TheWmiScript().connectedTo);
     EXPECT_EQ(0x80, TheWmiScript().connectFlags);
+    EXPECT_EQ((std::vector<DWORD>{10, 0, 3, 3, 0}), TheWmiScript().blanketAsked);
     EXPECT_NE(nullptr, wmi_->Services());
 }
 

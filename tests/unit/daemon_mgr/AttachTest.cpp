@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <thread>
+#include <vector>
 
 namespace vqrx::test {
 namespace {
@@ -71,6 +73,29 @@ TEST_F(Attach, detached_leaves_the_program_running_and_no_longer_watched)
     for (const auto& record : sink_.Records()) {
         EXPECT_NE(0U, record.text.rfind("Start ", 0)) << record.text;
     }
+}
+
+TEST_F(Attach, that_has_to_wait_for_wmi_holds_up_no_pass)
+{
+    const system::win32::v1::UniqueKernelHandle asked(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    const system::win32::v1::UniqueKernelHandle may(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    TheWmiScript().processes = [&](DWORD) -> std::vector<ProcessAnswer> {
+        SetEvent(asked.Get());
+        WaitForSingleObject(may.Get(), 60000);
+        return {};
+    };
+    Make();
+    std::thread client([&] {
+        DWORD daemonId = 9;
+        EXPECT_EQ(S_FALSE, manager_->Attach(child_->Pid(), nullptr, &daemonId));
+    });
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(asked.Get(), 60000));
+    DWORD missing = 0;
+    Launch("C:\\missing.exe", {}, &missing);
+    EXPECT_EQ("Unable to start C:\\missing.exe ", sink_.WaitForPrefix("Unable to start", 3).text);
+    EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(may.Get(), 0));
+    SetEvent(may.Get());
+    client.join();
 }
 
 TEST_F(Attach, of_one_process_twice_makes_two_daemons)
