@@ -1,6 +1,7 @@
 #include "log_perf/LogHistory.h"
 
 #include <algorithm>
+#include <array>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -11,11 +12,24 @@ using system::sync_ptr::v1::CriticalSectionHold;
 
 namespace {
 
-// The pool keeps what it has for each size for good: longer texts, which are few, are not of it.
-constexpr std::size_t kMaxPooledText = 191;
+// The pool keeps what it has for each size for good: so there are few sizes (each one less than
+// what the pool gives, for the end of the string), and longer texts, which are few, are not of it.
+constexpr std::array<std::size_t, 3> kPooledTexts = {63, 127, 191};
 
-// How much longer than needed the memory of an old text may be to be used again.
+// How much longer than needed the memory of an old, longer text may be to be used again.
 constexpr std::size_t kMaxUnusedText = 32;
+
+bool IsPooled(std::size_t length) noexcept
+{
+    return length <= kPooledTexts.back();
+}
+
+// What is reserved for a text.
+std::size_t ReservedFor(std::size_t length) noexcept
+{
+    return IsPooled(length) ? *std::lower_bound(kPooledTexts.begin(), kPooledTexts.end(), length)
+                            : length;
+}
 
 } // namespace
 
@@ -39,7 +53,8 @@ bool LogHistory::InsertInPlaceOfOldest(std::int64_t number, const LogHistoryEntr
     }
     const std::size_t length = entry.date.size() + entry.text.size();
     const std::size_t available = entries_.begin()->second.dateAndText.capacity();
-    if (available < length || available > length + kMaxUnusedText) {
+    const std::size_t usable = ReservedFor(length) + (IsPooled(length) ? 0 : kMaxUnusedText);
+    if (available < length || available > usable) {
         return false;
     }
     auto node = entries_.extract(entries_.begin());
@@ -57,10 +72,10 @@ LogHistory::Stored LogHistory::Store(const LogHistoryEntry& entry)
 {
     const std::size_t length = entry.date.size() + entry.text.size();
     std::pmr::memory_resource* const memory =
-        length <= kMaxPooledText ? &nodes_ : nodes_.upstream_resource();
+        IsPooled(length) ? &nodes_ : nodes_.upstream_resource();
     Stored stored{entry.time, entry.level, static_cast<std::uint32_t>(entry.date.size()),
                   std::pmr::string(memory)};
-    stored.dateAndText.reserve(length);
+    stored.dateAndText.reserve(ReservedFor(length));
     stored.dateAndText.append(entry.date).append(entry.text);
     return stored;
 }

@@ -73,6 +73,21 @@ TEST(LogHistory, of_texts_of_every_length_holds_no_more_than_the_longest_need)
     EXPECT_GT(20 * kMiB, memory.Held());
 }
 
+// Each length is a little more than the one before: nothing of it is used again but by its size.
+TEST(LogHistory, of_texts_that_grow_little_by_little_does_not_keep_the_memory_of_every_length)
+{
+    constexpr std::size_t kMiB = 1048576;
+    const CountedMemory memory;
+    LogHistory history;
+    std::int64_t number = 0;
+    for (const std::size_t length : {25, 40, 60, 75, 90, 105, 120, 150, 185}) {
+        for (std::size_t i = 0; i < LogHistory::kCapacity; ++i) {
+            history.Insert(number++, Entry(std::string(length, 'x')));
+        }
+        EXPECT_GT(26 * kMiB, memory.Held()) << length;
+    }
+}
+
 TEST(LogHistory, that_is_empty_raises_for_a_range_and_yields_no_entries)
 {
     LogHistory history;
