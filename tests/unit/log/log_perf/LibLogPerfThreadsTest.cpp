@@ -55,11 +55,13 @@ private:
     int calls_ = 0; // the worker's alone
 };
 
-/// Counts what comes between two overflows.
+/// Counts what comes between two overflows. Takes nothing until it is told to: by then more has been
+/// logged than waits, however fast it is.
 class OverflowSink : public log::log_perf::v2::ILogSink {
 public:
     void Write(int level, const log::log_perf::v2::Timestamp*, const char*) override
     {
+        begun_.wait(false);
         if (level != 0) {
             ++messages_;
             return;
@@ -69,11 +71,18 @@ public:
         ++overflows_;
     }
 
+    void Begin()
+    {
+        begun_ = true;
+        begun_.notify_all();
+    }
+
     // Read when the logger has gone.
     int Overflows() const { return overflows_; }
     int TooEarly() const { return tooEarly_; }
 
 private:
+    std::atomic<bool> begun_ = false;
     int messages_ = 0;
     int overflows_ = 0;
     int tooEarly_ = 0;
@@ -91,6 +100,7 @@ TEST(LibLogPerfThreads, that_log_too_much_hear_of_it_after_a_thousand_messages_e
             for (int i = 0; i < 1500; ++i) {
                 logger.Log(2, "%d", i);
             }
+            sink.Begin();
             if (round % 4 == 0) { // the queue is empty now and then without having overflowed
                 std::this_thread::sleep_for(std::chrono::microseconds(200));
             }
