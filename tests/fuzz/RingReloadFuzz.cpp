@@ -29,12 +29,14 @@ void Reload(const std::string& bytes)
     std::int64_t restarts = 0;
     std::int64_t next = 0;
     try {
-        next = ReloadRing(file, position, [&](std::int64_t number, const LogHistoryEntry& entry) {
-            FUZZ_CHECK(entry.text.size() <= LineReader::kMaxLine);
-            restarts += found != 0 && number != Successor(last) ? 1 : 0;
-            last = number;
-            ++found;
-        });
+        const std::uint32_t limit = bytes.size() % 2 == 0 ? 0 : position / 2;
+        next = ReloadRing(file, position, limit,
+                          [&](std::int64_t number, const LogHistoryEntry& entry) {
+                              FUZZ_CHECK(entry.text.size() <= LineReader::kMaxLine);
+                              restarts += found != 0 && number != Successor(last) ? 1 : 0;
+                              last = number;
+                              ++found;
+                          });
     } catch (const std::invalid_argument&) {
         return;
     } catch (const std::out_of_range&) {

@@ -77,7 +77,7 @@ void LogFileSink::Write(int level, const Timestamp* timestamp, const char* text)
         sizeLimit = sizeLimit_;
     }
     if (reopen) {
-        Open();
+        Open(sizeLimit);
     }
     entry_.level = level;
     entry_.time = MillisecondsOf(*timestamp);
@@ -108,7 +108,7 @@ void LogFileSink::WriteRecord(const LogHistoryEntry& entry, std::uint32_t sizeLi
     stream_.seekp(position_);
 }
 
-void LogFileSink::Open()
+void LogFileSink::Open(std::uint32_t sizeLimit)
 {
     if (stream_.is_open()) {
         stream_.close();
@@ -124,19 +124,19 @@ void LogFileSink::Open()
     std::uint32_t position = kRingStart;
     if (std::ifstream file{openFileName_, std::ios::binary}) {
         position = ReadRingHeader(file);
-        Reload(file, position);
+        Reload(file, position, sizeLimit);
     }
     stream_.open(openFileName_, std::ios::in | std::ios::out);
     stream_.seekp(position);
     position_ = position;
 }
 
-void LogFileSink::Reload(std::istream& file, std::uint32_t writePosition)
+void LogFileSink::Reload(std::istream& file, std::uint32_t writePosition, std::uint32_t sizeLimit)
 {
-    sequence_ =
-        ReloadRing(file, writePosition, [this](std::int64_t number, const LogHistoryEntry& entry) {
-            history_.Insert(number, entry);
-        });
+    sequence_ = ReloadRing(file, writePosition, sizeLimit,
+                           [this](std::int64_t number, const LogHistoryEntry& entry) {
+                               history_.Insert(number, entry);
+                           });
 }
 
 bool LogFileSink::GetRange(std::int64_t first, std::int64_t last, std::int64_t& outFirst,

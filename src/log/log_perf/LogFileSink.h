@@ -45,8 +45,8 @@ public:
     Entries GetEntries(std::int64_t first, std::int64_t last) override;
 
 private:
-    void Open();
-    void Reload(std::istream& file, std::uint32_t writePosition);
+    void Open(std::uint32_t sizeLimit);
+    void Reload(std::istream& file, std::uint32_t writePosition, std::uint32_t sizeLimit);
     void WriteRecord(const LogHistoryEntry& entry, std::uint32_t sizeLimit);
 
     system::sync_ptr::v1::CriticalSection lock_; // guards the names, the limit and the threshold

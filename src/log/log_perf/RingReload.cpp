@@ -24,23 +24,26 @@ void Rewind(std::istream& file, std::uint32_t position)
     file.seekg(position);
 }
 
-// A power cut between a record and its header leaves the record as the first line of the older part
-// and behind it the rest of what it overwrote, whose separators can be those of a text: such a rest
-// must not keep the file from being opened ever again. Everything else that is damaged raises.
-void FindBehindFirst(const std::vector<std::string_view>& fields, LogHistoryEntry& entry,
-                     std::int64_t& counter, const RecordFound& recordFound)
+// What is left of an overwritten record can have the separators of its text for those of a record.
+// It must not keep the file from being opened ever again.
+bool ParseUnlessRest(const std::vector<std::string_view>& fields, LogHistoryEntry& entry)
 {
     try {
         ParseLogEntry(fields, entry);
-    } catch (const std::logic_error&) {
-        return;
+        return true;
+    } catch (const std::invalid_argument&) {
+        return false;
+    } catch (const std::out_of_range&) {
+        return false;
     }
-    recordFound(counter, entry);
-    Advance(counter);
 }
 
-void ReadOlderPart(std::istream& file, std::uint32_t writePosition, std::int64_t& counter,
-                   const RecordFound& recordFound)
+// Where a line can be such a rest, with a record or another rest before it: behind the first line,
+// which is a whole record when the power was cut before its header was written; and beyond the
+// limit, where no record begins, but where a long one at the end of an earlier round may have left
+// its tail. Everything else that is damaged raises.
+void ReadOlderPart(std::istream& file, std::uint32_t writePosition, std::uint32_t sizeLimit,
+                   std::int64_t& counter, const RecordFound& recordFound)
 {
     Rewind(file, writePosition);
     LineReader reader(file, writePosition);
@@ -49,17 +52,26 @@ void ReadOlderPart(std::istream& file, std::uint32_t writePosition, std::int64_t
     LogHistoryEntry entry;
     bool numbered = false;
     bool behindFirst = false;
-    while (reader.Next(line)) {
+    bool beyondLimit = false;
+    const auto next = [&] {
+        beyondLimit = sizeLimit != 0 && reader.Position() > sizeLimit;
+        return reader.Next(line);
+    };
+    while (next()) {
         SplitLogLine(line, fields);
         if (fields.size() < kLogLineFields) {
             behindFirst = false;
             continue;
         }
-        if (behindFirst) {
-            FindBehindFirst(fields, entry, counter, recordFound);
+        if (numbered) {
+            const bool canBeRest = behindFirst || beyondLimit;
             behindFirst = false;
-        } else if (numbered) {
-            ParseLogEntry(fields, entry);
+            if (canBeRest && !ParseUnlessRest(fields, entry)) {
+                continue;
+            }
+            if (!canBeRest) {
+                ParseLogEntry(fields, entry);
+            }
             recordFound(counter, entry);
             Advance(counter);
         } else if (const auto number = ParseRecordNumber(fields[0])) {
@@ -91,11 +103,11 @@ void ReadNewerPart(std::istream& file, std::uint32_t writePosition, std::int64_t
 
 } // namespace
 
-std::int64_t ReloadRing(std::istream& file, std::uint32_t writePosition,
+std::int64_t ReloadRing(std::istream& file, std::uint32_t writePosition, std::uint32_t sizeLimit,
                         const RecordFound& recordFound)
 {
     std::int64_t counter = 0;
-    ReadOlderPart(file, writePosition, counter, recordFound);
+    ReadOlderPart(file, writePosition, sizeLimit, counter, recordFound);
     ReadNewerPart(file, writePosition, counter, recordFound);
     return counter;
 }

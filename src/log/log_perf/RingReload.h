@@ -18,9 +18,10 @@ using RecordFound = std::function<void(std::int64_t number, const LogHistoryEntr
 /// usually what the wrap has torn. The numbers in the later lines are not looked at.
 /// @param file           binary; read from the write position and again from the start
 /// @param writePosition  as ReadRingHeader gave it
+/// @param sizeLimit      where the ring turns, bytes; 0 where it never does
 /// @return the number that the next record gets
 /// @throws std::invalid_argument, std::out_of_range as ParseLogEntry does
-std::int64_t ReloadRing(std::istream& file, std::uint32_t writePosition,
+std::int64_t ReloadRing(std::istream& file, std::uint32_t writePosition, std::uint32_t sizeLimit,
                         const RecordFound& recordFound);
 
 } // namespace vqrx::log::log_perf::v2

@@ -71,6 +71,21 @@ protected:
     ImportPatch patch_{"_write", Divert};
 };
 
+TEST_F(LogFileFault, a_new_file_holds_an_empty_header_before_it_gets_its_first_record)
+{
+    std::vector<std::string> states;
+    diverted = [&](int file, const void* bytes, unsigned count) {
+        const int written = realWrite(file, bytes, count);
+        states.push_back(BytesOf(name_));
+        return written;
+    };
+    LogFileSink sink;
+    sink.SetFileName(name_);
+    Write(sink, "first");
+    ASSERT_FALSE(states.empty());
+    EXPECT_EQ("0x00000000\r\n", states.front());
+}
+
 /// What the disk may hold after a power cut at some moment.
 struct Image {
     std::string bytes;

@@ -214,6 +214,49 @@ TEST_F(RingFile, with_a_damaged_number_raises_at_every_record_until_it_is_gone)
     EXPECT_EQ((Texts{"0:c"}), History(sink));
 }
 
+// Two rounds end beyond the limit, the second one less far: behind its last record stands what the
+// first has left there, and nothing ever overwrites it.
+TEST_F(RingFile, whose_end_holds_the_rest_of_a_longer_record_is_taken_over)
+{
+    {
+        LogFileSink sink;
+        sink.SetFileName(name_);
+        sink.SetSizeLimit(200);
+        Write(sink, 2, std::string(100, 'a'));
+        Write(sink, 2, "x;" + std::string(90, 'b') + ";c;d;e;f;g;h;i");
+        Write(sink, 2, std::string(100, 'c'));
+        Write(sink, 2, std::string(60, 'd'));
+    }
+    const std::string bytes = Bytes();
+    ASSERT_TRUE(bytes.ends_with("d\r\nb;c;d;e;f;g;h;i\r\n") ||
+                bytes.ends_with("b;c;d;e;f;g;h;i\r\n"));
+    LogFileSink sink;
+    sink.SetFileName(name_);
+    sink.SetSizeLimit(200);
+    EXPECT_NO_THROW(Write(sink, 2, "after"));
+    EXPECT_NE(std::string::npos, Bytes().find(";after\r\n"));
+}
+
+TEST_F(RingFile, is_taken_over_whatever_separators_its_texts_have)
+{
+    std::mt19937 random(20261121);
+    for (int round = 0; round < 60; ++round) {
+        std::filesystem::remove(name_);
+        const auto limit = static_cast<std::uint32_t>(100 + random() % 2000);
+        for (int run = 0; run < 20; ++run) {
+            LogFileSink sink;
+            sink.SetFileName(name_);
+            sink.SetSizeLimit(limit);
+            for (auto records = random() % 12 + 1; records != 0; --records) {
+                ASSERT_NO_THROW(
+                    Write(sink, 2, "a;b;c;d;e;" + std::string(random() % 90, 'x') + ";f;g;h;i;j"))
+                    << round << ' ' << run << '\n'
+                    << Bytes();
+            }
+        }
+    }
+}
+
 TEST_F(RingFile, that_is_damaged_costs_the_other_sinks_nothing)
 {
     Put("0x0000001F\r\n0;date;x;2;damaged\r\n");

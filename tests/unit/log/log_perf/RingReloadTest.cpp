@@ -19,13 +19,14 @@ struct Reloaded {
     std::vector<std::pair<std::int64_t, std::string>> records;
 };
 
-Reloaded Reload(const std::string& bytes, std::uint32_t position)
+Reloaded Reload(const std::string& bytes, std::uint32_t position, std::uint32_t sizeLimit = 0)
 {
     std::istringstream file(bytes);
     Reloaded result;
-    result.next = ReloadRing(file, position, [&](std::int64_t number, LogHistoryEntry entry) {
-        result.records.emplace_back(number, entry.text);
-    });
+    result.next =
+        ReloadRing(file, position, sizeLimit, [&](std::int64_t number, LogHistoryEntry entry) {
+            result.records.emplace_back(number, entry.text);
+        });
     return result;
 }
 
