@@ -1,5 +1,6 @@
 #include "ChildProcess.h"
 #include "FirmwareRegistry.h"
+#include "ImportPatch.h"
 #include "StandInFirewall.h"
 #include "StandInWmi.h"
 #include "TempFolder.h"
@@ -14,6 +15,8 @@
 
 #include <windows.h>
 
+#include <process.h>
+
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -21,6 +24,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 namespace vqrx::test {
 namespace {
@@ -251,6 +255,23 @@ TEST(Bounded, gives_the_result_or_nothing_when_its_time_is_over)
     EXPECT_EQ(Bounded<int>(milliseconds(50), [event] { return event->Wait() ? 1 : 0; }),
               std::nullopt);
     event->Signal();
+}
+
+uintptr_t __cdecl RefuseThread(void*, unsigned, _beginthreadex_proc_type, void*, unsigned,
+                               unsigned*)
+{
+    return 0;
+}
+
+TEST(Bounded, says_at_once_that_windows_gives_no_thread_and_does_nothing)
+{
+    const ImportPatch patch("_beginthreadex", RefuseThread);
+    EXPECT_THROW(Bounded<int>(std::chrono::milliseconds(60000),
+                              []() -> int {
+                                  ADD_FAILURE();
+                                  return 0;
+                              }),
+                 std::system_error);
 }
 
 TEST(Bounded, holds_however_often_its_threads_come_and_go)
