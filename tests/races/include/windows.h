@@ -70,8 +70,14 @@ BOOL CreateProcessA(LPCSTR path, LPSTR commandLine, LPSECURITY_ATTRIBUTES proces
                     LPCSTR folder, LPSTARTUPINFOA startup, LPPROCESS_INFORMATION started);
 // This host has no boxes to ask with.
 inline constexpr DWORD SEM_FAILCRITICALERRORS = 1;
-inline DWORD GetThreadErrorMode() { return 0; }
-inline BOOL SetThreadErrorMode(DWORD, LPDWORD) { return TRUE; }
+inline DWORD GetThreadErrorMode()
+{
+    return 0;
+}
+inline BOOL SetThreadErrorMode(DWORD, LPDWORD)
+{
+    return TRUE;
+}
 HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD processId);
 DWORD GetProcessId(HANDLE process);
 BOOL GetExitCodeProcess(HANDLE process, LPDWORD code);

@@ -55,8 +55,8 @@ private:
     int calls_ = 0; // the worker's alone
 };
 
-/// Counts what comes between two overflows. Takes nothing until it is told to: by then more has been
-/// logged than waits, however fast it is.
+/// Counts what comes between two overflows. Takes nothing until it is told to: by then more has
+/// been logged than waits, however fast it is.
 class OverflowSink : public log::log_perf::v2::ILogSink {
 public:
     void Write(int level, const log::log_perf::v2::Timestamp*, const char*) override
