@@ -12,6 +12,7 @@
 #include <iterator>
 #include <set>
 #include <stdexcept>
+#include <string_view>
 
 namespace vqrx::test {
 namespace {
@@ -207,6 +208,57 @@ TEST_F(Files, that_are_read_only_stop_the_removal_of_their_tree)
     SetFileAttributesA(Native("t\\a").c_str(), FILE_ATTRIBUTE_NORMAL);
     RemoveDirectory(In("t"));
     EXPECT_FALSE(Exists("t"));
+}
+
+// A reparse point that this host cannot make: the folder "odd" with the tag below.
+DWORD tagOfOdd = 0;
+DWORD(WINAPI* realAttributes)(LPCSTR) = nullptr;
+HANDLE(WINAPI* realFindFirst)(LPCSTR, LPWIN32_FIND_DATAA) = nullptr;
+
+bool IsOdd(LPCSTR path)
+{
+    return std::string_view(path).ends_with("odd");
+}
+
+DWORD WINAPI OddAttributes(LPCSTR path)
+{
+    return realAttributes(path) | (IsOdd(path) ? FILE_ATTRIBUTE_REPARSE_POINT : 0);
+}
+
+HANDLE WINAPI FindOdd(LPCSTR pattern, LPWIN32_FIND_DATAA found)
+{
+    const HANDLE search = realFindFirst(pattern, found);
+    if (IsOdd(pattern)) {
+        found->dwReserved0 = tagOfOdd;
+    }
+    return search;
+}
+
+TEST_F(Files, in_a_folder_that_is_merely_stored_in_another_way_go_with_their_tree)
+{
+    Put("t/odd/a");
+    const ImportPatch attributes("GetFileAttributesA", OddAttributes);
+    const ImportPatch find("FindFirstFileA", FindOdd);
+    realAttributes = attributes.Original<DWORD WINAPI(LPCSTR)>();
+    realFindFirst = find.Original<HANDLE WINAPI(LPCSTR, LPWIN32_FIND_DATAA)>();
+    tagOfOdd = 0x80000013; // IO_REPARSE_TAG_DEDUP
+    RemoveDirectory(In("t"));
+    EXPECT_FALSE(Exists("t"));
+}
+
+TEST_F(Files, behind_anything_that_leads_elsewhere_or_may_do_so_are_not_touched)
+{
+    Put("t/odd/a");
+    const ImportPatch attributes("GetFileAttributesA", OddAttributes);
+    const ImportPatch find("FindFirstFileA", FindOdd);
+    realAttributes = attributes.Original<DWORD WINAPI(LPCSTR)>();
+    realFindFirst = find.Original<HANDLE WINAPI(LPCSTR, LPWIN32_FIND_DATAA)>();
+    for (const DWORD tag :
+         {DWORD{IO_REPARSE_TAG_SYMLINK}, DWORD{IO_REPARSE_TAG_MOUNT_POINT}, DWORD{0}}) {
+        tagOfOdd = tag;
+        EXPECT_THROW(RemoveDirectory(In("t")), FileError) << tag; // it is no real link: not empty
+        EXPECT_EQ("x", Text("t/odd/a"));
+    }
 }
 
 TEST_F(Files, behind_a_link_survive_the_removal_of_the_tree_that_holds_the_link)
