@@ -13,6 +13,13 @@ bool IsStartUp(EventKind kind)
            kind == EventKind::kWmiFailed || kind == EventKind::kSupervisionStarted;
 }
 
+// The main thread writes these while the supervision's thread begins: before or behind its first
+// line, and for COM's security in both places.
+bool IsAroundStart(EventKind kind)
+{
+    return kind == EventKind::kComSecurityFailed || kind == EventKind::kPublicationFailed;
+}
+
 bool HasEnd(const Life& life)
 {
     return life.end != LifeEnd::kRunning;
@@ -51,7 +58,10 @@ void TimelineBuilder::Add(Record record)
 // run's, also when the earlier one was killed and left no last words.
 bool TimelineBuilder::BeginsRun(EventKind kind) const
 {
-    return timeline_.runs.empty() || (supervising_ && IsStartUp(kind));
+    if (timeline_.runs.empty()) {
+        return true;
+    }
+    return IsAroundStart(kind) ? timeline_.runs.back().endSeen : supervising_ && IsStartUp(kind);
 }
 
 void TimelineBuilder::Take(const AttributedRecord& attributed)
@@ -67,10 +77,11 @@ void TimelineBuilder::Take(const AttributedRecord& attributed)
     if (newRun) {
         SupervisorRun& run = timeline_.runs.emplace_back();
         run.firstMs = record.timeMs;
-        run.beginningSeen = IsStartUp(kind);
+        run.beginningSeen = IsStartUp(kind) || IsAroundStart(kind);
         supervising_ = false;
     }
-    supervising_ = supervising_ || !IsStartUp(kind) || kind == EventKind::kSupervisionStarted;
+    const bool beforeStart = IsStartUp(kind) && kind != EventKind::kSupervisionStarted;
+    supervising_ = supervising_ || !(beforeStart || IsAroundStart(kind));
     SupervisorRun& run = CurrentRun();
     run.lastMs = record.timeMs;
     switch (kind) {

@@ -148,6 +148,36 @@ TEST(Timeline, begins_a_run_where_a_supervisor_starts_up_also_when_the_one_befor
     EXPECT_EQ(timeline.runs[1].Find(0)->lives[0].end, LifeEnd::kRunning);
 }
 
+TEST(Timeline, is_one_run_when_com_security_failed)
+{
+    Log log;
+    log.StartUp()
+        .Add("Start DaemonId(0) PId(10) : a.exe ", 2)
+        .Add("Detected Windows Firewall with Advanced Security", 2)
+        .Add("CoInitializeSecurity error Access is denied.", 0)
+        .Add("Deamon Thread started", 2)
+        .Add("CoInitializeSecurity error Access is denied.", 0);
+    const Timeline timeline = log.Build();
+    ASSERT_EQ(timeline.runs.size(), 2U);
+    EXPECT_EQ(timeline.runs[1].firstMs, 6000);
+    EXPECT_TRUE(timeline.runs[1].beginningSeen);
+    log.Add("Deamon Thread is exiting...", 2)
+        .Add("CoInitializeSecurity error Access is denied.", 0)
+        .Add("Deamon Thread started", 2);
+    EXPECT_EQ(log.Build().runs.size(), 3U);
+}
+
+TEST(Timeline, is_one_run_when_the_publication_fails_before_the_supervision_begins)
+{
+    const Timeline timeline = Log()
+                                  .Add("Connecting to WMI resource ...", 2)
+                                  .Add("Connected to WMI resource", 2)
+                                  .Add("RotRegistration errror Access is denied.", 0)
+                                  .Add("Deamon Thread started", 2)
+                                  .Build();
+    EXPECT_EQ(timeline.runs.size(), 1U);
+}
+
 TEST(Timeline, tells_an_orderly_end_and_how_many_were_left)
 {
     const Timeline timeline = Log()
