@@ -54,10 +54,14 @@ VIAddVersionKey LegalCopyright ""
 
 !define DRIVE_FIXED 3
 
+; Where the files are unpacked: on the volume where they are to be.
+!define NEW_FILES "$INSTDIR\~new"
+
 Var Root          ; the firmware root
 Var WritePathname ; 1: no key names the root yet
 Var WasRunning    ; 1: a supervisor was ended, and its daemons wait to be handed over
 Var Listing       ; a file with the daemons of the supervisor that was ended, empty for none
+Var SwapFailed    ; 1: a file could not take its place
 Var NoStart       ; 1: whoever called this starts the supervisor
 
 !define MUI_ABORTWARNING
@@ -77,6 +81,16 @@ Var NoStart       ; 1: whoever called this starts the supervisor
         Delete "$R8"
         Rename "${file}" "$R8"
         Delete /REBOOTOK "$R8"
+    ${EndIf}
+!macroend
+
+; An unpacked file takes its place.
+!macro Swap file
+    !insertmacro MakeWay "$INSTDIR\${file}"
+    ClearErrors
+    Rename "${NEW_FILES}\${file}" "$INSTDIR\${file}"
+    ${If} ${Errors}
+        StrCpy $SwapFailed 1
     ${EndIf}
 !macroend
 
@@ -302,9 +316,10 @@ Function .onInit
     ${EndIf}
 FunctionEnd
 
-; Notes what this installation makes. A note that an earlier one left stays.
-!macro NoteMade what
-    WriteRegDWORD HKLM "${OWN_KEY}" "Made${what}" 1
+; Notes what this installation makes, by its name: the firmware root may be another one the next time.
+; A note that an earlier one left stays.
+!macro NoteMade what name
+    WriteRegStr HKLM "${OWN_KEY}" "Made${what}" "${name}"
 !macroend
 
 !macro MakeFolder what folder
@@ -314,7 +329,7 @@ FunctionEnd
         ${If} ${Errors}
             !insertmacro Fail "The folder ${folder} cannot be made."
         ${EndIf}
-        !insertmacro NoteMade "${what}"
+        !insertmacro NoteMade "${what}" "${folder}"
     ${EndIf}
 !macroend
 
@@ -322,12 +337,12 @@ Function WriteFirmwareRoot
     ClearErrors
     EnumRegKey $0 HKLM "${FIRMWARE_PRODUCT}" 0
     ${If} ${Errors}
-        !insertmacro NoteMade ProductKey
+        !insertmacro NoteMade ProductKey "${FIRMWARE_PRODUCT}"
     ${EndIf}
     ClearErrors
     EnumRegKey $0 HKLM "${FIRMWARE_KEY}" 0
     ${If} ${Errors}
-        !insertmacro NoteMade FirmwareKey
+        !insertmacro NoteMade FirmwareKey "${FIRMWARE_KEY}"
     ${EndIf}
     WriteRegStr HKLM "${FIRMWARE_KEY}" "Pathname" "$Root\App"
     WriteRegStr HKLM "${OWN_KEY}" "MadePathname" "$Root\App"
@@ -340,26 +355,33 @@ Section
     InitPluginsDir
     SetOutPath "$TEMP" ; what is started must have no folder for its own that is to go
     File "/oname=$PLUGINSDIR\daemonctl.exe" "${STAGING}/daemonctl.exe"
-    Call EndSupervisor
-
-    WriteRegStr HKLM "${OWN_KEY}" "FirmwareRoot" "$Root"
     !insertmacro MakeFolder Root "$Root"
     !insertmacro MakeFolder App "$Root\App"
     !insertmacro MakeFolder Logs "$Root\Logs"
-    ReadRegDWORD $0 HKLM "${OWN_KEY}" "MadeLog"
     ${IfNot} ${FileExists} "$Root\Logs\DaemonManager.log"
-        !insertmacro NoteMade Log
+        !insertmacro NoteMade Log "$Root\Logs\DaemonManager.log"
     ${EndIf}
 
-    !insertmacro MakeWayForFiles
+    ; All that can fail for want of room or rights is done beside the old files, while the supervisor
+    ; runs on. Then the files only change their names.
     ClearErrors
     SetOverwrite try
-    !insertmacro InstallFiles
+    !insertmacro UnpackFiles
     SetOutPath "$TEMP"
-    WriteUninstaller "$INSTDIR\Uninstall.exe"
+    WriteUninstaller "${NEW_FILES}\Uninstall.exe"
     ${If} ${Errors}
+        RMDir /r "${NEW_FILES}"
+        RMDir "$INSTDIR" ; if there was nothing before
         !insertmacro Fail "Not every file could be written to $INSTDIR."
     ${EndIf}
+    Call EndSupervisor
+    StrCpy $SwapFailed 0
+    !insertmacro SwapFiles
+    !insertmacro Swap "Uninstall.exe"
+    ${If} $SwapFailed = 1
+        !insertmacro Fail "Not every file in $INSTDIR could be replaced."
+    ${EndIf}
+    RMDir /r "${NEW_FILES}"
 
     nsExec::Exec '"$SYSDIR\regsvr32.exe" /s "$INSTDIR\DaemonMgrPS.dll"'
     Pop $0
@@ -405,9 +427,10 @@ Function un.onInit
 FunctionEnd
 
 ; Goes on with what follows only if this installation made it.
+; $R0 is what it made.
 !macro IfMade what
-    ReadRegDWORD $0 HKLM "${OWN_KEY}" "Made${what}"
-    ${If} $0 = 1
+    ReadRegStr $R0 HKLM "${OWN_KEY}" "Made${what}"
+    ${If} $R0 != ""
 !macroend
 
 Function un.RemoveFirmwareRoot
@@ -435,28 +458,24 @@ FunctionEnd
     ${EndIf}
 !macroend
 
-!macro RemoveMadeFolder what folder
+!macro RemoveMadeFolder what
     !insertmacro IfMade ${what}
-        !insertmacro RemoveFolder "${folder}"
+        !insertmacro RemoveFolder "$R0"
     ${EndIf}
 !macroend
 
 Function un.RemoveLogAndFolders
-    ReadRegStr $Root HKLM "${OWN_KEY}" "FirmwareRoot"
-    ${If} $Root == ""
-        Return
-    ${EndIf}
     ${GetParameters} $1
     ClearErrors
     ${GetOptions} $1 "/KEEPLOG" $2
     ${If} ${Errors}
         !insertmacro IfMade Log
-            Delete "$Root\Logs\DaemonManager.log"
+            Delete "$R0"
         ${EndIf}
     ${EndIf}
-    !insertmacro RemoveMadeFolder Logs "$Root\Logs"
-    !insertmacro RemoveMadeFolder App "$Root\App"
-    !insertmacro RemoveMadeFolder Root "$Root"
+    !insertmacro RemoveMadeFolder Logs
+    !insertmacro RemoveMadeFolder App
+    !insertmacro RemoveMadeFolder Root
 FunctionEnd
 
 Section Uninstall

@@ -48,7 +48,8 @@ class Packages(unittest.TestCase):
 
     def test_the_zip_holds_the_programs_the_client_library_documents_and_licences(self):
         names = [name.removeprefix(NAME + "/") for name in self.zip.namelist()]
-        documents = [f"docs/{path.name}" for path in (SOURCE / "docs").glob("*.md")]
+        documents = [path.relative_to(SOURCE).as_posix()
+                     for pattern in ("*.md", "images/*") for path in (SOURCE / "docs").glob(pattern)]
         self.assertEqual(sorted(names), sorted([
             "CHANGELOG.md",
             "DaemonManager.exe",
@@ -73,6 +74,16 @@ class Packages(unittest.TestCase):
             "sdk/src/IDaemonMgrControl_i.c",
             "sdk/src/SupervisorClient.cpp",
         ]))
+
+    def test_no_document_refers_to_what_is_not_there(self):
+        names = {name.removeprefix(NAME + "/") for name in self.zip.namelist()}
+        names |= {parent.as_posix() for name in names for parent in pathlib.PurePosixPath(name).parents}
+        for document in (name for name in names if name.endswith(".md")):
+            text = self.zip.read(f"{NAME}/{document}").decode()
+            for target in re.findall(r"\]\(([^)#\s]+)", text):
+                if ":" not in target:
+                    path = os.path.normpath(os.path.join(os.path.dirname(document), target))
+                    self.assertIn(path, names, f"{document} refers to {target}")
 
     def test_programs_need_nothing_but_windows_and_carry_no_debug_information(self):
         for name in ("DaemonManager.exe", "daemonctl.exe", "DaemonMgrPS.dll"):
@@ -288,6 +299,33 @@ class Installation(unittest.TestCase):
             self.assertEqual(self.daemonctl("detach", daemon),
                              (0, f"daemon {daemon} detached, its process runs on\n"))
         self.assertEqual(self.daemonctl("detach", "3")[0], 1)
+
+    def test_one_that_cannot_be_unpacked_leaves_the_old_supervisor_running(self):
+        self.install_below_root()
+        supervisor = self.supervisor()
+        worker = self.launch_worker("one")
+        in_its_way = machine.host_path(self.folder) / "~new/DaemonManager.exe"
+        in_its_way.mkdir(parents=True)
+        code = self.install()
+        self.is_installed = True
+        self.assertEqual(code, 2)
+        self.assertEqual(machine.processes("no_windows.exe"), {worker})
+        self.assertEqual(self.daemonctl("stop", "0"), (0, "daemon 0 stopped\n"))
+        self.assertEqual(self.daemonctl("exit")[0], 0)
+        self.assertEqual(supervisor.end(), 0)
+        self.assertFalse(in_its_way.exists())
+
+    def test_a_log_of_another_root_stays_although_the_installation_was_renewed_for_it(self):
+        self.install_below_root()
+        log = machine.host_path(r"C:\other") / "Logs/DaemonManager.log"
+        log.parent.mkdir(parents=True)
+        self.addCleanup(shutil.rmtree, machine.host_path(r"C:\other"), ignore_errors=True)
+        log.write_bytes(b"0x00000010 what was logged there\r\n")
+        self.configure(FIRMWARE_KEY, "/v", "Pathname", "/d", r"C:\other\App")
+        self.assertEqual(self.install(), 0)
+        self.uninstall()
+        self.assertEqual(log.read_bytes(), b"0x00000010 what was logged there\r\n")
+        self.assertFalse((machine.host_path(self.ROOT) / "Logs").exists())
 
     def test_examples_build_from_the_installed_library_and_work(self):
         self.install_below_root()
