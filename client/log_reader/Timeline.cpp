@@ -20,6 +20,15 @@ bool IsAroundStart(EventKind kind)
     return kind == EventKind::kComSecurityFailed || kind == EventKind::kPublicationFailed;
 }
 
+// What a supervisor logs of its daemons.
+bool IsSupervision(EventKind kind)
+{
+    return kind == EventKind::kStarted || kind == EventKind::kStartFailed ||
+           kind == EventKind::kEnded || kind == EventKind::kStopped ||
+           kind == EventKind::kStopFailed || kind == EventKind::kAttached ||
+           kind == EventKind::kAttachFailed || kind == EventKind::kDetached;
+}
+
 bool HasEnd(const Life& life)
 {
     return life.end != LifeEnd::kRunning;
@@ -55,20 +64,40 @@ void TimelineBuilder::Add(Record record)
 }
 
 // The lines of a start-up come before "Deamon Thread started": one that comes later is the next
-// run's, also when the earlier one was killed and left no last words.
-bool TimelineBuilder::BeginsRun(EventKind kind) const
+// run's, also when the earlier one was killed and left no last words. A supervisor that is refused
+// beside a running one ends first, and the running one's records overwrite the front of its lines:
+// what is left of them may stand before all that a full file still has of the running one.
+bool TimelineBuilder::BeginsRun(const Event& event) const
 {
     if (timeline_.runs.empty()) {
         return true;
     }
-    return IsAroundStart(kind) ? timeline_.runs.back().endSeen : supervising_ && IsStartUp(kind);
+    const SupervisorRun& run = timeline_.runs.back();
+    if (run.endSeen && (IsAroundStart(event.kind) || IsSupervision(event.kind))) {
+        return !BelongsToAnEndedRun(event);
+    }
+    return supervising_ && IsStartUp(event.kind);
+}
+
+// A client's stop that is under way when the supervision ends may be logged behind its last words.
+bool TimelineBuilder::BelongsToAnEndedRun(const Event& event) const
+{
+    const bool isClients = event.kind == EventKind::kStopped ||
+                           event.kind == EventKind::kStopFailed ||
+                           event.kind == EventKind::kDetached;
+    if (!isClients || !event.daemonId) {
+        return false;
+    }
+    const DaemonHistory* const daemon = timeline_.runs.back().Find(*event.daemonId);
+    return daemon != nullptr && daemon->Running() != nullptr &&
+           daemon->Running()->processId == event.processId;
 }
 
 void TimelineBuilder::Take(const AttributedRecord& attributed)
 {
     const Record& record = attributed.record;
     const EventKind kind = attributed.event.kind;
-    const bool newRun = BeginsRun(kind);
+    const bool newRun = BeginsRun(attributed.event);
     NoteGaps(attributed, newRun);
     if (timeline_.records++ == 0) {
         timeline_.firstMs = record.timeMs;

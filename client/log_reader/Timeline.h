@@ -135,7 +135,8 @@ public:
 private:
     void Take(const AttributedRecord& attributed);
     void NoteGaps(const AttributedRecord& attributed, bool newRun);
-    bool BeginsRun(EventKind kind) const;
+    bool BeginsRun(const Event& event) const;
+    bool BelongsToAnEndedRun(const Event& event) const;
     SupervisorRun& CurrentRun() { return timeline_.runs.back(); }
     DaemonHistory& Daemon(const AttributedRecord& attributed);
     void Started(const AttributedRecord& attributed);

@@ -185,6 +185,19 @@ TEST(DaemonStatus, is_of_the_run_that_goes_on_though_another_supervisor_was_refu
     EXPECT_EQ(daemons[0].state, RunState::running);
 }
 
+TEST(DaemonStatus, is_of_the_run_that_goes_on_when_the_rest_of_a_refused_one_stands_before_it)
+{
+    LogOfTests log;
+    MachineOfTests machine;
+    log.Add(2, "Deamon Thread started").Add(2, "Deamon Thread is exiting...");
+    machine.Run(12, kImage, log.NowMs());
+    log.Add(1, R"(Start DaemonId(0) PId(12) : C:\FW\App\a.exe )");
+    const auto daemons = StatusOf(log, machine);
+    ASSERT_EQ(daemons.size(), 1U);
+    EXPECT_EQ(daemons[0].state, RunState::running);
+    EXPECT_FALSE(daemons[0].restartsComplete);
+}
+
 TEST(DaemonStatus, is_nothing_when_every_run_has_ended)
 {
     const Timeline ended = LogOfTests().Begin().End().Timeline();

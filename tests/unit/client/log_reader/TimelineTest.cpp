@@ -178,6 +178,44 @@ TEST(Timeline, is_one_run_when_the_publication_fails_before_the_supervision_begi
     EXPECT_EQ(timeline.runs.size(), 1U);
 }
 
+TEST(Timeline, begins_a_run_where_supervision_goes_on_behind_an_end)
+{
+    const std::vector<std::string> lines = {
+        "Start DaemonId(0) PId(10) : a.exe ",
+        "Unable to start a.exe ",
+        "Exception caught in : Unknown (0x1)",
+        "Attach DaemonId(0) PId(10) : a.exe ",
+        "Unable to attach DaemonId(0) PId(10) : ",
+        "Detached DaemonId(0) PId(10) : a.exe ",
+        "Stop (0) DaemonId(0) PId(10) : a.exe ",
+        "Unable to stop DaemonId(0) PId(10) : a.exe ",
+        "CoInitializeSecurity error Access is denied.",
+    };
+    for (const std::string& line : lines) {
+        const Timeline timeline = Log()
+                                      .Add("Deamon Thread started", 2)
+                                      .Add("Deamon Thread is exiting...", 2)
+                                      .Add(line)
+                                      .Build();
+        ASSERT_EQ(timeline.runs.size(), 2U) << line;
+        EXPECT_TRUE(timeline.runs[0].endSeen) << line;
+        EXPECT_FALSE(timeline.runs[1].endSeen) << line;
+    }
+}
+
+TEST(Timeline, keeps_a_stop_in_its_run_that_was_under_way_when_it_ended)
+{
+    Log log;
+    log.StartUp()
+        .Add("Start DaemonId(0) PId(10) : a.exe ", 2)
+        .Add("Deamon Thread is exiting...", 2)
+        .Add("Stop (2) DaemonId(0) PId(10) : a.exe ");
+    ASSERT_EQ(log.Build().runs.size(), 1U);
+    EXPECT_EQ(log.Build().runs[0].Find(0)->state, DaemonState::kStopped);
+    log.Add("Stop (2) DaemonId(0) PId(10) : a.exe "); // ended already: not this run's
+    EXPECT_EQ(log.Build().runs.size(), 2U);
+}
+
 TEST(Timeline, tells_an_orderly_end_and_how_many_were_left)
 {
     const Timeline timeline = Log()
