@@ -1,5 +1,7 @@
 #include "daemon_manager/SupervisorClient.h"
 
+#include "daemon_manager/ComApartment.h"
+
 #include "IDaemonMgrControl.h"
 
 #include <windows.h>
@@ -105,6 +107,11 @@ Owned<IUnknown> FindObject()
 }
 
 } // namespace
+
+ComApartment::ComApartment()
+{
+    Check("COM cannot be initialised", CoInitializeEx(nullptr, COINIT_MULTITHREADED));
+}
 
 void SupervisorClient::Releaser::operator()(IDaemonMgrControl* control) const noexcept
 {

@@ -15,13 +15,7 @@ public:
     /// @throws SupervisorError  when the thread is in a single-threaded apartment already (its
     /// owner
     ///         has initialised COM: then this class is not needed) or COM refuses
-    ComApartment()
-    {
-        const HRESULT hr = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-        if (FAILED(hr)) {
-            throw SupervisorError("COM cannot be initialised", hr);
-        }
-    }
+    ComApartment();
     ComApartment(const ComApartment&) = delete;
     ComApartment& operator=(const ComApartment&) = delete;
     ~ComApartment() { CoUninitialize(); }
