@@ -11,6 +11,7 @@
 #include <iostream>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace vqrx::client::v0 {
@@ -60,13 +61,15 @@ int Wait(const Options& options)
     const ULONGLONG start = GetTickCount64();
     const ULONGLONG timeoutMs = ULONGLONG{options.timeoutSeconds} * 1000;
     Observation first;
+    std::optional<RunMark> lastLook;
     for (;;) {
         const Timeline timeline = ReadTimeline();
         const SupervisorRun* const run = RunThatGoesOn(timeline);
-        if (run == nullptr) {
+        if (run == nullptr || (lastLook && !IsSameRun(*lastLook, MarkOf(*run)))) {
             std::cerr << "daemonctl: the supervisor has ended" << std::endl;
             return kNoSupervisor;
         }
+        lastLook = MarkOf(*run);
         const Observation now = Observe(*run, options.id, source);
         first = first.known ? first : now;
         if (IsFulfilled(what, first, now)) {

@@ -103,13 +103,21 @@ DaemonStatus StatusOfChild(const ProcessFacts& child, const ProcessSource& sourc
     return status;
 }
 
+// A supervisor that finds another one published ends by itself, before its first pass and before
+// any client can reach it: its lines are those of a start and of an end that nobody asked for.
+bool WasRefused(const SupervisorRun& run)
+{
+    return run.beginningSeen && run.endSeen && !run.exitRequested && !run.stillRegistered &&
+           run.daemons.empty() && run.neverStarted.empty() && run.unknownEnds.empty() &&
+           run.failedAttaches.empty();
+}
+
 } // namespace
 
 const SupervisorRun* RunThatGoesOn(const Timeline& timeline)
 {
-    const auto found = std::find_if(timeline.runs.rbegin(), timeline.runs.rend(),
-                                    [](const SupervisorRun& run) { return !run.endSeen; });
-    return found == timeline.runs.rend() ? nullptr : &*found;
+    const auto found = std::find_if_not(timeline.runs.rbegin(), timeline.runs.rend(), WasRefused);
+    return found == timeline.runs.rend() || found->endSeen ? nullptr : &*found;
 }
 
 std::optional<LoggedProcess> LastProcessOf(const DaemonHistory& daemon, const ProcessSource& source)

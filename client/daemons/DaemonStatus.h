@@ -52,8 +52,8 @@ struct DaemonStatus {
     std::string command; ///< as in the log, also of a process that is not in it
 };
 
-/// The run of the supervisor that goes on, though another one that tried to start beside it may
-/// have written into the log since. Null when every run has ended.
+/// The run of the supervisor that goes on: the last one, but for those that were refused beside it
+/// and have written into the log since. Null when it has ended, whatever came before it.
 const SupervisorRun* RunThatGoesOn(const Timeline& timeline);
 
 /// A daemon's last process as the log tells of it; nothing when it has none.

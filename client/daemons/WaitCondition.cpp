@@ -2,6 +2,23 @@
 
 namespace vqrx::client::v0 {
 
+RunMark MarkOf(const SupervisorRun& run)
+{
+    return {run.startedMs, run.beginningSeen, run.lastNumber};
+}
+
+bool IsSameRun(const RunMark& before, const RunMark& now)
+{
+    if (now.startedMs && before.startedMs) {
+        return *now.startedMs == *before.startedMs;
+    }
+    if (now.startedMs) { // it was still to come, or is another's
+        return before.beginningSeen;
+    }
+    // The start is overwritten. The last record is as new as it was, or newer.
+    return !now.lastNumber || !before.lastNumber || *now.lastNumber >= *before.lastNumber;
+}
+
 Observation Observe(const SupervisorRun& run, std::uint32_t daemonId, const ProcessSource& source)
 {
     Observation observation;

@@ -7,6 +7,19 @@
 
 namespace vqrx::client::v0 {
 
+/// What tells one run of the supervisor from another while the log goes on.
+struct RunMark {
+    std::optional<std::int64_t> startedMs; ///< see SupervisorRun
+    bool beginningSeen = false;
+    std::optional<std::int64_t> lastNumber;
+};
+
+RunMark MarkOf(const SupervisorRun& run);
+
+/// Whether the run that goes on is the one that went on at the last look. The records of its start
+/// may be gone by now: the log is a ring.
+bool IsSameRun(const RunMark& before, const RunMark& now);
+
 /// What is seen of one daemon at one moment.
 struct Observation {
     bool known = false; ///< the log tells of it

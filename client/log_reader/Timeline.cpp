@@ -113,7 +113,11 @@ void TimelineBuilder::Take(const AttributedRecord& attributed)
     supervising_ = supervising_ || !(beforeStart || IsAroundStart(kind));
     SupervisorRun& run = CurrentRun();
     run.lastMs = record.timeMs;
+    run.lastNumber = record.number ? record.number : run.lastNumber;
     switch (kind) {
+    case EventKind::kSupervisionStarted:
+        run.startedMs = record.timeMs;
+        break;
     case EventKind::kStarted:
         Started(attributed);
         break;

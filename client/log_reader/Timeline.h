@@ -87,7 +87,9 @@ struct SupervisorRun {
     std::int64_t firstMs = 0;
     std::int64_t lastMs = 0; ///< of its last record
     bool beginningSeen = false;
-    bool endSeen = false; ///< it ended in order
+    std::optional<std::int64_t> startedMs;  ///< of "Deamon Thread started", if that is left
+    std::optional<std::int64_t> lastNumber; ///< of its last record that has one
+    bool endSeen = false;                   ///< it ended in order
     bool exitRequested = false;
     std::optional<std::uint32_t> stillRegistered; ///< daemons at its end
     std::map<std::uint32_t, DaemonHistory> daemons;

@@ -205,6 +205,42 @@ TEST(DaemonStatus, is_nothing_when_every_run_has_ended)
     EXPECT_EQ(RunThatGoesOn(Timeline()), nullptr);
 }
 
+TEST(RunThatGoesOn, is_not_an_older_run_that_was_killed)
+{
+    LogOfTests log;
+    log.Begin().Add(1, R"(Start DaemonId(0) PId(12) : C:\FW\App\a.exe )"); // and is killed
+    log.Begin().Add(1, R"(Start DaemonId(0) PId(13) : C:\FW\App\b.exe )");
+    Timeline timeline = log.Timeline();
+    EXPECT_EQ(RunThatGoesOn(timeline), &timeline.runs[1]);
+    log.End();
+    timeline = log.Timeline();
+    EXPECT_EQ(RunThatGoesOn(timeline), nullptr);
+}
+
+TEST(RunThatGoesOn, is_none_behind_a_run_that_looked_after_something_until_it_was_closed)
+{
+    for (const char* line :
+         {R"(Attach DaemonId(0) PId(12) : C:\FW\App\a.exe )", "Exit",
+          "1 Processes still registered", R"(Unable to start C:\no.exe )",
+          "Unable to attach DaemonId(0) PId(7) : ", "Exception caught in : Unknown (0x3)"}) {
+        LogOfTests log;
+        log.Begin().Begin().Add(1, line).Add(2, "Deamon Thread is exiting...");
+        const Timeline timeline = log.Timeline();
+        EXPECT_EQ(RunThatGoesOn(timeline), nullptr) << line;
+    }
+}
+
+TEST(RunThatGoesOn, is_the_one_beside_which_several_were_refused)
+{
+    LogOfTests log;
+    log.Begin();
+    for (int refused = 0; refused < 3; ++refused) {
+        log.Begin().Add(2, "Deamon Thread is exiting...");
+    }
+    const Timeline timeline = log.Timeline();
+    EXPECT_EQ(RunThatGoesOn(timeline), &timeline.runs[0]);
+}
+
 TEST(ReadableReason, makes_a_number_of_an_exit_code)
 {
     EXPECT_EQ(ReadableReason("Unknown (0x0)"), "exit code 0");
@@ -362,6 +398,39 @@ TEST(WaitCondition, is_fulfilled_by_what_happens)
     EXPECT_TRUE(IsFulfilled(WaitFor::restarted, first, next));
     EXPECT_TRUE(IsFulfilled(WaitFor::restarted, down, next));
     EXPECT_FALSE(IsFulfilled(WaitFor::restarted, unknown, unknown));
+}
+
+RunMark MarkOfRun(const LogOfTests& log, std::size_t index)
+{
+    return MarkOf(log.Timeline().runs.at(index));
+}
+
+TEST(WaitCondition, is_not_fulfilled_by_a_daemon_of_another_run)
+{
+    const std::string start = R"(Start DaemonId(0) PId(12) : C:\FW\App\a.exe )";
+    LogOfTests log;
+    log.Begin();
+    const RunMark begun = MarkOfRun(log, 0);
+    log.Add(1, start);
+    const RunMark killed = MarkOfRun(log, 0);
+    EXPECT_TRUE(IsSameRun(begun, killed));
+    log.Begin();
+    const RunMark next = MarkOfRun(log, 1);
+    EXPECT_FALSE(IsSameRun(killed, next));
+    // Also when the ring no longer has the start of the one before, or of either.
+    const RunMark cut{std::nullopt, false, killed.lastNumber};
+    EXPECT_TRUE(IsSameRun(killed, cut));
+    EXPECT_FALSE(IsSameRun(cut, next));
+    EXPECT_FALSE(IsSameRun(next, cut));
+}
+
+TEST(WaitCondition, stays_with_its_run_while_that_is_beginning)
+{
+    LogOfTests log;
+    log.Add(2, "Connecting to WMI resource ...");
+    const RunMark before = MarkOfRun(log, 0);
+    log.Add(2, "Deamon Thread started");
+    EXPECT_TRUE(IsSameRun(before, MarkOfRun(log, 0)));
 }
 
 TEST(WaitCondition, observes_a_daemon_in_log_and_machine)
