@@ -47,6 +47,9 @@ int TellTimeout(const Options& options, const Observation& now)
         std::cerr << "the log does not tell of it";
     } else if (now.running) {
         std::cerr << "it runs as process " << *now.processId;
+    } else if (now.letGo) {
+        std::cerr << "it was let go or could not be stopped, process " << *now.processId
+                  << " runs on";
     } else {
         std::cerr << "it has no process";
     }
@@ -72,7 +75,7 @@ int Wait(const Options& options)
         lastLook = MarkOf(*run);
         const Observation now = Observe(*run, options.id, source);
         first = first.known ? first : now;
-        if (IsFulfilled(what, first, now)) {
+        if (IsFulfilled(what, first, now, source.facts)) {
             return Tell(options, now);
         }
         if (GetTickCount64() - start >= timeoutMs) {

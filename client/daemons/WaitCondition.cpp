@@ -1,6 +1,31 @@
 #include "daemons/WaitCondition.h"
 
 namespace vqrx::client::v0 {
+namespace {
+
+// A client may have let the daemon go, or stopped it in vain: its process is there all the same.
+std::optional<LoggedProcess> LastProcessOrLetGo(const DaemonHistory& daemon,
+                                                const ProcessSource& source)
+{
+    if (daemon.state != DaemonState::kDetached && daemon.state != DaemonState::kStopFailed) {
+        return daemon.IsRegistered() ? LastProcessOf(daemon, source) : std::nullopt;
+    }
+    DaemonHistory before = daemon;
+    if (!before.lives.empty() && (before.lives.back().end == LifeEnd::kDetached ||
+                                  before.lives.back().end == LifeEnd::kStopFailed)) {
+        before.lives.back().end = LifeEnd::kRunning;
+    }
+    return LastProcessOf(before, source);
+}
+
+// A process that may not be asked about is there; by its time of creation it is known again.
+bool HasEnded(const Observation& first, const ProcessFacts& facts)
+{
+    return facts.state == ProcessFacts::State::gone ||
+           (facts.state == ProcessFacts::State::running && facts.createdMs != first.createdMs);
+}
+
+} // namespace
 
 RunMark MarkOf(const SupervisorRun& run)
 {
@@ -27,24 +52,30 @@ Observation Observe(const SupervisorRun& run, std::uint32_t daemonId, const Proc
         return observation;
     }
     observation.known = true;
-    const auto logged = daemon->IsRegistered() ? LastProcessOf(*daemon, source) : std::nullopt;
-    observation.running =
-        logged && FitProcess(*logged, source.facts(logged->processId), source.appFolder,
-                             source.sameFile) == ProcessFit::same;
-    if (observation.running) {
+    const auto logged = LastProcessOrLetGo(*daemon, source);
+    if (!logged) {
+        return observation;
+    }
+    const ProcessFacts facts = source.facts(logged->processId);
+    if (FitProcess(*logged, facts, source.appFolder, source.sameFile) == ProcessFit::same) {
+        observation.running = daemon->IsRegistered();
+        observation.letGo = !observation.running;
         observation.processId = logged->processId;
         observation.startedMs = logged->loggedMs;
+        observation.createdMs = facts.createdMs;
     }
     return observation;
 }
 
-bool IsFulfilled(WaitFor what, const Observation& first, const Observation& now)
+bool IsFulfilled(WaitFor what, const Observation& first, const Observation& now,
+                 const std::function<ProcessFacts(std::uint32_t processId)>& facts)
 {
     switch (what) {
     case WaitFor::running:
         return now.running;
     case WaitFor::ended:
-        return now.known && (!now.running || (first.running && now != first));
+        return now.known && (first.processId ? HasEnded(first, facts(*first.processId))
+                                             : !now.processId.has_value());
     case WaitFor::restarted:
         break;
     }

@@ -3,6 +3,7 @@
 #include "daemons/DaemonStatus.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 
 namespace vqrx::client::v0 {
@@ -24,8 +25,10 @@ bool IsSameRun(const RunMark& before, const RunMark& now);
 struct Observation {
     bool known = false; ///< the log tells of it
     bool running = false;
-    std::optional<std::uint32_t> processId; ///< of the process that runs
+    bool letGo = false;                     ///< it is none any more, but its process runs on
+    std::optional<std::uint32_t> processId; ///< of the process that runs, also when let go
     std::int64_t startedMs = 0;             ///< together with the id: which process it is
+    std::int64_t createdMs = 0;             ///< the same, as Windows tells it
 
     bool operator==(const Observation&) const = default;
 };
@@ -37,6 +40,8 @@ Observation Observe(const SupervisorRun& run, std::uint32_t daemonId, const Proc
 
 /// Whether what is waited for has come.
 /// @param first  the first observation in which the daemon is known
-bool IsFulfilled(WaitFor what, const Observation& first, const Observation& now);
+/// @param facts  asked for the first process: only itself tells whether it has ended
+bool IsFulfilled(WaitFor what, const Observation& first, const Observation& now,
+                 const std::function<ProcessFacts(std::uint32_t processId)>& facts);
 
 } // namespace vqrx::client::v0

@@ -378,26 +378,66 @@ TEST(DaemonListing, that_is_none_is_refused)
 TEST(WaitCondition, is_fulfilled_by_what_happens)
 {
     const Observation unknown;
-    const Observation down{true, false, std::nullopt, 0};
-    const Observation first{true, true, 12, 1000};
-    const Observation next{true, true, 13, 2000};
-    const Observation sameId{true, true, 12, 2000};
-    EXPECT_TRUE(IsFulfilled(WaitFor::running, first, first));
-    EXPECT_TRUE(IsFulfilled(WaitFor::running, down, next));
-    EXPECT_FALSE(IsFulfilled(WaitFor::running, first, down));
-    EXPECT_FALSE(IsFulfilled(WaitFor::running, unknown, unknown));
-    EXPECT_FALSE(IsFulfilled(WaitFor::ended, first, first));
-    EXPECT_TRUE(IsFulfilled(WaitFor::ended, first, down));
-    EXPECT_TRUE(IsFulfilled(WaitFor::ended, first, next)); // and started again at once
-    EXPECT_TRUE(IsFulfilled(WaitFor::ended, first, sameId));
-    EXPECT_TRUE(IsFulfilled(WaitFor::ended, down, down));
-    EXPECT_FALSE(IsFulfilled(WaitFor::ended, down, next));
-    EXPECT_FALSE(IsFulfilled(WaitFor::ended, unknown, unknown));
-    EXPECT_FALSE(IsFulfilled(WaitFor::restarted, first, first));
-    EXPECT_FALSE(IsFulfilled(WaitFor::restarted, first, down));
-    EXPECT_TRUE(IsFulfilled(WaitFor::restarted, first, next));
-    EXPECT_TRUE(IsFulfilled(WaitFor::restarted, down, next));
-    EXPECT_FALSE(IsFulfilled(WaitFor::restarted, unknown, unknown));
+    const Observation down{true, false, false, std::nullopt, 0, 0};
+    const Observation first{true, true, false, 12, 1000, 990};
+    const Observation next{true, true, false, 13, 2000, 1990};
+    const Observation sameId{true, true, false, 12, 2000, 1990};
+    MachineOfTests runs; // the first process
+    runs.Run(12, kImage, 990);
+    MachineOfTests isGone;
+    MachineOfTests isAnother;
+    isAnother.Run(12, kImage, 1990);
+    MachineOfTests isHidden;
+    isHidden.processes[12].state = ProcessFacts::State::hidden;
+    const auto isFulfilled = [](WaitFor what, const Observation& begun, const Observation& now,
+                                const MachineOfTests& machine) {
+        return IsFulfilled(what, begun, now, machine.Source().facts);
+    };
+    EXPECT_TRUE(isFulfilled(WaitFor::running, first, first, runs));
+    EXPECT_TRUE(isFulfilled(WaitFor::running, down, next, isGone));
+    EXPECT_FALSE(isFulfilled(WaitFor::running, first, down, isGone));
+    EXPECT_FALSE(isFulfilled(WaitFor::running, unknown, unknown, isGone));
+    EXPECT_FALSE(isFulfilled(WaitFor::ended, first, first, runs));
+    EXPECT_TRUE(isFulfilled(WaitFor::ended, first, down, isGone));
+    EXPECT_FALSE(isFulfilled(WaitFor::ended, first, down, runs));
+    EXPECT_FALSE(isFulfilled(WaitFor::ended, first, down, isHidden));
+    EXPECT_TRUE(isFulfilled(WaitFor::ended, first, next, isGone)); // and started again at once
+    EXPECT_TRUE(isFulfilled(WaitFor::ended, first, sameId, isAnother));
+    EXPECT_TRUE(isFulfilled(WaitFor::ended, down, down, isGone));
+    EXPECT_FALSE(isFulfilled(WaitFor::ended, down, next, isGone));
+    EXPECT_FALSE(isFulfilled(WaitFor::ended, unknown, unknown, isGone));
+    EXPECT_FALSE(isFulfilled(WaitFor::restarted, first, first, runs));
+    EXPECT_FALSE(isFulfilled(WaitFor::restarted, first, down, isGone));
+    EXPECT_TRUE(isFulfilled(WaitFor::restarted, first, next, isGone));
+    EXPECT_TRUE(isFulfilled(WaitFor::restarted, first, sameId, isAnother));
+    EXPECT_TRUE(isFulfilled(WaitFor::restarted, down, next, isGone));
+    EXPECT_FALSE(isFulfilled(WaitFor::restarted, unknown, unknown, isGone));
+}
+
+TEST(WaitCondition, does_not_call_a_process_ended_that_was_let_go_or_could_not_be_stopped)
+{
+    for (const char* line : {R"(Detached DaemonId(3) PId(12) : C:\FW\App\a.exe )",
+                             R"(Unable to stop DaemonId(3) PId(12) : C:\FW\App\a.exe )"}) {
+        LogOfTests log;
+        MachineOfTests machine;
+        log.Begin();
+        machine.Run(12, kImage, log.NowMs());
+        log.Add(2, R"(Start DaemonId(3) PId(12) : C:\FW\App\a.exe )");
+        const ProcessSource source = machine.Source();
+        const Observation first = Observe(log.Timeline().runs[0], 3, source);
+        log.Add(1, line);
+        const Timeline timeline = log.Timeline();
+        const Observation now = Observe(timeline.runs[0], 3, source);
+        EXPECT_TRUE(now.letGo) << line;
+        EXPECT_FALSE(IsFulfilled(WaitFor::ended, first, now, source.facts)) << line;
+        EXPECT_FALSE(IsFulfilled(WaitFor::ended, now, now, source.facts)) << line; // begun later
+        EXPECT_FALSE(IsFulfilled(WaitFor::running, first, now, source.facts)) << line;
+        EXPECT_FALSE(IsFulfilled(WaitFor::restarted, first, now, source.facts)) << line;
+        machine.processes.erase(12);
+        const Observation later = Observe(timeline.runs[0], 3, source);
+        EXPECT_FALSE(later.letGo) << line;
+        EXPECT_TRUE(IsFulfilled(WaitFor::ended, first, later, source.facts)) << line;
+    }
 }
 
 RunMark MarkOfRun(const LogOfTests& log, std::size_t index)
@@ -443,12 +483,12 @@ TEST(WaitCondition, observes_a_daemon_in_log_and_machine)
     log.Add(2, R"(Start DaemonId(3) PId(12) : C:\FW\App\a.exe )");
     Timeline timeline = log.Timeline();
     EXPECT_EQ(Observe(timeline.runs[0], 3, machine.Source()),
-              (Observation{true, true, 12, startedMs}));
+              (Observation{true, true, false, 12, startedMs, startedMs}));
     EXPECT_EQ(Observe(timeline.runs[0], 4, machine.Source()), Observation());
     log.Add(1, R"(Detached DaemonId(3) PId(12) : C:\FW\App\a.exe )");
     timeline = log.Timeline();
     EXPECT_EQ(Observe(timeline.runs[0], 3, machine.Source()),
-              (Observation{true, false, std::nullopt, 0}));
+              (Observation{true, false, true, 12, startedMs, startedMs}));
 }
 
 TEST(Expectations, find_a_daemon_for_each_program_or_say_why_not)
