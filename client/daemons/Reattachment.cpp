@@ -39,6 +39,21 @@ struct Candidate {
     ProcessFacts facts;
 };
 
+// Whether the process ended while its supervisor still ran, after the listing was made.
+bool IsOutdated(const ListedProcess& listed, const SupervisorRun& last)
+{
+    const DaemonHistory* const daemon = listed.id ? last.Find(*listed.id) : nullptr;
+    if (daemon == nullptr || WithoutBlank(daemon->command) != listed.command) {
+        return false;
+    }
+    const auto life =
+        std::find_if(daemon->lives.rbegin(), daemon->lives.rend(),
+                     [&listed](const Life& each) { return each.processId == listed.processId; });
+    return life != daemon->lives.rend() &&
+           (life->end == LifeEnd::kEnded || life->end == LifeEnd::kLost ||
+            life->end == LifeEnd::kStopped);
+}
+
 class Planner {
 public:
     Planner(const SupervisorRun& current, const ProcessSource& source)
@@ -59,7 +74,8 @@ public:
         candidates_.push_back({std::move(former), fit, facts});
     }
 
-    void AddFromListing(const ListedProcess& listed)
+    // @param last  the last former run, or null
+    void AddFromListing(const ListedProcess& listed, const SupervisorRun* last)
     {
         if (WasLetGo(listed.processId)) {
             return;
@@ -72,6 +88,9 @@ public:
             fit = ProcessFit::otherTime;
         } else if (facts.image != listed.image) {
             fit = ProcessFit::otherProgram;
+        }
+        if (fit != ProcessFit::same && last != nullptr && IsOutdated(listed, *last)) {
+            return; // the log tells what became of the daemon
         }
         FormerDaemon former;
         former.id = listed.id;
@@ -203,7 +222,7 @@ std::vector<FormerDaemon> PlanReattachment(const Timeline& timeline, const Super
     }
     for (const ListedProcess& process : listed) {
         left.erase(process.processId); // the listing is surer than the log
-        planner.AddFromListing(process);
+        planner.AddFromListing(process, last);
     }
     for (const auto& [processId, process] : left) {
         planner.AddFromLog(process);

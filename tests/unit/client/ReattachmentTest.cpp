@@ -187,6 +187,52 @@ TEST_F(Reattachment, of_what_log_and_listing_tell_alike_happens_once)
               Lines{"0/12 attach"});
 }
 
+TEST_F(Reattachment, takes_the_process_that_followed_the_listed_one_and_misses_none)
+{
+    log_.Begin();
+    Start(0, 12, "x");
+    const std::string image = R"(C:\FW\App\a.exe)";
+    const std::vector<ListedProcess> listed = {
+        {0, 12, machine_.processes[12].createdMs, image, image + " x", false}};
+    machine_.processes.erase(12);
+    log_.Add(0, "Exception caught in : Unknown (0x1)");
+    Start(0, 15, "x");
+    log_.End().Begin();
+    EXPECT_EQ(PlanNow(listed), Lines{"0/15 attach"});
+    Attach(0, 15, "x");
+    EXPECT_EQ(PlanNow(listed), Lines{"0/15 already 0"});
+}
+
+TEST_F(Reattachment, misses_a_listed_process_once_that_ended_before_its_supervisor)
+{
+    log_.Begin();
+    Start(0, 12, "x");
+    Start(1, 13, "y");
+    const std::string image = R"(C:\FW\App\a.exe)";
+    const std::vector<ListedProcess> listed = {
+        {0, 12, machine_.processes[12].createdMs, image, image + " x", false},
+        {1, 13, machine_.processes[13].createdMs, image, image + " y", false}};
+    machine_.processes.clear();
+    log_.Add(0, "Exception caught in : Unknown (0x1)")
+        .Add(1, Line("Unable to start", 0, 12, "x"))
+        .Add(1, Line("Stop (2)", 1, 13, "y")) // a client wanted that
+        .End()
+        .Begin();
+    EXPECT_EQ(PlanNow(listed), Lines{"0/- lost: it had no process when its supervisor ended"});
+}
+
+TEST_F(Reattachment, misses_a_listed_process_of_another_supervisors_daemon)
+{
+    log_.Begin();
+    Start(0, 12, "x");
+    machine_.processes.erase(12);
+    log_.Add(0, "Exception caught in : Unknown (0x1)");
+    Start(0, 15, "x");
+    log_.End().Begin();
+    EXPECT_EQ(PlanNow({{0, 12, 5000, R"(C:\other.exe)", R"(C:\other.exe x)", false}}),
+              (Lines{"0/12 lost: process 12 has ended", "0/15 attach"}));
+}
+
 TEST_F(Reattachment, of_a_first_supervisor_finds_nothing)
 {
     log_.Begin();
