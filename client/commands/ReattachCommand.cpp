@@ -5,6 +5,7 @@
 #include "commands/WithLog.h"
 #include "daemons/Reattachment.h"
 #include "daemons/ThisMachine.h"
+#include "process/HeldProcess.h"
 
 #include <windows.h>
 
@@ -54,9 +55,24 @@ bool WaitForLog(std::uint32_t daemonId)
     }
 }
 
+void TellLost(const FormerDaemon& former, const std::string& why)
+{
+    std::cerr << "daemonctl: " << NameOf(former) << why
+              << "\n  If it is to run, launch it: daemonctl launch ..." << std::endl;
+}
+
+// The plan may be minutes old, and the supervisor is given a bare id: while the process is held
+// open, the id is its own.
 // @return whether the supervisor took it
 bool Attach(SupervisorClient& supervisor, const FormerDaemon& former)
 {
+    const HeldProcess process(*former.processId);
+    const ProcessFacts facts = process.Facts();
+    const ProcessFit fit = FitPlan(former, facts);
+    if (fit != ProcessFit::same) {
+        TellLost(former, DescribeMisfit(fit, facts));
+        return false;
+    }
     const daemon_manager::DaemonRequest answer = supervisor.Attach(*former.processId);
     if (!answer.done) {
         std::cerr << "daemonctl: " << NameOf(former)
@@ -94,8 +110,7 @@ void Carry(SupervisorClient& supervisor, const FormerDaemon& former, bool dryRun
         return;
     case Plan::lost:
         ++count.lost;
-        std::cerr << "daemonctl: " << NameOf(former) << former.note
-                  << "\n  If it is to run, launch it: daemonctl launch ..." << std::endl;
+        TellLost(former, former.note);
         return;
     case Plan::attach:
         break;

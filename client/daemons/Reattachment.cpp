@@ -39,6 +39,18 @@ struct Candidate {
     ProcessFacts facts;
 };
 
+// Whether it is the process whose creation and program were asked for earlier.
+ProcessFit FitKnown(std::int64_t createdMs, const std::string& image, const ProcessFacts& facts)
+{
+    if (facts.state != ProcessFacts::State::running) {
+        return facts.state == ProcessFacts::State::gone ? ProcessFit::gone : ProcessFit::hidden;
+    }
+    if (facts.createdMs != createdMs) {
+        return ProcessFit::otherTime;
+    }
+    return facts.image == image ? ProcessFit::same : ProcessFit::otherProgram;
+}
+
 // Whether the process ended while its supervisor still ran, after the listing was made.
 bool IsOutdated(const ListedProcess& listed, const SupervisorRun& last)
 {
@@ -81,14 +93,7 @@ public:
             return;
         }
         const ProcessFacts facts = source_.facts(listed.processId);
-        ProcessFit fit = ProcessFit::same;
-        if (facts.state != ProcessFacts::State::running) {
-            fit = facts.state == ProcessFacts::State::gone ? ProcessFit::gone : ProcessFit::hidden;
-        } else if (facts.createdMs != listed.createdMs) {
-            fit = ProcessFit::otherTime;
-        } else if (facts.image != listed.image) {
-            fit = ProcessFit::otherProgram;
-        }
+        const ProcessFit fit = FitKnown(listed.createdMs, listed.image, facts);
         if (fit != ProcessFit::same && last != nullptr && IsOutdated(listed, *last)) {
             return; // the log tells what became of the daemon
         }
@@ -117,6 +122,8 @@ public:
         for (Candidate& candidate : candidates_) {
             if (candidate.fit == ProcessFit::same) {
                 candidate.daemon.plan = FormerDaemon::Plan::attach;
+                candidate.daemon.createdMs = candidate.facts.createdMs;
+                candidate.daemon.image = candidate.facts.image;
                 FindAmongCurrent(candidate, [&](const DaemonHistory& daemon) {
                     return HasProcess(daemon, candidate.facts);
                 });
@@ -235,6 +242,11 @@ std::vector<FormerDaemon> PlanReattachment(const Timeline& timeline, const Super
         }
     }
     return planner.Plan();
+}
+
+ProcessFit FitPlan(const FormerDaemon& former, const ProcessFacts& facts)
+{
+    return FitKnown(former.createdMs, former.image, facts);
 }
 
 } // namespace vqrx::client::v0

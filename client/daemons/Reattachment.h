@@ -21,6 +21,8 @@ struct FormerDaemon {
     std::optional<std::uint32_t> id;        ///< under the former supervisor
     std::optional<std::uint32_t> processId; ///< nothing: it did not run when that one ended
     std::optional<std::uint32_t> newId;     ///< already: under the running one
+    std::int64_t createdMs = 0;             ///< attach: when the process began, as Windows tells
+    std::string image;                      ///< attach: its program, as Windows tells
     std::string command;                    ///< without the blank behind it
     bool service = false;
     std::string note;
@@ -36,5 +38,9 @@ struct FormerDaemon {
 std::vector<FormerDaemon> PlanReattachment(const Timeline& timeline, const SupervisorRun& current,
                                            const std::vector<ListedProcess>& listed,
                                            const ProcessSource& source);
+
+/// Whether a process that was to be attached still is the one that the plan was made for. Pure.
+/// @param facts  of the process that has its id now
+ProcessFit FitPlan(const FormerDaemon& former, const ProcessFacts& facts);
 
 } // namespace vqrx::client::v0

@@ -1,6 +1,7 @@
 #include "process/ProcessFacts.h"
 
 #include "Utf8.h"
+#include "process/HeldProcess.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
@@ -89,36 +90,47 @@ std::optional<FileIdentity> IdentityOf(const std::string& path)
 
 } // namespace
 
-ProcessFacts ReadProcessFacts(std::uint32_t processId)
+HeldProcess::HeldProcess(std::uint32_t processId)
+    : processId_(processId)
+    , process_(OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION | SYNCHRONIZE, FALSE, processId))
+{
+    if (!process_) {
+        const DWORD error = GetLastError();
+        hidden_ = error == ERROR_ACCESS_DENIED;
+    }
+}
+
+ProcessFacts HeldProcess::Facts() const
 {
     ProcessFacts facts;
-    facts.processId = processId;
-    const UniqueKernelHandle process(
-        OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION | SYNCHRONIZE, FALSE, processId));
-    if (!process) {
-        const DWORD error = GetLastError();
-        facts.state =
-            error == ERROR_ACCESS_DENIED ? ProcessFacts::State::hidden : ProcessFacts::State::gone;
+    facts.processId = processId_;
+    if (!process_) {
+        facts.state = hidden_ ? ProcessFacts::State::hidden : ProcessFacts::State::gone;
         return facts;
     }
-    if (WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0) { // somebody still holds it open
+    if (WaitForSingleObject(process_.Get(), 0) == WAIT_OBJECT_0) {
         return facts;
     }
     facts.state = ProcessFacts::State::running;
-    facts.image = Utf8(ImageOf(process.Get()));
+    facts.image = Utf8(ImageOf(process_.Get()));
     FILETIME created{};
     FILETIME ended{};
     FILETIME kernel{};
     FILETIME user{};
-    if (GetProcessTimes(process.Get(), &created, &ended, &kernel, &user) != FALSE) {
+    if (GetProcessTimes(process_.Get(), &created, &ended, &kernel, &user) != FALSE) {
         facts.createdMs = Ticks(created) / kTicksPerMs - kMsFrom1601To1970;
         facts.cpuMs = (Ticks(kernel) + Ticks(user)) / kTicksPerMs;
     }
     PROCESS_MEMORY_COUNTERS memory{};
-    if (GetProcessMemoryInfo(process.Get(), &memory, sizeof memory) != FALSE) {
+    if (GetProcessMemoryInfo(process_.Get(), &memory, sizeof memory) != FALSE) {
         facts.memoryBytes = memory.WorkingSetSize;
     }
     return facts;
+}
+
+ProcessFacts ReadProcessFacts(std::uint32_t processId)
+{
+    return HeldProcess(processId).Facts();
 }
 
 std::vector<std::string> ArgumentsOfProcess(std::uint32_t processId)

@@ -10,6 +10,7 @@
 #include "doctor/FirewallFacts.h"
 #include "doctor/InstallationFacts.h"
 #include "doctor/WmiFacts.h"
+#include "process/HeldProcess.h"
 #include "process/ProcessFacts.h"
 #include "process/ProcessList.h"
 
@@ -212,6 +213,21 @@ TEST(ProcessFacts, of_a_process_that_has_ended_say_so_while_its_handle_is_open)
     EXPECT_EQ(ReadProcessFacts(child.Pid()).state, ProcessFacts::State::gone);
     EXPECT_EQ(ReadProcessFacts(4294967280U).state, ProcessFacts::State::gone);
     EXPECT_EQ(ReadProcessFacts(0).state, ProcessFacts::State::gone);
+}
+
+TEST(HeldProcess, is_told_of_until_it_ends_and_keeps_its_id)
+{
+    const ChildProcess child('"' + TestProgram("no_windows") + '"');
+    const HeldProcess held(child.Pid());
+    const ProcessFacts facts = held.Facts();
+    EXPECT_EQ(facts.state, ProcessFacts::State::running);
+    EXPECT_EQ(facts.processId, child.Pid());
+    EXPECT_EQ(facts.image, TestProgram("no_windows"));
+    EXPECT_EQ(facts.createdMs, ReadProcessFacts(child.Pid()).createdMs);
+    child.Kill();
+    ASSERT_TRUE(child.Wait());
+    EXPECT_EQ(held.Facts().state, ProcessFacts::State::gone);
+    EXPECT_EQ(HeldProcess(4294967280U).Facts().state, ProcessFacts::State::gone);
 }
 
 TEST(ProcessFacts, know_one_file_under_two_names)

@@ -233,6 +233,29 @@ TEST_F(Reattachment, misses_a_listed_process_of_another_supervisors_daemon)
               (Lines{"0/12 lost: process 12 has ended", "0/15 attach"}));
 }
 
+TEST_F(Reattachment, attaches_only_the_process_that_the_plan_was_made_for)
+{
+    log_.Begin();
+    Start(0, 12, "x");
+    log_.End().Begin();
+    const Timeline timeline = log_.Timeline();
+    const auto plan = PlanReattachment(timeline, timeline.runs[1], {}, machine_.Source());
+    ASSERT_EQ(plan.size(), 1U);
+    ASSERT_EQ(plan[0].plan, Plan::attach);
+    const ProcessFacts planned = machine_.processes[12];
+    EXPECT_EQ(FitPlan(plan[0], planned), ProcessFit::same);
+    ProcessFacts now = planned;
+    now.createdMs += 1;
+    EXPECT_EQ(FitPlan(plan[0], now), ProcessFit::otherTime);
+    now = planned;
+    now.image = R"(C:\other.exe)";
+    EXPECT_EQ(FitPlan(plan[0], now), ProcessFit::otherProgram);
+    now.state = ProcessFacts::State::gone;
+    EXPECT_EQ(FitPlan(plan[0], now), ProcessFit::gone);
+    now.state = ProcessFacts::State::hidden;
+    EXPECT_EQ(FitPlan(plan[0], now), ProcessFit::hidden);
+}
+
 TEST_F(Reattachment, of_a_first_supervisor_finds_nothing)
 {
     log_.Begin();
