@@ -22,11 +22,6 @@ bool IsUnended(const Life& life)
     return life.end == LifeEnd::kRunning || life.end == LifeEnd::kSupervisorGone;
 }
 
-bool WasTriedLately(const std::vector<std::int64_t>& failedStarts, std::int64_t nowMs)
-{
-    return !failedStarts.empty() && nowMs - failedStarts.back() <= kTriedLatelyMs;
-}
-
 std::optional<LastExit> LastExitOf(const DaemonHistory& daemon)
 {
     const auto ended = [](const Life& life) {
@@ -118,6 +113,11 @@ const SupervisorRun* RunThatGoesOn(const Timeline& timeline)
 {
     const auto found = std::find_if_not(timeline.runs.rbegin(), timeline.runs.rend(), WasRefused);
     return found == timeline.runs.rend() || found->endSeen ? nullptr : &*found;
+}
+
+bool WasTriedLately(const std::vector<std::int64_t>& failedStarts, std::int64_t nowMs)
+{
+    return !failedStarts.empty() && nowMs - failedStarts.back() <= kTriedLatelyMs;
 }
 
 std::optional<LoggedProcess> LastProcessOf(const DaemonHistory& daemon, const ProcessSource& source)

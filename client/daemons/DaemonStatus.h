@@ -56,6 +56,10 @@ struct DaemonStatus {
 /// and have written into the log since. Null when it has ended, whatever came before it.
 const SupervisorRun* RunThatGoesOn(const Timeline& timeline);
 
+/// Whether what cannot be started was looked after at this moment: it is tried every second then,
+/// and no line tells when a client has it stopped.
+bool WasTriedLately(const std::vector<std::int64_t>& failedStarts, std::int64_t nowMs);
+
 /// A daemon's last process as the log tells of it; nothing when it has none.
 std::optional<LoggedProcess> LastProcessOf(const DaemonHistory& daemon,
                                            const ProcessSource& source);

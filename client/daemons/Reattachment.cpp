@@ -108,7 +108,23 @@ public:
     // One that had no process when its supervisor ended.
     void AddNotRunning(const DaemonHistory& daemon)
     {
-        candidates_.push_back({Describe(daemon), ProcessFit::gone, {}});
+        FormerDaemon former = Describe(daemon);
+        former.note = "it had no process when its supervisor ended";
+        candidates_.push_back({std::move(former), ProcessFit::gone, {}});
+    }
+
+    // A program that never had a process; no line tells its id.
+    void AddNeverStarted(const std::string& command)
+    {
+        if (current_.neverStarted.count(command) != 0) {
+            return; // launched again, and still tried
+        }
+        DaemonHistory daemon;
+        daemon.command = command;
+        FormerDaemon former = Describe(daemon);
+        former.id = std::nullopt;
+        former.note = "its supervisor could never start it";
+        candidates_.push_back({std::move(former), ProcessFit::gone, {}});
     }
 
     std::vector<FormerDaemon> Plan()
@@ -131,9 +147,9 @@ public:
         }
         for (Candidate& candidate : candidates_) {
             if (candidate.fit != ProcessFit::same) {
-                candidate.daemon.note = candidate.daemon.processId
-                                            ? DescribeMisfit(candidate.fit, candidate.facts)
-                                            : "it had no process when its supervisor ended";
+                if (candidate.daemon.processId) {
+                    candidate.daemon.note = DescribeMisfit(candidate.fit, candidate.facts);
+                }
                 FindAmongCurrent(candidate, [&](const DaemonHistory& daemon) {
                     return WithoutBlank(daemon.command) == candidate.daemon.command;
                 });
@@ -207,7 +223,7 @@ const SupervisorRun* LastFormerRun(const Timeline& timeline, const SupervisorRun
         if (&run == &current) {
             break;
         }
-        last = run.daemons.empty() ? last : &run;
+        last = run.daemons.empty() && run.neverStarted.empty() ? last : &run;
     }
     return last;
 }
@@ -238,6 +254,11 @@ std::vector<FormerDaemon> PlanReattachment(const Timeline& timeline, const Super
         for (const auto& [id, daemon] : last->daemons) {
             if (daemon.IsRegistered() && !LastProcessOf(daemon, source)) {
                 planner.AddNotRunning(daemon);
+            }
+        }
+        for (const auto& [command, failedStarts] : last->neverStarted) {
+            if (WasTriedLately(failedStarts, last->lastMs)) {
+                planner.AddNeverStarted(command);
             }
         }
     }

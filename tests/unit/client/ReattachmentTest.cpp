@@ -256,6 +256,29 @@ TEST_F(Reattachment, attaches_only_the_process_that_the_plan_was_made_for)
     EXPECT_EQ(FitPlan(plan[0], now), ProcessFit::hidden);
 }
 
+TEST_F(Reattachment, tells_what_could_never_be_started)
+{
+    log_.Begin();
+    Start(0, 12, "x");
+    log_.Add(1, R"(Unable to start C:\stopped.exe )"); // no line tells of the stop
+    for (int second = 0; second < 16; ++second) {
+        log_.Add(2, "something else");
+    }
+    log_.Add(1, R"(Unable to start C:\no.exe )").End().Begin();
+    EXPECT_EQ(PlanNow(), (Lines{"0/12 attach", "-/- lost: its supervisor could never start it"}));
+    Attach(0, 12, "x");
+    log_.Add(1, R"(Unable to start C:\no.exe )"); // launched again: as it was
+    EXPECT_EQ(PlanNow(), Lines{"0/12 already 0"});
+}
+
+TEST_F(Reattachment, does_not_miss_what_could_never_be_started_and_runs_now)
+{
+    log_.Begin().Add(1, R"(Unable to start C:\FW\App\a.exe x )").End().Begin();
+    EXPECT_EQ(PlanNow(), Lines{"-/- lost: its supervisor could never start it"});
+    Start(3, 15, "x");
+    EXPECT_EQ(PlanNow(), Lines{"-/- already 3"});
+}
+
 TEST_F(Reattachment, of_a_first_supervisor_finds_nothing)
 {
     log_.Begin();
