@@ -36,7 +36,8 @@ int Run()
                "Exit codes: 0 done, 1 nothing to do, 2 wrong usage, 3 no supervisor running or\n"
                "DaemonMgrPS.dll not registered, 4 refused, 5 log unreadable.");
     int exitCode = kDone;
-    AddControlCommands(app, exitCode);
+    const CommandLine commandLine = SplitCommandLine(Utf8Arguments());
+    AddControlCommands(app, exitCode, commandLine.daemons);
     AddPsCommand(app, exitCode);
     AddLogCommand(app, exitCode, DefaultLogPath);
     AddWaitCommand(app, exitCode);
@@ -46,10 +47,9 @@ int Run()
     AddDoctorCommand(app, exitCode);
     AddCompletionCommand(app, exitCode);
 
-    const std::vector<std::string> arguments = ProtectDaemonArguments(Utf8Arguments());
     std::vector<const char*> pointers;
-    pointers.reserve(arguments.size());
-    for (const std::string& argument : arguments) {
+    pointers.reserve(commandLine.ours.size());
+    for (const std::string& argument : commandLine.ours) {
         pointers.push_back(argument.c_str());
     }
     try {

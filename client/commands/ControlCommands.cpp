@@ -89,9 +89,11 @@ CLI::App* AddCommand(CLI::App& app, int& exitCode, const char* name, const char*
 
 } // namespace
 
-void AddControlCommands(CLI::App& app, int& exitCode)
+void AddControlCommands(CLI::App& app, int& exitCode,
+                        const std::vector<std::string>& daemonArguments)
 {
     const auto arguments = std::make_shared<Arguments>();
+    arguments->rest = daemonArguments; // the parser gets none: its ARG is for the help text
 
     CLI::App* command =
         AddCommand(app, exitCode, "launch",

@@ -96,11 +96,15 @@ TEST(Daemonctl, passes_everything_behind_the_path_on)
 {
     const SupervisorProcess supervisor;
     const std::string program = TestProgram("writes_command_line");
-    EXPECT_EQ(Daemonctl("launch \"" + program +
-                        "\" out.txt --help -x -- --version \"two words\" \"\" \xC3\xBC"),
-              (Answer{0, "0\n", ""}));
-    EXPECT_EQ(WaitForNote(supervisor.App() + "\\out.txt"),
-              program + " out.txt --help -x -- --version \"two words\"  \xC3\xBC ");
+    EXPECT_EQ(
+        Daemonctl(
+            "launch \"" + program +
+            "\" out.txt --help -x -- --version \"two words\" \"\" \xC3\xBC --listen [::1] [a,b] []"),
+        (Answer{0, "0\n", ""}));
+    EXPECT_EQ(
+        WaitForNote(supervisor.App() + "\\out.txt"),
+        program +
+            " out.txt --help -x -- --version \"two words\"  \xC3\xBC --listen [::1] [a,b] [] ");
 }
 
 TEST(Daemonctl, says_that_a_process_cannot_be_attached)
