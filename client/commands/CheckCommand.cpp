@@ -1,5 +1,6 @@
 #include "commands/WatchCommands.h"
 
+#include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "LocalTime.h"
 #include "commands/PrintText.h"
@@ -100,9 +101,11 @@ void AddCheckCommand(CLI::App& app, int& exitCode)
     CLI::App* const command =
         app.add_subcommand("check", "Check that the programs of a list are running daemons");
     command->add_option("--expect", options->file, "The list, one program a line")->required();
-    command->add_option("--min-uptime", options->minUptimeSeconds,
-                        "Seconds that each must have been up, so that one that is restarted over "
-                        "and over counts as missing");
+    command
+        ->add_option("--min-uptime", options->minUptimeSeconds,
+                     "Seconds that each must have been up, so that one that is restarted over "
+                     "and over counts as missing")
+        ->transform(DecimalNumber());
     command->add_flag("--json", options->json, "One JSON object");
     command->footer(
         "Examples:\n"

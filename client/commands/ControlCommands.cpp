@@ -1,5 +1,6 @@
 #include "commands/ControlCommands.h"
 
+#include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "Utf8.h"
 #include "commands/WithSupervisor.h"
@@ -106,7 +107,9 @@ void AddControlCommands(CLI::App& app, int& exitCode,
         "Exit code 1: the same program with the same arguments was registered already.");
 
     command = AddCommand(app, exitCode, "stop", "End a daemon; may take a minute", Stop, arguments);
-    command->add_option("ID", arguments->id, "Its daemon id")->required();
+    command->add_option("ID", arguments->id, "Its daemon id")
+        ->required()
+        ->transform(DecimalNumber());
     command->footer("Example:\n  daemonctl stop 3\n"
                     "The process is asked to quit, given 30 seconds, then terminated. An attached\n"
                     "process is let go and runs on.\n"
@@ -115,7 +118,9 @@ void AddControlCommands(CLI::App& app, int& exitCode,
     command =
         AddCommand(app, exitCode, "attach",
                    "Have a running process kept alive; prints its daemon id", Attach, arguments);
-    command->add_option("PID", arguments->id, "Its process id")->required();
+    command->add_option("PID", arguments->id, "Its process id")
+        ->required()
+        ->transform(DecimalNumber());
     command->add_option("ARG", arguments->rest, "Arguments for a restart, for a Windows service");
     command->footer(
         "Example:\n  daemonctl attach 1234\n"
@@ -125,7 +130,9 @@ void AddControlCommands(CLI::App& app, int& exitCode,
 
     command = AddCommand(app, exitCode, "detach", "Let an attached process go; it runs on", Detach,
                          arguments);
-    command->add_option("ID", arguments->id, "Its daemon id")->required();
+    command->add_option("ID", arguments->id, "Its daemon id")
+        ->required()
+        ->transform(DecimalNumber());
     command->footer("Example:\n  daemonctl detach 4\n"
                     "Exit code 1: the id is unknown, or the daemon was not attached.");
 

@@ -1,5 +1,6 @@
 #include "commands/LogCommand.h"
 
+#include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "commands/LineOutput.h"
 #include "log_reader/FollowLog.h"
@@ -174,11 +175,12 @@ void AddOptions(CLI::App& command, LogArguments& arguments)
     command.add_flag("--follow,-f", arguments.follow, "Go on showing what is added");
     command.add_option("--tail,-n", arguments.tail, "Only the last N lines")
         ->type_name("N")
-        ->check(CLI::NonNegativeNumber.description(""));
+        ->transform(DecimalNumber());
     command
         .add_option("--level", arguments.level,
                     "Only so important: 0 errors, 1 and warnings, 2 and information, 3 everything")
         ->type_name("0-3")
+        ->transform(DecimalNumber())
         ->check(CLI::Range(0, kEveryLevel).description(""));
     command
         .add_option("--since", arguments.since,
@@ -188,7 +190,8 @@ void AddOptions(CLI::App& command, LogArguments& arguments)
         ->check(CLI::Validator(CheckMoment, ""));
     arguments.daemonOption =
         command.add_option("--daemon", arguments.daemonId, "Only about this daemon")
-            ->type_name("ID");
+            ->type_name("ID")
+            ->transform(DecimalNumber());
     arguments.tailOption = command.get_option("--tail");
     command
         .add_option("--grep", arguments.grep,

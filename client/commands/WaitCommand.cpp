@@ -1,5 +1,6 @@
 #include "commands/WatchCommands.h"
 
+#include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "commands/WithLog.h"
 #include "daemons/ThisMachine.h"
@@ -92,10 +93,11 @@ void AddWaitCommand(CLI::App& app, int& exitCode)
     const auto options = std::make_shared<Options>();
     CLI::App* const command =
         app.add_subcommand("wait", "Wait until a daemon runs, has ended or has been restarted");
-    command->add_option("ID", options->id, "Its daemon id")->required();
+    command->add_option("ID", options->id, "Its daemon id")->required()->transform(DecimalNumber());
     command->add_option("--for", options->condition, "What to wait for; running by default")
         ->check(CLI::IsMember({"running", "ended", "restarted"}));
-    command->add_option("--timeout", options->timeoutSeconds, "Seconds; 60 by default");
+    command->add_option("--timeout", options->timeoutSeconds, "Seconds; 60 by default")
+        ->transform(DecimalNumber());
     command->footer(
         "Examples:\n"
         "  daemonctl wait 3 --for running --timeout 10\n"

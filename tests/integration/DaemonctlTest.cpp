@@ -17,8 +17,8 @@ namespace {
 TEST(Daemonctl, without_a_command_or_with_a_wrong_one_says_so_and_ends_with_2)
 {
     for (const char* arguments :
-         {"", "frobnicate", "launch", "stop", "stop x", "stop -1", "stop 4294967296", "stop 1 2",
-          "attach", "attach pid", "detach", "exit now", "--frobnicate"}) {
+         {"", "frobnicate", "launch", "stop", "stop x", "stop -1", "stop 0x10", "stop 4294967296",
+          "stop 1 2", "attach", "attach pid", "detach", "exit now", "--frobnicate"}) {
         const Answer answer = Daemonctl(arguments);
         EXPECT_EQ(answer.exitCode, 2U) << arguments;
         EXPECT_EQ(answer.output, "") << arguments;

@@ -105,6 +105,19 @@ TEST_F(LogCommand, prints_the_last_lines_that_fit_the_filter)
     EXPECT_EQ(Run({"--tail", "0"}).output, "");
 }
 
+TEST_F(LogCommand, reads_numbers_as_decimal)
+{
+    RingModel ring;
+    ring.Write("Start DaemonId(8) PId(1) : eight.exe ");
+    ring.Write("Start DaemonId(10) PId(2) : ten.exe ");
+    Save(ring.Bytes());
+    EXPECT_THAT(Run({"--daemon", "010"}).output, EndsWith("ten.exe \n"));
+    EXPECT_THAT(Run({"--daemon", "08"}).output, EndsWith("eight.exe \n"));
+    EXPECT_THAT(Run({"--tail", "01"}).output, EndsWith("ten.exe \n"));
+    EXPECT_THAT(Run({"--level", "02"}).output, EndsWith("ten.exe \n"));
+    EXPECT_TRUE(Run({"--daemon", "0x8"}).refused);
+}
+
 TEST_F(LogCommand, prints_json)
 {
     SaveDaemonsDeath();
