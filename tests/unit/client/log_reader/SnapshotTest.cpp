@@ -1,0 +1,100 @@
+#include "log_reader/Snapshot.h"
+
+#include "RingModel.h"
+#include "log_reader/RingScan.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace vqrx::test {
+namespace {
+
+using client::v0::ByteSource;
+using client::v0::MemorySource;
+using client::v0::ScanRing;
+using client::v0::ScanSummary;
+using client::v0::Snapshot;
+
+/// A file whose size is known as it was at its opening, and in which something happens then.
+class OpenedFile : public ByteSource {
+public:
+    OpenedFile(const std::string& bytes, const std::function<void()>& opened)
+        : bytes_(bytes)
+        , size_(bytes.size())
+    {
+        opened();
+    }
+
+    std::uint64_t Size() const noexcept override { return size_; }
+
+    std::size_t ReadAt(std::uint64_t offset, std::span<char> buffer) override
+    {
+        return MemorySource(bytes_).ReadAt(offset, buffer);
+    }
+
+private:
+    const std::string& bytes_;
+    std::uint64_t size_;
+};
+
+ScanSummary Scanned(const std::string& bytes)
+{
+    MemorySource source(bytes);
+    return ScanRing(source, [](const auto&) {});
+}
+
+TEST(LogFile, that_grows_between_its_opening_and_its_reading_is_not_damaged)
+{
+    RingModel ring;
+    ring.Write("first");
+    int openings = 0;
+    const std::optional<std::string> bytes = Snapshot([&] {
+        return std::make_unique<OpenedFile>(ring.Bytes(), [&] {
+            if (++openings < 4) {
+                ring.Write("added");
+            }
+        });
+    });
+    ASSERT_TRUE(bytes);
+    EXPECT_EQ(*bytes, ring.Bytes());
+    EXPECT_FALSE(Scanned(*bytes).headerDamaged);
+    EXPECT_EQ(Scanned(*bytes).records, 4U);
+    EXPECT_EQ(openings, 4);
+}
+
+TEST(LogFile, whose_header_lies_beyond_its_end_is_damaged)
+{
+    RingModel ring;
+    ring.Write("first");
+    ring.Write("second");
+    const std::string cut = ring.Bytes().substr(0, ring.Bytes().size() - 10);
+    int openings = 0;
+    const std::optional<std::string> bytes =
+        Snapshot([&] { return std::make_unique<OpenedFile>(cut, [&] { ++openings; }); });
+    EXPECT_EQ(bytes, cut);
+    EXPECT_TRUE(Scanned(cut).headerDamaged);
+    EXPECT_EQ(openings, 2);
+}
+
+TEST(LogFile, that_never_stops_growing_is_read_in_the_end)
+{
+    RingModel ring;
+    int openings = 0;
+    const std::optional<std::string> bytes = Snapshot([&] {
+        return std::make_unique<OpenedFile>(ring.Bytes(), [&] {
+            ++openings;
+            ring.Write("added");
+        });
+    });
+    EXPECT_TRUE(bytes);
+    EXPECT_EQ(openings, 101);
+}
+
+} // namespace
+} // namespace vqrx::test
