@@ -18,7 +18,7 @@ struct NewRecords {
 };
 
 /// Finds where a log goes on behind the record that was shown last. Numbers alone do not tell: a
-/// supervisor that starts may give them out anew.
+/// supervisor that starts may give them out anew, and one that is refused may write in between.
 /// @param last     the record shown last; nothing at the beginning
 /// @param records  all that the log holds now, in order
 NewRecords FindNew(const std::optional<Record>& last, const std::vector<Record>& records);

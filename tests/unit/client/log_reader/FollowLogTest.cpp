@@ -131,6 +131,38 @@ TEST(FollowLog, goes_on_when_a_restarted_supervisor_gives_out_numbers_again)
     EXPECT_THAT(log.shown, ElementsAre("first", "second", "third", "fourth"));
 }
 
+TEST(FollowLog, does_not_begin_again_when_a_second_supervisor_was_refused)
+{
+    Followed log;
+    log.ring = RingModel(2000);
+    for (int index = 0; index < 50; ++index) {
+        log.ring.Write("record " + std::to_string(index));
+    }
+    ASSERT_LT(log.ring.WritePosition(), 1500U);
+    std::string both;
+    log.Save();
+    log.Follow({[&] { log.shown.clear(); },
+                [&] {
+                    RingModel refused = log.ring;
+                    refused.SetNumber(0);
+                    refused.Write("second begins");
+                    refused.Write("second is refused");
+                    refused.Write("second ends");
+                    std::ofstream(log.path, std::ios::binary) << refused.Bytes();
+                    // The first one knows nothing of them.
+                    both = refused.Bytes();
+                    const std::size_t begin = log.ring.WritePosition();
+                    log.ring.SetTime(1763265256000);
+                    log.ring.Write("first goes on");
+                    const std::size_t end = log.ring.WritePosition();
+                    both.replace(0, 12, log.ring.Bytes(), 0, 12);
+                    both.replace(begin, end - begin, log.ring.Bytes(), begin, end - begin);
+                },
+                [&] { std::ofstream(log.path, std::ios::binary) << both; }});
+    EXPECT_THAT(log.shown,
+                ElementsAre("second begins", "second is refused", "second ends", "first goes on"));
+}
+
 TEST(FollowLog, goes_on_with_a_log_that_was_begun_anew)
 {
     Followed log;

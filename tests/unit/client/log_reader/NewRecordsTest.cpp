@@ -39,6 +39,24 @@ TEST(FindNew, is_not_misled_by_a_number_that_a_restarted_supervisor_gave_out_aga
     EXPECT_EQ(FindNew(Of(6, 900), records).first, 3U);
 }
 
+TEST(FindNew, does_not_show_again_what_is_older_than_what_was_shown_last)
+{
+    // A supervisor that was refused wrote 3 and 4; the first one goes on in front of them.
+    const std::vector<Record> records = {Of(4, 900),  Of(75, 50),  Of(76, 60),
+                                         Of(91, 880), Of(92, 900), Of(93, 910)};
+    const NewRecords found = FindNew(Of(4, 900), records);
+    EXPECT_EQ(found.first, 4U);
+    EXPECT_FALSE(found.lost || found.anew);
+}
+
+TEST(FindNew, shows_everything_behind_a_clock_that_was_set_back)
+{
+    const std::vector<Record> counting = {Of(5, 800), Of(6, 900), Of(7, 100), Of(8, 900)};
+    EXPECT_EQ(FindNew(Of(6, 900), counting).first, 2U);
+    const std::vector<Record> restarted = {Of(5, 800), Of(6, 900), Of(0, 100), Of(1, 110)};
+    EXPECT_EQ(FindNew(Of(6, 900), restarted).first, 2U);
+}
+
 TEST(FindNew, counts_what_was_overwritten)
 {
     const NewRecords found = FindNew(Of(6, 60), {Of(19, 190), Of(20, 200)});
