@@ -8,6 +8,7 @@
 #include "daemons/DaemonListing.h"
 #include "daemons/Expectation.h"
 #include "daemons/ThisMachine.h"
+#include "log_reader/RecordText.h"
 #include "log_reader/TimeText.h"
 
 #include <nlohmann/json.hpp>
@@ -36,7 +37,7 @@ bool ReadExpectFile(const std::string& path, ExpectFile& file)
         return false;
     }
     for (const std::string& error : file.errors) {
-        std::cerr << "daemonctl: " << path << ", " << error << std::endl;
+        std::cerr << "daemonctl: " << path << ", " << Printable(error) << std::endl;
     }
     return file.errors.empty();
 }
@@ -52,8 +53,10 @@ void TellAsText(const std::vector<ExpectationResult>& results,
                 const std::vector<DaemonStatus>& daemons)
 {
     for (const ExpectationResult& result : results) {
-        PrintText((result.daemon ? "ok       " : "missing  ") + TextOf(result.program) + ": " +
-                  (result.daemon ? Describe(daemons[*result.daemon]) : result.note) + "\n");
+        PrintText((result.daemon ? "ok       " : "missing  ") +
+                  Printable(TextOf(result.program) + ": " +
+                            (result.daemon ? Describe(daemons[*result.daemon]) : result.note)) +
+                  "\n");
     }
 }
 

@@ -12,6 +12,7 @@
 #include "doctor/SupervisorFacts.h"
 #include "doctor/Verdicts.h"
 #include "doctor/WmiFacts.h"
+#include "log_reader/RecordText.h"
 #include "log_reader/TimeText.h"
 
 #include <windows.h>
@@ -92,7 +93,7 @@ std::vector<std::string> Prune(const FirewallRulesFacts& rules, bool& failed)
         const long result = RemoveFirewallRule(name);
         if (result < 0) {
             failed = true;
-            std::cerr << "daemonctl: rule \"" << name
+            std::cerr << "daemonctl: rule \"" << Printable(name)
                       << "\" could not be removed: " << ResultText(result) << std::endl;
         } else {
             removed.push_back(name);
@@ -119,7 +120,7 @@ int Doctor(const Options& options)
         PrintText(DoctorJson(findings, facts.version, removed));
     } else {
         for (const std::string& name : removed) {
-            PrintText("removed \"" + name + "\"\n");
+            PrintText("removed \"" + Printable(name) + "\"\n");
         }
     }
     return exitCode;

@@ -5,6 +5,7 @@
 #include "commands/WithLog.h"
 #include "daemons/Reattachment.h"
 #include "daemons/ThisMachine.h"
+#include "log_reader/RecordText.h"
 #include "process/HeldProcess.h"
 
 #include <windows.h>
@@ -35,7 +36,7 @@ std::string NameOf(const FormerDaemon& former)
     if (former.processId) {
         name += ", process " + std::to_string(*former.processId);
     }
-    return name + " (" + former.command + "): ";
+    return name + " (" + Printable(former.command) + "): ";
 }
 
 // What is attached is in the log a moment later; only then does the next run of this command see
@@ -57,7 +58,7 @@ bool WaitForLog(std::uint32_t daemonId)
 
 void TellLost(const FormerDaemon& former, const std::string& why)
 {
-    std::cerr << "daemonctl: " << NameOf(former) << why
+    std::cerr << "daemonctl: " << NameOf(former) << Printable(why)
               << "\n  If it is to run, launch it: daemonctl launch ..." << std::endl;
 }
 

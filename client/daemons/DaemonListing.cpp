@@ -1,5 +1,6 @@
 #include "daemons/DaemonListing.h"
 
+#include "log_reader/RecordText.h"
 #include "log_reader/TimeText.h"
 
 #include <nlohmann/json.hpp>
@@ -82,6 +83,8 @@ Row RowOf(const DaemonStatus& daemon, std::int64_t nowMs, const TimeText& timeTe
         row[7] = WithOneDecimal(static_cast<double>(daemon.process.memoryBytes) / mebibyte, "MiB");
     }
     row[8] = WithoutBlank(daemon.command);
+    // Programs choose their arguments: none may command the terminal or forge a line.
+    std::transform(row.begin(), row.end(), row.begin(), Printable);
     return row;
 }
 

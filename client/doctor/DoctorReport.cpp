@@ -1,8 +1,11 @@
 #include "doctor/DoctorReport.h"
 
+#include "log_reader/RecordText.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <sstream>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -29,15 +32,17 @@ std::string Padded(std::string text, std::size_t width)
     return text;
 }
 
-// Further lines of a text stand below its first.
+// Further lines of a text stand below its first. Names in it are others' and may not command the
+// terminal.
 std::string Indented(const std::string& text)
 {
     std::string result;
-    for (const char character : text) {
-        result += character;
-        if (character == '\n') {
-            result.append(kVerdictWidth + kCheckWidth + 2, ' ');
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        if (!result.empty()) {
+            result.append(1, '\n').append(kVerdictWidth + kCheckWidth + 2, ' ');
         }
+        result += Printable(line);
     }
     return result;
 }
@@ -58,7 +63,8 @@ std::string DoctorText(const std::vector<Finding>& findings)
         text += Padded(Word(finding.verdict), kVerdictWidth) + Padded(finding.check, kCheckWidth) +
                 Indented(finding.text) + "\n";
         if (!finding.remedy.empty()) {
-            text += std::string(kVerdictWidth + kCheckWidth, ' ') + "-> " + finding.remedy + "\n";
+            text += std::string(kVerdictWidth + kCheckWidth, ' ') + "-> " +
+                    Indented(finding.remedy) + "\n";
         }
     }
     const std::size_t warnings = Count(findings, Verdict::warning);

@@ -298,6 +298,19 @@ TEST(DaemonListing, is_a_table)
               "ID  STATE  PID  UP SINCE  RESTARTS  LAST EXIT  CPU  MEMORY  COMMAND\n");
 }
 
+TEST(DaemonListing, lets_no_text_command_the_terminal)
+{
+    DaemonStatus daemon;
+    daemon.id = 1;
+    daemon.state = RunState::ended;
+    daemon.lastExit = LastExit{1, "\x1B[2J", true};
+    daemon.command = "a.exe \n 2  running \x1B]0;x\x07\xC2\x9B ";
+    EXPECT_EQ(ListingText({daemon}, 0, Plain),
+              "ID  STATE  PID  UP SINCE  RESTARTS  LAST EXIT    CPU  MEMORY  COMMAND\n"
+              " 1  ended    -  -                0  \\x1B[2J, t1    -       -  "
+              "a.exe \\x0A 2  running \\x1B]0;x\\x07\\x9B\n");
+}
+
 TEST(DaemonListing, as_json_keeps_its_field_names)
 {
     auto daemons = SomeDaemons();

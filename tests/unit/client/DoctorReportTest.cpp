@@ -26,6 +26,15 @@ TEST(DoctorReport, is_a_line_for_each_finding_and_what_to_do_below)
                                      "1 ok, 1 warning, 1 failure\n");
 }
 
+TEST(DoctorReport, lets_no_text_command_the_terminal)
+{
+    EXPECT_EQ(DoctorText({{"firewall-rules", Verdict::ok, "gone: \x1B[2J\nok  \r", "\x07now"}}),
+              "ok       firewall-rules    gone: \\x1B[2J\n"
+              "                             ok  \\x0D\n"
+              "                           -> \\x07now\n"
+              "1 ok, 0 warnings, 0 failures\n");
+}
+
 TEST(DoctorReport, of_nothing_is_the_sum)
 {
     EXPECT_EQ(DoctorText({}), "0 ok, 0 warnings, 0 failures\n");
