@@ -8,7 +8,7 @@ enum ExitCode : int {
     kNothingToDo = 1,
     kWrongUsage = 2,
     kNoSupervisor = 3, ///< not running, or its proxy/stub is not registered
-    kRefused = 4,      ///< the supervisor or Windows answered with a failure
+    kRefused = 4,      ///< the supervisor or Windows answered with a failure, or output was lost
     kLogUnreadable = 5,
 };
 

@@ -6,6 +6,7 @@
 #include "commands/CompletionCommand.h"
 #include "commands/ControlCommands.h"
 #include "commands/DoctorCommand.h"
+#include "commands/FinishOutput.h"
 #include "commands/LogCommand.h"
 #include "commands/ReattachCommand.h"
 #include "commands/ReportCommand.h"
@@ -65,7 +66,7 @@ int Run()
 int main()
 {
     try {
-        return Run();
+        return FinishOutput("daemonctl", Run());
     } catch (const std::exception& exception) {
         std::cerr << "daemonctl: " << exception.what() << std::endl;
     } catch (...) {

@@ -1,6 +1,7 @@
 // daemonctl's commands that need nothing but a copy of a log file, for any system.
 #include "ExitCode.h"
 #include "UsageError.h"
+#include "commands/FinishOutput.h"
 #include "commands/LogCommand.h"
 #include "commands/ReportCommand.h"
 
@@ -19,7 +20,7 @@ int Run(int argc, char** argv)
     app.require_subcommand(1);
     app.failure_message(UsageError);
     app.set_version_flag("--version", "daemonctl-log " DM_VERSION);
-    app.footer("Exit codes: 0 done, 2 wrong usage, 5 log unreadable.");
+    app.footer("Exit codes: 0 done, 2 wrong usage, 4 output not written, 5 log unreadable.");
     int exitCode = kDone;
     AddLogCommand(app, exitCode, {});
     AddReportCommand(app, exitCode, {});
@@ -36,7 +37,7 @@ int Run(int argc, char** argv)
 int main(int argc, char** argv)
 {
     try {
-        return Run(argc, argv);
+        return FinishOutput("daemonctl-log", Run(argc, argv));
     } catch (const std::exception& exception) {
         std::cerr << "daemonctl-log: " << exception.what() << std::endl;
     } catch (...) {

@@ -18,7 +18,7 @@ public:
     /// @param level  of a record: a console shows the line in its colour; -1 for none
     virtual void Write(int level, const std::string& utf8) = 0;
 
-    /// @return false when nobody reads any more
+    /// @return false when something could not be written since the beginning
     virtual bool Flush() = 0;
 };
 

@@ -35,8 +35,9 @@ public:
         SetAttribute(index < attributes.size() ? attributes.at(index) : before_);
         const std::wstring line = Wide(utf8) + L"\r\n";
         DWORD written = 0;
-        good_ = WriteConsoleW(console_, line.data(), static_cast<DWORD>(line.size()), &written,
-                              nullptr) != FALSE;
+        const BOOL done = WriteConsoleW(console_, line.data(), static_cast<DWORD>(line.size()),
+                                        &written, nullptr);
+        good_ = good_ && done != FALSE;
     }
 
     bool Flush() override

@@ -10,8 +10,10 @@
 
 #include <cstddef>
 #include <deque>
+#include <iostream>
 #include <map>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <utility>
 
@@ -94,10 +96,11 @@ public:
         return FlushOutput();
     }
 
-    void Finish()
+    /// @return false when something could not be written
+    bool Finish()
     {
         attributor_.Flush();
-        FlushOutput();
+        return FlushOutput();
     }
 
 private:
@@ -157,8 +160,13 @@ int Show(const LogArguments& arguments, const LogPath& defaultPath)
             summary = ReadLogFile(path, arguments.encoding,
                                   [&](Record record) { printer.Add(std::move(record)); });
         }
-        printer.Finish();
+        if (!printer.Finish()) {
+            std::cout.setstate(std::ios::badbit); // also of a console: FinishOutput tells it
+        }
         return TellDamage(arguments, path, summary);
+    } catch (const std::bad_alloc&) {
+        TellError(arguments, "out of memory");
+        return kLogUnreadable;
     } catch (const std::runtime_error& error) {
         TellError(arguments, error.what());
         return kLogUnreadable;

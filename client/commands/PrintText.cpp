@@ -2,6 +2,7 @@
 
 #include "commands/LineOutput.h"
 
+#include <iostream>
 #include <sstream>
 
 namespace vqrx::client::v0 {
@@ -13,7 +14,9 @@ void PrintText(const std::string& utf8)
     for (std::string line; std::getline(lines, line);) {
         output->Write(-1, line);
     }
-    output->Flush();
+    if (!output->Flush()) {
+        std::cout.setstate(std::ios::badbit); // also of a console: FinishOutput tells it
+    }
 }
 
 } // namespace vqrx::client::v0

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -23,8 +24,8 @@ struct ReportArguments : LogOptions {
 bool WriteReport(const std::string& path, const std::string& html)
 {
     if (path == "-") {
-        std::cout << html << std::flush;
-        return std::cout.good();
+        std::cout << html; // FinishOutput tells when it does not arrive
+        return true;
     }
     const std::filesystem::path name(std::u8string(path.begin(), path.end()));
     std::ofstream file(name, std::ios::binary);
@@ -50,6 +51,9 @@ int Report(const ReportArguments& arguments, const LogPath& defaultPath)
             timeline.Add(std::move(record));
         });
         html = ReportHtml(MakeReportModel(timeline.Finish()), path, offset.value_or(0));
+    } catch (const std::bad_alloc&) {
+        TellError(arguments, "out of memory");
+        return kLogUnreadable;
     } catch (const std::runtime_error& error) {
         TellError(arguments, error.what());
         return kLogUnreadable;
