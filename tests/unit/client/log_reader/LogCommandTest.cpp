@@ -11,6 +11,7 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -116,6 +117,13 @@ TEST_F(LogCommand, reads_numbers_as_decimal)
     EXPECT_THAT(Run({"--tail", "01"}).output, EndsWith("ten.exe \n"));
     EXPECT_THAT(Run({"--level", "02"}).output, EndsWith("ten.exe \n"));
     EXPECT_TRUE(Run({"--daemon", "0x8"}).refused);
+}
+
+TEST_F(LogCommand, that_memory_does_not_suffice_for_could_not_read_the_log)
+{
+    const Outcome outcome = Run({}, []() -> std::string { throw std::bad_alloc(); });
+    EXPECT_EQ(outcome.exitCode, 5);
+    EXPECT_EQ(outcome.errors, "daemonctl: out of memory\n");
 }
 
 TEST_F(LogCommand, prints_json)
