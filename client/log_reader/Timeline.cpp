@@ -79,9 +79,13 @@ bool TimelineBuilder::BeginsRun(const Event& event) const
     return supervising_ && IsStartUp(event.kind);
 }
 
-// A client's stop that is under way when the supervision ends may be logged behind its last words.
+// A client's request that is under way when the supervision ends may be logged behind its last
+// words.
 bool TimelineBuilder::BelongsToAnEndedRun(const Event& event) const
 {
+    if (event.kind == EventKind::kAttached || event.kind == EventKind::kAttachFailed) {
+        return !timeline_.runs.back().daemons.empty(); // one that was refused never had any
+    }
     const bool isClients = event.kind == EventKind::kStopped ||
                            event.kind == EventKind::kStopFailed ||
                            event.kind == EventKind::kDetached;

@@ -249,6 +249,19 @@ TEST(Timeline, tells_which_beginnings_are_no_longer_in_the_log)
     EXPECT_FALSE(timeline.runs[0].Find(5)->beginningSeen);
 }
 
+TEST(Timeline, leaves_an_attach_that_was_under_way_at_a_runs_end_in_that_run)
+{
+    const Timeline timeline = Log()
+                                  .StartUp()
+                                  .Add("Start DaemonId(0) PId(10) : a.exe ", 2)
+                                  .Add("Deamon Thread is exiting...", 2)
+                                  .Add("Attach DaemonId(1) PId(11) : b.exe ", 2)
+                                  .Build();
+    ASSERT_EQ(timeline.runs.size(), 1U);
+    EXPECT_TRUE(timeline.runs[0].endSeen);
+    EXPECT_NE(timeline.runs[0].Find(1), nullptr);
+}
+
 TEST(Timeline, keeps_ends_whose_daemon_is_unknown)
 {
     const Timeline timeline = Log()
