@@ -110,6 +110,8 @@ Var NoStart       ; 1: whoever called this starts the supervisor
 Function ${un}Failed
     Pop $R9
     DetailPrint $R9
+    RMDir /r "${NEW_FILES}"
+    RMDir "$INSTDIR" ; if there was nothing before
     ${If} $WasRunning = 1
     ${AndIf} ${FileExists} "$INSTDIR\DaemonManager.exe"
         Call ${un}StartSupervisor
@@ -317,7 +319,7 @@ Function .onInit
 FunctionEnd
 
 ; Notes what this installation makes, by its name: the firmware root may be another one the next time.
-; A note that an earlier one left stays.
+; A note that an earlier one left stays where this one makes nothing.
 !macro NoteMade what name
     WriteRegStr HKLM "${OWN_KEY}" "Made${what}" "${name}"
 !macroend
@@ -370,8 +372,6 @@ Section
     SetOutPath "$TEMP"
     WriteUninstaller "${NEW_FILES}\Uninstall.exe"
     ${If} ${Errors}
-        RMDir /r "${NEW_FILES}"
-        RMDir "$INSTDIR" ; if there was nothing before
         !insertmacro Fail "Not every file could be written to $INSTDIR."
     ${EndIf}
     Call EndSupervisor
