@@ -234,25 +234,27 @@ HANDLE WINAPI FindOdd(LPCSTR pattern, LPWIN32_FIND_DATAA found)
     return search;
 }
 
-TEST_F(Files, in_a_folder_that_is_merely_stored_in_another_way_go_with_their_tree)
+struct FilesInAnOddFolder : Files {
+    FilesInAnOddFolder()
+    {
+        realAttributes = attributes_.Original<DWORD WINAPI(LPCSTR)>();
+        realFindFirst = find_.Original<HANDLE WINAPI(LPCSTR, LPWIN32_FIND_DATAA)>();
+        Put("t/odd/a");
+    }
+
+    ImportPatch attributes_{"GetFileAttributesA", OddAttributes};
+    ImportPatch find_{"FindFirstFileA", FindOdd};
+};
+
+TEST_F(FilesInAnOddFolder, that_is_merely_stored_in_another_way_go_with_their_tree)
 {
-    Put("t/odd/a");
-    const ImportPatch attributes("GetFileAttributesA", OddAttributes);
-    const ImportPatch find("FindFirstFileA", FindOdd);
-    realAttributes = attributes.Original<DWORD WINAPI(LPCSTR)>();
-    realFindFirst = find.Original<HANDLE WINAPI(LPCSTR, LPWIN32_FIND_DATAA)>();
     tagOfOdd = 0x80000013; // IO_REPARSE_TAG_DEDUP
     RemoveDirectory(In("t"));
     EXPECT_FALSE(Exists("t"));
 }
 
-TEST_F(Files, behind_anything_that_leads_elsewhere_or_may_do_so_are_not_touched)
+TEST_F(FilesInAnOddFolder, that_leads_elsewhere_or_may_do_so_are_not_touched)
 {
-    Put("t/odd/a");
-    const ImportPatch attributes("GetFileAttributesA", OddAttributes);
-    const ImportPatch find("FindFirstFileA", FindOdd);
-    realAttributes = attributes.Original<DWORD WINAPI(LPCSTR)>();
-    realFindFirst = find.Original<HANDLE WINAPI(LPCSTR, LPWIN32_FIND_DATAA)>();
     for (const DWORD tag :
          {DWORD{IO_REPARSE_TAG_SYMLINK}, DWORD{IO_REPARSE_TAG_MOUNT_POINT}, DWORD{0}}) {
         tagOfOdd = tag;
