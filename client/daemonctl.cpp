@@ -35,7 +35,8 @@ int Run()
                "  daemonctl doctor\n"
                "Each command tells more, with examples: daemonctl COMMAND --help\n\n"
                "Exit codes: 0 done, 1 nothing to do, 2 wrong usage, 3 no supervisor running or\n"
-               "DaemonMgrPS.dll not registered, 4 refused, 5 log unreadable.");
+               "DaemonMgrPS.dll not registered, 4 refused or output not written, 5 log\n"
+               "unreadable.");
     int exitCode = kDone;
     const CommandLine commandLine = SplitCommandLine(Utf8Arguments());
     AddControlCommands(app, exitCode, commandLine.daemons);

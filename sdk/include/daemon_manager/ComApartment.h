@@ -12,9 +12,8 @@ namespace daemon_manager {
 /// before the SupervisorClient, so that it goes after it, on the same thread.
 class ComApartment {
 public:
-    /// @throws SupervisorError  when the thread is in a single-threaded apartment already (its
-    /// owner
-    ///         has initialised COM: then this class is not needed) or COM refuses
+    /// @throws SupervisorError  when COM refuses, as it does a thread that is in a single-threaded
+    ///         apartment already: then its owner has initialised COM, and this class is not needed
     ComApartment();
     ComApartment(const ComApartment&) = delete;
     ComApartment& operator=(const ComApartment&) = delete;
