@@ -6,7 +6,7 @@
 #include "LogExceptions.h"
 #include "SupervisionPass.h"
 
-#include <exception>
+#include <new>
 #include <utility>
 
 namespace vqrx::system::daemon::daemon_mgr::v0 {
