@@ -1,5 +1,6 @@
 #pragma once
 
+#include "LogLevel.h"
 #include "PrintfFormat.h"
 
 namespace vqrx::log::i_logger::v0 {
