@@ -1,8 +1,8 @@
 // Any bytes as a log file: the reload ends, raises nothing but what it promises, and counts on.
 #include "Check.h"
 #include "log_perf/LineReader.h"
-#include "log_perf/RingHeader.h"
 #include "log_perf/RingReload.h"
+#include "ring_format/RingHeader.h"
 
 #include <sstream>
 #include <stdexcept>
@@ -12,6 +12,7 @@ namespace vqrx::test {
 namespace {
 
 using namespace log::log_perf::v2;
+using namespace system::ring_format::v1;
 
 std::int64_t Successor(std::int64_t number)
 {

@@ -2,14 +2,17 @@
 
 #include "log_perf/FileExists.h"
 #include "log_perf/LogLine.h"
-#include "log_perf/RingHeader.h"
 #include "log_perf/RingReload.h"
+#include "ring_format/RingHeader.h"
 
 #include <cstddef>
 
 namespace vqrx::log::log_perf::v2 {
 namespace {
 
+using system::ring_format::v1::FormatRingHeader;
+using system::ring_format::v1::kRingStart;
+using system::ring_format::v1::ReadRingHeader;
 using system::sync_ptr::v1::CriticalSectionHold;
 
 // Streams that write are in text mode, which makes "\r\n" of a line feed on Windows; elsewhere the

@@ -1,7 +1,6 @@
 #include "log_perf/RingReload.h"
 
 #include "log_perf/LineReader.h"
-#include "log_perf/RingHeader.h"
 
 #include <gtest/gtest.h>
 
@@ -30,12 +29,6 @@ Reloaded Reload(const std::string& bytes, std::uint32_t position, std::uint32_t 
     return result;
 }
 
-std::uint32_t Header(const std::string& bytes)
-{
-    std::istringstream file(bytes);
-    return ReadRingHeader(file);
-}
-
 std::string Line(int number, const std::string& text)
 {
     return std::to_string(number) + ";date;1000;2;" + text + "\r\n";
@@ -44,33 +37,6 @@ std::string Line(int number, const std::string& text)
 using Records = std::vector<std::pair<std::int64_t, std::string>>;
 
 } // namespace
-
-TEST(RingHeader, is_eight_upper_case_hexadecimal_digits)
-{
-    EXPECT_EQ("0x00000000", FormatRingHeader(0));
-    EXPECT_EQ("0x0010000C", FormatRingHeader(0x10000C));
-    EXPECT_EQ("0xFFFFFFFF", FormatRingHeader(0xFFFFFFFF));
-}
-
-TEST(RingHeader, names_the_position_of_the_next_record)
-{
-    EXPECT_EQ(14U, Header("0x0000000E\r\nabcdefgh"));
-}
-
-TEST(RingHeader, smaller_than_12_or_beyond_the_end_is_taken_as_12)
-{
-    EXPECT_EQ(12U, Header("0x00000000\r\n"));
-    EXPECT_EQ(12U, Header("0x0000000B\r\nabcdefgh"));
-    EXPECT_EQ(12U, Header("0x000000FF\r\nabcdefgh"));
-    EXPECT_EQ(20U, Header("0x00000014\r\nabcdefgh"));
-}
-
-TEST(RingHeader, that_is_none_is_taken_as_12)
-{
-    EXPECT_EQ(12U, Header(""));
-    EXPECT_EQ(12U, Header("hello world, this is another program's file"));
-    EXPECT_EQ(12U, Header("0xFFFFFFFFFF\r\nabc and some more bytes"));
-}
 
 TEST(RingReload, of_a_file_that_never_wrapped_counts_from_0_and_goes_on_with_the_next_number)
 {
