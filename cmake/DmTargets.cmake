@@ -1,17 +1,18 @@
-# dm_library(NAME [PORTABLE file...] [KERNEL file...] [WINDOWS file...] [LINK target...])
+# dm_library(NAME [PORTABLE file...] [FAKED file...] [WINDOWS file...] [LINK target...])
 #
 # One static library per source folder. Its own folder is its include root, and it sees only the
 # roots of what it links: a layer that includes upwards does not compile. PORTABLE sources include
-# no Windows header. KERNEL sources need of Windows only locks, events, waits, threads and times: a
-# native build compiles them on the stand-in of tests/native_win32, for the sanitizers. WINDOWS
-# sources are compiled for Windows alone.
+# no Windows header. FAKED sources call only Windows functions that tests/fake_windows has: a native
+# build compiles them on this fake, for the sanitizers. KERNEL is an older word for FAKED. WINDOWS
+# sources are compiled only for Windows.
 function(dm_library name)
-    cmake_parse_arguments(ARG "" "" "PORTABLE;KERNEL;WINDOWS;LINK" ${ARGN})
-    set(sources ${ARG_PORTABLE} ${ARG_KERNEL})
+    cmake_parse_arguments(ARG "" "" "PORTABLE;FAKED;KERNEL;WINDOWS;LINK" ${ARGN})
+    list(APPEND ARG_FAKED ${ARG_KERNEL})
+    set(sources ${ARG_PORTABLE} ${ARG_FAKED})
     if(WIN32)
         list(APPEND sources ${ARG_WINDOWS})
-    elseif(ARG_KERNEL)
-        list(APPEND ARG_LINK native_win32)
+    elseif(ARG_FAKED)
+        list(APPEND ARG_LINK fake_windows)
     endif()
     if(sources)
         add_library(${name} STATIC ${sources})

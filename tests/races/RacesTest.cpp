@@ -1,6 +1,7 @@
-// What clients, the pass and the end of the manager do to each other when they meet.
+// Client calls, the supervision pass and the shutdown of the manager at the same time, natively on the
+// fake Windows. ThreadSanitizer runs this program too.
 #include "DaemonManager.h"
-#include "StandInProcesses.h"
+#include "FakeProcesses.h"
 #include "com/ComPtr.h"
 #include "com/UniqueBstr.h"
 #include "log_perf/LibLogPerf.h"
@@ -25,7 +26,7 @@ using system::daemon::daemon_mgr::v0::ManagerOptions;
 using system::win32::v1::UniqueKernelHandle;
 
 template <typename Condition>
-bool WaitUntil(Condition condition)
+[[nodiscard]] bool WaitUntil(Condition condition)
 {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (!condition() && std::chrono::steady_clock::now() < deadline) {
@@ -34,9 +35,9 @@ bool WaitUntil(Condition condition)
     return condition();
 }
 
-class Race : public ::testing::Test {
+class Races : public ::testing::Test {
 protected:
-    Race()
+    Races()
     {
         machine::Reset();
         ManagerOptions options;
@@ -45,15 +46,16 @@ protected:
         manager_ = new DaemonManager(1, 1, &logger_, options);
         manager_->AddRef();
     }
-    ~Race() override
+    ~Races() override
     {
         machine::BeforeStart(nullptr);
-        End();
+        ShutDown();
         machine::Reset();
     }
 
-    /// As the program ends it: on the thread that made it, when nobody uses it any more.
-    void End()
+    /// Shuts the manager down as the program does: on the thread that made it, after the last client
+    /// has released it.
+    void ShutDown()
     {
         DaemonManager* const manager = std::exchange(manager_, nullptr);
         if (manager != nullptr && manager->Release() != 0) {
@@ -75,8 +77,8 @@ protected:
         EXPECT_TRUE(WaitUntil([&] { return machine::Running(path) == 1; }));
         return id;
     }
-    /// Two passes have begun and ended since.
-    void TwoPassesLater()
+    /// Waits until two passes have begun and ended after the call.
+    void WaitForTwoPasses()
     {
         const std::string path = "mark" + std::to_string(++marks_);
         const DWORD id = LaunchAndWait(path);
@@ -93,30 +95,30 @@ protected:
     int marks_ = 0;
 };
 
-/// Holds the pass in the middle, as it starts a process of this path.
-class HeldPass {
+/// Blocks the pass when it starts a process with this path, until Release.
+class BlockedPass {
 public:
-    explicit HeldPass(const std::string& path)
+    explicit BlockedPass(const std::string& path)
     {
         machine::BeforeStart([this, path](const std::string& started) {
             if (started == path && !reached_.exchange(true)) {
-                in_.set_value();
-                may_.get_future().wait();
+                atStart_.set_value();
+                mayContinue_.get_future().wait();
             }
         });
     }
-    void WaitUntilReached() { in_.get_future().wait(); }
-    void LetGo() { may_.set_value(); }
+    void WaitUntilReached() { atStart_.get_future().wait(); }
+    void Release() { mayContinue_.set_value(); }
 
 private:
     std::atomic<bool> reached_ = false;
-    std::promise<void> in_;
-    std::promise<void> may_;
+    std::promise<void> atStart_;
+    std::promise<void> mayContinue_;
 };
 
 } // namespace
 
-TEST_F(Race, of_all_operations_leaves_every_daemon_running_once_or_not_at_all)
+TEST_F(Races, Daemons_run_once_or_not_at_all_after_all_operations_at_the_same_time)
 {
     constexpr int kThreads = 6;
     constexpr int kRounds = 40;
@@ -142,7 +144,7 @@ TEST_F(Race, of_all_operations_leaves_every_daemon_running_once_or_not_at_all)
     for (std::thread& thread : threads) {
         thread.join();
     }
-    TwoPassesLater();
+    WaitForTwoPasses();
     for (int thread = 0; thread < kThreads; ++thread) {
         for (int round = 0; round < kRounds; ++round) {
             const std::string name = std::to_string(thread) + "_" + std::to_string(round);
@@ -153,35 +155,35 @@ TEST_F(Race, of_all_operations_leaves_every_daemon_running_once_or_not_at_all)
     }
 }
 
-TEST_F(Race, of_a_stop_with_a_pass_waits_for_the_pass)
+TEST_F(Races, Stop_waits_for_a_running_pass)
 {
     const DWORD first = LaunchAndWait("first");
-    HeldPass held("second");
+    BlockedPass pass("second");
     Launch("second");
-    held.WaitUntilReached();
+    pass.WaitUntilReached();
     auto stop = std::async(std::launch::async, [&] { return manager_->Stop(first); });
     EXPECT_EQ(std::future_status::timeout, stop.wait_for(std::chrono::milliseconds(50)));
-    held.LetGo();
+    pass.Release();
     EXPECT_EQ(S_OK, stop.get());
-    TwoPassesLater();
+    WaitForTwoPasses();
     EXPECT_EQ(0U, machine::Running("first"));
     EXPECT_EQ(1U, machine::Started("first"));
 }
 
-TEST_F(Race, of_a_stop_with_the_start_of_the_same_daemon_ends_it)
+TEST_F(Races, Stop_ends_a_daemon_that_the_pass_is_starting)
 {
-    HeldPass held("daemon");
+    BlockedPass pass("daemon");
     const DWORD id = Launch("daemon");
-    held.WaitUntilReached();
+    pass.WaitUntilReached();
     auto stop = std::async(std::launch::async, [&] { return manager_->Stop(id); });
-    held.LetGo();
+    pass.Release();
     EXPECT_EQ(S_OK, stop.get());
-    TwoPassesLater();
+    WaitForTwoPasses();
     EXPECT_EQ(0U, machine::Running("daemon"));
     EXPECT_EQ(1U, machine::Started("daemon"));
 }
 
-TEST_F(Race, of_two_stops_of_one_daemon_lets_one_of_them_do_it)
+TEST_F(Races, One_of_two_stops_of_a_daemon_returns_S_OK_and_the_other_S_FALSE)
 {
     for (int round = 0; round < 20; ++round) {
         const std::string path = (round == 0 ? "deaf" : "window") + std::to_string(round);
@@ -194,7 +196,7 @@ TEST_F(Race, of_two_stops_of_one_daemon_lets_one_of_them_do_it)
     }
 }
 
-TEST_F(Race, of_a_detach_with_the_death_of_the_process_starts_nothing_afterwards)
+TEST_F(Races, No_process_starts_after_a_detach_while_the_process_ends)
 {
     for (int round = 0; round < 50; ++round) {
         const DWORD process = machine::Start("adopted");
@@ -205,47 +207,48 @@ TEST_F(Race, of_a_detach_with_the_death_of_the_process_starts_nothing_afterwards
         const unsigned started = machine::Started("attached.exe");
         killer.join();
         if (round % 10 == 0) {
-            TwoPassesLater();
+            WaitForTwoPasses();
             EXPECT_EQ(started, machine::Started("attached.exe")) << round;
         }
     }
 }
 
-TEST_F(Race, of_the_end_with_a_stop_in_its_wait_lets_the_stop_finish)
+TEST_F(Races, Shutdown_lets_a_waiting_stop_finish)
 {
     const DWORD id = LaunchAndWait("deaf");
     const DWORD process = machine::Last("deaf");
     std::thread stopper([own = ComPtr<DaemonManager>::Share(manager_), id]() mutable {
         EXPECT_EQ(S_OK, own->Stop(id));
-        own.Reset(); // as a call's own
+        own.Reset(); // as COM does after the call
     });
     EXPECT_TRUE(WaitUntil([&] { return machine::WasAskedToQuit(process); }));
     EXPECT_EQ(S_OK, manager_->Exit());
-    End();
+    ShutDown();
     stopper.join();
     EXPECT_FALSE(machine::Runs(process));
 }
 
-TEST_F(Race, of_the_end_with_a_pass_lets_the_pass_finish_and_the_daemons_run)
+TEST_F(Races, Shutdown_lets_the_pass_finish_and_leaves_the_daemons_running)
 {
     LaunchAndWait("first");
-    HeldPass held("second");
+    BlockedPass pass("second");
     Launch("second");
-    held.WaitUntilReached();
+    pass.WaitUntilReached();
     std::atomic<bool> ended = false;
     std::thread release([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50)); // for an end that did not wait
+        std::this_thread::sleep_for(
+            std::chrono::milliseconds(50)); // time for a wrong shutdown to end early
         EXPECT_FALSE(ended);
-        held.LetGo();
+        pass.Release();
     });
-    End();
+    ShutDown();
     ended = true;
     release.join();
     EXPECT_EQ(1U, machine::Running("first"));
     EXPECT_EQ(1U, machine::Running("second"));
 }
 
-TEST_F(Race, of_the_end_with_many_clients_ends_with_the_last_of_them)
+TEST_F(Races, Shutdown_ends_after_the_last_client_releases_the_manager)
 {
     std::vector<std::thread> clients;
     for (int client = 0; client < 6; ++client) {
@@ -261,7 +264,7 @@ TEST_F(Race, of_the_end_with_many_clients_ends_with_the_last_of_them)
             own.Reset();
         });
     }
-    End();
+    ShutDown();
     for (std::thread& client : clients) {
         client.join();
     }

@@ -4,16 +4,16 @@
 
 namespace vqrx::test {
 
-/// Replaces one imported function of this test program for as long as it lives, to provoke faults
-/// that the host never produces. Works on the import table, so only calls made by the program's own
-/// code are diverted; calls within system libraries are not. In a native build the functions are
-/// those of tests/native_win32.
-/// Made and destroyed while no other thread calls the function.
+/// Patch: replaces one Windows function in this test program until the destructor runs. A test uses a
+/// patch for a failure that the host never produces. On Windows the patch changes the import table, so
+/// it affects calls from the program's own code and not calls inside system libraries. In a native
+/// build it replaces a fake function (tests/fake_windows/README.md lists these functions).
+/// No other thread may call the function while the patch is constructed or destroyed.
 class ImportPatch {
 public:
     /// @param function     exported name, e.g. "CreateProcessA"
-    /// @param replacement  of the very same type as the function
-    /// @throws std::runtime_error when the program does not import the function
+    /// @param replacement  function with the same type
+    /// @throws std::runtime_error if the program does not import the function
     template <typename Function>
     ImportPatch(const char* function, Function* replacement)
         : ImportPatch(function, reinterpret_cast<void*>(replacement))
@@ -24,7 +24,7 @@ public:
     ImportPatch& operator=(const ImportPatch&) = delete;
     ~ImportPatch();
 
-    /// The function that stood there before, to pass calls on.
+    /// Returns the replaced function, so that the replacement can call it.
     template <typename Function>
     Function* Original() const noexcept
     {

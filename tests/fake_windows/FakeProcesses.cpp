@@ -1,4 +1,4 @@
-#include "StandInProcesses.h"
+#include "FakeProcesses.h"
 
 #include <map>
 #include <memory>
@@ -15,7 +15,7 @@ struct Process {
     bool running = true;
     bool askedToQuit = false;
     DWORD exitCode = STILL_ACTIVE;
-    std::vector<HANDLE> handles; // each an event that is set at the end
+    std::vector<HANDLE> handles; // Each handle is an event. The end of the process sets it.
 };
 
 std::mutex mutex;
@@ -24,7 +24,7 @@ std::map<HANDLE, std::shared_ptr<Process>> handles;
 std::function<void(const std::string&)> beforeStart;
 DWORD lastId = 0;
 
-// The caller holds the mutex.
+// The caller of each function with "Locked" in its name holds the mutex.
 HANDLE OpenLocked(const std::shared_ptr<Process>& process)
 {
     const HANDLE handle = CreateEventA(nullptr, TRUE, process->running ? FALSE : TRUE, nullptr);
@@ -48,7 +48,7 @@ void EndLocked(Process& process, DWORD code)
         process.running = false;
         process.exitCode = code;
         for (const HANDLE handle : process.handles) {
-            SetEvent(handle); // fails for those that have been closed
+            SetEvent(handle); // fails for a closed handle
         }
     }
 }

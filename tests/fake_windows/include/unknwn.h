@@ -1,6 +1,6 @@
 #pragma once
 
-// COM as far as the supervision uses it; StandInCom.cpp defines it.
+// The part of COM that the product calls. ../ComRuntime.cpp defines the functions.
 #include <windows.h>
 
 #include <cstring>
@@ -21,9 +21,10 @@ inline bool IsEqualIID(REFIID left, REFIID right)
     return std::memcmp(&left, &right, sizeof left) == 0;
 }
 
-std::uint32_t NextInterfaceNumber();
+/// Returns 1, 2, 3, ... Any thread may call.
+[[nodiscard]] std::uint32_t NextInterfaceNumber();
 
-/// Every interface has a number of its own.
+/// Id of an interface. Each interface gets a different number when the program starts.
 template <typename Interface>
 inline const IID kInterfaceId{NextInterfaceNumber(), 0, 0, {}};
 #define __uuidof(Interface) kInterfaceId<Interface>

@@ -14,7 +14,7 @@ struct VARIANT {
     VARTYPE vt;
     BSTR bstrVal;
 };
-/// One dimension of BSTR is all that there is.
+/// An array with one dimension, whose elements are BSTR.
 struct SAFEARRAY {
     void* pvData;
     LONG count;

@@ -1,25 +1,25 @@
-#include "Import.h"
 #include "KernelObject.h"
+#include "PatchableFunction.h"
 
 #include <array>
 #include <shared_mutex>
 
-namespace native_win32 {
+namespace fake_windows {
 namespace {
 
 struct Entry {
     KernelObject* object = nullptr;
-    std::uintptr_t value = 0; // of the handle; the table's alone while the entry is free
+    std::uintptr_t value = 0; // last handle value of this entry; still set while the entry is free
 };
 
 constexpr std::size_t kMaxHandles = 4096;
 
-// Looking a handle up shares the lock, so that it orders nothing between the threads that do it.
+// FromHandle holds this lock shared, so lookups in two threads do not order these threads.
 std::shared_mutex tableMutex;
 std::array<Entry, kMaxHandles> table;
 DWORD openHandles = 0;
 
-// Handles are multiples of 4, as on Windows; never null.
+// Handle values are multiples of 4, as on Windows, and never null.
 std::uintptr_t NextValue(std::size_t index, std::uintptr_t previous)
 {
     return previous == 0 ? (index + 1) * 4 : previous + kMaxHandles * 4;
@@ -67,13 +67,13 @@ ObjectReference FromHandle(HANDLE handle) noexcept
     return {};
 }
 
-} // namespace native_win32
+} // namespace fake_windows
 
-using namespace native_win32;
+using namespace fake_windows;
 
-DM_IMPORT(BOOL, CloseHandle, (HANDLE handle), (handle))
+DM_FAKE(BOOL, CloseHandle, (HANDLE handle), (handle))
 {
-    ObjectReference closed; // let go of outside the lock
+    ObjectReference closed; // released after the lock
     const std::unique_lock lock(tableMutex);
     Entry* const entry = Find(handle);
     if (entry == nullptr) {
@@ -86,13 +86,13 @@ DM_IMPORT(BOOL, CloseHandle, (HANDLE handle), (handle))
     return TRUE;
 }
 
-DM_IMPORT(BOOL, GetHandleInformation, (HANDLE handle, DWORD* flags), (handle, flags))
+DM_FAKE(BOOL, GetHandleInformation, (HANDLE handle, DWORD* flags), (handle, flags))
 {
     *flags = 0;
     return FromHandle(handle) ? TRUE : FALSE;
 }
 
-DM_IMPORT(BOOL, GetProcessHandleCount, (HANDLE process, DWORD* count), (process, count))
+DM_FAKE(BOOL, GetProcessHandleCount, (HANDLE process, DWORD* count), (process, count))
 {
     static_cast<void>(process);
     const std::shared_lock lock(tableMutex);
@@ -100,21 +100,14 @@ DM_IMPORT(BOOL, GetProcessHandleCount, (HANDLE process, DWORD* count), (process,
     return TRUE;
 }
 
-DM_IMPORT(BOOL, FindClose, (HANDLE search), (search))
+DM_FAKE(BOOL, FindClose, (HANDLE search), (search))
 {
     static_cast<void>(search);
     SetLastError(ERROR_INVALID_HANDLE);
     return FALSE;
 }
 
-DM_IMPORT(BOOL, CloseServiceHandle, (SC_HANDLE service), (service))
-{
-    static_cast<void>(service);
-    SetLastError(ERROR_INVALID_HANDLE);
-    return FALSE;
-}
-
-DM_IMPORT(LONG, RegCloseKey, (HKEY key), (key))
+DM_FAKE(LONG, RegCloseKey, (HKEY key), (key))
 {
     static_cast<void>(key);
     return ERROR_INVALID_HANDLE;

@@ -1,15 +1,15 @@
-#include "Import.h"
 #include "KernelObject.h"
+#include "PatchableFunction.h"
 
 #include <algorithm>
 #include <array>
 
-namespace native_win32 {
+namespace fake_windows {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// Keeps a waiter in the lists of all that it waits for.
+/// Adds a waiter to the lists of its objects and removes it again.
 class Enlistment {
 public:
     explicit Enlistment(const ObjectReference* objects) noexcept
@@ -24,12 +24,12 @@ public:
     ~Enlistment()
     {
         for (DWORD index = 0; index < enlisted_; ++index) {
-            objects_[index]->Strike(links_[index]);
+            objects_[index]->Remove(links_[index]);
         }
     }
 
-    /// @return the index of the first object that was signalled; count when there is none
-    DWORD TakeOrEnlist(DWORD count) noexcept
+    /// @return the index of the first signalled object; count if none is signalled
+    [[nodiscard]] DWORD TakeOrEnlist(DWORD count) noexcept
     {
         for (DWORD index = 0; index < count; ++index) {
             if (objects_[index]->TakeOrEnlist(index < enlisted_ ? nullptr : &links_[index])) {
@@ -40,7 +40,7 @@ public:
         return count;
     }
 
-    bool Wait(const Clock::time_point* deadline) { return waiter_.Wait(deadline); }
+    [[nodiscard]] bool Wait(const Clock::time_point* deadline) { return waiter_.Wait(deadline); }
 
 private:
     const ObjectReference* objects_;
@@ -67,13 +67,13 @@ DWORD WaitForAny(const ObjectReference* objects, DWORD count, DWORD timeoutMs)
     }
 }
 
-} // namespace native_win32
+} // namespace fake_windows
 
-using namespace native_win32;
+using namespace fake_windows;
 
-DM_IMPORT(DWORD, WaitForMultipleObjects,
-          (DWORD count, const HANDLE* handles, BOOL all, DWORD timeoutMs),
-          (count, handles, all, timeoutMs))
+DM_FAKE(DWORD, WaitForMultipleObjects,
+        (DWORD count, const HANDLE* handles, BOOL all, DWORD timeoutMs),
+        (count, handles, all, timeoutMs))
 {
     if (count == 0 || count > MAXIMUM_WAIT_OBJECTS) {
         SetLastError(ERROR_INVALID_PARAMETER);
@@ -93,15 +93,15 @@ DM_IMPORT(DWORD, WaitForMultipleObjects,
     return WaitForAny(objects.data(), count, timeoutMs);
 }
 
-DM_IMPORT(DWORD, WaitForSingleObject, (HANDLE handle, DWORD timeoutMs), (handle, timeoutMs))
+DM_FAKE(DWORD, WaitForSingleObject, (HANDLE handle, DWORD timeoutMs), (handle, timeoutMs))
 {
     const ObjectReference object = FromHandle(handle);
     return object ? WaitForAny(&object, 1, timeoutMs) : WAIT_FAILED;
 }
 
-DM_IMPORT(DWORD, SignalObjectAndWait,
-          (HANDLE toSignal, HANDLE toWaitFor, DWORD timeoutMs, BOOL alertable),
-          (toSignal, toWaitFor, timeoutMs, alertable))
+DM_FAKE(DWORD, SignalObjectAndWait,
+        (HANDLE toSignal, HANDLE toWaitFor, DWORD timeoutMs, BOOL alertable),
+        (toSignal, toWaitFor, timeoutMs, alertable))
 {
     static_cast<void>(alertable);
     const ObjectReference signalled = FromHandle(toSignal);

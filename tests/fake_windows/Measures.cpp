@@ -1,5 +1,5 @@
-// Times and memory, from where Linux keeps them.
-#include "Import.h"
+// Processor times and memory of the host, read from the kernel and from /proc.
+#include "PatchableFunction.h"
 
 #include <psapi.h>
 #include <sys/resource.h>
@@ -22,7 +22,7 @@ std::uint64_t FromTimeval(const timeval& time) noexcept
            static_cast<std::uint64_t>(time.tv_usec) * 10;
 }
 
-/// A value of /proc/meminfo, bytes.
+/// Returns a value of /proc/meminfo in bytes; 0 if the file does not name it.
 std::uint64_t MemoryInfo(const char* name) noexcept
 {
     std::uint64_t found = 0;
@@ -43,19 +43,19 @@ std::uint64_t MemoryInfo(const char* name) noexcept
 
 } // namespace
 
-DM_IMPORT(HANDLE, GetCurrentProcess, (), ())
+DM_FAKE(HANDLE, GetCurrentProcess, (), ())
 {
-    return INVALID_HANDLE_VALUE; // the pseudo-handle has this value on Windows too
+    return INVALID_HANDLE_VALUE; // On Windows the pseudo-handle has the same value.
 }
 
-DM_IMPORT(DWORD, GetCurrentProcessId, (), ())
+DM_FAKE(DWORD, GetCurrentProcessId, (), ())
 {
     return static_cast<DWORD>(getpid());
 }
 
-DM_IMPORT(BOOL, GetProcessTimes,
-          (HANDLE process, FILETIME* created, FILETIME* exited, FILETIME* kernel, FILETIME* user),
-          (process, created, exited, kernel, user))
+DM_FAKE(BOOL, GetProcessTimes,
+        (HANDLE process, FILETIME* created, FILETIME* exited, FILETIME* kernel, FILETIME* user),
+        (process, created, exited, kernel, user))
 {
     rusage usage{};
     if (process != INVALID_HANDLE_VALUE || getrusage(RUSAGE_SELF, &usage) != 0) {
@@ -69,8 +69,8 @@ DM_IMPORT(BOOL, GetProcessTimes,
     return TRUE;
 }
 
-DM_IMPORT(BOOL, GetSystemTimes, (FILETIME * idle, FILETIME* kernel, FILETIME* user),
-          (idle, kernel, user))
+DM_FAKE(BOOL, GetSystemTimes, (FILETIME * idle, FILETIME* kernel, FILETIME* user),
+        (idle, kernel, user))
 {
     std::uint64_t ticks[7] = {}; // user, nice, system, idle, waiting, interrupts, soft interrupts
     std::FILE* const file = std::fopen("/proc/stat", "r");
@@ -91,14 +91,14 @@ DM_IMPORT(BOOL, GetSystemTimes, (FILETIME * idle, FILETIME* kernel, FILETIME* us
     return found == 7 ? TRUE : FALSE;
 }
 
-DM_IMPORT(BOOL, GlobalMemoryStatusEx, (MEMORYSTATUSEX * status), (status))
+DM_FAKE(BOOL, GlobalMemoryStatusEx, (MEMORYSTATUSEX * status), (status))
 {
     if (status->dwLength != sizeof *status) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
     const std::uint64_t limit = MemoryInfo("CommitLimit");
-    const std::uint64_t committed = MemoryInfo("Committed_AS"); // may be beyond the limit
+    const std::uint64_t committed = MemoryInfo("Committed_AS"); // may exceed the limit
     status->ullTotalPhys = MemoryInfo("MemTotal");
     status->ullAvailPhys = MemoryInfo("MemAvailable");
     status->ullTotalPageFile = limit;
@@ -106,9 +106,8 @@ DM_IMPORT(BOOL, GlobalMemoryStatusEx, (MEMORYSTATUSEX * status), (status))
     return TRUE;
 }
 
-DM_IMPORT(BOOL, GetProcessMemoryInfo,
-          (HANDLE process, PROCESS_MEMORY_COUNTERS* counters, DWORD size),
-          (process, counters, size))
+DM_FAKE(BOOL, GetProcessMemoryInfo, (HANDLE process, PROCESS_MEMORY_COUNTERS* counters, DWORD size),
+        (process, counters, size))
 {
     std::FILE* const file = process == INVALID_HANDLE_VALUE && size >= sizeof *counters
                                 ? std::fopen("/proc/self/statm", "r")

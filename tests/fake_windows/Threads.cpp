@@ -1,12 +1,12 @@
-#include "Import.h"
 #include "KernelObject.h"
+#include "PatchableFunction.h"
 
 #include <process.h>
 #include <sched.h>
 
 #include <cerrno>
 
-using namespace native_win32;
+using namespace fake_windows;
 
 namespace {
 
@@ -18,7 +18,7 @@ DWORD NewThreadId() noexcept
     return lastThreadId.fetch_add(4, std::memory_order_relaxed) + 4;
 }
 
-/// A running or ended thread; signalled once it has ended.
+/// A running or ended thread. It is signalled after its end.
 class ThreadObject final : public KernelObject {
 public:
     ThreadObject(unsigned (*entry)(void*), void* argument) noexcept
@@ -29,12 +29,12 @@ public:
 
     DWORD Id() const noexcept { return id_; }
 
-    bool Start() noexcept
+    [[nodiscard]] bool Start() noexcept
     {
         pthread_attr_t attributes;
         pthread_attr_init(&attributes);
         pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
-        AddReference(); // the running thread's
+        AddReference(); // for the running thread
         pthread_t thread{};
         const int result = pthread_create(&thread, &attributes, &Run, this);
         pthread_attr_destroy(&attributes);
@@ -75,10 +75,10 @@ private:
 
 } // namespace
 
-DM_IMPORT(std::uintptr_t, _beginthreadex,
-          (void* security, unsigned stackSize, unsigned (*entry)(void*), void* argument,
-           unsigned flags, unsigned* threadId),
-          (security, stackSize, entry, argument, flags, threadId))
+DM_FAKE(std::uintptr_t, _beginthreadex,
+        (void* security, unsigned stackSize, unsigned (*entry)(void*), void* argument,
+         unsigned flags, unsigned* threadId),
+        (security, stackSize, entry, argument, flags, threadId))
 {
     static_cast<void>(security);
     static_cast<void>(stackSize);
@@ -103,15 +103,15 @@ DM_IMPORT(std::uintptr_t, _beginthreadex,
     return reinterpret_cast<std::uintptr_t>(handle);
 }
 
-DM_IMPORT(DWORD, GetCurrentThreadId, (), ())
+DM_FAKE(DWORD, GetCurrentThreadId, (), ())
 {
     if (ownThreadId == 0) {
-        ownThreadId = NewThreadId(); // of a thread that was not made here
+        ownThreadId = NewThreadId(); // _beginthreadex did not start this thread
     }
     return ownThreadId;
 }
 
-DM_IMPORT(BOOL, GetExitCodeThread, (HANDLE thread, DWORD* code), (thread, code))
+DM_FAKE(BOOL, GetExitCodeThread, (HANDLE thread, DWORD* code), (thread, code))
 {
     const ObjectReference object = FromHandle(thread);
     auto* const self = As<ThreadObject>(object);
@@ -122,7 +122,7 @@ DM_IMPORT(BOOL, GetExitCodeThread, (HANDLE thread, DWORD* code), (thread, code))
     return TRUE;
 }
 
-DM_IMPORT(BOOL, SwitchToThread, (), ())
+DM_FAKE(BOOL, SwitchToThread, (), ())
 {
     sched_yield();
     return TRUE;

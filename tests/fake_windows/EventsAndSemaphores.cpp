@@ -1,7 +1,7 @@
-#include "Import.h"
 #include "KernelObject.h"
+#include "PatchableFunction.h"
 
-using namespace native_win32;
+using namespace fake_windows;
 
 namespace {
 
@@ -63,8 +63,9 @@ private:
     const LONG maximum_;
 };
 
-// Names are shared between processes on Windows; there is one process here.
-bool IsNamed(const char* name) noexcept
+// On Windows a name shares an object between processes. The fake has only the test program, so it
+// refuses names.
+bool RefuseName(const char* name) noexcept
 {
     if (name != nullptr) {
         SetLastError(ERROR_CALL_NOT_IMPLEMENTED);
@@ -74,22 +75,22 @@ bool IsNamed(const char* name) noexcept
 
 } // namespace
 
-DM_IMPORT(HANDLE, CreateEventA,
-          (SECURITY_ATTRIBUTES * security, BOOL manualReset, BOOL initial, const char* name),
-          (security, manualReset, initial, name))
+DM_FAKE(HANDLE, CreateEventA,
+        (SECURITY_ATTRIBUTES * security, BOOL manualReset, BOOL initial, const char* name),
+        (security, manualReset, initial, name))
 {
     static_cast<void>(security);
-    return IsNamed(name) ? nullptr : OpenHandle(new Event(manualReset != 0, initial != 0));
+    return RefuseName(name) ? nullptr : OpenHandle(new Event(manualReset != 0, initial != 0));
 }
 
-DM_IMPORT(BOOL, SetEvent, (HANDLE event), (event))
+DM_FAKE(BOOL, SetEvent, (HANDLE event), (event))
 {
     const ObjectReference object = FromHandle(event);
     auto* const self = As<Event>(object);
     return self != nullptr && self->Signal() ? TRUE : FALSE;
 }
 
-DM_IMPORT(BOOL, ResetEvent, (HANDLE event), (event))
+DM_FAKE(BOOL, ResetEvent, (HANDLE event), (event))
 {
     const ObjectReference object = FromHandle(event);
     auto* const self = As<Event>(object);
@@ -100,20 +101,20 @@ DM_IMPORT(BOOL, ResetEvent, (HANDLE event), (event))
     return TRUE;
 }
 
-DM_IMPORT(HANDLE, CreateSemaphoreA,
-          (SECURITY_ATTRIBUTES * security, LONG initial, LONG maximum, const char* name),
-          (security, initial, maximum, name))
+DM_FAKE(HANDLE, CreateSemaphoreA,
+        (SECURITY_ATTRIBUTES * security, LONG initial, LONG maximum, const char* name),
+        (security, initial, maximum, name))
 {
     static_cast<void>(security);
     if (maximum <= 0 || initial < 0 || initial > maximum) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    return IsNamed(name) ? nullptr : OpenHandle(new Semaphore(initial, maximum));
+    return RefuseName(name) ? nullptr : OpenHandle(new Semaphore(initial, maximum));
 }
 
-DM_IMPORT(BOOL, ReleaseSemaphore, (HANDLE semaphore, LONG count, LONG* previous),
-          (semaphore, count, previous))
+DM_FAKE(BOOL, ReleaseSemaphore, (HANDLE semaphore, LONG count, LONG* previous),
+        (semaphore, count, previous))
 {
     const ObjectReference object = FromHandle(semaphore);
     auto* const self = As<Semaphore>(object);

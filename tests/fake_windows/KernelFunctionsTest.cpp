@@ -1,5 +1,5 @@
-// What the program expects of the system's primitives. Runs on Windows' own and, in a native build,
-// on their stand-in, which is thereby held to behave the same.
+// Behaviour of the Windows functions for events, semaphores, waits, threads and locks that the product
+// relies on. Runs natively on the fake and under Wine on the real functions, so both behave alike.
 #include "win32/UniqueHandle.h"
 
 #include <gtest/gtest.h>
@@ -52,7 +52,7 @@ UniqueKernelHandle Start(unsigned(__stdcall* entry)(void*), void* argument,
 
 } // namespace
 
-TEST(Primitives, event_of_automatic_reset_satisfies_one_wait)
+TEST(KernelFunctions, An_event_with_automatic_reset_ends_one_wait)
 {
     const auto event = Event(false);
     EXPECT_EQ(WAIT_TIMEOUT, Poll(event));
@@ -62,7 +62,7 @@ TEST(Primitives, event_of_automatic_reset_satisfies_one_wait)
     EXPECT_EQ(WAIT_TIMEOUT, Poll(event));
 }
 
-TEST(Primitives, event_of_manual_reset_satisfies_every_wait_until_it_is_reset)
+TEST(KernelFunctions, An_event_with_manual_reset_ends_every_wait_until_it_is_reset)
 {
     const auto event = Event(true, true);
     EXPECT_EQ(WAIT_OBJECT_0, Poll(event));
@@ -71,7 +71,7 @@ TEST(Primitives, event_of_manual_reset_satisfies_every_wait_until_it_is_reset)
     EXPECT_EQ(WAIT_TIMEOUT, Poll(event));
 }
 
-TEST(Primitives, semaphore_satisfies_as_many_waits_as_it_counts_and_has_a_bound)
+TEST(KernelFunctions, A_semaphore_ends_as_many_waits_as_its_count_and_refuses_more_than_its_maximum)
 {
     const auto semaphore = Semaphore(1, 3);
     LONG previous = 99;
@@ -84,7 +84,8 @@ TEST(Primitives, semaphore_satisfies_as_many_waits_as_it_counts_and_has_a_bound)
     EXPECT_EQ(WAIT_TIMEOUT, Poll(semaphore));
 }
 
-TEST(Primitives, wait_for_several_names_the_first_that_is_signalled_and_leaves_the_others)
+TEST(KernelFunctions,
+     A_wait_for_several_objects_returns_the_first_signalled_one_and_leaves_the_others)
 {
     const auto first = Event(false);
     const auto second = Event(false, true);
@@ -95,7 +96,7 @@ TEST(Primitives, wait_for_several_names_the_first_that_is_signalled_and_leaves_t
     EXPECT_EQ(WAIT_TIMEOUT, WaitForMultipleObjects(3, handles.data(), FALSE, 1));
 }
 
-TEST(Primitives, wait_that_has_begun_ends_with_the_signal)
+TEST(KernelFunctions, A_signal_ends_a_wait_that_has_begun)
 {
     const auto never = Event(false);
     const auto event = Event(false);
@@ -112,7 +113,7 @@ TEST(Primitives, wait_that_has_begun_ends_with_the_signal)
     EXPECT_EQ(WAIT_OBJECT_0 + 1, result);
 }
 
-TEST(Primitives, signal_of_an_event_of_automatic_reset_releases_one_of_those_who_wait)
+TEST(KernelFunctions, A_signal_to_an_event_with_automatic_reset_releases_one_waiting_thread)
 {
     const auto event = Event(false);
     const auto counted = Semaphore(0, 100);
@@ -133,15 +134,16 @@ TEST(Primitives, signal_of_an_event_of_automatic_reset_releases_one_of_those_who
     }
 }
 
-TEST(Primitives, wait_lasts_no_shorter_than_its_time_out)
+TEST(KernelFunctions, A_wait_lasts_at_least_as_long_as_its_time_out)
 {
     const auto event = Event(false);
     const DWORD before = GetTickCount();
     EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(event.Get(), 50));
-    EXPECT_LE(49U, GetTickCount() - before); // the tick is a little coarser
+    EXPECT_LE(49U,
+              GetTickCount() - before); // GetTickCount advances in coarser steps than the wait.
 }
 
-TEST(Primitives, wait_fails_for_null_and_for_a_closed_handle)
+TEST(KernelFunctions, A_wait_for_null_or_for_a_closed_handle_fails)
 {
     EXPECT_EQ(WAIT_FAILED, WaitForSingleObject(nullptr, 0));
     EXPECT_EQ(ERROR_INVALID_HANDLE, GetLastError());
@@ -159,7 +161,7 @@ TEST(Primitives, wait_fails_for_null_and_for_a_closed_handle)
     EXPECT_EQ(WAIT_FAILED, WaitForMultipleObjects(2, handles.data(), FALSE, 0));
 }
 
-TEST(Primitives, signal_and_wait_does_the_one_and_then_the_other)
+TEST(KernelFunctions, SignalObjectAndWait_first_signals_and_then_waits)
 {
     const auto event = Event(false);
     const auto thread = Start(WaitForEvent, event.Get());
@@ -170,7 +172,7 @@ TEST(Primitives, signal_and_wait_does_the_one_and_then_the_other)
     EXPECT_EQ(WAIT_FAILED, SignalObjectAndWait(nullptr, thread.Get(), 0, FALSE));
 }
 
-TEST(Primitives, thread_is_active_until_it_ends_with_its_code)
+TEST(KernelFunctions, A_thread_is_still_active_until_it_ends_with_its_exit_code)
 {
     const auto event = Event(false);
     const auto waiting = Start(WaitForEvent, event.Get());
@@ -182,16 +184,16 @@ TEST(Primitives, thread_is_active_until_it_ends_with_its_code)
     EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(waiting.Get(), INFINITE));
 
     std::atomic<DWORD> id = 0;
-    unsigned told = 0;
-    const auto ending = Start(ExitWith7, &id, &told);
+    unsigned reportedId = 0;
+    const auto ending = Start(ExitWith7, &id, &reportedId);
     EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(ending.Get(), INFINITE));
     EXPECT_TRUE(GetExitCodeThread(ending.Get(), &code));
     EXPECT_EQ(7U, code);
-    EXPECT_EQ(told, id);
-    EXPECT_NE(GetCurrentThreadId(), told);
+    EXPECT_EQ(reportedId, id);
+    EXPECT_NE(GetCurrentThreadId(), reportedId);
 }
 
-TEST(Primitives, critical_section_is_entered_again_by_its_owner_alone)
+TEST(KernelFunctions, Only_the_owner_enters_a_critical_section_again)
 {
     CRITICAL_SECTION section;
     ASSERT_TRUE(InitializeCriticalSectionAndSpinCount(&section, 0));
@@ -214,7 +216,7 @@ TEST(Primitives, critical_section_is_entered_again_by_its_owner_alone)
     DeleteCriticalSection(&section);
 }
 
-TEST(Primitives, last_error_is_each_threads_own)
+TEST(KernelFunctions, Each_thread_has_its_own_last_error)
 {
     const auto mayBegin = Event(false);
     const auto done = Event(false);

@@ -1,6 +1,6 @@
 #include "KernelObject.h"
 
-namespace native_win32 {
+namespace fake_windows {
 
 void Waiter::Wake() noexcept
 {
@@ -40,7 +40,7 @@ bool KernelObject::TakeOrEnlist(WaiterLink* link) noexcept
     return false;
 }
 
-void KernelObject::Strike(WaiterLink& link) noexcept
+void KernelObject::Remove(WaiterLink& link) noexcept
 {
     const std::lock_guard lock(mutex_);
     (link.previous != nullptr ? link.previous->next : waiters_) = link.next;
@@ -56,4 +56,4 @@ void KernelObject::WakeAll() noexcept
     }
 }
 
-} // namespace native_win32
+} // namespace fake_windows

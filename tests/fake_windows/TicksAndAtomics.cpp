@@ -1,18 +1,18 @@
-#include "Import.h"
+#include "PatchableFunction.h"
 
 #include <windows.h>
 
 #include <chrono>
 #include <thread>
 
-DM_IMPORT(DWORD, GetTickCount, (), ())
+DM_FAKE(DWORD, GetTickCount, (), ())
 {
     const auto sinceStart = std::chrono::steady_clock::now().time_since_epoch();
     return static_cast<DWORD>(
         std::chrono::duration_cast<std::chrono::milliseconds>(sinceStart).count());
 }
 
-DM_IMPORT(void, Sleep, (DWORD milliseconds), (milliseconds))
+DM_FAKE(void, Sleep, (DWORD milliseconds), (milliseconds))
 {
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }

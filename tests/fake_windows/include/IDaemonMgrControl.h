@@ -1,6 +1,6 @@
 #pragma once
 
-// As the generator makes it from the interface's description.
+// For Windows the interface compiler generates this header from interface/IDaemonMgrControl.idl.
 #include <oleauto.h>
 
 struct IDaemonMgrControl : IUnknown {
