@@ -8,6 +8,9 @@ INDEXES = ("README.md", "docs/README.md", "docs/dev/README.md")
 FENCE = re.compile(r"^(```|~~~).*?^\1[ \t]*$", re.MULTILINE | re.DOTALL)
 INLINE_CODE = re.compile(r"`[^`\n]+`")
 LINK = re.compile(r"\[(?:[^\]\[]|\[[^\]]*\])*\]\(\s*<?([^)\s>]+)>?(?:\s+\"[^\"]*\")?\s*\)")
+NAMED_PATH = re.compile(
+    r"(?<![\w./\\-])((?:benchmarks|cmake|daemonctl|docs|interface|packaging|sdk|src|tests|tools)"
+    r"/[\w./-]*\w)(?![\w*<{\\])")
 HEADING = re.compile(r"^#{1,6}[ \t]+(.+?)[ \t]*#*$", re.MULTILINE)
 OUTSIDE_FOR_OPERATORS = {"CHANGELOG.md"}  # the package holds it beside docs
 
@@ -40,14 +43,26 @@ def links(tree, page):
         yield line_of(text, match.start()), path, anchor
 
 
+def named_paths(text):
+    """(line, path) of each path of the repository that a page names in code font."""
+    for code in INLINE_CODE.finditer(FENCE.sub(blank, text)):
+        for match in NAMED_PATH.finditer(code.group()):
+            yield line_of(text, code.start()), match.group(1)
+
+
 def pages(tree):
     return [path for path in tree.files if path.endswith(".md") and not path.startswith(".")]
 
 
 def check_links(tree):
-    """Every relative link leads to a file or folder, every anchor to a heading."""
-    folders = {folder_of(path) for path in tree.files}
-    folders |= {parent for path in tree.files for parent in parents(path)}
+    """Every relative link leads to a file or folder, every anchor to a heading, and every path that a
+    page names in code font exists. Dated pages may name what has been renamed since."""
+    folders = {parent for path in tree.files for parent in parents(path)}
+    for page in pages(tree):
+        if not folder_of(page).endswith("/results") and page != "CHANGELOG.md":
+            for line, path in named_paths(tree.text(page)):
+                if path not in tree.files and path not in folders:
+                    yield Finding("links", f"{page}:{line}", f"names {path}, which does not exist")
     for page in pages(tree):
         for line, path, anchor in links(tree, page):
             place = f"{page}:{line}"

@@ -50,6 +50,8 @@ BROKEN = [
     ("links", {"docs/page.md": "# One\n## Two words\n[dead](gone.md)\n"}, "docs/page.md:3"),
     ("links", {"docs/page.md": "# One\n"}, "README.md:2"),
     ("links", {"docs/page.md": "## Two words\n[dev](dev/README.md)\n"}, "docs/page.md:2"),
+    ("links", {"docs/page.md": "## Two words\n`src/low/Low.h` `src/*/x` `src/low`\n`src/Gone.h`\n"},
+     "docs/page.md:3"),
     ("docstrings", {"src/low/Low.h": HEADER.replace("/// Does it.\n", "")}, "src/low/Low.h:5"),
     ("docstrings", {"src/low/Low.h": HEADER.replace("/// Holds a number.\n", "\n")}, "src/low/Low.h:9"),
     ("docstrings", {"src/low/Low.h": HEADER.replace("    /// Counts up.\n", "")}, "src/low/Low.h:18"),
