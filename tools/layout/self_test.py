@@ -10,8 +10,10 @@ MAY_INCLUDE = {"src/low": (), "src/high": ("src/low",), "daemonctl": ("src/low",
 
 GOOD = {
     "README.md": "# Title\n[docs](docs/README.md) [dev](docs/dev/README.md) [x](docs/page.md#two-words)\n",
-    "docs/README.md": "# Operators\n[page](page.md) ![picture](images/one.svg)\n",
+    "docs/README.md": "# Operators\n[page](page.md) [m](messages.md) [d](daemonctl.md) ![picture](images/one.svg)\n",
     "docs/page.md": "# One\n## Two `words`\n```\n[not a link](nowhere.md)\n# no heading\n```\n",
+    "docs/messages.md": "| `Stop (1) %s` | with ` (x%d)` |\n",
+    "docs/daemonctl.md": "`run`\n",
     "docs/images/one.svg": "<svg/>\n",
     "docs/dev/README.md": "[up](../README.md) [same page](#below)\n# Below\n",
     "src/low/Low.h": "#pragma once\n\nnamespace n {\n\n/// Does it.\nint Low(int a);\n\n"
@@ -21,8 +23,8 @@ GOOD = {
                      "private:\n    void Hidden();\n    struct Secret {\n        int b;\n    };\n"
                      "    int a_;\n};\n\n} // namespace n\n",
     "src/low/Low.cpp": '#include "Low.h"\n',
-    "src/high/High.cpp": '#include "low/Low.h"\n#include "Low.h"\n#include "third_party.h"\n',
-    "daemonctl/Main.cpp": '#include "Low.h"\n',
+    "src/high/High.cpp": '#include "low/Low.h"\n#include "Low.h"\n#include "third_party.h"\nf.Log(1, "Stop (%d) %s" " (x%d)", 1);\n',
+    "daemonctl/Main.cpp": '#include "Low.h"\nauto c = app.add_subcommand("run", "Run");\n',
     "tests/unit/low/LowTest.cpp": "int main() {}\n",
     "tests/unit/low/LowNumbersTest.cpp": "int main() {}\n",
     "tests/unit/low/Fixture.h": "#pragma once\n",
@@ -57,6 +59,8 @@ BROKEN = [
     ("docstrings", {"src/low/Low.h": HEADER.replace("    /// Counts up.\n", "")}, "src/low/Low.h:18"),
     ("docstrings", {"src/low/Low.h": HEADER.replace("    void Hidden();\n    struct", "public:\n    struct")},
      "src/low/Low.h:25"),
+    ("messages", {"src/low/Low.cpp": '\nlogger->Log(kLevelError,\n  "Gone %s", 1);\n'}, "src/low/Low.cpp:2"),
+    ("commands", {"daemonctl/Main.cpp": 'app.add_subcommand("walk", "");\n'}, "daemonctl/Main.cpp:1"),
     ("paths", {"docs/page.md": "## Two words\nsee /" + "home/me/file\n"}, "docs/page.md:2"),
 ]
 
