@@ -48,13 +48,11 @@ class Packages(unittest.TestCase):
 
     def test_the_zip_holds_the_programs_the_client_library_documents_and_licences(self):
         names = [name.removeprefix(NAME + "/") for name in self.zip.namelist()]
-        documents = [path.relative_to(SOURCE).as_posix()
-                     for pattern in ("*.md", "images/*") for path in (SOURCE / "docs").glob(pattern)]
+        documents = [path.relative_to(SOURCE).as_posix() for path in (SOURCE / "docs").glob("*.md")]
         self.assertEqual(sorted(names), sorted([
             "CHANGELOG.md",
             "DaemonManager.exe",
             "DaemonMgrPS.dll",
-            "README.md",
             "daemonctl.exe",
             *documents,
             "licenses/cli11.txt",

@@ -1,0 +1,114 @@
+"""Rules about source files: length, direction of includes, tests beside their sources, paths."""
+import re
+
+from layout import lists
+from layout.tree import Finding, folder_of, line_of, name_of
+
+MAX_LINES = 300
+LONG_FOLDERS = ("src", "daemonctl", "sdk", "interface", "tests", "benchmarks", "tools")
+DATA_SUFFIXES = (".svg", ".csv", ".json", ".md", ".txt", ".log")
+INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]+"([^"]+)"', re.MULTILINE)
+MACHINE_PATH = re.compile(r"(?<![\w.*$}\]])/(?:home|root|work|mnt|media|srv|Users)/[\w.-]+")
+
+
+def check_length(tree):
+    """No source file has more than 300 lines."""
+    for path in tree.below(*LONG_FOLDERS):
+        text = None if "/corpus/" in path or path.endswith(DATA_SUFFIXES) else tree.text(path)
+        lines = text.count("\n") if text is not None else 0
+        if lines > MAX_LINES:
+            yield Finding("length", path, f"{lines} lines, {MAX_LINES} are allowed")
+
+
+def room_of(path):
+    """The listed folder that a file belongs to: the longest that fits. None: no folder fits."""
+    folder = folder_of(path)
+    while folder and folder not in lists.MAY_INCLUDE:
+        folder = folder_of(folder)
+    return folder or None
+
+
+def reachable(room):
+    """All rooms that a room may include: the listed ones, and those that they may include."""
+    found = {room}
+    todo = [room]
+    while todo:
+        for lower in lists.MAY_INCLUDE.get(todo.pop(), ()):
+            if lower not in found:
+                found.add(lower)
+                todo.append(lower)
+    return found
+
+
+def check_arrows(tree):
+    """A file includes only its own folder and the folders listed for it."""
+    code = [path for path in tree.below("src", "daemonctl", "sdk", "interface")
+            if path.endswith((".h", ".cpp"))]
+    headers = [path for path in code if path.endswith(".h")]
+    for path in code:
+        room = room_of(path)
+        if room is None:
+            yield Finding("arrows", path, "its folder is not in MAY_INCLUDE of tools/layout/lists.py")
+            continue
+        allowed = reachable(room)
+        text = tree.text(path)
+        for match in INCLUDE.finditer(text):
+            name = match.group(1)
+            if f"{folder_of(path)}/{name}" in tree.files:
+                continue
+            rooms = {room_of(header) for header in headers if header.endswith("/" + name)}
+            if rooms and not rooms & allowed:
+                place = f"{path}:{line_of(text, match.start())}"
+                yield Finding("arrows", place, f"{room} may not include {name} of "
+                              + " or ".join(sorted(str(other) for other in rooms)))
+
+
+def mirrored_folder(path):
+    """The folder of sources that belongs to a file below tests/unit."""
+    folder = folder_of(path).removeprefix("tests/unit").lstrip("/")
+    return folder if folder.split("/")[0] == "daemonctl" else f"src/{folder}".rstrip("/")
+
+
+def check_mirror(tree):
+    """tests/unit mirrors src and daemonctl: folder by folder, and test file by source."""
+    stems = {}
+    for path in tree.below("src", "daemonctl"):
+        if path.endswith((".h", ".cpp")):
+            stems.setdefault(folder_of(path), set()).add(name_of(path).partition(".")[0])
+    tested = set()
+    needed = set()
+    for path in tree.below("tests/unit"):
+        if not path.endswith((".h", ".cpp")):
+            continue
+        folder = mirrored_folder(path)
+        tested.add(folder)
+        fault = None
+        if folder not in stems:
+            fault = f"there is no folder {folder} with sources"
+        elif path.endswith("Test.cpp"):
+            subject = name_of(path).removesuffix("Test.cpp")
+            if not any(subject.startswith(stem) for stem in stems[folder]):
+                fault = f"no source of {folder} has a name that {subject} begins with"
+        if fault and path in lists.NOT_MIRRORED:
+            needed.add(path)
+        elif fault:
+            yield Finding("mirror", path, fault)
+    for folder in stems:
+        if folder in tested or not any(path.endswith(".cpp") and folder_of(path) == folder
+                                       for path in tree.files):
+            continue
+        if folder in lists.NOT_MIRRORED:
+            needed.add(folder)
+        else:
+            yield Finding("mirror", folder, "no folder of tests/unit mirrors it")
+    for path in sorted(set(lists.NOT_MIRRORED) - needed):
+        yield Finding("mirror", "tools/layout/lists.py", f"NOT_MIRRORED has no need of {path}")
+
+
+def check_paths(tree):
+    """No text names a folder of the machine on which somebody worked."""
+    for path in tree.files:
+        text = None if "/corpus/" in path else tree.text(path)
+        for match in MACHINE_PATH.finditer(text or ""):
+            yield Finding("paths", f"{path}:{line_of(text, match.start())}",
+                          f"names a folder of one machine: {match.group()}")
