@@ -24,16 +24,19 @@ Finding JudgeProxy(const ProxyFacts& facts, const std::string& version)
             check, "DaemonMgrPS.dll is not registered: no client can call the supervisor", regsvr);
     }
     if (facts.libraryError != 0) {
-        return Failure(check, "the registered proxy/stub names no library", regsvr);
+        return Failure(check, "the proxy/stub is registered, but without the path of its library",
+                       regsvr);
     }
     if (!facts.libraryThere) {
-        return Failure(check, facts.library.path + " is registered, but not there", regsvr);
+        return Failure(check, facts.library.path + " is registered, but the file does not exist",
+                       regsvr);
     }
     if (facts.library.version != version) {
         return Warning(check,
-                       facts.library.path + " is of version " +
-                           (facts.library.version.empty() ? "unknown" : facts.library.version) +
-                           ", this program of " + version,
+                       facts.library.path + " has " +
+                           (facts.library.version.empty() ? "an unknown version"
+                                                          : "version " + facts.library.version) +
+                           ", this program has version " + version,
                        "Register the DaemonMgrPS.dll that came with this program.");
     }
     return Ok(check, facts.library.path + ", version " + version);
@@ -43,36 +46,40 @@ Finding JudgeSupervisor(const SupervisorFacts& facts, const std::string& version
 {
     constexpr const char* check = "supervisor";
     using Answer = SupervisorFacts::Answer;
-    const std::string who = Describe(facts.processes);
+    const std::string processes = Describe(facts.processes);
     switch (facts.answer) {
     case Answer::answers:
         break;
     case Answer::notRunning:
         if (!facts.processes.empty()) {
             return Failure(check,
-                           "DaemonManager.exe runs (" + who +
+                           "DaemonManager.exe runs (" + processes +
                                ") but is not published: it is starting and waits for the firewall "
-                               "service, or it could not be published, or it is another user's",
-                           "See what it said last: daemonctl log --tail 20");
+                               "service, or its publication failed, or another user runs it",
+                           "Show its last records: daemonctl log --tail 20");
         }
         return Failure(check, "no supervisor is running on this machine",
-                       "Start DaemonManager.exe, as the same user or as administrator.");
+                       "Start DaemonManager.exe as this user or as administrator.");
     case Answer::proxyNotRegistered:
-        return Failure(check, "runs, but cannot be called without its proxy/stub", "See proxy.");
+        return Failure(check,
+                       "the supervisor runs, but no client can call it without its proxy/stub",
+                       "First follow the advice for the check proxy.");
     case Answer::silent:
-        return Failure(check, "published, but does not answer",
-                       "See what it said last: daemonctl log --tail 20");
+        return Failure(check, "the supervisor is published, but does not answer",
+                       "Show its last records: daemonctl log --tail 20");
     case Answer::failed:
-        return Failure(check, "published, but a call fails: " + facts.detail,
+        return Failure(check, "the supervisor is published, but a call fails: " + facts.detail,
                        "Run this command as the supervisor's user or as administrator.");
     }
-    const std::string found = "published and answering" + (who.empty() ? "" : " (" + who + ")");
+    const std::string found =
+        "published and answering" + (processes.empty() ? "" : " (" + processes + ")");
     if (facts.processes.size() > 1) {
-        return Warning(check, found, "Only one of them can be the supervisor: end the others.");
+        return Warning(check, found,
+                       "Only one of these processes can be the supervisor. End the others.");
     }
     if (!facts.processes.empty() && facts.processes.front().version != version) {
-        return Warning(check, found + "; this program is of version " + version,
-                       "Bring both to one version; docs/upgrade.md says how.");
+        return Warning(check, found + "; this program has version " + version,
+                       "Install the same version of both; docs/upgrade.md describes how.");
     }
     return Ok(check, found);
 }

@@ -11,7 +11,7 @@ std::string ErrorNumberText(std::uint32_t error)
     switch (error) {
     case 2: // ERROR_FILE_NOT_FOUND
     case 3: // ERROR_PATH_NOT_FOUND
-        return number + " (not there)";
+        return number + " (not found)";
     case 5: // ERROR_ACCESS_DENIED
         return number + " (access denied)";
     case 1060: // ERROR_SERVICE_DOES_NOT_EXIST

@@ -6,7 +6,12 @@ namespace {
 constexpr std::uint32_t kFileNotFound = 2;
 constexpr std::uint32_t kPathNotFound = 3;
 constexpr std::uint32_t kMoreData = 234;
-constexpr std::uint64_t kRoomForLog = 0x200000; // the ring's limit, and as much again
+// Twice the size that the log grows to, in bytes.
+constexpr std::uint64_t kRoomForLog = 0x200000;
+
+constexpr const char* kRootUnknown =
+    "the folder is not known, because the registry does not name the firmware root";
+constexpr const char* kRegistryFirst = "First follow the advice for the check registry.";
 
 bool IsMissing(std::uint32_t error)
 {
@@ -24,10 +29,11 @@ Finding JudgeRights(const InstallationFacts& facts)
 {
     constexpr const char* check = "rights";
     if (facts.administrator) {
-        return Ok(check, "run as administrator");
+        return Ok(check, "this command runs as administrator");
     }
-    return Warning(check, "not run as administrator: the answers below hold for this user",
-                   "Run the supervisor as administrator, and this command as the same user.");
+    return Warning(
+        check, "this command does not run as administrator: the results below hold for this user",
+        "Run the supervisor as administrator, and run this command as the same user.");
 }
 
 Finding JudgeRegistry(const InstallationFacts& facts)
@@ -35,8 +41,8 @@ Finding JudgeRegistry(const InstallationFacts& facts)
     constexpr const char* check = "registry";
     const RegistryKeyFacts& current = facts.currentKey;
     const RegistryKeyFacts& older = facts.olderKey;
-    const std::string add = "As administrator: reg add " + current.name +
-                            " /v Pathname /d C:\\FIRMWARE\\App (your folder)";
+    const std::string add = "As administrator, with the path of your own folder: reg add " +
+                            current.name + " /v Pathname /d C:\\FIRMWARE\\App";
     if (current.openError != 0 && older.openError != 0) {
         return Failure(check,
                        "neither " + current.name + " nor " + older.name +
@@ -51,21 +57,23 @@ Finding JudgeRegistry(const InstallationFacts& facts)
         text += used.valueError == kMoreData ? "longer than 254 characters"
                                              : ErrorNumberText(used.valueError);
         if (olderIgnored) {
-            text += "; " + older.name + " has one, but is not looked at while this key is there";
+            text += "; " + older.name +
+                    " has this value, but the supervisor does not read it while " + used.name +
+                    " exists";
         }
         return Failure(check, text, add);
     }
     const std::string found =
         used.name + ", Pathname " + used.pathname + ": the firmware root is " + facts.root;
     if (!IsAbsolute(facts.root)) {
-        return Warning(check, found + ", which is no full path",
-                       "Write drive and folder into the value.");
+        return Warning(check, found + ", which is not a full path",
+                       "Write the drive and the folder into the value.");
     }
     if (olderIgnored && older.pathname != used.pathname) {
         return Warning(check,
                        found + "; " + older.name + " says " + older.pathname +
-                           ", which is not looked at",
-                       "Make both the same, or remove the older key.");
+                           ", which the supervisor does not read",
+                       "Give both keys the same value, or remove the older key.");
     }
     return Ok(check, found);
 }
@@ -75,15 +83,16 @@ Finding JudgeApp(const InstallationFacts& facts)
     constexpr const char* check = "app-folder";
     const FolderFacts& app = facts.app;
     if (facts.root.empty()) {
-        return Failure(check, "not known without the registry's value", "See registry.");
+        return Failure(check, kRootUnknown, kRegistryFirst);
     }
     if (app.error != 0) {
         return Failure(check, app.path + ": " + ErrorNumberText(app.error),
-                       IsMissing(app.error) ? "Create it, or mend the registry's Pathname."
-                                            : "Give the supervisor's user access to it.");
+                       IsMissing(app.error)
+                           ? "Create the folder, or correct the registry value Pathname."
+                           : "Give the supervisor's user access to the folder.");
     }
     if (!app.isFolder) {
-        return Failure(check, app.path + " is not a folder", "Put the folder in its place.");
+        return Failure(check, app.path + " is not a folder", "Replace the file by the folder.");
     }
     return Ok(check, app.path);
 }
@@ -93,29 +102,31 @@ Finding JudgeLog(const InstallationFacts& facts)
     constexpr const char* check = "log-folder";
     const FolderFacts& logs = facts.logs;
     if (facts.root.empty()) {
-        return Failure(check, "not known without the registry's value", "See registry.");
+        return Failure(check, kRootUnknown, kRegistryFirst);
     }
     if (IsMissing(logs.error)) {
-        return Warning(check, logs.path + " is not there yet",
-                       "Nothing: the supervisor makes it when it starts, if it may.");
+        return Warning(
+            check, logs.path + " does not exist yet",
+            "Nothing to do: the supervisor creates the folder when it starts, if its user may.");
     }
     if (logs.error != 0) {
         return Failure(check, logs.path + " cannot be written to: " + ErrorNumberText(logs.error),
-                       "Give the supervisor's user the right to create files in it.");
+                       "Give the supervisor's user the right to create files in this folder.");
     }
     if (!logs.isFolder) {
-        return Failure(check, logs.path + " is not a folder", "Put a folder in its place.");
+        return Failure(check, logs.path + " is not a folder", "Replace the file by a folder.");
     }
     if (facts.logFileError != 0 && !IsMissing(facts.logFileError)) {
-        return Failure(check,
-                       facts.logFile + " cannot be written: " + ErrorNumberText(facts.logFileError),
-                       "Remove its read-only attribute, or whatever keeps it open.");
+        return Failure(
+            check, facts.logFile + " cannot be written: " + ErrorNumberText(facts.logFileError),
+            "Remove the read-only attribute of the file, or end the program that keeps the file "
+            "open.");
     }
     if (facts.freeBytes && *facts.freeBytes < kRoomForLog) {
         return Warning(check,
-                       "only " + std::to_string(*facts.freeBytes) + " bytes are free for " +
-                           facts.logFile,
-                       "Make room: the log needs up to 1 MiB.");
+                       "only " + std::to_string(*facts.freeBytes) +
+                           " bytes are free on the disk of " + facts.logFile,
+                       "Free disk space: the log grows to 1 MiB.");
     }
     return Ok(check, logs.path + " can be written to");
 }

@@ -25,19 +25,20 @@ Finding JudgeFirewallService(const FirewallServiceFacts& facts)
 {
     constexpr const char* check = "firewall-service";
     constexpr const char* noRules =
-        "Workers run, but no rule lets other machines reach them. Enable it, restart the "
-        "supervisor.";
+        "Enable the service and restart the supervisor. Until then workers run, but no firewall "
+        "rule lets other machines reach them.";
     if (facts.managerError != 0) {
         return Failure(
-            check, "the service manager cannot be asked: " + ErrorNumberText(facts.managerError),
+            check, "the service manager cannot be opened: " + ErrorNumberText(facts.managerError),
             "Run the supervisor as administrator.");
     }
     if (facts.serviceError == kNoSuchService) {
-        return Warning(check, "there is neither a service MpsSvc nor SharedAccess", noRules);
+        return Warning(check, "neither the service MpsSvc nor the service SharedAccess exists",
+                       noRules);
     }
     const std::uint32_t error = facts.serviceError != 0 ? facts.serviceError : facts.queryError;
     if (error != 0) {
-        return Warning(check, "the firewall service cannot be asked: " + ErrorNumberText(error),
+        return Warning(check, "the firewall service cannot be queried: " + ErrorNumberText(error),
                        noRules);
     }
     if (facts.startType == kServiceDisabled) {
@@ -47,8 +48,8 @@ Finding JudgeFirewallService(const FirewallServiceFacts& facts)
         return Failure(check,
                        facts.name + " is enabled, but not running (state " +
                            std::to_string(facts.state) +
-                           "): a supervisor that starts now waits for it, without end",
-                       "sc start " + facts.name + ", or disable it.");
+                           "): a supervisor that starts now waits for the service without end",
+                       "Disable the service, or start it: sc start " + facts.name);
     }
     return Ok(check, facts.name + " is running");
 }
@@ -57,7 +58,7 @@ Finding JudgeWmi(const WmiFacts& facts)
 {
     constexpr const char* check = "wmi";
     constexpr const char* remedy =
-        "Processes cannot be attached until this is mended: sc start winmgmt, winmgmt "
+        "No process can be attached until WMI works. Try: sc start winmgmt, then: winmgmt "
         "/verifyrepository";
     if (!facts.answered) {
         return Failure(check, "WMI does not answer", remedy);
@@ -68,22 +69,22 @@ Finding JudgeWmi(const WmiFacts& facts)
     if (facts.queryResult < 0 || !facts.knowsThisProcess) {
         return Failure(check,
                        facts.queryResult < 0
-                           ? "asking for a process fails: " + ResultText(facts.queryResult)
-                           : "a process that runs is not found",
+                           ? "the query for a process fails: " + ResultText(facts.queryResult)
+                           : "WMI does not find a process that runs",
                        remedy);
     }
     if (facts.executablePathResult < 0 || facts.commandLineResult < 0) {
         const bool path = facts.executablePathResult < 0;
         return Failure(check,
-                       std::string("WMI does not tell a process's ") +
-                           (path ? "executable path: " : "command line: ") +
+                       std::string("WMI does not report the ") +
+                           (path ? "executable path" : "command line") + " of a process: " +
                            ResultText(path ? facts.executablePathResult : facts.commandLineResult),
                        remedy);
     }
     if (!facts.executablePathFits) {
-        return Failure(check, "WMI tells a wrong executable path", remedy);
+        return Failure(check, "WMI reports a wrong executable path", remedy);
     }
-    return Ok(check, "tells executable path and command line of a process");
+    return Ok(check, "WMI reports the executable path and the command line of a process");
 }
 
 Finding JudgeCrashDialogs(const CrashDialogFacts& facts)
@@ -92,23 +93,25 @@ Finding JudgeCrashDialogs(const CrashDialogFacts& facts)
     constexpr const char* key =
         R"(reg add "HKLM\SOFTWARE\Microsoft\Windows\Windows Error Reporting" /v DontShowUI )";
     if (!facts.debugger.empty()) {
-        return Warning(check,
-                       "a debugger is started for a worker that crashes, which lives on until the "
-                       "debugger lets it go: " +
-                           facts.debugger,
-                       R"(Remove the value Debugger of HKLM\SOFTWARE\Microsoft\Windows NT\)"
-                       R"(CurrentVersion\AeDebug.)");
+        return Warning(
+            check,
+            "Windows starts a debugger when a worker crashes, and the process stays until the "
+            "debugger releases it: " +
+                facts.debugger,
+            R"(Remove the value Debugger of the key HKLM\SOFTWARE\Microsoft\Windows NT\)"
+            R"(CurrentVersion\AeDebug.)");
     }
     if (facts.reportingDisabled || facts.dialogsOff) {
         return Ok(check, "off: a worker that crashes ends at once");
     }
     if (facts.offForThisUser) {
-        return Ok(check, "off for this user, which must be the supervisor's, too");
+        return Ok(check, "off for this user; the supervisor must run as the same user");
     }
-    return Warning(check,
-                   "Windows may show a dialog when a worker crashes; until somebody closes it the "
-                   "process lives and is not restarted",
-                   std::string("As administrator: ") + key + "/t REG_DWORD /d 1 /f");
+    return Warning(
+        check,
+        "Windows may show a dialog when a worker crashes; until somebody closes the dialog, "
+        "the process stays and the worker is not restarted",
+        std::string("As administrator: ") + key + "/t REG_DWORD /d 1 /f");
 }
 
 Finding JudgeErrorBoxes(const CrashDialogFacts& facts)
@@ -117,32 +120,35 @@ Finding JudgeErrorBoxes(const CrashDialogFacts& facts)
     if (facts.errorMode == kNoErrorBoxes) {
         return Ok(check, "off: a worker that cannot be loaded ends at once");
     }
-    return Warning(check,
-                   "Windows may show a box when a worker lacks a DLL or a disk; until somebody "
-                   "closes it the process counts as running",
-                   R"(As administrator: reg add HKLM\SYSTEM\CurrentControlSet\Control\Windows )"
-                   "/v ErrorMode /t REG_DWORD /d 2 /f, then restart Windows.");
+    return Warning(
+        check,
+        "Windows may show a message box when a worker lacks a DLL or a disk; until somebody "
+        "closes the box, the process counts as running",
+        "As administrator, before you restart Windows: "
+        R"(reg add HKLM\SYSTEM\CurrentControlSet\Control\Windows )"
+        "/v ErrorMode /t REG_DWORD /d 2 /f");
 }
 
 Finding JudgeFirewallRules(const FirewallRulesFacts& facts)
 {
     constexpr const char* check = "firewall-rules";
     if (facts.result < 0) {
-        return Warning(check, "the rules cannot be listed: " + ResultText(facts.result),
-                       "Run as administrator, with the firewall service running.");
+        return Warning(check,
+                       "the rules of the firewall cannot be listed: " + ResultText(facts.result),
+                       "Start the firewall service, and run this command as administrator.");
     }
     const std::vector<std::string> dead = DeadRules(facts);
     const std::vector<std::string> duplicates = DuplicateRules(facts.rules);
     std::string text = std::to_string(facts.rules.size()) + " rules \"allowing ...\", " +
-                       std::to_string(dead.size()) + " of programs that are gone, " +
+                       std::to_string(dead.size()) + " whose program is gone, " +
                        std::to_string(duplicates.size()) + " duplicate";
     if (dead.empty() && duplicates.empty()) {
         return Ok(check, std::move(text));
     }
     return Warning(check, text + Listed("gone", dead) + Listed("duplicate", duplicates),
-                   dead.empty() ? "Remove one of each pair in the firewall's settings."
-                                : "As administrator: daemonctl doctor --prune removes those of "
-                                  "programs that are gone.");
+                   dead.empty() ? "Remove one rule of each pair in the settings of the firewall."
+                                : "As administrator, to remove the rules whose program is gone: "
+                                  "daemonctl doctor --prune");
 }
 
 } // namespace vqrx::client::v0

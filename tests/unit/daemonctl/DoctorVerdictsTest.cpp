@@ -13,6 +13,8 @@ using namespace client::v0;
 
 constexpr const char* kCurrentKey = R"(HKLM\SOFTWARE\UnitWarden\CurrentVersion)";
 constexpr const char* kOlderKey = R"(HKLM\SOFTWARE\VANTORO_QRX\CurrentVersion)";
+constexpr const char* kRootUnknown =
+    "the folder is not known, because the registry does not name the firmware root";
 constexpr long kDenied = static_cast<long>(0x80070005U - 0x100000000LL);
 
 // A machine on which all is well.
@@ -83,8 +85,9 @@ TEST(DoctorVerdicts, warn_of_an_ordinary_user)
 {
     DoctorFacts facts = Healthy();
     facts.installation.administrator = false;
-    ExpectFinding(facts, "rights", Verdict::warning,
-                  "not run as administrator: the answers below hold for this user");
+    ExpectFinding(
+        facts, "rights", Verdict::warning,
+        "this command does not run as administrator: the results below hold for this user");
 }
 
 TEST(DoctorVerdicts, name_the_key_and_the_root)
@@ -101,12 +104,12 @@ TEST(DoctorVerdicts, fail_without_either_key)
     facts.installation.root = "";
     ExpectFinding(facts, "registry", Verdict::failure,
                   R"(neither HKLM\SOFTWARE\UnitWarden\CurrentVersion nor )"
-                  R"(HKLM\SOFTWARE\VANTORO_QRX\CurrentVersion can be opened: error 2 (not there))");
+                  R"(HKLM\SOFTWARE\VANTORO_QRX\CurrentVersion can be opened: error 2 (not found))");
     EXPECT_EQ(Of(facts, "registry").remedy,
-              R"(As administrator: reg add HKLM\SOFTWARE\UnitWarden\CurrentVersion /v Pathname /d )"
-              R"(C:\FIRMWARE\App (your folder))");
-    ExpectFinding(facts, "app-folder", Verdict::failure, "not known without the registry's value");
-    ExpectFinding(facts, "log-folder", Verdict::failure, "not known without the registry's value");
+              "As administrator, with the path of your own folder: "
+              R"(reg add HKLM\SOFTWARE\UnitWarden\CurrentVersion /v Pathname /d C:\FIRMWARE\App)");
+    ExpectFinding(facts, "app-folder", Verdict::failure, kRootUnknown);
+    ExpectFinding(facts, "log-folder", Verdict::failure, kRootUnknown);
 }
 
 TEST(DoctorVerdicts, fail_for_a_key_without_a_value_even_when_the_older_one_has_it)
@@ -115,13 +118,13 @@ TEST(DoctorVerdicts, fail_for_a_key_without_a_value_even_when_the_older_one_has_
     facts.installation.currentKey = {kCurrentKey, 0, 2, ""};
     ExpectFinding(
         facts, "registry", Verdict::failure,
-        R"(HKLM\SOFTWARE\UnitWarden\CurrentVersion, value Pathname: error 2 (not there))");
+        R"(HKLM\SOFTWARE\UnitWarden\CurrentVersion, value Pathname: error 2 (not found))");
     facts.installation.olderKey = {kOlderKey, 0, 0, R"(C:\FW)"};
     ExpectFinding(
         facts, "registry", Verdict::failure,
-        R"(HKLM\SOFTWARE\UnitWarden\CurrentVersion, value Pathname: error 2 (not there); )"
-        R"(HKLM\SOFTWARE\VANTORO_QRX\CurrentVersion has one, but is not looked at while )"
-        "this key is there");
+        R"(HKLM\SOFTWARE\UnitWarden\CurrentVersion, value Pathname: error 2 (not found); )"
+        R"(HKLM\SOFTWARE\VANTORO_QRX\CurrentVersion has this value, but the supervisor does not )"
+        R"(read it while HKLM\SOFTWARE\UnitWarden\CurrentVersion exists)");
     facts.installation.olderKey.openError = 2;
     facts.installation.currentKey.valueError = 234;
     ExpectFinding(
@@ -146,7 +149,8 @@ TEST(DoctorVerdicts, warn_of_keys_that_disagree)
     ExpectFinding(
         facts, "registry", Verdict::warning,
         R"(HKLM\SOFTWARE\UnitWarden\CurrentVersion, Pathname C:\FW\App: the firmware root is )"
-        R"(C:\FW; HKLM\SOFTWARE\VANTORO_QRX\CurrentVersion says D:\FW\App, which is not looked at)");
+        R"(C:\FW; HKLM\SOFTWARE\VANTORO_QRX\CurrentVersion says D:\FW\App, which the supervisor )"
+        "does not read");
     facts.installation.olderKey.pathname = R"(C:\FW\App)";
     EXPECT_EQ(Of(facts, "registry").verdict, Verdict::ok);
 }
@@ -159,7 +163,7 @@ TEST(DoctorVerdicts, warn_of_a_root_that_is_no_full_path)
     ExpectFinding(
         facts, "registry", Verdict::warning,
         R"(HKLM\SOFTWARE\UnitWarden\CurrentVersion, Pathname FW\App: the firmware root is FW, )"
-        "which is no full path");
+        "which is not a full path");
     facts.installation.root = R"(\\server\FW)";
     EXPECT_EQ(Of(facts, "registry").verdict, Verdict::ok);
 }
@@ -168,7 +172,7 @@ TEST(DoctorVerdicts, fail_without_the_app_folder)
 {
     DoctorFacts facts = Healthy();
     facts.installation.app = {R"(C:\FW\App)", 3, false};
-    ExpectFinding(facts, "app-folder", Verdict::failure, R"(C:\FW\App: error 3 (not there))");
+    ExpectFinding(facts, "app-folder", Verdict::failure, R"(C:\FW\App: error 3 (not found))");
     facts.installation.app.error = 5;
     ExpectFinding(facts, "app-folder", Verdict::failure, R"(C:\FW\App: error 5 (access denied))");
     facts.installation.app.error = 0;
@@ -182,7 +186,7 @@ TEST(DoctorVerdicts, tell_a_log_that_cannot_be_written)
     ExpectFinding(facts, "log-folder", Verdict::ok, R"(C:\FW\Logs can be written to)");
     facts.installation.freeBytes = 0x1FFFFF;
     ExpectFinding(facts, "log-folder", Verdict::warning,
-                  R"(only 2097151 bytes are free for C:\FW\Logs\DaemonManager.log)");
+                  R"(only 2097151 bytes are free on the disk of C:\FW\Logs\DaemonManager.log)");
     facts.installation.logFileError = 32;
     ExpectFinding(facts, "log-folder", Verdict::failure,
                   R"(C:\FW\Logs\DaemonManager.log cannot be written: error 32)");
@@ -192,7 +196,7 @@ TEST(DoctorVerdicts, tell_a_log_that_cannot_be_written)
     ExpectFinding(facts, "log-folder", Verdict::failure,
                   R"(C:\FW\Logs cannot be written to: error 5 (access denied))");
     facts.installation.logs.error = 2;
-    ExpectFinding(facts, "log-folder", Verdict::warning, R"(C:\FW\Logs is not there yet)");
+    ExpectFinding(facts, "log-folder", Verdict::warning, R"(C:\FW\Logs does not exist yet)");
 }
 
 TEST(DoctorVerdicts, tell_what_is_wrong_with_the_proxy)
@@ -200,15 +204,17 @@ TEST(DoctorVerdicts, tell_what_is_wrong_with_the_proxy)
     DoctorFacts facts = Healthy();
     facts.proxy.library.version = "0.9.0";
     ExpectFinding(facts, "proxy", Verdict::warning,
-                  R"(C:\FW\App\DaemonMgrPS.dll is of version 0.9.0, this program of 1.0.0)");
+                  R"(C:\FW\App\DaemonMgrPS.dll has version 0.9.0, this program has version 1.0.0)");
     facts.proxy.library.version = "";
-    ExpectFinding(facts, "proxy", Verdict::warning,
-                  R"(C:\FW\App\DaemonMgrPS.dll is of version unknown, this program of 1.0.0)");
+    ExpectFinding(
+        facts, "proxy", Verdict::warning,
+        R"(C:\FW\App\DaemonMgrPS.dll has an unknown version, this program has version 1.0.0)");
     facts.proxy.libraryThere = false;
     ExpectFinding(facts, "proxy", Verdict::failure,
-                  R"(C:\FW\App\DaemonMgrPS.dll is registered, but not there)");
+                  R"(C:\FW\App\DaemonMgrPS.dll is registered, but the file does not exist)");
     facts.proxy.libraryError = 2;
-    ExpectFinding(facts, "proxy", Verdict::failure, "the registered proxy/stub names no library");
+    ExpectFinding(facts, "proxy", Verdict::failure,
+                  "the proxy/stub is registered, but without the path of its library");
     facts.proxy.interfaceError = 2;
     ExpectFinding(facts, "proxy", Verdict::failure,
                   "DaemonMgrPS.dll is not registered: no client can call the supervisor");
@@ -223,21 +229,22 @@ TEST(DoctorVerdicts, tell_how_the_supervisor_answers)
     supervisor.processes[0].version = "0.9.0";
     ExpectFinding(
         facts, "supervisor", Verdict::warning,
-        "published and answering (process 12, version 0.9.0); this program is of version 1.0.0");
+        "published and answering (process 12, version 0.9.0); this program has version 1.0.0");
     supervisor.processes.push_back({13, "", ""});
     ExpectFinding(facts, "supervisor", Verdict::warning,
                   "published and answering (process 12, version 0.9.0, process 13)");
     supervisor.processes.clear(); // under another file name
     ExpectFinding(facts, "supervisor", Verdict::ok, "published and answering");
     supervisor.answer = SupervisorFacts::Answer::silent;
-    ExpectFinding(facts, "supervisor", Verdict::failure, "published, but does not answer");
+    ExpectFinding(facts, "supervisor", Verdict::failure,
+                  "the supervisor is published, but does not answer");
     supervisor.answer = SupervisorFacts::Answer::failed;
     supervisor.detail = "detach: 0x80070005";
     ExpectFinding(facts, "supervisor", Verdict::failure,
-                  "published, but a call fails: detach: 0x80070005");
+                  "the supervisor is published, but a call fails: detach: 0x80070005");
     supervisor.answer = SupervisorFacts::Answer::proxyNotRegistered;
     ExpectFinding(facts, "supervisor", Verdict::failure,
-                  "runs, but cannot be called without its proxy/stub");
+                  "the supervisor runs, but no client can call it without its proxy/stub");
     supervisor.answer = SupervisorFacts::Answer::notRunning;
     ExpectFinding(facts, "supervisor", Verdict::failure,
                   "no supervisor is running on this machine");
@@ -245,8 +252,8 @@ TEST(DoctorVerdicts, tell_how_the_supervisor_answers)
     ExpectFinding(
         facts, "supervisor", Verdict::failure,
         "DaemonManager.exe runs (process 12, version 1.0.0) but is not published: it is "
-        "starting and waits for the firewall service, or it could not be published, or it "
-        "is another user's");
+        "starting and waits for the firewall service, or its publication failed, or another "
+        "user runs it");
 }
 
 TEST(DoctorVerdicts, tell_the_firewall_service_that_start_up_would_wait_for)
@@ -258,37 +265,38 @@ TEST(DoctorVerdicts, tell_the_firewall_service_that_start_up_would_wait_for)
     ExpectFinding(
         facts, "firewall-service", Verdict::failure,
         "MpsSvc is enabled, but not running (state 1): a supervisor that starts now waits "
-        "for it, without end");
+        "for the service without end");
     service.startType = 4;
     ExpectFinding(facts, "firewall-service", Verdict::warning, "MpsSvc is disabled");
     service.queryError = 5;
     ExpectFinding(facts, "firewall-service", Verdict::warning,
-                  "the firewall service cannot be asked: error 5 (access denied)");
+                  "the firewall service cannot be queried: error 5 (access denied)");
     service.serviceError = 1060;
     ExpectFinding(facts, "firewall-service", Verdict::warning,
-                  "there is neither a service MpsSvc nor SharedAccess");
+                  "neither the service MpsSvc nor the service SharedAccess exists");
     service.managerError = 5;
     ExpectFinding(facts, "firewall-service", Verdict::failure,
-                  "the service manager cannot be asked: error 5 (access denied)");
+                  "the service manager cannot be opened: error 5 (access denied)");
 }
 
 TEST(DoctorVerdicts, tell_what_wmi_keeps_from_the_supervisor)
 {
     DoctorFacts facts = Healthy();
     WmiFacts& wmi = facts.wmi;
-    ExpectFinding(facts, "wmi", Verdict::ok, "tells executable path and command line of a process");
+    ExpectFinding(facts, "wmi", Verdict::ok,
+                  "WMI reports the executable path and the command line of a process");
     wmi.executablePathFits = false;
-    ExpectFinding(facts, "wmi", Verdict::failure, "WMI tells a wrong executable path");
+    ExpectFinding(facts, "wmi", Verdict::failure, "WMI reports a wrong executable path");
     wmi.commandLineResult = kDenied;
     ExpectFinding(facts, "wmi", Verdict::failure,
-                  "WMI does not tell a process's command line: 0x80070005");
+                  "WMI does not report the command line of a process: 0x80070005");
     wmi.executablePathResult = kDenied;
     ExpectFinding(facts, "wmi", Verdict::failure,
-                  "WMI does not tell a process's executable path: 0x80070005");
+                  "WMI does not report the executable path of a process: 0x80070005");
     wmi.knowsThisProcess = false;
-    ExpectFinding(facts, "wmi", Verdict::failure, "a process that runs is not found");
+    ExpectFinding(facts, "wmi", Verdict::failure, "WMI does not find a process that runs");
     wmi.queryResult = kDenied;
-    ExpectFinding(facts, "wmi", Verdict::failure, "asking for a process fails: 0x80070005");
+    ExpectFinding(facts, "wmi", Verdict::failure, "the query for a process fails: 0x80070005");
     wmi.connectFailure = "Init WMI errror x";
     ExpectFinding(facts, "wmi", Verdict::failure,
                   R"(no connection to root\cimv2: Init WMI errror x)");
@@ -306,13 +314,13 @@ TEST(DoctorVerdicts, warn_of_windows_that_keep_a_dead_worker)
     EXPECT_EQ(Of(facts, "crash-dialogs").verdict, Verdict::warning);
     crash.offForThisUser = true;
     ExpectFinding(facts, "crash-dialogs", Verdict::ok,
-                  "off for this user, which must be the supervisor's, too");
+                  "off for this user; the supervisor must run as the same user");
     crash.reportingDisabled = true;
     ExpectFinding(facts, "crash-dialogs", Verdict::ok, "off: a worker that crashes ends at once");
     crash.debugger = "drdebug.exe -p %ld";
     ExpectFinding(facts, "crash-dialogs", Verdict::warning,
-                  "a debugger is started for a worker that crashes, which lives on until the "
-                  "debugger lets it go: drdebug.exe -p %ld");
+                  "Windows starts a debugger when a worker crashes, and the process stays until "
+                  "the debugger releases it: drdebug.exe -p %ld");
 }
 
 TEST(DoctorVerdicts, count_the_firewall_rules)
@@ -321,15 +329,15 @@ TEST(DoctorVerdicts, count_the_firewall_rules)
     DoctorFacts facts = Healthy();
     facts.firewallRules.rules = {{R"(allowing C:\a.exe)", R"(C:\a.exe)", Program::there}};
     ExpectFinding(facts, "firewall-rules", Verdict::ok,
-                  "1 rules \"allowing ...\", 0 of programs that are gone, 0 duplicate");
+                  "1 rules \"allowing ...\", 0 whose program is gone, 0 duplicate");
     facts.firewallRules.rules.push_back({R"(allowing C:\A.exe)", R"(C:\A.exe)", Program::there});
     facts.firewallRules.rules.push_back({R"(allowing C:\b.exe)", R"(C:\b.exe)", Program::gone});
     ExpectFinding(facts, "firewall-rules", Verdict::warning,
-                  "3 rules \"allowing ...\", 1 of programs that are gone, 1 duplicate\n"
+                  "3 rules \"allowing ...\", 1 whose program is gone, 1 duplicate\n"
                   "gone: \"allowing C:\\b.exe\"\nduplicate: \"allowing C:\\A.exe\"");
     facts.firewallRules.result = kDenied;
     ExpectFinding(facts, "firewall-rules", Verdict::warning,
-                  "the rules cannot be listed: 0x80070005");
+                  "the rules of the firewall cannot be listed: 0x80070005");
 }
 
 TEST(DoctorVerdicts, become_an_exit_code_that_says_the_worst)
