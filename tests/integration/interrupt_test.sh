@@ -7,7 +7,7 @@ set -uo pipefail
 bin=$1
 kind=$2
 tools=$(cd "$(dirname "$0")/../../tools" && pwd)
-: "${WINEPREFIX:=$(dirname "$tools")/build/wine}"
+: "${WINEPREFIX:?run me by tools/wine-prefix --run}"
 export WINEPREFIX WINEDEBUG=-all
 folder=$(mktemp -d)
 root=$WINEPREFIX/drive_c/dm_interrupt_test
