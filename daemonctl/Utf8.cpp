@@ -1,12 +1,11 @@
 #include "Utf8.h"
 
 #include "com/TextConversion.h"
+#include "win32/LocalMemory.h"
 
 #include <windows.h>
 
 #include <shellapi.h>
-
-#include <memory>
 
 namespace vqrx::client::v0 {
 
@@ -35,11 +34,9 @@ std::string Utf8(std::wstring_view wide)
 
 std::vector<std::string> Utf8Arguments()
 {
-    struct Free {
-        void operator()(void* memory) const noexcept { LocalFree(memory); }
-    };
     int count = 0;
-    const std::unique_ptr<wchar_t*, Free> split(CommandLineToArgvW(GetCommandLineW(), &count));
+    const system::win32::v1::UniqueLocalMemory<wchar_t*> split(
+        CommandLineToArgvW(GetCommandLineW(), &count));
     std::vector<std::string> arguments;
     for (int index = 0; split && index < count; ++index) {
         arguments.push_back(Utf8(split.get()[index]));

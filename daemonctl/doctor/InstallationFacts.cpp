@@ -29,9 +29,8 @@ std::string Utf8OfAnsi(const std::string& text)
 std::string ReadPathname(const char* name, RegistryKeyFacts& facts)
 {
     facts.name = std::string("HKLM\\") + name;
-    HKEY raw = nullptr;
-    const LSTATUS opened = RegOpenKeyExA(HKEY_LOCAL_MACHINE, name, 0, KEY_QUERY_VALUE, &raw);
-    const UniqueRegistryKey key(raw);
+    UniqueRegistryKey key;
+    const LSTATUS opened = RegOpenKeyExA(HKEY_LOCAL_MACHINE, name, 0, KEY_QUERY_VALUE, key.Put());
     facts.openError = static_cast<std::uint32_t>(opened);
     if (opened != ERROR_SUCCESS) {
         return {};

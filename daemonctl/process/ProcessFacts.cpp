@@ -2,6 +2,8 @@
 
 #include "Utf8.h"
 #include "process/HeldProcess.h"
+#include "win32/FileTime.h"
+#include "win32/LocalMemory.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
@@ -11,24 +13,16 @@
 #include <winternl.h>
 
 #include <cstddef>
-#include <memory>
 #include <optional>
 #include <vector>
 
 namespace vqrx::client::v0 {
 namespace {
 
-using system::win32::v1::UniqueKernelHandle;
-using system::win32::v1::UniqueServiceHandle;
+namespace win32 = system::win32::v1;
 
-constexpr std::int64_t kTicksPerMs = 10000;                // a FILETIME counts 100 ns
-constexpr std::int64_t kMsFrom1601To1970 = 11644473600000; // its zero is the year 1601
-
-std::int64_t Ticks(const FILETIME& time)
-{
-    return static_cast<std::int64_t>((static_cast<std::uint64_t>(time.dwHighDateTime) << 32U) |
-                                     time.dwLowDateTime);
-}
+using win32::UniqueKernelHandle;
+using win32::UniqueServiceHandle;
 
 std::wstring ImageOf(HANDLE process)
 {
@@ -118,8 +112,9 @@ ProcessFacts HeldProcess::Facts() const
     FILETIME kernel{};
     FILETIME user{};
     if (GetProcessTimes(process_.Get(), &created, &ended, &kernel, &user) != FALSE) {
-        facts.createdMs = Ticks(created) / kTicksPerMs - kMsFrom1601To1970;
-        facts.cpuMs = (Ticks(kernel) + Ticks(user)) / kTicksPerMs;
+        facts.createdMs = win32::UnixMilliseconds(created);
+        facts.cpuMs = static_cast<std::int64_t>(win32::Ticks(kernel) + win32::Ticks(user)) /
+                      win32::kTicksPerMillisecond;
     }
     PROCESS_MEMORY_COUNTERS memory{};
     if (GetProcessMemoryInfo(process_.Get(), &memory, sizeof memory) != FALSE) {
@@ -135,9 +130,6 @@ ProcessFacts ReadProcessFacts(std::uint32_t processId)
 
 std::vector<std::string> ArgumentsOfProcess(std::uint32_t processId)
 {
-    struct Free {
-        void operator()(void* memory) const noexcept { LocalFree(memory); }
-    };
     const UniqueKernelHandle process(
         OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, processId));
     const std::wstring commandLine = process ? CommandLineOf(process.Get()) : std::wstring();
@@ -146,7 +138,7 @@ std::vector<std::string> ArgumentsOfProcess(std::uint32_t processId)
         return arguments;
     }
     int count = 0;
-    const std::unique_ptr<wchar_t*, Free> split(CommandLineToArgvW(commandLine.c_str(), &count));
+    const win32::UniqueLocalMemory<wchar_t*> split(CommandLineToArgvW(commandLine.c_str(), &count));
     for (int index = 1; split && index < count; ++index) {
         arguments.push_back(Utf8(split.get()[index]));
     }

@@ -17,11 +17,9 @@ constexpr DWORD kMaxPathname = 255; // bytes, as the value's other readers take 
 
 UniqueRegistryKey OpenKey(const char* name)
 {
-    HKEY key = nullptr;
-    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, name, 0, KEY_QUERY_VALUE, &key) != ERROR_SUCCESS) {
-        return {};
-    }
-    return UniqueRegistryKey(key);
+    UniqueRegistryKey key;
+    RegOpenKeyExA(HKEY_LOCAL_MACHINE, name, 0, KEY_QUERY_VALUE, key.Put());
+    return key; // empty if the key could not be opened
 }
 
 } // namespace

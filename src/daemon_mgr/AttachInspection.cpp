@@ -3,12 +3,12 @@
 #include "ServiceOfProcess.h"
 #include "WmiQuery.h"
 #include "com/TextConversion.h"
+#include "win32/LocalMemory.h"
 
 #include <windows.h>
 
 #include <shellapi.h>
 
-#include <memory>
 #include <sstream>
 #include <utility>
 
@@ -21,16 +21,12 @@ using com::v1::WideToNarrow;
 constexpr int kSuccess = 0;
 constexpr int kFailure = 1;
 
-struct LocalFreeDeleter {
-    void operator()(void* memory) const noexcept { LocalFree(memory); }
-};
-
 // @return false when the command line does not split
 bool SplitArguments(const UniqueBstr& commandLine, std::vector<std::string>& arguments)
 {
     int count = 0;
     const wchar_t* const text = commandLine.Get() != nullptr ? commandLine.Get() : L"";
-    const std::unique_ptr<wchar_t*, LocalFreeDeleter> split(CommandLineToArgvW(text, &count));
+    const win32::v1::UniqueLocalMemory<wchar_t*> split(CommandLineToArgvW(text, &count));
     if (!split) {
         return false;
     }

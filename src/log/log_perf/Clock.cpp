@@ -3,6 +3,8 @@
 #include "log_perf/ZoneOfMinute.h"
 
 #if defined(_WIN32)
+#include "win32/FileTime.h"
+
 #include <windows.h>
 #else
 #include <chrono>
@@ -13,9 +15,6 @@ namespace vqrx::log::log_perf::v2 {
 #if defined(_WIN32)
 namespace {
 
-constexpr std::uint64_t kTicksPerMillisecond = 10000;      // FILETIME: 100 ns since 1601
-constexpr std::uint64_t kEpochDifference = 11644473600000; // milliseconds from 1601 to 1970
-
 ZoneOfMinute zone;
 
 } // namespace
@@ -24,11 +23,9 @@ Timestamp CurrentTimestamp() noexcept
 {
     FILETIME ticks{};
     GetSystemTimeAsFileTime(&ticks);
-    const std::uint64_t since1601 =
-        (static_cast<std::uint64_t>(ticks.dwHighDateTime) << 32) | ticks.dwLowDateTime;
-    const std::uint64_t milliseconds = since1601 / kTicksPerMillisecond - kEpochDifference;
+    const std::int64_t milliseconds = system::win32::v1::UnixMilliseconds(ticks);
     Timestamp now{};
-    now.time = static_cast<std::int64_t>(milliseconds / 1000);
+    now.time = milliseconds / 1000;
     now.millitm = static_cast<unsigned short>(milliseconds % 1000);
     if (!zone.Fill(now)) {
         Timestamp complete{};

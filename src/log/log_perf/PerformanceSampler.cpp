@@ -1,20 +1,15 @@
 #include "log_perf/PerformanceSampler.h"
 
 #include "log_perf/Clock.h"
+#include "win32/FileTime.h"
 
 #include <windows.h>
 
 #include <psapi.h>
 
 namespace vqrx::log::log_perf::v2 {
-namespace {
 
-std::uint64_t Number(const FILETIME& time) noexcept
-{
-    return (static_cast<std::uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime;
-}
-
-} // namespace
+using system::win32::v1::Ticks;
 
 SystemTimes SampleSystemTimes() noexcept
 {
@@ -22,7 +17,7 @@ SystemTimes SampleSystemTimes() noexcept
     FILETIME kernel{};
     FILETIME user{};
     GetSystemTimes(&idle, &kernel, &user);
-    return {Number(idle), Number(kernel) + Number(user)};
+    return {Ticks(idle), Ticks(kernel) + Ticks(user)};
 }
 
 PerformanceSample SamplePerformance() noexcept
@@ -35,8 +30,8 @@ PerformanceSample SamplePerformance() noexcept
     FILETIME kernel{};
     FILETIME user{};
     GetProcessTimes(GetCurrentProcess(), &created, &exited, &kernel, &user);
-    sample.kernelTime = Number(kernel);
-    sample.userTime = Number(user);
+    sample.kernelTime = Ticks(kernel);
+    sample.userTime = Ticks(user);
 
     PROCESS_MEMORY_COUNTERS memory{};
     GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory);

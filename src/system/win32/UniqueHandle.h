@@ -55,7 +55,14 @@ public:
     /// Gives the handle away; the caller closes it.
     [[nodiscard]] Raw Release() noexcept { return std::exchange(raw_, Traits::Empty()); }
 
-    /// Closes what is held and takes over raw.
+    /// For the out-parameter of a call that opens a handle. Closes the handle that is held first.
+    [[nodiscard]] Raw* Put() noexcept
+    {
+        Reset();
+        return &raw_;
+    }
+
+    /// Closes the handle that is held and takes over raw.
     void Reset(Raw raw = Traits::Empty()) noexcept
     {
         const Raw old = std::exchange(raw_, raw);

@@ -20,7 +20,7 @@ HANDLE MakeEvent()
 
 } // namespace
 
-TEST(UniqueHandle, closes_its_handle_at_its_end)
+TEST(UniqueHandle, The_handle_is_closed_at_the_end_of_its_owner)
 {
     const HANDLE event = MakeEvent();
     {
@@ -31,14 +31,14 @@ TEST(UniqueHandle, closes_its_handle_at_its_end)
     EXPECT_FALSE(IsOpen(event));
 }
 
-TEST(UniqueHandle, takes_null_and_the_invalid_value_for_nothing)
+TEST(UniqueHandle, Null_and_the_invalid_handle_value_count_as_empty)
 {
     EXPECT_FALSE(UniqueKernelHandle());
     EXPECT_FALSE(UniqueKernelHandle(nullptr));
     EXPECT_FALSE(UniqueKernelHandle(INVALID_HANDLE_VALUE));
 }
 
-TEST(UniqueHandle, moved_hands_its_handle_over)
+TEST(UniqueHandle, A_move_hands_the_handle_over_and_closes_the_one_it_replaces)
 {
     const HANDLE event = MakeEvent();
     UniqueKernelHandle source(event);
@@ -50,7 +50,7 @@ TEST(UniqueHandle, moved_hands_its_handle_over)
     EXPECT_FALSE(IsOpen(replaced));
 }
 
-TEST(UniqueHandle, released_is_the_callers_to_close)
+TEST(UniqueHandle, A_released_handle_stays_open)
 {
     UniqueKernelHandle owner(MakeEvent());
     const UniqueKernelHandle mine(owner.Release());
@@ -58,7 +58,21 @@ TEST(UniqueHandle, released_is_the_callers_to_close)
     EXPECT_TRUE(IsOpen(mine.Get()));
 }
 
-TEST(UniqueHandle, closing_keeps_the_threads_last_error)
+TEST(UniqueHandle, Put_closes_the_held_handle_and_takes_the_new_one)
+{
+    UniqueKernelHandle owner(MakeEvent());
+    const HANDLE replaced = owner.Get();
+    HANDLE* const out = owner.Put();
+    EXPECT_FALSE(IsOpen(replaced));
+    EXPECT_FALSE(owner);
+    const HANDLE opened = MakeEvent();
+    *out = opened;
+    EXPECT_EQ(opened, owner.Get());
+    owner.Reset();
+    EXPECT_FALSE(IsOpen(opened));
+}
+
+TEST(UniqueHandle, Closing_keeps_the_last_error_of_the_thread)
 {
     UniqueKernelHandle owner(MakeEvent());
     SetLastError(1234);
