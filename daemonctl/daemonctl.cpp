@@ -1,16 +1,10 @@
+#include "Commands.h"
 #include "DaemonArguments.h"
 #include "ExitCode.h"
+#include "FinishOutput.h"
 #include "LogPath.h"
 #include "UsageError.h"
 #include "Utf8.h"
-#include "commands/CompletionCommand.h"
-#include "commands/ControlCommands.h"
-#include "commands/DoctorCommand.h"
-#include "commands/FinishOutput.h"
-#include "commands/LogCommand.h"
-#include "commands/ReattachCommand.h"
-#include "commands/ReportCommand.h"
-#include "commands/WatchCommands.h"
 
 #include <CLI/CLI.hpp>
 

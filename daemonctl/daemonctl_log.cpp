@@ -1,9 +1,8 @@
 // daemonctl's commands that need nothing but a copy of a log file, for any system.
+#include "Commands.h"
 #include "ExitCode.h"
+#include "FinishOutput.h"
 #include "UsageError.h"
-#include "commands/FinishOutput.h"
-#include "commands/LogCommand.h"
-#include "commands/ReportCommand.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,15 +1,15 @@
-#include "commands/WatchCommands.h"
+#include "Commands.h"
 
+#include "DaemonListing.h"
 #include "DecimalNumber.h"
 #include "ExitCode.h"
-#include "LocalTime.h"
-#include "commands/PrintText.h"
-#include "commands/WithLog.h"
-#include "daemons/DaemonListing.h"
-#include "daemons/Expectation.h"
-#include "daemons/ThisMachine.h"
-#include "log_reader/RecordText.h"
-#include "log_reader/TimeText.h"
+#include "Expectation.h"
+#include "PrintText.h"
+#include "Printable.h"
+#include "TextFile.h"
+#include "ThisMachine.h"
+#include "TimeText.h"
+#include "WithSupervisorAndLog.h"
 
 #include <nlohmann/json.hpp>
 

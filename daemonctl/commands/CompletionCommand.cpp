@@ -1,4 +1,4 @@
-#include "commands/CompletionCommand.h"
+#include "Commands.h"
 
 #include "Completion.h"
 #include "ExitCode.h"

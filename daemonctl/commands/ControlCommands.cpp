@@ -1,9 +1,9 @@
-#include "commands/ControlCommands.h"
+#include "Commands.h"
 
 #include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "Utf8.h"
-#include "commands/WithSupervisor.h"
+#include "WithSupervisor.h"
 
 #include <cstdint>
 #include <iostream>

@@ -1,12 +1,14 @@
-#include "commands/LogCommand.h"
+#include "Commands.h"
+
+#include "LogOptions.h"
 
 #include "DecimalNumber.h"
 #include "ExitCode.h"
-#include "commands/LineOutput.h"
-#include "log_reader/FollowLog.h"
-#include "log_reader/RecordFilter.h"
-#include "log_reader/RecordText.h"
-#include "log_reader/TimeText.h"
+#include "FollowLog.h"
+#include "LineOutput.h"
+#include "RecordFilter.h"
+#include "RecordText.h"
+#include "TimeText.h"
 
 #include <cstddef>
 #include <deque>

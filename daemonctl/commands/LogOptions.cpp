@@ -1,4 +1,4 @@
-#include "commands/LogOptions.h"
+#include "LogOptions.h"
 
 #include "ExitCode.h"
 

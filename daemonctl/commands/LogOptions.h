@@ -1,11 +1,10 @@
 #pragma once
 
-#include "log_reader/RingScan.h"
-#include "log_reader/TextEncoding.h"
+#include "RingScan.h"
+#include "TextEncoding.h"
 
 #include <CLI/CLI.hpp>
 
-#include <functional>
 #include <string>
 
 namespace vqrx::client::v0 {
@@ -16,9 +15,6 @@ struct LogOptions {
     std::string file;    ///< UTF-8; empty for this machine's
     TextEncoding encoding = TextEncoding::kAuto;
 };
-
-/// Where this machine's log file is, UTF-8. Throws std::runtime_error when there is none.
-using LogPath = std::function<std::string()>;
 
 /// Adds --file and --encoding to a command of a program, and takes down that program's name.
 /// @param hasDefault  whether --file may be left out

@@ -1,12 +1,11 @@
-#include "commands/WatchCommands.h"
+#include "Commands.h"
 
+#include "DaemonListing.h"
 #include "ExitCode.h"
-#include "LocalTime.h"
-#include "commands/PrintText.h"
-#include "commands/WithLog.h"
-#include "daemons/DaemonListing.h"
-#include "daemons/ThisMachine.h"
-#include "log_reader/TimeText.h"
+#include "PrintText.h"
+#include "ThisMachine.h"
+#include "TimeText.h"
+#include "WithSupervisorAndLog.h"
 
 #include <memory>
 

@@ -1,12 +1,13 @@
-#include "commands/ReattachCommand.h"
+#include "Commands.h"
 
 #include "ExitCode.h"
-#include "commands/PrintText.h"
-#include "commands/WithLog.h"
-#include "daemons/Reattachment.h"
-#include "daemons/ThisMachine.h"
-#include "log_reader/RecordText.h"
-#include "process/HeldProcess.h"
+#include "HeldProcess.h"
+#include "PrintText.h"
+#include "Printable.h"
+#include "Reattachment.h"
+#include "TextFile.h"
+#include "ThisMachine.h"
+#include "WithSupervisorAndLog.h"
 
 #include <windows.h>
 

@@ -1,9 +1,11 @@
-#include "commands/ReportCommand.h"
+#include "Commands.h"
+
+#include "LogOptions.h"
 
 #include "ExitCode.h"
-#include "log_reader/LogFile.h"
-#include "report/ReportHtml.h"
-#include "report/ReportTime.h"
+#include "LogFile.h"
+#include "ReportHtml.h"
+#include "ReportTime.h"
 
 #include <filesystem>
 #include <fstream>

@@ -1,10 +1,10 @@
-#include "commands/WatchCommands.h"
+#include "Commands.h"
 
 #include "DecimalNumber.h"
 #include "ExitCode.h"
-#include "commands/WithLog.h"
-#include "daemons/ThisMachine.h"
-#include "daemons/WaitCondition.h"
+#include "ThisMachine.h"
+#include "WaitCondition.h"
+#include "WithSupervisorAndLog.h"
 
 #include <windows.h>
 

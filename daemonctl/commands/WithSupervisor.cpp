@@ -1,4 +1,4 @@
-#include "commands/WithSupervisor.h"
+#include "WithSupervisor.h"
 
 #include "ExitCode.h"
 #include "com/ComApartment.h"

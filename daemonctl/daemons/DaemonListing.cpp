@@ -1,7 +1,7 @@
-#include "daemons/DaemonListing.h"
+#include "DaemonListing.h"
 
-#include "log_reader/RecordText.h"
-#include "log_reader/TimeText.h"
+#include "Printable.h"
+#include "TimeText.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "daemons/DaemonStatus.h"
+#include "DaemonStatus.h"
 
 #include <cstdint>
 #include <functional>

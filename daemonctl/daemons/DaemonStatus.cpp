@@ -1,4 +1,4 @@
-#include "daemons/DaemonStatus.h"
+#include "DaemonStatus.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "log_reader/Timeline.h"
-#include "process/ProcessMatch.h"
+#include "ProcessMatch.h"
+#include "Timeline.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "daemons/Expectation.h"
+#include "Expectation.h"
 
 #include <algorithm>
 

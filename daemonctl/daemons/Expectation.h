@@ -1,7 +1,7 @@
 #pragma once
 
+#include "DaemonStatus.h"
 #include "ExpectFile.h"
-#include "daemons/DaemonStatus.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "daemons/Reattachment.h"
+#include "Reattachment.h"
 
 #include <algorithm>
 #include <map>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "daemons/DaemonListing.h"
-#include "daemons/DaemonStatus.h"
+#include "DaemonListing.h"
+#include "DaemonStatus.h"
 
 #include <cstdint>
 #include <optional>

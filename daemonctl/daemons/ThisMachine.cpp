@@ -1,21 +1,16 @@
-#include "daemons/ThisMachine.h"
+#include "ThisMachine.h"
 
+#include "LogFile.h"
 #include "LogPath.h"
-#include "Utf8.h"
-#include "log_reader/LogFile.h"
-#include "process/ProcessFacts.h"
-#include "process/ProcessList.h"
+#include "ProcessFacts.h"
+#include "ProcessList.h"
 
-#include <windows.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <string_view>
+#include <utility>
 
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr std::string_view kUtf16Mark = "\xFF\xFE";
 constexpr std::string_view kLogBelowRoot = R"(\Logs\DaemonManager.log)";
 
 bool IsConsoleHost(const std::string& image)
@@ -69,25 +64,6 @@ std::vector<ProcessFacts> ChildrenOfSupervisor()
         }
     }
     return children;
-}
-
-std::string ReadTextFile(const std::string& path)
-{
-    std::ifstream file(std::filesystem::path(Wide(path)), std::ios::binary);
-    if (!file) {
-        throw std::runtime_error(path + " cannot be read");
-    }
-    std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-    if (!bytes.starts_with(kUtf16Mark)) {
-        return bytes;
-    }
-    std::wstring wide;
-    for (std::size_t index = kUtf16Mark.size(); index + 1 < bytes.size(); index += 2) {
-        const auto low = static_cast<unsigned char>(bytes[index]);
-        const auto high = static_cast<unsigned char>(bytes[index + 1]);
-        wide += static_cast<wchar_t>(low | (high << 8U));
-    }
-    return Utf8(wide);
 }
 
 } // namespace vqrx::client::v0

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "daemons/DaemonStatus.h"
-#include "log_reader/Timeline.h"
+#include "DaemonStatus.h"
+#include "Timeline.h"
 
 #include <stdexcept>
 #include <string>
@@ -26,9 +26,5 @@ ProcessSource SourceOfThisMachine();
 
 /// The processes that DaemonManager.exe has started and that run; none when that is not clear.
 std::vector<ProcessFacts> ChildrenOfSupervisor();
-
-/// A file's text: UTF-8, or UTF-16 with a byte order mark, as shells redirect it.
-/// @throws std::runtime_error when it cannot be read
-std::string ReadTextFile(const std::string& path);
 
 } // namespace vqrx::client::v0

@@ -1,4 +1,4 @@
-#include "daemons/WaitCondition.h"
+#include "WaitCondition.h"
 
 namespace vqrx::client::v0 {
 namespace {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ProcessList.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -34,13 +36,6 @@ struct InstallationFacts {
     std::string logFile;                    ///< its path
     std::uint32_t logFileError = 0;         ///< of opening it for writing
     std::optional<std::uint64_t> freeBytes; ///< on the log's volume
-};
-
-/// A program or library file, as far as it is known.
-struct ImageFacts {
-    std::uint32_t processId = 0;
-    std::string path;
-    std::string version; ///< empty: the file has none
 };
 
 struct ProxyFacts {

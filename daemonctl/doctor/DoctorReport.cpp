@@ -1,6 +1,6 @@
-#include "doctor/DoctorReport.h"
+#include "DoctorReport.h"
 
-#include "log_reader/RecordText.h"
+#include "Printable.h"
 
 #include <nlohmann/json.hpp>
 

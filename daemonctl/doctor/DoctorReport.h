@@ -1,6 +1,6 @@
 #pragma once
 
-#include "doctor/DoctorVerdicts.h"
+#include "DoctorVerdicts.h"
 
 #include <string>
 #include <vector>

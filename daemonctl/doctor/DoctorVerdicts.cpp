@@ -1,7 +1,7 @@
-#include "doctor/DoctorVerdicts.h"
+#include "DoctorVerdicts.h"
 
 #include "ExitCode.h"
-#include "doctor/Verdicts.h"
+#include "Verdicts.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "doctor/Verdicts.h"
+#include "Verdicts.h"
 
 #include <array>
 #include <cstdio>

@@ -1,10 +1,10 @@
-#include "doctor/FirewallFacts.h"
+#include "FirewallFacts.h"
 
+#include "FirewallRuleVerdicts.h"
 #include "Utf8.h"
 #include "com/ComPtr.h"
 #include "com/UniqueBstr.h"
 #include "com/UniqueVariant.h"
-#include "doctor/FirewallRuleVerdicts.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>

@@ -1,4 +1,4 @@
-#include "doctor/FirewallRuleVerdicts.h"
+#include "FirewallRuleVerdicts.h"
 
 #include "AsciiCase.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "doctor/DoctorFacts.h"
+#include "DoctorFacts.h"
 
 #include <string>
 #include <string_view>

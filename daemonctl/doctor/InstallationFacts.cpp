@@ -1,4 +1,4 @@
-#include "doctor/InstallationFacts.h"
+#include "InstallationFacts.h"
 
 #include "RootFromPathname.h"
 #include "com/TextConversion.h"

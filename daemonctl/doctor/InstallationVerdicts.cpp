@@ -1,4 +1,4 @@
-#include "doctor/Verdicts.h"
+#include "Verdicts.h"
 
 namespace vqrx::client::v0 {
 namespace {

@@ -1,11 +1,11 @@
-#include "doctor/SupervisorFacts.h"
+#include "SupervisorFacts.h"
 
+#include "Bounded.h"
 #include "IDaemonMgrControl.h"
+#include "ProcessList.h"
 #include "Utf8.h"
 #include "com/ComApartment.h"
 #include "daemon_manager/SupervisorClient.h"
-#include "doctor/Bounded.h"
-#include "process/ProcessList.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
-#include "doctor/Verdicts.h"
+#include "Verdicts.h"
 
-#include "doctor/FirewallRuleVerdicts.h"
+#include "FirewallRuleVerdicts.h"
 
 namespace vqrx::client::v0 {
 namespace {

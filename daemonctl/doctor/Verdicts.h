@@ -1,7 +1,7 @@
 #pragma once
 
-#include "doctor/DoctorFacts.h"
-#include "doctor/Finding.h"
+#include "DoctorFacts.h"
+#include "Finding.h"
 
 #include <cstdint>
 #include <string>

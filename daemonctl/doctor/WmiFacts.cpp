@@ -1,12 +1,12 @@
-#include "doctor/WmiFacts.h"
+#include "WmiFacts.h"
 
 #include "AsciiCase.h"
+#include "ProcessFacts.h"
 #include "Utf8.h"
 #include "WmiConnection.h"
 #include "WmiQuery.h"
 #include "com/UniqueBstr.h"
 #include "exception_utils/COMException.h"
-#include "process/ProcessFacts.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "doctor/DoctorFacts.h"
+#include "DoctorFacts.h"
 
 namespace vqrx::client::v0 {
 

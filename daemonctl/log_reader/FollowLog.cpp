@@ -1,6 +1,6 @@
-#include "log_reader/FollowLog.h"
+#include "FollowLog.h"
 
-#include "log_reader/InputFile.h"
+#include "InputFile.h"
 
 #include <optional>
 #include <stdexcept>

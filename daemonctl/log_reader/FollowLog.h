@@ -1,7 +1,7 @@
 #pragma once
 
-#include "log_reader/LogFile.h"
-#include "log_reader/NewRecords.h"
+#include "LogFile.h"
+#include "NewRecords.h"
 
 #include <chrono>
 #include <functional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log_reader/ByteSource.h"
+#include "ByteSource.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "log_reader/InputFile.h"
+#include "InputFile.h"
 
 #include <cerrno>
 #include <stdexcept>

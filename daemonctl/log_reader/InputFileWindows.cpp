@@ -1,5 +1,5 @@
+#include "InputFile.h"
 #include "Utf8.h"
-#include "log_reader/InputFile.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>

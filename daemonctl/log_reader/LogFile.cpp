@@ -1,7 +1,7 @@
-#include "log_reader/LogFile.h"
+#include "LogFile.h"
 
-#include "log_reader/InputFile.h"
-#include "log_reader/Snapshot.h"
+#include "InputFile.h"
+#include "Snapshot.h"
 
 #include <memory>
 #include <optional>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "log_reader/RingScan.h"
-#include "log_reader/TextEncoding.h"
+#include "RingScan.h"
+#include "TextEncoding.h"
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "log_reader/RawLines.h"
+#include "RawLines.h"
 
 #include <algorithm>
 #include <cstring>

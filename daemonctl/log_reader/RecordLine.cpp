@@ -1,4 +1,4 @@
-#include "log_reader/RecordLine.h"
+#include "RecordLine.h"
 
 #include <algorithm>
 #include <charconv>

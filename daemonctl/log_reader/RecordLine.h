@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log_reader/Record.h"
+#include "Record.h"
 
 #include <string_view>
 

@@ -1,7 +1,7 @@
-#include "log_reader/RingScan.h"
+#include "RingScan.h"
 
-#include "log_reader/RawLines.h"
-#include "log_reader/RecordLine.h"
+#include "RawLines.h"
+#include "RecordLine.h"
 
 #include <array>
 #include <charconv>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "log_reader/ByteSource.h"
-#include "log_reader/Record.h"
+#include "ByteSource.h"
+#include "Record.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,6 +1,6 @@
-#include "log_reader/Snapshot.h"
+#include "Snapshot.h"
 
-#include "log_reader/RingScan.h"
+#include "RingScan.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,8 +1,8 @@
-#include "process/ProcessFacts.h"
+#include "ProcessFacts.h"
 
+#include "HeldProcess.h"
 #include "Utf8.h"
-#include "process/HeldProcess.h"
-#include "win32/FileTime.h"
+#include "HeldProcess.h"
 #include "win32/LocalMemory.h"
 #include "win32/UniqueHandle.h"
 

@@ -1,7 +1,7 @@
-#include "process/ProcessList.h"
+#include "ProcessList.h"
 
+#include "ProcessFacts.h"
 #include "Utf8.h"
-#include "process/ProcessFacts.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>

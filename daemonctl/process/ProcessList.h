@@ -1,12 +1,17 @@
 #pragma once
 
-#include "doctor/DoctorFacts.h"
-
 #include <cstdint>
 #include <string>
 #include <vector>
 
 namespace vqrx::client::v0 {
+
+/// The file of a program or of a library, and the process that runs the program.
+struct ImageFacts {
+    std::uint32_t processId = 0; ///< 0 for a library
+    std::string path;            ///< UTF-8
+    std::string version;         ///< of the file's version resource; empty: the file has none
+};
 
 /// "1.2.3" from a file's version resource; empty when it has none.
 std::string VersionOfImage(const std::wstring& path);

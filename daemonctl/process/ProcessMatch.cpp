@@ -1,4 +1,4 @@
-#include "process/ProcessMatch.h"
+#include "ProcessMatch.h"
 
 #include "AsciiCase.h"
 

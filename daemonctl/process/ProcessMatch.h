@@ -1,6 +1,6 @@
 #pragma once
 
-#include "process/ProcessFacts.h"
+#include "ProcessFacts.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,8 +1,8 @@
-#include "report/ReportHtml.h"
+#include "ReportHtml.h"
 
-#include "log_reader/RecordText.h"
-#include "report/ReportStyle.h"
-#include "report/ReportTime.h"
+#include "Printable.h"
+#include "ReportStyle.h"
+#include "ReportTime.h"
 
 #include <algorithm>
 #include <array>

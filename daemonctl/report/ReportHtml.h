@@ -1,6 +1,6 @@
 #pragma once
 
-#include "report/ReportModel.h"
+#include "ReportModel.h"
 
 #include <string>
 #include <string_view>

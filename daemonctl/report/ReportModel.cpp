@@ -1,4 +1,4 @@
-#include "report/ReportModel.h"
+#include "ReportModel.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log_reader/Timeline.h"
+#include "Timeline.h"
 
 #include <cstdint>
 #include <map>

@@ -1,4 +1,4 @@
-#include "report/ReportStyle.h"
+#include "ReportStyle.h"
 
 namespace vqrx::client::v0 {
 

@@ -1,6 +1,6 @@
-#include "report/ReportTime.h"
+#include "ReportTime.h"
 
-#include "log_reader/TimeText.h"
+#include "TimeText.h"
 
 #include <array>
 #include <charconv>

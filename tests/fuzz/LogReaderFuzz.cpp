@@ -1,10 +1,10 @@
 // Any bytes as a log file, on their way to everything that daemonctl makes of one.
 #include "Check.h"
-#include "log_reader/LogFile.h"
-#include "log_reader/RecordText.h"
-#include "log_reader/TimeText.h"
-#include "report/ReportHtml.h"
-#include "report/ReportTime.h"
+#include "LogFile.h"
+#include "RecordText.h"
+#include "ReportHtml.h"
+#include "ReportTime.h"
+#include "TimeText.h"
 
 #include <algorithm>
 #include <cstddef>

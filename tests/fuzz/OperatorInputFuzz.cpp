@@ -1,9 +1,9 @@
 // Lists and listings that operators give to daemonctl: any bytes are read to their end, and what
 // was understood comes back the same.
 #include "Check.h"
+#include "DaemonListing.h"
 #include "ExpectFile.h"
-#include "daemons/DaemonListing.h"
-#include "process/ProcessMatch.h"
+#include "ProcessMatch.h"
 
 #include <cstdint>
 #include <stdexcept>

@@ -1,4 +1,4 @@
-#include "log_reader/FollowLog.h"
+#include "FollowLog.h"
 
 #include "RingModel.h"
 #include "TempFolder.h"

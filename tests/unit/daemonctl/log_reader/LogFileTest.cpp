@@ -1,4 +1,4 @@
-#include "log_reader/LogFile.h"
+#include "LogFile.h"
 
 #include "RingModel.h"
 #include "TempFolder.h"

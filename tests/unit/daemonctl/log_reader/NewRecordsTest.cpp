@@ -1,4 +1,4 @@
-#include "log_reader/NewRecords.h"
+#include "NewRecords.h"
 
 #include <gtest/gtest.h>
 

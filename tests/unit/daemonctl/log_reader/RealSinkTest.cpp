@@ -1,7 +1,7 @@
 // The reader on what the supervisor's own sink writes.
+#include "LogFile.h"
 #include "TempFolder.h"
 #include "log_perf/LogFileSink.h"
-#include "log_reader/LogFile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log_reader/Record.h"
+#include "Record.h"
 
 #include <cstddef>
 #include <cstdint>

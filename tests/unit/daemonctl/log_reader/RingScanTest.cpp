@@ -1,4 +1,4 @@
-#include "log_reader/RingScan.h"
+#include "RingScan.h"
 
 #include "RingModel.h"
 

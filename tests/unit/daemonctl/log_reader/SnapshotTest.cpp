@@ -1,7 +1,7 @@
-#include "log_reader/Snapshot.h"
+#include "Snapshot.h"
 
 #include "RingModel.h"
-#include "log_reader/RingScan.h"
+#include "RingScan.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "report/ReportHtml.h"
+#include "ReportHtml.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "report/ReportModel.h"
+#include "ReportModel.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

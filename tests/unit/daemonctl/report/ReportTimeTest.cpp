@@ -1,4 +1,4 @@
-#include "report/ReportTime.h"
+#include "ReportTime.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

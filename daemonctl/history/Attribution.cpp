@@ -1,0 +1,101 @@
+#include "Attribution.h"
+
+#include <cstddef>
+#include <utility>
+
+namespace vqrx::client::v0 {
+namespace {
+
+constexpr std::size_t kMostWaiting = 256; // other threads write little within one pass
+
+bool BeginsRun(EventKind kind)
+{
+    return kind == EventKind::kFirewallDetected || kind == EventKind::kWmiConnecting ||
+           kind == EventKind::kSupervisionStarted;
+}
+
+// A service's description is its name; a program's command ends in a blank.
+bool CanBelong(const Event& end, const Event& start)
+{
+    if (!start.daemonId) {
+        return false; // a daemon that never had a process: none can have ended
+    }
+    return end.service.empty() ? start.command.ends_with(' ') : start.command == end.service;
+}
+
+} // namespace
+
+Attributor::Attributor(Found found)
+    : found_(std::move(found))
+{
+}
+
+void Attributor::Add(Record record)
+{
+    AttributedRecord added{std::move(record), {}, Attribution::kNone};
+    added.event = EventOf(added.record.text);
+    const Event& event = added.event;
+    if (event.daemonId) {
+        added.attribution = Attribution::kStated;
+    }
+    if (BeginsRun(event.kind)) {
+        Flush();
+        processes_.clear();
+    }
+    if (!waiting_.empty()) {
+        const Record& before = waiting_.back().record;
+        lost_ = lost_ || event.kind == EventKind::kQueueOverflow || !before.number ||
+                !added.record.number ||
+                static_cast<std::uint64_t>(*added.record.number) !=
+                    static_cast<std::uint64_t>(*before.number) + 1;
+    }
+    if (event.kind == EventKind::kStarted || event.kind == EventKind::kStartFailed) {
+        Pair(event);
+    }
+    if (event.daemonId && event.processId && event.kind != EventKind::kAttachFailed) {
+        processes_[*event.daemonId] = *event.processId;
+    }
+    if (event.kind == EventKind::kEnded) {
+        Flush();
+        lost_ = false;
+        waiting_.push_back(std::move(added));
+        return;
+    }
+    if (waiting_.empty()) {
+        found_(std::move(added));
+        return;
+    }
+    waiting_.push_back(std::move(added));
+    if (waiting_.front().attribution != Attribution::kNone || waiting_.size() >= kMostWaiting) {
+        Flush();
+    }
+}
+
+void Attributor::Pair(const Event& start)
+{
+    if (waiting_.empty()) {
+        return;
+    }
+    AttributedRecord& end = waiting_.front();
+    if (!CanBelong(end.event, start)) {
+        Flush();
+        return;
+    }
+    end.attribution = lost_ ? Attribution::kLikely : Attribution::kPaired;
+    end.event.daemonId = start.daemonId;
+    end.event.command = start.command;
+    if (start.kind == EventKind::kStartFailed) {
+        end.event.processId = start.processId; // still the old one
+    } else if (const auto known = processes_.find(*start.daemonId); known != processes_.end()) {
+        end.event.processId = known->second;
+    }
+}
+
+void Attributor::Flush()
+{
+    for (AttributedRecord& record : std::exchange(waiting_, {})) {
+        found_(std::move(record));
+    }
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,82 @@
+#include "RecordText.h"
+
+#include "Printable.h"
+#include "TimeText.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <optional>
+
+namespace vqrx::client::v0 {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json Optional(const std::optional<std::string>& text)
+{
+    return text ? Json(*text) : Json(nullptr);
+}
+
+} // namespace
+
+std::string ToText(const AttributedRecord& attributed)
+{
+    const Record& record = attributed.record;
+    std::string line = Printable(record.date);
+    line.append(1, ' ').append(Printable(record.text));
+    const Event& event = attributed.event;
+    if (event.kind == EventKind::kEnded && event.daemonId) {
+        line.append(attributed.attribution == Attribution::kLikely ? "  [probably daemon "
+                                                                   : "  [daemon ");
+        line.append(std::to_string(*event.daemonId));
+        if (event.processId) {
+            line.append(", process ").append(std::to_string(*event.processId));
+        }
+        line.append("]");
+    }
+    return line;
+}
+
+std::string ToJson(const AttributedRecord& attributed)
+{
+    const Record& record = attributed.record;
+    const Event& event = attributed.event;
+    Json line;
+    line["number"] = record.number ? Json(*record.number) : Json(nullptr);
+    line["time"] = Optional(IsoTime(record.timeMs));
+    line["time_ms"] = record.timeMs;
+    line["level"] = record.level;
+    line["text"] = record.text;
+    if (event.kind != EventKind::kOther) {
+        line["event"] = std::string(NameOf(event.kind));
+    }
+    if (event.daemonId) {
+        line["daemon_id"] = *event.daemonId;
+    }
+    if (event.processId) {
+        line["process_id"] = *event.processId;
+    }
+    if (event.kind == EventKind::kEnded) {
+        line["reason"] = event.reason;
+        line["sure"] = attributed.attribution == Attribution::kPaired;
+    }
+    return line.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string OverwrittenJson(const std::optional<std::uint64_t>& count)
+{
+    Json line;
+    line["event"] = "records-overwritten";
+    line["count"] = count ? Json(*count) : Json(nullptr);
+    return line.dump();
+}
+
+std::string LogBegunAnewJson()
+{
+    Json line;
+    line["event"] = "log-begun-anew";
+    return line.dump();
+}
+
+} // namespace vqrx::client::v0

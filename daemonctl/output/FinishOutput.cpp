@@ -1,0 +1,19 @@
+#include "FinishOutput.h"
+
+#include "ExitCode.h"
+
+#include <iostream>
+
+namespace vqrx::client::v0 {
+
+int FinishOutput(const std::string& program, int exitCode)
+{
+    std::cout.flush();
+    if (std::cout.good()) {
+        return exitCode;
+    }
+    std::cerr << program << ": standard output could not be written" << std::endl;
+    return kRefused;
+}
+
+} // namespace vqrx::client::v0

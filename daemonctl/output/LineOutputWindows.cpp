@@ -1,0 +1,75 @@
+#include "LineOutput.h"
+#include "StreamOutput.h"
+#include "Utf8.h"
+
+#include <windows.h>
+
+#include <array>
+#include <cstddef>
+
+namespace vqrx::client::v0 {
+namespace {
+
+// Written as UTF-16, so that it does not matter which code page the console has.
+class ConsoleOutput : public LineOutput {
+public:
+    ConsoleOutput(HANDLE console, bool coloured) noexcept
+        : console_(console)
+        , coloured_(coloured)
+    {
+        CONSOLE_SCREEN_BUFFER_INFO info = {};
+        if (GetConsoleScreenBufferInfo(console_, &info) != FALSE) {
+            before_ = info.wAttributes;
+        }
+    }
+
+    ConsoleOutput(const ConsoleOutput&) = delete;
+    ConsoleOutput& operator=(const ConsoleOutput&) = delete;
+    ~ConsoleOutput() override { SetAttribute(before_); }
+
+    void Write(int level, const std::string& utf8) override
+    {
+        // Bright red, bright yellow, grey, bright green.
+        constexpr std::array<WORD, 4> attributes = {0x000C, 0x000E, 0x0007, 0x000A};
+        const auto index = static_cast<std::size_t>(level);
+        SetAttribute(index < attributes.size() ? attributes.at(index) : before_);
+        const std::wstring line = Wide(utf8) + L"\r\n";
+        DWORD written = 0;
+        const BOOL done = WriteConsoleW(console_, line.data(), static_cast<DWORD>(line.size()),
+                                        &written, nullptr);
+        good_ = good_ && done != FALSE;
+    }
+
+    bool Flush() override
+    {
+        SetAttribute(before_); // a program that is interrupted leaves no colour behind
+        return good_;
+    }
+
+private:
+    void SetAttribute(WORD attribute) noexcept
+    {
+        if (coloured_) {
+            SetConsoleTextAttribute(console_, attribute);
+        }
+    }
+
+    HANDLE console_; // the process's own: not to be closed
+    bool coloured_;
+    bool good_ = true;
+    WORD before_ = 0x0007;
+};
+
+} // namespace
+
+std::unique_ptr<LineOutput> MakeLineOutput(LineOutput::Colour colour)
+{
+    const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+    DWORD mode = 0;
+    if (GetConsoleMode(output, &mode) != FALSE) {
+        return std::make_unique<ConsoleOutput>(output, colour != LineOutput::Colour::kNever);
+    }
+    return std::make_unique<StreamOutput>(colour == LineOutput::Colour::kAlways);
+}
+
+} // namespace vqrx::client::v0

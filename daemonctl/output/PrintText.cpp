@@ -1,0 +1,22 @@
+#include "PrintText.h"
+
+#include "LineOutput.h"
+
+#include <iostream>
+#include <sstream>
+
+namespace vqrx::client::v0 {
+
+void PrintText(const std::string& utf8)
+{
+    const auto output = MakeLineOutput(LineOutput::Colour::kAuto);
+    std::istringstream lines(utf8);
+    for (std::string line; std::getline(lines, line);) {
+        output->Write(-1, line);
+    }
+    if (!output->Flush()) {
+        std::cout.setstate(std::ios::badbit); // also of a console: FinishOutput tells it
+    }
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,41 @@
+#include "StreamOutput.h"
+
+#include <array>
+#include <cstddef>
+#include <iostream>
+
+namespace vqrx::client::v0 {
+namespace {
+
+constexpr std::size_t kMostWaiting = std::size_t{64} * 1024; // bytes
+
+// Bright red, bright yellow, the terminal's own, bright green: the colours of the console.
+constexpr std::array<const char*, 4> kSequences = {"\x1b[91m", "\x1b[93m", "", "\x1b[92m"};
+
+} // namespace
+
+std::string Coloured(int level, const std::string& utf8)
+{
+    const auto index = static_cast<std::size_t>(level);
+    if (index >= kSequences.size() || *kSequences.at(index) == '\0') {
+        return utf8;
+    }
+    return kSequences.at(index) + utf8 + "\x1b[0m";
+}
+
+void StreamOutput::Write(int level, const std::string& utf8)
+{
+    waiting_.append(coloured_ ? Coloured(level, utf8) : utf8).append(1, '\n');
+    if (waiting_.size() >= kMostWaiting) {
+        Flush();
+    }
+}
+
+bool StreamOutput::Flush()
+{
+    std::cout << waiting_ << std::flush;
+    waiting_.clear();
+    return std::cout.good();
+}
+
+} // namespace vqrx::client::v0

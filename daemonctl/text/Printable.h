@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vqrx::client::v0 {
+
+/// Makes a text harmless for a terminal: writes each control character but the tab as "\x1B".
+/// @param utf8  valid UTF-8
+[[nodiscard]] std::string Printable(std::string_view utf8);
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,85 @@
+#include "Commands.h"
+
+#include "TempFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using client::v0::AddReportCommand;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class ReportCommand : public testing::Test {
+protected:
+    int Run(const std::string& output)
+    {
+        CLI::App app("test", "daemonctl");
+        int exitCode = 0;
+        AddReportCommand(app, exitCode, {});
+        std::vector<std::string> arguments = {"report", "--file", path_, "--output", output};
+        std::reverse(arguments.begin(), arguments.end());
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        app.parse(arguments);
+        output_ = testing::internal::GetCapturedStdout();
+        errors_ = testing::internal::GetCapturedStderr();
+        return exitCode;
+    }
+
+    void SaveLog()
+    {
+        std::ofstream(path_, std::ios::binary)
+            << "0x00000059\r\n"
+            << "0;Sun Nov 16 04:52:36.123;1763265156123;2;Start DaemonId(3) PId(7) : a.exe \r\n";
+    }
+
+    TempFolder folder_;
+    const std::string path_ = folder_.File("DaemonManager.log");
+    const std::string page_ = folder_.File("report \xC3\xA9.html");
+    std::string output_;
+    std::string errors_;
+};
+
+TEST_F(ReportCommand, writes_the_page_and_says_where)
+{
+    SaveLog();
+    EXPECT_EQ(Run(page_), 0);
+    EXPECT_EQ(output_, page_ + "\n");
+    EXPECT_EQ(errors_, "");
+    std::ifstream file(std::filesystem::path(std::u8string(page_.begin(), page_.end())),
+                       std::ios::binary);
+    const std::string page{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    EXPECT_THAT(page, StartsWith("<!DOCTYPE html>\n"));
+    EXPECT_THAT(page, HasSubstr("2025-11-16 04:52:36 UTC+01:00"));
+}
+
+TEST_F(ReportCommand, writes_to_standard_output_when_asked_to)
+{
+    SaveLog();
+    EXPECT_EQ(Run("-"), 0);
+    EXPECT_THAT(output_, StartsWith("<!DOCTYPE html>\n"));
+}
+
+TEST_F(ReportCommand, says_when_the_log_cannot_be_read_or_the_page_not_be_written)
+{
+    EXPECT_EQ(Run(page_), 5);
+    EXPECT_THAT(errors_, HasSubstr(" cannot be read: "));
+    SaveLog();
+    EXPECT_EQ(Run(folder_.File("missing") + "/report.html"), 4);
+    EXPECT_THAT(errors_, HasSubstr(" cannot be written"));
+    std::ofstream(path_, std::ios::binary | std::ios::trunc) << "no log\r\n";
+    EXPECT_EQ(Run(page_), 5);
+}
+
+} // namespace
+} // namespace vqrx::test

@@ -1,0 +1,73 @@
+#include "DoctorReport.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using namespace client::v0;
+
+const std::vector<Finding> kFindings = {
+    {"rights", Verdict::ok, "run as administrator", ""},
+    {"firewall-rules", Verdict::warning, "1 gone\ngone: \"allowing C:\\a.exe\"", "Prune."},
+    {"supervisor", Verdict::failure, "not running", "Start it."}};
+
+TEST(DoctorReport, is_a_line_for_each_finding_and_what_to_do_below)
+{
+    EXPECT_EQ(DoctorText(kFindings), "ok       rights            run as administrator\n"
+                                     "warning  firewall-rules    1 gone\n"
+                                     "                             gone: \"allowing C:\\a.exe\"\n"
+                                     "                           -> Prune.\n"
+                                     "failure  supervisor        not running\n"
+                                     "                           -> Start it.\n"
+                                     "1 ok, 1 warning, 1 failure\n");
+}
+
+TEST(DoctorReport, lets_no_text_command_the_terminal)
+{
+    EXPECT_EQ(DoctorText({{"firewall-rules", Verdict::ok, "gone: \x1B[2J\nok  \r", "\x07now"}}),
+              "ok       firewall-rules    gone: \\x1B[2J\n"
+              "                             ok  \\x0D\n"
+              "                           -> \\x07now\n"
+              "1 ok, 0 warnings, 0 failures\n");
+}
+
+TEST(DoctorReport, of_nothing_is_the_sum)
+{
+    EXPECT_EQ(DoctorText({}), "0 ok, 0 warnings, 0 failures\n");
+}
+
+TEST(DoctorReport, as_json_keeps_its_field_names)
+{
+    EXPECT_EQ(DoctorJson({kFindings[1]}, "1.0.0", {R"(allowing C:\a.exe)"}),
+              R"({
+  "version": "1.0.0",
+  "worst": "warning",
+  "checks": [
+    {
+      "check": "firewall-rules",
+      "verdict": "warning",
+      "text": "1 gone\ngone: \"allowing C:\\a.exe\"",
+      "remedy": "Prune."
+    }
+  ],
+  "removed_rules": [
+    "allowing C:\\a.exe"
+  ]
+}
+)");
+}
+
+TEST(DoctorReport, as_json_says_the_worst_and_survives_any_bytes)
+{
+    EXPECT_NE(DoctorJson(kFindings, "1", {}).find(R"("worst": "failure")"), std::string::npos);
+    EXPECT_NE(DoctorJson({}, "1", {}).find(R"("worst": "ok")"), std::string::npos);
+    EXPECT_NE(DoctorJson({{"x", Verdict::ok, "\xFF", ""}}, "1", {}).find("\xEF\xBF\xBD"),
+              std::string::npos);
+}
+
+} // namespace
+} // namespace vqrx::test

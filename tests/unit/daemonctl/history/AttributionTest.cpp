@@ -1,0 +1,102 @@
+#include "Attribution.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using client::v0::AttributedRecord;
+using client::v0::Attribution;
+using client::v0::Attributor;
+using client::v0::Record;
+
+std::vector<AttributedRecord> Attribute(const std::vector<std::string>& texts,
+                                        std::size_t missingBefore = 1000)
+{
+    std::vector<AttributedRecord> found;
+    Attributor attributor([&](AttributedRecord record) { found.push_back(std::move(record)); });
+    std::int64_t number = 0;
+    for (std::size_t index = 0; index < texts.size(); ++index) {
+        number += index == missingBefore ? 2 : 1;
+        attributor.Add(Record{number, 1000 + number, 2, "", texts[index]});
+    }
+    attributor.Flush();
+    return found;
+}
+
+TEST(Attribution, of_an_end_is_the_start_that_follows)
+{
+    const auto records =
+        Attribute({"Start DaemonId(0) PId(10) : a.exe ", "Start DaemonId(1) PId(11) : b.exe ",
+                   "Exception caught in : Access violation", "Start DaemonId(1) PId(12) : b.exe "});
+    ASSERT_EQ(records.size(), 4U);
+    EXPECT_EQ(records[0].attribution, Attribution::kStated);
+    EXPECT_EQ(records[2].attribution, Attribution::kPaired);
+    EXPECT_EQ(records[2].event.daemonId, 1U);
+    EXPECT_EQ(records[2].event.processId, 11U);
+}
+
+TEST(Attribution, of_an_end_is_the_failed_start_that_follows_and_its_process)
+{
+    const auto records = Attribute(
+        {"Exception caught in : Unknown (0x1)", "Unable to start DaemonId(3) PId(30) : a.exe "});
+    EXPECT_EQ(records[0].event.daemonId, 3U);
+    EXPECT_EQ(records[0].event.processId, 30U);
+}
+
+TEST(Attribution, looks_over_what_other_threads_wrote_between)
+{
+    const auto records = Attribute(
+        {"Exception caught in : Unknown (0x1)", "Unable to attach DaemonId(9) PId(90) :  ",
+         "Detached DaemonId(4) PId(40) : b.exe ", "Exit", "Start DaemonId(3) PId(31) : a.exe "});
+    ASSERT_EQ(records.size(), 5U);
+    EXPECT_EQ(records[0].event.daemonId, 3U);
+    EXPECT_EQ(records[0].attribution, Attribution::kPaired);
+    EXPECT_FALSE(records[0].event.processId);
+}
+
+TEST(Attribution, is_only_likely_when_records_are_missing_between)
+{
+    const std::vector<std::string> texts = {"Exception caught in : Unknown (0x1)",
+                                            "Start DaemonId(3) PId(31) : a.exe "};
+    EXPECT_EQ(Attribute(texts, 1)[0].attribution, Attribution::kLikely);
+    EXPECT_EQ(Attribute({texts[0], "Overflowed message queue.", texts[1]})[0].attribution,
+              Attribution::kLikely);
+}
+
+TEST(Attribution, is_unknown_when_the_start_is_missing)
+{
+    for (const char* const next : {"Exception caught in : Unknown (0x2)", "Deamon Thread started",
+                                   "Connecting to WMI resource ...", "Unable to start a.exe ",
+                                   "Start DaemonId(3) PId(31) : Spooler"}) {
+        const auto records = Attribute({"Exception caught in : Unknown (0x1)", next});
+        EXPECT_EQ(records[0].attribution, Attribution::kNone) << next;
+        EXPECT_FALSE(records[0].event.daemonId) << next;
+    }
+}
+
+TEST(Attribution, of_a_services_end_goes_by_its_name)
+{
+    const auto records = Attribute(
+        {"Exception caught in Spooler: Unknown (0x1)", "Start DaemonId(3) PId(31) : Spooler",
+         "Exception caught in Spooler: Unknown (0x1)", "Start DaemonId(4) PId(31) : Other"});
+    EXPECT_EQ(records[0].event.daemonId, 3U);
+    EXPECT_FALSE(records[2].event.daemonId);
+}
+
+TEST(Attribution, keeps_the_order_of_the_records)
+{
+    const auto records = Attribute({"Exit", "Exception caught in : Unknown (0x1)", "Exit",
+                                    "Start DaemonId(3) PId(31) : a.exe ", "Exit"});
+    ASSERT_EQ(records.size(), 5U);
+    for (std::size_t index = 0; index < records.size(); ++index) {
+        EXPECT_EQ(records[index].record.number, static_cast<std::int64_t>(index) + 1);
+    }
+}
+
+} // namespace
+} // namespace vqrx::test

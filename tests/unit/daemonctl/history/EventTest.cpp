@@ -1,0 +1,121 @@
+#include "Event.h"
+
+#include <gtest/gtest.h>
+
+#include <utility>
+
+namespace vqrx::test {
+namespace {
+
+using client::v0::Event;
+using client::v0::EventKind;
+using client::v0::EventOf;
+
+Event AboutDaemon(EventKind kind, std::uint32_t id, std::uint32_t process, const char* command)
+{
+    Event event;
+    event.kind = kind;
+    event.daemonId = id;
+    event.processId = process;
+    event.command = command;
+    return event;
+}
+
+TEST(EventOf, reads_daemon_process_and_command)
+{
+    EXPECT_EQ(EventOf(R"(Start DaemonId(3) PId(1234) : C:\FW\App\video.exe -x )"),
+              AboutDaemon(EventKind::kStarted, 3, 1234, R"(C:\FW\App\video.exe -x )"));
+    EXPECT_EQ(EventOf(R"(Unable to start DaemonId(3) PId(1234) : C:\a.exe )"),
+              AboutDaemon(EventKind::kStartFailed, 3, 1234, R"(C:\a.exe )"));
+    EXPECT_EQ(EventOf("Attach DaemonId(4294967295) PId(4294967295) : Spooler"),
+              AboutDaemon(EventKind::kAttached, 4294967295U, 4294967295U, "Spooler"));
+    EXPECT_EQ(EventOf("Unable to attach DaemonId(1) PId(2) :  "),
+              AboutDaemon(EventKind::kAttachFailed, 1, 2, " "));
+    EXPECT_EQ(EventOf("Detached DaemonId(1) PId(2) : a.exe "),
+              AboutDaemon(EventKind::kDetached, 1, 2, "a.exe "));
+    EXPECT_EQ(EventOf("Unable to stop DaemonId(1) PId(2) : a.exe "),
+              AboutDaemon(EventKind::kStopFailed, 1, 2, "a.exe "));
+}
+
+TEST(EventOf, reads_the_method_of_a_stop)
+{
+    Event expected = AboutDaemon(EventKind::kStopped, 7, 8, "a.exe ");
+    expected.count = 2;
+    EXPECT_EQ(EventOf("Stop (2) DaemonId(7) PId(8) : a.exe "), expected);
+}
+
+TEST(EventOf, reads_a_start_that_failed_before_there_was_a_process)
+{
+    const Event event = EventOf(R"(Unable to start C:\FW\App\video.exe -x )");
+    EXPECT_EQ(event.kind, EventKind::kStartFailed);
+    EXPECT_FALSE(event.daemonId);
+    EXPECT_EQ(event.command, R"(C:\FW\App\video.exe -x )");
+}
+
+TEST(EventOf, reads_service_and_reason_of_an_end)
+{
+    const Event program = EventOf("Exception caught in : Access violation");
+    EXPECT_EQ(program.kind, EventKind::kEnded);
+    EXPECT_EQ(program.service, "");
+    EXPECT_EQ(program.reason, "Access violation");
+    const Event service = EventOf("Exception caught in Svc: two: Unknown (0x0)");
+    EXPECT_EQ(service.service, "Svc: two");
+    EXPECT_EQ(service.reason, "Unknown (0x0)");
+}
+
+TEST(EventOf, knows_every_message_of_the_supervisor)
+{
+    for (const auto& [text, kind] : std::initializer_list<std::pair<const char*, EventKind>>{
+             {"Detected Windows Firewall with Advanced Security", EventKind::kFirewallDetected},
+             {"Firewall: Could not connect to service manager", EventKind::kFirewallStarting},
+             {"Firewall: Could not open service (1060)", EventKind::kFirewallStarting},
+             {"Firewall: Could not query service config", EventKind::kFirewallStarting},
+             {"Firewall: Service is disabled.", EventKind::kFirewallStarting},
+             {"Firewall: Could not query service status", EventKind::kFirewallStarting},
+             {"Firewall: Current status code 2", EventKind::kFirewallStarting},
+             {"Firewall: Waiting 2 s for the service to be running.", EventKind::kFirewallStarting},
+             {"Firewall: CoCreateInstance failed: 0x80040154", EventKind::kFirewallStarting},
+             {"Firewall: get_LocalPolicy failed: 0x80004005", EventKind::kFirewallStarting},
+             {"Firewall: service is not yet started, waiting 1 s", EventKind::kFirewallStarting},
+             {"Firewall: get_CurrentProfile failed: 0x80004005", EventKind::kFirewallStarting},
+             {"Firewall: Windows Firewall with Advanced Security not available !",
+              EventKind::kFirewall},
+             {"Firewall: Failed to add rule.: 0x80070005", EventKind::kFirewall},
+             {"CoInitializeSecurity error No such interface", EventKind::kComSecurityFailed},
+             {"Connecting to WMI resource ...", EventKind::kWmiConnecting},
+             {"Connected to WMI resource", EventKind::kWmiConnected},
+             {"Init WMI errror out of memory", EventKind::kWmiFailed},
+             {"RotRegistration errror x", EventKind::kPublicationFailed},
+             {"Deamon Thread started", EventKind::kSupervisionStarted},
+             {"Exit", EventKind::kExitRequested},
+             {"3 Processes still registered", EventKind::kStillRegistered},
+             {"Deamon Thread is exiting...", EventKind::kSupervisionEnded},
+             {"Overflowed message queue.", EventKind::kQueueOverflow},
+             {"Pin output buffer full : video", EventKind::kOther}}) {
+        EXPECT_EQ(EventOf(text).kind, kind) << text;
+    }
+    EXPECT_EQ(EventOf("3 Processes still registered").count, 3U);
+}
+
+TEST(EventOf, takes_no_other_text_for_a_message)
+{
+    for (const char* const text :
+         {"", "Exit ", "Exiting", "Stop (x) DaemonId(1) PId(2) : a", "Stop (1", "Starting",
+          "99999999999 Processes still registered", "Exception caught in nothing",
+          " Processes still registered", "Exception caught"}) {
+        EXPECT_EQ(EventOf(text).kind, EventKind::kOther) << text;
+    }
+}
+
+TEST(EventOf, takes_a_damaged_description_for_a_command)
+{
+    for (const char* const text : {"DaemonId(1", "DaemonId(1) PId(", "DaemonId(x) PId(2) : a",
+                                   "DaemonId(99999999999) PId(2) : a", "DaemonId(1) PId(2) :"}) {
+        const Event event = EventOf(std::string("Start ") + text);
+        EXPECT_FALSE(event.daemonId) << text;
+        EXPECT_EQ(event.command, text);
+    }
+}
+
+} // namespace
+} // namespace vqrx::test

@@ -1,0 +1,55 @@
+#include "RecordFilter.h"
+
+#include <gtest/gtest.h>
+
+namespace vqrx::test {
+namespace {
+
+using client::v0::AttributedRecord;
+using client::v0::Attribution;
+using client::v0::EventOf;
+using client::v0::Record;
+using client::v0::RecordFilter;
+
+AttributedRecord Of(const char* text)
+{
+    return {Record{1, 5000, 1, "", text}, EventOf(text), Attribution::kStated};
+}
+
+TEST(RecordFilter, accepts_everything_as_long_as_nothing_is_asked_for)
+{
+    EXPECT_TRUE(RecordFilter{}.Accepts(Of("")));
+}
+
+TEST(RecordFilter, goes_by_level_and_time)
+{
+    RecordFilter filter;
+    filter.level = 1;
+    filter.sinceMs = 5000;
+    EXPECT_TRUE(filter.Accepts(Of("x")));
+    filter.level = 0;
+    EXPECT_FALSE(filter.Accepts(Of("x")));
+    filter.level = 1;
+    filter.sinceMs = 5001;
+    EXPECT_FALSE(filter.Accepts(Of("x")));
+}
+
+TEST(RecordFilter, finds_text_whatever_the_case_of_its_letters)
+{
+    RecordFilter filter;
+    filter.contains = "VIDEO.exe";
+    EXPECT_TRUE(filter.Accepts(Of("Start C:\\Video.EXE ")));
+    EXPECT_FALSE(filter.Accepts(Of("Start C:\\Audio.EXE ")));
+}
+
+TEST(RecordFilter, finds_what_is_about_one_daemon)
+{
+    RecordFilter filter;
+    filter.daemonId = 3;
+    EXPECT_TRUE(filter.Accepts(Of("Start DaemonId(3) PId(1) : a.exe ")));
+    EXPECT_FALSE(filter.Accepts(Of("Start DaemonId(33) PId(3) : a.exe ")));
+    EXPECT_FALSE(filter.Accepts(Of("Exit")));
+}
+
+} // namespace
+} // namespace vqrx::test
