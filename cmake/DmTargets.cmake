@@ -34,7 +34,8 @@ function(dm_quick_to_compile name)
     target_compile_options(${name} PRIVATE -O0)
 endfunction()
 
-# dm_unit_test(NAME [THREADS] [PORTABLE file...] [WINDOWS file...] LINK target... [LOCK resource...])
+# dm_unit_test(NAME [THREADS] [LONG] [SECONDS n] [PORTABLE file...] [WINDOWS file...] LINK target...
+#              [PROGRAMS target...] [LOCK resource...])
 #
 # One test program and one ctest entry for a source folder; PORTABLE tests also run natively. Under Wine a process start costs more
 # than most cases. LOCK names what of the machine the cases share (rot, services, registry,
