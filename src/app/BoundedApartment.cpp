@@ -16,7 +16,8 @@ BoundedApartment::~BoundedApartment()
         CreateTimerQueueTimer(&timer, nullptr, OnLimit, this, limitMs_, 0, WT_EXECUTEONLYONCE);
     apartment_.reset();
     if (armed) {
-        DeleteTimerQueueTimer(nullptr, timer, INVALID_HANDLE_VALUE); // a call under way ends first
+        // INVALID_HANDLE_VALUE: waits for OnLimit if it runs at this moment.
+        DeleteTimerQueueTimer(nullptr, timer, INVALID_HANDLE_VALUE);
     }
 }
 

@@ -9,21 +9,26 @@
 
 namespace vqrx::app::v0 {
 
-/// The main thread's membership in COM, given back within a limit. By then everything else is done
-/// and logged: where COM does not let go, the process ends without it instead of staying behind,
-/// neither at work nor gone, with its file in use and its place in the operator's list.
+/// The main thread's membership in COM. The destructor gives the membership back.
+/// COM may block in that call for ever, for example because of another process. The process would
+/// then stay behind: it supervises nothing, keeps its files open and is still listed as running.
+/// After a limit this class therefore ends the process. Records that are still queued in the logger
+/// may then be lost; nothing else is left to do at that time.
 class BoundedApartment {
 public:
-    /// @param limitMs  how long COM may take to let the thread go, milliseconds
-    /// @param end      called on another thread when the limit has passed, with the process's exit
-    ///                 code: 0, or 1 while an exception passes
+    /// Joins the multithreaded apartment on the calling thread.
+    /// @param limitMs  milliseconds that COM may take to let the thread go
+    /// @param end      called on another thread after the limit, with the exit code: 0, or 1 if an
+    ///                 exception is passing
+    /// @throws COMException  COM refuses
     explicit BoundedApartment(DWORD limitMs = kLimitMs, ProcessEnd end = EndThisProcess);
     BoundedApartment(const BoundedApartment&) = delete;
     BoundedApartment& operator=(const BoundedApartment&) = delete;
+    /// On the thread that called the constructor.
     ~BoundedApartment();
 
 private:
-    /// Calls that are under way have been waited for; what is left is a matter of milliseconds.
+    // The clients' calls have ended before; COM itself needs a few milliseconds.
     static constexpr DWORD kLimitMs = 10000;
 
     static void CALLBACK OnLimit(void* self, BOOLEAN) noexcept;

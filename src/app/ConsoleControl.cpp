@@ -5,8 +5,8 @@
 namespace vqrx::app::v0 {
 namespace {
 
-// Initialised before main, hence on the main thread.
-const DWORD mainThreadId = GetCurrentThreadId();
+// Initialised before main begins, so the current thread is the main thread.
+const DWORD kMainThreadId = GetCurrentThreadId();
 
 bool EndsTheProgram(DWORD ctrlType) noexcept
 {
@@ -28,8 +28,8 @@ BOOL WINAPI ConsoleCtrlHandler(DWORD ctrlType) noexcept
     if (!EndsTheProgram(ctrlType)) {
         return FALSE;
     }
-    if (mainThreadId != 0) {
-        PostThreadMessageA(mainThreadId, WM_QUIT, 0, 0);
+    if (kMainThreadId != 0) {
+        PostThreadMessageA(kMainThreadId, WM_QUIT, 0, 0);
     }
     return TRUE;
 }

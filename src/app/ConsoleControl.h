@@ -4,12 +4,18 @@
 
 namespace vqrx::app::v0 {
 
-/// Ends the program in an orderly way on Ctrl+C, Ctrl+Break, a closed console and a system
-/// shutdown, by posting WM_QUIT to the main thread; returns at once. Runs on a thread that Windows
-/// makes for the event.
-/// @return FALSE for every other event, so that the next handler runs
+/// Asks the main thread to end the program, by posting WM_QUIT to it. Does so for Ctrl+C,
+/// Ctrl+Break, a closed console window and a system shutdown. Returns at once: it does not wait for
+/// the shutdown of the program.
+/// After Ctrl+C and Ctrl+Break the shutdown runs to its end. After a closed console or a system
+/// shutdown, Windows ends the process as soon as this function returns; the shutdown then gets only
+/// as far as it comes until that moment.
+/// Windows calls it on a new thread for each event.
+/// @param ctrlType  the event, one of the CTRL_*_EVENT values
+/// @return TRUE for the four events; FALSE for every other event: the next handler then runs
 BOOL WINAPI ConsoleCtrlHandler(DWORD ctrlType) noexcept;
 
+/// Makes ConsoleCtrlHandler the handler of the process's console events.
 /// @throws std::runtime_error "Could not set control handler"
 void InstallConsoleCtrlHandler();
 

@@ -30,7 +30,7 @@ ManagerReference::ManagerReference(DWORD mainThreadId, DWORD checkInterval,
 
 ManagerReference::~ManagerReference()
 {
-    CoDisconnectObject(manager_, 0); // clients that never let go must not keep the program
+    CoDisconnectObject(manager_, 0); // 0: all clients
     if (manager_->Release() == 0) {
         return;
     }

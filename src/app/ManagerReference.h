@@ -9,30 +9,42 @@
 
 namespace vqrx::app::v0 {
 
-/// The program's counted reference to the one DaemonManager, which it makes.
-/// When it lets go, the object must be gone before the logger is: clients are cut off, and a call
-/// that is still under way (a stop may take a minute) is waited for. Where something holds on for
-/// good, and may use the logger at any moment, the process ends without an orderly end.
+/// Makes the one DaemonManager and holds the program's reference to it.
+///
+/// The manager uses the logger, so it must be gone before the logger is destroyed. The destructor
+/// therefore does this, on the main thread:
+/// 1. It disconnects all clients. A client that never releases its reference cannot keep the
+///    manager.
+/// 2. It releases the program's own reference. If it was the last one, the manager is deleted now.
+/// 3. Otherwise a client's call still runs (a stop takes up to 62 seconds). It waits for the end of
+///    the call, at most limitMs, and then deletes the manager. Until then the supervision thread
+///    goes on: it restarts daemons and writes to the log.
+/// 4. If something still holds a reference after limitMs, it ends the process without the rest of
+///    the shutdown, because that holder may use the logger at any time.
 class ManagerReference {
 public:
-    /// @param limitMs  how long a call may take to let go at the end, milliseconds
-    /// @param end      called when the limit has passed
-    /// @throws as DaemonManager's constructor does
+    /// Makes the manager; see DaemonManager's constructor for the first three parameters.
+    /// @param limitMs  milliseconds that the destructor waits for a call to end
+    /// @param end      called after the limit
+    /// @throws ATL::CAtlException  an event or a lock cannot be made
+    /// @throws COMException  COM cannot be initialised
+    /// @throws std::bad_alloc
     ManagerReference(DWORD mainThreadId, DWORD checkInterval, log::log_perf::v2::LibLogPerf* logger,
                      DWORD limitMs = kLongestCallMs, ProcessEnd end = EndThisProcess);
     ManagerReference(const ManagerReference&) = delete;
     ManagerReference& operator=(const ManagerReference&) = delete;
     ~ManagerReference();
 
-    IUnknown* Object() const noexcept { return manager_; }
+    /// The manager. Valid as long as this object; the caller adds its own reference.
+    [[nodiscard]] IUnknown* Object() const noexcept { return manager_; }
 
 private:
-    // Longer than any call takes: a stop of the SNMP agent has 32 s of rounds and 30 s of patience.
+    // More than the longest stop: 32 s for the rounds of the SNMP agent and 30 s for WM_QUIT.
     static constexpr DWORD kLongestCallMs = 90000;
 
     DWORD limitMs_;
     ProcessEnd end_;
-    system::win32::v1::UniqueKernelHandle released_;
+    system::win32::v1::UniqueKernelHandle released_; // set by the manager's last Release
     system::daemon::daemon_mgr::v0::DaemonManager* manager_;
 };
 

@@ -4,14 +4,15 @@
 
 namespace vqrx::app::v0 {
 
-/// How the process ends when an orderly end is not possible any more. Returns in tests only.
+/// Ends the process after an orderly shutdown has become impossible. Only the functions that tests
+/// pass return.
 using ProcessEnd = void (*)(UINT exitCode) noexcept;
 
-/// Ends this process at once. Not as ExitProcess does, which would ask the libraries to clean up,
-/// COM's among them.
+/// Ends this process at once, with TerminateProcess. ExitProcess would call the clean-up code of the
+/// libraries, COM among them, which may block.
 void EndThisProcess(UINT exitCode) noexcept;
 
-/// The exit code of a process that ends now: 0, or 1 while an exception passes.
-UINT ExitCodeOfNow() noexcept;
+/// The exit code for a process that ends now: 0, or 1 if an exception is passing on this thread.
+[[nodiscard]] UINT ExitCodeOfNow() noexcept;
 
 } // namespace vqrx::app::v0

@@ -30,7 +30,7 @@ constexpr int kLogThreshold = 3;
 constexpr std::uint32_t kLogSizeLimit = 0x100000; // bytes
 constexpr DWORD kCheckInterval = 1000;            // milliseconds
 
-// Without a log root the program logs to the console alone.
+// Adds the log file as a sink. If there is no firmware root, the program logs to the console only.
 void AddLogFile(LogFileSink& sink, LibLogPerf& logger)
 {
     std::string root;
@@ -38,21 +38,22 @@ void AddLogFile(LogFileSink& sink, LibLogPerf& logger)
         return;
     }
     const std::string folder = root + "\\Logs";
-    static_cast<void>(_mkdir(folder.c_str())); // it may exist already
+    static_cast<void>(_mkdir(folder.c_str())); // the folder may exist already
     sink.SetFileName(folder + "\\" + "DaemonManager" + ".log");
     sink.SetSizeLimit(kLogSizeLimit);
     logger.AddSink(&sink);
 }
 
-// A thread has no message queue before it first asks for a message, and what is posted to it until
-// then is lost: a client that found the object at once and told it to end would wait for ever.
+// Gives the main thread a message queue. A thread has none before it first asks for a message, and
+// Windows loses every message posted before that. A client may find the object and call Exit before
+// the message loop begins; without the queue that WM_QUIT would be lost.
 void MakeMessageQueue()
 {
     MSG message{};
     PeekMessageA(&message, nullptr, WM_QUIT, WM_QUIT, PM_NOREMOVE);
 }
 
-// There is no window: the loop exists to receive WM_QUIT, and only that ends it.
+// Waits for WM_QUIT. The program has no window; no other message ends the loop.
 void PumpMessages()
 {
     MSG message{};
@@ -62,7 +63,21 @@ void PumpMessages()
     }
 }
 
-// What is made here is undone in the opposite order, at the end and when an exception passes.
+// Starts up, runs until WM_QUIT, and shuts down.
+//
+// The shutdown destroys the objects below in reverse order. An exception during start-up does the
+// same with the objects that were made before it.
+// 1. registration: the manager leaves the Running Object Table. New clients no longer find it.
+// 2. manager: ManagerReference.h lists the steps. Clients are disconnected, and the calls that still
+//    run may finish (at most 90 s). During that time the supervision thread goes on: it restarts
+//    daemons. Then the thread finishes its pass and ends, and the firewall and WMI are released. The
+//    processes of the daemons run on.
+// 3. apartment: the main thread leaves COM (at most 10 s).
+// 4. logger: it writes all queued records to the sinks, and its worker thread ends.
+// 5. consoleSink: it resets the colour of the console.
+// 6. fileSink.
+// If a limit of step 2 or 3 passes, the process ends at once, without the steps that follow; queued
+// records may then be lost.
 void Supervise()
 {
     std::string firmwareRoot;

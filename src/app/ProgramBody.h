@@ -2,9 +2,10 @@
 
 namespace vqrx::app::v0 {
 
-/// The supervisor from start to end, on the main thread: finds the installation, builds the logger,
-/// joins COM, makes and publishes the manager, and pumps messages until WM_QUIT.
-/// @return the exit code: 0, or 1 after a failure, which is printed on standard error
-int RunProgram();
+/// Runs the supervisor from start to end, on the main thread: finds the installation, makes the
+/// logger, joins COM, makes and publishes the manager, and then waits for WM_QUIT. ProgramBody.cpp
+/// lists the steps of the shutdown.
+/// @return the exit code: 0; or 1 after an exception, which it prints on standard error
+[[nodiscard]] int RunProgram();
 
 } // namespace vqrx::app::v0

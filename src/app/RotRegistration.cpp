@@ -11,6 +11,7 @@ namespace vqrx::app::v0 {
 namespace {
 
 using cpp_utils::exception_utils::v1::HResultText;
+using log::i_logger::v0::kLevelError;
 using system::com::v1::ComPtr;
 
 ComPtr<IMoniker> MakeItemMoniker(const std::string& name)
@@ -33,7 +34,7 @@ RotRegistration::RotRegistration(IUnknown* object, const std::string& name)
         return;
     }
     if (SUCCEEDED(hr)) {
-        table_->Revoke(cookie_); // an entry was made all the same, beside the first one's
+        table_->Revoke(cookie_); // the table made a second entry of the same name
     }
     throw std::runtime_error("A registration with this name already exists: \"" + name + "\" (" +
                              HResultText(hr) + ")");
@@ -51,13 +52,13 @@ void MakeRotRegistration(std::unique_ptr<RotRegistration>& registration, IUnknow
         CoInitializeSecurity(nullptr, -1, nullptr, nullptr, RPC_C_AUTHN_LEVEL_NONE,
                              RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE, nullptr);
     if (FAILED(hr) && hr != RPC_E_TOO_LATE) {
-        logger.Log(0, "CoInitializeSecurity error %s", HResultText(hr).c_str());
+        logger.Log(kLevelError, "CoInitializeSecurity error %s", HResultText(hr).c_str());
     }
     registration.reset();
     try {
         registration = std::make_unique<RotRegistration>(object, "DaemonManager");
     } catch (const COMException& exception) {
-        logger.Log(0, "RotRegistration errror %s", exception.what());
+        logger.Log(kLevelError, "RotRegistration errror %s", exception.what());
     }
 }
 

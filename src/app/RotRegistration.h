@@ -12,13 +12,14 @@
 
 namespace vqrx::app::v0 {
 
-/// An object's publication in the Running Object Table, for as long as this lives.
+/// Publishes an object in the Running Object Table, and withdraws it when destroyed.
 class RotRegistration {
 public:
-    /// Publishes object as the item `name`. The table holds a reference of its own.
-    /// @throws COMException  when the table or the name cannot be had
-    /// @throws std::runtime_error  when the table answers anything but plain success: a second
-    ///         supervisor must not start beside a published one
+    /// Publishes `object` under the item name `name`. The table holds its own reference to it.
+    /// @param name  ASCII; each character becomes one UTF-16 character
+    /// @throws COMException  the table or the moniker of the name cannot be obtained
+    /// @throws std::runtime_error  the table gives any other result than S_OK: a second supervisor
+    ///         must not start while one is published
     RotRegistration(IUnknown* object, const std::string& name);
     RotRegistration(const RotRegistration&) = delete;
     RotRegistration& operator=(const RotRegistration&) = delete;
@@ -29,10 +30,10 @@ private:
     DWORD cookie_ = 0;
 };
 
-/// Sets the process's COM security, unless it is set already, and publishes object as
-/// "DaemonManager".
-/// @param registration  null when publication failed softly, which is logged
-/// @throws std::runtime_error as the constructor
+/// Sets COM's security for the process, unless it is set already, and publishes `object` under the
+/// name "DaemonManager".
+/// @param registration  set to the publication; null if a COM call failed, which is logged
+/// @throws std::runtime_error  as the constructor of RotRegistration
 void MakeRotRegistration(std::unique_ptr<RotRegistration>& registration, IUnknown* object,
                          log::i_logger::v0::ILogger& logger);
 

@@ -7,11 +7,12 @@
 
 int main(int argc, char** argv)
 {
-    // Nothing else writes to standard error; coupled to the C library's unbuffered stream, every
-    // character would be a call to the console of its own.
+    // std::cerr is the only writer to standard error. While it is tied to the C library's stream,
+    // which has no buffer, it would call Windows once for each character.
     std::ios::sync_with_stdio(false);
     try {
-        const std::vector<std::string> arguments(argv, argv + argc); // there are no options
+        const std::vector<std::string> arguments(argv,
+                                                 argv + argc); // not used: there are no options
         return vqrx::app::v0::RunProgram();
     } catch (const std::exception& exception) {
         std::cerr << "Error: " << exception.what() << std::endl;

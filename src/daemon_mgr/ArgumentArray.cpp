@@ -15,7 +15,7 @@ void ThrowAtlIfFailed(HRESULT hr)
     }
 }
 
-// A locked array. Left alive it is only unlocked; condemned it is destroyed as well.
+// Locks an array. The destructor unlocks the array, and also destroys it unless Spare was called.
 class ArrayLock {
 public:
     explicit ArrayLock(SAFEARRAY** array)
@@ -28,8 +28,7 @@ public:
     ~ArrayLock()
     {
         SafeArrayUnlock(*array_);
-        // Null tells the marshalling code, which frees what it unpacked, that there is nothing
-        // left.
+        // The stub frees the array that it unpacked, unless the pointer is null.
         if (condemned_ && SUCCEEDED(SafeArrayDestroy(*array_))) {
             *array_ = nullptr;
         }
@@ -45,7 +44,7 @@ private:
 void CheckType(SAFEARRAY* array)
 {
     VARTYPE type = VT_EMPTY;
-    // Answers VT_DISPATCH for interface arrays that say so by their features.
+    // For an array of interfaces with the features of IDispatch the system reports VT_DISPATCH.
     if (FAILED(SafeArrayGetVartype(array, &type)) || type != VT_BSTR ||
         SafeArrayGetDim(array) != 1) {
         throw ATL::CAtlException(E_INVALIDARG);
@@ -73,7 +72,7 @@ std::vector<std::string> ArgumentsFromArray(SAFEARRAY** array)
     ThrowAtlIfFailed(SafeArrayGetLBound(*array, 1, &lower));
     ThrowAtlIfFailed(SafeArrayGetUBound(*array, 1, &upper));
     if (upper >= lower && lower != 0) {
-        throw ATL::CAtlException(E_INVALIDARG); // element 0 would be missed or others added
+        throw ATL::CAtlException(E_INVALIDARG); // clients and the reads below count from 0
     }
     const auto* const elements = static_cast<const BSTR*>((*array)->pvData);
     for (LONG index = 0; index <= upper - lower; ++index) {

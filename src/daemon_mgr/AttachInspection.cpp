@@ -1,5 +1,6 @@
 #include "AttachInspection.h"
 
+#include "InternalResult.h"
 #include "ServiceOfProcess.h"
 #include "WmiQuery.h"
 #include "com/TextConversion.h"
@@ -17,11 +18,10 @@ namespace {
 
 using com::v1::UniqueBstr;
 using com::v1::WideToNarrow;
+using host::v0::kFailure;
+using host::v0::kSuccess;
 
-constexpr int kSuccess = 0;
-constexpr int kFailure = 1;
-
-// @return false when the command line does not split
+// @return false if the system cannot split the command line
 bool SplitArguments(const UniqueBstr& commandLine, std::vector<std::string>& arguments)
 {
     int count = 0;
@@ -38,14 +38,14 @@ bool SplitArguments(const UniqueBstr& commandLine, std::vector<std::string>& arg
 
 } // namespace
 
-int QueryProcess(const WmiConnection& wmi, DWORD processId, ProcessInfo& record,
+int QueryProcess(const WmiConnection& wmi, DWORD processId, ProcessInfo& daemon,
                  std::vector<std::string>& arguments)
 {
     if (wmi.Services() == nullptr) {
         return kFailure;
     }
     std::wostringstream query;
-    // A query cut short for want of memory would ask for other processes, or for all.
+    // If memory runs out, throw: a query that was cut off would ask for other processes, or for all.
     query.exceptions(std::ios::badbit);
     query << L"SELECT * FROM Win32_Process WHERE ProcessId=" << processId;
     const auto objects = ExecuteQuery(wmi.Services(), query.str());
@@ -53,34 +53,34 @@ int QueryProcess(const WmiConnection& wmi, DWORD processId, ProcessInfo& record,
         return kFailure;
     }
     IWbemClassObject* const process = objects.front().Get();
-    record.executablePath =
+    daemon.executablePath =
         WideToNarrow(ReadStringProperty(process, L"ExecutablePath").View(), CP_THREAD_ACP);
     return SplitArguments(ReadStringProperty(process, L"CommandLine"), arguments) ? kSuccess
                                                                                   : kFailure;
 }
 
-int InspectAttachingProcess(const WmiConnection& wmi, ProcessInfo& record)
+int InspectAttachingProcess(const WmiConnection& wmi, ProcessInfo& daemon)
 {
-    record.process.Reset(OpenProcess(PROCESS_ALL_ACCESS, FALSE, record.processId));
-    if (!record.process) {
+    daemon.process.Reset(OpenProcess(PROCESS_ALL_ACCESS, FALSE, daemon.processId));
+    if (!daemon.process) {
         return kFailure;
     }
     std::vector<std::string> arguments;
-    if (QueryProcess(wmi, record.processId, record, arguments) != kSuccess) {
+    if (QueryProcess(wmi, daemon.processId, daemon, arguments) != kSuccess) {
         return kFailure;
     }
     host::v0::ServiceOfProcess service;
-    const int result = host::v0::FindServiceOfProcess(record.processId, service);
-    if (service.isService) { // also when it could not be opened
-        record.isService = true;
-        record.serviceName = std::move(service.name);
-        record.service = std::move(service.handle);
+    const int result = host::v0::FindServiceOfProcess(daemon.processId, service);
+    if (service.isService) { // also if the service could not be opened
+        daemon.isService = true;
+        daemon.serviceName = std::move(service.name);
+        daemon.service = std::move(service.handle);
     }
     if (result != kSuccess) {
         return kFailure;
     }
-    if (!record.isService) {
-        record.arguments = std::move(arguments);
+    if (!daemon.isService) {
+        daemon.arguments = std::move(arguments);
     }
     return kSuccess;
 }

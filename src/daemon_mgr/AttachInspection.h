@@ -8,21 +8,25 @@
 
 namespace vqrx::system::daemon::daemon_mgr::v0 {
 
-/// Asks WMI for a process's executable path and arguments.
-/// @param record     gets the path, also when the command line turns out not to split
-/// @param arguments  without the program name
-/// @return 0 for success; 1 without a connection, for an unknown process or a command line that
-/// does
-///         not split
-/// @throws COMException, ATL::CAtlException
-int QueryProcess(const WmiConnection& wmi, DWORD processId, ProcessInfo& record,
-                 std::vector<std::string>& arguments);
+/// Asks WMI for the executable path and the arguments of a process.
+/// @param daemon     receives the path, also if the command line cannot be split afterwards
+/// @param arguments  receives the arguments, without the program name
+/// @return kSuccess; kFailure without a connection to WMI, for a process that WMI does not know, or
+///         if the command line cannot be split
+/// @throws COMException  the failure of the query
+/// @throws ATL::CAtlException  the failure of a conversion to the ANSI code page of the thread
+/// @throws std::bad_alloc
+[[nodiscard]] int QueryProcess(const WmiConnection& wmi, DWORD processId, ProcessInfo& daemon,
+                               std::vector<std::string>& arguments);
 
-/// Learns all about the process of a record that is being attached: opens it with full access, asks
-/// WMI for path and arguments and the service control manager for its service. A service keeps the
-/// arguments that the record has.
-/// @return 0 for success, 1 for failure; what was opened until then is the record's
-/// @throws COMException, ATL::CAtlException
-int InspectAttachingProcess(const WmiConnection& wmi, ProcessInfo& record);
+/// Fills the ProcessInfo of a process that is being attached, in three steps:
+/// 1. Opens the process daemon.processId with full access.
+/// 2. Asks WMI for its path and arguments.
+/// 3. Asks the service control manager whether the process is a Windows service. A service keeps
+///    the arguments that came with the request; for other processes those of WMI replace them.
+/// The caller must not hold the table lock: WMI can be slow.
+/// @return kSuccess or kFailure; daemon owns what was opened before a failure
+/// @throws the exceptions of QueryProcess
+[[nodiscard]] int InspectAttachingProcess(const WmiConnection& wmi, ProcessInfo& daemon);
 
 } // namespace vqrx::system::daemon::daemon_mgr::v0

@@ -9,11 +9,14 @@
 
 namespace vqrx::system::daemon::daemon_mgr::v0 {
 
-/// The one place where an exception becomes the result of an interface method.
-/// A failure never looks like a success, whatever code the exception carries.
-/// @param operation  returns the HRESULT of the case without an exception
+/// Runs the body of an interface method and turns every exception into a result code, so that no
+/// exception reaches COM. This is the only place of the program that does so.
+/// An exception never becomes a success, whatever code it carries.
+/// @param operation  returns the HRESULT of the method
+/// @return the result of operation; after an exception its failure code, E_OUTOFMEMORY for
+///         std::bad_alloc, or E_UNEXPECTED
 template <typename Operation>
-HRESULT AtComBoundary(Operation operation) noexcept
+[[nodiscard]] HRESULT AtComBoundary(Operation operation) noexcept
 {
     try {
         return operation();

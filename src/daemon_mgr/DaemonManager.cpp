@@ -3,6 +3,7 @@
 #include "ArgumentArray.h"
 #include "AttachInspection.h"
 #include "ComBoundary.h"
+#include "InternalResult.h"
 #include "LogExceptions.h"
 #include "SupervisionPass.h"
 
@@ -13,19 +14,22 @@ namespace vqrx::system::daemon::daemon_mgr::v0 {
 namespace {
 
 using host::v0::Firewall;
+using host::v0::kSuccess;
+using log::i_logger::v0::kLevelInformation;
+using log::i_logger::v0::kLevelWarning;
 using thread::v1::Thread;
 
 HRESULT ResultOf(int internalResult) noexcept
 {
-    return internalResult == 0 ? S_OK : S_FALSE;
+    return internalResult == kSuccess ? S_OK : S_FALSE;
 }
 
-// A table entry made ready outside the table: putting it in neither allocates nor fails.
-DaemonTable::node_type MakeNode(ProcessInfo&& record)
+// Makes an entry outside the table. Inserting it later neither allocates nor throws.
+DaemonTable::node_type MakeEntry(ProcessInfo&& daemon)
 {
     DaemonTable staging;
-    const DWORD id = record.daemonId;
-    staging.emplace(id, std::move(record));
+    const DWORD id = daemon.daemonId;
+    staging.emplace(id, std::move(daemon));
     return staging.extract(id);
 }
 
@@ -50,14 +54,16 @@ DaemonManager::~DaemonManager()
 {
     stopping_ = true;
     if (SignalObjectAndWait(stopEvent_.Get(), supervisionThread_->Handle(), INFINITE, FALSE) ==
-        WAIT_FAILED) { // no event: the thread looks at stopping_ instead; no thread: returns at
-                       // once
+        WAIT_FAILED) {
+        // Either there is no event, and the thread ends because of stopping_. Or there is no thread,
+        // and this wait fails at once.
         WaitForSingleObject(supervisionThread_->Handle(), INFINITE);
     }
     supervisionThread_.reset();
     stopEvent_.Reset();
     firewall_.reset();
-    // The records go with the table and the lock, the WMI pointers last.
+    // After this body the members go in reverse order: the table lock, the table with its daemons,
+    // the connection to WMI.
 }
 
 HRESULT DaemonManager::QueryInterface(REFIID riid, void** ppv) noexcept
@@ -86,7 +92,8 @@ ULONG DaemonManager::Release() noexcept
         return remaining;
     }
     if (options_.releasedEvent != nullptr && GetCurrentThreadId() != makerThreadId_) {
-        SetEvent(options_.releasedEvent); // the last deed: the maker may destroy it at once
+        // From here on the maker may delete the object: no member is used after this.
+        SetEvent(options_.releasedEvent);
     } else {
         delete this;
     }
@@ -126,7 +133,7 @@ HRESULT DaemonManager::Detach(DWORD daemonId) noexcept
 
 HRESULT DaemonManager::Exit() noexcept
 {
-    logger_->Log(2, "Exit");
+    logger_->Log(kLevelInformation, "Exit");
     PostThreadMessageA(mainThreadId_, WM_QUIT, 0, 0);
     return S_OK;
 }
@@ -138,77 +145,77 @@ LockedTable DaemonManager::LockTable()
 
 HRESULT DaemonManager::LaunchDaemon(BSTR path, SAFEARRAY** args, DWORD& daemonId)
 {
-    ProcessInfo record;
-    record.executablePath = AnsiFromBstr(path);
-    record.arguments = ArgumentsFromArray(args);
-    record.processId = 0;
-    DaemonTable::node_type node = MakeNode(std::move(record));
-    ProcessInfo& entry = node.mapped();
+    ProcessInfo launched;
+    launched.executablePath = AnsiFromBstr(path);
+    launched.arguments = ArgumentsFromArray(args);
+    launched.processId = 0;
+    DaemonTable::node_type entry = MakeEntry(std::move(launched));
+    const ProcessInfo& daemon = entry.mapped();
 
     const LockedTable table = LockTable();
-    if (const ProcessInfo* same = FindSameCommand(*table, entry.executablePath, entry.arguments)) {
+    if (const ProcessInfo* same =
+            FindSameCommand(*table, daemon.executablePath, daemon.arguments)) {
         daemonId = same->daemonId;
         return S_FALSE;
     }
-    firewall_->AllowApplication(entry.executablePath);
-    daemonId = GiveFreeId(node, *table, nextDaemonId_);
-    table->insert(std::move(node));
+    firewall_->AllowApplication(daemon.executablePath);
+    daemonId = GiveFreeId(entry, *table, nextDaemonId_);
+    table->insert(std::move(entry));
     return S_OK;
 }
 
 HRESULT DaemonManager::StopDaemon(DWORD daemonId)
 {
-    // Taken out first, so that no pass restarts what is being stopped. The entry moves as a whole:
-    // nothing is copied, nothing can fail.
+    // The entry leaves the table first, so that no pass starts the program again. The entry moves as
+    // a whole: nothing is copied and nothing throws.
     DaemonTable::node_type taken = LockTable()->extract(daemonId);
     if (taken.empty()) {
         return S_FALSE;
     }
     try {
-        ProcessInfo& record = taken.mapped();
-        firewall_->RemoveApplication(record.executablePath);
-        return ResultOf(StopProcess(*logger_, record, options_.stopTimings));
+        ProcessInfo& daemon = taken.mapped();
+        firewall_->RemoveApplication(daemon.executablePath);
+        return ResultOf(StopProcess(*logger_, daemon, options_.stopTimings));
     } catch (...) {
-        // Memory ran out before the process was ended: the daemon is not lost, but as it was.
+        // Memory ran out before the process was ended: the daemon stays as it was.
         PutBack(std::move(taken));
         throw;
     }
 }
 
-// Without an allocation where the daemon could be lost; its rule comes back if it can.
 void DaemonManager::PutBack(DaemonTable::node_type taken) noexcept
 {
     if (!taken.mapped().attached) {
         try {
             firewall_->AllowApplication(taken.mapped().executablePath);
-        } catch (...) { // NOLINT(bugprone-empty-catch): a daemon without its rule is not lost
+        } catch (...) { // NOLINT(bugprone-empty-catch): better a daemon without its rule than none
         }
     }
-    const sync_ptr::v1::CriticalSectionHold hold(tableLock_);
+    const sync_ptr::v1::CriticalSectionHold hold(tableLock_); // LockTable would allocate
     table_->insert(std::move(taken));
 }
 
 HRESULT DaemonManager::AttachDaemon(DWORD processId, SAFEARRAY** args, DWORD& daemonId)
 {
-    ProcessInfo record;
-    record.daemonId = nextDaemonId_++; // used up even when the attach fails
-    record.processId = processId;
-    record.arguments = ArgumentsFromArray(args);
-    record.attached = true;
-    if (InspectAttachingProcess(wmi_, record) != 0) {
-        logger_->Log(1, "Unable to attach %s", DaemonDescription(record).c_str());
+    ProcessInfo attaching;
+    attaching.daemonId = nextDaemonId_++; // used up even if the attach fails
+    attaching.processId = processId;
+    attaching.arguments = ArgumentsFromArray(args);
+    attaching.attached = true;
+    if (InspectAttachingProcess(wmi_, attaching) != kSuccess) {
+        logger_->Log(kLevelWarning, "Unable to attach %s", DaemonDescription(attaching).c_str());
         return S_FALSE;
     }
-    DaemonTable::node_type node = MakeNode(std::move(record));
+    DaemonTable::node_type entry = MakeEntry(std::move(attaching));
     std::string description;
     {
         const LockedTable table = LockTable();
-        KeepOrGiveFreeId(node, *table, nextDaemonId_);
-        description = DaemonDescription(node.mapped());
-        daemonId = node.key();
-        table->insert(std::move(node));
+        KeepOrGiveFreeId(entry, *table, nextDaemonId_);
+        description = DaemonDescription(entry.mapped());
+        daemonId = entry.key();
+        table->insert(std::move(entry));
     }
-    logger_->Log(2, "Attach %s", description.c_str());
+    logger_->Log(kLevelInformation, "Attach %s", description.c_str());
     return S_OK;
 }
 
@@ -219,26 +226,26 @@ HRESULT DaemonManager::DetachDaemon(DWORD daemonId)
     if (found == table->end() || !found->second.attached) {
         return S_FALSE;
     }
-    logger_->Log(1, "Detached %s", DaemonDescription(found->second).c_str());
+    logger_->Log(kLevelWarning, "Detached %s", DaemonDescription(found->second).c_str());
     table->erase(found);
     return S_OK;
 }
 
 void DaemonManager::Supervise() noexcept
 {
-    logger_->Log(2, "Deamon Thread started");
+    logger_->Log(kLevelInformation, "Deamon Thread started");
     for (;;) {
         const DWORD waited = WaitForSingleObject(stopEvent_.Get(), checkInterval_);
         if (waited == WAIT_OBJECT_0 || stopping_) {
             break;
         }
-        if (waited == WAIT_FAILED) { // the event could not be made: keep the period all the same
+        if (waited == WAIT_FAILED) { // there is no event: keep the interval between passes
             Sleep(checkInterval_);
         }
         PassOnce();
     }
     ReportRegistered();
-    logger_->Log(2, "Deamon Thread is exiting...");
+    logger_->Log(kLevelInformation, "Deamon Thread is exiting...");
 }
 
 void DaemonManager::PassOnce() noexcept
@@ -254,9 +261,11 @@ void DaemonManager::ReportRegistered() noexcept
     try {
         const LockedTable table = LockTable();
         if (!table->empty()) {
-            logger_->Log(1, "%d Processes still registered", static_cast<int>(table->size()));
+            logger_->Log(kLevelWarning, "%d Processes still registered",
+                         static_cast<int>(table->size()));
         }
-    } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): the line is lost, no more
+    } catch (
+        const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): only this line of the log is lost
     }
 }
 

@@ -17,28 +17,41 @@
 
 namespace vqrx::system::daemon::daemon_mgr::v0 {
 
-/// What differs between the program and its tests, and between owners.
+/// Settings that tests and the program's owner of the object change.
 struct ManagerOptions {
     StopTimings stopTimings;
-    /// Null: the object deletes itself wherever its last reference goes. Otherwise it does so on
-    /// the thread that made it only, whose membership in COM it shares; on any other thread this
-    /// event is signalled, and the maker calls Destroy. Borrowed: must outlive the object.
+    /// Decides on which thread the object is deleted.
+    /// - Null: the last Release deletes the object, on whatever thread it is called.
+    /// - An event: the object was made on a thread that is a member of COM, and must be deleted
+    ///   there. The last Release deletes it only on that thread. On another thread the last Release
+    ///   signals this event, and the maker then calls Destroy.
+    /// Borrowed: the event must outlive the object.
     HANDLE releasedEvent = nullptr;
 };
 
-/// The one COM object of the program: takes the clients' requests, owns the table of daemons and
-/// the thread that keeps them alive. Lives in the multithreaded apartment; its methods are called
-/// by any number of COM threads at once. Made with new, and deletes itself when the last reference
-/// goes.
+/// The one COM object of the program. It carries out the clients' requests, owns the daemon table,
+/// and owns the thread that keeps the daemons running.
+///
+/// Threads: COM calls the interface methods on any number of its own threads at once. The
+/// supervision thread runs beside them.
+/// Locks: tableLock_ guards the daemon table and every ProcessInfo in it. LockTable takes it; so
+/// does PutBack, which must not allocate. A supervision pass holds it during the whole pass, Launch
+/// during its firewall call. Stop and Attach release it before their slow work. The other members
+/// are atomic, or do not change between constructor and destructor.
+///
+/// Made with new. Deletes itself after the last reference is released.
 // NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): the vtable's order is COM's
 class DaemonManager final : public IDaemonMgrControl {
 public:
-    /// Waits for the firewall service, connects to WMI and starts supervision. The calling thread
-    /// must be a member of the multithreaded apartment.
-    /// @param mainThreadId   receives WM_QUIT from Exit
-    /// @param checkInterval  milliseconds between two passes
+    /// Waits until the firewall service runs (without limit), connects to WMI, and starts the
+    /// supervision thread. The calling thread must be a member of the multithreaded apartment.
+    /// The reference count starts at 0: the caller calls AddRef.
+    /// @param mainThreadId   id of the thread to which Exit posts WM_QUIT
+    /// @param checkInterval  milliseconds from the end of a pass to the start of the next
     /// @param logger         borrowed; must outlive the object
-    /// @throws ATL::CAtlException, COMException
+    /// @throws ATL::CAtlException  the table lock cannot be made, memory is exhausted
+    /// @throws COMException  COM cannot be initialised on this thread
+    /// @throws std::bad_alloc
     DaemonManager(DWORD mainThreadId, DWORD checkInterval, log::log_perf::v2::LibLogPerf* logger,
                   const ManagerOptions& options = {});
     DaemonManager(const DaemonManager&) = delete;
@@ -47,21 +60,33 @@ public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) noexcept override;
     ULONG STDMETHODCALLTYPE AddRef() noexcept override;
     ULONG STDMETHODCALLTYPE Release() noexcept override;
-    /// Ends the object once releasedEvent has been signalled. On the thread that made it.
+    /// Deletes the object, as its destructor describes. For the maker, on its own thread, after
+    /// releasedEvent was signalled.
     void Destroy() noexcept { delete this; }
 
-    /// As the interface description says. daemonId is always set; to kNoId where there is no
-    /// daemon.
+    // The requests of the clients; IDaemonMgrControl.idl describes them. If daemonId is not null,
+    // Launch and Attach always set it: to kNoId if the request made and found no daemon.
+
+    /// @return S_OK; S_FALSE if a daemon with this path and these arguments exists (daemonId is then
+    ///         its id); E_POINTER for a null path or daemonId; the failures of ArgumentsFromArray
     HRESULT STDMETHODCALLTYPE Launch(BSTR path, SAFEARRAY** args,
                                      DWORD* daemonId) noexcept override;
+    /// Blocks for up to 62 seconds, without the table lock.
+    /// @return S_OK; S_FALSE if the id is unknown or the process was not ended. An attached daemon
+    ///         is removed and its process runs on: S_FALSE too. E_OUTOFMEMORY: nothing was done
     HRESULT STDMETHODCALLTYPE Stop(DWORD daemonId) noexcept override;
+    /// @return S_OK; S_FALSE if the process cannot be opened or inspected; E_POINTER for a null
+    ///         daemonId; the failures of WMI and of ArgumentsFromArray
     HRESULT STDMETHODCALLTYPE Attach(DWORD processId, SAFEARRAY** args,
                                      DWORD* daemonId) noexcept override;
+    /// @return S_OK; S_FALSE if the id is unknown or belongs to a daemon that was launched
     HRESULT STDMETHODCALLTYPE Detach(DWORD daemonId) noexcept override;
+    /// Asks the main thread to end the program, and returns before it ends. @return S_OK
     HRESULT STDMETHODCALLTYPE Exit() noexcept override;
 
 private:
-    // Only Release ends it: waits for the supervision thread; the daemons keep running.
+    // Private: only Release and Destroy delete the object. Waits without limit until the supervision
+    // thread has finished its pass and ended. The processes of the daemons run on.
     ~DaemonManager();
 
     HRESULT LaunchDaemon(BSTR path, SAFEARRAY** args, DWORD& daemonId);
@@ -69,25 +94,30 @@ private:
     HRESULT AttachDaemon(DWORD processId, SAFEARRAY** args, DWORD& daemonId);
     HRESULT DetachDaemon(DWORD daemonId);
 
-    LockedTable LockTable();
+    // Waits for the table lock. @throws std::bad_alloc, without the lock
+    [[nodiscard]] LockedTable LockTable();
+    // Puts an entry that Stop took out into the table again. Tries to restore its firewall rule.
     void PutBack(DaemonTable::node_type taken) noexcept;
+    // The body of the supervision thread: a pass after every checkInterval_, until stopEvent_.
     void Supervise() noexcept;
+    // One supervision pass, with the table lock.
     void PassOnce() noexcept;
+    // Logs how many daemons the table still holds, unless it is empty.
     void ReportRegistered() noexcept;
 
     std::atomic<ULONG> references_ = 0;
-    std::atomic<DWORD> nextDaemonId_ = 0; // Attach takes one without the table lock
+    std::atomic<DWORD> nextDaemonId_ = 0; // atomic: Attach takes an id without the table lock
     log::log_perf::v2::LibLogPerf* logger_;
     WmiConnection wmi_;
-    std::shared_ptr<DaemonTable> table_;
-    sync_ptr::v1::CriticalSection tableLock_;
-    DWORD makerThreadId_;
+    std::shared_ptr<DaemonTable> table_;      // guarded by tableLock_
+    sync_ptr::v1::CriticalSection tableLock_; // guards *table_
+    DWORD makerThreadId_;                     // the thread that called the constructor
     DWORD mainThreadId_;
     DWORD checkInterval_; // milliseconds
     ManagerOptions options_;
     std::unique_ptr<host::v0::Firewall> firewall_;
-    win32::v1::UniqueKernelHandle stopEvent_; // ends the supervision thread
-    std::atomic<bool> stopping_ = false;      // stands in for an event that could not be made
+    win32::v1::UniqueKernelHandle stopEvent_; // set by the destructor: the supervision thread ends
+    std::atomic<bool> stopping_ = false;      // has the same meaning, if stopEvent_ was not made
     std::unique_ptr<thread::v1::Thread> supervisionThread_;
 };
 

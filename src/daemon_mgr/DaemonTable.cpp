@@ -5,9 +5,9 @@ namespace vqrx::system::daemon::daemon_mgr::v0 {
 const ProcessInfo* FindSameCommand(const DaemonTable& table, const std::string& executablePath,
                                    const std::vector<std::string>& arguments)
 {
-    for (const auto& [id, record] : table) {
-        if (record.executablePath == executablePath && record.arguments == arguments) {
-            return &record;
+    for (const auto& [id, daemon] : table) {
+        if (daemon.executablePath == executablePath && daemon.arguments == arguments) {
+            return &daemon;
         }
     }
     return nullptr;

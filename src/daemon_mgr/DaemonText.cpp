@@ -20,7 +20,7 @@ std::string DescribeDaemon(std::uint32_t daemonId, std::uint32_t processId,
                            const std::string& command)
 {
     std::ostringstream text;
-    text.exceptions(std::ios::badbit); // out of memory is an error, not a shorter text
+    text.exceptions(std::ios::badbit); // if memory runs out: throw, do not cut the text
     if (processId != 0) {
         text << "DaemonId(" << daemonId << ") PId(" << processId << ") : ";
     }
@@ -31,7 +31,7 @@ std::string DescribeDaemon(std::uint32_t daemonId, std::uint32_t processId,
 std::string DescribeEnd(const std::string& serviceName, std::uint32_t exitCode)
 {
     std::ostringstream text;
-    text.exceptions(std::ios::badbit); // out of memory is an error, not a shorter text
+    text.exceptions(std::ios::badbit); // if memory runs out: throw, do not cut the text
     text << "Exception caught in " << serviceName << ": "
          << cpp_utils::exception_utils::v1::ExceptionCodeName(exitCode);
     return text.str();

@@ -15,14 +15,14 @@ UniqueKernelHandle LaunchProcess(const std::string& executablePath,
     STARTUPINFOA startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION started{};
-    std::string commandLine =
-        BuildCommandLine(executablePath, arguments); // the call may write to it
-    const win32::v1::NoErrorBoxes noErrorBoxes;      // nobody is there to answer one
+    // CreateProcess may write to its command line, so the text is not const.
+    std::string commandLine = BuildCommandLine(executablePath, arguments);
+    const win32::v1::NoErrorBoxes noErrorBoxes; // nobody sits at the appliance to answer a box
     if (CreateProcessA(executablePath.c_str(), commandLine.data(), nullptr, nullptr, FALSE,
                        CREATE_NEW_CONSOLE, nullptr, nullptr, &startup, &started) == FALSE) {
         return {};
     }
-    const UniqueKernelHandle primaryThread(started.hThread); // closed at once
+    const UniqueKernelHandle primaryThread(started.hThread); // only to close it
     return UniqueKernelHandle(started.hProcess);
 }
 

@@ -6,17 +6,18 @@
 
 namespace vqrx::system::daemon::daemon_mgr::v0 {
 
-/// Does a piece of the supervision thread's work. What it throws is logged and goes no further: a
-/// supervisor that stopped supervising would lose its daemons.
+/// Runs one piece of the supervision thread's work. If the work throws, the exception is logged at
+/// level error and goes no further, so that the thread goes on supervising the other daemons.
 template <typename Operation>
 void LogExceptions(log::i_logger::v0::ILogger& logger, Operation operation) noexcept
 {
+    using log::i_logger::v0::kLevelError;
     try {
         operation();
     } catch (const std::exception& exception) {
-        logger.Log(0, "Exception occured : %s", exception.what());
+        logger.Log(kLevelError, "Exception occured : %s", exception.what());
     } catch (...) {
-        logger.Log(0, "Unknown exception occured");
+        logger.Log(kLevelError, "Unknown exception occured");
     }
 }
 

@@ -6,7 +6,7 @@
 
 namespace vqrx::system::daemon::daemon_mgr::v0 {
 
-// Copies all but the handles, as the table's users expect of a record that was taken.
+// Copies the texts instead of moving them, so that `other` keeps them, as the header promises.
 // NOLINTBEGIN(performance-noexcept-move-constructor,performance-move-constructor-init,cert-oop11-cpp)
 ProcessInfo::ProcessInfo(ProcessInfo&& other)
     : executablePath(other.executablePath)
@@ -20,7 +20,7 @@ ProcessInfo::ProcessInfo(ProcessInfo&& other)
     , readableProcess(other.readableProcess)
 // NOLINTEND(performance-noexcept-move-constructor,performance-move-constructor-init,cert-oop11-cpp)
 {
-    // Last, when nothing can fail any more.
+    // The handles move last: after the copies nothing can throw.
     process = std::move(other.process);
     service = std::move(other.service);
 }
@@ -53,12 +53,12 @@ ProcessInfo::~ProcessInfo()
     process.Reset();
 }
 
-std::string DaemonDescription(const ProcessInfo& record)
+std::string DaemonDescription(const ProcessInfo& daemon)
 {
-    const std::string command = record.isService
-                                    ? record.serviceName
-                                    : DescribeCommand(record.executablePath, record.arguments);
-    return DescribeDaemon(record.daemonId, record.processId, command);
+    const std::string command = daemon.isService
+                                    ? daemon.serviceName
+                                    : DescribeCommand(daemon.executablePath, daemon.arguments);
+    return DescribeDaemon(daemon.daemonId, daemon.processId, command);
 }
 
 } // namespace vqrx::system::daemon::daemon_mgr::v0

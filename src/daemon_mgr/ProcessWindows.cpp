@@ -14,7 +14,7 @@ struct Search {
     bool outOfMemory = false;
 };
 
-// Always TRUE: the enumeration runs over all windows.
+// Returns TRUE, so that EnumWindows goes on to the next window.
 BOOL CALLBACK VisitWindow(HWND window, LPARAM parameter) noexcept
 {
     auto& search = *reinterpret_cast<Search*>(parameter); // NOLINT: from EnumWindows
@@ -23,7 +23,7 @@ BOOL CALLBACK VisitWindow(HWND window, LPARAM parameter) noexcept
     if (threadId != 0 && processId == search.processId) {
         try {
             search.seen(window, threadId);
-        } catch (...) { // must not pass through the system's enumeration
+        } catch (...) { // an exception must not pass through EnumWindows
             search.outOfMemory = true;
         }
     }
@@ -34,7 +34,8 @@ void ForEachWindow(DWORD processId, const WindowSeen& seen)
 {
     Search search{processId, seen};
     EnumWindows(VisitWindow, reinterpret_cast<LPARAM>(&search));
-    if (search.outOfMemory) { // a window too few could read as none, which has a meaning
+    // A list without some of the windows would be wrong: no window at all means "has closed".
+    if (search.outOfMemory) {
         throw std::bad_alloc();
     }
 }

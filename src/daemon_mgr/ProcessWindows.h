@@ -6,11 +6,11 @@
 
 namespace vqrx::system::daemon::daemon_mgr::v0 {
 
-/// The top-level windows of a process, of all its threads. @throws std::bad_alloc
-std::vector<HWND> WindowsOfProcess(DWORD processId);
+/// Finds the top-level windows of all threads of a process. @throws std::bad_alloc
+[[nodiscard]] std::vector<HWND> WindowsOfProcess(DWORD processId);
 
-/// The thread of each top-level window of a process: one entry per window, so that a thread with
-/// two windows is there twice. @throws std::bad_alloc
-std::vector<DWORD> WindowThreadsOfProcess(DWORD processId);
+/// Finds the thread of each top-level window of a process. There is one thread id per window: a
+/// thread with two windows is in the list twice. @throws std::bad_alloc
+[[nodiscard]] std::vector<DWORD> WindowThreadsOfProcess(DWORD processId);
 
 } // namespace vqrx::system::daemon::daemon_mgr::v0

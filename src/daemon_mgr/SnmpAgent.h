@@ -4,8 +4,8 @@
 
 namespace vqrx::system::daemon::daemon_mgr::v0 {
 
-/// Whether the program is the product's SNMP agent, which quits on keystrokes: "kxsnmp" anywhere in
-/// the path, in any case of letters.
-bool IsSnmpAgent(const std::string& executablePath);
+/// Whether the program is the product's SNMP agent: whether the path contains "kxsnmp", in upper or
+/// lower case. The agent quits on keystrokes; see EndProcess. @throws std::bad_alloc
+[[nodiscard]] bool IsSnmpAgent(const std::string& executablePath);
 
 } // namespace vqrx::system::daemon::daemon_mgr::v0

@@ -1,15 +1,18 @@
 #include "StopProcess.h"
 
+#include "InternalResult.h"
 #include "ProcessWindows.h"
 #include "SnmpAgent.h"
 
 namespace vqrx::system::daemon::daemon_mgr::v0 {
 namespace {
 
-constexpr int kSuccess = 0;
-constexpr int kFailure = 1;
+using host::v0::kFailure;
+using host::v0::kSuccess;
+using log::i_logger::v0::kLevelWarning;
 
-// The keystrokes on which the SNMP agent quits. @return whether there was a window to send them to
+// Sends the keystrokes X and Q, on which the SNMP agent quits, to each of its windows.
+// @return whether the agent had a window
 bool PostAgentKeystrokes(DWORD processId)
 {
     const auto windows = WindowsOfProcess(processId);
@@ -20,8 +23,8 @@ bool PostAgentKeystrokes(DWORD processId)
     return !windows.empty();
 }
 
-// @return whether the agent has closed its windows. In the last round it is too late for that: the
-// general steps follow even when the windows have just gone.
+// @return whether the agent closed its windows before the last round. In the last round the answer
+// is false even if the windows have just closed: the general steps of a stop then follow.
 bool CloseAgentWindows(DWORD processId, const StopTimings& timings)
 {
     if (!PostAgentKeystrokes(processId)) {
@@ -39,7 +42,7 @@ bool CloseAgentWindows(DWORD processId, const StopTimings& timings)
     }
 }
 
-// @return whether there was a thread to ask
+// @return whether the process had a window
 bool PostQuit(DWORD processId)
 {
     const auto threads = WindowThreadsOfProcess(processId);
@@ -51,42 +54,42 @@ bool PostQuit(DWORD processId)
 
 } // namespace
 
-int EndProcess(const ProcessInfo& record, const StopTimings& timings, StopMethod& method)
+int EndProcess(const ProcessInfo& daemon, const StopTimings& timings, StopMethod& method)
 {
-    if (IsSnmpAgent(record.executablePath) && CloseAgentWindows(record.processId, timings)) {
+    if (IsSnmpAgent(daemon.executablePath) && CloseAgentWindows(daemon.processId, timings)) {
         method = StopMethod::keystrokes;
         return kSuccess;
     }
-    if (PostQuit(record.processId) &&
-        WaitForSingleObject(record.process.Get(), timings.quitWaitMs) != WAIT_TIMEOUT) {
+    if (PostQuit(daemon.processId) &&
+        WaitForSingleObject(daemon.process.Get(), timings.quitWaitMs) != WAIT_TIMEOUT) {
         method = StopMethod::quitMessage;
         return kSuccess;
     }
-    if (TerminateProcess(record.process.Get(), 0) != FALSE) {
+    if (TerminateProcess(daemon.process.Get(), 0) != FALSE) {
         method = StopMethod::termination;
         return kSuccess;
     }
     return kFailure;
 }
 
-int StopProcess(log::i_logger::v0::ILogger& logger, ProcessInfo& record, const StopTimings& timings)
+int StopProcess(log::i_logger::v0::ILogger& logger, ProcessInfo& daemon, const StopTimings& timings)
 {
-    if (!record.process) {
+    if (!daemon.process) {
         return kSuccess;
     }
-    if (record.attached) {
+    if (daemon.attached) {
         return kFailure;
     }
-    // Made first: once the process has been ended, nothing may fail for want of memory.
-    const std::string description = DaemonDescription(record);
+    // The text is made first: after the process has ended, nothing may throw.
+    const std::string description = DaemonDescription(daemon);
     StopMethod method{};
-    const int result = EndProcess(record, timings, method);
+    const int result = EndProcess(daemon, timings, method);
     if (result == kSuccess) {
-        logger.Log(1, "Stop (%d) %s", static_cast<int>(method), description.c_str());
+        logger.Log(kLevelWarning, "Stop (%d) %s", static_cast<int>(method), description.c_str());
     } else {
-        logger.Log(1, "Unable to stop %s", description.c_str());
+        logger.Log(kLevelWarning, "Unable to stop %s", description.c_str());
     }
-    record.process.Reset();
+    daemon.process.Reset();
     return result;
 }
 

@@ -9,31 +9,38 @@
 
 namespace vqrx::system::daemon::daemon_mgr::v0 {
 
-/// The patience of a stop. Tests shorten it; the program never does.
+/// How long a stop waits for the process to end by itself. Only tests change the defaults.
 struct StopTimings {
-    DWORD quitWaitMs = 30000;          ///< for a process that was asked to quit
-    DWORD agentRoundMs = 1000;         ///< between two requests to the SNMP agent
-    std::uint32_t agentLastRound = 31; ///< rounds count from 0: so the agent has 32
+    DWORD quitWaitMs = 30000;          ///< milliseconds from WM_QUIT to termination
+    DWORD agentRoundMs = 1000;         ///< milliseconds between two requests to the SNMP agent
+    std::uint32_t agentLastRound = 31; ///< number of the last round, counted from 0: 32 rounds
 };
 
-/// How a process was brought to its end; the number shows in the log.
+/// How a process was ended. The log shows the number.
 enum class StopMethod : std::uint32_t {
-    keystrokes = 0,  ///< the SNMP agent closed its windows when it was asked to
-    quitMessage = 1, ///< it quit when it was asked to
-    termination = 2,
+    keystrokes = 0,  ///< the SNMP agent closed its windows after keystrokes
+    quitMessage = 1, ///< the process ended after WM_QUIT
+    termination = 2, ///< TerminateProcess
 };
 
-/// Asks the process of a record to end, and ends it when it does not. Blocks for up to 62 seconds.
-/// The record keeps its handle.
-/// @return 0 when the process was brought to its end, with the method set; 1 when it refused
-/// @throws std::bad_alloc; the process has at most been asked to end by then
-int EndProcess(const ProcessInfo& record, const StopTimings& timings, StopMethod& method);
+/// Ends the process of a daemon. Tries in this order:
+/// 1. For the SNMP agent: keystrokes to its windows, once a round, until it has no window.
+/// 2. WM_QUIT to the thread of each window, then a wait of at most quitWaitMs.
+/// 3. TerminateProcess, with exit code 0. It may return before the process is gone.
+/// Blocks for at most 62 seconds with the default timings. The daemon keeps its handle.
+/// @param daemon  must have a process handle
+/// @param method  set to the step that succeeded; unchanged on failure
+/// @return kSuccess, or kFailure if TerminateProcess was refused
+/// @throws std::bad_alloc; until then the process has at most been asked to end
+[[nodiscard]] int EndProcess(const ProcessInfo& daemon, const StopTimings& timings,
+                             StopMethod& method);
 
-/// Ends the process of a record that is no longer in the table, logs the outcome and closes the
-/// process handle. A record without a process counts as done; an attached process is never ended.
-/// @return 0 for success, 1 for failure
-/// @throws std::bad_alloc; the process has at most been asked to end by then
-int StopProcess(log::i_logger::v0::ILogger& logger, ProcessInfo& record,
-                const StopTimings& timings);
+/// Ends the process of a daemon that is no longer in the table, logs the outcome at level warning
+/// and closes the process handle. Blocks as long as EndProcess, without any lock.
+/// @return kSuccess, also for a daemon without a process; kFailure if the process could not be
+///         ended, and for an attached daemon, whose process is never ended
+/// @throws std::bad_alloc; until then the process has at most been asked to end
+[[nodiscard]] int StopProcess(log::i_logger::v0::ILogger& logger, ProcessInfo& daemon,
+                              const StopTimings& timings);
 
 } // namespace vqrx::system::daemon::daemon_mgr::v0

@@ -12,59 +12,67 @@ namespace vqrx::system::daemon::daemon_mgr::v0 {
 namespace {
 
 using log::i_logger::v0::ILogger;
+using log::i_logger::v0::kLevelError;
+using log::i_logger::v0::kLevelInformation;
+using log::i_logger::v0::kLevelWarning;
 
-// An exit code that cannot be read counts as the end of the process.
-DWORD ExitCodeOf(ProcessInfo& record) noexcept
+constexpr DWORD kUnreadableExitCode = 0xFFFFFFFF; // not STILL_ACTIVE: the process counts as ended
+
+DWORD ExitCodeOf(ProcessInfo& daemon) noexcept
 {
     DWORD code = 0;
-    if (GetExitCodeProcess(record.process.Get(), &code) == FALSE) {
-        return 0xFFFFFFFF;
+    if (GetExitCodeProcess(daemon.process.Get(), &code) == FALSE) {
+        return kUnreadableExitCode;
     }
-    record.readableProcess = record.process.Get();
+    daemon.readableProcess = daemon.process.Get();
     return code;
 }
 
-void Start(ProcessInfo& record, ILogger& logger)
+void Start(ProcessInfo& daemon, ILogger& logger)
 {
-    auto process = LaunchProcess(record.executablePath, record.arguments);
-    // The handle of the ended process is not closed, on purpose.
-    static_cast<void>(record.process.Release());
-    record.process = std::move(process);
-    const bool isFirstStart = record.restarts == 0 && !record.attached;
-    ++record.restarts;
-    if (record.process) {
-        record.processId = GetProcessId(record.process.Get());
-        logger.Log(isFirstStart ? 2 : 1, "Start %s", DaemonDescription(record).c_str());
+    auto process = LaunchProcess(daemon.executablePath, daemon.arguments);
+    // The handle of the ended process stays open on purpose, one for each restart.
+    static_cast<void>(daemon.process.Release());
+    daemon.process = std::move(process);
+    const bool isFirstStart = daemon.restarts == 0 && !daemon.attached;
+    ++daemon.restarts;
+    if (daemon.process) {
+        daemon.processId = GetProcessId(daemon.process.Get());
+        logger.Log(isFirstStart ? kLevelInformation : kLevelWarning, "Start %s",
+                   DaemonDescription(daemon).c_str());
     } else {
-        logger.Log(1, "Unable to start %s", DaemonDescription(record).c_str());
+        logger.Log(kLevelWarning, "Unable to start %s", DaemonDescription(daemon).c_str());
     }
 }
 
-void Check(ProcessInfo& record, ILogger& logger)
+void Check(ProcessInfo& daemon, ILogger& logger)
 {
-    if (record.process) {
-        const DWORD exitCode = ExitCodeOf(record);
-        if (exitCode == STILL_ACTIVE) {
+    if (daemon.process) {
+        const DWORD exitCode = ExitCodeOf(daemon);
+        if (exitCode == STILL_ACTIVE) { // 259, also if the process ended with that code
             return;
         }
-        logger.Log(0, "%s", DescribeEnd(record.serviceName, exitCode).c_str());
+        logger.Log(kLevelError, "%s", DescribeEnd(daemon.serviceName, exitCode).c_str());
     }
-    Start(record, logger);
+    Start(daemon, logger);
 }
 
-bool CanBeAskedTogether(const ProcessInfo& record) noexcept
+bool CanBeAskedTogether(const ProcessInfo& daemon) noexcept
 {
-    return record.process && record.process.Get() == record.readableProcess;
+    return daemon.process && daemon.process.Get() == daemon.readableProcess;
 }
 
-// Goes on to the first record that has to be checked by itself, past those whose processes live: up
-// to 64 of them are asked with one call to the system, and their exit codes are not read.
-// @return how many records have to be checked from there on before the others are asked again
-std::size_t SkipLive(DaemonTable::iterator& record, const DaemonTable::iterator& end) noexcept
+// Moves `entry` past daemons whose processes run. One call to the system asks about up to 64
+// processes, so that a pass does not have to read the exit code of each.
+// @return how many daemons, from `entry` on, the caller must Check one by one before it calls
+//         SkipRunning again: 0 if all of the processes run, 1 for a process that may have ended or
+//         a daemon that cannot be asked about together with others, and the number of processes
+//         asked about if Windows refuses to wait for one of their handles
+std::size_t SkipRunning(DaemonTable::iterator& entry, const DaemonTable::iterator& end) noexcept
 {
-    std::array<HANDLE, MAXIMUM_WAIT_OBJECTS> processes; // NOLINT: filled as far as it is read
+    std::array<HANDLE, MAXIMUM_WAIT_OBJECTS> processes; // NOLINT: only the first `count` are read
     DWORD count = 0;
-    auto next = record;
+    auto next = entry;
     for (; next != end && count < processes.size() && CanBeAskedTogether(next->second); ++next) {
         processes.at(count++) = next->second.process.Get();
     }
@@ -72,28 +80,27 @@ std::size_t SkipLive(DaemonTable::iterator& record, const DaemonTable::iterator&
         return 1;
     }
     const DWORD result = WaitForMultipleObjects(count, processes.data(), FALSE, 0);
-    if (result == WAIT_TIMEOUT) {
-        record = next;
+    if (result == WAIT_TIMEOUT) { // no process of the group has ended
+        entry = next;
         return 0;
     }
-    if (result >= count) { // one of the handles cannot be waited for
+    if (result >= count) { // WAIT_FAILED
         return count;
     }
-    std::advance(record, result);
+    std::advance(entry, result); // the first process of the group that has ended
     return 1;
 }
 
 } // namespace
 
-// A process that ends, or is started, changes what is known of those behind it only in that time
-// has passed: they are asked again. One whose start takes more memory than there is costs the
-// others nothing.
 void SupervisionPass(DaemonTable& table, ILogger& logger)
 {
-    for (auto record = table.begin(); record != table.end();) {
-        for (std::size_t toCheck = SkipLive(record, table.end()); toCheck != 0; --toCheck) {
-            LogExceptions(logger, [&] { Check(record->second, logger); });
-            ++record;
+    // Starting a process takes time, and other processes may end meanwhile. After each start the
+    // daemons that follow are therefore asked about again.
+    for (auto entry = table.begin(); entry != table.end();) {
+        for (std::size_t toCheck = SkipRunning(entry, table.end()); toCheck != 0; --toCheck) {
+            LogExceptions(logger, [&] { Check(entry->second, logger); });
+            ++entry;
         }
     }
 }

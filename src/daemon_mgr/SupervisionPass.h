@@ -5,9 +5,18 @@
 
 namespace vqrx::system::daemon::daemon_mgr::v0 {
 
-/// Looks once at every daemon: one whose process has ended is reported, and one without a live
-/// process is started. The caller holds the table lock. An exception ends the work on its daemon
-/// alone, and is logged.
+/// Checks every daemon once, in the order of the ids, and starts the program of each daemon that
+/// has no running process.
+///
+/// This is the only place that decides whether a process has ended. It decides by the exit code:
+/// - 259 (STILL_ACTIVE): the process runs. A process that ended with exit code 259 therefore counts
+///   as running for ever: it is neither reported nor started again.
+/// - Any other code: the process has ended. Its exit code is logged, then the program is started.
+/// - If the exit code cannot be read, the process counts as ended with exit code 0xFFFFFFFF.
+/// A program that cannot be started is tried again in every pass, without limit and without delay.
+///
+/// The caller holds the table lock during the whole pass, process creation included. If the work on
+/// one daemon throws, the exception is logged and the pass goes on with the next daemon.
 void SupervisionPass(DaemonTable& table, log::i_logger::v0::ILogger& logger);
 
 } // namespace vqrx::system::daemon::daemon_mgr::v0

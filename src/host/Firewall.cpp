@@ -5,14 +5,19 @@
 
 #include <icftypes.h>
 
+#include <array>
+
 namespace vqrx::host::v0 {
 namespace {
 
 using log::i_logger::v0::ILogger;
+using log::i_logger::v0::kLevelError;
+using log::i_logger::v0::kLevelInformation;
+using log::i_logger::v0::kLevelWarning;
 using system::com::v1::ComPtr;
 using system::com::v1::UniqueBstr;
 
-// Class ids of netfw.h, spelt out because not every SDK's import library defines them.
+// Class ids of netfw.h. Not every SDK has an import library that defines them.
 constexpr CLSID kNetFwMgr = {
     0x304CE942, 0x6E39, 0x40D8, {0x94, 0x3A, 0xB9, 0x13, 0xC4, 0x0C, 0x9C, 0xD4}};
 constexpr CLSID kNetFwPolicy2 = {
@@ -20,7 +25,7 @@ constexpr CLSID kNetFwPolicy2 = {
 constexpr CLSID kNetFwRule = {
     0x2C5BC43E, 0x3369, 0x4C33, {0xAB, 0x0C, 0xBE, 0x94, 0x69, 0x67, 0x7A, 0xF4}};
 
-constexpr LONG kAnyProtocol = 256; // NET_FW_IP_PROTOCOL_ANY of icftypes.h, which mingw's lacks
+constexpr LONG kAnyProtocol = 256; // NET_FW_IP_PROTOCOL_ANY, missing in mingw's icftypes.h
 constexpr auto kEndpointNotRegistered = static_cast<HRESULT>(0x800706D9); // EPT_S_NOT_REGISTERED
 
 template <typename Interface>
@@ -45,6 +50,29 @@ UniqueBstr RuleName(const std::string& path)
     return BstrFromAnsi("allowing " + path);
 }
 
+// One property of a rule, and the format of the line that is logged if it cannot be set.
+struct RuleProperty {
+    HRESULT (*set)(INetFwRule& rule, BSTR name, BSTR path);
+    const char* failure;
+};
+
+// In the order in which the properties are set. The first one that fails ends the making of a rule.
+constexpr std::array kRuleProperties{
+    RuleProperty{[](INetFwRule& rule, BSTR name, BSTR) { return rule.put_Name(name); },
+                 "Firewall: Failed to sets the name property for this rule.: 0x%08lx"},
+    RuleProperty{[](INetFwRule& rule, BSTR, BSTR path) { return rule.put_ApplicationName(path); },
+                 "Firewall: Failed to sets the application name property for this rule.: 0x%08lx"},
+    RuleProperty{[](INetFwRule& rule, BSTR, BSTR) { return rule.put_Protocol(kAnyProtocol); },
+                 "Firewall: Failed to sets the protocol property for this rule.: 0x%08lx"},
+    RuleProperty{
+        [](INetFwRule& rule, BSTR, BSTR) { return rule.put_Profiles(NET_FW_PROFILE2_ALL); },
+        "Firewall: Failed to sets the profiles property for this rule.: 0x%08lx"},
+    RuleProperty{[](INetFwRule& rule, BSTR, BSTR) { return rule.put_Action(NET_FW_ACTION_ALLOW); },
+                 "Firewall: Failed to sets the action property for this rule.: 0x%08lx"},
+    RuleProperty{[](INetFwRule& rule, BSTR, BSTR) { return rule.put_Enabled(VARIANT_TRUE); },
+                 "Firewall: Failed to enabled this rule.: 0x%08lx"},
+};
+
 } // namespace
 
 Firewall::Firewall(const std::string& name, ILogger* logger, const SleepSeconds& sleep)
@@ -63,25 +91,25 @@ void Firewall::Bind(const SleepSeconds& sleep)
     ComPtr<INetFwMgr> manager;
     HRESULT hr = Create(kNetFwMgr, manager);
     if (FAILED(hr)) {
-        logger_->Log(0, "Firewall: CoCreateInstance failed: 0x%08lx", Printable(hr));
+        logger_->Log(kLevelError, "Firewall: CoCreateInstance failed: 0x%08lx", Printable(hr));
         return;
     }
     ComPtr<INetFwPolicy> localPolicy;
     hr = manager->get_LocalPolicy(localPolicy.Put());
     if (FAILED(hr)) {
-        logger_->Log(0, "Firewall: get_LocalPolicy failed: 0x%08lx", Printable(hr));
+        logger_->Log(kLevelError, "Firewall: get_LocalPolicy failed: 0x%08lx", Printable(hr));
         return;
     }
     hr = Create(kNetFwPolicy2, policy_);
     if (SUCCEEDED(hr)) {
-        logger_->Log(2, "Detected Windows Firewall with Advanced Security");
+        logger_->Log(kLevelInformation, "Detected Windows Firewall with Advanced Security");
     } else {
         policy_.Reset();
     }
     WaitForEndpoint(localPolicy.Get(), sleep);
 }
 
-// The service may run for a while before its RPC endpoint answers.
+// After the service has started, its RPC endpoint may need some time until it answers.
 void Firewall::WaitForEndpoint(INetFwPolicy* localPolicy, const SleepSeconds& sleep)
 {
     for (DoublingPause pause;; pause.Double()) {
@@ -90,10 +118,11 @@ void Firewall::WaitForEndpoint(INetFwPolicy* localPolicy, const SleepSeconds& sl
             return;
         }
         if (hr != kEndpointNotRegistered) {
-            logger_->Log(0, "Firewall: get_CurrentProfile failed: 0x%08lx", Printable(hr));
+            logger_->Log(kLevelError, "Firewall: get_CurrentProfile failed: 0x%08lx",
+                         Printable(hr));
             return;
         }
-        logger_->Log(1, "Firewall: service is not yet started, waiting %d s",
+        logger_->Log(kLevelWarning, "Firewall: service is not yet started, waiting %d s",
                      static_cast<int>(pause.Seconds()));
         sleep(pause.Seconds());
     }
@@ -103,12 +132,13 @@ ComPtr<INetFwRules> Firewall::Rules()
 {
     ComPtr<INetFwRules> rules;
     if (!policy_) {
-        logger_->Log(0, "Firewall: Windows Firewall with Advanced Security not available !");
+        logger_->Log(kLevelError,
+                     "Firewall: Windows Firewall with Advanced Security not available !");
         return rules;
     }
     const HRESULT hr = policy_->get_Rules(rules.Put());
     if (FAILED(hr)) {
-        logger_->Log(0, "Firewall: Failed to retrieve firewall rules collection: 0x%08lx",
+        logger_->Log(kLevelError, "Firewall: Failed to retrieve firewall rules collection: 0x%08lx",
                      Printable(hr));
         return {};
     }
@@ -118,46 +148,17 @@ ComPtr<INetFwRules> Firewall::Rules()
 ComPtr<INetFwRule> Firewall::MakeRule(BSTR name, BSTR path)
 {
     ComPtr<INetFwRule> rule;
-    HRESULT hr = Create(kNetFwRule, rule);
-    if (FAILED(hr)) {
-        logger_->Log(0, "Firewall: Failed create rule.: 0x%08lx", Printable(hr));
+    const HRESULT created = Create(kNetFwRule, rule);
+    if (FAILED(created)) {
+        logger_->Log(kLevelError, "Firewall: Failed create rule.: 0x%08lx", Printable(created));
         return {};
     }
-    hr = rule->put_Name(name);
-    if (FAILED(hr)) {
-        logger_->Log(0, "Firewall: Failed to sets the name property for this rule.: 0x%08lx",
-                     Printable(hr));
-        return {};
-    }
-    hr = rule->put_ApplicationName(path);
-    if (FAILED(hr)) {
-        logger_->Log(
-            0, "Firewall: Failed to sets the application name property for this rule.: 0x%08lx",
-            Printable(hr));
-        return {};
-    }
-    hr = rule->put_Protocol(kAnyProtocol);
-    if (FAILED(hr)) {
-        logger_->Log(0, "Firewall: Failed to sets the protocol property for this rule.: 0x%08lx",
-                     Printable(hr));
-        return {};
-    }
-    hr = rule->put_Profiles(NET_FW_PROFILE2_ALL);
-    if (FAILED(hr)) {
-        logger_->Log(0, "Firewall: Failed to sets the profiles property for this rule.: 0x%08lx",
-                     Printable(hr));
-        return {};
-    }
-    hr = rule->put_Action(NET_FW_ACTION_ALLOW);
-    if (FAILED(hr)) {
-        logger_->Log(0, "Firewall: Failed to sets the action property for this rule.: 0x%08lx",
-                     Printable(hr));
-        return {};
-    }
-    hr = rule->put_Enabled(VARIANT_TRUE);
-    if (FAILED(hr)) {
-        logger_->Log(0, "Firewall: Failed to enabled this rule.: 0x%08lx", Printable(hr));
-        return {};
+    for (const RuleProperty& property : kRuleProperties) {
+        const HRESULT hr = property.set(*rule.Get(), name, path);
+        if (FAILED(hr)) {
+            logger_->Log(kLevelError, property.failure, Printable(hr));
+            return {};
+        }
     }
     return rule;
 }
@@ -180,7 +181,7 @@ void Firewall::AllowApplication(const std::string& path)
     }
     const HRESULT hr = rules->Add(rule.Get());
     if (FAILED(hr)) {
-        logger_->Log(0, "Firewall: Failed to add rule.: 0x%08lx", Printable(hr));
+        logger_->Log(kLevelError, "Firewall: Failed to add rule.: 0x%08lx", Printable(hr));
     }
 }
 
@@ -193,7 +194,7 @@ void Firewall::RemoveApplication(const std::string& path)
     const UniqueBstr name = RuleName(path);
     const HRESULT hr = rules->Remove(name.Get());
     if (FAILED(hr)) {
-        logger_->Log(0, "Firewall: Missing firewall rule : 0x%08lx", Printable(hr));
+        logger_->Log(kLevelError, "Firewall: Missing firewall rule : 0x%08lx", Printable(hr));
     }
 }
 

@@ -13,43 +13,49 @@
 
 namespace vqrx::host::v0 {
 
-/// Opens the host firewall for programs, by rules that are found by their names alone.
-/// Either bound to Windows Firewall with Advanced Security from construction on, or unavailable for
-/// good. Has no lock: used from any thread of the multithreaded apartment. Failures are logged and
-/// swallowed.
+/// Adds and removes the Windows Firewall rules of the programs that the supervisor launches. The
+/// firewall finds a rule by its name alone.
+/// The constructor connects to Windows Firewall with Advanced Security. If that fails, the object
+/// never tries again, and every later call only logs that the firewall is not available.
+/// Has no lock. Any thread of the multithreaded apartment may call it. Every failure of the firewall
+/// is logged and not reported to the caller.
 class Firewall {
 public:
-    /// Waits, without bound, for the firewall service and its endpoint.
-    /// @param name    the application's, kept for rules per TCP port
+    /// Waits without limit until the firewall service runs and its endpoint answers.
+    /// @param name    name of the application, for the names of rules per TCP port
     /// @param logger  borrowed; must outlive the object
-    /// @param sleep   how the waiting is done
-    /// @throws COMException when COM cannot be initialised on this thread
+    /// @param sleep   called for each wait
+    /// @throws COMException  COM cannot be initialised on this thread
     Firewall(const std::string& name, log::i_logger::v0::ILogger* logger,
              const SleepSeconds& sleep = SleepForSeconds);
     Firewall(const Firewall&) = delete;
     Firewall& operator=(const Firewall&) = delete;
+    /// On the thread that called the constructor: ends that thread's membership in COM.
     ~Firewall();
 
-    /// Makes sure that the rule "allowing " + path exists: every protocol, every profile. A rule of
-    /// that name is left as it is. @param path  in the thread's ANSI code page
-    /// @throws ATL::CAtlException(E_OUTOFMEMORY)
+    /// Makes sure that the rule "allowing " + path exists. A new rule allows the program every
+    /// protocol in every profile. An existing rule of that name stays as it is.
+    /// @param path  in the ANSI code page of the thread
+    /// @throws ATL::CAtlException(E_OUTOFMEMORY), std::bad_alloc
     void AllowApplication(const std::string& path);
 
-    /// Removes the rule "allowing " + path. @throws as AllowApplication
+    /// Removes the rule "allowing " + path.
+    /// @param path  in the ANSI code page of the thread
+    /// @throws ATL::CAtlException(E_OUTOFMEMORY), std::bad_alloc
     void RemoveApplication(const std::string& path);
 
 private:
     void Bind(const SleepSeconds& sleep);
     void WaitForEndpoint(INetFwPolicy* localPolicy, const SleepSeconds& sleep);
-    system::com::v1::ComPtr<INetFwRules> Rules();
-    system::com::v1::ComPtr<INetFwRule> MakeRule(BSTR name, BSTR path);
+    [[nodiscard]] system::com::v1::ComPtr<INetFwRules> Rules();
+    [[nodiscard]] system::com::v1::ComPtr<INetFwRule> MakeRule(BSTR name, BSTR path);
 
-    system::com::v1::ComApartment apartment_; // first in, last out
+    system::com::v1::ComApartment apartment_; // constructed first and destroyed last
     system::com::v1::ComPtr<INetFwProfile> currentProfile_;
-    system::com::v1::ComPtr<INetFwPolicy2> policy_; // null: no firewall
-    std::set<std::uint64_t> ports_;                 // for rules per TCP port; none are made yet
+    system::com::v1::ComPtr<INetFwPolicy2> policy_; // null: the firewall is not available
+    std::set<std::uint64_t> ports_;                 // for rules per TCP port; not used yet
     log::i_logger::v0::ILogger* logger_;
-    std::string portRulePattern_; // the names of such rules
+    std::string portRulePattern_; // names of the rules per TCP port; not used yet
 };
 
 } // namespace vqrx::host::v0

@@ -13,18 +13,20 @@ namespace vqrx::host::v0 {
 namespace {
 
 using log::i_logger::v0::ILogger;
+using log::i_logger::v0::kLevelError;
+using log::i_logger::v0::kLevelWarning;
 using system::win32::v1::UniqueServiceHandle;
 
-constexpr DWORD kServiceConfigBuffer =
-    8192; // the most that the call ever needs, says its reference
-constexpr std::uint32_t kLongestSleep = 24 * 60 * 60;
+constexpr DWORD kServiceConfigBuffer = 8192;          // bytes, Microsoft's limit for this call
+constexpr std::uint32_t kLongestSleep = 24 * 60 * 60; // seconds
 
+// @return the firewall service of newer systems, else that of older ones; empty if neither opens
 UniqueServiceHandle OpenFirewallService(SC_HANDLE manager)
 {
     constexpr DWORD access = SERVICE_QUERY_CONFIG | SERVICE_QUERY_STATUS;
-    UniqueServiceHandle current(OpenServiceA(manager, "MpsSvc", access));
+    UniqueServiceHandle newer(OpenServiceA(manager, "MpsSvc", access));
     UniqueServiceHandle older(OpenServiceA(manager, "SharedAccess", access));
-    return current ? std::move(current) : std::move(older);
+    return newer ? std::move(newer) : std::move(older);
 }
 
 std::optional<DWORD> StartTypeOf(SC_HANDLE service)
@@ -43,14 +45,15 @@ bool WaitUntilRunning(SC_HANDLE service, ILogger* logger, const SleepSeconds& sl
     for (DoublingPause pause;; pause.Double()) {
         SERVICE_STATUS status{};
         if (QueryServiceStatus(service, &status) == FALSE) {
-            logger->Log(0, "Firewall: Could not query service status");
+            logger->Log(kLevelError, "Firewall: Could not query service status");
             return false;
         }
         if (status.dwCurrentState == SERVICE_RUNNING) {
             return true;
         }
-        logger->Log(0, "Firewall: Current status code %d", static_cast<int>(status.dwCurrentState));
-        logger->Log(0, "Firewall: Waiting %d s for the service to be running.",
+        logger->Log(kLevelError, "Firewall: Current status code %d",
+                    static_cast<int>(status.dwCurrentState));
+        logger->Log(kLevelError, "Firewall: Waiting %d s for the service to be running.",
                     static_cast<int>(pause.Seconds()));
         sleep(pause.Seconds());
     }
@@ -60,7 +63,7 @@ bool WaitUntilRunning(SC_HANDLE service, ILogger* logger, const SleepSeconds& sl
 
 void SleepForSeconds(std::uint32_t seconds)
 {
-    while (seconds != 0) { // in pieces: Sleep takes milliseconds in 32 bits
+    while (seconds != 0) { // in pieces, because Sleep takes 32 bits of milliseconds
         const std::uint32_t piece = std::min(seconds, kLongestSleep);
         Sleep(piece * 1000);
         seconds -= piece;
@@ -71,22 +74,22 @@ bool WaitForFirewallService(ILogger* logger, const SleepSeconds& sleep)
 {
     const UniqueServiceHandle manager(OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS));
     if (!manager) {
-        logger->Log(0, "Firewall: Could not connect to service manager");
+        logger->Log(kLevelError, "Firewall: Could not connect to service manager");
         return false;
     }
     const UniqueServiceHandle service = OpenFirewallService(manager.Get());
     if (!service) {
-        const DWORD error = GetLastError(); // kept by the owners' clean-up
-        logger->Log(0, "Firewall: Could not open service (%d)", static_cast<int>(error));
+        const DWORD error = GetLastError(); // closing the other handles has not changed it
+        logger->Log(kLevelError, "Firewall: Could not open service (%d)", static_cast<int>(error));
         return false;
     }
     const std::optional<DWORD> startType = StartTypeOf(service.Get());
     if (!startType) {
-        logger->Log(0, "Firewall: Could not query service config");
+        logger->Log(kLevelError, "Firewall: Could not query service config");
         return false;
     }
     if (*startType == SERVICE_DISABLED) {
-        logger->Log(1, "Firewall: Service is disabled.");
+        logger->Log(kLevelWarning, "Firewall: Service is disabled.");
         return false;
     }
     return WaitUntilRunning(service.Get(), logger, sleep);

@@ -7,26 +7,28 @@
 
 namespace vqrx::host::v0 {
 
-/// Sleeps for so many seconds; tests pass one that only counts.
+/// Sleeps for a number of seconds. Tests pass a function that only counts.
 using SleepSeconds = std::function<void(std::uint32_t seconds)>;
 
-/// Really sleeps.
+/// Blocks the calling thread for a number of seconds.
 void SleepForSeconds(std::uint32_t seconds);
 
-/// A pause that doubles without bound: 1, 2, 4, 8, ... seconds.
+/// The length of a pause that doubles each time: 1, 2, 4, 8, ... seconds.
 class DoublingPause {
 public:
-    std::uint32_t Seconds() const noexcept { return seconds_; }
-    /// Stays where doubling would leave the number's range, 34 years on.
+    [[nodiscard]] std::uint32_t Seconds() const noexcept { return seconds_; }
+    /// Doubles the pause. At 2^30 seconds (34 years) it stays as it is.
     void Double() noexcept { seconds_ = seconds_ < (1U << 30) ? seconds_ * 2 : seconds_; }
 
 private:
     std::uint32_t seconds_ = 1;
 };
 
-/// Waits, without bound, until the Windows firewall service runs.
-/// @return true when it runs; false, logged, when there is none, it is disabled or cannot be asked
-bool WaitForFirewallService(log::i_logger::v0::ILogger* logger,
-                            const SleepSeconds& sleep = SleepForSeconds);
+/// Waits without limit until the Windows firewall service runs.
+/// @param sleep  called for each wait
+/// @return true if the service runs; false, and a line in the log, if there is no such service, if
+///         it is disabled, or if its state cannot be read
+[[nodiscard]] bool WaitForFirewallService(log::i_logger::v0::ILogger* logger,
+                                          const SleepSeconds& sleep = SleepForSeconds);
 
 } // namespace vqrx::host::v0

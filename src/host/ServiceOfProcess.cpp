@@ -1,14 +1,13 @@
 #include "ServiceOfProcess.h"
 
+#include "InternalResult.h"
+
 #include <span>
 
 namespace vqrx::host::v0 {
 namespace {
 
 using system::win32::v1::UniqueServiceHandle;
-
-constexpr int kSuccess = 0;
-constexpr int kFailure = 1;
 
 BOOL Enumerate(SC_HANDLE manager, std::vector<std::byte>& buffer, DWORD& needed, DWORD& count)
 {
@@ -25,9 +24,9 @@ int EnumerateOwnProcessServices(SC_HANDLE manager, std::vector<std::byte>& buffe
     count = 0;
     buffer.clear();
     DWORD needed = 0;
-    SetLastError(ERROR_SUCCESS); // a call that succeeds leaves an older error standing
+    SetLastError(ERROR_SUCCESS); // the next call does not change it if it succeeds
     if (Enumerate(manager, buffer, needed, count) == TRUE) {
-        // Success with no buffer: nothing to list, which counts as a failure.
+        // The call succeeds without a buffer if there is nothing to list. That counts as a failure.
         if (GetLastError() != ERROR_MORE_DATA) {
             return kFailure;
         }

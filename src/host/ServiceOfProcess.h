@@ -10,24 +10,29 @@
 
 namespace vqrx::host::v0 {
 
-/// The Windows service behind a process.
+/// The Windows service that a process belongs to, if there is one.
 struct ServiceOfProcess {
     bool isService = false;
-    std::string name;                              ///< key name
-    system::win32::v1::UniqueServiceHandle handle; ///< full access
+    std::string name;                              ///< key name, not the display name
+    system::win32::v1::UniqueServiceHandle handle; ///< opened with full access
 };
 
 /// Lists the running services that have a process of their own.
-/// @param buffer  receives `count` entries of ENUM_SERVICE_STATUS_PROCESSA and the strings they
-/// point
-///                to; outlives every use of the entries
-/// @return 0 for success, 1 for failure; a machine without any such service is a failure
-int EnumerateOwnProcessServices(SC_HANDLE manager, std::vector<std::byte>& buffer, DWORD& count);
+/// @param manager  the service control manager, opened with SC_MANAGER_ENUMERATE_SERVICE
+/// @param buffer   receives `count` entries of ENUM_SERVICE_STATUS_PROCESSA and the strings that
+///                 they point to; the caller must keep it while it uses the entries
+/// @return kSuccess or kFailure; a machine without any such service gives kFailure
+/// @throws std::bad_alloc
+[[nodiscard]] int EnumerateOwnProcessServices(SC_HANDLE manager, std::vector<std::byte>& buffer,
+                                              DWORD& count);
 
-/// Finds out whether a process is a Windows service. Services that share a process are not looked
-/// at.
-/// @param found  set as far as the lookup came: a service that cannot be opened has its name set
-/// @return 0 for success, whether or not it is a service; 1 for failure
-int FindServiceOfProcess(DWORD processId, ServiceOfProcess& found);
+/// Finds out whether a process is a Windows service. A service that shares its process with other
+/// services is not found.
+/// @param found  set as far as the search came: if the service cannot be opened, isService and the
+///               name are set and the handle is empty
+/// @return kSuccess, whether the process is a service or not; kFailure if the services cannot be
+///         listed or the service cannot be opened
+/// @throws std::bad_alloc
+[[nodiscard]] int FindServiceOfProcess(DWORD processId, ServiceOfProcess& found);
 
 } // namespace vqrx::host::v0

@@ -46,7 +46,7 @@ private:
 HRESULT ErrorOf(SAFEARRAY** array)
 {
     try {
-        ArgumentsFromArray(array);
+        static_cast<void>(ArgumentsFromArray(array));
         return S_OK;
     } catch (const ATL::CAtlException& exception) {
         return exception.m_hr;

@@ -59,7 +59,7 @@ protected:
     HRESULT Failure(ProcessInfo& record)
     {
         try {
-            InspectAttachingProcess(*wmi_, record);
+            static_cast<void>(InspectAttachingProcess(*wmi_, record));
             return S_OK;
         } catch (const COMException& exception) {
             return exception.Code();
@@ -428,7 +428,7 @@ TEST_F(Inspection, never_asks_for_another_process_when_memory_runs_out)
         {
             const AllocationFault fault(succeeding);
             try {
-                QueryProcess(*wmi_, 4294967295U, record, arguments);
+                static_cast<void>(QueryProcess(*wmi_, 4294967295U, record, arguments));
             } catch (const std::bad_alloc&) {
                 record.executablePath.clear();
             } catch (const ATL::CAtlException&) {
@@ -450,7 +450,7 @@ TEST_F(Inspection, leaves_no_object_behind)
     Connect();
     ProcessInfo record;
     record.processId = GetCurrentProcessId();
-    InspectAttachingProcess(*wmi_, record);
+    static_cast<void>(InspectAttachingProcess(*wmi_, record));
     wmi_.reset();
     EXPECT_EQ(0, TheWmiScript().liveObjects);
 }

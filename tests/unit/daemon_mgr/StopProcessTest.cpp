@@ -205,7 +205,7 @@ TEST_F(Stop, goes_on_to_the_general_steps_when_the_agents_windows_go_in_the_last
     timings.agentLastRound = 0;
     timings.agentRoundMs = 1000;
     const auto watch = Watch(record);
-    StopProcess(logger_, record, timings);
+    static_cast<void>(StopProcess(logger_, record, timings));
     ASSERT_EQ(1U, logger_.Lines().size());
     EXPECT_EQ(std::string::npos, logger_.Lines()[0].second.find("Stop (0)"));
     EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(watch.Get(), 60000));
