@@ -2,7 +2,7 @@
 
 #include "HeldProcess.h"
 #include "Utf8.h"
-#include "HeldProcess.h"
+#include "win32/FileTime.h"
 #include "win32/LocalMemory.h"
 #include "win32/UniqueHandle.h"
 

@@ -1,9 +1,9 @@
 #include "AttachInspection.h"
 
 #include "ServiceOfProcess.h"
-#include "WmiQuery.h"
 #include "com/TextConversion.h"
 #include "win32/LocalMemory.h"
+#include "wmi/WmiQuery.h"
 
 #include <windows.h>
 
@@ -17,6 +17,8 @@ namespace {
 
 using com::v1::UniqueBstr;
 using com::v1::WideToNarrow;
+using wmi::v1::ExecuteQuery;
+using wmi::v1::ReadStringProperty;
 
 constexpr int kSuccess = 0;
 constexpr int kFailure = 1;
