@@ -2,7 +2,7 @@
 #include "DaemonArguments.h"
 #include "ExitCode.h"
 #include "FinishOutput.h"
-#include "LogPath.h"
+#include "InstalledPaths.h"
 #include "UsageError.h"
 #include "Utf8.h"
 

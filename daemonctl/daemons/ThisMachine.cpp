@@ -1,17 +1,15 @@
 #include "ThisMachine.h"
 
+#include "InstalledPaths.h"
 #include "LogFile.h"
-#include "LogPath.h"
 #include "ProcessFacts.h"
 #include "ProcessList.h"
 
-#include <string_view>
+#include <stdexcept>
 #include <utility>
 
 namespace vqrx::client::v0 {
 namespace {
-
-constexpr std::string_view kLogBelowRoot = R"(\Logs\DaemonManager.log)";
 
 bool IsConsoleHost(const std::string& image)
 {
@@ -41,9 +39,7 @@ const SupervisorRun& RunOfThisMachine(const Timeline& timeline)
 
 ProcessSource SourceOfThisMachine()
 {
-    std::string root = DefaultLogPath();
-    root.resize(root.size() - kLogBelowRoot.size());
-    return {ReadProcessFacts, IsSameFile, CommandOfService, ArgumentsOfProcess, root + "\\App"};
+    return {ReadProcessFacts, IsSameFile, CommandOfService, ArgumentsOfProcess, DefaultAppFolder()};
 }
 
 std::vector<ProcessFacts> ChildrenOfSupervisor()

@@ -1,7 +1,8 @@
 #include "InstallationFacts.h"
 
-#include "RootFromPathname.h"
-#include "com/TextConversion.h"
+#include "TextEncoding.h"
+#include "installation/FirmwareRoot.h"
+#include "installation/InstallationPaths.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
@@ -14,43 +15,20 @@
 namespace vqrx::client::v0 {
 namespace {
 
+namespace installation = system::installation::v1;
+
 using system::win32::v1::UniqueKernelHandle;
-using system::win32::v1::UniqueRegistryKey;
 
-constexpr DWORD kMaxPathname = 255; // bytes, as the supervisor reads it
-
-std::string Utf8OfAnsi(const std::string& text)
+RegistryKeyFacts FactsOf(installation::RootKey key, const installation::RegisteredPathname& value)
 {
-    using namespace system::com::v1;
-    return WideToNarrow(NarrowToWide(text, CP_ACP), CP_UTF8);
-}
-
-// Fills the facts. @return the value in the ANSI code page
-std::string ReadPathname(const char* name, RegistryKeyFacts& facts)
-{
-    facts.name = std::string("HKLM\\") + name;
-    UniqueRegistryKey key;
-    const LSTATUS opened = RegOpenKeyExA(HKEY_LOCAL_MACHINE, name, 0, KEY_QUERY_VALUE, key.Put());
-    facts.openError = static_cast<std::uint32_t>(opened);
-    if (opened != ERROR_SUCCESS) {
-        return {};
-    }
-    std::array<char, kMaxPathname + 1> buffer{};
-    DWORD size = kMaxPathname;
-    const LSTATUS read = RegQueryValueExA(key.Get(), "Pathname", nullptr, nullptr,
-                                          reinterpret_cast<BYTE*>(buffer.data()), &size);
-    facts.valueError = static_cast<std::uint32_t>(read);
-    if (read != ERROR_SUCCESS) {
-        return {};
-    }
-    facts.pathname = Utf8OfAnsi(buffer.data());
-    return buffer.data();
+    return {installation::NameOf(key), value.openError, value.valueError,
+            AnsiToUtf8(value.pathname)};
 }
 
 FolderFacts LookAtFolder(const std::string& path, DWORD access)
 {
     FolderFacts facts;
-    facts.path = Utf8OfAnsi(path);
+    facts.path = AnsiToUtf8(path);
     const DWORD attributes = GetFileAttributesA(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         facts.error = GetLastError();
@@ -88,21 +66,20 @@ InstallationFacts GatherInstallationFacts()
 {
     InstallationFacts facts;
     facts.administrator = IsUserAnAdmin() != FALSE;
-    const std::string current =
-        ReadPathname(R"(SOFTWARE\UnitWarden\CurrentVersion)", facts.currentKey);
-    const std::string older =
-        ReadPathname(R"(SOFTWARE\VANTORO_QRX\CurrentVersion)", facts.olderKey);
-    const bool isCurrent = facts.currentKey.openError == 0;
-    const RegistryKeyFacts& used = isCurrent ? facts.currentKey : facts.olderKey;
-    if (used.openError != 0 || used.valueError != 0) {
+    using installation::RootKey;
+    const installation::RegisteredPathname current = installation::ReadPathname(RootKey::kCurrent);
+    const installation::RegisteredPathname older = installation::ReadPathname(RootKey::kOlder);
+    facts.currentKey = FactsOf(RootKey::kCurrent, current);
+    facts.olderKey = FactsOf(RootKey::kOlder, older);
+    std::string root; // ANSI code page
+    if (!installation::TryGetFirmwareRoot(root)) {
         return facts;
     }
-    const std::string root = app::v0::RootFromPathname(isCurrent ? current : older);
-    facts.root = Utf8OfAnsi(root);
-    facts.app = LookAtFolder(root + "\\App", FILE_TRAVERSE);
-    facts.logs = LookAtFolder(root + "\\Logs", FILE_ADD_FILE);
-    const std::string logFile = root + "\\Logs\\DaemonManager.log";
-    facts.logFile = Utf8OfAnsi(logFile);
+    facts.root = AnsiToUtf8(root);
+    facts.app = LookAtFolder(installation::AppFolder(root), FILE_TRAVERSE);
+    facts.logs = LookAtFolder(installation::LogFolder(root), FILE_ADD_FILE);
+    const std::string logFile = installation::LogFile(root);
+    facts.logFile = AnsiToUtf8(logFile);
     facts.logFileError = ErrorOfWriting(logFile);
     ULARGE_INTEGER free{};
     if (GetDiskFreeSpaceExA((root + "\\").c_str(), &free, nullptr, nullptr) != FALSE) {
@@ -127,7 +104,7 @@ CrashDialogFacts GatherCrashDialogFacts()
     auto size = static_cast<DWORD>(debugger.size());
     if (RegGetValueA(HKEY_LOCAL_MACHINE, R"(SOFTWARE\Microsoft\Windows NT\CurrentVersion\AeDebug)",
                      "Debugger", RRF_RT_REG_SZ, nullptr, debugger.data(), &size) == ERROR_SUCCESS) {
-        facts.debugger = Utf8OfAnsi(debugger.data());
+        facts.debugger = AnsiToUtf8(debugger.data());
     }
     facts.errorMode =
         NumberValue(HKEY_LOCAL_MACHINE, R"(SYSTEM\CurrentControlSet\Control\Windows)", "ErrorMode");

@@ -3,47 +3,45 @@
 #include "AsciiCase.h"
 #include "ProcessFacts.h"
 #include "Utf8.h"
-#include "WmiConnection.h"
-#include "WmiQuery.h"
-#include "com/UniqueBstr.h"
+#include "com/ComPtr.h"
 #include "exception_utils/COMException.h"
+#include "wmi/ConnectWmi.h"
+#include "wmi/WmiQuery.h"
 
 #include <windows.h>
 
-#include <array>
-#include <cstdarg>
-#include <cstdio>
+#include <exception>
+#include <string>
 
 namespace vqrx::client::v0 {
 namespace {
 
-using namespace system::daemon::daemon_mgr::v0;
+namespace wmi = system::wmi::v1;
 
-// Keeps what the connection reports as an error.
-class ErrorKeeper : public log::i_logger::v0::ILogger {
-public:
-    void Log(int level, const char* format, ...) override VQRX_PRINTF(3, 4)
-    {
-        if (level != 0) {
-            return;
-        }
-        std::array<char, 512> text{};
-        std::va_list arguments{};
-        va_start(arguments, format);
-        std::vsnprintf(text.data(), text.size(), format, arguments);
-        va_end(arguments);
-        error_ = text.data();
+using WmiServices = system::com::v1::ComPtr<IWbemServices>;
+
+// @param failure  receives the text of the step that failed
+// @return nothing if a step failed
+WmiServices Connect(std::string& failure)
+{
+    try {
+        ThrowIfFailed(wmi::SetComSecurity());
+        const auto locator = wmi::MakeLocator();
+        WmiServices services = wmi::OpenNamespace(locator.Get());
+        wmi::SetCallSecurity(services.Get());
+        return services;
+    } catch (const std::exception& exception) {
+        failure = exception.what();
+    } catch (...) {
+        failure = "out of memory";
     }
-    const std::string& Error() const { return error_; }
-
-private:
-    std::string error_;
-};
+    return {};
+}
 
 long ReadProperty(IWbemClassObject* object, const wchar_t* name, std::string& value)
 {
     try {
-        value = Utf8(ReadStringProperty(object, name).View());
+        value = Utf8(wmi::ReadStringProperty(object, name).View());
         return S_OK;
     } catch (const COMException& exception) {
         return exception.Code();
@@ -53,8 +51,8 @@ long ReadProperty(IWbemClassObject* object, const wchar_t* name, std::string& va
 void AskForThisProcess(IWbemServices* services, WmiFacts& facts)
 {
     const DWORD processId = GetCurrentProcessId();
-    const auto objects = ExecuteQuery(services, L"SELECT * FROM Win32_Process WHERE ProcessId=" +
-                                                    std::to_wstring(processId));
+    const auto objects = wmi::ExecuteQuery(
+        services, L"SELECT * FROM Win32_Process WHERE ProcessId=" + std::to_wstring(processId));
     facts.knowsThisProcess = !objects.empty();
     if (objects.empty()) {
         return;
@@ -72,15 +70,12 @@ WmiFacts GatherWmiFacts()
 {
     WmiFacts facts;
     facts.answered = true;
-    ErrorKeeper logger;
-    WmiConnection connection;
-    connection.Connect(logger);
-    facts.connectFailure = logger.Error();
-    if (connection.Services() == nullptr || !facts.connectFailure.empty()) {
+    const WmiServices services = Connect(facts.connectFailure);
+    if (!services) {
         return facts;
     }
     try {
-        AskForThisProcess(connection.Services(), facts);
+        AskForThisProcess(services.Get(), facts);
     } catch (const COMException& exception) {
         facts.queryResult = exception.Code();
     }

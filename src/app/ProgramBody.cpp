@@ -2,10 +2,11 @@
 
 #include "BoundedApartment.h"
 #include "ConsoleControl.h"
-#include "FirmwareRoot.h"
 #include "ManagerReference.h"
 #include "RotRegistration.h"
 #include "WorkingDirectory.h"
+#include "installation/FirmwareRoot.h"
+#include "installation/InstallationPaths.h"
 #include "log_perf/ConsoleSink.h"
 #include "log_perf/LibLogPerf.h"
 #include "log_perf/LogFileSink.h"
@@ -22,6 +23,8 @@
 namespace vqrx::app::v0 {
 namespace {
 
+namespace installation = system::installation::v1;
+
 using log::log_perf::v2::ConsoleSink;
 using log::log_perf::v2::LibLogPerf;
 using log::log_perf::v2::LogFileSink;
@@ -34,12 +37,11 @@ constexpr DWORD kCheckInterval = 1000;            // milliseconds
 void AddLogFile(LogFileSink& sink, LibLogPerf& logger)
 {
     std::string root;
-    if (!TryGetFirmwareRoot(root)) {
+    if (!installation::TryGetFirmwareRoot(root)) {
         return;
     }
-    const std::string folder = root + "\\Logs";
-    static_cast<void>(_mkdir(folder.c_str())); // the folder may exist already
-    sink.SetFileName(folder + "\\" + "DaemonManager" + ".log");
+    static_cast<void>(_mkdir(installation::LogFolder(root).c_str())); // the folder may exist
+    sink.SetFileName(installation::LogFile(root));
     sink.SetSizeLimit(kLogSizeLimit);
     logger.AddSink(&sink);
 }
@@ -81,8 +83,8 @@ void PumpMessages()
 void Supervise()
 {
     std::string firmwareRoot;
-    GetFirmwareRoot(firmwareRoot);
-    ChangeDirectory(firmwareRoot + "\\App");
+    installation::GetFirmwareRoot(firmwareRoot);
+    ChangeDirectory(installation::AppFolder(firmwareRoot));
 
     LogFileSink fileSink;
     ConsoleSink consoleSink;

@@ -2,9 +2,9 @@
 
 #include "InternalResult.h"
 #include "ServiceOfProcess.h"
-#include "WmiQuery.h"
 #include "com/TextConversion.h"
 #include "win32/LocalMemory.h"
+#include "wmi/WmiQuery.h"
 
 #include <windows.h>
 
@@ -20,6 +20,8 @@ using com::v1::UniqueBstr;
 using com::v1::WideToNarrow;
 using host::v0::kFailure;
 using host::v0::kSuccess;
+using wmi::v1::ExecuteQuery;
+using wmi::v1::ReadStringProperty;
 
 // @return false if the system cannot split the command line
 bool SplitArguments(const UniqueBstr& commandLine, std::vector<std::string>& arguments)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ProcessInfo.h"
-#include "WmiConnection.h"
+#include "wmi/WmiConnection.h"
 
 #include <string>
 #include <vector>

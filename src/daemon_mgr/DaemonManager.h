@@ -4,11 +4,11 @@
 #include "Firewall.h"
 #include "IDaemonMgrControl.h"
 #include "StopProcess.h"
-#include "WmiConnection.h"
 #include "log_perf/LibLogPerf.h"
 #include "sync_ptr/CriticalSection.h"
 #include "thread/Thread.h"
 #include "win32/UniqueHandle.h"
+#include "wmi/WmiConnection.h"
 
 #include <windows.h>
 

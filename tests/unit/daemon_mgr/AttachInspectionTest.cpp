@@ -6,7 +6,6 @@
 #include "ImportPatch.h"
 #include "StandInWmi.h"
 #include "TestService.h"
-#include "WmiQuery.h"
 #include "com/ComApartment.h"
 #include "exception_utils/AtlException.h"
 #include "exception_utils/COMException.h"

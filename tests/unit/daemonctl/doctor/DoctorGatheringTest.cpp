@@ -182,7 +182,7 @@ TEST(WmiFacts, tell_what_wmi_says_about_this_process)
     EXPECT_EQ(GatherWmiFacts().queryResult, E_OUTOFMEMORY);
     TheWmiScript().connect = E_ACCESSDENIED;
     facts = GatherWmiFacts();
-    EXPECT_EQ(facts.connectFailure.find("Init WMI errror "), 0U) << facts.connectFailure;
+    EXPECT_EQ(facts.connectFailure.find("COM Error "), 0U) << facts.connectFailure;
     EXPECT_EQ(TheWmiScript().liveObjects, 0);
 }
 

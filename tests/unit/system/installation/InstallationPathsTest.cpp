@@ -1,11 +1,11 @@
-#include "RootFromPathname.h"
+#include "installation/InstallationPaths.h"
 
 #include <gtest/gtest.h>
 
 namespace vqrx::test {
 namespace {
 
-using app::v0::RootFromPathname;
+using system::installation::v1::RootFromPathname;
 
 TEST(RootFromPathname, is_what_stands_before_App)
 {
@@ -34,6 +34,13 @@ TEST(RootFromPathname, looks_at_the_case_of_letters_and_at_the_separator)
     EXPECT_EQ(RootFromPathname(R"(E:\FW\app\bin)"), R"(E:\FW\app\bin)");
     EXPECT_EQ(RootFromPathname(R"(E:\FW\MyApp)"), R"(E:\FW\MyApp)");
     EXPECT_EQ(RootFromPathname("E:/FW/App"), "E:/FW/App");
+}
+
+TEST(InstallationPaths, lie_below_the_root)
+{
+    EXPECT_EQ(system::installation::v1::AppFolder(R"(E:\FW)"), R"(E:\FW\App)");
+    EXPECT_EQ(system::installation::v1::LogFolder(R"(E:\FW)"), R"(E:\FW\Logs)");
+    EXPECT_EQ(system::installation::v1::LogFile(R"(E:\FW)"), R"(E:\FW\Logs\DaemonManager.log)");
 }
 
 TEST(RootFromPathname, may_be_empty)

@@ -1,9 +1,9 @@
-#include "WmiQuery.h"
+#include "wmi/WmiQuery.h"
 
 #include "com/UniqueVariant.h"
 #include "exception_utils/COMException.h"
 
-namespace vqrx::system::daemon::daemon_mgr::v0 {
+namespace vqrx::system::wmi::v1 {
 namespace {
 
 using com::v1::ComPtr;
@@ -56,4 +56,4 @@ std::vector<ComPtr<IWbemClassObject>> ExecuteQuery(IWbemServices* services,
     }
 }
 
-} // namespace vqrx::system::daemon::daemon_mgr::v0
+} // namespace vqrx::system::wmi::v1

@@ -1,4 +1,4 @@
-#include "FirmwareRoot.h"
+#include "installation/FirmwareRoot.h"
 
 #include "FirmwareRegistry.h"
 
@@ -12,8 +12,8 @@
 namespace vqrx::test {
 namespace {
 
-using app::v0::GetFirmwareRoot;
-using app::v0::TryGetFirmwareRoot;
+using system::installation::v1::GetFirmwareRoot;
+using system::installation::v1::TryGetFirmwareRoot;
 using Key = FirmwareRegistry::Key;
 
 struct FirmwareRoot : testing::Test {

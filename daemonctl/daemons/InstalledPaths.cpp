@@ -1,0 +1,36 @@
+#include "InstalledPaths.h"
+
+#include "TextEncoding.h"
+#include "installation/FirmwareRoot.h"
+#include "installation/InstallationPaths.h"
+
+#include <stdexcept>
+
+namespace vqrx::client::v0 {
+namespace {
+
+namespace installation = system::installation::v1;
+
+std::string FirmwareRoot()
+{
+    std::string root;
+    if (!installation::TryGetFirmwareRoot(root)) {
+        throw std::runtime_error("the registry does not tell where the firmware is installed; "
+                                 "name the log file with --file");
+    }
+    return root;
+}
+
+} // namespace
+
+std::string DefaultLogPath()
+{
+    return AnsiToUtf8(installation::LogFile(FirmwareRoot()));
+}
+
+std::string DefaultAppFolder()
+{
+    return AnsiToUtf8(installation::AppFolder(FirmwareRoot()));
+}
+
+} // namespace vqrx::client::v0

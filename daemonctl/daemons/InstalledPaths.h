@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+namespace vqrx::client::v0 {
+
+// Paths of the installation on this machine, found as the supervisor finds them. UTF-8.
+
+/// Returns the supervisor's log file.
+/// @throws std::runtime_error if the registry does not name the firmware root
+[[nodiscard]] std::string DefaultLogPath();
+
+/// Returns the folder in which the supervisor runs.
+/// @throws std::runtime_error if the registry does not name the firmware root
+[[nodiscard]] std::string DefaultAppFolder();
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,86 @@
+#include "wmi/ConnectWmi.h"
+
+#include "ImportPatch.h"
+#include "StandInWmi.h"
+#include "com/ComApartment.h"
+#include "exception_utils/COMException.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using namespace system::wmi::v1;
+
+constexpr auto kRefused = static_cast<HRESULT>(0x800706BA); // the RPC server is unavailable
+
+HRESULT securityAnswer = S_OK;
+
+HRESULT WINAPI AnswerOfSecurity(PSECURITY_DESCRIPTOR, LONG, SOLE_AUTHENTICATION_SERVICE*, void*,
+                                DWORD, DWORD, void*, DWORD, void*)
+{
+    return securityAnswer;
+}
+
+HRESULT Failure(const std::function<void()>& step)
+{
+    try {
+        step();
+        return S_OK;
+    } catch (const COMException& exception) {
+        return exception.Code();
+    }
+}
+
+struct ConnectWmi : testing::Test {
+    const system::com::v1::ComApartment apartment;
+};
+
+} // namespace
+
+TEST_F(ConnectWmi, accepts_security_that_was_set_before)
+{
+    const ImportPatch patch("CoInitializeSecurity", AnswerOfSecurity);
+    securityAnswer = RPC_E_TOO_LATE;
+    EXPECT_EQ(S_OK, SetComSecurity());
+    securityAnswer = S_OK;
+    EXPECT_EQ(S_OK, SetComSecurity());
+}
+
+TEST_F(ConnectWmi, returns_any_other_failure_of_the_security)
+{
+    const ImportPatch patch("CoInitializeSecurity", AnswerOfSecurity);
+    securityAnswer = E_ACCESSDENIED;
+    EXPECT_EQ(E_ACCESSDENIED, SetComSecurity());
+}
+
+TEST_F(ConnectWmi, opens_the_namespace_of_the_processes_with_the_longest_wait)
+{
+    const StandInWmi standIn;
+    const auto services = OpenNamespace(MakeLocator().Get());
+    EXPECT_TRUE(services);
+    EXPECT_EQ(L"root\\cimv2", TheWmiScript().connectedTo);
+    EXPECT_EQ(0x80, TheWmiScript().connectFlags);
+    SetCallSecurity(services.Get());
+    EXPECT_EQ((std::vector<DWORD>{10, 0, 3, 3, 0}), TheWmiScript().blanketAsked);
+}
+
+TEST_F(ConnectWmi, throws_the_failure_of_each_step)
+{
+    {
+        const StandInWmi standIn(kRefused);
+        EXPECT_EQ(kRefused, Failure([] { static_cast<void>(MakeLocator()); }));
+    }
+    const StandInWmi standIn;
+    const auto locator = MakeLocator();
+    const auto services = OpenNamespace(locator.Get());
+    TheWmiScript().connect = kRefused;
+    EXPECT_EQ(kRefused, Failure([&] { static_cast<void>(OpenNamespace(locator.Get())); }));
+    TheWmiScript().blanket = E_ACCESSDENIED;
+    EXPECT_EQ(E_ACCESSDENIED, Failure([&] { SetCallSecurity(services.Get()); }));
+}
+
+} // namespace vqrx::test

@@ -1,0 +1,110 @@
+#include "wmi/WmiQuery.h"
+
+#include "StandInWmi.h"
+#include "com/ComApartment.h"
+#include "exception_utils/COMException.h"
+#include "wmi/ConnectWmi.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using namespace system::wmi::v1;
+
+const std::wstring kQuery = L"SELECT * FROM Win32_Process WHERE ProcessId=5";
+
+struct WmiQuery : testing::Test {
+    WmiQuery()
+        : services(OpenNamespace(MakeLocator().Get()))
+    {
+    }
+
+    static void Answer(const std::vector<PropertyAnswer>& paths)
+    {
+        TheWmiScript().processes = [=](DWORD) {
+            std::vector<ProcessAnswer> processes;
+            for (const PropertyAnswer& path : paths) {
+                processes.push_back({path, {}});
+            }
+            return processes;
+        };
+    }
+
+    HRESULT FailureOfPath() const
+    {
+        try {
+            const auto objects = ExecuteQuery(services.Get(), kQuery);
+            static_cast<void>(ReadStringProperty(objects.at(0).Get(), L"ExecutablePath"));
+            return S_OK;
+        } catch (const COMException& exception) {
+            return exception.Code();
+        }
+    }
+
+    const system::com::v1::ComApartment apartment;
+    const StandInWmi standIn;
+    const system::com::v1::ComPtr<IWbemServices> services;
+};
+
+} // namespace
+
+TEST_F(WmiQuery, returns_every_object_of_the_result)
+{
+    PropertyAnswer first;
+    first.text = L"a.exe";
+    PropertyAnswer second;
+    second.text = L"b.exe";
+    Answer({first, second});
+    const auto objects = ExecuteQuery(services.Get(), kQuery);
+    ASSERT_EQ(2U, objects.size());
+    EXPECT_EQ(L"a.exe", ReadStringProperty(objects[0].Get(), L"ExecutablePath").View());
+    EXPECT_EQ(L"b.exe", ReadStringProperty(objects[1].Get(), L"ExecutablePath").View());
+    EXPECT_EQ(L"WQL", TheWmiScript().lastLanguage);
+    EXPECT_EQ(kQuery, TheWmiScript().lastQuery);
+    EXPECT_EQ(0, TheWmiScript().lastQueryFlags);
+}
+
+TEST_F(WmiQuery, without_a_result_returns_no_object)
+{
+    Answer({});
+    EXPECT_TRUE(ExecuteQuery(services.Get(), kQuery).empty());
+}
+
+TEST_F(WmiQuery, reads_a_null_property_as_the_empty_text)
+{
+    PropertyAnswer null;
+    null.type = VT_NULL;
+    Answer({null});
+    const auto objects = ExecuteQuery(services.Get(), kQuery);
+    EXPECT_EQ(L"", ReadStringProperty(objects.at(0).Get(), L"ExecutablePath").View());
+}
+
+TEST_F(WmiQuery, throws_E_FAIL_for_a_property_of_another_type)
+{
+    PropertyAnswer number;
+    number.type = VT_I4;
+    Answer({number});
+    EXPECT_EQ(E_FAIL, FailureOfPath());
+}
+
+TEST_F(WmiQuery, throws_the_failure_of_a_missing_property)
+{
+    PropertyAnswer missing;
+    missing.result = static_cast<HRESULT>(0x80041002);
+    Answer({missing});
+    EXPECT_EQ(static_cast<HRESULT>(0x80041002), FailureOfPath());
+}
+
+TEST_F(WmiQuery, throws_the_failure_of_the_query_and_of_each_step_through_its_result)
+{
+    TheWmiScript().failAtNext = 2;
+    EXPECT_EQ(E_ABORT, FailureOfPath());
+    TheWmiScript().query = E_ACCESSDENIED;
+    EXPECT_EQ(E_ACCESSDENIED, FailureOfPath());
+}
+
+} // namespace vqrx::test
