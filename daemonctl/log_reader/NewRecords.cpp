@@ -39,7 +39,7 @@ NewRecords FindNew(const std::optional<Record>& last, const std::vector<Record>&
     const Record& oldest = records.front();
     const bool countsOn = oldest.number && last->number && *oldest.number > *last->number;
     if (!countsOn && oldest.number == 0) {
-        result.anew = true;
+        result.isNewLog = true;
         return result;
     }
     result.lost = true;

@@ -14,7 +14,7 @@ struct NewRecords {
     std::size_t first = 0; ///< index of the first new record
     bool lost = false;     ///< records between the last shown and the first new one are gone
     std::optional<std::uint64_t> lostCount; ///< nothing when the numbers do not tell
-    bool anew = false; ///< nothing in the log is as old as what was shown: it was begun anew
+    bool isNewLog = false; ///< the supervisor began a new log file: no shown record is in it
 };
 
 /// Finds where a log goes on behind the record that was shown last. Numbers alone do not tell: a

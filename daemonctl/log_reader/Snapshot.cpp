@@ -1,6 +1,6 @@
 #include "Snapshot.h"
 
-#include "RingScan.h"
+#include "RingLayout.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -41,19 +41,20 @@ public:
         std::size_t looks = 0;
         FollowEvents events;
         events.record = [&](const Record& record) { shown.push_back(record.text); };
-        events.lost = [&](const NewRecords& found) {
-            shown.push_back(found.anew ? "anew"
-                                       : "lost " + std::to_string(found.lostCount.value_or(0)));
+        events.gap = [&](const NewRecords& found) {
+            shown.push_back(found.isNewLog ? "anew"
+                                           : "lost " + std::to_string(found.lostCount.value_or(0)));
         };
-        events.looked = [&] {
+        events.goOn = [&] {
             if (looks == steps.size()) {
                 return endless;
             }
             steps[looks++]();
             return true;
         };
-        FollowLog(path, TextEncoding::kAuto,
-                  {std::chrono::milliseconds(1), std::chrono::milliseconds(50)}, events);
+        static_cast<void>(FollowLog(path, TextEncoding::kAuto,
+                                    {std::chrono::milliseconds(1), std::chrono::milliseconds(50)},
+                                    events));
     }
 };
 

@@ -21,7 +21,7 @@ TEST(FindNew, takes_everything_for_new_at_the_beginning)
 {
     const NewRecords found = FindNew(std::nullopt, {Of(5, 50), Of(6, 60)});
     EXPECT_EQ(found.first, 0U);
-    EXPECT_FALSE(found.lost || found.anew);
+    EXPECT_FALSE(found.lost || found.isNewLog);
 }
 
 TEST(FindNew, goes_on_behind_what_was_shown_last)
@@ -46,7 +46,7 @@ TEST(FindNew, does_not_show_again_what_is_older_than_what_was_shown_last)
                                          Of(91, 880), Of(92, 900), Of(93, 910)};
     const NewRecords found = FindNew(Of(4, 900), records);
     EXPECT_EQ(found.first, 4U);
-    EXPECT_FALSE(found.lost || found.anew);
+    EXPECT_FALSE(found.lost || found.isNewLog);
 }
 
 TEST(FindNew, shows_everything_behind_a_clock_that_was_set_back)
@@ -77,13 +77,13 @@ TEST(FindNew, does_not_guess_when_the_numbers_do_not_tell)
     const NewRecords found = FindNew(Of(600, 60), {Of(19, 190), Of(20, 200)});
     EXPECT_TRUE(found.lost);
     EXPECT_EQ(found.lostCount, std::nullopt);
-    EXPECT_FALSE(found.anew);
+    EXPECT_FALSE(found.isNewLog);
 }
 
 TEST(FindNew, tells_a_log_that_was_begun_anew)
 {
     const NewRecords found = FindNew(Of(600, 60), {Of(0, 190), Of(1, 200)});
-    EXPECT_TRUE(found.anew);
+    EXPECT_TRUE(found.isNewLog);
     EXPECT_FALSE(found.lost);
     EXPECT_EQ(found.first, 0U);
 }

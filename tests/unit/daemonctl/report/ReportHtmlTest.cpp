@@ -1,5 +1,7 @@
 #include "ReportHtml.h"
 
+#include "ReportText.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
