@@ -8,8 +8,8 @@
 
 namespace vqrx::client::v0 {
 
-/// Bytes that can be read at any offset: a file, or a copy of it in memory. Only one thread at a time
-/// may use a source.
+/// Bytes that can be read at any offset: a file, or a copy of it in memory. Only one thread at a
+/// time may use a source.
 class ByteSource {
 public:
     ByteSource() = default;

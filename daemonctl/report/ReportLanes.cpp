@@ -18,23 +18,23 @@ struct Extent {
     int bottom;
 };
 
-std::string EndText(const Life& life)
+std::string EndText(const ProcessInterval& interval)
 {
-    switch (life.end) {
-    case LifeEnd::kRunning:
+    switch (interval.end) {
+    case IntervalEnd::kRunning:
         return "still running at the last record";
-    case LifeEnd::kEnded:
-        return life.attribution == Attribution::kLikely ? "probably ended: " + life.reason
-                                                        : "ended: " + life.reason;
-    case LifeEnd::kStopped:
-        return life.stopMethod == 2 ? "stopped on request, by force" : "stopped on request";
-    case LifeEnd::kStopFailed:
+    case IntervalEnd::kEnded:
+        return interval.attribution == Attribution::kLikely ? "probably ended: " + interval.reason
+                                                            : "ended: " + interval.reason;
+    case IntervalEnd::kStopped:
+        return interval.stopMethod == 2 ? "stopped on request, by force" : "stopped on request";
+    case IntervalEnd::kStopFailed:
         return "stop failed; it ran on unsupervised";
-    case LifeEnd::kDetached:
+    case IntervalEnd::kDetached:
         return "detached; it ran on unsupervised";
-    case LifeEnd::kSupervisorGone:
+    case IntervalEnd::kSupervisorGone:
         return "the supervisor ended; it ran on unsupervised";
-    case LifeEnd::kLost:
+    case IntervalEnd::kLost:
         return "its end is not in the log";
     }
     return {};
@@ -131,7 +131,7 @@ private:
             AddBox("gap", gap.beginMs, gap.endMs, {1, 21},
                    At(gap.beginMs) + " to " + At(gap.endMs) + ": " + gap.text);
         }
-        for (const ReportLife& shown : lane.lives) {
+        for (const ReportInterval& shown : lane.intervals) {
             AddProcess(shown);
         }
         for (const std::int64_t failed : lane.failedStarts) {
@@ -140,37 +140,38 @@ private:
         Add("</svg></div>\n");
     }
 
-    void AddProcess(const ReportLife& shown)
+    void AddProcess(const ReportInterval& shown)
     {
-        const Life& life = shown.life;
+        const ProcessInterval& interval = shown.interval;
         const std::string title = ProcessTitle(shown);
-        AddBox(life.startSeen ? "life" : "life cut", shown.beginMs, shown.endMs, {6, 16}, title);
-        switch (life.end) {
-        case LifeEnd::kEnded:
-        case LifeEnd::kLost:
+        AddBox(interval.startSeen ? "life" : "life cut", shown.beginMs, shown.endMs, {6, 16},
+               title);
+        switch (interval.end) {
+        case IntervalEnd::kEnded:
+        case IntervalEnd::kLost:
             AddLine("end", shown.endMs, {0, 22}, title);
             break;
-        case LifeEnd::kStopped:
-        case LifeEnd::kStopFailed:
-        case LifeEnd::kDetached:
+        case IntervalEnd::kStopped:
+        case IntervalEnd::kStopFailed:
+        case IntervalEnd::kDetached:
             AddLine("stop", shown.endMs, {3, 19}, title);
             break;
-        case LifeEnd::kRunning:
-        case LifeEnd::kSupervisorGone:
+        case IntervalEnd::kRunning:
+        case IntervalEnd::kSupervisorGone:
             break;
         }
     }
 
-    std::string ProcessTitle(const ReportLife& shown) const
+    std::string ProcessTitle(const ReportInterval& shown) const
     {
-        const Life& life = shown.life;
+        const ProcessInterval& interval = shown.interval;
         std::string title =
-            life.processId ? "process " + std::to_string(*life.processId) + ", " : "";
-        title += !life.startSeen ? "began before " + At(shown.beginMs)
-                 : life.attached ? "attached " + At(shown.beginMs)
-                                 : "from " + At(shown.beginMs);
+            interval.processId ? "process " + std::to_string(*interval.processId) + ", " : "";
+        title += !interval.startSeen ? "began before " + At(shown.beginMs)
+                 : interval.attached ? "attached " + At(shown.beginMs)
+                                     : "from " + At(shown.beginMs);
         return title + " to " + At(shown.endMs) + " (" + DurationText(shown.endMs - shown.beginMs) +
-               "): " + EndText(life);
+               "): " + EndText(interval);
     }
 
     const ReportModel& model_;

@@ -19,14 +19,6 @@ struct LaneDraft {
 // By command, and by place among the daemons of one run that have this command.
 using LaneDrafts = std::map<std::pair<std::string, std::size_t>, LaneDraft>;
 
-std::string WithoutBlank(std::string command)
-{
-    if (command.ends_with(' ')) {
-        command.pop_back();
-    }
-    return command;
-}
-
 std::string StateText(const DaemonHistory& daemon, bool runEnded)
 {
     switch (daemon.state) {
@@ -47,14 +39,14 @@ std::string StateText(const DaemonHistory& daemon, bool runEnded)
 }
 
 // Returns nothing for a process that has not ended. A stop by a client counts as an end.
-std::string ReasonText(const Life& life)
+std::string ReasonText(const ProcessInterval& interval)
 {
-    switch (life.end) {
-    case LifeEnd::kEnded:
-        return life.reason;
-    case LifeEnd::kStopped:
+    switch (interval.end) {
+    case IntervalEnd::kEnded:
+        return interval.reason;
+    case IntervalEnd::kStopped:
         return "stopped on request";
-    case LifeEnd::kLost:
+    case IntervalEnd::kLost:
         return "not in the log";
     default:
         return {};
@@ -73,18 +65,19 @@ void AddDaemon(LaneDraft& draft, const DaemonHistory& daemon, const SupervisorRu
     std::int64_t begin = run.lastMs;
     std::int64_t end = daemon.IsRegistered() ? run.lastMs : begin;
     double up = 0;
-    for (const Life& life : daemon.lives) {
-        const ReportLife shown{life.startMs,
-                               std::max(life.startMs, life.endMs.value_or(run.lastMs)), life};
+    for (const ProcessInterval& interval : daemon.intervals) {
+        const ReportInterval shown{interval.startMs,
+                                   std::max(interval.startMs, interval.endMs.value_or(run.lastMs)),
+                                   interval};
         begin = std::min(begin, shown.beginMs);
         end = daemon.IsRegistered() ? end : shown.endMs;
         up += static_cast<double>(shown.endMs - shown.beginMs);
-        if (const std::string reason = ReasonText(life); !reason.empty()) {
+        if (const std::string reason = ReasonText(interval); !reason.empty()) {
             ++lane.ends[reason];
             draft.endedMs.push_back(shown.endMs - shown.beginMs);
         }
         lane.longestMs = std::max(lane.longestMs.value_or(0), shown.endMs - shown.beginMs);
-        lane.lives.push_back(shown);
+        lane.intervals.push_back(shown);
     }
     for (const std::int64_t failed : daemon.failedStarts) {
         begin = std::min(begin, failed);

@@ -13,11 +13,11 @@ namespace vqrx::client::v0 {
 
 // Times are milliseconds since 1970, UTC. Durations are milliseconds.
 
-/// The interval during which the supervisor watched one process of a daemon.
-struct ReportLife {
+/// The interval of one process as the report draws it.
+struct ReportInterval {
     std::int64_t beginMs = 0;
     std::int64_t endMs = 0; ///< the end of the run if the process ran on
-    Life life;
+    ProcessInterval interval; ///< what the log shows of it
 };
 
 /// The history of one daemon in all runs of the supervisor. Each run counts daemon ids from 0, so
@@ -25,7 +25,7 @@ struct ReportLife {
 struct ReportLane {
     std::string command;         ///< without the trailing blank
     std::set<std::uint32_t> ids; ///< the ids it had; none if it never had a process
-    std::vector<ReportLife> lives;
+    std::vector<ReportInterval> intervals;
     std::vector<std::int64_t> failedStarts; ///< times
     std::string state;                      ///< in the last run that had the daemon, in words
     std::uint64_t restarts = 0;

@@ -5,6 +5,7 @@
 #include "ReportHtml.h"
 #include "ReportTime.h"
 #include "TimeText.h"
+#include "TimelineBuilder.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -25,7 +25,7 @@ void WriteFile(const std::string& path, const std::string& bytes)
     std::ofstream(path, std::ios::binary) << bytes;
 }
 
-TEST(LogFile, is_read_with_its_texts_in_utf_8)
+TEST(LogFile, gives_texts_in_utf_8)
 {
     const TempFolder folder;
     RingModel ring;
@@ -38,7 +38,7 @@ TEST(LogFile, is_read_with_its_texts_in_utf_8)
     EXPECT_EQ(records[0].text, "Start \xC3\xA9t\xC3\xA9.exe ");
 }
 
-TEST(LogFile, larger_than_the_supervisors_own_is_read_piece_by_piece)
+TEST(LogFile, of_any_size_can_be_read)
 {
     const TempFolder folder;
     RingModel ring;
@@ -50,7 +50,7 @@ TEST(LogFile, larger_than_the_supervisors_own_is_read_piece_by_piece)
     EXPECT_THAT(records, ElementsAreArray(ring.Intact()));
 }
 
-TEST(LogFile, that_cannot_be_read_is_refused_by_its_name)
+TEST(LogFile, that_cannot_be_read_gives_an_error_with_its_path)
 {
     const TempFolder folder;
     for (const std::string& path : {folder.File("missing.log"), folder.Path().string()}) {

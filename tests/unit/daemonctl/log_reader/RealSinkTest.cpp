@@ -1,4 +1,4 @@
-// The reader on what the supervisor's own sink writes.
+// The supervisor's own sink writes, the reader reads.
 #include "LogFile.h"
 #include "TempFolder.h"
 #include "log_perf/LogFileSink.h"
@@ -36,7 +36,7 @@ protected:
         written_.push_back(text);
     }
 
-    /// The last texts that were written, as many as the reader found, and what it found.
+    /// Expects that the reader finds the newest texts and no other ones, and how many at least.
     void ExpectTheNewest(std::size_t least)
     {
         std::vector<std::string> read;
@@ -56,7 +56,7 @@ protected:
     std::vector<std::string> written_;
 };
 
-TEST_F(RealSink, is_read_to_the_newest_record_at_every_moment)
+TEST_F(RealSink, always_leaves_the_newest_records_readable)
 {
     Open();
     for (int index = 0; index < 200; ++index) {
@@ -67,14 +67,14 @@ TEST_F(RealSink, is_read_to_the_newest_record_at_every_moment)
     }
 }
 
-TEST_F(RealSink, is_read_across_its_restarts_and_loses_nothing_by_them)
+TEST_F(RealSink, leaves_the_newest_records_readable_after_restarts)
 {
     for (int run = 0; run < 12; ++run) {
         Open();
         for (int index = 0; index < 17; ++index) {
             Write("run " + std::to_string(run) + " record " + std::to_string(index));
         }
-        // The record before a restart, half overwritten or not, may be beyond belief.
+        // The oldest records may be left out: a restart leaves doubt about torn ones.
         ASSERT_NO_FATAL_FAILURE(ExpectTheNewest(written_.size() < 20 ? written_.size() : 20))
             << run;
     }
