@@ -3,18 +3,18 @@
 #include "RawLines.h"
 #include "RecordLine.h"
 #include "RecordNeighbours.h"
+#include "ring_format/RingHeader.h"
 
 #include <array>
-#include <charconv>
 #include <cstddef>
-#include <system_error>
 #include <utility>
 
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr std::size_t kHeaderText = 10; // "0x0000000C"
-constexpr std::uint64_t kHeader = 12;   // and its line end
+using system::ring_format::v1::kRingHeaderLength;
+using system::ring_format::v1::kRingStart;
+using system::ring_format::v1::ParseRingHeader;
 
 bool IsLineEndBefore(ByteSource& source, std::uint64_t offset)
 {
@@ -87,7 +87,7 @@ RingLayout FindRingLayout(ByteSource& source)
         RawLines lines(source, 0, source.Size());
         RawLine headerLine;
         layout.start = lines.Next(headerLine) ? headerLine.next : 0;
-        layout.writePosition = *header < kHeader ? layout.start : *header;
+        layout.writePosition = *header < kRingStart ? layout.start : *header;
         layout.headerDamaged = layout.writePosition < layout.start ||
                                layout.writePosition > source.Size() ||
                                (layout.writePosition > layout.start &&
@@ -103,19 +103,9 @@ RingLayout FindRingLayout(ByteSource& source)
 
 std::optional<std::uint64_t> ReadHeader(ByteSource& source)
 {
-    std::array<char, kHeaderText + 1> text{};
-    const std::size_t length = source.ReadAt(0, text);
-    std::uint32_t position = 0;
-    const char* const end = text.data() + kHeaderText;
-    if (length != text.size() || text[0] != '0' || text[1] != 'x' ||
-        (text[kHeaderText] != '\r' && text[kHeaderText] != '\n')) {
-        return std::nullopt;
-    }
-    const auto [rest, error] = std::from_chars(text.data() + 2, end, position, 16);
-    if (error != std::errc{} || rest != end) {
-        return std::nullopt;
-    }
-    return position;
+    std::array<char, kRingHeaderLength + 1> bytes{};
+    const std::size_t length = source.ReadAt(0, bytes);
+    return ParseRingHeader({bytes.data(), length});
 }
 
 } // namespace vqrx::client::v0

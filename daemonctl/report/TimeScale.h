@@ -9,6 +9,7 @@ namespace vqrx::client::v0 {
 /// values are allowed.
 class TimeScale {
 public:
+    /// @param beginMs, endMs  the ends of the axis
     TimeScale(std::int64_t beginMs, std::int64_t endMs) noexcept;
 
     /// Returns the place of a time: 0 for the beginning of the axis, 1 for its end. Times outside

@@ -49,7 +49,7 @@ ScanSummary Scanned(const std::string& bytes)
     return ScanRing(source, [](const auto&) {});
 }
 
-TEST(LogFile, of_a_growing_file_is_read_again_until_header_and_file_match)
+TEST(Snapshot, of_a_growing_file_is_read_again_until_header_and_file_match)
 {
     RingModel ring;
     ring.Write("first");
@@ -68,7 +68,7 @@ TEST(LogFile, of_a_growing_file_is_read_again_until_header_and_file_match)
     EXPECT_EQ(openings, 4);
 }
 
-TEST(LogFile, of_a_cut_file_is_returned_after_two_reads)
+TEST(Snapshot, of_a_cut_file_is_returned_after_two_reads)
 {
     RingModel ring;
     ring.Write("first");
@@ -82,7 +82,7 @@ TEST(LogFile, of_a_cut_file_is_returned_after_two_reads)
     EXPECT_EQ(openings, 2);
 }
 
-TEST(LogFile, of_a_file_that_never_stops_growing_is_returned_after_100_reads)
+TEST(Snapshot, of_a_file_that_never_stops_growing_is_returned_after_100_reads)
 {
     RingModel ring;
     int openings = 0;

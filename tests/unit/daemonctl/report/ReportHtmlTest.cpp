@@ -1,6 +1,5 @@
 #include "ReportHtml.h"
 
-#include "ReportText.h"
 #include "TimelineBuilder.h"
 
 #include <gmock/gmock.h>
@@ -13,7 +12,6 @@ namespace vqrx::test {
 namespace {
 
 using client::v0::BuildTimeline;
-using client::v0::EscapeHtml;
 using client::v0::MakeReportModel;
 using client::v0::Record;
 using client::v0::ReportHtml;
@@ -29,12 +27,6 @@ std::string Page(const std::vector<std::string>& texts, const std::string& sourc
         records.push_back(Record{number, 1763265156000 + number * 1000, 1, "", text});
     }
     return ReportHtml(MakeReportModel(BuildTimeline(records)), source, 60);
-}
-
-TEST(EscapeHtml, escapes_every_character_that_has_a_meaning_in_html)
-{
-    EXPECT_EQ(EscapeHtml("<a href=\"x\" title='y'>&\x01"),
-              "&lt;a href=&quot;x&quot; title=&#39;y&#39;&gt;&amp;\\x01");
 }
 
 TEST(ReportHtml, loads_nothing_and_holds_no_script)

@@ -1,4 +1,3 @@
-// The supervisor's own sink writes, the reader reads.
 #include "LogFile.h"
 #include "TempFolder.h"
 #include "log_perf/LogFileSink.h"
@@ -18,7 +17,8 @@ using client::v0::Record;
 using log::log_perf::v2::LogFileSink;
 using log::log_perf::v2::Timestamp;
 
-class RealSink : public testing::Test {
+/// A log file that the supervisor's own sink writes and the reader reads.
+class LogFileFromSink : public testing::Test {
 protected:
     void Open()
     {
@@ -36,7 +36,8 @@ protected:
         written_.push_back(text);
     }
 
-    /// Expects that the reader finds the newest texts and no other ones, and how many at least.
+    /// Expects that the reader finds the newest texts, in order, and no other ones.
+    /// @param least  how many of them at least
     void ExpectTheNewest(std::size_t least)
     {
         std::vector<std::string> read;
@@ -56,7 +57,7 @@ protected:
     std::vector<std::string> written_;
 };
 
-TEST_F(RealSink, always_leaves_the_newest_records_readable)
+TEST_F(LogFileFromSink, always_leaves_the_newest_records_readable)
 {
     Open();
     for (int index = 0; index < 200; ++index) {
@@ -67,7 +68,7 @@ TEST_F(RealSink, always_leaves_the_newest_records_readable)
     }
 }
 
-TEST_F(RealSink, leaves_the_newest_records_readable_after_restarts)
+TEST_F(LogFileFromSink, leaves_the_newest_records_readable_after_restarts)
 {
     for (int run = 0; run < 12; ++run) {
         Open();
