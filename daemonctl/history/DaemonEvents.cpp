@@ -5,7 +5,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// The level of the first start message of a launched daemon. Restarts have a lower level: warning.
+// The level of the message about the first start of a launched daemon. A restart is a warning, 1.
 constexpr int kFirstStartLevel = 2;
 
 // Finds the daemon of a record, or adds it to the run.
@@ -82,8 +82,7 @@ void AddEnd(SupervisorRun& run, const AttributedRecord& attributed, IntervalEnd 
         interval.startSeen = false;
         daemon.intervals.push_back(std::move(interval));
     }
-    // After a failed start the last interval has its end already. A stop then changes only the
-    // state.
+    // After a failed start the last interval has an end already: a stop changes only the state.
     if (daemon.Running() != nullptr) {
         ProcessInterval& interval = daemon.intervals.back();
         interval.end = end;

@@ -12,7 +12,7 @@ namespace vqrx::client::v0 {
 /// Times for following a log file.
 struct FollowSettings {
     std::chrono::milliseconds period{200};    ///< between two reads of the file
-    std::chrono::milliseconds patience{3000}; ///< a file that cannot be opened may come back
+    std::chrono::milliseconds patience{3000}; ///< longest absence of the file
 };
 
 /// The calls that FollowLog makes, all on the caller's thread.

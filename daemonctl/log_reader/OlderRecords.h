@@ -49,10 +49,9 @@ private:
 
     // The lines after them:
     std::optional<std::int64_t> previous_; // of the record handed out last
-    std::vector<Unconfirmed>
-        unconfirmed_;            // in the order of the file; they do not continue previous_
-    std::uint64_t unplaced_ = 0; // lines since the last record that are no records: unreadable if
-                                 // a record follows, else remainders
+    std::vector<Unconfirmed> unconfirmed_; // in file order; they do not continue previous_
+    std::uint64_t unplaced_ = 0; // lines after the last record that are no records: unreadable if
+                                 // another record follows, else remainders
 };
 
 } // namespace vqrx::client::v0

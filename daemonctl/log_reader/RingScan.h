@@ -24,12 +24,14 @@ namespace vqrx::client::v0 {
 /// A torn line, a remainder and a record that is being written can look like whole records. So the
 /// scan compares the numbers of neighbours and hands out
 ///  - the first line after P only if the number of the next line continues its number,
-///  - the last lines of the file only if the number at offset 12 continues their numbers,
+///  - lines at the end of the file whose numbers do not continue those before them, only if the
+///    number at offset 12 continues theirs,
 ///  - no line after P whose number continues that of the newest record: it is being written, and
 ///    the header does not count it yet.
 ///
-/// If the header is damaged or contradicts the records, the scan takes P from the records: P is
-/// where number and time go back, and there the farthest in time.
+/// If the header is damaged or contradicts the records, the scan takes P from the records: P is the
+/// place where both number and time go back. If there are several, it is the place where the time
+/// goes back the farthest.
 ///
 /// @param source    any bytes, also of a file that is no ring
 /// @param onRecord  gets each record; date and text as the bytes of the file

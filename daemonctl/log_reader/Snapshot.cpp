@@ -9,7 +9,7 @@ namespace vqrx::client::v0 {
 namespace {
 
 constexpr std::uint64_t kMostInMemory = 16ULL * 1024 * 1024; // a supervisor writes up to 1.1 MiB
-constexpr int kMostAttempts = 100;                           // some ten milliseconds altogether
+constexpr int kMostAttempts = 100;                           // tens of milliseconds in all
 
 } // namespace
 

@@ -1,4 +1,4 @@
-// Any bytes as a log file, on their way to everything that daemonctl makes of one.
+// Reads any bytes as a log file and makes everything from it that daemonctl shows.
 #include "Check.h"
 #include "LogFile.h"
 #include "RecordText.h"
