@@ -75,10 +75,10 @@ public:
     {
         attributor_.Flush();
         if (arguments_.json) {
-            output_.Write(-1, found.anew ? LogBegunAnewJson() : OverwrittenJson(found.lostCount));
+            output_.Write(-1, found.isNewLog ? NewLogJson() : OverwrittenJson(found.lostCount));
             return;
         }
-        if (found.anew) {
+        if (found.isNewLog) {
             output_.Write(-1, "[\xE2\x80\xA6 the log was begun anew \xE2\x80\xA6]");
             return;
         }
@@ -155,8 +155,8 @@ int Show(const LogArguments& arguments, const LogPath& defaultPath)
         if (arguments.follow) {
             FollowEvents events;
             events.record = [&](Record record) { printer.Add(std::move(record)); };
-            events.lost = [&](const NewRecords& found) { printer.Lost(found); };
-            events.looked = [&] { return printer.Looked(); };
+            events.gap = [&](const NewRecords& found) { printer.Lost(found); };
+            events.goOn = [&] { return printer.Looked(); };
             summary = FollowLog(path, arguments.encoding, {}, events);
         } else {
             summary = ReadLogFile(path, arguments.encoding,

@@ -6,6 +6,7 @@
 #include "LogFile.h"
 #include "ReportHtml.h"
 #include "ReportTime.h"
+#include "TimelineBuilder.h"
 
 #include <filesystem>
 #include <fstream>

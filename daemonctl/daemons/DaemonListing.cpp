@@ -154,14 +154,6 @@ ListedProcess ReadProcess(const Json& daemon)
 
 } // namespace
 
-std::string WithoutBlank(std::string command)
-{
-    if (command.ends_with(' ')) {
-        command.pop_back();
-    }
-    return command;
-}
-
 std::string ListingText(const std::vector<DaemonStatus>& daemons, std::int64_t nowMs,
                         const TimeText& timeText)
 {

@@ -34,7 +34,4 @@ struct ListedProcess {
 /// Reads a listing back. @throws std::runtime_error when it is none
 std::vector<ListedProcess> ParseListing(const std::string& json);
 
-/// A command without the blank that the log has behind it.
-std::string WithoutBlank(std::string command);
-
 } // namespace vqrx::client::v0

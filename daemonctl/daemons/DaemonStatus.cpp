@@ -17,18 +17,18 @@ std::string AsCommand(std::string commandLine)
     return commandLine + " ";
 }
 
-bool IsUnended(const Life& life)
+bool IsUnended(const ProcessInterval& interval)
 {
-    return life.end == LifeEnd::kRunning || life.end == LifeEnd::kSupervisorGone;
+    return interval.end == IntervalEnd::kRunning || interval.end == IntervalEnd::kSupervisorGone;
 }
 
 std::optional<LastExit> LastExitOf(const DaemonHistory& daemon)
 {
-    const auto ended = [](const Life& life) {
-        return life.end == LifeEnd::kEnded || life.end == LifeEnd::kLost;
+    const auto ended = [](const ProcessInterval& interval) {
+        return interval.end == IntervalEnd::kEnded || interval.end == IntervalEnd::kLost;
     };
-    const auto found = std::find_if(daemon.lives.rbegin(), daemon.lives.rend(), ended);
-    if (found == daemon.lives.rend()) {
+    const auto found = std::find_if(daemon.intervals.rbegin(), daemon.intervals.rend(), ended);
+    if (found == daemon.intervals.rend()) {
         return std::nullopt;
     }
     return LastExit{found->endMs.value_or(found->startMs), found->reason,
@@ -49,7 +49,7 @@ DaemonStatus StatusOf(const DaemonHistory& daemon, const ProcessSource& source)
     status.id = daemon.id;
     status.restarts = daemon.Restarts();
     status.restartsComplete = daemon.beginningSeen;
-    if (!daemon.beginningSeen && !daemon.lives.empty() && daemon.lives.front().startSeen) {
+    if (!daemon.beginningSeen && !daemon.intervals.empty() && daemon.intervals.front().startSeen) {
         ++status.restarts; // the first start that is left is a later one
     }
     status.lastExit = LastExitOf(daemon);
@@ -122,14 +122,15 @@ bool WasTriedLately(const std::vector<std::int64_t>& failedStarts, std::int64_t 
 
 std::optional<LoggedProcess> LastProcessOf(const DaemonHistory& daemon, const ProcessSource& source)
 {
-    if (daemon.lives.empty() || !IsUnended(daemon.lives.back()) || !daemon.lives.back().processId) {
+    if (daemon.intervals.empty() || !IsUnended(daemon.intervals.back()) ||
+        !daemon.intervals.back().processId) {
         return std::nullopt;
     }
-    const Life& life = daemon.lives.back();
+    const ProcessInterval& interval = daemon.intervals.back();
     LoggedProcess logged;
-    logged.processId = *life.processId;
-    logged.loggedMs = life.startMs;
-    logged.attached = life.attached;
+    logged.processId = *interval.processId;
+    logged.loggedMs = interval.startMs;
+    logged.attached = interval.attached;
     logged.command =
         daemon.IsService() ? AsCommand(source.commandOfService(daemon.command)) : daemon.command;
     return logged;
@@ -142,8 +143,8 @@ std::vector<DaemonStatus> StatusOfDaemons(const SupervisorRun& run, const Proces
     std::vector<DaemonStatus> result;
     std::set<std::uint32_t> inLog;
     for (const auto& [id, daemon] : run.daemons) {
-        for (const Life& life : daemon.lives) {
-            inLog.insert(life.processId.value_or(0));
+        for (const ProcessInterval& interval : daemon.intervals) {
+            inLog.insert(interval.processId.value_or(0));
         }
         const bool lookedAfter =
             daemon.state != DaemonState::kCannotStart || WasTriedLately(daemon.failedStarts, nowMs);

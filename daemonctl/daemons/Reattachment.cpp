@@ -22,8 +22,8 @@ using LeftProcesses = std::map<std::uint32_t, Left>;
 void AddRun(LeftProcesses& left, const SupervisorRun& run, const ProcessSource& source, bool isLast)
 {
     for (const auto& [id, daemon] : run.daemons) {
-        for (const Life& life : daemon.lives) {
-            left.erase(life.processId.value_or(0));
+        for (const ProcessInterval& interval : daemon.intervals) {
+            left.erase(interval.processId.value_or(0));
         }
         const auto logged = daemon.IsRegistered() ? LastProcessOf(daemon, source) : std::nullopt;
         if (logged) {
@@ -58,12 +58,12 @@ bool IsOutdated(const ListedProcess& listed, const SupervisorRun& last)
     if (daemon == nullptr || WithoutBlank(daemon->command) != listed.command) {
         return false;
     }
-    const auto life =
-        std::find_if(daemon->lives.rbegin(), daemon->lives.rend(),
-                     [&listed](const Life& each) { return each.processId == listed.processId; });
-    return life != daemon->lives.rend() &&
-           (life->end == LifeEnd::kEnded || life->end == LifeEnd::kLost ||
-            life->end == LifeEnd::kStopped);
+    const auto interval = std::find_if(
+        daemon->intervals.rbegin(), daemon->intervals.rend(),
+        [&listed](const ProcessInterval& each) { return each.processId == listed.processId; });
+    return interval != daemon->intervals.rend() &&
+           (interval->end == IntervalEnd::kEnded || interval->end == IntervalEnd::kLost ||
+            interval->end == IntervalEnd::kStopped);
 }
 
 class Planner {
@@ -190,8 +190,8 @@ private:
         return std::any_of(current_.daemons.begin(), current_.daemons.end(),
                            [processId](const auto& entry) {
                                const DaemonHistory& daemon = entry.second;
-                               return !daemon.IsRegistered() && !daemon.lives.empty() &&
-                                      daemon.lives.back().processId == processId;
+                               return !daemon.IsRegistered() && !daemon.intervals.empty() &&
+                                      daemon.intervals.back().processId == processId;
                            });
     }
 

@@ -4,6 +4,7 @@
 #include "LogFile.h"
 #include "ProcessFacts.h"
 #include "ProcessList.h"
+#include "TimelineBuilder.h"
 
 #include <stdexcept>
 #include <utility>

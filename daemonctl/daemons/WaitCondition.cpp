@@ -11,9 +11,9 @@ std::optional<LoggedProcess> LastProcessOrLetGo(const DaemonHistory& daemon,
         return daemon.IsRegistered() ? LastProcessOf(daemon, source) : std::nullopt;
     }
     DaemonHistory before = daemon;
-    if (!before.lives.empty() && (before.lives.back().end == LifeEnd::kDetached ||
-                                  before.lives.back().end == LifeEnd::kStopFailed)) {
-        before.lives.back().end = LifeEnd::kRunning;
+    if (!before.intervals.empty() && (before.intervals.back().end == IntervalEnd::kDetached ||
+                                      before.intervals.back().end == IntervalEnd::kStopFailed)) {
+        before.intervals.back().end = IntervalEnd::kRunning;
     }
     return LastProcessOf(before, source);
 }

@@ -6,7 +6,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr std::size_t kMostWaiting = 256; // other threads write little within one pass
+constexpr std::size_t kMostWaiting = 256; // records; other threads write few between end and start
 
 bool BeginsRun(EventKind kind)
 {
@@ -14,11 +14,11 @@ bool BeginsRun(EventKind kind)
            kind == EventKind::kSupervisionStarted;
 }
 
-// A service's description is its name; a program's command ends in a blank.
+// The command of a service is its name. The command of a program ends in a blank.
 bool CanBelong(const Event& end, const Event& start)
 {
     if (!start.daemonId) {
-        return false; // a daemon that never had a process: none can have ended
+        return false; // this daemon never had a process, so none of its processes can have ended
     }
     return end.service.empty() ? start.command.ends_with(' ') : start.command == end.service;
 }
@@ -85,7 +85,7 @@ void Attributor::Pair(const Event& start)
     end.event.daemonId = start.daemonId;
     end.event.command = start.command;
     if (start.kind == EventKind::kStartFailed) {
-        end.event.processId = start.processId; // still the old one
+        end.event.processId = start.processId; // a failed start names the old process
     } else if (const auto known = processes_.find(*start.daemonId); known != processes_.end()) {
         end.event.processId = known->second;
     }

@@ -10,48 +10,58 @@
 
 namespace vqrx::client::v0 {
 
-/// How it is known which daemon an event is about.
+/// How sure it is which daemon an event is about.
 enum class Attribution {
-    kNone,   ///< not known, or the event is about no daemon
-    kStated, ///< the message says it
-    kPaired, ///< from the start message that belongs to an end
-    kLikely  ///< the same, but messages were lost between the two
+    kNone,   ///< unknown, or the event is about no daemon
+    kStated, ///< the message itself names the daemon
+    kPaired, ///< the start message that belongs to the end names the daemon
+    kLikely  ///< as kPaired, but messages between the end and the start are missing
 };
 
+/// A record, its event, and the daemon that the event is about.
 struct AttributedRecord {
     Record record;
     Event event;
     Attribution attribution = Attribution::kNone;
 };
 
-/// Finds out whose process an "Exception caught in" message is about, which does not say so itself.
+/// Finds the daemon of each "Exception caught in" message. The message itself does not name it.
 ///
-/// One thread of the supervisor writes the messages of ends and starts, and it writes none of
-/// another daemon between the end of a daemon's process and its new start (or failed start). So the
-/// next start or failed start after an end names the daemon. Not so when that message is missing,
-/// or names a service where the end does not or the reverse: the end then stays without a daemon.
-/// When record numbers are missing between the two, or the supervisor's queue overflowed, two such
-/// messages may be missing, and the answer is likely only.
+/// One thread of the supervisor writes all messages about ends and starts. After the end of a
+/// daemon's process it writes the start or failed start of that daemon before any other of these
+/// messages:
+///
+///     Exception caught in : Access violation        the end of which daemon?
+///     Detached DaemonId(4) PId(40) : b.exe          by another thread, does not count
+///     Start DaemonId(3) PId(31) : a.exe             the end was that of daemon 3
+///
+/// - If record numbers are missing between the two messages, or the supervisor's queue overflowed,
+///   an end and a start may be missing there: the attribution is kLikely.
+/// - If the start message is missing, or if one message names a service and the other one does not,
+///   the attribution is kNone.
+///
+/// Not for use by several threads at once.
 class Attributor {
 public:
     using Found = std::function<void(AttributedRecord)>;
 
-    /// @param found  called for every record, in the order in which they were added
+    /// @param found  gets every record, in the order in which Add got them
     explicit Attributor(Found found);
 
-    /// Records behind an end wait until its daemon is known.
+    /// Takes the next record of the log. An end and the records after it are kept until its daemon
+    /// is known, 256 records at most.
     void Add(Record record);
 
-    /// Hands out what waits.
+    /// Hands out the records that are kept.
     void Flush();
 
 private:
     void Pair(const Event& start);
 
     Found found_;
-    std::vector<AttributedRecord> waiting_;            // empty, or an end and what came after it
-    std::map<std::uint32_t, std::uint32_t> processes_; // of this run, by daemon id
-    bool lost_ = false;                                // records between the end and now
+    std::vector<AttributedRecord> waiting_;            // empty, or an end and the records after it
+    std::map<std::uint32_t, std::uint32_t> processes_; // process id by daemon id, of this run
+    bool lost_ = false;                                // records are missing since the end
 };
 
 } // namespace vqrx::client::v0

@@ -9,12 +9,12 @@
 namespace vqrx::client::v0 {
 namespace {
 
-struct Known {
+struct KnownText {
     std::string_view text;
     EventKind kind;
 };
 
-constexpr std::array<Known, 11> kFixed = {{
+constexpr std::array<KnownText, 11> kFixed = {{
     {"Detected Windows Firewall with Advanced Security", EventKind::kFirewallDetected},
     {"Connecting to WMI resource ...", EventKind::kWmiConnecting},
     {"Connected to WMI resource", EventKind::kWmiConnected},
@@ -28,7 +28,7 @@ constexpr std::array<Known, 11> kFixed = {{
     {"Firewall: Service is disabled.", EventKind::kFirewallStarting},
 }};
 
-constexpr std::array<Known, 11> kBeginnings = {{
+constexpr std::array<KnownText, 11> kBeginnings = {{
     {"CoInitializeSecurity error ", EventKind::kComSecurityFailed},
     {"Init WMI errror ", EventKind::kWmiFailed},
     {"RotRegistration errror ", EventKind::kPublicationFailed},
@@ -42,8 +42,8 @@ constexpr std::array<Known, 11> kBeginnings = {{
     {"Firewall: ", EventKind::kFirewall},
 }};
 
-// A daemon's description follows.
-constexpr std::array<Known, 6> kAboutDaemons = {{
+// The description of a daemon follows each of these.
+constexpr std::array<KnownText, 6> kAboutDaemons = {{
     {"Start ", EventKind::kStarted},
     {"Unable to start ", EventKind::kStartFailed},
     {"Unable to stop ", EventKind::kStopFailed},
@@ -71,7 +71,7 @@ bool TakeNumber(std::string_view& text, std::uint32_t& number)
     return true;
 }
 
-// "DaemonId(1) PId(2) : command"; the command alone for a daemon that never had a process.
+// Reads "DaemonId(1) PId(2) : command"; or "command", for a daemon that never had a process.
 void ReadDescription(std::string_view text, Event& event)
 {
     std::string_view rest = text;
@@ -86,7 +86,8 @@ void ReadDescription(std::string_view text, Event& event)
     event.command = text;
 }
 
-// "Exception caught in service: reason". A service's name may hold a colon; a reason never does.
+// Reads "Exception caught in service: reason". The service's name may hold a colon, the reason
+// never does.
 bool ReadEnd(std::string_view text, Event& event)
 {
     if (!Take(text, "Exception caught in ")) {
@@ -102,6 +103,7 @@ bool ReadEnd(std::string_view text, Event& event)
     return true;
 }
 
+// Reads "Stop (method) description".
 bool ReadStop(std::string_view text, Event& event)
 {
     std::uint32_t method = 0;
@@ -114,6 +116,7 @@ bool ReadStop(std::string_view text, Event& event)
     return true;
 }
 
+// Reads "3 Processes still registered".
 bool ReadStillRegistered(std::string_view text, Event& event)
 {
     std::uint32_t count = 0;
@@ -127,22 +130,30 @@ bool ReadStillRegistered(std::string_view text, Event& event)
 
 } // namespace
 
+std::string WithoutBlank(std::string command)
+{
+    if (command.ends_with(' ')) {
+        command.pop_back();
+    }
+    return command;
+}
+
 Event EventOf(std::string_view text)
 {
     Event event;
-    for (const Known& known : kFixed) {
+    for (const KnownText& known : kFixed) {
         if (text == known.text) {
             event.kind = known.kind;
             return event;
         }
     }
-    for (const Known& known : kBeginnings) {
+    for (const KnownText& known : kBeginnings) {
         if (text.starts_with(known.text)) {
             event.kind = known.kind;
             return event;
         }
     }
-    for (const Known& known : kAboutDaemons) {
+    for (const KnownText& known : kAboutDaemons) {
         std::string_view rest = text;
         if (Take(rest, known.text)) {
             event.kind = known.kind;

@@ -7,13 +7,13 @@
 
 namespace vqrx::client::v0 {
 
-/// What the supervisor's messages tell.
+/// What happened, according to a message of the supervisor.
 enum class EventKind {
-    kOther, ///< a message of no meaning here
+    kOther, ///< none of the events below
 
-    kFirewallDetected,  ///< first line of most runs
-    kFirewallStarting,  ///< the firewall at start-up: looked for, waited for, not to be had
-    kFirewall,          ///< the firewall later: a rule made or removed in vain
+    kFirewallDetected,  ///< the first message of most runs
+    kFirewallStarting,  ///< at start-up: the firewall is looked for, or is not available
+    kFirewall,          ///< later: a rule could not be made or removed
     kComSecurityFailed, ///< "CoInitializeSecurity error ..."
     kWmiConnecting,
     kWmiConnected,
@@ -21,38 +21,45 @@ enum class EventKind {
     kPublicationFailed,  ///< "RotRegistration errror ..."
     kSupervisionStarted, ///< "Deamon Thread started"
 
-    kStarted,     ///< a daemon's process was started
-    kStartFailed, ///< Windows did not start it
-    kEnded,       ///< a daemon's process was found ended; the message does not say whose
-    kStopped,     ///< a client asked to stop it, and it ended
-    kStopFailed,  ///< ... and it could not be ended; it is no longer supervised
-    kAttached,
+    kStarted,     ///< a process was started for a daemon
+    kStartFailed, ///< Windows did not start the process
+    kEnded,       ///< a process of a daemon ended; the message does not name the daemon
+    kStopped,     ///< a client stopped a daemon, and its process ended
+    kStopFailed,  ///< a client stopped a daemon, and its process runs on unsupervised
+    kAttached,    ///< the supervisor took over a process that was running
     kAttachFailed,
-    kDetached,
+    kDetached, ///< the supervisor gave a process up; it runs on
 
-    kExitRequested,    ///< a client asked the supervisor to end
-    kStillRegistered,  ///< it ends while daemons are registered; their processes run on
+    kExitRequested,    ///< a client asked the supervisor to exit
+    kStillRegistered,  ///< the supervisor exits; daemons are registered, their processes run on
     kSupervisionEnded, ///< "Deamon Thread is exiting..."
-    kQueueOverflow     ///< what was logged after this until the queue was empty is lost
+    kQueueOverflow     ///< messages after this one are lost, until the queue was empty
 };
 
+/// A message of the supervisor after reading.
 struct Event {
     EventKind kind = EventKind::kOther;
     std::optional<std::uint32_t> daemonId;
     std::optional<std::uint32_t> processId;
-    std::string command; ///< of a daemon's description: path and arguments with the trailing blank,
-                         ///< or a service's name without one
-    std::string service; ///< kEnded: the service's name, empty for an ordinary program
+    std::string command; ///< of a program: path and arguments, and a trailing blank; of a service:
+                         ///< its name, no trailing blank
+    std::string service; ///< kEnded: the name of the service; empty for a program
     std::string reason;  ///< kEnded: the exit code in words
-    std::uint32_t count = 0; ///< kStopped: the method, 0 to 2; kStillRegistered: how many
+    std::uint32_t count = 0; ///< kStopped: the method, 0 to 2; kStillRegistered: number of daemons
 
     bool operator==(const Event&) const = default;
 };
 
-/// Understands a message. Pure; any text is allowed.
-Event EventOf(std::string_view text);
+/// Returns a command without the blank that ends the command of a program; see Event::command.
+[[nodiscard]] std::string WithoutBlank(std::string command);
 
-/// The name of an event in machine-readable output, "started" for kStarted; empty for kOther.
-std::string_view NameOf(EventKind kind) noexcept;
+/// Reads a message of the supervisor. Pure.
+/// @param text  UTF-8; any text
+/// @return kOther for an unknown message
+[[nodiscard]] Event EventOf(std::string_view text);
+
+/// Returns the name of an event in JSON output, for example "started" for kStarted; empty for
+/// kOther.
+[[nodiscard]] std::string_view NameOf(EventKind kind) noexcept;
 
 } // namespace vqrx::client::v0

@@ -1,22 +1,8 @@
 #include "RecordFilter.h"
 
-#include <algorithm>
+#include "AsciiCase.h"
 
 namespace vqrx::client::v0 {
-namespace {
-
-char Lower(char character)
-{
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
-                                                : character;
-}
-
-bool SameLetter(char left, char right)
-{
-    return Lower(left) == Lower(right);
-}
-
-} // namespace
 
 bool RecordFilter::Accepts(const AttributedRecord& attributed) const
 {
@@ -25,9 +11,8 @@ bool RecordFilter::Accepts(const AttributedRecord& attributed) const
         (daemonId && attributed.event.daemonId != daemonId)) {
         return false;
     }
-    const std::string& text = record.text;
-    return contains.empty() || std::search(text.begin(), text.end(), contains.begin(),
-                                           contains.end(), SameLetter) != text.end();
+    return contains.empty() ||
+           LowerAscii(record.text).find(LowerAscii(contains)) != std::string::npos;
 }
 
 } // namespace vqrx::client::v0

@@ -8,14 +8,15 @@
 
 namespace vqrx::client::v0 {
 
-/// Which records are wanted: those that meet every condition that is set.
+/// Conditions for records to show. A record must meet every condition that is set.
 struct RecordFilter {
-    std::optional<int> level; ///< not above it
-    std::optional<std::int64_t> sinceMs;
-    std::optional<std::uint32_t> daemonId; ///< about this daemon
-    std::string contains; ///< in the text; the case of ASCII letters does not count
+    std::optional<int> level;              ///< the record's level is at most this
+    std::optional<std::int64_t> sinceMs;   ///< earliest time, milliseconds since 1970
+    std::optional<std::uint32_t> daemonId; ///< the record is about this daemon
+    std::string contains; ///< part of the text; the case of ASCII letters does not matter
 
-    bool Accepts(const AttributedRecord& attributed) const;
+    /// Returns whether the record meets the conditions.
+    [[nodiscard]] bool Accepts(const AttributedRecord& attributed) const;
 };
 
 } // namespace vqrx::client::v0

@@ -72,7 +72,7 @@ std::string OverwrittenJson(const std::optional<std::uint64_t>& count)
     return line.dump();
 }
 
-std::string LogBegunAnewJson()
+std::string NewLogJson()
 {
     Json line;
     line["event"] = "log-begun-anew";

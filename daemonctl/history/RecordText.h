@@ -5,19 +5,24 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace vqrx::client::v0 {
 
-/// One line for people, without a line end: date, text, and for an end the daemon that it is about,
-/// which the message itself does not say. Control characters are spelt out ("\x1B").
-std::string ToText(const AttributedRecord& attributed);
+/// Formats a record as one line for people, without a line end: date and text. After an
+/// "Exception caught in" message the line names the daemon, which the message itself does not name.
+/// Control characters are spelt out ("\x1B").
+[[nodiscard]] std::string ToText(const AttributedRecord& attributed);
 
-/// One line for programs: a JSON object. The names of its members stay as they are; see
-/// docs/daemonctl.md.
-std::string ToJson(const AttributedRecord& attributed);
+/// Formats a record as one line for programs, without a line end: a JSON object. Programs depend on
+/// the names of its members, which docs/daemonctl.md lists.
+[[nodiscard]] std::string ToJson(const AttributedRecord& attributed);
 
-/// Lines that stand where records are missing from what is shown.
-std::string OverwrittenJson(const std::optional<std::uint64_t>& count);
-std::string LogBegunAnewJson();
+/// Formats the JSON line that stands in place of overwritten records.
+/// @param count  how many records; nothing if the number is unknown
+[[nodiscard]] std::string OverwrittenJson(const std::optional<std::uint64_t>& count);
+
+/// Formats the JSON line that stands where the log file was replaced by a new one.
+[[nodiscard]] std::string NewLogJson();
 
 } // namespace vqrx::client::v0

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Attribution.h"
-#include "Record.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,146 +11,131 @@
 
 namespace vqrx::client::v0 {
 
-// Times are milliseconds since 1970, UTC, as the supervisor wrote them.
+// All times are milliseconds since 1970, UTC, as the supervisor wrote them into the log.
 
-/// How the life of a process ended, as far as the log tells.
-enum class LifeEnd {
-    kRunning,        ///< not yet, when the log's last record was written
-    kEnded,          ///< by itself: Life::reason says how
-    kStopped,        ///< a client had it stopped
-    kStopFailed,     ///< a client had it stopped in vain: it ran on unsupervised
-    kDetached,       ///< it ran on unsupervised
-    kSupervisorGone, ///< the supervisor ended first: it ran on unsupervised
-    kLost            ///< a later start shows that it ended; the message of it is missing
+/// How the interval of a process ended, as far as the log shows.
+enum class IntervalEnd {
+    kRunning,        ///< not ended when the last record of the log was written
+    kEnded,          ///< the process ended by itself: ProcessInterval::reason
+    kStopped,        ///< a client stopped the daemon
+    kStopFailed,     ///< a client stopped the daemon, but the process ran on unsupervised
+    kDetached,       ///< a client detached the daemon: the process ran on unsupervised
+    kSupervisorGone, ///< the supervisor ended first: the process ran on unsupervised
+    kLost ///< a later start shows that the process ended; the message of its end is missing
 };
 
-/// One process of a daemon.
-struct Life {
+/// The interval in which the supervisor watched one process of a daemon.
+struct ProcessInterval {
     std::optional<std::uint32_t> processId;
     std::int64_t startMs = 0;
-    bool startSeen = true;             ///< false: began before the first record that is left
-    bool attached = false;             ///< was adopted at startMs, and began before
+    bool startSeen = true;             ///< false: it began before the first record of the log
+    bool attached = false;             ///< the process already ran when the supervisor took it over
     std::optional<std::int64_t> endMs; ///< nothing for kRunning and kSupervisorGone
-    LifeEnd end = LifeEnd::kRunning;
+    IntervalEnd end = IntervalEnd::kRunning;
     std::string reason;           ///< kEnded: the exit code in words
     std::uint32_t stopMethod = 0; ///< kStopped: 0 keystrokes, 1 quit message, 2 terminated
-    Attribution attribution = Attribution::kNone; ///< kEnded: how sure it is that it was this one
+    Attribution attribution = Attribution::kNone; ///< kEnded: how sure it is that this one ended
 };
 
+/// The state of a daemon after the last record about it. In the first three states the supervisor
+/// watches the daemon.
 enum class DaemonState {
-    kRunning,     ///< its last process runs
-    kEnded,       ///< its process has ended; it is about to be started again
-    kCannotStart, ///< the last start failed; tried again every second
+    kRunning,     ///< the last process runs
+    kEnded,       ///< the last process has ended; the supervisor is about to start a new one
+    kCannotStart, ///< the last start failed; the supervisor tries again every second
     kStopped,     ///< removed by a client's stop
-    kStopFailed,  ///< removed likewise, but its process runs on
-    kDetached     ///< removed by a client's detach; its process runs on
+    kStopFailed,  ///< removed by a client's stop, but the process runs on
+    kDetached     ///< removed by a client's detach; the process runs on
 };
 
-/// A daemon within one run of the supervisor.
+/// The history of a daemon within one run of the supervisor.
 struct DaemonHistory {
     std::uint32_t id = 0;
     std::string command; ///< see Event::command
     bool attached = false;
-    bool beginningSeen = true; ///< its first lines are in the log
-    std::vector<Life> lives;   ///< in order; only the last can be without an end
-    std::vector<std::int64_t> failedStarts;
+    bool beginningSeen = true;              ///< false: the log no longer holds its first messages
+    std::vector<ProcessInterval> intervals; ///< oldest first; only the last one can be without end
+    std::vector<std::int64_t> failedStarts; ///< times
     DaemonState state = DaemonState::kRunning;
 
-    bool IsService() const noexcept { return !command.empty() && !command.ends_with(' '); }
-    /// Whether the supervisor keeps it alive.
-    bool IsRegistered() const noexcept { return state <= DaemonState::kCannotStart; }
-    /// The process that runs, or nothing.
-    const Life* Running() const noexcept;
-    /// Starts after the first life: what the log still shows of them.
-    std::size_t Restarts() const noexcept { return lives.empty() ? 0 : lives.size() - 1; }
-    /// The last life that has ended, or nothing.
-    const Life* LastEnded() const noexcept;
+    /// Returns whether the daemon is a Windows service.
+    [[nodiscard]] bool IsService() const noexcept
+    {
+        return !command.empty() && !command.ends_with(' ');
+    }
+
+    /// Returns whether the supervisor watches the daemon and restarts it.
+    [[nodiscard]] bool IsRegistered() const noexcept { return state <= DaemonState::kCannotStart; }
+
+    /// Returns the interval of the process that runs; null if none runs.
+    [[nodiscard]] const ProcessInterval* Running() const noexcept;
+
+    /// Returns the last interval that has ended; null if none has.
+    [[nodiscard]] const ProcessInterval* LastEnded() const noexcept;
+
+    /// Returns how many restarts the log still shows.
+    [[nodiscard]] std::size_t Restarts() const noexcept
+    {
+        return intervals.empty() ? 0 : intervals.size() - 1;
+    }
 };
 
-/// A process ended, and the message that would have told whose is missing.
+/// The end of a process whose daemon is unknown, because the start message after it is missing.
 struct UnknownEnd {
     std::int64_t timeMs = 0;
-    std::string service;
-    std::string reason;
+    std::string service; ///< name of the service; empty for a program
+    std::string reason;  ///< the exit code in words
 };
 
-/// A process that a client wanted attached in vain.
+/// An attach that failed.
 struct FailedAttach {
     std::int64_t timeMs = 0;
-    std::optional<std::uint32_t> daemonId; ///< the id that it used up
+    std::optional<std::uint32_t> daemonId; ///< the id that the failed attach used up
     std::optional<std::uint32_t> processId;
 };
 
-/// From one start of the supervisor to its end. Daemon ids count from 0 in each run.
+/// One run of the supervisor, from its start-up to its end. Each run counts daemon ids from 0.
 struct SupervisorRun {
-    std::int64_t firstMs = 0;
-    std::int64_t lastMs = 0; ///< of its last record
-    bool beginningSeen = false;
-    std::optional<std::int64_t> startedMs;  ///< of "Deamon Thread started", if that is left
-    std::optional<std::int64_t> lastNumber; ///< of its last record that has one
-    bool endSeen = false;                   ///< it ended in order
-    bool exitRequested = false;
-    std::optional<std::uint32_t> stillRegistered; ///< daemons at its end
-    std::map<std::uint32_t, DaemonHistory> daemons;
-    /// Failed starts of daemons that never had a process, by command: no message tells their ids.
+    std::int64_t firstMs = 0;              ///< time of the first record
+    std::int64_t lastMs = 0;               ///< time of the last record
+    bool beginningSeen = false;            ///< false: the log no longer holds the start-up
+    std::optional<std::int64_t> startedMs; ///< time of "Deamon Thread started", if it is in the log
+    std::optional<std::int64_t> lastNumber;         ///< of the last record that has a number
+    bool endSeen = false;                           ///< the log holds "Deamon Thread is exiting..."
+    bool exitRequested = false;                     ///< a client asked for the exit
+    std::optional<std::uint32_t> stillRegistered;   ///< number of daemons at the exit
+    std::map<std::uint32_t, DaemonHistory> daemons; ///< by daemon id
+    /// Times of failed starts of daemons that never had a process, by command. The messages do not
+    /// name the ids of these daemons.
     std::map<std::string, std::vector<std::int64_t>> neverStarted;
     std::vector<UnknownEnd> unknownEnds;
     std::vector<FailedAttach> failedAttaches;
 
-    const DaemonHistory* Find(std::uint32_t daemonId) const noexcept;
+    /// Returns the history of a daemon; null if this run has no such daemon.
+    [[nodiscard]] const DaemonHistory* Find(std::uint32_t daemonId) const noexcept;
 };
 
+/// Why records are missing.
 enum class GapKind {
-    kMissingNumbers, ///< records are gone from the file
-    kQueueOverflow   ///< the supervisor could not write, and lost messages
+    kMissingNumbers, ///< the file no longer holds them
+    kQueueOverflow   ///< the supervisor's queue was full, so they were never written
 };
 
-/// Records that were written, or should have been, and are not there.
+/// A place in the log where records are missing.
 struct Gap {
-    std::int64_t fromMs = 0; ///< the record before
-    std::int64_t toMs = 0;   ///< the record behind
+    std::int64_t fromMs = 0; ///< time of the record before the gap
+    std::int64_t toMs = 0;   ///< time of the record after the gap
     GapKind kind = GapKind::kMissingNumbers;
-    std::uint64_t count = 0; ///< of records; 0 when nobody knows
+    std::uint64_t count = 0; ///< missing records; 0 if unknown
 };
 
-/// What a log tells of the supervisor and its daemons.
+/// Everything that a log shows about the supervisor and its daemons.
 struct Timeline {
-    std::vector<SupervisorRun> runs; ///< the last one may still go on
-    std::vector<Gap> gaps;
-    std::int64_t firstMs = 0;
-    std::int64_t lastMs = 0;
+    std::vector<SupervisorRun> runs; ///< oldest first; the last one may go on
+    std::vector<Gap> gaps;           ///< oldest first
+    std::int64_t firstMs = 0;        ///< time of the first record
+    std::int64_t lastMs = 0;         ///< time of the last record
     std::uint64_t records = 0;
 };
-
-/// Makes a timeline of records. A client's stop of an attached daemon leaves no message, nor does
-/// that of a daemon without a process: those seem to be registered until the run ends.
-class TimelineBuilder {
-public:
-    TimelineBuilder();
-
-    void Add(Record record);
-
-    /// What was added so far. The builder is not used afterwards.
-    Timeline Finish();
-
-private:
-    void Take(const AttributedRecord& attributed);
-    void NoteGaps(const AttributedRecord& attributed, bool newRun);
-    bool BeginsRun(const Event& event) const;
-    bool BelongsToAnEndedRun(const Event& event) const;
-    SupervisorRun& CurrentRun() { return timeline_.runs.back(); }
-    DaemonHistory& Daemon(const AttributedRecord& attributed);
-    void Started(const AttributedRecord& attributed);
-    void StartFailed(const AttributedRecord& attributed);
-    void EndLife(const AttributedRecord& attributed, LifeEnd end, DaemonState state);
-
-    Attributor attributor_;
-    Timeline timeline_;
-    bool supervising_ = false; // this run is past its start-up
-    std::optional<std::int64_t> lastNumber_;
-    bool overflowed_ = false;
-};
-
-Timeline BuildTimeline(const std::vector<Record>& records);
 
 } // namespace vqrx::client::v0

@@ -8,7 +8,8 @@
 
 namespace vqrx::client::v0 {
 
-/// Bytes that can be read at any place: a file, or what was read of one.
+/// Bytes that can be read at any offset: a file, or a copy of it in memory. Only one thread at a
+/// time may use a source.
 class ByteSource {
 public:
     ByteSource() = default;
@@ -16,15 +17,16 @@ public:
     ByteSource& operator=(const ByteSource&) = delete;
     virtual ~ByteSource() = default;
 
-    /// Bytes in all, as they were when the source was made.
-    virtual std::uint64_t Size() const noexcept = 0;
+    /// Returns the number of bytes that the source had when it was made.
+    [[nodiscard]] virtual std::uint64_t Size() const noexcept = 0;
 
-    /// @return how many bytes were read: fewer than asked for at the end only, or when the file has
-    /// become shorter meanwhile
-    virtual std::size_t ReadAt(std::uint64_t offset, std::span<char> buffer) = 0;
+    /// Reads bytes from an offset on.
+    /// @return how many bytes of the buffer were filled: fewer than its size only at the end of the
+    /// file, if the file has become shorter, or if the system cannot read it
+    [[nodiscard]] virtual std::size_t ReadAt(std::uint64_t offset, std::span<char> buffer) = 0;
 };
 
-/// Bytes in memory, borrowed for the life of the source.
+/// Reads bytes in memory, which must outlive the source.
 class MemorySource : public ByteSource {
 public:
     explicit MemorySource(std::string_view bytes) noexcept
@@ -32,9 +34,9 @@ public:
     {
     }
 
-    std::uint64_t Size() const noexcept override { return bytes_.size(); }
+    [[nodiscard]] std::uint64_t Size() const noexcept override { return bytes_.size(); }
 
-    std::size_t ReadAt(std::uint64_t offset, std::span<char> buffer) override
+    [[nodiscard]] std::size_t ReadAt(std::uint64_t offset, std::span<char> buffer) override
     {
         if (offset >= bytes_.size()) {
             return 0;

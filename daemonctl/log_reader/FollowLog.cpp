@@ -1,6 +1,7 @@
 #include "FollowLog.h"
 
 #include "InputFile.h"
+#include "RingLayout.h"
 
 #include <optional>
 #include <stdexcept>
@@ -11,8 +12,8 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// A record that is added moves the header's write position; only a file that is no ring grows
-// without.
+// What changes when a record is added: the write position in the header; in a file without a
+// header, the size.
 struct Stamp {
     std::uint64_t size = 0;
     std::optional<std::uint64_t> header;
@@ -29,7 +30,8 @@ public:
     {
     }
 
-    /// @throws std::runtime_error
+    /// Reads the file if it has changed, and reports its new records.
+    /// @throws std::runtime_error  if the file cannot be opened
     void Look()
     {
         Stamp stamp;
@@ -48,8 +50,8 @@ public:
             return;
         }
         const NewRecords found = FindNew(last_, records);
-        if (found.lost || found.anew) {
-            events_.lost(found);
+        if (found.lost || found.isNewLog) {
+            events_.gap(found);
         }
         last_ = records.back();
         for (std::size_t index = found.first; index < records.size(); ++index) {
@@ -75,14 +77,14 @@ ScanSummary FollowLog(const std::string& path, TextEncoding encoding,
 {
     Follower follower(path, encoding, events);
     follower.Look();
-    auto seen = std::chrono::steady_clock::now();
-    while (events.looked()) {
+    auto lastSeen = std::chrono::steady_clock::now();
+    while (events.goOn()) {
         std::this_thread::sleep_for(settings.period);
         try {
             follower.Look();
-            seen = std::chrono::steady_clock::now();
+            lastSeen = std::chrono::steady_clock::now();
         } catch (const std::runtime_error&) {
-            if (std::chrono::steady_clock::now() - seen >= settings.patience) {
+            if (std::chrono::steady_clock::now() - lastSeen >= settings.patience) {
                 throw;
             }
         }

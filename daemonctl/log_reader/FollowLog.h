@@ -9,24 +9,28 @@
 
 namespace vqrx::client::v0 {
 
-/// How a log is followed.
+/// Times for following a log file.
 struct FollowSettings {
-    std::chrono::milliseconds period{200};    ///< between two looks at the file
-    std::chrono::milliseconds patience{3000}; ///< a file that has vanished may come back
+    std::chrono::milliseconds period{200};    ///< between two reads of the file
+    std::chrono::milliseconds patience{3000}; ///< longest absence of the file
 };
 
-/// What is told of a log that is followed.
+/// The calls that FollowLog makes, all on the caller's thread.
 struct FollowEvents {
-    std::function<void(const NewRecords&)> lost; ///< before the record that follows
-    std::function<void(Record)> record;
-    std::function<bool()> looked; ///< after each look at the file; false ends it
+    std::function<void(const NewRecords&)> gap; ///< before the first record after missing ones
+    RecordCallback record;                      ///< for each record, in the order of writing
+    std::function<bool()> goOn; ///< after each read of the file; false ends the following
 };
 
-/// Shows what a log holds and then what is added to it, across wraps of the ring and across
-/// restarts of the supervisor, until Looked says false or the file has vanished.
-/// @return what the last look found
-/// @throws std::runtime_error when the file cannot be opened, later on only after the patience
-ScanSummary FollowLog(const std::string& path, TextEncoding encoding,
-                      const FollowSettings& settings, const FollowEvents& events);
+/// Reports the records of a log file, then each record that is added to it, until events.goOn
+/// returns false. Continues across wraps of the ring and restarts of the supervisor.
+/// @param path      UTF-8
+/// @param encoding  of dates and texts in the file
+/// @return the summary of the last read
+/// @throws std::runtime_error  if the file cannot be opened: at once at the beginning, later after
+/// settings.patience
+/// @throws std::bad_alloc, and whatever the events throw
+[[nodiscard]] ScanSummary FollowLog(const std::string& path, TextEncoding encoding,
+                                    const FollowSettings& settings, const FollowEvents& events);
 
 } // namespace vqrx::client::v0

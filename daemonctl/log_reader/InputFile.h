@@ -8,12 +8,15 @@
 
 namespace vqrx::client::v0 {
 
-/// A file that others may write, rename or delete meanwhile.
+/// A file that is open for reading. Other programs may write, rename or delete it meanwhile.
 class InputFile : public ByteSource {
 public:
+    /// Opens a file for reading, shared.
     /// @param path  UTF-8
-    /// @throws std::runtime_error with what the system says: "... cannot be read: ..."
-    static std::unique_ptr<InputFile> Open(const std::string& path);
+    /// @return the open file, which closes itself
+    /// @throws std::runtime_error  "PATH cannot be read: " and the system's message; also for a
+    /// folder, a pipe or a device
+    [[nodiscard]] static std::unique_ptr<InputFile> Open(const std::string& path);
 };
 
 } // namespace vqrx::client::v0

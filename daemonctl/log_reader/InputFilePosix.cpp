@@ -24,8 +24,9 @@ public:
 
     std::uint64_t Size() const noexcept override { return size_; }
 
-    /// @return 0 or an error number
-    int Measure() noexcept
+    /// Reads the size of the file.
+    /// @return 0, or an error number if the size is unknown or this is no ordinary file
+    [[nodiscard]] int Measure() noexcept
     {
         struct stat status = {};
         if (fstat(descriptor_, &status) != 0) {

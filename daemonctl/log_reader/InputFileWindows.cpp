@@ -14,7 +14,7 @@ namespace {
 
 using system::win32::v1::UniqueKernelHandle;
 
-constexpr std::size_t kOneRead = std::size_t{1024} * 1024; // bytes
+constexpr std::size_t kLargestRead = std::size_t{1024} * 1024; // bytes
 
 class WindowsFile : public InputFile {
 public:
@@ -30,12 +30,12 @@ public:
     {
         std::size_t done = 0;
         while (done < buffer.size()) {
-            OVERLAPPED place = {};
-            place.Offset = static_cast<DWORD>(offset + done);
-            place.OffsetHigh = static_cast<DWORD>((offset + done) >> 32U);
-            const DWORD wanted = static_cast<DWORD>(std::min(buffer.size() - done, kOneRead));
+            OVERLAPPED position = {};
+            position.Offset = static_cast<DWORD>(offset + done);
+            position.OffsetHigh = static_cast<DWORD>((offset + done) >> 32U);
+            const DWORD wanted = static_cast<DWORD>(std::min(buffer.size() - done, kLargestRead));
             DWORD got = 0;
-            if (ReadFile(file_.Get(), buffer.data() + done, wanted, &got, &place) == FALSE ||
+            if (ReadFile(file_.Get(), buffer.data() + done, wanted, &got, &position) == FALSE ||
                 got == 0) {
                 break;
             }

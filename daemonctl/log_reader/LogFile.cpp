@@ -10,12 +10,12 @@
 namespace vqrx::client::v0 {
 
 ScanSummary ReadLogFile(const std::string& path, TextEncoding encoding,
-                        const RecordFound& recordFound)
+                        const RecordCallback& onRecord)
 {
-    const RecordFound convert = [&](Record record) {
+    const RecordCallback convert = [&](Record record) {
         record.date = ToUtf8(record.date, encoding);
         record.text = ToUtf8(record.text, encoding);
-        recordFound(std::move(record));
+        onRecord(std::move(record));
     };
     const auto open = [&path] { return InputFile::Open(path); };
     if (const std::optional<std::string> bytes = Snapshot(open)) {
@@ -29,8 +29,9 @@ ScanSummary ReadLogFile(const std::string& path, TextEncoding encoding,
 std::vector<Record> ReadLogFile(const std::string& path)
 {
     std::vector<Record> records;
-    ReadLogFile(path, TextEncoding::kAuto,
-                [&](Record record) { records.push_back(std::move(record)); });
+    static_cast<void>(ReadLogFile(path, TextEncoding::kAuto, [&records](Record record) {
+        records.push_back(std::move(record));
+    }));
     return records;
 }
 

@@ -8,14 +8,22 @@
 
 namespace vqrx::client::v0 {
 
-/// Reads the log file of a supervisor, which may be writing it at this moment.
-/// @param path         UTF-8
-/// @param recordFound  gets the records in the order in which they were written, texts in UTF-8
-/// @throws std::runtime_error when the file cannot be opened
-ScanSummary ReadLogFile(const std::string& path, TextEncoding encoding,
-                        const RecordFound& recordFound);
+/// Reads the log file of a supervisor. The supervisor may write the file at the same time: a file
+/// of up to 16 MiB is read as it was at one moment, a larger one piece by piece.
+/// @param path      UTF-8
+/// @param encoding  of dates and texts in the file
+/// @param onRecord  gets the records in the order in which they were written, in UTF-8
+/// @return how much of the file was read and how much was left out
+/// @throws std::runtime_error  "PATH cannot be read: ...", if the file cannot be opened
+/// @throws std::bad_alloc, and whatever onRecord throws
+[[nodiscard]] ScanSummary ReadLogFile(const std::string& path, TextEncoding encoding,
+                                      const RecordCallback& onRecord);
 
-/// The same, all records at once.
-std::vector<Record> ReadLogFile(const std::string& path);
+/// Reads all records of a log file in the order in which they were written, texts in UTF-8 where
+/// they are UTF-8, else from the ANSI code page. Lines that cannot be read are left out.
+/// @param path  UTF-8
+/// @throws std::runtime_error  "PATH cannot be read: ...", if the file cannot be opened
+/// @throws std::bad_alloc
+[[nodiscard]] std::vector<Record> ReadLogFile(const std::string& path);
 
 } // namespace vqrx::client::v0

@@ -9,18 +9,20 @@
 
 namespace vqrx::client::v0 {
 
-/// What a log holds now that was not shown before.
+/// The records of a log that were not shown before.
 struct NewRecords {
     std::size_t first = 0; ///< index of the first new record
-    bool lost = false;     ///< records between the last shown and the first new one are gone
-    std::optional<std::uint64_t> lostCount; ///< nothing when the numbers do not tell
-    bool anew = false; ///< nothing in the log is as old as what was shown: it was begun anew
+    bool lost = false;     ///< records between the last shown and the first new one are missing
+    std::optional<std::uint64_t> lostCount; ///< how many; nothing if the numbers do not show it
+    bool isNewLog = false; ///< the supervisor began a new log file: no shown record is in it
 };
 
-/// Finds where a log goes on behind the record that was shown last. Numbers alone do not tell: a
-/// supervisor that starts may give them out anew, and one that is refused may write in between.
-/// @param last     the record shown last; nothing at the beginning
-/// @param records  all that the log holds now, in order
-NewRecords FindNew(const std::optional<Record>& last, const std::vector<Record>& records);
+/// Finds the first record of a log after the record that was shown last. Numbers alone do not
+/// decide: a supervisor that starts may use numbers again, and a second supervisor that is refused
+/// writes its own records between those of the first. Pure.
+/// @param last     the record shown last; nothing if none was shown
+/// @param records  all records of the log, in the order of writing
+[[nodiscard]] NewRecords FindNew(const std::optional<Record>& last,
+                                 const std::vector<Record>& records);
 
 } // namespace vqrx::client::v0

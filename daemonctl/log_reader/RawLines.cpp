@@ -6,7 +6,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr std::size_t kBuffer = std::size_t{256} * 1024;
+constexpr std::size_t kBufferSize = std::size_t{256} * 1024;
 
 } // namespace
 
@@ -14,7 +14,7 @@ RawLines::RawLines(ByteSource& source, std::uint64_t begin, std::uint64_t end)
     : source_(source)
     , offset_(begin)
     , end_(std::max(begin, end))
-    , buffer_(static_cast<std::size_t>(std::min<std::uint64_t>(kBuffer, end_ - begin)))
+    , buffer_(static_cast<std::size_t>(std::min<std::uint64_t>(kBufferSize, end_ - begin)))
 {
 }
 
@@ -26,10 +26,9 @@ bool RawLines::Fill()
     if (left == 0) {
         return false;
     }
-    const std::size_t wanted =
-        static_cast<std::size_t>(std::min<std::uint64_t>(left, buffer_.size()));
+    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(left, buffer_.size()));
     filled_ = source_.ReadAt(offset_, {buffer_.data(), wanted});
-    offset_ = filled_ == 0 ? end_ : offset_ + filled_; // a file that became shorter has ended
+    offset_ = filled_ == 0 ? end_ : offset_ + filled_; // the file became shorter
     return filled_ != 0;
 }
 

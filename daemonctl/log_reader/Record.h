@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -8,13 +9,16 @@ namespace vqrx::client::v0 {
 
 /// One record of the supervisor's log file.
 struct Record {
-    std::optional<std::int64_t> number; ///< nothing when the file holds none that can be read
-    std::int64_t timeMs = 0;            ///< since 1970, UTC; within ten thousand years of it
+    std::optional<std::int64_t> number; ///< nothing if the number in the file cannot be read
+    std::int64_t timeMs = 0;            ///< milliseconds since 1970, UTC
     int level = 0;                      ///< 0 error, 1 warning, 2 information, 3 detail
     std::string date;                   ///< as written: the supervisor's local time
-    std::string text; ///< UTF-8 from ReadLogFile, as it lies in the file from ScanRing
+    std::string text; ///< UTF-8 from ReadLogFile; the bytes of the file from ScanRing
 
     bool operator==(const Record&) const = default;
 };
+
+/// Takes one record that was read.
+using RecordCallback = std::function<void(Record record)>;
 
 } // namespace vqrx::client::v0

@@ -11,8 +11,8 @@ namespace {
 constexpr std::string_view kDateForm = "Aaa Aaa _0 00:00:00.000";
 constexpr std::string_view kUnknownDateForm = R"(??? ??? ?? ??:??:??.000)";
 
-// The year 9999, and as far back. No supervisor has written what lies beyond, and whoever
-// calculates with times need not fear for them.
+// The end of the year 9999. The line of a record with a time beyond it, before or after 1970, is
+// unreadable, so that sums of times cannot overflow.
 constexpr std::int64_t kFarthestMs = 253402300799999;
 
 template <typename Number>
@@ -23,7 +23,8 @@ bool ReadNumber(std::string_view field, Number& number)
     return error == std::errc{} && rest == end && !field.empty();
 }
 
-// The supervisor writes no leading zeros: where one stands, digits before it are gone.
+// Returns whether a number has no leading zeros. The supervisor writes none: a leading zero means
+// that the digits before it are overwritten.
 bool IsCanonical(std::string_view field)
 {
     const std::string_view digits = field.starts_with('-') ? field.substr(1) : field;
@@ -57,7 +58,7 @@ bool IsDate(std::string_view field)
            std::ranges::equal(field, kUnknownDateForm, FitsForm);
 }
 
-// The part before the next separator; the line is left with what stands behind it.
+// Takes the part before the next separator out of the line, and the separator.
 bool TakeField(std::string_view& line, std::string_view& field)
 {
     const std::size_t separator = line.find(';');
@@ -90,7 +91,7 @@ RecordLine ParseRecordLine(std::string_view line)
     }
     const bool isDate = IsDate(date);
     if (!result.record.number && !isDate) {
-        return {}; // the remains of a record whose text holds separators
+        return {}; // part of a record whose text holds separators
     }
     const bool whole = result.record.number && isDate && IsCanonical(time) && IsCanonical(level);
     result.grade = whole ? LineGrade::kWhole : LineGrade::kReadable;

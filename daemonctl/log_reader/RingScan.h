@@ -2,40 +2,41 @@
 
 #include "ByteSource.h"
 #include "Record.h"
-
-#include <cstdint>
-#include <functional>
-#include <optional>
+#include "ScanSummary.h"
 
 namespace vqrx::client::v0 {
 
-/// What a scan met besides the records that it handed out.
-struct ScanSummary {
-    std::uint64_t records = 0;    ///< handed out, damaged ones included
-    std::uint64_t damaged = 0;    ///< handed out though their number or date could not be read
-    std::uint64_t unreadable = 0; ///< lines that are no records
-    std::uint64_t torn = 0;       ///< half overwritten, or being written; quite usual
-    bool headerDamaged = false;   ///< the order was found from the records themselves
-    bool isEmpty = false;         ///< not one byte
-
-    /// Whether the file is what a supervisor leaves behind.
-    bool IsSound() const noexcept
-    {
-        return damaged == 0 && unreadable == 0 && !headerDamaged && !isEmpty;
-    }
-};
-
-using RecordFound = std::function<void(Record record)>;
-
-/// Hands out the records of a ring file in the order in which they were written: first what lies
-/// behind the write position, then what lies before it.
+/// Reads the records of a ring file in the order in which they were written.
 ///
-/// A record that a newer one has half overwritten can look whole when only digits of its number are
-/// gone, and a record that is being written ends in what it overwrites. Lines at the places where
-/// that can be are therefore handed out only if the number of a neighbour confirms theirs.
-ScanSummary ScanRing(ByteSource& source, const RecordFound& recordFound);
-
-/// Where a file's header says that the next record goes; nothing when there is no header.
-std::optional<std::uint64_t> ReadHeader(ByteSource& source);
+/// The supervisor overwrites the oldest records when the file is full. The header holds the write
+/// position P, the offset of the next record. An example with P = 68:
+///
+///     0x00000044                          the header
+///     1240;...                offset 12   the newer records begin
+///     1241;...                offset 40   the newest record
+///     37;...                  offset P    torn: record 1237, whose first bytes are overwritten
+///     1238;...                            the older records begin
+///     1239;...
+///     5;...                               a remainder: no record overwrites this place today
+///
+/// The order of writing is 1238, 1239, 1240, 1241.
+///
+/// A torn line, a remainder and a record that is being written can look like whole records. So the
+/// scan compares the numbers of neighbours and hands out
+///  - the first line after P only if the number of the next line continues its number,
+///  - lines at the end of the file whose numbers do not continue those before them, only if the
+///    number at offset 12 continues theirs,
+///  - no line after P whose number continues that of the newest record: it is being written, and
+///    the header does not count it yet.
+///
+/// If the header is damaged or contradicts the records, the scan takes P from the records: P is the
+/// place where both number and time go back. If there are several, it is the place where the time
+/// goes back the farthest.
+///
+/// @param source    any bytes, also of a file that is no ring
+/// @param onRecord  gets each record; date and text as the bytes of the file
+/// @return how much was handed out and how much was left out; the caller shows damage to the user
+/// @throws std::bad_alloc, and whatever onRecord throws
+[[nodiscard]] ScanSummary ScanRing(ByteSource& source, const RecordCallback& onRecord);
 
 } // namespace vqrx::client::v0

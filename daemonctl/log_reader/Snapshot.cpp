@@ -1,6 +1,6 @@
 #include "Snapshot.h"
 
-#include "RingScan.h"
+#include "RingLayout.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -8,9 +8,8 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// The supervisor's own files have a little over 1 MiB. What is larger is read piece by piece.
-constexpr std::uint64_t kMostInMemory = 16ULL * 1024 * 1024;
-constexpr int kMostAttempts = 100; // tens of milliseconds
+constexpr std::uint64_t kMostInMemory = 16ULL * 1024 * 1024; // a supervisor writes up to 1.1 MiB
+constexpr int kMostAttempts = 100;                           // tens of milliseconds in all
 
 } // namespace
 
@@ -32,7 +31,7 @@ std::optional<std::string> Snapshot(const OpenSource& open)
         }
         source = open();
         if (unchanged && source->Size() == size) {
-            break; // it has not grown since it was measured: its header is wrong
+            break; // the file has not grown since, so its header is wrong
         }
     }
     return bytes;

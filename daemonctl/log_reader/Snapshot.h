@@ -9,13 +9,15 @@
 
 namespace vqrx::client::v0 {
 
-/// Opens a log file, or opens it again: only then does a source know how large the file has become.
+/// Opens a log file. Called again when the file may have grown: an open source keeps its first
+/// size.
 using OpenSource = std::function<std::unique_ptr<ByteSource>()>;
 
-/// The bytes of a log file as they were at one moment: reads it again while records are being
-/// added.
-/// @return nothing when the file is too large to be held in memory
-/// @throws what open throws
-std::optional<std::string> Snapshot(const OpenSource& open);
+/// Reads a log file as it was at one moment. The supervisor may add records meanwhile, so the
+/// header is read before and after the file: if it has changed, the file is read again, 100 times
+/// at most.
+/// @return the bytes of the file; nothing if the file has more than 16 MiB
+/// @throws std::bad_alloc, and whatever open throws
+[[nodiscard]] std::optional<std::string> Snapshot(const OpenSource& open);
 
 } // namespace vqrx::client::v0

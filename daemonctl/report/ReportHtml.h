@@ -7,12 +7,12 @@
 
 namespace vqrx::client::v0 {
 
-/// The report as one HTML file that needs nothing else: no network, no script.
-/// @param source         what the log is called, UTF-8
-/// @param offsetMinutes  by which its local time is ahead of UTC
-std::string ReportHtml(const ReportModel& model, std::string_view source, int offsetMinutes);
-
-/// A text within HTML, also within a quoted attribute. @param utf8 valid UTF-8
-std::string EscapeHtml(std::string_view utf8);
+/// Makes the report as one HTML page. The page is complete in itself: it loads nothing from a
+/// network and holds no script. All texts of the log are escaped.
+/// @param source         name of the log file, UTF-8; shown at the top of the page
+/// @param offsetMinutes  how far the local time of the report is ahead of UTC
+/// @return the page, UTF-8
+[[nodiscard]] std::string ReportHtml(const ReportModel& model, std::string_view source,
+                                     int offsetMinutes);
 
 } // namespace vqrx::client::v0

@@ -7,24 +7,17 @@
 namespace vqrx::client::v0 {
 namespace {
 
-/// What a lane is made of, and what is not shown of it.
-struct Work {
+/// A lane that is being made, with sums that the report does not show.
+struct LaneDraft {
     ReportLane lane;
-    std::uint32_t order = 0; // id in the last run
-    double registeredMs = 0; // how long it was to be up
-    double upMs = 0;
-    std::vector<std::int64_t> ended; // lengths of the lives that have ended
+    std::uint32_t order = 0;           // daemon id in the last run
+    double registeredMs = 0;           // time for which the daemon was registered
+    double upMs = 0;                   // time for which it had a process
+    std::vector<std::int64_t> endedMs; // durations of the processes that have ended
 };
 
-using Works = std::map<std::pair<std::string, std::size_t>, Work>; // command, and which of its kind
-
-std::string WithoutBlank(std::string command)
-{
-    if (command.ends_with(' ')) {
-        command.pop_back();
-    }
-    return command;
-}
+// By command, and by place among the daemons of one run that have this command.
+using LaneDrafts = std::map<std::pair<std::string, std::size_t>, LaneDraft>;
 
 std::string StateText(const DaemonHistory& daemon, bool runEnded)
 {
@@ -45,82 +38,84 @@ std::string StateText(const DaemonHistory& daemon, bool runEnded)
     return {};
 }
 
-// A stop is an end as well, if not one by itself.
-std::string ReasonText(const Life& life)
+// Returns nothing for a process that has not ended. A stop by a client counts as an end.
+std::string ReasonText(const ProcessInterval& interval)
 {
-    switch (life.end) {
-    case LifeEnd::kEnded:
-        return life.reason;
-    case LifeEnd::kStopped:
+    switch (interval.end) {
+    case IntervalEnd::kEnded:
+        return interval.reason;
+    case IntervalEnd::kStopped:
         return "stopped on request";
-    case LifeEnd::kLost:
+    case IntervalEnd::kLost:
         return "not in the log";
     default:
         return {};
     }
 }
 
-void AddDaemon(Work& work, const DaemonHistory& daemon, const SupervisorRun& run, bool runEnded)
+void AddDaemon(LaneDraft& draft, const DaemonHistory& daemon, const SupervisorRun& run,
+               bool runEnded)
 {
-    ReportLane& lane = work.lane;
+    ReportLane& lane = draft.lane;
     lane.command = WithoutBlank(daemon.command);
     lane.ids.insert(daemon.id);
-    work.order = daemon.id;
+    draft.order = daemon.id;
     lane.state = StateText(daemon, runEnded);
     lane.restarts += daemon.Restarts();
     std::int64_t begin = run.lastMs;
     std::int64_t end = daemon.IsRegistered() ? run.lastMs : begin;
     double up = 0;
-    for (const Life& life : daemon.lives) {
-        const ReportLife shown{life.startMs,
-                               std::max(life.startMs, life.endMs.value_or(run.lastMs)), life};
+    for (const ProcessInterval& interval : daemon.intervals) {
+        const ReportInterval shown{interval.startMs,
+                                   std::max(interval.startMs, interval.endMs.value_or(run.lastMs)),
+                                   interval};
         begin = std::min(begin, shown.beginMs);
         end = daemon.IsRegistered() ? end : shown.endMs;
         up += static_cast<double>(shown.endMs - shown.beginMs);
-        if (const std::string reason = ReasonText(life); !reason.empty()) {
+        if (const std::string reason = ReasonText(interval); !reason.empty()) {
             ++lane.ends[reason];
-            work.ended.push_back(shown.endMs - shown.beginMs);
+            draft.endedMs.push_back(shown.endMs - shown.beginMs);
         }
         lane.longestMs = std::max(lane.longestMs.value_or(0), shown.endMs - shown.beginMs);
-        lane.lives.push_back(shown);
+        lane.intervals.push_back(shown);
     }
     for (const std::int64_t failed : daemon.failedStarts) {
         begin = std::min(begin, failed);
         lane.failedStarts.push_back(failed);
     }
-    work.registeredMs += static_cast<double>(std::max<std::int64_t>(0, end - begin));
-    work.upMs += up;
+    draft.registeredMs += static_cast<double>(std::max<std::int64_t>(0, end - begin));
+    draft.upMs += up;
 }
 
-void AddRun(Works& works, const SupervisorRun& run, bool runEnded)
+void AddRun(LaneDrafts& drafts, const SupervisorRun& run, bool runEnded)
 {
     std::map<std::string, std::size_t> seen;
     for (const auto& [id, daemon] : run.daemons) {
-        AddDaemon(works[{daemon.command, seen[daemon.command]++}], daemon, run, runEnded);
+        AddDaemon(drafts[{daemon.command, seen[daemon.command]++}], daemon, run, runEnded);
     }
     for (const auto& [command, failed] : run.neverStarted) {
-        Work& work = works[{command, seen[command]++}];
-        work.lane.command = WithoutBlank(command);
-        work.lane.state = "cannot start";
-        work.lane.failedStarts.insert(work.lane.failedStarts.end(), failed.begin(), failed.end());
-        work.registeredMs +=
+        LaneDraft& draft = drafts[{command, seen[command]++}];
+        draft.lane.command = WithoutBlank(command);
+        draft.lane.state = "cannot start";
+        draft.lane.failedStarts.insert(draft.lane.failedStarts.end(), failed.begin(), failed.end());
+        draft.registeredMs +=
             static_cast<double>(std::max<std::int64_t>(0, run.lastMs - failed.front()));
     }
 }
 
-ReportLane Finish(Work work)
+ReportLane Finish(LaneDraft draft)
 {
-    ReportLane& lane = work.lane;
-    if (work.registeredMs > 0) {
-        lane.availability = std::clamp(work.upMs / work.registeredMs, 0.0, 1.0);
+    ReportLane& lane = draft.lane;
+    if (draft.registeredMs > 0) {
+        lane.availability = std::clamp(draft.upMs / draft.registeredMs, 0.0, 1.0);
     }
-    if (!work.ended.empty()) {
-        std::sort(work.ended.begin(), work.ended.end());
-        const std::size_t middle = work.ended.size() / 2;
-        lane.medianMs =
-            work.ended.size() % 2 != 0
-                ? work.ended[middle]
-                : work.ended[middle - 1] + (work.ended[middle] - work.ended[middle - 1]) / 2;
+    if (!draft.endedMs.empty()) {
+        std::sort(draft.endedMs.begin(), draft.endedMs.end());
+        const std::size_t middle = draft.endedMs.size() / 2;
+        lane.medianMs = draft.endedMs.size() % 2 != 0
+                            ? draft.endedMs[middle]
+                            : draft.endedMs[middle - 1] +
+                                  (draft.endedMs[middle] - draft.endedMs[middle - 1]) / 2;
     }
     return std::move(lane);
 }
@@ -154,11 +149,11 @@ ReportModel MakeReportModel(const Timeline& timeline)
     model.records = timeline.records;
     model.runs = timeline.runs.size();
     model.gaps = Gaps(timeline);
-    Works works;
+    LaneDrafts drafts;
     for (const SupervisorRun& run : timeline.runs) {
         const bool isLast = &run == &timeline.runs.back();
-        AddRun(works, run, !isLast || run.endSeen);
-        // Clocks are set: no record need be the earliest or the latest.
+        AddRun(drafts, run, !isLast || run.endSeen);
+        // A clock may be set back, so any run may hold the earliest or the latest record.
         model.beginMs = std::min({model.beginMs, run.firstMs, run.lastMs});
         model.endMs = std::max({model.endMs, run.firstMs, run.lastMs});
         for (const UnknownEnd& end : run.unknownEnds) {
@@ -166,20 +161,21 @@ ReportModel MakeReportModel(const Timeline& timeline)
             ++model.unknownEnds;
         }
     }
-    std::vector<Work> ordered;
-    for (auto& [key, work] : works) {
-        ordered.push_back(std::move(work));
+    std::vector<LaneDraft> ordered;
+    for (auto& [key, draft] : drafts) {
+        ordered.push_back(std::move(draft));
     }
-    std::stable_sort(ordered.begin(), ordered.end(), [](const Work& left, const Work& right) {
-        const bool leftKnown = !left.lane.ids.empty();
-        const bool rightKnown = !right.lane.ids.empty();
-        return leftKnown != rightKnown ? leftKnown : left.order < right.order;
-    });
-    for (Work& work : ordered) {
-        for (const auto& [reason, count] : work.lane.ends) {
+    std::stable_sort(ordered.begin(), ordered.end(),
+                     [](const LaneDraft& left, const LaneDraft& right) {
+                         const bool leftKnown = !left.lane.ids.empty();
+                         const bool rightKnown = !right.lane.ids.empty();
+                         return leftKnown != rightKnown ? leftKnown : left.order < right.order;
+                     });
+    for (LaneDraft& draft : ordered) {
+        for (const auto& [reason, count] : draft.lane.ends) {
             model.ends[reason] += count;
         }
-        model.lanes.push_back(Finish(std::move(work)));
+        model.lanes.push_back(Finish(std::move(draft)));
     }
     return model;
 }

@@ -11,49 +11,51 @@
 
 namespace vqrx::client::v0 {
 
-// Times are milliseconds since 1970, UTC; durations are milliseconds.
+// Times are milliseconds since 1970, UTC. Durations are milliseconds.
 
-/// Part of a lane: one process, as long as it was supervised.
-struct ReportLife {
+/// The interval of one process as the report draws it.
+struct ReportInterval {
     std::int64_t beginMs = 0;
-    std::int64_t endMs = 0; ///< of the run or the log, where the process went on
-    Life life;
+    std::int64_t endMs = 0; ///< the end of the run if the process ran on
+    ProcessInterval interval; ///< what the log shows of it
 };
 
-/// What one daemon did in all runs of the supervisor. Ids count anew in each run, so a daemon is
-/// known again by its command.
+/// The history of one daemon in all runs of the supervisor. Each run counts daemon ids from 0, so
+/// the command identifies the daemon. If a run has two daemons of one command, each has a lane.
 struct ReportLane {
     std::string command;         ///< without the trailing blank
-    std::set<std::uint32_t> ids; ///< that it had; none when it never had a process
-    std::vector<ReportLife> lives;
-    std::vector<std::int64_t> failedStarts;
-    std::string state; ///< in the last run that knew it, in words
+    std::set<std::uint32_t> ids; ///< the ids it had; none if it never had a process
+    std::vector<ReportInterval> intervals;
+    std::vector<std::int64_t> failedStarts; ///< times
+    std::string state;                      ///< in the last run that had the daemon, in words
     std::uint64_t restarts = 0;
-    std::optional<double> availability; ///< 0 to 1; of the time for which it was registered
+    std::optional<double> availability; ///< 0 to 1: share of the time that it was registered
     std::optional<std::int64_t> longestMs;
-    std::optional<std::int64_t> medianMs;      ///< of the lives that have ended
-    std::map<std::string, std::uint64_t> ends; ///< by reason
+    std::optional<std::int64_t> medianMs;      ///< of the processes that have ended
+    std::map<std::string, std::uint64_t> ends; ///< how many processes ended, by reason
 };
 
-/// A time of which the log does not tell everything.
+/// An interval for which the log is incomplete.
 struct ReportGap {
     std::int64_t beginMs = 0;
     std::int64_t endMs = 0;
-    std::string text;
+    std::string text; ///< the cause, in words
 };
 
-/// All that the report shows.
+/// Everything that the report shows.
 struct ReportModel {
     std::int64_t beginMs = 0;
     std::int64_t endMs = 0;
     std::uint64_t records = 0;
-    std::size_t runs = 0;
-    std::vector<ReportLane> lanes; ///< by id
+    std::size_t runs = 0;          ///< of the supervisor
+    std::vector<ReportLane> lanes; ///< by id; lanes without an id last
     std::vector<ReportGap> gaps;
-    std::map<std::string, std::uint64_t> ends; ///< of all daemons, by reason
-    std::uint64_t unknownEnds = 0; ///< among them: of daemons that the log does not tell
+    std::map<std::string, std::uint64_t> ends; ///< how many processes of all daemons, by reason
+    std::uint64_t unknownEnds = 0; ///< of these: ends whose daemon the log does not show
 };
 
-ReportModel MakeReportModel(const Timeline& timeline);
+/// Makes the model of the report from what the log shows. Pure.
+/// @throws std::bad_alloc
+[[nodiscard]] ReportModel MakeReportModel(const Timeline& timeline);
 
 } // namespace vqrx::client::v0

@@ -2,7 +2,7 @@
 
 namespace vqrx::client::v0 {
 
-/// The report's style sheet.
+/// The style sheet of the report, CSS.
 extern const char* const kReportStyle;
 
 } // namespace vqrx::client::v0

@@ -17,7 +17,7 @@ constexpr std::int64_t kMinute = 60 * kSecond;
 constexpr std::int64_t kHour = 60 * kMinute;
 constexpr std::int64_t kDay = 24 * kHour;
 constexpr std::int64_t kMostTicks = 6;
-constexpr std::int64_t kLatest = 253402300799999; // the end of the year 9999
+constexpr std::int64_t kLatest = 253402300799999; // milliseconds: the end of the year 9999
 
 std::optional<int> Number(std::string_view field)
 {
@@ -46,7 +46,7 @@ std::int64_t Floor(std::int64_t value, std::int64_t step)
     return (value % step < 0 ? quotient - 1 : quotient) * step;
 }
 
-bool CanBeWritten(std::int64_t timeMs)
+bool IsInCalendar(std::int64_t timeMs)
 {
     return timeMs >= 0 && timeMs <= kLatest - kDay;
 }
@@ -56,7 +56,7 @@ bool CanBeWritten(std::int64_t timeMs)
 std::optional<int> ZoneOffset(std::string_view date, std::int64_t timeMs)
 {
     constexpr std::size_t length = 23;
-    if (date.size() != length || !CanBeWritten(timeMs) || timeMs < 2 * kDay) {
+    if (date.size() != length || !IsInCalendar(timeMs) || timeMs < 2 * kDay) {
         return std::nullopt;
     }
     const std::optional<unsigned> month = Month(date.substr(4, 3));
@@ -68,7 +68,7 @@ std::optional<int> ZoneOffset(std::string_view date, std::int64_t timeMs)
     }
     const auto utcDay = std::chrono::floor<std::chrono::days>(
         std::chrono::sys_time<std::chrono::milliseconds>(std::chrono::milliseconds(timeMs)));
-    // The date has no year: the local day is the one before, the same or the one behind.
+    // The date has no year. The local day is the UTC day, the day before it or the day after it.
     for (const int step : {0, -1, 1}) {
         const auto localDay = utcDay + std::chrono::days(step);
         const std::chrono::year_month_day local(localDay);
@@ -101,7 +101,7 @@ std::string ZoneText(int offsetMinutes)
 
 std::string LocalText(std::int64_t timeMs, int offsetMinutes)
 {
-    if (!CanBeWritten(timeMs)) {
+    if (!IsInCalendar(timeMs)) {
         return std::to_string(timeMs) + " ms";
     }
     std::string text = IsoTime(timeMs + offsetMinutes * kMinute).value_or(std::string(24, '?'));
@@ -139,7 +139,7 @@ std::vector<Tick> AxisTicks(std::int64_t beginMs, std::int64_t endMs, int offset
         2 * kMinute, 5 * kMinute, 10 * kMinute, 30 * kMinute, kHour,        2 * kHour,
         3 * kHour,   6 * kHour,   12 * kHour,   kDay,         2 * kDay,     5 * kDay,
         10 * kDay,   30 * kDay,   90 * kDay,    365 * kDay,   3650 * kDay};
-    if (!CanBeWritten(beginMs) || !CanBeWritten(endMs) || endMs < beginMs) {
+    if (!IsInCalendar(beginMs) || !IsInCalendar(endMs) || endMs < beginMs) {
         return {};
     }
     std::int64_t step = steps.back();
@@ -155,7 +155,7 @@ std::vector<Tick> AxisTicks(std::int64_t beginMs, std::int64_t endMs, int offset
          local - offset <= endMs && ticks.size() <= kMostTicks; local += step) {
         const std::string text = LocalText(local - offset, offsetMinutes);
         std::string label = text.substr(11, step < kMinute ? 8 : 5);
-        if (step >= kDay || (step >= kMinute && label == "00:00")) { // midnight: a new day
+        if (step >= kDay || (step >= kMinute && label == "00:00")) { // midnight: show the date
             label = step < 365 * kDay ? text.substr(5, 5) : text.substr(0, 7);
         }
         ticks.push_back({local - offset, label});

@@ -1,4 +1,4 @@
-"""A headless browser, driven through two pipes: nothing listens on a port, nothing is fetched."""
+"""A headless browser that a test controls through two pipes, without port and network."""
 
 import base64
 import json
@@ -13,10 +13,10 @@ PROGRAMS = ("chromium", "chromium-browser", "google-chrome")
 
 
 class Browser:
-    """Ends the browser and removes what it wrote when the block is left."""
+    """A running browser, for a with block. At the end of the block it ends, its files are removed."""
 
     def __init__(self, patience=120):
-        self.patience = patience  # seconds for one answer: the machine may be busy
+        self.patience = patience  # seconds to wait for one message of the browser
         self.last_id = 0
         self.buffer = b""
         self.events = []
@@ -29,7 +29,7 @@ class Browser:
         to_browser, self.to_browser = os.pipe()
         self.from_browser, from_browser = os.pipe()
 
-        def pipes():  # the browser reads descriptor 3 and writes descriptor 4
+        def pipes():  # the browser reads commands from descriptor 3 and writes to descriptor 4
             reading, writing = os.dup(to_browser), os.dup(from_browser)
             os.dup2(reading, 3)
             os.dup2(writing, 4)
@@ -52,7 +52,7 @@ class Browser:
         return self
 
     def __exit__(self, *_):
-        os.close(self.to_browser)  # the browser ends when its pipe does
+        os.close(self.to_browser)  # the browser ends when this pipe is closed
         try:
             self.process.wait(20)
         except subprocess.TimeoutExpired:
@@ -66,7 +66,7 @@ class Browser:
         while b"\0" not in self.buffer:
             left = deadline - time.monotonic()
             if left <= 0 or not select.select([self.from_browser], [], [], left)[0]:
-                raise TimeoutError("the browser does not answer")
+                raise TimeoutError("the browser sent no message for %d s" % self.patience)
             data = os.read(self.from_browser, 1 << 20)
             if not data:
                 raise RuntimeError("the browser has ended")
@@ -75,6 +75,11 @@ class Browser:
         return json.loads(message)
 
     def call(self, method, parameters=None, session=""):
+        """Calls a method of the browser's debugging protocol and returns its result.
+
+        session None calls the browser itself, any other value the page. Raises RuntimeError if the
+        browser reports an error.
+        """
         self.last_id += 1
         message = {"id": self.last_id, "method": method, "params": parameters or {}}
         if session is not None:
@@ -89,7 +94,10 @@ class Browser:
             self.events.append(answer)
 
     def show(self, path, width, height, scheme):
-        """Loads a local file and waits until it stands."""
+        """Loads a local file and waits until the page is complete.
+
+        width and height are in CSS pixels; scheme is "light" or "dark".
+        """
         self.call("Emulation.setDeviceMetricsOverride",
                   {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": False})
         self.call("Emulation.setEmulatedMedia",
@@ -100,17 +108,19 @@ class Browser:
             self.events.append(self._message())
 
     def requests(self):
-        """What the page asked for since show."""
+        """Returns the addresses that the page has requested since the last show."""
         return [event["params"]["request"]["url"] for event in self.events
                 if event.get("method") == "Network.requestWillBeSent"]
 
     def evaluate(self, expression):
+        """Returns the value of a JavaScript expression in the page."""
         answer = self.call("Runtime.evaluate", {"expression": expression, "returnByValue": True})
         if "exceptionDetails" in answer:
             raise RuntimeError(str(answer["exceptionDetails"]))
         return answer["result"].get("value")
 
     def picture(self, path, whole=False):
+        """Saves a PNG picture of the window, or of the whole page."""
         shot = self.call("Page.captureScreenshot",
                          {"format": "png", "captureBeyondViewport": whole})
         with open(path, "wb") as file:

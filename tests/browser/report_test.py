@@ -1,9 +1,12 @@
 #!/usr/bin/env python3
-"""Looks at daemonctl's report in a real browser: nothing reaches beyond the page or is cut off,
-both colour schemes can be read, nothing is fetched. Of one daemon and of two hundred, on a phone's
-width and on a wide screen.
+"""Checks the report of daemonctl in a real browser.
 
     report_test.py DAEMONCTL_LOG [FOLDER_FOR_PICTURES]
+
+Makes reports of no daemon, of one and of 200 daemons, and opens each in a narrow and in a wide
+window, in the light and in the dark colour scheme. Fails if something leaves the page, is cut off,
+overlaps or has too little contrast, if a text of the log becomes HTML, or if the page requests
+another file.
 """
 
 import os
@@ -63,7 +66,7 @@ CHECK = r"""
   for (let index = 1; index < marks.length; ++index)
     if (marks[index][0] === marks[index - 1][0] && marks[index][1].left < marks[index - 1][1].right)
       problems.push("labels of the time axis overlap");
-  // Words of a table row must not lie on one another either.
+  // The words of neighbouring table cells must not overlap.
   for (const row of document.querySelectorAll("tbody tr")) {
     const cells = [...row.children].map(cell => {
       const range = document.createRange();
@@ -73,10 +76,10 @@ CHECK = r"""
     for (let index = 1; index < cells.length; ++index) {
       const [before, cell] = [cells[index - 1], cells[index]];
       if (cell.left < before.right - 1 && cell.top < before.bottom - 1 && before.top < cell.bottom - 1)
-        problems.push("cells overlap in the row of " + row.textContent.slice(0, 60));
+        problems.push("cells overlap in the row " + row.textContent.slice(0, 60));
     }
   }
-  // Words are broken only where they may be long without end.
+  // Words are not broken, except in commands and reasons, which may have any length.
   const walker = document.createTreeWalker(document.body, NodeFilter.SHOW_TEXT);
   while (walker.nextNode()) {
     const node = walker.currentNode;
@@ -99,32 +102,36 @@ CHECK = r"""
 
 
 class Log:
-    """A supervisor's log file, written by hand."""
+    """Makes a log file of a supervisor whose local time is one hour ahead of UTC."""
 
     def __init__(self):
         self.lines = []
         self.time_ms = 1763265156123
 
     def add(self, text, level=1, after_ms=1000):
+        """Adds a record, after_ms milliseconds after the one before."""
         self.time_ms += after_ms
-        clock = time.gmtime(self.time_ms // 1000 + 3600)  # the supervisor lives an hour east
+        clock = time.gmtime(self.time_ms // 1000 + 3600)
         date = time.strftime("%a %b ", clock) + "%2d" % clock.tm_mday + time.strftime(
             " %H:%M:%S", clock) + ".%03d" % (self.time_ms % 1000)
         self.lines.append("%d;%s;%d;%d;%s\r\n" % (len(self.lines), date, self.time_ms, level, text))
 
     def start_up(self):
+        """Adds the messages of a start-up."""
         self.add("Detected Windows Firewall with Advanced Security", 2)
         self.add("Connecting to WMI resource ...", 2)
         self.add("Connected to WMI resource", 2)
         self.add("Deamon Thread started", 2)
 
     def save(self, path):
+        """Writes the log file with its header."""
         body = "".join(self.lines).encode("cp1252")
         with open(path, "wb") as file:
             file.write(b"0x%08X\r\n" % (12 + len(body)) + body)
 
 
 def few():
+    """Returns the log of one daemon with ends, failed starts and two runs of the supervisor."""
     log = Log()
     log.start_up()
     command = r"C:\FW\App\video.exe --title <img src=x onerror=alert(1)> & 'two' "
@@ -144,7 +151,10 @@ def few():
 
 
 def many(count=200):
-    """Steady ones, one that dies all the time, services, long commands, and some that never start."""
+    """Returns the log of many daemons.
+
+    Daemon 3 ends again and again, every 50th never starts, and some commands are very long.
+    """
     dice = random.Random(17)
     log = Log()
     log.start_up()
@@ -174,6 +184,7 @@ def many(count=200):
 
 
 def nothing():
+    """Returns a log without records."""
     return Log()
 
 
@@ -198,21 +209,21 @@ def main():
                     if (found["lanes"], found["rows"]) != (lanes, lanes):
                         problems.append(here + "%d lanes and %d rows" % (found["lanes"], found["rows"]))
                     if found["bold"]:
-                        problems.append(here + "a command was taken for HTML")
+                        problems.append(here + "HTML in a command is not escaped")
                     if name == "1" and "<img src=x onerror=alert(1)> & 'two'" not in found["text"]:
-                        problems.append(here + "the command does not read as it is")
+                        problems.append(here + "the command is not shown letter for letter")
                     if name == "1" and "UTC+01:00" not in found["text"]:
-                        problems.append(here + "the time zone is not told")
+                        problems.append(here + "the time zone is missing")
                     asked = browser.requests()
                     if len(asked) != 1 or not asked[0].startswith("file://"):
-                        problems.append(here + "fetched " + str(asked))
+                        problems.append(here + "requested " + str(asked))
                     grounds[scheme] = found["ground"]
                     if pictures:
                         browser.picture(os.path.join(
                             pictures, "report_%s_%d_%s.png" % (name, width, scheme)), name == "1")
             if grounds["light"] == grounds["dark"]:
-                problems.append(name + " daemons: light and dark are the same")
-    print("\n".join(problems) or "looked at 12 pages, nothing is wrong with them")
+                problems.append(name + " daemons: the light and the dark scheme have the same background")
+    print("\n".join(problems) or "12 pages checked, no problems found")
     return 1 if problems else 0
 
 

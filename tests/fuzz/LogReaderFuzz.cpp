@@ -1,10 +1,11 @@
-// Any bytes as a log file, on their way to everything that daemonctl makes of one.
+// Reads any bytes as a log file and makes everything from it that daemonctl shows.
 #include "Check.h"
 #include "LogFile.h"
 #include "RecordText.h"
 #include "ReportHtml.h"
 #include "ReportTime.h"
 #include "TimeText.h"
+#include "TimelineBuilder.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -49,7 +50,7 @@ void Scan(const std::string& bytes)
     const std::string page = ReportHtml(MakeReportModel(BuildTimeline(records)), "fuzz", 0);
     FUZZ_CHECK(page.find("<script") == std::string::npos);
     for (const Record& record : records) {
-        ZoneOffset(record.date, record.timeMs);
+        static_cast<void>(ZoneOffset(record.date, record.timeMs));
     }
 }
 
@@ -60,6 +61,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     const std::string bytes(data, data + size);
     vqrx::test::Scan(bytes);
-    vqrx::client::v0::ParseMoment(bytes.substr(0, 40), 1763265156123);
+    static_cast<void>(vqrx::client::v0::ParseMoment(bytes.substr(0, 40), 1763265156123));
     return 0;
 }

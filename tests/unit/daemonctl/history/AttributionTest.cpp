@@ -28,7 +28,7 @@ std::vector<AttributedRecord> Attribute(const std::vector<std::string>& texts,
     return found;
 }
 
-TEST(Attribution, of_an_end_is_the_start_that_follows)
+TEST(Attribution, of_an_end_comes_from_the_next_start)
 {
     const auto records =
         Attribute({"Start DaemonId(0) PId(10) : a.exe ", "Start DaemonId(1) PId(11) : b.exe ",
@@ -40,7 +40,7 @@ TEST(Attribution, of_an_end_is_the_start_that_follows)
     EXPECT_EQ(records[2].event.processId, 11U);
 }
 
-TEST(Attribution, of_an_end_is_the_failed_start_that_follows_and_its_process)
+TEST(Attribution, of_an_end_comes_from_the_next_failed_start_and_its_process)
 {
     const auto records = Attribute(
         {"Exception caught in : Unknown (0x1)", "Unable to start DaemonId(3) PId(30) : a.exe "});
@@ -48,7 +48,7 @@ TEST(Attribution, of_an_end_is_the_failed_start_that_follows_and_its_process)
     EXPECT_EQ(records[0].event.processId, 30U);
 }
 
-TEST(Attribution, looks_over_what_other_threads_wrote_between)
+TEST(Attribution, ignores_messages_of_other_threads_in_between)
 {
     const auto records = Attribute(
         {"Exception caught in : Unknown (0x1)", "Unable to attach DaemonId(9) PId(90) :  ",
@@ -59,7 +59,7 @@ TEST(Attribution, looks_over_what_other_threads_wrote_between)
     EXPECT_FALSE(records[0].event.processId);
 }
 
-TEST(Attribution, is_only_likely_when_records_are_missing_between)
+TEST(Attribution, is_likely_if_records_in_between_are_missing)
 {
     const std::vector<std::string> texts = {"Exception caught in : Unknown (0x1)",
                                             "Start DaemonId(3) PId(31) : a.exe "};
@@ -68,7 +68,7 @@ TEST(Attribution, is_only_likely_when_records_are_missing_between)
               Attribution::kLikely);
 }
 
-TEST(Attribution, is_unknown_when_the_start_is_missing)
+TEST(Attribution, is_unknown_if_the_start_is_missing)
 {
     for (const char* const next : {"Exception caught in : Unknown (0x2)", "Deamon Thread started",
                                    "Connecting to WMI resource ...", "Unable to start a.exe ",
@@ -79,7 +79,7 @@ TEST(Attribution, is_unknown_when_the_start_is_missing)
     }
 }
 
-TEST(Attribution, of_a_services_end_goes_by_its_name)
+TEST(Attribution, of_a_services_end_needs_the_name_of_the_service)
 {
     const auto records = Attribute(
         {"Exception caught in Spooler: Unknown (0x1)", "Start DaemonId(3) PId(31) : Spooler",

@@ -37,14 +37,14 @@ TEST(EventOf, reads_daemon_process_and_command)
               AboutDaemon(EventKind::kStopFailed, 1, 2, "a.exe "));
 }
 
-TEST(EventOf, reads_the_method_of_a_stop)
+TEST(EventOf, reads_the_stop_method)
 {
     Event expected = AboutDaemon(EventKind::kStopped, 7, 8, "a.exe ");
     expected.count = 2;
     EXPECT_EQ(EventOf("Stop (2) DaemonId(7) PId(8) : a.exe "), expected);
 }
 
-TEST(EventOf, reads_a_start_that_failed_before_there_was_a_process)
+TEST(EventOf, reads_a_failed_start_of_a_daemon_without_process)
 {
     const Event event = EventOf(R"(Unable to start C:\FW\App\video.exe -x )");
     EXPECT_EQ(event.kind, EventKind::kStartFailed);
@@ -97,7 +97,7 @@ TEST(EventOf, knows_every_message_of_the_supervisor)
     EXPECT_EQ(EventOf("3 Processes still registered").count, 3U);
 }
 
-TEST(EventOf, takes_no_other_text_for_a_message)
+TEST(EventOf, returns_kOther_for_any_other_text)
 {
     for (const char* const text :
          {"", "Exit ", "Exiting", "Stop (x) DaemonId(1) PId(2) : a", "Stop (1", "Starting",
@@ -107,7 +107,7 @@ TEST(EventOf, takes_no_other_text_for_a_message)
     }
 }
 
-TEST(EventOf, takes_a_damaged_description_for_a_command)
+TEST(EventOf, reads_a_damaged_description_as_a_command)
 {
     for (const char* const text : {"DaemonId(1", "DaemonId(1) PId(", "DaemonId(x) PId(2) : a",
                                    "DaemonId(99999999999) PId(2) : a", "DaemonId(1) PId(2) :"}) {

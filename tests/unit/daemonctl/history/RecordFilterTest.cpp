@@ -16,12 +16,12 @@ AttributedRecord Of(const char* text)
     return {Record{1, 5000, 1, "", text}, EventOf(text), Attribution::kStated};
 }
 
-TEST(RecordFilter, accepts_everything_as_long_as_nothing_is_asked_for)
+TEST(RecordFilter, without_conditions_accepts_every_record)
 {
     EXPECT_TRUE(RecordFilter{}.Accepts(Of("")));
 }
 
-TEST(RecordFilter, goes_by_level_and_time)
+TEST(RecordFilter, compares_level_and_time)
 {
     RecordFilter filter;
     filter.level = 1;
@@ -34,7 +34,7 @@ TEST(RecordFilter, goes_by_level_and_time)
     EXPECT_FALSE(filter.Accepts(Of("x")));
 }
 
-TEST(RecordFilter, finds_text_whatever_the_case_of_its_letters)
+TEST(RecordFilter, ignores_the_case_of_letters_in_the_text)
 {
     RecordFilter filter;
     filter.contains = "VIDEO.exe";
@@ -42,7 +42,7 @@ TEST(RecordFilter, finds_text_whatever_the_case_of_its_letters)
     EXPECT_FALSE(filter.Accepts(Of("Start C:\\Audio.EXE ")));
 }
 
-TEST(RecordFilter, finds_what_is_about_one_daemon)
+TEST(RecordFilter, accepts_only_records_about_the_daemon)
 {
     RecordFilter filter;
     filter.daemonId = 3;

@@ -20,13 +20,13 @@ AttributedRecord Of(const std::string& text, int level = 1)
             Attribution::kStated};
 }
 
-TEST(RecordText, is_the_line_of_the_console)
+TEST(RecordText, is_date_and_text_as_on_the_supervisors_console)
 {
     EXPECT_EQ(ToText(Of("Start DaemonId(3) PId(1234) : a.exe ")),
               "Sun Nov 16 03:52:36.123 Start DaemonId(3) PId(1234) : a.exe ");
 }
 
-TEST(RecordText, adds_to_an_end_whose_it_was)
+TEST(RecordText, of_an_end_names_the_daemon)
 {
     AttributedRecord end = Of("Exception caught in : Access violation", 0);
     EXPECT_EQ(ToText(end), "Sun Nov 16 03:52:36.123 Exception caught in : Access violation");
@@ -49,7 +49,7 @@ TEST(RecordJson, has_number_times_level_and_text)
               R"("level":3,"text":"say \"a\\b\"\u0001"})");
 }
 
-TEST(RecordJson, has_event_daemon_and_process_of_known_messages)
+TEST(RecordJson, of_a_known_message_has_event_daemon_and_process)
 {
     EXPECT_EQ(ToJson(Of("Start DaemonId(3) PId(1234) : a.exe ")),
               R"({"number":17,"time":"2025-11-16T03:52:36.123Z","time_ms":1763265156123,)"
@@ -57,7 +57,7 @@ TEST(RecordJson, has_event_daemon_and_process_of_known_messages)
               R"("daemon_id":3,"process_id":1234})");
 }
 
-TEST(RecordJson, has_the_reason_of_an_end_and_whether_it_is_sure_whose_it_was)
+TEST(RecordJson, of_an_end_has_the_reason_and_whether_the_daemon_is_sure)
 {
     AttributedRecord end = Of("Exception caught in : Unknown (0x1)", 0);
     end.event.daemonId = 3;
@@ -68,7 +68,7 @@ TEST(RecordJson, has_the_reason_of_an_end_and_whether_it_is_sure_whose_it_was)
               R"j("daemon_id":3,"reason":"Unknown (0x1)","sure":false})j");
 }
 
-TEST(RecordJson, has_null_for_what_the_file_does_not_tell)
+TEST(RecordJson, has_null_for_a_missing_number_and_an_impossible_time)
 {
     AttributedRecord record = Of("x");
     record.record.number.reset();

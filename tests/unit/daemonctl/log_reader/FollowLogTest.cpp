@@ -23,7 +23,7 @@ using client::v0::Record;
 using client::v0::TextEncoding;
 using testing::ElementsAre;
 
-/// A log file that changes between the looks at it, one step a look, and what was shown of it.
+/// Follows a log file that changes by one step after each read, and keeps what was reported.
 class Followed {
 public:
     Followed() { Save(); }
@@ -32,32 +32,33 @@ public:
     RingModel ring;
     const std::string path = folder.File("a.log");
     std::vector<std::string> shown;
-    bool endless = false; ///< go on looking after the last step
+    bool endless = false; ///< continue after the last step
 
     void Save() { std::ofstream(path, std::ios::binary) << ring.Bytes(); }
 
     void Follow(const std::vector<std::function<void()>>& steps)
     {
-        std::size_t looks = 0;
+        std::size_t reads = 0;
         FollowEvents events;
         events.record = [&](const Record& record) { shown.push_back(record.text); };
-        events.lost = [&](const NewRecords& found) {
-            shown.push_back(found.anew ? "anew"
-                                       : "lost " + std::to_string(found.lostCount.value_or(0)));
+        events.gap = [&](const NewRecords& found) {
+            shown.push_back(found.isNewLog ? "new log"
+                                           : "lost " + std::to_string(found.lostCount.value_or(0)));
         };
-        events.looked = [&] {
-            if (looks == steps.size()) {
+        events.goOn = [&] {
+            if (reads == steps.size()) {
                 return endless;
             }
-            steps[looks++]();
+            steps[reads++]();
             return true;
         };
-        FollowLog(path, TextEncoding::kAuto,
-                  {std::chrono::milliseconds(1), std::chrono::milliseconds(50)}, events);
+        static_cast<void>(FollowLog(path, TextEncoding::kAuto,
+                                    {std::chrono::milliseconds(1), std::chrono::milliseconds(50)},
+                                    events));
     }
 };
 
-TEST(FollowLog, shows_what_is_there_and_then_what_is_added)
+TEST(FollowLog, reports_the_records_of_the_file_and_then_added_records)
 {
     Followed log;
     log.ring.Write("first");
@@ -75,7 +76,7 @@ TEST(FollowLog, shows_what_is_there_and_then_what_is_added)
     EXPECT_THAT(log.shown, ElementsAre("first", "second", "third", "fourth"));
 }
 
-TEST(FollowLog, goes_on_across_the_end_of_the_ring)
+TEST(FollowLog, continues_when_the_ring_wraps)
 {
     Followed log;
     log.ring = RingModel(400);
@@ -93,7 +94,7 @@ TEST(FollowLog, goes_on_across_the_end_of_the_ring)
     EXPECT_EQ(log.shown, expected);
 }
 
-TEST(FollowLog, tells_how_many_records_were_overwritten_before_they_could_be_shown)
+TEST(FollowLog, reports_how_many_records_were_overwritten_between_two_reads)
 {
     Followed log;
     log.ring = RingModel(400);
@@ -112,7 +113,7 @@ TEST(FollowLog, tells_how_many_records_were_overwritten_before_they_could_be_sho
     EXPECT_EQ(log.shown.back(), "record 29");
 }
 
-TEST(FollowLog, goes_on_when_a_restarted_supervisor_gives_out_numbers_again)
+TEST(FollowLog, continues_when_a_restarted_supervisor_uses_numbers_again)
 {
     Followed log;
     log.ring.Write("first");
@@ -131,7 +132,7 @@ TEST(FollowLog, goes_on_when_a_restarted_supervisor_gives_out_numbers_again)
     EXPECT_THAT(log.shown, ElementsAre("first", "second", "third", "fourth"));
 }
 
-TEST(FollowLog, does_not_begin_again_when_a_second_supervisor_was_refused)
+TEST(FollowLog, reports_no_record_twice_after_a_second_supervisor_was_refused)
 {
     Followed log;
     log.ring = RingModel(2000);
@@ -149,21 +150,21 @@ TEST(FollowLog, does_not_begin_again_when_a_second_supervisor_was_refused)
                     refused.Write("second is refused");
                     refused.Write("second ends");
                     std::ofstream(log.path, std::ios::binary) << refused.Bytes();
-                    // The first one knows nothing of them.
+                    // The first supervisor does not know these records and overwrites them.
                     both = refused.Bytes();
                     const std::size_t begin = log.ring.WritePosition();
                     log.ring.SetTime(1763265256000);
-                    log.ring.Write("first goes on");
+                    log.ring.Write("first continues");
                     const std::size_t end = log.ring.WritePosition();
                     both.replace(0, 12, log.ring.Bytes(), 0, 12);
                     both.replace(begin, end - begin, log.ring.Bytes(), begin, end - begin);
                 },
                 [&] { std::ofstream(log.path, std::ios::binary) << both; }});
-    EXPECT_THAT(log.shown,
-                ElementsAre("second begins", "second is refused", "second ends", "first goes on"));
+    EXPECT_THAT(log.shown, ElementsAre("second begins", "second is refused", "second ends",
+                                       "first continues"));
 }
 
-TEST(FollowLog, goes_on_with_a_log_that_was_begun_anew)
+TEST(FollowLog, continues_with_a_new_log_file)
 {
     Followed log;
     log.ring.Write("first");
@@ -175,10 +176,10 @@ TEST(FollowLog, goes_on_with_a_log_that_was_begun_anew)
         log.ring.Write("other");
         log.Save();
     }});
-    EXPECT_THAT(log.shown, ElementsAre("first", "second", "anew", "other"));
+    EXPECT_THAT(log.shown, ElementsAre("first", "second", "new log", "other"));
 }
 
-TEST(FollowLog, waits_for_a_file_that_is_gone_for_a_moment)
+TEST(FollowLog, waits_for_a_file_that_is_missing_for_a_moment)
 {
     Followed log;
     log.ring.Write("first");
@@ -191,7 +192,7 @@ TEST(FollowLog, waits_for_a_file_that_is_gone_for_a_moment)
     EXPECT_THAT(log.shown, ElementsAre("first", "second"));
 }
 
-TEST(FollowLog, ends_with_an_error_when_the_file_has_vanished)
+TEST(FollowLog, fails_when_the_file_stays_missing)
 {
     Followed log;
     log.ring.Write("first");
@@ -201,7 +202,7 @@ TEST(FollowLog, ends_with_an_error_when_the_file_has_vanished)
     EXPECT_THAT(log.shown, ElementsAre("first"));
 }
 
-TEST(FollowLog, does_not_begin_without_a_file)
+TEST(FollowLog, fails_at_once_without_a_file)
 {
     Followed log;
     std::filesystem::remove(log.path);

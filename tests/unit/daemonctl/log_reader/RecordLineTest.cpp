@@ -16,14 +16,14 @@ TEST(RecordLine, reads_number_date_time_level_and_text)
     EXPECT_EQ(line.record, (Record{17, 1763265156123, 2, "Mon Nov 16 03:52:36.123", "a; b "}));
 }
 
-TEST(RecordLine, reads_a_day_below_ten_and_a_time_that_the_supervisor_could_not_express)
+TEST(RecordLine, reads_a_day_below_ten_and_an_unknown_date)
 {
     EXPECT_EQ(ParseRecordLine("1;Mon Nov  1 03:52:36.123;5;0;x").grade, LineGrade::kWhole);
     EXPECT_EQ(ParseRecordLine("1;\?\?\? \?\?\? \?\? \?\?:\?\?:\?\?.123;-5;0;x").grade,
               LineGrade::kWhole);
 }
 
-TEST(RecordLine, shows_what_is_there_when_number_or_date_is_damaged)
+TEST(RecordLine, keeps_the_other_fields_if_number_or_date_is_damaged)
 {
     for (const char* const text :
          {"x;Mon Nov 16 03:52:36.123;5;0;x", "07;Mon Nov 16 03:52:36.123;5;0;x",
@@ -35,7 +35,7 @@ TEST(RecordLine, shows_what_is_there_when_number_or_date_is_damaged)
     }
 }
 
-TEST(RecordLine, refuses_what_has_no_time_or_no_level)
+TEST(RecordLine, refuses_a_line_without_time_or_level)
 {
     for (const char* const text :
          {"", ";;;;", "1;Mon Nov 16 03:52:36.123;5;0", "1;Mon Nov 16 03:52:36.123;;0;x",

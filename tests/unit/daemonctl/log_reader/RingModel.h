@@ -19,23 +19,25 @@ inline void PrintTo(const Record& record, std::ostream* stream)
 
 namespace vqrx::test {
 
-/// The supervisor's log file, written by hand: bytes in memory that know which records are intact.
+/// Models the supervisor's log file: its bytes in memory, and which of its records are intact.
 class RingModel {
 public:
-    /// @param limit  bytes after which writing starts again at the front; 0 for none
+    /// @param limit  size in bytes after which writing starts again at the front; 0 for no limit
     explicit RingModel(std::size_t limit = 0, std::int64_t firstNumber = 0);
 
+    /// Writes a record and the header.
     void Write(const std::string& text, int level = 2);
-    /// The record's first bytes are in the file, the header does not count it yet. A number of
-    /// bytes beyond the line's means all of it. Only the last thing that is written to a model.
+    /// Writes the first bytes of a record, at most all of its line, and not the header. Nothing can
+    /// be written to the model afterwards.
     void BeginWrite(const std::string& text, std::size_t bytes, int level = 2);
-    /// The next record's number: a supervisor that starts may count on differently.
+    /// Sets the number of the next record, as a restarted supervisor may do.
     void SetNumber(std::int64_t number) { number_ = number; }
+    /// Sets the time, milliseconds since 1970. The next record is 7 ms later.
     void SetTime(std::int64_t timeMs) { timeMs_ = timeMs; }
 
     const std::string& Bytes() const { return bytes_; }
     std::size_t WritePosition() const { return position_; }
-    /// The records of which no byte has been overwritten, oldest first.
+    /// Returns the records of which no byte is overwritten, oldest first.
     std::vector<client::v0::Record> Intact() const;
 
 private:

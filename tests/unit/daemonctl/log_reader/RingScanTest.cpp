@@ -59,14 +59,14 @@ std::string Header(unsigned position)
     return text.data();
 }
 
-TEST(RingScan, hands_out_nothing_of_a_new_file)
+TEST(RingScan, finds_no_records_in_a_new_file)
 {
     const Scanned scanned = Scan("0x00000000\r\n");
     EXPECT_THAT(scanned.records, IsEmpty());
     EXPECT_TRUE(scanned.summary.IsSound());
 }
 
-TEST(RingScan, hands_out_the_records_of_a_file_that_has_not_wrapped_in_their_order)
+TEST(RingScan, returns_the_records_of_a_file_that_was_never_full_in_the_order_of_the_file)
 {
     RingModel ring;
     ring.Write("first");
@@ -79,7 +79,7 @@ TEST(RingScan, hands_out_the_records_of_a_file_that_has_not_wrapped_in_their_ord
     EXPECT_EQ(scanned.summary.torn, 0U);
 }
 
-TEST(RingScan, hands_out_the_older_records_behind_the_write_position_first)
+TEST(RingScan, returns_the_older_records_after_the_write_position_first)
 {
     const std::string older = Line("8", "older") + Line("9", "old");
     const std::string newer = Line("10", "new") + Line("11", "newer");
@@ -91,9 +91,9 @@ TEST(RingScan, hands_out_the_older_records_behind_the_write_position_first)
     EXPECT_TRUE(scanned.summary.IsSound());
 }
 
-TEST(RingScan, never_takes_a_record_that_has_lost_digits_of_its_number_for_a_whole_one)
+TEST(RingScan, leaves_out_a_record_whose_number_has_lost_digits)
 {
-    // 1237 has lost its first digits to the newest record, all else of it is there.
+    // Record 1237: the newest record has overwritten the digits 1 and 2 of its number, nothing else.
     const std::string newer = Line("2000", "new") + Line("2001", "newer");
     const std::string bytes = Header(static_cast<unsigned>(12 + newer.size())) + newer +
                               Line("37", "torn") + Line("1238", "older") + Line("1239", "old");
@@ -102,19 +102,19 @@ TEST(RingScan, never_takes_a_record_that_has_lost_digits_of_its_number_for_a_who
     EXPECT_EQ(scanned.summary.torn, 1U);
 }
 
-TEST(RingScan, never_shows_what_a_longer_ring_has_left_at_the_end_of_the_file)
+TEST(RingScan, leaves_out_remainders_at_the_end_of_the_file)
 {
     const std::string newer = Line("2000", "new");
     const std::string bytes = Header(static_cast<unsigned>(12 + newer.size())) + newer + "cut\r\n" +
-                              Line("1998", "older") + Line("1999", "old") + Line("37", "remains") +
-                              "mains of another\r\n";
+                              Line("1998", "older") + Line("1999", "old") +
+                              Line("37", "remainder") + "mainder of another\r\n";
     const Scanned scanned = Scan(bytes);
     EXPECT_THAT(Texts(scanned), ElementsAre("older", "old", "new"));
     EXPECT_EQ(scanned.summary.torn, 3U);
     EXPECT_TRUE(scanned.summary.IsSound());
 }
 
-TEST(RingScan, shows_a_supervisors_start_that_counts_on_differently)
+TEST(RingScan, returns_all_records_if_a_restarted_supervisor_continues_with_another_number)
 {
     const std::string newer = Line("2000", "new") + Line("2000", "started") + Line("7", "again");
     const std::string bytes = Header(static_cast<unsigned>(12 + newer.size())) + newer + "cut\r\n" +
@@ -124,7 +124,7 @@ TEST(RingScan, shows_a_supervisors_start_that_counts_on_differently)
                 ElementsAre("older", "start", "old", "last", "new", "started", "again"));
 }
 
-TEST(RingScan, does_not_show_a_record_that_the_header_does_not_count_yet)
+TEST(RingScan, leaves_out_a_record_that_the_header_does_not_count_yet)
 {
     RingModel ring(300, 998);
     for (int index = 0; index < 30; ++index) {
@@ -137,8 +137,8 @@ TEST(RingScan, does_not_show_a_record_that_the_header_does_not_count_yet)
     }
 }
 
-// Rings of a few records, whose numbers gain digits meanwhile.
-TEST(RingScan, shows_exactly_the_records_that_are_intact_whatever_the_ring_holds)
+// Rings of a few records. The numbers gain a digit in some of them.
+TEST(RingScan, returns_exactly_the_intact_records_of_random_rings)
 {
     std::mt19937 random(20251116); // NOLINT(cert-msc32-c,cert-msc51-cpp): the same on every run
     for (int round = 0; round < 12; ++round) {
@@ -152,7 +152,7 @@ TEST(RingScan, shows_exactly_the_records_that_are_intact_whatever_the_ring_holds
             ASSERT_TRUE(scanned.summary.IsSound()) << ring.Bytes();
             RingModel writing = ring;
             writing.BeginWrite("being written", random() % 80);
-            // The oldest record, which goes next, may be among what cannot be sure at this moment.
+            // The record that is being written may leave doubt about the oldest record only.
             const std::vector<Record> shown = Scan(writing.Bytes()).records;
             std::vector<Record> intact = writing.Intact();
             if (shown.size() + 1 == intact.size()) {
@@ -165,7 +165,7 @@ TEST(RingScan, shows_exactly_the_records_that_are_intact_whatever_the_ring_holds
     }
 }
 
-TEST(RingScan, finds_the_order_without_a_header)
+TEST(RingScan, finds_the_order_if_the_header_is_damaged)
 {
     RingModel ring(400, 50);
     for (int index = 0; index < 40; ++index) {
@@ -179,7 +179,7 @@ TEST(RingScan, finds_the_order_without_a_header)
     }
 }
 
-TEST(RingScan, shows_every_record_whichever_of_them_the_header_points_behind)
+TEST(RingScan, returns_every_record_if_the_header_names_the_end_of_another_record)
 {
     for (const std::size_t limit : {std::size_t{0}, std::size_t{400}}) {
         RingModel ring(limit, 50);
@@ -192,7 +192,7 @@ TEST(RingScan, shows_every_record_whichever_of_them_the_header_points_behind)
         for (std::size_t end = bytes.find('\n', 12); end != std::string::npos;
              end = bytes.find('\n', end + 1)) {
             const std::size_t position = end + 1;
-            // Behind a header that is one record late stands what may be written just now.
+            // One record after the write position is usual: the supervisor may be writing it.
             const std::size_t late = bytes.find('\n', position) + 1;
             if (position == ring.WritePosition() || late == ring.WritePosition()) {
                 continue;
@@ -205,7 +205,7 @@ TEST(RingScan, shows_every_record_whichever_of_them_the_header_points_behind)
     }
 }
 
-TEST(RingScan, shows_what_is_left_of_a_file_that_was_cut)
+TEST(RingScan, returns_the_whole_records_of_a_file_that_was_cut)
 {
     RingModel ring;
     ring.Write("first");
@@ -217,7 +217,7 @@ TEST(RingScan, shows_what_is_left_of_a_file_that_was_cut)
     EXPECT_FALSE(scanned.summary.IsSound());
 }
 
-TEST(RingScan, shows_a_copy_whose_line_ends_were_converted)
+TEST(RingScan, reads_a_copy_with_converted_line_ends)
 {
     RingModel ring;
     ring.Write("first");
@@ -227,7 +227,7 @@ TEST(RingScan, shows_a_copy_whose_line_ends_were_converted)
     EXPECT_THAT(Texts(Scan(bytes)), ElementsAre("first", "second"));
 }
 
-TEST(RingScan, counts_lines_that_are_no_records_and_shows_the_others)
+TEST(RingScan, counts_lines_that_are_no_records_and_returns_all_records)
 {
     const std::string lines = Line("1", "first") + "of another program\r\n" +
                               "2;Sun Nov 16 03:52:36.123;never;2;no time\r\n" +
@@ -243,7 +243,7 @@ TEST(RingScan, counts_lines_that_are_no_records_and_shows_the_others)
     EXPECT_FALSE(scanned.summary.IsSound());
 }
 
-TEST(RingScan, finds_no_records_in_the_files_of_other_programs)
+TEST(RingScan, finds_no_records_in_files_of_other_programs)
 {
     EXPECT_TRUE(Scan("").summary.isEmpty);
     const Scanned text = Scan("once upon a time\nthere was a file\n");
@@ -252,12 +252,12 @@ TEST(RingScan, finds_no_records_in_the_files_of_other_programs)
     const Scanned zeros = Scan(std::string(300000, '\0'));
     EXPECT_THAT(zeros.records, IsEmpty());
     EXPECT_FALSE(zeros.summary.IsSound());
-    const Scanned behindAHeader = Scan("0x0000000C\r\nonce\r\nupon\r\na time\r\n");
-    EXPECT_THAT(behindAHeader.records, IsEmpty());
-    EXPECT_FALSE(behindAHeader.summary.IsSound());
+    const Scanned afterAHeader = Scan("0x0000000C\r\nonce\r\nupon\r\na time\r\n");
+    EXPECT_THAT(afterAHeader.records, IsEmpty());
+    EXPECT_FALSE(afterAHeader.summary.IsSound());
 }
 
-TEST(RingScan, reads_over_a_line_longer_than_any_record)
+TEST(RingScan, skips_a_line_that_is_longer_than_any_record)
 {
     const std::string lines =
         Line("1", "first") + Line("2", std::string(70000, 'x')) + Line("3", "last");

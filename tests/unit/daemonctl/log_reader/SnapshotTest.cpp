@@ -21,7 +21,7 @@ using client::v0::ScanRing;
 using client::v0::ScanSummary;
 using client::v0::Snapshot;
 
-/// A file whose size is known as it was at its opening, and in which something happens then.
+/// A file that keeps the size that it had when it was opened, and that changes right after that.
 class OpenedFile : public ByteSource {
 public:
     OpenedFile(const std::string& bytes, const std::function<void()>& opened)
@@ -49,7 +49,7 @@ ScanSummary Scanned(const std::string& bytes)
     return ScanRing(source, [](const auto&) {});
 }
 
-TEST(LogFile, that_grows_between_its_opening_and_its_reading_is_not_damaged)
+TEST(Snapshot, of_a_growing_file_is_read_again_until_header_and_file_match)
 {
     RingModel ring;
     ring.Write("first");
@@ -68,7 +68,7 @@ TEST(LogFile, that_grows_between_its_opening_and_its_reading_is_not_damaged)
     EXPECT_EQ(openings, 4);
 }
 
-TEST(LogFile, whose_header_lies_beyond_its_end_is_damaged)
+TEST(Snapshot, of_a_cut_file_is_returned_after_two_reads)
 {
     RingModel ring;
     ring.Write("first");
@@ -82,7 +82,7 @@ TEST(LogFile, whose_header_lies_beyond_its_end_is_damaged)
     EXPECT_EQ(openings, 2);
 }
 
-TEST(LogFile, that_never_stops_growing_is_read_in_the_end)
+TEST(Snapshot, of_a_file_that_never_stops_growing_is_returned_after_100_reads)
 {
     RingModel ring;
     int openings = 0;

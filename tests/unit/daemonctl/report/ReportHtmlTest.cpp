@@ -1,5 +1,7 @@
 #include "ReportHtml.h"
 
+#include "TimelineBuilder.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -10,7 +12,6 @@ namespace vqrx::test {
 namespace {
 
 using client::v0::BuildTimeline;
-using client::v0::EscapeHtml;
 using client::v0::MakeReportModel;
 using client::v0::Record;
 using client::v0::ReportHtml;
@@ -28,13 +29,7 @@ std::string Page(const std::vector<std::string>& texts, const std::string& sourc
     return ReportHtml(MakeReportModel(BuildTimeline(records)), source, 60);
 }
 
-TEST(EscapeHtml, leaves_nothing_that_html_would_understand)
-{
-    EXPECT_EQ(EscapeHtml("<a href=\"x\" title='y'>&\x01"),
-              "&lt;a href=&quot;x&quot; title=&#39;y&#39;&gt;&amp;\\x01");
-}
-
-TEST(ReportHtml, needs_no_network_and_no_script)
+TEST(ReportHtml, loads_nothing_and_holds_no_script)
 {
     const std::string page = Page({"Start DaemonId(0) PId(10) : a.exe "});
     EXPECT_THAT(page, StartsWith("<!DOCTYPE html>\n"));
@@ -44,7 +39,7 @@ TEST(ReportHtml, needs_no_network_and_no_script)
     EXPECT_THAT(page, HasSubstr("prefers-color-scheme: dark"));
 }
 
-TEST(ReportHtml, shows_each_life_with_its_times_and_its_end)
+TEST(ReportHtml, shows_each_process_with_its_times_and_its_end)
 {
     const std::string page =
         Page({"Start DaemonId(0) PId(10) : a.exe ", "Exception caught in : Access violation",
@@ -56,7 +51,7 @@ TEST(ReportHtml, shows_each_life_with_its_times_and_its_end)
     EXPECT_THAT(page, HasSubstr("<line class=\"end\" x1=\"50.000%\" x2=\"50.000%\""));
 }
 
-TEST(ReportHtml, takes_no_text_of_the_log_for_html)
+TEST(ReportHtml, escapes_all_texts_of_the_log)
 {
     const std::string page = Page(
         {"Start DaemonId(0) PId(10) : <script>alert(1)</script>\"' ", "Exception caught in : <b>",
@@ -69,7 +64,7 @@ TEST(ReportHtml, takes_no_text_of_the_log_for_html)
     EXPECT_THAT(page, HasSubstr("&lt;u&gt;&amp;amp;"));
 }
 
-TEST(ReportHtml, says_so_when_there_is_no_daemon)
+TEST(ReportHtml, without_daemons_says_so)
 {
     EXPECT_THAT(Page({}), HasSubstr("The log tells of no daemon."));
     EXPECT_THAT(Page({"Exit"}), HasSubstr("The log tells of no daemon."));

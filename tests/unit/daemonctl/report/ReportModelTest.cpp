@@ -1,5 +1,7 @@
 #include "ReportModel.h"
 
+#include "TimelineBuilder.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -18,7 +20,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 
-/// Records at given seconds.
+/// Makes a log with records at given seconds.
 class Log {
 public:
     Log& At(std::int64_t seconds, const std::string& text, int level = 1)
@@ -45,7 +47,7 @@ TEST(ReportModel, of_an_empty_log_is_empty)
     EXPECT_EQ(model.records, 0U);
 }
 
-TEST(ReportModel, counts_restarts_ends_and_lives)
+TEST(ReportModel, counts_restarts_ends_and_processes)
 {
     const ReportModel model = Log()
                                   .StartUp(100)
@@ -64,16 +66,16 @@ TEST(ReportModel, counts_restarts_ends_and_lives)
     EXPECT_THAT(lane.ids, ElementsAre(0));
     EXPECT_EQ(lane.state, "running");
     EXPECT_EQ(lane.restarts, 3U);
-    EXPECT_EQ(lane.longestMs, 39000); // the one that still runs
+    EXPECT_EQ(lane.longestMs, 39000); // process 13, which still runs
     EXPECT_EQ(lane.medianMs, 20000);  // of 10, 20 and 30 s
     ASSERT_TRUE(lane.availability);
     EXPECT_DOUBLE_EQ(*lane.availability, 0.99);
     EXPECT_THAT(lane.ends, ElementsAre(Pair("Access violation", 2U), Pair("Unknown (0x1)", 1U)));
-    EXPECT_EQ(lane.lives.size(), 4U);
-    EXPECT_EQ(lane.lives.back().endMs, 200000);
+    EXPECT_EQ(lane.intervals.size(), 4U);
+    EXPECT_EQ(lane.intervals.back().endMs, 200000);
 }
 
-TEST(ReportModel, knows_a_daemon_again_in_the_next_run_by_its_command)
+TEST(ReportModel, recognises_a_daemon_in_the_next_run_by_its_command)
 {
     const ReportModel model = Log()
                                   .StartUp(100)
@@ -90,7 +92,7 @@ TEST(ReportModel, knows_a_daemon_again_in_the_next_run_by_its_command)
     EXPECT_EQ(model.lanes[1].command, "b.exe");
     EXPECT_THAT(model.lanes[1].ids, ElementsAre(0, 1));
     EXPECT_EQ(model.lanes[1].state, "stopped");
-    EXPECT_EQ(model.lanes[1].lives.size(), 2U);
+    EXPECT_EQ(model.lanes[1].intervals.size(), 2U);
     EXPECT_EQ(model.lanes[1].availability, 1.0);
     EXPECT_THAT(model.lanes[1].ends, ElementsAre(Pair("stopped on request", 1U)));
     ASSERT_EQ(model.gaps.size(), 1U);
@@ -99,7 +101,7 @@ TEST(ReportModel, knows_a_daemon_again_in_the_next_run_by_its_command)
     EXPECT_EQ(model.gaps[0].text, "no supervisor ran");
 }
 
-TEST(ReportModel, tells_two_daemons_of_one_command_apart)
+TEST(ReportModel, gives_two_daemons_of_one_command_a_lane_each)
 {
     const ReportModel model = Log()
                                   .StartUp(100)
@@ -111,7 +113,7 @@ TEST(ReportModel, tells_two_daemons_of_one_command_apart)
     EXPECT_THAT(model.lanes[1].ids, ElementsAre(1));
 }
 
-TEST(ReportModel, has_a_lane_for_what_never_started)
+TEST(ReportModel, gives_a_daemon_that_never_started_a_lane)
 {
     const ReportModel model = Log()
                                   .StartUp(100)
@@ -125,7 +127,7 @@ TEST(ReportModel, has_a_lane_for_what_never_started)
     EXPECT_EQ(model.lanes[0].availability, 0.0);
 }
 
-TEST(ReportModel, counts_ends_whose_daemon_is_unknown)
+TEST(ReportModel, counts_ends_of_unknown_daemons)
 {
     const ReportModel model =
         Log().StartUp(100).At(100, "Exception caught in : Unknown (0x1)", 0).Model();
@@ -133,7 +135,7 @@ TEST(ReportModel, counts_ends_whose_daemon_is_unknown)
     EXPECT_THAT(model.ends, ElementsAre(Pair("Unknown (0x1)", 1U)));
 }
 
-TEST(ReportModel, survives_a_clock_that_was_set_back)
+TEST(ReportModel, has_no_negative_interval_if_the_clock_was_set_back)
 {
     const ReportModel model = Log()
                                   .StartUp(1000)
@@ -142,8 +144,8 @@ TEST(ReportModel, survives_a_clock_that_was_set_back)
                                   .At(500, "Start DaemonId(0) PId(11) : a.exe ")
                                   .At(400, "Exit", 2)
                                   .Model();
-    for (const auto& life : model.lanes.at(0).lives) {
-        EXPECT_LE(life.beginMs, life.endMs);
+    for (const auto& interval : model.lanes.at(0).intervals) {
+        EXPECT_LE(interval.beginMs, interval.endMs);
     }
     EXPECT_LE(model.beginMs, model.endMs);
 }

@@ -29,7 +29,7 @@ using testing::IsEmpty;
 
 constexpr std::int64_t kTime = 1763265156123; // 2025-11-16T03:52:36.123Z
 
-TEST(ZoneOffset, is_what_a_records_two_times_differ_by)
+TEST(ZoneOffset, is_the_difference_between_the_two_times_of_a_record)
 {
     EXPECT_EQ(ZoneOffset("Sun Nov 16 03:52:36.123", kTime), 0);
     EXPECT_EQ(ZoneOffset("Sun Nov 16 04:52:36.123", kTime), 60);
@@ -38,13 +38,13 @@ TEST(ZoneOffset, is_what_a_records_two_times_differ_by)
     EXPECT_EQ(ZoneOffset("Sun Nov 16 17:52:36.123", kTime), 840);
 }
 
-TEST(ZoneOffset, knows_the_turn_of_the_year)
+TEST(ZoneOffset, is_right_at_the_turn_of_the_year)
 {
     EXPECT_EQ(ZoneOffset("Thu Jan  1 00:30:00.000", 1767223800000), 60); // 2025-12-31T23:30Z
     EXPECT_EQ(ZoneOffset("Wed Dec 31 23:30:00.000", 1767227400000), -60);
 }
 
-TEST(ZoneOffset, is_unknown_when_the_times_do_not_belong_together)
+TEST(ZoneOffset, is_unknown_if_the_times_do_not_match)
 {
     for (const char* const date :
          {"", "Sun Nov 16", "Sun Nov 16 03:53:36.123", "Mon Nov 17 19:52:36.123",
@@ -56,14 +56,14 @@ TEST(ZoneOffset, is_unknown_when_the_times_do_not_belong_together)
     EXPECT_EQ(ZoneOffset("Sun Nov 16 03:52:36.123", 9223372036854775807), std::nullopt);
 }
 
-TEST(ZoneText, names_the_distance_from_utc)
+TEST(ZoneText, shows_the_distance_from_utc)
 {
     EXPECT_EQ(ZoneText(0), "UTC");
     EXPECT_EQ(ZoneText(60), "UTC+01:00");
     EXPECT_EQ(ZoneText(-210), "UTC-03:30");
 }
 
-TEST(LocalText, is_the_zones_clock)
+TEST(LocalText, is_the_time_in_the_zone)
 {
     EXPECT_EQ(LocalText(kTime, 0), "2025-11-16 03:52:36");
     EXPECT_EQ(LocalText(kTime, -300), "2025-11-15 22:52:36");
@@ -91,7 +91,7 @@ TEST(AxisTicks, are_round_times_of_the_zone)
                             Tick{1763265159000, "03:52:39"}));
 }
 
-TEST(AxisTicks, tell_the_day_at_midnight)
+TEST(AxisTicks, show_the_date_at_midnight)
 {
     std::vector<std::string> labels;
     for (const Tick& tick : AxisTicks(1763265156123, 1763524356123, 0)) { // 3 days
@@ -100,7 +100,7 @@ TEST(AxisTicks, tell_the_day_at_midnight)
     EXPECT_THAT(labels, ElementsAre("12:00", "11-17", "12:00", "11-18", "12:00", "11-19"));
 }
 
-TEST(AxisTicks, are_few_whatever_the_times_are)
+TEST(AxisTicks, are_seven_at_most)
 {
     EXPECT_LE(AxisTicks(0, 253402000000000, 0).size(), 7U);
     EXPECT_THAT(AxisTicks(5, 4, 0), IsEmpty());

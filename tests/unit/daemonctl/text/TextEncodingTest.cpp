@@ -9,25 +9,25 @@ using client::v0::IsUtf8;
 using client::v0::TextEncoding;
 using client::v0::ToUtf8;
 
-TEST(TextEncoding, keeps_what_is_utf_8_already)
+TEST(TextEncoding, auto_keeps_valid_utf_8)
 {
     EXPECT_EQ(ToUtf8("Gr\xC3\xBC\xC3\x9F \xE2\x82\xAC \xF0\x9F\x98\x80", TextEncoding::kAuto),
               "Gr\xC3\xBC\xC3\x9F \xE2\x82\xAC \xF0\x9F\x98\x80");
 }
 
-TEST(TextEncoding, takes_other_bytes_for_western_european)
+TEST(TextEncoding, auto_reads_other_bytes_as_western_european)
 {
     EXPECT_EQ(ToUtf8("Gr\xFC\xDF \x80", TextEncoding::kAuto), "Gr\xC3\xBC\xC3\x9F \xE2\x82\xAC");
     EXPECT_EQ(ToUtf8("\xC3\xBC", TextEncoding::kWindows1252), "\xC3\x83\xC2\xBC");
     EXPECT_EQ(ToUtf8("\x81", TextEncoding::kWindows1252), "\xEF\xBF\xBD");
 }
 
-TEST(TextEncoding, replaces_what_is_no_utf_8_when_utf_8_is_asked_for)
+TEST(TextEncoding, utf_8_replaces_bytes_that_are_not_valid)
 {
     EXPECT_EQ(ToUtf8("a\xFC z", TextEncoding::kUtf8), "a\xEF\xBF\xBD z");
 }
 
-TEST(TextEncoding, knows_overlong_cut_and_impossible_sequences)
+TEST(TextEncoding, refuses_overlong_cut_and_impossible_sequences)
 {
     for (const char* const text : {"\xC0\xAF", "\xE0\x80\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80",
                                    "\xF5\x80\x80\x80", "\xE2\x82", "\x80", "\xC3"}) {

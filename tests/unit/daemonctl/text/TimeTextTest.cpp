@@ -32,7 +32,7 @@ TEST(IsoTime, is_utc_with_milliseconds)
     EXPECT_EQ(IsoTime(253402300799999), "9999-12-31T23:59:59.999Z");
 }
 
-TEST(IsoTime, is_nothing_for_times_that_no_calendar_has)
+TEST(IsoTime, is_nothing_beyond_the_year_9999)
 {
     EXPECT_EQ(IsoTime(253402300800000), std::nullopt);
     EXPECT_EQ(IsoTime(std::numeric_limits<std::int64_t>::max()), std::nullopt);
@@ -67,7 +67,7 @@ TEST(ParseMoment, reads_days)
     EXPECT_EQ(LocalClock(*yesterday), LocalClock(*today - 12 * 3600000).substr(0, 11) + "00:00:00");
 }
 
-TEST(ParseMoment, reads_how_long_ago)
+TEST(ParseMoment, reads_a_time_before_now)
 {
     EXPECT_EQ(ParseMoment("45s", kNow), kNow - 45000);
     EXPECT_EQ(ParseMoment("10m", kNow), kNow - 600000);
@@ -76,7 +76,7 @@ TEST(ParseMoment, reads_how_long_ago)
     EXPECT_EQ(ParseMoment("0s", kNow), kNow);
 }
 
-TEST(ParseMoment, refuses_what_is_no_time)
+TEST(ParseMoment, refuses_any_other_text)
 {
     for (const char* const text : {"",
                                    "m",

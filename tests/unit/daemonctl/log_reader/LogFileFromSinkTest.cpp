@@ -1,4 +1,3 @@
-// The reader on what the supervisor's own sink writes.
 #include "LogFile.h"
 #include "TempFolder.h"
 #include "log_perf/LogFileSink.h"
@@ -18,7 +17,8 @@ using client::v0::Record;
 using log::log_perf::v2::LogFileSink;
 using log::log_perf::v2::Timestamp;
 
-class RealSink : public testing::Test {
+/// A log file that the supervisor's own sink writes and the reader reads.
+class LogFileFromSink : public testing::Test {
 protected:
     void Open()
     {
@@ -36,7 +36,8 @@ protected:
         written_.push_back(text);
     }
 
-    /// The last texts that were written, as many as the reader found, and what it found.
+    /// Expects that the reader finds the newest texts, in order, and no other ones.
+    /// @param least  how many of them at least
     void ExpectTheNewest(std::size_t least)
     {
         std::vector<std::string> read;
@@ -56,7 +57,7 @@ protected:
     std::vector<std::string> written_;
 };
 
-TEST_F(RealSink, is_read_to_the_newest_record_at_every_moment)
+TEST_F(LogFileFromSink, always_leaves_the_newest_records_readable)
 {
     Open();
     for (int index = 0; index < 200; ++index) {
@@ -67,14 +68,14 @@ TEST_F(RealSink, is_read_to_the_newest_record_at_every_moment)
     }
 }
 
-TEST_F(RealSink, is_read_across_its_restarts_and_loses_nothing_by_them)
+TEST_F(LogFileFromSink, leaves_the_newest_records_readable_after_restarts)
 {
     for (int run = 0; run < 12; ++run) {
         Open();
         for (int index = 0; index < 17; ++index) {
             Write("run " + std::to_string(run) + " record " + std::to_string(index));
         }
-        // The record before a restart, half overwritten or not, may be beyond belief.
+        // The oldest records may be left out: a restart leaves doubt about torn ones.
         ASSERT_NO_FATAL_FAILURE(ExpectTheNewest(written_.size() < 20 ? written_.size() : 20))
             << run;
     }

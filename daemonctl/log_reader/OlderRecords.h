@@ -1,0 +1,57 @@
+#pragma once
+
+#include "ByteSource.h"
+#include "RawLines.h"
+#include "RecordLine.h"
+#include "RingLayout.h"
+#include "ScanOutput.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace vqrx::client::v0 {
+
+/// Reads the older records of a ring file, from the write position to the end of the file, and
+/// leaves out torn lines, remainders and a record that is being written. ScanRing describes them.
+class OlderRecords {
+public:
+    /// @param source, layout, output  must outlive the object
+    OlderRecords(ByteSource& source, const RingLayout& layout, ScanOutput& output);
+
+    /// Hands out the records. Called once.
+    /// @return how many lines after the last record are no records; output does not count them
+    [[nodiscard]] std::uint64_t Read();
+
+private:
+    /// A line whose number must be confirmed by the line after it.
+    struct Unconfirmed {
+        RecordLine line;
+        std::optional<std::int64_t> number; // of the line; of its place if the line's is damaged
+    };
+
+    void ReadLine(const RawLine& line);
+    void ReadDamagedLine(const RawLine& line, RecordLine parsed);
+    bool IsSurelyWhole(RecordLine& parsed);
+    void KeepUnconfirmed(RecordLine parsed, const std::optional<std::int64_t>& number);
+    void GiveUnconfirmed();
+    void GiveUnconfirmedBefore(const std::optional<std::int64_t>& number);
+    void Give(RecordLine parsed);
+
+    ByteSource& source_;
+    const RingLayout& layout_;
+    ScanOutput& output_;
+
+    // The first lines after the write position:
+    bool atWritePosition_ = true;           // no line was surely whole yet
+    std::optional<std::int64_t> newest_;    // of the newest record, then of one being written
+    std::optional<RecordLine> perhapsTorn_; // looks whole; its number may have lost digits
+
+    // The lines after them:
+    std::optional<std::int64_t> previous_; // of the record handed out last
+    std::vector<Unconfirmed> unconfirmed_; // in file order; they do not continue previous_
+    std::uint64_t unplaced_ = 0; // lines after the last record that are no records: unreadable if
+                                 // another record follows, else remainders
+};
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+
+namespace vqrx::client::v0 {
+
+/// Counts what a scan of a log file has read, and what it has left out.
+struct ScanSummary {
+    std::uint64_t records = 0;    ///< records handed out, damaged ones included
+    std::uint64_t damaged = 0;    ///< records handed out whose number or date cannot be read
+    std::uint64_t unreadable = 0; ///< lines left out that are no records
+    std::uint64_t torn = 0; ///< lines left out that are overwritten in part or being written; usual
+    bool headerDamaged = false; ///< the header is unusable: the records themselves gave the order
+    bool isEmpty = false;       ///< the file has no bytes
+
+    /// Returns whether the file is what a supervisor leaves: torn lines are part of that.
+    [[nodiscard]] bool IsSound() const noexcept
+    {
+        return damaged == 0 && unreadable == 0 && !headerDamaged && !isEmpty;
+    }
+};
+
+} // namespace vqrx::client::v0

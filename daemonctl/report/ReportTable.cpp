@@ -1,0 +1,110 @@
+#include "ReportTable.h"
+
+#include "ReportText.h"
+#include "ReportTime.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdio>
+#include <numeric>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace vqrx::client::v0 {
+namespace {
+
+// A share below 1 never reads as 100 %.
+std::string PercentText(double share)
+{
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.2f", share * 100);
+    return share < 1 && std::string_view(text.data()) == "100.00" ? "99.99 %"
+                                                                  : std::string(text.data()) + " %";
+}
+
+std::string OptionalDuration(const std::optional<std::int64_t>& durationMs)
+{
+    return durationMs ? DurationText(*durationMs) : kNoValue;
+}
+
+std::string ReasonsHtml(const std::map<std::string, std::uint64_t>& ends)
+{
+    if (ends.empty()) {
+        return kNoValue;
+    }
+    std::vector<std::pair<std::string, std::uint64_t>> sorted(ends.begin(), ends.end());
+    std::stable_sort(sorted.begin(), sorted.end(), [](const auto& left, const auto& right) {
+        return left.second > right.second;
+    });
+    std::string html = "<ul class=\"reasons\">";
+    for (const auto& [reason, count] : sorted) {
+        html += "<li>" + EscapeHtml(reason) + " \xC3\x97 " + std::to_string(count) + "</li>";
+    }
+    return html + "</ul>";
+}
+
+// Returns the indexes of the lanes in the order of the table.
+std::vector<std::size_t> TableOrder(const std::vector<ReportLane>& lanes)
+{
+    std::vector<std::size_t> order(lanes.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    const auto troubles = [&lanes](std::size_t index) {
+        return lanes[index].restarts + lanes[index].failedStarts.size();
+    };
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t left, std::size_t right) {
+        return troubles(left) > troubles(right);
+    });
+    return order;
+}
+
+std::string Cell(const char* name, const std::string& text, bool isNumber)
+{
+    return std::string("<td") + (isNumber ? " class=\"number\"" : "") + " data-name=\"" + name +
+           "\">" + EscapeHtml(text) + "</td>";
+}
+
+std::string Row(const ReportLane& lane, std::size_t index)
+{
+    return "<tr>" + Cell("Id", IdsText(lane), false) + R"(<td class="command"><a href="#lane-)" +
+           std::to_string(index) + "\">" + EscapeHtml(lane.command) + "</a></td>" +
+           Cell("State", lane.state, false) +
+           Cell("Restarts", std::to_string(lane.restarts), true) +
+           Cell("Failed starts", std::to_string(lane.failedStarts.size()), true) +
+           Cell("Availability", lane.availability ? PercentText(*lane.availability) : kNoValue,
+                true) +
+           Cell("Longest life", OptionalDuration(lane.longestMs), true) +
+           Cell("Median life", OptionalDuration(lane.medianMs), true) + "<td data-name=\"Ends\">" +
+           ReasonsHtml(lane.ends) + "</td></tr>\n";
+}
+
+} // namespace
+
+std::string TableHtml(const ReportModel& model)
+{
+    std::string html =
+        "<h2>Restarts and availability</h2>\n<table>\n<thead><tr><th>Id</th><th>Command</th>"
+        "<th>State</th><th class=\"number\">Restarts</th>"
+        "<th class=\"number\">Failed starts</th><th class=\"number\">Availability</th>"
+        "<th class=\"number\">Longest life</th><th class=\"number\">Median life</th>"
+        "<th>Ends</th></tr></thead>\n<tbody>\n";
+    for (const std::size_t index : TableOrder(model.lanes)) {
+        html += Row(model.lanes[index], index);
+    }
+    return html + "</tbody>\n</table>\n<p class=\"soft\">Availability: of the time for which the "
+                  "supervisor was to keep it alive. Median: of the lives that have ended.</p>\n";
+}
+
+std::string EndsHtml(const ReportModel& model)
+{
+    std::string html = "<h2>All ends, by reason</h2>\n" + ReasonsHtml(model.ends);
+    if (model.unknownEnds != 0) {
+        html += "\n<p class=\"soft\">" + std::to_string(model.unknownEnds) +
+                " of them: the log does not tell whose.</p>";
+    }
+    return html + "\n<p class=\"soft\">\xE2\x80\x9CUnknown (0x1)\xE2\x80\x9D is the plain exit "
+                  "code 1.</p>\n";
+}
+
+} // namespace vqrx::client::v0
