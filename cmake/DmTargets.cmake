@@ -37,12 +37,17 @@ endfunction()
 # dm_unit_test(NAME [THREADS] [LONG] [SECONDS n] [PORTABLE file...] [WINDOWS file...] LINK target...
 #              [PROGRAMS target...] [LOCK resource...])
 #
-# One test program and one ctest entry for a source folder; PORTABLE tests also run natively. Under Wine a process start costs more
-# than most cases. LOCK names what of the machine the cases share (rot, services, registry,
-# firewall: the service that a DaemonManager waits for). THREADS: the program has several, so that the
-# thread sanitizer is asked about it.
+# One test program and one ctest entry for a source folder: under Wine a process start costs more than
+# most cases. PORTABLE tests also run natively.
+# PROGRAMS  the programs that the cases start, other than those of tests/programs.
+# LOCK      what the machine has once and the cases use: rot (the table of running objects), registry,
+#           services, firewall (the service for which a DaemonManager waits). On a real machine ctest
+#           runs one program of a lock at a time. Under Wine each program has a prefix for itself.
+# THREADS   the program has several threads: the preset native-tsan builds it.
+# LONG      the program mostly waits, for a minute or more: a plain ./test leaves it out.
+# SECONDS   how long the program takes; ctest starts those that take longest first.
 function(dm_unit_test name)
-    cmake_parse_arguments(ARG "THREADS" "" "PORTABLE;WINDOWS;LINK;LOCK" ${ARGN})
+    cmake_parse_arguments(ARG "THREADS;LONG" "SECONDS" "PORTABLE;WINDOWS;LINK;PROGRAMS;LOCK" ${ARGN})
     if(DM_SANITIZE STREQUAL "thread" AND NOT ARG_THREADS)
         return()
     endif()
@@ -65,12 +70,26 @@ function(dm_unit_test name)
         add_dependencies(programs_with_threads ${name})
     endif()
     add_test(NAME ${name} COMMAND ${name})
-    set_tests_properties(${name} PROPERTIES TIMEOUT 600)
+    # The files on which the result depends: tools/testrun does not run a program again while they are
+    # the same.
+    set(files $<TARGET_FILE:${name}>)
+    if(WIN32)
+        get_property(child_programs GLOBAL PROPERTY DM_CHILD_PROGRAMS)
+        foreach(program ${child_programs} ${ARG_PROGRAMS})
+            add_dependencies(${name} ${program})
+            list(APPEND files $<TARGET_FILE:${program}>)
+        endforeach()
+        set_tests_properties(${name} PROPERTIES FIXTURES_REQUIRED wine_prefix)
+    endif()
+    set_tests_properties(${name} PROPERTIES TIMEOUT 600 REQUIRED_FILES "${files}")
     if(ARG_LOCK AND NOT CMAKE_CROSSCOMPILING)
         set_tests_properties(${name} PROPERTIES RESOURCE_LOCK "${ARG_LOCK}")
     endif()
-    if(WIN32)
-        set_tests_properties(${name} PROPERTIES FIXTURES_REQUIRED wine_prefix)
+    if(ARG_LONG)
+        set_tests_properties(${name} PROPERTIES LABELS long)
+    endif()
+    if(ARG_SECONDS)
+        set_tests_properties(${name} PROPERTIES COST ${ARG_SECONDS})
     endif()
 endfunction()
 
