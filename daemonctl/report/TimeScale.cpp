@@ -7,7 +7,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-std::string PercentText(double share)
+std::string CssPercent(double share)
 {
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.3f%%", share * 100);
@@ -29,13 +29,13 @@ double TimeScale::Place(std::int64_t timeMs) const noexcept
 
 std::string TimeScale::PlaceText(std::int64_t timeMs) const
 {
-    return PercentText(Place(timeMs));
+    return CssPercent(Place(timeMs));
 }
 
 std::string TimeScale::WidthText(std::int64_t beginMs, std::int64_t endMs) const
 {
     const double width = (static_cast<double>(endMs) - static_cast<double>(beginMs)) / span_;
-    return PercentText(std::clamp(width, 0.0, 1.0));
+    return CssPercent(std::clamp(width, 0.0, 1.0));
 }
 
 } // namespace vqrx::client::v0
