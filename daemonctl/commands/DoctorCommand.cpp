@@ -29,7 +29,7 @@ namespace {
 constexpr std::chrono::seconds kWmiPatience(30);
 constexpr std::chrono::seconds kFirewallPatience(30);
 
-struct Options {
+struct DoctorOptions {
     bool json = false;
     bool prune = false;
 };
@@ -102,7 +102,7 @@ std::vector<std::string> Prune(const FirewallRulesFacts& rules, bool& failed)
     return removed;
 }
 
-int Doctor(const Options& options)
+int Doctor(const DoctorOptions& options)
 {
     const DoctorFacts facts = Gather();
     const std::vector<Finding> findings = Judge(facts);
@@ -130,7 +130,7 @@ int Doctor(const Options& options)
 
 void AddDoctorCommand(CLI::App& app, int& exitCode)
 {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<DoctorOptions>();
     CLI::App* const command = app.add_subcommand(
         "doctor", "Check all that the supervisor needs, and say how to mend what is wrong");
     command->add_flag("--json", options->json, "One JSON object");

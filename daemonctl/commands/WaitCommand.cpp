@@ -18,18 +18,18 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr DWORD kAskAgainMs = 200;
+constexpr DWORD kLookAgainMs = 200;
 
 const std::map<std::string, WaitFor> kConditions = {
     {"running", WaitFor::running}, {"ended", WaitFor::ended}, {"restarted", WaitFor::restarted}};
 
-struct Options {
+struct WaitOptions {
     std::uint32_t id = 0;
     std::string condition = "running";
     std::uint32_t timeoutSeconds = 60;
 };
 
-int PrintResult(const Options& options, const Observation& now)
+int PrintResult(const WaitOptions& options, const Observation& now)
 {
     const std::string id = std::to_string(options.id);
     if (now.running) {
@@ -40,7 +40,7 @@ int PrintResult(const Options& options, const Observation& now)
     return kDone;
 }
 
-int PrintTimeout(const Options& options, const Observation& now)
+int PrintTimeout(const WaitOptions& options, const Observation& now)
 {
     std::cerr << "daemonctl: daemon " << options.id << " was not " << options.condition
               << " within " << options.timeoutSeconds << " s: ";
@@ -58,7 +58,7 @@ int PrintTimeout(const Options& options, const Observation& now)
     return kNothingToDo;
 }
 
-int Wait(const Options& options)
+int Wait(const WaitOptions& options)
 {
     const WaitFor what = kConditions.at(options.condition);
     const ProcessSource source = SourceOfThisMachine();
@@ -82,7 +82,7 @@ int Wait(const Options& options)
         if (GetTickCount64() - start >= timeoutMs) {
             return PrintTimeout(options, now);
         }
-        Sleep(kAskAgainMs);
+        Sleep(kLookAgainMs);
     }
 }
 
@@ -90,7 +90,7 @@ int Wait(const Options& options)
 
 void AddWaitCommand(CLI::App& app, int& exitCode)
 {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<WaitOptions>();
     CLI::App* const command =
         app.add_subcommand("wait", "Wait until a daemon runs, has ended or was restarted");
     command->add_option("ID", options->id, "Daemon id, as ps shows it")
