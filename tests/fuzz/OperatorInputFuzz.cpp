@@ -47,8 +47,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch): it is none
     }
     const std::size_t half = input.size() / 2;
-    IsImageOfCommand(input.substr(0, half), input.substr(half), R"(C:\FW\App)",
-                     [](const std::string&, const std::string&) { return false; });
-    ReadableReason(input);
+    static_cast<void>(
+        IsImageOfCommand(input.substr(0, half), input.substr(half), R"(C:\FW\App)",
+                         [](const std::string&, const std::string&) { return false; }));
+    static_cast<void>(ReadableReason(input));
     return 0;
 }
