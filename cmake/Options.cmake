@@ -1,6 +1,7 @@
 # Compiler settings that every target of the project shares, as the interface target dm_options.
 set(DM_SANITIZE "" CACHE STRING "Sanitizers: trap (mingw), address,undefined or thread (native)")
 option(DM_COVERAGE "Count which lines and branches the tests run (tools/coverage)" OFF)
+option(DM_PRODUCT_ONLY "Configure only what ./run needs: no tests, no packages, and none of their tools" OFF)
 option(DM_UNITY "Compile the sources of a folder as one: quicker, for builds that are only tested" OFF)
 option(DM_BENCH "Configure the benchmarks (needs tools/packages/bench); see ./bench" OFF)
 option(DM_FUZZ "Build the fuzzers (clang) in place of the unit tests" OFF)

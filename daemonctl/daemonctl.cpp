@@ -14,22 +14,22 @@
 
 namespace {
 
-using namespace vqrx::client::v0; // NOLINT(google-build-using-namespace): this is its program
+using namespace vqrx::client::v0; // NOLINT(google-build-using-namespace): its program
 
 int Run()
 {
-    CLI::App app("Controls the DaemonManager supervisor of this machine", "daemonctl");
+    CLI::App app("Control the DaemonManager supervisor of this machine", "daemonctl");
     app.require_subcommand(1);
     app.failure_message(UsageError);
     app.set_version_flag("--version", "daemonctl " DM_VERSION);
-    app.footer("What runs, and why did daemon 3 die last night?\n"
+    app.footer("Which programs run, and why did daemon 3 end last night?\n"
                "  daemonctl ps\n"
                "  daemonctl log --daemon 3 --since yesterday\n"
                "Something does not work?\n"
                "  daemonctl doctor\n"
-               "Each command tells more, with examples: daemonctl COMMAND --help\n\n"
-               "Exit codes: 0 done, 1 nothing to do, 2 wrong usage, 3 no supervisor running or\n"
-               "DaemonMgrPS.dll not registered, 4 refused or output not written, 5 log\n"
+               "For more about a command, with examples: daemonctl COMMAND --help\n\n"
+               "Exit codes: 0 done, 1 nothing to do, 2 wrong usage, 3 no supervisor runs or\n"
+               "DaemonMgrPS.dll is not registered, 4 refused or output not written, 5 log\n"
                "unreadable.");
     int exitCode = kDone;
     const CommandLine commandLine = SplitCommandLine(Utf8Arguments());

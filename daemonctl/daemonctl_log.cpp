@@ -1,4 +1,4 @@
-// daemonctl's commands that need nothing but a copy of a log file, for any system.
+// The commands of daemonctl that need only a copy of a log file, for any system.
 #include "Commands.h"
 #include "ExitCode.h"
 #include "FinishOutput.h"
@@ -11,11 +11,11 @@
 
 namespace {
 
-using namespace vqrx::client::v0; // NOLINT(google-build-using-namespace): this is its program
+using namespace vqrx::client::v0; // NOLINT(google-build-using-namespace): its program
 
 int Run(int argc, char** argv)
 {
-    CLI::App app("Reads log files of the DaemonManager supervisor", "daemonctl-log");
+    CLI::App app("Read log files of the DaemonManager supervisor", "daemonctl-log");
     app.require_subcommand(1);
     app.failure_message(UsageError);
     app.set_version_flag("--version", "daemonctl-log " DM_VERSION);

@@ -9,7 +9,7 @@
 #include "TextFile.h"
 #include "ThisMachine.h"
 #include "TimeText.h"
-#include "WithSupervisorAndLog.h"
+#include "WithSupervisor.h"
 
 #include <nlohmann/json.hpp>
 
@@ -27,7 +27,7 @@ struct Options {
     bool json = false;
 };
 
-// Tells what is wrong with it. @return whether it can be used
+// Prints the errors of the list. @return whether the list has none
 bool ReadExpectFile(const std::string& path, ExpectFile& file)
 {
     try {
@@ -49,8 +49,8 @@ std::string Describe(const DaemonStatus& daemon)
            LocalTimeText(daemon.process.createdMs);
 }
 
-void TellAsText(const std::vector<ExpectationResult>& results,
-                const std::vector<DaemonStatus>& daemons)
+void PrintAsText(const std::vector<ExpectationResult>& results,
+                 const std::vector<DaemonStatus>& daemons)
 {
     for (const ExpectationResult& result : results) {
         PrintText((result.daemon ? "ok       " : "missing  ") +
@@ -60,8 +60,8 @@ void TellAsText(const std::vector<ExpectationResult>& results,
     }
 }
 
-void TellAsJson(const std::vector<ExpectationResult>& results,
-                const std::vector<DaemonStatus>& daemons)
+void PrintAsJson(const std::vector<ExpectationResult>& results,
+                 const std::vector<DaemonStatus>& daemons)
 {
     using Json = nlohmann::ordered_json;
     Json list = Json::array();
@@ -87,7 +87,7 @@ int Check(const Options& options, const ExpectFile& file)
                                          ChildrenOfSupervisor());
     const auto results = CheckExpectations(file.programs, daemons, nowMs,
                                            std::int64_t{options.minUptimeSeconds} * 1000);
-    (options.json ? TellAsJson : TellAsText)(results, daemons);
+    (options.json ? PrintAsJson : PrintAsText)(results, daemons);
     for (const ExpectationResult& result : results) {
         if (!result.daemon) {
             return kNothingToDo;
@@ -102,26 +102,30 @@ void AddCheckCommand(CLI::App& app, int& exitCode)
 {
     const auto options = std::make_shared<Options>();
     CLI::App* const command =
-        app.add_subcommand("check", "Check that the programs of a list are running daemons");
-    command->add_option("--expect", options->file, "The list, one program a line")->required();
+        app.add_subcommand("check", "Check that a daemon runs for each program of a list");
+    command
+        ->add_option("--expect", options->file,
+                     "Read the list from this file, one program per line")
+        ->required();
     command
         ->add_option("--min-uptime", options->minUptimeSeconds,
-                     "Seconds that each must have been up, so that one that is restarted over "
-                     "and over counts as missing")
+                     "Count a program as missing if its process is younger than this many seconds, "
+                     "so that a program that ends again and again is found")
         ->transform(DecimalNumber());
-    command->add_flag("--json", options->json, "One JSON object");
+    command->add_flag("--json", options->json, "Print one JSON object");
     command->footer(
         "Examples:\n"
         "  daemonctl check --expect C:\\FW\\expected.txt\n"
         "  daemonctl check --expect C:\\FW\\expected.txt --min-uptime 60\n"
-        "The list:\n"
-        "  # a full path with its arguments, or a file name in any folder\n"
+        "A list:\n"
+        "  # a full path with arguments, or a file name, which fits in any folder\n"
         "  C:\\FW\\App\\video.exe --input 3\n"
         "  \"C:\\Program Files\\SNMP\\agent.exe\" \"two words\"\n"
         "  recorder.exe\n"
         "  recorder.exe\n"
-        "A line without arguments fits any; a line that comes twice needs two daemons.\n"
-        "Exit code 1: one does not run; 2: the list cannot be read.");
+        "A line without arguments fits a daemon with any arguments. Two equal lines need two\n"
+        "daemons.\n"
+        "Exit code 1: a program of the list does not run; 2: the list cannot be read.");
     command->callback([&exitCode, options] {
         ExpectFile file;
         if (!ReadExpectFile(options->file, file)) {

@@ -12,11 +12,12 @@ using Words = std::vector<std::string>;
 struct Command {
     std::string name;
     Words words;                         // options and the values of positional arguments
-    std::map<std::string, Words> values; // of an option that takes one; empty: anything
+    std::map<std::string, Words> values; // permitted values by option; empty: any value
     bool takesDaemonId = false;
 };
 
-// The values that a validator allows stand in the type's name: "TEXT:{bash,powershell}".
+// The library keeps the permitted values of an option in the name of its type, such as
+// "TEXT:{bash,powershell}".
 Words AllowedValues(const CLI::Option& option)
 {
     const std::string type = option.get_type_name();

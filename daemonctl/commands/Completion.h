@@ -6,11 +6,13 @@
 
 namespace vqrx::client::v0 {
 
-/// A script that makes bash complete the program's commands, options and their values, taken from
-/// the command line as it is. To be sourced.
-std::string BashCompletion(const CLI::App& app);
+// Each script completes the commands of the program, their options, and the values of an option that
+// has a fixed set of values. The script is made from the definition of the command line in app.
 
-/// The same for PowerShell.
-std::string PowerShellCompletion(const CLI::App& app);
+/// Returns a script that bash runs with `source`.
+[[nodiscard]] std::string BashCompletion(const CLI::App& app);
+
+/// Returns a script for PowerShell.
+[[nodiscard]] std::string PowerShellCompletion(const CLI::App& app);
 
 } // namespace vqrx::client::v0

@@ -17,15 +17,15 @@ void AddCompletionCommand(CLI::App& app, int& exitCode)
 {
     const auto shell = std::make_shared<std::string>();
     CLI::App* const command = app.add_subcommand(
-        "completion", "Print a script that completes commands and options in a shell");
-    command->add_option("SHELL", *shell, "The shell")
+        "completion", "Print a script with which a shell completes commands and options");
+    command->add_option("SHELL", *shell, "Name of the shell")
         ->required()
         ->check(CLI::IsMember({"bash", "powershell"}));
     command->footer("Examples:\n"
                     "  source <(daemonctl completion bash)\n"
                     "  daemonctl completion powershell | Out-String | Invoke-Expression");
     command->callback([&app, &exitCode, shell] {
-        // bash takes a carriage return for part of a word.
+        // bash would read a carriage return as part of a word.
         _setmode(_fileno(stdout), _O_BINARY);
         std::cout << (*shell == "bash" ? BashCompletion(app) : PowerShellCompletion(app));
         exitCode = kDone;

@@ -23,6 +23,7 @@ struct Arguments {
     std::uint32_t id = 0;
 };
 
+// Prints one of the two texts. @return the exit code
 int Answer(bool done, const std::string& doneText, const std::string& nothingText)
 {
     if (done) {
@@ -57,7 +58,7 @@ int Attach(SupervisorClient& supervisor, const Arguments& arguments)
     return Answer(answer.done, std::to_string(answer.daemonId),
                   "process " + std::to_string(arguments.id) +
                       " could not be attached: it has ended, access to it is denied, or WMI does "
-                      "not tell about it");
+                      "not know it");
 }
 
 int Detach(SupervisorClient& supervisor, const Arguments& arguments)
@@ -94,50 +95,52 @@ void AddControlCommands(CLI::App& app, int& exitCode,
                         const std::vector<std::string>& daemonArguments)
 {
     const auto arguments = std::make_shared<Arguments>();
-    arguments->rest = daemonArguments; // the parser gets none: its ARG is for the help text
+    arguments->rest = daemonArguments; // app parses none of them: ARG only stands in the help
 
     CLI::App* command =
         AddCommand(app, exitCode, "launch",
-                   "Start a program and keep it running; prints its daemon id", Launch, arguments);
-    command->add_option("PATH", arguments->path, "The program's file")->required();
+                   "Start a program and keep it running; print its daemon id", Launch, arguments);
+    command->add_option("PATH", arguments->path, "Path of the program file")->required();
     command->add_option("ARG", arguments->rest,
-                        "Its arguments: everything behind PATH, dashes and all");
+                        "Arguments for the program: everything after PATH, also dashes");
     command->footer(
         "Example:\n  daemonctl launch C:\\FW\\App\\video.exe --input 3 \"two words\"\n"
-        "Exit code 1: the same program with the same arguments was registered already.");
+        "Exit code 1: this program with these arguments is registered already; the printed id is\n"
+        "its daemon id.");
 
-    command = AddCommand(app, exitCode, "stop", "End a daemon; may take a minute", Stop, arguments);
-    command->add_option("ID", arguments->id, "Its daemon id")
+    command = AddCommand(app, exitCode, "stop", "End a daemon and its process; may take a minute",
+                         Stop, arguments);
+    command->add_option("ID", arguments->id, "Daemon id, as ps shows it")
         ->required()
         ->transform(DecimalNumber());
     command->footer("Example:\n  daemonctl stop 3\n"
-                    "The process is asked to quit, given 30 seconds, then terminated. An attached\n"
-                    "process is let go and runs on.\n"
+                    "The supervisor asks the process to quit, waits at most 30 seconds, and then\n"
+                    "terminates it. An attached process is only detached, and runs on.\n"
                     "Exit code 1: no process was stopped.");
 
-    command =
-        AddCommand(app, exitCode, "attach",
-                   "Have a running process kept alive; prints its daemon id", Attach, arguments);
-    command->add_option("PID", arguments->id, "Its process id")
-        ->required()
-        ->transform(DecimalNumber());
-    command->add_option("ARG", arguments->rest, "Arguments for a restart, for a Windows service");
+    command = AddCommand(app, exitCode, "attach",
+                         "Keep a running process alive; print its daemon id", Attach, arguments);
+    command->add_option("PID", arguments->id, "Process id")->required()->transform(DecimalNumber());
+    command->add_option("ARG", arguments->rest,
+                        "Arguments for a restart, only for a Windows service");
     command->footer(
         "Example:\n  daemonctl attach 1234\n"
-        "Path and arguments are the process's own; a Windows service is restarted with\n"
-        "the arguments given here.\n"
-        "Exit code 1: it could not be attached.");
+        "A restart uses the path and the arguments that the process has now; for a Windows\n"
+        "service it uses the arguments given here.\n"
+        "Exit code 1: the process could not be attached.");
 
-    command = AddCommand(app, exitCode, "detach", "Let an attached process go; it runs on", Detach,
-                         arguments);
-    command->add_option("ID", arguments->id, "Its daemon id")
+    command =
+        AddCommand(app, exitCode, "detach",
+                   "End the supervision of an attached process, which runs on", Detach, arguments);
+    command->add_option("ID", arguments->id, "Daemon id, as ps shows it")
         ->required()
         ->transform(DecimalNumber());
     command->footer("Example:\n  daemonctl detach 4\n"
                     "Exit code 1: the id is unknown, or the daemon was not attached.");
 
-    command = AddCommand(app, exitCode, "exit", "End the supervisor; its daemons run on", Exit,
-                         arguments);
+    command =
+        AddCommand(app, exitCode, "exit", "End the supervisor; the processes of its daemons run on",
+                   Exit, arguments);
     command->footer("Example:\n  daemonctl exit");
 }
 

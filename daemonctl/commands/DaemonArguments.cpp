@@ -7,7 +7,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// How many arguments stand before those of the daemon.
+// Returns how many arguments belong to this program.
 std::size_t CountOfOurs(const std::vector<std::string>& arguments)
 {
     constexpr std::size_t command = 1;

@@ -5,17 +5,18 @@
 
 namespace vqrx::client::v0 {
 
-/// A command line, taken apart.
+/// The two parts of a command line.
 struct CommandLine {
-    std::vector<std::string> ours;    ///< the program name first, up to PATH or PID
-    std::vector<std::string> daemons; ///< what stands behind them, untouched
+    std::vector<std::string> ours;    ///< the arguments for this program, the program name first
+    std::vector<std::string> daemons; ///< the arguments for the daemon, unchanged
 
     bool operator==(const CommandLine&) const = default;
 };
 
-/// What stands behind PATH (launch) or PID (attach) belongs to the daemon, whatever it is: our own
-/// parser, to which dashes and brackets mean something, must not see it.
+/// Separates the arguments of a daemon from those of this program. The arguments after the PATH of
+/// launch or the PID of attach belong to the daemon. Dashes and brackets have a meaning for the
+/// parser of this program, so the parser must not see them.
 /// @param arguments  the program name first
-CommandLine SplitCommandLine(std::vector<std::string> arguments);
+[[nodiscard]] CommandLine SplitCommandLine(std::vector<std::string> arguments);
 
 } // namespace vqrx::client::v0

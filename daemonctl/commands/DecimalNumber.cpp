@@ -11,11 +11,11 @@ bool IsDigit(char character)
     return character >= '0' && character <= '9';
 }
 
-// @return what is wrong with it, for the library
+// @return the error text for the library; empty if text is a decimal number
 std::string ReadAsDecimal(std::string& text)
 {
     if (text.empty() || !std::all_of(text.begin(), text.end(), IsDigit)) {
-        return "no decimal number: " + text;
+        return "not a decimal number: " + text;
     }
     text.erase(0, std::min(text.find_first_not_of('0'), text.size() - 1));
     return "";

@@ -4,8 +4,9 @@
 
 namespace vqrx::client::v0 {
 
-/// For the unsigned numbers of a command line, with CLI::Option::transform: they are decimal,
-/// leading zeros or not. The library itself takes 010 for 8 and 0x10 for 16.
-CLI::Validator DecimalNumber();
+/// Returns a transformation for an option with an unsigned number, for CLI::Option::transform. It
+/// accepts decimal digits and removes leading zeros. Without it the library reads 010 as 8 and 0x10
+/// as 16.
+[[nodiscard]] CLI::Validator DecimalNumber();
 
 } // namespace vqrx::client::v0

@@ -15,14 +15,12 @@
 #include <iostream>
 #include <map>
 #include <memory>
-#include <new>
-#include <stdexcept>
 #include <utility>
 
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr int kEveryLevel = 3; // those that nobody writes today included
+constexpr int kEveryLevel = 3;
 
 struct LogArguments : LogOptions {
     bool follow = false;
@@ -53,7 +51,8 @@ RecordFilter FilterOf(const LogArguments& arguments)
     return filter;
 }
 
-/// Shows records, or keeps the last of them until it is known which they are.
+/// Writes the records that the operator asked for. With --tail it keeps the last lines in memory until
+/// the end of the log file is reached.
 class Printer {
 public:
     Printer(const LogArguments& arguments, LineOutput& output)
@@ -71,6 +70,7 @@ public:
         attributor_.Add(std::move(record));
     }
 
+    /// Writes a line about records that are missing before the next one.
     void Lost(const NewRecords& found)
     {
         attributor_.Flush();
@@ -89,7 +89,9 @@ public:
                               " overwritten \xE2\x80\xA6]");
     }
 
-    /// An end whose start was not there yet waits for it one look longer.
+    /// Call it after each look at the file. The record of an end waits for the record of the next
+    /// start, which names the daemon. If a look brings no record, the end no longer waits.
+    /// @return false if output was lost
     bool Looked()
     {
         if (!std::exchange(added_, false)) {
@@ -98,7 +100,8 @@ public:
         return FlushOutput();
     }
 
-    /// @return false when something could not be written
+    /// Writes everything that waits.
+    /// @return false if output was lost
     bool Finish()
     {
         attributor_.Flush();
@@ -106,7 +109,7 @@ public:
     }
 
 private:
-    /// Shows what was kept for the tail; from now on everything is shown at once.
+    /// Writes the lines that were kept for --tail. Later lines are written at once.
     bool FlushOutput()
     {
         tail_ = false;
@@ -142,8 +145,9 @@ private:
     Attributor attributor_;
 };
 
-int Show(const LogArguments& arguments, const LogPath& defaultPath)
+int Show(const LogArguments& arguments, const std::string& path)
 {
+<<<<<<< HEAD
     std::string path = arguments.file;
     try {
         if (path.empty()) {
@@ -172,47 +176,73 @@ int Show(const LogArguments& arguments, const LogPath& defaultPath)
     } catch (const std::runtime_error& error) {
         TellError(arguments, error.what());
         return kLogUnreadable;
+=======
+    const std::unique_ptr<LineOutput> output = MakeLineOutput(arguments.colour);
+    Printer printer(arguments, *output);
+    ScanSummary summary;
+    if (arguments.follow) {
+        FollowEvents events;
+        events.record = [&](Record record) { printer.Add(std::move(record)); };
+        events.lost = [&](const NewRecords& found) { printer.Lost(found); };
+        events.looked = [&] { return printer.Looked(); };
+        summary = FollowLog(path, arguments.encoding, {}, events);
+    } else {
+        summary = ReadLogFile(path, arguments.encoding,
+                              [&](Record record) { printer.Add(std::move(record)); });
+>>>>>>> incoming/dctl
     }
+    if (!printer.Finish()) {
+        std::cout.setstate(std::ios::badbit); // a console does not set it; FinishOutput reports it
+    }
+    return ReportDamage(arguments, path, summary);
 }
 
+// @return the error text for the library; empty if text is a time
 std::string CheckMoment(const std::string& text)
 {
-    return ParseMoment(text, NowMs()) ? "" : "no time that can be understood: " + text;
+    return ParseMoment(text, NowMs())
+               ? ""
+               : "not a time: " + text + "; write for example 03:52, 2h or yesterday";
 }
 
 void AddOptions(CLI::App& command, LogArguments& arguments)
 {
-    command.add_flag("--follow,-f", arguments.follow, "Go on showing what is added");
-    command.add_option("--tail,-n", arguments.tail, "Only the last N lines")
+    command.add_flag("--follow,-f", arguments.follow,
+                     "Also show each record that is added from now on");
+    command.add_option("--tail,-n", arguments.tail, "Show only the last N lines")
         ->type_name("N")
         ->transform(DecimalNumber());
     command
         .add_option("--level", arguments.level,
-                    "Only so important: 0 errors, 1 and warnings, 2 and information, 3 everything")
+                    "Show records up to this level: 0 errors, 1 also warnings, 2 also information, "
+                    "3 everything")
         ->type_name("0-3")
         ->transform(DecimalNumber())
         ->check(CLI::Range(0, kEveryLevel).description(""));
     command
-        .add_option("--since", arguments.since,
-                    "Only from then on: 2025-11-16T03:52[:36[.123]][Z], 03:52, 10m, 2h, 3d, today, "
-                    "yesterday")
+        .add_option(
+            "--since", arguments.since,
+            "Show only records from this time on: 2025-11-16T03:52[:36[.123]][Z], 03:52, 10m, "
+            "2h, 3d, today, yesterday")
         ->type_name("TIME")
         ->check(CLI::Validator(CheckMoment, ""));
     arguments.daemonOption =
-        command.add_option("--daemon", arguments.daemonId, "Only about this daemon")
+        command.add_option("--daemon", arguments.daemonId, "Show only records of this daemon")
             ->type_name("ID")
             ->transform(DecimalNumber());
     arguments.tailOption = command.get_option("--tail");
     command
         .add_option("--grep", arguments.grep,
-                    "Only with this in their text; upper and lower case are the same")
+                    "Show only records that contain this text; letter case of A to Z is ignored")
         ->type_name("TEXT");
-    command.add_flag("--json", arguments.json, "One JSON object a line, for programs");
+    command.add_flag("--json", arguments.json, "Print one JSON object per line, for programs");
     static const std::map<std::string, LineOutput::Colour> colours = {
         {"auto", LineOutput::Colour::kAuto},
         {"always", LineOutput::Colour::kAlways},
         {"never", LineOutput::Colour::kNever}};
-    command.add_option("--color", arguments.colour, "auto (on a terminal), always, never")
+    command
+        .add_option("--color", arguments.colour,
+                    "Colour the lines: auto (on a terminal), always, never")
         ->type_name("WHEN")
         ->transform(CLI::CheckedTransformer(colours).description(""));
 }
@@ -223,7 +253,7 @@ void AddLogCommand(CLI::App& app, int& exitCode, const LogPath& path)
 {
     const auto arguments = std::make_shared<LogArguments>();
     CLI::App* const command = app.add_subcommand(
-        "log", "Show the supervisor's log: what was started, what died, when and why");
+        "log", "Show the supervisor's log: which programs started or ended, when and why");
     AddLogOptions(*command, *arguments, static_cast<bool>(path));
     AddOptions(*command, *arguments);
     const std::string program = app.get_name();
@@ -231,20 +261,24 @@ void AddLogCommand(CLI::App& app, int& exitCode, const LogPath& path)
         "Examples:\n"
         "  " +
         program +
-        " log --daemon 3 --since yesterday      why did daemon 3 die last night?\n"
+        " log --daemon 3 --since yesterday      why did daemon 3 end last night?\n"
         "  " +
         program +
         " log --level 0 --since 2h              the errors of the last two hours\n"
         "  " +
         program +
-        " log --follow --tail 20                what happens now\n"
+        " log --follow --tail 20                show what happens now\n"
         "  " +
         program +
         " log --file copy.log --json            for a program, from a copy\n"
-        "An end is told as \"Exception caught in : REASON  [daemon ID, process PID]\"; a reason\n"
-        "\"Unknown (0x1)\" is the plain exit code 1. Ids count anew in each run of the supervisor.\n"
-        "Exit code 5: the file, or some lines of it, could not be read; the rest is shown.");
-    command->callback([&exitCode, arguments, path] { exitCode = Show(*arguments, path); });
+        "The end of a process is shown as\n"
+        "\"Exception caught in : REASON  [daemon ID, process PID]\". REASON \"Unknown (0x1)\" is the\n"
+        "ordinary exit code 1. Daemon ids start again at 0 in each run of the supervisor.\n"
+        "Exit code 5: the file, or some lines of it, cannot be read; all other lines are shown.");
+    command->callback([&exitCode, arguments, path] {
+        exitCode = WithLogFile(*arguments, path,
+                               [&](const std::string& file) { return Show(*arguments, file); });
+    });
 }
 
 } // namespace vqrx::client::v0

@@ -4,6 +4,8 @@
 
 #include <iostream>
 #include <map>
+#include <new>
+#include <stdexcept>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -19,21 +21,21 @@ std::string DescribeDamage(const ScanSummary& summary)
         return "the file is empty";
     }
     if (summary.records == 0) {
-        return "not one record in " + Lines(summary.unreadable + summary.torn) +
-               ": this is no log file of the supervisor";
+        return "no record in " + Lines(summary.unreadable + summary.torn) +
+               ": this is not a log file of the supervisor";
     }
     std::string text;
     const auto append = [&text](const std::string& part) {
         text += (text.empty() ? "" : "; ") + part;
     };
     if (summary.headerDamaged) {
-        append("the header is damaged, the order was found from the records");
+        append("the header is damaged; the numbers of the records give their order");
     }
     if (summary.unreadable != 0) {
         append(Lines(summary.unreadable) + " could not be read");
     }
     if (summary.damaged != 0) {
-        append(Lines(summary.damaged) + " shown without number or date");
+        append("number or date of " + Lines(summary.damaged) + " could not be read");
     }
     return text;
 }
@@ -43,10 +45,10 @@ std::string DescribeDamage(const ScanSummary& summary)
 void AddLogOptions(CLI::App& command, LogOptions& options, bool hasDefault)
 {
     options.program = command.get_parent()->get_name();
-    CLI::Option* const file =
-        command.add_option("--file", options.file,
-                           hasDefault ? "The log file or a copy of one, instead of this machine's"
-                                      : "The log file or a copy of one");
+    CLI::Option* const file = command.add_option(
+        "--file", options.file,
+        hasDefault ? "Read this log file or copy, instead of the log of this machine"
+                   : "Read this log file or copy");
     file->type_name("FILE")->required(!hasDefault);
     static const std::map<std::string, TextEncoding> encodings = {
         {"auto", TextEncoding::kAuto},
@@ -55,23 +57,37 @@ void AddLogOptions(CLI::App& command, LogOptions& options, bool hasDefault)
         {"utf-8", TextEncoding::kUtf8}};
     command
         .add_option("--encoding", options.encoding,
-                    "Of the texts: auto, ansi (this machine's code page), windows-1252, utf-8")
+                    "Read the texts in this encoding: auto, ansi (the code page of this machine), "
+                    "windows-1252, utf-8")
         ->type_name("NAME")
         ->transform(CLI::CheckedTransformer(encodings).description(""));
 }
 
-void TellError(const LogOptions& options, const std::string& text)
+int WithLogFile(const LogOptions& options, const LogPath& defaultPath,
+                const std::function<int(const std::string& path)>& read)
+{
+    try {
+        return read(options.file.empty() ? defaultPath() : options.file);
+    } catch (const std::bad_alloc&) {
+        PrintError(options, "out of memory");
+    } catch (const std::runtime_error& error) {
+        PrintError(options, error.what());
+    }
+    return kLogUnreadable;
+}
+
+void PrintError(const LogOptions& options, const std::string& text)
 {
     std::cout.flush();
     std::cerr << options.program << ": " << text << std::endl;
 }
 
-int TellDamage(const LogOptions& options, const std::string& path, const ScanSummary& summary)
+int ReportDamage(const LogOptions& options, const std::string& path, const ScanSummary& summary)
 {
     if (summary.IsSound()) {
         return kDone;
     }
-    TellError(options, path + ": " + DescribeDamage(summary));
+    PrintError(options, path + ": " + DescribeDamage(summary));
     return kLogUnreadable;
 }
 

@@ -1,30 +1,41 @@
 #pragma once
 
+#include "Commands.h"
 #include "RingScan.h"
 #include "TextEncoding.h"
 
 #include <CLI/CLI.hpp>
 
+#include <functional>
 #include <string>
 
 namespace vqrx::client::v0 {
 
-/// Which file a command reads, and how.
+/// The log file that a command reads, and its encoding.
 struct LogOptions {
-    std::string program; ///< what is asked, for its error messages: daemonctl or daemonctl-log
-    std::string file;    ///< UTF-8; empty for this machine's
+    std::string program; ///< name for error messages: daemonctl or daemonctl-log
+    std::string file;    ///< UTF-8; empty: the log file of this machine
     TextEncoding encoding = TextEncoding::kAuto;
 };
 
-/// Adds --file and --encoding to a command of a program, and takes down that program's name.
-/// @param hasDefault  whether --file may be left out
+/// Adds --file and --encoding to a command, and stores the name of its program.
+/// @param options     must outlive command
+/// @param hasDefault  whether the operator may leave --file out
 void AddLogOptions(CLI::App& command, LogOptions& options, bool hasDefault);
 
-/// Says on standard error what could not be done.
-void TellError(const LogOptions& options, const std::string& text);
+/// Finds the log file and runs a function that reads it. A failure is printed on standard error.
+/// @param defaultPath  called if the options name no file
+/// @param read         gets the path of the file, UTF-8
+/// @return the exit code of read; kLogUnreadable after a failure
+[[nodiscard]] int WithLogFile(const LogOptions& options, const LogPath& defaultPath,
+                              const std::function<int(const std::string& path)>& read);
 
-/// Says on standard error what of a file could not be read.
-/// @return kDone or kLogUnreadable
-int TellDamage(const LogOptions& options, const std::string& path, const ScanSummary& summary);
+/// Prints an error on standard error, with the name of the program.
+void PrintError(const LogOptions& options, const std::string& text);
+
+/// Prints on standard error which damage a scan of the log file found.
+/// @return kDone if there is no damage, otherwise kLogUnreadable
+[[nodiscard]] int ReportDamage(const LogOptions& options, const std::string& path,
+                               const ScanSummary& summary);
 
 } // namespace vqrx::client::v0

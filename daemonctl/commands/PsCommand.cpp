@@ -5,7 +5,7 @@
 #include "PrintText.h"
 #include "ThisMachine.h"
 #include "TimeText.h"
-#include "WithSupervisorAndLog.h"
+#include "WithSupervisor.h"
 
 #include <memory>
 
@@ -29,16 +29,16 @@ void AddPsCommand(CLI::App& app, int& exitCode)
 {
     const auto json = std::make_shared<bool>(false);
     CLI::App* const command = app.add_subcommand(
-        "ps", "List the daemons: state, process, restarts, last exit, processor and memory");
-    command->add_flag("--json", *json, "One JSON object");
+        "ps", "List the daemons: state, process, restarts, last exit, processor time, memory");
+    command->add_flag("--json", *json, "Print one JSON object");
     command->footer(
         "Examples:\n"
         "  daemonctl ps\n"
         "  daemonctl ps --json > before.json\n"
-        "A daemon is running only if the process of its id in the log is still that process:\n"
-        "program and time of creation are compared. ID - stands for a program that could never\n"
-        "be started, or for a process of which the log no longer tells (RESTARTS is ? then).\n"
-        "12+ restarts are those that the log still shows.");
+        "A daemon is shown as running only if the process that has its process id runs the program\n"
+        "of the log and was created at the time of the log. ID is - for a program that could never\n"
+        "be started, and for a process that the log no longer shows (RESTARTS is then ?).\n"
+        "12+ means that the log still shows 12 restarts and may have lost earlier ones.");
     command->callback([&exitCode, json] {
         exitCode =
             WithSupervisorAndLog([&](daemon_manager::SupervisorClient&) { return Ps(*json); });

@@ -7,7 +7,7 @@
 #include "Reattachment.h"
 #include "TextFile.h"
 #include "ThisMachine.h"
-#include "WithSupervisorAndLog.h"
+#include "WithSupervisor.h"
 
 #include <windows.h>
 
@@ -40,8 +40,9 @@ std::string NameOf(const FormerDaemon& former)
     return name + " (" + Printable(former.command) + "): ";
 }
 
-// What is attached is in the log a moment later; only then does the next run of this command see
-// it.
+// The record of an attach reaches the log a moment after the call. The next run of this command
+// reads the log, and would attach the process a second time without the record.
+// @return false if the log does not show the daemon within the time
 bool WaitForLog(std::uint32_t daemonId)
 {
     const ULONGLONG start = GetTickCount64();
@@ -57,41 +58,41 @@ bool WaitForLog(std::uint32_t daemonId)
     }
 }
 
-void TellLost(const FormerDaemon& former, const std::string& why)
+void PrintLost(const FormerDaemon& former, const std::string& why)
 {
     std::cerr << "daemonctl: " << NameOf(former) << Printable(why)
-              << "\n  If it is to run, launch it: daemonctl launch ..." << std::endl;
+              << "\n  To run the program again: daemonctl launch ..." << std::endl;
 }
 
-// The plan may be minutes old, and the supervisor is given a bare id: while the process is held
-// open, the id is its own.
-// @return whether the supervisor took it
+// The supervisor receives only a process id, and the plan may be old: another process can have the
+// id by now. So this function holds the process open, which reserves its id, and checks it again.
+// @return whether the supervisor attached the process
 bool Attach(SupervisorClient& supervisor, const FormerDaemon& former)
 {
     const HeldProcess process(*former.processId);
     const ProcessFacts facts = process.Facts();
     const ProcessFit fit = FitPlan(former, facts);
     if (fit != ProcessFit::same) {
-        TellLost(former, DescribeMisfit(fit, facts));
+        PrintLost(former, DescribeMisfit(fit, facts));
         return false;
     }
     const daemon_manager::DaemonRequest answer = supervisor.Attach(*former.processId);
     if (!answer.done) {
         std::cerr << "daemonctl: " << NameOf(former)
-                  << "the supervisor could not attach it; daemonctl doctor may say why"
+                  << "the supervisor could not attach it; to find the reason: daemonctl doctor"
                   << std::endl;
         return false;
     }
     PrintText(NameOf(former) + "attached as daemon " + std::to_string(answer.daemonId) + "\n");
     if (former.service) {
-        PrintText("  a service; its arguments for a restart are not known. To give them: "
+        PrintText("  a service; its arguments for a restart are not known. To set them: "
                   "daemonctl detach " +
                   std::to_string(answer.daemonId) + ", daemonctl attach " +
                   std::to_string(*former.processId) + " ARG...\n");
     }
     if (!WaitForLog(answer.daemonId)) {
-        std::cerr << "daemonctl: the log does not show it yet: do not repeat this command before "
-                     "daemonctl ps does"
+        std::cerr << "daemonctl: the log does not show it yet: do not repeat this command until "
+                     "daemonctl ps shows the daemon"
                   << std::endl;
     }
     return true;
@@ -112,7 +113,7 @@ void Carry(SupervisorClient& supervisor, const FormerDaemon& former, bool dryRun
         return;
     case Plan::lost:
         ++count.lost;
-        TellLost(former, former.note);
+        PrintLost(former, former.note);
         return;
     case Plan::attach:
         break;
@@ -149,22 +150,24 @@ void AddReattachCommand(CLI::App& app, int& exitCode)
 {
     const auto options = std::make_shared<Options>();
     CLI::App* const command = app.add_subcommand(
-        "reattach",
-        "Hand the former supervisor's running daemons to the new one, after an upgrade");
+        "reattach", "Attach the running daemons of the former supervisor, after an upgrade");
     command->add_option("--from", options->from,
-                        "A listing made by daemonctl ps --json before the former one ended");
-    command->add_flag("--dry-run", options->dryRun, "Only say what would be done");
+                        "Read the daemons from this file, which ps --json made before the former "
+                        "supervisor ended");
+    command->add_flag("--dry-run", options->dryRun,
+                      "Print what the command would do, and do nothing");
     command->footer(
         "Examples:\n"
         "  daemonctl ps --json > before.json\n"
         "  daemonctl exit\n"
         "  (replace the program, start it)\n"
         "  daemonctl reattach --from before.json\n"
-        "Without --from the log tells what ran; daemons whose start it no longer shows are then\n"
-        "not found. Each process is attached only if program and time of creation show that it\n"
-        "is still the one meant. Attached daemons are restarted like launched ones, but a later\n"
-        "daemonctl stop lets them go and leaves them running.\n"
-        "Exit code 0: all are attached; 1: they were already; 4: some could not be.");
+        "Without --from the command finds the daemons in the log; it does not find a daemon whose\n"
+        "start the log no longer shows. It attaches a process only if its program and its time of\n"
+        "creation show that it is still the process of the daemon. The supervisor restarts an\n"
+        "attached daemon like a launched one, but daemonctl stop only detaches it, and its process\n"
+        "runs on.\n"
+        "Exit code 0: all are attached; 1: there was none to attach; 4: some could not be attached.");
     command->callback([&exitCode, options] {
         std::vector<ListedProcess> listed;
         try {

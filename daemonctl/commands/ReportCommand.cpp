@@ -12,9 +12,7 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
-#include <new>
 #include <optional>
-#include <stdexcept>
 #include <utility>
 
 namespace vqrx::client::v0 {
@@ -24,10 +22,12 @@ struct ReportArguments : LogOptions {
     std::string output = "daemon-report.html";
 };
 
+// @param path  "-" for standard output
+// @return false if the file cannot be written
 bool WriteReport(const std::string& path, const std::string& html)
 {
     if (path == "-") {
-        std::cout << html; // FinishOutput tells when it does not arrive
+        std::cout << html; // FinishOutput reports a failure
         return true;
     }
     const std::filesystem::path name(std::u8string(path.begin(), path.end()));
@@ -36,39 +36,32 @@ bool WriteReport(const std::string& path, const std::string& html)
     return file.good();
 }
 
-int Report(const ReportArguments& arguments, const LogPath& defaultPath)
+std::string MakePage(const ReportArguments& arguments, const std::string& path,
+                     ScanSummary& summary)
 {
-    std::string path = arguments.file;
-    ScanSummary summary;
-    std::string html;
-    try {
-        if (path.empty()) {
-            path = defaultPath();
+    TimelineBuilder timeline;
+    std::optional<int> offset;
+    summary = ReadLogFile(path, arguments.encoding, [&](Record record) {
+        if (const std::optional<int> found = ZoneOffset(record.date, record.timeMs)) {
+            offset = found;
         }
-        TimelineBuilder timeline;
-        std::optional<int> offset;
-        summary = ReadLogFile(path, arguments.encoding, [&](Record record) {
-            if (const std::optional<int> found = ZoneOffset(record.date, record.timeMs)) {
-                offset = found;
-            }
-            timeline.Add(std::move(record));
-        });
-        html = ReportHtml(MakeReportModel(timeline.Finish()), path, offset.value_or(0));
-    } catch (const std::bad_alloc&) {
-        TellError(arguments, "out of memory");
-        return kLogUnreadable;
-    } catch (const std::runtime_error& error) {
-        TellError(arguments, error.what());
-        return kLogUnreadable;
-    }
+        timeline.Add(std::move(record));
+    });
+    return ReportHtml(MakeReportModel(timeline.Finish()), path, offset.value_or(0));
+}
+
+int Report(const ReportArguments& arguments, const std::string& path)
+{
+    ScanSummary summary;
+    const std::string html = MakePage(arguments, path, summary);
     if (!WriteReport(arguments.output, html)) {
-        TellError(arguments, arguments.output + " cannot be written");
+        PrintError(arguments, arguments.output + " cannot be written");
         return kRefused;
     }
     if (arguments.output != "-") {
         std::cout << arguments.output << std::endl;
     }
-    return TellDamage(arguments, path, summary);
+    return ReportDamage(arguments, path, summary);
 }
 
 } // namespace
@@ -77,24 +70,30 @@ void AddReportCommand(CLI::App& app, int& exitCode, const LogPath& path)
 {
     const auto arguments = std::make_shared<ReportArguments>();
     CLI::App* const command = app.add_subcommand(
-        "report", "Write an HTML page of every daemon's lives, restarts and availability");
+        "report", "Write an HTML page with the runs, restarts and availability of each daemon");
     AddLogOptions(*command, *arguments, static_cast<bool>(path));
     command
-        ->add_option("--output,-o", arguments->output,
-                     "The page to write, daemon-report.html if not given; - for standard output")
+        ->add_option(
+            "--output,-o", arguments->output,
+            "Write the page to this file; default: daemon-report.html; - for standard output")
         ->type_name("FILE");
     const std::string program = app.get_name();
-    command->footer("Examples:\n"
-                    "  " +
-                    program +
-                    " report --output week.html\n"
-                    "  " +
-                    program +
-                    " report --file copy.log --output -\n"
-                    "The page needs no network and no script; what a mark means appears under the\n"
-                    "pointer. It covers what the log still holds.\n"
-                    "Exit code 5: the log, or some lines of it, could not be read.");
-    command->callback([&exitCode, arguments, path] { exitCode = Report(*arguments, path); });
+    command->footer(
+        "Examples:\n"
+        "  " +
+        program +
+        " report --output week.html\n"
+        "  " +
+        program +
+        " report --file copy.log --output -\n"
+        "The page needs no network and no script. The meaning of a mark appears under the\n"
+        "pointer. The page covers the records that the log still holds.\n"
+        "Exit code 4: the page cannot be written; 5: the log, or some lines of it, cannot\n"
+        "be read.");
+    command->callback([&exitCode, arguments, path] {
+        exitCode = WithLogFile(*arguments, path,
+                               [&](const std::string& file) { return Report(*arguments, file); });
+    });
 }
 
 } // namespace vqrx::client::v0

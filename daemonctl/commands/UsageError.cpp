@@ -4,7 +4,7 @@
 
 namespace vqrx::client::v0 {
 
-// For an unknown command the library says only that one is required.
+// For an unknown command the message of the library says only that a command is required.
 std::string UsageError(const CLI::App* app, const CLI::Error& error)
 {
     const std::vector<std::string> unknown = app->remaining();

@@ -6,8 +6,7 @@
 
 namespace vqrx::client::v0 {
 
-/// What a program says of a command line that it does not understand: for
-/// CLI::App::failure_message.
-std::string UsageError(const CLI::App* app, const CLI::Error& error);
+/// Returns the message for a command line that cannot be parsed, for CLI::App::failure_message.
+[[nodiscard]] std::string UsageError(const CLI::App* app, const CLI::Error& error);
 
 } // namespace vqrx::client::v0

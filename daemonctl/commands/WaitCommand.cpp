@@ -4,7 +4,7 @@
 #include "ExitCode.h"
 #include "ThisMachine.h"
 #include "WaitCondition.h"
-#include "WithSupervisorAndLog.h"
+#include "WithSupervisor.h"
 
 #include <windows.h>
 
@@ -29,7 +29,7 @@ struct Options {
     std::uint32_t timeoutSeconds = 60;
 };
 
-int Tell(const Options& options, const Observation& now)
+int PrintResult(const Options& options, const Observation& now)
 {
     const std::string id = std::to_string(options.id);
     if (now.running) {
@@ -40,16 +40,16 @@ int Tell(const Options& options, const Observation& now)
     return kDone;
 }
 
-int TellTimeout(const Options& options, const Observation& now)
+int PrintTimeout(const Options& options, const Observation& now)
 {
     std::cerr << "daemonctl: daemon " << options.id << " was not " << options.condition
               << " within " << options.timeoutSeconds << " s: ";
     if (!now.known) {
-        std::cerr << "the log does not tell of it";
+        std::cerr << "the log does not show it";
     } else if (now.running) {
         std::cerr << "it runs as process " << *now.processId;
     } else if (now.letGo) {
-        std::cerr << "it was let go or could not be stopped, process " << *now.processId
+        std::cerr << "it was detached or could not be stopped, process " << *now.processId
                   << " runs on";
     } else {
         std::cerr << "it has no process";
@@ -77,10 +77,10 @@ int Wait(const Options& options)
         const Observation now = Observe(*run, options.id, source);
         first = first.known ? first : now;
         if (IsFulfilled(what, first, now, source.facts)) {
-            return Tell(options, now);
+            return PrintResult(options, now);
         }
         if (GetTickCount64() - start >= timeoutMs) {
-            return TellTimeout(options, now);
+            return PrintTimeout(options, now);
         }
         Sleep(kAskAgainMs);
     }
@@ -92,19 +92,25 @@ void AddWaitCommand(CLI::App& app, int& exitCode)
 {
     const auto options = std::make_shared<Options>();
     CLI::App* const command =
-        app.add_subcommand("wait", "Wait until a daemon runs, has ended or has been restarted");
-    command->add_option("ID", options->id, "Its daemon id")->required()->transform(DecimalNumber());
-    command->add_option("--for", options->condition, "What to wait for; running by default")
+        app.add_subcommand("wait", "Wait until a daemon runs, has ended or was restarted");
+    command->add_option("ID", options->id, "Daemon id, as ps shows it")
+        ->required()
+        ->transform(DecimalNumber());
+    command->add_option("--for", options->condition, "Wait for this state; default: running")
         ->check(CLI::IsMember({"running", "ended", "restarted"}));
-    command->add_option("--timeout", options->timeoutSeconds, "Seconds; 60 by default")
+    command
+        ->add_option("--timeout", options->timeoutSeconds,
+                     "Wait at most this many seconds; default: 60")
         ->transform(DecimalNumber());
     command->footer(
         "Examples:\n"
         "  daemonctl wait 3 --for running --timeout 10\n"
         "  daemonctl wait 3 --for restarted\n"
-        "ended: the process that runs now, if any, is gone, be it that another one was started\n"
-        "since. restarted: another process than now runs.\n"
-        "Exit code 1: it did not come within the time.");
+        "running: the daemon has a process.\n"
+        "ended: the process that the daemon has now has ended, even if the supervisor has started\n"
+        "the next one since; at once if the daemon has no process.\n"
+        "restarted: the daemon has another process than it has now.\n"
+        "Exit code 1: the daemon did not reach the state in this time.");
     command->callback([&exitCode, options] {
         exitCode =
             WithSupervisorAndLog([&](daemon_manager::SupervisorClient&) { return Wait(*options); });

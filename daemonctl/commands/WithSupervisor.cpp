@@ -1,6 +1,7 @@
 #include "WithSupervisor.h"
 
 #include "ExitCode.h"
+#include "ThisMachine.h"
 #include "com/ComApartment.h"
 #include "exception_utils/COMException.h"
 
@@ -27,6 +28,18 @@ int WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& 
         std::cerr << "daemonctl: refused: " << exception.what() << std::endl;
         return kRefused;
     }
+}
+
+int WithSupervisorAndLog(const std::function<int(daemon_manager::SupervisorClient&)>& operation)
+{
+    return WithSupervisor([&](daemon_manager::SupervisorClient& supervisor) -> int {
+        try {
+            return operation(supervisor);
+        } catch (const LogUnreadable& error) {
+            std::cerr << "daemonctl: " << error.what() << std::endl;
+            return kLogUnreadable;
+        }
+    });
 }
 
 } // namespace vqrx::client::v0

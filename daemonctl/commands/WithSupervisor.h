@@ -6,8 +6,15 @@
 
 namespace vqrx::client::v0 {
 
-/// Connects, runs an operation, and turns what goes wrong into words on standard error and an exit
-/// code (kNoSupervisor, kRefused).
-int WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& operation);
+/// Connects to the supervisor and runs an operation. A failure is printed on standard error.
+/// @return the exit code of the operation; kNoSupervisor or kRefused after a failure
+[[nodiscard]] int
+WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& operation);
+
+/// Connects to the supervisor and runs an operation that also reads the supervisor's log. A failure
+/// is printed on standard error.
+/// @return the exit code of the operation; kNoSupervisor, kRefused or kLogUnreadable after a failure
+[[nodiscard]] int
+WithSupervisorAndLog(const std::function<int(daemon_manager::SupervisorClient&)>& operation);
 
 } // namespace vqrx::client::v0

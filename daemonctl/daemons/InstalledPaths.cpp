@@ -15,7 +15,7 @@ std::string FirmwareRoot()
 {
     std::string root;
     if (!installation::TryGetFirmwareRoot(root)) {
-        throw std::runtime_error("the registry does not tell where the firmware is installed; "
+        throw std::runtime_error("the registry does not name the folder of the firmware; "
                                  "name the log file with --file");
     }
     return root;

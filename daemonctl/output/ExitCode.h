@@ -2,13 +2,13 @@
 
 namespace vqrx::client::v0 {
 
-/// What daemonctl ends with; scripts rely on the numbers.
+/// The exit codes of daemonctl. Scripts rely on the numbers.
 enum ExitCode : int {
     kDone = 0,
     kNothingToDo = 1,
     kWrongUsage = 2,
-    kNoSupervisor = 3, ///< not running, or its proxy/stub is not registered
-    kRefused = 4,      ///< the supervisor or Windows answered with a failure, or output was lost
+    kNoSupervisor = 3, ///< no supervisor runs, or its proxy/stub is not registered
+    kRefused = 4,      ///< the supervisor or Windows reported a failure, or output was lost
     kLogUnreadable = 5,
 };
 

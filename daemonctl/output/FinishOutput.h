@@ -4,11 +4,11 @@
 
 namespace vqrx::client::v0 {
 
-/// The last thing a program does with standard output: what was printed and did not arrive, on a
-/// full disk say, is told on standard error.
-/// @param program   what is asked, for the message: daemonctl or daemonctl-log
-/// @param exitCode  what the program would end with
-/// @return exitCode, or kRefused when something could not be written
-int FinishOutput(const std::string& program, int exitCode);
+/// Flushes standard output at the end of a program. If some of the output was lost, for example on
+/// a full disk, prints an error on standard error.
+/// @param program   name for the error message: daemonctl or daemonctl-log
+/// @param exitCode  exit code of the work that is done
+/// @return exitCode, or kRefused if output was lost
+[[nodiscard]] int FinishOutput(const std::string& program, int exitCode);
 
 } // namespace vqrx::client::v0

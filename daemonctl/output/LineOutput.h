@@ -5,25 +5,32 @@
 
 namespace vqrx::client::v0 {
 
-/// Where a command's lines go: standard output.
+/// Writes the lines of a command to standard output. For one thread.
 class LineOutput {
 public:
-    enum class Colour { kAuto, kAlways, kNever };
+    enum class Colour {
+        kAuto, ///< colours on a console, none in a file or a pipe
+        kAlways,
+        kNever
+    };
 
     LineOutput() = default;
     LineOutput(const LineOutput&) = delete;
     LineOutput& operator=(const LineOutput&) = delete;
     virtual ~LineOutput() = default;
 
-    /// @param level  of a record: a console shows the line in its colour; -1 for none
+    /// Writes one line. The line may wait in memory until Flush().
+    /// @param level  level of a record, 0 to 3, which selects the colour; -1 for no colour
+    /// @param utf8   without a line end
     virtual void Write(int level, const std::string& utf8) = 0;
 
-    /// @return false when something could not be written since the beginning
-    virtual bool Flush() = 0;
+    /// Writes the lines that wait, and resets the colour of the console.
+    /// @return false if a line of this output was lost, now or before
+    [[nodiscard]] virtual bool Flush() = 0;
 };
 
-/// Output to the console in colours, or to a file or pipe without, unless they are asked for: then
-/// they are escape sequences.
-std::unique_ptr<LineOutput> MakeLineOutput(LineOutput::Colour colour);
+/// Makes the output for what standard output is: a console, or a file or a pipe. In a file or a pipe,
+/// colours are escape sequences.
+[[nodiscard]] std::unique_ptr<LineOutput> MakeLineOutput(LineOutput::Colour colour);
 
 } // namespace vqrx::client::v0

@@ -10,7 +10,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// Written as UTF-16, so that it does not matter which code page the console has.
+// Writes UTF-16, so that the code page of the console does not matter.
 class ConsoleOutput : public LineOutput {
 public:
     ConsoleOutput(HANDLE console, bool coloured) noexcept
@@ -29,7 +29,7 @@ public:
 
     void Write(int level, const std::string& utf8) override
     {
-        // Bright red, bright yellow, grey, bright green.
+        // One colour for each level: bright red, bright yellow, grey, bright green.
         constexpr std::array<WORD, 4> attributes = {0x000C, 0x000E, 0x0007, 0x000A};
         const auto index = static_cast<std::size_t>(level);
         SetAttribute(index < attributes.size() ? attributes.at(index) : before_);
@@ -40,9 +40,9 @@ public:
         good_ = good_ && done != FALSE;
     }
 
-    bool Flush() override
+    [[nodiscard]] bool Flush() override
     {
-        SetAttribute(before_); // a program that is interrupted leaves no colour behind
+        SetAttribute(before_); // in case the program is interrupted before the next line
         return good_;
     }
 
@@ -54,7 +54,7 @@ private:
         }
     }
 
-    HANDLE console_; // the process's own: not to be closed
+    HANDLE console_; // belongs to the process, never closed
     bool coloured_;
     bool good_ = true;
     WORD before_ = 0x0007;

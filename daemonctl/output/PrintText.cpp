@@ -15,7 +15,7 @@ void PrintText(const std::string& utf8)
         output->Write(-1, line);
     }
     if (!output->Flush()) {
-        std::cout.setstate(std::ios::badbit); // also of a console: FinishOutput tells it
+        std::cout.setstate(std::ios::badbit); // a console does not set it; FinishOutput reports it
     }
 }
 

@@ -4,8 +4,8 @@
 
 namespace vqrx::client::v0 {
 
-/// Writes lines to standard output, at once: to a console in its own characters, else as they are.
-/// What cannot be written leaves std::cout bad, for FinishOutput.
+/// Writes lines to standard output at once. A console shows every character; a file or a pipe
+/// receives UTF-8. If the lines are lost, sets the badbit of std::cout, which FinishOutput reports.
 /// @param utf8  whole lines
 void PrintText(const std::string& utf8);
 

@@ -9,7 +9,8 @@ namespace {
 
 constexpr std::size_t kMostWaiting = std::size_t{64} * 1024; // bytes
 
-// Bright red, bright yellow, the terminal's own, bright green: the colours of the console.
+// One colour for each level: bright red, bright yellow, that of the terminal, bright green. A console
+// of Windows shows the same colours.
 constexpr std::array<const char*, 4> kSequences = {"\x1b[91m", "\x1b[93m", "", "\x1b[92m"};
 
 } // namespace
@@ -27,7 +28,7 @@ void StreamOutput::Write(int level, const std::string& utf8)
 {
     waiting_.append(coloured_ ? Coloured(level, utf8) : utf8).append(1, '\n');
     if (waiting_.size() >= kMostWaiting) {
-        Flush();
+        static_cast<void>(Flush()); // a failure stays in std::cout until the last Flush()
     }
 }
 

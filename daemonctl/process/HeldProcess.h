@@ -7,15 +7,17 @@
 
 namespace vqrx::client::v0 {
 
-/// A process that is held open: Windows does not give its id to another one as long as this lives,
-/// be it that the process ends meanwhile.
+/// Keeps a process open. As long as this object exists, Windows does not give the id of the process
+/// to another process, even if the process ends.
 class HeldProcess {
 public:
-    /// Opens it if there is one that may be asked about; Facts() tells.
+    /// Opens the process. If no process has this id, or this user may not open it, nothing is held,
+    /// and Facts() reports which of the two it was.
     explicit HeldProcess(std::uint32_t processId);
 
-    /// Of the very process that was opened, at this moment.
-    ProcessFacts Facts() const;
+    /// Reads the facts about the process that was opened, as they are now.
+    /// @throws std::bad_alloc only
+    [[nodiscard]] ProcessFacts Facts() const;
 
 private:
     std::uint32_t processId_;

@@ -2,13 +2,11 @@
 
 #include "HeldProcess.h"
 #include "Utf8.h"
-#include "win32/FileTime.h"
 #include "win32/LocalMemory.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
-#include <psapi.h>
 #include <shellapi.h>
 #include <winternl.h>
 
@@ -24,25 +22,14 @@ namespace win32 = system::win32::v1;
 using win32::UniqueKernelHandle;
 using win32::UniqueServiceHandle;
 
-std::wstring ImageOf(HANDLE process)
-{
-    std::wstring path(32768, L'\0');
-    auto size = static_cast<DWORD>(path.size());
-    if (QueryFullProcessImageNameW(process, 0, path.data(), &size) == FALSE) {
-        return {};
-    }
-    path.resize(size);
-    return path;
-}
-
 template <typename T>
 bool ReadFrom(HANDLE process, const void* address, T& value)
 {
     return ReadProcessMemory(process, address, &value, sizeof value, nullptr) != FALSE;
 }
 
-// From the process's own parameters, where the loader put it; the documented way, WMI, is a service
-// that may be down.
+// Reads the command line from the memory of the process, where the loader stored it. The documented
+// way leads through the WMI service, which may be down.
 std::wstring CommandLineOf(HANDLE process)
 {
     PROCESS_BASIC_INFORMATION basic{};
@@ -84,45 +71,6 @@ std::optional<FileIdentity> IdentityOf(const std::string& path)
 
 } // namespace
 
-HeldProcess::HeldProcess(std::uint32_t processId)
-    : processId_(processId)
-    , process_(OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION | SYNCHRONIZE, FALSE, processId))
-{
-    if (!process_) {
-        const DWORD error = GetLastError();
-        hidden_ = error == ERROR_ACCESS_DENIED;
-    }
-}
-
-ProcessFacts HeldProcess::Facts() const
-{
-    ProcessFacts facts;
-    facts.processId = processId_;
-    if (!process_) {
-        facts.state = hidden_ ? ProcessFacts::State::hidden : ProcessFacts::State::gone;
-        return facts;
-    }
-    if (WaitForSingleObject(process_.Get(), 0) == WAIT_OBJECT_0) {
-        return facts;
-    }
-    facts.state = ProcessFacts::State::running;
-    facts.image = Utf8(ImageOf(process_.Get()));
-    FILETIME created{};
-    FILETIME ended{};
-    FILETIME kernel{};
-    FILETIME user{};
-    if (GetProcessTimes(process_.Get(), &created, &ended, &kernel, &user) != FALSE) {
-        facts.createdMs = win32::UnixMilliseconds(created);
-        facts.cpuMs = static_cast<std::int64_t>(win32::Ticks(kernel) + win32::Ticks(user)) /
-                      win32::kTicksPerMillisecond;
-    }
-    PROCESS_MEMORY_COUNTERS memory{};
-    if (GetProcessMemoryInfo(process_.Get(), &memory, sizeof memory) != FALSE) {
-        facts.memoryBytes = memory.WorkingSetSize;
-    }
-    return facts;
-}
-
 ProcessFacts ReadProcessFacts(std::uint32_t processId)
 {
     return HeldProcess(processId).Facts();
@@ -134,7 +82,7 @@ std::vector<std::string> ArgumentsOfProcess(std::uint32_t processId)
         OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, processId));
     const std::wstring commandLine = process ? CommandLineOf(process.Get()) : std::wstring();
     std::vector<std::string> arguments;
-    if (commandLine.empty()) { // it would split into this process's own name
+    if (commandLine.empty()) { // CommandLineToArgvW would return the name of this program
         return arguments;
     }
     int count = 0;
@@ -153,7 +101,7 @@ bool IsSameFile(const std::string& left, const std::string& right)
 
 std::string CommandOfService(const std::string& name)
 {
-    constexpr DWORD bufferSize = 8192; // the most that the call ever needs, says its reference
+    constexpr DWORD bufferSize = 8192; // the documented maximum of QueryServiceConfigW
     const UniqueServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
     const UniqueServiceHandle service(
         manager ? OpenServiceW(manager.Get(), Wide(name).c_str(), SERVICE_QUERY_CONFIG) : nullptr);

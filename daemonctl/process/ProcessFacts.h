@@ -6,34 +6,37 @@
 
 namespace vqrx::client::v0 {
 
-/// What Windows tells about a process id at this moment.
+/// A process id, and the process that has this id at one moment.
 struct ProcessFacts {
     enum class State {
         running,
-        gone,   ///< no process has this id, or it has ended
-        hidden, ///< there is one, but this user may not ask about it
+        gone,   ///< no process has this id, or the process has ended
+        hidden, ///< a process has this id, but this user may not open it
     };
     std::uint32_t processId = 0;
     State state = State::gone;
-    std::string image;             ///< full path, UTF-8
-    std::int64_t createdMs = 0;    ///< milliseconds since 1970, UTC
-    std::int64_t cpuMs = 0;        ///< user and kernel time used so far
+    // The other members are set only for a running process.
+    std::string image;             ///< full path of the program file, UTF-8; empty if not known
+    std::int64_t createdMs = 0;    ///< start of the process, milliseconds since 1970, UTC
+    std::int64_t cpuMs = 0;        ///< processor time used so far, user and kernel, milliseconds
     std::uint64_t memoryBytes = 0; ///< working set
 };
 
-/// Asks Windows. Never throws but for lack of memory.
-ProcessFacts ReadProcessFacts(std::uint32_t processId);
+/// Reads the facts about a process from Windows.
+/// @throws std::bad_alloc only
+[[nodiscard]] ProcessFacts ReadProcessFacts(std::uint32_t processId);
 
-/// The arguments that a process was started with, its program's name left out; empty when they
-/// cannot be had.
-std::vector<std::string> ArgumentsOfProcess(std::uint32_t processId);
+/// Reads the arguments of a running process, UTF-8, without the name of its program.
+/// @return empty also if this user may not read the memory of the process
+[[nodiscard]] std::vector<std::string> ArgumentsOfProcess(std::uint32_t processId);
 
-/// Whether two paths lead to one file: by way of a junction, a drive letter that stands for a
-/// folder, an 8.3 name.
-bool IsSameFile(const std::string& left, const std::string& right);
+/// Returns whether two paths (UTF-8) lead to one file. Two different texts do so through a
+/// junction, a drive letter that stands for a folder, or an 8.3 name.
+/// @return false also if one of the files cannot be opened
+[[nodiscard]] bool IsSameFile(const std::string& left, const std::string& right);
 
-/// The program file of a Windows service, as its configuration has it: a command line in UTF-8,
-/// empty for an unknown service.
-std::string CommandOfService(const std::string& name);
+/// Returns the command line that starts a Windows service, UTF-8, as its configuration has it.
+/// @return empty if no service has this name, or if its configuration cannot be read
+[[nodiscard]] std::string CommandOfService(const std::string& name);
 
 } // namespace vqrx::client::v0

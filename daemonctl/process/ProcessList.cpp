@@ -12,7 +12,6 @@
 #include <functional>
 
 namespace vqrx::client::v0 {
-
 namespace {
 
 using system::win32::v1::UniqueKernelHandle;

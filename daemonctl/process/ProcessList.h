@@ -6,20 +6,23 @@
 
 namespace vqrx::client::v0 {
 
-/// The file of a program or of a library, and the process that runs the program.
+/// The file of a program or of a library.
 struct ImageFacts {
-    std::uint32_t processId = 0; ///< 0 for a library
-    std::string path;            ///< UTF-8
-    std::string version;         ///< of the file's version resource; empty: the file has none
+    std::uint32_t processId = 0; ///< the process that runs the program; 0 for a library
+    std::string path;            ///< UTF-8; empty if not known
+    std::string version;         ///< "1.2.3"; empty if the file has no version resource
 };
 
-/// "1.2.3" from a file's version resource; empty when it has none.
-std::string VersionOfImage(const std::wstring& path);
+/// Returns the product version in the version resource of a file, such as "1.2.3".
+/// @return empty if the file has no version resource
+[[nodiscard]] std::string VersionOfImage(const std::wstring& path);
 
-/// The processes that run a file of this name (ASCII, letter case ignored).
-std::vector<ImageFacts> ProcessesOfImage(const std::wstring& fileName);
+/// Finds the processes that run a program file of this name.
+/// @param fileName  without folder; letter case is ignored
+[[nodiscard]] std::vector<ImageFacts> ProcessesOfImage(const std::wstring& fileName);
 
-/// The ids of the processes that this one has started and that may still run.
-std::vector<std::uint32_t> ChildrenOfProcess(std::uint32_t processId);
+/// Returns the ids of the processes whose parent has the given id. Windows gives ids again: a
+/// process that is older than this parent was started by an earlier process with the same id.
+[[nodiscard]] std::vector<std::uint32_t> ChildrenOfProcess(std::uint32_t processId);
 
 } // namespace vqrx::client::v0

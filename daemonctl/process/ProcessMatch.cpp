@@ -8,12 +8,15 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// The line is written right behind the start; both times have their own clock's grain.
+// The record is written right after the start. The two times come from clocks of different
+// resolution.
 constexpr std::int64_t kClockGrainMs = 1000;
-// The system's own work on a start, a virus scanner's included, lies between.
+// Between the creation of a process and the record lies the work of the system, for example of a
+// virus scanner.
 constexpr std::int64_t kLongestStartMs = 60000;
 
-// Absolute and without "." and "..", in lower case and with backslashes only.
+// Returns the path in a form that can be compared as text: absolute, without "." and "..", in lower
+// case, with backslashes only.
 std::string Comparable(std::string_view path, const std::string& appFolder)
 {
     std::string text;
@@ -47,8 +50,8 @@ std::string Comparable(std::string_view path, const std::string& appFolder)
     return result;
 }
 
-// A question mark in the log stands for a character that the ANSI code page lacks; a path has none
-// of its own. It may be several bytes long in UTF-8.
+// A path holds no question mark. One in the log stands for a character that the ANSI code page
+// lacks; in the UTF-8 text of the image, that character can have several bytes.
 bool FitsText(std::string_view logged, std::string_view image)
 {
     while (!logged.empty() && !image.empty()) {
@@ -67,6 +70,7 @@ bool FitsText(std::string_view logged, std::string_view image)
     return logged.empty() && image.empty();
 }
 
+// Calls fits with each beginning of the command that ends at a blank.
 template <typename Predicate>
 bool AnyPathOf(const std::string& command, const Predicate& fits)
 {
@@ -134,7 +138,7 @@ std::string DescribeMisfit(ProcessFit fit, const ProcessFacts& facts)
     case ProcessFit::gone:
         return process + " has ended";
     case ProcessFit::hidden:
-        return process + " may not be asked about: run this as administrator";
+        return process + " may not be opened by this user: run this command as administrator";
     case ProcessFit::otherTime:
         return process + " has ended; the id belongs to another process now, " + facts.image;
     case ProcessFit::otherProgram:

@@ -8,41 +8,45 @@
 
 namespace vqrx::client::v0 {
 
-/// A process as a line of the log tells of it.
+/// The process of a daemon, as a record of the log describes it.
 struct LoggedProcess {
     std::uint32_t processId = 0;
-    std::int64_t loggedMs = 0; ///< when the line was written, milliseconds since 1970, UTC
-    bool attached = false;     ///< it was running before; else it was started just then
-    std::string command;       ///< its program's path and arguments, a blank behind each
+    std::int64_t loggedMs = 0; ///< time of the record, milliseconds since 1970, UTC
+    bool attached = false;     ///< true: the process ran before; false: it was started just then
+    std::string command;       ///< path and arguments, with a blank after each; UTF-8
 };
 
+/// How the process that has an id now relates to the process of a log record.
 enum class ProcessFit {
-    same,         ///< it is that process
-    gone,         ///< there is no such process any more
-    hidden,       ///< the process with this id may not be asked about
-    otherTime,    ///< the process with this id was made at another time
-    otherProgram, ///< the process with this id runs another program
+    same,         ///< the process of the record still runs
+    gone,         ///< no process has the id
+    hidden,       ///< this user may not open the process that has the id
+    otherTime,    ///< the process that has the id was created at another time
+    otherProgram, ///< the process that has the id runs another program
 };
 
-/// Says whether two paths lead to one file.
+/// Returns whether two paths lead to one file.
 using SameFile = std::function<bool(const std::string& left, const std::string& right)>;
 
-/// Whether what now has the logged process's id is that process. Windows gives the id of a process
-/// out again, but never while the process runs or a handle of it is open, and the supervisor held
-/// one when it wrote the line: the process with this id that began before the line is the one
-/// meant, and one that began later is another. The program is compared besides, for clocks are set
-/// back. Pure but for sameFile.
-/// @param appFolder  what a relative path in the command is relative to
-/// @param sameFile   is asked when the paths differ as texts
-ProcessFit FitProcess(const LoggedProcess& logged, const ProcessFacts& facts,
-                      const std::string& appFolder, const SameFile& sameFile);
+/// Finds out whether the process that has the id of a logged process is that process.
+///
+/// Windows gives an id again, but not while the process runs or somebody holds a handle of it. The
+/// supervisor held a handle when it wrote the record. So the process with this id that was created
+/// before the record is the logged one, and a process that was created after the record is another
+/// one. Clocks can be set back, so the programs are compared too. Pure except for sameFile.
+///
+/// @param facts      of the process that has the id now
+/// @param appFolder  the supervisor's working folder, to which a relative path in the command refers
+/// @param sameFile   called if the two paths differ as texts
+[[nodiscard]] ProcessFit FitProcess(const LoggedProcess& logged, const ProcessFacts& facts,
+                                    const std::string& appFolder, const SameFile& sameFile);
 
-/// Whether a command begins with the path of this program. The log does not quote, so every blank
-/// may be the end of the path.
-bool IsImageOfCommand(const std::string& image, const std::string& command,
-                      const std::string& appFolder, const SameFile& sameFile);
+/// Returns whether a command begins with the path of this program. The log does not quote paths, so
+/// the path may end at each blank of the command.
+[[nodiscard]] bool IsImageOfCommand(const std::string& image, const std::string& command,
+                                    const std::string& appFolder, const SameFile& sameFile);
 
-/// In words, for a process that is not the one: "process 12 has ended".
-std::string DescribeMisfit(ProcessFit fit, const ProcessFacts& facts);
+/// Describes why a process does not fit: "process 12 has ended".
+[[nodiscard]] std::string DescribeMisfit(ProcessFit fit, const ProcessFacts& facts);
 
 } // namespace vqrx::client::v0

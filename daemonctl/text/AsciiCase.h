@@ -6,8 +6,9 @@
 
 namespace vqrx::client::v0 {
 
-/// Lower case for A to Z; the file system's own folding of other letters is not imitated.
-inline std::string LowerAscii(std::string_view text)
+/// Converts A to Z to lower case. Other letters stay, although the file system ignores their case
+/// too.
+[[nodiscard]] inline std::string LowerAscii(std::string_view text)
 {
     std::string lower(text);
     std::transform(lower.begin(), lower.end(), lower.begin(), [](char character) {

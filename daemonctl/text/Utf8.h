@@ -6,12 +6,13 @@
 
 namespace vqrx::client::v0 {
 
-/// The program's own texts are UTF-8; Windows' are UTF-16.
-std::wstring Wide(std::string_view utf8);
-std::vector<std::wstring> Wide(const std::vector<std::string>& utf8);
-std::string Utf8(std::wstring_view wide);
+// The texts of this program are UTF-8, the texts of Windows are UTF-16.
 
-/// This process's arguments, the program name first, in UTF-8.
-std::vector<std::string> Utf8Arguments();
+[[nodiscard]] std::wstring Wide(std::string_view utf8);
+[[nodiscard]] std::vector<std::wstring> Wide(const std::vector<std::string>& utf8);
+[[nodiscard]] std::string Utf8(std::wstring_view wide);
+
+/// Returns the arguments of this process in UTF-8, the program name first.
+[[nodiscard]] std::vector<std::string> Utf8Arguments();
 
 } // namespace vqrx::client::v0

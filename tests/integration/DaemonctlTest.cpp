@@ -114,7 +114,7 @@ TEST(Daemonctl, says_that_a_process_cannot_be_attached)
         Daemonctl("attach 4294967280"),
         (Answer{1, "",
                 "daemonctl: process 4294967280 could not be attached: it has ended, access to "
-                "it is denied, or WMI does not tell about it\n"}));
+                "it is denied, or WMI does not know it\n"}));
 }
 
 TEST(Daemonctl, ends_the_supervisor)

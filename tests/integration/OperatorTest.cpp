@@ -154,7 +154,7 @@ TEST(Operator, waits_for_what_happens_to_a_daemon)
                           std::to_string(first) + "\n"}));
     EXPECT_EQ(Daemonctl("wait 7 --for ended --timeout 0"),
               (Answer{1, "",
-                      "daemonctl: daemon 7 was not ended within 0 s: the log does not tell of "
+                      "daemonctl: daemon 7 was not ended within 0 s: the log does not show "
                       "it\n"}));
     const CapturedProgram ended('"' + ProductProgram("daemonctl.exe") +
                                 "\" wait 0 --for ended --timeout 50");

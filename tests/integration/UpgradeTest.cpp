@@ -115,7 +115,7 @@ TEST_F(Upgrade, tells_what_ended_in_between_and_attaches_the_rest)
     EXPECT_EQ(answer.error,
               "daemonctl: " +
                   Line(0, processes[0], "process " + std::to_string(processes[0]) + " has ended") +
-                  "  If it is to run, launch it: daemonctl launch ...\n");
+                  "  To run the program again: daemonctl launch ...\n");
     // Launched again, it is not missed any more.
     EXPECT_EQ(Daemonctl("launch \"" + worker_ + "\" 0").exitCode, 0U);
     EXPECT_EQ(Daemonctl("wait 1 --timeout 30").exitCode, 0U);
@@ -183,8 +183,8 @@ TEST_F(Upgrade, tells_that_the_supervisor_would_not_have_a_process)
     EXPECT_EQ(answer.output, "0 attached, 0 already, 1 not\n");
     EXPECT_EQ(answer.error,
               "daemonctl: " + Line(0, processes[0],
-                                   "the supervisor could not attach it; daemonctl doctor may say "
-                                   "why"));
+                                   "the supervisor could not attach it; to find the reason: "
+                                   "daemonctl doctor"));
     EXPECT_TRUE(IsRunning(processes[0]));
 }
 

@@ -22,19 +22,19 @@ using client::v0::CommandLine;
 using client::v0::SplitCommandLine;
 using Words = std::vector<std::string>;
 
-TEST(DaemonArguments, behind_the_path_of_a_launch_are_taken_out)
+TEST(DaemonArguments, begin_after_the_path_of_launch)
 {
     EXPECT_EQ(SplitCommandLine({"daemonctl", "launch", "a.exe", "--help"}),
               (CommandLine{{"daemonctl", "launch", "a.exe"}, {"--help"}}));
 }
 
-TEST(DaemonArguments, behind_the_process_of_an_attach_are_taken_out)
+TEST(DaemonArguments, begin_after_the_process_id_of_attach)
 {
     EXPECT_EQ(SplitCommandLine({"daemonctl", "attach", "12", "-x", "y"}),
               (CommandLine{{"daemonctl", "attach", "12"}, {"-x", "y"}}));
 }
 
-TEST(DaemonArguments, stay_as_they_are_whatever_they_are)
+TEST(DaemonArguments, stay_unchanged_even_with_dashes_or_brackets)
 {
     const Words words = {"--", "-x", "[::1]", "[a,b]", "[]", "", "--listen=[::1]", "stop", "--"};
     Words line = {"daemonctl", "launch", "a.exe"};
@@ -42,13 +42,13 @@ TEST(DaemonArguments, stay_as_they_are_whatever_they_are)
     EXPECT_EQ(SplitCommandLine(line), (CommandLine{{"daemonctl", "launch", "a.exe"}, words}));
 }
 
-TEST(DaemonArguments, begin_behind_a_path_that_two_dashes_precede)
+TEST(DaemonArguments, begin_after_a_path_that_follows_two_dashes)
 {
     EXPECT_EQ(SplitCommandLine({"daemonctl", "launch", "--", "-a.exe", "[x]"}),
               (CommandLine{{"daemonctl", "launch", "--", "-a.exe"}, {"[x]"}}));
 }
 
-TEST(DaemonArguments, that_are_not_there_are_none)
+TEST(DaemonArguments, are_empty_if_the_command_line_ends_before_them)
 {
     for (const Words& words :
          {Words{}, Words{"daemonctl"}, Words{"daemonctl", "launch"},
@@ -57,7 +57,7 @@ TEST(DaemonArguments, that_are_not_there_are_none)
     }
 }
 
-TEST(DaemonArguments, of_other_commands_and_before_the_path_are_ours)
+TEST(DaemonArguments, exclude_other_commands_and_options_before_the_path)
 {
     for (const Words& words :
          {Words{"daemonctl", "stop", "1", "--help"}, Words{"daemonctl", "launch", "--help", "x"}}) {

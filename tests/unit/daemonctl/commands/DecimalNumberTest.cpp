@@ -22,7 +22,7 @@ std::optional<std::uint32_t> Read(const std::string& text)
     return number;
 }
 
-TEST(CommandLine, reads_numbers_as_decimal)
+TEST(DecimalNumber, reads_leading_zeros_as_part_of_a_decimal_number)
 {
     EXPECT_EQ(Read("8"), 8U);
     EXPECT_EQ(Read("08"), 8U);
@@ -33,7 +33,7 @@ TEST(CommandLine, reads_numbers_as_decimal)
     EXPECT_EQ(Read("00000000004294967295"), 4294967295U);
 }
 
-TEST(CommandLine, refuses_what_is_no_decimal_number)
+TEST(DecimalNumber, refuses_signs_fractions_other_bases_and_numbers_that_are_too_large)
 {
     for (const char* text : {"0x10", "-1", "+1", "1.5", "1e3", "0b1", "x", "4294967296"}) {
         EXPECT_EQ(Read(text), std::nullopt) << text;

@@ -73,7 +73,7 @@ protected:
     const std::string path_ = folder_.File("DaemonManager.log");
 };
 
-TEST_F(LogCommand, prints_the_log_and_whose_an_end_was)
+TEST_F(LogCommand, prints_the_records_and_the_daemon_of_an_end)
 {
     SaveDaemonsDeath();
     const Outcome outcome = Run({});
@@ -87,7 +87,7 @@ TEST_F(LogCommand, prints_the_log_and_whose_an_end_was)
     EXPECT_EQ(outcome.errors, "");
 }
 
-TEST_F(LogCommand, answers_why_a_daemon_died)
+TEST_F(LogCommand, prints_only_the_records_of_one_daemon_including_its_end)
 {
     SaveDaemonsDeath();
     const Outcome outcome =
@@ -98,7 +98,7 @@ TEST_F(LogCommand, answers_why_a_daemon_died)
               "Sun Nov 16 03:52:36.028 Start DaemonId(3) PId(1300) : video.exe -x \n");
 }
 
-TEST_F(LogCommand, prints_the_last_lines_that_fit_the_filter)
+TEST_F(LogCommand, prints_the_last_lines_that_the_filter_accepts)
 {
     SaveDaemonsDeath();
     EXPECT_EQ(Run({"--grep", "VIDEO", "--tail", "1"}).output,
@@ -119,7 +119,7 @@ TEST_F(LogCommand, reads_numbers_as_decimal)
     EXPECT_TRUE(Run({"--daemon", "0x8"}).refused);
 }
 
-TEST_F(LogCommand, that_memory_does_not_suffice_for_could_not_read_the_log)
+TEST_F(LogCommand, reports_an_unreadable_log_if_memory_runs_out)
 {
     const Outcome outcome = Run({}, []() -> std::string { throw std::bad_alloc(); });
     EXPECT_EQ(outcome.exitCode, 5);
@@ -136,7 +136,7 @@ TEST_F(LogCommand, prints_json)
               "\n");
 }
 
-TEST_F(LogCommand, colours_a_line_by_its_level_when_asked_to)
+TEST_F(LogCommand, colours_a_line_by_its_level_if_the_option_says_so)
 {
     RingModel ring;
     ring.Write("error", 0);
@@ -153,7 +153,7 @@ TEST_F(LogCommand, colours_a_line_by_its_level_when_asked_to)
     EXPECT_THAT(Run({}).output, StartsWith("Sun Nov 16 03:52:36.007 error\n"));
 }
 
-TEST_F(LogCommand, shows_what_can_be_shown_and_counts_the_rest)
+TEST_F(LogCommand, prints_the_readable_records_and_counts_the_other_lines)
 {
     RingModel ring;
     ring.Write("first");
@@ -168,7 +168,7 @@ TEST_F(LogCommand, shows_what_can_be_shown_and_counts_the_rest)
     EXPECT_EQ(outcome.errors, "daemonctl: " + path_ + ": 1 line could not be read\n");
 }
 
-TEST_F(LogCommand, says_what_is_wrong_with_a_file_that_is_no_log)
+TEST_F(LogCommand, reports_why_a_file_is_not_a_log)
 {
     Save("");
     EXPECT_EQ(Run({}).exitCode, 5);
@@ -176,13 +176,13 @@ TEST_F(LogCommand, says_what_is_wrong_with_a_file_that_is_no_log)
     Save("once upon a time\n");
     EXPECT_EQ(Run({}).exitCode, 5);
     EXPECT_THAT(Run({}).errors,
-                EndsWith(": not one record in 1 line: this is no log file of the supervisor\n"));
+                EndsWith(": no record in 1 line: this is not a log file of the supervisor\n"));
     std::filesystem::remove(path_);
     EXPECT_EQ(Run({}).exitCode, 5);
     EXPECT_THAT(Run({}).errors, HasSubstr(" cannot be read: "));
 }
 
-TEST_F(LogCommand, names_the_program_that_was_asked_in_front_of_an_error)
+TEST_F(LogCommand, begins_an_error_with_the_name_of_the_program)
 {
     EXPECT_THAT(Run({}).errors, StartsWith("daemonctl: "));
     EXPECT_THAT(Run({}, {}, "daemonctl-log").errors, StartsWith("daemonctl-log: "));
@@ -191,7 +191,7 @@ TEST_F(LogCommand, names_the_program_that_was_asked_in_front_of_an_error)
     EXPECT_THAT(Run({}, {}, "daemonctl-log").errors, StartsWith("daemonctl-log: "));
 }
 
-TEST_F(LogCommand, prints_nothing_of_a_new_log_and_is_content)
+TEST_F(LogCommand, accepts_a_new_log_without_records)
 {
     Save("0x00000000\r\n");
     const Outcome outcome = Run({});
@@ -199,7 +199,7 @@ TEST_F(LogCommand, prints_nothing_of_a_new_log_and_is_content)
     EXPECT_EQ(outcome.output + outcome.errors, "");
 }
 
-TEST_F(LogCommand, reads_this_machines_log_unless_another_is_named)
+TEST_F(LogCommand, reads_the_log_of_this_machine_if_no_file_is_named)
 {
     SaveDaemonsDeath();
     EXPECT_EQ(Run({"--level", "0"}, [this] { return path_; }).exitCode, 0);
@@ -209,7 +209,7 @@ TEST_F(LogCommand, reads_this_machines_log_unless_another_is_named)
     EXPECT_EQ(outcome.errors, "daemonctl: no firmware here\n");
 }
 
-TEST_F(LogCommand, refuses_arguments_that_make_no_sense)
+TEST_F(LogCommand, refuses_values_that_an_option_does_not_permit)
 {
     SaveDaemonsDeath();
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--level", "4"},
@@ -223,14 +223,14 @@ TEST_F(LogCommand, refuses_arguments_that_make_no_sense)
     }
 }
 
-TEST_F(LogCommand, ends_when_the_file_that_it_follows_has_vanished)
+TEST_F(LogCommand, ends_if_the_file_that_it_follows_disappears)
 {
     SaveDaemonsDeath();
     std::filesystem::remove(path_);
     EXPECT_EQ(Run({"--follow"}).exitCode, 5);
 }
 
-TEST_F(LogCommand, prints_a_full_ring_in_well_under_a_second)
+TEST_F(LogCommand, prints_a_full_ring_in_less_than_a_second)
 {
     std::string bytes = "0x00000000\r\n";
     int records = 0;

@@ -50,7 +50,7 @@ protected:
     std::string errors_;
 };
 
-TEST_F(ReportCommand, writes_the_page_and_says_where)
+TEST_F(ReportCommand, writes_the_page_and_prints_its_path)
 {
     SaveLog();
     EXPECT_EQ(Run(page_), 0);
@@ -63,14 +63,14 @@ TEST_F(ReportCommand, writes_the_page_and_says_where)
     EXPECT_THAT(page, HasSubstr("2025-11-16 04:52:36 UTC+01:00"));
 }
 
-TEST_F(ReportCommand, writes_to_standard_output_when_asked_to)
+TEST_F(ReportCommand, writes_to_standard_output_if_the_output_is_a_dash)
 {
     SaveLog();
     EXPECT_EQ(Run("-"), 0);
     EXPECT_THAT(output_, StartsWith("<!DOCTYPE html>\n"));
 }
 
-TEST_F(ReportCommand, says_when_the_log_cannot_be_read_or_the_page_not_be_written)
+TEST_F(ReportCommand, reports_a_log_that_cannot_be_read_and_a_page_that_cannot_be_written)
 {
     EXPECT_EQ(Run(page_), 5);
     EXPECT_THAT(errors_, HasSubstr(" cannot be read: "));

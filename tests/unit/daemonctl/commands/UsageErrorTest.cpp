@@ -33,7 +33,7 @@ TEST(UsageError, of_an_unknown_command_names_it)
               Said({"3", "frobnicate"}));
 }
 
-TEST(UsageError, of_no_command_says_that_one_is_required)
+TEST(UsageError, without_a_command_says_that_a_command_is_required)
 {
     EXPECT_EQ("A subcommand is required\nRun with --help for more information.\n", Said({}));
 }

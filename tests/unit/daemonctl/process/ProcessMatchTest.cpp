@@ -34,7 +34,7 @@ ProcessFit Fit(std::int64_t createdMs, bool attached = false,
                       kApp, Never);
 }
 
-TEST(ProcessMatch, of_a_process_made_just_before_its_line_is_the_same)
+TEST(FitProcess, accepts_a_process_created_just_before_its_record)
 {
     EXPECT_EQ(Fit(kLogged), ProcessFit::same);
     EXPECT_EQ(Fit(kLogged - 500), ProcessFit::same);
@@ -42,30 +42,30 @@ TEST(ProcessMatch, of_a_process_made_just_before_its_line_is_the_same)
     EXPECT_EQ(Fit(kLogged + 1000), ProcessFit::same);  // clocks of different grain
 }
 
-TEST(ProcessMatch, of_a_reused_id_is_another_process)
+TEST(FitProcess, rejects_a_process_created_after_the_record)
 {
     EXPECT_EQ(Fit(kLogged + 1001), ProcessFit::otherTime);
     EXPECT_EQ(Fit(kLogged + 86400000), ProcessFit::otherTime);
     EXPECT_EQ(Fit(kLogged + 1001, true), ProcessFit::otherTime);
 }
 
-TEST(ProcessMatch, of_a_process_older_than_its_start_is_another_one)
+TEST(FitProcess, rejects_a_process_created_long_before_the_record_of_its_start)
 {
     EXPECT_EQ(Fit(kLogged - 60001), ProcessFit::otherTime);
 }
 
-TEST(ProcessMatch, of_an_attached_process_may_be_as_old_as_it_likes)
+TEST(FitProcess, accepts_an_attached_process_of_any_age)
 {
     EXPECT_EQ(Fit(kLogged - 86400000, true), ProcessFit::same);
 }
 
-TEST(ProcessMatch, of_another_program_is_another_process)
+TEST(FitProcess, rejects_a_process_that_runs_another_program)
 {
     EXPECT_EQ(Fit(kLogged, false, R"(C:\FW\App\b.exe)"), ProcessFit::otherProgram);
     EXPECT_EQ(Fit(kLogged, true, ""), ProcessFit::otherProgram);
 }
 
-TEST(ProcessMatch, of_a_process_that_is_gone_or_hidden_says_so)
+TEST(FitProcess, reports_a_process_that_is_gone_or_hidden)
 {
     ProcessFacts facts = Process(R"(C:\FW\App\a.exe)", kLogged);
     facts.state = ProcessFacts::State::gone;
@@ -81,7 +81,7 @@ bool Fits(const std::string& image, const std::string& command)
     return IsImageOfCommand(image, command, kApp, Never);
 }
 
-TEST(ImageOfCommand, is_compared_whatever_the_letter_case_and_the_slashes)
+TEST(IsImageOfCommand, ignores_letter_case_and_the_kind_of_slash)
 {
     EXPECT_TRUE(Fits(R"(C:\FW\App\a.exe)", "c:/fw/APP/A.exe "));
     EXPECT_TRUE(Fits(R"(C:\FW\App\a.exe)", R"(C:\FW\\App\.\bin\..\a.exe -x )"));
@@ -93,14 +93,14 @@ TEST(ImageOfCommand, is_compared_whatever_the_letter_case_and_the_slashes)
     EXPECT_FALSE(Fits("", " "));
 }
 
-TEST(ImageOfCommand, may_have_blanks_in_its_path)
+TEST(IsImageOfCommand, accepts_blanks_in_the_path)
 {
     EXPECT_TRUE(
         Fits(R"(C:\Program Files\My App\a b.exe)", R"(C:\Program Files\My App\a b.exe x y )"));
     EXPECT_FALSE(Fits(R"(C:\Program.exe)", R"(C:\Program Files\My App\a b.exe x y )"));
 }
 
-TEST(ImageOfCommand, may_be_relative_to_the_working_folder)
+TEST(IsImageOfCommand, resolves_a_path_relative_to_the_working_folder)
 {
     EXPECT_TRUE(Fits(R"(C:\FW\App\a.exe)", "a.exe -x "));
     EXPECT_TRUE(Fits(R"(C:\FW\bin\a.exe)", R"(..\bin\a.exe )"));
@@ -108,13 +108,13 @@ TEST(ImageOfCommand, may_be_relative_to_the_working_folder)
     EXPECT_FALSE(Fits(R"(D:\FW\App\a.exe)", "a.exe -x "));
 }
 
-TEST(ImageOfCommand, may_have_letters_that_the_code_page_lacks)
+TEST(IsImageOfCommand, accepts_question_marks_for_letters_that_the_code_page_lacks)
 {
     EXPECT_TRUE(Fits("C:\\\xE2\x82\xAC\xC3\xBC.exe", "C:\\?\xC3\xBC.exe "));
     EXPECT_FALSE(Fits("C:\\ab.exe", "C:\\?.exe "));
 }
 
-TEST(ImageOfCommand, may_be_reached_by_another_path)
+TEST(IsImageOfCommand, accepts_another_path_to_the_same_file)
 {
     const SameFile junction = [](const std::string& path, const std::string& image) {
         return path == R"(C:\FW\App\link\a.exe)" && image == R"(D:\real\a.exe)";
@@ -125,13 +125,13 @@ TEST(ImageOfCommand, may_be_reached_by_another_path)
     EXPECT_FALSE(IsImageOfCommand(R"(D:\real\b.exe)", R"(link\a.exe -x )", kApp, junction));
 }
 
-TEST(ProcessMatch, tells_in_words_what_is_not_the_one)
+TEST(DescribeMisfit, explains_each_reason)
 {
     const ProcessFacts facts = Process(R"(C:\b.exe)", 0);
     EXPECT_EQ(DescribeMisfit(ProcessFit::same, facts), "process 12 runs");
     EXPECT_EQ(DescribeMisfit(ProcessFit::gone, facts), "process 12 has ended");
     EXPECT_EQ(DescribeMisfit(ProcessFit::hidden, facts),
-              "process 12 may not be asked about: run this as administrator");
+              "process 12 may not be opened by this user: run this command as administrator");
     EXPECT_EQ(DescribeMisfit(ProcessFit::otherTime, facts),
               R"(process 12 has ended; the id belongs to another process now, C:\b.exe)");
     EXPECT_EQ(DescribeMisfit(ProcessFit::otherProgram, facts),
