@@ -59,6 +59,7 @@ class Header:
         self.lines = text.split("\n")
         self.code = DIRECTIVE.sub(blank, LITERAL_OR_COMMENT.sub(blank, text))
         self.documented_until = -1  # line index of the last documented declaration's end
+        self.has_common_docstring = any(line.startswith("/// @file") for line in self.lines)
 
     def matching(self, start):
         depth = 0
@@ -151,6 +152,8 @@ class Header:
             return
         documented = self.documented(start, end)
         scope = scopes[-1][1] if scopes else ""
+        if self.has_common_docstring and not kind and scope.startswith("namespace"):
+            return  # functions that share one contract, which stands once after @file
         if not documented and (kind or not speaks_for_itself(text, name, body, scope)):
             yield line_of(self.code, start), name
 

@@ -23,6 +23,8 @@ GOOD = {
                      "private:\n    void Hidden();\n    struct Secret {\n        int b;\n    };\n"
                      "    int a_;\n};\n\n} // namespace n\n",
     "src/low/Low.cpp": '#include "Low.h"\n',
+    "src/low/Many.h": "#pragma once\n\nnamespace n {\n\n/// @file\n/// Each function counts.\n\nint One();\n"
+                      "\nint Two();\n\n} // namespace n\n",
     "src/high/High.cpp": '#include "low/Low.h"\n#include "Low.h"\n#include "third_party.h"\nf.Log(1, "Stop (%d) %s" " (x%d)", 1);\n',
     "daemonctl/Main.cpp": '#include "Low.h"\nauto c = app.add_subcommand("run", "Run");\n',
     "tests/unit/low/LowTest.cpp": "int main() {}\n",
@@ -55,6 +57,7 @@ BROKEN = [
     ("links", {"docs/page.md": "## Two words\n`src/low/Low.h` `src/*/x` `src/low`\n`src/Gone.h`\n"},
      "docs/page.md:3"),
     ("docstrings", {"src/low/Low.h": HEADER.replace("/// Does it.\n", "")}, "src/low/Low.h:5"),
+    ("docstrings", {"src/low/Many.h": "#pragma once\n/// Common.\n\nint One();\n"}, "src/low/Many.h:4"),
     ("docstrings", {"src/low/Low.h": HEADER.replace("/// Holds a number.\n", "\n")}, "src/low/Low.h:9"),
     ("docstrings", {"src/low/Low.h": HEADER.replace("    /// Counts up.\n", "")}, "src/low/Low.h:18"),
     ("docstrings", {"src/low/Low.h": HEADER.replace("    void Hidden();\n    struct", "public:\n    struct")},
