@@ -16,7 +16,7 @@ namespace vqrx::client::v0 {
 /// The interval of one process as the report draws it.
 struct ReportInterval {
     std::int64_t beginMs = 0;
-    std::int64_t endMs = 0; ///< the end of the run if the process ran on
+    std::int64_t endMs = 0;   ///< the end of the run if the process ran on
     ProcessInterval interval; ///< what the log shows of it
 };
 
