@@ -8,9 +8,8 @@
 
 namespace vqrx::client::v0 {
 
-/// @file
-/// Each function adds one command to the command line. When the operator chooses the command, the
-/// command runs and stores the exit code of the program in exitCode, which must outlive app.
+// Each function adds commands to the command line. When the operator chooses a command, it runs and
+// stores the exit code of the program in exitCode, which must outlive app.
 
 /// Returns the path of this machine's log file, UTF-8. Throws std::runtime_error if the path cannot
 /// be found.
@@ -22,15 +21,26 @@ using LogPath = std::function<std::string()>;
 void AddControlCommands(CLI::App& app, int& exitCode,
                         const std::vector<std::string>& daemonArguments);
 
+/// Adds ps, which lists the daemons and their processes.
 void AddPsCommand(CLI::App& app, int& exitCode);
+
+/// Adds wait, which returns when a daemon reaches a state.
 void AddWaitCommand(CLI::App& app, int& exitCode);
+
+/// Adds check, which compares the running daemons with a list of programs.
 void AddCheckCommand(CLI::App& app, int& exitCode);
+
+/// Adds reattach, which attaches the daemons of the former supervisor.
 void AddReattachCommand(CLI::App& app, int& exitCode);
+
+/// Adds doctor, which checks everything on the machine that the supervisor needs.
 void AddDoctorCommand(CLI::App& app, int& exitCode);
 
+/// Adds log, which prints records of the log.
 /// @param path  empty: the operator must name the log file
 void AddLogCommand(CLI::App& app, int& exitCode, const LogPath& path);
 
+/// Adds report, which writes a page about the history of the daemons.
 /// @param path  empty: the operator must name the log file
 void AddReportCommand(CLI::App& app, int& exitCode, const LogPath& path);
 

@@ -8,6 +8,7 @@ namespace vqrx::client::v0 {
 /// Writes the lines of a command to standard output. For one thread.
 class LineOutput {
 public:
+    /// When to colour the lines.
     enum class Colour {
         kAuto, ///< colours on a console, none in a file or a pipe
         kAlways,

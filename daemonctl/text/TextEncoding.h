@@ -19,6 +19,7 @@ enum class TextEncoding {
 /// Converts a text from this system's ANSI code page; from Windows-1252 on a system without one.
 [[nodiscard]] std::string AnsiToUtf8(std::string_view text);
 
+/// Returns whether the bytes are valid UTF-8, without overlong forms and surrogates.
 [[nodiscard]] bool IsUtf8(std::string_view text) noexcept;
 
 } // namespace vqrx::client::v0

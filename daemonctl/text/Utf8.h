@@ -8,8 +8,13 @@ namespace vqrx::client::v0 {
 
 // The texts of this program are UTF-8, the texts of Windows are UTF-16.
 
+/// Converts a text to UTF-16.
 [[nodiscard]] std::wstring Wide(std::string_view utf8);
+
+/// Converts each text to UTF-16.
 [[nodiscard]] std::vector<std::wstring> Wide(const std::vector<std::string>& utf8);
+
+/// Converts a text to UTF-8.
 [[nodiscard]] std::string Utf8(std::wstring_view wide);
 
 /// Returns the arguments of this process in UTF-8, the program name first.
