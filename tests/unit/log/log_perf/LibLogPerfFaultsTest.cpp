@@ -3,7 +3,9 @@
 #include "AllocationFault.h"
 #include "CapturingSink.h"
 #include "ImportPatch.h"
+#include "TempFolder.h"
 #include "exception_utils/AtlException.h"
+#include "log_perf/ring/LogFileSink.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,6 +16,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <fstream>
 #include <memory>
 #include <new>
 #include <string>
@@ -23,6 +26,7 @@ namespace vqrx::test {
 namespace {
 
 using log::log_perf::v2::LibLogPerf;
+using log::log_perf::v2::LogFileSink;
 using testing::ElementsAre;
 
 TEST(LibLogPerfFaults, of_one_sink_cost_the_others_nothing_and_the_sink_one_message)
@@ -42,6 +46,24 @@ TEST(LibLogPerfFaults, of_one_sink_cost_the_others_nothing_and_the_sink_one_mess
     EXPECT_THAT(sinks[0].Texts(), ElementsAre("second"));
     EXPECT_THAT(sinks[1].Texts(), ElementsAre("first"));
     EXPECT_THAT(sinks[2].Texts(), ElementsAre("first", "second"));
+}
+
+TEST(LibLogPerfFaults, A_damaged_log_file_costs_the_other_sinks_nothing)
+{
+    const TempFolder folder;
+    const std::string name = folder.File("DaemonManager.log");
+    std::ofstream(name, std::ios::binary) << "0x0000001F\r\n0;date;x;2;damaged\r\n";
+    LogFileSink damaged;
+    damaged.SetFileName(name);
+    CapturingSink other;
+    {
+        LibLogPerf logger;
+        logger.AddSink(&damaged);
+        logger.AddSink(&other);
+        logger.Log(1, "one");
+        logger.Log(2, "two");
+    }
+    EXPECT_THAT(other.Texts(), ElementsAre("one", "two"));
 }
 
 TEST(LibLogPerfFaults, of_an_allocation_lose_the_message_and_nothing_else)

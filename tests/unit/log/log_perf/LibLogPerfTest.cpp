@@ -1,7 +1,7 @@
 #include "log_perf/LibLogPerf.h"
 
 #include "CapturingSink.h"
-#include "log_perf/Clock.h"
+#include "log_perf/time/Clock.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -4,7 +4,7 @@
 
 #include "CapturingSink.h"
 #include "TempFolder.h"
-#include "log_perf/LogFileSink.h"
+#include "log_perf/ring/LogFileSink.h"
 
 #include <gtest/gtest.h>
 
