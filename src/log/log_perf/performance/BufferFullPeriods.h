@@ -16,6 +16,7 @@ struct BufferFullSettings {
 /// Pure; takes no lock: the owner keeps it inside the buffer-full lock.
 class BufferFullPeriods {
 public:
+    /// Replaces the settings. Counts and the need for a restart are kept.
     void Configure(const BufferFullSettings& settings) noexcept { settings_ = settings; }
 
     /// Counts one notice.
@@ -44,6 +45,7 @@ public:
     {
         return periodsOverThreshold_;
     }
+    /// Whether there were ever BufferFullSettings::maximumPeriods bad periods in a row.
     [[nodiscard]] bool NeedRestart() const noexcept { return needRestart_; }
 
 private:

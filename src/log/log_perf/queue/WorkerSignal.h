@@ -14,6 +14,7 @@ namespace vqrx::log::log_perf::v2 {
 /// If the kernel objects cannot be made, every Wait fails at once.
 class WorkerSignal {
 public:
+    /// What ended a Wait.
     enum class Result {
         kStop,     ///< Stop was called; returned once per call
         kRecord,   ///< the count was above 0 and is now lower by 1

@@ -19,6 +19,7 @@ public:
     /// Adds a record, or replaces the record of that number. @throws std::bad_alloc
     void Insert(std::int64_t number, const LogHistoryEntry& entry);
 
+    /// Removes all records.
     void Clear() noexcept;
 
     /// See ILogRetriever.

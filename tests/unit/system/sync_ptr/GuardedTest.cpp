@@ -14,7 +14,10 @@ namespace {
 using system::sync_ptr::v1::Guarded;
 
 template <typename Hold>
-concept CanBeDereferencedAsTemporary = requires(Hold&& hold) { *static_cast<Hold&&>(hold); };
+concept CanBeDereferencedAsTemporary = requires(Hold&& hold)
+{
+    *static_cast<Hold&&>(hold);
+};
 
 using IntHold = Guarded<int>::Hold;
 
