@@ -17,11 +17,11 @@ using log::log_perf::v2::LibLogPerf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class BufferFullNotices : public testing::Test {
+class LibLogPerfBufferFull : public testing::Test {
 protected:
-    BufferFullNotices() { logger.AddSink(&sink); }
+    LibLogPerfBufferFull() { logger.AddSink(&sink); }
 
-    /// What was logged up to now.
+    /// All lines that were logged up to now.
     std::vector<std::string> Lines()
     {
         const std::string mark = "mark " + std::to_string(++marks);
@@ -42,7 +42,7 @@ protected:
     int marks = 0;
 };
 
-TEST_F(BufferFullNotices, for_an_unregistered_pin_are_logged_every_time_at_level_1)
+TEST_F(LibLogPerfBufferFull, Every_notice_of_an_unregistered_pin_is_logged_as_a_warning)
 {
     logger.NotifyBufferFull("out");
     logger.NotifyBufferFull("out");
@@ -51,7 +51,7 @@ TEST_F(BufferFullNotices, for_an_unregistered_pin_are_logged_every_time_at_level
     EXPECT_EQ(1, sink.Records()[0].level);
 }
 
-TEST_F(BufferFullNotices, five_within_ten_seconds_log_one_line_and_the_next_stands_for_five)
+TEST_F(LibLogPerfBufferFull, Five_notices_within_ten_seconds_log_one_line)
 {
     logger.RegisterPin("out");
     ticks.Advance(10000);
@@ -61,7 +61,7 @@ TEST_F(BufferFullNotices, five_within_ten_seconds_log_one_line_and_the_next_stan
     }
     EXPECT_THAT(Lines(), ElementsAre("Pin output buffer full : out"));
     ticks.Advance(4999);
-    logger.NotifyBufferFull("out"); // 9999 ms after the line: still one of the suppressed
+    logger.NotifyBufferFull("out"); // 9999 ms after the line: still suppressed
     EXPECT_THAT(Lines(), ElementsAre("Pin output buffer full : out"));
     ticks.Advance(1);
     logger.NotifyBufferFull("out");
@@ -70,7 +70,7 @@ TEST_F(BufferFullNotices, five_within_ten_seconds_log_one_line_and_the_next_stan
     EXPECT_EQ(1, sink.Records()[0].level);
 }
 
-TEST_F(BufferFullNotices, after_four_suppressed_ones_say_the_pin_and_5)
+TEST_F(LibLogPerfBufferFull, The_line_after_four_suppressed_notices_shows_the_pin_and_5)
 {
     logger.RegisterPin("video out");
     ticks.Advance(10000);
@@ -83,7 +83,7 @@ TEST_F(BufferFullNotices, after_four_suppressed_ones_say_the_pin_and_5)
                                      "Pin output buffer full : video out (x5)"));
 }
 
-TEST_F(BufferFullNotices, are_silent_for_ten_seconds_after_the_pin_was_registered)
+TEST_F(LibLogPerfBufferFull, For_ten_seconds_after_the_registration_of_a_pin_nothing_is_logged)
 {
     logger.RegisterPin("out");
     logger.NotifyBufferFull("out");
@@ -95,7 +95,7 @@ TEST_F(BufferFullNotices, are_silent_for_ten_seconds_after_the_pin_was_registere
     EXPECT_THAT(Lines(), ElementsAre("Pin output buffer full : out (x3)"));
 }
 
-TEST_F(BufferFullNotices, of_one_pin_do_not_silence_another)
+TEST_F(LibLogPerfBufferFull, Notices_of_one_pin_do_not_silence_another)
 {
     logger.RegisterPin("a");
     logger.RegisterPin("b");
@@ -105,7 +105,7 @@ TEST_F(BufferFullNotices, of_one_pin_do_not_silence_another)
     EXPECT_THAT(Lines(), ElementsAre("Pin output buffer full : a", "Pin output buffer full : b"));
 }
 
-TEST_F(BufferFullNotices, start_anew_when_the_pin_is_registered_again)
+TEST_F(LibLogPerfBufferFull, A_pin_that_is_registered_again_starts_from_zero)
 {
     logger.RegisterPin("out");
     logger.NotifyBufferFull("out");
@@ -120,9 +120,9 @@ TEST_F(BufferFullNotices, start_anew_when_the_pin_is_registered_again)
     EXPECT_THAT(Lines(), ElementsAre("Pin output buffer full : out (x2)"));
 }
 
-TEST_F(BufferFullNotices, may_come_while_another_thread_logs_and_a_sink_counts)
+TEST_F(LibLogPerfBufferFull, Notices_may_come_while_another_thread_logs_and_a_sink_counts)
 {
-    // A logger that took the statistics lock in Log would stand still here.
+    // If Log took the statistics lock, the threads would wait for each other for ever.
     sink.SetHook([this](const CapturingSink::Record&) { logger.IncrementResync(); });
     std::thread other([this] {
         for (int i = 0; i < 200; ++i) {

@@ -15,7 +15,7 @@ void Notice(BufferFullPeriods& periods, int times)
     }
 }
 
-TEST(BufferFullPeriods, that_were_never_checked_report_nothing)
+TEST(BufferFullPeriods, Without_a_check_no_period_is_judged)
 {
     BufferFullPeriods periods;
     Notice(periods, 3);
@@ -24,7 +24,7 @@ TEST(BufferFullPeriods, that_were_never_checked_report_nothing)
     EXPECT_FALSE(periods.NeedRestart());
 }
 
-TEST(BufferFullPeriods, with_their_first_settings_count_every_check_and_ask_for_a_restart)
+TEST(BufferFullPeriods, With_the_initial_settings_the_first_check_needs_a_restart)
 {
     BufferFullPeriods periods;
     periods.Check();
@@ -32,7 +32,7 @@ TEST(BufferFullPeriods, with_their_first_settings_count_every_check_and_ask_for_
     EXPECT_TRUE(periods.NeedRestart());
 }
 
-TEST(BufferFullPeriods, are_not_judged_before_the_period_length_has_elapsed_in_steps)
+TEST(BufferFullPeriods, No_period_is_judged_before_the_period_length_has_elapsed)
 {
     BufferFullPeriods periods;
     periods.Configure({1000, 1, 1, 2500});
@@ -49,7 +49,7 @@ TEST(BufferFullPeriods, are_not_judged_before_the_period_length_has_elapsed_in_s
     EXPECT_TRUE(periods.NeedRestart());
 }
 
-TEST(BufferFullPeriods, start_counting_anew_after_a_period_below_the_threshold)
+TEST(BufferFullPeriods, A_period_below_the_threshold_resets_the_count_of_bad_periods)
 {
     BufferFullPeriods periods;
     periods.Configure({1000, 3, 100, 0});
@@ -66,7 +66,7 @@ TEST(BufferFullPeriods, start_counting_anew_after_a_period_below_the_threshold)
     EXPECT_FALSE(periods.NeedRestart());
 }
 
-TEST(BufferFullPeriods, ask_for_a_restart_at_the_maximum_and_never_take_it_back)
+TEST(BufferFullPeriods, The_need_for_a_restart_is_set_at_the_maximum_and_never_cleared)
 {
     BufferFullPeriods periods;
     periods.Configure({1000, 1, 2, 0});

@@ -45,7 +45,7 @@ protected:
     std::string name;
 };
 
-TEST_F(PerformanceCsvSinkTest, writes_each_row_as_a_line_that_is_on_disk_at_once)
+TEST_F(PerformanceCsvSinkTest, Each_row_is_a_line_and_is_on_disk_at_once)
 {
     PerformanceCsvSink sink(name, 1000);
     Write(sink, "Cpu,A,");
@@ -54,13 +54,13 @@ TEST_F(PerformanceCsvSinkTest, writes_each_row_as_a_line_that_is_on_disk_at_once
     EXPECT_EQ("Cpu,A,\r\n1,2,\r\n", Content(name));
 }
 
-TEST_F(PerformanceCsvSinkTest, makes_no_file_before_the_first_row)
+TEST_F(PerformanceCsvSinkTest, No_file_is_made_before_the_first_row)
 {
     const PerformanceCsvSink sink(name, 1000);
     EXPECT_FALSE(std::filesystem::exists(name));
 }
 
-TEST_F(PerformanceCsvSinkTest, carries_on_a_file_that_exists)
+TEST_F(PerformanceCsvSinkTest, A_file_that_exists_is_continued)
 {
     {
         PerformanceCsvSink sink(name, 1000);
@@ -72,7 +72,7 @@ TEST_F(PerformanceCsvSinkTest, carries_on_a_file_that_exists)
     EXPECT_EQ("Cpu,A,\r\nCpu,B,\r\n1,2,\r\n", Content(name));
 }
 
-TEST_F(PerformanceCsvSinkTest, fills_a_file_to_the_very_bound)
+TEST_F(PerformanceCsvSinkTest, A_file_is_filled_exactly_to_the_bound)
 {
     PerformanceCsvSink sink(name, 20); // 8 + 6 + 6
     Write(sink, "Cpu,A,");
@@ -82,7 +82,7 @@ TEST_F(PerformanceCsvSinkTest, fills_a_file_to_the_very_bound)
     EXPECT_FALSE(std::filesystem::exists(name + ".1"));
 }
 
-TEST_F(PerformanceCsvSinkTest, keeps_one_previous_file_and_starts_the_next_with_the_header)
+TEST_F(PerformanceCsvSinkTest, One_previous_file_is_kept_and_the_next_one_starts_with_the_header)
 {
     PerformanceCsvSink sink(name, 20);
     Write(sink, "Cpu,A,");
@@ -94,7 +94,7 @@ TEST_F(PerformanceCsvSinkTest, keeps_one_previous_file_and_starts_the_next_with_
     EXPECT_FALSE(std::filesystem::exists(name + ".2"));
 }
 
-TEST_F(PerformanceCsvSinkTest, does_not_repeat_a_header_that_starts_the_next_file_itself)
+TEST_F(PerformanceCsvSinkTest, A_header_row_that_starts_a_new_file_is_written_once)
 {
     PerformanceCsvSink sink(name, 20);
     Write(sink, "Cpu,A,");
@@ -104,7 +104,7 @@ TEST_F(PerformanceCsvSinkTest, does_not_repeat_a_header_that_starts_the_next_fil
     EXPECT_EQ("Cpu,A,\r\n1,1,\r\n", Content(name + ".1"));
 }
 
-TEST_F(PerformanceCsvSinkTest, counts_what_stood_in_the_file_before)
+TEST_F(PerformanceCsvSinkTest, The_bound_counts_bytes_that_were_in_the_file_before)
 {
     std::ofstream(name, std::ios::binary) << std::string(30, 'x');
     PerformanceCsvSink sink(name, 20);
@@ -113,7 +113,7 @@ TEST_F(PerformanceCsvSinkTest, counts_what_stood_in_the_file_before)
     EXPECT_EQ(std::string(30, 'x'), Content(name + ".1"));
 }
 
-TEST_F(PerformanceCsvSinkTest, takes_a_header_and_one_row_however_small_the_bound)
+TEST_F(PerformanceCsvSinkTest, A_header_and_one_row_are_written_even_beyond_the_bound)
 {
     PerformanceCsvSink sink(name, 0);
     Write(sink, "Cpu,A,");
@@ -124,7 +124,7 @@ TEST_F(PerformanceCsvSinkTest, takes_a_header_and_one_row_however_small_the_boun
     EXPECT_EQ("Cpu,A,\r\n1,1,\r\n", Content(name + ".1"));
 }
 
-TEST_F(PerformanceCsvSinkTest, starts_the_file_over_when_it_cannot_become_the_previous_one)
+TEST_F(PerformanceCsvSinkTest, A_file_that_cannot_be_renamed_is_emptied)
 {
     std::filesystem::create_directory(name + ".1"); // in the way, and not empty
     std::ofstream(folder / "perf.csv.1" / "inside") << "x";
@@ -136,7 +136,8 @@ TEST_F(PerformanceCsvSinkTest, starts_the_file_over_when_it_cannot_become_the_pr
     EXPECT_EQ("Cpu,A,\r\n3,3,\r\n", Content(name));
 }
 
-TEST_F(PerformanceCsvSinkTest, that_could_not_open_its_file_tries_again_and_writes_the_header_first)
+TEST_F(PerformanceCsvSinkTest,
+       A_file_that_could_not_be_opened_is_tried_again_and_starts_with_the_header)
 {
     const std::string deeper = (folder / "later" / "perf.csv").string();
     PerformanceCsvSink sink(deeper, 1000);

@@ -9,7 +9,7 @@ using log::log_perf::v2::PerformanceFigures;
 using log::log_perf::v2::PerformanceHeaderRow;
 using log::log_perf::v2::PerformanceValueRow;
 
-TEST(PerformanceRow, of_the_header_names_every_column_and_ends_in_a_comma)
+TEST(PerformanceRow, The_header_row_names_every_column_and_ends_with_a_comma)
 {
     EXPECT_EQ("Cpu,TotalCpu,WorkingSet,PrivateBytes,NumBufferFull,NumResync,NumTsDiscontinuity,"
               "KernelTime,UserTime,Date,NumDecPictures,VirtualSize,HandleCount,NumPoliticChoices,"
@@ -17,7 +17,7 @@ TEST(PerformanceRow, of_the_header_names_every_column_and_ends_in_a_comma)
               PerformanceHeaderRow({}));
 }
 
-TEST(PerformanceRow, of_the_header_has_a_column_for_each_pin)
+TEST(PerformanceRow, The_header_row_has_a_column_for_each_pin)
 {
     PerformanceFigures figures;
     figures.pins = {{"audio", 0}, {"video out", 0}};
@@ -28,7 +28,7 @@ TEST(PerformanceRow, of_the_header_has_a_column_for_each_pin)
               PerformanceHeaderRow(figures));
 }
 
-TEST(PerformanceRow, of_values_holds_them_in_the_order_of_the_header)
+TEST(PerformanceRow, The_value_row_has_the_order_of_the_header_row)
 {
     PerformanceFigures figures;
     figures.cpu = 1;
@@ -51,12 +51,12 @@ TEST(PerformanceRow, of_values_holds_them_in_the_order_of_the_header)
     EXPECT_EQ("1,2,3,4,5,6,7,8,9,10123,11,12,13,14,15,16,17,18,1,", PerformanceValueRow(figures));
 }
 
-TEST(PerformanceRow, of_values_that_are_all_zero_says_so)
+TEST(PerformanceRow, A_value_row_without_figures_holds_zeros)
 {
     EXPECT_EQ("0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,", PerformanceValueRow({}));
 }
 
-TEST(PerformanceRow, of_values_shows_each_in_its_width_and_sign)
+TEST(PerformanceRow, Each_value_is_shown_in_its_full_width_and_with_its_sign)
 {
     PerformanceFigures figures;
     figures.cpu = -1;

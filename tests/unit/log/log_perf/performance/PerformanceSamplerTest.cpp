@@ -16,7 +16,7 @@ using log::log_perf::v2::PerformanceSample;
 using log::log_perf::v2::SamplePerformance;
 using log::log_perf::v2::SampleSystemTimes;
 
-TEST(PerformanceSampler, measures_this_process_on_this_machine)
+TEST(PerformanceSampler, A_sample_holds_figures_of_this_process_and_machine)
 {
     const auto before = MillisecondsOf(CurrentTimestamp());
     const PerformanceSample sample = SamplePerformance();
@@ -32,11 +32,12 @@ TEST(PerformanceSampler, measures_this_process_on_this_machine)
     EXPECT_LE(sample.system.idle, sample.system.busy);
 }
 
-TEST(PerformanceSampler, sees_the_times_of_process_and_machine_grow)
+TEST(PerformanceSampler, The_times_of_process_and_machine_grow)
 {
     const PerformanceSample first = SamplePerformance();
     PerformanceSample later = SamplePerformance();
-    for (int round = 0; round < 200000; ++round) { // real work until both clocks have ticked
+    for (int round = 0; round < 200000;
+         ++round) { // uses processor time until both clocks have ticked
         later = SamplePerformance();
         if (later.kernelTime + later.userTime > first.kernelTime + first.userTime &&
             later.system.busy > first.system.busy) {
@@ -56,7 +57,7 @@ BOOL WINAPI LargeSystemTimes(FILETIME* idle, FILETIME* kernel, FILETIME* user)
     return TRUE;
 }
 
-TEST(PerformanceSampler, puts_both_halves_of_a_time_together_and_calls_kernel_plus_user_busy)
+TEST(PerformanceSampler, Busy_time_is_kernel_plus_user_with_both_halves_of_each_time)
 {
     const ImportPatch patch("GetSystemTimes", &LargeSystemTimes);
     EXPECT_EQ(0x200000001U, SampleSystemTimes().idle);
@@ -68,7 +69,7 @@ BOOL WINAPI NoSystemTimes(FILETIME*, FILETIME*, FILETIME*)
     return FALSE;
 }
 
-TEST(PerformanceSampler, shows_zero_for_what_the_system_does_not_tell)
+TEST(PerformanceSampler, A_figure_that_the_system_does_not_give_is_0)
 {
     const ImportPatch patch("GetSystemTimes", &NoSystemTimes);
     EXPECT_EQ(0U, SampleSystemTimes().idle);

@@ -7,7 +7,7 @@ namespace {
 
 using log::log_perf::v2::PinRateLimiter;
 
-TEST(PinRateLimiter, keeps_silent_for_a_window_after_it_was_made)
+TEST(PinRateLimiter, The_first_window_of_silence_begins_at_construction)
 {
     PinRateLimiter limiter(10000, 500);
     EXPECT_EQ(0U, limiter.Notice(500));
@@ -15,7 +15,7 @@ TEST(PinRateLimiter, keeps_silent_for_a_window_after_it_was_made)
     EXPECT_EQ(3U, limiter.Notice(10500));
 }
 
-TEST(PinRateLimiter, logs_one_of_five_notices_within_a_window_and_the_next_stands_for_five)
+TEST(PinRateLimiter, Of_five_notices_in_a_window_one_is_logged_and_the_next_line_stands_for_five)
 {
     PinRateLimiter limiter(10000, 0);
     EXPECT_EQ(1U, limiter.Notice(10000));
@@ -28,7 +28,7 @@ TEST(PinRateLimiter, logs_one_of_five_notices_within_a_window_and_the_next_stand
     EXPECT_EQ(2U, limiter.Notice(30000));
 }
 
-TEST(PinRateLimiter, counts_its_window_across_the_wrap_of_the_tick)
+TEST(PinRateLimiter, The_window_has_its_length_across_the_wrap_of_the_tick)
 {
     PinRateLimiter limiter(10000, 0xFFFFFFFF - 999);
     EXPECT_EQ(0U, limiter.Notice(8999));

@@ -10,7 +10,7 @@ namespace vqrx::test {
 
 using log::log_perf::v2::WaitingCount;
 
-TEST(WaitingCount, gives_what_was_added_without_asking_for_a_wake_up)
+TEST(WaitingCount, A_taker_that_is_awake_takes_without_a_wake_up)
 {
     WaitingCount count;
     EXPECT_FALSE(count.Add());
@@ -20,17 +20,17 @@ TEST(WaitingCount, gives_what_was_added_without_asking_for_a_wake_up)
     EXPECT_FALSE(count.TakeOrSleep());
 }
 
-TEST(WaitingCount, asks_for_one_wake_up_of_a_sleeping_taker)
+TEST(WaitingCount, A_sleeping_taker_is_woken_once)
 {
     WaitingCount count;
     EXPECT_FALSE(count.TakeOrSleep());
     EXPECT_TRUE(count.Add());
     EXPECT_FALSE(count.Add());
-    EXPECT_FALSE(count.Wake()); // the first is on its way through the kernel
+    EXPECT_FALSE(count.Wake()); // the first Add has asked for the kernel's wake-up
     EXPECT_TRUE(count.TakeOrSleep());
 }
 
-TEST(WaitingCount, asks_for_no_wake_up_of_a_taker_that_woke_by_itself)
+TEST(WaitingCount, A_taker_that_woke_by_itself_is_not_woken_again)
 {
     WaitingCount count;
     EXPECT_FALSE(count.TakeOrSleep());
@@ -39,7 +39,7 @@ TEST(WaitingCount, asks_for_no_wake_up_of_a_taker_that_woke_by_itself)
     EXPECT_TRUE(count.TakeOrSleep());
 }
 
-TEST(WaitingCount, loses_and_invents_nothing_between_threads)
+TEST(WaitingCount, Between_threads_exactly_the_added_number_is_taken)
 {
     constexpr int kThreads = 4;
     constexpr int kEach = 20000;
@@ -58,7 +58,7 @@ TEST(WaitingCount, loses_and_invents_nothing_between_threads)
     for (int taken = 0; taken < kThreads * kEach;) {
         if (count.TakeOrSleep()) {
             ++taken;
-        } else if (taken % 2 == 0 && count.Wake()) { // as if a time-out had come
+        } else if (taken % 2 == 0 && count.Wake()) { // as after a time-out
             continue;
         } else {
             kernel.acquire();

@@ -25,7 +25,7 @@ BOOL WINAPI CountRelease(HANDLE semaphore, LONG count, LONG* previous)
     return realRelease(semaphore, count, previous);
 }
 
-// The waits of one thread that waits without a time-out until it has had so many records.
+// Waits without a timeout until this many records were returned.
 void TakeRecords(WorkerSignal& signal, int count)
 {
     while (count != 0) {
@@ -44,7 +44,7 @@ DWORD WINAPI Tick()
     return simulatedTick;
 }
 
-// A busy machine: whoever gives way comes back after its other threads have had their turn.
+// A busy machine: SwitchToThread returns only after other threads have run for 30 ms.
 BOOL WINAPI SwitchSlowly()
 {
     ++switches;
@@ -58,10 +58,10 @@ DWORD WINAPI WaitNoTime(DWORD count, const HANDLE* handles, BOOL all, DWORD time
     return realWaitMany(count, handles, all, 0);
 }
 
-/// A worker that has just had a record, on a machine whose ticks begin at the one that is given.
+/// A worker that has just taken a record, on a busy machine with simulated ticks.
 class BusyMachine : public testing::Test {
 protected:
-    explicit BusyMachine(DWORD tick = 0xFFFFFFF0) // wraps while the worker looks
+    explicit BusyMachine(DWORD tick = 0xFFFFFFF0) // the tick wraps while the worker looks
     {
         realWaitMany = wait_.Original<WaitMany>();
         simulatedTick = tick;
@@ -76,34 +76,34 @@ protected:
     WorkerSignal signal_;
 };
 
-TEST_F(BusyMachine, does_not_let_a_worker_look_for_records_beyond_its_time)
+TEST_F(BusyMachine, The_worker_does_not_look_for_records_beyond_its_timeout)
 {
     EXPECT_EQ(Result::kTimedOut, signal_.Wait(100));
     EXPECT_EQ(4, switches);
     EXPECT_EQ(0U, timeoutAsked);
 }
 
-TEST_F(BusyMachine, lets_a_worker_sleep_for_what_is_left_of_its_time)
+TEST_F(BusyMachine, The_worker_sleeps_for_the_rest_of_its_timeout)
 {
     EXPECT_EQ(Result::kTimedOut, signal_.Wait(10000));
     EXPECT_EQ(100, switches);
     EXPECT_EQ(7000U, timeoutAsked);
 }
 
-TEST_F(BusyMachine, lets_a_worker_without_a_deadline_sleep_without_one)
+TEST_F(BusyMachine, A_worker_without_a_timeout_sleeps_without_one)
 {
     EXPECT_EQ(Result::kTimedOut, signal_.Wait(INFINITE));
     EXPECT_EQ(INFINITE, timeoutAsked);
 }
 
-TEST(WorkerSignal, that_nobody_gave_times_out)
+TEST(WorkerSignal, A_wait_without_records_times_out)
 {
     WorkerSignal signal;
     EXPECT_EQ(Result::kTimedOut, signal.Wait(0));
     EXPECT_EQ(Result::kTimedOut, signal.Wait(1));
 }
 
-TEST(WorkerSignal, tells_of_as_many_records_as_were_posted)
+TEST(WorkerSignal, Each_posted_record_is_returned_once)
 {
     WorkerSignal signal;
     signal.Post();
@@ -113,7 +113,7 @@ TEST(WorkerSignal, tells_of_as_many_records_as_were_posted)
     EXPECT_EQ(Result::kTimedOut, signal.Wait(0));
 }
 
-TEST(WorkerSignal, tells_of_the_stop_before_records_and_once)
+TEST(WorkerSignal, Stop_is_returned_once_and_before_records)
 {
     WorkerSignal signal;
     signal.Post();
@@ -123,7 +123,7 @@ TEST(WorkerSignal, tells_of_the_stop_before_records_and_once)
     EXPECT_EQ(Result::kTimedOut, signal.Wait(0));
 }
 
-TEST(WorkerSignal, does_not_touch_the_kernel_while_the_worker_is_awake)
+TEST(WorkerSignal, The_kernel_is_not_called_while_the_worker_is_awake)
 {
     const ImportPatch patch("ReleaseSemaphore", &CountRelease);
     realRelease = patch.Original<Release>();
@@ -141,28 +141,28 @@ TEST(WorkerSignal, does_not_touch_the_kernel_while_the_worker_is_awake)
     EXPECT_EQ(0, releases);
 }
 
-TEST(WorkerSignal, wakes_a_worker_that_sleeps_for_every_record_that_comes)
+TEST(WorkerSignal, A_sleeping_worker_is_woken_for_every_record)
 {
     WorkerSignal signal;
     std::thread worker([&signal] { TakeRecords(signal, 2000); });
     for (int i = 0; i < 2000; ++i) {
         signal.Post();
         if (i % 64 == 0) {
-            Sleep(0); // now and then the worker gets to sleep
+            Sleep(0); // gives the worker a chance to fall asleep
         }
     }
     worker.join();
     EXPECT_EQ(Result::kTimedOut, signal.Wait(0));
 }
 
-TEST(WorkerSignal, tells_a_worker_that_sleeps_of_the_stop)
+TEST(WorkerSignal, A_sleeping_worker_is_woken_for_Stop)
 {
     WorkerSignal signal;
-    std::atomic<Result> told{Result::kFailed};
-    std::thread worker([&] { told = signal.Wait(INFINITE); });
+    std::atomic<Result> result{Result::kFailed};
+    std::thread worker([&] { result = signal.Wait(INFINITE); });
     signal.Stop();
     worker.join();
-    EXPECT_EQ(Result::kStop, told);
+    EXPECT_EQ(Result::kStop, result);
     EXPECT_EQ(Result::kTimedOut, signal.Wait(0));
 }
 

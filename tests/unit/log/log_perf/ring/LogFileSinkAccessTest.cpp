@@ -14,7 +14,7 @@ namespace vqrx::test {
 
 using log::log_perf::v2::LogFileSink;
 
-TEST_F(RingFile, holds_a_text_with_line_feeds_and_goes_on_right_behind_it)
+TEST_F(RingFile, The_record_after_a_text_with_line_feeds_follows_without_a_gap)
 {
     LogFileSink sink;
     sink.SetFileName(name_);
@@ -25,7 +25,7 @@ TEST_F(RingFile, holds_a_text_with_line_feeds_and_goes_on_right_behind_it)
     EXPECT_EQ(12 + both.size(), std::stoul(Bytes().substr(0, 10), nullptr, 16));
 }
 
-TEST_F(RingFile, that_another_program_has_locked_is_tried_again_at_every_record)
+TEST_F(RingFile, A_file_that_another_program_has_locked_is_tried_again_at_every_record)
 {
     Put("0x00000000\r\n");
     LogFileSink sink;
@@ -42,7 +42,7 @@ TEST_F(RingFile, that_another_program_has_locked_is_tried_again_at_every_record)
     EXPECT_EQ(Line(0, 2, "c"), Bytes().substr(12));
 }
 
-TEST_F(RingFile, that_is_read_only_is_written_as_soon_as_it_may_be)
+TEST_F(RingFile, A_read_only_file_is_written_as_soon_as_it_is_writable)
 {
     Put("0x00000000\r\n");
     SetFileAttributesA(name_.c_str(), FILE_ATTRIBUTE_READONLY);

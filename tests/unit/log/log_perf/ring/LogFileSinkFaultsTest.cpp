@@ -1,4 +1,4 @@
-// The ring file on a disk that fills up, refuses, or loses its power at any moment.
+// The ring file on a disk that fills up or refuses writes, and after a power cut at any moment.
 #include "log_perf/ring/LogFileSink.h"
 
 #include "ImportPatch.h"
@@ -25,7 +25,7 @@ using Texts = std::vector<std::string>;
 
 using WriteFunction = int __cdecl(int, const void*, unsigned);
 WriteFunction* realWrite = nullptr;
-std::function<int(int, const void*, unsigned)> diverted; // empty: to the disk
+std::function<int(int, const void*, unsigned)> diverted; // if empty, writes go to the disk
 
 int __cdecl Divert(int file, const void* bytes, unsigned count)
 {
@@ -71,7 +71,7 @@ protected:
     ImportPatch patch_{"_write", Divert};
 };
 
-TEST_F(LogFileFault, a_new_file_holds_an_empty_header_before_it_gets_its_first_record)
+TEST_F(LogFileFault, A_new_file_holds_an_empty_header_before_its_first_record)
 {
     std::vector<std::string> states;
     diverted = [&](int file, const void* bytes, unsigned count) {
@@ -86,14 +86,14 @@ TEST_F(LogFileFault, a_new_file_holds_an_empty_header_before_it_gets_its_first_r
     EXPECT_EQ("0x00000000\r\n", states.front());
 }
 
-/// What the disk may hold after a power cut at some moment.
+/// Content of the file that a power cut may leave.
 struct Image {
     std::string bytes;
-    std::size_t record; ///< the one that was being written
+    std::size_t record; ///< index of the record that was being written
     bool tornHeader;
 };
 
-/// Every image between the first write of a sink and the last, the torn ones too.
+/// Collects every content of the file between the writes of a sink, and those of torn writes.
 class ImageCollector {
 public:
     explicit ImageCollector(std::string name)
@@ -134,7 +134,7 @@ private:
     std::size_t record_ = 0;
 };
 
-/// Writes records of different lengths through several wraps.
+/// Writes the texts, which wrap the ring several times, and returns all images.
 std::vector<Image> ImagesOf(const std::string& name, const Texts& texts,
                             const std::function<void(LogFileSink&, const std::string&)>& write)
 {
@@ -151,7 +151,7 @@ std::vector<Image> ImagesOf(const std::string& name, const Texts& texts,
 
 } // namespace
 
-TEST_F(LogFileFault, disk_full_costs_the_records_meanwhile_and_no_others)
+TEST_F(LogFileFault, A_full_disk_costs_only_the_records_written_meanwhile)
 {
     LogFileSink sink;
     sink.SetFileName(name_);
@@ -170,13 +170,13 @@ TEST_F(LogFileFault, disk_full_costs_the_records_meanwhile_and_no_others)
     EXPECT_EQ((Texts{"before 1", "before 2", "after 1", "after 2", "end"}), TextsOf(reader));
 }
 
-TEST_F(LogFileFault, disk_full_in_mid_record_costs_that_record_and_no_others)
+TEST_F(LogFileFault, A_disk_that_fills_up_within_a_record_costs_only_that_record)
 {
     LogFileSink sink;
     sink.SetFileName(name_);
     Write(sink, "before 1");
     diverted = [](int file, const void* bytes, unsigned count) {
-        if (count > 20) { // the rest finds no room
+        if (count > 20) { // only the first half fits on the disk
             realWrite(file, bytes, count / 2);
         }
         return NoSpace(file, bytes, count);
@@ -191,7 +191,7 @@ TEST_F(LogFileFault, disk_full_in_mid_record_costs_that_record_and_no_others)
     EXPECT_EQ((Texts{"before 1", "after 1", "after 2", "end"}), TextsOf(reader));
 }
 
-TEST_F(LogFileFault, the_folder_of_an_open_file_cannot_be_removed_and_a_removed_one_may_come_back)
+TEST_F(LogFileFault, The_folder_of_an_open_file_cannot_be_removed_and_a_removed_folder_may_return)
 {
     const std::filesystem::path logs = folder_.Path() / "Logs";
     std::filesystem::create_directory(logs);
@@ -205,7 +205,7 @@ TEST_F(LogFileFault, the_folder_of_an_open_file_cannot_be_removed_and_a_removed_
     Write(sink, "b");
     EXPECT_NE(std::string::npos, BytesOf(name).find(";b\r\n"));
 
-    diverted = NoSpace; // the stream is given up, and with it what kept the folder
+    diverted = NoSpace; // the stream fails; its open file kept the folder
     Write(sink, "c");
     sink.SetFileName(""); // closed
     Write(sink, "d");
@@ -219,7 +219,7 @@ TEST_F(LogFileFault, the_folder_of_an_open_file_cannot_be_removed_and_a_removed_
     EXPECT_NE(std::string::npos, BytesOf(name).find(";f\r\n"));
 }
 
-TEST_F(LogFileFault, a_power_cut_at_any_write_costs_at_most_the_last_record)
+TEST_F(LogFileFault, A_power_cut_at_any_write_costs_at_most_the_last_record)
 {
     Texts texts;
     for (std::size_t record = 0; record < 24; ++record) {
@@ -238,10 +238,10 @@ TEST_F(LogFileFault, a_power_cut_at_any_write_costs_at_most_the_last_record)
         ASSERT_FALSE(found.empty()) << index;
         EXPECT_EQ("after", found.back()) << index;
         found.pop_back();
-        if (image.tornHeader) { // twelve bytes in one sector: no disk tears them, but who knows
+        if (image.tornHeader) { // twelve bytes in one sector: unlikely, and records may be lost
             continue;
         }
-        // What is found are successive records, up to the last but one at least.
+        // The records found follow each other, and the last but one is among them.
         if (image.record == 0 && found.empty()) {
             continue;
         }
@@ -255,7 +255,7 @@ TEST_F(LogFileFault, a_power_cut_at_any_write_costs_at_most_the_last_record)
     }
 }
 
-TEST_F(LogFileFault, a_power_cut_never_silences_the_log_whatever_the_records_say)
+TEST_F(LogFileFault, After_a_power_cut_the_log_is_written_whatever_the_texts_are)
 {
     Texts texts;
     for (std::size_t record = 0; record < 24; ++record) {

@@ -1,4 +1,4 @@
-// A hundred thousand records: many times round the ring, and twice the history.
+// A hundred thousand records wrap the ring many times and fill the history twice.
 #include "log_perf/ring/LogFileSink.h"
 
 #include "TempFolder.h"
@@ -26,7 +26,7 @@ void Write(LogFileSink& sink, int number)
     sink.Write(2, &timestamp, ("record " + std::to_string(number)).c_str());
 }
 
-TEST(LogFileLongRun, of_a_hundred_thousand_records_stays_within_its_bounds_and_in_order)
+TEST(LogFileSinkLongRun, A_hundred_thousand_records_stay_in_order_and_within_the_bounds)
 {
     const TempFolder folder;
     const std::string name = folder.File("DaemonManager.log");
@@ -51,7 +51,7 @@ TEST(LogFileLongRun, of_a_hundred_thousand_records_stays_within_its_bounds_and_i
     again.SetSizeLimit(kLimit);
     Write(again, kRecords);
     const auto reloaded = again.GetEntries(0, INT64_MAX);
-    ASSERT_LT(10000U, reloaded.size()); // about a hundred bytes each
+    ASSERT_LT(10000U, reloaded.size()); // a record takes about a hundred bytes
     int number = kRecords + 1 - static_cast<int>(reloaded.size());
     for (const auto& [key, entry] : reloaded) {
         ASSERT_EQ("record " + std::to_string(number), entry.text);

@@ -5,26 +5,23 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
-#include <iterator>
-#include <random>
-#include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace vqrx::test {
 namespace {
 
 using log::log_perf::v2::DateText;
 using log::log_perf::v2::LogFileSink;
-using log::log_perf::v2::Timestamp;
 
 using Texts = std::vector<std::string>;
 
 } // namespace
 
-TEST_F(RingFile, that_does_not_exist_is_created_with_its_header_and_the_first_record_at_offset_12)
+TEST_F(RingFile, A_file_that_does_not_exist_is_created_with_the_first_record_at_offset_12)
 {
     LogFileSink sink;
     sink.SetFileName(name_);
@@ -36,7 +33,7 @@ TEST_F(RingFile, that_does_not_exist_is_created_with_its_header_and_the_first_re
     EXPECT_EQ(header + line, Bytes());
 }
 
-TEST_F(RingFile, is_complete_on_disk_after_every_record)
+TEST_F(RingFile, The_file_is_complete_on_disk_after_every_record)
 {
     LogFileSink sink;
     sink.SetFileName(name_);
@@ -48,7 +45,7 @@ TEST_F(RingFile, is_complete_on_disk_after_every_record)
     }
 }
 
-TEST_F(RingFile, keeps_levels_up_to_3_and_drops_higher_ones)
+TEST_F(RingFile, Levels_above_the_threshold_are_neither_written_nor_kept)
 {
     LogFileSink sink;
     sink.SetFileName(name_);
@@ -61,13 +58,13 @@ TEST_F(RingFile, keeps_levels_up_to_3_and_drops_higher_ones)
     EXPECT_EQ((Texts{"0:kept", "1:kept"}), History(sink));
 }
 
-TEST_F(RingFile, writes_the_record_that_passes_the_limit_whole_and_the_next_one_at_offset_12)
+TEST_F(RingFile, The_record_that_passes_the_limit_is_written_whole_and_the_next_one_at_offset_12)
 {
     LogFileSink sink;
     sink.SetFileName(name_);
     sink.SetSizeLimit(200);
     Write(sink, 2, std::string(100, 'a'));
-    Write(sink, 2, std::string(100, 'b')); // crosses
+    Write(sink, 2, std::string(100, 'b')); // passes the limit
     const std::string before = Bytes();
     EXPECT_EQ("0x0000000C\r\n", before.substr(0, 12));
     EXPECT_LT(200U, before.size());
@@ -80,7 +77,7 @@ TEST_F(RingFile, writes_the_record_that_passes_the_limit_whole_and_the_next_one_
     EXPECT_EQ(12 + third.size(), std::stoul(after.substr(0, 10), nullptr, 16));
 }
 
-TEST_F(RingFile, starts_again_only_when_the_limit_is_passed_not_when_it_is_reached)
+TEST_F(RingFile, A_record_that_ends_at_the_limit_does_not_wrap_the_ring)
 {
     LogFileSink sink;
     sink.SetFileName(name_);
@@ -92,7 +89,7 @@ TEST_F(RingFile, starts_again_only_when_the_limit_is_passed_not_when_it_is_reach
     EXPECT_EQ(12U, std::stoul(Bytes().substr(0, 10), nullptr, 16));
 }
 
-TEST_F(RingFile, wraps_at_1_MiB_as_the_program_sets_it)
+TEST_F(RingFile, The_ring_wraps_at_1_MiB_if_this_is_the_limit)
 {
     LogFileSink sink;
     sink.SetFileName(name_);
@@ -112,7 +109,7 @@ TEST_F(RingFile, wraps_at_1_MiB_as_the_program_sets_it)
     EXPECT_EQ(12 + Line(number, 2, "next").size(), std::stoul(Bytes().substr(0, 10), nullptr, 16));
 }
 
-TEST_F(RingFile, that_never_wrapped_is_reopened_with_its_records_and_the_next_number)
+TEST_F(RingFile, A_file_that_never_wrapped_is_reopened_with_its_records_and_the_next_number)
 {
     {
         LogFileSink sink;
@@ -132,7 +129,7 @@ TEST_F(RingFile, that_never_wrapped_is_reopened_with_its_records_and_the_next_nu
     EXPECT_EQ(DateText(At(kSeconds, 7)), entries[0].second.date);
 }
 
-TEST_F(RingFile, is_left_for_another_when_the_name_changes)
+TEST_F(RingFile, A_new_file_name_starts_a_new_file_and_history)
 {
     LogFileSink sink;
     sink.SetFileName(name_);
@@ -144,7 +141,7 @@ TEST_F(RingFile, is_left_for_another_when_the_name_changes)
     EXPECT_EQ(Line(0, 2, "first file"), Bytes().substr(12));
 }
 
-TEST_F(RingFile, without_a_name_keeps_records_in_memory_only)
+TEST_F(RingFile, Without_a_file_name_records_are_kept_only_in_memory)
 {
     LogFileSink sink;
     Write(sink, 2, "a");
@@ -152,7 +149,7 @@ TEST_F(RingFile, without_a_name_keeps_records_in_memory_only)
     EXPECT_EQ((Texts{"0:a", "1:b"}), History(sink));
 }
 
-TEST_F(RingFile, can_be_read_by_others_while_it_is_written)
+TEST_F(RingFile, Other_programs_can_read_the_file_while_it_is_written)
 {
     LogFileSink sink;
     sink.SetFileName(name_);
@@ -161,184 +158,6 @@ TEST_F(RingFile, can_be_read_by_others_while_it_is_written)
     ASSERT_TRUE(reader.is_open());
     Write(sink, 2, "b");
     EXPECT_EQ(Line(0, 2, "a") + Line(1, 2, "b"), Bytes().substr(12));
-}
-
-TEST_F(RingFile, that_is_empty_is_taken_over)
-{
-    Put("");
-    LogFileSink sink;
-    sink.SetFileName(name_);
-    Write(sink, 2, "a");
-    EXPECT_EQ(Line(0, 2, "a"), Bytes().substr(12));
-}
-
-TEST_F(RingFile, that_another_program_filled_is_taken_over)
-{
-    Put("This is; quite another; kind of file.\nWith lines\n");
-    LogFileSink sink;
-    sink.SetFileName(name_);
-    Write(sink, 2, "a");
-    EXPECT_EQ((Texts{"0:a"}), History(sink));
-    EXPECT_EQ(Line(0, 2, "a"), Bytes().substr(12, Line(0, 2, "a").size()));
-}
-
-TEST_F(RingFile, cut_in_mid_record_is_taken_over)
-{
-    {
-        LogFileSink sink;
-        sink.SetFileName(name_);
-        Write(sink, 2, "first");
-        Write(sink, 2, "second");
-    }
-    const std::string bytes = Bytes();
-    Put(bytes.substr(0, bytes.size() - 20));
-    LogFileSink sink;
-    sink.SetFileName(name_);
-    Write(sink, 2, "third"); // the header points beyond the end: writing starts at the front again
-    EXPECT_EQ("third", sink.GetEntries(-1, -1).at(0).second.text);
-    EXPECT_EQ(12U, Bytes().find(std::to_string(sink.GetEntries(-1, -1).at(0).first) + ";"));
-}
-
-TEST_F(RingFile, with_a_damaged_number_raises_at_every_record_until_it_is_gone)
-{
-    Put("0x0000001F\r\n0;date;x;2;damaged\r\n");
-    LogFileSink sink;
-    sink.SetFileName(name_);
-    EXPECT_THROW(Write(sink, 2, "a"), std::invalid_argument);
-    EXPECT_THROW(Write(sink, 2, "b"), std::invalid_argument);
-    std::filesystem::remove(name_);
-    Write(sink, 2, "c");
-    EXPECT_EQ((Texts{"0:c"}), History(sink));
-}
-
-// Two rounds end beyond the limit, the second one less far: behind its last record stands what the
-// first has left there, and nothing ever overwrites it.
-TEST_F(RingFile, whose_end_holds_the_rest_of_a_longer_record_is_taken_over)
-{
-    {
-        LogFileSink sink;
-        sink.SetFileName(name_);
-        sink.SetSizeLimit(200);
-        Write(sink, 2, std::string(100, 'a'));
-        Write(sink, 2, "x;" + std::string(90, 'b') + ";c;d;e;f;g;h;i");
-        Write(sink, 2, std::string(100, 'c'));
-        Write(sink, 2, std::string(60, 'd'));
-    }
-    const std::string bytes = Bytes();
-    ASSERT_TRUE(bytes.ends_with("d\r\nb;c;d;e;f;g;h;i\r\n") ||
-                bytes.ends_with("b;c;d;e;f;g;h;i\r\n"));
-    LogFileSink sink;
-    sink.SetFileName(name_);
-    sink.SetSizeLimit(200);
-    EXPECT_NO_THROW(Write(sink, 2, "after"));
-    EXPECT_NE(std::string::npos, Bytes().find(";after\r\n"));
-}
-
-TEST_F(RingFile, is_taken_over_whatever_separators_its_texts_have)
-{
-    std::mt19937 random(20261121);
-    for (int round = 0; round < 60; ++round) {
-        std::filesystem::remove(name_);
-        const auto limit = static_cast<std::uint32_t>(100 + random() % 2000);
-        for (int run = 0; run < 20; ++run) {
-            LogFileSink sink;
-            sink.SetFileName(name_);
-            sink.SetSizeLimit(limit);
-            for (auto records = random() % 12 + 1; records != 0; --records) {
-                ASSERT_NO_THROW(
-                    Write(sink, 2, "a;b;c;d;e;" + std::string(random() % 90, 'x') + ";f;g;h;i;j"))
-                    << round << ' ' << run << '\n'
-                    << Bytes();
-            }
-        }
-    }
-}
-
-TEST_F(RingFile, replaced_by_a_folder_is_tried_again_at_every_record)
-{
-    std::filesystem::create_directory(name_);
-    LogFileSink sink;
-    sink.SetFileName(name_);
-    Write(sink, 2, "a");
-    Write(sink, 2, "b");
-    std::filesystem::remove(name_);
-    Write(sink, 2, "c");
-    EXPECT_EQ(Line(0, 2, "c"), Bytes().substr(12));
-}
-
-TEST_F(RingFile, whose_folder_is_missing_is_tried_again_at_every_record)
-{
-    const std::string name = folder_.File("Logs") + "/DaemonManager.log";
-    LogFileSink sink;
-    sink.SetFileName(name);
-    Write(sink, 2, "a");
-    std::filesystem::create_directory(folder_.Path() / "Logs");
-    Write(sink, 2, "b");
-    std::ifstream file(name, std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    EXPECT_EQ(Line(0, 2, "b"), bytes.substr(12));
-}
-
-TEST_F(RingFile, emptied_while_it_is_open_is_written_on)
-{
-    LogFileSink sink;
-    sink.SetFileName(name_);
-    Write(sink, 2, "a");
-    Put("");
-    Write(sink, 2, "b");
-    EXPECT_NE(std::string::npos, Bytes().find(Line(1, 2, "b")));
-    LogFileSink again;
-    again.SetFileName(name_);
-    Write(again, 2, "c");
-    EXPECT_NE(std::string::npos, Bytes().find(";c\r\n"));
-}
-
-// Random lengths, limits and reopenings: the file always holds exactly the newest records that the
-// ring has not overwritten, and a reload finds them in their order.
-TEST_F(RingFile, holds_the_newest_records_in_order_whatever_their_lengths_and_reopenings)
-{
-    std::mt19937 random(20261121);
-    for (int round = 0; round < 30; ++round) {
-        std::filesystem::remove(name_);
-        const auto limit = static_cast<std::uint32_t>(100 + random() % 2000);
-        auto sink = std::make_unique<LogFileSink>();
-        sink->SetFileName(name_);
-        sink->SetSizeLimit(limit);
-        Texts written;
-        for (int record = 0; record < 120; ++record) {
-            if (random() % 20 == 0) {
-                sink = std::make_unique<LogFileSink>();
-                sink->SetFileName(name_);
-                sink->SetSizeLimit(limit);
-            }
-            written.push_back("<" + std::to_string(record) + std::string(random() % 80, 'x') + ">");
-            Write(*sink, 2, written.back());
-        }
-        sink.reset();
-
-        LogFileSink reader;
-        reader.SetFileName(name_);
-        Write(reader, 2, "end");
-        Texts found;
-        for (const auto& [number, entry] : reader.GetEntries(0, -1)) {
-            found.push_back(entry.text);
-        }
-        written.emplace_back("end");
-        ASSERT_FALSE(found.empty());
-        ASSERT_LE(found.size(), written.size());
-        const Texts newest(written.end() - static_cast<std::ptrdiff_t>(found.size()),
-                           written.end());
-        EXPECT_EQ(newest, found) << "round " << round << " limit " << limit;
-        // At most one record (the one behind the write position) is on disk and not found.
-        std::size_t onDisk = 0;
-        const std::string bytes = Bytes();
-        for (const std::string& text : written) {
-            const std::string tail = Line(0, 2, text).substr(1); // without its number
-            const std::size_t position = bytes.find(tail);
-            onDisk += position != std::string::npos && std::isdigit(bytes[position - 1]) ? 1U : 0U;
-        }
-        EXPECT_LE(onDisk, found.size() + 1);
-    }
 }
 
 } // namespace vqrx::test

@@ -19,7 +19,7 @@ LogHistoryEntry Entry(const std::string& text)
     return entry;
 }
 
-/// Counts the bytes that histories made under it hold.
+/// Counts the bytes of all histories that are made while it lives.
 class CountedMemory : public std::pmr::memory_resource {
 public:
     CountedMemory()
@@ -55,8 +55,8 @@ private:
 
 } // namespace
 
-// Whatever the lengths were one after the other: what an entry took is there for the others.
-TEST(LogHistory, of_texts_of_every_length_holds_no_more_than_the_longest_need)
+// Memory of entries that left is used again for entries of other lengths.
+TEST(LogHistory, Texts_of_every_length_take_no_more_memory_than_the_longest)
 {
     constexpr std::size_t kMiB = 1048576;
     const CountedMemory memory;
@@ -69,12 +69,13 @@ TEST(LogHistory, of_texts_of_every_length_holds_no_more_than_the_longest_need)
         }
         most = std::max(most, memory.Held());
     }
-    EXPECT_GT(80 * kMiB, most); // 50000 texts of 1000, and what goes with them
+    EXPECT_GT(80 * kMiB, most); // 50000 texts of 1000 characters, and their nodes
     EXPECT_GT(20 * kMiB, memory.Held());
 }
 
-// Each length is a little more than the one before: nothing of it is used again but by its size.
-TEST(LogHistory, of_texts_that_grow_little_by_little_does_not_keep_the_memory_of_every_length)
+// Each length is a little greater than the one before, so that no text fits into the memory of the
+// entry that leaves.
+TEST(LogHistory, Texts_that_grow_slowly_do_not_keep_memory_of_every_length)
 {
     constexpr std::size_t kMiB = 1048576;
     const CountedMemory memory;
@@ -88,7 +89,7 @@ TEST(LogHistory, of_texts_that_grow_little_by_little_does_not_keep_the_memory_of
     }
 }
 
-TEST(LogHistory, that_is_empty_raises_for_a_range_and_yields_no_entries)
+TEST(LogHistory, An_empty_history_throws_for_a_range_and_returns_no_entries)
 {
     LogHistory history;
     std::int64_t first = 0;
@@ -102,7 +103,7 @@ TEST(LogHistory, that_is_empty_raises_for_a_range_and_yields_no_entries)
     EXPECT_TRUE(history.GetEntries(0, -1).empty());
 }
 
-TEST(LogHistory, counts_negative_numbers_back_from_the_newest)
+TEST(LogHistory, A_negative_number_counts_back_from_the_newest_record)
 {
     LogHistory history;
     history.Insert(7, Entry("only"));
@@ -113,7 +114,7 @@ TEST(LogHistory, counts_negative_numbers_back_from_the_newest)
     EXPECT_EQ(7, last);
 }
 
-TEST(LogHistory, cuts_a_range_to_what_is_there)
+TEST(LogHistory, A_range_is_limited_to_the_records_that_are_kept)
 {
     LogHistory history;
     for (int number = 10; number < 20; ++number) {
@@ -131,7 +132,7 @@ TEST(LogHistory, cuts_a_range_to_what_is_there)
     EXPECT_FALSE(history.GetRange(30, 40, first, last));
 }
 
-TEST(LogHistory, yields_the_entries_of_a_range_in_ascending_order)
+TEST(LogHistory, The_entries_of_a_range_come_in_ascending_order)
 {
     LogHistory history;
     for (int number = 10; number < 20; ++number) {
@@ -146,7 +147,7 @@ TEST(LogHistory, yields_the_entries_of_a_range_in_ascending_order)
     EXPECT_TRUE(history.GetEntries(14, 12).empty());
 }
 
-TEST(LogHistory, drops_the_oldest_entry_when_there_are_more_than_50000)
+TEST(LogHistory, The_oldest_entry_leaves_when_there_are_more_than_50000)
 {
     LogHistory history;
     for (int number = 0; number <= 50000; ++number) {
@@ -159,8 +160,8 @@ TEST(LogHistory, drops_the_oldest_entry_when_there_are_more_than_50000)
     EXPECT_EQ(50000, last);
 }
 
-// A record that takes the oldest one's place may need more memory, less or the same.
-TEST(LogHistory, that_is_full_keeps_every_text_whole_whatever_it_displaces)
+// A record that replaces the oldest one may need more memory, less, or as much.
+TEST(LogHistory, A_full_history_keeps_every_text_whole)
 {
     const auto textOf = [](std::int64_t number) {
         return std::to_string(number) +
@@ -188,14 +189,14 @@ TEST(LogHistory, that_is_full_keeps_every_text_whole_whatever_it_displaces)
     }
 }
 
-TEST(LogHistory, that_is_full_takes_numbers_that_do_not_ascend)
+TEST(LogHistory, A_full_history_accepts_numbers_that_do_not_ascend)
 {
     LogHistory history;
     const auto capacity = static_cast<std::int64_t>(LogHistory::kCapacity);
     for (std::int64_t number = 1; number <= capacity; ++number) {
         history.Insert(10 * number, Entry("a"));
     }
-    history.Insert(10 * capacity, Entry("again")); // a number that is there: nothing leaves
+    history.Insert(10 * capacity, Entry("again")); // replaces a record: none leaves
     history.Insert(10 * capacity - 5, Entry("between"));
     history.Insert(1, Entry("before all"));
     const auto entries = history.GetEntries(0, -1);
@@ -205,7 +206,7 @@ TEST(LogHistory, that_is_full_takes_numbers_that_do_not_ascend)
     EXPECT_EQ("again", entries.back().second.text);
 }
 
-TEST(LogHistory, survives_the_outermost_numbers)
+TEST(LogHistory, The_largest_and_smallest_numbers_do_not_overflow)
 {
     LogHistory history;
     history.Insert(INT64_MAX, Entry("last"));

@@ -23,7 +23,7 @@ inline log::log_perf::v2::Timestamp At(std::int64_t seconds, unsigned short mill
     return timestamp;
 }
 
-/// A ring file of the test's own.
+/// A ring file in a temporary folder of its own.
 class RingFile : public ::testing::Test {
 protected:
     RingFile()

@@ -1,7 +1,5 @@
 #include "log_perf/ring/RingReload.h"
 
-#include "log_perf/ring/LineReader.h"
-
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -38,7 +36,7 @@ using Records = std::vector<std::pair<std::int64_t, std::string>>;
 
 } // namespace
 
-TEST(RingReload, of_a_file_that_never_wrapped_counts_from_0_and_goes_on_with_the_next_number)
+TEST(RingReload, A_file_that_never_wrapped_is_numbered_from_0)
 {
     const std::string bytes = "0x00000040\r\n" + Line(0, "a") + Line(1, "b") + Line(2, "c");
     const auto result = Reload(bytes, static_cast<std::uint32_t>(bytes.size()));
@@ -46,17 +44,17 @@ TEST(RingReload, of_a_file_that_never_wrapped_counts_from_0_and_goes_on_with_the
     EXPECT_EQ(3, result.next);
 }
 
-TEST(RingReload, of_a_wrapped_file_takes_the_older_part_first_and_leaves_its_first_line_out)
+TEST(RingReload, A_wrapped_file_is_read_older_part_first_without_its_first_line)
 {
     const std::string newer = "0x00000000\r\n" + Line(10, "new1") + Line(11, "new2");
     const std::string bytes = newer + "7;date;1000;2;torn\r\n" + Line(8, "old1") + Line(9, "old2");
     const auto result = Reload(bytes, static_cast<std::uint32_t>(newer.size()));
-    // Numbered from the line that is left out; the numbers of the later lines are not looked at.
+    // The numbers count from the line that is left out; the numbers in the later lines are ignored.
     EXPECT_EQ((Records{{7, "old1"}, {8, "old2"}, {9, "new1"}, {10, "new2"}}), result.records);
     EXPECT_EQ(11, result.next);
 }
 
-TEST(RingReload, skips_a_torn_line_with_fewer_than_five_fields)
+TEST(RingReload, A_torn_line_with_fewer_than_five_fields_is_skipped)
 {
     const std::string newer = "0x00000000\r\n" + Line(10, "new");
     const std::string bytes =
@@ -65,7 +63,7 @@ TEST(RingReload, skips_a_torn_line_with_fewer_than_five_fields)
     EXPECT_EQ((Records{{8, "old"}, {9, "new"}}), result.records);
 }
 
-TEST(RingReload, skips_a_line_torn_at_its_first_separator)
+TEST(RingReload, A_line_torn_at_its_first_separator_is_skipped)
 {
     const std::string newer = "0x00000000\r\n" + Line(10, "new");
     const std::string bytes =
@@ -74,49 +72,49 @@ TEST(RingReload, skips_a_line_torn_at_its_first_separator)
               Reload(bytes, static_cast<std::uint32_t>(newer.size())).records);
 }
 
-TEST(RingReload, reads_lines_that_end_in_a_line_feed_alone_too)
+TEST(RingReload, Lines_may_end_with_a_line_feed_alone)
 {
     const std::string bytes = "0x0000000B\n0;d;1;2;a\n1;d;1;2;b\n";
     EXPECT_EQ((Records{{0, "a"}, {1, "b"}}),
               Reload(bytes, static_cast<std::uint32_t>(bytes.size())).records);
 }
 
-TEST(RingReload, of_an_empty_file_finds_nothing)
+TEST(RingReload, An_empty_file_has_no_records)
 {
     const auto result = Reload("", 12);
     EXPECT_TRUE(result.records.empty());
     EXPECT_EQ(0, result.next);
 }
 
-TEST(RingReload, of_another_programs_text_finds_nothing)
+TEST(RingReload, A_text_of_another_program_has_no_records)
 {
     EXPECT_TRUE(Reload("The quick brown fox\njumps; over; the lazy dog\n", 12).records.empty());
 }
 
-TEST(RingReload, raises_a_conversion_error_for_a_damaged_number)
+TEST(RingReload, A_damaged_time_throws_a_conversion_error)
 {
     const std::string bytes = "0x00000000\r\n0;d;x;2;a\r\n";
     EXPECT_THROW(Reload(bytes, static_cast<std::uint32_t>(bytes.size())), std::invalid_argument);
 }
 
-TEST(RingReload, skips_the_rest_of_an_overwritten_record_behind_one_without_its_header)
+TEST(RingReload, The_remainder_after_a_record_that_the_header_does_not_count_is_skipped)
 {
     const std::string newer = "0x00000000\r\n" + Line(10, "new");
-    const std::string bytes = newer + Line(11, "cut off from its header") + "00;2;a;b;c;d\r\n" +
+    const std::string bytes = newer + Line(11, "not counted by the header") + "00;2;a;b;c;d\r\n" +
                               Line(8, "old1") + Line(9, "old2");
     const auto result = Reload(bytes, static_cast<std::uint32_t>(newer.size()));
     EXPECT_EQ((Records{{11, "old1"}, {12, "old2"}, {13, "new"}}), result.records);
     EXPECT_EQ(14, result.next);
 }
 
-TEST(RingReload, raises_a_conversion_error_for_a_damaged_number_in_a_later_line_of_the_older_part)
+TEST(RingReload, A_damaged_time_in_a_later_line_of_the_older_part_throws_a_conversion_error)
 {
     const std::string newer = "0x00000000\r\n" + Line(10, "new");
     const std::string bytes = newer + Line(7, "a") + Line(8, "b") + "9;d;x;2;c\r\n";
     EXPECT_THROW(Reload(bytes, static_cast<std::uint32_t>(newer.size())), std::invalid_argument);
 }
 
-TEST(RingReload, goes_round_at_the_last_number_of_all)
+TEST(RingReload, The_number_after_the_largest_one_is_the_smallest)
 {
     const std::string newer = "0x00000000\r\n" + Line(10, "new");
     const std::string bytes =
@@ -124,35 +122,6 @@ TEST(RingReload, goes_round_at_the_last_number_of_all)
     const auto result = Reload(bytes, static_cast<std::uint32_t>(newer.size()));
     EXPECT_EQ(3U, result.records.size());
     EXPECT_EQ(INT64_MIN + 2, result.next);
-}
-
-TEST(LineReader, keeps_the_beginning_of_an_endless_line_and_finds_the_next)
-{
-    std::istringstream file(std::string(200000, 'x') + "\nnext\n");
-    LineReader reader(file);
-    std::string line;
-    ASSERT_TRUE(reader.Next(line));
-    EXPECT_EQ(LineReader::kMaxLine, line.size());
-    EXPECT_EQ(200001U, reader.Position());
-    ASSERT_TRUE(reader.Next(line));
-    EXPECT_EQ("next", line);
-    EXPECT_FALSE(reader.Next(line));
-}
-
-TEST(LineReader, counts_the_bytes_of_line_ends_and_of_an_unfinished_last_line)
-{
-    std::istringstream file("ab\r\n\ncd");
-    LineReader reader(file, 12);
-    std::string line;
-    ASSERT_TRUE(reader.Next(line));
-    EXPECT_EQ("ab", line);
-    EXPECT_EQ(16U, reader.Position());
-    ASSERT_TRUE(reader.Next(line));
-    EXPECT_EQ("", line);
-    ASSERT_TRUE(reader.Next(line));
-    EXPECT_EQ("cd", line);
-    EXPECT_EQ(19U, reader.Position());
-    EXPECT_FALSE(reader.Next(line));
 }
 
 } // namespace vqrx::test

@@ -20,7 +20,7 @@ namespace {
 using log::log_perf::v2::ConsoleSink;
 using log::log_perf::v2::Timestamp;
 
-// What happened on the console, in its order: "<12>" for a colour, and the text.
+// Everything that happened on the console, in order: "<12>" stands for setting colour 12.
 std::ostringstream* screen = nullptr;
 HANDLE coloured = nullptr;
 
@@ -31,15 +31,15 @@ BOOL WINAPI NoteColour(HANDLE console, WORD attribute)
     return TRUE;
 }
 
-/// Shows on the screen what has been flushed, and no more; counts the flushes that had something.
+/// Passes flushed text to the screen; counts the flushes that were not empty.
 class FlushedText : public std::stringbuf {
 public:
-    int pieces = 0;
+    int writes = 0;
 
 protected:
     int sync() override
     {
-        pieces += str().empty() ? 0 : 1;
+        writes += str().empty() ? 0 : 1;
         *screen << str();
         str("");
         return 0;
@@ -87,7 +87,7 @@ protected:
     std::optional<ConsoleSink> sink_;
 };
 
-TEST_F(Console, shows_all_four_levels_in_their_colours_with_the_threshold_3)
+TEST_F(Console, Threshold_3_shows_all_four_levels_in_their_colours)
 {
     Write(0, "error");
     Write(1, "warning");
@@ -99,7 +99,7 @@ TEST_F(Console, shows_all_four_levels_in_their_colours_with_the_threshold_3)
                         "<10>Mon Nov 16 12:00:00.007 detail\n");
 }
 
-TEST_F(Console, with_the_threshold_1_neither_shows_levels_2_and_3_nor_changes_the_colour_for_them)
+TEST_F(Console, Threshold_1_shows_no_line_and_sets_no_colour_for_levels_2_and_3)
 {
     sink_->SetThreshold(1);
     Write(2, "information");
@@ -109,7 +109,7 @@ TEST_F(Console, with_the_threshold_1_neither_shows_levels_2_and_3_nor_changes_th
     EXPECT_EQ(Screen(), "<14>Mon Nov 16 12:00:00.007 warning\n");
 }
 
-TEST_F(Console, shows_milliseconds_with_three_digits)
+TEST_F(Console, Milliseconds_have_three_digits)
 {
     Write(2, "a", 0);
     Write(2, "b", 45);
@@ -119,7 +119,7 @@ TEST_F(Console, shows_milliseconds_with_three_digits)
                         "<7>Mon Nov 16 12:00:00.999 c\n");
 }
 
-TEST_F(Console, leaves_the_colour_of_a_line_until_the_next_and_is_grey_again_at_its_end)
+TEST_F(Console, The_colour_stays_after_a_line_and_the_destructor_sets_grey)
 {
     Write(0, "error");
     EXPECT_TRUE(Screen().ends_with(" error\n"));
@@ -127,27 +127,27 @@ TEST_F(Console, leaves_the_colour_of_a_line_until_the_next_and_is_grey_again_at_
     EXPECT_TRUE(Screen().ends_with(" error\n<7>"));
 }
 
-TEST_F(Console, is_grey_at_its_end_also_when_nothing_was_written)
+TEST_F(Console, The_destructor_sets_grey_even_if_nothing_was_written)
 {
     sink_.reset();
     EXPECT_EQ(Screen(), "<7>");
 }
 
-TEST_F(Console, sets_the_colour_on_the_standard_output)
+TEST_F(Console, The_colour_is_set_on_the_standard_output)
 {
     Write(2, "a");
     EXPECT_EQ(coloured, GetStdHandle(STD_OUTPUT_HANDLE));
 }
 
-TEST_F(Console, has_each_line_out_at_once_and_in_one_piece)
+TEST_F(Console, Each_line_is_flushed_at_once_and_in_one_write)
 {
     Write(2, "a");
-    EXPECT_EQ(buffer_.pieces, 1);
+    EXPECT_EQ(buffer_.writes, 1);
     Write(0, "b");
-    EXPECT_EQ(buffer_.pieces, 2);
+    EXPECT_EQ(buffer_.writes, 2);
 }
 
-TEST_F(Console, shows_levels_without_a_colour_of_their_own_in_grey)
+TEST_F(Console, Levels_below_0_and_above_3_are_grey)
 {
     sink_->SetThreshold(100);
     Write(-1, "below");
@@ -156,22 +156,22 @@ TEST_F(Console, shows_levels_without_a_colour_of_their_own_in_grey)
                         "<7>Mon Nov 16 12:00:00.007 above\n");
 }
 
-TEST_F(Console, writes_texts_of_any_length_and_percent_signs_as_they_are)
+TEST_F(Console, Long_texts_and_percent_signs_are_written_unchanged)
 {
     const std::string text = std::string(1030, 'x') + " %s %n";
     Write(2, text);
     EXPECT_EQ(Screen(), "<7>Mon Nov 16 12:00:00.007 " + text + "\n");
 }
 
-TEST_F(Console, shows_later_lines_although_one_could_not_be_written)
+TEST_F(Console, A_line_is_written_even_if_the_stream_failed_before)
 {
     std::cerr.setstate(std::ios::badbit);
     Write(2, "next");
     EXPECT_EQ(Screen(), "<7>Mon Nov 16 12:00:00.007 next\n");
 }
 
-// The program looks at the screen of the console it is given, as an operator does.
-TEST(RealConsole, shows_the_four_levels_in_their_colours_and_is_grey_again_at_the_end)
+// The program reads the screen buffer of its own console and ends with 0 if text and colours match.
+TEST(RealConsole, The_console_shows_the_four_levels_in_their_colours_and_is_grey_at_the_end)
 {
     std::string commandLine = "\"" + TestProgram("shows_levels") + "\"";
     STARTUPINFOA startup{};

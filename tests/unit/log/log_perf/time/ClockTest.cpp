@@ -15,7 +15,7 @@ using log::log_perf::v2::CurrentTimestamp;
 using log::log_perf::v2::MillisecondsOf;
 using log::log_perf::v2::Timestamp;
 
-// 100-ns units since 1601; begins at 2026-11-21 04:52:16.427 UTC.
+// System time that the patch returns, 100-ns units since 1601.
 std::uint64_t ticks = 0;
 int zoneAsked = 0;
 short zoneMinutes = 0;
@@ -35,12 +35,12 @@ void PatchedZone(Timestamp* time)
 
 } // namespace
 
-TEST(Clock, gives_what_the_c_runtime_gives)
+TEST(Clock, The_time_is_the_one_that_the_C_runtime_gives)
 {
     Timestamp before{};
     Timestamp after{};
     Timestamp now{};
-    do { // the zone's minute must not change in between
+    do { // again if the zone changed between the two reference calls
         _ftime64(&before);
         now = CurrentTimestamp();
         _ftime64(&after);
@@ -51,10 +51,11 @@ TEST(Clock, gives_what_the_c_runtime_gives)
     EXPECT_EQ(before.dstflag, now.dstflag);
 }
 
-TEST(Clock, asks_for_the_zone_once_a_minute_and_follows_a_change_of_daylight_saving)
+TEST(Clock, The_zone_is_read_once_a_minute_and_follows_the_end_of_daylight_saving)
 {
     const ImportPatch time("GetSystemTimeAsFileTime", &PatchedTime);
     const ImportPatch zone("_ftime64", &PatchedZone);
+    // 2026-11-21 04:52:16.427 UTC
     ticks = (1795236736427ULL + 11644473600000ULL) * 10000;
     zoneAsked = 0;
     zoneMinutes = -120;

@@ -10,7 +10,7 @@ using log::log_perf::v2::DateText;
 using log::log_perf::v2::DateTextOfSecond;
 using log::log_perf::v2::Timestamp;
 
-TEST(DateText, is_local_weekday_month_day_and_time_with_three_digits_of_milliseconds)
+TEST(DateText, The_text_is_local_weekday_month_day_and_time_with_three_digits_of_milliseconds)
 {
     std::tm noon{};
     noon.tm_year = 2026 - 1900;
@@ -26,14 +26,14 @@ TEST(DateText, is_local_weekday_month_day_and_time_with_three_digits_of_millisec
     EXPECT_EQ("Mon Nov 16 12:00:00.123", DateText(timestamp));
 }
 
-TEST(DateText, of_a_time_that_cannot_be_expressed_shows_question_marks)
+TEST(DateText, A_time_that_cannot_be_expressed_shows_question_marks)
 {
     Timestamp timestamp{};
     timestamp.time = INT64_MIN;
     EXPECT_EQ("\?\?\? \?\?\? \?\? \?\?:\?\?:\?\?.000", DateText(timestamp));
 }
 
-TEST(DateTextOfSecond, is_the_same_text_whatever_time_came_before)
+TEST(DateTextOfSecond, The_text_does_not_depend_on_the_time_that_was_formatted_before)
 {
     DateTextOfSecond text;
     for (const std::int64_t seconds : {0, 1795236736, 1795236736, 1795236737, 0, 1, 86399}) {

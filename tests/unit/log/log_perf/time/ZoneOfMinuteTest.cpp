@@ -20,7 +20,7 @@ Timestamp At(std::int64_t seconds)
 
 } // namespace
 
-TEST(ZoneOfMinute, is_unknown_at_first_at_any_time)
+TEST(ZoneOfMinute, No_minute_is_known_at_first)
 {
     const ZoneOfMinute zone;
     for (const std::int64_t seconds : {0, 59, 60, 1795236736}) {
@@ -31,13 +31,13 @@ TEST(ZoneOfMinute, is_unknown_at_first_at_any_time)
     }
 }
 
-TEST(ZoneOfMinute, is_known_in_the_minute_it_was_told_for_and_in_no_other)
+TEST(ZoneOfMinute, The_zone_is_known_only_in_the_minute_that_was_remembered)
 {
     ZoneOfMinute zone;
-    Timestamp told = At(120);
-    told.timezone = -840;
-    told.dstflag = 1;
-    zone.Remember(told);
+    Timestamp remembered = At(120);
+    remembered.timezone = -840;
+    remembered.dstflag = 1;
+    zone.Remember(remembered);
     Timestamp last = At(179);
     ASSERT_TRUE(zone.Fill(last));
     EXPECT_EQ(179, last.time);
