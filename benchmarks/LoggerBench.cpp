@@ -2,7 +2,7 @@
 // its plain file sink, which is told to flush every record as ours does.
 #include "Measure.h"
 #include "log_perf/LibLogPerf.h"
-#include "log_perf/LogFileSink.h"
+#include "log_perf/ring/LogFileSink.h"
 
 #include <spdlog/async.h>
 #include <spdlog/async_logger.h>

@@ -2,8 +2,8 @@
 // a full ring, and the history in memory.
 #include "HeapBytes.h"
 #include "Measure.h"
-#include "log_perf/Clock.h"
-#include "log_perf/LogFileSink.h"
+#include "log_perf/ring/LogFileSink.h"
+#include "log_perf/time/Clock.h"
 #include "win32/UniqueHandle.h"
 
 #include <fstream>

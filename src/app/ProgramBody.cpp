@@ -7,9 +7,9 @@
 #include "WorkingDirectory.h"
 #include "installation/FirmwareRoot.h"
 #include "installation/InstallationPaths.h"
-#include "log_perf/ConsoleSink.h"
 #include "log_perf/LibLogPerf.h"
-#include "log_perf/LogFileSink.h"
+#include "log_perf/ring/LogFileSink.h"
+#include "log_perf/sink/ConsoleSink.h"
 
 #include <windows.h>
 

@@ -5,7 +5,7 @@
 
 namespace vqrx::log::i_logger::v0 {
 
-/// What every part of the program logs through.
+/// Takes the log messages of all parts of the program.
 class ILogger {
 public:
     ILogger() = default;
@@ -13,7 +13,7 @@ public:
     ILogger& operator=(const ILogger&) = delete;
 
     /// Queues one message. Any thread; never waits for output, never fails.
-    /// @param level   0 error, 1 warning, 2 information, 3 detail
+    /// @param level   see LogLevel.h
     /// @param format  printf-style, in msvcrt's dialect
     virtual void Log(int level, const char* format, ...) VQRX_PRINTF(3, 4) = 0;
 

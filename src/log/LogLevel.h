@@ -2,7 +2,7 @@
 
 namespace vqrx::log::i_logger::v0 {
 
-// The levels of log messages. A lower number is more severe.
+// Severity of a log message. A lower number is more severe.
 inline constexpr int kLevelError = 0;
 inline constexpr int kLevelWarning = 1;
 inline constexpr int kLevelInformation = 2;

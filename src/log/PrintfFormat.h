@@ -1,7 +1,7 @@
 #pragma once
 
-/// Lets the compiler check a printf-style member. Counts parameters from 1, `this` included.
-/// On Windows the checks must speak of msvcrt's dialect, not of the C99 one.
+/// Lets the compiler check the arguments of a printf-style member function. Parameters are counted
+/// from 1, `this` included. On Windows the format is msvcrt's dialect, not that of C99.
 #if defined(_WIN32)
 #define VQRX_PRINTF(formatIndex, firstArgument)                                                    \
     __attribute__((format(ms_printf, formatIndex, firstArgument)))

@@ -1,6 +1,6 @@
 // One line of a log file, any bytes.
 #include "Check.h"
-#include "log_perf/LogLine.h"
+#include "log_perf/ring/LogLine.h"
 
 #include <charconv>
 #include <stdexcept>

@@ -1,7 +1,7 @@
 // Any bytes as the log file that the sink finds: it writes on, or raises what it promises and
 // leaves the file alone.
 #include "Check.h"
-#include "log_perf/LogFileSink.h"
+#include "log_perf/ring/LogFileSink.h"
 
 #include <unistd.h>
 

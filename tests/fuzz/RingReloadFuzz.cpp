@@ -1,7 +1,7 @@
 // Any bytes as a log file: the reload ends, raises nothing but what it promises, and counts on.
 #include "Check.h"
-#include "log_perf/LineReader.h"
-#include "log_perf/RingReload.h"
+#include "log_perf/ring/LineReader.h"
+#include "log_perf/ring/RingReload.h"
 #include "ring_format/RingHeader.h"
 
 #include <sstream>

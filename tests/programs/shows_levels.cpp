@@ -1,6 +1,6 @@
 // Writes a line of each level through the console sink to the console it was started in, and looks
 // at the screen. Exit code 0 when it is as it should be, else the number of what is not.
-#include "log_perf/ConsoleSink.h"
+#include "log_perf/sink/ConsoleSink.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log_perf/ILogSink.h"
+#include "log_perf/sink/ILogSink.h"
 
 #include <chrono>
 #include <condition_variable>

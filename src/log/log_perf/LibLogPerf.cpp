@@ -1,29 +1,33 @@
 #include "log_perf/LibLogPerf.h"
 
-#include "log_perf/Clock.h"
-#include "log_perf/MessageText.h"
-#include "log_perf/PerformanceSampler.h"
-#include "log_perf/ReportDeadline.h"
-
-#include <windows.h>
+#include "LogLevel.h"
+#include "log_perf/queue/MessageText.h"
+#include "log_perf/time/Clock.h"
 
 #include <cstdarg>
 #include <cstdlib>
 #include <ctime>
+#include <memory>
+#include <utility>
+
+#include <windows.h>
 
 namespace vqrx::log::log_perf::v2 {
 namespace {
 
+using i_logger::v0::kLevelWarning;
 using system::sync_ptr::v1::CriticalSectionHold;
+
+constexpr std::uint32_t kReportPeriodMs = 1000;
+constexpr std::uint32_t kPinWindowMs = 10000; // silence after a logged notice of a full buffer
 
 } // namespace
 
 LibLogPerf::LibLogPerf()
-    : sinks_(std::make_shared<const SinkSet>())
-    , previousSystem_(SampleSystemTimes())
-    , queue_(*this)
+    : report_(receivers_, statistics_, bufferFull_, kReportPeriodMs)
+    , worker_(queue_, receivers_, kReportPeriodMs, [this] { ReportPerformance(); })
 {
-    // NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp): seeds the C library for others; nothing secret
+    // NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp): for users of the C library; nothing secret
     std::srand(static_cast<unsigned>(std::time(nullptr)));
 }
 
@@ -34,10 +38,10 @@ void LibLogPerf::AddSink(ILogSink* sink)
     if (sink == nullptr) {
         return;
     }
-    const CriticalSectionHold hold(sinkLock_);
-    auto extended = std::make_shared<SinkSet>(*sinks_);
+    const auto receivers = receivers_.Lock();
+    auto extended = std::make_shared<SinkSet>(*receivers->sinks);
     extended->insert(sink);
-    sinks_ = std::move(extended);
+    receivers->sinks = std::move(extended);
 }
 
 void LibLogPerf::Log(int level, const char* format, ...)
@@ -48,63 +52,85 @@ void LibLogPerf::Log(int level, const char* format, ...)
     try {
         const Timestamp now = CurrentTimestamp();
         MessageBuffer buffer{};
-        queue_.Append(level, now, FormatMessageInto(buffer, format, arguments));
-    } catch (...) { // NOLINT(bugprone-empty-catch): out of memory loses the message, not the caller
+        if (queue_.Append(level, now, FormatMessageInto(buffer, format, arguments))) {
+            worker_.RecordAppended();
+        }
+    } catch (...) { // NOLINT(bugprone-empty-catch): if memory runs out, the message is lost
     }
     va_end(arguments);
 }
 
-void LibLogPerf::Deliver(const LogRecord& record) noexcept
+void LibLogPerf::ReportPerformance()
 {
-    std::shared_ptr<const SinkSet> sinks;
-    {
-        const CriticalSectionHold hold(sinkLock_);
-        sinks = sinks_;
-    }
-    for (ILogSink* const sink : *sinks) {
-        try {
-            sink->Write(record.level, &record.timestamp, record.text.c_str());
-        } catch (...) { // NOLINT(bugprone-empty-catch): the others still get the record
-        }
-    }
-}
-
-std::uint32_t LibLogPerf::TimeUntilReport() noexcept
-{
-    return v2::TimeUntilReport(lastReportTick_, reportPeriodMs_, GetTickCount());
-}
-
-void LibLogPerf::MakeReport() noexcept
-{
-    lastReportTick_ = GetTickCount();
-    try {
-        ReportPerformance();
-    } catch (...) { // NOLINT(bugprone-empty-catch): the next period makes the next report
-    }
+    report_.Make();
 }
 
 void LibLogPerf::IncrementResync()
 {
-    const CriticalSectionHold hold(statisticsLock_);
-    ++counters_.numResync;
+    ++statistics_.Lock()->counters.numResync;
 }
 
 void LibLogPerf::IncrementTsDiscontinuity()
 {
-    const CriticalSectionHold hold(statisticsLock_);
-    ++counters_.numTsDiscontinuity;
+    ++statistics_.Lock()->counters.numTsDiscontinuity;
 }
 
 void LibLogPerf::IncrementDecodedPictures()
 {
-    const CriticalSectionHold hold(statisticsLock_);
-    ++counters_.numDecPictures;
+    ++statistics_.Lock()->counters.numDecPictures;
 }
 
 void LibLogPerf::AddPoliticChoices(int count)
 {
-    const CriticalSectionHold hold(statisticsLock_);
-    counters_.numPoliticChoices += static_cast<std::uint32_t>(count);
+    statistics_.Lock()->counters.numPoliticChoices += static_cast<std::uint32_t>(count);
+}
+
+void LibLogPerf::RegisterPin(const char* name)
+{
+    Pin pin{std::make_shared<std::uint32_t>(0), PinRateLimiter(kPinWindowMs, GetTickCount())};
+    statistics_.Lock()->pins.insert_or_assign(name, std::move(pin));
+}
+
+void LibLogPerf::NotifyBufferFull(const char* name)
+{
+    bufferFull_.Lock()->Notice();
+    const auto statistics = statistics_.Lock(); // held until the line is logged
+    const auto found = statistics->pins.find(name);
+    std::uint32_t represented = 1;
+    if (found != statistics->pins.end()) {
+        Pin& pin = found->second;
+        represented = pin.limiter.Notice(GetTickCount());
+        ++*pin.count;
+    }
+    if (represented == 1) {
+        Log(kLevelWarning, "Pin output buffer full : %s", name);
+    } else if (represented > 1) {
+        Log(kLevelWarning, "Pin output buffer full : %s (x%d)", name,
+            static_cast<int>(represented));
+    }
+}
+
+void LibLogPerf::SetPerformanceSink(ILogSink* sink)
+{
+    const auto receivers = receivers_.Lock();
+    receivers->performanceSink = sink;
+    ++receivers->performanceSinkChanges;
+    receivers->headerWritten = false;
+}
+
+void LibLogPerf::SetPerformanceObserver(IPerformanceObserver* observer)
+{
+    receivers_.Lock()->observer = observer;
+}
+
+void LibLogPerf::SetBufferFullSettings(const BufferFullSettings& settings)
+{
+    bufferFull_.Lock()->Configure(settings);
+}
+
+void LibLogPerf::CheckBufferFullPeriod()
+{
+    bufferFull_.Lock()->Check();
 }
 
 } // namespace vqrx::log::log_perf::v2

@@ -1,6 +1,6 @@
 #include "LogFile.h"
 #include "TempFolder.h"
-#include "log_perf/LogFileSink.h"
+#include "log_perf/ring/LogFileSink.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,9 @@
 #include "AllocationFault.h"
 #include "CapturingSink.h"
 #include "ImportPatch.h"
+#include "TempFolder.h"
 #include "exception_utils/AtlException.h"
+#include "log_perf/ring/LogFileSink.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,6 +16,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <fstream>
 #include <memory>
 #include <new>
 #include <string>
@@ -23,9 +26,10 @@ namespace vqrx::test {
 namespace {
 
 using log::log_perf::v2::LibLogPerf;
+using log::log_perf::v2::LogFileSink;
 using testing::ElementsAre;
 
-TEST(LibLogPerfFaults, of_one_sink_cost_the_others_nothing_and_the_sink_one_message)
+TEST(LibLogPerfFaults, A_sink_that_throws_loses_one_message_and_the_others_none)
 {
     std::array<CapturingSink, 3> sinks;
     {
@@ -44,7 +48,25 @@ TEST(LibLogPerfFaults, of_one_sink_cost_the_others_nothing_and_the_sink_one_mess
     EXPECT_THAT(sinks[2].Texts(), ElementsAre("first", "second"));
 }
 
-TEST(LibLogPerfFaults, of_an_allocation_lose_the_message_and_nothing_else)
+TEST(LibLogPerfFaults, A_damaged_log_file_costs_the_other_sinks_nothing)
+{
+    const TempFolder folder;
+    const std::string name = folder.File("DaemonManager.log");
+    std::ofstream(name, std::ios::binary) << "0x0000001F\r\n0;date;x;2;damaged\r\n";
+    LogFileSink damaged;
+    damaged.SetFileName(name);
+    CapturingSink other;
+    {
+        LibLogPerf logger;
+        logger.AddSink(&damaged);
+        logger.AddSink(&other);
+        logger.Log(1, "one");
+        logger.Log(2, "two");
+    }
+    EXPECT_THAT(other.Texts(), ElementsAre("one", "two"));
+}
+
+TEST(LibLogPerfFaults, A_failed_allocation_in_Log_loses_only_that_message)
 {
     CapturingSink sink;
     int lost = 0;
@@ -64,7 +86,7 @@ TEST(LibLogPerfFaults, of_an_allocation_lose_the_message_and_nothing_else)
             ++lost;
             ASSERT_LT(lost, 100);
         }
-        // The locks are free, for another thread too.
+        // Another thread can take the locks.
         std::thread([&logger] { logger.Log(2, "after"); }).join();
     }
     EXPECT_LT(0, lost);
@@ -72,7 +94,7 @@ TEST(LibLogPerfFaults, of_an_allocation_lose_the_message_and_nothing_else)
                 ElementsAre("a text that is longer than what a string keeps in itself", "after"));
 }
 
-TEST(LibLogPerfFaults, of_an_allocation_leave_the_sinks_as_they_were)
+TEST(LibLogPerfFaults, A_failed_allocation_in_AddSink_leaves_the_sinks_unchanged)
 {
     CapturingSink kept;
     CapturingSink refused;
@@ -89,7 +111,7 @@ TEST(LibLogPerfFaults, of_an_allocation_leave_the_sinks_as_they_were)
     EXPECT_THAT(refused.Texts(), ElementsAre());
 }
 
-TEST(LibLogPerfFaults, of_an_allocation_let_construction_throw_bad_alloc)
+TEST(LibLogPerfFaults, A_failed_allocation_in_the_constructor_throws_bad_alloc)
 {
     std::size_t faults = 0;
     for (;; ++faults) {
@@ -106,7 +128,7 @@ TEST(LibLogPerfFaults, of_an_allocation_let_construction_throw_bad_alloc)
     EXPECT_LT(0U, faults);
 }
 
-// Stand-ins for the system, each patched in for one construction.
+// Replacements of system functions, each patched in while one logger is made.
 
 using InitializeSection = BOOL WINAPI(CRITICAL_SECTION*, DWORD);
 using DeleteSection = void WINAPI(CRITICAL_SECTION*);
@@ -133,7 +155,7 @@ void WINAPI CountDelete(CRITICAL_SECTION* section)
     realDelete(section);
 }
 
-TEST(LibLogPerfFaults, of_a_lock_let_construction_throw_the_system_error_and_leave_nothing_behind)
+TEST(LibLogPerfFaults, A_lock_that_cannot_be_made_throws_the_system_error_and_leaks_nothing)
 {
     const ImportPatch initialize("InitializeCriticalSectionAndSpinCount", &InitializeSome);
     const ImportPatch remove("DeleteCriticalSection", &CountDelete);
@@ -145,7 +167,7 @@ TEST(LibLogPerfFaults, of_a_lock_let_construction_throw_the_system_error_and_lea
         sectionsLeft = made;
         try {
             const LibLogPerf logger;
-            ADD_FAILURE() << "made with " << made << " locks";
+            ADD_FAILURE() << "constructed with only " << made << " locks";
         } catch (const ATL::CAtlException& exception) {
             EXPECT_EQ(static_cast<HRESULT>(0x80070008), static_cast<HRESULT>(exception));
         }
@@ -191,7 +213,7 @@ void ExpectToDeliver(LibLogPerf& logger, CapturingSink& sink)
     logger.Log(2, "third");
 }
 
-TEST(LibLogPerfFaults, of_the_semaphore_lose_no_message_and_do_not_hang_the_end)
+TEST(LibLogPerfFaults, Without_the_semaphore_every_message_is_delivered_and_the_destructor_returns)
 {
     CapturingSink sink;
     {
@@ -201,7 +223,7 @@ TEST(LibLogPerfFaults, of_the_semaphore_lose_no_message_and_do_not_hang_the_end)
     EXPECT_THAT(sink.Texts(), ElementsAre("first", "second", "third"));
 }
 
-TEST(LibLogPerfFaults, of_the_stop_event_lose_no_message_and_do_not_hang_the_end)
+TEST(LibLogPerfFaults, Without_the_stop_event_every_message_is_delivered_and_the_destructor_returns)
 {
     CapturingSink sink;
     {
@@ -211,7 +233,7 @@ TEST(LibLogPerfFaults, of_the_stop_event_lose_no_message_and_do_not_hang_the_end
     EXPECT_THAT(sink.Texts(), ElementsAre("first", "second", "third"));
 }
 
-TEST(LibLogPerfFaults, of_the_worker_lose_the_messages_and_do_not_hang_the_end)
+TEST(LibLogPerfFaults, Without_the_worker_thread_messages_are_lost_and_the_destructor_returns)
 {
     CapturingSink sink;
     {
@@ -248,7 +270,7 @@ void WINAPI PassInAnInstant(DWORD milliseconds)
     SwitchToThread();
 }
 
-TEST(LibLogPerfFaults, of_the_kernel_objects_leave_the_processor_alone)
+TEST(LibLogPerfFaults, Without_kernel_objects_every_failed_wait_is_followed_by_a_pause)
 {
     const ImportPatch wait("WaitForMultipleObjects", &CountFailedWaits);
     const ImportPatch pause("Sleep", &PassInAnInstant);
@@ -260,7 +282,7 @@ TEST(LibLogPerfFaults, of_the_kernel_objects_leave_the_processor_alone)
         const auto logger = MadeWithout("CreateSemaphoreA", reinterpret_cast<void*>(&NoSemaphore));
         ExpectToDeliver(*logger, sink);
     }
-    // Every failed wait is followed by a pause, but for the one that sees the end.
+    // The last failed wait has no pause: the worker then sees that it must stop.
     EXPECT_LT(0, pauses);
     EXPECT_EQ(failedWaits - 1, pauses);
 }

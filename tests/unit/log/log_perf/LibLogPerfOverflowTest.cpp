@@ -1,7 +1,7 @@
 #include "log_perf/LibLogPerf.h"
 
 #include "CapturingSink.h"
-#include "log_perf/Clock.h"
+#include "log_perf/time/Clock.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ using log::log_perf::v2::MillisecondsOf;
 
 class LibLogPerfOverflow : public testing::Test {
 protected:
-    /// One message is being written, so the queue is empty; 1000 more fill it.
+    /// Fills the queue with 1000 messages while the sink is blocked in the write of another one.
     void Fill()
     {
         logger.AddSink(&sink);
@@ -42,7 +42,7 @@ protected:
     LibLogPerf logger;
 };
 
-TEST_F(LibLogPerfOverflow, does_not_happen_with_1000_waiting_messages)
+TEST_F(LibLogPerfOverflow, A_thousand_waiting_messages_are_no_overflow)
 {
     Fill();
     sink.Release();
@@ -54,7 +54,8 @@ TEST_F(LibLogPerfOverflow, does_not_happen_with_1000_waiting_messages)
     EXPECT_EQ(expected, sink.Texts());
 }
 
-TEST_F(LibLogPerfOverflow, is_said_once_at_level_0_in_place_of_the_message_that_did_not_fit)
+TEST_F(LibLogPerfOverflow,
+       The_overflow_is_reported_once_at_level_0_instead_of_the_message_that_did_not_fit)
 {
     Fill();
     const auto before = MillisecondsOf(CurrentTimestamp());
@@ -76,14 +77,14 @@ TEST_F(LibLogPerfOverflow, is_said_once_at_level_0_in_place_of_the_message_that_
     EXPECT_LE(MillisecondsOf(notice.timestamp), after);
 }
 
-TEST_F(LibLogPerfOverflow, drops_messages_until_the_queue_is_quite_empty)
+TEST_F(LibLogPerfOverflow, After_an_overflow_messages_are_dropped_until_the_queue_is_empty)
 {
     Fill();
     sink.SetHook([this](const CapturingSink::Record& record) {
         if (record.text == "1" || record.text == "999" || record.text == "1000") {
             logger.Log(2, "too early");
         }
-        if (record.text == "Overflowed message queue.") { // the last one: the queue is empty now
+        if (record.text == "Overflowed message queue.") { // the last record: the queue is empty
             logger.Log(2, "in time");
         }
     });
@@ -96,7 +97,7 @@ TEST_F(LibLogPerfOverflow, drops_messages_until_the_queue_is_quite_empty)
     EXPECT_EQ(expected, sink.Texts());
 }
 
-TEST_F(LibLogPerfOverflow, happens_and_is_said_again_after_the_queue_was_empty)
+TEST_F(LibLogPerfOverflow, A_second_overflow_is_reported_again)
 {
     Fill();
     logger.Log(2, "did not fit");

@@ -1,7 +1,7 @@
 #include "log_perf/LibLogPerf.h"
 
 #include "CapturingSink.h"
-#include "log_perf/Clock.h"
+#include "log_perf/time/Clock.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -29,7 +29,7 @@ std::vector<std::string> Numbered(int first, int last)
     return texts;
 }
 
-TEST(LibLogPerf, hands_level_and_text_of_a_message_to_a_sink_unchanged)
+TEST(LibLogPerf, Level_and_text_of_a_message_reach_the_sink_unchanged)
 {
     CapturingSink sink;
     LibLogPerf logger;
@@ -48,7 +48,7 @@ TEST(LibLogPerf, hands_level_and_text_of_a_message_to_a_sink_unchanged)
     EXPECT_EQ(2147483647, records[3].level);
 }
 
-TEST(LibLogPerf, flattens_and_cuts_messages)
+TEST(LibLogPerf, Messages_become_one_line_and_are_cut)
 {
     CapturingSink sink;
     LibLogPerf logger;
@@ -59,7 +59,7 @@ TEST(LibLogPerf, flattens_and_cuts_messages)
     EXPECT_THAT(sink.Texts(), ElementsAre("first second", std::string(1040, 'x')));
 }
 
-TEST(LibLogPerf, stamps_a_message_when_it_is_logged_not_when_it_is_written)
+TEST(LibLogPerf, The_time_of_a_message_is_that_of_the_Log_call)
 {
     CapturingSink sink;
     LibLogPerf logger;
@@ -79,7 +79,7 @@ TEST(LibLogPerf, stamps_a_message_when_it_is_logged_not_when_it_is_written)
     EXPECT_LE(stamp, after);
 }
 
-TEST(LibLogPerf, delivers_each_message_once_to_a_sink_that_was_added_twice)
+TEST(LibLogPerf, A_sink_that_is_added_twice_gets_each_message_once)
 {
     CapturingSink sink;
     {
@@ -91,7 +91,7 @@ TEST(LibLogPerf, delivers_each_message_once_to_a_sink_that_was_added_twice)
     EXPECT_THAT(sink.Texts(), ElementsAre("once"));
 }
 
-TEST(LibLogPerf, ignores_a_null_sink)
+TEST(LibLogPerf, A_null_sink_is_ignored)
 {
     CapturingSink sink;
     {
@@ -104,16 +104,16 @@ TEST(LibLogPerf, ignores_a_null_sink)
     EXPECT_THAT(sink.Texts(), ElementsAre("still here"));
 }
 
-TEST(LibLogPerf, without_a_sink_takes_messages_and_ends)
+TEST(LibLogPerf, A_logger_without_sinks_accepts_messages)
 {
     LibLogPerf logger;
     logger.Log(2, "nobody hears this");
 }
 
-TEST(LibLogPerf, writes_to_the_sinks_in_the_order_of_their_addresses)
+TEST(LibLogPerf, The_sinks_get_a_message_in_the_order_of_their_addresses)
 {
     std::array<CapturingSink, 3> sinks;
-    std::vector<int> order; // the worker's alone until the logger is gone
+    std::vector<int> order; // used by the worker thread only, until the logger is destroyed
     for (int i = 0; i < 3; ++i) {
         sinks.at(static_cast<std::size_t>(i)).SetHook([&order, i](const auto&) {
             order.push_back(i);
@@ -129,7 +129,7 @@ TEST(LibLogPerf, writes_to_the_sinks_in_the_order_of_their_addresses)
     EXPECT_THAT(order, ElementsAre(0, 1, 2));
 }
 
-TEST(LibLogPerf, takes_a_sink_while_another_one_writes_and_gives_it_later_messages_only)
+TEST(LibLogPerf, A_sink_that_is_added_during_a_write_gets_only_later_messages)
 {
     CapturingSink slow;
     CapturingSink added;
@@ -147,14 +147,14 @@ TEST(LibLogPerf, takes_a_sink_while_another_one_writes_and_gives_it_later_messag
     EXPECT_THAT(added.Texts(), ElementsAre("late"));
 }
 
-TEST(LibLogPerf, does_not_make_a_caller_wait_for_a_sink)
+TEST(LibLogPerf, A_caller_does_not_wait_for_a_sink)
 {
     CapturingSink sink;
     LibLogPerf logger;
     logger.AddSink(&sink);
     sink.BlockNextWrite();
     for (const std::string& text : Numbered(1, 100)) {
-        logger.Log(2, "%s", text.c_str()); // would never return
+        logger.Log(2, "%s", text.c_str()); // if it waited, it would never return
     }
     ASSERT_TRUE(sink.WaitUntilBlocked());
     sink.Release();
@@ -162,7 +162,7 @@ TEST(LibLogPerf, does_not_make_a_caller_wait_for_a_sink)
     EXPECT_EQ(Numbered(1, 100), sink.Texts());
 }
 
-TEST(LibLogPerf, may_be_called_by_a_sink_that_is_writing)
+TEST(LibLogPerf, A_sink_may_log_while_it_writes)
 {
     CapturingSink sink;
     LibLogPerf logger;
@@ -177,7 +177,7 @@ TEST(LibLogPerf, may_be_called_by_a_sink_that_is_writing)
     EXPECT_THAT(sink.Texts(), ElementsAre("question", "answer"));
 }
 
-TEST(LibLogPerf, keeps_the_order_of_every_thread_that_logs)
+TEST(LibLogPerf, The_messages_of_each_thread_keep_their_order)
 {
     CapturingSink sink;
     {
@@ -204,7 +204,7 @@ TEST(LibLogPerf, keeps_the_order_of_every_thread_that_logs)
     }
 }
 
-TEST(LibLogPerf, when_destroyed_delivers_everything_that_is_still_queued)
+TEST(LibLogPerf, The_destructor_delivers_every_queued_message)
 {
     CapturingSink sink;
     {
@@ -220,7 +220,7 @@ TEST(LibLogPerf, when_destroyed_delivers_everything_that_is_still_queued)
     EXPECT_EQ(Numbered(1, 900), sink.Texts());
 }
 
-TEST(LibLogPerf, is_made_and_destroyed_many_times_over)
+TEST(LibLogPerf, Many_loggers_can_be_made_and_destroyed_in_turn)
 {
     CapturingSink sink;
     for (int i = 0; i < 50; ++i) {

@@ -1,10 +1,10 @@
-// Every operation that any thread may call, all at once; the thread sanitizer watches in a native
-// build.
+// Runs all operations that any thread may call at the same time. In a native build the thread
+// sanitizer looks for races.
 #include "log_perf/LibLogPerf.h"
 
 #include "CapturingSink.h"
 #include "TempFolder.h"
-#include "log_perf/LogFileSink.h"
+#include "log_perf/ring/LogFileSink.h"
 
 #include <gtest/gtest.h>
 
@@ -23,19 +23,19 @@ using log::log_perf::v2::IPerformanceObserver;
 using log::log_perf::v2::LibLogPerf;
 using log::log_perf::v2::LogFileSink;
 
-/// Does each thing on a thread of its own until every one has been done `rounds` times.
-void AllAtOnce(int rounds, const std::vector<std::function<void(int)>>& things)
+/// Runs each task `rounds` times on a thread of its own. All threads start together.
+void AllAtOnce(int rounds, const std::vector<std::function<void(int)>>& tasks)
 {
     std::vector<std::thread> threads;
     std::atomic<std::size_t> ready = 0;
-    threads.reserve(things.size());
-    for (const auto& thing : things) {
+    threads.reserve(tasks.size());
+    for (const auto& task : tasks) {
         threads.emplace_back([&] {
-            for (++ready; ready < things.size();) {
+            for (++ready; ready < tasks.size();) {
                 std::this_thread::yield();
             }
             for (int round = 0; round < rounds; ++round) {
-                thing(round);
+                task(round);
             }
         });
     }
@@ -52,11 +52,11 @@ public:
     }
 
 private:
-    int calls_ = 0; // the worker's alone
+    int calls_ = 0; // used by the worker thread only
 };
 
-/// Counts what comes between two overflows. Takes nothing until it is told to: by then more has
-/// been logged than waits, however fast it is.
+/// Counts the messages between two reported overflows. Blocks until Begin is called: by then more
+/// messages were logged than the queue holds.
 class OverflowSink : public log::log_perf::v2::ILogSink {
 public:
     void Write(int level, const log::log_perf::v2::Timestamp*, const char*) override
@@ -77,7 +77,7 @@ public:
         begun_.notify_all();
     }
 
-    // Read when the logger has gone.
+    // Call only after the logger was destroyed.
     int Overflows() const { return overflows_; }
     int TooEarly() const { return tooEarly_; }
 
@@ -90,7 +90,7 @@ private:
 
 } // namespace
 
-TEST(LibLogPerfThreads, that_log_too_much_hear_of_it_after_a_thousand_messages_each_time)
+TEST(LibLogPerfThreads, Each_overflow_is_reported_after_at_least_a_thousand_messages)
 {
     OverflowSink sink;
     {
@@ -101,7 +101,7 @@ TEST(LibLogPerfThreads, that_log_too_much_hear_of_it_after_a_thousand_messages_e
                 logger.Log(2, "%d", i);
             }
             sink.Begin();
-            if (round % 4 == 0) { // the queue is empty now and then without having overflowed
+            if (round % 4 == 0) { // lets the worker empty the queue without an overflow
                 std::this_thread::sleep_for(std::chrono::microseconds(200));
             }
         };
@@ -111,7 +111,7 @@ TEST(LibLogPerfThreads, that_log_too_much_hear_of_it_after_a_thousand_messages_e
     EXPECT_EQ(0, sink.TooEarly());
 }
 
-TEST(LibLogPerfThreads, may_call_every_operation_at_the_same_time)
+TEST(LibLogPerfThreads, All_operations_may_run_at_the_same_time)
 {
     std::array<CapturingSink, 8> sinks;
     CapturingSink rows;
@@ -151,7 +151,7 @@ TEST(LibLogPerfThreads, may_call_every_operation_at_the_same_time)
     }
 }
 
-TEST(LogFileSinkThreads, may_read_and_configure_while_the_logger_writes)
+TEST(LibLogPerfThreads, A_file_sink_may_be_read_and_configured_while_the_logger_writes)
 {
     const TempFolder folder;
     LogFileSink sink;

@@ -1,4 +1,4 @@
-// After 49.7 days the system's tick begins anew: nothing is late, nothing comes in a burst.
+// The system's tick starts again from 0 after 49.7 days.
 #include "log_perf/LibLogPerf.h"
 
 #include "CapturingSink.h"
@@ -16,7 +16,7 @@ namespace {
 using log::log_perf::v2::LibLogPerf;
 using testing::ElementsAre;
 
-TEST(TickWrap, during_the_wait_for_a_report_neither_delays_it_nor_makes_a_burst)
+TEST(LibLogPerfWrap, A_wrap_during_the_wait_for_a_report_causes_neither_a_delay_nor_a_burst)
 {
     constexpr DWORD kBeforeTheWrap = 0xFFFFFFFF - 2499;
     const SimulatedTicks ticks(kBeforeTheWrap, SimulatedTicks::Mode::kRuns);
@@ -34,7 +34,7 @@ TEST(TickWrap, during_the_wait_for_a_report_neither_delays_it_nor_makes_a_burst)
     }
 }
 
-TEST(TickWrap, during_the_window_of_a_pin_neither_ends_nor_prolongs_it)
+TEST(LibLogPerfWrap, A_wrap_during_the_window_of_a_pin_does_not_change_its_length)
 {
     SimulatedTicks ticks(0xFFFFFFFF - 4999, SimulatedTicks::Mode::kStandsStill);
     CapturingSink sink;
@@ -43,7 +43,7 @@ TEST(TickWrap, during_the_window_of_a_pin_neither_ends_nor_prolongs_it)
         logger.AddSink(&sink);
         logger.RegisterPin("out"); // its first window begins
         logger.NotifyBufferFull("out");
-        ticks.Advance(9999); // behind the wrap
+        ticks.Advance(9999); // after the wrap
         logger.NotifyBufferFull("out");
         ticks.Advance(1);
         logger.NotifyBufferFull("out");

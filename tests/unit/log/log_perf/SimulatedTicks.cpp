@@ -13,7 +13,8 @@ std::atomic<bool> runs{false};
 std::atomic<WaitFunction*> realWait{nullptr};
 std::mutex waitsMutex;
 std::vector<SimulatedTicks::Wait> waits;
-thread_local bool readsTicks = false; // tells the logger's worker from a runtime library's waits
+thread_local bool readsTicks =
+    false; // set on the logger's worker, not on threads of a runtime library
 
 DWORD WINAPI Tick()
 {
@@ -29,7 +30,7 @@ DWORD WINAPI WaitMany(DWORD count, const HANDLE* handles, BOOL all, DWORD timeou
     }
     readsTicks = false;
     const DWORD begun = now;
-    // Time that is simulated passes quickly.
+    // One real millisecond stands for the whole simulated timeout.
     const DWORD result = real(count, handles, all, runs && timeout != 0 ? 1 : timeout);
     if (runs && result == WAIT_TIMEOUT) {
         now += timeout;
@@ -48,7 +49,7 @@ SimulatedTicks::SimulatedTicks(DWORD start, Mode mode)
     , wait_("WaitForMultipleObjects", &WaitMany)
 {
     now = start;
-    readsTicks = false; // on this thread, from a test before
+    readsTicks = false; // an earlier test may have set it on this thread
     runs = mode == Mode::kRuns;
     realWait = wait_.Original<WaitFunction>();
     const std::lock_guard lock(waitsMutex);

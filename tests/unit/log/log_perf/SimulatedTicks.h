@@ -8,23 +8,24 @@
 
 namespace vqrx::test {
 
-/// The tick that the program under test reads. Made before the logger and destroyed after it.
+/// Replaces the system tick that the logger reads. Must be made before the logger and outlive it.
 class SimulatedTicks {
 public:
     enum class Mode {
-        kStandsStill, ///< only Advance moves it
-        kRuns         ///< a wait of the logger's worker that times out moves it by its time-out
+        kStandsStill, ///< only Advance moves the tick
+        kRuns         ///< each wait of the worker that times out moves the tick by its timeout
     };
     SimulatedTicks(DWORD start, Mode mode);
 
     void Advance(DWORD milliseconds);
 
-    /// The time-outs of the worker's first 100 waits, and for each the tick at which it began.
+    /// One wait of the worker: the tick at its start, its timeout in milliseconds, and its result.
     struct Wait {
         DWORD tick;
         DWORD timeout;
         bool timedOut;
     };
+    /// The worker's first 100 waits.
     static std::vector<Wait> Waits();
 
 private:

@@ -1,0 +1,80 @@
+#include "log_perf/performance/PerformanceCsvSink.h"
+
+#include <cstdio>
+#include <string_view>
+#include <utility>
+
+namespace vqrx::log::log_perf::v2 {
+namespace {
+
+bool IsHeader(std::string_view row) noexcept
+{
+    return row.substr(0, 4) == "Cpu,"; // a value row starts with a number
+}
+
+} // namespace
+
+PerformanceCsvSink::PerformanceCsvSink(std::string fileName, std::uint64_t maxBytes)
+    : fileName_(std::move(fileName))
+    , maxBytes_(maxBytes)
+{
+}
+
+void PerformanceCsvSink::Write(int /*level*/, const Timestamp* /*timestamp*/, const char* text)
+{
+    const std::string line = std::string(text) + "\r\n";
+    const bool isHeader = IsHeader(line);
+    if (isHeader) {
+        header_ = line;
+    }
+    if (!stream_.is_open()) {
+        Open();
+    }
+    if (holdsValues_ && size_ + line.size() > maxBytes_) {
+        StartNewFile();
+    }
+    if (size_ == 0 && !isHeader) {
+        Append(header_);
+    }
+    Append(line);
+    holdsValues_ = holdsValues_ || !isHeader;
+}
+
+void PerformanceCsvSink::Open()
+{
+    size_ = 0;
+    holdsValues_ = false;
+    stream_.clear();
+    stream_.open(fileName_, std::ios::binary | std::ios::app);
+    if (stream_.is_open()) {
+        stream_.seekp(0, std::ios::end); // without a seek the position is unknown
+        size_ = static_cast<std::uint64_t>(static_cast<std::streamoff>(stream_.tellp()));
+        holdsValues_ = size_ > 0;
+    }
+}
+
+void PerformanceCsvSink::StartNewFile()
+{
+    stream_.close();
+    const std::string previous = fileName_ + ".1";
+    // Windows cannot rename to a name that exists. If a reader keeps the file from being renamed, the
+    // file is emptied instead, because the bound must hold.
+    std::remove(previous.c_str());                    // NOLINT(cert-err33-c): may not exist
+    std::rename(fileName_.c_str(), previous.c_str()); // NOLINT(cert-err33-c): see above
+    stream_.clear();
+    stream_.open(fileName_, std::ios::binary | std::ios::trunc);
+    size_ = 0;
+    holdsValues_ = false;
+}
+
+void PerformanceCsvSink::Append(const std::string& line)
+{
+    stream_ << line << std::flush;
+    if (!stream_) {
+        stream_.close();
+        return;
+    }
+    size_ += line.size();
+}
+
+} // namespace vqrx::log::log_perf::v2

@@ -1,0 +1,107 @@
+#include "log_perf/queue/Worker.h"
+
+#include <memory>
+#include <utility>
+
+#include <windows.h>
+
+#include <process.h>
+
+namespace vqrx::log::log_perf::v2 {
+namespace {
+
+constexpr DWORD kPauseWithoutSignalMs = 10;
+
+} // namespace
+
+Worker::Worker(MessageQueue& queue, GuardedReceivers& receivers, std::uint32_t periodMs,
+               std::function<void()> report)
+    : queue_(queue)
+    , receivers_(receivers)
+    , clock_(periodMs)
+    , report_(std::move(report))
+{
+    const auto created = _beginthreadex(nullptr, 0, ThreadEntry, this, 0, nullptr);
+    thread_.Reset(reinterpret_cast<HANDLE>(created)); // NOLINT(performance-no-int-to-ptr)
+}
+
+Worker::~Worker()
+{
+    stopping_ = true;
+    signal_.Stop();
+    WaitForSingleObject(thread_.Get(), INFINITE);
+}
+
+void Worker::DeliverOne() noexcept
+{
+    const LogRecord* const record = queue_.Take();
+    if (record == nullptr) {
+        return;
+    }
+    const std::shared_ptr<const SinkSet> sinks = receivers_.Lock()->sinks;
+    for (ILogSink* const sink : *sinks) {
+        try {
+            sink->Write(record->level, &record->timestamp, record->text.c_str());
+        } catch (...) { // NOLINT(bugprone-empty-catch): the other sinks still get the record
+        }
+    }
+}
+
+void Worker::DeliverAll() noexcept
+{
+    while (!queue_.IsEmpty()) {
+        DeliverOne();
+    }
+}
+
+void Worker::MakeReport() noexcept
+{
+    clock_.Restart(GetTickCount());
+    try {
+        report_();
+    } catch (...) { // NOLINT(bugprone-empty-catch): the next period makes the next report
+    }
+}
+
+// One round without a signal that works. The pause leaves the processor to others.
+void Worker::WorkWithoutSignal(bool reportDue) noexcept
+{
+    DeliverAll();
+    if (reportDue) {
+        MakeReport();
+    }
+    Sleep(kPauseWithoutSignalMs);
+}
+
+void Worker::Work() noexcept
+{
+    for (;;) {
+        const std::uint32_t timeoutMs = clock_.TimeUntilDue(GetTickCount());
+        switch (signal_.Wait(timeoutMs)) {
+        case WorkerSignal::Result::kStop:
+            DeliverAll();
+            return;
+        case WorkerSignal::Result::kRecord:
+            DeliverOne();
+            break;
+        case WorkerSignal::Result::kTimedOut:
+            MakeReport();
+            break;
+        case WorkerSignal::Result::kFailed:
+            if (stopping_) {
+                DeliverAll();
+                return;
+            }
+            WorkWithoutSignal(timeoutMs == 0);
+            break;
+        }
+    }
+}
+
+unsigned __stdcall Worker::ThreadEntry(void* worker) noexcept
+{
+    static_cast<Worker*>(worker)->Work();
+    return 0;
+}
+
+} // namespace vqrx::log::log_perf::v2

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "LogLevel.h"
+#include "log_perf/ring/ILogRetriever.h"
+#include "log_perf/ring/LogHistory.h"
+#include "log_perf/sink/ILogSink.h"
+#include "log_perf/time/DateText.h"
+#include "sync_ptr/Guarded.h"
+
+#include <cstdint>
+#include <fstream>
+#include <string>
+
+namespace vqrx::log::log_perf::v2 {
+
+/// Writes records into one text file of bounded size that is used as a ring, and keeps the latest
+/// records in memory. After each record the file is complete on disk, header included, so that other
+/// programs can read it at any time. docs/log-format.md describes the file.
+class LogFileSink : public ILogSink, public ILogRetriever {
+public:
+    /// Without a file and a size limit; writes all four levels.
+    /// @throws ATL::CAtlException if a lock cannot be made
+    LogFileSink();
+    LogFileSink(const LogFileSink&) = delete;
+    LogFileSink& operator=(const LogFileSink&) = delete;
+    ~LogFileSink() override;
+
+    /// Sets the file to write; the next Write opens it. Any thread.
+    /// @param name  in the ANSI code page; empty: no file
+    /// @throws std::bad_alloc
+    void SetFileName(const std::string& name);
+
+    /// Sets the size after which the next record starts at the front again. Any thread.
+    /// @param bytes  0: no limit
+    void SetSizeLimit(std::uint32_t bytes) noexcept;
+
+    /// Sets the least severe level that is written and kept; see LogLevel.h. Any thread.
+    void SetThreshold(int level) noexcept;
+
+    /// Writes one record; worker thread only. If the file cannot be opened, only the history gets
+    /// the record, and the next Write tries to open the file again.
+    /// @throws std::invalid_argument, std::out_of_range if this Write opened the file and a line of
+    ///         it is damaged: the record is lost, and the next Write opens the file again
+    void Write(int level, const Timestamp* timestamp, const char* text) override;
+
+    [[nodiscard]] bool GetRange(std::int64_t first, std::int64_t last, std::int64_t& outFirst,
+                                std::int64_t& outLast) override;
+    [[nodiscard]] Entries GetEntries(std::int64_t first, std::int64_t last) override;
+
+private:
+    struct Settings {
+        std::string fileName;
+        std::uint32_t sizeLimit = 0; // bytes
+        std::int32_t threshold = i_logger::v0::kLevelDetail;
+    };
+
+    void Open(std::uint32_t sizeLimit);
+    void Reload(std::istream& file, std::uint32_t writePosition, std::uint32_t sizeLimit);
+    void WriteRecord(const LogHistoryEntry& entry, std::uint32_t sizeLimit);
+
+    system::sync_ptr::v1::Guarded<Settings> settings_;
+
+    // Worker thread only.
+    std::string openFileName_;
+    std::fstream stream_;
+    std::streamoff position_ = 0; // of stream_ between two records, bytes
+    std::int64_t sequence_ = 0;   // number of the next record
+    DateTextOfSecond dateText_;
+    LogHistoryEntry entry_; // entry_ and line_ are members so that their memory is used again
+    std::string line_;
+
+    LogHistory history_;
+};
+
+} // namespace vqrx::log::log_perf::v2

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "log_perf/ring/ILogRetriever.h"
+#include "sync_ptr/Guarded.h"
+
+#include <cstddef>
+#include <map>
+#include <memory_resource>
+#include <string>
+
+namespace vqrx::log::log_perf::v2 {
+
+/// Keeps the latest records by number. If there are more than kCapacity, the record with the lowest
+/// number is removed. Any thread.
+class LogHistory {
+public:
+    static constexpr std::size_t kCapacity = 50000; ///< records
+
+    /// Adds a record, or replaces the record of that number. @throws std::bad_alloc
+    void Insert(std::int64_t number, const LogHistoryEntry& entry);
+
+    /// Removes all records.
+    void Clear() noexcept;
+
+    /// See ILogRetriever.
+    [[nodiscard]] bool GetRange(std::int64_t first, std::int64_t last, std::int64_t& outFirst,
+                                std::int64_t& outLast);
+
+    /// See ILogRetriever.
+    [[nodiscard]] ILogRetriever::Entries GetEntries(std::int64_t first, std::int64_t last);
+
+private:
+    // An entry with both texts in one string: half the memory and half the allocations.
+    struct Stored {
+        std::int64_t time;
+        std::int32_t level;
+        std::uint32_t dateLength;
+        std::pmr::string dateAndText; // in the pool; a longer text on the heap
+    };
+
+    struct Table {
+        bool InsertInPlaceOfOldest(std::int64_t number, const LogHistoryEntry& entry);
+        Stored Store(const LogHistoryEntry& entry);
+        std::int64_t Resolve(std::int64_t number) const noexcept;
+
+        // Memory of the nodes of entries and of all but long texts. Larger chunks would double the
+        // memory of a full history, because the last chunk is used only in part.
+        std::pmr::unsynchronized_pool_resource pool{std::pmr::pool_options{256, 1024}};
+        std::pmr::map<std::int64_t, Stored> entries{&pool};
+    };
+
+    system::sync_ptr::v1::Guarded<Table> table_;
+};
+
+} // namespace vqrx::log::log_perf::v2

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "log_perf/ring/LogHistoryEntry.h"
+
+#include <cstdint>
+#include <functional>
+#include <istream>
+
+namespace vqrx::log::log_perf::v2 {
+
+/// Receives each record that was found, oldest first. The entry is valid only during the call.
+using RecordFound = std::function<void(std::int64_t number, const LogHistoryEntry& entry)>;
+
+/// Reads the records of a ring file. The older records lie after the write position, the newer ones
+/// before it. A line with fewer than kLogLineFields fields is skipped.
+/// 1. It reads the older records. It takes the number of the first complete line and leaves that
+///    line out, because the line is usually the remainder of an overwritten record.
+/// 2. It reads the newer records.
+/// The records get consecutive numbers from that first number on, or from 0 if there is no older
+/// line. The numbers written in the other lines are ignored.
+/// A line whose time or level is damaged is an error, except at two places of the older part: there
+/// it may be the remainder of an overwritten record, and is skipped. These are the line after the one
+/// that was left out, and lines beyond the size limit.
+/// @param file           binary; read from the write position and again from the start
+/// @param writePosition  result of ReadRingHeader
+/// @param sizeLimit      size limit of the ring file, bytes; 0: none
+/// @return the number of the next record
+/// @throws std::invalid_argument, std::out_of_range as ParseLogEntry does; std::bad_alloc; the
+///         exceptions of recordFound
+[[nodiscard]] std::int64_t ReloadRing(std::istream& file, std::uint32_t writePosition,
+                                      std::uint32_t sizeLimit, const RecordFound& recordFound);
+
+} // namespace vqrx::log::log_perf::v2

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "log_perf/sink/ILogSink.h"
+#include "log_perf/sink/IPerformanceObserver.h"
+#include "sync_ptr/Guarded.h"
+
+#include <cstdint>
+#include <memory>
+#include <set>
+
+namespace vqrx::log::log_perf::v2 {
+
+using SinkSet = std::set<ILogSink*>;
+
+/// Everything that receives the logger's output. None of it is owned.
+struct Receivers {
+    /// Never null. Replaced as a whole when a sink is added, so that the worker copies a pointer
+    /// and allocates nothing.
+    std::shared_ptr<const SinkSet> sinks = std::make_shared<const SinkSet>();
+
+    ILogSink* performanceSink = nullptr;
+    std::uint32_t performanceSinkChanges = 0; ///< how often performanceSink was set
+    bool headerWritten = false;               ///< performanceSink has its header row
+    IPerformanceObserver* observer = nullptr;
+};
+
+/// The receivers inside the sink lock. The lock is held only while sinks are copied, never while a
+/// sink writes; an observer is called inside it.
+using GuardedReceivers = system::sync_ptr::v1::Guarded<Receivers>;
+
+} // namespace vqrx::log::log_perf::v2

@@ -1,0 +1,75 @@
+#include "log_perf/queue/WaitingCount.h"
+
+#include <gtest/gtest.h>
+
+#include <semaphore>
+#include <thread>
+#include <vector>
+
+namespace vqrx::test {
+
+using log::log_perf::v2::WaitingCount;
+
+TEST(WaitingCount, A_taker_that_is_awake_takes_without_a_wake_up)
+{
+    WaitingCount count;
+    EXPECT_FALSE(count.Add());
+    EXPECT_FALSE(count.Add());
+    EXPECT_TRUE(count.TakeOrSleep());
+    EXPECT_TRUE(count.TakeOrSleep());
+    EXPECT_FALSE(count.TakeOrSleep());
+}
+
+TEST(WaitingCount, A_sleeping_taker_is_woken_once)
+{
+    WaitingCount count;
+    EXPECT_FALSE(count.TakeOrSleep());
+    EXPECT_TRUE(count.Add());
+    EXPECT_FALSE(count.Add());
+    EXPECT_FALSE(count.Wake()); // the first Add has asked for the kernel's wake-up
+    EXPECT_TRUE(count.TakeOrSleep());
+}
+
+TEST(WaitingCount, A_taker_that_woke_by_itself_is_not_woken_again)
+{
+    WaitingCount count;
+    EXPECT_FALSE(count.TakeOrSleep());
+    EXPECT_TRUE(count.Wake());
+    EXPECT_FALSE(count.Add());
+    EXPECT_TRUE(count.TakeOrSleep());
+}
+
+TEST(WaitingCount, Between_threads_exactly_the_added_number_is_taken)
+{
+    constexpr int kThreads = 4;
+    constexpr int kEach = 20000;
+    WaitingCount count;
+    std::counting_semaphore<kThreads * kEach> kernel(0);
+    std::vector<std::thread> adders;
+    for (int thread = 0; thread < kThreads; ++thread) {
+        adders.emplace_back([&] {
+            for (int i = 0; i < kEach; ++i) {
+                if (count.Add()) {
+                    kernel.release();
+                }
+            }
+        });
+    }
+    for (int taken = 0; taken < kThreads * kEach;) {
+        if (count.TakeOrSleep()) {
+            ++taken;
+        } else if (taken % 2 == 0 && count.Wake()) { // as after a time-out
+            continue;
+        } else {
+            kernel.acquire();
+            ++taken;
+        }
+    }
+    for (std::thread& adder : adders) {
+        adder.join();
+    }
+    EXPECT_FALSE(kernel.try_acquire());
+    EXPECT_FALSE(count.TakeOrSleep());
+}
+
+} // namespace vqrx::test

@@ -1,0 +1,90 @@
+#include "log_perf/queue/Worker.h"
+
+#include "CapturingSink.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <stdexcept>
+#include <string_view>
+
+namespace vqrx::test {
+namespace {
+
+using log::log_perf::v2::GuardedReceivers;
+using log::log_perf::v2::MessageQueue;
+using log::log_perf::v2::SinkSet;
+using log::log_perf::v2::Worker;
+using testing::ElementsAre;
+
+class WorkerTest : public testing::Test {
+protected:
+    WorkerTest() { receivers_.Lock()->sinks = std::make_shared<const SinkSet>(SinkSet{&sink_}); }
+
+    void Append(Worker& worker, std::string_view text)
+    {
+        ASSERT_TRUE(queue_.Append(2, {}, text));
+        worker.RecordAppended();
+    }
+
+    CapturingSink sink_;
+    MessageQueue queue_;
+    GuardedReceivers receivers_;
+};
+
+} // namespace
+
+TEST_F(WorkerTest, Each_record_reaches_the_sink_in_order)
+{
+    Worker worker(queue_, receivers_, 1000, [] {});
+    Append(worker, "first");
+    ASSERT_TRUE(sink_.WaitForCount(1));
+    Append(worker, "second");
+    ASSERT_TRUE(sink_.WaitForCount(2));
+    EXPECT_THAT(sink_.Texts(), ElementsAre("first", "second"));
+}
+
+TEST_F(WorkerTest, The_destructor_waits_until_every_queued_record_is_delivered)
+{
+    {
+        Worker worker(queue_, receivers_, 1000, [] {});
+        for (int i = 0; i < 500; ++i) {
+            Append(worker, "text");
+        }
+    }
+    EXPECT_TRUE(queue_.IsEmpty());
+    EXPECT_EQ(500U, sink_.Texts().size());
+}
+
+TEST_F(WorkerTest, A_period_without_records_ends_with_a_report)
+{
+    std::atomic<int> reports = 0;
+    const Worker worker(queue_, receivers_, 1, [&] {
+        ++reports;
+        reports.notify_all();
+    });
+    for (int seen = 0; seen < 3; seen = reports) {
+        reports.wait(seen);
+    }
+}
+
+TEST_F(WorkerTest, A_report_that_throws_costs_neither_records_nor_later_reports)
+{
+    std::atomic<int> reports = 0;
+    {
+        Worker worker(queue_, receivers_, 1, [&] {
+            ++reports;
+            reports.notify_all();
+            throw std::runtime_error("report failed");
+        });
+        for (int seen = 0; seen < 2; seen = reports) {
+            reports.wait(seen);
+        }
+        Append(worker, "text");
+    }
+    EXPECT_THAT(sink_.Texts(), ElementsAre("text"));
+}
+
+} // namespace vqrx::test
