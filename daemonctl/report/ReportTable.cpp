@@ -16,7 +16,7 @@ namespace vqrx::client::v0 {
 namespace {
 
 // A share below 1 never reads as 100 %.
-std::string PercentText(double share)
+std::string AvailabilityText(double share)
 {
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.2f", share * 100);
@@ -72,7 +72,7 @@ std::string Row(const ReportLane& lane, std::size_t index)
            Cell("State", lane.state, false) +
            Cell("Restarts", std::to_string(lane.restarts), true) +
            Cell("Failed starts", std::to_string(lane.failedStarts.size()), true) +
-           Cell("Availability", lane.availability ? PercentText(*lane.availability) : kNoValue,
+           Cell("Availability", lane.availability ? AvailabilityText(*lane.availability) : kNoValue,
                 true) +
            Cell("Longest life", OptionalDuration(lane.longestMs), true) +
            Cell("Median life", OptionalDuration(lane.medianMs), true) + "<td data-name=\"Ends\">" +
