@@ -44,6 +44,9 @@ def check_arrows(tree):
     """A file includes only its own folder and the folders listed for it."""
     code = [path for path in tree.below("src", "daemonctl", "sdk", "interface")
             if path.endswith((".h", ".cpp"))]
+    for room in lists.MAY_INCLUDE:
+        if not tree.below(room):
+            yield Finding("arrows", "tools/layout/lists.py", f"MAY_INCLUDE names {room}, which is empty")
     headers = [path for path in code if path.endswith(".h")]
     for path in code:
         room = room_of(path)
