@@ -13,7 +13,7 @@ MAY_INCLUDE = {
     "src/system/installation": ("src/system",),
     "src/system/wmi": ("src/system",),
     "src/log": (),
-    "src/log/log_perf/time": (),
+    "src/log/log_perf/time": ("src/system",),
     "src/log/log_perf/sink": ("src/log/log_perf/time", "src/log", "src/system"),
     "src/log/log_perf/queue": ("src/log/log_perf/sink",),
     "src/log/log_perf/ring": ("src/log/log_perf/sink", "src/system/ring_format"),
