@@ -31,7 +31,7 @@ bool Runs(const DaemonStatus& daemon)
     return daemon.state == RunState::running;
 }
 
-// Of one processor, since its start.
+// The share of one processor that the process has used on average since its creation.
 double CpuPercent(const DaemonStatus& daemon, std::int64_t nowMs)
 {
     constexpr double hundred = 100.0;
@@ -83,12 +83,13 @@ Row RowOf(const DaemonStatus& daemon, std::int64_t nowMs, const TimeText& timeTe
         row[7] = WithOneDecimal(static_cast<double>(daemon.process.memoryBytes) / mebibyte, "MiB");
     }
     row[8] = WithoutBlank(daemon.command);
-    // Programs choose their arguments: none may command the terminal or forge a line.
+    // A program's arguments can hold control characters, which could command the terminal or feign
+    // another line.
     std::transform(row.begin(), row.end(), row.begin(), Printable);
     return row;
 }
 
-// In characters: the bytes of UTF-8 that begin one.
+// Counts characters: the bytes that begin a character in UTF-8.
 std::size_t Width(const std::string& text)
 {
     return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
@@ -207,7 +208,7 @@ std::vector<ListedProcess> ParseListing(const std::string& json)
         }
         return processes;
     } catch (const Json::exception& exception) {
-        throw std::runtime_error(std::string("no listing of daemonctl ps --json: ") +
+        throw std::runtime_error(std::string("not a listing of daemonctl ps --json: ") +
                                  exception.what());
     }
 }

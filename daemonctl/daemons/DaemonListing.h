@@ -10,28 +10,37 @@
 
 namespace vqrx::client::v0 {
 
-/// A table with a line of titles and a line for each daemon.
-/// @param timeText  writes a time for a reader
-std::string ListingText(const std::vector<DaemonStatus>& daemons, std::int64_t nowMs,
-                        const std::function<std::string(std::int64_t timeMs)>& timeText);
+/// Writes the daemons as a table for people: a line of titles, and a line for each daemon. Control
+/// characters become visible ("\x1B"), so that no argument of a program commands the terminal. Pure
+/// except for timeText.
+/// @param nowMs     the current time, milliseconds since 1970, UTC
+/// @param timeText  writes a time for people
+/// @return UTF-8; every line ends with a line feed
+[[nodiscard]] std::string
+ListingText(const std::vector<DaemonStatus>& daemons, std::int64_t nowMs,
+            const std::function<std::string(std::int64_t timeMs)>& timeText);
 
-/// The same as one JSON object, whose field names stay as they are.
-std::string ListingJson(const std::vector<DaemonStatus>& daemons, std::int64_t nowMs,
-                        const std::string& version);
+/// Writes the daemons for programs: one JSON object and a line feed after it. docs/daemonctl.md
+/// describes the fields, whose names are fixed. Bytes that are no UTF-8 become U+FFFD. Pure.
+/// @param nowMs    the current time, milliseconds since 1970, UTC
+/// @param version  the version of daemonctl
+[[nodiscard]] std::string ListingJson(const std::vector<DaemonStatus>& daemons, std::int64_t nowMs,
+                                      const std::string& version);
 
-/// A process that ran when a listing was written as JSON.
+/// A process of a listing that ListingJson() wrote: it ran at that moment. Texts are UTF-8.
 struct ListedProcess {
-    std::optional<std::uint32_t> id;
+    std::optional<std::uint32_t> id; ///< of the daemon; nothing: not known
     std::uint32_t processId = 0;
-    std::int64_t createdMs = 0;
-    std::string image;
-    std::string command; ///< without the blank behind it
-    bool service = false;
+    std::int64_t createdMs = 0; ///< when the process was created, milliseconds since 1970, UTC
+    std::string image;          ///< full path of the program
+    std::string command;        ///< path and arguments, without the blank at the end
+    bool service = false;       ///< the daemon is a Windows service
 
     bool operator==(const ListedProcess&) const = default;
 };
 
-/// Reads a listing back. @throws std::runtime_error when it is none
-std::vector<ListedProcess> ParseListing(const std::string& json);
+/// Reads the running processes from a listing that ListingJson() wrote. Pure.
+/// @throws std::runtime_error if the text is not such a listing
+[[nodiscard]] std::vector<ListedProcess> ParseListing(const std::string& json);
 
 } // namespace vqrx::client::v0

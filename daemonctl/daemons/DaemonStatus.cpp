@@ -7,10 +7,11 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// Passes come every second, later only while a client's call holds them up.
+// The supervisor tries every second, or later while it serves a call of a client.
 constexpr std::int64_t kTriedLatelyMs = 15000;
 
-// A service's configuration may quote its program; a blank ends it in any case.
+// Writes the command line of a service as the log writes a command: without quotes, and with a
+// blank at the end.
 std::string AsCommand(std::string commandLine)
 {
     std::erase(commandLine, '"');
@@ -50,7 +51,7 @@ DaemonStatus StatusOf(const DaemonHistory& daemon, const ProcessSource& source)
     status.restarts = daemon.Restarts();
     status.restartsComplete = daemon.beginningSeen;
     if (!daemon.beginningSeen && !daemon.intervals.empty() && daemon.intervals.front().startSeen) {
-        ++status.restarts; // the first start that is left is a later one
+        ++status.restarts; // the first start is overwritten, so the first one here is a restart
     }
     status.lastExit = LastExitOf(daemon);
     status.attached = daemon.attached;
@@ -77,8 +78,8 @@ DaemonStatus StatusOfNeverStarted(const std::string& command, std::size_t failed
 {
     DaemonStatus status;
     status.state = RunState::cannotStart;
-    status.restarts = failedStarts - 1; // the first was none
-    status.restartsComplete = false;    // two daemons of one command cannot be told apart
+    status.restarts = failedStarts - 1; // the first of them was not a restart
+    status.restartsComplete = false;    // these may be the starts of two daemons of one command
     status.command = command;
     return status;
 }
@@ -98,8 +99,9 @@ DaemonStatus StatusOfChild(const ProcessFacts& child, const ProcessSource& sourc
     return status;
 }
 
-// A supervisor that finds another one published ends by itself, before its first pass and before
-// any client can reach it: its lines are those of a start and of an end that nobody asked for.
+// Returns whether a supervisor was refused because another one was published. A refused supervisor
+// ends before it starts a daemon and before a client can call it. So its records show a start and
+// an end, and nothing else.
 bool WasRefused(const SupervisorRun& run)
 {
     return run.beginningSeen && run.endSeen && !run.exitRequested && !run.stillRegistered &&
@@ -178,7 +180,7 @@ std::string ReadableReason(const std::string& reason)
     if (error != std::errc() || end != last) {
         return reason;
     }
-    constexpr std::uint32_t largestPlainCode = 0xFFFF; // beyond, it is a bit pattern
+    constexpr std::uint32_t largestPlainCode = 0xFFFF; // larger codes are bit patterns
     return "exit code " + (code <= largestPlainCode ? std::to_string(code) : "0x" + digits);
 }
 

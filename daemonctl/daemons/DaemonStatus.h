@@ -12,69 +12,86 @@
 
 namespace vqrx::client::v0 {
 
-/// What the processes of the machine are asked through; tests answer themselves.
+/// The questions about this machine's processes, as functions that a test can replace. All texts
+/// are UTF-8.
 struct ProcessSource {
+    /// Returns the present state of a process.
     std::function<ProcessFacts(std::uint32_t processId)> facts;
     SameFile sameFile;
-    /// The command line of a Windows service's program.
+    /// Returns the command line of a Windows service; empty for an unknown service.
     std::function<std::string(const std::string& service)> commandOfService;
-    /// What a process was started with, its program left out.
+    /// Returns the arguments of a process without its program; empty if they cannot be read.
     std::function<std::vector<std::string>(std::uint32_t processId)> arguments;
-    std::string appFolder; ///< the supervisor's working folder
+    std::string appFolder; ///< the supervisor's working folder; relative paths start there
 };
 
+/// Whether the process of a daemon runs at this moment.
 enum class RunState {
-    running,     ///< the process that the log names is there
-    ended,       ///< it is not; the supervisor is about to start it again
-    cannotStart, ///< starting it fails, and is tried every second
-    unknown,     ///< there is a process of its id that may not be asked about
+    running,     ///< the process that the log names runs
+    ended,       ///< that process has ended; the supervisor is about to start the next one
+    cannotStart, ///< the last start failed; the supervisor tries again every second
+    unknown      ///< a process has this id, but this user may not examine it
 };
 
-/// How a daemon's process ended last.
+/// The last end of a process of a daemon.
 struct LastExit {
-    std::int64_t timeMs = 0;
-    std::string reason; ///< the exit code in the log's words; empty: its message is missing
-    bool sure = true;   ///< false: messages are missing that could say otherwise
+    std::int64_t timeMs = 0; ///< milliseconds since 1970, UTC
+    std::string reason;      ///< in the words of the log; empty: the record is missing
+    bool sure = true;        ///< false: records are missing; it may be the end of another daemon
 };
 
 /// A daemon of the running supervisor at this moment.
 struct DaemonStatus {
-    std::optional<std::uint32_t> id; ///< nothing: no message in the log tells it
+    std::optional<std::uint32_t> id; ///< nothing: no record of the log shows the id
     RunState state = RunState::unknown;
-    std::optional<std::uint32_t> processId; ///< of the process that runs
-    ProcessFacts process;                   ///< meaningful when it runs
-    std::size_t restarts = 0;               ///< that the log still shows
-    bool restartsComplete = true;
-    std::optional<LastExit> lastExit;
-    bool attached = false;
-    bool service = false;
-    bool inLog = true;   ///< false: a child of the supervisor of which the log no longer tells
-    std::string command; ///< as in the log, also of a process that is not in it
+    std::optional<std::uint32_t> processId; ///< nothing unless state is running or unknown
+    ProcessFacts process;                   ///< valid only if state is running
+    std::size_t restarts = 0;               ///< restarts that the log still shows
+    bool restartsComplete = true;           ///< false: there may have been more restarts
+    std::optional<LastExit> lastExit;       ///< nothing: the log shows no end of a process
+    bool attached = false;                  ///< the daemon was attached, not launched
+    bool service = false;                   ///< the daemon is a Windows service
+    bool inLog = true;   ///< false: a child process of the supervisor without a record in the log
+    std::string command; ///< path and arguments with a blank after each, or the name of a service
 };
 
-/// The run of the supervisor that goes on: the last one, but for those that were refused beside it
-/// and have written into the log since. Null when it has ended, whatever came before it.
-const SupervisorRun* RunThatGoesOn(const Timeline& timeline);
+/// Finds the run of the supervisor that has not ended: the last run of the timeline. The runs of
+/// refused supervisors do not count; those found another supervisor running and ended at once.
+/// Pure.
+/// @return the run in the timeline; null if it has ended, even if an earlier run shows no end
+[[nodiscard]] const SupervisorRun* RunThatGoesOn(const Timeline& timeline);
 
-/// Whether what cannot be started was looked after at this moment: it is tried every second then,
-/// and no line tells when a client has it stopped.
-bool WasTriedLately(const std::vector<std::int64_t>& failedStarts, std::int64_t nowMs);
+/// Returns whether the supervisor still tries to start a daemon whose starts fail. It tries every
+/// second and logs each failure, but logs nothing when a client stops such a daemon. So the daemon
+/// counts as stopped 15 seconds after the last failure. Pure.
+/// @param failedStarts  times of the failed starts in order, milliseconds since 1970, UTC
+/// @param nowMs         the moment in question, milliseconds since 1970, UTC
+[[nodiscard]] bool WasTriedLately(const std::vector<std::int64_t>& failedStarts,
+                                  std::int64_t nowMs);
 
-/// A daemon's last process as the log tells of it; nothing when it has none.
-std::optional<LoggedProcess> LastProcessOf(const DaemonHistory& daemon,
-                                           const ProcessSource& source);
+/// Returns a daemon's last process as the log shows it. Asks `source` for the command line of a
+/// service only.
+/// @return nothing if the log shows no process, or shows that the process ended or that a client
+/// stopped or detached it
+[[nodiscard]] std::optional<LoggedProcess> LastProcessOf(const DaemonHistory& daemon,
+                                                         const ProcessSource& source);
 
-/// All daemons that the supervisor looks after, by id; then those without one. Pure but for source.
-/// @param nowMs     a daemon that cannot start is tried every second: one that was tried longer ago
-///                  than a few seconds is no longer looked after
-/// @param children  the processes that the supervisor has started and that run
-std::vector<DaemonStatus> StatusOfDaemons(const SupervisorRun& run, const ProcessSource& source,
-                                          std::int64_t nowMs,
-                                          const std::vector<ProcessFacts>& children);
+/// Finds the state of all daemons of the supervisor. Asks only `source` about the machine.
+/// @param run       the run of the supervisor
+/// @param nowMs     the current time, milliseconds since 1970, UTC; see WasTriedLately()
+/// @param children  the running processes that the supervisor has started
+/// @return first the daemons with an id, by id; then the commands that could never be started; then
+/// the children that the log does not show
+[[nodiscard]] std::vector<DaemonStatus> StatusOfDaemons(const SupervisorRun& run,
+                                                        const ProcessSource& source,
+                                                        std::int64_t nowMs,
+                                                        const std::vector<ProcessFacts>& children);
 
-/// "exit code 3" for "Unknown (0x3)"; other reasons are in words as they are.
-std::string ReadableReason(const std::string& reason);
+/// Writes the reason for an end for people: "exit code 3" for "Unknown (0x3)", and "exit code
+/// 0xc0000001" for a code above 0xFFFF. Returns any other reason unchanged. Pure.
+[[nodiscard]] std::string ReadableReason(const std::string& reason);
 
-std::string_view NameOf(RunState state) noexcept;
+/// Returns the name of a state for people, in lower case: "cannot start".
+[[nodiscard]] std::string_view NameOf(RunState state) noexcept;
 
 } // namespace vqrx::client::v0

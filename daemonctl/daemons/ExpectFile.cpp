@@ -12,7 +12,8 @@ bool IsBlank(char character)
     return character == ' ' || character == '\t';
 }
 
-// @return nothing when a quote is not closed
+// Splits a line at blanks and tabs outside double quotes, and removes the quotes.
+// @return nothing if a double quote is not closed
 std::optional<std::vector<std::string>> SplitWords(std::string_view line)
 {
     std::vector<std::string> words;
@@ -32,7 +33,7 @@ std::optional<std::vector<std::string>> SplitWords(std::string_view line)
             inWord = false;
             continue;
         }
-        if (!inWord) { // a quote begins a word, be it empty
+        if (!inWord) { // a quote begins a word, even an empty one
             words.emplace_back();
             inWord = true;
         }
@@ -52,16 +53,16 @@ std::string ComparablePath(std::string_view path)
     return result;
 }
 
-// Whether a text can be the folder of a program, its separator behind it: it names a drive at its
-// front only, and no program.
+// Returns whether a text can be the folder in front of a program's name. A folder has a colon after
+// its drive letter only, and does not hold the path of another program.
 bool IsFolder(std::string_view text)
 {
     return text.find(':', 2) == std::string_view::npos &&
            text.find(".exe ") == std::string_view::npos;
 }
 
-// Places programs one after another; who is in the way moves on when there is another place (the
-// augmenting paths of bipartite matching).
+// Assigns a command to one program after another. If a command has an owner already, the owner
+// moves to another command where that is possible (augmenting paths of bipartite matching).
 class Matching {
 public:
     Matching(const std::vector<ExpectedProgram>& programs, const std::vector<std::string>& commands)
@@ -94,7 +95,8 @@ private:
         return IsCommandOf(programs_[program], commands_[command]);
     }
 
-    // A command that is free, or one whose owner finds another.
+    // Finds a command for a program: a free one, or one whose owner can move.
+    // @param tried  the commands whose owners were asked to move already
     bool FindRoom(std::size_t program, std::vector<bool>& tried)
     {
         for (std::size_t command = 0; command < commands_.size(); ++command) {
@@ -161,17 +163,17 @@ bool IsCommandOf(const ExpectedProgram& expected, std::string_view command)
     for (const std::string& argument : expected.arguments) {
         arguments += argument + " ";
     }
-    if (command.empty() || command.back() != ' ') { // a service's name has no blank behind it
+    if (command.empty() || command.back() != ' ') { // the name of a service has no blank after it
         return expected.arguments.empty() &&
                ComparablePath(command) == ComparablePath(expected.program);
     }
     const std::string program = ComparablePath(expected.program);
     const std::string whole = ComparablePath(command);
     const bool anyFolder = program.find('\\') == std::string::npos;
-    // The path may hold blanks itself, so every place where it could begin and end is tried.
+    // The path can hold blanks, so try each place where the program's name can begin.
     for (std::size_t begin = 0; begin != std::string::npos;
          begin = anyFolder ? whole.find('\\', begin) : std::string::npos) {
-        begin += begin != 0 ? 1 : 0; // behind the separator
+        begin += begin != 0 ? 1 : 0; // after the separator
         if (!IsFolder(std::string_view(whole).substr(0, begin))) {
             break;
         }
@@ -199,7 +201,7 @@ std::vector<std::optional<std::size_t>> Assign(const std::vector<ExpectedProgram
 std::string TextOf(const ExpectedProgram& expected)
 {
     const auto quoted = [](const std::string& word) {
-        // A word must not look like a comment, nor like a byte order mark.
+        // A word in front must not look like a comment or a byte order mark.
         const bool isPlain = !word.empty() && word.find_first_of(" \t") == std::string::npos &&
                              word.front() != '#' && word.front() != '\xEF';
         return isPlain ? word : '"' + word + '"';

@@ -8,35 +8,41 @@
 
 namespace vqrx::client::v0 {
 
-/// A program that must run, as one line of an expect file says it.
+/// A program that must run: one line of an expect file. Texts are UTF-8.
 struct ExpectedProgram {
-    std::size_t line = 0;
-    std::string program;                ///< a full path, or a file name alone: in any folder
-    std::vector<std::string> arguments; ///< none: whatever they are
+    std::size_t line = 0; ///< number of the line, from 1
+    std::string program;  ///< a full path, a file name alone, or the name of a service
+    std::vector<std::string> arguments; ///< empty: the arguments of the daemon do not count
 
     bool operator==(const ExpectedProgram&) const = default;
 };
 
+/// The content of an expect file. If `errors` is not empty, the file must not be used.
 struct ExpectFile {
-    std::vector<ExpectedProgram> programs;
-    std::vector<std::string> errors; ///< "line 3: ..."
+    std::vector<ExpectedProgram> programs; ///< in the order of the lines
+    std::vector<std::string> errors;       ///< one for each wrong line: "line 3: ..."
 };
 
-/// Reads the list of programs that must run: one a line, its arguments behind it, parts with blanks
-/// in double quotes; empty lines and lines that begin with # are left out. UTF-8, with or without
-/// byte order mark, any line ends. Pure.
-ExpectFile ParseExpectFile(std::string_view content);
+/// Reads an expect file, the list of the programs that must run. Each line holds a program and its
+/// arguments, with blanks or tabs between them. A part that holds blanks stands in double quotes.
+/// Empty lines and lines that begin with # are left out. Lines end with CR, LF or both. Pure.
+/// @param content  UTF-8, with or without a byte order mark
+[[nodiscard]] ExpectFile ParseExpectFile(std::string_view content);
 
-/// Whether a command as the log has it (path and arguments with a blank behind each) is that
-/// program's. Letter case counts in the arguments alone.
-bool IsCommandOf(const ExpectedProgram& expected, std::string_view command);
+/// Returns whether a daemon's command fits an expected program. Letter case counts in the arguments
+/// only; a slash in the path counts as a backslash. Pure.
+/// @param command  as the log shows it: path and arguments with a blank after each, or the name of
+///                 a service without a blank
+[[nodiscard]] bool IsCommandOf(const ExpectedProgram& expected, std::string_view command);
 
-/// Finds a command of its own for as many of the programs as can have one.
-/// @return for each program the index of its command, or nothing
-std::vector<std::optional<std::size_t>> Assign(const std::vector<ExpectedProgram>& programs,
-                                               const std::vector<std::string>& commands);
+/// Assigns commands to programs, so that as many programs as possible have a command of their own.
+/// Pure.
+/// @return for each program the index of its command; nothing for a program without one
+[[nodiscard]] std::vector<std::optional<std::size_t>>
+Assign(const std::vector<ExpectedProgram>& programs, const std::vector<std::string>& commands);
 
-/// The line as it could be written in the file.
-std::string TextOf(const ExpectedProgram& expected);
+/// Writes a program as a line of an expect file. ParseExpectFile() reads the same program from it.
+/// Pure.
+[[nodiscard]] std::string TextOf(const ExpectedProgram& expected);
 
 } // namespace vqrx::client::v0

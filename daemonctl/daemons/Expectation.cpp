@@ -12,22 +12,22 @@ bool IsUpLongEnough(const DaemonStatus& daemon, std::int64_t nowMs, std::int64_t
 
 std::string DescribeState(const DaemonStatus& daemon)
 {
-    const std::string who =
+    const std::string name =
         daemon.id ? "daemon " + std::to_string(*daemon.id) : "a daemon of this program";
     switch (daemon.state) {
     case RunState::running:
-        return who + " has just been started";
+        return name + " has just been started";
     case RunState::ended:
-        return who + " has ended";
+        return name + " has ended";
     case RunState::cannotStart:
-        return who + " cannot be started";
+        return name + " cannot be started";
     case RunState::unknown:
         break;
     }
-    return who + " may not be asked about";
+    return name + " may not be asked about";
 }
 
-// Of the daemons that could be it and are not: the first that no other program has.
+// Describes the first daemon that has the program's command and is not used for another program.
 std::string ReasonOf(const ExpectedProgram& program, const std::vector<DaemonStatus>& daemons,
                      const std::vector<bool>& taken)
 {

@@ -8,17 +8,17 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// A process that a run has left behind.
-struct Left {
+// A process that ran on when its supervisor ended.
+struct LeftProcess {
     const DaemonHistory* daemon = nullptr;
     LoggedProcess logged;
     bool byLastRun = false;
 };
 
-using LeftProcesses = std::map<std::uint32_t, Left>;
+using LeftProcesses = std::map<std::uint32_t, LeftProcess>; // by process id
 
-// A process that a run let go or saw end is nobody's any more; one that it looked after to its end
-// is left behind.
+// Adds the processes that the run still supervised at its end. Removes every other process of the
+// run: the process ended, or a client stopped or detached it.
 void AddRun(LeftProcesses& left, const SupervisorRun& run, const ProcessSource& source, bool isLast)
 {
     for (const auto& [id, daemon] : run.daemons) {
@@ -32,14 +32,14 @@ void AddRun(LeftProcesses& left, const SupervisorRun& run, const ProcessSource& 
     }
 }
 
-// A former daemon, and whether its process is still the one meant.
+// A former daemon, and whether its process is still the same.
 struct Candidate {
     FormerDaemon daemon;
     ProcessFit fit = ProcessFit::gone;
     ProcessFacts facts;
 };
 
-// Whether it is the process whose creation and program were asked for earlier.
+// Compares a process with the time of creation and the program that Windows reported earlier.
 ProcessFit FitKnown(std::int64_t createdMs, const std::string& image, const ProcessFacts& facts)
 {
     if (facts.state != ProcessFacts::State::running) {
@@ -51,7 +51,8 @@ ProcessFit FitKnown(std::int64_t createdMs, const std::string& image, const Proc
     return facts.image == image ? ProcessFit::same : ProcessFit::otherProgram;
 }
 
-// Whether the process ended while its supervisor still ran, after the listing was made.
+// Returns whether the listed process ended while the last former supervisor still ran. The log
+// shows better than the listing then what became of the daemon.
 bool IsOutdated(const ListedProcess& listed, const SupervisorRun& last)
 {
     const DaemonHistory* const daemon = listed.id ? last.Find(*listed.id) : nullptr;
@@ -74,7 +75,7 @@ public:
     {
     }
 
-    void AddFromLog(const Left& left)
+    void AddFromLog(const LeftProcess& left)
     {
         const ProcessFacts facts = source_.facts(left.logged.processId);
         const ProcessFit fit = Fit(left.logged, facts);
@@ -86,7 +87,7 @@ public:
         candidates_.push_back({std::move(former), fit, facts});
     }
 
-    // @param last  the last former run, or null
+    // @param last  the run of the last former supervisor; null if the log does not show it
     void AddFromListing(const ListedProcess& listed, const SupervisorRun* last)
     {
         if (WasLetGo(listed.processId)) {
@@ -95,7 +96,7 @@ public:
         const ProcessFacts facts = source_.facts(listed.processId);
         const ProcessFit fit = FitKnown(listed.createdMs, listed.image, facts);
         if (fit != ProcessFit::same && last != nullptr && IsOutdated(listed, *last)) {
-            return; // the log tells what became of the daemon
+            return;
         }
         FormerDaemon former;
         former.id = listed.id;
@@ -105,7 +106,7 @@ public:
         candidates_.push_back({std::move(former), fit, facts});
     }
 
-    // One that had no process when its supervisor ended.
+    // Adds a daemon that had no process when its supervisor ended.
     void AddNotRunning(const DaemonHistory& daemon)
     {
         FormerDaemon former = Describe(daemon);
@@ -113,11 +114,11 @@ public:
         candidates_.push_back({std::move(former), ProcessFit::gone, {}});
     }
 
-    // A program that never had a process; no line tells its id.
+    // Adds a command that could never be started. No record shows the id of such a daemon.
     void AddNeverStarted(const std::string& command)
     {
         if (current_.neverStarted.count(command) != 0) {
-            return; // launched again, and still tried
+            return; // a client launched it again, and the running supervisor tries to start it
         }
         DaemonHistory daemon;
         daemon.command = command;
@@ -134,7 +135,8 @@ public:
                              constexpr std::uint32_t none = 0xFFFFFFFF;
                              return a.daemon.id.value_or(none) < b.daemon.id.value_or(none);
                          });
-        // Who has his process still comes first: what is left then may stand for the others.
+        // First match the daemons whose process still runs, by that process. Then match the rest
+        // by command with the daemons that are left.
         for (Candidate& candidate : candidates_) {
             if (candidate.fit == ProcessFit::same) {
                 candidate.daemon.plan = FormerDaemon::Plan::attach;
@@ -184,7 +186,7 @@ private:
                Fit(*logged, facts) == ProcessFit::same;
     }
 
-    // Whether the running supervisor has had the process and let it go.
+    // Returns whether the running supervisor had the process, and a client stopped or detached it.
     bool WasLetGo(std::uint32_t processId) const
     {
         return std::any_of(current_.daemons.begin(), current_.daemons.end(),
@@ -195,6 +197,7 @@ private:
                            });
     }
 
+    // Marks a candidate as attached already if the running supervisor has a daemon that fits.
     template <typename Predicate>
     void FindAmongCurrent(Candidate& candidate, const Predicate& isTheOne)
     {
@@ -212,10 +215,10 @@ private:
     const SupervisorRun& current_;
     const ProcessSource& source_;
     std::vector<Candidate> candidates_;
-    std::set<std::uint32_t> taken_; // daemons of the current run that are somebody's already
+    std::set<std::uint32_t> taken_; // ids in the current run that are matched with a candidate
 };
 
-// The last run before the current one that looked after anything.
+// Returns the last run before the current one that had daemons; null if there is none.
 const SupervisorRun* LastFormerRun(const Timeline& timeline, const SupervisorRun& current)
 {
     const SupervisorRun* last = nullptr;
@@ -244,7 +247,7 @@ std::vector<FormerDaemon> PlanReattachment(const Timeline& timeline, const Super
         AddRun(left, run, source, &run == last);
     }
     for (const ListedProcess& process : listed) {
-        left.erase(process.processId); // the listing is surer than the log
+        left.erase(process.processId); // the listing is more certain than the log
         planner.AddFromListing(process, last);
     }
     for (const auto& [processId, process] : left) {

@@ -10,37 +10,46 @@
 
 namespace vqrx::client::v0 {
 
-/// A process that a supervisor looked after before the running one began.
+/// A daemon of a former supervisor, and the plan for it. Texts are UTF-8.
 struct FormerDaemon {
+    /// How the running supervisor gets the daemon.
     enum class Plan {
-        attach,  ///< it is still that process, and nobody looks after it
-        already, ///< the running supervisor looks after it
-        lost,    ///< it cannot be attached; note says why
+        attach,  ///< the process still runs, and no supervisor supervises it: attach it
+        already, ///< the running supervisor supervises it already
+        lost     ///< it cannot be attached; note says why
     };
     Plan plan = Plan::lost;
-    std::optional<std::uint32_t> id;        ///< under the former supervisor
-    std::optional<std::uint32_t> processId; ///< nothing: it did not run when that one ended
-    std::optional<std::uint32_t> newId;     ///< already: under the running one
-    std::int64_t createdMs = 0;             ///< attach: when the process began, as Windows tells
-    std::string image;                      ///< attach: its program, as Windows tells
-    std::string command;                    ///< without the blank behind it
-    bool service = false;
-    std::string note;
+    std::optional<std::uint32_t> id; ///< in the former supervisor; nothing: not known
+    std::optional<std::uint32_t>
+        processId;                      ///< nothing: it had no process when that supervisor ended
+    std::optional<std::uint32_t> newId; ///< already: the id in the running supervisor
+    std::int64_t createdMs = 0; ///< attach: when Windows created the process, ms since 1970, UTC
+    std::string image;          ///< attach: full path of the program, from Windows
+    std::string command;        ///< path and arguments, without the blank at the end
+    bool service = false;       ///< the daemon is a Windows service
+    std::string note;           ///< lost: the reason, for people
 };
 
-/// Finds what the supervisor before the running one has left behind, and makes sure of each process
-/// that it is still the one meant. What earlier ones left counts as well when it still runs: the
-/// supervisor before this one may have ended before anything was handed over to it. In the order of
-/// the former ids. Pure but for source.
-/// @param current  the run that goes on, one of the timeline's
-/// @param listed   processes from a listing made before the former supervisor ended; they count
-///                 also when the log no longer tells of them
-std::vector<FormerDaemon> PlanReattachment(const Timeline& timeline, const SupervisorRun& current,
-                                           const std::vector<ListedProcess>& listed,
-                                           const ProcessSource& source);
+/// Plans what to attach to the running supervisor after an upgrade.
+///
+/// The plan holds the daemons that the last former supervisor had at its end. It also holds daemons
+/// of earlier supervisors whose processes still run: a supervisor may have ended before anything
+/// was attached to it. It leaves out daemons that a client stopped or detached. Of each process the
+/// function checks that it is still the same one, not a later process with its id. Asks only
+/// `source` about the machine.
+/// @param current  the run of the running supervisor; a reference into `timeline`
+/// @param listed   processes from a listing made before the former supervisor ended; they are
+///                 planned even if the log does not show them, and count more than the log
+/// @return one plan for each daemon, in the order of the former ids; those without an id come last
+[[nodiscard]] std::vector<FormerDaemon> PlanReattachment(const Timeline& timeline,
+                                                         const SupervisorRun& current,
+                                                         const std::vector<ListedProcess>& listed,
+                                                         const ProcessSource& source);
 
-/// Whether a process that was to be attached still is the one that the plan was made for. Pure.
-/// @param facts  of the process that has its id now
-ProcessFit FitPlan(const FormerDaemon& former, const ProcessFacts& facts);
+/// Returns whether a process is still the one that the plan was made for: it has the same time of
+/// creation and the same program. Pure.
+/// @param former  a daemon with the plan `attach`
+/// @param facts   the process that has the planned process id now
+[[nodiscard]] ProcessFit FitPlan(const FormerDaemon& former, const ProcessFacts& facts);
 
 } // namespace vqrx::client::v0

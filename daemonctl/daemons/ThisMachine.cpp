@@ -32,7 +32,7 @@ const SupervisorRun& RunOfThisMachine(const Timeline& timeline)
 {
     const SupervisorRun* const run = RunThatGoesOn(timeline);
     if (run == nullptr) {
-        throw LogUnreadable("the log does not tell of the supervisor that is running; see "
+        throw LogUnreadable("the log does not show the supervisor that is running; see "
                             "daemonctl doctor");
     }
     return *run;
@@ -54,7 +54,8 @@ std::vector<ProcessFacts> ChildrenOfSupervisor()
     const std::int64_t supervisorCreatedMs = ReadProcessFacts(supervisor).createdMs;
     for (const std::uint32_t processId : ChildrenOfProcess(supervisor)) {
         ProcessFacts facts = ReadProcessFacts(processId);
-        // A process that is older than its parent is the child of one that had this id before.
+        // Windows gives out process ids again. If a process is older than the supervisor, its
+        // parent was an earlier process with the supervisor's id.
         if (facts.state == ProcessFacts::State::running && facts.createdMs >= supervisorCreatedMs &&
             !IsConsoleHost(facts.image)) {
             children.push_back(std::move(facts));

@@ -9,22 +9,28 @@
 
 namespace vqrx::client::v0 {
 
-/// The supervisor's log cannot be read, or does not tell of the running supervisor.
+/// Thrown if the supervisor's log cannot be read, or does not show the running supervisor.
 class LogUnreadable : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// What this machine's supervisor has logged. @throws LogUnreadable
-Timeline ReadTimeline();
+/// Reads the log of this machine's supervisor and makes its timeline.
+/// @throws LogUnreadable if the log's path is not known or the log cannot be read
+[[nodiscard]] Timeline ReadTimeline();
 
-/// The run of the running supervisor, in the timeline. @throws LogUnreadable when it is not there
-const SupervisorRun& RunOfThisMachine(const Timeline& timeline);
+/// Finds the run of the running supervisor.
+/// @return a reference into `timeline`, which must outlive it
+/// @throws LogUnreadable if the log shows no run, or the last one has ended
+[[nodiscard]] const SupervisorRun& RunOfThisMachine(const Timeline& timeline);
 
-/// The processes of this machine.
-ProcessSource SourceOfThisMachine();
+/// Makes the functions that ask Windows about the processes of this machine. They may be called on
+/// any thread.
+/// @throws std::runtime_error if the registry does not name the firmware root
+[[nodiscard]] ProcessSource SourceOfThisMachine();
 
-/// The processes that DaemonManager.exe has started and that run; none when that is not clear.
-std::vector<ProcessFacts> ChildrenOfSupervisor();
+/// Finds the running processes that DaemonManager.exe has started, without console hosts.
+/// @return empty if no process or several processes run a file named DaemonManager.exe
+[[nodiscard]] std::vector<ProcessFacts> ChildrenOfSupervisor();
 
 } // namespace vqrx::client::v0

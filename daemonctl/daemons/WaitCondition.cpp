@@ -3,7 +3,8 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// A client may have let the daemon go, or stopped it in vain: its process is there all the same.
+// Returns the last process of a daemon, also if the supervisor no longer supervises it: after a
+// detach or a failed stop the process runs on.
 std::optional<LoggedProcess> LastProcessOrLetGo(const DaemonHistory& daemon,
                                                 const ProcessSource& source)
 {
@@ -18,7 +19,8 @@ std::optional<LoggedProcess> LastProcessOrLetGo(const DaemonHistory& daemon,
     return LastProcessOf(before, source);
 }
 
-// A process that may not be asked about is there; by its time of creation it is known again.
+// A process that this user may not examine has not ended. If another process has the id now, its
+// time of creation is different.
 bool HasEnded(const Observation& first, const ProcessFacts& facts)
 {
     return facts.state == ProcessFacts::State::gone ||
@@ -37,10 +39,10 @@ bool IsSameRun(const RunMark& before, const RunMark& now)
     if (now.startedMs && before.startedMs) {
         return *now.startedMs == *before.startedMs;
     }
-    if (now.startedMs) { // it was still to come, or is another's
+    if (now.startedMs) { // if `before` saw the beginning, it was taken before the start was logged
         return before.beginningSeen;
     }
-    // The start is overwritten. The last record is as new as it was, or newer.
+    // The record of the start is overwritten. In the same run the record numbers only grow.
     return !now.lastNumber || !before.lastNumber || *now.lastNumber >= *before.lastNumber;
 }
 

@@ -8,40 +8,54 @@
 
 namespace vqrx::client::v0 {
 
-/// What tells one run of the supervisor from another while the log goes on.
+/// Identifies a run of the supervisor between two readings of the growing log. The fields are those
+/// of SupervisorRun.
 struct RunMark {
-    std::optional<std::int64_t> startedMs; ///< see SupervisorRun
+    std::optional<std::int64_t> startedMs;
     bool beginningSeen = false;
     std::optional<std::int64_t> lastNumber;
 };
 
-RunMark MarkOf(const SupervisorRun& run);
+/// Makes the mark of a run. Pure.
+[[nodiscard]] RunMark MarkOf(const SupervisorRun& run);
 
-/// Whether the run that goes on is the one that went on at the last look. The records of its start
-/// may be gone by now: the log is a ring.
-bool IsSameRun(const RunMark& before, const RunMark& now);
+/// Returns whether two marks are of the same run. The log is a ring, so newer records may have
+/// overwritten the start of the run between the two readings. Pure.
+/// @param before  mark of the unended run at an earlier reading
+/// @param now     mark of the unended run at a later reading
+[[nodiscard]] bool IsSameRun(const RunMark& before, const RunMark& now);
 
-/// What is seen of one daemon at one moment.
+/// The state of one daemon at one moment. Two observations are equal if they show the same process.
 struct Observation {
-    bool known = false; ///< the log tells of it
-    bool running = false;
-    bool letGo = false;                     ///< it is none any more, but its process runs on
-    std::optional<std::uint32_t> processId; ///< of the process that runs, also when let go
-    std::int64_t startedMs = 0;             ///< together with the id: which process it is
-    std::int64_t createdMs = 0;             ///< the same, as Windows tells it
+    bool known = false;   ///< the log shows the daemon
+    bool running = false; ///< the daemon has a process, and the supervisor supervises it
+    /// The daemon's process runs, but no longer supervised: a client detached the daemon, or tried
+    /// to stop it and failed.
+    bool letGo = false;
+    std::optional<std::uint32_t> processId; ///< of the process if running or letGo
+    std::int64_t startedMs = 0; ///< when the log shows its start, milliseconds since 1970, UTC
+    std::int64_t createdMs = 0; ///< when Windows created it, milliseconds since 1970, UTC
 
     bool operator==(const Observation&) const = default;
 };
 
-enum class WaitFor { running, ended, restarted };
+/// The event that `daemonctl wait` waits for.
+enum class WaitFor {
+    running,  ///< the daemon has a process
+    ended,    ///< the first process has ended, or the daemon had none and has none
+    restarted ///< a process other than the first one runs
+};
 
-/// Looks for a daemon in the run that goes on.
-Observation Observe(const SupervisorRun& run, std::uint32_t daemonId, const ProcessSource& source);
+/// Observes a daemon in the log and among the processes. Asks only `source` about the machine.
+[[nodiscard]] Observation Observe(const SupervisorRun& run, std::uint32_t daemonId,
+                                  const ProcessSource& source);
 
-/// Whether what is waited for has come.
+/// Returns whether the awaited event has come. Pure except for `facts`.
 /// @param first  the first observation in which the daemon is known
-/// @param facts  asked for the first process: only itself tells whether it has ended
-bool IsFulfilled(WaitFor what, const Observation& first, const Observation& now,
-                 const std::function<ProcessFacts(std::uint32_t processId)>& facts);
+/// @param now    the latest observation
+/// @param facts  called for the process of `first`: the log shows its end later, or never if a
+///               client detached the daemon
+[[nodiscard]] bool IsFulfilled(WaitFor what, const Observation& first, const Observation& now,
+                               const std::function<ProcessFacts(std::uint32_t processId)>& facts);
 
 } // namespace vqrx::client::v0

@@ -32,8 +32,8 @@ std::string Padded(std::string text, std::size_t width)
     return text;
 }
 
-// Further lines of a text stand below its first. Names in it are others' and may not command the
-// terminal.
+// Indents every further line of a text below its first line. The text can hold names of files and
+// rules from elsewhere, so control characters are made visible.
 std::string Indented(const std::string& text)
 {
     std::string result;

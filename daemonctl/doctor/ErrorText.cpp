@@ -1,4 +1,4 @@
-#include "Verdicts.h"
+#include "ErrorText.h"
 
 #include <array>
 #include <cstdio>

@@ -5,27 +5,35 @@
 
 namespace vqrx::client::v0 {
 
-enum class Verdict { ok, warning, failure };
-
-/// One thing that must be true for the supervisor to do its work, and whether it is.
-struct Finding {
-    std::string check; ///< a fixed name, for scripts
-    Verdict verdict = Verdict::ok;
-    std::string text;
-    std::string remedy; ///< empty when nothing is to be done
+/// How serious a finding is. A later value is worse than an earlier one.
+enum class Verdict {
+    ok,      ///< nothing is to be done
+    warning, ///< the supervisor can work, but something limits it
+    failure  ///< the supervisor cannot do a part of its work
 };
 
-inline Finding Ok(const char* check, std::string text)
+/// The result of one check of `daemonctl doctor`. All texts are UTF-8.
+struct Finding {
+    std::string check; ///< fixed name of the check, for scripts
+    Verdict verdict = Verdict::ok;
+    std::string text;   ///< what the check found; a line feed begins each further line
+    std::string remedy; ///< what the operator can do; empty if the verdict is ok
+};
+
+/// Makes a finding with the verdict ok and without a remedy.
+[[nodiscard]] inline Finding Ok(const char* check, std::string text)
 {
     return {check, Verdict::ok, std::move(text), {}};
 }
 
-inline Finding Warning(const char* check, std::string text, std::string remedy)
+/// Makes a finding with the verdict warning.
+[[nodiscard]] inline Finding Warning(const char* check, std::string text, std::string remedy)
 {
     return {check, Verdict::warning, std::move(text), std::move(remedy)};
 }
 
-inline Finding Failure(const char* check, std::string text, std::string remedy)
+/// Makes a finding with the verdict failure.
+[[nodiscard]] inline Finding Failure(const char* check, std::string text, std::string remedy)
 {
     return {check, Verdict::failure, std::move(text), std::move(remedy)};
 }

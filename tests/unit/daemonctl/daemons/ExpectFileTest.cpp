@@ -22,11 +22,11 @@ ExpectedProgram Line(const std::string& line)
     return file.programs.at(0);
 }
 
-TEST(ExpectFile, is_a_program_a_line_with_its_arguments_behind_it)
+TEST(ExpectFile, Each_line_is_a_program_and_its_arguments)
 {
     const ExpectFile file = ParseExpectFile("C:\\FW\\video.exe --input 3\n"
                                             "\n"
-                                            "  # what serves the network\n"
+                                            "  # the programs for the network\n"
                                             "\"C:\\Program Files\\x y.exe\"\t\"two words\" \"\"\n"
                                             "snmp.exe");
     EXPECT_EQ(file.errors, Words{});
@@ -35,7 +35,7 @@ TEST(ExpectFile, is_a_program_a_line_with_its_arguments_behind_it)
                                        {5, "snmp.exe", {}}}));
 }
 
-TEST(ExpectFile, may_have_a_byte_order_mark_and_any_line_ends)
+TEST(ExpectFile, Byte_order_mark_and_all_line_ends_are_accepted)
 {
     EXPECT_EQ(ParseExpectFile("\xEF\xBB\xBF"
                               "a.exe\r\nb.exe\rc.exe\n\r\n")
@@ -43,13 +43,13 @@ TEST(ExpectFile, may_have_a_byte_order_mark_and_any_line_ends)
               (Programs{{1, "a.exe", {}}, {2, "b.exe", {}}, {3, "c.exe", {}}}));
 }
 
-TEST(ExpectFile, may_be_empty)
+TEST(ExpectFile, Empty_file_and_comments_are_no_error)
 {
     EXPECT_EQ(ParseExpectFile("").programs, Programs{});
     EXPECT_EQ(ParseExpectFile("\n # nothing \"here\n").errors, Words{});
 }
 
-TEST(ExpectFile, tells_the_lines_that_it_does_not_understand)
+TEST(ExpectFile, Each_wrong_line_is_an_error_with_its_number)
 {
     const ExpectFile file = ParseExpectFile("a.exe\n\"b.exe\n\"\" x\n");
     EXPECT_EQ(file.programs, (Programs{{1, "a.exe", {}}}));
@@ -57,13 +57,13 @@ TEST(ExpectFile, tells_the_lines_that_it_does_not_understand)
                                   "line 3: the program's name is empty"}));
 }
 
-TEST(ExpectFile, keeps_backslashes_and_joins_what_touches)
+TEST(ExpectFile, Backslashes_are_kept_and_a_quoted_part_joins_the_word_beside_it)
 {
     EXPECT_EQ(Line(R"(C:\"My Folder"\a.exe x"y z")"),
               (ExpectedProgram{1, R"(C:\My Folder\a.exe)", {"xy z"}}));
 }
 
-TEST(ExpectedProgram, fits_its_path_whatever_the_letter_case)
+TEST(ExpectedProgram, Path_fits_in_any_letter_case)
 {
     EXPECT_TRUE(IsCommandOf(Line(R"(c:/fw/VIDEO.exe)"), R"(C:\FW\video.exe )"));
     EXPECT_TRUE(IsCommandOf(Line(R"("C:\Program Files\a.exe")"), R"(C:\Program Files\a.exe -x )"));
@@ -71,7 +71,7 @@ TEST(ExpectedProgram, fits_its_path_whatever_the_letter_case)
     EXPECT_FALSE(IsCommandOf(Line(R"(C:\FW\video.exe)"), R"(D:\FW\video.exe )"));
 }
 
-TEST(ExpectedProgram, fits_a_file_name_in_any_folder)
+TEST(ExpectedProgram, File_name_alone_fits_in_any_folder)
 {
     EXPECT_TRUE(IsCommandOf(Line("video.exe"), R"(C:\FW\video.exe )"));
     EXPECT_TRUE(IsCommandOf(Line("video.exe"), R"(C:\Program Files\My FW\video.exe -x )"));
@@ -80,14 +80,14 @@ TEST(ExpectedProgram, fits_a_file_name_in_any_folder)
     EXPECT_FALSE(IsCommandOf(Line("video.exe"), R"(C:\FW\myvideo.exe )"));
 }
 
-TEST(ExpectedProgram, is_not_found_among_another_programs_arguments)
+TEST(ExpectedProgram, Path_in_the_arguments_of_another_program_does_not_fit)
 {
     EXPECT_FALSE(IsCommandOf(Line("video.exe"), R"(C:\FW\restart.exe C:\FW\video.exe )"));
     EXPECT_FALSE(IsCommandOf(Line("video.exe"), R"(C:\FW\restart.exe \FW\video.exe )"));
     EXPECT_FALSE(IsCommandOf(Line("video.exe"), R"(C:\FW\restart.com C:\FW\video.exe )"));
 }
 
-TEST(ExpectedProgram, without_arguments_fits_any_and_with_arguments_exactly_those)
+TEST(ExpectedProgram, Arguments_must_be_equal_unless_the_line_has_none)
 {
     EXPECT_TRUE(IsCommandOf(Line("a.exe"), R"(C:\a.exe -x -y )"));
     EXPECT_TRUE(IsCommandOf(Line("a.exe -x \"b c\""), R"(C:\a.exe -x b c )"));
@@ -96,14 +96,14 @@ TEST(ExpectedProgram, without_arguments_fits_any_and_with_arguments_exactly_thos
     EXPECT_FALSE(IsCommandOf(Line("a.exe -x"), R"(C:\a.exe -X )"));
 }
 
-TEST(ExpectedProgram, may_be_a_service)
+TEST(ExpectedProgram, Name_of_a_service_fits)
 {
     EXPECT_TRUE(IsCommandOf(Line("snmpsvc"), "SnmpSvc"));
     EXPECT_FALSE(IsCommandOf(Line("snmpsvc -x"), "SnmpSvc"));
     EXPECT_FALSE(IsCommandOf(Line("snmpsvc"), ""));
 }
 
-TEST(ExpectedPrograms, each_need_a_command_of_their_own)
+TEST(ExpectedPrograms, Each_program_needs_a_command_of_its_own)
 {
     const Programs two = ParseExpectFile("a.exe\na.exe\n").programs;
     EXPECT_EQ(Assign(two, {R"(C:\a.exe )"}), (Places{0, std::nullopt}));
@@ -112,13 +112,13 @@ TEST(ExpectedPrograms, each_need_a_command_of_their_own)
     EXPECT_EQ(Assign(two, {}), (Places{std::nullopt, std::nullopt}));
 }
 
-TEST(ExpectedPrograms, make_room_for_one_that_is_more_particular)
+TEST(ExpectedPrograms, Program_moves_to_another_command_if_a_later_program_needs_its_command)
 {
     const Programs programs = ParseExpectFile("a.exe\na.exe -x\n").programs;
     EXPECT_EQ(Assign(programs, {R"(C:\a.exe -x )", R"(C:\a.exe -y )"}), (Places{1, 0}));
 }
 
-TEST(ExpectedProgram, is_shown_as_it_could_be_written)
+TEST(ExpectedProgram, Text_can_be_written_into_a_file)
 {
     EXPECT_EQ(TextOf({1, R"(C:\x y.exe)", {"a", "b c", ""}}), R"("C:\x y.exe" a "b c" "")");
     EXPECT_EQ(TextOf({1, "#x", {}}), R"("#x")");

@@ -1,5 +1,7 @@
 #include "Reattachment.h"
-#include "MachineOfTests.h"
+
+#include "FakeLog.h"
+#include "FakeMachine.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +16,7 @@ using Plan = FormerDaemon::Plan;
 
 class Reattachment : public ::testing::Test {
 protected:
-    // A line of a start, and its process.
+    // Adds a process and the record of its start.
     void Start(std::uint32_t id, std::uint32_t process, const std::string& argument)
     {
         machine_.Run(process, R"(C:\FW\App\a.exe)", log_.NowMs());
@@ -31,7 +33,8 @@ protected:
                R"() : C:\FW\App\a.exe )" + argument + " ";
     }
 
-    // "0/12 attach" or "0/12 already 3" or "0/12 lost: why", in order.
+    // Returns the plan as lines: "0/12 attach" or "0/12 already 3" or "0/12 lost: reason", with the
+    // former daemon id and the process id in front.
     std::vector<std::string> PlanNow(const std::vector<ListedProcess>& listed = {})
     {
         const Timeline timeline = log_.Timeline();
@@ -50,11 +53,11 @@ protected:
     }
 
     using Lines = std::vector<std::string>;
-    LogOfTests log_;
-    MachineOfTests machine_;
+    FakeLog log_;
+    FakeMachine machine_;
 };
 
-TEST_F(Reattachment, takes_what_ran_when_the_former_supervisor_ended)
+TEST_F(Reattachment, Processes_that_ran_when_the_former_supervisor_ended_are_attached)
 {
     log_.Begin();
     Start(0, 12, "x");
@@ -63,7 +66,7 @@ TEST_F(Reattachment, takes_what_ran_when_the_former_supervisor_ended)
     EXPECT_EQ(PlanNow(), (Lines{"0/12 attach", "1/11 attach"}));
 }
 
-TEST_F(Reattachment, takes_it_from_a_supervisor_that_left_no_last_words)
+TEST_F(Reattachment, Process_of_a_killed_supervisor_is_attached)
 {
     log_.Begin();
     Start(0, 12, "x");
@@ -71,7 +74,7 @@ TEST_F(Reattachment, takes_it_from_a_supervisor_that_left_no_last_words)
     EXPECT_EQ(PlanNow(), Lines{"0/12 attach"});
 }
 
-TEST_F(Reattachment, does_nothing_twice)
+TEST_F(Reattachment, Process_that_is_attached_already_is_not_attached_again)
 {
     log_.Begin();
     Start(0, 12, "x");
@@ -80,7 +83,7 @@ TEST_F(Reattachment, does_nothing_twice)
     EXPECT_EQ(PlanNow(), Lines{"0/12 already 4"});
 }
 
-TEST_F(Reattachment, leaves_alone_what_was_stopped_or_let_go)
+TEST_F(Reattachment, Stopped_and_detached_daemons_are_left_out)
 {
     log_.Begin();
     Start(0, 12, "x");
@@ -92,7 +95,7 @@ TEST_F(Reattachment, leaves_alone_what_was_stopped_or_let_go)
     EXPECT_EQ(PlanNow(), Lines{});
 }
 
-TEST_F(Reattachment, never_takes_another_process_of_the_same_id)
+TEST_F(Reattachment, Another_process_with_the_id_is_never_attached)
 {
     log_.Begin();
     Start(0, 12, "x");
@@ -110,7 +113,7 @@ TEST_F(Reattachment, never_takes_another_process_of_the_same_id)
             "2/14 lost: process 14 has ended"}));
 }
 
-TEST_F(Reattachment, tells_what_did_not_run_at_the_end)
+TEST_F(Reattachment, Daemon_without_a_process_at_the_end_is_lost)
 {
     log_.Begin();
     Start(0, 12, "x");
@@ -122,7 +125,7 @@ TEST_F(Reattachment, tells_what_did_not_run_at_the_end)
     EXPECT_EQ(PlanNow(), Lines{"0/- lost: it had no process when its supervisor ended"});
 }
 
-TEST_F(Reattachment, does_not_miss_what_was_launched_again)
+TEST_F(Reattachment, Daemon_that_was_launched_again_is_not_lost)
 {
     log_.Begin();
     Start(0, 12, "x");
@@ -132,7 +135,7 @@ TEST_F(Reattachment, does_not_miss_what_was_launched_again)
     EXPECT_EQ(PlanNow(), Lines{"0/12 already 3"});
 }
 
-TEST_F(Reattachment, does_not_take_one_new_daemon_for_two_former_ones)
+TEST_F(Reattachment, New_daemon_counts_for_one_former_daemon_only)
 {
     log_.Begin();
     Attach(0, 12, "x");
@@ -143,20 +146,20 @@ TEST_F(Reattachment, does_not_take_one_new_daemon_for_two_former_ones)
     EXPECT_EQ(PlanNow(), (Lines{"0/12 lost: process 12 has ended", "1/13 already 0"}));
 }
 
-TEST_F(Reattachment, goes_back_behind_a_supervisor_that_took_nothing_or_only_some)
+TEST_F(Reattachment, Daemons_of_earlier_supervisors_are_attached_if_they_still_run)
 {
     log_.Begin();
     Start(0, 12, "x");
     Start(1, 13, "y");
     Start(2, 14, "z");
-    machine_.processes.erase(14); // long gone: that is no news
+    machine_.processes.erase(14); // a process of an earlier supervisor, long gone: not in the plan
     log_.End().Begin().End().Begin();
     Attach(0, 12, "x");
     log_.End().Begin();
     EXPECT_EQ(PlanNow(), (Lines{"0/12 attach", "1/13 attach"}));
 }
 
-TEST_F(Reattachment, knows_from_a_listing_what_the_log_does_not_tell)
+TEST_F(Reattachment, Listed_processes_are_planned_without_a_record_in_the_log)
 {
     log_.Begin();
     Start(1, 13, "y");
@@ -177,7 +180,7 @@ TEST_F(Reattachment, knows_from_a_listing_what_the_log_does_not_tell)
             R"(-/14 lost: process 14 has ended; the id belongs to another process now, C:\FW\App\a.exe)"}));
 }
 
-TEST_F(Reattachment, of_what_log_and_listing_tell_alike_happens_once)
+TEST_F(Reattachment, Process_in_both_log_and_listing_is_planned_once)
 {
     log_.Begin();
     Start(0, 12, "x");
@@ -187,7 +190,7 @@ TEST_F(Reattachment, of_what_log_and_listing_tell_alike_happens_once)
               Lines{"0/12 attach"});
 }
 
-TEST_F(Reattachment, takes_the_process_that_followed_the_listed_one_and_misses_none)
+TEST_F(Reattachment, Process_that_replaced_the_listed_one_is_attached_and_none_is_lost)
 {
     log_.Begin();
     Start(0, 12, "x");
@@ -203,7 +206,7 @@ TEST_F(Reattachment, takes_the_process_that_followed_the_listed_one_and_misses_n
     EXPECT_EQ(PlanNow(listed), Lines{"0/15 already 0"});
 }
 
-TEST_F(Reattachment, misses_a_listed_process_once_that_ended_before_its_supervisor)
+TEST_F(Reattachment, Listed_process_that_ended_before_its_supervisor_is_lost_once)
 {
     log_.Begin();
     Start(0, 12, "x");
@@ -215,13 +218,13 @@ TEST_F(Reattachment, misses_a_listed_process_once_that_ended_before_its_supervis
     machine_.processes.clear();
     log_.Add(0, "Exception caught in : Unknown (0x1)")
         .Add(1, Line("Unable to start", 0, 12, "x"))
-        .Add(1, Line("Stop (2)", 1, 13, "y")) // a client wanted that
+        .Add(1, Line("Stop (2)", 1, 13, "y")) // a client stopped daemon 1
         .End()
         .Begin();
     EXPECT_EQ(PlanNow(listed), Lines{"0/- lost: it had no process when its supervisor ended"});
 }
 
-TEST_F(Reattachment, misses_a_listed_process_of_another_supervisors_daemon)
+TEST_F(Reattachment, Listed_process_of_another_command_is_lost)
 {
     log_.Begin();
     Start(0, 12, "x");
@@ -233,7 +236,7 @@ TEST_F(Reattachment, misses_a_listed_process_of_another_supervisors_daemon)
               (Lines{"0/12 lost: process 12 has ended", "0/15 attach"}));
 }
 
-TEST_F(Reattachment, attaches_only_the_process_that_the_plan_was_made_for)
+TEST_F(Reattachment, Plan_fits_only_the_process_that_it_was_made_for)
 {
     log_.Begin();
     Start(0, 12, "x");
@@ -256,22 +259,22 @@ TEST_F(Reattachment, attaches_only_the_process_that_the_plan_was_made_for)
     EXPECT_EQ(FitPlan(plan[0], now), ProcessFit::hidden);
 }
 
-TEST_F(Reattachment, tells_what_could_never_be_started)
+TEST_F(Reattachment, Command_that_could_never_be_started_is_lost)
 {
     log_.Begin();
     Start(0, 12, "x");
-    log_.Add(1, R"(Unable to start C:\stopped.exe )"); // no line tells of the stop
+    log_.Add(1, R"(Unable to start C:\stopped.exe )"); // the stop leaves no record
     for (int second = 0; second < 16; ++second) {
         log_.Add(2, "something else");
     }
     log_.Add(1, R"(Unable to start C:\no.exe )").End().Begin();
     EXPECT_EQ(PlanNow(), (Lines{"0/12 attach", "-/- lost: its supervisor could never start it"}));
     Attach(0, 12, "x");
-    log_.Add(1, R"(Unable to start C:\no.exe )"); // launched again: as it was
+    log_.Add(1, R"(Unable to start C:\no.exe )"); // a client launched it again
     EXPECT_EQ(PlanNow(), Lines{"0/12 already 0"});
 }
 
-TEST_F(Reattachment, does_not_miss_what_could_never_be_started_and_runs_now)
+TEST_F(Reattachment, Command_that_could_never_be_started_and_runs_now_is_not_lost)
 {
     log_.Begin().Add(1, R"(Unable to start C:\FW\App\a.exe x )").End().Begin();
     EXPECT_EQ(PlanNow(), Lines{"-/- lost: its supervisor could never start it"});
@@ -279,7 +282,7 @@ TEST_F(Reattachment, does_not_miss_what_could_never_be_started_and_runs_now)
     EXPECT_EQ(PlanNow(), Lines{"-/- already 3"});
 }
 
-TEST_F(Reattachment, of_a_first_supervisor_finds_nothing)
+TEST_F(Reattachment, Plan_of_the_first_supervisor_is_empty)
 {
     log_.Begin();
     Start(0, 12, "x");

@@ -11,22 +11,23 @@ namespace {
 using namespace client::v0;
 
 const std::vector<Finding> kFindings = {
-    {"rights", Verdict::ok, "run as administrator", ""},
+    {"rights", Verdict::ok, "this command runs as administrator", ""},
     {"firewall-rules", Verdict::warning, "1 gone\ngone: \"allowing C:\\a.exe\"", "Prune."},
     {"supervisor", Verdict::failure, "not running", "Start it."}};
 
-TEST(DoctorReport, is_a_line_for_each_finding_and_what_to_do_below)
+TEST(DoctorReport, Text_has_a_line_for_each_finding_and_its_remedy_below)
 {
-    EXPECT_EQ(DoctorText(kFindings), "ok       rights            run as administrator\n"
-                                     "warning  firewall-rules    1 gone\n"
-                                     "                             gone: \"allowing C:\\a.exe\"\n"
-                                     "                           -> Prune.\n"
-                                     "failure  supervisor        not running\n"
-                                     "                           -> Start it.\n"
-                                     "1 ok, 1 warning, 1 failure\n");
+    EXPECT_EQ(DoctorText(kFindings),
+              "ok       rights            this command runs as administrator\n"
+              "warning  firewall-rules    1 gone\n"
+              "                             gone: \"allowing C:\\a.exe\"\n"
+              "                           -> Prune.\n"
+              "failure  supervisor        not running\n"
+              "                           -> Start it.\n"
+              "1 ok, 1 warning, 1 failure\n");
 }
 
-TEST(DoctorReport, lets_no_text_command_the_terminal)
+TEST(DoctorReport, Control_characters_are_visible_in_the_text)
 {
     EXPECT_EQ(DoctorText({{"firewall-rules", Verdict::ok, "gone: \x1B[2J\nok  \r", "\x07now"}}),
               "ok       firewall-rules    gone: \\x1B[2J\n"
@@ -35,12 +36,12 @@ TEST(DoctorReport, lets_no_text_command_the_terminal)
               "1 ok, 0 warnings, 0 failures\n");
 }
 
-TEST(DoctorReport, of_nothing_is_the_sum)
+TEST(DoctorReport, Text_without_findings_is_the_count_only)
 {
     EXPECT_EQ(DoctorText({}), "0 ok, 0 warnings, 0 failures\n");
 }
 
-TEST(DoctorReport, as_json_keeps_its_field_names)
+TEST(DoctorReport, Json_has_the_documented_fields)
 {
     EXPECT_EQ(DoctorJson({kFindings[1]}, "1.0.0", {R"(allowing C:\a.exe)"}),
               R"({
@@ -61,7 +62,7 @@ TEST(DoctorReport, as_json_keeps_its_field_names)
 )");
 }
 
-TEST(DoctorReport, as_json_says_the_worst_and_survives_any_bytes)
+TEST(DoctorReport, Json_names_the_worst_verdict_and_replaces_bytes_that_are_no_UTF_8)
 {
     EXPECT_NE(DoctorJson(kFindings, "1", {}).find(R"("worst": "failure")"), std::string::npos);
     EXPECT_NE(DoctorJson({}, "1", {}).find(R"("worst": "ok")"), std::string::npos);

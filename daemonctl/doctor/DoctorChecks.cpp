@@ -1,7 +1,6 @@
-#include "DoctorVerdicts.h"
+#include "DoctorChecks.h"
 
 #include "ExitCode.h"
-#include "Verdicts.h"
 
 #include <algorithm>
 

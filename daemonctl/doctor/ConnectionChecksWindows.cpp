@@ -1,8 +1,7 @@
-#include "SupervisorFacts.h"
+#include "ConnectionChecks.h"
 
 #include "Bounded.h"
 #include "IDaemonMgrControl.h"
-#include "ProcessList.h"
 #include "Utf8.h"
 #include "com/ComApartment.h"
 #include "daemon_manager/SupervisorClient.h"
@@ -16,8 +15,8 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr std::chrono::seconds kPatience(10);
-constexpr std::uint32_t kIdNeverGivenOut = 0xFFFFFFFF;
+constexpr std::chrono::seconds kPatience(10);          // for the answer of the supervisor
+constexpr std::uint32_t kIdNeverGivenOut = 0xFFFFFFFF; // the supervisor counts from 0
 
 std::wstring GuidText(const GUID& id)
 {
@@ -26,6 +25,7 @@ std::wstring GuidText(const GUID& id)
     return text.data();
 }
 
+// Reads the default value of a key below HKEY_CLASSES_ROOT. @return the Windows error, 0 for none
 std::uint32_t ReadDefaultValue(const std::wstring& key, std::wstring& value)
 {
     std::array<wchar_t, 1024> text{};
@@ -36,7 +36,7 @@ std::uint32_t ReadDefaultValue(const std::wstring& key, std::wstring& value)
     return static_cast<std::uint32_t>(result);
 }
 
-SupervisorFacts Ask()
+SupervisorFacts CallSupervisor()
 {
     using Answer = SupervisorFacts::Answer;
     SupervisorFacts facts;
@@ -81,7 +81,7 @@ ProxyFacts GatherProxyFacts()
 SupervisorFacts GatherSupervisorFacts()
 {
     SupervisorFacts facts;
-    if (const auto answer = Bounded<SupervisorFacts>(kPatience, Ask)) {
+    if (const auto answer = Bounded<SupervisorFacts>(kPatience, CallSupervisor)) {
         facts = *answer;
     } else {
         facts.answer = SupervisorFacts::Answer::silent;

@@ -1,4 +1,4 @@
-#include "WmiFacts.h"
+#include "WmiCheck.h"
 
 #include "AsciiCase.h"
 #include "ProcessFacts.h"
@@ -20,8 +20,9 @@ namespace wmi = system::wmi::v1;
 
 using WmiServices = system::com::v1::ComPtr<IWbemServices>;
 
-// @param failure  receives the text of the step that failed
-// @return nothing if a step failed
+// Connects to WMI by the steps of the supervisor.
+// @param failure  receives the error text of the step that failed
+// @return null if a step failed
 WmiServices Connect(std::string& failure)
 {
     try {
@@ -38,6 +39,7 @@ WmiServices Connect(std::string& failure)
     return {};
 }
 
+// Reads a property. @return an HRESULT
 long ReadProperty(IWbemClassObject* object, const wchar_t* name, std::string& value)
 {
     try {

@@ -1,4 +1,4 @@
-#include "InstallationFacts.h"
+#include "InstallationChecks.h"
 
 #include "TextEncoding.h"
 #include "installation/FirmwareRoot.h"
@@ -9,7 +9,6 @@
 
 #include <shlobj.h>
 
-#include <array>
 #include <string>
 
 namespace vqrx::client::v0 {
@@ -25,6 +24,7 @@ RegistryKeyFacts FactsOf(installation::RootKey key, const installation::Register
             AnsiToUtf8(value.pathname)};
 }
 
+// Opens a folder with the given access rights and closes it again.
 FolderFacts LookAtFolder(const std::string& path, DWORD access)
 {
     FolderFacts facts;
@@ -44,20 +44,13 @@ FolderFacts LookAtFolder(const std::string& path, DWORD access)
     return facts;
 }
 
+// Opens a file for writing and closes it again. @return the Windows error, 0 for none
 std::uint32_t ErrorOfWriting(const std::string& path)
 {
     const UniqueKernelHandle file(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE,
                                               FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                               OPEN_EXISTING, 0, nullptr));
     return file ? 0 : GetLastError();
-}
-
-std::uint32_t NumberValue(HKEY root, const char* key, const char* value)
-{
-    DWORD number = 0;
-    DWORD size = sizeof number;
-    RegGetValueA(root, key, value, RRF_RT_REG_DWORD, nullptr, &number, &size);
-    return number;
 }
 
 } // namespace
@@ -85,29 +78,6 @@ InstallationFacts GatherInstallationFacts()
     if (GetDiskFreeSpaceExA((root + "\\").c_str(), &free, nullptr, nullptr) != FALSE) {
         facts.freeBytes = free.QuadPart;
     }
-    return facts;
-}
-
-CrashDialogFacts GatherCrashDialogFacts()
-{
-    constexpr const char* reporting = R"(SOFTWARE\Microsoft\Windows\Windows Error Reporting)";
-    constexpr const char* policy = R"(SOFTWARE\Policies\Microsoft\Windows\Windows Error Reporting)";
-    const auto off = [&](HKEY root, const char* value) {
-        return NumberValue(root, reporting, value) == 1 || NumberValue(root, policy, value) == 1;
-    };
-    CrashDialogFacts facts;
-    facts.reportingDisabled = off(HKEY_LOCAL_MACHINE, "Disabled");
-    facts.dialogsOff = off(HKEY_LOCAL_MACHINE, "DontShowUI");
-    facts.offForThisUser =
-        off(HKEY_CURRENT_USER, "Disabled") || off(HKEY_CURRENT_USER, "DontShowUI");
-    std::array<char, 1024> debugger{};
-    auto size = static_cast<DWORD>(debugger.size());
-    if (RegGetValueA(HKEY_LOCAL_MACHINE, R"(SOFTWARE\Microsoft\Windows NT\CurrentVersion\AeDebug)",
-                     "Debugger", RRF_RT_REG_SZ, nullptr, debugger.data(), &size) == ERROR_SUCCESS) {
-        facts.debugger = AnsiToUtf8(debugger.data());
-    }
-    facts.errorMode =
-        NumberValue(HKEY_LOCAL_MACHINE, R"(SYSTEM\CurrentControlSet\Control\Windows)", "ErrorMode");
     return facts;
 }
 

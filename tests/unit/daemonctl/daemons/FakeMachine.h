@@ -9,12 +9,14 @@
 
 namespace vqrx::test {
 
-/// The processes of a machine that a test makes up.
-struct MachineOfTests {
+/// The processes, services and files of a machine that a test invents. Every process has the
+/// arguments "-x" and "y z".
+struct FakeMachine {
     std::map<std::uint32_t, client::v0::ProcessFacts> processes;
     std::map<std::string, std::string> services;
-    std::map<std::string, std::string> links; ///< path to the file that it leads to
+    std::map<std::string, std::string> links; ///< from a path to the file to which it leads
 
+    /// Adds a running process, or replaces the process with this id.
     void Run(std::uint32_t processId, const std::string& image, std::int64_t createdMs)
     {
         client::v0::ProcessFacts facts;
@@ -25,6 +27,7 @@ struct MachineOfTests {
         processes[processId] = facts;
     }
 
+    /// Returns the answers of this machine; valid while this object lives.
     client::v0::ProcessSource Source() const
     {
         client::v0::ProcessSource source;
@@ -46,35 +49,6 @@ struct MachineOfTests {
         source.appFolder = R"(C:\FW\App)";
         return source;
     }
-};
-
-/// Records of a log, made one after another a second apart.
-class LogOfTests {
-public:
-    LogOfTests& Add(int level, const std::string& text)
-    {
-        client::v0::Record record;
-        record.number = static_cast<std::int64_t>(records_.size());
-        record.timeMs = nowMs_;
-        record.level = level;
-        record.text = text;
-        records_.push_back(record);
-        nowMs_ += 1000;
-        return *this;
-    }
-    LogOfTests& Begin()
-    {
-        return Add(2, "Connecting to WMI resource ...").Add(2, "Deamon Thread started");
-    }
-    LogOfTests& End() { return Add(2, "Exit").Add(2, "Deamon Thread is exiting..."); }
-
-    /// When the next record would be written.
-    std::int64_t NowMs() const { return nowMs_; }
-    client::v0::Timeline Timeline() const { return client::v0::BuildTimeline(records_); }
-
-private:
-    std::vector<client::v0::Record> records_;
-    std::int64_t nowMs_ = 1'000'000'000'000;
 };
 
 } // namespace vqrx::test

@@ -1,4 +1,4 @@
-#include "Verdicts.h"
+#include "ConnectionChecks.h"
 
 namespace vqrx::client::v0 {
 namespace {

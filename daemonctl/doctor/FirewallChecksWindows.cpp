@@ -1,6 +1,5 @@
-#include "FirewallFacts.h"
+#include "FirewallChecks.h"
 
-#include "FirewallRuleVerdicts.h"
 #include "Utf8.h"
 #include "com/ComPtr.h"
 #include "com/UniqueBstr.h"
@@ -23,10 +22,10 @@ using system::com::v1::UniqueBstr;
 using system::com::v1::UniqueVariant;
 using system::win32::v1::UniqueServiceHandle;
 
-// netfw.h's class id, spelt out because not every SDK's import library defines it.
+// The class id of NetFwPolicy2 from netfw.h. Some import libraries do not define it.
 constexpr CLSID kNetFwPolicy2 = {
     0xE2B3C97F, 0x6AE1, 0x41AC, {0x81, 0x7A, 0xF6, 0xF9, 0x21, 0x66, 0xD7, 0xDD}};
-constexpr DWORD kServiceConfigBuffer = 8192; // the most that the call needs, says its reference
+constexpr DWORD kServiceConfigBuffer = 8192; // bytes; the documented maximum of the call
 
 HRESULT OpenRules(ComPtr<INetFwRules>& rules)
 {
@@ -39,10 +38,10 @@ HRESULT OpenRules(ComPtr<INetFwRules>& rules)
 FirewallRuleFacts::Program LookForProgram(std::wstring path)
 {
     using Program = FirewallRuleFacts::Program;
-    std::wstring expanded(32768, L'\0'); // the longest that the call makes
+    std::wstring expanded(32768, L'\0'); // the documented maximum of the call
     const DWORD length = ExpandEnvironmentStringsW(path.c_str(), expanded.data(),
                                                    static_cast<DWORD>(expanded.size()));
-    if (length != 0 && length <= expanded.size()) { // with its terminating null
+    if (length != 0 && length <= expanded.size()) { // the length counts the final zero
         expanded.resize(length - 1);
         path = expanded;
     }
@@ -58,7 +57,7 @@ FirewallRuleFacts::Program LookForProgram(std::wstring path)
                                                                           : Program::unknown;
 }
 
-// @return false for a rule that cannot be read or is not called as the supervisor's are
+// @return false for a rule that cannot be read, or whose name does not begin with kRulePrefix
 bool ReadRule(const UniqueVariant& item, FirewallRuleFacts& facts)
 {
     if (item.Get().vt != VT_DISPATCH && item.Get().vt != VT_UNKNOWN) {

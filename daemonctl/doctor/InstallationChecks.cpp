@@ -1,4 +1,6 @@
-#include "Verdicts.h"
+#include "InstallationChecks.h"
+
+#include "ErrorText.h"
 
 namespace vqrx::client::v0 {
 namespace {

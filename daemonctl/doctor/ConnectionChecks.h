@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Finding.h"
+#include "ProcessList.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+
+/// How the proxy/stub of the supervisor's interface is registered on this machine.
+struct ProxyFacts {
+    std::uint32_t interfaceError = 0; ///< Windows error of reading the proxy/stub class; 0 = read
+    std::uint32_t libraryError = 0;   ///< Windows error of reading the library's path; 0 = read
+    ImageFacts library;               ///< path and version; its process id means nothing
+    bool libraryThere = false;        ///< the library file exists
+};
+
+/// What a call of the supervisor showed.
+struct SupervisorFacts {
+    /// How the supervisor answered.
+    enum class Answer {
+        answers,            ///< the call succeeded
+        notRunning,         ///< no supervisor is published
+        proxyNotRegistered, ///< a supervisor is published, but its proxy/stub is not registered
+        silent,             ///< the call took longer than 10 seconds
+        failed              ///< the call failed; see detail
+    };
+    Answer answer = Answer::notRunning;
+    std::string detail;                ///< failed: text of the error, UTF-8
+    std::vector<ImageFacts> processes; ///< all processes that run a file named DaemonManager.exe
+};
+
+/// Reads the registration of the proxy/stub and the version of its library. Changes nothing.
+/// Windows only.
+/// @throws std::bad_alloc only
+[[nodiscard]] ProxyFacts GatherProxyFacts();
+
+/// Calls the supervisor and waits at most 10 seconds for its answer. The call asks the supervisor
+/// to detach a daemon id that it never gives out: that changes nothing and writes no record to the
+/// log. The call runs on a thread and in a COM apartment of its own. Windows only.
+/// @throws std::system_error if Windows starts no thread
+[[nodiscard]] SupervisorFacts GatherSupervisorFacts();
+
+/// The check "proxy": whether a client can call the supervisor through the proxy/stub. Pure.
+/// @param version  the version of daemonctl, which the library should have, too
+[[nodiscard]] Finding JudgeProxy(const ProxyFacts& facts, const std::string& version);
+
+/// The check "supervisor": whether one supervisor runs and answers. Pure.
+/// @param version  the version of daemonctl, which the supervisor should have, too
+[[nodiscard]] Finding JudgeSupervisor(const SupervisorFacts& facts, const std::string& version);
+
+} // namespace vqrx::client::v0

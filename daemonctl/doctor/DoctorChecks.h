@@ -1,0 +1,36 @@
+#pragma once
+
+#include "ConnectionChecks.h"
+#include "CrashDialogChecks.h"
+#include "Finding.h"
+#include "FirewallChecks.h"
+#include "InstallationChecks.h"
+#include "WmiCheck.h"
+
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+
+/// Everything that `daemonctl doctor` finds out about a machine. Gathering it changes nothing.
+struct DoctorFacts {
+    std::string version; ///< the version of daemonctl
+    InstallationFacts installation;
+    ProxyFacts proxy;
+    SupervisorFacts supervisor;
+    FirewallServiceFacts firewallService;
+    FirewallRulesFacts firewallRules;
+    WmiFacts wmi;
+    CrashDialogFacts crashDialogs;
+};
+
+/// Makes all checks. Pure.
+/// @return one finding for each check, in the order in which the operator best follows the remedies
+[[nodiscard]] std::vector<Finding> Judge(const DoctorFacts& facts);
+
+/// Returns the exit code of `daemonctl doctor` for these findings. Pure.
+/// @return kDone: all are ok; kNothingToDo: there are warnings only; kNoSupervisor: the only
+/// failures are in the checks "supervisor" and "proxy"; kRefused: another check failed
+[[nodiscard]] int ExitCodeOf(const std::vector<Finding>& findings);
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,124 @@
+#include "FirewallChecks.h"
+
+#include "AsciiCase.h"
+#include "ErrorText.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+namespace vqrx::client::v0 {
+namespace {
+
+// Windows error and service numbers; their header is not there in a native build.
+constexpr std::uint32_t kNoSuchService = 1060; // ERROR_SERVICE_DOES_NOT_EXIST
+constexpr std::uint32_t kServiceDisabled = 4;  // SERVICE_DISABLED
+constexpr std::uint32_t kServiceRunning = 4;   // SERVICE_RUNNING
+
+std::string Listed(const std::string& what, const std::vector<std::string>& names)
+{
+    std::string text;
+    for (const std::string& name : names) {
+        text.append("\n").append(what).append(": \"").append(name).append("\"");
+    }
+    return text;
+}
+
+} // namespace
+
+bool IsSupervisorsRule(const FirewallRuleFacts& rule)
+{
+    return rule.name.starts_with(kRulePrefix) &&
+           LowerAscii(rule.name.substr(kRulePrefix.size())) == LowerAscii(rule.application);
+}
+
+std::vector<std::string> DeadRules(const FirewallRulesFacts& facts)
+{
+    std::set<std::string> kept;
+    for (const FirewallRuleFacts& rule : facts.rules) {
+        const std::string program = LowerAscii(rule.application) + " ";
+        const bool isInUse = std::any_of(facts.commandsInUse.begin(), facts.commandsInUse.end(),
+                                         [&program](const std::string& command) {
+                                             return LowerAscii(command).starts_with(program);
+                                         });
+        if (isInUse || !IsSupervisorsRule(rule)) {
+            kept.insert(rule.name);
+        }
+    }
+    std::vector<std::string> dead;
+    for (const FirewallRuleFacts& rule : facts.rules) {
+        if (rule.program == FirewallRuleFacts::Program::gone && kept.count(rule.name) == 0) {
+            dead.push_back(rule.name);
+        }
+    }
+    return dead;
+}
+
+std::vector<std::string> DuplicateRules(const std::vector<FirewallRuleFacts>& rules)
+{
+    std::set<std::string> seen;
+    std::vector<std::string> duplicates;
+    for (const FirewallRuleFacts& rule : rules) {
+        if (IsSupervisorsRule(rule) && !seen.insert(LowerAscii(rule.application)).second) {
+            duplicates.push_back(rule.name);
+        }
+    }
+    return duplicates;
+}
+
+Finding JudgeFirewallService(const FirewallServiceFacts& facts)
+{
+    constexpr const char* check = "firewall-service";
+    constexpr const char* noRules =
+        "Enable the service and restart the supervisor. Until then workers run, but no firewall "
+        "rule lets other machines reach them.";
+    if (facts.managerError != 0) {
+        return Failure(
+            check, "the service manager cannot be opened: " + ErrorNumberText(facts.managerError),
+            "Run the supervisor as administrator.");
+    }
+    if (facts.serviceError == kNoSuchService) {
+        return Warning(check, "neither the service MpsSvc nor the service SharedAccess exists",
+                       noRules);
+    }
+    const std::uint32_t error = facts.serviceError != 0 ? facts.serviceError : facts.queryError;
+    if (error != 0) {
+        return Warning(check, "the firewall service cannot be queried: " + ErrorNumberText(error),
+                       noRules);
+    }
+    if (facts.startType == kServiceDisabled) {
+        return Warning(check, facts.name + " is disabled", noRules);
+    }
+    if (facts.state != kServiceRunning) {
+        return Failure(check,
+                       facts.name + " is enabled, but not running (state " +
+                           std::to_string(facts.state) +
+                           "): a supervisor that starts now waits for the service without end",
+                       "Disable the service, or start it: sc start " + facts.name);
+    }
+    return Ok(check, facts.name + " is running");
+}
+
+Finding JudgeFirewallRules(const FirewallRulesFacts& facts)
+{
+    constexpr const char* check = "firewall-rules";
+    if (facts.result < 0) {
+        return Warning(check,
+                       "the rules of the firewall cannot be listed: " + ResultText(facts.result),
+                       "Start the firewall service, and run this command as administrator.");
+    }
+    const std::vector<std::string> dead = DeadRules(facts);
+    const std::vector<std::string> duplicates = DuplicateRules(facts.rules);
+    std::string text = std::to_string(facts.rules.size()) + " rules \"allowing ...\", " +
+                       std::to_string(dead.size()) + " whose program is gone, " +
+                       std::to_string(duplicates.size()) + " duplicate";
+    if (dead.empty() && duplicates.empty()) {
+        return Ok(check, std::move(text));
+    }
+    return Warning(check, text + Listed("gone", dead) + Listed("duplicate", duplicates),
+                   dead.empty() ? "Remove one rule of each pair in the settings of the firewall."
+                                : "As administrator, to remove the rules whose program is gone: "
+                                  "daemonctl doctor --prune");
+}
+
+} // namespace vqrx::client::v0

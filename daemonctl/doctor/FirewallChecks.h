@@ -1,0 +1,83 @@
+#pragma once
+
+#include "Finding.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vqrx::client::v0 {
+
+/// The firewall service for which the supervisor waits at its start. An error is a Windows error
+/// number, 0 for none.
+struct FirewallServiceFacts {
+    std::uint32_t managerError = 0; ///< of opening the service manager
+    std::uint32_t serviceError = 0; ///< of opening the service
+    std::uint32_t queryError = 0;   ///< of reading its configuration and state
+    std::string name;               ///< "MpsSvc", or "SharedAccess" if MpsSvc cannot be opened
+    std::uint32_t startType = 0;    ///< as in QUERY_SERVICE_CONFIG: SERVICE_DISABLED is 4
+    std::uint32_t state = 0;        ///< as in SERVICE_STATUS: SERVICE_RUNNING is 4
+};
+
+/// A firewall rule whose name begins with kRulePrefix. Texts are UTF-8.
+struct FirewallRuleFacts {
+    /// Whether the file of the rule's program exists.
+    enum class Program {
+        there,
+        gone,
+        unknown ///< the drive is missing, the path has no drive, or the file cannot be examined
+    };
+    std::string name;
+    std::string application; ///< path of the program that the rule lets through
+    Program program = Program::unknown;
+};
+
+/// The firewall's rules, and the commands that need their rules.
+struct FirewallRulesFacts {
+    long result = 0;                      ///< HRESULT of listing the rules
+    std::vector<FirewallRuleFacts> rules; ///< in the order of the firewall
+    /// Path and arguments of each daemon of the running supervisor. The program of such a daemon
+    /// may be missing for a moment, during an update. Its rule must stay, because the supervisor
+    /// would not add it again.
+    std::vector<std::string> commandsInUse;
+};
+
+/// The supervisor names each of its rules with this prefix and the path of the program.
+inline constexpr std::string_view kRulePrefix = "allowing ";
+
+/// Asks the service manager for MpsSvc and, if that cannot be opened, for SharedAccess. Windows
+/// only.
+[[nodiscard]] FirewallServiceFacts GatherFirewallServiceFacts();
+
+/// Lists the firewall rules whose names begin with kRulePrefix, and looks for their programs.
+/// Leaves commandsInUse empty. Rules that cannot be read are left out. The calling thread must be
+/// in a multithreaded COM apartment. Windows only.
+[[nodiscard]] FirewallRulesFacts GatherFirewallRules();
+
+/// Removes one rule of this name. The calling thread must be in a multithreaded COM apartment.
+/// Windows only.
+/// @return the HRESULT: negative if the rule does not exist or may not be removed
+[[nodiscard]] long RemoveFirewallRule(const std::string& name);
+
+/// Returns whether the supervisor made the rule: the name is kRulePrefix and the path of the very
+/// program that the rule lets through. The letter case of the path does not count. Pure.
+[[nodiscard]] bool IsSupervisorsRule(const FirewallRuleFacts& rule);
+
+/// Finds the rules whose program is gone and that no daemon needs. Pure.
+/// @return the names of these rules. If several rules share a name, the name comes once for each;
+/// but it is left out if one of them must stay, because rules are removed by name.
+[[nodiscard]] std::vector<std::string> DeadRules(const FirewallRulesFacts& facts);
+
+/// Finds the supervisor's rules for a program for which an earlier rule of the supervisor exists.
+/// Pure.
+/// @return the names of the later rules
+[[nodiscard]] std::vector<std::string> DuplicateRules(const std::vector<FirewallRuleFacts>& rules);
+
+/// The check "firewall-service": whether the supervisor can start and add rules. Pure.
+[[nodiscard]] Finding JudgeFirewallService(const FirewallServiceFacts& facts);
+
+/// The check "firewall-rules": whether there are dead or duplicate rules. Pure.
+[[nodiscard]] Finding JudgeFirewallRules(const FirewallRulesFacts& facts);
+
+} // namespace vqrx::client::v0

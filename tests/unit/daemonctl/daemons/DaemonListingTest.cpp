@@ -1,0 +1,128 @@
+#include "DaemonListing.h"
+
+#include "SomeDaemons.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using namespace client::v0;
+
+std::string Plain(std::int64_t timeMs)
+{
+    return "t" + std::to_string(timeMs);
+}
+
+TEST(DaemonListing, Text_is_a_table_with_a_line_for_each_daemon)
+{
+    EXPECT_EQ(
+        ListingText(SomeDaemons(), 1'100'000, Plain),
+        "ID  STATE          PID  UP SINCE  RESTARTS  LAST EXIT               CPU   MEMORY  COMMAND\n"
+        " 0  running       1234  t1000000         2  exit code 3, t999000  0.5 %  1.5 MiB  "
+        "C:\\FW\\App\\a.exe \xC3\xBC\n"
+        " -  cannot start     -  -               7+  ? (likely), t998000       -        -  no.exe\n"
+        " -  running       1234  t1000000         ?  ?                     0.5 %  1.5 MiB  "
+        "C:\\FW\\App\\a.exe \xC3\xBC\n");
+    EXPECT_EQ(ListingText({}, 0, Plain),
+              "ID  STATE  PID  UP SINCE  RESTARTS  LAST EXIT  CPU  MEMORY  COMMAND\n");
+}
+
+TEST(DaemonListing, Control_characters_are_visible_in_the_text)
+{
+    DaemonStatus daemon;
+    daemon.id = 1;
+    daemon.state = RunState::ended;
+    daemon.lastExit = LastExit{1, "\x1B[2J", true};
+    daemon.command = "a.exe \n 2  running \x1B]0;x\x07\xC2\x9B ";
+    EXPECT_EQ(ListingText({daemon}, 0, Plain),
+              "ID  STATE  PID  UP SINCE  RESTARTS  LAST EXIT    CPU  MEMORY  COMMAND\n"
+              " 1  ended    -  -                0  \\x1B[2J, t1    -       -  "
+              "a.exe \\x0A 2  running \\x1B]0;x\\x07\\x9B\n");
+}
+
+TEST(DaemonListing, Json_has_the_documented_fields)
+{
+    auto daemons = SomeDaemons();
+    daemons.pop_back();
+    EXPECT_EQ(ListingJson(daemons, 1'100'000, "1.0.0"), R"json({
+  "version": "1.0.0",
+  "time": "1970-01-01T00:18:20.000Z",
+  "time_ms": 1100000,
+  "daemons": [
+    {
+      "id": 0,
+      "state": "running",
+      "process_id": 1234,
+      "image": "C:\\FW\\App\\a.exe",
+      "up_since": "1970-01-01T00:16:40.000Z",
+      "up_since_ms": 1000000,
+      "restarts": 2,
+      "restarts_complete": true,
+      "last_exit": {
+        "time": "1970-01-01T00:16:39.000Z",
+        "time_ms": 999000,
+        "reason": "Unknown (0x3)",
+        "sure": true
+      },
+      "cpu_ms": 500,
+      "cpu_percent": 0.5,
+      "memory_bytes": 1572864,
+      "attached": false,
+      "service": false,
+      "in_log": true,
+      "command": "C:\\FW\\App\\a.exe ü"
+    },
+    {
+      "id": null,
+      "state": "cannot_start",
+      "process_id": null,
+      "image": null,
+      "up_since": null,
+      "up_since_ms": null,
+      "restarts": 7,
+      "restarts_complete": false,
+      "last_exit": {
+        "time": "1970-01-01T00:16:38.000Z",
+        "time_ms": 998000,
+        "reason": null,
+        "sure": false
+      },
+      "cpu_ms": null,
+      "cpu_percent": null,
+      "memory_bytes": null,
+      "attached": false,
+      "service": false,
+      "in_log": true,
+      "command": "no.exe"
+    }
+  ]
+}
+)json");
+}
+
+TEST(DaemonListing, Running_processes_are_read_back_from_json)
+{
+    ListedProcess first{0,    1234, 1'000'000, R"(C:\FW\App\a.exe)", "C:\\FW\\App\\a.exe \xC3\xBC",
+                        false};
+    ListedProcess second = first;
+    second.id = std::nullopt;
+    EXPECT_EQ(ParseListing(ListingJson(SomeDaemons(), 0, "1")),
+              (std::vector<ListedProcess>{first, second}));
+}
+
+TEST(DaemonListing, Text_that_is_no_listing_is_refused)
+{
+    for (const char* text : {"", "{", "[]", "{}", R"({"daemons":1})", R"({"daemons":[{}]})",
+                             R"({"daemons":[{"state":"running","id":"x"}]})"}) {
+        EXPECT_THROW(static_cast<void>(ParseListing(text)), std::runtime_error) << text;
+    }
+}
+
+} // namespace
+} // namespace vqrx::test

@@ -1,0 +1,37 @@
+#include "Expectation.h"
+
+#include "SomeDaemons.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace vqrx::test {
+namespace {
+
+using namespace client::v0;
+
+TEST(Expectation, Each_program_has_a_daemon_of_its_own_or_a_reason)
+{
+    const auto daemons = SomeDaemons();
+    const auto programs = ParseExpectFile("a.exe\nno.exe\nother.exe\na.exe\na.exe\n").programs;
+    const auto results = CheckExpectations(programs, daemons, 1'100'000, 0);
+    ASSERT_EQ(results.size(), 5U);
+    EXPECT_EQ(results[0].daemon, 0U);
+    EXPECT_EQ(results[1].daemon, std::nullopt);
+    EXPECT_EQ(results[1].note, "a daemon of this program cannot be started");
+    EXPECT_EQ(results[2].note, "no daemon runs it");
+    EXPECT_EQ(results[3].daemon, 2U);
+    EXPECT_EQ(results[4].note, "no daemon runs it");
+}
+
+TEST(Expectation, Process_younger_than_the_minimum_does_not_count)
+{
+    const auto programs = ParseExpectFile("a.exe\n").programs;
+    EXPECT_EQ(CheckExpectations(programs, SomeDaemons(), 1'059'999, 60000)[0].note,
+              "daemon 0 has just been started");
+    EXPECT_EQ(CheckExpectations(programs, SomeDaemons(), 1'060'000, 60000)[0].daemon, 0U);
+}
+
+} // namespace
+} // namespace vqrx::test

@@ -1,0 +1,116 @@
+#include "ConnectionChecks.h"
+
+#include "ExpectFinding.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace vqrx::test {
+namespace {
+
+using namespace client::v0;
+using Answer = SupervisorFacts::Answer;
+
+ProxyFacts HealthyProxy()
+{
+    ProxyFacts facts;
+    facts.library = {0, R"(C:\FW\App\DaemonMgrPS.dll)", "1.0.0"};
+    facts.libraryThere = true;
+    return facts;
+}
+
+SupervisorFacts HealthySupervisor()
+{
+    SupervisorFacts facts;
+    facts.answer = Answer::answers;
+    facts.processes = {{12, R"(C:\FW\App\DaemonManager.exe)", "1.0.0"}};
+    return facts;
+}
+
+void ExpectProxy(const ProxyFacts& facts, Verdict verdict, const std::string& text)
+{
+    ExpectFinding(JudgeProxy(facts, "1.0.0"), verdict, text);
+}
+
+void ExpectSupervisor(const SupervisorFacts& facts, Verdict verdict, const std::string& text)
+{
+    ExpectFinding(JudgeSupervisor(facts, "1.0.0"), verdict, text);
+}
+
+TEST(ProxyCheck, Warns_if_the_library_has_another_version_or_none)
+{
+    ProxyFacts facts = HealthyProxy();
+    ExpectProxy(facts, Verdict::ok, R"(C:\FW\App\DaemonMgrPS.dll, version 1.0.0)");
+    facts.library.version = "0.9.0";
+    ExpectProxy(facts, Verdict::warning,
+                R"(C:\FW\App\DaemonMgrPS.dll has version 0.9.0, this program has version 1.0.0)");
+    facts.library.version = "";
+    ExpectProxy(
+        facts, Verdict::warning,
+        R"(C:\FW\App\DaemonMgrPS.dll has an unknown version, this program has version 1.0.0)");
+}
+
+TEST(ProxyCheck, Fails_and_names_the_part_of_the_registration_that_is_missing)
+{
+    ProxyFacts facts = HealthyProxy();
+    facts.libraryThere = false;
+    ExpectProxy(facts, Verdict::failure,
+                R"(C:\FW\App\DaemonMgrPS.dll is registered, but the file does not exist)");
+    facts.libraryError = 2;
+    ExpectProxy(facts, Verdict::failure,
+                "the proxy/stub is registered, but without the path of its library");
+    facts.interfaceError = 2;
+    ExpectProxy(facts, Verdict::failure,
+                "DaemonMgrPS.dll is not registered: no client can call the supervisor");
+}
+
+TEST(SupervisorCheck, Names_process_and_version_of_a_supervisor_that_answers)
+{
+    SupervisorFacts facts = HealthySupervisor();
+    ExpectSupervisor(facts, Verdict::ok, "published and answering (process 12, version 1.0.0)");
+    facts.processes.clear(); // the program's file may have another name
+    ExpectSupervisor(facts, Verdict::ok, "published and answering");
+}
+
+TEST(SupervisorCheck, Warns_of_another_version_and_of_a_second_process)
+{
+    SupervisorFacts facts = HealthySupervisor();
+    facts.processes[0].version = "0.9.0";
+    ExpectSupervisor(
+        facts, Verdict::warning,
+        "published and answering (process 12, version 0.9.0); this program has version 1.0.0");
+    facts.processes.push_back({13, "", ""});
+    ExpectSupervisor(facts, Verdict::warning,
+                     "published and answering (process 12, version 0.9.0, process 13)");
+}
+
+TEST(SupervisorCheck, Fails_and_says_how_the_call_failed)
+{
+    SupervisorFacts facts = HealthySupervisor();
+    facts.answer = Answer::silent;
+    ExpectSupervisor(facts, Verdict::failure, "the supervisor is published, but does not answer");
+    facts.answer = Answer::failed;
+    facts.detail = "detach: 0x80070005";
+    ExpectSupervisor(facts, Verdict::failure,
+                     "the supervisor is published, but a call fails: detach: 0x80070005");
+    facts.answer = Answer::proxyNotRegistered;
+    ExpectSupervisor(facts, Verdict::failure,
+                     "the supervisor runs, but no client can call it without its proxy/stub");
+}
+
+TEST(SupervisorCheck, Fails_for_a_supervisor_that_is_not_published_or_does_not_run)
+{
+    SupervisorFacts facts = HealthySupervisor();
+    facts.answer = Answer::notRunning;
+    ExpectSupervisor(
+        facts, Verdict::failure,
+        "DaemonManager.exe runs (process 12, version 1.0.0) but is not published: it is "
+        "starting and waits for the firewall service, or its publication failed, or another "
+        "user runs it");
+    facts.processes.clear();
+    ExpectSupervisor(facts, Verdict::failure, "no supervisor is running on this machine");
+}
+
+} // namespace
+} // namespace vqrx::test

@@ -1,0 +1,137 @@
+#include "FirewallChecks.h"
+
+#include "ExpectFinding.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using namespace client::v0;
+using Program = FirewallRuleFacts::Program;
+using Names = std::vector<std::string>;
+
+constexpr long kDenied = static_cast<long>(0x80070005U - 0x100000000LL);
+
+TEST(FirewallRules, Rule_is_the_supervisors_if_it_is_named_after_its_program)
+{
+    EXPECT_TRUE(IsSupervisorsRule({R"(allowing C:\a.exe)", R"(c:\A.EXE)", Program::there}));
+    EXPECT_FALSE(IsSupervisorsRule({R"(allowing C:\a.exe)", R"(C:\b.exe)", Program::there}));
+    EXPECT_FALSE(IsSupervisorsRule({"allowing everything", "", Program::there}));
+    EXPECT_FALSE(IsSupervisorsRule({R"(Allowing C:\a.exe)", R"(C:\a.exe)", Program::there}));
+}
+
+TEST(FirewallRules, Rule_is_dead_if_its_program_is_gone)
+{
+    EXPECT_EQ(DeadRules({0,
+                         {{R"(allowing C:\a.exe)", R"(C:\a.exe)", Program::gone},
+                          {R"(allowing C:\b.exe)", R"(C:\b.exe)", Program::there}},
+                         {}}),
+              Names{R"(allowing C:\a.exe)"});
+}
+
+TEST(FirewallRules, Rule_for_a_program_on_a_missing_drive_is_not_dead)
+{
+    EXPECT_EQ(DeadRules({0, {{R"(allowing E:\a.exe)", R"(E:\a.exe)", Program::unknown}}, {}}),
+              Names{});
+}
+
+TEST(FirewallRules, Rule_of_somebody_else_is_not_dead_nor_is_a_rule_with_its_name)
+{
+    EXPECT_EQ(DeadRules({0,
+                         {{R"(allowing C:\a.exe)", R"(C:\other.exe)", Program::gone},
+                          {R"(allowing C:\a.exe)", R"(C:\a.exe)", Program::gone}},
+                         {}}),
+              Names{});
+}
+
+TEST(FirewallRules, Rule_for_the_program_of_a_daemon_is_not_dead_while_the_program_is_gone)
+{
+    const FirewallRuleFacts rule{R"(allowing C:\a.exe)", R"(C:\a.exe)", Program::gone};
+    EXPECT_EQ(DeadRules({0, {rule}, {R"(c:\A.exe -x )"}}), Names{});
+    EXPECT_EQ(DeadRules({0, {rule}, {R"(C:\a.exe2 )", R"(D:\a.exe )"}}),
+              Names{R"(allowing C:\a.exe)"});
+}
+
+TEST(FirewallRules, Name_of_two_dead_rules_comes_twice)
+{
+    const FirewallRuleFacts rule{R"(allowing C:\a.exe)", R"(C:\a.exe)", Program::gone};
+    EXPECT_EQ(DeadRules({0, {rule, rule}, {}}),
+              (Names{R"(allowing C:\a.exe)", R"(allowing C:\a.exe)"}));
+}
+
+TEST(FirewallRules, Second_rule_for_a_program_is_a_duplicate)
+{
+    EXPECT_EQ(DuplicateRules({{R"(allowing C:\a.exe)", R"(C:\a.exe)", Program::there},
+                              {R"(allowing C:\A.exe)", R"(C:\A.exe)", Program::there},
+                              {R"(allowing C:\b.exe)", R"(C:\b.exe)", Program::there}}),
+              Names{R"(allowing C:\A.exe)"});
+    EXPECT_EQ(DuplicateRules({{R"(allowing all)", R"(C:\a.exe)", Program::there},
+                              {R"(allowing C:\a.exe)", R"(C:\a.exe)", Program::there}}),
+              Names{});
+}
+
+TEST(FirewallRulesCheck, Counts_the_rules_and_names_the_dead_and_the_duplicate_ones)
+{
+    FirewallRulesFacts facts;
+    facts.rules = {{R"(allowing C:\a.exe)", R"(C:\a.exe)", Program::there}};
+    ExpectFinding(JudgeFirewallRules(facts), Verdict::ok,
+                  "1 rules \"allowing ...\", 0 whose program is gone, 0 duplicate");
+    facts.rules.push_back({R"(allowing C:\A.exe)", R"(C:\A.exe)", Program::there});
+    facts.rules.push_back({R"(allowing C:\b.exe)", R"(C:\b.exe)", Program::gone});
+    ExpectFinding(JudgeFirewallRules(facts), Verdict::warning,
+                  "3 rules \"allowing ...\", 1 whose program is gone, 1 duplicate\n"
+                  "gone: \"allowing C:\\b.exe\"\nduplicate: \"allowing C:\\A.exe\"");
+}
+
+TEST(FirewallRulesCheck, Warns_if_the_rules_cannot_be_listed)
+{
+    FirewallRulesFacts facts;
+    facts.result = kDenied;
+    ExpectFinding(JudgeFirewallRules(facts), Verdict::warning,
+                  "the rules of the firewall cannot be listed: 0x80070005");
+}
+
+TEST(FirewallServiceCheck, Fails_if_the_service_keeps_a_starting_supervisor_waiting)
+{
+    FirewallServiceFacts facts;
+    facts.name = "MpsSvc";
+    facts.startType = 2;
+    facts.state = 4;
+    ExpectFinding(JudgeFirewallService(facts), Verdict::ok, "MpsSvc is running");
+    facts.state = 1;
+    const Finding finding = JudgeFirewallService(facts);
+    ExpectFinding(finding, Verdict::failure,
+                  "MpsSvc is enabled, but not running (state 1): a supervisor that starts now "
+                  "waits for the service without end");
+    EXPECT_EQ(finding.remedy, "Disable the service, or start it: sc start MpsSvc");
+}
+
+TEST(FirewallServiceCheck, Warns_if_the_service_is_disabled_missing_or_cannot_be_queried)
+{
+    FirewallServiceFacts facts;
+    facts.name = "MpsSvc";
+    facts.startType = 4;
+    facts.state = 1;
+    ExpectFinding(JudgeFirewallService(facts), Verdict::warning, "MpsSvc is disabled");
+    facts.queryError = 5;
+    ExpectFinding(JudgeFirewallService(facts), Verdict::warning,
+                  "the firewall service cannot be queried: error 5 (access denied)");
+    facts.serviceError = 1060;
+    ExpectFinding(JudgeFirewallService(facts), Verdict::warning,
+                  "neither the service MpsSvc nor the service SharedAccess exists");
+}
+
+TEST(FirewallServiceCheck, Fails_if_the_service_manager_cannot_be_opened)
+{
+    FirewallServiceFacts facts;
+    facts.managerError = 5;
+    ExpectFinding(JudgeFirewallService(facts), Verdict::failure,
+                  "the service manager cannot be opened: error 5 (access denied)");
+}
+
+} // namespace
+} // namespace vqrx::test
