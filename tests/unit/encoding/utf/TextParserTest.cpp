@@ -17,7 +17,7 @@ template <typename Parser>
 std::string Error(const Bytes& bytes)
 {
     try {
-        Parser().Parse(bytes, kStrict);
+        static_cast<void>(Parser().Parse(bytes, kStrict));
     } catch (const TextError& error) {
         return error.what();
     }
