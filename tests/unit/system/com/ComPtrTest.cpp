@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <oleauto.h>
+
 #include <utility>
 
 namespace vqrx::test {

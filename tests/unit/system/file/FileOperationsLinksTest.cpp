@@ -1,11 +1,11 @@
+#include <windows.h>
+
 #include "file/FileOperations.h"
 
 #include "FilesFixture.h"
 #include "ImportPatch.h"
 
 #include <gtest/gtest.h>
-
-#include <windows.h>
 
 #include <cstdlib>
 #include <string_view>

@@ -1,11 +1,11 @@
+#include <windows.h>
+
 #include "file/FileOperations.h"
 
 #include "FilesFixture.h"
 #include "file/DirectoryListing.h"
 
 #include <gtest/gtest.h>
-
-#include <windows.h>
 
 #include <stdexcept>
 
