@@ -1,7 +1,7 @@
+#include <windows.h>
+
 #include "file/DirectoryListing.h"
 #include "file/FileOperations.h"
-
-#include <windows.h>
 
 #include <gtest/gtest.h>
 
