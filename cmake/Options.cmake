@@ -32,6 +32,19 @@ if(WIN32)
     target_compile_definitions(dm_options INTERFACE
         WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601 __USE_MINGW_ANSI_STDIO=0)
     target_link_options(dm_options INTERFACE -static -Wl,--no-insert-timestamp)
+
+    # Makes it harder to turn a defect of a program into an attack. tests/package looks for it in
+    # the finished programs.
+    add_library(dm_hardening INTERFACE)
+    target_compile_options(dm_hardening INTERFACE
+        $<$<COMPILE_LANGUAGE:C,CXX>:-fstack-protector-strong>)
+    # The checked library calls need the optimiser.
+    target_compile_definitions(dm_hardening INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
+    # The archive by its file name: -lssp would import libssp-0.dll.
+    target_link_libraries(dm_hardening INTERFACE -l:libssp.a)
+    target_link_options(dm_hardening INTERFACE
+        -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat)
+    target_link_libraries(dm_options INTERFACE dm_hardening)
 endif()
 
 if(DM_SANITIZE STREQUAL "trap")

@@ -1,7 +1,8 @@
-/* What the generated proxy needs and mingw's C headers omit: the delegating IUnknown of a proxy, as
-   rpcproxy.h of the Windows SDK declares it. Included ahead of every generated source, so it must
-   not include rpcproxy.h itself: what that declares depends on macros which the sources set first
-   (with them set too late no interface of the library is found). */
+/* Declares the three functions of a proxy's IUnknown. The generated proxy calls them, and the C
+   headers of mingw lack them; rpcproxy.h of the Windows SDK has these declarations.
+   The compiler includes this file before each generated source. It must not include rpcproxy.h,
+   because the declarations there depend on macros that the sources define first; without the macros
+   the DLL exports no interface. */
 #ifndef DAEMON_MGR_PROXY_RPC_H
 #define DAEMON_MGR_PROXY_RPC_H
 

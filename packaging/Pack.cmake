@@ -1,5 +1,5 @@
-# CPack's "External" step: what was installed into the staging folder becomes the packages. They lie
-# above CPack's own folder, which also holds what CPack says about itself.
+# The packaging step of CPack's generator "External": makes the packages from the staging folder.
+# They are written to the folder above CPack's own folder, which also holds other files of CPack.
 execute_process(
     COMMAND ${CPACK_DM_PYTHON} ${CPACK_DM_SOURCE}/packaging/make_packages.py
         --source ${CPACK_DM_SOURCE}

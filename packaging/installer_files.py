@@ -1,4 +1,4 @@
-"""The installer's lists of files: what it brings, and what its uninstaller takes away."""
+"""Lists the files that the installer installs and the uninstaller removes."""
 
 
 def _windows(path):
@@ -6,8 +6,8 @@ def _windows(path):
 
 
 def write_installer_files(target, staging, files):
-    """Writes four NSIS macros. Every file is named: the uninstaller never empties a folder of what
-    is not its own."""
+    """Writes four NSIS macros that name every file. The uninstaller removes only these files, so it
+    leaves files of others in the folder."""
     folders = sorted({parent for name in files for parent in name.parents if parent.name},
                      key=lambda path: (-len(path.parts), path.as_posix()))
     lines = ["!macro MakeWayForFiles"]

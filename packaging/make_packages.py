@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Makes the packages of a staging folder: ZIP, installer, bill of materials, checksums.
+"""Makes the packages from a staging folder: ZIP, installer, bill of materials and checksums.
 
-The same files at the same commit give the same bytes, whoever makes them, where and when: names are
-sorted, and every time is the commit's (or SOURCE_DATE_EPOCH).
+Equal files at one commit give equal packages on every machine and at every time: names are sorted,
+and every time in a package is the time of the commit, or SOURCE_DATE_EPOCH.
 """
 import argparse
 import hashlib
@@ -16,11 +16,12 @@ import zipfile
 from installer_files import write_installer_files
 from sbom import write_sbom
 
-EARLIEST_ZIP_TIME = 315532800  # 1980-01-01, the first that the format can hold
+EARLIEST_ZIP_TIME = 315532800  # 1980-01-01, the earliest time in a ZIP
 
 
 def commit_time(source):
-    """Seconds since 1970: SOURCE_DATE_EPOCH, the commit's time, or a constant outside of git."""
+    """Returns seconds since 1970: SOURCE_DATE_EPOCH, or the time of the commit, or a constant if
+    there is no git repository."""
     if os.environ.get("SOURCE_DATE_EPOCH"):
         return max(int(os.environ["SOURCE_DATE_EPOCH"]), EARLIEST_ZIP_TIME)
     log = subprocess.run(["git", "-C", source, "log", "-1", "--format=%ct"],
@@ -33,13 +34,14 @@ def sha256(path):
 
 
 def files_below(folder):
-    """All files, as paths relative to the folder, in an order that no file system decides."""
+    """Returns all files as sorted paths relative to the folder."""
     return sorted((path.relative_to(folder) for path in folder.rglob("*") if path.is_file()),
                   key=lambda path: path.as_posix())
 
 
 def strip_programs(strip, staging, files, environment):
-    """Not left to CPack: its strip would write the time of packing into every program."""
+    """Strips here and not in CPack, because strip writes the time into a program unless
+    SOURCE_DATE_EPOCH is set."""
     programs = [staging / name for name in files if name.suffix in (".exe", ".dll")]
     subprocess.run([strip, *programs], env=environment, check=True)
 
@@ -50,14 +52,14 @@ def write_zip(target, top, staging, files, when):
         for name in files:
             entry = zipfile.ZipInfo(f"{top}/{name.as_posix()}", stamp)
             entry.compress_type = zipfile.ZIP_DEFLATED
-            entry.create_system = 0  # no Unix owners and rights
+            entry.create_system = 0  # without owners and rights of Unix
             archive.writestr(entry, (staging / name).read_bytes())
 
 
 def write_installer(target, arguments, staging, files, when, environment):
     lists = staging.parent / "files.nsh"
     write_installer_files(lists, staging, files)
-    for name in files:  # the installer keeps the files' times
+    for name in files:  # the installer stores the times of the files
         os.utime(staging / name, (when, when))
     subprocess.run(
         [arguments.makensis, "-V2", "-WX", "-INPUTCHARSET", "UTF8",

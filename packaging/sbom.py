@@ -1,10 +1,10 @@
-"""The bill of materials: what the packages contain and what was linked into it (CycloneDX 1.5)."""
+"""Writes the bill of materials (CycloneDX 1.5): the programs and the libraries linked into them."""
 import json
 import subprocess
 import time
 import uuid
 
-# Name in the bill, Debian package it was taken from, upstream licence, what contains it.
+# Name in the bill, Debian package with the library, licence of the library, files that contain it.
 LIBRARIES = [
     ("CLI11", "libcli11-dev", "BSD-3-Clause", ["daemonctl.exe"]),
     ("nlohmann-json", "nlohmann-json3-dev", "MIT", ["daemonctl.exe"]),
@@ -12,6 +12,8 @@ LIBRARIES = [
      ["DaemonManager.exe", "daemonctl.exe"]),
     ("libgcc", "gcc-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1",
      ["DaemonManager.exe", "daemonctl.exe", "DaemonMgrPS.dll"]),
+    ("libssp", "gcc-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1",
+     ["DaemonManager.exe", "daemonctl.exe"]),
     ("winpthreads", "mingw-w64-x86-64-dev", "MIT AND BSD-3-Clause",
      ["DaemonManager.exe", "daemonctl.exe"]),
     ("mingw-w64-runtime", "mingw-w64-x86-64-dev", "ZPL-2.1",
@@ -32,7 +34,7 @@ def _debian_version(package):
 
 
 def _upstream(debian_version):
-    """12.2.0-14+deb12u1 -> 12.2.0, 2.1.2+ds-1 -> 2.1.2"""
+    """Example: 12.2.0-14+deb12u1 -> 12.2.0, 2.1.2+ds-1 -> 2.1.2"""
     return debian_version.split(":")[-1].split("-")[0].split("+")[0]
 
 
@@ -49,7 +51,7 @@ def _library(name, package, licence):
 
 
 def write_sbom(target, version, when, hashes):
-    """@param hashes  SHA-256 of every packaged file, by its name"""
+    """@param hashes  SHA-256 of each file of the packages, by the name of the file"""
     own = [{
         "type": "application" if name.endswith(".exe") else "library",
         "bom-ref": name,
@@ -77,7 +79,7 @@ def write_sbom(target, version, when, hashes):
         "dependencies": [{"ref": "DaemonManager", "dependsOn": [*DESCRIPTIONS, "installer"]}] +
                         [{"ref": user, "dependsOn": used} for user, used in contains.items()],
     }
-    # The same content has the same number.
+    # Equal content gets an equal serial number.
     identity = json.dumps(document, sort_keys=True)
     document["serialNumber"] = f"urn:uuid:{uuid.uuid5(uuid.NAMESPACE_OID, identity)}"
     target.write_text(json.dumps(document, indent=2) + "\n")

@@ -2,7 +2,7 @@
 
 #if defined(_WIN32)
 #include "Utf8.h"
-#include "com/TextConversion.h"
+#include "code_page/CodePage.h"
 #endif
 
 #include <array>
@@ -116,7 +116,7 @@ bool IsUtf8(std::string_view text) noexcept
 std::string AnsiToUtf8(std::string_view text)
 {
 #if defined(_WIN32)
-    return Utf8(system::com::v1::NarrowToWide(text, CP_ACP));
+    return Utf8(system::code_page::v1::NarrowToWide(text, CP_ACP));
 #else
     return FromWindows1252(text);
 #endif

@@ -1,6 +1,6 @@
 #include "Utf8.h"
 
-#include "com/TextConversion.h"
+#include "code_page/CodePage.h"
 #include "win32/LocalMemory.h"
 
 #include <windows.h>
@@ -9,8 +9,8 @@
 
 namespace vqrx::client::v0 {
 
-using system::com::v1::NarrowToWide;
-using system::com::v1::WideToNarrow;
+using system::code_page::v1::NarrowToWide;
+using system::code_page::v1::WideToNarrow;
 
 std::wstring Wide(std::string_view utf8)
 {

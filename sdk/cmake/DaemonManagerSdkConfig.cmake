@@ -3,8 +3,8 @@
 #   find_package(DaemonManagerSdk 1.0 REQUIRED)
 #   target_link_libraries(worker PRIVATE DaemonManagerSdk::client)
 #
-# The library is built from source as a part of the project that asks for it, with its compiler, its
-# run-time library and its settings.
+# The library is built from source as a part of the project that finds it, with the compiler, the
+# run-time library and the settings of that project.
 if(NOT WIN32)
     set(DaemonManagerSdk_FOUND FALSE)
     set(DaemonManagerSdk_NOT_FOUND_MESSAGE "The supervisor and its clients are Windows programs")

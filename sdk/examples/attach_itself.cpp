@@ -1,5 +1,5 @@
-// A worker that puts itself under supervision: started by whomever, it is started again by the
-// supervisor from then on, should it die. Works until it is sent a line, then leaves in order.
+// A worker that attaches itself to the supervisor. From then on the supervisor starts the worker
+// again if it dies. The worker runs until it reads a line, and then detaches itself.
 #include <daemon_manager/ComApartment.h>
 #include <daemon_manager/SupervisorClient.h>
 
@@ -19,14 +19,14 @@ int wmain()
         }
         std::cout << "attached as daemon " << self.daemonId << std::endl;
 
-        std::string line; // a real worker works here
+        std::string line; // a real worker does its work here
         std::getline(std::cin, line);
 
-        // Without this the supervisor would take the end for a death and start the program again.
+        // Without this call the supervisor would start the program again after its end.
         supervisor.Detach(self.daemonId);
         std::cout << "detached" << std::endl;
         return 0;
-    } catch (const std::exception& exception) { // what() has the result code and its text
+    } catch (const std::exception& exception) { // what() contains the result code
         std::cerr << exception.what() << std::endl;
         return 1;
     }

@@ -1,4 +1,4 @@
-// launch_program PROGRAM [ARGUMENT...]: has the supervisor start a program and keep it running.
+// launch_program PROGRAM [ARGUMENT...]: asks the supervisor to start a program and keep it running.
 #include <daemon_manager/ComApartment.h>
 #include <daemon_manager/SupervisorClient.h>
 
@@ -26,7 +26,7 @@ int wmain(int argc, wchar_t** argv)
         std::cerr << "start DaemonManager.exe first" << std::endl;
     } catch (const daemon_manager::ProxyNotRegistered&) {
         std::cerr << "register DaemonMgrPS.dll first" << std::endl;
-    } catch (const daemon_manager::SupervisorError& error) { // what() has the code and its text
+    } catch (const daemon_manager::SupervisorError& error) { // what() contains the result code
         std::cerr << error.what() << std::endl;
     } catch (const std::exception& exception) {
         std::cerr << exception.what() << std::endl;

@@ -82,7 +82,8 @@ OwnedArray MakeArray(const std::vector<std::wstring>& texts)
     for (std::size_t index = 0; index < texts.size(); ++index) {
         auto position = static_cast<LONG>(index);
         const OwnedBstr text = MakeBstr(texts[index]);
-        Check("argument array", SafeArrayPutElement(array.get(), &position, text.get())); // copies
+        Check("argument array",
+              SafeArrayPutElement(array.get(), &position, text.get())); // copies text
     }
     return array;
 }
@@ -100,7 +101,7 @@ Owned<IUnknown> FindObject()
     if (hr == MK_E_UNAVAILABLE) {
         throw SupervisorNotRunning("no supervisor is running on this machine", hr);
     }
-    if (FAILED(hr)) { // published by a process that is no longer there
+    if (FAILED(hr)) { // the table still names a process that has ended
         throw SupervisorNotRunning(ErrorText("the supervisor does not answer", hr), hr);
     }
     return Owned<IUnknown>(object);

@@ -1,6 +1,6 @@
 #include "ArgumentArray.h"
 
-#include "com/TextConversion.h"
+#include "com/ComText.h"
 #include "exception_utils/AtlException.h"
 
 #include <string_view>
@@ -56,7 +56,7 @@ void CheckType(SAFEARRAY* array)
 std::string AnsiFromBstr(BSTR text)
 {
     const std::wstring_view whole(text, SysStringLen(text));
-    return com::v1::WideToNarrow(whole.substr(0, whole.find(L'\0')), CP_ACP);
+    return com::v1::TextFromCom(whole.substr(0, whole.find(L'\0')), CP_ACP);
 }
 
 std::vector<std::string> ArgumentsFromArray(SAFEARRAY** array)

@@ -2,7 +2,7 @@
 
 #include "InternalResult.h"
 #include "ServiceOfProcess.h"
-#include "com/TextConversion.h"
+#include "com/ComText.h"
 #include "win32/LocalMemory.h"
 #include "wmi/WmiQuery.h"
 
@@ -16,8 +16,8 @@
 namespace vqrx::system::daemon::daemon_mgr::v0 {
 namespace {
 
+using com::v1::TextFromCom;
 using com::v1::UniqueBstr;
-using com::v1::WideToNarrow;
 using host::v0::kFailure;
 using host::v0::kSuccess;
 using wmi::v1::ExecuteQuery;
@@ -33,7 +33,7 @@ bool SplitArguments(const UniqueBstr& commandLine, std::vector<std::string>& arg
         return false;
     }
     for (int index = 1; index < count; ++index) { // the first is the program name
-        arguments.push_back(WideToNarrow(split.get()[index], CP_THREAD_ACP));
+        arguments.push_back(TextFromCom(split.get()[index], CP_THREAD_ACP));
     }
     return true;
 }
@@ -56,7 +56,7 @@ int QueryProcess(const WmiConnection& wmi, DWORD processId, ProcessInfo& daemon,
     }
     IWbemClassObject* const process = objects.front().Get();
     daemon.executablePath =
-        WideToNarrow(ReadStringProperty(process, L"ExecutablePath").View(), CP_THREAD_ACP);
+        TextFromCom(ReadStringProperty(process, L"ExecutablePath").View(), CP_THREAD_ACP);
     return SplitArguments(ReadStringProperty(process, L"CommandLine"), arguments) ? kSuccess
                                                                                   : kFailure;
 }

@@ -1,6 +1,6 @@
 #include "Firewall.h"
 
-#include "com/TextConversion.h"
+#include "com/ComText.h"
 #include "com/UniqueBstr.h"
 
 #include <icftypes.h>
@@ -42,7 +42,7 @@ unsigned long Printable(HRESULT hr) noexcept
 
 UniqueBstr BstrFromAnsi(const std::string& text)
 {
-    return UniqueBstr(system::com::v1::NarrowToWide(text, CP_THREAD_ACP));
+    return UniqueBstr(system::com::v1::TextForCom(text, CP_THREAD_ACP));
 }
 
 UniqueBstr RuleName(const std::string& path)

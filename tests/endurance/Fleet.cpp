@@ -1,7 +1,7 @@
 #include "Fleet.h"
 
 #include "Clients.h"
-#include "com/TextConversion.h"
+#include "code_page/CodePage.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -9,7 +9,7 @@
 namespace vqrx::test {
 namespace {
 
-using system::com::v1::NarrowToWide;
+using system::code_page::v1::NarrowToWide;
 using system::win32::v1::UniqueKernelHandle;
 
 constexpr const char* kMissingProgram = "C:\\missing.exe";

@@ -3,8 +3,8 @@
 // it.
 #include "ChildProcess.h"
 #include "Journal.h"
+#include "code_page/CodePage.h"
 #include "com/ComApartment.h"
-#include "com/TextConversion.h"
 #include "daemon_manager/SupervisorClient.h"
 
 #include <algorithm>
@@ -20,7 +20,7 @@ namespace {
 
 std::wstring Wide(const std::string& text)
 {
-    return system::com::v1::NarrowToWide(text, CP_UTF8);
+    return system::code_page::v1::NarrowToWide(text, CP_UTF8);
 }
 
 class RandomClient {

@@ -112,7 +112,7 @@ void CheckStrict(const Bytes& input, const Scanned& scanned)
     FUZZ_CHECK(!known || hasNul || known == reference); // what ICU accepts is accepted
     bool accepted = true;
     try {
-        TextParserUTF8().Parse(input, 0);
+        static_cast<void>(TextParserUTF8().Parse(input, 0));
     } catch (const TextError&) {
         accepted = false;
     }

@@ -1,6 +1,6 @@
 #include "ChildProcess.h"
 #include "SupervisorProcess.h"
-#include "com/TextConversion.h"
+#include "code_page/CodePage.h"
 
 #include <windows.h>
 
@@ -17,8 +17,8 @@ using daemon_manager::DaemonRequest;
 DaemonRequest Launch(SupervisorProcess& supervisor, const std::string& program,
                      const std::vector<std::wstring>& arguments = {})
 {
-    return supervisor.Client().Launch(system::com::v1::NarrowToWide(TestProgram(program), CP_UTF8),
-                                      arguments);
+    return supervisor.Client().Launch(
+        system::code_page::v1::NarrowToWide(TestProgram(program), CP_UTF8), arguments);
 }
 
 std::string Describe(DWORD daemonId, DWORD processId, const std::string& command)

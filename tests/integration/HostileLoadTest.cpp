@@ -2,7 +2,7 @@
 #include "CapturedProgram.h"
 #include "ChildProcess.h"
 #include "SupervisorProcess.h"
-#include "com/TextConversion.h"
+#include "code_page/CodePage.h"
 #include "com/UniqueBstr.h"
 
 #include <windows.h>
@@ -22,7 +22,7 @@
 namespace vqrx::test {
 namespace {
 
-using system::com::v1::NarrowToWide;
+using system::code_page::v1::NarrowToWide;
 using system::com::v1::UniqueBstr;
 
 class HostileLoad : public testing::Test {

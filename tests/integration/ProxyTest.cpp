@@ -2,7 +2,7 @@
 #include "ChildProcess.h"
 #include "ProxyRegistration.h"
 #include "SupervisorProcess.h"
-#include "com/TextConversion.h"
+#include "code_page/CodePage.h"
 #include "com/UniqueBstr.h"
 
 #include <windows.h>
@@ -16,9 +16,9 @@
 namespace vqrx::test {
 namespace {
 
+using system::code_page::v1::NarrowToWide;
 using system::com::v1::ComApartment;
 using system::com::v1::ComPtr;
-using system::com::v1::NarrowToWide;
 using system::com::v1::UniqueBstr;
 
 /// Launches a program that writes down its command line. @return what it wrote after its own path

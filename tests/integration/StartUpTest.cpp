@@ -3,7 +3,7 @@
 #include "FirmwareRegistry.h"
 #include "SupervisorProcess.h"
 #include "TempFolder.h"
-#include "com/TextConversion.h"
+#include "code_page/CodePage.h"
 
 #include <windows.h>
 
@@ -22,7 +22,8 @@ using Key = FirmwareRegistry::Key;
 std::string WorkingFolderOf(SupervisorProcess& supervisor)
 {
     supervisor.Client().Launch(
-        system::com::v1::NarrowToWide(TestProgram("writes_command_line"), CP_UTF8), {L"here.txt"});
+        system::code_page::v1::NarrowToWide(TestProgram("writes_command_line"), CP_UTF8),
+        {L"here.txt"});
     const std::string file = supervisor.App() + "\\here.txt";
     return WaitUntil([&] { return std::filesystem::exists(file); }) ? supervisor.App()
                                                                     : "elsewhere";

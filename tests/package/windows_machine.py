@@ -1,4 +1,4 @@
-"""A Windows machine to install on: a Wine prefix of its own, its programs, files and registry."""
+"""A Windows machine for the tests: the programs, files and registry of a Wine prefix."""
 import contextlib
 import os
 import pathlib
@@ -19,12 +19,12 @@ def wait_until(condition, what):
     end = time.monotonic() + DEADLINE
     while not condition():
         if time.monotonic() > end:
-            raise AssertionError(f"waited {DEADLINE} s in vain: {what}")
+            raise AssertionError(f"did not happen within {DEADLINE} s: {what}")
         time.sleep(0.05)
 
 
 def host_path(windows_path):
-    """C:\\x as this host sees it."""
+    """Returns the path on this host of a path on drive C:."""
     assert windows_path[:2] == "C:", windows_path
     return DRIVE_C / windows_path[3:].replace("\\", "/")
 
@@ -35,7 +35,7 @@ def windows_path(path):
 
 def start():
     subprocess.run([SOURCE / "tools/wine-prefix"], env=ENVIRONMENT, check=True)
-    # Wine's WMI may not tell executable paths, which the attaching of a process needs.
+    # WMI of Wine may not know the paths of programs, and to attach a process needs its path.
     locator = r"HKLM\Software\Classes\CLSID\{4590F811-1D3A-11D0-891F-00AA004B2E24}\InprocServer32"
     stand_in = windows_path(BUILD / "tests/programs/dm_standins.dll")
     run("reg", "add", locator, "/ve", "/d", stand_in, "/f")
@@ -47,8 +47,8 @@ def stop():
 
 
 def call(program, *arguments, cwd=None, text_input=""):
-    """Runs a Windows program. @return its exit code and what it wrote"""
-    # Into a file: whatever the program starts would hold a pipe open.
+    """Runs a Windows program. @return its exit code and its output"""
+    # The output goes to a file, because programs that this program starts would keep a pipe open.
     with tempfile.TemporaryFile() as output:
         result = subprocess.run(
             [SOURCE / "tools/wine-run", program, *arguments], env=ENVIRONMENT, cwd=cwd,
@@ -59,7 +59,7 @@ def call(program, *arguments, cwd=None, text_input=""):
 
 
 def run(program, *arguments):
-    """The same for what must succeed. @return what it wrote"""
+    """Runs a Windows program that must succeed. @return its output"""
     code, output = call(program, *arguments)
     if code != 0:
         raise AssertionError(f"{program} {' '.join(map(str, arguments))}: {code}\n{output}")
@@ -67,7 +67,7 @@ def run(program, *arguments):
 
 
 def processes(name):
-    """The ids, as this host gives them, of the running programs with this in their command line."""
+    """Returns the ids on this host of all processes with this text in their command line."""
     found = set()
     for folder in pathlib.Path("/proc").glob("[0-9]*"):
         with contextlib.suppress(OSError):
@@ -86,7 +86,7 @@ def end_processes(name):
 
 
 class Background:
-    """A program that runs beside the test and takes lines; it ends with its owner."""
+    """A program that runs beside the test and reads lines. It ends at the end of the with block."""
 
     def __init__(self, program, *arguments):
         self._output = tempfile.TemporaryFile()
@@ -109,24 +109,25 @@ class Background:
     def wait_for_output(self, text):
         wait_until(lambda: text in self.output() or self._process.poll() is not None, text)
         if text not in self.output():
-            raise AssertionError(f"ended without {text!r}:\n{self.output()}")
+            raise AssertionError(f"the program ended without writing {text!r}:\n{self.output()}")
 
     def send_line(self):
         self._process.stdin.write(b"\r\n")
         self._process.stdin.flush()
 
     def end(self):
-        """Waits for its end. @return its exit code"""
+        """Waits for the end of the program. @return its exit code"""
         return self._process.wait(DEADLINE)
 
 
 def registry(key):
-    """A key's values and subkeys as text; None if there is no such key."""
+    """Returns the values and subkeys of a key as text, or None if the key does not exist."""
     code, output = call("reg", "query", key, "/s")
     return output if code == 0 else None
 
 
 def value(key, name):
+    """Returns the text of a registry value, or None if it does not exist."""
     code, output = call("reg", "query", key, "/v", name)
     for line in output.splitlines():
         words = line.split(None, 2)
@@ -136,7 +137,7 @@ def value(key, name):
 
 
 def _exported(key):
-    """Every key below, with its text."""
+    """Returns the text of each key below a key, by its name."""
     with tempfile.TemporaryDirectory() as folder:
         file = pathlib.Path(folder) / "export.reg"
         run("regedit", "/E", windows_path(file), key)
@@ -145,7 +146,8 @@ def _exported(key):
 
 
 def snapshot():
-    """Every file and folder of drive C: and every registry key, with what identifies its content."""
+    """Returns all files and folders of drive C: and all registry keys. The values of two snapshots
+    differ if the content differs."""
     entries = {}
     for folder, folders, files in os.walk(DRIVE_C):
         entries.update({os.path.join(folder, name): "folder" for name in folders})

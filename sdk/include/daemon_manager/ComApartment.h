@@ -8,12 +8,14 @@
 
 namespace daemon_manager {
 
-/// Joins the calling thread to COM's multithreaded apartment for as long as this lives. Declare it
-/// before the SupervisorClient, so that it goes after it, on the same thread.
+/// Joins the calling thread to the multithreaded apartment of COM, and leaves it when destroyed.
+/// Declare it before the SupervisorClient, so that it is destroyed after the client. Create and
+/// destroy it on the same thread.
 class ComApartment {
 public:
-    /// @throws SupervisorError  when COM refuses, as it does a thread that is in a single-threaded
-    ///         apartment already: then its owner has initialised COM, and this class is not needed
+    /// A thread that is a member already joins once more.
+    /// @throws SupervisorError  if COM refuses, for example because the thread is in a
+    ///         single-threaded apartment. Such a thread can use SupervisorClient without this class.
     ComApartment();
     ComApartment(const ComApartment&) = delete;
     ComApartment& operator=(const ComApartment&) = delete;

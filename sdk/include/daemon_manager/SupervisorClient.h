@@ -10,7 +10,7 @@ struct IDaemonMgrControl;
 
 namespace daemon_manager {
 
-/// A request failed; carries the COM result code. what() is the code and the system's text for it.
+/// A request failed. what() contains the result code and the system's text for it.
 class SupervisorError : public std::runtime_error {
 public:
     SupervisorError(const std::string& text, long result)
@@ -18,38 +18,41 @@ public:
         , result_(result)
     {
     }
-    /// The HRESULT.
-    long Result() const noexcept { return result_; }
+    /// The result code of COM, an HRESULT.
+    [[nodiscard]] long Result() const noexcept { return result_; }
 
 private:
     long result_;
 };
 
-/// No supervisor is published on this machine.
+/// No supervisor is running on this machine, or it does not answer.
 class SupervisorNotRunning : public SupervisorError {
 public:
     using SupervisorError::SupervisorError;
 };
 
-/// The supervisor is there, but DaemonMgrPS.dll, which carries the calls, is not registered.
+/// The supervisor runs, but DaemonMgrPS.dll, which carries the calls between processes, is not
+/// registered.
 class ProxyNotRegistered : public SupervisorError {
 public:
     using SupervisorError::SupervisorError;
 };
 
-/// What a request came to.
+/// The answer of the supervisor to Launch and Attach.
 struct DaemonRequest {
-    std::uint32_t daemonId; ///< meaningful unless done is false for Attach
-    bool done;              ///< false: there was nothing to do
+    std::uint32_t daemonId; ///< number of the daemon; not valid if Attach answers with done = false
+    bool done;              ///< see Launch and Attach
 };
 
-/// A connection to the machine's supervisor. Paths and arguments are UTF-16; the supervisor keeps
-/// them in its ANSI code page. Any thread that has initialised COM as the connecting one did may
-/// use it (in the multithreaded apartment: any thread). Every method throws SupervisorError when
-/// the call fails, for example because the supervisor has ended meanwhile.
+/// A connection to the supervisor of this machine.
+/// Paths and arguments are UTF-16; the supervisor converts them to its ANSI code page.
+/// Threads: any thread of the multithreaded apartment may use a connection that was made there. A
+/// connection made in a single-threaded apartment belongs to that thread.
+/// Errors: every method throws SupervisorError if the call fails, for example because the
+/// supervisor has ended, and std::bad_alloc.
 class SupervisorClient {
 public:
-    /// Finds the supervisor. The calling thread must have initialised COM.
+    /// Connects to the supervisor. The calling thread must have initialised COM.
     /// @throws SupervisorNotRunning, ProxyNotRegistered, SupervisorError
     SupervisorClient();
     SupervisorClient(SupervisorClient&&) noexcept;
@@ -58,21 +61,28 @@ public:
     SupervisorClient& operator=(const SupervisorClient&) = delete;
     ~SupervisorClient();
 
-    /// Has a program started and kept running. done is false when the same program with the same
-    /// arguments was registered already; daemonId is then the old one.
+    /// Registers a program; the supervisor starts it and keeps it running.
+    /// @param path       full path of the program
+    /// @param arguments  one element for each argument, without quotes
+    /// @return done is false if this program is registered with these arguments already; daemonId
+    ///         is the number of that daemon
     DaemonRequest Launch(const std::wstring& path, const std::vector<std::wstring>& arguments = {});
 
-    /// Ends a daemon; may take a minute. False: unknown, attached, or it could not be ended.
+    /// Ends the process of a daemon and removes the daemon. May take a minute.
+    /// @return false if no daemon has this number, the daemon is attached, or its process could not
+    ///         be ended
     bool Stop(std::uint32_t daemonId);
 
-    /// Hands a running process over. done is false when it could not be inspected.
-    /// @param arguments  for a restart; used only when the process is a Windows service
+    /// Registers a running process as a daemon.
+    /// @param arguments  arguments for a restart; used only if the process is a Windows service
+    /// @return done is false if the supervisor could not inspect the process
     DaemonRequest Attach(std::uint32_t processId, const std::vector<std::wstring>& arguments = {});
 
-    /// Takes an attached process back; it runs on. False: unknown or not attached.
+    /// Removes an attached daemon; its process keeps running.
+    /// @return false if no daemon has this number or the daemon is not attached
     bool Detach(std::uint32_t daemonId);
 
-    /// Ends the supervisor; its daemons run on.
+    /// Ends the supervisor; its daemons keep running. Returns before the supervisor has ended.
     void Exit();
 
 private:

@@ -4,9 +4,10 @@
 
 namespace ATL {
 
-/// A bare result code thrown where no text is at hand: a critical section that cannot be made, an
-/// argument array of the wrong kind, memory exhausted while a string is converted.
-/// Deliberately not a std::exception: only the last-resort handlers and the COM boundary know it.
+/// Carries a result code without a text. Thrown when a critical section cannot be made, an argument
+/// array has the wrong type, or a text for a COM call cannot be converted.
+/// It does not derive from std::exception: only the COM boundary and the handlers for unknown
+/// exceptions catch it.
 class CAtlException {
 public:
     explicit CAtlException(HRESULT hr) noexcept
@@ -14,14 +15,13 @@ public:
     {
     }
 
-    /// The code as it stands.
     operator HRESULT() const noexcept { return m_hr; }
 
     HRESULT m_hr;
 };
 
-/// Throws CAtlException with HRESULT_FROM_WIN32 of the error; 0 and negative values pass as they
-/// are. Give it GetLastError() read in the statement after the failed call.
+/// Throws CAtlException with HRESULT_FROM_WIN32(error), which keeps 0 and negative values.
+/// @param error  the result of GetLastError(), read in the statement after the failed call
 [[noreturn]] inline void ThrowWin32(DWORD error)
 {
     throw CAtlException(HRESULT_FROM_WIN32(error));

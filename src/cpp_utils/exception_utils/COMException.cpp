@@ -24,7 +24,7 @@ const char* COMException::what() const noexcept
     try {
         Describe();
         return text_.c_str();
-    } catch (...) { // an exception must be able to describe itself even when memory has run out
+    } catch (...) { // out of memory: a constant text needs none
         return "COM Error";
     }
 }

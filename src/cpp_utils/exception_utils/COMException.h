@@ -5,12 +5,13 @@
 #include <exception>
 #include <string>
 
-/// Root of the exceptions that stand for a failed COM call. Not related to the library's namespaced
-/// VantoroException.
+/// Base class of COMException. The VantoroException in the namespace of the library is another,
+/// unrelated class.
 class VantoroException : public std::exception {};
 
-/// A COM or OLE call failed and the caller cannot go on; carries the call's result.
-/// The texts are built when asked for. Used by one thread at a time, what() included.
+/// A COM or OLE call failed and the caller cannot go on. Carries the result code of the call.
+/// what() and Describe() build the texts in the object, so only one thread at a time may use an
+/// object.
 class COMException : public VantoroException {
 public:
     explicit COMException(HRESULT hr) noexcept
@@ -18,14 +19,17 @@ public:
     {
     }
 
-    HRESULT Code() const noexcept { return hr_; }
+    [[nodiscard]] HRESULT Code() const noexcept { return hr_; }
 
-    /// "Vantoro Error 80250022: SDI board not found" for one of the product's own codes,
-    /// "COM Error 80070005: " and the system's text for any other.
-    /// @return valid until the next what() or Describe() on this object, or its end
+    /// Returns "Vantoro Error 80250022: SDI board not found" for a result code of the product, and
+    /// "COM Error 80070005: " with the system's text for any other code. Returns "COM Error" if
+    /// memory runs out.
+    /// @return valid until the next call of what() or Describe(), at most as long as this object
     const char* what() const noexcept override;
 
-    /// Builds both texts. @return the part after the code; lifetime as for what()
+    /// Builds both texts. Subclasses override this function to give a text of their own.
+    /// @return the part of the text after the code; valid as long as the result of what()
+    /// @throws std::bad_alloc
     virtual const char* Describe() const;
 
 private:

@@ -9,8 +9,9 @@ namespace {
 
 using Registry = std::map<std::int32_t, const char*>;
 
-// Made at the first use, complete with the product's codes, so that no static object of another
-// file can see it half-built. Never destroyed: exceptions are described until the very end.
+// The first use builds the registry with all codes of the product, so a static object of another
+// file never sees an incomplete one. The registry is never destroyed: an exception may be described
+// while the program ends.
 Registry& TheRegistry()
 {
     static Registry& registry = *[] {
@@ -23,7 +24,7 @@ Registry& TheRegistry()
     return registry;
 }
 
-// Built at start, not at the moment a failure has to be described.
+// Builds the registry at program start, because memory may be short when a failure is described.
 [[maybe_unused]] const Registry& builtAtStart = TheRegistry();
 
 } // namespace

@@ -4,14 +4,14 @@
 
 namespace vqrx::cpp_utils::exception_utils::v1 {
 
-/// Adds a message for a result code, or replaces it. For static initialisation only: readers take
-/// no lock.
+/// Adds the message of a result code or replaces it. Call it only during static initialisation:
+/// there is no lock.
 /// @param message  not copied; must live as long as the program
-/// @return always false, for the initialiser of a static object
+/// @return always false; a static bool can be initialised with this call
 bool RegisterErrorMessage(std::int32_t code, const char* message);
 
-/// The message registered for exactly this code, or null. The product's own codes are there from
-/// the first call on, whatever the order of static initialisation.
-const char* FindErrorMessage(std::int32_t code);
+/// Returns the message registered for this code, or null. The codes of the product are registered
+/// before the first call, in any order of static initialisation. Any thread may call it.
+[[nodiscard]] const char* FindErrorMessage(std::int32_t code);
 
 } // namespace vqrx::cpp_utils::exception_utils::v1

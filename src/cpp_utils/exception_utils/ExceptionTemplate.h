@@ -5,9 +5,10 @@
 
 namespace vqrx::cpp_utils::exception_utils::v1 {
 
-/// One family of errors: carries a text, and is catchable apart from every other family.
-/// @tparam Tag   the class whose operations raise it
-/// @tparam Base  what else catches it, normally the namespaced VantoroException
+/// An exception with a text. Each Tag makes a class of its own, so a handler can catch one family
+/// of errors and let the others pass.
+/// @tparam Tag   the class whose operations throw this exception
+/// @tparam Base  base class of the exception, normally VantoroException of this namespace
 template <typename Tag, typename Base>
 class ExceptionTemplate : public Base {
 public:

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-// Declared here as in errors.h of the DirectShow headers, which would bring in half of COM.
+// The declaration of errors.h, a DirectShow header that includes many others.
 extern "C" DWORD WINAPI AMGetErrorTextA(HRESULT hr, char* buffer, DWORD size);
 
 namespace vqrx::cpp_utils::exception_utils::v1 {

@@ -6,7 +6,10 @@
 
 namespace vqrx::cpp_utils::exception_utils::v1 {
 
-/// The system's description of a result code, or "Invalid error code" when it has none.
-std::string HResultText(HRESULT hr);
+/// Returns the system's description of a result code, or "Invalid error code" if the system has
+/// none. The description may end with a blank.
+/// Two libraries define this function: hresult_text takes the description from quartz.dll, and
+/// hresult_text_of_system, for daemonctl, from FormatMessage.
+[[nodiscard]] std::string HResultText(HRESULT hr);
 
 } // namespace vqrx::cpp_utils::exception_utils::v1

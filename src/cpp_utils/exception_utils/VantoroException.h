@@ -4,8 +4,8 @@
 
 namespace vqrx::cpp_utils::exception_utils::v1 {
 
-/// Root of the library's exception families; see ExceptionTemplate.
-/// Not related to the global VantoroException, the root of COMException.
+/// Base class of the exceptions that ExceptionTemplate makes. The VantoroException in the global
+/// namespace, base class of COMException, is another, unrelated class.
 class VantoroException : public std::exception {};
 
 } // namespace vqrx::cpp_utils::exception_utils::v1

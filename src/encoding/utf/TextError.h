@@ -5,10 +5,10 @@
 
 namespace vqrx::encoding::utf::v1 {
 
-/// Names the family of the converters' exceptions.
+/// Tag of TextError; never defined.
 class Text;
 
-/// What the converters raise.
+/// The exception of the converters: an input is malformed or an encoding is unknown.
 using TextError = cpp_utils::exception_utils::v1::ExceptionTemplate<
     Text, cpp_utils::exception_utils::v1::VantoroException>;
 

@@ -5,37 +5,37 @@
 
 namespace vqrx::encoding::utf::v1 {
 
-/// Turns the bytes of one encoding into code points. Stateless.
-/// Has no virtual destructor: created by CreateParser and deleted as the type it was created as, or
-/// left on the stack.
+/// Converts the bytes of one encoding to code points. Has no state.
+/// Has no virtual destructor: delete a parser of CreateParser with DeleteParser.
 class TextParser {
 public:
-    /// @param lenient  zero: malformed input raises TextError; otherwise malformed parts are
-    /// dropped
-    virtual std::vector<std::uint32_t> Parse(const std::vector<std::uint8_t>& input,
-                                             int lenient) const = 0;
+    /// @param lenient  zero: malformed input is an error; any other value: malformed parts are
+    ///                 dropped
+    /// @throws TextError  only if lenient is zero
+    [[nodiscard]] virtual std::vector<std::uint32_t> Parse(const std::vector<std::uint8_t>& input,
+                                                           int lenient) const = 0;
 
 protected:
     ~TextParser() = default;
 };
 
-// What is final needs no virtual destructor.
+// A final class needs no virtual destructor.
 // NOLINTBEGIN(cppcoreguidelines-virtual-class-destructor)
 
-/// Overlong forms other than those led by C0 and C1, encoded surrogates and values above 0x10FFFF
-/// are not rejected here.
+/// Parses UTF-8. Rejects overlong forms only if they begin with the byte C0 or C1. Accepts encoded
+/// surrogates and values above 0x10FFFF; Transcode rejects them.
 class TextParserUTF8 final : public TextParser {
 public:
-    std::vector<std::uint32_t> Parse(const std::vector<std::uint8_t>& input,
-                                     int lenient) const override;
+    [[nodiscard]] std::vector<std::uint32_t> Parse(const std::vector<std::uint8_t>& input,
+                                                   int lenient) const override;
 };
 
-/// A low surrogate without a high one is passed on as it stands. The lone last byte of an input of
-/// odd length is an incomplete unit: dropped when lenient, an unfinished sequence otherwise.
+/// Parses UTF-16, low byte first. A low surrogate without a high surrogate becomes a code point;
+/// Transcode rejects it. If the length is odd, the last byte is malformed input.
 class TextParserUTF16LE final : public TextParser {
 public:
-    std::vector<std::uint32_t> Parse(const std::vector<std::uint8_t>& input,
-                                     int lenient) const override;
+    [[nodiscard]] std::vector<std::uint32_t> Parse(const std::vector<std::uint8_t>& input,
+                                                   int lenient) const override;
 };
 // NOLINTEND(cppcoreguidelines-virtual-class-destructor)
 

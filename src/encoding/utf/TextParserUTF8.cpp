@@ -4,10 +4,10 @@
 namespace vqrx::encoding::utf::v1 {
 namespace {
 
-// What a lead byte announces.
+// A lead byte, the first byte of a sequence of several.
 struct Lead {
     std::uint32_t bits = 0;
-    int continuations = -1; // -1: no lead byte
+    int continuations = -1; // number of bytes that must follow; -1: the byte is no lead byte
 };
 
 Lead LeadOf(std::uint8_t byte) noexcept
@@ -29,7 +29,7 @@ bool NeverOccurs(std::uint8_t byte) noexcept
     return byte == 0xC0 || byte == 0xC1 || byte >= 0xF5;
 }
 
-// Leaves without an effect when lenient.
+// Throws TextError if lenient is zero.
 void Reject(int lenient, const char* message)
 {
     if (lenient == 0) {
@@ -44,7 +44,7 @@ std::vector<std::uint32_t> TextParserUTF8::Parse(const std::vector<std::uint8_t>
 {
     std::vector<std::uint32_t> codePoints;
     codePoints.reserve(input.size());
-    int remaining = 0; // continuation bytes that the open sequence still needs; 0: none is open
+    int remaining = 0; // continuation bytes missing from the open sequence; 0: none is open
     std::uint32_t accumulator = 0;
     for (const std::uint8_t byte : input) {
         if (NeverOccurs(byte)) {
@@ -64,7 +64,7 @@ std::vector<std::uint32_t> TextParserUTF8::Parse(const std::vector<std::uint8_t>
             remaining = lead.continuations;
         } else if ((byte & 0xC0) != 0x80) {
             Reject(lenient, "invalid utf-8 sequence, expected a continuation byte");
-            remaining = 0; // this byte is lost with the sequence
+            remaining = 0; // this byte is dropped with the sequence
         } else {
             accumulator = (accumulator << 6) + (byte & 0x3FU);
             if (--remaining == 0) {

@@ -47,11 +47,11 @@ TextEmitter* CreateEmitter(int encoding)
     }
 }
 
-// The classes are of one size and have nothing to destroy, but deleting one through a base without
-// a virtual destructor is undefined: it is deleted as what it is.
+// To delete an object through a base class without a virtual destructor is undefined behaviour, so
+// both functions find the object's own class first.
 void DeleteParser(TextParser* parser) noexcept
 {
-    // NOLINTNEXTLINE(readability-delete-null-pointer): the test is for the type
+    // NOLINTNEXTLINE(readability-delete-null-pointer): the condition tests the type
     if (auto* const utf8 = dynamic_cast<TextParserUTF8*>(parser)) {
         delete utf8;
     } else {
@@ -61,7 +61,7 @@ void DeleteParser(TextParser* parser) noexcept
 
 void DeleteEmitter(TextEmitter* emitter) noexcept
 {
-    // NOLINTNEXTLINE(readability-delete-null-pointer): the test is for the type
+    // NOLINTNEXTLINE(readability-delete-null-pointer): the condition tests the type
     if (auto* const utf8 = dynamic_cast<TextEmitterUTF8*>(emitter)) {
         delete utf8;
     } else {

@@ -10,30 +10,35 @@
 
 namespace vqrx::encoding::utf::v1 {
 
-/// The encodings by their numbers.
+/// Numbers of the known encodings.
 inline constexpr int kUtf8 = 1;
 inline constexpr int kUtf16Le = 2;
 
-/// A new parser or emitter, the caller's to delete; null for an unknown encoding.
-TextParser* CreateParser(int encoding);
-TextEmitter* CreateEmitter(int encoding);
+/// Creates a parser. @return null for an unknown encoding; the caller deletes it with DeleteParser
+[[nodiscard]] TextParser* CreateParser(int encoding);
+/// Creates an emitter. @return null for an unknown encoding; the caller deletes it with
+/// DeleteEmitter
+[[nodiscard]] TextEmitter* CreateEmitter(int encoding);
 
-/// Deletes what CreateParser or CreateEmitter made; null is fine.
+/// Deletes a parser of CreateParser. Null is allowed.
 void DeleteParser(TextParser* parser) noexcept;
+/// Deletes an emitter of CreateEmitter. Null is allowed.
 void DeleteEmitter(TextEmitter* emitter) noexcept;
 
 /// The result of a conversion.
 struct EncodedText {
-    int encoding = 0; ///< of the bytes
+    int encoding = 0; ///< kUtf8 or kUtf16Le
     std::vector<std::uint8_t> bytes;
 };
 
-/// Converts strictly. A code point that is zero, above 0x10FFFF or a surrogate raises "invalid
-/// Unicode codepoint": text with a NUL character cannot be converted, on purpose.
-/// @throws TextError for malformed input and for unknown encodings
-EncodedText Transcode(const std::uint8_t* data, std::size_t length, int from, int to);
+/// Converts text from one encoding to another and accepts no malformed input.
+/// @param length  bytes at data
+/// @throws TextError  for malformed input, for an unknown encoding, and for a code point that is
+///         zero, a surrogate or above 0x10FFFF: text with a zero character cannot be converted
+[[nodiscard]] EncodedText Transcode(const std::uint8_t* data, std::size_t length, int from, int to);
 
-/// UTF-16 (one unit per character) to UTF-8. Same errors as Transcode.
-std::string WideToUtf8(const std::wstring& s);
+/// Converts UTF-16 to UTF-8; each wide character is one UTF-16 unit.
+/// @throws TextError  in the cases of Transcode, with its texts
+[[nodiscard]] std::string WideToUtf8(const std::wstring& s);
 
 } // namespace vqrx::encoding::utf::v1

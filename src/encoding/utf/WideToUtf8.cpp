@@ -17,7 +17,8 @@ bool IsLowSurrogate(std::uint32_t unit) noexcept
     return (unit & 0xFC00) == 0xDC00;
 }
 
-// Writes what the emitter would; room for four bytes.
+// Writes a code point as UTF-8, as TextEmitterUTF8 does. @return the place after the last byte
+// @param out  has room for four bytes
 char* Put(char* out, std::uint32_t c) noexcept
 {
     const auto byte = [](std::uint32_t value) { return static_cast<char>(value); };
@@ -39,8 +40,8 @@ char* Put(char* out, std::uint32_t c) noexcept
     return out;
 }
 
-// Says which error Transcode raises for this text: a broken surrogate pair anywhere comes before a
-// code point that is not allowed.
+// Throws the error that Transcode throws for this text. Which error that is depends on the whole
+// text: a broken surrogate pair is reported even if an invalid code point stands before it.
 [[noreturn]] void RaiseError(const std::wstring& s)
 {
     std::vector<std::uint8_t> bytes;
@@ -49,23 +50,25 @@ char* Put(char* out, std::uint32_t c) noexcept
         bytes.push_back(static_cast<std::uint8_t>(unit));
         bytes.push_back(static_cast<std::uint8_t>(static_cast<std::uint32_t>(unit) >> 8));
     }
-    Transcode(bytes.data(), bytes.size(), kUtf16Le, kUtf8);
-    throw TextError("invalid Unicode codepoint"); // not reached: Transcode has raised
+    static_cast<void>(Transcode(bytes.data(), bytes.size(), kUtf16Le, kUtf8));
+    throw TextError("invalid Unicode codepoint"); // not reached: Transcode has thrown
 }
 
-// Four units that are none but ASCII and not zero, which is most of what paths are made of.
+// Whether four units are all ASCII and none is zero. Most parts of a path are.
 bool AreAscii(const wchar_t* units) noexcept
 {
     std::uint32_t all = 0;
     for (int index = 0; index < 4; ++index) {
         const auto c = static_cast<std::uint32_t>(units[index]) & 0xFFFF;
-        all |= c | (c - 1); // of zero this sets every bit
+        all |= c | (c - 1); // zero sets every bit
     }
     return all < 0x80;
 }
 
-// Converts up to end, or stops at the first error, or before the last unit when it may be half of a
-// pair that goes on behind it. Room for three bytes a unit. @return where it stopped
+// Converts units until end. Stops earlier at an invalid unit, and at a high surrogate that is the
+// last unit, because the next piece may hold its low surrogate.
+// @param out  has room for three bytes for each unit; then points after the written bytes
+// @return the unit at which the conversion stopped
 const wchar_t* Convert(const wchar_t* unit, const wchar_t* end, char*& out) noexcept
 {
     while (unit != end) {
@@ -96,8 +99,8 @@ const wchar_t* Convert(const wchar_t* unit, const wchar_t* end, char*& out) noex
 
 } // namespace
 
-// In one pass, piece by piece through a buffer that stays in the processor's cache; with the
-// results of Transcode.
+// Gives the results of Transcode in one pass, in pieces that fit into a buffer in the processor's
+// cache.
 std::string WideToUtf8(const std::wstring& s)
 {
     constexpr std::ptrdiff_t kPiece = 1024;

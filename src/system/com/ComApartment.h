@@ -4,11 +4,12 @@
 
 namespace vqrx::system::com::v1 {
 
-/// Membership of the calling thread in the multithreaded apartment, given back at the end.
-/// Made and destroyed on one thread.
+/// Joins the calling thread to the multithreaded apartment of COM, and leaves it when destroyed.
+/// Create and destroy it on the same thread.
 class ComApartment {
 public:
-    /// @throws COMException when COM refuses; being a member already (S_FALSE) is fine
+    /// A thread that is a member already joins once more.
+    /// @throws COMException  if COM refuses, for example a thread in a single-threaded apartment
     ComApartment();
     ComApartment(const ComApartment&) = delete;
     ComApartment& operator=(const ComApartment&) = delete;

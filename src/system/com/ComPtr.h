@@ -6,12 +6,13 @@
 
 namespace vqrx::system::com::v1 {
 
-/// Owns one reference to a COM object; movable and copyable (a copy counts).
-/// Two named ways in, so that nobody has to guess who counted: Adopt and Share.
+/// Owns one reference to a COM object, or none. A copy owns a reference of its own.
+/// Adopt takes a reference that is counted already; Share counts a new one.
 template <typename T>
 class ComPtr { // NOLINT(cppcoreguidelines-special-member-functions): one assignment, by value
 public:
     ComPtr() noexcept = default;
+    /// Counts a new reference to the object of other.
     ComPtr(const ComPtr& other) noexcept
         : raw_(other.raw_)
     {
@@ -30,16 +31,16 @@ public:
     }
     ~ComPtr() { Reset(); }
 
-    /// Takes over a reference that is already counted, such as an out-parameter's.
-    static ComPtr Adopt(T* counted) noexcept
+    /// Takes over a reference that is counted already, for example from an out-parameter.
+    [[nodiscard]] static ComPtr Adopt(T* counted) noexcept
     {
         ComPtr result;
         result.raw_ = counted;
         return result;
     }
 
-    /// Counts a reference of its own to an object that somebody else holds too.
-    static ComPtr Share(T* borrowed) noexcept
+    /// Counts a new reference to an object; the caller keeps its own reference.
+    [[nodiscard]] static ComPtr Share(T* borrowed) noexcept
     {
         if (borrowed != nullptr) {
             borrowed->AddRef();
@@ -47,19 +48,21 @@ public:
         return Adopt(borrowed);
     }
 
-    T* Get() const noexcept { return raw_; }
+    /// Returns the object or null; this owner keeps the reference.
+    [[nodiscard]] T* Get() const noexcept { return raw_; }
     T* operator->() const noexcept { return raw_; }
     explicit operator bool() const noexcept { return raw_ != nullptr; }
 
-    /// For an out-parameter that receives a counted reference; lets go of what is held first.
-    T** Put() noexcept
+    /// For an out-parameter that receives a counted reference. Releases the held reference first.
+    [[nodiscard]] T** Put() noexcept
     {
         Reset();
         return &raw_;
     }
-    /// The same for calls that take void**.
-    void** PutVoid() noexcept { return reinterpret_cast<void**>(Put()); }
+    /// Put() for calls that take void**.
+    [[nodiscard]] void** PutVoid() noexcept { return reinterpret_cast<void**>(Put()); }
 
+    /// Releases the held reference.
     void Reset() noexcept
     {
         if (T* const old = std::exchange(raw_, nullptr)) {
@@ -67,9 +70,9 @@ public:
         }
     }
 
-    /// Asks the object for another interface; empty when it has none.
+    /// Asks the object for another interface. @return empty if the object does not have it
     template <typename U>
-    ComPtr<U> Query() const noexcept
+    [[nodiscard]] ComPtr<U> Query() const noexcept
     {
         ComPtr<U> result;
         if (raw_ != nullptr && FAILED(raw_->QueryInterface(__uuidof(U), result.PutVoid()))) {

@@ -6,7 +6,7 @@
 
 namespace vqrx::system::com::v1 {
 
-/// Owns what a VARIANT holds.
+/// Owns a VARIANT and clears it when destroyed, which frees or releases its value.
 class UniqueVariant {
 public:
     UniqueVariant() noexcept { VariantInit(&value_); }
@@ -14,10 +14,10 @@ public:
     UniqueVariant& operator=(const UniqueVariant&) = delete;
     ~UniqueVariant() { VariantClear(&value_); }
 
-    const VARIANT& Get() const noexcept { return value_; }
+    [[nodiscard]] const VARIANT& Get() const noexcept { return value_; }
 
-    /// For an out-parameter; clears what is held first.
-    VARIANT* Put() noexcept
+    /// For an out-parameter that receives a value. Clears the held value first.
+    [[nodiscard]] VARIANT* Put() noexcept
     {
         VariantClear(&value_);
         return &value_;

@@ -14,7 +14,7 @@ namespace {
 
 using win32::v1::UniqueFindHandle;
 
-// A find record with its names converted.
+// A find record of the system with its names converted.
 struct DirectoryEntry {
     DWORD attributes = 0;
     FILETIME creationTime{};
@@ -68,8 +68,8 @@ void ForEachEntry(const File& dir, const EntryCallback& callback)
     const UniqueFindHandle search(FindFirstFileA((dir.Path() + "\\*").c_str(), &first));
     if (!search) {
         const DWORD error = GetLastError();
-        // Windows says "path" where the folder itself is missing, "file" where nothing matches in
-        // it.
+        // Windows answers ERROR_PATH_NOT_FOUND if the folder is missing, and ERROR_FILE_NOT_FOUND
+        // if no name in the folder matches.
         if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
             return;
         }

@@ -4,16 +4,18 @@
 
 namespace vqrx::system::file::v2 {
 
-/// Lists a folder without recursion; "." and ".." are left out. A folder that does not exist is
-/// listed as empty. The first entry's name is in the ANSI code page, all later ones are UTF-8; for
-/// an ordinary folder the first entry is ".". Names are not limited in length: an entry is never
-/// lost because its UTF-8 form is longer than the system's record.
-/// @throws FileError; encoding::utf::v1::TextError for a name that is no valid UTF-16; what
-/// callback
-///         throws. The search is closed on every path.
+/// Calls callback for each entry of a folder except "." and "..", without recursion. A folder that
+/// does not exist has no entries.
+/// The name of the first entry is in the ANSI code page, every later name is UTF-8. The first entry
+/// of an ordinary folder is ".". A name may have any length.
+/// An exception of callback ends the listing and passes through.
+/// @throws FileError                     if the folder cannot be listed
+/// @throws encoding::utf::v1::TextError  if a name is not valid UTF-16
 void ForEachEntry(const File& dir, const EntryCallback& callback);
 
-/// The same. @throws std::runtime_error path " is not a directory" when there is none
+/// Lists a folder as ForEachEntry does, but a folder that does not exist is an error.
+/// @throws std::runtime_error  the path and " is not a directory"
+/// @throws FileError, encoding::utf::v1::TextError  as ForEachEntry
 void EnumerateDirectory(const File& dir, const EntryCallback& callback);
 
 } // namespace vqrx::system::file::v2

@@ -9,21 +9,27 @@
 
 namespace vqrx::system::file::v2 {
 
-/// A path in the Windows file system, normalised. Narrow text, in the ANSI code page for the
-/// system's functions.
+/// A normalised path in the Windows file system. The text is narrow; the file functions of the
+/// system read it in the ANSI code page.
 class File {
 public:
-    /// @throws FileError "invalid path [...]" when nothing is left after normalising
+    /// Normalises path; see NormalisedComponents.
+    /// @throws FileError  "invalid path [...]" if no component is left
     explicit File(const std::string& path);
 
-    const std::vector<std::string>& Components() const noexcept { return components_; }
-    /// The components joined with backslashes, without one at the end.
-    const std::string& Path() const noexcept { return path_; }
+    /// The parts of the path between the backslashes, at least one.
+    [[nodiscard]] const std::vector<std::string>& Components() const noexcept
+    {
+        return components_;
+    }
+    /// The components joined with backslashes, without a backslash at the end.
+    [[nodiscard]] const std::string& Path() const noexcept { return path_; }
 
-    /// What stands in this folder under a name. The name is one component, as it is.
-    File Child(const std::string& name) const;
-    /// The folder that this stands in; this must have more than one component.
-    File Parent() const;
+    /// The path of an entry of this folder.
+    /// @param name  becomes one component without normalising
+    [[nodiscard]] File Child(const std::string& name) const;
+    /// The path without its last component. Call it only if there are two components or more.
+    [[nodiscard]] File Parent() const;
 
 private:
     explicit File(std::vector<std::string> components);
@@ -32,12 +38,12 @@ private:
     std::string path_;
 };
 
-/// What the file operations raise, with the system's error number in the text. A failure in the
-/// middle of a tree leaves what was done so far.
+/// A file operation failed. The text ends with the Win32 error number, except for an invalid path.
+/// An operation on a tree that fails in the middle does not undo its earlier steps.
 using FileError = cpp_utils::exception_utils::v1::ExceptionTemplate<
     File, cpp_utils::exception_utils::v1::VantoroException>;
 
-/// Called for each entry of a folder.
+/// Receives one entry of a folder.
 using EntryCallback = std::function<void(File entry, bool isDirectory)>;
 
 } // namespace vqrx::system::file::v2

@@ -4,14 +4,15 @@
 
 namespace vqrx::system::file::v2 {
 
+/// Kind of the entry at a path; nothing if there is no entry or Windows refuses to look.
 enum class FileKind { nothing, file, directory };
 
-/// What stands at a path. A link to a directory is a directory.
-FileKind KindOf(const File& file) noexcept;
+/// Returns the kind of the entry at a path. A link to a directory counts as a directory.
+[[nodiscard]] FileKind KindOf(const File& file) noexcept;
 
-/// Whether the path itself is a link: a reparse point that leads to another name, such as a
-/// symbolic link or a junction, or one that does not say what it is. A folder that is merely stored
-/// in another way (deduplicated, in a cloud) is none: what is in it is its own.
-bool IsLink(const File& file) noexcept;
+/// Whether the entry at a path is a link, for example a symbolic link or a junction.
+/// A link is a reparse point whose tag says that it stands for another name, or whose tag cannot be
+/// read. Deduplicated files and files of a cloud store are reparse points but no links.
+[[nodiscard]] bool IsLink(const File& file) noexcept;
 
 } // namespace vqrx::system::file::v2

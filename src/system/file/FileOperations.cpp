@@ -29,7 +29,7 @@ void RemoveTree(const File& entry, bool isDirectory)
         RemoveFile(entry);
         return;
     }
-    if (!IsLink(entry)) { // a link is removed, never entered: what it leads to is not ours
+    if (!IsLink(entry)) { // the target of a link does not belong to this tree
         ForEachEntry(entry, RemoveTree);
     }
     RemoveEmptyDirectory(entry);

@@ -2,8 +2,8 @@
 
 #include "file/File.h"
 
-// windows.h makes macros of these two names, which would rename the functions depending on what a
-// source file includes first.
+// windows.h defines these two names as macros. Without the macros the functions below have the
+// same name in every source file.
 #ifdef CreateDirectory
 #undef CreateDirectory
 #endif
@@ -13,29 +13,30 @@
 
 namespace vqrx::system::file::v2 {
 
-/// Makes one folder. One that exists already is a failure. @throws FileError
+/// Creates one folder. @throws FileError  also if the folder exists already
 void CreateDirectory(const File& dir);
 
-/// Makes a folder and all its parents that are missing. A file that stands where a folder is wanted
-/// is replaced. @throws FileError
+/// Creates a folder and its missing parents. Replaces a file that has the name of one of them.
+/// @throws FileError
 void CreateDirectories(const File& dir);
 
-/// @throws FileError
+/// Removes one file. @throws FileError  also if there is no such file
 void RemoveFile(const File& file);
 
-/// Removes everything inside, depth first, then the folder. A link inside, to a folder or to a
-/// file, is removed itself; what it leads to is never touched. The same holds for dir when it is a
-/// link.
-/// @throws FileError; what was removed until then stays removed
+/// Removes the entries of a folder, depth first, and then the folder. Removes a link itself, never
+/// the target of a link; dir may be a link too.
+/// @throws FileError  entries removed before the failure stay removed
 void RemoveDirectory(const File& dir);
 
-/// Removes whatever stands there; nothing is fine. @throws FileError
+/// Removes a file, or a folder with its entries. Does nothing if the path does not exist.
+/// @throws FileError
 void Remove(const File& f);
 
-/// Copies a file or a whole tree into a folder, under its own name. A file replaces whatever stands
-/// at its target. A source that does not exist ends as "is not a directory", after the target was
-/// made.
-/// @throws FileError, std::runtime_error
+/// Copies a file or a tree into a folder and keeps its name. A copied file replaces the file or the
+/// folder that has its name in the destination.
+/// @throws FileError           if a step fails other than the copying of a file
+/// @throws std::runtime_error  "cannot copy ..." if a file cannot be copied; "... is not a directory"
+///         if source does not exist, after its folder in the destination was created
 void CopyTo(const File& source, const std::string& destinationDir);
 
 } // namespace vqrx::system::file::v2

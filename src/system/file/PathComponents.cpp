@@ -9,7 +9,7 @@ std::vector<std::string> NormalisedComponents(const std::string& path)
 {
     std::vector<std::string> components;
     std::string_view rest = path;
-    std::string leading; // separators in front of the first component
+    std::string leading; // backslashes before the first component
     for (;;) {
         const std::size_t separator = rest.find('\\');
         const std::string_view part = rest.substr(0, separator);

@@ -5,13 +5,14 @@
 
 namespace vqrx::system::file::v2 {
 
-/// Splits a path at its backslashes and normalises it: leading separators stay on the first
-/// component
-/// ("\\server", "\folder"), later empty components and "." are dropped, ".." is kept as it is.
-/// @return empty when nothing is left
-std::vector<std::string> NormalisedComponents(const std::string& path);
+/// Splits a path at its backslashes and normalises the components:
+/// - backslashes at the beginning stay on the first component ("\\server", "\folder")
+/// - empty components and "." are dropped after the first component
+/// - ".." is an ordinary component
+/// @return empty if no component is left
+[[nodiscard]] std::vector<std::string> NormalisedComponents(const std::string& path);
 
-/// The components joined with backslashes.
-std::string JoinComponents(const std::vector<std::string>& components);
+/// Joins components with backslashes.
+[[nodiscard]] std::string JoinComponents(const std::vector<std::string>& components);
 
 } // namespace vqrx::system::file::v2

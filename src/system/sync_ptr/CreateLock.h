@@ -4,7 +4,7 @@
 
 namespace vqrx::system::sync_ptr::v1 {
 
-/// A hold taken from a sync_ptr, with the value that it guards beside it.
+/// A hold of the lock of a sync_ptr that also keeps the guarded value alive.
 template <typename T>
 class ValueLock : public ILock {
 public:
@@ -14,7 +14,7 @@ public:
     {
     }
 
-    std::unique_ptr<ILock> Clone() override
+    [[nodiscard]] std::unique_ptr<ILock> Clone() override
     {
         return std::make_unique<ValueLock>(inner_->Clone(), value_);
     }
@@ -24,9 +24,10 @@ private:
     T value_;
 };
 
-/// A hold that stays valid after source is gone.
+/// Makes a further hold of the lock of source, which stays valid after source is destroyed.
+/// Destroy it on the thread that made it. @throws std::bad_alloc
 template <typename T>
-std::unique_ptr<ILock> CreateLock(const sync_ptr<T>& source)
+[[nodiscard]] std::unique_ptr<ILock> CreateLock(const sync_ptr<T>& source)
 {
     return std::make_unique<ValueLock<T>>(source.lock_->Clone(), source.value_);
 }

@@ -4,24 +4,25 @@
 
 namespace vqrx::system::sync_ptr::v1 {
 
-/// A critical section that is made with spin count 0 and deleted with its owner.
+/// Owns a critical section with spin count 0.
 class CriticalSection {
 public:
-    /// @throws ATL::CAtlException with the system's error when it cannot be made
+    /// @throws ATL::CAtlException  with the error of the system as a result code
     CriticalSection();
     CriticalSection(const CriticalSection&) = delete;
     CriticalSection& operator=(const CriticalSection&) = delete;
     ~CriticalSection();
 
-    /// For make_sync_ptr and the hold below; nobody else enters it by hand.
-    CRITICAL_SECTION* Get() noexcept { return &section_; }
+    /// For make_sync_ptr and CriticalSectionHold; other code does not enter the section itself.
+    [[nodiscard]] CRITICAL_SECTION* Get() noexcept { return &section_; }
 
 private:
     CRITICAL_SECTION section_;
 };
 
-/// Enters a critical section for as long as it lives, on the thread that made it.
-class CriticalSectionHold {
+/// A hold of a critical section: enters the section, and leaves it when destroyed. Create and
+/// destroy it on the same thread. The section must outlive it.
+class [[nodiscard]] CriticalSectionHold {
 public:
     explicit CriticalSectionHold(CriticalSection& section) noexcept
         : section_(section.Get())

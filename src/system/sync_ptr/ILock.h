@@ -4,15 +4,17 @@
 
 namespace vqrx::system::sync_ptr::v1 {
 
-/// One hold on a lock; destroying it releases the hold. Released on the thread that made it.
+/// One hold of a lock. Destroying the object releases the hold; that must happen on the thread that
+/// made it.
 class ILock {
 public:
     ILock() = default;
     ILock(const ILock&) = delete;
     ILock& operator=(const ILock&) = delete;
 
-    /// A further hold on the same lock. On the owning thread it never blocks.
-    virtual std::unique_ptr<ILock> Clone() = 0;
+    /// Makes a further hold of this lock. Call it on the thread that has this hold; there it never
+    /// blocks. @throws std::bad_alloc
+    [[nodiscard]] virtual std::unique_ptr<ILock> Clone() = 0;
 
     virtual ~ILock() = default;
 };

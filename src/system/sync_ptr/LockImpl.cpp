@@ -10,7 +10,7 @@ LockImpl::LockImpl(CRITICAL_SECTION* section) noexcept
 
 std::unique_ptr<LockImpl> LockImpl::Make(CRITICAL_SECTION* section)
 {
-    // The hold first, then the section: a failed allocation leaves nothing entered.
+    // The allocation comes before entering the section, because it may fail.
     std::unique_ptr<LockImpl> hold(new LockImpl(section));
     EnterCriticalSection(hold->section_);
     hold->locked_ = true;

@@ -6,22 +6,23 @@
 
 namespace vqrx::system::sync_ptr::v1 {
 
-/// A hold on a critical section: entered once when made, left once when destroyed.
+/// A hold of a critical section. Enters the section once and leaves it once.
 class LockImpl : public ILock {
 public:
-    /// A hold, entered. The section must outlive it. @throws std::bad_alloc, with nothing entered
-    static std::unique_ptr<LockImpl> Make(CRITICAL_SECTION* section);
+    /// Enters the section and returns the hold. The section must outlive the hold.
+    /// @throws std::bad_alloc  before the section is entered
+    [[nodiscard]] static std::unique_ptr<LockImpl> Make(CRITICAL_SECTION* section);
 
     LockImpl(const LockImpl&) = delete;
     LockImpl& operator=(const LockImpl&) = delete;
-    std::unique_ptr<ILock> Clone() override;
+    [[nodiscard]] std::unique_ptr<ILock> Clone() override;
     ~LockImpl() override;
 
 private:
     explicit LockImpl(CRITICAL_SECTION* section) noexcept;
 
-    CRITICAL_SECTION* owner_;   // the section that the hold belongs to
-    CRITICAL_SECTION* section_; // the section that is entered: the same
+    CRITICAL_SECTION* owner_;   // the section that Clone enters
+    CRITICAL_SECTION* section_; // the section that this hold has entered; equal to owner_
     bool locked_ = false;
 };
 

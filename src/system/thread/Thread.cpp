@@ -7,7 +7,7 @@ namespace {
 
 using SharedBody = std::shared_ptr<const std::function<void()>>;
 
-// The end of the road for exceptions: a thread that fails must not take the supervisor with it.
+// Catches every exception, because an exception that leaves a thread ends the program.
 unsigned __stdcall ThreadEntry(void* argument) noexcept
 {
     const std::unique_ptr<SharedBody> body(static_cast<SharedBody*>(argument));
@@ -28,7 +28,7 @@ Thread::Thread(std::function<void()> body)
     const auto created = _beginthreadex(nullptr, 0, ThreadEntry, argument.get(), 0, &threadId_);
     handle_.Reset(reinterpret_cast<HANDLE>(created)); // NOLINT(performance-no-int-to-ptr)
     if (handle_) {
-        static_cast<void>(argument.release()); // the new thread's now
+        static_cast<void>(argument.release()); // the new thread owns it now
     }
 }
 

@@ -7,23 +7,25 @@
 
 namespace vqrx::system::thread::v1 {
 
-/// Runs one callable on a new Windows thread, from construction on.
-/// There is no join: whoever must know that the body has returned waits on Handle().
+/// Runs a function, the body, on a new Windows thread.
+/// There is no join: wait on Handle() to know that the body has returned.
 class Thread {
 public:
-    /// Copies body and starts the thread. When Windows refuses, Handle() is null and nothing runs;
-    /// nothing is thrown for that. An empty body raises std::bad_function_call on the new thread.
-    /// What a body throws ends that thread, with exit code 1 instead of 0, and nothing else.
+    /// Starts a thread that calls body. The exit code of the thread is 0, or 1 if body throws an
+    /// exception; an empty body throws std::bad_function_call on the new thread.
+    /// If Windows cannot create a thread, Handle() is null and body is not called.
+    /// @throws std::bad_alloc
     explicit Thread(std::function<void()> body);
     Thread(const Thread&) = delete;
     Thread& operator=(const Thread&) = delete;
 
-    /// Does not wait. A body that still runs goes on, and the callable lives until it has returned.
+    /// Does not wait. If the body still runs, it continues; it is destroyed after it has returned.
     virtual ~Thread();
 
-    /// For waiting; null when the thread could not be started. Valid as long as this object.
-    HANDLE Handle() const noexcept { return handle_.Get(); }
-    unsigned int Id() const noexcept { return threadId_; }
+    /// For waiting; null if the thread could not be created. Owned by this object.
+    [[nodiscard]] HANDLE Handle() const noexcept { return handle_.Get(); }
+    /// The thread id that Windows gave; 0 if the thread could not be created.
+    [[nodiscard]] unsigned int Id() const noexcept { return threadId_; }
 
 private:
     std::shared_ptr<const std::function<void()>> body_; // shared with the running thread

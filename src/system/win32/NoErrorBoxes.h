@@ -4,11 +4,11 @@
 
 namespace vqrx::system::win32::v1 {
 
-/// For as long as it lives, a call on this thread that meets a critical error (a drive without its
-/// medium, a damaged program) fails, where Windows would otherwise ask on the desktop and wait for
-/// an answer. It is the thread's mode and not the process's, which every child would inherit.
-/// Destroyed on the thread that made it.
-class NoErrorBoxes {
+/// Keeps Windows from showing error boxes for calls of this thread. With such a box, Windows
+/// reports a critical error (a drive without a medium, a damaged program) and waits for an answer;
+/// without it, the call fails. The error mode is set for the thread, because every child process
+/// would inherit the error mode of the process. Create and destroy it on the same thread.
+class [[nodiscard]] NoErrorBoxes {
 public:
     NoErrorBoxes() noexcept
         : before_(GetThreadErrorMode())

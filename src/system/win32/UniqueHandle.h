@@ -6,8 +6,9 @@
 
 namespace vqrx::system::win32::v1 {
 
-/// Keeps the calling thread's last error over a clean-up that might change it.
-class LastErrorKeeper {
+/// Stores the last error of the calling thread and restores it when destroyed, after a clean-up
+/// that may change it.
+class [[nodiscard]] LastErrorKeeper {
 public:
     LastErrorKeeper() noexcept
         : error_(GetLastError())
@@ -21,8 +22,8 @@ private:
     DWORD error_;
 };
 
-/// Owns one handle and closes it; movable, never copied. Closing keeps the thread's last error.
-/// @tparam Traits  Raw (the handle type), Empty(), IsEmpty(Raw), Close(Raw)
+/// Owns one handle, or none, and closes it. Closing keeps the last error of the thread.
+/// @tparam Traits  has Raw (the type of the handle), Empty(), IsEmpty(Raw) and Close(Raw)
 template <typename Traits>
 class UniqueHandle {
 public:
@@ -48,11 +49,11 @@ public:
     UniqueHandle& operator=(const UniqueHandle&) = delete;
     ~UniqueHandle() { Reset(); }
 
-    /// The handle, still owned here.
-    Raw Get() const noexcept { return raw_; }
+    /// Returns the handle; this owner keeps it.
+    [[nodiscard]] Raw Get() const noexcept { return raw_; }
     explicit operator bool() const noexcept { return !Traits::IsEmpty(raw_); }
 
-    /// Gives the handle away; the caller closes it.
+    /// Hands the handle to the caller, who must close it.
     [[nodiscard]] Raw Release() noexcept { return std::exchange(raw_, Traits::Empty()); }
 
     /// For the out-parameter of a call that opens a handle. Closes the handle that is held first.
@@ -76,35 +77,40 @@ private:
     Raw raw_ = Traits::Empty();
 };
 
-/// Process, thread, event, semaphore and other kernel objects. Never give it a pseudo-handle.
+/// Handles that CloseHandle closes: processes, threads, events, files and others. A pseudo-handle,
+/// for example of GetCurrentProcess, must not get an owner.
 struct KernelHandleTraits {
     using Raw = HANDLE;
     static Raw Empty() noexcept { return nullptr; }
     static bool IsEmpty(Raw raw) noexcept { return raw == nullptr || raw == INVALID_HANDLE_VALUE; }
+    /// Closes raw with CloseHandle.
     static void Close(Raw raw) noexcept { CloseHandle(raw); }
 };
 
-/// A search made by FindFirstFile.
+/// Search handles of FindFirstFile.
 struct FindHandleTraits {
     using Raw = HANDLE;
     static Raw Empty() noexcept { return INVALID_HANDLE_VALUE; }
     static bool IsEmpty(Raw raw) noexcept { return raw == nullptr || raw == INVALID_HANDLE_VALUE; }
+    /// Closes raw with FindClose.
     static void Close(Raw raw) noexcept { FindClose(raw); }
 };
 
-/// The service control manager or one service.
+/// Handles of the service control manager and of services.
 struct ServiceHandleTraits {
     using Raw = SC_HANDLE;
     static Raw Empty() noexcept { return nullptr; }
     static bool IsEmpty(Raw raw) noexcept { return raw == nullptr; }
+    /// Closes raw with CloseServiceHandle.
     static void Close(Raw raw) noexcept { CloseServiceHandle(raw); }
 };
 
-/// An open registry key; never a predefined root.
+/// Open registry keys. A predefined key such as HKEY_LOCAL_MACHINE must not get an owner.
 struct RegistryKeyTraits {
     using Raw = HKEY;
     static Raw Empty() noexcept { return nullptr; }
     static bool IsEmpty(Raw raw) noexcept { return raw == nullptr; }
+    /// Closes raw with RegCloseKey.
     static void Close(Raw raw) noexcept { RegCloseKey(raw); }
 };
 

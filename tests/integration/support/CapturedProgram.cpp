@@ -1,6 +1,6 @@
 #include "CapturedProgram.h"
 
-#include "com/TextConversion.h"
+#include "code_page/CodePage.h"
 
 #include <algorithm>
 #include <fstream>
@@ -49,7 +49,7 @@ CapturedProgram::CapturedProgram(const std::string& commandLine)
     startup.hStdOutput = output.Get();
     startup.hStdError = error.Get();
     PROCESS_INFORMATION started{};
-    std::wstring wide = system::com::v1::NarrowToWide(commandLine, CP_UTF8);
+    std::wstring wide = system::code_page::v1::NarrowToWide(commandLine, CP_UTF8);
     if (CreateProcessW(nullptr, wide.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
                        nullptr, &startup, &started) == FALSE) {
         const DWORD code = GetLastError();

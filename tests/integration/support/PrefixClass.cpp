@@ -3,7 +3,7 @@
 #include "ChildProcess.h"
 #include "HostWmi.h"
 #include "StandInFirewall.h"
-#include "com/TextConversion.h"
+#include "code_page/CodePage.h"
 #include "win32/UniqueHandle.h"
 
 #include <objbase.h>
@@ -84,8 +84,8 @@ PrefixClass::~PrefixClass()
 
 PrefixStandIns::PrefixStandIns(Wmi wmi)
 {
-    const std::wstring library =
-        system::com::v1::NarrowToWide(OwnFolder() + "\\..\\programs\\dm_standins.dll", CP_ACP);
+    const std::wstring library = system::code_page::v1::NarrowToWide(
+        OwnFolder() + "\\..\\programs\\dm_standins.dll", CP_ACP);
     for (const CLSID& classId : kFirewallClasses) {
         classes_.push_back(std::make_unique<PrefixClass>(classId, library));
     }

@@ -2,7 +2,7 @@
 
 #include "HeldProcesses.h"
 #include "StandInFirewall.h"
-#include "com/TextConversion.h"
+#include "code_page/CodePage.h"
 
 #include <iostream>
 
@@ -19,7 +19,7 @@ std::string Described(DWORD daemonId, DWORD processId, const std::string& comman
 
 std::wstring WideText(const std::string& text)
 {
-    return system::com::v1::NarrowToWide(text, CP_ACP);
+    return system::code_page::v1::NarrowToWide(text, CP_ACP);
 }
 
 bool OnePassLater(SupervisorProcess& supervisor)

@@ -23,7 +23,7 @@ constexpr auto kBoardNotFound = static_cast<HRESULT>(0x80250022);
 
 } // namespace
 
-TEST(COMException, describes_one_of_the_products_codes_by_its_message)
+TEST(COMException, A_code_of_the_product_is_described_by_its_message)
 {
     const COMException exception(kBoardNotFound);
     EXPECT_STREQ("Vantoro Error 80250022: SDI board not found", exception.what());
@@ -31,13 +31,13 @@ TEST(COMException, describes_one_of_the_products_codes_by_its_message)
     EXPECT_EQ(kBoardNotFound, exception.Code());
 }
 
-TEST(COMException, describes_the_products_code_for_no_error)
+TEST(COMException, The_code_for_no_error_is_described_by_its_message)
 {
     EXPECT_STREQ("Vantoro Error 80250000: No error",
                  COMException(static_cast<HRESULT>(0x80250000)).what());
 }
 
-TEST(COMException, describes_any_other_code_by_the_systems_text)
+TEST(COMException, Any_other_code_is_described_by_the_text_of_the_system)
 {
     const COMException exception(E_ACCESSDENIED);
     EXPECT_EQ("COM Error 80070005: " + HResultText(E_ACCESSDENIED), exception.what());
@@ -45,18 +45,18 @@ TEST(COMException, describes_any_other_code_by_the_systems_text)
     EXPECT_FALSE(HResultText(E_ACCESSDENIED).empty());
 }
 
-TEST(COMException, shows_a_small_code_without_padding)
+TEST(COMException, A_small_code_is_shown_without_leading_zeros)
 {
     EXPECT_EQ(0U, std::string(COMException(5).what()).find("COM Error 5: "));
 }
 
-TEST(COMException, is_caught_as_the_global_root_and_as_a_standard_exception)
+TEST(COMException, It_is_caught_as_global_VantoroException_and_as_std_exception)
 {
     EXPECT_THROW(throw COMException(E_FAIL), ::VantoroException);
     EXPECT_THROW(throw COMException(E_FAIL), std::exception);
 }
 
-TEST(COMException, and_the_library_families_do_not_catch_each_other)
+TEST(COMException, It_is_not_caught_as_VantoroException_of_the_library)
 {
     std::string caught;
     try {
@@ -92,7 +92,7 @@ public:
 
 } // namespace
 
-TEST(COMException, builds_its_texts_through_the_point_that_subclasses_override)
+TEST(COMException, what_uses_the_Describe_of_a_subclass)
 {
     const TerseException exception(kBoardNotFound);
     const COMException& base = exception;
@@ -100,16 +100,16 @@ TEST(COMException, builds_its_texts_through_the_point_that_subclasses_override)
     EXPECT_EQ(1, exception.described);
 }
 
-TEST(ThrowIfFailed, throws_for_failures_only)
+TEST(ThrowIfFailed, It_throws_only_for_failures)
 {
     EXPECT_NO_THROW(ThrowIfFailed(S_OK));
     EXPECT_NO_THROW(ThrowIfFailed(S_FALSE));
     EXPECT_THROW(ThrowIfFailed(E_FAIL), COMException);
 }
 
-TEST(HResultText, of_a_code_without_a_text_says_so)
+TEST(HResultText, A_code_without_a_text_is_an_invalid_error_code)
 {
-    // DirectShow's own text function answers every code with at least its number on some hosts.
+    // On some hosts AMGetErrorTextA knows a text for every code: at least its number.
     const std::string text = HResultText(static_cast<HRESULT>(0xA0001234));
     EXPECT_TRUE(text == "Invalid error code" || text.find("a0001234") != std::string::npos ||
                 text.find("A0001234") != std::string::npos)
@@ -128,13 +128,13 @@ DWORD WINAPI KnowNoText(HRESULT, LPSTR, DWORD size)
 
 DWORD WINAPI KnowThreeLetters(HRESULT, LPSTR buffer, DWORD)
 {
-    std::memcpy(buffer, "abcdef", 6); // no zero behind it
+    std::memcpy(buffer, "abcdef", 6); // without a zero at the end
     return 3;
 }
 
 } // namespace
 
-TEST(COMException, of_a_code_that_nobody_knows_says_that_it_is_invalid)
+TEST(COMException, An_unknown_code_is_described_as_invalid)
 {
     const ImportPatch patch("AMGetErrorTextA", KnowNoText);
     const COMException exception(static_cast<HRESULT>(0xA0001234));
@@ -143,13 +143,13 @@ TEST(COMException, of_a_code_that_nobody_knows_says_that_it_is_invalid)
     EXPECT_EQ(160U, bufferSize);
 }
 
-TEST(HResultText, is_exactly_as_many_characters_as_the_system_says)
+TEST(HResultText, The_text_has_the_length_that_the_system_returned)
 {
     const ImportPatch patch("AMGetErrorTextA", KnowThreeLetters);
     EXPECT_EQ("abc", HResultText(E_FAIL));
 }
 
-TEST(COMException, describes_itself_in_two_words_when_memory_runs_out)
+TEST(COMException, Without_memory_the_description_is_two_words)
 {
     const COMException exception(kBoardNotFound);
     std::size_t failures = 0;
@@ -168,7 +168,7 @@ TEST(COMException, describes_itself_in_two_words_when_memory_runs_out)
     EXPECT_LT(0U, failures);
 }
 
-TEST(CAtlException, carries_the_windows_error_as_a_result_code)
+TEST(CAtlException, It_carries_a_Windows_error_as_a_result_code)
 {
     const auto codeFor = [](DWORD error) {
         try {
@@ -182,7 +182,7 @@ TEST(CAtlException, carries_the_windows_error_as_a_result_code)
     EXPECT_EQ(E_FAIL, codeFor(static_cast<DWORD>(E_FAIL)));
 }
 
-TEST(CAtlException, is_no_standard_exception)
+TEST(CAtlException, It_is_not_caught_as_std_exception)
 {
     bool standard = true;
     try {

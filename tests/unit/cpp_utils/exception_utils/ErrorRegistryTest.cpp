@@ -65,12 +65,12 @@ constexpr Expected kExpected[] = {
     {0x8025008C, "Some stream names used for RTMP connection are the same"},
 };
 
-// A static object of another file: it must find the registry complete, whoever was built first.
+// A static object of another file finds the registry complete, in any order of initialisation.
 const char* const foundAtStart = FindErrorMessage(static_cast<std::int32_t>(0x8025008C));
 
 } // namespace
 
-TEST(ErrorRegistry, knows_every_result_code_of_the_product_by_its_message)
+TEST(ErrorRegistry, Every_result_code_of_the_product_has_its_message)
 {
     for (const Expected& expected : kExpected) {
         const char* const message = FindErrorMessage(static_cast<std::int32_t>(expected.code));
@@ -80,18 +80,18 @@ TEST(ErrorRegistry, knows_every_result_code_of_the_product_by_its_message)
     EXPECT_EQ(std::size(kExpected), ProductResultCodes().size());
 }
 
-TEST(ErrorRegistry, is_complete_when_another_static_object_asks)
+TEST(ErrorRegistry, The_registry_is_complete_for_static_objects_of_other_files)
 {
     EXPECT_STREQ("Some stream names used for RTMP connection are the same", foundAtStart);
 }
 
-TEST(ErrorRegistry, knows_nothing_else)
+TEST(ErrorRegistry, Other_codes_have_no_message)
 {
     EXPECT_EQ(nullptr, FindErrorMessage(0));
     EXPECT_EQ(nullptr, FindErrorMessage(static_cast<std::int32_t>(0x80250007)));
 }
 
-TEST(ErrorRegistry, takes_and_replaces_messages_and_always_answers_false)
+TEST(ErrorRegistry, Messages_are_added_and_replaced_and_the_answer_is_false)
 {
     EXPECT_FALSE(RegisterErrorMessage(77, "first"));
     EXPECT_STREQ("first", FindErrorMessage(77));

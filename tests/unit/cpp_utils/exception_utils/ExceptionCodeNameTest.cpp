@@ -6,7 +6,7 @@ namespace vqrx::test {
 
 using cpp_utils::exception_utils::v1::ExceptionCodeName;
 
-TEST(ExceptionCodeName, names_every_structured_exception_code)
+TEST(ExceptionCodeName, Every_structured_exception_has_its_name)
 {
     EXPECT_EQ("Access violation", ExceptionCodeName(0xC0000005));
     EXPECT_EQ("Array bounds exceeded", ExceptionCodeName(0xC000008C));
@@ -30,7 +30,7 @@ TEST(ExceptionCodeName, names_every_structured_exception_code)
     EXPECT_EQ("Stack overflow", ExceptionCodeName(0xC00000FD));
 }
 
-TEST(ExceptionCodeName, shows_any_other_code_in_lower_case_hexadecimal_without_padding)
+TEST(ExceptionCodeName, Any_other_code_is_shown_in_lower_case_hexadecimal_without_leading_zeros)
 {
     EXPECT_EQ("Unknown (0xe06d7363)", ExceptionCodeName(0xE06D7363));
     EXPECT_EQ("Unknown (0xc0000409)", ExceptionCodeName(0xC0000409));

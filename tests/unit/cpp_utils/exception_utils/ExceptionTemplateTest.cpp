@@ -18,18 +18,18 @@ using TextError = ExceptionTemplate<Text, VantoroException>;
 
 } // namespace
 
-TEST(ExceptionTemplate, carries_its_message)
+TEST(ExceptionTemplate, what_returns_the_message)
 {
     EXPECT_STREQ("invalid path []", FileError("invalid path []").what());
 }
 
-TEST(ExceptionTemplate, is_caught_as_the_library_root_and_as_a_standard_exception)
+TEST(ExceptionTemplate, It_is_caught_as_VantoroException_and_as_std_exception)
 {
     EXPECT_THROW(throw FileError("x"), VantoroException);
     EXPECT_THROW(throw FileError("x"), std::exception);
 }
 
-TEST(ExceptionTemplate, is_not_caught_as_another_family)
+TEST(ExceptionTemplate, It_is_not_caught_as_the_exception_of_another_tag)
 {
     std::string caught;
     try {

@@ -14,7 +14,7 @@ using Bytes = std::vector<std::uint8_t>;
 std::string Error(const Bytes& bytes, int from, int to)
 {
     try {
-        Transcode(bytes.data(), bytes.size(), from, to);
+        static_cast<void>(Transcode(bytes.data(), bytes.size(), from, to));
     } catch (const TextError& error) {
         return error.what();
     }
@@ -24,7 +24,7 @@ std::string Error(const Bytes& bytes, int from, int to)
 std::string WideError(const std::wstring& text)
 {
     try {
-        WideToUtf8(text);
+        static_cast<void>(WideToUtf8(text));
     } catch (const TextError& error) {
         return error.what();
     }
@@ -43,7 +43,7 @@ Bytes Utf16FromUtf8(const Bytes& bytes)
 
 } // namespace
 
-TEST(Transcode, converts_both_ways_and_names_the_encoding_of_the_result)
+TEST(Transcode, Text_is_converted_both_ways_and_the_result_names_its_encoding)
 {
     const Bytes utf8{0x41, 0xC3, 0xA9, 0xE2, 0x82, 0xAC, 0xF0, 0x9F, 0x98, 0x80};
     const Bytes utf16{0x41, 0x00, 0xE9, 0x00, 0xAC, 0x20, 0x3D, 0xD8, 0x00, 0xDE};
@@ -52,13 +52,13 @@ TEST(Transcode, converts_both_ways_and_names_the_encoding_of_the_result)
     EXPECT_EQ(kUtf16Le, Transcode(utf8.data(), utf8.size(), kUtf8, kUtf16Le).encoding);
 }
 
-TEST(Transcode, rejects_a_nul_character)
+TEST(Transcode, A_zero_character_is_an_error)
 {
     EXPECT_EQ("invalid Unicode codepoint", Error({0x41, 0x00}, kUtf8, kUtf16Le));
     EXPECT_EQ("invalid Unicode codepoint", Error({0xE0, 0x80, 0x80}, kUtf8, kUtf8));
 }
 
-TEST(Transcode, rejects_surrogates_and_values_beyond_unicode)
+TEST(Transcode, Surrogates_and_values_above_10FFFF_are_errors)
 {
     EXPECT_EQ("invalid Unicode codepoint", Error({0xED, 0xA0, 0x80}, kUtf8, kUtf8));
     EXPECT_EQ("invalid Unicode codepoint", Error({0xF4, 0x90, 0x80, 0x80}, kUtf8, kUtf8));
@@ -66,12 +66,12 @@ TEST(Transcode, rejects_surrogates_and_values_beyond_unicode)
     EXPECT_EQ("accepted", Error({0xF4, 0x8F, 0xBF, 0xBF}, kUtf8, kUtf8));
 }
 
-TEST(Transcode, reports_malformed_input_before_a_code_point_that_is_not_allowed)
+TEST(Transcode, Malformed_input_is_reported_before_an_invalid_code_point)
 {
     EXPECT_EQ("unfinished utf-8 sequence", Error({0x00, 0xC3}, kUtf8, kUtf8));
 }
 
-TEST(Transcode, rejects_unknown_encodings_by_their_number)
+TEST(Transcode, The_error_for_an_unknown_encoding_has_its_number)
 {
     EXPECT_EQ("unknown encoding 3", Error({0x41}, 3, kUtf8));
     EXPECT_EQ("unknown encoding 0", Error({0x41}, kUtf8, 0));
@@ -79,12 +79,12 @@ TEST(Transcode, rejects_unknown_encodings_by_their_number)
     EXPECT_EQ(nullptr, CreateEmitter(3));
 }
 
-TEST(Transcode, of_nothing_is_nothing)
+TEST(Transcode, An_empty_text_converts_to_an_empty_text)
 {
     EXPECT_TRUE(Transcode(nullptr, 0, kUtf8, kUtf16Le).bytes.empty());
 }
 
-TEST(Factories, make_a_parser_and_an_emitter_for_each_encoding)
+TEST(Factories, Each_encoding_has_a_parser_and_an_emitter)
 {
     for (const int encoding : {kUtf8, kUtf16Le}) {
         TextParser* const parser = CreateParser(encoding);
@@ -99,30 +99,30 @@ TEST(Factories, make_a_parser_and_an_emitter_for_each_encoding)
     DeleteEmitter(nullptr);
 }
 
-TEST(Emitters, do_not_validate)
+TEST(Emitters, Emitters_do_not_check_code_points)
 {
     EXPECT_EQ((Bytes{0xED, 0xA0, 0x80}), TextEmitterUTF8().Emit({0xD800}));
     EXPECT_EQ((Bytes{0x00}), TextEmitterUTF8().Emit({0}));
-    // A surrogate value is written as a pair by the rule for large values.
+    // The emitter treats a surrogate value like a value above 0xFFFF and writes a pair.
     EXPECT_EQ(4U, TextEmitterUTF16LE().Emit({0xD800}).size());
     EXPECT_EQ((Bytes{0x00, 0xE0}), TextEmitterUTF16LE().Emit({0xE000}));
     EXPECT_EQ((Bytes{0xFF, 0xFF}), TextEmitterUTF16LE().Emit({0xFFFF}));
     EXPECT_EQ((Bytes{0x00, 0xD8, 0x00, 0xDC}), TextEmitterUTF16LE().Emit({0x10000}));
 }
 
-TEST(WideToUtf8, of_an_empty_string_is_empty)
+TEST(WideToUtf8, An_empty_string_converts_to_an_empty_string)
 {
     EXPECT_EQ("", WideToUtf8(L""));
 }
 
-TEST(WideToUtf8, converts_characters_of_two_three_and_four_bytes)
+TEST(WideToUtf8, Characters_of_two_three_and_four_bytes_are_converted)
 {
     EXPECT_EQ("\xC3\xA9", WideToUtf8(L"\u00E9"));
     EXPECT_EQ("a\xE2\x82\xACz", WideToUtf8(L"a\u20ACz"));
     EXPECT_EQ("\xF0\x9F\x98\x80", WideToUtf8(std::wstring{wchar_t(0xD83D), wchar_t(0xDE00)}));
 }
 
-TEST(WideToUtf8, converts_pairs_wherever_they_stand_in_a_long_text)
+TEST(WideToUtf8, Pairs_are_converted_at_every_place_of_a_long_text)
 {
     for (std::size_t before = 1018; before < 1030; ++before) {
         const std::wstring text = std::wstring(before, L'a') + L"\xD83D\xDE00" +
@@ -137,30 +137,30 @@ TEST(WideToUtf8, converts_pairs_wherever_they_stand_in_a_long_text)
     }
 }
 
-TEST(WideToUtf8, raises_for_an_error_wherever_it_stands_in_a_long_text)
+TEST(WideToUtf8, An_error_is_found_at_every_place_of_a_long_text)
 {
     for (std::size_t position = 0; position < 2100; ++position) {
         std::wstring text(2100, L'a');
         text[position] = L'\0';
-        EXPECT_ANY_THROW(WideToUtf8(text)) << position;
-        text[position] = wchar_t(0xD83D); // one half of a pair
-        EXPECT_ANY_THROW(WideToUtf8(text)) << position;
-        text[position] = wchar_t(0xDE00); // the other
-        EXPECT_ANY_THROW(WideToUtf8(text)) << position;
+        EXPECT_ANY_THROW(static_cast<void>(WideToUtf8(text))) << position;
+        text[position] = wchar_t(0xD83D); // a high surrogate alone
+        EXPECT_ANY_THROW(static_cast<void>(WideToUtf8(text))) << position;
+        text[position] = wchar_t(0xDE00); // a low surrogate alone
+        EXPECT_ANY_THROW(static_cast<void>(WideToUtf8(text))) << position;
     }
 }
 
-TEST(WideToUtf8, raises_for_a_nul_character)
+TEST(WideToUtf8, A_zero_character_is_an_error)
 {
     EXPECT_EQ("invalid Unicode codepoint", WideError(std::wstring(L"a\0b", 3)));
 }
 
-TEST(WideToUtf8, raises_for_a_low_surrogate_without_a_high_one)
+TEST(WideToUtf8, A_low_surrogate_without_a_high_one_is_an_error)
 {
     EXPECT_EQ("invalid Unicode codepoint", WideError(std::wstring{wchar_t(0xDC00)}));
 }
 
-TEST(WideToUtf8, raises_for_a_high_surrogate_at_the_end)
+TEST(WideToUtf8, A_high_surrogate_at_the_end_is_an_error)
 {
     EXPECT_EQ("Excpected Second Word sequence at end of input vector",
               WideError(std::wstring{wchar_t(0xD83D)}));
@@ -168,14 +168,14 @@ TEST(WideToUtf8, raises_for_a_high_surrogate_at_the_end)
               WideError(std::wstring{wchar_t(0), wchar_t(0xD83D)}));
 }
 
-TEST(WideToUtf8, raises_for_a_high_surrogate_that_no_low_one_follows)
+TEST(WideToUtf8, A_high_surrogate_without_a_low_one_is_an_error)
 {
     EXPECT_EQ("Excpected Second Word sequence",
               WideError(std::wstring{wchar_t(0xD83D), wchar_t(0x41)}));
 }
 
-// The one-pass conversion and the parser with the emitter agree on every text, errors included.
-TEST(WideToUtf8, agrees_with_parsing_and_emitting_for_random_text)
+// The conversion in one pass gives the results of parser and emitter, errors included.
+TEST(WideToUtf8, Random_text_converts_as_the_parser_and_the_emitter_do)
 {
     std::mt19937 random(1);
     const std::uint32_t interesting[] = {0,      0x41,   0x7F,   0x80,   0x7FF,  0x800, 0xD7FF,

@@ -72,7 +72,8 @@ inline BOOL WINAPI SystemTimesInSteps(FILETIME* idle, FILETIME* kernel, FILETIME
 
 inline std::uint64_t processTime = 0; // used by the worker thread only
 
-inline BOOL WINAPI ProcessTimesInSteps(HANDLE, FILETIME*, FILETIME*, FILETIME* kernel, FILETIME* user)
+inline BOOL WINAPI ProcessTimesInSteps(HANDLE, FILETIME*, FILETIME*, FILETIME* kernel,
+                                       FILETIME* user)
 {
     processTime += 1000;
     *kernel = TimeOf(processTime);

@@ -21,40 +21,40 @@ std::string Error(const std::string& path)
 
 } // namespace
 
-TEST(File, drops_doubled_trailing_and_dot_components)
+TEST(File, Repeated_and_trailing_backslashes_and_dots_are_dropped)
 {
     const File file("C:\\\\.\\folder\\");
     EXPECT_EQ((Components{"C:", "folder"}), file.Components());
     EXPECT_EQ("C:\\folder", file.Path());
 }
 
-TEST(File, keeps_the_leading_separators_of_a_server_path)
+TEST(File, The_leading_backslashes_of_a_server_path_are_kept)
 {
     const File file("\\\\server\\share\\file.txt");
     EXPECT_EQ((Components{"\\\\server", "share", "file.txt"}), file.Components());
     EXPECT_EQ("\\\\server\\share\\file.txt", file.Path());
 }
 
-TEST(File, keeps_one_leading_separator)
+TEST(File, One_leading_backslash_is_kept)
 {
     const File file("\\folder\\file");
     EXPECT_EQ((Components{"\\folder", "file"}), file.Components());
     EXPECT_EQ("\\folder\\file", file.Path());
 }
 
-TEST(File, keeps_a_dot_as_its_first_component_and_two_dots_anywhere)
+TEST(File, A_dot_is_kept_as_first_component_and_two_dots_are_kept_everywhere)
 {
     EXPECT_EQ((Components{".", "a"}), File(".\\.\\a").Components());
     EXPECT_EQ((Components{"..", "a", "..", "b"}), File("..\\a\\..\\b").Components());
     EXPECT_EQ((Components{"\\."}), File("\\.").Components());
 }
 
-TEST(File, leaves_slashes_alone)
+TEST(File, Slashes_are_ordinary_characters)
 {
     EXPECT_EQ((Components{"a/b"}), File("a/b").Components());
 }
 
-TEST(File, of_nothing_or_of_separators_only_is_an_invalid_path)
+TEST(File, An_empty_path_and_a_path_of_backslashes_are_invalid)
 {
     EXPECT_EQ("invalid path []", Error(""));
     EXPECT_EQ("invalid path [\\]", Error("\\"));
@@ -62,7 +62,7 @@ TEST(File, of_nothing_or_of_separators_only_is_an_invalid_path)
     EXPECT_EQ("accepted", Error("."));
 }
 
-TEST(File, normalised_twice_is_the_same)
+TEST(File, A_second_normalising_changes_nothing)
 {
     for (const char* path : {"C:\\\\a\\.\\b\\", "\\\\s\\\\x", ".\\a", "a", "\\\\.\\pipe\\x"}) {
         const File once(path);
@@ -70,7 +70,7 @@ TEST(File, normalised_twice_is_the_same)
     }
 }
 
-TEST(File, has_children_and_a_parent)
+TEST(File, Child_adds_a_component_and_Parent_removes_one)
 {
     EXPECT_EQ("C:\\a\\b", File("C:\\a").Child("b").Path());
     EXPECT_EQ("C:\\a", File("C:\\a\\b").Parent().Path());

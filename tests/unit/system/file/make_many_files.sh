@@ -1,6 +1,6 @@
 #!/bin/sh
-# make_many_files.sh FOLDER: "many", with a hundred thousand empty files, and "deep", with a
-# thousand levels of folders.
+# make_many_files.sh FOLDER: makes the folder "many" with a hundred thousand empty files, and the
+# folder "deep" with a thousand levels of folders.
 set -e
 rm -rf "$1"
 mkdir -p "$1/many" "$1/deep/$(printf 'd/%.0s' $(seq 1000))"

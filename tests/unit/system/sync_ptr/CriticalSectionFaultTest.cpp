@@ -17,7 +17,7 @@ BOOL WINAPI Refuse(LPCRITICAL_SECTION, DWORD spins)
 
 } // namespace
 
-TEST(CriticalSection, that_cannot_be_made_raises_the_systems_error_as_a_result_code)
+TEST(CriticalSection, A_section_that_cannot_be_created_raises_the_error_as_a_result_code)
 {
     const ImportPatch patch("InitializeCriticalSectionAndSpinCount", Refuse);
     try {

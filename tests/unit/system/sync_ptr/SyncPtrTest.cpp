@@ -35,7 +35,7 @@ constexpr bool kDereferences = requires(Pointer&& pointer)
 
 } // namespace
 
-TEST(SyncPtr, holds_the_lock_from_its_making_to_its_end)
+TEST(SyncPtr, The_lock_is_held_until_the_sync_ptr_is_destroyed)
 {
     CriticalSection section;
     unsigned long value = 5;
@@ -47,7 +47,7 @@ TEST(SyncPtr, holds_the_lock_from_its_making_to_its_end)
     EXPECT_TRUE(IsFree(section));
 }
 
-TEST(SyncPtr, reads_like_a_pointer)
+TEST(SyncPtr, The_object_is_reached_as_through_a_pointer)
 {
     CriticalSection section;
     const auto shared = std::make_shared<std::pair<long long, long long>>(1, 2);
@@ -59,7 +59,7 @@ TEST(SyncPtr, reads_like_a_pointer)
     EXPECT_EQ(8, shared->second);
 }
 
-TEST(SyncPtr, held_twice_on_one_thread_frees_the_section_with_the_last_hold)
+TEST(SyncPtr, Two_holds_of_one_thread_free_the_section_with_the_last_one)
 {
     CriticalSection section;
     unsigned long value = 0;
@@ -74,7 +74,7 @@ TEST(SyncPtr, held_twice_on_one_thread_frees_the_section_with_the_last_hold)
     EXPECT_TRUE(IsFree(section));
 }
 
-TEST(SyncPtr, moved_takes_the_hold_with_it)
+TEST(SyncPtr, A_move_takes_the_hold_along)
 {
     CriticalSection section;
     unsigned long value = 3;
@@ -88,7 +88,7 @@ TEST(SyncPtr, moved_takes_the_hold_with_it)
     EXPECT_TRUE(IsFree(section));
 }
 
-TEST(SyncPtr, assigned_releases_the_hold_it_had)
+TEST(SyncPtr, An_assignment_releases_the_previous_hold)
 {
     CriticalSection first;
     CriticalSection second;
@@ -99,7 +99,7 @@ TEST(SyncPtr, assigned_releases_the_hold_it_had)
     EXPECT_FALSE(IsFree(second));
 }
 
-TEST(SyncPtr, hands_out_no_reference_that_outlives_it)
+TEST(SyncPtr, A_temporary_gives_no_reference)
 {
     using Locked = sync_ptr<unsigned long*>;
     EXPECT_FALSE(std::is_copy_constructible_v<Locked>);
@@ -107,7 +107,7 @@ TEST(SyncPtr, hands_out_no_reference_that_outlives_it)
     EXPECT_FALSE(kDereferences<Locked>); // a temporary
 }
 
-TEST(SyncPtr, keeps_threads_out_of_each_others_way)
+TEST(SyncPtr, Only_one_thread_at_a_time_changes_the_object)
 {
     CriticalSection section;
     const auto counter = std::make_shared<long long>(0);
@@ -126,7 +126,7 @@ TEST(SyncPtr, keeps_threads_out_of_each_others_way)
     EXPECT_EQ(8000, *counter);
 }
 
-TEST(CreateLock, makes_a_hold_that_stays_when_the_sync_ptr_is_gone)
+TEST(CreateLock, The_hold_outlives_its_sync_ptr)
 {
     CriticalSection section;
     unsigned long value = 0;
@@ -143,7 +143,7 @@ TEST(CreateLock, makes_a_hold_that_stays_when_the_sync_ptr_is_gone)
     EXPECT_TRUE(IsFree(section));
 }
 
-TEST(CriticalSectionHold, leaves_the_section_at_its_end)
+TEST(CriticalSectionHold, The_section_is_left_when_the_hold_is_destroyed)
 {
     CriticalSection section;
     {

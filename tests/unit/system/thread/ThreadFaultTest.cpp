@@ -17,7 +17,7 @@ uintptr_t __cdecl Refuse(void*, unsigned, _beginthreadex_proc_type, void*, unsig
 
 } // namespace
 
-TEST(Thread, that_windows_refuses_has_no_handle_runs_nothing_and_lets_go_of_its_body)
+TEST(Thread, A_thread_that_cannot_be_created_has_no_handle_and_frees_its_body)
 {
     const auto captured = std::make_shared<int>(1);
     {

@@ -24,7 +24,7 @@ bool Wait(HANDLE handle)
 
 } // namespace
 
-TEST(Thread, runs_its_body_once_on_a_thread_of_its_own)
+TEST(Thread, The_body_runs_once_on_a_new_thread)
 {
     std::atomic<int> runs = 0;
     std::atomic<DWORD> id = 0;
@@ -38,7 +38,7 @@ TEST(Thread, runs_its_body_once_on_a_thread_of_its_own)
     EXPECT_EQ(thread.Id(), id);
 }
 
-TEST(Thread, that_has_ended_has_exit_code_0)
+TEST(Thread, The_exit_code_is_0_after_the_body_returned)
 {
     const Thread thread([] {});
     ASSERT_TRUE(Wait(thread.Handle()));
@@ -47,7 +47,7 @@ TEST(Thread, that_has_ended_has_exit_code_0)
     EXPECT_EQ(0U, code);
 }
 
-TEST(Thread, destroyed_after_its_body_returned_closes_the_handle_without_waiting)
+TEST(Thread, After_the_body_returned_the_destructor_closes_the_handle_without_waiting)
 {
     HANDLE handle = nullptr;
     {
@@ -59,7 +59,7 @@ TEST(Thread, destroyed_after_its_body_returned_closes_the_handle_without_waiting
     EXPECT_FALSE(GetHandleInformation(handle, &flags));
 }
 
-TEST(Thread, destroyed_while_its_body_runs_returns_at_once_and_the_callable_lives_on)
+TEST(Thread, The_destructor_does_not_wait_for_a_running_body_and_keeps_it_alive)
 {
     const UniqueKernelHandle running = MakeEvent();
     const UniqueKernelHandle mayEnd = MakeEvent();
@@ -70,19 +70,19 @@ TEST(Thread, destroyed_while_its_body_runs_returns_at_once_and_the_callable_live
         const Thread thread([&running, &mayEnd, &ended, &seen, captured] {
             SetEvent(running.Get());
             WaitForSingleObject(mayEnd.Get(), 60000);
-            seen = *captured; // the callable's own copy
+            seen = *captured; // the copy that the body owns
             SetEvent(ended.Get());
         });
         ASSERT_TRUE(Wait(running.Get()));
     }
-    EXPECT_EQ(2, captured.use_count()); // the running callable's and ours
+    EXPECT_EQ(2, captured.use_count()); // one owner is the body, one this test
     EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(ended.Get(), 0));
     SetEvent(mayEnd.Get());
     ASSERT_TRUE(Wait(ended.Get()));
     EXPECT_EQ(42, seen);
 }
 
-TEST(Thread, whose_body_throws_ends_with_exit_code_1_and_takes_nobody_with_it)
+TEST(Thread, An_exception_of_the_body_ends_only_its_thread_with_exit_code_1)
 {
     const Thread thread([] { throw std::runtime_error("out of the body"); });
     ASSERT_TRUE(Wait(thread.Handle()));
@@ -91,7 +91,7 @@ TEST(Thread, whose_body_throws_ends_with_exit_code_1_and_takes_nobody_with_it)
     EXPECT_EQ(1U, code);
 }
 
-TEST(Thread, with_an_empty_body_fails_on_the_new_thread_and_not_here)
+TEST(Thread, An_empty_body_fails_on_the_new_thread)
 {
     const Thread thread{std::function<void()>()};
     ASSERT_TRUE(Wait(thread.Handle()));

@@ -1,15 +1,10 @@
-#include "com/ComApartment.h"
 #include "com/ComPtr.h"
-#include "com/UniqueBstr.h"
-#include "com/UniqueVariant.h"
-#include "exception_utils/AtlException.h"
-#include "exception_utils/COMException.h"
 
 #include <gtest/gtest.h>
 
-#include <objbase.h>
+#include <oleauto.h>
 
-#include <thread>
+#include <utility>
 
 namespace vqrx::test {
 namespace {
@@ -35,7 +30,7 @@ public:
 
 } // namespace
 
-TEST(ComPtr, adopts_a_counted_reference_and_gives_it_back)
+TEST(ComPtr, Adopt_takes_over_a_counted_reference_and_releases_it_at_the_end)
 {
     CountingObject object;
     {
@@ -45,7 +40,7 @@ TEST(ComPtr, adopts_a_counted_reference_and_gives_it_back)
     EXPECT_EQ(0U, object.references);
 }
 
-TEST(ComPtr, shares_and_copies_by_counting_and_moves_without)
+TEST(ComPtr, Share_and_copy_count_a_reference_and_a_move_does_not)
 {
     CountingObject object;
     {
@@ -60,7 +55,7 @@ TEST(ComPtr, shares_and_copies_by_counting_and_moves_without)
     EXPECT_EQ(1U, object.references);
 }
 
-TEST(ComPtr, lets_go_before_it_receives_another)
+TEST(ComPtr, Put_releases_the_held_reference_before_a_new_one_arrives)
 {
     CountingObject first;
     CountingObject second;
@@ -70,51 +65,13 @@ TEST(ComPtr, lets_go_before_it_receives_another)
     EXPECT_EQ(&second, owner.Get());
 }
 
-TEST(ComPtr, queries_another_interface_or_is_empty)
+TEST(ComPtr, Query_returns_the_interface_or_is_empty)
 {
     CountingObject object;
     const auto owner = ComPtr<IUnknown>::Adopt(&object);
     EXPECT_TRUE(owner.Query<IUnknown>());
     EXPECT_FALSE(owner.Query<IDispatch>());
     EXPECT_FALSE(ComPtr<IUnknown>().Query<IUnknown>());
-}
-
-TEST(UniqueBstr, keeps_the_length_embedded_zeros_included)
-{
-    const UniqueBstr text(std::wstring_view(L"a\0b", 3));
-    EXPECT_EQ(3U, SysStringLen(text.Get()));
-    EXPECT_EQ(std::wstring_view(L"a\0b", 3), text.View());
-    EXPECT_EQ(L"", UniqueBstr().View());
-}
-
-TEST(UniqueVariant, clears_what_it_held)
-{
-    UniqueVariant value;
-    value.Put()->vt = VT_I4;
-    EXPECT_EQ(VT_I4, value.Get().vt);
-    EXPECT_EQ(VT_EMPTY, value.Put()->vt);
-}
-
-TEST(ComApartment, is_joined_by_a_thread_that_is_a_member_already)
-{
-    std::thread([] {
-        const ComApartment first;
-        EXPECT_NO_THROW(ComApartment());
-    }).join();
-}
-
-TEST(ComApartment, that_com_refuses_raises_its_result)
-{
-    std::thread([] {
-        ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
-        try {
-            const ComApartment apartment;
-            ADD_FAILURE();
-        } catch (const COMException& exception) {
-            EXPECT_EQ(RPC_E_CHANGED_MODE, exception.Code());
-        }
-        CoUninitialize();
-    }).join();
 }
 
 } // namespace vqrx::test

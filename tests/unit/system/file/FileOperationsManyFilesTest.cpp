@@ -1,7 +1,7 @@
+#include <windows.h>
+
 #include "file/DirectoryListing.h"
 #include "file/FileOperations.h"
-
-#include <windows.h>
 
 #include <gtest/gtest.h>
 
@@ -16,8 +16,8 @@ namespace {
 
 using namespace system::file::v2;
 
-// Made by the host (make_many_files.sh): under Wine a new file costs a look at every file that is
-// there already, and a new folder a look at every level above.
+// The host makes these files (make_many_files.sh). To make them here would take long, because Wine
+// looks at every file of a folder for each new file, and at every level above for each new folder.
 std::string Made(const std::string& name)
 {
     const char* folder = std::getenv("DM_MANY_FILES");
@@ -29,7 +29,7 @@ std::string Made(const std::string& name)
 
 } // namespace
 
-TEST(Files, may_be_a_hundred_thousand_in_one_folder)
+TEST(Files, A_folder_with_a_hundred_thousand_files_is_listed)
 {
     const File many(Made("many"));
     std::size_t count = 0;
@@ -39,7 +39,7 @@ TEST(Files, may_be_a_hundred_thousand_in_one_folder)
     EXPECT_FALSE(std::filesystem::exists(many.Path()));
 }
 
-TEST(Files, beyond_the_systems_length_limit_end_a_removal_with_an_error_and_stay)
+TEST(Files, A_removal_fails_beyond_the_length_limit_and_leaves_the_rest)
 {
     const std::string root = Made("deep");
     std::string failure;
@@ -50,7 +50,7 @@ TEST(Files, beyond_the_systems_length_limit_end_a_removal_with_an_error_and_stay
     }
     EXPECT_EQ(0U, failure.find("could not enumerate the contents of [" + root + "\\d\\d"))
         << failure;
-    // Only the wide functions with this prefix go as deep as that.
+    // Only the wide functions, with this prefix, accept such a long path.
     std::wstring deepest = L"\\\\?\\" + std::wstring(root.begin(), root.end());
     for (int level = 0; level < 1000; ++level) {
         deepest += L"\\d";

@@ -1,0 +1,91 @@
+"""The files of the packages."""
+import hashlib
+import json
+import os
+import pathlib
+import re
+import tempfile
+import unittest
+import zipfile
+
+from packages import NAME, OUTPUT, VERSION, pack
+from windows_machine import SOURCE
+
+
+class Packages(unittest.TestCase):
+    def setUp(self):
+        self.zip = zipfile.ZipFile(OUTPUT / f"{NAME}.zip")
+        self.addCleanup(self.zip.close)
+
+    def test_the_zip_holds_the_programs_the_client_library_documents_and_licences(self):
+        names = [name.removeprefix(NAME + "/") for name in self.zip.namelist()]
+        documents = [path.relative_to(SOURCE).as_posix() for path in (SOURCE / "docs").glob("*.md")]
+        self.assertEqual(sorted(names), sorted([
+            "CHANGELOG.md",
+            "DaemonManager.exe",
+            "DaemonMgrPS.dll",
+            "daemonctl.exe",
+            *documents,
+            "licenses/cli11.txt",
+            "licenses/gcc.txt",
+            "licenses/mingw-w64.txt",
+            "licenses/nlohmann-json.txt",
+            "licenses/nsis.txt",
+            "sdk/cmake/DaemonManagerSdkConfig.cmake",
+            "sdk/cmake/DaemonManagerSdkConfigVersion.cmake",
+            "sdk/examples/CMakeLists.txt",
+            "sdk/examples/attach_itself.cpp",
+            "sdk/examples/launch_program.cpp",
+            "sdk/idl/IDaemonMgrControl.idl",
+            "sdk/include/IDaemonMgrControl.h",
+            "sdk/include/daemon_manager/ComApartment.h",
+            "sdk/include/daemon_manager/SupervisorClient.h",
+            "sdk/src/IDaemonMgrControl_i.c",
+            "sdk/src/SupervisorClient.cpp",
+        ]))
+
+    def test_every_link_of_a_document_leads_to_a_file_of_the_package(self):
+        names = {name.removeprefix(NAME + "/") for name in self.zip.namelist()}
+        names |= {parent.as_posix() for name in names for parent in pathlib.PurePosixPath(name).parents}
+        for document in (name for name in names if name.endswith(".md")):
+            text = self.zip.read(f"{NAME}/{document}").decode()
+            for target in re.findall(r"\]\(([^)#\s]+)", text):
+                if ":" not in target:
+                    path = os.path.normpath(os.path.join(os.path.dirname(document), target))
+                    self.assertIn(path, names, f"{document} refers to {target}")
+
+    def test_no_file_contains_a_path_of_the_build_machine(self):
+        for name in self.zip.namelist():
+            self.assertNotIn(str(SOURCE).encode(), self.zip.read(name), name)
+
+    def test_packages_made_in_another_folder_have_equal_bytes(self):
+        with tempfile.TemporaryDirectory() as folder:
+            again = pack(pathlib.Path(folder) / "again")
+            for file in (f"{NAME}.zip", f"{NAME}-setup.exe", f"{NAME}.cdx.json", "SHA256SUMS"):
+                self.assertEqual((again / file).read_bytes(), (OUTPUT / file).read_bytes(), file)
+
+    def test_the_checksums_match_the_packages(self):
+        lines = [line.split("  ") for line in (OUTPUT / "SHA256SUMS").read_text().splitlines()]
+        self.assertEqual([name for _, name in lines],
+                         [f"{NAME}.zip", f"{NAME}-setup.exe", f"{NAME}.cdx.json"])
+        for checksum, name in lines:
+            self.assertEqual(hashlib.sha256((OUTPUT / name).read_bytes()).hexdigest(), checksum)
+
+    def test_the_bill_of_materials_lists_programs_and_linked_libraries(self):
+        bill = json.loads((OUTPUT / f"{NAME}.cdx.json").read_text())
+        self.assertEqual((bill["bomFormat"], bill["specVersion"]), ("CycloneDX", "1.5"))
+        self.assertEqual(bill["metadata"]["component"]["version"], VERSION)
+        self.assertRegex(bill["serialNumber"], r"^urn:uuid:[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}$")
+        components = {component["bom-ref"]: component for component in bill["components"]}
+        for name in ("DaemonManager.exe", "daemonctl.exe", "DaemonMgrPS.dll",
+                     "sdk/src/SupervisorClient.cpp"):
+            content = self.zip.read(f"{NAME}/{name}")
+            self.assertEqual(components[name]["hashes"][0]["content"],
+                             hashlib.sha256(content).hexdigest(), name)
+        for name in ("CLI11", "nlohmann-json", "libstdc++", "libgcc", "libssp", "winpthreads",
+                     "mingw-w64-runtime", "nsis"):
+            self.assertRegex(components[name]["version"], r"^\d+(\.\d+)+$")
+            self.assertTrue(components[name]["licenses"][0]["expression"], name)
+        refs = {*components, "DaemonManager"}
+        for dependency in bill["dependencies"]:
+            self.assertLessEqual({dependency["ref"], *dependency["dependsOn"]}, refs)

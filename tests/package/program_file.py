@@ -1,0 +1,68 @@
+"""Reads the headers of a Windows x64 program or library, and lists what its protection lacks."""
+import struct
+
+# Flags of IMAGE_OPTIONAL_HEADER64.DllCharacteristics (winnt.h)
+PROTECTIONS = {"HIGH_ENTROPY_VA": 0x0020, "DYNAMIC_BASE": 0x0040, "NX_COMPAT": 0x0100}
+RELOCS_STRIPPED = 0x0001  # flag of IMAGE_FILE_HEADER.Characteristics
+
+IMPORT_DIRECTORY = 1  # indexes of the data directories
+RELOCATION_DIRECTORY = 5
+
+# The run-time library writes this text if a function finds its stack damaged. The text is part of a
+# program only if the program contains a protected function.
+STACK_PROTECTOR_TEXT = b"*** stack smashing detected ***"
+
+
+class ProgramFile:
+    """@param content  bytes of the file; raises ValueError if they are no x64 program"""
+
+    def __init__(self, content):
+        self._content = content
+        header, = struct.unpack_from("<I", content, 0x3C)
+        machine, sections = struct.unpack_from("<HH", content, header + 4)
+        optional_size, self._characteristics = struct.unpack_from("<HH", content, header + 20)
+        optional = header + 24
+        if content[header:header + 4] != b"PE\0\0" or machine != 0x8664:
+            raise ValueError("not a program for Windows x64")
+        self._dll_characteristics, = struct.unpack_from("<H", content, optional + 70)
+        count, = struct.unpack_from("<I", content, optional + 108)
+        self._directories = [struct.unpack_from("<II", content, optional + 112 + 8 * index)
+                             for index in range(count)]
+        self._sections = []
+        for index in range(sections):
+            at = optional + optional_size + 40 * index
+            size, address, raw_size, raw = struct.unpack_from("<IIII", content, at + 8)
+            self._sections.append((address, max(size, raw_size), raw))
+
+    def _offset(self, address):
+        """Returns the place in the file of an address relative to the image base."""
+        for start, size, raw in self._sections:
+            if start <= address < start + size:
+                return raw + address - start
+        raise ValueError(f"no section holds the address {address:#x}")
+
+    def imported_libraries(self):
+        """Returns the names of the libraries in lower case, sorted."""
+        names = []
+        address, _ = self._directories[IMPORT_DIRECTORY]
+        at = self._offset(address)
+        while True:
+            name, = struct.unpack_from("<I", self._content, at + 12)
+            if name == 0:
+                return sorted(names)
+            start = self._offset(name)
+            end = self._content.index(b"\0", start)
+            names.append(self._content[start:end].decode().lower())
+            at += 20
+
+    def missing_protections(self):
+        """Returns the names of the protections that the headers do not ask for."""
+        missing = [name for name, flag in PROTECTIONS.items()
+                   if not self._dll_characteristics & flag]
+        _, size = self._directories[RELOCATION_DIRECTORY]
+        if size == 0 or self._characteristics & RELOCS_STRIPPED:
+            missing.append("relocations")
+        return missing
+
+    def has_stack_protector(self):
+        return STACK_PROTECTOR_TEXT in self._content
