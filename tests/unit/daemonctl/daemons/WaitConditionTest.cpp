@@ -15,15 +15,15 @@ namespace {
 
 using namespace client::v0;
 
-constexpr const char* kImage = R"(C:\FW\App\a.exe)";
+constexpr const char* kProgramPath = R"(C:\FW\App\a.exe)";
 
 // Observations of one daemon, and machines on which its first process, 12, may still run.
 class WaitConditionOfOneDaemon : public ::testing::Test {
 protected:
     WaitConditionOfOneDaemon()
     {
-        runs.Run(12, kImage, 990);
-        isAnother.Run(12, kImage, 1990);
+        runs.Run(12, kProgramPath, 990);
+        isAnother.Run(12, kProgramPath, 1990);
         isHidden.processes[12].state = ProcessFacts::State::hidden;
     }
 
@@ -82,7 +82,7 @@ TEST(WaitCondition, Process_that_was_detached_or_could_not_be_stopped_has_not_en
         FakeLog log;
         FakeMachine machine;
         log.Begin();
-        machine.Run(12, kImage, log.NowMs());
+        machine.Run(12, kProgramPath, log.NowMs());
         log.Add(2, R"(Start DaemonId(3) PId(12) : C:\FW\App\a.exe )");
         const ProcessSource source = machine.Source();
         const Observation first = Observe(log.Timeline().runs[0], 3, source);
@@ -140,7 +140,7 @@ TEST(WaitCondition, Observation_shows_the_process_of_the_daemon_and_whether_it_i
     FakeLog log;
     FakeMachine machine;
     log.Begin();
-    machine.Run(12, kImage, log.NowMs());
+    machine.Run(12, kProgramPath, log.NowMs());
     const std::int64_t startedMs = log.NowMs();
     log.Add(2, R"(Start DaemonId(3) PId(12) : C:\FW\App\a.exe )");
     Timeline timeline = log.Timeline();

@@ -9,7 +9,7 @@ namespace {
 
 using namespace client::v0;
 
-constexpr long kDenied = static_cast<long>(0x80070005U - 0x100000000LL);
+constexpr long kAccessDenied = static_cast<long>(0x80070005U - 0x100000000LL);
 
 WmiFacts HealthyWmi()
 {
@@ -39,7 +39,7 @@ TEST(WmiCheck, Fails_if_the_query_fails_or_finds_no_process)
     WmiFacts facts = HealthyWmi();
     facts.knowsThisProcess = false;
     ExpectFinding(JudgeWmi(facts), Verdict::failure, "WMI does not find a process that runs");
-    facts.queryResult = kDenied;
+    facts.queryResult = kAccessDenied;
     ExpectFinding(JudgeWmi(facts), Verdict::failure, "the query for a process fails: 0x80070005");
 }
 
@@ -48,10 +48,10 @@ TEST(WmiCheck, Fails_if_path_or_command_line_are_refused_or_wrong)
     WmiFacts facts = HealthyWmi();
     facts.executablePathFits = false;
     ExpectFinding(JudgeWmi(facts), Verdict::failure, "WMI reports a wrong executable path");
-    facts.commandLineResult = kDenied;
+    facts.commandLineResult = kAccessDenied;
     ExpectFinding(JudgeWmi(facts), Verdict::failure,
                   "WMI does not report the command line of a process: 0x80070005");
-    facts.executablePathResult = kDenied;
+    facts.executablePathResult = kAccessDenied;
     ExpectFinding(JudgeWmi(facts), Verdict::failure,
                   "WMI does not report the executable path of a process: 0x80070005");
 }
