@@ -27,6 +27,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
+// The longest waits for an answer of WMI and of the firewall.
 constexpr std::chrono::seconds kWmiPatience(30);
 constexpr std::chrono::seconds kFirewallPatience(30);
 
@@ -46,7 +47,8 @@ FirewallRulesFacts RulesOrTimeout()
     return facts.value_or(timeout);
 }
 
-// Without a log nobody knows; the supervisor's children still tell.
+// Returns the commands of the running daemons. If the log cannot be read, these are the commands of
+// the supervisor's child processes only.
 std::vector<std::string> CommandsInUse()
 {
     Timeline timeline;
@@ -85,7 +87,9 @@ DoctorFacts Gather()
     return facts;
 }
 
-// @param failed  set when one could not be removed
+// Removes the dead rules.
+// @param failed  set to true if a rule could not be removed
+// @return the names of the removed rules
 std::vector<std::string> Prune(const FirewallRulesFacts& rules, bool& failed)
 {
     const system::com::v1::ComApartment apartment;

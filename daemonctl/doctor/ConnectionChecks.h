@@ -34,7 +34,7 @@ struct SupervisorFacts {
 
 /// Reads the registration of the proxy/stub and the version of its library. Changes nothing.
 /// Windows only.
-/// @throws std::bad_alloc only
+/// @throws ATL::CAtlException if the path of the library cannot be converted to UTF-8
 [[nodiscard]] ProxyFacts GatherProxyFacts();
 
 /// Calls the supervisor and waits at most 10 seconds for its answer. The call asks the supervisor

@@ -27,7 +27,7 @@ struct FolderFacts {
 struct InstallationFacts {
     bool administrator = false;     ///< this process runs with the rights of an administrator
     RegistryKeyFacts currentKey;    ///< the supervisor reads this key first
-    RegistryKeyFacts olderKey;      ///< the supervisor reads this key if currentKey does not exist
+    RegistryKeyFacts olderKey;      ///< read by the supervisor if currentKey cannot be opened
     std::string root;               ///< the firmware root; empty: unknown, and all below is unset
     FolderFacts app;                ///< <root>\App, opened for passing through
     FolderFacts logs;               ///< <root>\Logs, opened for adding files
@@ -38,7 +38,7 @@ struct InstallationFacts {
 
 /// Reads both registry keys and opens both folders and the log file as the supervisor does, then
 /// closes them again. Changes and creates nothing. Windows only.
-/// @throws std::runtime_error if a path cannot be converted to UTF-8
+/// @throws ATL::CAtlException if a path cannot be converted to UTF-8
 [[nodiscard]] InstallationFacts GatherInstallationFacts();
 
 /// The check "rights": whether this user is an administrator. Pure, as are the next three.
