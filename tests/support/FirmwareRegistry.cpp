@@ -66,7 +66,8 @@ FirmwareRegistry::Saved FirmwareRegistry::Save(Key key)
     RegQueryInfoKeyA(open.Get(), nullptr, nullptr, nullptr, &subKeys, nullptr, nullptr, &values,
                      nullptr, nullptr, nullptr, nullptr);
     if (subKeys != 0 || values > (saved.pathname ? 1U : 0U)) {
-        throw std::runtime_error(KeyName(key) + " belongs to an installation: not touched");
+        throw std::runtime_error(
+            KeyName(key) + " holds values or keys of an installation: the test does not change it");
     }
     return saved;
 }
@@ -77,7 +78,8 @@ void FirmwareRegistry::Create(Key key)
     const LSTATUS status = RegCreateKeyExA(HKEY_LOCAL_MACHINE, KeyName(key).c_str(), 0, nullptr, 0,
                                            KEY_ALL_ACCESS, nullptr, &made, nullptr);
     if (status != ERROR_SUCCESS) {
-        throw std::runtime_error("cannot make " + KeyName(key) + ": " + std::to_string(status));
+        throw std::runtime_error("cannot create the registry key " + KeyName(key) + ": " +
+                                 std::to_string(status));
     }
     const UniqueRegistryKey owner(made);
 }
