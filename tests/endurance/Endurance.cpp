@@ -2,8 +2,8 @@
 // - Every daemon that has to run does run, once, and no other daemon runs.
 // - No id is used twice.
 // - The log shows every line once and loses no record.
-// - The supervisor's memory, handles and threads do not grow, except for one process handle for every
-//   restart.
+// - The supervisor's memory, handles and threads do not grow, except for one process handle for
+//   every restart.
 // Options: see Options.h. Exit code: 0 without a failure, else 1.
 #include "EnduranceRun.h"
 #include "Options.h"

@@ -15,7 +15,8 @@ namespace {
 constexpr const char* kRanTwiceEvent = "dm_endurance_twice"; // known to endurance_daemon.h
 constexpr ULONGLONG kCheckMs = 10000;
 constexpr ULONGLONG kStartUpMs = 600000;
-constexpr std::size_t kMaxFailures = 5; // after so many the load ends
+// The load ends after this number of failures.
+constexpr std::size_t kMaxFailures = 5;
 
 } // namespace
 
@@ -94,8 +95,8 @@ void EnduranceRun::KillDaemon()
     sumOfRestartMs_ += restartMs;
 }
 
-// Measures until the open process handles equal the number that the log explains, and the log did not
-// change during the measurement.
+// Measures until the open process handles equal the number that the log explains, and the log did
+// not change during the measurement.
 void EnduranceRun::TakeSample()
 {
     const LogLedger& ledger = followers_->Ledger();

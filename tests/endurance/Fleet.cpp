@@ -30,7 +30,8 @@ bool HoldsName(const std::string& name)
 
 Fleet::Fleet(SupervisorProcess& supervisor, unsigned daemons)
 {
-    // Only a few of these kinds: each pass starts a process or logs a line for each of these daemons.
+    // Only a few of these kinds: each pass starts a process or logs a line for each of these
+    // daemons.
     constexpr unsigned kBrief = 2;
     constexpr unsigned kNone = 2;
     constexpr unsigned kMissing = 6;

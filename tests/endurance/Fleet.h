@@ -29,7 +29,8 @@ public:
     [[nodiscard]] const std::vector<Daemon>& Daemons() const { return daemons_; }
     /// Returns the names of the daemons that always run.
     [[nodiscard]] std::vector<std::string> Running() const;
-    /// Returns the number of starts, also of failed starts, of each daemon that never runs for long.
+    /// Returns the number of starts, also of failed starts, of each daemon that never runs for
+    /// long.
     [[nodiscard]] std::map<std::string, std::size_t> Attempts(const LogLedger& ledger) const;
     /// Text of the log for the exit code with which KillOne ends a process.
     static constexpr const char* kKilled = "Exception caught in : Unknown (0x4d)";

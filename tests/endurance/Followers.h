@@ -9,7 +9,8 @@
 
 namespace vqrx::test {
 
-/// Two readers of the log file. Each reads on its own thread, with a pause of 50 ms after each read.
+/// Two readers of the log file. Each reads on its own thread, with a pause of 50 ms after each
+/// read.
 class Followers {
 public:
     /// Milliseconds between two reads of one reader.

@@ -8,8 +8,8 @@
 
 namespace vqrx::test {
 
-/// Journal of a client: one line before each call and one line after it. So the journal also shows the
-/// call in which a client was killed. Each line goes to the file without a buffer.
+/// Journal of a client: one line before each call and one line after it. So the journal also shows
+/// the call in which a client was killed. Each line goes to the file without a buffer.
 class JournalWriter {
 public:
     explicit JournalWriter(const std::string& path);

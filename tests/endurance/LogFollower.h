@@ -8,8 +8,8 @@
 
 namespace vqrx::test {
 
-/// Reads a ring file while the supervisor writes it. Returns every record once and in order, over any
-/// number of wraps. For one thread.
+/// Reads a ring file while the supervisor writes it. Returns every record once and in order, over
+/// any number of wraps. For one thread.
 class LogFollower {
 public:
     explicit LogFollower(const std::string& path);

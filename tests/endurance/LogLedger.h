@@ -35,9 +35,9 @@ public:
     [[nodiscard]] std::size_t Count(const std::string& text) const;
     [[nodiscard]] std::size_t Records() const;
     [[nodiscard]] std::size_t Restarts() const;
-    /// Returns the number of process handles that the supervisor must have open: one for each start and
-    /// each attach, minus one for each stop and each detach. A restart keeps the handle of the ended
-    /// process open.
+    /// Returns the number of process handles that the supervisor must have open: one for each start
+    /// and each attach, minus one for each stop and each detach. A restart keeps the handle of the
+    /// ended process open.
     [[nodiscard]] long long ProcessHandles() const;
     [[nodiscard]] std::string LastText() const;
 

@@ -27,8 +27,8 @@ Model::Model(SupervisorProcess& supervisor, const Fleet& fleet, Clients& clients
 {
 }
 
-// Returns a text that names each daemon that wrongly runs or wrongly does not run; empty if there is
-// none.
+// Returns a text that names each daemon that wrongly runs or wrongly does not run; empty if there
+// is none.
 std::string Model::Differences() const
 {
     std::ostringstream text;
@@ -128,7 +128,8 @@ Model::Registered Model::Settle()
             ++registered;
             started.push_back(name);
             break;
-        case State::stopping: // The killed call stopped the daemon, or did not reach the supervisor.
+        case State::
+            stopping: // The killed call stopped the daemon, or did not reach the supervisor.
             supervisor_.Client().Stop(daemon.id);
             ended.push_back(name);
             break;

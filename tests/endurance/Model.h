@@ -25,12 +25,12 @@ public:
     Model(SupervisorProcess& supervisor, const Fleet& fleet, Clients& clients,
           const Followers& followers, HANDLE ranTwice, Failures& failures);
 
-    /// Waits until exactly the right daemons run, at most kDeadlineMs. Then checks that no daemon ran
-    /// twice, that no id was used twice, and that the log lost no record.
+    /// Waits until exactly the right daemons run, at most kDeadlineMs. Then checks that no daemon
+    /// ran twice, that no id was used twice, and that the log lost no record.
     void Check();
 
-    /// The number of daemons that the supervisor has registered. A client that was killed in an attach
-    /// leaves the number open.
+    /// The number of daemons that the supervisor has registered. A client that was killed in an
+    /// attach leaves the number open.
     struct Registered {
         std::size_t atLeast = 0;
         std::size_t atMost = 0;

@@ -1,6 +1,6 @@
 // Client program that launches, stops, attaches and detaches daemons at random until an event is
-// signalled. Arguments: its name, the seed, its journal, the program of daemons without a window, the
-// program of daemons with a window, the event.
+// signalled. Arguments: its name, the seed, its journal, the program of daemons without a window,
+// the program of daemons with a window, the event.
 #include "ChildProcess.h"
 #include "Journal.h"
 #include "code_page/CodePage.h"

@@ -1,4 +1,5 @@
-// Daemon program with a window. It ends 300 ms after WM_QUIT. Arguments: its kind (ignored), its name.
+// Daemon program with a window. It ends 300 ms after WM_QUIT. Arguments: its kind (ignored), its
+// name.
 #include "endurance_daemon.h"
 
 int main(int argc, char** argv)

@@ -21,8 +21,8 @@ namespace {
 
 using Json = nlohmann::json;
 
-// Changes the settings of Windows so that a crashed program shows no dialog. The destructor restores the
-// settings.
+// Changes the settings of Windows so that a crashed program shows no dialog. The destructor
+// restores the settings.
 class QuietCrashes {
 public:
     QuietCrashes()

@@ -103,7 +103,8 @@ TEST_F(HostileLoad, Strings_of_16_MiB_arrive_and_do_not_disturb_other_daemons)
     ASSERT_NE(process, 0U);
     KillProcess(process);
     EXPECT_NE(supervisor_.WaitForStart(id, process), 0U);
-    // Neither program can be started. The log shows this in a line that is cut to the maximum length.
+    // Neither program can be started. The log shows this in a line that is cut to the maximum
+    // length.
     const std::string line = "Unable to start " + std::string(1040 - 16, 'x');
     EXPECT_TRUE(supervisor_.WaitForLog(1, line));
     EXPECT_TRUE(supervisor_.Client().Stop(path));
@@ -194,8 +195,8 @@ TEST_F(HostileLoad, Eight_processes_that_call_without_a_pause_do_not_delay_a_res
             restart = index;
         }
     }
-    // The pass that was running may have examined the daemon already, and its line may not be in the log
-    // yet.
+    // The pass that was running may have examined the daemon already, and its line may not be in
+    // the log yet.
     EXPECT_GE(2U, CountPasses(after, restart) - CountPasses(before, before.size()));
 
     end.Signal();

@@ -1,4 +1,5 @@
-// The commands of daemonctl that read the log: ps, wait, check and reattach, with the real supervisor.
+// The commands of daemonctl that read the log: ps, wait, check and reattach, with the real
+// supervisor.
 #include "ChildProcess.h"
 #include "Daemonctl.h"
 #include "PrefixClass.h"

@@ -22,8 +22,8 @@ using system::com::v1::ComApartment;
 using system::com::v1::ComPtr;
 using system::com::v1::UniqueBstr;
 
-// Launches a program that writes its command line to a file. Returns the part of the command line after
-// the program's path and the name of the file.
+// Launches a program that writes its command line to a file. Returns the part of the command line
+// after the program's path and the name of the file.
 std::string Received(SupervisorProcess& supervisor, std::vector<std::wstring> arguments)
 {
     const std::string program = TestProgram("writes_command_line");

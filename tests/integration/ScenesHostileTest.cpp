@@ -60,8 +60,8 @@ TEST_F(HostileAttach,
     EXPECT_TRUE(OnePassLater(supervisor_));
     EXPECT_FALSE(supervisor_.Client().Stop(request.daemonId));
     EXPECT_TRUE(supervisor_.Process().Running());
-    EXPECT_FALSE(
-        supervisor_.Client().Detach(request.daemonId)); // Stop removed the entry from the table.
+    // Stop removed the entry from the table.
+    EXPECT_FALSE(supervisor_.Client().Detach(request.daemonId));
     EXPECT_EQ(0U, supervisor_.Exit());
 }
 

@@ -14,7 +14,8 @@ namespace {
 
 class ServiceScene : public Scene {
 protected:
-    // Ends the process of a service with exit code 5. The service reports no stop, as after a crash.
+    // Ends the process of a service with exit code 5. The service reports no stop, as after a
+    // crash.
     static void Crash(const std::string& service)
     {
         const system::win32::v1::UniqueKernelHandle die(

@@ -58,8 +58,8 @@ TEST(StartUp, A_start_with_a_first_key_without_a_value_fails_and_ignores_the_sec
 TEST(StartUp, A_start_with_a_value_of_more_than_255_bytes_fails)
 {
     FirmwareRegistry registry;
-    registry.SetPathname(Key::current,
-                         "C:\\" + std::string(252, 'x')); // 256 bytes with the terminating zero
+    // 256 bytes with the terminating zero
+    registry.SetPathname(Key::current, "C:\\" + std::string(252, 'x'));
     EXPECT_EQ(ErrorOfFailedStart(), "Exception occured : could not get firmware root path\n");
 }
 
@@ -129,8 +129,8 @@ TEST(StartUp, The_supervisor_prefers_the_first_key)
 TEST(StartUp, The_supervisor_accepts_a_value_of_any_type)
 {
     SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
-        registry.SetPathname(Key::current, REG_BINARY,
-                             root + "\\App"); // without a terminating zero
+        // without a terminating zero
+        registry.SetPathname(Key::current, REG_BINARY, root + "\\App");
     });
     EXPECT_EQ(WorkingFolderOf(supervisor), supervisor.App());
 }

@@ -1,4 +1,5 @@
-// Upgrade: the supervisor ends, a new one starts, and daemonctl reattach gives it the running workers.
+// Upgrade: the supervisor ends, a new one starts, and daemonctl reattach gives it the running
+// workers.
 #include "ChildProcess.h"
 #include "Daemonctl.h"
 #include "PrefixClass.h"
@@ -21,8 +22,8 @@ namespace {
 
 using Json = nlohmann::json;
 
-// A supervisor that ends, and a second one that starts in the same folder. The processes that the first
-// one started keep running.
+// A supervisor that ends, and a second one that starts in the same folder. The processes that the
+// first one started keep running.
 class Upgrade : public ::testing::Test {
 protected:
     void StartNew()

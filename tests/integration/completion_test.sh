@@ -13,7 +13,8 @@ if grep -q $'\r' "$script"; then
 fi
 # shellcheck disable=SC1090
 source "$script" || exit 1
-daemonctl() { printf 'ID  STATE\n 3  running\n14  running\n -  running\n'; } # with the ids of daemons
+# Stands for the listing of daemonctl, from which the function takes the ids.
+daemonctl() { printf 'ID  STATE\n 3  running\n14  running\n -  running\n'; }
 
 failures=0
 expect() { # OFFERED_WORDS TYPED_WORD...: the last typed word is to be completed

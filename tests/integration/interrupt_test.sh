@@ -1,5 +1,6 @@
 #!/bin/bash
-# Ends the supervisor with an interrupt, as Ctrl+C in its terminal does, and checks that it ends in order:
+# Ends the supervisor with an interrupt, as Ctrl+C in its terminal does, and checks that it ends in
+# order:
 #   interrupt_test.sh BIN plain     without a terminal
 #   interrupt_test.sh BIN terminal  on a pseudo-terminal, with a signal
 #   interrupt_test.sh BIN typed     on a pseudo-terminal, with the key Ctrl+C
@@ -32,7 +33,8 @@ clean_up() {
 trap clean_up EXIT
 
 mkdir -p "$root/App"
-windows reg add "$key\\CurrentVersion" /v Pathname /d 'C:\dm_interrupt_test' /f || fail "cannot write the registry key"
+windows reg add "$key\\CurrentVersion" /v Pathname /d 'C:\dm_interrupt_test' /f ||
+    fail "cannot write the registry key"
 start="echo \$\$ >$folder/pid; exec $tools/wine-run $bin/DaemonManager.exe"
 case $kind in
     plain)
@@ -68,7 +70,8 @@ rm -f "$folder/pid"
     fail "the log ends with a wrong line: $(tail -n 1 "$log")"
 grep -q 'occured' "$log" && fail "the log shows a failure"
 windows "$bin/daemonctl.exe" detach 4711
-[ $? -eq 3 ] && grep -q 'no supervisor is running on this machine' "$notes" || fail "the supervisor is still published after its end"
+[ $? -eq 3 ] && grep -q 'no supervisor is running on this machine' "$notes" ||
+    fail "the supervisor is still published after its end"
 if [ "$kind" != plain ]; then
     grep -q $'\033]0;DaemonManager\a' "$folder/typescript" || fail "the console has no title"
 fi

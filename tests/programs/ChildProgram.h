@@ -40,8 +40,8 @@ inline void PumpMessages()
     }
 }
 
-/// Writes the exact command line of this program to a file in UTF-8. The file has the ending ".part"
-/// until it is complete.
+/// Writes the exact command line of this program to a file in UTF-8. The file has the ending
+/// ".part" until it is complete.
 inline void WriteCommandLine(const std::string& file)
 {
     const wchar_t* const text = GetCommandLineW();

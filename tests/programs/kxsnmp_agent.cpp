@@ -1,5 +1,5 @@
-// Child program with the name of the SNMP agent. It closes its window and ends after the keystrokes X
-// and Q. Argument: the event that it signals when the window exists.
+// Child program with the name of the SNMP agent. It closes its window and ends after the keystrokes
+// X and Q. Argument: the event that it signals when the window exists.
 #include "ChildProgram.h"
 
 namespace {

@@ -1,6 +1,6 @@
-// Child program with the name of the SNMP agent. It ignores keystrokes and ends on WM_QUIT. Its exit
-// code is the number of X keystrokes that it received. Argument: the event that it signals when the
-// window exists.
+// Child program with the name of the SNMP agent. It ignores keystrokes and ends on WM_QUIT. Its
+// exit code is the number of X keystrokes that it received. Argument: the event that it signals
+// when the window exists.
 #include "ChildProgram.h"
 
 namespace {

@@ -1,5 +1,5 @@
-// Child program without a window that runs until it is ended. Argument: the event that it signals when
-// it runs.
+// Child program without a window that runs until it is ended. Argument: the event that it signals
+// when it runs.
 #include "ChildProgram.h"
 
 int main(int argc, char** argv)

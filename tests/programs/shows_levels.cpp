@@ -1,6 +1,6 @@
-// Child program that writes a line of each level through the console sink and then reads the text and
-// the colours of the console. Exit code 0: all is right. 1 to 4: the line of level 0 to 3 is wrong.
-// 5: the next text would have a wrong colour. 6: the sink did not restore the colour.
+// Child program that writes a line of each level through the console sink and then reads the text
+// and the colours of the console. Exit code 0: all is right. 1 to 4: the line of level 0 to 3 is
+// wrong. 5: the next text would have a wrong colour. 6: the sink did not restore the colour.
 #include "log_perf/sink/ConsoleSink.h"
 
 #include <windows.h>

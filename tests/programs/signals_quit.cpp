@@ -1,5 +1,5 @@
-// Child program with one window. Arguments: three events. It signals the first event when the window
-// exists, and the second one on WM_QUIT. It ends when the test signals the third one.
+// Child program with one window. Arguments: three events. It signals the first event when the
+// window exists, and the second one on WM_QUIT. It ends when the test signals the third one.
 #include "ChildProgram.h"
 
 int main(int argc, char** argv)

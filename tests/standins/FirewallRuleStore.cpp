@@ -17,9 +17,10 @@ constexpr const wchar_t* kDeeds = L"Software\\DaemonManagerTest\\FirewallDeeds";
 
 UniqueRegistryKey OpenStore(const wchar_t* name)
 {
-    HKEY key = nullptr;
-    RegCreateKeyExW(HKEY_CURRENT_USER, name, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
-    return UniqueRegistryKey(key);
+    UniqueRegistryKey key;
+    RegCreateKeyExW(HKEY_CURRENT_USER, name, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.Put(),
+                    nullptr);
+    return key;
 }
 
 // Returns the text values of a key by name.
@@ -113,7 +114,8 @@ void NoteFirewallDeed(const std::wstring& text)
     FILETIME now{};
     GetSystemTimeAsFileTime(&now);
     const ULONGLONG time = (static_cast<ULONGLONG>(now.dwHighDateTime) << 32) | now.dwLowDateTime;
-    // The number of allocations must not depend on the number of deeds, because tests count allocations.
+    // The number of allocations must not depend on the number of deeds, because tests count
+    // allocations.
     DWORD count = 0;
     RegQueryInfoKeyW(OpenStore(kDeeds).Get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
                      &count, nullptr, nullptr, nullptr, nullptr);

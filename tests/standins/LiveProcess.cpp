@@ -13,8 +13,8 @@ template <typename T>
     return ReadProcessMemory(process, from, &to, sizeof to, nullptr) != FALSE;
 }
 
-// Reads the command line from the parameter block in the memory of the process. The block is where the
-// loader wrote it.
+// Reads the command line from the parameter block in the memory of the process. The block is where
+// the loader wrote it.
 std::wstring CommandLineOf(HANDLE process)
 {
     PROCESS_BASIC_INFORMATION basic{};

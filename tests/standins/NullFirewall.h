@@ -6,8 +6,8 @@
 
 namespace vqrx::test {
 
-// Implementations of the firewall interfaces. Every method returns E_NOTIMPL. A stand-in derives from
-// one of them and overrides the methods that the product calls.
+// Implementations of the firewall interfaces. Every method returns E_NOTIMPL. A stand-in derives
+// from one of them and overrides the methods that the product calls.
 
 /// Base of an object whose interface derives from IDispatch.
 template <typename Interface>

@@ -6,8 +6,8 @@
 
 namespace vqrx::test {
 
-// Implementations of the WMI interfaces. Every method returns E_NOTIMPL. A stand-in derives from one of
-// them and overrides the methods that the product calls.
+// Implementations of the WMI interfaces. Every method returns E_NOTIMPL. A stand-in derives from
+// one of them and overrides the methods that the product calls.
 
 class NullWbemServices : public Counted<IWbemServices> {
 public:

@@ -37,7 +37,8 @@ struct FirewallDeed {
     bool operator==(const std::wstring& other) const { return text == other; }
 };
 
-/// Returns the deeds of all processes in order of time. The list is in the registry, beside the rules.
+/// Returns the deeds of all processes in order of time. The list is in the registry, beside the
+/// rules.
 [[nodiscard]] std::vector<FirewallDeed> FirewallDeeds();
 /// Appends a deed with the current time.
 void NoteFirewallDeed(const std::wstring& text);
@@ -67,8 +68,8 @@ struct FirewallScript {
 /// Returns the script of this process.
 [[nodiscard]] FirewallScript& TheFirewallScript();
 
-/// Returns a class factory with one reference, which the caller owns. Returns null if the class is not
-/// one of the firewall.
+/// Returns a class factory with one reference, which the caller owns. Returns null if the class is
+/// not one of the firewall.
 [[nodiscard]] IUnknown* MakeFirewallFactory(REFCLSID classId);
 
 /// Registers the stand-in firewall in this process, without a rule. The destructor removes the

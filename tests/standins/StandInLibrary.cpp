@@ -1,6 +1,6 @@
-// Library with the stand-ins of WMI and of the firewall. Tests register it in the Wine prefix under the
-// class ids of WMI and of the firewall, so that every process of the prefix uses it, and remove the
-// registration again.
+// Library with the stand-ins of WMI and of the firewall. Tests register it in the Wine prefix under
+// the class ids of WMI and of the firewall, so that every process of the prefix uses it, and remove
+// the registration again.
 #include "StandInFirewall.h"
 #include "StandInWmi.h"
 

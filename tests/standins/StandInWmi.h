@@ -24,7 +24,7 @@ struct ProcessAnswer {
     PropertyAnswer commandLine;
 };
 
-/// Result of each step of the stand-in WMI in this process, and what the process asked for.
+/// Result of each step of the stand-in WMI in this process, and the arguments of the calls.
 struct WmiScript {
     HRESULT connect = S_OK;
     HRESULT blanket = S_OK;
@@ -43,8 +43,8 @@ struct WmiScript {
     long liveObjects = 0; ///< objects that are not yet deleted
 };
 
-/// Key below HKEY_CURRENT_USER for the stand-in in other processes. Its DWORD value "ExecQuery" is the
-/// result of every query. The stand-in reads it when a process asks for the locator.
+/// Key below HKEY_CURRENT_USER for the stand-in in other processes. Its DWORD value "ExecQuery" is
+/// the result of every query. The stand-in reads it when a process asks for the locator.
 inline constexpr const wchar_t* kWmiAnswersKey = L"Software\\DaemonManagerTest\\WmiAnswers";
 
 /// Returns the script of this process.

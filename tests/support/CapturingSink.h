@@ -49,8 +49,8 @@ public:
         }
     }
 
-    /// Sets a function that Write calls after it kept a record, on the writing thread and without the
-    /// lock of the sink.
+    /// Sets a function that Write calls after it kept a record, on the writing thread and without
+    /// the lock of the sink.
     void SetHook(std::function<void(const Record&)> hook)
     {
         const std::lock_guard lock(mutex_);

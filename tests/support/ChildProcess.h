@@ -20,7 +20,8 @@ namespace vqrx::test {
 /// @param name  file name with ".exe"
 [[nodiscard]] std::string ProductProgram(const std::string& name);
 
-/// Named event, at first not signalled. A child program signals it when it is ready, or waits for it.
+/// Named event, at first not signalled. A child program signals it when it is ready, or waits for
+/// it.
 class ReadyEvent {
 public:
     ReadyEvent();
@@ -42,8 +43,8 @@ private:
 class ChildProcess {
 public:
     /// @param commandLine  as CreateProcess takes it, the program's path first
-    /// @param output       handle for the child's output and errors, which the child inherits; null for
-    ///                     those of this program
+    /// @param output       handle for the child's output and errors, which the child inherits; null
+    ///                     for those of this program
     /// @throws std::runtime_error if the process cannot be started
     explicit ChildProcess(std::string commandLine, HANDLE output = nullptr);
     ChildProcess(ChildProcess&&) noexcept = default;

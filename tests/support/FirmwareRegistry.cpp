@@ -19,10 +19,9 @@ std::string KeyName(FirmwareRegistry::Key key)
 
 UniqueRegistryKey Open(const std::string& name, REGSAM access)
 {
-    HKEY key = nullptr;
-    return RegOpenKeyExA(HKEY_LOCAL_MACHINE, name.c_str(), 0, access, &key) == ERROR_SUCCESS
-               ? UniqueRegistryKey(key)
-               : UniqueRegistryKey();
+    UniqueRegistryKey key;
+    RegOpenKeyExA(HKEY_LOCAL_MACHINE, name.c_str(), 0, access, key.Put()); // null if it fails
+    return key;
 }
 
 void Delete(FirmwareRegistry::Key key)
@@ -74,14 +73,13 @@ FirmwareRegistry::Saved FirmwareRegistry::Save(Key key)
 
 void FirmwareRegistry::Create(Key key)
 {
-    HKEY made = nullptr;
+    UniqueRegistryKey created;
     const LSTATUS status = RegCreateKeyExA(HKEY_LOCAL_MACHINE, KeyName(key).c_str(), 0, nullptr, 0,
-                                           KEY_ALL_ACCESS, nullptr, &made, nullptr);
+                                           KEY_ALL_ACCESS, nullptr, created.Put(), nullptr);
     if (status != ERROR_SUCCESS) {
         throw std::runtime_error("cannot create the registry key " + KeyName(key) + ": " +
                                  std::to_string(status));
     }
-    const UniqueRegistryKey owner(made);
 }
 
 void FirmwareRegistry::SetPathname(Key key, const std::string& value)

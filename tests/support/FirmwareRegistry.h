@@ -8,8 +8,8 @@
 
 namespace vqrx::test {
 
-/// Owns the two registry keys that name the firmware root. The constructor saves and removes both keys.
-/// The destructor restores them.
+/// Owns the two registry keys that name the firmware root. The constructor saves and removes both
+/// keys. The destructor restores them.
 class FirmwareRegistry {
 public:
     enum Key { current, older };

@@ -47,9 +47,8 @@ std::vector<SystemHandle> AllSystemHandles()
     NTSTATUS status = kLengthMismatch;
     while (status == kLengthMismatch) {
         buffer.resize(buffer.size() * 2);
-        status =
-            query(kAllHandles, buffer.data(), static_cast<ULONG>(buffer.size() * sizeof buffer[0]),
-                  &needed);
+        status = query(kAllHandles, buffer.data(),
+                       static_cast<ULONG>(buffer.size() * sizeof buffer[0]), &needed);
     }
     if (status < 0) {
         throw std::runtime_error("the system does not list its handles: " + std::to_string(status));
@@ -59,8 +58,8 @@ std::vector<SystemHandle> AllSystemHandles()
     handles.reserve(table->count);
     for (ULONG_PTR index = 0; index < table->count; ++index) {
         const TableEntry& entry = table->entries[index];
-        handles.push_back({static_cast<DWORD>(entry.ownerId),
-                           reinterpret_cast<HANDLE>(entry.value), entry.type});
+        handles.push_back(
+            {static_cast<DWORD>(entry.ownerId), reinterpret_cast<HANDLE>(entry.value), entry.type});
     }
     return handles;
 }

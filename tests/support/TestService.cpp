@@ -29,7 +29,8 @@ TestService::TestService(const std::string& name, DWORD type, DWORD startType, D
             return;
         }
         const DWORD error = GetLastError();
-        // A deleted service keeps its name until the service manager notices the end of its process.
+        // A deleted service keeps its name until the service manager notices the end of its
+        // process.
         if (error != ERROR_SERVICE_MARKED_FOR_DELETE || GetTickCount64() > deadline) {
             throw std::runtime_error("cannot create service " + name + ": " +
                                      std::to_string(error));

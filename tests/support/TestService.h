@@ -13,7 +13,8 @@ class TestService {
 public:
     /// @param type       SERVICE_WIN32_OWN_PROCESS or SERVICE_WIN32_SHARE_PROCESS
     /// @param startType  SERVICE_DEMAND_START or SERVICE_DISABLED
-    /// @param holdEvent  the service stays start-pending until this event is signalled; empty for none
+    /// @param holdEvent  the service stays start-pending until this event is signalled; empty for
+    ///                   none
     /// @param pendingMs  after holdEvent the service stays start-pending for this many milliseconds
     /// @throws std::runtime_error if the service cannot be created
     explicit TestService(const std::string& name, DWORD type = SERVICE_WIN32_OWN_PROCESS,

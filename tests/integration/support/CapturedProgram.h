@@ -9,8 +9,8 @@
 
 namespace vqrx::test {
 
-/// Owns a running program and keeps its output. The destructor ends the program and all processes that
-/// it or its descendants started, and waits for the end of the program.
+/// Owns a running program and keeps its output. The destructor ends the program and all processes
+/// that it or its descendants started, and waits for the end of the program.
 class CapturedProgram {
 public:
     /// @param commandLine  UTF-8, the program's path first

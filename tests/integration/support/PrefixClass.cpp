@@ -26,13 +26,13 @@ constexpr CLSID kFirewallClasses[] = {
 
 UniqueRegistryKey Open(const std::wstring& name)
 {
-    HKEY key = nullptr;
-    const LSTATUS status =
-        RegOpenKeyExW(HKEY_LOCAL_MACHINE, name.c_str(), 0, KEY_QUERY_VALUE | KEY_SET_VALUE, &key);
+    UniqueRegistryKey key;
+    const LSTATUS status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, name.c_str(), 0,
+                                         KEY_QUERY_VALUE | KEY_SET_VALUE, key.Put());
     if (status != ERROR_SUCCESS) {
         throw std::runtime_error("cannot open a COM class: " + std::to_string(status));
     }
-    return UniqueRegistryKey(key);
+    return key;
 }
 
 std::optional<std::wstring> Read(const UniqueRegistryKey& key, const wchar_t* value)

@@ -8,9 +8,9 @@
 
 namespace vqrx::test {
 
-/// Replaces the library of a COM class for every process of the Wine prefix. The destructor restores
-/// the host's library. The registry keeps the path of the host's library, so the next run restores it
-/// even if a run was aborted.
+/// Replaces the library of a COM class for every process of the Wine prefix. The destructor
+/// restores the host's library. The registry keeps the path of the host's library, so the next run
+/// restores it even if a run was aborted.
 class PrefixClass {
 public:
     /// @throws std::runtime_error  if the registry cannot be read or written
@@ -23,8 +23,8 @@ private:
     std::wstring key_;
 };
 
-/// Registers the stand-in firewall, and on request the stand-in WMI, in every process of the Wine prefix.
-/// The destructor removes the registration.
+/// Registers the stand-in firewall, and on request the stand-in WMI, in every process of the Wine
+/// prefix. The destructor removes the registration.
 class PrefixStandIns {
 public:
     enum class Wmi {

@@ -4,8 +4,8 @@
 
 namespace vqrx::test {
 
-/// Registers DaemonMgrPS.dll, so that other processes can call the supervisor. The destructor removes
-/// the registration.
+/// Registers DaemonMgrPS.dll, so that other processes can call the supervisor. The destructor
+/// removes the registration.
 class ProxyRegistration {
 public:
     /// @throws std::runtime_error  if the library cannot be loaded or does not register

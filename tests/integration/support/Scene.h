@@ -19,14 +19,15 @@ namespace vqrx::test {
 /// Converts a path or an argument for a call of a client.
 [[nodiscard]] std::wstring WideText(const std::string& text);
 
-/// Waits for the end of a pass that begins after the call. The function launches a missing program, which
-/// is the last entry of the table, and waits for the line of its failed start. At that moment the log
-/// shows everything that the pass did.
+/// Waits for the end of a pass that begins after the call. The function launches a missing program,
+/// which is the last entry of the table, and waits for the line of its failed start. At that moment
+/// the log shows everything that the pass did.
 /// @return false if the pass does not end within a minute
 [[nodiscard]] bool OnePassLater(SupervisorProcess& supervisor);
 
-/// A supervisor on a machine with a running firewall and with WMI. The firewall is a stand-in, and WMI is
-/// one if WMI of the host is incomplete. Both are registered for the tests of one suite only.
+/// A supervisor on a machine with a running firewall and with WMI. The firewall is a stand-in, and
+/// WMI is one if WMI of the host is incomplete. Both are registered for the tests of one suite
+/// only.
 class Scene : public ::testing::Test {
 protected:
     static void SetUpTestSuite();

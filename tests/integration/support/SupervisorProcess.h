@@ -19,16 +19,16 @@
 
 namespace vqrx::test {
 
-/// Owns a real DaemonManager.exe that runs in its own firmware root and is published. The destructor ends
-/// it and all processes that it started.
+/// Owns a real DaemonManager.exe that runs in its own firmware root and is published. The
+/// destructor ends it and all processes that it started.
 class SupervisorProcess {
 public:
     /// Writes the registry keys for a firmware root.
     using Configure = std::function<void(FirmwareRegistry& registry, const std::string& root)>;
 
     /// @param configure  by default writes root\App\bin, as an installation does
-    /// @throws std::runtime_error  with the standard error of the supervisor, if the supervisor ends or is
-    ///                             not published within a minute
+    /// @throws std::runtime_error  with the standard error of the supervisor, if the supervisor
+    ///         ends or is not published within a minute
     explicit SupervisorProcess(const Configure& configure = InstalledInApp);
     SupervisorProcess(const SupervisorProcess&) = delete;
     SupervisorProcess& operator=(const SupervisorProcess&) = delete;
