@@ -143,7 +143,7 @@ void EnduranceRun::Report() const
     text << "load                    " << last.seconds << " s, after " << startUpSeconds_
          << " s of start-up\n"
          << "daemons                 " << options_.daemons << ", and " << clients_->Daemons().size()
-         << " of " << Clients::kCount << " clients\n"
+         << " daemons of " << Clients::kCount << " clients\n"
          << "clients killed          " << clients_->Killed() << ", " << clients_->KilledInCall()
          << " of them in a call\n"
          << "daemons killed          " << fleet_->Killed() << ", started again after "
