@@ -1,9 +1,11 @@
-// Listing, copying and removing, beside plain loops over the same system calls.
+// Listing, copying and removing of folders, compared with plain loops over the functions of
+// Windows.
 #include <windows.h>
 
 #include "Measure.h"
 #include "file/DirectoryListing.h"
 #include "file/FileOperations.h"
+#include "win32/UniqueHandle.h"
 
 #include <cstring>
 #include <stdexcept>
@@ -18,8 +20,9 @@ template <typename Visit>
 void PlainList(const std::string& folder, const Visit& visit)
 {
     WIN32_FIND_DATAA found{};
-    const HANDLE search = FindFirstFileA((folder + "\\*").c_str(), &found);
-    if (search == INVALID_HANDLE_VALUE) {
+    const system::win32::v1::UniqueFindHandle search(
+        FindFirstFileA((folder + "\\*").c_str(), &found));
+    if (!search) {
         throw std::runtime_error("cannot list " + folder);
     }
     do {
@@ -27,8 +30,7 @@ void PlainList(const std::string& folder, const Visit& visit)
             visit(folder + "\\" + found.cFileName,
                   (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0);
         }
-    } while (FindNextFileA(search, &found) != FALSE);
-    FindClose(search);
+    } while (FindNextFileA(search.Get(), &found) != FALSE);
 }
 
 void PlainCopy(const std::string& from, const std::string& to)

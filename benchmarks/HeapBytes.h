@@ -4,7 +4,7 @@
 
 namespace vqrx::bench {
 
-/// Bytes of all blocks in use on this process's heaps, their overhead included.
-std::size_t HeapBytes();
+/// Returns the bytes of all used blocks on the heaps of this process, with their overhead.
+[[nodiscard]] std::size_t HeapBytes();
 
 } // namespace vqrx::bench

@@ -5,22 +5,24 @@
 
 namespace vqrx::bench {
 
-/// A process as the host's own /proc shows it: under Wine the times that Windows would tell of
-/// another process are too coarse. Does nothing useful on Windows.
+/// Times and memory of a process, read from /proc of the host. The times that Wine reports for
+/// another process are too coarse. On Windows no process is found.
 class HostProcess {
 public:
-    /// Looks for the one process whose command line begins with this text.
+    /// Finds the process whose command line begins with this text.
     explicit HostProcess(const std::string& commandLine);
 
-    bool Found() const { return !folder_.empty(); }
-    /// Processor time of each of its threads so far, nanoseconds.
+    [[nodiscard]] bool Found() const { return !folder_.empty(); }
+    /// Processor time by thread, nanoseconds.
     using ThreadTimes = std::map<std::string, double>;
-    ThreadTimes CpuOfThreads() const;
-    /// Seconds since then, without threads that have ended meanwhile.
-    double CpuSecondsSince(const ThreadTimes& before) const;
-    /// Resident memory, and the part of it that is its own, bytes.
-    double ResidentBytes() const;
-    double PrivateBytes() const;
+    /// Returns the processor time that each running thread has used.
+    [[nodiscard]] ThreadTimes CpuOfThreads() const;
+    /// Returns the processor time since the earlier call, seconds, without threads that have ended.
+    [[nodiscard]] double CpuSecondsSince(const ThreadTimes& before) const;
+    /// Returns the resident memory, bytes.
+    [[nodiscard]] double ResidentBytes() const;
+    /// Returns the resident memory that no other process shares, bytes.
+    [[nodiscard]] double PrivateBytes() const;
 
 private:
     double Kilobytes(const char* file, const char* field) const;

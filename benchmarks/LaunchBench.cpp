@@ -1,4 +1,5 @@
-// Launch against a table of 10,000 daemons, from within the process and from another one.
+// Duration of Launch with a table of 10,000 daemons, called in the process and from another
+// process.
 #include "ArgumentArray.h"
 #include "DaemonManager.h"
 #include "HeapBytes.h"
@@ -10,6 +11,7 @@
 #include "com/UniqueBstr.h"
 #include "daemon_manager/SupervisorClient.h"
 #include "log_perf/LibLogPerf.h"
+#include "win32/UniqueHandle.h"
 
 #include <string>
 #include <vector>
@@ -20,6 +22,7 @@ namespace {
 using system::com::v1::ComPtr;
 using system::com::v1::UniqueBstr;
 using system::daemon::daemon_mgr::v0::DaemonManager;
+using system::win32::v1::UniqueKernelHandle;
 
 constexpr std::uint32_t kUnknownDaemon = 0xFFFFFFF0;
 constexpr int kCalls = 100;
@@ -79,7 +82,7 @@ void LaunchBench(const Settings& settings)
     for (int number = 0; number < records; ++number) {
         Request(number).Send(*manager.Get());
     }
-    Sleep(500); // the logger's records are gone
+    Sleep(500); // The logger writes its last records in this time.
     Report("launch.table_mib", static_cast<double>(HeapBytes() - before) / 1048576);
 
     Request last(records - 1);
@@ -97,9 +100,11 @@ void LaunchBench(const Settings& settings)
     std::string commandLine = OwnPath() + " launch_client " + std::to_string(records - 1);
     if (CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
                        &startup, &client) != FALSE) {
-        WaitForSingleObject(client.hProcess, 60000);
-        CloseHandle(client.hThread);
-        CloseHandle(client.hProcess);
+        const UniqueKernelHandle primaryThread(client.hThread);
+        const UniqueKernelHandle process(client.hProcess);
+        if (WaitForSingleObject(process.Get(), 60000) != WAIT_OBJECT_0) {
+            TerminateProcess(process.Get(), 9);
+        }
     }
 }
 
@@ -110,7 +115,7 @@ int LaunchClient()
     client.Detach(kUnknownDaemon);
     const Stopwatch call;
     for (int i = 0; i < kCalls; ++i) {
-        client.Detach(kUnknownDaemon); // does nothing: the price of the call
+        client.Detach(kUnknownDaemon); // has no effect, so only the call itself takes time
     }
     Report("launch.one_call_us", call.Seconds() / kCalls * 1e6);
     const int last = std::stoi(__argv[2]);

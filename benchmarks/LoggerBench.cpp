@@ -1,5 +1,7 @@
-// A call of the logger, and records a second to the file, beside spdlog's asynchronous logger with
-// its plain file sink, which is told to flush every record as ours does.
+// Duration of a call of the logger, and records per second to the file, compared with the
+// asynchronous logger of spdlog with its plain file sink. That sink flushes every record, as the
+// product's sink does.
+#include "LogLevel.h"
 #include "Measure.h"
 #include "log_perf/LibLogPerf.h"
 #include "log_perf/ring/LogFileSink.h"
@@ -24,12 +26,13 @@ namespace {
 using namespace log::log_perf::v2;
 using system::win32::v1::UniqueKernelHandle;
 
-constexpr int kBurst = 500; // half of what our queue holds: nothing is lost
+constexpr int kBurst = 500; // half of the queue, so that no record is lost
 constexpr std::uint32_t kRingSize = 0x100000;
 
-/// Tells when the record has been written that was awaited.
+/// Counts written records and waits for a number of them.
 class Arrivals {
 public:
+    /// Sets the number of further records for which Wait waits.
     void Expect(std::size_t more) { target_ = count_ + more; }
     void Arrived()
     {
@@ -38,15 +41,15 @@ public:
         }
     }
     void Wait() const { WaitForSingleObject(event_.Get(), 60000); }
-    /// Waits until so many have arrived in all, or a few more. Whom it waits for has no part in it:
-    /// to signal an event would cost it as much as ten records.
+    /// Waits until at least count records are written. Polls, because an event would cost the
+    /// writer as much time as ten records.
     void WaitForCount(std::size_t count) const
     {
         while (count_ < count) {
             Sleep(1);
         }
     }
-    std::size_t Count() const { return count_; }
+    [[nodiscard]] std::size_t Count() const { return count_; }
 
 private:
     std::atomic<std::size_t> count_ = 0;
@@ -82,7 +85,8 @@ public:
     }
     void Log(int number)
     {
-        logger_.Log(2, "Start DaemonId(%d) PId(%d) : %s ", 7, number, kDaemonPath);
+        logger_.Log(log::i_logger::v0::kLevelInformation, "Start DaemonId(%d) PId(%d) : %s ", 7,
+                    number, kDaemonPath);
     }
 
     Arrivals arrivals;
@@ -144,7 +148,7 @@ void Bursts(const std::string& name, const Settings& settings)
     Logger logger(settings.scratch);
     const int bursts = settings.quick ? 4 : 40;
     double calling = 0;
-    for (int burst = -1; burst < bursts; ++burst) { // the first one warms up
+    for (int burst = -1; burst < bursts; ++burst) { // The first burst warms up and does not count.
         logger.arrivals.Expect(kBurst);
         const Stopwatch watch;
         for (int i = 0; i < kBurst; ++i) {
@@ -156,17 +160,18 @@ void Bursts(const std::string& name, const Settings& settings)
     Report("log.one_caller_ns." + name, calling / (bursts * kBurst) * 1e9);
 }
 
-// As many as the file takes, with none lost: never more than our queue holds are on their way.
+// Writes as fast as the file allows. At most 900 records wait at a time, fewer than the queue
+// holds, so that no record is lost.
 template <typename Logger>
 void Sustained(const std::string& name, const Settings& settings)
 {
-    constexpr std::size_t kOnTheWay = 900;
+    constexpr std::size_t kMaxWaiting = 900;
     Logger logger(settings.scratch);
     const std::size_t records = settings.quick ? 5000 : 50000;
     const Stopwatch watch;
     for (std::size_t i = 0; i < records; ++i) {
-        if (i - logger.arrivals.Count() >= kOnTheWay) {
-            logger.arrivals.WaitForCount(i - kOnTheWay / 2);
+        if (i - logger.arrivals.Count() >= kMaxWaiting) {
+            logger.arrivals.WaitForCount(i - kMaxWaiting / 2);
         }
         logger.Log(static_cast<int>(i));
     }
@@ -226,7 +231,8 @@ void Flood(const std::string& name, const Settings& settings)
     }
     seconds = watch.Seconds();
     Report("log.flood_ns." + name, seconds / records * 1e9);
-    std::size_t before = 0; // what is not lost comes within two quiet tenths of a second
+    // All records are written or lost if the count stays the same for 200 ms.
+    std::size_t before = 0;
     do {
         before = arrivals->Count();
         Sleep(200);

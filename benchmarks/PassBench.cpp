@@ -1,9 +1,10 @@
-// A supervision pass over live daemons, of which nothing is to be done.
+// Duration of a supervision pass over running daemons.
 #include "Measure.h"
 #include "SharedChild.h"
 #include "SupervisionPass.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -11,13 +12,14 @@ namespace vqrx::bench {
 namespace {
 
 using namespace system::daemon::daemon_mgr::v0;
+using system::win32::v1::UniqueKernelHandle;
 
 class NoLogger final : public log::i_logger::v0::ILogger {
 public:
     void Log(int, const char*, ...) override {}
 };
 
-DaemonTable LiveDaemons(DWORD count, const std::vector<HANDLE>& processes)
+DaemonTable LiveDaemons(DWORD count, const std::vector<UniqueKernelHandle>& processes)
 {
     DaemonTable table;
     for (DWORD id = 0; id < count; ++id) {
@@ -26,8 +28,8 @@ DaemonTable LiveDaemons(DWORD count, const std::vector<HANDLE>& processes)
         record.arguments = {std::to_string(id)};
         record.daemonId = id;
         HANDLE process = nullptr;
-        DuplicateHandle(GetCurrentProcess(), processes[id % processes.size()], GetCurrentProcess(),
-                        &process, 0, FALSE, DUPLICATE_SAME_ACCESS);
+        DuplicateHandle(GetCurrentProcess(), processes[id % processes.size()].Get(),
+                        GetCurrentProcess(), &process, 0, FALSE, DUPLICATE_SAME_ACCESS);
         record.process.Reset(process);
         table.emplace(id, std::move(record));
     }
@@ -39,11 +41,13 @@ DaemonTable LiveDaemons(DWORD count, const std::vector<HANDLE>& processes)
 void PassBench(const Settings& settings)
 {
     static const Children children;
-    static const std::vector<HANDLE> processes = [] {
-        std::vector<HANDLE> started;
+    static const std::vector<UniqueKernelHandle> processes = [] {
+        std::vector<UniqueKernelHandle> started;
         for (int i = 0; i < 4; ++i) {
             started.push_back(Children::Start());
-            children.WaitForStart();
+            if (!children.WaitForStart()) {
+                throw std::runtime_error("a child has not started within two minutes");
+            }
         }
         return started;
     }();
@@ -54,7 +58,7 @@ void PassBench(const Settings& settings)
         }
         const std::string suffix = "." + std::to_string(count);
         DaemonTable table = LiveDaemons(count, processes);
-        SupervisionPass(table, logger); // the first one sees every handle for the first time
+        SupervisionPass(table, logger); // The first pass uses every handle for the first time.
         const int passes = static_cast<int>(std::max<DWORD>(1, 1000 / count));
         const Stopwatch ours;
         for (int pass = 0; pass < passes; ++pass) {

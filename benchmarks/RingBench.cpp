@@ -1,6 +1,7 @@
-// The ring file without the logger: the two writes a record costs at least, the sink alone, opening
-// a full ring, and the history in memory.
+// The ring file without the logger: the least two writes for each record, the sink alone, the
+// opening of a full ring, the history in memory, and the clock.
 #include "HeapBytes.h"
+#include "LogLevel.h"
 #include "Measure.h"
 #include "log_perf/ring/LogFileSink.h"
 #include "log_perf/time/Clock.h"
@@ -19,6 +20,7 @@ namespace vqrx::bench {
 namespace {
 
 using namespace log::log_perf::v2;
+using log::i_logger::v0::kLevelInformation;
 using system::win32::v1::UniqueKernelHandle;
 
 constexpr std::uint32_t kRingSize = 0x100000;
@@ -36,7 +38,8 @@ void RawWrites(const std::string& name, int records)
     const std::string line = "123456;Sat Nov 21 04:52:16.427;1795236736427;2;" + Text() + "\n";
     std::streamoff position = 12;
     file.seekp(position);
-    // Every logger has a thread of its own, and a file costs a process of two threads more.
+    // Starts a second thread as a logger does, because a file operation costs more in a process
+    // with two threads.
     const UniqueKernelHandle end(CreateEventA(nullptr, TRUE, FALSE, nullptr));
     std::thread second([&] { WaitForSingleObject(end.Get(), INFINITE); });
     const Stopwatch watch;
@@ -62,12 +65,12 @@ void SinkAlone(const std::string& name, int records)
     sink.SetSizeLimit(kRingSize);
     const std::string text = Text();
     Timestamp timestamp = CurrentTimestamp();
-    sink.Write(2, &timestamp, text.c_str());
+    sink.Write(kLevelInformation, &timestamp, text.c_str());
     const Stopwatch watch;
     for (int i = 0; i < records; ++i) {
         timestamp.millitm = static_cast<unsigned short>(i % 1000);
         timestamp.time += i % 1000 == 0 ? 1 : 0;
-        sink.Write(2, &timestamp, text.c_str());
+        sink.Write(kLevelInformation, &timestamp, text.c_str());
     }
     Report("file.records_per_second.sink_alone", records / watch.Seconds());
 }
@@ -90,25 +93,26 @@ void Reload(const std::string& name)
     sink.SetSizeLimit(kRingSize);
     const Timestamp timestamp = CurrentTimestamp();
     const Stopwatch watch;
-    sink.Write(2, &timestamp, "opened"); // the first record opens the file and reads it
+    // The first record opens and reads the file.
+    sink.Write(kLevelInformation, &timestamp, "opened");
     Report("ring.reload_ms", watch.Seconds() * 1e3);
 }
 
 void History()
 {
     const std::size_t before = HeapBytes();
-    const auto sink = std::make_unique<LogFileSink>(); // without a file: memory only
+    const auto sink = std::make_unique<LogFileSink>(); // without a file, only in memory
     const std::string text = Text();
     const Timestamp timestamp = CurrentTimestamp();
     const Stopwatch watch;
     for (int i = 0; i < kHistory; ++i) {
-        sink->Write(2, &timestamp, text.c_str());
+        sink->Write(kLevelInformation, &timestamp, text.c_str());
     }
     Report("history.insert_ns", watch.Seconds() / kHistory * 1e9);
     Report("history.bytes_an_entry", static_cast<double>(HeapBytes() - before) / kHistory);
     const Stopwatch whenFull;
     for (int i = 0; i < kHistory; ++i) {
-        sink->Write(2, &timestamp, text.c_str());
+        sink->Write(kLevelInformation, &timestamp, text.c_str());
     }
     Report("history.insert_when_full_ns", whenFull.Seconds() / kHistory * 1e9);
 }

@@ -16,7 +16,7 @@ Children::Children()
           MapViewOfFile(mapping_.Get(), FILE_MAP_ALL_ACCESS, 0, 0, sizeof(LONG))))
 {
     if (!started_ || !end_ || processId_ == nullptr) {
-        throw std::runtime_error("cannot make what the children share");
+        throw std::runtime_error("cannot create the objects that the children share");
     }
 }
 
@@ -37,7 +37,7 @@ void Children::EndAll() const
     ResetEvent(end_.Get());
 }
 
-HANDLE Children::Start()
+system::win32::v1::UniqueKernelHandle Children::Start()
 {
     STARTUPINFOA startup{};
     startup.cb = sizeof startup;
@@ -47,8 +47,8 @@ HANDLE Children::Start()
                        nullptr, nullptr, &startup, &process) == FALSE) {
         throw std::runtime_error("cannot start a child");
     }
-    const system::win32::v1::UniqueKernelHandle primaryThread(process.hThread); // closed at once
-    return process.hProcess;
+    const system::win32::v1::UniqueKernelHandle primaryThread(process.hThread);
+    return system::win32::v1::UniqueKernelHandle(process.hProcess);
 }
 
 int Children::Run()
@@ -57,7 +57,7 @@ int Children::Run()
     *shared.processId_ = static_cast<LONG>(GetCurrentProcessId());
     ReleaseSemaphore(shared.started_.Get(), 1, nullptr);
     WaitForSingleObject(shared.end_.Get(), INFINITE);
-    ExitProcess(0); // without signalling the end again
+    ExitProcess(0); // Skips the destructor, which would signal the event again.
 }
 
 std::string OwnPath()

@@ -8,8 +8,9 @@
 
 namespace vqrx::bench {
 
-/// What this program and the children it starts of itself, directly or through the supervisor,
-/// share: children count their starts and leave their process ids, and all end at a signal.
+/// Objects that dm_bench shares with its children. A child is another process of dm_bench, started
+/// directly or by the supervisor. It counts its start in a semaphore, writes its process id to
+/// shared memory, and ends when an event is signalled.
 class Children {
 public:
     Children();
@@ -17,16 +18,18 @@ public:
     Children(const Children&) = delete;
     Children& operator=(const Children&) = delete;
 
-    /// @return whether one more child has started within the time
-    bool WaitForStart(DWORD milliseconds = 120000) const;
-    /// The process id of the child that has started last.
-    DWORD LastProcessId() const;
-    /// Ends those that run now.
+    /// Waits until one more child has started.
+    /// @return false if no child starts in this time
+    [[nodiscard]] bool WaitForStart(DWORD milliseconds = 120000) const;
+    /// Returns the process id of the newest child.
+    [[nodiscard]] DWORD LastProcessId() const;
+    /// Ends all running children.
     void EndAll() const;
-    /// Starts one directly. The caller owns the process.
-    static HANDLE Start();
+    /// Starts a child directly and returns its process.
+    /// @throws std::runtime_error  if the child cannot be started
+    [[nodiscard]] static system::win32::v1::UniqueKernelHandle Start();
 
-    /// The body of a child.
+    /// Runs a child until its end. Returns its exit code.
     static int Run();
 
 private:
@@ -36,7 +39,7 @@ private:
     volatile LONG* processId_;
 };
 
-/// This program's own path.
-std::string OwnPath();
+/// Returns the path of this program.
+[[nodiscard]] std::string OwnPath();
 
 } // namespace vqrx::bench

@@ -1,5 +1,5 @@
-// The real supervisor: start and end, what it costs when nothing happens, and how soon a daemon
-// that was killed runs again.
+// The real supervisor: duration of its start and end, cost of an idle supervisor, and time from the
+// kill of a daemon to its restart.
 #include "HostProcess.h"
 #include "Measure.h"
 #include "SharedChild.h"
@@ -21,6 +21,7 @@ namespace {
 using daemon_manager::SupervisorClient;
 using system::win32::v1::UniqueKernelHandle;
 
+/// Owns a supervisor. The destructor ends it if End was not called.
 class Supervisor {
 public:
     explicit Supervisor(const Settings& settings)
@@ -34,13 +35,14 @@ public:
                            nullptr, nullptr, &startup, &process) == FALSE) {
             throw std::runtime_error("cannot start " + settings.supervisor);
         }
-        const UniqueKernelHandle primaryThread(process.hThread); // closed at once
+        const UniqueKernelHandle primaryThread(process.hThread);
         process_.Reset(process.hProcess);
         while (!client_) {
             try {
                 client_ = std::make_unique<SupervisorClient>();
             } catch (const daemon_manager::SupervisorNotRunning&) {
                 if (watch.Seconds() > 60) {
+                    TerminateProcess(process_.Get(), 9);
                     throw;
                 }
                 Sleep(2);
@@ -50,9 +52,11 @@ public:
     }
     Supervisor(const Supervisor&) = delete;
     Supervisor& operator=(const Supervisor&) = delete;
+    ~Supervisor() { TerminateProcess(process_.Get(), 9); } // no effect after its end
 
     SupervisorClient& Client() { return *client_; }
-    double StartSeconds() const { return startSeconds_; }
+    [[nodiscard]] double StartSeconds() const { return startSeconds_; }
+    /// Ends the supervisor and returns the seconds until its end.
     double End()
     {
         const Stopwatch watch;
@@ -105,10 +109,10 @@ void Idle(const Settings& settings, const Children& children)
         for (int number = 0; number < daemons; ++number) {
             Await(children);
         }
-        Sleep(2000); // the pass that has started the last one is over
+        Sleep(2000); // The pass that started the last daemon ends in this time.
         const HostProcess host(settings.supervisor);
         if (!host.Found()) {
-            throw std::runtime_error("the supervisor is not found in /proc");
+            throw std::runtime_error("/proc does not show the supervisor");
         }
         const std::string suffix = "." + std::to_string(daemons);
         const HostProcess::ThreadTimes before = host.CpuOfThreads();
@@ -123,8 +127,9 @@ void Idle(const Settings& settings, const Children& children)
     }
 }
 
-// One random moment in each of so many equal parts of the supervisor's period, in random order: the
-// median of 50 moments drawn from the whole period would be uncertain by 70 ms.
+// Divides the supervisor's period into count equal parts and returns one random moment of each
+// part, in random order. If all 50 moments were drawn from the whole period, their median would be
+// uncertain by 70 ms.
 std::vector<DWORD> MomentsOfPeriod(int count)
 {
     constexpr double kPeriodMs = 1000;
@@ -146,9 +151,9 @@ void Kill(const Settings& settings, const Children& children)
     Await(children);
     for (std::size_t kill = 0; kill < moments.size(); ++kill) {
         const DWORD processId = children.LastProcessId();
-        if (kill % 5 == 0) { // in turn: what one start costs now
+        if (kill % 5 == 0) { // measures one process start between the kills
             const Stopwatch start;
-            const UniqueKernelHandle child(Children::Start());
+            const UniqueKernelHandle child = Children::Start();
             Await(children);
             Report("restart.process_start_ms", start.Seconds() * 1e3);
             TerminateProcess(child.Get(), 0);

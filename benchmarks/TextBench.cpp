@@ -1,4 +1,5 @@
-// UTF-16 to UTF-8, beside the system's converter asked for the size first, as one has to.
+// Conversion from UTF-16 to UTF-8, compared with the converter of the system, which is called
+// twice: for the size and for the text.
 #include "Measure.h"
 #include "utf/Transcode.h"
 

@@ -1,5 +1,5 @@
-// dm_bench [options] [section...]: prints one line "measure value" for each sample. ./bench runs it
-// and sums up.
+// dm_bench [options] [section...]: measures, and prints one line "measure value" for each sample.
+// ./bench runs this program and report.py, which computes medians and ratios.
 #include "Measure.h"
 
 #include <algorithm>
@@ -15,7 +15,7 @@ using vqrx::bench::Settings;
 struct Section {
     const char* name;
     void (*run)(const Settings&);
-    bool once; // not in every round: long, or with rounds of its own
+    bool once; // true: the section runs once, because it is long or has its own rounds
 };
 
 constexpr Section kSections[] = {
@@ -72,7 +72,8 @@ try {
             }
         }
     }
-    for (const Section& section : kSections) { // at the end: they end the children of the others
+    for (const Section& section :
+         kSections) { // They end the children of the other sections, so they come last.
         if (section.once) {
             run(section, 0);
         }

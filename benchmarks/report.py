@@ -1,5 +1,9 @@
 #!/usr/bin/env python3
-"""Runs dm_bench and sums up: medians, spread, ratios beside their goals; JSON and a picture on demand."""
+"""Runs dm_bench and prints medians, quartiles, and ratios with their goals.
+
+With options the result is JSON, tables in Markdown, or a picture. With --samples the program does
+not run dm_bench and reads the samples of an earlier run.
+"""
 import argparse
 import json
 import os
@@ -8,40 +12,40 @@ import subprocess
 import sys
 import tempfile
 
-# (what, goal's text, how the figure is computed from medians, limit, True when more is better)
+# (text, function that computes the figure from the medians, limit, True if more is better, unit)
 GOALS = [
     ("Log, one caller, bursts of 500, against spdlog async",
      lambda m: m["log.one_caller_ns.ours"] / m["log.one_caller_ns.spdlog"], 0.6, False, ""),
     ("Log, four callers, against spdlog async",
      lambda m: m["log.four_callers_ns.ours"] / m["log.four_callers_ns.spdlog"], 0.6, False, ""),
-    ("records a second to the ring file, against spdlog flushing each record to a plain file",
+    ("records per second to the ring file, against spdlog with a plain file and a flush per record",
      lambda m: m["file.records_per_second.ours"] / m["file.records_per_second.spdlog"], 3, True, ""),
-    ("records a second to the ring file against the raw two-write limit through the same stream layer",
+    ("records per second to the ring file, against the bare two writes of a record",
      lambda m: m["file.records_per_second.ours"]
      / m["file.records_per_second.raw_two_writes"], 0.8, True, ""),
-    ("the sink alone, without the logger, against the same",
+    ("records per second of the sink without the logger, against the bare two writes of a record",
      lambda m: m["file.records_per_second.sink_alone"]
      / m["file.records_per_second.raw_two_writes"], 0.8, True, ""),
-    ("idle pass over 1,000 live daemons, against 1,000 calls of GetExitCodeProcess",
+    ("pass over 1,000 running daemons, against 1,000 calls of GetExitCodeProcess",
      lambda m: m["pass.us.1000"] / m["pass.exit_codes_us.1000"], 0.05, False, ""),
-    ("pass cost from 100 to 10,000 daemons, per daemon",
+    ("pass time per daemon with 10,000 daemons, against 100 daemons",
      lambda m: m["pass.us.10000"] / m["pass.us.100"] / 100, 1, False, ""),
-    ("Launch against 10,000 records in one process, against one call from another process",
+    ("Launch with 10,000 daemons in the process, against one call from another process",
      lambda m: m["launch.in_process_us"] / m["launch.one_call_us"], 1, False, ""),
     ("memory of the table, 10,000 daemons, 60-character paths, 4 arguments",
      lambda m: m["launch.table_mib"], 8, False, " MiB"),
-    ("CPU of the idle supervisor with 100 daemons",
-     lambda m: m["idle.cpu_seconds_a_minute.100"], 0.05, False, " s a minute"),
+    ("processor time of the idle supervisor with 100 daemons",
+     lambda m: m["idle.cpu_seconds_a_minute.100"], 0.05, False, " s per minute"),
     ("memory of the idle supervisor with 100 daemons",
      lambda m: m["idle.resident_mib.100"] * 1.048576, 40, False, " MB"),
-    ("median killed to running, against 0.5 s plus 1.2 process starts",
+    ("median time from kill to restart, against 0.5 s plus 1.2 process starts",
      lambda m: m["restart.killed_to_running_ms"] / (500 + 1.2 * m["restart.process_start_ms"]),
      1, False, ""),
-    ("reload of a full ring against reading it line by line",
+    ("reload of a full ring, against reading the file line by line",
      lambda m: m["ring.reload_ms"] / m["ring.read_lines_ms"], 2, False, ""),
-    ("WideToUtf8 on 1 MiB, mixed text, against the system's converter asked for the size first",
+    ("WideToUtf8 with 1 MiB of mixed text, against the converter of the system",
      lambda m: m["utf8.mixed_1mib_us.ours"] / m["utf8.mixed_1mib_us.system"], 1, False, ""),
-    ("WideToUtf8 on 1 MiB, ASCII, against the same",
+    ("WideToUtf8 with 1 MiB of ASCII, against the converter of the system",
      lambda m: m["utf8.ascii_1mib_us.ours"] / m["utf8.ascii_1mib_us.system"], 1, False, ""),
 ]
 
@@ -51,7 +55,7 @@ def windows(path):
 
 
 def make_files(folder, folders, files):
-    """Made by the host: the program under test is not what makes them."""
+    """Creates the files on the host, not with the program under test."""
     if os.path.exists(os.path.join(folder, ".complete")):
         return
     for outer in range(folders):
@@ -81,7 +85,8 @@ def run(options):
         result = subprocess.run(command, stdout=file, stdin=subprocess.DEVNULL, check=False)
     subprocess.run(["rm", "-rf", scratch], check=False)
     if result.returncode != 0:
-        sys.exit(f"bench: dm_bench ended with {result.returncode}; what it measured is in {output}")
+        sys.exit(f"bench: dm_bench ended with exit code {result.returncode}; "
+                 f"its samples are in {output}")
     return output
 
 
@@ -101,31 +106,31 @@ def quartiles(values):
     return first, third
 
 
-class Noted(dict):
-    """Remembers what was asked for."""
+class RecordingDict(dict):
+    """A dictionary that records the names that were read."""
 
     def __init__(self, *values):
         super().__init__(*values)
-        self.asked = set()
+        self.names = set()
 
     def __getitem__(self, name):
-        self.asked.add(name)
+        self.names.add(name)
         return super().__getitem__(name)
 
 
-def spread(figure, asked, samples, medians):
-    """Quartiles of the figure, round by round; None when it was measured once."""
-    rounds = max(len(samples[name]) for name in asked)
+def spread(figure, names, samples, medians):
+    """Returns the quartiles of the figure over all rounds; None if there was one round."""
+    rounds = max(len(samples[name]) for name in names)
     if rounds < 2:
         return None
     figures = []
     for index in range(rounds):
-        once = {name: samples[name][index] for name in asked if len(samples[name]) == rounds}
+        once = {name: samples[name][index] for name in names if len(samples[name]) == rounds}
         figures.append(figure({**medians, **once}))
     return quartiles(figures)
 
 
-def summed_up(samples):
+def summarise(samples):
     medians = {name: statistics.median(values) for name, values in samples.items()}
     measures = {}
     for name, values in sorted(samples.items()):
@@ -134,13 +139,14 @@ def summed_up(samples):
                           "samples": len(values), "best": min(values), "worst": max(values)}
     goals = []
     for what, figure, limit, more, unit in GOALS:
-        noted = Noted(medians)
+        recorder = RecordingDict(medians)
         try:
-            value = figure(noted)
+            value = figure(recorder)
         except KeyError:
-            continue # its section did not run
+            continue  # The section did not run.
         goals.append({"what": what, "goal": limit, "more_is_better": more, "unit": unit,
-                      "figure": value, "quartiles": spread(figure, noted.asked, samples, medians),
+                      "figure": value,
+                      "quartiles": spread(figure, recorder.names, samples, medians),
                       "met": value >= limit if more else value <= limit})
     return {"measures": measures, "goals": goals}
 
@@ -182,7 +188,7 @@ def print_markdown(result):
 
 
 def svg(result):
-    """One bar for each goal: how much of what is allowed is used up."""
+    """Draws one bar for each goal: the figure as a share of the limit."""
     row, left, width = 34, 30, 700
     goals = result["goals"]
     height = 60 + row * len(goals)
@@ -190,7 +196,7 @@ def svg(result):
     out = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width + 2 * left} {height}" '
            'font-family="sans-serif" font-size="12">',
            f'<rect width="{width + 2 * left}" height="{height}" fill="#ffffff"/>',
-           f'<text x="{left}" y="20" font-size="14" fill="#222">Share of the goal that is used up '
+           f'<text x="{left}" y="20" font-size="14" fill="#222">Figure as a share of its limit '
            '(left of the line: met)</text>']
     for index, goal in enumerate(goals):
         used = goal["goal"] / goal["figure"] if goal["more_is_better"] else goal["figure"] / goal["goal"]
@@ -207,24 +213,33 @@ def svg(result):
 
 
 def main():
-    parser = argparse.ArgumentParser()
-    parser.add_argument("--quick", action="store_true")
-    parser.add_argument("--json", action="store_true")
-    parser.add_argument("--markdown", action="store_true")
-    parser.add_argument("--svg", metavar="FILE")
-    parser.add_argument("--rounds", type=int)
-    parser.add_argument("--samples", metavar="FILE", action="append")
-    parser.add_argument("--program", default="build/windows/bin/dm_bench.exe")
-    parser.add_argument("--supervisor", default="build/bench/DaemonManager.exe")
-    parser.add_argument("--work", default="build/bench")
-    parser.add_argument("sections", nargs="*")
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--quick", action="store_true",
+                        help="Measure once with small numbers, to see that everything works")
+    parser.add_argument("--json", action="store_true", help="Print the result as JSON")
+    parser.add_argument("--markdown", action="store_true",
+                        help="Print the result as tables in Markdown")
+    parser.add_argument("--svg", metavar="FILE", help="Write a picture of the goals to this file")
+    parser.add_argument("--rounds", type=int, help="Measure this number of times (7)")
+    parser.add_argument("--samples", metavar="FILE", action="append",
+                        help="Read the samples of an earlier run; may be given several times")
+    parser.add_argument("--program", default="build/windows/bin/dm_bench.exe",
+                        help="Run this dm_bench (%(default)s)")
+    parser.add_argument("--supervisor", default="build/bench/DaemonManager.exe",
+                        help="Measure this supervisor (%(default)s)")
+    parser.add_argument("--work", default="build/bench",
+                        help="Keep test files and samples in this folder (%(default)s)")
+    parser.add_argument("sections", nargs="*",
+                        help="Measure only these sections: logger ring text pass launch files "
+                        "supervisor")
     options = parser.parse_args()
     options.rounds = options.rounds or (1 if options.quick else 7)
     os.makedirs(options.work, exist_ok=True)
     samples = {}
     for path in options.samples or [run(options)]:
         samples.update(read(path))
-    result = summed_up(samples)
+    result = summarise(samples)
     if options.json:
         print(json.dumps(result, indent=2))
     elif options.markdown:

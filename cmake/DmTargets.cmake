@@ -3,11 +3,9 @@
 # One static library per source folder. Its own folder is its include root, and it sees only the
 # roots of what it links: a layer that includes upwards does not compile. PORTABLE sources include
 # no Windows header. FAKED sources call only Windows functions that tests/fake_windows has: a native
-# build compiles them on this fake, for the sanitizers. KERNEL is an older word for FAKED. WINDOWS
-# sources are compiled only for Windows.
+# build compiles them on this fake, for the sanitizers. WINDOWS sources are compiled only for Windows.
 function(dm_library name)
-    cmake_parse_arguments(ARG "" "" "PORTABLE;FAKED;KERNEL;WINDOWS;LINK" ${ARGN})
-    list(APPEND ARG_FAKED ${ARG_KERNEL})
+    cmake_parse_arguments(ARG "" "" "PORTABLE;FAKED;WINDOWS;LINK" ${ARGN})
     set(sources ${ARG_PORTABLE} ${ARG_FAKED})
     if(WIN32)
         list(APPEND sources ${ARG_WINDOWS})

@@ -29,7 +29,7 @@ const std::vector<Panel>& Panels()
         {"Private memory (blue) and working set (grey), MiB",
          {{"#888", [](const Sample& s) { return s.workingMiB; }},
           {"#06c", [](const Sample& s) { return s.privateMiB; }}}},
-        {"Process handles: open (blue), by the log (dotted orange on it)",
+        {"Process handles: open (blue), explained by the log (dotted orange)",
          {{"#06c", [](const Sample& s) { return static_cast<double>(s.handles.process); }},
           {"#e70", [](const Sample& s) { return static_cast<double>(s.expectedProcessHandles); }}}},
         {"All other handles",

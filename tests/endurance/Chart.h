@@ -7,7 +7,8 @@
 
 namespace vqrx::test {
 
-/// Draws the samples, a panel for each figure, one above the other, as an SVG file.
+/// Draws the samples as an SVG file with one panel for each figure. Writes no file without a
+/// sample.
 void WriteChart(const std::string& path, const std::vector<Sample>& samples);
 
 } // namespace vqrx::test

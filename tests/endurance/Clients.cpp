@@ -52,8 +52,8 @@ std::string Clients::End()
     SetEvent(end_.Get());
     for (const Client& client : clients_) {
         if (client.process->ExitCode() != 0) {
-            return "a client ended with " + std::to_string(client.process->ExitCode()) + ": " +
-                   ReadJournal(client.journal).failure + client.process->Error();
+            return "a client ended with exit code " + std::to_string(client.process->ExitCode()) +
+                   ": " + ReadJournal(client.journal).failure + client.process->Error();
         }
     }
     return {};

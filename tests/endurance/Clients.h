@@ -11,43 +11,45 @@
 
 namespace vqrx::test {
 
-/// The client processes, the dead ones' journals included.
+/// Owns the client processes, and the journals of running and killed clients. For one thread.
 class Clients {
 public:
     static constexpr unsigned kCount = 8;
 
-    /// Starts them all.
+    /// Starts kCount clients.
     Clients();
 
-    /// Ends one of the first two, if it can be done within a call, and starts another in its place.
+    /// Kills one of the first two clients and starts a new client in its place. Waits at most 5 s
+    /// for the begin of a call, so that the client most likely dies in the call.
     void KillOne();
-    /// Lets all of them finish what they are doing. @return what went wrong; empty when nothing
-    std::string End();
+    /// Lets each client finish its call and end.
+    /// @return the failure of a client; empty if there is none
+    [[nodiscard]] std::string End();
 
-    /// Of all clients that there have been, by the names of the daemons.
-    /// @throws std::runtime_error  when one of them has failed
-    std::map<std::string, JournalDaemon> Daemons() const;
-    unsigned Killed() const { return killed_; }
-    unsigned KilledInCall() const { return killedInCall_; }
+    /// Returns the daemons of running and killed clients, by the name of the daemon.
+    /// @throws std::runtime_error  if a client has failed
+    [[nodiscard]] std::map<std::string, JournalDaemon> Daemons() const;
+    [[nodiscard]] unsigned Killed() const { return killed_; }
+    [[nodiscard]] unsigned KilledInCall() const { return killedInCall_; }
 
 private:
     struct Client {
         std::unique_ptr<CapturedProgram> process;
         std::string journal;
     };
-    Client Start();
+    [[nodiscard]] Client Start();
 
     TempFolder folder_;
     std::string endName_;
     system::win32::v1::UniqueKernelHandle end_;
     std::vector<Client> clients_;
-    std::vector<Client> past_;
+    std::vector<Client> past_; // killed
     unsigned started_ = 0;
     unsigned killed_ = 0;
     unsigned killedInCall_ = 0;
 };
 
-/// The program of a kind of daemon.
-std::string EnduranceProgram(const std::string& kind);
+/// Returns the path of the program for a kind of daemon.
+[[nodiscard]] std::string EnduranceProgram(const std::string& kind);
 
 } // namespace vqrx::test

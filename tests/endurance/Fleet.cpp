@@ -30,14 +30,15 @@ bool HoldsName(const std::string& name)
 
 Fleet::Fleet(SupervisorProcess& supervisor, unsigned daemons)
 {
-    // Few of those that cost a process or a line at every pass.
+    // Only a few of these kinds: each pass starts a process or logs a line for each of these
+    // daemons.
     constexpr unsigned kBrief = 2;
     constexpr unsigned kNone = 2;
     constexpr unsigned kMissing = 6;
     const unsigned windowed = daemons / 10;
     const unsigned attached = daemons / 20;
     if (daemons < kBrief + kNone + kMissing + windowed + attached) {
-        throw std::invalid_argument("too few daemons");
+        throw std::invalid_argument("--daemons: the number is too small for daemons of every kind");
     }
     Launch(supervisor, "brief", kBrief);
     Launch(supervisor, "none", kNone);
@@ -56,7 +57,7 @@ void Fleet::Launch(SupervisorProcess& supervisor, const std::string& kind, unsig
             supervisor.Client().Launch(NarrowToWide(program, CP_UTF8),
                                        {NarrowToWide(kind, CP_UTF8), NarrowToWide(name, CP_UTF8)});
         if (!request.done) {
-            throw std::runtime_error("a new daemon was known already: " + name);
+            throw std::runtime_error("the supervisor answers that it knows a new daemon: " + name);
         }
         daemons_.push_back({name, kind, request.daemonId});
     }
@@ -70,7 +71,7 @@ void Fleet::Attach(SupervisorProcess& supervisor, unsigned count)
                                                            "\" steady " + name));
         const auto request = supervisor.Client().Attach(attached_.back()->Pid());
         if (!request.done) {
-            throw std::runtime_error("a running program could not be attached");
+            throw std::runtime_error("the supervisor refuses to attach a running program");
         }
         daemons_.push_back({name, "attached", request.daemonId});
     }
@@ -112,7 +113,7 @@ DWORD Fleet::KillOne(const LogLedger& ledger)
     const UniqueKernelHandle process(
         OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, processId));
     if (TerminateProcess(process.Get(), kKillCode) == FALSE) {
-        throw std::runtime_error("not there to be killed: " + victim->name);
+        throw std::runtime_error("cannot kill the process of daemon " + victim->name);
     }
     ++killed_;
     const ULONGLONG start = GetTickCount64();

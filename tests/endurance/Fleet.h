@@ -12,10 +12,13 @@
 
 namespace vqrx::test {
 
-/// The daemons that are there from the beginning to the end, of every kind.
+/// The daemons of every kind that are registered during the whole run.
 class Fleet {
 public:
-    /// Has them all launched or attached.
+    /// Lets the supervisor launch or attach the daemons.
+    /// @param daemons  their number
+    /// @throws std::invalid_argument  if the number is too small for one daemon of each kind
+    /// @throws std::runtime_error  if the supervisor answers wrongly
     Fleet(SupervisorProcess& supervisor, unsigned daemons);
 
     struct Daemon {
@@ -23,17 +26,18 @@ public:
         std::string kind;
         DWORD id;
     };
-    const std::vector<Daemon>& Daemons() const { return daemons_; }
-    /// The names of those that always run.
-    std::vector<std::string> Running() const;
-    /// How often those that never run for long were started so far, or tried to be, by name.
-    std::map<std::string, std::size_t> Attempts(const LogLedger& ledger) const;
-    /// The exit code with which KillOne ends processes, as the log names it.
+    [[nodiscard]] const std::vector<Daemon>& Daemons() const { return daemons_; }
+    /// Returns the names of the daemons that always run.
+    [[nodiscard]] std::vector<std::string> Running() const;
+    /// Returns the number of starts, also of failed starts, of each daemon that never runs for
+    /// long.
+    [[nodiscard]] std::map<std::string, std::size_t> Attempts(const LogLedger& ledger) const;
+    /// Text of the log for the exit code with which KillOne ends a process.
     static constexpr const char* kKilled = "Exception caught in : Unknown (0x4d)";
-    /// Ends one of the daemons behind the supervisor's back and waits until it runs again.
-    /// @return milliseconds until then; 0 when it did not come back within a minute
-    DWORD KillOne(const LogLedger& ledger);
-    unsigned Killed() const { return killed_; }
+    /// Ends the process of a random daemon and waits for its restart.
+    /// @return milliseconds until the restart; 0 if there is none within a minute
+    [[nodiscard]] DWORD KillOne(const LogLedger& ledger);
+    [[nodiscard]] unsigned Killed() const { return killed_; }
 
 private:
     void Launch(SupervisorProcess& supervisor, const std::string& kind, unsigned count);
@@ -45,7 +49,7 @@ private:
     unsigned killed_ = 0;
 };
 
-/// Whether a daemon of this name runs.
-bool HoldsName(const std::string& name);
+/// Reports whether a daemon with this name runs.
+[[nodiscard]] bool HoldsName(const std::string& name);
 
 } // namespace vqrx::test

@@ -16,8 +16,10 @@ void JournalWriter::Line(const std::string& text)
     std::ofstream(path_, std::ios::app | std::ios::binary) << text + "\n" << std::flush;
 }
 
-// "begin launch NAME KIND", "end launch NAME ID", "begin stop NAME", "end stop NAME", likewise
-// attach and detach; "begin other", "end other"; "fail TEXT".
+// Lines of a journal:
+//   begin launch NAME KIND     begin attach NAME KIND     begin stop NAME     begin detach NAME
+//   end launch NAME ID         end attach NAME ID         end stop NAME       end detach NAME
+//   begin other                end other                  fail TEXT
 Journal ReadJournal(const std::string& path)
 {
     using State = JournalDaemon::State;
@@ -30,27 +32,27 @@ Journal ReadJournal(const std::string& path)
     Journal journal;
     std::ifstream file(path, std::ios::binary);
     std::string line;
-    while (std::getline(file, line) && !file.eof()) { // a line without its end is being written
+    while (std::getline(file, line) && !file.eof()) { // A line without its end is not complete.
         std::istringstream fields(line);
-        std::string when;
-        std::string what;
+        std::string moment;
+        std::string call;
         std::string name;
-        fields >> when >> what >> name;
-        if (when == "fail") {
+        fields >> moment >> call >> name;
+        if (moment == "fail") {
             journal.failure = line;
             continue;
         }
-        journal.inCall = when == "begin";
-        if (what == "other") {
+        journal.inCall = moment == "begin";
+        if (call == "other") {
             continue;
         }
-        const auto state = states.find(when + " " + what);
+        const auto state = states.find(moment + " " + call);
         if (state == states.end()) {
-            throw std::runtime_error("not a line of a journal: " + line);
+            throw std::runtime_error("no client writes this line into a journal: " + line);
         }
         JournalDaemon& daemon = journal.daemons[name];
         daemon.state = state->second;
-        if (when == "begin" && daemon.kind.empty()) {
+        if (moment == "begin" && daemon.kind.empty()) {
             fields >> daemon.kind;
         } else if (state->second == State::launched || state->second == State::attached) {
             fields >> daemon.id;

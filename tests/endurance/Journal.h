@@ -8,8 +8,8 @@
 
 namespace vqrx::test {
 
-/// What a client did, a line before every call and one behind it: also what a client was killed in
-/// is known. Written line by line without a buffer.
+/// Journal of a client: one line before each call and one line after it. So the journal also shows
+/// the call in which a client was killed. Each line goes to the file without a buffer.
 class JournalWriter {
 public:
     explicit JournalWriter(const std::string& path);
@@ -19,10 +19,10 @@ private:
     std::string path_;
 };
 
-/// A daemon as the journals tell of it.
+/// A daemon in a journal.
 struct JournalDaemon {
     enum class State {
-        launching, ///< the call has not returned
+        launching, ///< the call has begun and has not returned; likewise for the other calls
         launched,
         stopping,
         stopped,
@@ -36,14 +36,15 @@ struct JournalDaemon {
     std::uint32_t id = 0;
 };
 
-/// All that one client has said. The names are unique among all clients.
+/// Content of the journal of one client. No two clients use the same name for a daemon.
 struct Journal {
     std::map<std::string, JournalDaemon> daemons; ///< by name
-    std::string failure;                          ///< empty: none
-    bool inCall = false;                          ///< the last line is the beginning of a call
+    std::string failure;                          ///< empty if there is none
+    bool inCall = false;                          ///< the last line is the begin of a call
 };
 
-/// @throws std::runtime_error for a line that no client writes
-Journal ReadJournal(const std::string& path);
+/// Ignores a last line without its line end.
+/// @throws std::runtime_error  for a line that no client writes
+[[nodiscard]] Journal ReadJournal(const std::string& path);
 
 } // namespace vqrx::test

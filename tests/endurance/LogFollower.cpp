@@ -9,8 +9,8 @@ namespace {
 
 constexpr std::uint64_t kRingStart = 12;
 
-// @return false for a line that is not a whole record
-bool ParseRecord(const std::string& line, RingRecord& record)
+// @return false if the line is not a whole record
+[[nodiscard]] bool ParseRecord(const std::string& line, RingRecord& record)
 {
     std::istringstream fields(line);
     std::string number;
@@ -57,11 +57,11 @@ void LogFollower::Take(const std::string& bytes, bool untilGap, std::vector<Ring
         RingRecord record{};
         const bool whole = ParseRecord(line, record);
         if (untilGap && (!whole || record.sequence != next_)) {
-            return; // older than the wrap
+            return; // This record is older than the wrap.
         }
         if (!whole || record.sequence != next_) {
-            throw std::runtime_error("record " + std::to_string(next_) +
-                                     " is missing from the log; in its place: " + line);
+            throw std::runtime_error("the log lacks record " + std::to_string(next_) +
+                                     ". Found instead: " + line);
         }
         ++next_;
         found.push_back(std::move(record));

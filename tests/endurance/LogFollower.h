@@ -8,18 +8,19 @@
 
 namespace vqrx::test {
 
-/// Reads a ring file while it is written, as a reader beside the supervisor does, and misses
-/// nothing: every record once, in order, over any number of wraps.
+/// Reads a ring file while the supervisor writes it. Returns every record once and in order, over
+/// any number of wraps. For one thread.
 class LogFollower {
 public:
     explicit LogFollower(const std::string& path);
 
-    /// Reads on. @return the records that are new
-    /// @throws std::runtime_error when a record is missing
-    std::vector<RingRecord> Poll();
+    /// Returns the records that were written after the last call.
+    /// @throws std::runtime_error  if a record is missing
+    [[nodiscard]] std::vector<RingRecord> Poll();
 
-    long long Next() const { return next_; }
-    unsigned Wraps() const { return wraps_; }
+    /// Returns the number of the next record.
+    [[nodiscard]] long long Next() const { return next_; }
+    [[nodiscard]] unsigned Wraps() const { return wraps_; }
 
 private:
     void Take(const std::string& bytes, bool untilGap, std::vector<RingRecord>& found);

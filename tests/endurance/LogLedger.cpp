@@ -3,8 +3,8 @@
 namespace vqrx::test {
 namespace {
 
-// The number behind a word in the text.
-DWORD NumberBehind(const std::string& text, const std::string& word)
+// Returns the number after a word in the text; 0 if the text does not contain the word.
+DWORD NumberAfter(const std::string& text, const std::string& word)
 {
     const std::size_t position = text.find(word);
     return position == std::string::npos
@@ -25,18 +25,18 @@ void LogLedger::Add(const std::vector<RingRecord>& records)
             ++texts_[text];
             continue;
         }
-        DaemonLines& lines = daemons_[NumberBehind(text, "DaemonId(")];
+        DaemonLines& lines = daemons_[NumberAfter(text, "DaemonId(")];
         if (text.starts_with("Start ")) {
             ++(record.level == 2 ? lines.firstStarts : lines.restarts);
             restarts_ += record.level == 2 ? 0 : 1;
-            lines.processId = NumberBehind(text, "PId(");
+            lines.processId = NumberAfter(text, "PId(");
             ++handles_;
         } else if (text.starts_with("Stop (")) {
             ++lines.stops;
             --handles_;
         } else if (text.starts_with("Attach ")) {
             ++lines.attaches;
-            lines.processId = NumberBehind(text, "PId(");
+            lines.processId = NumberAfter(text, "PId(");
             ++handles_;
         } else if (text.starts_with("Detached ")) {
             ++lines.detaches;

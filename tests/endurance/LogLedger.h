@@ -13,38 +13,38 @@
 
 namespace vqrx::test {
 
-/// What the log has said of one daemon.
+/// Number of log records of each kind for one daemon.
 struct DaemonLines {
     unsigned firstStarts = 0; ///< at level 2
     unsigned restarts = 0;    ///< at level 1
     unsigned stops = 0;
     unsigned attaches = 0;
     unsigned detaches = 0;
-    DWORD processId = 0; ///< of the last start or attach
+    DWORD processId = 0; ///< in the last start or attach
 };
 
-/// The log as it has been so far, added up. Any thread.
+/// Totals of all log records so far. Any thread may call.
 class LogLedger {
 public:
     void Add(const std::vector<RingRecord>& records);
 
-    DaemonLines Of(DWORD daemonId) const;
-    /// The ids under which more than one daemon was started for the first time or attached.
-    std::set<DWORD> IdsUsedTwice() const;
-    /// How many records have this very text.
-    std::size_t Count(const std::string& text) const;
-    std::size_t Records() const;
-    std::size_t Restarts() const;
-    /// How many process handles the supervisor has: one for every process that it started or
-    /// attached, less those that it closed when it stopped or detached a daemon. The handles of
-    /// ended processes stay open, as they have to.
-    long long ProcessHandles() const;
-    std::string LastText() const;
+    [[nodiscard]] DaemonLines Of(DWORD daemonId) const;
+    /// Returns each id with more than one first start or attach.
+    [[nodiscard]] std::set<DWORD> IdsUsedTwice() const;
+    /// Returns the number of records with exactly this text.
+    [[nodiscard]] std::size_t Count(const std::string& text) const;
+    [[nodiscard]] std::size_t Records() const;
+    [[nodiscard]] std::size_t Restarts() const;
+    /// Returns the number of process handles that the supervisor must have open: one for each start
+    /// and each attach, minus one for each stop and each detach. A restart keeps the handle of the
+    /// ended process open.
+    [[nodiscard]] long long ProcessHandles() const;
+    [[nodiscard]] std::string LastText() const;
 
 private:
     mutable std::mutex mutex_;
     std::map<DWORD, DaemonLines> daemons_;
-    std::map<std::string, std::size_t> texts_; // of lines without an id
+    std::map<std::string, std::size_t> texts_; // records without an id, and other texts
     std::size_t records_ = 0;
     std::size_t restarts_ = 0;
     long long handles_ = 0;

@@ -19,7 +19,7 @@ unsigned Seconds(const std::string& text)
     if (unit == "h") {
         return number * 3600;
     }
-    throw std::invalid_argument("not a duration: " + text);
+    throw std::invalid_argument("--duration: write 90s, 20m or 4h, not " + text);
 }
 
 } // namespace
@@ -37,11 +37,11 @@ EnduranceOptions ReadOptions(int argc, char** argv)
         } else if (name == "--output") {
             options.output = value;
         } else {
-            throw std::invalid_argument("unknown option " + name);
+            throw std::invalid_argument("unknown option: " + name);
         }
     }
     if (argc % 2 == 0) {
-        throw std::invalid_argument(std::string("no value for ") + argv[argc - 1]);
+        throw std::invalid_argument(std::string("missing value of option ") + argv[argc - 1]);
     }
     return options;
 }

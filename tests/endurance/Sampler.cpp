@@ -1,6 +1,6 @@
 #include "Sampler.h"
 
-#include <winternl.h>
+#include "SystemHandles.h"
 
 #include <psapi.h>
 #include <tlhelp32.h>
@@ -13,50 +13,6 @@ namespace vqrx::test {
 namespace {
 
 using system::win32::v1::UniqueKernelHandle;
-
-// SystemExtendedHandleInformation; winternl.h names neither it nor its records.
-constexpr ULONG kAllHandles = 64;
-constexpr NTSTATUS kLengthMismatch = static_cast<NTSTATUS>(0xC0000004);
-using QueryFunction = NTSTATUS(NTAPI*)(ULONG what, void* buffer, ULONG size, ULONG* needed);
-
-struct HandleEntry {
-    void* object;
-    ULONG_PTR ownerId;
-    ULONG_PTR value;
-    ULONG access;
-    USHORT backTrace;
-    USHORT type;
-    ULONG attributes;
-    ULONG reserved;
-};
-struct HandleTable {
-    ULONG_PTR count;
-    ULONG_PTR reserved;
-    HandleEntry entries[1];
-};
-
-std::vector<HandleEntry> AllHandles()
-{
-    // By way of void*, since the two function types have nothing to do with each other.
-    static const auto query = reinterpret_cast<QueryFunction>(reinterpret_cast<void*>(
-        GetProcAddress(GetModuleHandleA("ntdll.dll"), "NtQuerySystemInformation")));
-    static std::vector<ULONG_PTR> buffer(65536);
-    ULONG needed = 0;
-    for (;;) {
-        const NTSTATUS status =
-            query(kAllHandles, buffer.data(), static_cast<ULONG>(buffer.size() * sizeof buffer[0]),
-                  &needed);
-        if (status == kLengthMismatch) {
-            buffer.resize(buffer.size() * 2);
-            continue;
-        }
-        if (status < 0) {
-            throw std::runtime_error("the system does not list its handles");
-        }
-        const auto* const table = reinterpret_cast<const HandleTable*>(buffer.data());
-        return {table->entries, table->entries + table->count};
-    }
-}
 
 double SecondsOf(const FILETIME& time)
 {
@@ -83,21 +39,20 @@ HandleCounts CountHandles(DWORD ownerId)
 {
     const UniqueKernelHandle self(
         OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, GetCurrentProcessId()));
-    const auto handles = AllHandles();
+    const std::vector<SystemHandle> handles = AllSystemHandles();
     USHORT processType = 0;
-    for (const HandleEntry& entry : handles) {
-        if (entry.ownerId == GetCurrentProcessId() &&
-            entry.value == reinterpret_cast<ULONG_PTR>(self.Get())) {
-            processType = entry.type;
+    for (const SystemHandle& handle : handles) {
+        if (handle.ownerId == GetCurrentProcessId() && handle.value == self.Get()) {
+            processType = handle.type;
         }
     }
     if (processType == 0) {
-        throw std::runtime_error("the system does not tell the types of handles");
+        throw std::runtime_error("the system's table of handles has no handle of this process");
     }
     HandleCounts counts;
-    for (const HandleEntry& entry : handles) {
-        if (entry.ownerId == ownerId) {
-            ++(entry.type == processType ? counts.process : counts.other);
+    for (const SystemHandle& handle : handles) {
+        if (handle.ownerId == ownerId) {
+            ++(handle.type == processType ? counts.process : counts.other);
         }
     }
     return counts;

@@ -10,39 +10,40 @@
 
 namespace vqrx::test {
 
-/// The handles of one process, from the system's table of all handles.
+/// Number of open handles of one process.
 struct HandleCounts {
     long long process = 0; ///< handles of processes
     long long other = 0;
 };
-/// @throws std::runtime_error when the system does not tell
-HandleCounts CountHandles(DWORD ownerId);
+/// @throws std::runtime_error  if the system refuses to list its handles
+[[nodiscard]] HandleCounts CountHandles(DWORD ownerId);
 
-/// What the supervisor used at one moment.
+/// Resources of the supervisor, and counts of its log, at one moment.
 struct Sample {
-    double seconds = 0; ///< since the load began
+    double seconds = 0; ///< from the begin of the load
     double privateMiB = 0;
     double workingMiB = 0;
     HandleCounts handles;
-    long long expectedProcessHandles = 0; ///< by the log
+    long long expectedProcessHandles = 0; ///< explained by the log
     unsigned threads = 0;
     double cpuSeconds = 0;
     std::size_t restarts = 0;
     std::size_t records = 0;
 };
 
-/// Measures one process.
+/// Measures the resources of one process.
 class Sampler {
 public:
     explicit Sampler(DWORD processId);
-    /// Memory, threads, processor time and handles; the rest is the caller's.
-    Sample Take() const;
+    /// Measures memory, threads, processor time and handles. The caller sets the other members.
+    [[nodiscard]] Sample Take() const;
 
 private:
     DWORD processId_;
     system::win32::v1::UniqueKernelHandle process_;
 };
 
+/// Writes the samples to a file, one line for each.
 void WriteCsv(const std::string& path, const std::vector<Sample>& samples);
 
 } // namespace vqrx::test

@@ -1,6 +1,6 @@
-// A client that launches, stops, attaches and detaches at random until it is told to end.
-// Arguments: its name, the seed, its journal, the two programs of its daemons, the event that ends
-// it.
+// Client program that launches, stops, attaches and detaches daemons at random until an event is
+// signalled. Arguments: its name, the seed, its journal, the program of daemons without a window,
+// the program of daemons with a window, the event.
 #include "ChildProcess.h"
 #include "Journal.h"
 #include "code_page/CodePage.h"
@@ -34,8 +34,8 @@ public:
     {
     }
 
-    /// Milliseconds until the next request.
-    DWORD Pause() { return 2000 + random_() % 8000; }
+    /// Returns the milliseconds until the next request.
+    [[nodiscard]] DWORD Pause() { return 2000 + random_() % 8000; }
 
     void Request()
     {
@@ -58,7 +58,7 @@ public:
             LaunchAgain();
             break;
         default:
-            AskForNothing();
+            MakeUselessRequests();
         }
     }
 
@@ -72,10 +72,10 @@ private:
     };
 
     std::string NewName() { return name_ + "_" + std::to_string(counter_++); }
-    void Expect(bool condition, const char* what)
+    void Expect(bool condition, const char* failure)
     {
         if (!condition) {
-            throw std::runtime_error(what);
+            throw std::runtime_error(failure);
         }
     }
     std::wstring ProgramOf(const std::string& kind)
@@ -89,7 +89,7 @@ private:
         const std::string kind = random_() % 4 == 0 ? "windowed" : "steady";
         journal_.Line("begin launch " + name + " " + kind);
         const auto request = supervisor_.Launch(ProgramOf(kind), {Wide(kind), Wide(name)});
-        Expect(request.done, "a new daemon was known already");
+        Expect(request.done, "the supervisor answers that it knows a new daemon");
         journal_.Line("end launch " + name + " " + std::to_string(request.daemonId));
         launched_.push_back({name, kind, request.daemonId});
     }
@@ -101,7 +101,7 @@ private:
         const Launched daemon = *chosen;
         launched_.erase(chosen);
         journal_.Line("begin stop " + daemon.name);
-        Expect(supervisor_.Stop(daemon.id), "a daemon could not be stopped");
+        Expect(supervisor_.Stop(daemon.id), "the supervisor does not know a launched daemon");
         journal_.Line("end stop " + daemon.name);
     }
 
@@ -114,16 +114,18 @@ private:
         journal_.Line("begin other");
         const auto request =
             supervisor_.Launch(ProgramOf(daemon.kind), {Wide(daemon.kind), Wide(daemon.name)});
-        Expect(!request.done && request.daemonId == daemon.id, "the same daemon got another id");
+        Expect(!request.done && request.daemonId == daemon.id,
+               "a second launch of a daemon returned another id");
         journal_.Line("end other");
     }
 
-    void AskForNothing()
+    void MakeUselessRequests()
     {
         journal_.Line("begin other");
-        Expect(!supervisor_.Stop(0xFFFFFF00), "an unknown daemon was stopped");
+        Expect(!supervisor_.Stop(0xFFFFFF00), "the supervisor stopped an unknown daemon");
         if (!launched_.empty()) {
-            Expect(!supervisor_.Detach(launched_.front().id), "a launched daemon was detached");
+            Expect(!supervisor_.Detach(launched_.front().id),
+                   "the supervisor detached a launched daemon");
         }
         journal_.Line("end other");
     }
@@ -134,7 +136,7 @@ private:
         child_.emplace("\"" + daemon_ + "\" steady " + childName_);
         journal_.Line("begin attach " + childName_ + " steady");
         const auto request = supervisor_.Attach(child_->Pid());
-        Expect(request.done, "a running program could not be attached");
+        Expect(request.done, "the supervisor refuses to attach a running program");
         childId_ = request.daemonId;
         journal_.Line("end attach " + childName_ + " " + std::to_string(childId_));
     }
@@ -142,8 +144,8 @@ private:
     void Detach()
     {
         journal_.Line("begin detach " + childName_);
-        Expect(supervisor_.Detach(childId_), "an attached daemon could not be detached");
-        child_.reset(); // ended; nobody starts it again
+        Expect(supervisor_.Detach(childId_), "the supervisor refuses to detach an attached daemon");
+        child_.reset(); // Ends the process. The supervisor does not restart a detached daemon.
         journal_.Line("end detach " + childName_);
     }
 
@@ -179,5 +181,5 @@ int main(int argc, char** argv)
         client.Fail(exception.what());
         return 1;
     }
-    ExitProcess(0); // without destructors: what it has attached goes on
+    ExitProcess(0); // Skips the destructors, so that an attached process keeps running.
 }

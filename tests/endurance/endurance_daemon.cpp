@@ -1,7 +1,8 @@
-// A daemon without a window. Arguments: its kind, its name.
-//   steady  runs for ever        brief  ends after a second with exit code 7
-//   none    ends at once with exit code 3
-// While it runs it holds a mutex of its name; the second process of one name says so.
+// Daemon program without a window. Arguments: its kind, its name.
+//   steady  runs until it is ended
+//   brief   ends after a second with exit code 7
+//   none    ends immediately with exit code 3
+// The program keeps a mutex with its name, so that a second process with this name reports itself.
 #include "endurance_daemon.h"
 
 int main(int argc, char** argv)

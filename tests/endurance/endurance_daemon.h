@@ -6,11 +6,12 @@
 
 namespace vqrx::test {
 
-/// Holds the mutex that stands for a daemon's name until the process ends. When another process
-/// holds it for good, that is said by the event "dm_endurance_twice".
+/// Creates the mutex for the daemon's name and keeps it until the process ends. Signals the event
+/// "dm_endurance_twice" if another process keeps this mutex for 10 s.
 inline void HoldName(const std::string& name)
 {
-    for (int attempt = 0; attempt < 100; ++attempt) { // the one before may still be on its way out
+    for (int attempt = 0; attempt < 100;
+         ++attempt) { // The earlier process of the daemon may be ending.
         const HANDLE mutex = CreateMutexA(nullptr, FALSE, ("dm_endurance_" + name).c_str());
         if (GetLastError() != ERROR_ALREADY_EXISTS) {
             return;

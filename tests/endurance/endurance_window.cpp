@@ -1,5 +1,5 @@
-// A daemon with a window that quits when it is asked to, after a moment. Arguments: its kind (not
-// looked at), its name.
+// Daemon program with a window. It ends 300 ms after WM_QUIT. Arguments: its kind (ignored), its
+// name.
 #include "endurance_daemon.h"
 
 int main(int argc, char** argv)

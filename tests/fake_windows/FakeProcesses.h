@@ -7,17 +7,18 @@
 
 namespace vqrx::test {
 
-/// Controls the fake processes of the fake machine. A fake process runs no code. It ends after Kill,
-/// TerminateProcess, or WM_QUIT. Any thread may call these functions.
+/// Controls the fake processes of the fake machine. A fake process runs no code. It ends after
+/// Kill, TerminateProcess, or WM_QUIT. Any thread may call these functions.
 namespace machine {
 
 /// Removes all processes and the hook of BeforeStart.
 void Reset();
-/// Sets the hook that CreateProcessA calls before it starts a process, on the calling thread. The hook
-/// may block. Null removes the hook.
+/// Sets the hook that CreateProcessA calls before it starts a process, on the calling thread. The
+/// hook may block. Null removes the hook.
 void BeforeStart(std::function<void(const std::string& path)> hook);
-/// Starts a process without a client and returns its id. A process whose path contains "window" has a
-/// window and ends after WM_QUIT. A process whose path contains "deaf" has a window and ignores WM_QUIT.
+/// Starts a process without a client and returns its id. A process whose path contains "window" has
+/// a window and ends after WM_QUIT. A process whose path contains "deaf" has a window and ignores
+/// WM_QUIT.
 [[nodiscard]] DWORD Start(const std::string& path);
 /// Ends a process with exit code 9, as a crash does.
 void Kill(DWORD processId);

@@ -1,5 +1,6 @@
-// Behaviour of the Windows functions for events, semaphores, waits, threads and locks that the product
-// relies on. Runs natively on the fake and under Wine on the real functions, so both behave alike.
+// Behaviour of the Windows functions for events, semaphores, waits, threads and locks that the
+// product relies on. Runs natively on the fake and under Wine on the real functions, so both behave
+// alike.
 #include "win32/UniqueHandle.h"
 
 #include <gtest/gtest.h>
@@ -139,8 +140,8 @@ TEST(KernelFunctions, A_wait_lasts_at_least_as_long_as_its_time_out)
     const auto event = Event(false);
     const DWORD before = GetTickCount();
     EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(event.Get(), 50));
-    EXPECT_LE(49U,
-              GetTickCount() - before); // GetTickCount advances in coarser steps than the wait.
+    // GetTickCount advances in coarser steps than the wait.
+    EXPECT_LE(49U, GetTickCount() - before);
 }
 
 TEST(KernelFunctions, A_wait_for_null_or_for_a_closed_handle_fails)

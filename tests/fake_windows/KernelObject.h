@@ -34,10 +34,10 @@ struct WaiterLink {
     WaiterLink* next = nullptr;
 };
 
-/// Base of the fake's events, semaphores and threads. Each handle and each user holds one reference.
-/// Each object has its own lock, and no lock is common to all objects. So the use of one object does
-/// not order the use of another, and ThreadSanitizer still sees the races of the program under test.
-/// Memory comes from malloc, because tests make operator new fail.
+/// Base of the fake's events, semaphores and threads. Each handle and each user holds one
+/// reference. Each object has its own lock, and no lock is common to all objects. So the use of one
+/// object does not order the use of another, and ThreadSanitizer still sees the races of the
+/// program under test. Memory comes from malloc, because tests make operator new fail.
 class KernelObject {
 public:
     KernelObject() = default;
@@ -114,13 +114,13 @@ private:
     KernelObject* object_ = nullptr;
 };
 
-/// Returns a new handle, which takes over one reference of the object. Returns null and sets the last
-/// error if object is null or the table is full. No handle value is used a second time, so the use of
-/// a closed handle always fails.
+/// Returns a new handle, which takes over one reference of the object. Returns null and sets the
+/// last error if object is null or the table is full. No handle value is used a second time, so the
+/// use of a closed handle always fails.
 [[nodiscard]] HANDLE OpenHandle(KernelObject* object) noexcept;
 
-/// Returns the object of a handle. Returns an empty reference and sets the last error if the handle is
-/// not open.
+/// Returns the object of a handle. Returns an empty reference and sets the last error if the handle
+/// is not open.
 [[nodiscard]] ObjectReference FromHandle(HANDLE handle) noexcept;
 
 /// Returns the object if it is of this kind. Returns null and sets the last error if it is not.

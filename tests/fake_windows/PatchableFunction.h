@@ -4,9 +4,9 @@
 
 namespace fake_windows {
 
-/// Slot of one fake function. An ImportPatch replaces the function in the slot, as it replaces an entry
-/// of the import table on Windows. The slot is read without memory order, so ThreadSanitizer still sees
-/// the races of the program under test.
+/// Slot of one fake function. An ImportPatch replaces the function in the slot, as it replaces an
+/// entry of the import table on Windows. The slot is read without memory order, so ThreadSanitizer
+/// still sees the races of the program under test.
 class PatchableFunction {
 public:
     PatchableFunction(const char* name, void* function) noexcept;

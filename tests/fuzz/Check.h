@@ -3,11 +3,11 @@
 #include <cstdio>
 #include <cstdlib>
 
-/// Ends the fuzzer, which then keeps the input, when a promise does not hold.
+/// Aborts the fuzzer if the condition is false. The fuzzer then writes the input to a file.
 #define FUZZ_CHECK(condition)                                                                      \
     do {                                                                                           \
         if (!(condition)) {                                                                        \
-            std::fprintf(stderr, "%s:%d: not so: %s\n", __FILE__, __LINE__, #condition);           \
+            std::fprintf(stderr, "%s:%d: false: %s\n", __FILE__, __LINE__, #condition);            \
             std::abort();                                                                          \
         }                                                                                          \
     } while (false)

@@ -1,4 +1,5 @@
-// What a child sees is what was asked for, wherever the form of the command line allows it.
+// Fuzzer for BuildCommandLine: a child receives the program and the arguments of the request, if
+// the form of the command line can express them.
 #include "Check.h"
 #include "CommandLine.h"
 #include "SplitCommandLine.h"
@@ -17,8 +18,9 @@ bool Contains(const std::string& text, char character)
     return text.find(character) != std::string::npos;
 }
 
-// Quotes are not escaped, blanks other than spaces and empty arguments get no quotes, and the
-// backslash at the end of a quoted argument takes the closing quote for its own.
+// The command line cannot express these arguments: BuildCommandLine escapes no quote, puts no
+// quotes around an empty argument or around tabs, and a backslash before the closing quote escapes
+// this quote.
 bool CanBePassed(const std::string& argument)
 {
     if (argument.empty() || Contains(argument, '"')) {
@@ -33,7 +35,7 @@ bool CanBeStarted(const std::string& program)
            (Contains(program, ' ') || !Contains(program, '\t'));
 }
 
-// The input is the program and its arguments, each ended by a NUL.
+// Splits the input at each NUL. The first word is the program, the others are the arguments.
 Words WordsOf(const std::string& input)
 {
     Words words(1);

@@ -1,4 +1,4 @@
-// One line of a log file, any bytes.
+// Fuzzer for the parser of one line of a log file: any bytes.
 #include "Check.h"
 #include "log_perf/ring/LogLine.h"
 
@@ -22,7 +22,7 @@ void CheckSplit(std::string_view line, const std::vector<std::string_view>& fiel
 void CheckNumber(std::string_view field)
 {
     const auto number = ParseRecordNumber(field);
-    // A field that is nothing but digits of a number in range is this number.
+    // A field that consists of a number in range has the value of this number.
     std::int64_t expected = 0;
     const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), expected);
     if (error == std::errc() && end == field.data() + field.size()) {

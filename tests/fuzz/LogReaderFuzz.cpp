@@ -1,4 +1,5 @@
-// Reads any bytes as a log file and makes everything from it that daemonctl shows.
+// Fuzzer for the log reader of daemonctl: any bytes as a log file, from the scan to records,
+// daemons, text, JSON and the HTML report.
 #include "Check.h"
 #include "LogFile.h"
 #include "RecordText.h"

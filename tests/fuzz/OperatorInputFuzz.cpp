@@ -1,5 +1,6 @@
-// Lists and listings that operators give to daemonctl: any bytes are read to their end, and what
-// was understood comes back the same.
+// Fuzzer for the files that operators give to daemonctl: lists of expected programs, and listings.
+// Any bytes are read to their end. A program that was read stays the same after it is written and
+// read again.
 #include "Check.h"
 #include "DaemonListing.h"
 #include "ExpectFile.h"
@@ -44,7 +45,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (const ListedProcess& process : ParseListing(input)) {
             FUZZ_CHECK(!WithoutBlank(process.command + " ").empty() || process.command.empty());
         }
-    } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch): it is none
+    } catch (
+        const std::runtime_error&) { // NOLINT(bugprone-empty-catch): the input is not a listing
     }
     const std::size_t half = input.size() / 2;
     static_cast<void>(

@@ -1,4 +1,4 @@
-// Normalising a path, against a second reading of its rules.
+// Fuzzer for the components of a path, compared with a second implementation of the rules.
 #include "Check.h"
 #include "file/File.h"
 #include "file/PathComponents.h"
@@ -11,8 +11,8 @@ namespace {
 using namespace system::file::v2;
 using Components = std::vector<std::string>;
 
-// All parts first; then the first that is not empty takes what stands before it, and of the later
-// ones those stay that say something.
+// Splits the path at backslashes. The first component is the first non-empty part, together with
+// the backslashes before it. Of the later parts, empty ones and "." are dropped.
 Components Expected(const std::string& path)
 {
     Components parts(1);

@@ -8,7 +8,7 @@ namespace vqrx::test {
 
 std::optional<Bytes> IcuUtf16FromUtf8(const Bytes& bytes)
 {
-    std::u16string units(bytes.size() + 1, u'\0'); // never more units than bytes
+    std::u16string units(bytes.size() + 1, u'\0'); // There are at most as many units as bytes.
     std::int32_t length = 0;
     UErrorCode error = U_ZERO_ERROR;
     u_strFromUTF8(units.data(), static_cast<std::int32_t>(units.size()), &length,

@@ -8,8 +8,9 @@ namespace vqrx::test {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// What ICU makes of the bytes: strict, so nothing for text that is not well-formed.
-std::optional<Bytes> IcuUtf16FromUtf8(const Bytes& bytes);
-std::optional<Bytes> IcuUtf8FromUtf16(const Bytes& bytes);
+/// Converts with ICU from UTF-8 to UTF-16LE. Returns nothing if the bytes are not well-formed.
+[[nodiscard]] std::optional<Bytes> IcuUtf16FromUtf8(const Bytes& bytes);
+/// Converts with ICU from UTF-16LE to UTF-8. Returns nothing if the bytes are not well-formed.
+[[nodiscard]] std::optional<Bytes> IcuUtf8FromUtf16(const Bytes& bytes);
 
 } // namespace vqrx::test

@@ -1,5 +1,5 @@
-// Any bytes as the log file that the sink finds: it writes on, or raises what it promises and
-// leaves the file alone.
+// Fuzzer for LogFileSink with any bytes as the existing log file. The sink appends to the file, or
+// throws a documented exception and does not change the file.
 #include "Check.h"
 #include "log_perf/ring/LogFileSink.h"
 
@@ -35,7 +35,7 @@ std::string Bytes()
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// @return false when the file is damaged
+// Returns false if the sink refuses the file as damaged.
 bool Write(LogFileSink& sink, const char* text)
 {
     Timestamp timestamp{};
@@ -56,12 +56,12 @@ void CheckHistory(LogFileSink& sink, const std::string& newest)
     for (std::size_t index = 1; index < entries.size(); ++index) {
         FUZZ_CHECK(entries[index].first == entries[index - 1].first + 1);
     }
-    if (!entries.empty()) { // else the numbers have passed the last one of all
+    if (!entries.empty()) { // They are empty after the largest number of all.
         FUZZ_CHECK(entries.back().second.text == newest);
     }
 }
 
-void WriteOn(const std::string& before, std::uint32_t limit)
+void Append(const std::string& before, std::uint32_t limit)
 {
     std::ofstream(FileName(), std::ios::binary | std::ios::trunc) << before;
     LogFileSink sink;
@@ -72,7 +72,7 @@ void WriteOn(const std::string& before, std::uint32_t limit)
         return;
     }
     CheckHistory(sink, "first of the new");
-    FUZZ_CHECK(Write(sink, "second of the new")); // nothing is read again
+    FUZZ_CHECK(Write(sink, "second of the new")); // The sink does not read the file again.
     CheckHistory(sink, "second of the new");
     const std::string after = Bytes();
     FUZZ_CHECK(after.size() >= kHeader && after.compare(10, 2, "\r\n") == 0);
@@ -82,7 +82,8 @@ void WriteOn(const std::string& before, std::uint32_t limit)
     if (position != kHeader) {
         FUZZ_CHECK(after.compare(position - end.size(), end.size(), end) == 0);
     } else {
-        FUZZ_CHECK(after.find(end) != std::string::npos); // the next one starts at the front
+        // The next record goes to the start of the ring.
+        FUZZ_CHECK(after.find(end) != std::string::npos);
     }
 }
 
@@ -92,6 +93,6 @@ void WriteOn(const std::string& before, std::uint32_t limit)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::uint32_t limit = size % 3 == 0 ? 0 : static_cast<std::uint32_t>(size * 2 / 3);
-    vqrx::test::WriteOn(std::string(data, data + size), limit);
+    vqrx::test::Append(std::string(data, data + size), limit);
     return 0;
 }

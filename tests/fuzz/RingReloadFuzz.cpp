@@ -1,4 +1,5 @@
-// Any bytes as a log file: the reload ends, raises nothing but what it promises, and counts on.
+// Fuzzer for ReloadRing with any bytes as a log file. The reload ends, throws only documented
+// exceptions, and returns the number after the last record.
 #include "Check.h"
 #include "log_perf/ring/LineReader.h"
 #include "log_perf/ring/RingReload.h"

@@ -5,11 +5,14 @@
 
 namespace vqrx::test {
 
-/// Splits a command line as CommandLineToArgvW is documented to: the program's name runs to the
-/// next quote when it begins with one, to the next blank otherwise, and knows no backslash; of the
-/// arguments, blanks separate outside quotes, 2n backslashes and a quote are n backslashes and a
-/// quote that opens or closes, 2n+1 and a quote are n and the quote itself, and two quotes within
-/// quotes are one quote. Not for an empty command line.
-std::vector<std::string> SplitCommandLine(const std::string& commandLine);
+/// Splits a command line by the documented rules of CommandLineToArgvW:
+/// - A program name that begins with a quote ends at the next quote; another one ends at the next
+///   blank. Backslashes in it have no meaning.
+/// - Blanks outside quotes separate arguments.
+/// - 2n backslashes and a quote are n backslashes, and the quote opens or closes.
+/// - 2n + 1 backslashes and a quote are n backslashes and a quote character.
+/// - Two quotes inside quotes are a quote character.
+/// @param commandLine  not empty
+[[nodiscard]] std::vector<std::string> SplitCommandLine(const std::string& commandLine);
 
 } // namespace vqrx::test

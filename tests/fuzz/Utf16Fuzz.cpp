@@ -1,4 +1,4 @@
-// UTF-16LE, strict and lenient, and the one-pass conversion of wide strings, against ICU.
+// Fuzzer for the UTF-16LE parser, strict and lenient, and for WideToUtf8, compared with ICU.
 #include "Check.h"
 #include "Reference.h"
 #include "utf/TextError.h"
@@ -53,7 +53,8 @@ void CheckStrict(const Bytes& input, const std::vector<std::uint32_t>& units)
     }
 }
 
-// A high surrogate takes whatever unit follows; one without a follower and a lone byte are lost.
+// The lenient parser combines a high surrogate with any next unit. It drops a high surrogate at the
+// end and a single last byte.
 void CheckLenient(const Bytes& input, const std::vector<std::uint32_t>& units)
 {
     const CodePoints codePoints = TextParserUTF16LE().Parse(input, 1);

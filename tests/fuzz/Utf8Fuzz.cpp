@@ -1,4 +1,4 @@
-// UTF-8, strict and lenient, against ICU.
+// Fuzzer for the UTF-8 parser, strict and lenient, compared with ICU.
 #include "Check.h"
 #include "Reference.h"
 #include "utf/TextError.h"
@@ -12,7 +12,7 @@ namespace {
 using namespace encoding::utf::v1;
 using CodePoints = std::vector<std::uint32_t>;
 
-// A sequence that has the shape that its lead byte asks for, whatever its value.
+// A lead byte with the right number of continuation bytes. The value may be invalid.
 struct Sequence {
     Bytes bytes;
     std::uint32_t value = 0;
@@ -33,8 +33,8 @@ std::size_t Continuations(std::uint8_t lead)
     return lead >= 0xF0 ? 3U : lead >= 0xE0 ? 2U : 1U;
 }
 
-// Looks ahead for whole sequences, where the parser goes byte by byte. What has no shape is left
-// out together with the byte that broke it, as a lenient parser does.
+// Finds the complete sequences. It looks ahead, while the parser reads byte by byte. As a lenient
+// parser does, it drops an incomplete sequence together with the byte that follows it.
 Scanned Scan(const Bytes& input)
 {
     Scanned result;
@@ -59,7 +59,7 @@ Scanned Scan(const Bytes& input)
         }
         if (found < wanted) {
             result.wellShaped = false;
-            index += found + 2; // the lead, what continued it, what did not
+            index += found + 2; // the lead byte, its continuation bytes, and the byte after them
             continue;
         }
         const auto first = input.begin() + static_cast<std::ptrdiff_t>(index);
@@ -74,8 +74,8 @@ Scanned Scan(const Bytes& input)
     return result;
 }
 
-// Forms of three and four bytes that are longer than needed are accepted: ICU gets them in the
-// form that it accepts too.
+// Returns the shortest form of a sequence. The parser accepts longer forms of three and four bytes,
+// and ICU accepts only the shortest form.
 Bytes Shortest(const Sequence& sequence)
 {
     const bool tooLong = (sequence.bytes.size() == 3 && sequence.value < 0x800) ||
@@ -109,7 +109,8 @@ void CheckStrict(const Bytes& input, const Scanned& scanned)
         scanned.wellShaped && !hasNul ? IcuUtf16FromUtf8(shortest) : std::nullopt;
     FUZZ_CHECK(Transcoded(input) == reference);
     const auto known = IcuUtf16FromUtf8(input);
-    FUZZ_CHECK(!known || hasNul || known == reference); // what ICU accepts is accepted
+    // The parser accepts everything that ICU accepts.
+    FUZZ_CHECK(!known || hasNul || known == reference);
     bool accepted = true;
     try {
         static_cast<void>(TextParserUTF8().Parse(input, 0));

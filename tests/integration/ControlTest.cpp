@@ -1,3 +1,4 @@
+// Calls of a client to the real supervisor: Launch, Stop, Detach and Exit.
 #include "ChildProcess.h"
 #include "SupervisorProcess.h"
 #include "code_page/CodePage.h"
@@ -32,7 +33,7 @@ std::wstring Wide(const std::string& text)
     return {text.begin(), text.end()};
 }
 
-TEST(Control, Exit_called_by_a_client_ends_the_supervisor_in_order)
+TEST(Control, Exit_of_a_client_ends_the_supervisor_in_order)
 {
     SupervisorProcess supervisor;
     EXPECT_EQ(supervisor.Exit(), 0U);
@@ -45,7 +46,7 @@ TEST(Control, Exit_called_by_a_client_ends_the_supervisor_in_order)
     EXPECT_EQ(log.back().level, 2);
 }
 
-TEST(Control, Exit_leaves_the_three_daemons_that_are_registered_running)
+TEST(Control, Exit_leaves_three_registered_daemons_running)
 {
     SupervisorProcess supervisor;
     std::vector<DWORD> processes;
@@ -64,7 +65,7 @@ TEST(Control, Exit_leaves_the_three_daemons_that_are_registered_running)
     }
 }
 
-TEST(Control, Launch_starts_a_program_and_starts_it_again_whenever_it_ends)
+TEST(Control, Launch_starts_a_program_and_the_supervisor_restarts_it_after_its_end)
 {
     SupervisorProcess supervisor;
     const DaemonRequest launched = Launch(supervisor, "no_windows", {L"x"});
@@ -83,7 +84,7 @@ TEST(Control, Launch_starts_a_program_and_starts_it_again_whenever_it_ends)
     EXPECT_TRUE(IsRunning(second));
 }
 
-TEST(Control, Launch_of_a_program_that_is_not_there_is_tried_again_and_again)
+TEST(Control, The_supervisor_tries_to_start_a_missing_program_in_every_pass)
 {
     SupervisorProcess supervisor;
     EXPECT_TRUE(supervisor.Client().Launch(L"C:\\nowhere\\at all.exe", {L"x"}).done);
@@ -102,7 +103,7 @@ TEST(Control, Launch_of_the_same_program_and_arguments_returns_the_first_id)
     EXPECT_EQ(otherOrder.daemonId, 1U);
 }
 
-TEST(Control, Stop_asks_a_windowed_daemon_to_quit)
+TEST(Control, Stop_asks_a_daemon_with_a_window_to_quit)
 {
     SupervisorProcess supervisor;
     const ReadyEvent ready;
@@ -127,7 +128,7 @@ TEST(Control, Stop_terminates_a_daemon_without_windows)
     EXPECT_TRUE(WaitUntil([&] { return !IsRunning(process); }));
 }
 
-TEST(Control, Detach_of_a_launched_daemon_leaves_it_supervised)
+TEST(Control, Detach_of_a_launched_daemon_fails_and_the_supervisor_still_restarts_it)
 {
     SupervisorProcess supervisor;
     Launch(supervisor, "no_windows");
@@ -137,7 +138,7 @@ TEST(Control, Detach_of_a_launched_daemon_leaves_it_supervised)
     EXPECT_NE(supervisor.WaitForStart(0, first), 0U);
 }
 
-TEST(Control, one_client_call_does_not_wait_for_the_stop_that_another_has_asked_for)
+TEST(Control, Calls_of_a_client_do_not_wait_for_a_stop_of_another_client)
 {
     SupervisorProcess supervisor;
     const ReadyEvent ready;
@@ -156,7 +157,7 @@ TEST(Control, one_client_call_does_not_wait_for_the_stop_that_another_has_asked_
     EXPECT_EQ(stopping.Output(), "daemon 0 stopped\n");
 }
 
-TEST(Control, Exit_waits_for_a_stop_that_is_under_way)
+TEST(Control, Exit_waits_for_a_running_stop)
 {
     SupervisorProcess supervisor;
     const ReadyEvent ready;
@@ -169,7 +170,7 @@ TEST(Control, Exit_waits_for_a_stop_that_is_under_way)
     const CapturedProgram stopping(ProductProgram("daemonctl.exe") + " stop 0");
     ASSERT_TRUE(quit.Wait());
     supervisor.Client().Exit();
-    ASSERT_TRUE(WaitUntil([] { return !FindPublished(); })); // its shutdown has begun
+    ASSERT_TRUE(WaitUntil([] { return !FindPublished(); })); // The shutdown has begun.
     mayEnd.Signal();
     EXPECT_EQ(supervisor.Process().ExitCode(), 0U);
     EXPECT_TRUE(supervisor.WaitForLog(

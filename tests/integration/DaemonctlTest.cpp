@@ -1,3 +1,4 @@
+// The commands of daemonctl that call the real supervisor: launch, stop, attach, detach and exit.
 #include "Daemonctl.h"
 #include "CapturedProgram.h"
 #include "ChildProcess.h"
@@ -14,7 +15,7 @@
 namespace vqrx::test {
 namespace {
 
-TEST(Daemonctl, without_a_command_or_with_a_wrong_one_says_so_and_ends_with_2)
+TEST(Daemonctl, A_missing_or_wrong_command_ends_with_exit_code_2_and_an_error_text)
 {
     for (const char* arguments :
          {"", "frobnicate", "launch", "stop", "stop x", "stop -1", "stop 0x10", "stop 4294967296",
@@ -26,12 +27,12 @@ TEST(Daemonctl, without_a_command_or_with_a_wrong_one_says_so_and_ends_with_2)
     }
 }
 
-TEST(Daemonctl, tells_its_version)
+TEST(Daemonctl, The_option_version_shows_the_version)
 {
     EXPECT_EQ(Daemonctl("--version"), (Answer{0, "daemonctl 1.0.0\n", ""}));
 }
 
-TEST(Daemonctl, helps)
+TEST(Daemonctl, The_help_of_every_command_shows_an_example)
 {
     const Answer help = Daemonctl("--help");
     EXPECT_EQ(help.exitCode, 0U);
@@ -46,7 +47,7 @@ TEST(Daemonctl, helps)
     }
 }
 
-TEST(Daemonctl, without_a_supervisor_says_what_to_do)
+TEST(Daemonctl, Commands_without_a_supervisor_say_what_to_do)
 {
     for (const char* arguments : {"launch x.exe", "stop 1", "attach 1", "detach 1", "exit"}) {
         EXPECT_EQ(Daemonctl(arguments),
@@ -57,7 +58,7 @@ TEST(Daemonctl, without_a_supervisor_says_what_to_do)
     }
 }
 
-TEST(Daemonctl, without_the_proxy_says_what_to_register)
+TEST(Daemonctl, Commands_without_the_proxy_say_what_to_register)
 {
     const TempFolder root;
     std::filesystem::create_directory(root.Path() / "App");
@@ -75,7 +76,7 @@ TEST(Daemonctl, without_the_proxy_says_what_to_register)
     EXPECT_EQ(supervisor.ExitCode(), 0U);
 }
 
-TEST(Daemonctl, launches_and_stops)
+TEST(Daemonctl, Launch_and_Stop_report_the_result_of_the_call)
 {
     const SupervisorProcess supervisor;
     const std::string launch = "launch \"" + TestProgram("no_windows") + "\" x";
@@ -92,7 +93,7 @@ TEST(Daemonctl, launches_and_stops)
                       "process runs on), or cannot be ended\n"}));
 }
 
-TEST(Daemonctl, passes_everything_behind_the_path_on)
+TEST(Daemonctl, Launch_passes_every_argument_after_the_path_to_the_daemon)
 {
     const SupervisorProcess supervisor;
     const std::string program = TestProgram("writes_command_line");
@@ -107,7 +108,7 @@ TEST(Daemonctl, passes_everything_behind_the_path_on)
             " out.txt --help -x -- --version \"two words\"  \xC3\xBC --listen [::1] [a,b] [] ");
 }
 
-TEST(Daemonctl, says_that_a_process_cannot_be_attached)
+TEST(Daemonctl, Attach_reports_a_process_that_cannot_be_attached)
 {
     const SupervisorProcess supervisor;
     EXPECT_EQ(
@@ -117,7 +118,7 @@ TEST(Daemonctl, says_that_a_process_cannot_be_attached)
                 "it is denied, or WMI does not know it\n"}));
 }
 
-TEST(Daemonctl, ends_the_supervisor)
+TEST(Daemonctl, Exit_ends_the_supervisor)
 {
     SupervisorProcess supervisor;
     EXPECT_EQ(Daemonctl("exit"), (Answer{0, "the supervisor ends; its daemons run on\n", ""}));

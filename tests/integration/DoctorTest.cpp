@@ -1,3 +1,4 @@
+// daemonctl doctor on a machine without an installation, on a healthy one, and on faulty ones.
 #include "ChildProcess.h"
 #include "Daemonctl.h"
 #include "PrefixClass.h"
@@ -20,7 +21,8 @@ namespace {
 
 using Json = nlohmann::json;
 
-// Settings that keep crashed programs from lingering; made for a test and taken back.
+// Changes the settings of Windows so that a crashed program shows no dialog. The destructor
+// restores the settings.
 class QuietCrashes {
 public:
     QuietCrashes()
@@ -67,7 +69,7 @@ std::map<std::string, std::string> Verdicts(const Answer& answer)
     return verdicts;
 }
 
-TEST(Doctor, finds_a_bare_machine_in_want_of_everything)
+TEST(Doctor, Doctor_reports_failures_on_a_machine_without_an_installation)
 {
     const FirmwareRegistry registry;
     const Answer answer = Daemonctl("doctor --json");
@@ -83,7 +85,7 @@ TEST(Doctor, finds_a_bare_machine_in_want_of_everything)
     EXPECT_EQ(verdicts["firewall-service"], "warning");
 }
 
-TEST(Doctor, finds_a_healthy_machine_healthy_and_changes_nothing)
+TEST(Doctor, Doctor_reports_no_failure_on_a_healthy_machine_and_changes_nothing)
 {
     const PrefixStandIns standIns(PrefixStandIns::Wmi::standIn);
     const QuietCrashes quiet;
@@ -103,7 +105,7 @@ TEST(Doctor, finds_a_healthy_machine_healthy_and_changes_nothing)
     EXPECT_EQ(supervisor.Log().size(), before);
 }
 
-TEST(Doctor, ends_with_3_when_only_the_supervisor_is_missing)
+TEST(Doctor, Doctor_ends_with_exit_code_3_if_only_the_supervisor_is_missing)
 {
     const PrefixStandIns standIns(PrefixStandIns::Wmi::standIn);
     const QuietCrashes quiet;
@@ -119,7 +121,7 @@ TEST(Doctor, ends_with_3_when_only_the_supervisor_is_missing)
         << answer;
 }
 
-TEST(Doctor, tells_a_supervisor_that_waits_for_the_firewall_service)
+TEST(Doctor, Doctor_reports_a_supervisor_that_waits_for_the_firewall_service)
 {
     const TestService firewall("MpsSvc"); // not started
     const TempFolder root;
@@ -142,7 +144,7 @@ TEST(Doctor, tells_a_supervisor_that_waits_for_the_firewall_service)
         << answer;
 }
 
-TEST(Doctor, shows_dead_rules_and_removes_them_only_when_told_to)
+TEST(Doctor, Doctor_shows_dead_rules_and_removes_them_only_with_prune)
 {
     const PrefixStandIns standIns(PrefixStandIns::Wmi::standIn);
     const std::string own = TestProgram("quits");

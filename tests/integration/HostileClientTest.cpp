@@ -1,3 +1,4 @@
+// Clients that call the real supervisor with wrong arguments, or die during a call.
 #include "CapturedProgram.h"
 #include "ChildProcess.h"
 #include "SupervisorProcess.h"
@@ -21,7 +22,7 @@ namespace {
 using system::code_page::v1::NarrowToWide;
 using system::com::v1::UniqueBstr;
 
-/// What a client sends and frees.
+/// Owns an array that a client passes to a call.
 class Array {
 public:
     Array(VARTYPE type, std::initializer_list<SAFEARRAYBOUND> bounds)
@@ -46,7 +47,7 @@ protected:
         return supervisor_.Control()->Launch(path_.Get(), array, &id);
     }
 
-    /// The supervisor answers, and whatever was tried has registered nothing.
+    /// Expects that the supervisor answers and that it has no daemon yet.
     void ExpectNothingRegistered()
     {
         DWORD id = 4711;
@@ -54,7 +55,8 @@ protected:
         EXPECT_EQ(id, 0U);
         EXPECT_NE(supervisor_.WaitForStart(0), 0U);
     }
-    void ExpectToGoOn()
+    /// Expects that the supervisor answers and ends in order.
+    void ExpectNormalOperation()
     {
         EXPECT_FALSE(supervisor_.Client().Detach(4711));
         EXPECT_EQ(supervisor_.Exit(), 0U);
@@ -64,7 +66,7 @@ protected:
     UniqueBstr path_{NarrowToWide(TestProgram("no_windows"), CP_UTF8)};
 };
 
-TEST_F(HostileClient, who_sends_an_array_of_numbers_gets_E_INVALIDARG)
+TEST_F(HostileClient, Launch_with_an_array_of_numbers_returns_E_INVALIDARG)
 {
     Array numbers(VT_I4, {{3, 0}});
     DWORD id = 4711;
@@ -72,7 +74,7 @@ TEST_F(HostileClient, who_sends_an_array_of_numbers_gets_E_INVALIDARG)
     ExpectNothingRegistered();
 }
 
-TEST_F(HostileClient, who_sends_an_array_of_variants_gets_E_INVALIDARG)
+TEST_F(HostileClient, Launch_with_an_array_of_variants_returns_E_INVALIDARG)
 {
     Array variants(VT_VARIANT, {{3, 0}});
     DWORD id = 4711;
@@ -80,7 +82,7 @@ TEST_F(HostileClient, who_sends_an_array_of_variants_gets_E_INVALIDARG)
     ExpectNothingRegistered();
 }
 
-TEST_F(HostileClient, who_sends_an_array_of_objects_gets_E_INVALIDARG)
+TEST_F(HostileClient, Launch_with_an_array_of_objects_returns_E_INVALIDARG)
 {
     Array objects(VT_UNKNOWN, {{3, 0}});
     DWORD id = 4711;
@@ -88,7 +90,7 @@ TEST_F(HostileClient, who_sends_an_array_of_objects_gets_E_INVALIDARG)
     ExpectNothingRegistered();
 }
 
-TEST_F(HostileClient, who_sends_an_array_that_begins_at_1_gets_E_INVALIDARG)
+TEST_F(HostileClient, Launch_with_an_array_that_begins_at_1_returns_E_INVALIDARG)
 {
     Array shifted(VT_BSTR, {{3, 1}});
     DWORD id = 4711;
@@ -96,7 +98,7 @@ TEST_F(HostileClient, who_sends_an_array_that_begins_at_1_gets_E_INVALIDARG)
     ExpectNothingRegistered();
 }
 
-TEST_F(HostileClient, who_sends_an_array_that_begins_below_0_gets_E_INVALIDARG)
+TEST_F(HostileClient, Launch_with_an_array_that_begins_below_0_returns_E_INVALIDARG)
 {
     Array shifted(VT_BSTR, {{1, -1}});
     DWORD id = 4711;
@@ -104,7 +106,7 @@ TEST_F(HostileClient, who_sends_an_array_that_begins_below_0_gets_E_INVALIDARG)
     ExpectNothingRegistered();
 }
 
-TEST_F(HostileClient, who_sends_an_array_of_two_dimensions_gets_E_INVALIDARG)
+TEST_F(HostileClient, Launch_with_an_array_of_two_dimensions_returns_E_INVALIDARG)
 {
     Array square(VT_BSTR, {{2, 0}, {2, 0}});
     DWORD id = 4711;
@@ -112,7 +114,7 @@ TEST_F(HostileClient, who_sends_an_array_of_two_dimensions_gets_E_INVALIDARG)
     ExpectNothingRegistered();
 }
 
-TEST_F(HostileClient, who_sends_a_malformed_array_a_hundred_times_does_no_harm)
+TEST_F(HostileClient, A_hundred_launches_with_a_malformed_array_do_no_harm)
 {
     for (int count = 0; count < 100; ++count) {
         Array shifted(VT_BSTR, {{3, 1}});
@@ -122,9 +124,9 @@ TEST_F(HostileClient, who_sends_a_malformed_array_a_hundred_times_does_no_harm)
     ExpectNothingRegistered();
 }
 
-TEST_F(HostileClient, who_sends_null_strings_has_sent_empty_ones)
+TEST_F(HostileClient, Launch_treats_null_strings_as_empty_strings)
 {
-    Array empty(VT_BSTR, {{2, 0}}); // its elements are null
+    Array empty(VT_BSTR, {{2, 0}}); // The elements are null.
     DWORD id = 4711;
     EXPECT_EQ(Launch(empty.Pointer(), id), S_OK);
     EXPECT_EQ(id, 0U);
@@ -133,14 +135,14 @@ TEST_F(HostileClient, who_sends_null_strings_has_sent_empty_ones)
                                               ") : " + TestProgram("no_windows") + "   "));
 }
 
-TEST_F(HostileClient, who_sends_no_path_gets_E_POINTER)
+TEST_F(HostileClient, Launch_without_a_path_returns_E_POINTER)
 {
     DWORD id = 4711;
     EXPECT_EQ(supervisor_.Control()->Launch(nullptr, nullptr, &id), E_POINTER);
     ExpectNothingRegistered();
 }
 
-TEST_F(HostileClient, who_attaches_with_a_malformed_array_gets_E_INVALIDARG_and_uses_an_id_up)
+TEST_F(HostileClient, Attach_with_a_malformed_array_returns_E_INVALIDARG_and_uses_an_id)
 {
     Array shifted(VT_BSTR, {{3, 1}});
     DWORD id = 4711;
@@ -150,7 +152,7 @@ TEST_F(HostileClient, who_attaches_with_a_malformed_array_gets_E_INVALIDARG_and_
     EXPECT_EQ(id, 1U);
 }
 
-TEST_F(HostileClient, who_names_ids_that_were_never_given_out_gets_S_FALSE)
+TEST_F(HostileClient, Stop_and_Detach_of_an_unknown_id_return_S_FALSE)
 {
     for (const DWORD id : {0UL, 1UL, 4711UL, 0x7FFFFFFFUL, 0xFFFFFFFFUL}) {
         EXPECT_EQ(supervisor_.Control()->Stop(id), S_FALSE) << id;
@@ -159,24 +161,24 @@ TEST_F(HostileClient, who_names_ids_that_were_never_given_out_gets_S_FALSE)
     ExpectNothingRegistered();
 }
 
-TEST_F(HostileClient, who_attaches_the_idle_process_gets_S_FALSE)
+TEST_F(HostileClient, Attach_of_the_idle_process_returns_S_FALSE)
 {
     DWORD id = 4711;
     EXPECT_EQ(supervisor_.Control()->Attach(0, nullptr, &id), S_FALSE);
     EXPECT_TRUE(supervisor_.WaitForLog(1, "Unable to attach  "));
     EXPECT_EQ(Launch(nullptr, id), S_OK);
-    EXPECT_EQ(id, 1U); // the first one is used up
+    EXPECT_EQ(id, 1U); // The failed attach used id 0.
 }
 
-TEST_F(HostileClient, who_attaches_a_process_that_does_not_exist_gets_S_FALSE)
+TEST_F(HostileClient, Attach_of_a_process_that_does_not_exist_returns_S_FALSE)
 {
     DWORD id = 4711;
     EXPECT_EQ(supervisor_.Control()->Attach(0xFFFFFFF0, nullptr, &id), S_FALSE);
     EXPECT_TRUE(supervisor_.WaitForLog(1, "Unable to attach DaemonId(0) PId(4294967280) :  "));
-    ExpectToGoOn();
+    ExpectNormalOperation();
 }
 
-TEST_F(HostileClient, who_attaches_the_supervisor_itself_cannot_stop_it_by_that)
+TEST_F(HostileClient, A_client_that_attaches_the_supervisor_cannot_stop_it)
 {
     DWORD id = 4711;
     const HRESULT hr = supervisor_.Control()->Attach(supervisor_.Process().Pid(), nullptr, &id);
@@ -184,13 +186,14 @@ TEST_F(HostileClient, who_attaches_the_supervisor_itself_cannot_stop_it_by_that)
         EXPECT_EQ(id, 0U);
         EXPECT_EQ(supervisor_.Control()->Stop(id), S_FALSE);
     } else {
-        std::cout << "this host's WMI does not tell executable paths: 0x" << std::hex << hr << '\n';
+        std::cout << "WMI of this host does not report executable paths: 0x" << std::hex << hr
+                  << '\n';
         EXPECT_TRUE(hr == S_FALSE || FAILED(hr));
     }
-    ExpectToGoOn();
+    ExpectNormalOperation();
 }
 
-TEST_F(HostileClient, who_dies_in_the_middle_of_a_call_is_not_missed)
+TEST_F(HostileClient, A_stop_takes_effect_although_its_client_dies_during_the_call)
 {
     const ReadyEvent ready;
     const ReadyEvent quit;
@@ -205,7 +208,7 @@ TEST_F(HostileClient, who_dies_in_the_middle_of_a_call_is_not_missed)
     ASSERT_TRUE(ready.Wait());
 
     const CapturedProgram client(ProductProgram("daemonctl.exe") + " stop 0");
-    ASSERT_TRUE(quit.Wait()); // the call waits for the daemon's end
+    ASSERT_TRUE(quit.Wait()); // The call waits for the end of the daemon.
     client.Kill();
     ASSERT_TRUE(client.Wait());
     EXPECT_FALSE(supervisor_.Client().Detach(4711));
@@ -213,10 +216,10 @@ TEST_F(HostileClient, who_dies_in_the_middle_of_a_call_is_not_missed)
     EXPECT_TRUE(supervisor_.WaitForLog(1, "Stop (1) DaemonId(0) PId(" + std::to_string(process) +
                                               ") : " + program + " " + ready.Name() + " " +
                                               quit.Name() + " " + mayEnd.Name() + " "));
-    ExpectToGoOn();
+    ExpectNormalOperation();
 }
 
-TEST_F(HostileClient, who_never_lets_go_does_not_keep_the_supervisor)
+TEST_F(HostileClient, A_reference_that_a_client_never_releases_does_not_delay_the_exit)
 {
     const auto reference = FindPublished();
     ASSERT_TRUE(reference);

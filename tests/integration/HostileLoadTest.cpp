@@ -1,4 +1,4 @@
-// Clients that want too much: too many calls, too long strings, everything at once.
+// Clients that load the real supervisor: many calls, huge strings, many processes at once.
 #include "CapturedProgram.h"
 #include "ChildProcess.h"
 #include "SupervisorProcess.h"
@@ -27,8 +27,8 @@ using system::com::v1::UniqueBstr;
 
 class HostileLoad : public testing::Test {
 protected:
-    /// The supervisor answers and ends in order.
-    void ExpectToGoOn()
+    /// Expects that the supervisor answers and ends in order.
+    void ExpectNormalOperation()
     {
         EXPECT_FALSE(supervisor_.Client().Detach(4711));
         EXPECT_EQ(supervisor_.Exit(), 0U);
@@ -43,7 +43,7 @@ protected:
     std::wstring program_ = NarrowToWide(TestProgram("no_windows"), CP_UTF8);
 };
 
-TEST_F(HostileLoad, of_every_malformed_array_that_can_be_built_registers_nothing)
+TEST_F(HostileLoad, Launch_and_Attach_refuse_every_malformed_array)
 {
     constexpr std::array types = {VT_I1,    VT_I2,      VT_I4,     VT_I8,   VT_UI1,      VT_UI2,
                                   VT_UI4,   VT_UI8,     VT_INT,    VT_UINT, VT_R4,       VT_R8,
@@ -54,7 +54,7 @@ TEST_F(HostileLoad, of_every_malformed_array_that_can_be_built_registers_nothing
         for (UINT dimensions = 1; dimensions <= 3; ++dimensions) {
             for (const LONG lower : {0L, 1L, -1L, 0x7FFFFFF0L, -0x7FFFFFFFL}) {
                 if (type == VT_BSTR && dimensions == 1 && lower == 0) {
-                    continue; // the only one that is right
+                    continue; // the only valid array
                 }
                 std::vector<SAFEARRAYBOUND> bounds(dimensions, {2, lower});
                 SAFEARRAY* array =
@@ -76,15 +76,15 @@ TEST_F(HostileLoad, of_every_malformed_array_that_can_be_built_registers_nothing
     EXPECT_LT(200, tried);
     DWORD id = 4711;
     EXPECT_EQ(Launch(program_, nullptr, id), S_OK);
-    EXPECT_GE(static_cast<DWORD>(tried), id); // an attach that comes through uses an id up
+    EXPECT_GE(static_cast<DWORD>(tried), id); // An attach that reaches the supervisor uses an id.
     EXPECT_NE(supervisor_.WaitForStart(id), 0U);
-    ExpectToGoOn();
+    ExpectNormalOperation();
     EXPECT_TRUE(supervisor_.WaitForLog(1, "1 Processes still registered"));
 }
 
-TEST_F(HostileLoad, of_strings_of_16_MiB_is_carried_and_costs_nobody_else_anything)
+TEST_F(HostileLoad, Strings_of_16_MiB_arrive_and_do_not_disturb_other_daemons)
 {
-    const std::wstring huge(8U << 20, L'x'); // two bytes a character
+    const std::wstring huge(8U << 20, L'x'); // A character has two bytes.
     DWORD path = 4711;
     EXPECT_EQ(Launch(huge, nullptr, path), S_OK);
     SAFEARRAY* array = SafeArrayCreateVector(VT_BSTR, 0, 1);
@@ -103,15 +103,16 @@ TEST_F(HostileLoad, of_strings_of_16_MiB_is_carried_and_costs_nobody_else_anythi
     ASSERT_NE(process, 0U);
     KillProcess(process);
     EXPECT_NE(supervisor_.WaitForStart(id, process), 0U);
-    // Neither can be started; a line says so, cut to what a line may hold.
+    // Neither program can be started. The log shows this in a line that is cut to the maximum
+    // length.
     const std::string line = "Unable to start " + std::string(1040 - 16, 'x');
     EXPECT_TRUE(supervisor_.WaitForLog(1, line));
     EXPECT_TRUE(supervisor_.Client().Stop(path));
     EXPECT_TRUE(supervisor_.Client().Stop(argument));
-    ExpectToGoOn();
+    ExpectNormalOperation();
 }
 
-TEST_F(HostileLoad, of_a_client_that_ends_the_supervisor_while_others_launch_ends_it_in_order)
+TEST_F(HostileLoad, Exit_ends_the_supervisor_in_order_while_other_clients_launch)
 {
     std::vector<std::thread> launchers;
     for (int number = 0; number < 4; ++number) {
@@ -121,7 +122,7 @@ TEST_F(HostileLoad, of_a_client_that_ends_the_supervisor_while_others_launch_end
             for (int count = 0;; ++count) {
                 const std::wstring path =
                     L"C:\\missing_" + std::to_wstring(number) + L"_" + std::to_wstring(count);
-                if (FAILED(Launch(path, nullptr, id))) { // the supervisor has gone
+                if (FAILED(Launch(path, nullptr, id))) { // The supervisor has ended.
                     return;
                 }
             }
@@ -135,18 +136,19 @@ TEST_F(HostileLoad, of_a_client_that_ends_the_supervisor_while_others_launch_end
     EXPECT_EQ(supervisor_.Log().back().text, "Deamon Thread is exiting...");
 }
 
-TEST_F(HostileLoad, of_a_client_with_a_thousand_references_that_dies_does_not_keep_the_supervisor)
+TEST_F(HostileLoad, A_thousand_references_of_a_client_do_not_delay_the_exit)
 {
     std::vector<system::com::v1::ComPtr<IUnknown>> references;
     for (int number = 0; number < 1000; ++number) {
         references.push_back(FindPublished());
         ASSERT_TRUE(references.back());
     }
-    ExpectToGoOn();
+    ExpectNormalOperation();
 }
 
-// How often the supervisor has passed over a program that is missing: once in every pass.
-std::size_t Passes(const std::vector<RingRecord>& records, std::size_t end)
+// Returns the number of passes in the first records. Each pass logs one failed start of a missing
+// program.
+std::size_t CountPasses(const std::vector<RingRecord>& records, std::size_t end)
 {
     std::size_t passes = 0;
     for (std::size_t index = 0; index < end; ++index) {
@@ -155,17 +157,17 @@ std::size_t Passes(const std::vector<RingRecord>& records, std::size_t end)
     return passes;
 }
 
-TEST_F(HostileLoad, of_eight_processes_that_call_as_fast_as_they_can_delays_no_restart)
+TEST_F(HostileLoad, Eight_processes_that_call_without_a_pause_do_not_delay_a_restart)
 {
     constexpr unsigned kDaemons = 200;
     constexpr unsigned kCallers = 8;
     DWORD id = 0;
-    ASSERT_EQ(Launch(L"C:\\missing.exe", nullptr, id), S_OK); // counts the passes
+    ASSERT_EQ(Launch(L"C:\\missing.exe", nullptr, id), S_OK); // logs a line in each pass
     const std::wstring program = NarrowToWide(TestProgram("endurance_daemon"), CP_UTF8);
     for (unsigned number = 1; number < kDaemons; ++number) {
         id = supervisor_.Client().Launch(program, {L"steady", std::to_wstring(number)}).daemonId;
     }
-    const DWORD process = supervisor_.WaitForStart(id); // the last one of all
+    const DWORD process = supervisor_.WaitForStart(id); // the last daemon of the table
     ASSERT_NE(process, 0U);
 
     const ReadyEvent end;
@@ -185,7 +187,7 @@ TEST_F(HostileLoad, of_eight_processes_that_call_as_fast_as_they_can_delays_no_r
     KillProcess(process);
     const ULONGLONG killed = GetTickCount64();
     EXPECT_NE(supervisor_.WaitForStart(id, process), 0U);
-    const ULONGLONG back = GetTickCount64();
+    const ULONGLONG restarted = GetTickCount64();
     const std::vector<RingRecord> after = supervisor_.Log();
     std::size_t restart = after.size();
     for (std::size_t index = 0; index < after.size(); ++index) {
@@ -193,8 +195,9 @@ TEST_F(HostileLoad, of_eight_processes_that_call_as_fast_as_they_can_delays_no_r
             restart = index;
         }
     }
-    // The pass under way may have been by already, and its line may not have been written yet.
-    EXPECT_GE(2U, Passes(after, restart) - Passes(before, before.size()));
+    // The pass that was running may have examined the daemon already, and its line may not be in
+    // the log yet.
+    EXPECT_GE(2U, CountPasses(after, restart) - CountPasses(before, before.size()));
 
     end.Signal();
     unsigned long calls = 0;
@@ -206,8 +209,9 @@ TEST_F(HostileLoad, of_eight_processes_that_call_as_fast_as_they_can_delays_no_r
     const ULONGLONG elapsed = std::max<ULONGLONG>(1, GetTickCount64() - start);
     EXPECT_LT(0U, calls);
     std::cout << kCallers << " processes made " << calls * 1000 / elapsed
-              << " calls a second; the daemon was back after " << back - killed << " ms\n";
-    ExpectToGoOn();
+              << " calls per second; the daemon was restarted after " << restarted - killed
+              << " ms\n";
+    ExpectNormalOperation();
 }
 
 } // namespace

@@ -1,3 +1,5 @@
+// The commands of daemonctl that read the log: ps, wait, check and reattach, with the real
+// supervisor.
 #include "ChildProcess.h"
 #include "Daemonctl.h"
 #include "PrefixClass.h"
@@ -20,7 +22,6 @@ namespace {
 
 using Json = nlohmann::json;
 
-// Of one line of a table, without what varies.
 std::vector<std::string> Lines(const std::string& text)
 {
     std::vector<std::string> lines;
@@ -46,7 +47,7 @@ std::string Write(const SupervisorProcess& supervisor, const std::string& name,
     return path;
 }
 
-TEST(Operator, without_a_supervisor_learns_that_there_is_none)
+TEST(Operator, Commands_report_that_no_supervisor_runs)
 {
     const TempFolder folder;
     std::ofstream(folder.File("empty.txt")) << "";
@@ -61,7 +62,7 @@ TEST(Operator, without_a_supervisor_learns_that_there_is_none)
     }
 }
 
-TEST(Operator, who_uses_a_command_wrongly_is_told_so)
+TEST(Operator, Commands_with_wrong_arguments_end_with_exit_code_2_and_an_error_text)
 {
     for (const char* arguments :
          {"ps x", "wait", "wait x", "wait 1 --for ever", "wait 1 --timeout -1", "check",
@@ -73,7 +74,7 @@ TEST(Operator, who_uses_a_command_wrongly_is_told_so)
     }
 }
 
-TEST(Operator, finds_examples_in_the_help_of_every_command)
+TEST(Operator, The_help_of_every_command_has_examples)
 {
     const Answer help = Daemonctl("--help");
     for (const char* command : {"ps", "wait", "check", "reattach", "doctor", "completion"}) {
@@ -86,7 +87,7 @@ TEST(Operator, finds_examples_in_the_help_of_every_command)
     }
 }
 
-TEST(Operator, sees_what_runs_what_ended_and_what_cannot_start)
+TEST(Operator, Ps_shows_running_restarted_and_not_startable_daemons)
 {
     const SupervisorProcess supervisor;
     const std::string runs = TestProgram("no_windows");
@@ -129,7 +130,7 @@ TEST(Operator, sees_what_runs_what_ended_and_what_cannot_start)
     EXPECT_THAT(lines[2], ::testing::StartsWith(" -  cannot start "));
 }
 
-TEST(Operator, does_not_see_what_was_stopped)
+TEST(Operator, Ps_does_not_show_a_stopped_daemon)
 {
     const SupervisorProcess supervisor;
     EXPECT_EQ(Daemonctl("launch \"" + TestProgram("no_windows") + "\"").exitCode, 0U);
@@ -141,7 +142,7 @@ TEST(Operator, does_not_see_what_was_stopped)
     EXPECT_EQ(Lines(Daemonctl("ps").output).size(), 1U);
 }
 
-TEST(Operator, waits_for_what_happens_to_a_daemon)
+TEST(Operator, Wait_returns_when_a_daemon_runs_ends_or_restarts)
 {
     const SupervisorProcess supervisor;
     EXPECT_EQ(Daemonctl("launch \"" + TestProgram("no_windows") + "\"").exitCode, 0U);
@@ -160,7 +161,7 @@ TEST(Operator, waits_for_what_happens_to_a_daemon)
                                 "\" wait 0 --for ended --timeout 50");
     const CapturedProgram restarted('"' + ProductProgram("daemonctl.exe") +
                                     "\" wait 0 --for restarted --timeout 50");
-    // Both have looked at the log by the time that a third one, started later, has.
+    // A third program that starts later has read the log once, so both programs have read it too.
     EXPECT_EQ(Daemonctl("wait 0 --for ended --timeout 1").exitCode, 1U);
     KillProcess(first);
     EXPECT_EQ(ended.ExitCode(), 0U) << ended.Error();
@@ -169,7 +170,7 @@ TEST(Operator, waits_for_what_happens_to_a_daemon)
     EXPECT_EQ(restarted.Output(), "daemon 0 runs as process " + std::to_string(second) + "\n");
 }
 
-TEST(Operator, checks_a_list_of_programs)
+TEST(Operator, Check_compares_the_daemons_with_a_list_of_programs)
 {
     const SupervisorProcess supervisor;
     const std::string program = TestProgram("no_windows");
@@ -201,7 +202,7 @@ TEST(Operator, checks_a_list_of_programs)
               (Answer{2, "", "daemonctl: " + bad + ", line 1: a double quote is not closed\n"}));
 }
 
-TEST(Operator, whose_log_is_gone_learns_that_it_cannot_be_read)
+TEST(Operator, Commands_end_with_exit_code_5_if_the_log_cannot_be_read)
 {
     const SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
         registry.SetPathname(FirmwareRegistry::current, root);
@@ -214,14 +215,14 @@ TEST(Operator, whose_log_is_gone_learns_that_it_cannot_be_read)
     }
 }
 
-TEST(Operator, sees_children_of_which_the_log_no_longer_tells)
+TEST(Operator, Ps_shows_processes_that_the_log_no_longer_shows)
 {
     const SupervisorProcess supervisor;
     const std::string program = TestProgram("no_windows");
     EXPECT_EQ(Daemonctl("launch \"" + program + "\" \"old one\"").exitCode, 0U);
     const DWORD process = supervisor.WaitForStart(0);
     ASSERT_NE(process, 0U);
-    { // as a wrap leaves it: the line of the start is overwritten by another
+    { // Overwrites the line of the start, as a wrap of the ring does.
         std::fstream log(supervisor.LogFile(), std::ios::in | std::ios::out | std::ios::binary);
         std::string text((std::istreambuf_iterator<char>(log)), std::istreambuf_iterator<char>());
         const std::size_t start = text.find("Start DaemonId(0)");

@@ -1,3 +1,4 @@
+// The proxy and stub library between a client process and the real supervisor.
 #include "CapturedProgram.h"
 #include "ChildProcess.h"
 #include "ProxyRegistration.h"
@@ -21,8 +22,8 @@ using system::com::v1::ComApartment;
 using system::com::v1::ComPtr;
 using system::com::v1::UniqueBstr;
 
-/// Launches a program that writes down its command line. @return what it wrote after its own path
-/// and the name of the file
+// Launches a program that writes its command line to a file. Returns the part of the command line
+// after the program's path and the name of the file.
 std::string Received(SupervisorProcess& supervisor, std::vector<std::wstring> arguments)
 {
     const std::string program = TestProgram("writes_command_line");
@@ -33,7 +34,7 @@ std::string Received(SupervisorProcess& supervisor, std::vector<std::wstring> ar
     return text.starts_with(start) ? text.substr(start.size()) : "unexpected: " + text;
 }
 
-TEST(Proxy, is_what_another_process_needs_to_get_the_interface)
+TEST(Proxy, A_client_gets_the_interface_only_while_the_proxy_is_registered)
 {
     const TempFolder root;
     std::filesystem::create_directory(root.Path() / "App");
@@ -53,7 +54,7 @@ TEST(Proxy, is_what_another_process_needs_to_get_the_interface)
     EXPECT_EQ(program.ExitCode(), 0U);
 }
 
-TEST(Proxy, answers_E_NOINTERFACE_for_IDispatch)
+TEST(Proxy, A_query_for_IDispatch_returns_E_NOINTERFACE)
 {
     const SupervisorProcess supervisor;
     void* dispatch = &dispatch;
@@ -61,7 +62,7 @@ TEST(Proxy, answers_E_NOINTERFACE_for_IDispatch)
     EXPECT_EQ(dispatch, nullptr);
 }
 
-TEST(Proxy, carries_null_pointers_and_empty_arrays_as_empty_argument_lists)
+TEST(Proxy, Null_pointers_and_empty_arrays_arrive_as_empty_argument_lists)
 {
     const SupervisorProcess supervisor;
     const std::string program = TestProgram("no_windows");
@@ -83,7 +84,7 @@ TEST(Proxy, carries_null_pointers_and_empty_arrays_as_empty_argument_lists)
                                              ") : " + program + " "));
 }
 
-TEST(Proxy, carries_a_thousand_strings_in_order)
+TEST(Proxy, A_thousand_strings_arrive_in_order)
 {
     SupervisorProcess supervisor;
     std::vector<std::wstring> arguments;
@@ -95,7 +96,7 @@ TEST(Proxy, carries_a_thousand_strings_in_order)
     EXPECT_EQ(Received(supervisor, arguments), expected);
 }
 
-TEST(Proxy, carries_a_string_of_32000_characters)
+TEST(Proxy, A_string_of_32000_characters_arrives_completely)
 {
     SupervisorProcess supervisor;
     std::wstring argument;
@@ -106,7 +107,7 @@ TEST(Proxy, carries_a_string_of_32000_characters)
               std::string(argument.begin(), argument.end()) + " ");
 }
 
-TEST(Proxy, carries_non_ASCII_letters_of_the_code_page)
+TEST(Proxy, Non_ASCII_letters_of_the_code_page_arrive)
 {
     SupervisorProcess supervisor;
     EXPECT_EQ(Received(supervisor, {L"Gr\u00fc\u00dfe", L"\u00e9\u00e0 \u00e7"}),

@@ -1,3 +1,4 @@
+// Attach of ordinary programs.
 #include "Scene.h"
 
 #include "TempFolder.h"
@@ -12,7 +13,7 @@
 namespace vqrx::test {
 namespace {
 
-// A program of the test's own, in a folder and under a name with blanks.
+// Copies a test program to a path with blanks and returns the path.
 std::string CopyOfChild(const TempFolder& folder)
 {
     const std::filesystem::path tools = folder.Path() / "my tools";
@@ -34,7 +35,7 @@ std::string ImageOf(DWORD processId)
 
 class AttachScene : public Scene {
 protected:
-    /// Takes the note away, so that the next one is a new one.
+    /// Waits for the file with the command line, removes it and returns its text.
     std::string TakeNote() const
     {
         const std::string text = WaitForNote(note_);
@@ -47,7 +48,7 @@ protected:
     const std::string note_ = folder_.File("its note");
 };
 
-TEST_F(AttachScene, killed_program_comes_back_as_it_was_and_once_detached_stays_dead)
+TEST_F(AttachScene, A_killed_program_is_restarted_with_its_arguments_and_not_after_a_detach)
 {
     const ChildProcess child("\"" + program_ + "\" \"" + note_ +
                              "\"   plain \"two words\" \"quoted\" last");
@@ -79,11 +80,11 @@ TEST_F(AttachScene, killed_program_comes_back_as_it_was_and_once_detached_stays_
     KillProcess(second);
     ASSERT_TRUE(OnePassLater(supervisor_));
     EXPECT_EQ(supervisor_.CountLog(1, "Start " + Described(0, second, command)), 1U);
-    EXPECT_EQ(supervisor_.WaitForStart(0), second); // no later start of it
+    EXPECT_EQ(supervisor_.WaitForStart(0), second); // no later start of this daemon
     EXPECT_FALSE(std::filesystem::exists(note_));
 }
 
-TEST_F(AttachScene, quotes_inside_an_argument_and_empty_arguments_do_not_survive_a_restart)
+TEST_F(AttachScene, A_restart_loses_quotes_inside_an_argument_and_empty_arguments)
 {
     const ChildProcess child("\"" + program_ + "\" \"" + note_ +
                              "\" \"say \\\"hi\\\" now\" a\\\"b \"\" last");
@@ -98,7 +99,7 @@ TEST_F(AttachScene, quotes_inside_an_argument_and_empty_arguments_do_not_survive
     EXPECT_EQ(TakeNote(), "\"" + program_ + "\" \"" + note_ + "\" \"say \"hi\" now\" a\"b  last ");
 }
 
-TEST_F(AttachScene, arguments_of_the_request_are_not_used_for_an_ordinary_program)
+TEST_F(AttachScene, Attach_of_an_ordinary_program_ignores_the_arguments_of_the_request)
 {
     const ChildProcess child("\"" + program_ + "\" \"" + note_ + "\" own");
     ASSERT_NE(TakeNote(), "");

@@ -1,3 +1,4 @@
+// Attaches that fail: processes that ended or are protected, malformed arrays, WMI that fails.
 #include "Scene.h"
 
 #include "HeldProcesses.h"
@@ -24,7 +25,7 @@ ChildProcess StartChild()
     return child;
 }
 
-// Nobody may open the process any more, with any right.
+// Denies every right to the process, so that nobody can open it.
 void DenyEverything(const ChildProcess& child)
 {
     ACL nobody{};
@@ -39,7 +40,7 @@ void DenyEverything(const ChildProcess& child)
     ASSERT_EQ(error, static_cast<DWORD>(ERROR_ACCESS_DENIED));
 }
 
-// What a query answers in the supervisors that are started while this lives.
+// Makes each query to WMI fail in supervisors that start before the destructor runs.
 class QueriesFail {
 public:
     explicit QueriesFail(HRESULT result)
@@ -59,7 +60,7 @@ public:
 
 class FailedAttachScene : public Scene {
 protected:
-    // The next request gets the id.
+    // Expects this id for the next request.
     void ExpectNextId(DWORD daemonId)
     {
         EXPECT_EQ(supervisor_.Client()
@@ -69,7 +70,7 @@ protected:
     }
 };
 
-TEST_F(FailedAttachScene, ended_forbidden_and_impossible_processes_cost_an_id_and_a_line_each)
+TEST_F(FailedAttachScene, Attach_of_an_ended_forbidden_or_idle_process_uses_an_id_and_logs_a_line)
 {
     DWORD gone = 0;
     {
@@ -80,7 +81,7 @@ TEST_F(FailedAttachScene, ended_forbidden_and_impossible_processes_cost_an_id_an
     EXPECT_TRUE(
         supervisor_.WaitForLog(1, "Unable to attach " + Described(0, gone, " given two words ")));
 
-    // It can still be opened while somebody holds a handle of it; WMI does not know it any more.
+    // OpenProcess succeeds, because the test has a handle. WMI does not know the ended process.
     const ChildProcess ended = StartChild();
     ended.Kill();
     ASSERT_TRUE(ended.Wait());
@@ -101,14 +102,15 @@ TEST_F(FailedAttachScene, ended_forbidden_and_impossible_processes_cost_an_id_an
 
     ExpectNextId(4);
     ASSERT_TRUE(OnePassLater(supervisor_));
-    for (const RingRecord& record : supervisor_.Log()) { // none of them is in the table
+    for (const RingRecord& record :
+         supervisor_.Log()) { // The table has no entry for a failed attach.
         for (const char* id : {"(0)", "(1)", "(2)", "(3)"}) {
             EXPECT_FALSE(record.text.starts_with(std::string("Start DaemonId") + id)) << record;
         }
     }
 }
 
-TEST_F(FailedAttachScene, after_a_failed_attach_with_id_4_the_next_request_gets_5)
+TEST_F(FailedAttachScene, The_request_after_a_failed_attach_with_id_4_gets_id_5)
 {
     for (DWORD daemonId = 0; daemonId < 4; ++daemonId) {
         ExpectNextId(daemonId);
@@ -117,7 +119,7 @@ TEST_F(FailedAttachScene, after_a_failed_attach_with_id_4_the_next_request_gets_
     ExpectNextId(5);
 }
 
-TEST_F(FailedAttachScene, argument_array_that_begins_at_1_is_refused_and_the_id_is_used_up)
+TEST_F(FailedAttachScene, Attach_refuses_an_argument_array_that_begins_at_1_and_uses_an_id)
 {
     SAFEARRAYBOUND bound{1, 1};
     SAFEARRAY* shifted = SafeArrayCreate(VT_BSTR, 1, &bound);
@@ -131,7 +133,7 @@ TEST_F(FailedAttachScene, argument_array_that_begins_at_1_is_refused_and_the_id_
     EXPECT_TRUE(supervisor_.Client().Detach(1));
 }
 
-TEST(FailedAttachSceneWithBadWmi, query_that_fails_is_the_answer_without_a_line)
+TEST(FailedAttachSceneWithBadWmi, Attach_returns_the_result_of_a_failed_query_and_logs_no_line)
 {
     const PrefixStandIns standIns(PrefixStandIns::Wmi::standIn);
     TestService listed("DmSceneListed");
@@ -150,16 +152,17 @@ TEST(FailedAttachSceneWithBadWmi, query_that_fails_is_the_answer_without_a_line)
     EXPECT_TRUE(child.Running());
 }
 
-TEST(FailedAttachSceneWithBadWmi, without_it_every_attach_does_nothing_and_says_so)
+TEST(FailedAttachSceneWithBadWmi, Without_WMI_every_attach_fails_and_logs_a_line)
 {
     const PrefixStandIns standIns(PrefixStandIns::Wmi::broken);
     SupervisorProcess supervisor;
-    bool said = false;
+    bool logged = false;
     for (const RingRecord& record : supervisor.Log()) {
         EXPECT_NE(record.text, "Connected to WMI resource");
-        said = said || (record.level == 0 && record.text.starts_with("Init WMI errror COM Error "));
+        logged =
+            logged || (record.level == 0 && record.text.starts_with("Init WMI errror COM Error "));
     }
-    EXPECT_TRUE(said);
+    EXPECT_TRUE(logged);
     const ChildProcess child = StartChild();
     for (const DWORD daemonId : {0U, 1U}) {
         EXPECT_FALSE(supervisor.Client().Attach(child.Pid(), {L"given"}).done);
@@ -168,7 +171,7 @@ TEST(FailedAttachSceneWithBadWmi, without_it_every_attach_does_nothing_and_says_
     }
     EXPECT_EQ(HandlesHeld(supervisor.Process().Pid(), child.Pid()), 0U);
     EXPECT_EQ(supervisor.Client().Launch(WideText(TestProgram("no_windows"))).daemonId, 2U);
-    EXPECT_NE(supervisor.WaitForStart(2), 0U); // everything else works
+    EXPECT_NE(supervisor.WaitForStart(2), 0U); // Launch still works.
     EXPECT_TRUE(child.Running());
 }
 

@@ -1,3 +1,4 @@
+// Firewall rules of daemons, and the firewall service in each of its states.
 #include "Scene.h"
 
 #include "StandInFirewall.h"
@@ -17,7 +18,7 @@ namespace {
 
 using Texts = std::vector<std::wstring>;
 
-// System time, units of 100 ns.
+// Returns the creation time of a process in system time, units of 100 ns.
 ULONGLONG CreationTime(DWORD processId)
 {
     const system::win32::v1::UniqueKernelHandle process(
@@ -48,7 +49,7 @@ protected:
     const std::wstring rule_ = L"allowing " + program_;
 };
 
-TEST_F(FirewallScene, rule_is_there_before_the_process_once_and_goes_with_the_daemon)
+TEST_F(FirewallScene, Launch_adds_one_rule_before_the_process_starts_and_Stop_removes_it)
 {
     EXPECT_TRUE(Launch(L"a").done);
     const auto rules = StoredFirewallRules();
@@ -59,20 +60,20 @@ TEST_F(FirewallScene, rule_is_there_before_the_process_once_and_goes_with_the_da
     ASSERT_EQ(Deeds(), Texts{L"add " + rule_});
     EXPECT_LE(FirewallDeeds().front().time, CreationTime(processId));
 
-    EXPECT_FALSE(Launch(L"a").done); // whatever is launched twice
-    KillProcess(processId);          // or started again
+    EXPECT_FALSE(Launch(L"a").done); // A second launch adds no rule.
+    KillProcess(processId);          // A restart adds no rule.
     EXPECT_NE(supervisor_.WaitForStart(0, processId), 0U);
     EXPECT_EQ(Deeds(), Texts{L"add " + rule_});
 
     EXPECT_TRUE(supervisor_.Client().Stop(0));
     EXPECT_TRUE(StoredFirewallRules().empty());
     EXPECT_EQ(Deeds(), (Texts{L"add " + rule_, L"remove " + rule_}));
-    for (const RingRecord& record : supervisor_.Log()) { // success is silent
+    for (const RingRecord& record : supervisor_.Log()) { // A success logs no line.
         EXPECT_FALSE(record.text.starts_with("Firewall: ")) << record;
     }
 }
 
-TEST_F(FirewallScene, two_daemons_of_one_program_share_the_rule_and_the_first_stop_takes_it_away)
+TEST_F(FirewallScene, Two_daemons_of_one_program_share_a_rule_and_the_first_stop_removes_it)
 {
     EXPECT_EQ(Launch(L"a").daemonId, 0U);
     EXPECT_EQ(Launch(L"b").daemonId, 1U);
@@ -81,30 +82,30 @@ TEST_F(FirewallScene, two_daemons_of_one_program_share_the_rule_and_the_first_st
 
     EXPECT_TRUE(supervisor_.Client().Stop(0));
     EXPECT_TRUE(StoredFirewallRules().empty());
-    EXPECT_TRUE(IsRunning(second)); // without its rule
+    EXPECT_TRUE(IsRunning(second)); // The process runs without its rule.
     EXPECT_TRUE(supervisor_.Client().Stop(1));
     EXPECT_TRUE(supervisor_.WaitForLog(0, "Firewall: Missing firewall rule : 0x80070002"));
     EXPECT_EQ(supervisor_.CountLog(0, "Firewall: Missing firewall rule : 0x80070002"), 1U);
 }
 
-TEST_F(FirewallScene, stop_of_an_attached_daemon_removes_its_rule_but_leaves_its_process_running)
+TEST_F(FirewallScene, Stop_of_an_attached_daemon_removes_the_rule_and_leaves_the_process_running)
 {
     const ReadyEvent ready;
     const ChildProcess child("\"" + TestProgram("no_windows") + "\" " + ready.Name());
     ASSERT_TRUE(ready.Wait());
     EXPECT_TRUE(supervisor_.Client().Attach(child.Pid()).done);
-    EXPECT_TRUE(StoredFirewallRules().empty()); // an attached program gets none
+    EXPECT_TRUE(StoredFirewallRules().empty()); // An attach adds no rule.
     EXPECT_EQ(Launch(L"a").daemonId, 1U);
     EXPECT_EQ(StoredFirewallRules().size(), 1U);
 
     EXPECT_FALSE(supervisor_.Client().Stop(0));
     EXPECT_TRUE(StoredFirewallRules().empty());
-    EXPECT_FALSE(supervisor_.Client().Detach(0)); // it is no longer in the table
+    EXPECT_FALSE(supervisor_.Client().Detach(0)); // The table has no entry for it.
     EXPECT_TRUE(child.Running());
     EXPECT_EQ(HandlesOf(child.Pid()), 0U);
 }
 
-TEST_F(FirewallScene, rule_that_was_there_before_is_left_as_it_is)
+TEST_F(FirewallScene, Launch_does_not_change_an_existing_rule)
 {
     const FirewallRule foreign{L"other.exe", 6, 1, 0, 0};
     StoreFirewallRule(rule_, foreign);
@@ -113,7 +114,7 @@ TEST_F(FirewallScene, rule_that_was_there_before_is_left_as_it_is)
     EXPECT_TRUE(Deeds().empty());
 }
 
-TEST_F(FirewallScene, rule_stays_when_the_supervisor_ends_as_its_daemon_does)
+TEST_F(FirewallScene, The_rule_and_the_daemon_outlive_the_supervisor)
 {
     EXPECT_TRUE(Launch(L"a").done);
     const DWORD processId = supervisor_.WaitForStart(0);
@@ -122,10 +123,10 @@ TEST_F(FirewallScene, rule_stays_when_the_supervisor_ends_as_its_daemon_does)
     EXPECT_EQ(StoredFirewallRules().count(rule_), 1U);
 }
 
-// The firewall service in the states that a machine may have it in.
+// Supervisors that start with the firewall service in different states.
 class FirewallServiceScene : public testing::Test {
 protected:
-    // The lines until supervision begins.
+    // Returns the lines of the log until supervision begins.
     static std::vector<std::pair<int, std::string>> StartUp(const SupervisorProcess& supervisor)
     {
         EXPECT_TRUE(supervisor.WaitForLog(2, "Deamon Thread started"));
@@ -153,7 +154,7 @@ protected:
 
 using Lines = std::vector<std::pair<int, std::string>>;
 
-TEST_F(FirewallServiceScene, without_the_service_daemons_run_and_no_rule_is_made)
+TEST_F(FirewallServiceScene, Without_the_firewall_service_daemons_run_without_rules)
 {
     SupervisorProcess supervisor;
     EXPECT_EQ(StartUp(supervisor), (Lines{{0, "Firewall: Could not open service (1060)"},
@@ -163,7 +164,7 @@ TEST_F(FirewallServiceScene, without_the_service_daemons_run_and_no_rule_is_made
     ExpectNoFirewall(supervisor);
 }
 
-TEST_F(FirewallServiceScene, with_the_service_disabled_daemons_run_and_no_rule_is_ever_made)
+TEST_F(FirewallServiceScene, With_a_disabled_firewall_service_daemons_run_without_rules)
 {
     const TestService service("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DISABLED);
     SupervisorProcess supervisor;
@@ -174,7 +175,8 @@ TEST_F(FirewallServiceScene, with_the_service_disabled_daemons_run_and_no_rule_i
     ExpectNoFirewall(supervisor);
 }
 
-TEST_F(FirewallServiceScene, service_that_comes_up_late_is_waited_for_before_clients_are_served)
+TEST_F(FirewallServiceScene,
+       The_supervisor_waits_for_a_late_firewall_service_before_it_serves_clients)
 {
     const ReadyEvent noticed;
     TestService service("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START, 1500,
@@ -189,7 +191,7 @@ TEST_F(FirewallServiceScene, service_that_comes_up_late_is_waited_for_before_cli
             const system::com::v1::ComApartment apartment;
             WaitUntil([&] { return ReadText(file).find("Waiting 1 s") != std::string::npos; });
             publishedEarly = static_cast<bool>(FindPublished());
-            noticed.Signal(); // and 1.5 s later it runs
+            noticed.Signal(); // 1.5 s later the service runs.
         });
     });
     watch.join();

@@ -1,4 +1,4 @@
-// Clients that attach what they should not.
+// Clients that attach one process many times, the supervisor itself, or a system process.
 #include "Scene.h"
 
 #include <windows.h>
@@ -30,7 +30,8 @@ protected:
 
 } // namespace
 
-TEST_F(HostileAttach, of_one_process_a_thousand_times_makes_a_thousand_daemons_that_can_be_detached)
+TEST_F(HostileAttach,
+       A_thousand_attaches_of_one_process_make_a_thousand_daemons_that_can_be_detached)
 {
     const ReadyEvent ready;
     const ChildProcess child("\"" + TestProgram("no_windows") + "\" " + ready.Name());
@@ -50,7 +51,8 @@ TEST_F(HostileAttach, of_one_process_a_thousand_times_makes_a_thousand_daemons_t
     EXPECT_EQ(0U, supervisor_.Exit());
 }
 
-TEST_F(HostileAttach, of_the_supervisor_itself_neither_ends_it_nor_starts_a_second_one)
+TEST_F(HostileAttach,
+       Attach_and_Stop_of_the_supervisor_itself_neither_end_it_nor_start_a_second_one)
 {
     const DWORD own = supervisor_.Process().Pid();
     const auto request = supervisor_.Client().Attach(own);
@@ -58,17 +60,18 @@ TEST_F(HostileAttach, of_the_supervisor_itself_neither_ends_it_nor_starts_a_seco
     EXPECT_TRUE(OnePassLater(supervisor_));
     EXPECT_FALSE(supervisor_.Client().Stop(request.daemonId));
     EXPECT_TRUE(supervisor_.Process().Running());
-    EXPECT_FALSE(supervisor_.Client().Detach(request.daemonId)); // the stop took it out
+    // Stop removed the entry from the table.
+    EXPECT_FALSE(supervisor_.Client().Detach(request.daemonId));
     EXPECT_EQ(0U, supervisor_.Exit());
 }
 
-TEST_F(HostileAttach, of_a_system_process_does_not_let_a_client_end_it)
+TEST_F(HostileAttach, Attach_and_Stop_of_a_system_process_do_not_end_it)
 {
     const DWORD system = ProcessNamed("services.exe");
     ASSERT_NE(0U, system);
     DWORD id = 4711;
     const HRESULT hr = supervisor_.Control()->Attach(system, nullptr, &id);
-    if (hr == S_OK) { // the supervisor may open it
+    if (hr == S_OK) { // The supervisor has the right to open the process.
         EXPECT_FALSE(supervisor_.Client().Stop(id));
     }
     EXPECT_TRUE(IsRunning(system));

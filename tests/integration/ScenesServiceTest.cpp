@@ -1,3 +1,4 @@
+// Attach of services.
 #include "Scene.h"
 
 #include "TempFolder.h"
@@ -13,8 +14,9 @@ namespace {
 
 class ServiceScene : public Scene {
 protected:
-    // Ends as a service that crashes does: with its own exit code, and without a word.
-    static void LetDie(const std::string& service)
+    // Ends the process of a service with exit code 5. The service reports no stop, as after a
+    // crash.
+    static void Crash(const std::string& service)
     {
         const system::win32::v1::UniqueKernelHandle die(
             OpenEventA(EVENT_MODIFY_STATE, FALSE, (service + "_die").c_str()));
@@ -23,7 +25,8 @@ protected:
     }
 };
 
-TEST_F(ServiceScene, service_is_known_by_its_name_and_restarted_with_the_arguments_of_the_request)
+TEST_F(ServiceScene,
+       An_attached_service_is_logged_by_its_name_and_restarted_with_the_arguments_of_the_request)
 {
     const TempFolder folder;
     const std::string note = folder.File("its note");
@@ -37,7 +40,7 @@ TEST_F(ServiceScene, service_is_known_by_its_name_and_restarted_with_the_argumen
     EXPECT_TRUE(supervisor_.WaitForLog(2, "Attach " + Described(0, processId, "DmSceneService")));
     EXPECT_EQ(HandlesOf(processId), 1U);
 
-    LetDie("DmSceneService");
+    Crash("DmSceneService");
     EXPECT_TRUE(supervisor_.WaitForLog(0, "Exception caught in DmSceneService: Unknown (0x5)"));
     const DWORD second = supervisor_.WaitForStart(0);
     ASSERT_NE(second, 0U);
@@ -50,10 +53,10 @@ TEST_F(ServiceScene, service_is_known_by_its_name_and_restarted_with_the_argumen
     EXPECT_TRUE(supervisor_.WaitForLog(1, "Detached " + Described(0, second, "DmSceneService")));
     KillProcess(second);
     ASSERT_TRUE(OnePassLater(supervisor_));
-    EXPECT_EQ(supervisor_.WaitForStart(0), second); // no later start of it
+    EXPECT_EQ(supervisor_.WaitForStart(0), second); // no later start of this daemon
 }
 
-TEST_F(ServiceScene, service_in_a_shared_process_counts_as_an_ordinary_program)
+TEST_F(ServiceScene, A_service_in_a_shared_process_is_attached_as_an_ordinary_program)
 {
     TestService service("DmSceneShared", SERVICE_WIN32_SHARE_PROCESS);
     service.Start();

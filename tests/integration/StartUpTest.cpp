@@ -1,3 +1,4 @@
+// Start of the real supervisor: registry keys, firmware root, folders, log file, second supervisor.
 #include "CapturedProgram.h"
 #include "ChildProcess.h"
 #include "FirmwareRegistry.h"
@@ -18,7 +19,7 @@ namespace {
 
 using Key = FirmwareRegistry::Key;
 
-/// Where a supervisor has started: the working folder that its daemons inherit.
+// Returns App if the supervisor's daemons start with App as their working folder, else "elsewhere".
 std::string WorkingFolderOf(SupervisorProcess& supervisor)
 {
     supervisor.Client().Launch(
@@ -29,7 +30,7 @@ std::string WorkingFolderOf(SupervisorProcess& supervisor)
                                                                     : "elsewhere";
 }
 
-/// Starts the program and waits for its end.
+// Starts a supervisor that must fail, waits for its end and returns its standard error.
 std::string ErrorOfFailedStart()
 {
     const CapturedProgram program(ProductProgram("DaemonManager.exe"));
@@ -38,13 +39,13 @@ std::string ErrorOfFailedStart()
     return program.Error();
 }
 
-TEST(StartUp, without_either_registry_key_fails)
+TEST(StartUp, A_start_without_either_registry_key_fails)
 {
     const FirmwareRegistry registry;
     EXPECT_EQ(ErrorOfFailedStart(), "Exception occured : could not get firmware root path\n");
 }
 
-TEST(StartUp, with_the_first_key_but_without_its_value_does_not_consult_the_second)
+TEST(StartUp, A_start_with_a_first_key_without_a_value_fails_and_ignores_the_second_key)
 {
     const TempFolder root;
     std::filesystem::create_directory(root.Path() / "App");
@@ -54,14 +55,15 @@ TEST(StartUp, with_the_first_key_but_without_its_value_does_not_consult_the_seco
     EXPECT_EQ(ErrorOfFailedStart(), "Exception occured : could not get firmware root path\n");
 }
 
-TEST(StartUp, with_a_value_of_more_than_255_bytes_fails)
+TEST(StartUp, A_start_with_a_value_of_more_than_255_bytes_fails)
 {
     FirmwareRegistry registry;
-    registry.SetPathname(Key::current, "C:\\" + std::string(252, 'x')); // 256 with its zero
+    // 256 bytes with the terminating zero
+    registry.SetPathname(Key::current, "C:\\" + std::string(252, 'x'));
     EXPECT_EQ(ErrorOfFailedStart(), "Exception occured : could not get firmware root path\n");
 }
 
-TEST(StartUp, with_a_value_that_fills_the_buffer_without_a_terminator_reads_it_whole)
+TEST(StartUp, A_value_of_255_bytes_without_a_terminating_zero_is_read_completely)
 {
     FirmwareRegistry registry;
     const std::string root = "C:\\" + std::string(252, 'x');
@@ -72,7 +74,7 @@ TEST(StartUp, with_a_value_that_fills_the_buffer_without_a_terminator_reads_it_w
         << error;
 }
 
-TEST(StartUp, without_the_application_folder_fails_and_names_it)
+TEST(StartUp, A_start_without_the_folder_App_fails_and_names_the_folder)
 {
     const TempFolder root;
     FirmwareRegistry registry;
@@ -82,14 +84,14 @@ TEST(StartUp, without_the_application_folder_fails_and_names_it)
     EXPECT_FALSE(std::filesystem::exists(root.Path() / "Logs"));
 }
 
-TEST(StartUp, takes_the_root_before_App_and_works_in_App_and_logs_beside_it)
+TEST(StartUp, The_root_is_the_part_before_App_and_the_supervisor_works_in_App_and_logs_beside_it)
 {
     SupervisorProcess supervisor; // Pathname is root\App\bin
     EXPECT_EQ(WorkingFolderOf(supervisor), supervisor.App());
     EXPECT_TRUE(supervisor.WaitForLog(2, "Deamon Thread started"));
 }
 
-TEST(StartUp, takes_a_value_without_App_as_the_root)
+TEST(StartUp, A_value_without_App_is_the_root)
 {
     SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
         registry.SetPathname(Key::current, root);
@@ -98,7 +100,7 @@ TEST(StartUp, takes_a_value_without_App_as_the_root)
     EXPECT_TRUE(supervisor.WaitForLog(2, "Deamon Thread started"));
 }
 
-TEST(StartUp, cuts_at_any_folder_whose_name_begins_with_App)
+TEST(StartUp, The_root_ends_before_any_folder_whose_name_begins_with_App)
 {
     SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
         registry.SetPathname(Key::current, root + "\\Apps\\x");
@@ -106,7 +108,7 @@ TEST(StartUp, cuts_at_any_folder_whose_name_begins_with_App)
     EXPECT_EQ(WorkingFolderOf(supervisor), supervisor.App());
 }
 
-TEST(StartUp, uses_the_older_key_when_the_first_is_missing)
+TEST(StartUp, The_supervisor_uses_the_older_key_if_the_first_key_is_missing)
 {
     SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
         registry.SetPathname(Key::older, root + "\\App\\bin");
@@ -115,7 +117,7 @@ TEST(StartUp, uses_the_older_key_when_the_first_is_missing)
     EXPECT_TRUE(supervisor.WaitForLog(2, "Deamon Thread started"));
 }
 
-TEST(StartUp, prefers_the_first_key)
+TEST(StartUp, The_supervisor_prefers_the_first_key)
 {
     SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
         registry.SetPathname(Key::current, root);
@@ -124,15 +126,16 @@ TEST(StartUp, prefers_the_first_key)
     EXPECT_EQ(WorkingFolderOf(supervisor), supervisor.App());
 }
 
-TEST(StartUp, takes_a_value_of_any_type)
+TEST(StartUp, The_supervisor_accepts_a_value_of_any_type)
 {
     SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
-        registry.SetPathname(Key::current, REG_BINARY, root + "\\App"); // no zero at the end
+        // without a terminating zero
+        registry.SetPathname(Key::current, REG_BINARY, root + "\\App");
     });
     EXPECT_EQ(WorkingFolderOf(supervisor), supervisor.App());
 }
 
-TEST(StartUp, goes_on_in_an_existing_log_file)
+TEST(StartUp, The_supervisor_appends_to_an_existing_log_file)
 {
     SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
         std::filesystem::create_directory(root + "\\Logs");
@@ -148,7 +151,7 @@ TEST(StartUp, goes_on_in_an_existing_log_file)
     EXPECT_EQ(records[0].sequence, 41);
 }
 
-TEST(StartUp, goes_on_with_the_console_alone_when_the_log_folder_cannot_be_made)
+TEST(StartUp, The_supervisor_logs_only_to_the_console_if_it_cannot_create_the_log_folder)
 {
     SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
         std::ofstream(root + "\\Logs") << "a file where the folder should be";
@@ -160,7 +163,7 @@ TEST(StartUp, goes_on_with_the_console_alone_when_the_log_folder_cannot_be_made)
     EXPECT_EQ(supervisor.Exit(), 0U);
 }
 
-TEST(StartUp, writes_each_line_to_standard_error_and_to_the_log_file)
+TEST(StartUp, The_supervisor_writes_each_line_to_standard_error_and_to_the_log_file)
 {
     SupervisorProcess supervisor;
     ASSERT_TRUE(supervisor.WaitForLog(2, "Deamon Thread started"));
@@ -177,7 +180,7 @@ TEST(StartUp, writes_each_line_to_standard_error_and_to_the_log_file)
     EXPECT_EQ(supervisor.Process().Output(), "");
 }
 
-TEST(StartUp, of_a_second_instance_is_refused_while_the_first_runs_on)
+TEST(StartUp, A_second_supervisor_fails_and_the_first_one_keeps_running)
 {
     SupervisorProcess first;
     const std::string error = ErrorOfFailedStart();
@@ -187,11 +190,11 @@ TEST(StartUp, of_a_second_instance_is_refused_while_the_first_runs_on)
         << error;
     EXPECT_TRUE(error.ends_with(")\n")) << error;
     EXPECT_NE(error.find(" Deamon Thread is exiting...\n"), std::string::npos) << error;
-    EXPECT_FALSE(first.Client().Detach(4711)); // answers
+    EXPECT_FALSE(first.Client().Detach(4711)); // The first supervisor still answers.
     EXPECT_EQ(first.Exit(), 0U);
 }
 
-TEST(StartUp, is_possible_again_after_the_first_instance_has_ended)
+TEST(StartUp, A_second_supervisor_starts_after_the_first_one_has_ended)
 {
     {
         SupervisorProcess first;
@@ -201,7 +204,7 @@ TEST(StartUp, is_possible_again_after_the_first_instance_has_ended)
     EXPECT_FALSE(second.Client().Detach(4711));
 }
 
-TEST(StartUp, is_possible_again_after_the_first_instance_was_killed)
+TEST(StartUp, A_second_supervisor_starts_after_the_first_one_was_killed)
 {
     {
         const SupervisorProcess first;

@@ -1,3 +1,5 @@
+// Upgrade: the supervisor ends, a new one starts, and daemonctl reattach gives it the running
+// workers.
 #include "ChildProcess.h"
 #include "Daemonctl.h"
 #include "PrefixClass.h"
@@ -20,8 +22,8 @@ namespace {
 
 using Json = nlohmann::json;
 
-// A supervisor that can be ended and followed by another one in the same folder, while the
-// processes that it has started run on.
+// A supervisor that ends, and a second one that starts in the same folder. The processes that the
+// first one started keep running.
 class Upgrade : public ::testing::Test {
 protected:
     void StartNew()
@@ -32,7 +34,7 @@ protected:
             });
     }
 
-    // Launches workers that differ in their argument. @return their processes, by daemon id
+    // Launches workers with different arguments. Returns their process ids, by daemon id.
     std::vector<DWORD> LaunchWorkers(int count)
     {
         std::vector<DWORD> processes;
@@ -47,6 +49,7 @@ protected:
         return processes;
     }
 
+    // Writes a file in the firmware root and returns its path.
     std::string File(const std::string& name, const std::string& text) const
     {
         const std::string path = former_.Root() + "\\" + name;
@@ -54,6 +57,7 @@ protected:
         return path;
     }
 
+    // Returns the line of daemonctl for a worker.
     std::string Line(std::size_t id, DWORD process, const std::string& what) const
     {
         return "daemon " + std::to_string(id) + ", process " + std::to_string(process) + " (" +
@@ -66,7 +70,7 @@ protected:
     std::unique_ptr<SupervisorProcess> successor_;
 };
 
-TEST_F(Upgrade, of_a_live_supervisor_ends_none_of_ten_workers)
+TEST_F(Upgrade, Reattach_after_an_orderly_exit_ends_none_of_ten_workers)
 {
     const std::vector<DWORD> processes = LaunchWorkers(10);
     EXPECT_EQ(Daemonctl("exit").exitCode, 0U);
@@ -87,17 +91,17 @@ TEST_F(Upgrade, of_a_live_supervisor_ends_none_of_ten_workers)
         EXPECT_EQ(daemons[id].at("attached"), true);
         EXPECT_EQ(daemons[id].at("restarts"), 0);
     }
-    // Twice does nothing twice.
+    // A second reattach attaches nothing.
     const Answer again = Daemonctl("reattach");
     EXPECT_EQ(again.exitCode, 1U) << again;
     EXPECT_NE(again.output.find("\n0 attached, 10 already, 0 not\n"), std::string::npos) << again;
-    // What is attached is kept alive.
+    // The new supervisor restarts an attached worker.
     KillProcess(processes[3]);
     EXPECT_EQ(Daemonctl("wait 3 --for running --timeout 30").exitCode, 0U);
     EXPECT_EQ(Daemonctl("reattach").exitCode, 1U);
 }
 
-TEST_F(Upgrade, tells_what_ended_in_between_and_attaches_the_rest)
+TEST_F(Upgrade, Reattach_reports_a_worker_that_ended_and_attaches_the_others)
 {
     const std::vector<DWORD> processes = LaunchWorkers(2);
     EXPECT_EQ(Daemonctl("exit").exitCode, 0U);
@@ -116,13 +120,13 @@ TEST_F(Upgrade, tells_what_ended_in_between_and_attaches_the_rest)
               "daemonctl: " +
                   Line(0, processes[0], "process " + std::to_string(processes[0]) + " has ended") +
                   "  To run the program again: daemonctl launch ...\n");
-    // Launched again, it is not missed any more.
+    // After a new launch, reattach no longer reports the worker.
     EXPECT_EQ(Daemonctl("launch \"" + worker_ + "\" 0").exitCode, 0U);
     EXPECT_EQ(Daemonctl("wait 1 --timeout 30").exitCode, 0U);
     EXPECT_EQ(Daemonctl("reattach").exitCode, 1U);
 }
 
-TEST_F(Upgrade, of_a_supervisor_that_was_killed_works_too)
+TEST_F(Upgrade, Reattach_works_after_the_supervisor_was_killed)
 {
     const std::vector<DWORD> processes = LaunchWorkers(2);
     EXPECT_EQ(Daemonctl("stop 0").exitCode, 0U);
@@ -135,17 +139,17 @@ TEST_F(Upgrade, of_a_supervisor_that_was_killed_works_too)
         Daemonctl("reattach"),
         (Answer{0, Line(1, processes[1], "attached as daemon 0") + "1 attached, 0 already, 0 not\n",
                 ""}));
-    // Let go on purpose, it is left alone.
+    // Reattach does not attach a worker that was detached on purpose.
     EXPECT_EQ(Daemonctl("detach 0").exitCode, 0U);
     EXPECT_EQ(Daemonctl("reattach"), (Answer{1, "0 attached, 0 already, 0 not\n", ""}));
 }
 
-TEST_F(Upgrade, finds_in_a_listing_what_the_log_no_longer_tells)
+TEST_F(Upgrade, Reattach_reads_from_a_listing_the_daemons_that_the_log_no_longer_shows)
 {
     const std::vector<DWORD> processes = LaunchWorkers(1);
     const std::string listing = Daemonctl("ps --json").output;
     const std::string file = File("before.json", listing);
-    std::string wide = "\xFF\xFE"; // as PowerShell redirects
+    std::string wide = "\xFF\xFE"; // as PowerShell writes a redirected output
     for (const char character : listing) {
         wide += character;
         wide += '\0';
@@ -169,7 +173,7 @@ TEST_F(Upgrade, finds_in_a_listing_what_the_log_no_longer_tells)
     EXPECT_NE(wrong.error.find("no listing of daemonctl ps --json"), std::string::npos) << wrong;
 }
 
-TEST_F(Upgrade, tells_that_the_supervisor_would_not_have_a_process)
+TEST_F(Upgrade, Reattach_reports_a_process_that_the_supervisor_refuses_to_attach)
 {
     const std::vector<DWORD> processes = LaunchWorkers(1);
     EXPECT_EQ(Daemonctl("exit").exitCode, 0U);

@@ -1,5 +1,6 @@
 #!/bin/bash
-# Takes the script that daemonctl prints for bash into this shell and asks it as bash would.
+# Checks the completions of bash: sources the script that daemonctl prints for bash, and calls its
+# function as bash does.
 #   completion_test.sh FOLDER_OF_DAEMONCTL
 set -u
 cd "$(dirname "$0")/../.."
@@ -7,15 +8,16 @@ script=$(mktemp)
 trap 'rm -f "$script"' EXIT
 tools/wine-run "$1/daemonctl.exe" completion bash </dev/null >"$script" || exit 1
 if grep -q $'\r' "$script"; then
-    echo "the script has carriage returns, which bash takes for parts of words" >&2
+    echo "the script contains carriage returns, which bash treats as parts of words" >&2
     exit 1
 fi
 # shellcheck disable=SC1090
 source "$script" || exit 1
-daemonctl() { printf 'ID  STATE\n 3  running\n14  running\n -  running\n'; } # the ids of daemons
+# Stands for the listing of daemonctl, from which the function takes the ids.
+daemonctl() { printf 'ID  STATE\n 3  running\n14  running\n -  running\n'; }
 
 failures=0
-expect() { # the words that are offered, then the words typed; the last one is being completed
+expect() { # OFFERED_WORDS TYPED_WORD...: the last typed word is to be completed
     local offered=$1
     shift
     COMP_WORDS=(daemonctl "$@")

@@ -1,5 +1,6 @@
-// A client that calls as fast as it can until it is told to stop, and then says how often it did.
-// Arguments: the event that it signals when it begins, the event that ends it.
+// Client program that calls the supervisor without a pause until an event is signalled, and then
+// prints the number of its calls. Arguments: the event that it signals before the first call, the
+// event that ends it. Exit code 1: a call returned a wrong result.
 #include "SupervisorProcess.h"
 #include "com/UniqueBstr.h"
 
@@ -20,7 +21,8 @@ int main(int argc, char** argv)
     const vqrx::system::win32::v1::UniqueKernelHandle end(OpenEventA(SYNCHRONIZE, FALSE, argv[2]));
     const vqrx::system::com::v1::ComApartment apartment;
     const auto control = FindPublished().Query<IDaemonMgrControl>();
-    const vqrx::system::com::v1::UniqueBstr path(L"C:\\missing.exe"); // registered already
+    // The test has launched this program already.
+    const vqrx::system::com::v1::UniqueBstr path(L"C:\\missing.exe");
     unsigned long calls = 0;
     SetEvent(ready.Get());
     while (WaitForSingleObject(end.Get(), 0) == WAIT_TIMEOUT) {

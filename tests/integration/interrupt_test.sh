@@ -1,8 +1,9 @@
 #!/bin/bash
-# Ends the supervisor by an interrupt, as Ctrl+C in its terminal does, and looks at how it goes:
+# Ends the supervisor with an interrupt, as Ctrl+C in its terminal does, and checks that it ends in
+# order:
 #   interrupt_test.sh BIN plain     without a terminal
-#   interrupt_test.sh BIN terminal  under a pseudo-terminal, by a signal
-#   interrupt_test.sh BIN typed     under a pseudo-terminal, by the key
+#   interrupt_test.sh BIN terminal  on a pseudo-terminal, with a signal
+#   interrupt_test.sh BIN typed     on a pseudo-terminal, with the key Ctrl+C
 set -uo pipefail
 bin=$1
 kind=$2
@@ -32,14 +33,15 @@ clean_up() {
 trap clean_up EXIT
 
 mkdir -p "$root/App"
-windows reg add "$key\\CurrentVersion" /v Pathname /d 'C:\dm_interrupt_test' /f || fail "registry"
+windows reg add "$key\\CurrentVersion" /v Pathname /d 'C:\dm_interrupt_test' /f ||
+    fail "cannot write the registry key"
 start="echo \$\$ >$folder/pid; exec $tools/wine-run $bin/DaemonManager.exe"
 case $kind in
     plain)
         sh -c "$start" >"$folder/console" 2>&1 </dev/null &
         ;;
     *)
-        # The keyboard is open and silent: at the end of its input script would not rest.
+        # The keyboard is a pipe that stays open without input: script ends at the end of its input.
         mkfifo "$folder/keyboard"
         exec {keyboard}<>"$folder/keyboard"
         script -qefc "$start" "$folder/typescript" >/dev/null 2>&1 <&$keyboard &
@@ -47,12 +49,12 @@ case $kind in
 esac
 supervisor=$!
 
-# Published: daemonctl finds it, whether or not it can call it.
+# Waits until the supervisor is published. Then daemonctl finds it, even without a registered proxy.
 deadline=$((SECONDS + 60))
 until windows "$bin/daemonctl.exe" detach 4711; [ $? -eq 1 ] ||
     grep -q 'the supervisor runs, but' "$notes"; do
-    [ $SECONDS -lt $deadline ] || fail "not published"
-    kill -0 $supervisor 2>/dev/null || fail "ended before it was published"
+    [ $SECONDS -lt $deadline ] || fail "the supervisor was not published within 60 s"
+    kill -0 $supervisor 2>/dev/null || fail "the supervisor ended before it was published"
 done
 
 if [ "$kind" = typed ]; then
@@ -62,13 +64,14 @@ else
 fi
 wait $supervisor
 result=$?
-[ $result -eq 0 ] || fail "exit code $result"
+[ $result -eq 0 ] || fail "the supervisor ended with exit code $result"
 rm -f "$folder/pid"
 [ "$(tr -d '\r' <"$log" | tail -n 1 | cut -d ';' -f 4-)" = '2;Deamon Thread is exiting...' ] ||
-    fail "the log does not end as it should: $(tail -n 1 "$log")"
-grep -q 'occured' "$log" && fail "a failure in the log"
+    fail "the log ends with a wrong line: $(tail -n 1 "$log")"
+grep -q 'occured' "$log" && fail "the log shows a failure"
 windows "$bin/daemonctl.exe" detach 4711
-[ $? -eq 3 ] && grep -q 'no supervisor is running on this machine' "$notes" || fail "still published"
+[ $? -eq 3 ] && grep -q 'no supervisor is running on this machine' "$notes" ||
+    fail "the supervisor is still published after its end"
 if [ "$kind" != plain ]; then
     grep -q $'\033]0;DaemonManager\a' "$folder/typescript" || fail "the console has no title"
 fi

@@ -7,7 +7,7 @@
 
 namespace vqrx::test {
 
-/// Tells the test that this program has reached the state that its name promises.
+/// Signals the test's event: the program has reached its state. Does nothing without such an event.
 inline void SignalReady(const std::string& eventName)
 {
     if (const HANDLE event = OpenEventA(EVENT_MODIFY_STATE, FALSE, eventName.c_str())) {
@@ -16,7 +16,7 @@ inline void SignalReady(const std::string& eventName)
     }
 }
 
-/// Makes a top-level window, never shown.
+/// Makes a hidden top-level window.
 inline HWND MakeWindow(WNDPROC procedure = DefWindowProcA)
 {
     static const bool registered = [procedure] {
@@ -31,7 +31,7 @@ inline HWND MakeWindow(WNDPROC procedure = DefWindowProcA)
                       : nullptr;
 }
 
-/// Pumps messages until WM_QUIT.
+/// Dispatches messages until WM_QUIT.
 inline void PumpMessages()
 {
     MSG message{};
@@ -40,8 +40,8 @@ inline void PumpMessages()
     }
 }
 
-/// Writes the exact command line of this program, in UTF-8, into a file (".part" until it is
-/// complete).
+/// Writes the exact command line of this program to a file in UTF-8. The file has the ending
+/// ".part" until it is complete.
 inline void WriteCommandLine(const std::string& file)
 {
     const wchar_t* const text = GetCommandLineW();
@@ -54,8 +54,8 @@ inline void WriteCommandLine(const std::string& file)
     MoveFileExA(part.c_str(), file.c_str(), MOVEFILE_REPLACE_EXISTING);
 }
 
-/// The argument, or an empty text.
-inline std::string Argument(int argc, char** argv, int index)
+/// Returns an argument of the program; an empty text if there are fewer arguments.
+[[nodiscard]] inline std::string Argument(int argc, char** argv, int index)
 {
     return index < argc ? argv[index] : "";
 }

@@ -1,4 +1,4 @@
-// Ends by an access violation.
+// Child program that ends by an access violation.
 #include <windows.h>
 
 int main()

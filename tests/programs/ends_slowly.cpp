@@ -1,5 +1,5 @@
-// Has one window and needs five seconds to end after WM_QUIT. Argument: the event to signal when
-// the window is there.
+// Child program with one window. It ends five seconds after WM_QUIT. Argument: the event that it
+// signals when the window exists.
 #include "ChildProgram.h"
 
 int main(int argc, char** argv)

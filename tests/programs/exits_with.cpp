@@ -1,4 +1,4 @@
-// Ends at once with the exit code given.
+// Child program that ends immediately. Argument: its exit code.
 #include "ChildProgram.h"
 
 #include <cstdlib>

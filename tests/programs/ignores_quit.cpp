@@ -1,4 +1,5 @@
-// Has one window and goes on after WM_QUIT. Argument: the event to signal when it is there.
+// Child program with one window that ignores WM_QUIT. Argument: the event that it signals when the
+// window exists.
 #include "ChildProgram.h"
 
 int main(int argc, char** argv)

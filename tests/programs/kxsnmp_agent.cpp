@@ -1,5 +1,5 @@
-// Named like the SNMP agent; closes its window and ends on the keystrokes X and Q. Argument: the
-// event to signal when the window is there.
+// Child program with the name of the SNMP agent. It closes its window and ends after the keystrokes
+// X and Q. Argument: the event that it signals when the window exists.
 #include "ChildProgram.h"
 
 namespace {

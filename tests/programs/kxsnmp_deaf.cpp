@@ -1,5 +1,6 @@
-// Named like the SNMP agent; takes no notice of keystrokes, but ends on WM_QUIT. Its exit code is
-// the number of X keystrokes it got. Argument: the event to signal when the window is there.
+// Child program with the name of the SNMP agent. It ignores keystrokes and ends on WM_QUIT. Its
+// exit code is the number of X keystrokes that it received. Argument: the event that it signals
+// when the window exists.
 #include "ChildProgram.h"
 
 namespace {

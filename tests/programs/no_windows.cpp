@@ -1,4 +1,5 @@
-// Runs for ever without a window. Argument: the event to signal when it runs.
+// Child program without a window that runs until it is ended. Argument: the event that it signals
+// when it runs.
 #include "ChildProgram.h"
 
 int main(int argc, char** argv)

@@ -1,4 +1,5 @@
-// Has one window and ends on WM_QUIT. Argument: the event to signal when the window is there.
+// Child program with one window that ends on WM_QUIT. Argument: the event that it signals when the
+// window exists.
 #include "ChildProgram.h"
 
 int main(int argc, char** argv)

@@ -1,5 +1,6 @@
-// Writes a line of each level through the console sink to the console it was started in, and looks
-// at the screen. Exit code 0 when it is as it should be, else the number of what is not.
+// Child program that writes a line of each level through the console sink and then reads the text
+// and the colours of the console. Exit code 0: all is right. 1 to 4: the line of level 0 to 3 is
+// wrong. 5: the next text would have a wrong colour. 6: the sink did not restore the colour.
 #include "log_perf/sink/ConsoleSink.h"
 
 #include <windows.h>
@@ -15,7 +16,7 @@ const char* const kTexts[] = {"error", "warning", "information", "detail"};
 const WORD kColours[] = {12, 14, 7, 10};
 constexpr int kPrefixLength = 24; // "Mon Nov 16 03:52:36.123 "
 
-bool LineIsRight(HANDLE screen, int level)
+[[nodiscard]] bool LineIsRight(HANDLE screen, int level)
 {
     const std::string text = kTexts[level];
     const auto length = static_cast<DWORD>(kPrefixLength + text.size());

@@ -1,10 +1,10 @@
-// Has one window; on WM_QUIT it signals a second event and ends when a third one is signalled.
-// Arguments: the events, the first of which says that the window is there.
+// Child program with one window. Arguments: three events. It signals the first event when the
+// window exists, and the second one on WM_QUIT. It ends when the test signals the third one.
 #include "ChildProgram.h"
 
 int main(int argc, char** argv)
 {
-    using namespace vqrx::test; // NOLINT(google-build-using-namespace): this is its program
+    using namespace vqrx::test; // NOLINT(google-build-using-namespace): a program of one function
     MakeWindow();
     SignalReady(Argument(argc, argv, 1));
     PumpMessages();

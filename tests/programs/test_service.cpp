@@ -1,7 +1,7 @@
-// A Windows service. Arguments: its name, then optionally the milliseconds that it stays
-// start-pending before it runs, and an event for which it waits before these begin. Ends on a stop
-// request, or with exit code 5 when the event "<name>_die" is signalled.
-// With the arguments "--note" and a file it is no service, but writes_command_line.
+// A Windows service. Arguments: its name; optionally the milliseconds that it stays start-pending
+// before it runs; optionally an event for which it waits before these milliseconds begin. It ends
+// on a stop request, or with exit code 5 when the event "<name>_die" is signalled. With the
+// arguments "--note" and a file it is not a service and behaves as writes_command_line.
 #include "ChildProgram.h"
 
 #include <cstdlib>

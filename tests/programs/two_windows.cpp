@@ -1,5 +1,5 @@
-// Has two windows on one thread and ends on the second WM_QUIT; on the first alone it goes on.
-// Argument: the event to signal when both windows are there.
+// Child program with two windows on one thread. It ignores the first WM_QUIT and ends on the second
+// one. Argument: the event that it signals when both windows exist.
 #include "ChildProgram.h"
 
 int main(int argc, char** argv)

@@ -1,5 +1,5 @@
-// Writes the exact command line it got, in UTF-8, into the file that its first argument names
-// (".part" until it is complete), and runs on.
+// Child program that writes its exact command line to a file in UTF-8 and runs until it is ended.
+// Argument: the file. The file has the ending ".part" until it is complete.
 #include "ChildProgram.h"
 
 int main(int argc, char** argv)

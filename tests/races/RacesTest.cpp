@@ -1,5 +1,5 @@
-// Client calls, the supervision pass and the shutdown of the manager at the same time, natively on the
-// fake Windows. ThreadSanitizer runs this program too.
+// Client calls, the supervision pass and the shutdown of the manager at the same time, natively on
+// the fake Windows. ThreadSanitizer runs this program too.
 #include "DaemonManager.h"
 #include "FakeProcesses.h"
 #include "com/ComPtr.h"
@@ -53,8 +53,8 @@ protected:
         machine::Reset();
     }
 
-    /// Shuts the manager down as the program does: on the thread that made it, after the last client
-    /// has released it.
+    /// Shuts the manager down as the program does: on the thread that made it, after the last
+    /// client has released it.
     void ShutDown()
     {
         DaemonManager* const manager = std::exchange(manager_, nullptr);
@@ -236,8 +236,8 @@ TEST_F(Races, Shutdown_lets_the_pass_finish_and_leaves_the_daemons_running)
     pass.WaitUntilReached();
     std::atomic<bool> ended = false;
     std::thread release([&] {
-        std::this_thread::sleep_for(
-            std::chrono::milliseconds(50)); // time for a wrong shutdown to end early
+        // Gives a shutdown that does not wait the time to end.
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
         EXPECT_FALSE(ended);
         pass.Release();
     });

@@ -1,16 +1,18 @@
 #pragma once
 
-#include "NullInterfaces.h"
+#include "Counted.h"
 
 #include <functional>
 #include <utility>
 
 namespace vqrx::test {
 
-/// Makes objects by a function that returns one reference, or answers with a failure.
+/// Class factory that makes objects with a function, or refuses to make one.
 class FunctionFactory : public Counted<IClassFactory> {
 public:
     using Make = std::function<IUnknown*()>;
+    /// @param make     returns an object with one reference, which the factory owns
+    /// @param refusal  a failure here is the result of every CreateInstance
     explicit FunctionFactory(Make make, HRESULT refusal = S_OK)
         : make_(std::move(make))
         , refusal_(refusal)
@@ -35,8 +37,9 @@ private:
     HRESULT refusal_;
 };
 
-/// Registers a factory for in-process use. @return the cookie for CoRevokeClassObject
-inline DWORD RegisterInProcess(REFCLSID classId, IUnknown* factory)
+/// Registers a factory for this process. Takes over one reference of the factory.
+/// @return the cookie for CoRevokeClassObject
+[[nodiscard]] inline DWORD RegisterInProcess(REFCLSID classId, IUnknown* factory)
 {
     DWORD cookie = 0;
     CoRegisterClassObject(classId, factory, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie);

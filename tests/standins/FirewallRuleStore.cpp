@@ -17,12 +17,13 @@ constexpr const wchar_t* kDeeds = L"Software\\DaemonManagerTest\\FirewallDeeds";
 
 UniqueRegistryKey OpenStore(const wchar_t* name)
 {
-    HKEY key = nullptr;
-    RegCreateKeyExW(HKEY_CURRENT_USER, name, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
-    return UniqueRegistryKey(key);
+    UniqueRegistryKey key;
+    RegCreateKeyExW(HKEY_CURRENT_USER, name, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, key.Put(),
+                    nullptr);
+    return key;
 }
 
-// Text values by name.
+// Returns the text values of a key by name.
 std::map<std::wstring, std::wstring> ReadStore(const wchar_t* store)
 {
     std::map<std::wstring, std::wstring> values;
@@ -47,7 +48,7 @@ void WriteStore(const wchar_t* store, const std::wstring& name, const std::wstri
                    static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
 }
 
-// "protocol profiles action enabled application"
+// Returns "protocol profiles action enabled application".
 std::wstring Pack(const FirewallRule& rule)
 {
     std::wostringstream text;
@@ -113,7 +114,8 @@ void NoteFirewallDeed(const std::wstring& text)
     FILETIME now{};
     GetSystemTimeAsFileTime(&now);
     const ULONGLONG time = (static_cast<ULONGLONG>(now.dwHighDateTime) << 32) | now.dwLowDateTime;
-    // Costs the same however many there are: tests count the allocations on this thread.
+    // The number of allocations must not depend on the number of deeds, because tests count
+    // allocations.
     DWORD count = 0;
     RegQueryInfoKeyW(OpenStore(kDeeds).Get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
                      &count, nullptr, nullptr, nullptr, nullptr);

@@ -8,12 +8,13 @@ namespace vqrx::test {
 namespace {
 
 template <typename T>
-bool Read(HANDLE process, const void* from, T& to)
+[[nodiscard]] bool Read(HANDLE process, const void* from, T& to)
 {
     return ReadProcessMemory(process, from, &to, sizeof to, nullptr) != FALSE;
 }
 
-// From the process's own parameters, where the loader put it.
+// Reads the command line from the parameter block in the memory of the process. The block is where
+// the loader wrote it.
 std::wstring CommandLineOf(HANDLE process)
 {
     PROCESS_BASIC_INFORMATION basic{};

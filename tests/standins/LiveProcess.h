@@ -7,11 +7,12 @@
 
 namespace vqrx::test {
 
-/// What the system itself knows of a running process.
+/// Path and command line of a running process.
 struct LiveProcess {
     std::wstring executablePath;
     std::wstring commandLine;
 };
-std::optional<LiveProcess> ReadLiveProcess(DWORD processId);
+/// @return empty if the process does not exist, has ended or cannot be opened
+[[nodiscard]] std::optional<LiveProcess> ReadLiveProcess(DWORD processId);
 
 } // namespace vqrx::test

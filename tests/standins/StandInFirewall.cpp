@@ -1,7 +1,7 @@
 #include "StandInFirewall.h"
 
 #include "ClassFactory.h"
-#include "NullInterfaces.h"
+#include "NullFirewall.h"
 
 #include <new>
 #include <utility>
@@ -17,6 +17,7 @@ constexpr CLSID kNetFwPolicy2 = {
 constexpr CLSID kNetFwRule = {
     0x2C5BC43E, 0x3369, 0x4C33, {0xAB, 0x0C, 0xBE, 0x94, 0x69, 0x67, 0x7A, 0xF4}};
 
+// Counts the live objects of the stand-in, so that a test sees an object that was not released.
 template <typename Base>
 class Tracked : public Base {
 public:
@@ -36,7 +37,7 @@ public:
         *profile = nullptr;
         if (script.endpointMissing > 0) {
             --script.endpointMissing;
-            return static_cast<HRESULT>(0x800706D9);
+            return static_cast<HRESULT>(0x800706D9); // endpoint not registered
         }
         if (SUCCEEDED(script.currentProfile)) {
             *profile = new Profile;
@@ -112,7 +113,7 @@ private:
     FirewallRule rule_;
 };
 
-// A snapshot of all rules.
+// Enumerates the rules that exist when the enumerator is made.
 class RuleEnumerator : public Tracked<Counted<IEnumVARIANT>> {
 public:
     HRESULT STDMETHODCALLTYPE Next(ULONG count, VARIANT* items, ULONG* fetched) override
@@ -183,7 +184,7 @@ public:
     }
 };
 
-// The answer is looked up at each creation: tests change the script on the way.
+// Reads the script at each creation, because tests change the script between two creations.
 template <typename Object>
 class ScriptedFactory : public Counted<IClassFactory> {
 public:
@@ -199,7 +200,7 @@ public:
         if (FAILED(refusal)) {
             return refusal;
         }
-        IUnknown* const made = new (std::nothrow) Object; // nothing is thrown through the system
+        IUnknown* const made = new (std::nothrow) Object; // No exception may pass through COM.
         if (made == nullptr) {
             return E_OUTOFMEMORY;
         }

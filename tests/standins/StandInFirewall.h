@@ -10,7 +10,7 @@
 
 namespace vqrx::test {
 
-/// A rule as the stand-in keeps it.
+/// A rule of the stand-in firewall.
 struct FirewallRule {
     std::wstring application;
     long protocol = 0;
@@ -21,14 +21,15 @@ struct FirewallRule {
     bool operator==(const FirewallRule&) const = default;
 };
 
-/// The rules by name; kept in the registry of the user, where every process sees them.
-std::map<std::wstring, FirewallRule> StoredFirewallRules();
+/// Returns the rules by name. The rules are in the user's registry, so all processes share them.
+[[nodiscard]] std::map<std::wstring, FirewallRule> StoredFirewallRules();
 void StoreFirewallRule(const std::wstring& name, const FirewallRule& rule);
+/// @return false if no rule has this name
 bool EraseFirewallRule(const std::wstring& name);
-/// The rules, and what was done to them.
+/// Removes all rules and the list of deeds.
 void EraseAllFirewallRules();
 
-/// Something that the stand-in was made to do, by any process.
+/// An Add or Remove that any process called on the stand-in.
 struct FirewallDeed {
     std::wstring text; ///< "add" or "remove" and the rule's name
     ULONGLONG time;    ///< system time, units of 100 ns, as in FILETIME
@@ -36,17 +37,19 @@ struct FirewallDeed {
     bool operator==(const std::wstring& other) const { return text == other; }
 };
 
-/// Whatever rules were added or removed, in order; kept beside the rules.
-std::vector<FirewallDeed> FirewallDeeds();
+/// Returns the deeds of all processes in order of time. The list is in the registry, beside the
+/// rules.
+[[nodiscard]] std::vector<FirewallDeed> FirewallDeeds();
+/// Appends a deed with the current time.
 void NoteFirewallDeed(const std::wstring& text);
 
-/// What the stand-in for the firewall answers, step by step.
+/// Result of each step of the stand-in firewall in this process.
 struct FirewallScript {
     HRESULT createManager = S_OK;
     HRESULT localPolicy = S_OK;
     HRESULT createPolicy2 = S_OK;
     HRESULT currentProfile = S_OK;
-    int endpointMissing = 0; ///< so many answers of "endpoint not registered" before currentProfile
+    int endpointMissing = 0; ///< number of "endpoint not registered" results before currentProfile
     HRESULT rules = S_OK;
     HRESULT createRule = S_OK;
     HRESULT putName = S_OK;
@@ -58,17 +61,19 @@ struct FirewallScript {
     HRESULT add = S_OK;
 
     int adds = 0;                       ///< rules added so far
-    std::vector<std::wstring> askedFor; ///< the names that were looked up
-    long liveObjects = 0;               ///< references that somebody still holds
+    std::vector<std::wstring> askedFor; ///< names passed to Item
+    long liveObjects = 0;               ///< objects that are not yet deleted
 };
 
-/// The script of this process's stand-in.
-FirewallScript& TheFirewallScript();
+/// Returns the script of this process.
+[[nodiscard]] FirewallScript& TheFirewallScript();
 
-/// A class factory for one of the firewall's classes, with one reference; null for another class.
-IUnknown* MakeFirewallFactory(REFCLSID classId);
+/// Returns a class factory with one reference, which the caller owns. Returns null if the class is
+/// not one of the firewall.
+[[nodiscard]] IUnknown* MakeFirewallFactory(REFCLSID classId);
 
-/// Stands in for the firewall in this process for as long as it lives, and begins without a rule.
+/// Registers the stand-in firewall in this process, without a rule. The destructor removes the
+/// registration and all rules.
 class StandInFirewall {
 public:
     StandInFirewall();

@@ -1,5 +1,6 @@
-// A library that takes the places of WMI's locator and of the firewall's classes in the test
-// prefix, for every process: tests register it under their class ids and take it out again.
+// Library with the stand-ins of WMI and of the firewall. Tests register it in the Wine prefix under
+// the class ids of WMI and of the firewall, so that every process of the prefix uses it, and remove
+// the registration again.
 #include "StandInFirewall.h"
 #include "StandInWmi.h"
 
@@ -7,7 +8,7 @@
 
 namespace {
 
-// What a test wants queries to answer, S_OK when it says nothing.
+// Returns the result of queries that a test wrote to the registry; S_OK if the test wrote none.
 HRESULT QueryResult()
 {
     DWORD result = 0;

@@ -2,7 +2,7 @@
 
 #include "ClassFactory.h"
 #include "LiveProcess.h"
-#include "NullInterfaces.h"
+#include "NullWmi.h"
 
 #include <utility>
 
@@ -12,7 +12,7 @@ namespace {
 constexpr CLSID kWbemLocator = {
     0x4590F811, 0x1D3A, 0x11D0, {0x89, 0x1F, 0x00, 0xAA, 0x00, 0x4B, 0x2E, 0x24}};
 
-// Counts the stand-in's own objects, so that a test sees what was not released.
+// Counts the live objects of the stand-in, so that a test sees an object that was not released.
 template <typename Base>
 class Tracked : public Base {
 public:
@@ -34,7 +34,7 @@ std::vector<ProcessAnswer> LiveAnswer(DWORD processId)
     return {answer};
 }
 
-HRESULT Give(const PropertyAnswer& answer, VARIANT* value)
+HRESULT WriteAnswer(const PropertyAnswer& answer, VARIANT* value)
 {
     VariantInit(value);
     if (FAILED(answer.result)) {
@@ -59,10 +59,10 @@ public:
     HRESULT STDMETHODCALLTYPE Get(LPCWSTR name, LONG, VARIANT* value, CIMTYPE*, LONG*) override
     {
         if (std::wstring(name) == L"ExecutablePath") {
-            return Give(answer_.executablePath, value);
+            return WriteAnswer(answer_.executablePath, value);
         }
         if (std::wstring(name) == L"CommandLine") {
-            return Give(answer_.commandLine, value);
+            return WriteAnswer(answer_.commandLine, value);
         }
         return static_cast<HRESULT>(WBEM_E_NOT_FOUND);
     }

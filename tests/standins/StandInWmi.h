@@ -10,53 +10,54 @@
 
 namespace vqrx::test {
 
-/// How a property answers.
+/// Result of one property.
 struct PropertyAnswer {
     HRESULT result = S_OK;
-    VARTYPE type = VT_BSTR; ///< VT_BSTR, VT_NULL, or anything else for a property of another type
+    VARTYPE type = VT_BSTR; ///< VT_BSTR, VT_NULL, or another type for a property of a wrong type
     std::wstring text;
     bool nullText = false; ///< VT_BSTR with a null string
 };
 
-/// One object of a query's result.
+/// One object in the result of a query.
 struct ProcessAnswer {
     PropertyAnswer executablePath;
     PropertyAnswer commandLine;
 };
 
-/// What the stand-in for WMI answers, step by step. The default answers from the live system.
+/// Result of each step of the stand-in WMI in this process, and the arguments of the calls.
 struct WmiScript {
     HRESULT connect = S_OK;
     HRESULT blanket = S_OK;
     HRESULT query = S_OK;
-    int failAtNext = 0; ///< the n-th Next fails with E_ABORT; 0: none does
+    int failAtNext = 0; ///< the n-th Next fails with E_ABORT; 0: no Next fails
+    /// Returns the objects that a query finds. If empty, the running process itself is the answer.
     std::function<std::vector<ProcessAnswer>(DWORD processId)> processes;
 
-    // What was asked.
+    // Arguments of the calls.
     std::wstring connectedTo;
     LONG connectFlags = 0;
     std::vector<DWORD> blanketAsked; ///< authentication, authorisation, level, impersonation, caps
     std::wstring lastLanguage;
     std::wstring lastQuery;
     LONG lastQueryFlags = -1;
-    long liveObjects = 0; ///< references that somebody still holds
+    long liveObjects = 0; ///< objects that are not yet deleted
 };
 
-/// Below HKEY_CURRENT_USER: what the stand-in answers in other processes. The value "ExecQuery", a
-/// DWORD, is the result of every query; read when a process asks for the locator.
+/// Key below HKEY_CURRENT_USER for the stand-in in other processes. Its DWORD value "ExecQuery" is
+/// the result of every query. The stand-in reads it when a process asks for the locator.
 inline constexpr const wchar_t* kWmiAnswersKey = L"Software\\DaemonManagerTest\\WmiAnswers";
 
-/// The script of this process's stand-in.
-WmiScript& TheWmiScript();
+/// Returns the script of this process.
+[[nodiscard]] WmiScript& TheWmiScript();
 
-/// A class factory for the WMI locator, with one reference.
-IUnknown* MakeWmiLocatorFactory();
+/// Returns a class factory for the WMI locator with one reference, which the caller owns.
+[[nodiscard]] IUnknown* MakeWmiLocatorFactory();
 
-/// Stands in for the WMI locator in this process for as long as it lives. The thread is a member of
-/// the multithreaded apartment.
+/// Registers the stand-in WMI in this process. The destructor removes the registration. The calling
+/// thread must be in the multithreaded apartment.
 class StandInWmi {
 public:
-    /// @param refuseCreation  the class answers so when it is asked for an object
+    /// @param refuseCreation  a failure here is the result of every request for a locator
     explicit StandInWmi(HRESULT refuseCreation = S_OK);
     StandInWmi(const StandInWmi&) = delete;
     StandInWmi& operator=(const StandInWmi&) = delete;

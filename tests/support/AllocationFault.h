@@ -4,8 +4,10 @@
 
 namespace vqrx::test {
 
-/// Lets one allocation of the calling thread fail: the one after `succeeding` further ones that
-/// succeed. Ends with its scope. Whoever uses it gets this project's operator new and delete.
+/// Makes one allocation of the calling thread fail with std::bad_alloc. The first `succeeding`
+/// allocations after the constructor succeed, and the next one fails. The destructor disarms the
+/// fault. A program that uses this class links the counting operator new and delete of
+/// AllocationFault.cpp.
 class AllocationFault {
 public:
     explicit AllocationFault(std::size_t succeeding) noexcept;
@@ -13,11 +15,11 @@ public:
     AllocationFault& operator=(const AllocationFault&) = delete;
     ~AllocationFault();
 
-    /// Whether the allocation that was to fail was asked for.
-    bool Happened() const noexcept;
+    /// Reports whether the allocation failed, that is whether the program came so far.
+    [[nodiscard]] bool Happened() const noexcept;
 };
 
-/// How many allocations of all threads live at this moment.
-std::ptrdiff_t LiveAllocations() noexcept;
+/// Returns the number of blocks that all threads allocated and did not free yet.
+[[nodiscard]] std::ptrdiff_t LiveAllocations() noexcept;
 
 } // namespace vqrx::test

@@ -11,7 +11,7 @@
 
 namespace vqrx::test {
 
-/// A logger without a thread: keeps every line at once.
+/// Logger without a thread. Keeps every line when Log is called. Any thread may call.
 class CapturingLogger : public log::i_logger::v0::ILogger {
 public:
     using Line = std::pair<int, std::string>;
@@ -27,7 +27,7 @@ public:
         lines_.emplace_back(level, buffer);
     }
 
-    std::vector<Line> Lines() const
+    [[nodiscard]] std::vector<Line> Lines() const
     {
         const std::lock_guard lock(mutex_);
         return lines_;

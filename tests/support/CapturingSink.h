@@ -14,7 +14,7 @@
 
 namespace vqrx::test {
 
-/// A sink that keeps what it is given. It can be told to block or to throw. Any thread.
+/// Sink that keeps each record. A test can make a Write block or throw. Any thread may call.
 class CapturingSink : public log::log_perf::v2::ILogSink {
 public:
     struct Record {
@@ -49,14 +49,15 @@ public:
         }
     }
 
-    /// Called on the writing thread after each record was kept, outside the sink's own lock.
+    /// Sets a function that Write calls after it kept a record, on the writing thread and without
+    /// the lock of the sink.
     void SetHook(std::function<void(const Record&)> hook)
     {
         const std::lock_guard lock(mutex_);
         hook_ = std::move(hook);
     }
 
-    /// The next Write does not return (and keeps nothing) before Release.
+    /// Makes the next Write block until Release. It keeps its record after Release.
     void BlockNextWrite()
     {
         const std::lock_guard lock(mutex_);
@@ -69,28 +70,28 @@ public:
         blocked_ = false;
         changed_.notify_all();
     }
-    /// @return false when no Write blocked within the deadline
-    bool WaitUntilBlocked()
+    /// @return false if no Write blocks before the deadline
+    [[nodiscard]] bool WaitUntilBlocked()
     {
         std::unique_lock lock(mutex_);
         return changed_.wait_for(lock, kDeadline, [this] { return blocked_; });
     }
 
-    /// The next Write throws std::runtime_error and keeps nothing.
+    /// Makes the next Write throw std::runtime_error. It does not keep its record.
     void ThrowAtNextWrite()
     {
         const std::lock_guard lock(mutex_);
         throwNext_ = true;
     }
 
-    /// @return false when fewer than count records came within the deadline
-    bool WaitForCount(std::size_t count)
+    /// @return false if there are fewer than count records at the deadline
+    [[nodiscard]] bool WaitForCount(std::size_t count)
     {
         std::unique_lock lock(mutex_);
         return changed_.wait_for(lock, kDeadline, [&] { return records_.size() >= count; });
     }
-    /// @return false when no record of exactly this text came within the deadline
-    bool WaitForText(const std::string& text)
+    /// @return false if there is no record with exactly this text at the deadline
+    [[nodiscard]] bool WaitForText(const std::string& text)
     {
         std::unique_lock lock(mutex_);
         return changed_.wait_for(lock, kDeadline, [&] {
@@ -103,8 +104,9 @@ public:
         });
     }
 
-    /// Waits for the count-th record that begins with prefix.
-    /// @return it; one with an empty text after the deadline
+    /// Waits for a record that begins with prefix.
+    /// @param count  1 for the first such record, 2 for the second, ...
+    /// @return the record; a record with an empty text at the deadline
     Record WaitForPrefix(const std::string& prefix, std::size_t count = 1)
     {
         Record found;
@@ -121,8 +123,8 @@ public:
         });
         return found;
     }
-    /// How many records have exactly this level and text.
-    std::size_t Count(int level, const std::string& text) const
+    /// Returns the number of records with exactly this level and text.
+    [[nodiscard]] std::size_t Count(int level, const std::string& text) const
     {
         const std::lock_guard lock(mutex_);
         std::size_t count = 0;
@@ -132,12 +134,12 @@ public:
         return count;
     }
 
-    std::vector<Record> Records() const
+    [[nodiscard]] std::vector<Record> Records() const
     {
         const std::lock_guard lock(mutex_);
         return records_;
     }
-    std::vector<std::string> Texts() const
+    [[nodiscard]] std::vector<std::string> Texts() const
     {
         const std::lock_guard lock(mutex_);
         std::vector<std::string> texts;

@@ -9,23 +9,29 @@
 
 namespace vqrx::test {
 
-/// The folder of this test program, without a trailing separator.
-std::string OwnFolder();
+/// Returns the folder of this test program, without a trailing separator.
+[[nodiscard]] std::string OwnFolder();
 
-/// The full path of a program from tests/programs.
-std::string TestProgram(const std::string& name);
+/// Returns the full path of a program from tests/programs.
+/// @param name  file name without ".exe"
+[[nodiscard]] std::string TestProgram(const std::string& name);
 
-/// The full path of one of the product's programs.
-std::string ProductProgram(const std::string& name);
+/// Returns the full path of a program of the product.
+/// @param name  file name with ".exe"
+[[nodiscard]] std::string ProductProgram(const std::string& name);
 
-/// A named event, not signalled, that child programs signal when they are ready, or wait for.
+/// Named event, at first not signalled. A child program signals it when it is ready, or waits for
+/// it.
 class ReadyEvent {
 public:
     ReadyEvent();
-    const std::string& Name() const { return name_; }
-    /// @return false when it is not signalled within a minute
-    bool Wait() const { return WaitForSingleObject(event_.Get(), 60000) == WAIT_OBJECT_0; }
-    /// For an event that a child waits for.
+    [[nodiscard]] const std::string& Name() const { return name_; }
+    /// @return false if nobody signals the event within a minute
+    [[nodiscard]] bool Wait() const
+    {
+        return WaitForSingleObject(event_.Get(), 60000) == WAIT_OBJECT_0;
+    }
+    /// Signals the event, for a child that waits for it.
     void Signal() const { SetEvent(event_.Get()); }
 
 private:
@@ -33,25 +39,29 @@ private:
     system::win32::v1::UniqueKernelHandle event_;
 };
 
-/// A child that is ended with its owner.
+/// Owns a child process. The destructor ends the process and waits for its end.
 class ChildProcess {
 public:
     /// @param commandLine  as CreateProcess takes it, the program's path first
-    /// @throws std::runtime_error when it cannot be started
+    /// @param output       handle for the child's output and errors, which the child inherits; null
+    ///                     for those of this program
+    /// @throws std::runtime_error if the process cannot be started
     explicit ChildProcess(std::string commandLine, HANDLE output = nullptr);
     ChildProcess(ChildProcess&&) noexcept = default;
     ChildProcess& operator=(ChildProcess&&) = delete;
     ~ChildProcess();
 
-    DWORD Pid() const { return pid_; }
-    HANDLE Handle() const { return process_.Get(); }
-    /// @return whether it has ended within the time
+    [[nodiscard]] DWORD Pid() const { return pid_; }
+    [[nodiscard]] HANDLE Handle() const { return process_.Get(); }
+    /// @return false if the process still runs after this time
     bool Wait(DWORD milliseconds = 60000) const
     {
         return WaitForSingleObject(process_.Get(), milliseconds) == WAIT_OBJECT_0;
     }
-    bool Running() const { return !Wait(0); }
-    DWORD ExitCode() const;
+    [[nodiscard]] bool Running() const { return !Wait(0); }
+    /// Returns the exit code; STILL_ACTIVE while the process runs.
+    [[nodiscard]] DWORD ExitCode() const;
+    /// Ends the process with exit code 9 and does not wait.
     void Kill() const { TerminateProcess(process_.Get(), 9); }
 
 private:
@@ -59,13 +69,14 @@ private:
     DWORD pid_ = 0;
 };
 
-/// Whether a process with this id lives.
-bool IsRunning(DWORD processId);
+/// Reports whether a process with this id runs.
+[[nodiscard]] bool IsRunning(DWORD processId);
 
-/// Ends a process that this test program has no handle of; waits until it is gone.
+/// Ends a process by its id and waits for its end, at most a minute. Does nothing if there is none.
 void KillProcess(DWORD processId);
 
-/// Ends, when destroyed, the processes of this process's descendants that were noted.
+/// Ends processes that the test did not start itself, for example daemons of a supervisor. The
+/// destructor ends every noted process.
 class ProcessReaper {
 public:
     void Note(DWORD processId) { processIds_.push_back(processId); }

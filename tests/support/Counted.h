@@ -9,8 +9,8 @@
 namespace vqrx::test {
 
 /// Base of a COM object with one interface, for COM on Windows and for the fake. Implements the
-/// reference count and QueryInterface. The object is born with one reference, which its maker owns,
-/// and deletes itself with the last Release.
+/// reference count and QueryInterface. A new object has one reference, which its maker owns. The
+/// last Release deletes the object.
 template <typename Interface>
 class Counted : public Interface {
 public:

@@ -19,10 +19,9 @@ std::string KeyName(FirmwareRegistry::Key key)
 
 UniqueRegistryKey Open(const std::string& name, REGSAM access)
 {
-    HKEY key = nullptr;
-    return RegOpenKeyExA(HKEY_LOCAL_MACHINE, name.c_str(), 0, access, &key) == ERROR_SUCCESS
-               ? UniqueRegistryKey(key)
-               : UniqueRegistryKey();
+    UniqueRegistryKey key;
+    RegOpenKeyExA(HKEY_LOCAL_MACHINE, name.c_str(), 0, access, key.Put()); // null if it fails
+    return key;
 }
 
 void Delete(FirmwareRegistry::Key key)
@@ -66,20 +65,21 @@ FirmwareRegistry::Saved FirmwareRegistry::Save(Key key)
     RegQueryInfoKeyA(open.Get(), nullptr, nullptr, nullptr, &subKeys, nullptr, nullptr, &values,
                      nullptr, nullptr, nullptr, nullptr);
     if (subKeys != 0 || values > (saved.pathname ? 1U : 0U)) {
-        throw std::runtime_error(KeyName(key) + " belongs to an installation: not touched");
+        throw std::runtime_error(
+            KeyName(key) + " holds values or keys of an installation: the test does not change it");
     }
     return saved;
 }
 
 void FirmwareRegistry::Create(Key key)
 {
-    HKEY made = nullptr;
+    UniqueRegistryKey created;
     const LSTATUS status = RegCreateKeyExA(HKEY_LOCAL_MACHINE, KeyName(key).c_str(), 0, nullptr, 0,
-                                           KEY_ALL_ACCESS, nullptr, &made, nullptr);
+                                           KEY_ALL_ACCESS, nullptr, created.Put(), nullptr);
     if (status != ERROR_SUCCESS) {
-        throw std::runtime_error("cannot make " + KeyName(key) + ": " + std::to_string(status));
+        throw std::runtime_error("cannot create the registry key " + KeyName(key) + ": " +
+                                 std::to_string(status));
     }
-    const UniqueRegistryKey owner(made);
 }
 
 void FirmwareRegistry::SetPathname(Key key, const std::string& value)

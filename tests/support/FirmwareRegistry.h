@@ -8,21 +8,24 @@
 
 namespace vqrx::test {
 
-/// The two registry keys that name the firmware root, taken over for a test: both are missing at
-/// first, and at the end they are as they were.
+/// Owns the two registry keys that name the firmware root. The constructor saves and removes both
+/// keys. The destructor restores them.
 class FirmwareRegistry {
 public:
     enum Key { current, older };
 
-    /// @throws std::runtime_error  for a key that holds more than its "Pathname"
+    /// @throws std::runtime_error  if a key holds more than its value "Pathname"
     FirmwareRegistry();
     FirmwareRegistry(const FirmwareRegistry&) = delete;
     FirmwareRegistry& operator=(const FirmwareRegistry&) = delete;
     ~FirmwareRegistry();
 
+    /// Creates the key without a value.
+    /// @throws std::runtime_error  if the key cannot be created
     void Create(Key key);
+    /// Writes the value as REG_SZ with a terminating zero.
     void SetPathname(Key key, const std::string& value);
-    /// Any type, any bytes, with or without a terminating zero.
+    /// Writes any bytes with any type, and adds no terminating zero.
     void SetPathname(Key key, DWORD type, const std::string& bytes);
 
 private:
@@ -36,7 +39,7 @@ private:
         std::optional<Value> pathname;
     };
 
-    static Saved Save(Key key);
+    [[nodiscard]] static Saved Save(Key key);
     void Restore(Key key);
 
     std::array<Saved, 2> saved_;

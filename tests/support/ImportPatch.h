@@ -4,10 +4,10 @@
 
 namespace vqrx::test {
 
-/// Patch: replaces one Windows function in this test program until the destructor runs. A test uses a
-/// patch for a failure that the host never produces. On Windows the patch changes the import table, so
-/// it affects calls from the program's own code and not calls inside system libraries. In a native
-/// build it replaces a fake function (tests/fake_windows/README.md lists these functions).
+/// Patch: replaces one Windows function in this test program until the destructor runs. A test uses
+/// a patch for a failure that the host never produces. On Windows the patch changes the import
+/// table, so it affects calls from the program's own code and not calls inside system libraries. In
+/// a native build it replaces a fake function (tests/fake_windows/README.md lists these functions).
 /// No other thread may call the function while the patch is constructed or destroyed.
 class ImportPatch {
 public:

@@ -5,7 +5,7 @@
 
 namespace vqrx::test {
 
-/// A folder of the test's own, removed with everything in it.
+/// Owns a new, empty folder. The destructor removes the folder with its content.
 class TempFolder {
 public:
     TempFolder()
@@ -24,8 +24,12 @@ public:
         std::filesystem::remove_all(path_, ignored);
     }
 
-    const std::filesystem::path& Path() const { return path_; }
-    std::string File(const std::string& name) const { return (path_ / name).string(); }
+    [[nodiscard]] const std::filesystem::path& Path() const { return path_; }
+    /// Returns the path of a file in the folder. The file need not exist.
+    [[nodiscard]] std::string File(const std::string& name) const
+    {
+        return (path_ / name).string();
+    }
 
 private:
     std::filesystem::path path_;

@@ -8,7 +8,7 @@ namespace vqrx::test {
 namespace {
 
 constexpr DWORD kDeadlineMs = 60000;
-constexpr DWORD kAskAgainMs = 5;
+constexpr DWORD kPollMs = 5;
 
 } // namespace
 
@@ -29,12 +29,13 @@ TestService::TestService(const std::string& name, DWORD type, DWORD startType, D
             return;
         }
         const DWORD error = GetLastError();
-        // One of this name that was deleted is there until the manager has noticed the end of its
+        // A deleted service keeps its name until the service manager notices the end of its
         // process.
         if (error != ERROR_SERVICE_MARKED_FOR_DELETE || GetTickCount64() > deadline) {
-            throw std::runtime_error("cannot make service " + name + ": " + std::to_string(error));
+            throw std::runtime_error("cannot create service " + name + ": " +
+                                     std::to_string(error));
         }
-        Sleep(kAskAgainMs);
+        Sleep(kPollMs);
     }
 }
 
@@ -55,7 +56,7 @@ void TestService::Start(bool wait)
         throw std::runtime_error("cannot start the service: " + std::to_string(GetLastError()));
     }
     if (wait && !WaitForState(SERVICE_RUNNING)) {
-        throw std::runtime_error("the service does not run");
+        throw std::runtime_error("the service does not reach the state SERVICE_RUNNING");
     }
 }
 
@@ -71,11 +72,12 @@ SERVICE_STATUS_PROCESS TestService::Status() const
 bool TestService::WaitForState(DWORD state) const
 {
     const ULONGLONG deadline = GetTickCount64() + kDeadlineMs;
-    while (Status().dwCurrentState != state) { // the manager offers no event for it here
+    while (Status().dwCurrentState !=
+           state) { // The service manager has no event for a state under Wine.
         if (GetTickCount64() > deadline) {
             return false;
         }
-        Sleep(kAskAgainMs);
+        Sleep(kPollMs);
     }
     return true;
 }

@@ -8,14 +8,15 @@
 
 namespace vqrx::test {
 
-/// A service in the service control manager, made for a test; stopped and deleted at its end.
+/// Owns a service in the service control manager. The destructor stops and deletes the service.
 class TestService {
 public:
     /// @param type       SERVICE_WIN32_OWN_PROCESS or SERVICE_WIN32_SHARE_PROCESS
     /// @param startType  SERVICE_DEMAND_START or SERVICE_DISABLED
-    /// @param pendingMs  stays start-pending for so long
-    /// @param holdEvent  before that, stays start-pending until this is signalled; empty for none
-    /// @throws std::runtime_error when it cannot be made
+    /// @param holdEvent  the service stays start-pending until this event is signalled; empty for
+    ///                   none
+    /// @param pendingMs  after holdEvent the service stays start-pending for this many milliseconds
+    /// @throws std::runtime_error if the service cannot be created
     explicit TestService(const std::string& name, DWORD type = SERVICE_WIN32_OWN_PROCESS,
                          DWORD startType = SERVICE_DEMAND_START, DWORD pendingMs = 0,
                          const std::string& holdEvent = {});
@@ -23,14 +24,16 @@ public:
     TestService& operator=(const TestService&) = delete;
     ~TestService();
 
-    /// Starts it; with wait, until it runs.
+    /// Starts the service.
+    /// @param wait  true waits until the service runs
+    /// @throws std::runtime_error if the service does not start
     void Start(bool wait = true);
-    /// @return false when it does not reach the state within a minute
-    bool WaitForState(DWORD state) const;
-    DWORD ProcessId() const;
+    /// @return false if the service does not reach the state within a minute
+    [[nodiscard]] bool WaitForState(DWORD state) const;
+    [[nodiscard]] DWORD ProcessId() const;
 
 private:
-    SERVICE_STATUS_PROCESS Status() const;
+    [[nodiscard]] SERVICE_STATUS_PROCESS Status() const;
 
     system::win32::v1::UniqueServiceHandle manager_;
     system::win32::v1::UniqueServiceHandle service_;

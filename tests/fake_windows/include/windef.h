@@ -1,6 +1,6 @@
 #pragma once
 
-// Types, result codes and error numbers. The values are those of Windows.
+// Types, result codes and error numbers. All values are the same as on Windows.
 
 #include <cstddef>
 #include <cstdint>

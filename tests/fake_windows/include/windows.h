@@ -1,7 +1,7 @@
 #pragma once
 
 // Fake of the Windows header for native builds. ../README.md lists every function and says how to
-// add one. The headers below are named as those that declare the functions on Windows.
+// add one. On Windows, headers with the same names declare the functions.
 
 #include <handleapi.h>
 #include <processthreadsapi.h>

@@ -27,7 +27,7 @@ UniqueKernelHandle MakeJob()
     limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
     if (SetInformationJobObject(job.Get(), JobObjectExtendedLimitInformation, &limits,
                                 sizeof limits) == FALSE) {
-        throw std::runtime_error("no job object: " + std::to_string(GetLastError()));
+        throw std::runtime_error("cannot create a job object: " + std::to_string(GetLastError()));
     }
     return job;
 }
@@ -61,7 +61,7 @@ CapturedProgram::CapturedProgram(const std::string& commandLine)
     if (AssignProcessToJobObject(job_.Get(), process_.Get()) == FALSE) {
         const DWORD code = GetLastError();
         Kill();
-        throw std::runtime_error("cannot put it into the job: " + std::to_string(code));
+        throw std::runtime_error("cannot assign the program to the job: " + std::to_string(code));
     }
     ResumeThread(thread.Get());
 }

@@ -9,31 +9,34 @@
 
 namespace vqrx::test {
 
-/// A program whose output is kept. It ends with its owner, and so does every process that it or
-/// its descendants have started.
+/// Owns a running program and keeps its output. The destructor ends the program and all processes
+/// that it or its descendants started, and waits for the end of the program.
 class CapturedProgram {
 public:
     /// @param commandLine  UTF-8, the program's path first
-    /// @throws std::runtime_error when it cannot be started
+    /// @throws std::runtime_error  if the program cannot be started
     explicit CapturedProgram(const std::string& commandLine);
     CapturedProgram(const CapturedProgram&) = delete;
     CapturedProgram& operator=(const CapturedProgram&) = delete;
     ~CapturedProgram();
 
-    DWORD Pid() const { return pid_; }
-    /// @return whether it has ended within the time
+    [[nodiscard]] DWORD Pid() const { return pid_; }
+    /// @return false if the program still runs after this time
     bool Wait(DWORD milliseconds = 60000) const
     {
         return WaitForSingleObject(process_.Get(), milliseconds) == WAIT_OBJECT_0;
     }
-    bool Running() const { return !Wait(0); }
+    [[nodiscard]] bool Running() const { return !Wait(0); }
+    /// Ends the program with exit code 9 and does not wait.
     void Kill() const { TerminateProcess(process_.Get(), 9); }
-    /// Waits for the end for at most a minute. @return 259 when it has not ended
-    DWORD ExitCode() const;
+    /// Waits for the end of the program, at most a minute.
+    /// @return the exit code; STILL_ACTIVE (259) if the program still runs
+    [[nodiscard]] DWORD ExitCode() const;
 
-    /// What it has written so far, line ends as "\n".
-    std::string Output() const;
-    std::string Error() const;
+    /// Returns the standard output so far, with "\n" as line ends.
+    [[nodiscard]] std::string Output() const;
+    /// Returns the standard error so far, with "\n" as line ends.
+    [[nodiscard]] std::string Error() const;
 
 private:
     TempFolder files_;
@@ -42,7 +45,7 @@ private:
     DWORD pid_ = 0;
 };
 
-/// A text file's content, line ends as "\n"; empty when it cannot be read.
-std::string ReadText(const std::string& path);
+/// Returns the content of a text file, with "\n" as line ends; empty if the file cannot be read.
+[[nodiscard]] std::string ReadText(const std::string& path);
 
 } // namespace vqrx::test

@@ -7,7 +7,7 @@
 
 namespace vqrx::test {
 
-/// What daemonctl said, and what it ended with.
+/// Exit code and output of daemonctl.
 struct Answer {
     DWORD exitCode;
     std::string output;
@@ -18,7 +18,8 @@ struct Answer {
 
 std::ostream& operator<<(std::ostream& stream, const Answer& answer);
 
-/// Runs daemonctl.exe to its end. @param arguments  as on a command line, UTF-8
-Answer Daemonctl(const std::string& arguments);
+/// Runs daemonctl.exe and waits for its end.
+/// @param arguments  as on a command line, UTF-8
+[[nodiscard]] Answer Daemonctl(const std::string& arguments);
 
 } // namespace vqrx::test

@@ -6,9 +6,9 @@
 
 namespace vqrx::test {
 
-/// How many handles of one process another one has open: taken from the system's table of all
-/// handles, since the host's counter of a process's handles reads 0.
-/// @throws std::runtime_error when the system does not tell, or the holder may not be looked into
-std::size_t HandlesHeld(DWORD holderId, DWORD processId);
+/// Returns the number of handles to process processId that process holderId has open.
+/// @throws std::runtime_error if the system refuses to list its handles, or if this process may not
+///                            duplicate the handles of the holder
+[[nodiscard]] std::size_t HandlesHeld(DWORD holderId, DWORD processId);
 
 } // namespace vqrx::test

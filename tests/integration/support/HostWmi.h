@@ -2,8 +2,8 @@
 
 namespace vqrx::test {
 
-/// Whether the WMI of this host tells executable path and command line of a process; asked for this
-/// very process, once, and before anything stands in for it.
-bool HostWmiIsComplete();
+/// Reports whether WMI of this host knows the executable path and the command line of a process.
+/// The first call queries WMI for this process, so it must come before a stand-in is registered.
+[[nodiscard]] bool HostWmiIsComplete();
 
 } // namespace vqrx::test

@@ -16,7 +16,7 @@ namespace {
 
 using system::win32::v1::UniqueRegistryKey;
 
-constexpr const wchar_t* kHostLibrary = L"HostLibrary"; // where the host's own is kept meanwhile
+constexpr const wchar_t* kHostLibrary = L"HostLibrary"; // value with the path of the host's library
 constexpr CLSID kWbemLocator = {
     0x4590F811, 0x1D3A, 0x11D0, {0x89, 0x1F, 0x00, 0xAA, 0x00, 0x4B, 0x2E, 0x24}};
 constexpr CLSID kFirewallClasses[] = {
@@ -26,13 +26,13 @@ constexpr CLSID kFirewallClasses[] = {
 
 UniqueRegistryKey Open(const std::wstring& name)
 {
-    HKEY key = nullptr;
-    const LSTATUS status =
-        RegOpenKeyExW(HKEY_LOCAL_MACHINE, name.c_str(), 0, KEY_QUERY_VALUE | KEY_SET_VALUE, &key);
+    UniqueRegistryKey key;
+    const LSTATUS status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, name.c_str(), 0,
+                                         KEY_QUERY_VALUE | KEY_SET_VALUE, key.Put());
     if (status != ERROR_SUCCESS) {
         throw std::runtime_error("cannot open a COM class: " + std::to_string(status));
     }
-    return UniqueRegistryKey(key);
+    return key;
 }
 
 std::optional<std::wstring> Read(const UniqueRegistryKey& key, const wchar_t* value)
@@ -63,10 +63,10 @@ PrefixClass::PrefixClass(REFCLSID classId, const std::wstring& library)
     const std::optional<std::wstring> own = Read(key, kHostLibrary);
     if (!own &&
         Write(key, kHostLibrary, Read(key, nullptr).value_or(std::wstring())) != ERROR_SUCCESS) {
-        throw std::runtime_error("cannot keep what stands behind a COM class");
+        throw std::runtime_error("cannot save the library of a COM class");
     }
     if (Write(key, nullptr, library) != ERROR_SUCCESS) {
-        throw std::runtime_error("cannot replace what stands behind a COM class");
+        throw std::runtime_error("cannot replace the library of a COM class");
     }
 }
 
@@ -78,7 +78,8 @@ PrefixClass::~PrefixClass()
             Write(key, nullptr, *own);
             RegDeleteValueW(key.Get(), kHostLibrary);
         }
-    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the key is gone
+    } catch (
+        const std::exception&) { // NOLINT(bugprone-empty-catch): the key does not exist any more
     }
 }
 
@@ -91,12 +92,13 @@ PrefixStandIns::PrefixStandIns(Wmi wmi)
     }
     if (wmi == Wmi::broken) {
         classes_.push_back(std::make_unique<PrefixClass>(kWbemLocator, L"there_is_none.dll"));
-        whoseWmi_ = "nobody's";
+        whoseWmi_ = "none";
     } else if (wmi == Wmi::asComplete && HostWmiIsComplete()) {
-        whoseWmi_ = "the host's own";
+        whoseWmi_ = "WMI of the host";
     } else {
         classes_.push_back(std::make_unique<PrefixClass>(kWbemLocator, library));
-        whoseWmi_ = wmi == Wmi::standIn ? "the stand-in" : "the stand-in: the host's is incomplete";
+        whoseWmi_ = wmi == Wmi::standIn ? "the stand-in"
+                                        : "the stand-in, because WMI of the host is incomplete";
     }
     EraseAllFirewallRules();
 }

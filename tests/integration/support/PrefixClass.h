@@ -8,12 +8,12 @@
 
 namespace vqrx::test {
 
-/// Another library behind a COM class, for every process of the prefix, for as long as this lives.
-/// What an aborted run has left behind counts as left by nobody: the host's own library, which is
-/// kept beside, comes back in the end.
+/// Replaces the library of a COM class for every process of the Wine prefix. The destructor
+/// restores the host's library. The registry keeps the path of the host's library, so the next run
+/// restores it even if a run was aborted.
 class PrefixClass {
 public:
-    /// @throws std::runtime_error when the registry refuses
+    /// @throws std::runtime_error  if the registry cannot be read or written
     PrefixClass(REFCLSID classId, const std::wstring& library);
     PrefixClass(const PrefixClass&) = delete;
     PrefixClass& operator=(const PrefixClass&) = delete;
@@ -23,23 +23,25 @@ private:
     std::wstring key_;
 };
 
-/// The stand-ins for the firewall and, where it is asked for, WMI in every process of the prefix.
+/// Registers the stand-in firewall, and on request the stand-in WMI, in every process of the Wine
+/// prefix. The destructor removes the registration.
 class PrefixStandIns {
 public:
     enum class Wmi {
-        asComplete, ///< the host's own where it tells path and command line, else the stand-in
-        standIn,
-        broken, ///< nobody's: the class cannot be made
+        asComplete, ///< WMI of the host if it knows path and command line, else the stand-in
+        standIn,    ///< always the stand-in
+        broken,     ///< the class of WMI cannot be created
     };
 
-    /// Begins without a firewall rule. @throws std::runtime_error
+    /// Removes all rules of the stand-in firewall.
+    /// @throws std::runtime_error  if the registry cannot be read or written
     explicit PrefixStandIns(Wmi wmi = Wmi::asComplete);
     PrefixStandIns(const PrefixStandIns&) = delete;
     PrefixStandIns& operator=(const PrefixStandIns&) = delete;
     ~PrefixStandIns();
 
-    /// In words, for the test's report.
-    const std::string& WhoseWmi() const { return whoseWmi_; }
+    /// Returns a text for the report of the test: the WMI in use.
+    [[nodiscard]] const std::string& WhoseWmi() const { return whoseWmi_; }
 
 private:
     std::vector<std::unique_ptr<PrefixClass>> classes_;

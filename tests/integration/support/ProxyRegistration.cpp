@@ -11,7 +11,7 @@ ProxyRegistration::ProxyRegistration()
     : library_(LoadLibraryA(ProductProgram("DaemonMgrPS.dll").c_str()))
 {
     if (library_ == nullptr) {
-        throw std::runtime_error("DaemonMgrPS.dll: " + std::to_string(GetLastError()));
+        throw std::runtime_error("cannot load DaemonMgrPS.dll: " + std::to_string(GetLastError()));
     }
     if (const HRESULT hr = Call("DllRegisterServer"); hr != S_OK) {
         FreeLibrary(library_);
@@ -28,7 +28,7 @@ ProxyRegistration::~ProxyRegistration()
 HRESULT ProxyRegistration::Call(const char* function) const
 {
     using Entry = HRESULT(STDAPICALLTYPE*)();
-    // By way of void*, since the two function types have nothing to do with each other.
+    // The cast through void* avoids a warning: the two function types are not related.
     void* const address = reinterpret_cast<void*>(GetProcAddress(library_, function));
     return address != nullptr ? reinterpret_cast<Entry>(address)() : E_NOTIMPL;
 }

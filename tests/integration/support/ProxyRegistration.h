@@ -4,10 +4,11 @@
 
 namespace vqrx::test {
 
-/// DaemonMgrPS.dll registered for as long as this lives: other processes can call the supervisor.
+/// Registers DaemonMgrPS.dll, so that other processes can call the supervisor. The destructor
+/// removes the registration.
 class ProxyRegistration {
 public:
-    /// @throws std::runtime_error when the library cannot be loaded or does not register
+    /// @throws std::runtime_error  if the library cannot be loaded or does not register
     ProxyRegistration();
     ProxyRegistration(const ProxyRegistration&) = delete;
     ProxyRegistration& operator=(const ProxyRegistration&) = delete;

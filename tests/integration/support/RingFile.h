@@ -13,10 +13,10 @@ struct RingRecord {
     std::string text;
 };
 
-/// "2: text", as a failed expectation shows it.
+/// Writes "2: text", for the message of a failed expectation.
 std::ostream& operator<<(std::ostream& stream, const RingRecord& record);
 
-/// The complete records of a log file that has not wrapped yet, in order.
-std::vector<RingRecord> ReadRingFile(const std::string& path);
+/// Returns the complete records of a log file that has not wrapped yet, in order.
+[[nodiscard]] std::vector<RingRecord> ReadRingFile(const std::string& path);
 
 } // namespace vqrx::test

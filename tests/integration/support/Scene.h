@@ -13,29 +13,32 @@
 
 namespace vqrx::test {
 
-/// "DaemonId(1) PId(2) : " and the command, as log lines show it.
-std::string Described(DWORD daemonId, DWORD processId, const std::string& command);
+/// Returns "DaemonId(1) PId(2) : " and the command, as in lines of the log.
+[[nodiscard]] std::string Described(DWORD daemonId, DWORD processId, const std::string& command);
 
-/// Path or argument for a client's call.
-std::wstring WideText(const std::string& text);
+/// Converts a path or an argument for a call of a client.
+[[nodiscard]] std::wstring WideText(const std::string& text);
 
-/// Waits for the end of a pass that begins after the call: of the first one over a daemon that is
-/// made for it and comes last in the table. What this pass did is in the log by then.
-/// @return false when it did not come
-bool OnePassLater(SupervisorProcess& supervisor);
+/// Waits for the end of a pass that begins after the call. The function launches a missing program,
+/// which is the last entry of the table, and waits for the line of its failed start. At that moment
+/// the log shows everything that the pass did.
+/// @return false if the pass does not end within a minute
+[[nodiscard]] bool OnePassLater(SupervisorProcess& supervisor);
 
-/// A supervisor on a machine with a firewall that runs and with WMI: the stand-ins' where the
-/// host's own will not do. They are in place for the tests of one suite only.
+/// A supervisor on a machine with a running firewall and with WMI. The firewall is a stand-in, and
+/// WMI is one if WMI of the host is incomplete. Both are registered for the tests of one suite
+/// only.
 class Scene : public ::testing::Test {
 protected:
     static void SetUpTestSuite();
     static void TearDownTestSuite();
     Scene();
 
-    std::size_t HandlesOf(DWORD processId);
+    /// Returns the number of handles to this process that the supervisor has open.
+    [[nodiscard]] std::size_t HandlesOf(DWORD processId);
 
     SupervisorProcess supervisor_;
-    ProcessReaper reaper_; ///< ends what the supervisor has started before its folder is removed
+    ProcessReaper reaper_; ///< ends daemons before their working folder is removed
 
 private:
     static std::unique_ptr<PrefixStandIns> standIns_;

@@ -14,7 +14,7 @@ namespace {
 using system::com::v1::ComPtr;
 
 constexpr DWORD kDeadlineMs = 60000;
-constexpr DWORD kAskAgainMs = 10;
+constexpr DWORD kPollMs = 10;
 
 } // namespace
 
@@ -25,14 +25,14 @@ bool WaitUntil(const std::function<bool()>& condition)
         if (GetTickCount64() - start > kDeadlineMs) {
             return condition();
         }
-        Sleep(kAskAgainMs);
+        Sleep(kPollMs);
     }
     return true;
 }
 
 std::string WaitForNote(const std::string& file)
 {
-    std::string text; // it is there a moment before it may be opened
+    std::string text; // The file exists a moment before it can be opened.
     WaitUntil([&] {
         text = ReadText(file);
         return !text.empty();

@@ -19,43 +19,46 @@
 
 namespace vqrx::test {
 
-/// The real DaemonManager.exe, running in a firmware root of its own and published. It ends with
-/// its owner, and so does every process that it has started.
+/// Owns a real DaemonManager.exe that runs in its own firmware root and is published. The
+/// destructor ends it and all processes that it started.
 class SupervisorProcess {
 public:
-    /// Sets the registry up for a firmware root.
+    /// Writes the registry keys for a firmware root.
     using Configure = std::function<void(FirmwareRegistry& registry, const std::string& root)>;
 
-    /// @param configure  names the root; by default as an installation does it, with root\App\bin
-    /// @throws std::runtime_error  with its standard error, when it ends instead of being published
+    /// @param configure  by default writes root\App\bin, as an installation does
+    /// @throws std::runtime_error  with the standard error of the supervisor, if the supervisor
+    ///         ends or is not published within a minute
     explicit SupervisorProcess(const Configure& configure = InstalledInApp);
     SupervisorProcess(const SupervisorProcess&) = delete;
     SupervisorProcess& operator=(const SupervisorProcess&) = delete;
 
     static void InstalledInApp(FirmwareRegistry& registry, const std::string& root);
 
-    /// The firmware root, made with its folder App.
-    std::string Root() const { return root_.Path().string(); }
-    std::string App() const { return Root() + "\\App"; }
-    std::string LogFile() const { return Root() + "\\Logs\\DaemonManager.log"; }
+    /// Returns the firmware root. It contains the folder App.
+    [[nodiscard]] std::string Root() const { return root_.Path().string(); }
+    [[nodiscard]] std::string App() const { return Root() + "\\App"; }
+    [[nodiscard]] std::string LogFile() const { return Root() + "\\Logs\\DaemonManager.log"; }
 
-    CapturedProgram& Process() { return *process_; }
-    daemon_manager::SupervisorClient& Client() { return *client_; }
-    /// The bare interface, to call what the client class would never call.
-    IDaemonMgrControl* Control() const { return control_.Get(); }
+    [[nodiscard]] CapturedProgram& Process() { return *process_; }
+    [[nodiscard]] daemon_manager::SupervisorClient& Client() { return *client_; }
+    /// Returns the interface itself, for calls that the client class never makes.
+    [[nodiscard]] IDaemonMgrControl* Control() const { return control_.Get(); }
 
-    std::vector<RingRecord> Log() const { return ReadRingFile(LogFile()); }
-    /// How many records of this level and text there are.
-    std::size_t CountLog(int level, const std::string& text) const;
-    /// @return whether so many records of this level and text came within a minute
-    bool WaitForLog(int level, const std::string& text, std::size_t count = 1) const;
-    /// Waits for the start of a daemon, for at most a minute.
-    /// @param afterPid  the process that it replaces, 0 for none
-    /// @return the new process's id; 0 when there was no start
-    DWORD WaitForStart(DWORD daemonId, DWORD afterPid = 0) const;
+    [[nodiscard]] std::vector<RingRecord> Log() const { return ReadRingFile(LogFile()); }
+    /// Returns the number of records with this level and text.
+    [[nodiscard]] std::size_t CountLog(int level, const std::string& text) const;
+    /// Waits until the log has at least count records with this level and text.
+    /// @return false if it has fewer after a minute
+    [[nodiscard]] bool WaitForLog(int level, const std::string& text, std::size_t count = 1) const;
+    /// Waits for the start of a daemon, at most a minute.
+    /// @param afterPid  id of the process that a restart replaces; 0 if there is none
+    /// @return the id of the new process; 0 if there is no start
+    [[nodiscard]] DWORD WaitForStart(DWORD daemonId, DWORD afterPid = 0) const;
 
-    /// Asks it to end, as a client. @return its exit code; 259 when it does not end in a minute
-    DWORD Exit();
+    /// Calls Exit as a client and waits for the end of the supervisor.
+    /// @return the exit code; STILL_ACTIVE (259) if the supervisor runs after a minute
+    [[nodiscard]] DWORD Exit();
 
 private:
     system::com::v1::ComApartment apartment_;
@@ -67,13 +70,15 @@ private:
     std::unique_ptr<daemon_manager::SupervisorClient> client_;
 };
 
-/// The object published as "DaemonManager"; empty when there is none that answers.
-system::com::v1::ComPtr<IUnknown> FindPublished();
+/// Returns the object that is published as "DaemonManager"; empty if none is published.
+[[nodiscard]] system::com::v1::ComPtr<IUnknown> FindPublished();
 
-/// Asks again every few milliseconds. @return whether it became true within a minute
+/// Evaluates a condition every 10 ms until it is true, at most a minute.
+/// @return false if the condition is still false
 bool WaitUntil(const std::function<bool()>& condition);
 
-/// Waits until a child has written a file. @return its content; empty when it never came
-std::string WaitForNote(const std::string& file);
+/// Waits until a child has written a file, at most a minute.
+/// @return the content of the file; empty if the child did not write it
+[[nodiscard]] std::string WaitForNote(const std::string& file);
 
 } // namespace vqrx::test
