@@ -8,8 +8,8 @@ namespace vqrx::app::v0 {
 /// pass return.
 using ProcessEnd = void (*)(UINT exitCode) noexcept;
 
-/// Ends this process at once, with TerminateProcess. ExitProcess would call the clean-up code of the
-/// libraries, COM among them, which may block.
+/// Ends this process at once, with TerminateProcess. ExitProcess would call the clean-up code of
+/// the libraries, COM among them, which may block.
 void EndThisProcess(UINT exitCode) noexcept;
 
 /// The exit code for a process that ends now: 0, or 1 if an exception is passing on this thread.

@@ -71,10 +71,10 @@ void PumpMessages()
 // The shutdown destroys the objects below in reverse order. An exception during start-up does the
 // same with the objects that were made before it.
 // 1. registration: the manager leaves the Running Object Table. New clients no longer find it.
-// 2. manager: ManagerReference.h lists the steps. Clients are disconnected, and the calls that still
-//    run may finish (at most 90 s). During that time the supervision thread goes on: it restarts
-//    daemons. Then the thread finishes its pass and ends, and the firewall and WMI are released. The
-//    processes of the daemons run on.
+// 2. manager: ManagerReference.h lists the steps. Clients are disconnected, and the calls that
+//    still run may finish (at most 90 s). During that time the supervision thread goes on: it
+//    restarts daemons. Then the thread finishes its pass and ends, and the firewall and WMI are
+//    released. The daemons' processes run on.
 // 3. apartment: the main thread leaves COM (at most 10 s).
 // 4. logger: it writes all queued records to the sinks, and its worker thread ends.
 // 5. consoleSink: it resets the colour of the console.

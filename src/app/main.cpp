@@ -11,8 +11,8 @@ int main(int argc, char** argv)
     // which has no buffer, it would call Windows once for each character.
     std::ios::sync_with_stdio(false);
     try {
-        const std::vector<std::string> arguments(argv,
-                                                 argv + argc); // not used: there are no options
+        // The program has no options: the arguments are not used.
+        const std::vector<std::string> arguments(argv, argv + argc);
         return vqrx::app::v0::RunProgram();
     } catch (const std::exception& exception) {
         std::cerr << "Error: " << exception.what() << std::endl;

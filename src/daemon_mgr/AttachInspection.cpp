@@ -47,7 +47,7 @@ int QueryProcess(const WmiConnection& wmi, DWORD processId, ProcessInfo& daemon,
         return kFailure;
     }
     std::wostringstream query;
-    // If memory runs out, throw: a query that was cut off would ask for other processes, or for all.
+    // If memory runs out, throw: a query that is cut off would ask for other processes, or for all.
     query.exceptions(std::ios::badbit);
     query << L"SELECT * FROM Win32_Process WHERE ProcessId=" << processId;
     const auto objects = ExecuteQuery(wmi.Services(), query.str());

@@ -55,8 +55,8 @@ DaemonManager::~DaemonManager()
     stopping_ = true;
     if (SignalObjectAndWait(stopEvent_.Get(), supervisionThread_->Handle(), INFINITE, FALSE) ==
         WAIT_FAILED) {
-        // Either there is no event, and the thread ends because of stopping_. Or there is no thread,
-        // and this wait fails at once.
+        // Either there is no event: then the thread ends because of stopping_. Or there is no
+        // thread: then this wait fails at once.
         WaitForSingleObject(supervisionThread_->Handle(), INFINITE);
     }
     supervisionThread_.reset();
@@ -166,8 +166,8 @@ HRESULT DaemonManager::LaunchDaemon(BSTR path, SAFEARRAY** args, DWORD& daemonId
 
 HRESULT DaemonManager::StopDaemon(DWORD daemonId)
 {
-    // The entry leaves the table first, so that no pass starts the program again. The entry moves as
-    // a whole: nothing is copied and nothing throws.
+    // The entry leaves the table first, so that no pass starts the program again. It moves as a
+    // whole: nothing is copied and nothing throws.
     DaemonTable::node_type taken = LockTable()->extract(daemonId);
     if (taken.empty()) {
         return S_FALSE;
@@ -264,8 +264,7 @@ void DaemonManager::ReportRegistered() noexcept
             logger_->Log(kLevelWarning, "%d Processes still registered",
                          static_cast<int>(table->size()));
         }
-    } catch (
-        const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): only this line of the log is lost
+    } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): only this line is lost
     }
 }
 

@@ -67,26 +67,30 @@ public:
     // The requests of the clients; IDaemonMgrControl.idl describes them. If daemonId is not null,
     // Launch and Attach always set it: to kNoId if the request made and found no daemon.
 
-    /// @return S_OK; S_FALSE if a daemon with this path and these arguments exists (daemonId is then
-    ///         its id); E_POINTER for a null path or daemonId; the failures of ArgumentsFromArray
+    /// Registers a program and its arguments. The next supervision pass starts the program.
+    /// @return S_OK; S_FALSE if a daemon has this path and these arguments already (daemonId is
+    ///         then its id); E_POINTER for a null path or daemonId; failures of ArgumentsFromArray
     HRESULT STDMETHODCALLTYPE Launch(BSTR path, SAFEARRAY** args,
                                      DWORD* daemonId) noexcept override;
-    /// Blocks for up to 62 seconds, without the table lock.
-    /// @return S_OK; S_FALSE if the id is unknown or the process was not ended. An attached daemon
-    ///         is removed and its process runs on: S_FALSE too. E_OUTOFMEMORY: nothing was done
+    /// Removes a daemon and its firewall rule, and ends its process as StopProcess describes. The
+    /// process of an attached daemon runs on. Blocks for up to 62 seconds, without the table lock.
+    /// @return S_OK; S_FALSE if the id is unknown, the daemon is attached, or the process could not
+    ///         be ended; E_OUTOFMEMORY: the daemon stays registered and its process runs
     HRESULT STDMETHODCALLTYPE Stop(DWORD daemonId) noexcept override;
+    /// Registers a process that already runs. If it ends, the supervision starts its program again.
     /// @return S_OK; S_FALSE if the process cannot be opened or inspected; E_POINTER for a null
     ///         daemonId; the failures of WMI and of ArgumentsFromArray
     HRESULT STDMETHODCALLTYPE Attach(DWORD processId, SAFEARRAY** args,
                                      DWORD* daemonId) noexcept override;
-    /// @return S_OK; S_FALSE if the id is unknown or belongs to a daemon that was launched
+    /// Removes an attached daemon. Its process runs on and is no longer watched.
+    /// @return S_OK; S_FALSE if the id is unknown or the daemon was launched
     HRESULT STDMETHODCALLTYPE Detach(DWORD daemonId) noexcept override;
     /// Asks the main thread to end the program, and returns before it ends. @return S_OK
     HRESULT STDMETHODCALLTYPE Exit() noexcept override;
 
 private:
-    // Private: only Release and Destroy delete the object. Waits without limit until the supervision
-    // thread has finished its pass and ended. The processes of the daemons run on.
+    // Private: only Release and Destroy delete the object. Waits without limit until the
+    // supervision thread has finished its pass and ended. The daemons' processes run on.
     ~DaemonManager();
 
     HRESULT LaunchDaemon(BSTR path, SAFEARRAY** args, DWORD& daemonId);

@@ -17,8 +17,8 @@ namespace vqrx::host::v0 {
 /// firewall finds a rule by its name alone.
 /// The constructor connects to Windows Firewall with Advanced Security. If that fails, the object
 /// never tries again, and every later call only logs that the firewall is not available.
-/// Has no lock. Any thread of the multithreaded apartment may call it. Every failure of the firewall
-/// is logged and not reported to the caller.
+/// Has no lock. Any thread of the multithreaded apartment may call it. Every failure of the
+/// firewall is logged and not reported to the caller.
 class Firewall {
 public:
     /// Waits without limit until the firewall service runs and its endpoint answers.

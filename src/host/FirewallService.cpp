@@ -17,7 +17,7 @@ using log::i_logger::v0::kLevelError;
 using log::i_logger::v0::kLevelWarning;
 using system::win32::v1::UniqueServiceHandle;
 
-constexpr DWORD kServiceConfigBuffer = 8192;          // bytes, Microsoft's limit for this call
+constexpr DWORD kServiceConfigBuffer = 8192; // bytes; QueryServiceConfig needs at most these
 constexpr std::uint32_t kLongestSleep = 24 * 60 * 60; // seconds
 
 // @return the firewall service of newer systems, else that of older ones; empty if neither opens

@@ -16,7 +16,7 @@ using system::com::v1::UniqueBstr;
 using system::daemon::daemon_mgr::v0::AnsiFromBstr;
 using system::daemon::daemon_mgr::v0::ArgumentsFromArray;
 
-// An array of the test's own, destroyed with it unless the code under test did.
+// Owns an array, unless the code under test destroys the array and sets the pointer to null.
 class TestArray {
 public:
     TestArray(VARTYPE type, std::vector<SAFEARRAYBOUND> bounds)
@@ -43,6 +43,7 @@ private:
     SAFEARRAY* array_;
 };
 
+// @return the code of the exception that ArgumentsFromArray throws, S_OK without one
 HRESULT ErrorOf(SAFEARRAY** array)
 {
     try {
@@ -50,61 +51,6 @@ HRESULT ErrorOf(SAFEARRAY** array)
         return S_OK;
     } catch (const ATL::CAtlException& exception) {
         return exception.m_hr;
-    }
-}
-
-} // namespace
-
-TEST(Arguments, of_a_null_pointer_and_of_a_null_array_are_empty)
-{
-    SAFEARRAY* none = nullptr;
-    EXPECT_TRUE(ArgumentsFromArray(nullptr).empty());
-    EXPECT_TRUE(ArgumentsFromArray(&none).empty());
-}
-
-TEST(Arguments, of_an_empty_array_are_empty)
-{
-    TestArray array(std::vector<std::wstring>{});
-    EXPECT_TRUE(ArgumentsFromArray(array.Put()).empty());
-}
-
-TEST(Arguments, come_in_order_and_the_array_stays_the_callers_unlocked)
-{
-    TestArray array({L"-x", L"two words", L""});
-    EXPECT_EQ((std::vector<std::string>{"-x", "two words", ""}), ArgumentsFromArray(array.Put()));
-    ASSERT_NE(nullptr, array.Get());
-    EXPECT_EQ(0U, array.Get()->cLocks);
-}
-
-TEST(Arguments, that_are_null_strings_read_as_empty)
-{
-    TestArray array(VT_BSTR, {{2, 0}});
-    EXPECT_EQ((std::vector<std::string>{"", ""}), ArgumentsFromArray(array.Put()));
-}
-
-TEST(Arguments, are_converted_to_the_ansi_code_page)
-{
-    const std::wstring wide = L"caf\u00E9";
-    char expected[16] = {};
-    WideCharToMultiByte(CP_ACP, 0, wide.c_str(), -1, expected, sizeof expected, nullptr, nullptr);
-    TestArray array({wide});
-    EXPECT_EQ(expected, ArgumentsFromArray(array.Put()).at(0));
-}
-
-TEST(Arguments, end_at_an_embedded_zero_character)
-{
-    const UniqueBstr text(std::wstring(L"ab\0cd", 5));
-    EXPECT_EQ("ab", AnsiFromBstr(text.Get()));
-    EXPECT_EQ("", AnsiFromBstr(nullptr));
-}
-
-TEST(Arguments, of_another_type_are_refused_and_the_array_is_left_untouched)
-{
-    for (const VARTYPE type : {VT_I4, VT_VARIANT, VT_UNKNOWN, VT_DISPATCH, VT_UI1}) {
-        TestArray array(type, {{2, 0}});
-        EXPECT_EQ(E_INVALIDARG, ErrorOf(array.Put())) << type;
-        ASSERT_NE(nullptr, array.Get()) << type;
-        EXPECT_EQ(0U, array.Get()->cLocks);
     }
 }
 
@@ -117,7 +63,69 @@ HRESULT WINAPI CountDestroyed(SAFEARRAY* array)
     return realDestroy(array);
 }
 
-TEST(Arguments, with_lower_bound_1_are_refused_and_the_array_is_destroyed)
+} // namespace
+
+TEST(ArgumentArrayTest, Null_pointer_and_null_array_give_no_arguments)
+{
+    SAFEARRAY* none = nullptr;
+    EXPECT_TRUE(ArgumentsFromArray(nullptr).empty());
+    EXPECT_TRUE(ArgumentsFromArray(&none).empty());
+}
+
+TEST(ArgumentArrayTest, Empty_array_gives_no_arguments)
+{
+    TestArray array(std::vector<std::wstring>{});
+    EXPECT_TRUE(ArgumentsFromArray(array.Put()).empty());
+}
+
+TEST(ArgumentArrayTest, Empty_array_with_lower_bound_1_gives_no_arguments)
+{
+    TestArray array(std::vector<std::wstring>{}, 1);
+    EXPECT_EQ(S_OK, ErrorOf(array.Put()));
+    EXPECT_NE(nullptr, array.Get());
+}
+
+TEST(ArgumentArrayTest, Arguments_come_in_order_and_the_array_stays_unlocked_and_alive)
+{
+    TestArray array({L"-x", L"two words", L""});
+    EXPECT_EQ((std::vector<std::string>{"-x", "two words", ""}), ArgumentsFromArray(array.Put()));
+    ASSERT_NE(nullptr, array.Get());
+    EXPECT_EQ(0U, array.Get()->cLocks);
+}
+
+TEST(ArgumentArrayTest, Null_text_gives_the_empty_argument)
+{
+    TestArray array(VT_BSTR, {{2, 0}});
+    EXPECT_EQ((std::vector<std::string>{"", ""}), ArgumentsFromArray(array.Put()));
+}
+
+TEST(ArgumentArrayTest, Text_is_converted_to_the_ANSI_code_page)
+{
+    const std::wstring wide = L"caf\u00E9";
+    char expected[16] = {};
+    WideCharToMultiByte(CP_ACP, 0, wide.c_str(), -1, expected, sizeof expected, nullptr, nullptr);
+    TestArray array({wide});
+    EXPECT_EQ(expected, ArgumentsFromArray(array.Put()).at(0));
+}
+
+TEST(ArgumentArrayTest, Text_ends_at_its_first_zero_character)
+{
+    const UniqueBstr text(std::wstring(L"ab\0cd", 5));
+    EXPECT_EQ("ab", AnsiFromBstr(text.Get()));
+    EXPECT_EQ("", AnsiFromBstr(nullptr));
+}
+
+TEST(ArgumentArrayTest, Array_of_another_type_is_refused_and_left_as_it_was)
+{
+    for (const VARTYPE type : {VT_I4, VT_VARIANT, VT_UNKNOWN, VT_DISPATCH, VT_UI1}) {
+        TestArray array(type, {{2, 0}});
+        EXPECT_EQ(E_INVALIDARG, ErrorOf(array.Put())) << type;
+        ASSERT_NE(nullptr, array.Get()) << type;
+        EXPECT_EQ(0U, array.Get()->cLocks);
+    }
+}
+
+TEST(ArgumentArrayTest, Array_with_lower_bound_1_is_refused_and_destroyed)
 {
     TestArray array({L"a", L"b"}, 1);
     destroyed = 0;
@@ -125,30 +133,23 @@ TEST(Arguments, with_lower_bound_1_are_refused_and_the_array_is_destroyed)
     realDestroy = patch.Original<HRESULT WINAPI(SAFEARRAY*)>();
     EXPECT_EQ(E_INVALIDARG, ErrorOf(array.Put()));
     EXPECT_EQ(1, destroyed);
-    EXPECT_EQ(nullptr, array.Get()); // so that whoever unpacked it does not free it again
+    EXPECT_EQ(nullptr, array.Get()); // so that the stub does not free the array again
 }
 
-TEST(Arguments, with_a_negative_lower_bound_are_refused)
+TEST(ArgumentArrayTest, Array_with_a_negative_lower_bound_is_refused)
 {
     TestArray array({L"a", L"b"}, -1);
     EXPECT_EQ(E_INVALIDARG, ErrorOf(array.Put()));
 }
 
-TEST(Arguments, in_an_empty_array_with_lower_bound_1_are_empty)
-{
-    TestArray array(std::vector<std::wstring>{}, 1);
-    EXPECT_EQ(S_OK, ErrorOf(array.Put()));
-    EXPECT_NE(nullptr, array.Get());
-}
-
-TEST(Arguments, in_two_dimensions_are_refused)
+TEST(ArgumentArrayTest, Array_of_two_dimensions_is_refused_and_kept)
 {
     TestArray array(VT_BSTR, {{2, 0}, {3, 0}});
     EXPECT_EQ(E_INVALIDARG, ErrorOf(array.Put()));
     EXPECT_NE(nullptr, array.Get());
 }
 
-TEST(Arguments, may_be_a_thousand_and_long)
+TEST(ArgumentArrayTest, Thousand_arguments_of_32000_characters_are_read)
 {
     const std::wstring longText(32000, L'x');
     TestArray array(std::vector<std::wstring>(1000, longText));

@@ -8,35 +8,35 @@ namespace vqrx::test {
 
 using system::daemon::daemon_mgr::v0::AtComBoundary;
 
-TEST(ComBoundary, passes_the_result_of_an_operation_that_does_not_throw)
+TEST(ComBoundaryTest, Result_of_an_operation_that_does_not_throw_is_returned)
 {
     EXPECT_EQ(S_FALSE, AtComBoundary([] { return S_FALSE; }));
 }
 
-TEST(ComBoundary, answers_the_code_that_an_atl_exception_carries)
+TEST(ComBoundaryTest, Atl_exception_gives_its_code)
 {
     EXPECT_EQ(E_INVALIDARG,
               AtComBoundary([]() -> HRESULT { throw ATL::CAtlException(E_INVALIDARG); }));
 }
 
-TEST(ComBoundary, answers_the_code_that_a_com_exception_carries)
+TEST(ComBoundaryTest, COMException_gives_its_code)
 {
     EXPECT_EQ(static_cast<HRESULT>(0x80041002),
               AtComBoundary([]() -> HRESULT { throw COMException(0x80041002); }));
 }
 
-TEST(ComBoundary, never_answers_an_exception_with_a_success)
+TEST(ComBoundaryTest, Exception_with_a_success_code_gives_E_UNEXPECTED)
 {
     EXPECT_EQ(E_UNEXPECTED, AtComBoundary([]() -> HRESULT { throw ATL::CAtlException(S_OK); }));
     EXPECT_EQ(E_UNEXPECTED, AtComBoundary([]() -> HRESULT { throw COMException(S_FALSE); }));
 }
 
-TEST(ComBoundary, answers_out_of_memory_for_a_failed_allocation)
+TEST(ComBoundaryTest, Failed_allocation_gives_E_OUTOFMEMORY)
 {
     EXPECT_EQ(E_OUTOFMEMORY, AtComBoundary([]() -> HRESULT { throw std::bad_alloc(); }));
 }
 
-TEST(ComBoundary, answers_unexpected_for_everything_else)
+TEST(ComBoundaryTest, Every_other_exception_gives_E_UNEXPECTED)
 {
     EXPECT_EQ(E_UNEXPECTED, AtComBoundary([]() -> HRESULT { throw std::logic_error("x"); }));
     EXPECT_EQ(E_UNEXPECTED, AtComBoundary([]() -> HRESULT { throw 5; }));

@@ -22,7 +22,7 @@ struct Creation {
     BOOL inherit = TRUE;
     bool defaults = false;
     DWORD startupSize = 0;
-    DWORD errorMode = 0; // the thread's
+    DWORD errorMode = 0; // of the thread
     UINT processErrorMode = 0;
 } seen;
 
@@ -48,7 +48,7 @@ std::string WaitForFile(const std::string& name)
 {
     std::string text;
     for (int tries = 0; tries < 6000 && text.empty(); ++tries) {
-        Sleep(10); // the file appears complete, by renaming, a moment before it may be opened
+        Sleep(10); // the file is renamed when complete, and can be opened a moment later
         std::ifstream file(name, std::ios::binary);
         text.assign(std::istreambuf_iterator<char>(file), {});
     }
@@ -57,8 +57,10 @@ std::string WaitForFile(const std::string& name)
 
 } // namespace
 
-// A box on the desktop of a machine without an operator would be waited for, with every client.
-TEST(Launch, has_windows_fail_where_it_would_ask_and_changes_nothing_for_the_child)
+// Nobody would close a message box on the appliance. The launch would wait for it, and so would
+// every client.
+TEST(LaunchProcessTest,
+     Critical_errors_fail_without_a_message_box_and_the_child_inherits_no_error_mode)
 {
     const DWORD before = GetThreadErrorMode();
     ASSERT_EQ(0U, before & SEM_FAILCRITICALERRORS);
@@ -71,7 +73,7 @@ TEST(Launch, has_windows_fail_where_it_would_ask_and_changes_nothing_for_the_chi
     EXPECT_EQ(ofProcess, GetErrorMode());
 }
 
-TEST(Launch, asks_for_a_new_console_and_nothing_else)
+TEST(LaunchProcessTest, CreateProcess_gets_a_new_console_and_defaults_for_the_rest)
 {
     const ImportPatch patch("CreateProcessA", RefuseToCreate);
     EXPECT_FALSE(LaunchProcess("C:\\Program Files\\a.exe", {"-x", "two words"}));
@@ -83,12 +85,12 @@ TEST(Launch, asks_for_a_new_console_and_nothing_else)
     EXPECT_EQ(104U, seen.startupSize);
 }
 
-TEST(Launch, of_a_missing_program_returns_no_handle)
+TEST(LaunchProcessTest, Launch_of_a_missing_program_gives_no_handle)
 {
     EXPECT_FALSE(LaunchProcess("C:\\no such program.exe", {}));
 }
 
-TEST(Launch, hands_the_command_line_over_exactly_as_it_is_assembled)
+TEST(LaunchProcessTest, Program_receives_the_command_line_unchanged)
 {
     const TempFolder folder;
     const std::string copy = folder.File("with blanks \xE9.exe");
@@ -110,7 +112,7 @@ TEST(Launch, hands_the_command_line_over_exactly_as_it_is_assembled)
     EXPECT_EQ(expected, written);
 }
 
-TEST(Launch, starts_the_program_in_the_supervisors_working_folder)
+TEST(LaunchProcessTest, Program_runs_in_the_working_folder_of_the_supervisor)
 {
     const TempFolder folder;
     const std::string out = "relative.txt";

@@ -16,7 +16,7 @@
 
 namespace vqrx::test {
 
-/// An argument array of the test's own.
+/// Owns an array of BSTR, as a client's request carries it.
 class Arguments {
 public:
     explicit Arguments(const std::vector<std::string>& texts, LONG lowerBound = 0)
@@ -41,14 +41,15 @@ private:
     SAFEARRAY* array_;
 };
 
-/// A real DaemonManager with a real logger, whose passes follow each other quickly. Ends every
-/// process that the log says was started.
+/// A real DaemonManager with a real logger and a short time between two passes. Ends every process
+/// for which the log has a "Start" line.
 class ManagerFixture : public ::testing::Test {
 protected:
     using DaemonManager = system::daemon::daemon_mgr::v0::DaemonManager;
     using ManagerOptions = system::daemon::daemon_mgr::v0::ManagerOptions;
-    static constexpr DWORD kInterval = 50;       // milliseconds
-    static constexpr DWORD kNoPasses = INFINITE; // as an interval: the table is left alone
+    static constexpr DWORD kInterval = 50; // milliseconds
+    static constexpr DWORD kNoPasses =
+        INFINITE; // as an interval: the supervision thread never makes a pass
 
     ManagerFixture() { logger_.AddSink(&sink_); }
 
@@ -69,7 +70,7 @@ protected:
         }
     }
 
-    /// The process id in a description; 0 when there is none.
+    /// The process id in the description of a daemon; 0 if it has none.
     static DWORD PidIn(const std::string& text)
     {
         const std::size_t position = text.find("PId(");
@@ -83,7 +84,8 @@ protected:
         return manager_->Launch(bstr.Get(), arguments.Put(), daemonId);
     }
 
-    /// Launches a test program that says when it is ready, and waits until it has been started.
+    /// Launches a test program and waits until the program is ready and its start is in the log.
+    /// @return the daemon id
     DWORD LaunchAndWait(const std::string& program, const ReadyEvent& ready, DWORD& processId)
     {
         DWORD daemonId = 0;
@@ -94,7 +96,7 @@ protected:
         return daemonId;
     }
 
-    /// The text of a description as the log shows it.
+    /// The description of a daemon as the log shows it.
     static std::string Description(DWORD daemonId, DWORD processId, const std::string& command)
     {
         return "DaemonId(" + std::to_string(daemonId) + ") PId(" + std::to_string(processId) +

@@ -5,51 +5,53 @@
 #include <gtest/gtest.h>
 
 #include <new>
-
 #include <utility>
 
 namespace vqrx::test {
+namespace {
 
 using system::daemon::daemon_mgr::v0::DaemonDescription;
 using system::daemon::daemon_mgr::v0::ProcessInfo;
 
-TEST(ProcessInfo, made_by_default_has_no_process_no_id_and_nothing_else)
+ProcessInfo FilledDaemon(HANDLE process)
 {
-    const ProcessInfo record;
-    EXPECT_EQ(0xFFFFFFFFU, record.processId);
-    EXPECT_EQ(0xFFFFFFFFU, record.daemonId);
-    EXPECT_FALSE(record.process);
-    EXPECT_FALSE(record.service);
-    EXPECT_FALSE(record.isService);
-    EXPECT_FALSE(record.attached);
-    EXPECT_EQ(0U, record.restarts);
-    EXPECT_EQ("", record.executablePath);
-    EXPECT_EQ("", record.serviceName);
-    EXPECT_TRUE(record.arguments.empty());
+    ProcessInfo daemon;
+    daemon.executablePath = "a.exe";
+    daemon.arguments = {"-x"};
+    daemon.process.Reset(process);
+    daemon.processId = 7;
+    daemon.isService = true;
+    daemon.serviceName = "Svc";
+    daemon.attached = true;
+    daemon.restarts = 5;
+    daemon.daemonId = 9;
+    return daemon;
 }
 
-ProcessInfo FilledRecord(HANDLE process)
+} // namespace
+
+TEST(ProcessInfoTest, Default_has_unset_ids_and_is_empty_otherwise)
 {
-    ProcessInfo record;
-    record.executablePath = "a.exe";
-    record.arguments = {"-x"};
-    record.process.Reset(process);
-    record.processId = 7;
-    record.isService = true;
-    record.serviceName = "Svc";
-    record.attached = true;
-    record.restarts = 5;
-    record.daemonId = 9;
-    return record;
+    const ProcessInfo daemon;
+    EXPECT_EQ(0xFFFFFFFFU, daemon.processId);
+    EXPECT_EQ(0xFFFFFFFFU, daemon.daemonId);
+    EXPECT_FALSE(daemon.process);
+    EXPECT_FALSE(daemon.service);
+    EXPECT_FALSE(daemon.isService);
+    EXPECT_FALSE(daemon.attached);
+    EXPECT_EQ(0U, daemon.restarts);
+    EXPECT_EQ("", daemon.executablePath);
+    EXPECT_EQ("", daemon.serviceName);
+    EXPECT_TRUE(daemon.arguments.empty());
 }
 
-TEST(ProcessInfo, moved_hands_over_its_handles_and_copies_the_rest)
+TEST(ProcessInfoTest, Move_transfers_the_handles_and_copies_the_rest)
 {
     const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, nullptr);
-    ProcessInfo source = FilledRecord(event);
+    ProcessInfo source = FilledDaemon(event);
     ProcessInfo target(std::move(source));
     EXPECT_EQ(event, target.process.Get());
-    EXPECT_FALSE(source.process); // NOLINT(bugprone-use-after-move): promised
+    EXPECT_FALSE(source.process); // NOLINT(bugprone-use-after-move)
     EXPECT_EQ("a.exe", source.executablePath);
     EXPECT_EQ("a.exe", target.executablePath);
     EXPECT_EQ("-x", target.arguments.at(0));
@@ -61,37 +63,37 @@ TEST(ProcessInfo, moved_hands_over_its_handles_and_copies_the_rest)
     EXPECT_EQ(9U, target.daemonId);
 }
 
-TEST(ProcessInfo, assigned_closes_the_handle_it_had)
+TEST(ProcessInfoTest, Assignment_closes_the_earlier_handle)
 {
     const HANDLE first = CreateEventA(nullptr, TRUE, FALSE, nullptr);
-    ProcessInfo target = FilledRecord(first);
-    target = FilledRecord(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    ProcessInfo target = FilledDaemon(first);
+    target = FilledDaemon(CreateEventA(nullptr, TRUE, FALSE, nullptr));
     DWORD flags = 0;
     EXPECT_FALSE(GetHandleInformation(first, &flags));
     EXPECT_TRUE(target.process);
 }
 
-TEST(ProcessInfo, destroyed_closes_its_process_handle)
+TEST(ProcessInfoTest, Destruction_closes_the_process_handle)
 {
     const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, nullptr);
     {
-        const ProcessInfo record = FilledRecord(event);
+        const ProcessInfo daemon = FilledDaemon(event);
     }
     DWORD flags = 0;
     EXPECT_FALSE(GetHandleInformation(event, &flags));
 }
 
-TEST(ProcessInfo, describes_a_service_by_its_name_alone)
+TEST(ProcessInfoTest, Description_of_a_service_shows_its_name_and_no_command)
 {
-    EXPECT_EQ("DaemonId(9) PId(7) : Svc", DaemonDescription(FilledRecord(nullptr)));
+    EXPECT_EQ("DaemonId(9) PId(7) : Svc", DaemonDescription(FilledDaemon(nullptr)));
 }
 
-TEST(ProcessInfo, is_described_whole_or_not_at_all_when_memory_runs_out)
+TEST(ProcessInfoTest, Description_that_runs_out_of_memory_throws_and_is_never_cut_off)
 {
-    ProcessInfo record;
-    record.daemonId = 3;
-    record.processId = 7;
-    record.executablePath = "C:\\a folder with a long name\\a.exe";
+    ProcessInfo daemon;
+    daemon.daemonId = 3;
+    daemon.processId = 7;
+    daemon.executablePath = "C:\\a folder with a long name\\a.exe";
     bool happened = true;
     for (std::size_t succeeding = 0; happened; ++succeeding) {
         std::string text;
@@ -99,7 +101,7 @@ TEST(ProcessInfo, is_described_whole_or_not_at_all_when_memory_runs_out)
         {
             const AllocationFault fault(succeeding);
             try {
-                text = DaemonDescription(record);
+                text = DaemonDescription(daemon);
             } catch (const std::bad_alloc&) {
                 raised = true;
             }

@@ -6,18 +6,18 @@ namespace vqrx::test {
 
 using system::daemon::daemon_mgr::v0::IsSnmpAgent;
 
-TEST(SnmpAgent, is_found_by_its_name_in_any_case_of_letters)
+TEST(SnmpAgentTest, Agent_is_found_in_upper_and_lower_case)
 {
     EXPECT_TRUE(IsSnmpAgent("D:\\FW\\App\\KXSNMP.EXE"));
     EXPECT_TRUE(IsSnmpAgent("kxsnmp"));
 }
 
-TEST(SnmpAgent, is_found_by_its_name_anywhere_in_the_path)
+TEST(SnmpAgentTest, Agent_is_found_if_the_name_is_anywhere_in_the_path)
 {
     EXPECT_TRUE(IsSnmpAgent("D:\\Kxsnmp\\agent.exe"));
 }
 
-TEST(SnmpAgent, is_no_path_of_fewer_than_six_bytes_and_none_without_the_name)
+TEST(SnmpAgentTest, Path_without_the_whole_name_is_not_the_agent)
 {
     EXPECT_FALSE(IsSnmpAgent("kxsnm"));
     EXPECT_FALSE(IsSnmpAgent(""));

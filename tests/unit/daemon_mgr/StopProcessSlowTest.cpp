@@ -1,4 +1,4 @@
-// The waits at their real lengths, once each.
+// Each wait of a stop once with its real length.
 #include "StopProcess.h"
 
 #include "CapturingLogger.h"
@@ -16,37 +16,37 @@ using system::daemon::daemon_mgr::v0::StopProcess;
 
 ProcessInfo Start(const std::string& program, const ReadyEvent& ready, ProcessReaper& reaper)
 {
-    ProcessInfo record;
-    record.executablePath = TestProgram(program);
-    record.process = LaunchProcess(record.executablePath, {ready.Name()});
-    record.processId = GetProcessId(record.process.Get());
-    reaper.Note(record.processId);
+    ProcessInfo daemon;
+    daemon.executablePath = TestProgram(program);
+    daemon.process = LaunchProcess(daemon.executablePath, {ready.Name()});
+    daemon.processId = GetProcessId(daemon.process.Get());
+    reaper.Note(daemon.processId);
     EXPECT_TRUE(ready.Wait());
-    return record;
+    return daemon;
 }
 
 } // namespace
 
-TEST(SlowStop, gives_a_program_30_seconds_to_quit_before_it_is_terminated)
+TEST(StopProcessSlowTest, Program_that_ignores_WM_QUIT_is_terminated_after_30_seconds)
 {
     ProcessReaper reaper;
     const ReadyEvent ready;
-    ProcessInfo record = Start("ignores_quit", ready, reaper);
+    ProcessInfo daemon = Start("ignores_quit", ready, reaper);
     CapturingLogger logger;
     const ULONGLONG start = GetTickCount64();
-    EXPECT_EQ(0, StopProcess(logger, record, {}));
-    EXPECT_LE(29900U, GetTickCount64() - start); // ticks are coarse
+    EXPECT_EQ(0, StopProcess(logger, daemon, {}));
+    EXPECT_LE(29900U, GetTickCount64() - start); // the tick count is up to 16 ms behind
     EXPECT_EQ(0U, logger.Lines().at(0).second.find("Stop (2) "));
 }
 
-TEST(SlowStop, gives_a_deaf_snmp_agent_32_rounds_of_one_second)
+TEST(StopProcessSlowTest, Agent_that_ignores_the_keystrokes_gets_32_rounds_of_one_second)
 {
     ProcessReaper reaper;
     const ReadyEvent ready;
-    ProcessInfo record = Start("kxsnmp_deaf", ready, reaper);
+    ProcessInfo daemon = Start("kxsnmp_deaf", ready, reaper);
     CapturingLogger logger;
     const ULONGLONG start = GetTickCount64();
-    EXPECT_EQ(0, StopProcess(logger, record, {}));
+    EXPECT_EQ(0, StopProcess(logger, daemon, {}));
     EXPECT_LE(31900U, GetTickCount64() - start);
     EXPECT_EQ(0U, logger.Lines().at(0).second.find("Stop (1) "));
 }

@@ -13,9 +13,9 @@ namespace {
 
 using system::daemon::daemon_mgr::v0::kNoId;
 
-class Attach : public ManagerFixture {
+class DaemonManagerAttachTest : public ManagerFixture {
 protected:
-    Attach()
+    DaemonManagerAttachTest()
     {
         child_ = std::make_unique<ChildProcess>("\"" + TestProgram("no_windows") + "\" " +
                                                 ready_.Name() + " \"two words\"");
@@ -31,7 +31,7 @@ protected:
 
 } // namespace
 
-TEST_F(Attach, adopts_a_running_program_and_says_so)
+TEST_F(DaemonManagerAttachTest, Attach_registers_a_running_process_and_logs_it)
 {
     Make(kNoPasses);
     DWORD daemonId = 9;
@@ -42,7 +42,8 @@ TEST_F(Attach, adopts_a_running_program_and_says_so)
     EXPECT_EQ(1U, sink_.Count(2, text));
 }
 
-TEST_F(Attach, has_the_program_started_again_with_its_path_and_arguments_when_it_dies)
+TEST_F(DaemonManagerAttachTest,
+       Attached_program_that_dies_is_started_again_with_its_path_and_arguments)
 {
     Make();
     DWORD daemonId = 9;
@@ -53,7 +54,7 @@ TEST_F(Attach, has_the_program_started_again_with_its_path_and_arguments_when_it
     EXPECT_EQ("Start " + Description(daemonId, PidIn(started.text), command_), started.text);
 }
 
-TEST_F(Attach, detached_leaves_the_program_running_and_no_longer_watched)
+TEST_F(DaemonManagerAttachTest, Detached_process_runs_on_and_is_not_started_again_when_it_dies)
 {
     Make();
     DWORD daemonId = 9;
@@ -65,8 +66,8 @@ TEST_F(Attach, detached_leaves_the_program_running_and_no_longer_watched)
     EXPECT_TRUE(child_->Running());
     EXPECT_EQ(S_FALSE, manager_->Detach(daemonId));
     child_->Kill();
-    // A missing program makes its line at every pass: two of them, and a pass has been over the
-    // table.
+    // Each pass logs one line for a missing program. After two such lines, one whole pass has
+    // certainly run since the launch.
     DWORD missing = 0;
     Launch("C:\\missing.exe", {}, &missing);
     sink_.WaitForPrefix("Unable to start", 2);
@@ -75,13 +76,13 @@ TEST_F(Attach, detached_leaves_the_program_running_and_no_longer_watched)
     }
 }
 
-TEST_F(Attach, that_has_to_wait_for_wmi_holds_up_no_pass)
+TEST_F(DaemonManagerAttachTest, Attach_that_waits_for_WMI_does_not_delay_the_supervision_passes)
 {
     const system::win32::v1::UniqueKernelHandle asked(CreateEventA(nullptr, TRUE, FALSE, nullptr));
-    const system::win32::v1::UniqueKernelHandle may(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    const system::win32::v1::UniqueKernelHandle answer(CreateEventA(nullptr, TRUE, FALSE, nullptr));
     TheWmiScript().processes = [&](DWORD) -> std::vector<ProcessAnswer> {
         SetEvent(asked.Get());
-        WaitForSingleObject(may.Get(), 60000);
+        WaitForSingleObject(answer.Get(), 60000);
         return {};
     };
     Make();
@@ -93,12 +94,12 @@ TEST_F(Attach, that_has_to_wait_for_wmi_holds_up_no_pass)
     DWORD missing = 0;
     Launch("C:\\missing.exe", {}, &missing);
     EXPECT_EQ("Unable to start C:\\missing.exe ", sink_.WaitForPrefix("Unable to start", 3).text);
-    EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(may.Get(), 0));
-    SetEvent(may.Get());
+    EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(answer.Get(), 0));
+    SetEvent(answer.Get());
     client.join();
 }
 
-TEST_F(Attach, of_one_process_twice_makes_two_daemons)
+TEST_F(DaemonManagerAttachTest, Attach_of_one_process_twice_makes_two_daemons)
 {
     Make(kNoPasses);
     DWORD first = 9;
@@ -111,7 +112,7 @@ TEST_F(Attach, of_one_process_twice_makes_two_daemons)
     EXPECT_EQ(S_OK, manager_->Detach(second));
 }
 
-TEST_F(Attach, started_again_is_still_an_attached_daemon_and_is_not_ended_by_a_stop)
+TEST_F(DaemonManagerAttachTest, Attached_daemon_that_was_started_again_is_not_ended_by_Stop)
 {
     Make();
     DWORD daemonId = 9;
@@ -122,20 +123,54 @@ TEST_F(Attach, started_again_is_still_an_attached_daemon_and_is_not_ended_by_a_s
     EXPECT_TRUE(IsRunning(second));
 }
 
-TEST_F(Attach, stopped_leaves_the_table_but_the_process_runs_on)
+TEST_F(DaemonManagerAttachTest,
+       Stop_of_an_attached_daemon_removes_it_and_leaves_its_process_running)
 {
     Make();
     DWORD daemonId = 9;
     EXPECT_EQ(S_OK, manager_->Attach(child_->Pid(), nullptr, &daemonId));
     EXPECT_EQ(S_FALSE, manager_->Stop(daemonId));
     EXPECT_TRUE(child_->Running());
-    EXPECT_EQ(S_FALSE, manager_->Detach(daemonId)); // it is no longer there
+    EXPECT_EQ(S_FALSE, manager_->Detach(daemonId)); // the daemon is no longer in the table
     for (const auto& record : sink_.Records()) {
         EXPECT_EQ(std::string::npos, record.text.find("Stop ("));
     }
 }
 
-TEST_F(Attach, that_fails_uses_its_id_up)
+TEST_F(DaemonManagerAttachTest, Attach_with_an_array_of_lower_bound_1_fails_and_uses_up_an_id)
+{
+    Make(kNoPasses);
+    DWORD daemonId = 9;
+    Arguments shifted({"x"}, 1);
+    EXPECT_EQ(E_INVALIDARG, manager_->Attach(GetCurrentProcessId(), shifted.Put(), &daemonId));
+    EXPECT_EQ(S_OK, Launch("a.exe", {}, &daemonId));
+    EXPECT_EQ(1U, daemonId);
+}
+
+TEST_F(DaemonManagerAttachTest, Attach_of_an_unknown_process_id_logs_a_line_and_uses_up_an_id)
+{
+    Make(kNoPasses);
+    DWORD daemonId = 9;
+    Arguments arguments({"x"});
+    EXPECT_EQ(S_FALSE, manager_->Attach(0xFFFFFFF0U, arguments.Put(), &daemonId));
+    EXPECT_EQ(kNoId, daemonId);
+    EXPECT_EQ("Unable to attach DaemonId(0) PId(4294967280) :  x ",
+              sink_.WaitForPrefix("Unable").text);
+    EXPECT_EQ(1U, sink_.Count(1, "Unable to attach DaemonId(0) PId(4294967280) :  x "));
+    EXPECT_EQ(S_OK, Launch("a.exe", {}, &daemonId));
+    EXPECT_EQ(1U, daemonId);
+}
+
+TEST_F(DaemonManagerAttachTest, Attach_of_process_id_0_logs_a_line_and_registers_nothing)
+{
+    Make(kNoPasses);
+    DWORD daemonId = 9;
+    EXPECT_EQ(S_FALSE, manager_->Attach(0, nullptr, &daemonId));
+    sink_.WaitForPrefix("Unable to attach ");
+    EXPECT_EQ(1U, sink_.Count(1, "Unable to attach  "));
+}
+
+TEST_F(DaemonManagerAttachTest, Attach_of_a_process_that_WMI_does_not_know_uses_up_an_id)
 {
     Make(kNoPasses);
     DWORD daemonId = 9;
@@ -147,7 +182,7 @@ TEST_F(Attach, that_fails_uses_its_id_up)
     EXPECT_EQ(1U, daemonId);
 }
 
-TEST_F(Attach, answers_the_failure_of_the_inspection_and_uses_its_id_up)
+TEST_F(DaemonManagerAttachTest, Attach_returns_the_failure_of_the_WMI_query_and_uses_up_an_id)
 {
     Make(kNoPasses);
     DWORD daemonId = 9;
@@ -159,11 +194,11 @@ TEST_F(Attach, answers_the_failure_of_the_inspection_and_uses_its_id_up)
     EXPECT_EQ(1U, daemonId);
 }
 
-TEST_F(Attach, without_wmi_says_every_time_that_it_cannot)
+TEST_F(DaemonManagerAttachTest, Attach_without_a_connection_to_WMI_logs_a_line_at_every_call)
 {
     TheWmiScript().connect = E_ABORT;
     Make(kNoPasses);
-    TheWmiScript().connect = S_OK; // there is no second try
+    TheWmiScript().connect = S_OK; // the manager does not connect again
     DWORD daemonId = 9;
     EXPECT_EQ(S_FALSE, manager_->Attach(child_->Pid(), nullptr, &daemonId));
     EXPECT_EQ(S_FALSE, manager_->Attach(child_->Pid(), nullptr, &daemonId));
@@ -172,7 +207,8 @@ TEST_F(Attach, without_wmi_says_every_time_that_it_cannot)
                                      std::to_string(child_->Pid()) + ") :  "));
 }
 
-TEST_F(Attach, of_a_service_shows_its_name_and_restarts_it_with_the_arguments_of_the_request)
+TEST_F(DaemonManagerAttachTest,
+       Attached_service_is_logged_by_its_name_and_started_again_when_it_dies)
 {
     Make();
     TestService service("DmTestAttachedService");

@@ -1,3 +1,4 @@
+// The supervision thread of a whole manager.
 #include "ImportPatch.h"
 #include "ManagerFixture.h"
 
@@ -9,7 +10,7 @@
 namespace vqrx::test {
 namespace {
 
-class Supervision : public ManagerFixture {};
+class DaemonManagerSupervisionTest : public ManagerFixture {};
 
 using CreateProcessFunction = BOOL WINAPI(LPCSTR, LPSTR, LPSECURITY_ATTRIBUTES,
                                           LPSECURITY_ATTRIBUTES, BOOL, DWORD, LPVOID, LPCSTR,
@@ -31,7 +32,7 @@ BOOL WINAPI ThrowInCreation(LPCSTR, LPSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATT
                             DWORD, LPVOID, LPCSTR, LPSTARTUPINFOA, LPPROCESS_INFORMATION)
 {
     if (++failures <= 2) {
-        throw std::bad_alloc(); // where a pass allocates, at the border that a test can reach
+        throw std::bad_alloc(); // as if an allocation inside the pass had failed
     }
     return FALSE;
 }
@@ -47,7 +48,8 @@ BOOL WINAPI ThrowForOne(LPCSTR application, LPSTR, LPSECURITY_ATTRIBUTES, LPSECU
 
 } // namespace
 
-TEST_F(Supervision, starts_a_launched_program_and_starts_it_again_whenever_it_was_killed)
+TEST_F(DaemonManagerSupervisionTest,
+       Launched_program_is_started_and_started_again_each_time_it_is_killed)
 {
     const ReadyEvent ready;
     Make();
@@ -66,7 +68,7 @@ TEST_F(Supervision, starts_a_launched_program_and_starts_it_again_whenever_it_wa
     EXPECT_EQ(2U, sink_.Count(0, "Exception caught in : Unknown (0x9)"));
 }
 
-TEST_F(Supervision, tries_a_missing_program_at_every_pass)
+TEST_F(DaemonManagerSupervisionTest, Missing_program_is_tried_in_every_pass)
 {
     Make();
     DWORD daemonId = 0;
@@ -74,7 +76,8 @@ TEST_F(Supervision, tries_a_missing_program_at_every_pass)
     EXPECT_EQ("Unable to start C:\\missing.exe ", sink_.WaitForPrefix("Unable to start", 5).text);
 }
 
-TEST_F(Supervision, finishes_a_pass_under_way_before_its_end_and_ends_then)
+TEST_F(DaemonManagerSupervisionTest,
+       Destruction_waits_for_the_running_pass_and_no_further_pass_follows)
 {
     const system::win32::v1::UniqueKernelHandle in(CreateEventA(nullptr, TRUE, FALSE, nullptr));
     const system::win32::v1::UniqueKernelHandle may(CreateEventA(nullptr, TRUE, FALSE, nullptr));
@@ -86,8 +89,8 @@ TEST_F(Supervision, finishes_a_pass_under_way_before_its_end_and_ends_then)
     Launch("a.exe", {}, &daemonId);
     ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(in.Get(), 60000));
     std::thread release([&] {
-        // The destructor is waiting once the manager has no event left to signal: give the pass its
-        // end only then. There is nothing to wait for but the destructor itself.
+        // The pass must end only after the destructor has begun to wait. A test cannot see that
+        // moment, so it gives the destructor some time.
         Sleep(200);
         EXPECT_FALSE(sink_.Count(2, "Deamon Thread is exiting..."));
         SetEvent(may.Get());
@@ -102,7 +105,7 @@ TEST_F(Supervision, finishes_a_pass_under_way_before_its_end_and_ends_then)
     EXPECT_EQ(1U, sink_.Count(1, "Unable to start a.exe ")); // no further pass
 }
 
-TEST_F(Supervision, makes_requests_wait_until_a_pass_is_over)
+TEST_F(DaemonManagerSupervisionTest, Stop_waits_until_the_running_pass_is_over)
 {
     const system::win32::v1::UniqueKernelHandle in(CreateEventA(nullptr, TRUE, FALSE, nullptr));
     const system::win32::v1::UniqueKernelHandle may(CreateEventA(nullptr, TRUE, FALSE, nullptr));
@@ -118,14 +121,15 @@ TEST_F(Supervision, makes_requests_wait_until_a_pass_is_over)
         EXPECT_EQ(S_OK, manager_->Stop(daemonId));
         stopped = true;
     });
-    Sleep(100); // time in which a request that did not wait would be through
+    Sleep(100); // a Stop that did not wait would return in this time
     EXPECT_FALSE(stopped);
     SetEvent(may.Get());
     client.join();
     EXPECT_TRUE(stopped);
 }
 
-TEST_F(Supervision, starts_the_others_where_the_start_of_one_runs_out_of_memory_every_time)
+TEST_F(DaemonManagerSupervisionTest,
+       Daemon_whose_start_runs_out_of_memory_does_not_keep_the_others_from_being_started)
 {
     const ImportPatch patch("CreateProcessA", ThrowForOne);
     Make();
@@ -136,7 +140,7 @@ TEST_F(Supervision, starts_the_others_where_the_start_of_one_runs_out_of_memory_
     EXPECT_LE(2U, sink_.Count(0, "Exception occured : std::bad_alloc"));
 }
 
-TEST_F(Supervision, goes_on_after_a_pass_that_ran_out_of_memory)
+TEST_F(DaemonManagerSupervisionTest, Supervision_goes_on_after_a_pass_that_ran_out_of_memory)
 {
     failures = 0;
     const ImportPatch patch("CreateProcessA", ThrowInCreation);

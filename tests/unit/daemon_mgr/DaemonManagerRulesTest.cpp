@@ -1,3 +1,4 @@
+// The firewall rules of the daemons, from Launch to Stop.
 #include "AllocationFault.h"
 #include "ManagerFixture.h"
 #include "StandInFirewall.h"
@@ -11,10 +12,10 @@
 namespace vqrx::test {
 namespace {
 
-// The rule of a daemon, from its Launch to its Stop, with a firewall that runs.
-class DaemonRules : public ManagerFixture {
+// The firewall service runs.
+class DaemonManagerRulesTest : public ManagerFixture {
 protected:
-    DaemonRules() { service_.Start(); }
+    DaemonManagerRulesTest() { service_.Start(); }
 
     static std::size_t RulesFor(const std::string& path)
     {
@@ -27,7 +28,7 @@ protected:
     StandInWmi wmi_; // answers from the live system
 };
 
-class DaemonRulesWithoutService : public ManagerFixture {
+class DaemonManagerDisabledFirewallTest : public ManagerFixture {
 protected:
     TestService service_{"MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DISABLED};
     StandInFirewall firewall_;
@@ -35,7 +36,7 @@ protected:
 
 } // namespace
 
-TEST_F(DaemonRules, are_there_before_the_process_and_once)
+TEST_F(DaemonManagerRulesTest, Launch_makes_the_rule_of_a_program_once_and_before_its_process)
 {
     Make(kNoPasses);
     DWORD daemonId = 9;
@@ -46,7 +47,7 @@ TEST_F(DaemonRules, are_there_before_the_process_and_once)
     EXPECT_EQ(1, TheFirewallScript().adds);
 }
 
-TEST_F(DaemonRules, go_with_the_first_stop_of_two_daemons_of_one_program)
+TEST_F(DaemonManagerRulesTest, First_Stop_of_two_daemons_of_one_program_removes_their_rule)
 {
     Make(kNoPasses);
     DWORD first = 9;
@@ -60,7 +61,8 @@ TEST_F(DaemonRules, go_with_the_first_stop_of_two_daemons_of_one_program)
     EXPECT_EQ(1U, sink_.Count(0, "Firewall: Missing firewall rule : 0x80070002"));
 }
 
-TEST_F(DaemonRules, of_an_attached_daemon_go_when_it_is_stopped_and_its_process_runs_on)
+TEST_F(DaemonManagerRulesTest,
+       Stop_of_an_attached_daemon_removes_the_rule_and_leaves_the_process_running)
 {
     const ReadyEvent ready;
     const ChildProcess child("\"" + TestProgram("no_windows") + "\" " + ready.Name());
@@ -68,16 +70,16 @@ TEST_F(DaemonRules, of_an_attached_daemon_go_when_it_is_stopped_and_its_process_
     Make(kNoPasses);
     DWORD launched = 9;
     DWORD attached = 9;
-    Launch(TestProgram("no_windows"), {}, &launched); // which makes the rule
+    Launch(TestProgram("no_windows"), {}, &launched); // makes the rule
     ASSERT_EQ(S_OK, manager_->Attach(child.Pid(), nullptr, &attached));
     ASSERT_EQ(1U, RulesFor(TestProgram("no_windows")));
     EXPECT_EQ(S_FALSE, manager_->Stop(attached));
     EXPECT_EQ(0U, RulesFor(TestProgram("no_windows")));
-    EXPECT_EQ(S_FALSE, manager_->Detach(attached)); // it has left the table
+    EXPECT_EQ(S_FALSE, manager_->Detach(attached)); // the daemon is no longer in the table
     EXPECT_TRUE(child.Running());
 }
 
-TEST_F(DaemonRules, of_an_attached_daemon_are_not_made)
+TEST_F(DaemonManagerRulesTest, Attach_makes_no_rule)
 {
     const ReadyEvent ready;
     const ChildProcess child("\"" + TestProgram("no_windows") + "\" " + ready.Name());
@@ -88,20 +90,7 @@ TEST_F(DaemonRules, of_an_attached_daemon_are_not_made)
     EXPECT_TRUE(StoredFirewallRules().empty());
 }
 
-TEST_F(DaemonRulesWithoutService, are_never_made)
-{
-    Make(kNoPasses);
-    EXPECT_TRUE(sink_.WaitForText("Firewall: Service is disabled."));
-    DWORD daemonId = 9;
-    EXPECT_EQ(S_OK, Launch("C:\\a.exe", {}, &daemonId));
-    EXPECT_EQ(S_OK, manager_->Stop(daemonId));
-    EXPECT_EQ(0, TheFirewallScript().adds);
-    sink_.WaitForPrefix("Firewall: Windows Firewall with", 2);
-    EXPECT_EQ(2U,
-              sink_.Count(0, "Firewall: Windows Firewall with Advanced Security not available !"));
-}
-
-TEST_F(DaemonRules, stay_with_a_daemon_whose_stop_runs_out_of_memory)
+TEST_F(DaemonManagerRulesTest, Stop_that_runs_out_of_memory_keeps_the_rule)
 {
     Make();
     bool happened = true;
@@ -119,6 +108,20 @@ TEST_F(DaemonRules, stay_with_a_daemon_whose_stop_runs_out_of_memory)
         EXPECT_EQ(hr == S_OK ? S_FALSE : S_OK, manager_->Stop(daemonId)) << succeeding;
         ASSERT_GT(100U, succeeding);
     }
+}
+
+TEST_F(DaemonManagerDisabledFirewallTest,
+       Launch_and_Stop_log_that_the_firewall_is_not_available_and_succeed)
+{
+    Make(kNoPasses);
+    EXPECT_TRUE(sink_.WaitForText("Firewall: Service is disabled."));
+    DWORD daemonId = 9;
+    EXPECT_EQ(S_OK, Launch("C:\\a.exe", {}, &daemonId));
+    EXPECT_EQ(S_OK, manager_->Stop(daemonId));
+    EXPECT_EQ(0, TheFirewallScript().adds);
+    sink_.WaitForPrefix("Firewall: Windows Firewall with", 2);
+    EXPECT_EQ(2U,
+              sink_.Count(0, "Firewall: Windows Firewall with Advanced Security not available !"));
 }
 
 } // namespace vqrx::test

@@ -17,10 +17,10 @@ using system::daemon::daemon_mgr::v0::kNoId;
 
 constexpr auto kRefused = static_cast<HRESULT>(0x800706BA);
 
-// What this program has opened and not closed again, while a HandleLedger lives.
+// The handles that this program has opened and not yet closed, while a HandleLedger lives.
 std::mutex ledgerMutex;
 std::multiset<HANDLE> processes;
-std::multiset<SC_HANDLE> services; // the service manager, too
+std::multiset<SC_HANDLE> services; // handles of the service control manager included
 decltype(&OpenProcess) openProcess = nullptr;
 decltype(&CloseHandle) closeHandle = nullptr;
 decltype(&OpenSCManagerA) openManager = nullptr;
@@ -74,6 +74,7 @@ BOOL WINAPI ForgetService(SC_HANDLE handle)
     return closeService(handle);
 }
 
+// Counts the handles of processes and services that the code under test opens and closes.
 class HandleLedger {
 public:
     HandleLedger()
@@ -121,9 +122,9 @@ BOOL WINAPI NothingToEnumerate(SC_HANDLE, SC_ENUM_TYPE, DWORD, DWORD, LPBYTE, DW
     return TRUE;
 }
 
-class AttachHandles : public ManagerFixture {
+class DaemonManagerAttachHandlesTest : public ManagerFixture {
 protected:
-    AttachHandles() { service_.Start(); }
+    DaemonManagerAttachHandlesTest() { service_.Start(); }
 
     StandInWmi wmi_;
     TestService service_{"DmTestAttachHandles"};
@@ -131,7 +132,7 @@ protected:
 
 } // namespace
 
-TEST_F(AttachHandles, are_closed_however_the_attach_fails)
+TEST_F(DaemonManagerAttachHandlesTest, Attach_closes_every_handle_however_it_fails)
 {
     PropertyAnswer missing;
     missing.result = static_cast<HRESULT>(0x80041002);
@@ -146,7 +147,7 @@ TEST_F(AttachHandles, are_closed_however_the_attach_fails)
     };
     std::unique_ptr<ImportPatch> patch;
     struct Case {
-        const char* what;
+        const char* failure;
         std::function<void()> arrange;
         HRESULT expected;
     };
@@ -177,7 +178,7 @@ TEST_F(AttachHandles, are_closed_however_the_attach_fails)
     const long objects = TheWmiScript().liveObjects;
     const HandleLedger ledger;
     for (const Case& failing : cases) {
-        SCOPED_TRACE(failing.what);
+        SCOPED_TRACE(failing.failure);
         failing.arrange();
         DWORD daemonId = 9;
         EXPECT_EQ(failing.expected, manager_->Attach(processId, nullptr, &daemonId));
@@ -192,10 +193,10 @@ TEST_F(AttachHandles, are_closed_however_the_attach_fails)
     }
     DWORD daemonId = 9;
     EXPECT_EQ(S_OK, manager_->Attach(processId, nullptr, &daemonId));
-    EXPECT_EQ(std::size(cases), daemonId); // each of them has used one up
+    EXPECT_EQ(std::size(cases), daemonId); // each failed attach used up one id
 }
 
-TEST_F(AttachHandles, of_a_service_are_kept_until_it_is_detached)
+TEST_F(DaemonManagerAttachHandlesTest, Handles_of_an_attached_service_stay_open_until_Detach)
 {
     Make(kNoPasses);
     const DWORD processId = service_.ProcessId();
@@ -203,13 +204,13 @@ TEST_F(AttachHandles, of_a_service_are_kept_until_it_is_detached)
     DWORD daemonId = 9;
     EXPECT_EQ(S_OK, manager_->Attach(processId, nullptr, &daemonId));
     EXPECT_EQ(1U, ledger.Processes());
-    EXPECT_EQ(1U, ledger.Services()); // the service manager's is closed
+    EXPECT_EQ(1U, ledger.Services()); // the service; the service control manager is closed
     EXPECT_EQ(S_OK, manager_->Detach(daemonId));
     EXPECT_EQ(0U, ledger.Processes());
     EXPECT_EQ(0U, ledger.Services());
 }
 
-TEST_F(AttachHandles, of_a_service_are_kept_until_it_is_stopped)
+TEST_F(DaemonManagerAttachHandlesTest, Handles_of_an_attached_service_are_closed_by_Stop)
 {
     Make(kNoPasses);
     const DWORD processId = service_.ProcessId();
@@ -221,7 +222,8 @@ TEST_F(AttachHandles, of_a_service_are_kept_until_it_is_stopped)
     EXPECT_EQ(0U, ledger.Services());
 }
 
-TEST_F(AttachHandles, failing_at_a_service_that_may_not_be_opened_is_reported_under_its_name)
+TEST_F(DaemonManagerAttachHandlesTest,
+       Attach_of_a_service_that_cannot_be_opened_is_logged_with_the_name_of_the_service)
 {
     Make(kNoPasses);
     const DWORD processId = service_.ProcessId();

@@ -1,5 +1,5 @@
-// Months of restarts in seconds: the manager is the real one, its processes are stand-ins at the
-// border of the system that end as soon as they have been started.
+// The restarts of months, run in seconds. The manager is real. Replacements of Windows functions
+// stand in for the processes: each process ends as soon as it is started.
 #include "AllocationFault.h"
 #include "CapturingSink.h"
 #include "DaemonManager.h"
@@ -25,7 +25,7 @@ using system::daemon::daemon_mgr::v0::DaemonManager;
 using CloseFunction = BOOL WINAPI(HANDLE);
 CloseFunction* realClose = nullptr;
 std::mutex handlesMutex;
-std::set<HANDLE> processes; // open ones
+std::set<HANDLE> processes; // the open handles
 std::set<HANDLE> threads;
 std::atomic<unsigned> started = 0;
 
@@ -77,7 +77,7 @@ bool WaitForStarts(unsigned count)
     return started >= count;
 }
 
-TEST(Accelerated, ten_thousand_restarts_keep_a_process_handle_each_and_nothing_else)
+TEST(DaemonManagerRestartsTest, Ten_thousand_restarts_keep_one_process_handle_each_and_no_memory)
 {
     constexpr unsigned kDaemons = 100;
     const ImportPatch create("CreateProcessA", StartAtOnce);
@@ -90,7 +90,7 @@ TEST(Accelerated, ten_thousand_restarts_keep_a_process_handle_each_and_nothing_e
     std::ptrdiff_t early = 0;
     std::ptrdiff_t late = 0;
     {
-        log::log_perf::v2::LibLogPerf logger; // without a sink: what is kept is not the log's
+        log::log_perf::v2::LibLogPerf logger; // without a sink, which would keep memory
         const auto manager =
             ComPtr<DaemonManager>::Share(new DaemonManager(GetCurrentThreadId(), 1, &logger, {}));
         for (unsigned number = 0; number < kDaemons; ++number) {
@@ -103,13 +103,14 @@ TEST(Accelerated, ten_thousand_restarts_keep_a_process_handle_each_and_nothing_e
         ASSERT_TRUE(WaitForStarts(kDaemons + 10000));
         late = LiveAllocations();
     }
-    // Every handle but the last one of each daemon is still there.
+    // For each daemon, all handles but that of the last process stay open.
     EXPECT_EQ(started - kDaemons, OpenProcesses());
     EXPECT_TRUE(threads.empty());
-    // A restart costs the test a note of its handle, and the queue holds at most its thousand.
+    // This test allocates one entry of `processes` per restart, and the logger's queue holds at
+    // most 1000 records.
     EXPECT_GE(1100 + static_cast<std::ptrdiff_t>(started), late - early);
-    const std::set<HANDLE> left = processes;
-    for (const HANDLE handle : left) {
+    const std::set<HANDLE> open = processes;
+    for (const HANDLE handle : open) {
         CloseHandle(handle);
     }
 }
