@@ -15,7 +15,7 @@
 namespace vqrx::test {
 namespace {
 
-using Apartment = app::v0::BoundedApartment;
+using app::v0::BoundedApartment;
 
 constexpr DWORD kLong = 60000;
 constexpr int kNotCalled = -1;
@@ -29,14 +29,14 @@ void NoteEnd(UINT exitCode) noexcept
     SetEvent(ended);
 }
 
-/// COM that lets the thread go only after the process was to end.
+/// Replaces CoUninitialize: returns only after the end of the process was asked for.
 void STDMETHODCALLTYPE HoldOn()
 {
     WaitForSingleObject(ended, kLong);
 }
 
-struct BoundedApartment : testing::Test {
-    BoundedApartment()
+struct BoundedApartmentTest : testing::Test {
+    BoundedApartmentTest()
     {
         endedWith = kNotCalled;
         ended = event.Get();
@@ -45,12 +45,12 @@ struct BoundedApartment : testing::Test {
     const system::win32::v1::UniqueKernelHandle event{CreateEventA(nullptr, TRUE, FALSE, nullptr)};
 };
 
-TEST_F(BoundedApartment, makes_the_thread_a_member_of_com_for_as_long_as_it_lives)
+TEST_F(BoundedApartmentTest, Thread_is_a_member_of_COM_while_the_object_lives)
 {
     APTTYPE type{};
     APTTYPEQUALIFIER qualifier{};
     {
-        const Apartment apartment(kLong, NoteEnd);
+        const BoundedApartment apartment(kLong, NoteEnd);
         EXPECT_EQ(CoGetApartmentType(&type, &qualifier), S_OK);
         EXPECT_EQ(type, APTTYPE_MTA);
     }
@@ -58,28 +58,29 @@ TEST_F(BoundedApartment, makes_the_thread_a_member_of_com_for_as_long_as_it_live
     EXPECT_EQ(endedWith, kNotCalled);
 }
 
-TEST_F(BoundedApartment, ends_the_process_with_0_when_com_does_not_let_go)
+TEST_F(BoundedApartmentTest, Process_ends_with_0_if_COM_does_not_let_the_thread_go)
 {
     {
         const ImportPatch patch("CoUninitialize", HoldOn);
-        const Apartment held(1, NoteEnd);
+        const BoundedApartment held(1, NoteEnd);
     }
     EXPECT_EQ(endedWith, 0);
-    CoUninitialize(); // what the diverted call left
+    CoUninitialize(); // the replaced call did not do it
 }
 
-TEST_F(BoundedApartment, ends_the_process_with_1_when_that_happens_while_an_exception_passes)
+TEST_F(BoundedApartmentTest,
+       Process_ends_with_1_if_an_exception_passes_and_COM_does_not_let_the_thread_go)
 {
     {
         const ImportPatch patch("CoUninitialize", HoldOn);
         try {
-            const Apartment held(1, NoteEnd);
+            const BoundedApartment held(1, NoteEnd);
             throw std::runtime_error("start-up failed");
         } catch (const std::runtime_error&) {
             EXPECT_EQ(endedWith, 1);
         }
     }
-    CoUninitialize(); // what the diverted call left
+    CoUninitialize(); // the replaced call did not do it
 }
 
 } // namespace

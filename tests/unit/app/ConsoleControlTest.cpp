@@ -14,7 +14,7 @@ namespace {
 
 using app::v0::ConsoleCtrlHandler;
 
-/// Takes the WM_QUIT off the calling thread's queue. @return whether there was one
+/// Removes one WM_QUIT from the queue of the calling thread. @return whether there was one
 bool TakeQuit()
 {
     MSG message{};
@@ -28,9 +28,9 @@ BOOL HandleOnAnotherThread(DWORD event)
     return handled;
 }
 
-TEST(ConsoleControl, ends_the_main_thread_s_loop_on_the_four_events_that_end_a_program)
+TEST(ConsoleControlTest, Each_of_the_four_events_that_end_a_program_posts_one_WM_QUIT)
 {
-    TakeQuit(); // makes the queue, too
+    TakeQuit(); // also makes the message queue
     for (const DWORD event :
          {CTRL_C_EVENT, CTRL_BREAK_EVENT, CTRL_CLOSE_EVENT, CTRL_SHUTDOWN_EVENT}) {
         EXPECT_EQ(HandleOnAnotherThread(event), TRUE) << event;
@@ -39,7 +39,7 @@ TEST(ConsoleControl, ends_the_main_thread_s_loop_on_the_four_events_that_end_a_p
     }
 }
 
-TEST(ConsoleControl, leaves_every_other_event_to_the_next_handler)
+TEST(ConsoleControlTest, Every_other_event_is_left_to_the_next_handler)
 {
     TakeQuit();
     for (const DWORD event : {3UL, 4UL, 5UL, 7UL, 31UL, 32UL, 33UL, 63UL, 64UL, 65UL, 66UL, 70UL,
@@ -55,7 +55,7 @@ BOOL WINAPI RefuseHandler(PHANDLER_ROUTINE, BOOL)
     return FALSE;
 }
 
-TEST(ConsoleControl, that_Windows_refuses_is_an_error)
+TEST(ConsoleControlTest, Install_throws_if_Windows_refuses_the_handler)
 {
     const ImportPatch patch("SetConsoleCtrlHandler", RefuseHandler);
     try {

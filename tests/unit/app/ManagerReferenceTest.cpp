@@ -15,22 +15,22 @@
 namespace vqrx::test {
 namespace {
 
-using Reference = app::v0::ManagerReference;
+using app::v0::ManagerReference;
 using system::com::v1::ComPtr;
 
 constexpr int kNotCalled = -1;
 
 int endedWith = kNotCalled;
-ComPtr<IUnknown> held; // by something that does not let go
+ComPtr<IUnknown> held; // the reference of a holder that does not release it
 
 void NoteEnd(UINT exitCode) noexcept
 {
     endedWith = static_cast<int>(exitCode);
-    held.Reset(); // the process goes on, after all, and the object has an owner to tell
+    held.Reset(); // the test program goes on, so it must release the reference after all
 }
 
-struct ManagerReference : testing::Test {
-    ManagerReference()
+struct ManagerReferenceTest : testing::Test {
+    ManagerReferenceTest()
     {
         endedWith = kNotCalled;
         logger.AddSink(&sink);
@@ -41,10 +41,10 @@ struct ManagerReference : testing::Test {
     log::log_perf::v2::LibLogPerf logger;
 };
 
-TEST_F(ManagerReference, ends_the_manager_when_it_lets_go)
+TEST_F(ManagerReferenceTest, Destruction_deletes_the_manager)
 {
     {
-        const Reference reference(GetCurrentThreadId(), INFINITE, &logger, 0, NoteEnd);
+        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 0, NoteEnd);
         EXPECT_EQ(sink.Count(2, "Deamon Thread is exiting..."), 0U);
     }
     EXPECT_TRUE(sink.WaitForText("Deamon Thread is exiting..."));
@@ -57,26 +57,26 @@ HANDLE WINAPI RefuseEvent(LPSECURITY_ATTRIBUTES, BOOL, BOOL, LPCSTR)
     return nullptr;
 }
 
-// Without the event nobody could be waited for at the end.
-TEST_F(ManagerReference, is_not_made_without_the_event_that_its_end_waits_for)
+// The destructor could not wait for a running call without the event.
+TEST_F(ManagerReferenceTest, Constructor_throws_if_its_event_cannot_be_made)
 {
     const ImportPatch patch("CreateEventA", RefuseEvent);
     try {
-        const Reference reference(GetCurrentThreadId(), INFINITE, &logger, 0, NoteEnd);
+        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 0, NoteEnd);
         FAIL();
     } catch (const ATL::CAtlException& exception) {
         EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_NOT_ENOUGH_MEMORY), exception.m_hr);
     }
 }
 
-TEST_F(ManagerReference, waits_for_who_still_holds_on)
+TEST_F(ManagerReferenceTest, Destruction_waits_for_another_holder_to_release_the_manager)
 {
     std::optional<std::jthread> holder;
     {
-        const Reference reference(GetCurrentThreadId(), INFINITE, &logger, 60000, NoteEnd);
+        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 60000, NoteEnd);
         held = ComPtr<IUnknown>::Share(reference.Object());
         holder.emplace([] {
-            Sleep(100); // time in which an end that did not wait would have come
+            Sleep(100); // a destructor that did not wait would have returned by then
             held.Reset();
         });
     }
@@ -84,19 +84,20 @@ TEST_F(ManagerReference, waits_for_who_still_holds_on)
     EXPECT_EQ(endedWith, kNotCalled);
 }
 
-TEST_F(ManagerReference, ends_the_process_with_0_when_something_holds_on_for_good)
+TEST_F(ManagerReferenceTest, Process_ends_with_0_if_a_holder_never_releases_the_manager)
 {
     {
-        const Reference reference(GetCurrentThreadId(), INFINITE, &logger, 1, NoteEnd);
+        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 1, NoteEnd);
         held = ComPtr<IUnknown>::Share(reference.Object());
     }
     EXPECT_EQ(endedWith, 0);
 }
 
-TEST_F(ManagerReference, ends_the_process_with_1_when_that_happens_while_an_exception_passes)
+TEST_F(ManagerReferenceTest,
+       Process_ends_with_1_if_an_exception_passes_and_a_holder_never_releases_the_manager)
 {
     try {
-        const Reference reference(GetCurrentThreadId(), INFINITE, &logger, 1, NoteEnd);
+        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 1, NoteEnd);
         held = ComPtr<IUnknown>::Share(reference.Object());
         throw std::runtime_error("start-up failed");
     } catch (const std::runtime_error&) {

@@ -24,7 +24,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-/// Keeps what is written to standard error.
+/// Captures the text that is written to standard error.
 class CapturedError {
 public:
     CapturedError()
@@ -42,15 +42,16 @@ private:
     std::streambuf* old_;
 };
 
-struct ProgramBody : testing::Test {
-    ProgramBody()
+struct ProgramBodyTest : testing::Test {
+    ProgramBodyTest()
     {
         std::filesystem::create_directory(root.Path() / "App");
         registry.SetPathname(FirmwareRegistry::current, root.Path().string());
     }
-    ~ProgramBody() override { std::filesystem::current_path(before); }
+    ~ProgramBodyTest() override { std::filesystem::current_path(before); }
 
-    /// Runs the program on this thread, and Ctrl+C on another one once it is published.
+    /// Runs the program on this thread. After the manager is published, another thread handles a
+    /// Ctrl+C. @return the exit code
     int RunUntilPublished()
     {
         std::thread operatorThread([this] {
@@ -74,7 +75,7 @@ struct ProgramBody : testing::Test {
     bool wasPublished = false;
 };
 
-TEST_F(ProgramBody, runs_until_it_is_told_to_end)
+TEST_F(ProgramBodyTest, Program_runs_until_Ctrl_C_and_ends_with_0)
 {
     EXPECT_EQ(RunUntilPublished(), 0);
     EXPECT_TRUE(wasPublished);
@@ -86,7 +87,7 @@ TEST_F(ProgramBody, runs_until_it_is_told_to_end)
     EXPECT_FALSE(FindPublished());
 }
 
-TEST_F(ProgramBody, runs_a_second_time_in_one_process)
+TEST_F(ProgramBodyTest, Program_can_run_twice_in_one_process)
 {
     EXPECT_EQ(RunUntilPublished(), 0);
     EXPECT_EQ(RunUntilPublished(), 0);
@@ -98,7 +99,7 @@ HRESULT WINAPI RefuseCom(void*, DWORD)
     return static_cast<HRESULT>(0x80010106); // RPC_E_CHANGED_MODE
 }
 
-TEST_F(ProgramBody, without_COM_fails)
+TEST_F(ProgramBodyTest, Program_fails_if_COM_refuses)
 {
     const ImportPatch patch("CoInitializeEx", RefuseCom);
     EXPECT_EQ(app::v0::RunProgram(), 1);
@@ -111,7 +112,7 @@ BOOL WINAPI RefuseHandler(PHANDLER_ROUTINE, BOOL)
     return FALSE;
 }
 
-TEST_F(ProgramBody, without_a_control_handler_fails_and_withdraws_what_it_had_published)
+TEST_F(ProgramBodyTest, Program_fails_and_withdraws_its_object_if_the_control_handler_is_refused)
 {
     const ImportPatch patch("SetConsoleCtrlHandler", RefuseHandler);
     EXPECT_EQ(app::v0::RunProgram(), 1);
@@ -124,15 +125,15 @@ TEST_F(ProgramBody, without_a_control_handler_fails_and_withdraws_what_it_had_pu
 
 bool askedToEnd = false;
 
-// The object is published by now, and the message loop has not begun.
+// Replaces SetConsoleCtrlHandler: at this point the object is published and the message loop has
+// not begun. Posts WM_QUIT from another thread, as a client's Exit and the console handler do.
 BOOL WINAPI EndBeforeTheLoop(PHANDLER_ROUTINE, BOOL)
 {
     const DWORD mainThread = GetCurrentThreadId();
-    std::thread([mainThread] { // as a client's call and the console's handler do
+    std::thread([mainThread] {
         askedToEnd = PostThreadMessageA(mainThread, WM_QUIT, 0, 0) != FALSE;
-    })
-        .join();
-    if (!askedToEnd) { // the test fails, and does not hang
+    }).join();
+    if (!askedToEnd) { // there was no queue: make one, so that the test fails and does not hang
         MSG message{};
         PeekMessageA(&message, nullptr, WM_USER, WM_USER, PM_NOREMOVE);
         PostThreadMessageA(mainThread, WM_QUIT, 0, 0);
@@ -153,19 +154,19 @@ HRESULT WINAPI RefuseObject(REFCLSID, LPUNKNOWN, DWORD, REFIID, LPVOID*)
     return static_cast<HRESULT>(0x80040154); // REGDB_E_CLASSNOTREG
 }
 
-TEST_F(ProgramBody, ends_also_when_it_is_told_to_before_its_message_loop_has_begun)
+TEST_F(ProgramBodyTest, Quit_message_that_comes_before_the_message_loop_ends_the_program)
 {
     askedToEnd = false;
-    // The host's own WMI happens to make a message queue on the thread that connects.
+    // Without WMI, because the connection to it makes a message queue on this thread.
     const ImportPatch withoutWmi("CoCreateInstance", RefuseObject);
     const ImportPatch patch("SetConsoleCtrlHandler", EndBeforeTheLoop);
     int exitCode = 1;
-    std::thread([&] { exitCode = app::v0::RunProgram(); }).join(); // a thread without messages yet
+    std::thread([&] { exitCode = app::v0::RunProgram(); }).join(); // a thread without a queue
     EXPECT_TRUE(askedToEnd);
     EXPECT_EQ(exitCode, 0);
 }
 
-TEST_F(ProgramBody, reads_the_first_of_two_requests_to_end_alone)
+TEST_F(ProgramBodyTest, Second_of_two_quit_messages_is_not_read)
 {
     askedToEnd = false;
     const ImportPatch patch("SetConsoleCtrlHandler", EndTwiceBeforeTheLoop);
@@ -187,16 +188,16 @@ BOOL WINAPI RefuseCriticalSection(CRITICAL_SECTION* section, DWORD spinCount)
     return FALSE;
 }
 
-TEST_F(ProgramBody, without_any_one_of_its_locks_fails_without_a_name_for_it)
+TEST_F(ProgramBodyTest, Program_fails_with_the_unnamed_error_if_any_of_its_locks_cannot_be_made)
 {
     const ImportPatch patch("InitializeCriticalSectionAndSpinCount", RefuseCriticalSection);
-    std::size_t told = 0;
-    for (int count = 0; count < 9; ++count) { // the sinks', the logger's, the table's
+    std::size_t seen = 0;
+    for (int count = 0; count < 9; ++count) { // locks of the sinks, the logger and the table
         criticalSectionsToCome = count;
         EXPECT_EQ(app::v0::RunProgram(), 1) << count;
-        const std::string text = error.Text().substr(told);
+        const std::string text = error.Text().substr(seen);
         EXPECT_TRUE(text.ends_with("Unknown exception occured\n")) << count << ": " << text;
-        told += text.size();
+        seen += text.size();
     }
 }
 
@@ -212,7 +213,7 @@ LSTATUS WINAPI ReadOnce(HKEY key, LPCSTR name, DWORD* reserved, DWORD* type, BYT
     return readValue(key, name, reserved, type, data, size);
 }
 
-TEST_F(ProgramBody, logs_to_the_console_alone_when_the_root_cannot_be_read_again)
+TEST_F(ProgramBodyTest, Program_logs_only_to_the_console_if_the_root_cannot_be_read_again)
 {
     rootReadings = 0;
     readValue = RegQueryValueExA;
@@ -230,7 +231,7 @@ BOOL WINAPI FailThenGet(MSG* message, HWND window, UINT first, UINT last)
     return messageErrors-- > 0 ? -1 : GetMessageW(message, window, first, last);
 }
 
-TEST_F(ProgramBody, goes_on_after_an_error_of_the_message_loop)
+TEST_F(ProgramBodyTest, Message_loop_goes_on_after_an_error_of_GetMessage)
 {
     messageErrors = 3;
     const ImportPatch patch("GetMessageA", FailThenGet);

@@ -10,7 +10,7 @@
 
 namespace vqrx::test {
 
-/// The object published as "DaemonManager"; empty when there is none.
+/// The object that is published as "DaemonManager"; empty if there is none.
 inline system::com::v1::ComPtr<IUnknown> FindPublished()
 {
     system::com::v1::ComPtr<IRunningObjectTable> table;
@@ -24,7 +24,8 @@ inline system::com::v1::ComPtr<IUnknown> FindPublished()
     return object;
 }
 
-/// An object without a purpose; its owner is the scope, which sees who still holds it.
+/// An object with no other interface than IUnknown. It lives on the stack: its reference count
+/// never deletes it, and shows how many references are held.
 class PlainObject : public IUnknown {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override

@@ -28,7 +28,7 @@ using testing::StartsWith;
 
 using RegistrationPointer = std::unique_ptr<app::v0::RotRegistration>;
 
-/// A table that answers one code to every registration and remembers what it was told.
+/// A Running Object Table that gives one result to every registration and keeps what it was given.
 class AnsweringTable : public IRunningObjectTable {
 public:
     explicit AnsweringTable(HRESULT answer)
@@ -52,7 +52,7 @@ public:
     HRESULT STDMETHODCALLTYPE Revoke(DWORD cookie) override
     {
         revoked.push_back(cookie);
-        return E_FAIL; // nobody asks
+        return E_FAIL; // the result is ignored
     }
     HRESULT STDMETHODCALLTYPE IsRunning(IMoniker*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetObject(IMoniker*, IUnknown**) override { return E_NOTIMPL; }
@@ -104,7 +104,7 @@ HRESULT WINAPI AnswerSecurity(PSECURITY_DESCRIPTOR, LONG, SOLE_AUTHENTICATION_SE
     return securityAnswer;
 }
 
-struct RotRegistration : testing::Test {
+struct RotRegistrationTest : testing::Test {
     /// Publishes. @return the text of the std::runtime_error; empty without one
     std::string Publish(RegistrationPointer& registration)
     {
@@ -121,7 +121,7 @@ struct RotRegistration : testing::Test {
     CapturingLogger logger;
 };
 
-TEST_F(RotRegistration, publishes_the_object_for_as_long_as_it_lives)
+TEST_F(RotRegistrationTest, Object_is_published_while_the_registration_lives)
 {
     ASSERT_FALSE(FindPublished());
     {
@@ -129,14 +129,14 @@ TEST_F(RotRegistration, publishes_the_object_for_as_long_as_it_lives)
         EXPECT_EQ(Publish(registration), "");
         ASSERT_TRUE(registration);
         EXPECT_EQ(FindPublished().Get(), &object);
-        EXPECT_GT(object.References(), 1U); // kept alive by the table
+        EXPECT_GT(object.References(), 1U); // the table holds a reference
     }
     EXPECT_FALSE(FindPublished());
     EXPECT_EQ(object.References(), 1U);
     EXPECT_THAT(logger.Lines(), IsEmpty());
 }
 
-TEST_F(RotRegistration, of_a_name_that_is_taken_is_refused_and_leaves_nothing_behind)
+TEST_F(RotRegistrationTest, Second_registration_is_refused_and_leaves_no_entry_in_the_table)
 {
     RegistrationPointer first;
     ASSERT_EQ(Publish(first), "");
@@ -157,7 +157,7 @@ TEST_F(RotRegistration, of_a_name_that_is_taken_is_refused_and_leaves_nothing_be
     EXPECT_FALSE(FindPublished());
 }
 
-TEST_F(RotRegistration, keeps_the_object_alive_and_revokes_its_own_cookie)
+TEST_F(RotRegistrationTest, Registration_keeps_the_object_alive_and_revokes_its_own_cookie)
 {
     AnsweringTable table(S_OK);
     answeringTable = &table;
@@ -173,7 +173,7 @@ TEST_F(RotRegistration, keeps_the_object_alive_and_revokes_its_own_cookie)
     EXPECT_EQ(table.references, 0U);
 }
 
-TEST_F(RotRegistration, refuses_every_success_code_but_S_OK)
+TEST_F(RotRegistrationTest, Every_success_code_but_S_OK_is_refused)
 {
     for (const HRESULT answer : {S_FALSE, static_cast<HRESULT>(0x000401E7)}) {
         AnsweringTable table(answer);
@@ -184,12 +184,12 @@ TEST_F(RotRegistration, refuses_every_success_code_but_S_OK)
             Publish(registration),
             StartsWith("A registration with this name already exists: \"DaemonManager\" ("));
         EXPECT_FALSE(registration);
-        EXPECT_THAT(table.revoked, testing::ElementsAre(4711U)); // an entry had been made
+        EXPECT_THAT(table.revoked, testing::ElementsAre(4711U)); // the table had made an entry
         EXPECT_EQ(table.references, 0U);
     }
 }
 
-TEST_F(RotRegistration, refuses_failure_codes_in_the_same_words)
+TEST_F(RotRegistrationTest, Failure_code_of_the_table_is_refused_with_the_same_text)
 {
     AnsweringTable table(E_ACCESSDENIED);
     answeringTable = &table;
@@ -201,7 +201,7 @@ TEST_F(RotRegistration, refuses_failure_codes_in_the_same_words)
     EXPECT_EQ(table.references, 0U);
 }
 
-TEST_F(RotRegistration, without_a_table_is_logged_and_start_up_goes_on)
+TEST_F(RotRegistrationTest, Missing_table_is_logged_and_start_up_goes_on)
 {
     const ImportPatch patch("GetRunningObjectTable", RefuseTable);
     RegistrationPointer registration;
@@ -213,7 +213,7 @@ TEST_F(RotRegistration, without_a_table_is_logged_and_start_up_goes_on)
     EXPECT_THAT(lines[0].second, StartsWith("RotRegistration errror COM Error 80070005: "));
 }
 
-TEST_F(RotRegistration, without_a_moniker_is_logged_and_the_table_is_released)
+TEST_F(RotRegistrationTest, Missing_moniker_is_logged_and_the_table_is_released)
 {
     AnsweringTable table(S_OK);
     answeringTable = &table;
@@ -228,7 +228,7 @@ TEST_F(RotRegistration, without_a_moniker_is_logged_and_the_table_is_released)
     EXPECT_EQ(table.references, 0U);
 }
 
-TEST_F(RotRegistration, clears_what_the_pointer_held)
+TEST_F(RotRegistrationTest, Pointer_is_null_after_a_failed_registration)
 {
     RegistrationPointer registration;
     ASSERT_EQ(Publish(registration), "");
@@ -237,7 +237,7 @@ TEST_F(RotRegistration, clears_what_the_pointer_held)
     EXPECT_FALSE(registration);
 }
 
-TEST_F(RotRegistration, is_silent_about_security_that_is_set_already)
+TEST_F(RotRegistrationTest, Security_that_is_already_set_is_not_logged)
 {
     securityAnswer = RPC_E_TOO_LATE;
     const ImportPatch patch("CoInitializeSecurity", AnswerSecurity);
@@ -247,7 +247,7 @@ TEST_F(RotRegistration, is_silent_about_security_that_is_set_already)
     EXPECT_THAT(logger.Lines(), IsEmpty());
 }
 
-TEST_F(RotRegistration, logs_that_security_cannot_be_set_and_goes_on)
+TEST_F(RotRegistrationTest, Failure_to_set_the_security_is_logged_and_start_up_goes_on)
 {
     securityAnswer = E_OUTOFMEMORY;
     const ImportPatch patch("CoInitializeSecurity", AnswerSecurity);

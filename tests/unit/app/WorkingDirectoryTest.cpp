@@ -10,7 +10,7 @@
 namespace vqrx::test {
 namespace {
 
-TEST(WorkingDirectory, becomes_the_folder_given)
+TEST(WorkingDirectoryTest, Working_folder_is_changed_to_the_given_folder)
 {
     const TempFolder folder;
     const auto before = std::filesystem::current_path();
@@ -19,7 +19,7 @@ TEST(WorkingDirectory, becomes_the_folder_given)
     std::filesystem::current_path(before);
 }
 
-TEST(WorkingDirectory, that_is_missing_is_an_error_with_its_name_and_number)
+TEST(WorkingDirectoryTest, Missing_folder_is_an_error_with_its_name_and_the_error_number)
 {
     const TempFolder folder;
     const std::string missing = folder.File("missing");

@@ -16,8 +16,9 @@ using namespace host::v0;
 using Line = CapturingLogger::Line;
 using Lines = std::vector<Line>;
 
-class FirewallWait : public ::testing::Test {
+class FirewallServiceTest : public ::testing::Test {
 protected:
+    /// Waits for the service; the pauses are only noted.
     bool Wait()
     {
         return WaitForFirewallService(&logger_, [this](std::uint32_t seconds) {
@@ -60,20 +61,20 @@ BOOL WINAPI StayPending(SC_HANDLE, LPSERVICE_STATUS status)
 
 } // namespace
 
-TEST_F(FirewallWait, ends_when_there_is_no_service_manager_to_ask)
+TEST_F(FirewallServiceTest, Wait_fails_if_the_service_manager_cannot_be_opened)
 {
     const ImportPatch patch("OpenSCManagerA", RefuseManager);
     EXPECT_FALSE(Wait());
     EXPECT_EQ((Lines{{0, "Firewall: Could not connect to service manager"}}), logger_.Lines());
 }
 
-TEST_F(FirewallWait, ends_when_there_is_no_firewall_service)
+TEST_F(FirewallServiceTest, Wait_fails_without_a_firewall_service_and_logs_the_error)
 {
     EXPECT_FALSE(Wait());
     EXPECT_EQ((Lines{{0, "Firewall: Could not open service (1060)"}}), logger_.Lines());
 }
 
-TEST_F(FirewallWait, is_over_at_once_for_a_running_service)
+TEST_F(FirewallServiceTest, Wait_for_a_running_service_returns_at_once)
 {
     TestService service("MpsSvc");
     service.Start();
@@ -82,14 +83,14 @@ TEST_F(FirewallWait, is_over_at_once_for_a_running_service)
     EXPECT_TRUE(slept_.empty());
 }
 
-TEST_F(FirewallWait, takes_the_older_service_where_there_is_no_newer_one)
+TEST_F(FirewallServiceTest, Older_service_is_used_if_there_is_no_newer_one)
 {
     TestService service("SharedAccess");
     service.Start();
     EXPECT_TRUE(Wait());
 }
 
-TEST_F(FirewallWait, takes_the_newer_service_where_there_are_both)
+TEST_F(FirewallServiceTest, Newer_service_is_used_if_there_are_both)
 {
     TestService newer("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DISABLED);
     TestService older("SharedAccess");
@@ -98,14 +99,14 @@ TEST_F(FirewallWait, takes_the_newer_service_where_there_are_both)
     EXPECT_EQ((Lines{{1, "Firewall: Service is disabled."}}), logger_.Lines());
 }
 
-TEST_F(FirewallWait, ends_for_a_disabled_service)
+TEST_F(FirewallServiceTest, Wait_for_a_disabled_service_fails)
 {
     const TestService service("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DISABLED);
     EXPECT_FALSE(Wait());
     EXPECT_EQ((Lines{{1, "Firewall: Service is disabled."}}), logger_.Lines());
 }
 
-TEST_F(FirewallWait, ends_when_the_configuration_cannot_be_read)
+TEST_F(FirewallServiceTest, Wait_fails_if_the_configuration_cannot_be_read)
 {
     const TestService service("MpsSvc");
     const ImportPatch patch("QueryServiceConfigA", RefuseConfig);
@@ -114,7 +115,7 @@ TEST_F(FirewallWait, ends_when_the_configuration_cannot_be_read)
     EXPECT_EQ(8192U, configBuffer);
 }
 
-TEST_F(FirewallWait, ends_when_the_status_cannot_be_read)
+TEST_F(FirewallServiceTest, Wait_fails_if_the_status_cannot_be_read)
 {
     const TestService service("MpsSvc");
     const ImportPatch patch("QueryServiceStatus", RefuseStatus);
@@ -122,7 +123,7 @@ TEST_F(FirewallWait, ends_when_the_status_cannot_be_read)
     EXPECT_EQ((Lines{{0, "Firewall: Could not query service status"}}), logger_.Lines());
 }
 
-TEST_F(FirewallWait, doubles_its_pauses_while_the_service_is_start_pending)
+TEST_F(FirewallServiceTest, Pauses_double_while_the_service_starts)
 {
     const TestService service("MpsSvc");
     pendingAnswers = 5;
@@ -137,7 +138,7 @@ TEST_F(FirewallWait, doubles_its_pauses_while_the_service_is_start_pending)
     EXPECT_EQ((Line{0, "Firewall: Waiting 16 s for the service to be running."}), lines[9]);
 }
 
-TEST_F(FirewallWait, waits_for_a_stopped_service_until_somebody_starts_it)
+TEST_F(FirewallServiceTest, Wait_for_a_stopped_service_ends_after_the_service_is_started)
 {
     TestService service("MpsSvc");
     onSleep_ = [&] {
@@ -150,7 +151,7 @@ TEST_F(FirewallWait, waits_for_a_stopped_service_until_somebody_starts_it)
     EXPECT_EQ((Line{0, "Firewall: Current status code 1"}), logger_.Lines().at(0));
 }
 
-TEST(FirewallWaitSlow, really_sleeps_until_a_service_that_needs_its_time_runs)
+TEST(FirewallServiceSlowTest, Wait_sleeps_until_a_service_that_starts_slowly_runs)
 {
     CapturingLogger logger;
     TestService service("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START, 1500);
@@ -162,7 +163,7 @@ TEST(FirewallWaitSlow, really_sleeps_until_a_service_that_needs_its_time_runs)
               logger.Lines().at(1));
 }
 
-TEST(DoublingPause, doubles_and_never_leaves_its_range)
+TEST(DoublingPauseTest, Pause_doubles_up_to_its_limit_and_then_stays)
 {
     DoublingPause pause;
     for (std::uint32_t expected = 1; expected < (1U << 30); expected *= 2) {

@@ -21,11 +21,11 @@ using Lines = std::vector<Line>;
 
 constexpr auto kDenied = static_cast<HRESULT>(0x80070005);
 
-class Rules : public ::testing::Test {
+class FirewallTest : public ::testing::Test {
 protected:
-    Rules() { service_.Start(); }
+    FirewallTest() { service_.Start(); }
 
-    // Makes a firewall; forgets the lines of its construction.
+    // Makes a Firewall and drops the lines that its constructor logged.
     Firewall& Bound()
     {
         Make();
@@ -39,7 +39,7 @@ protected:
                                                [this](std::uint32_t s) { slept_.push_back(s); });
     }
 
-    // The one line that a failure leaves, and no rule.
+    // Expects that exactly one line was logged and that no rule was added.
     void ExpectOneLineAndNoRule(const std::string& text)
     {
         EXPECT_EQ((Lines{{0, text}}), logger_.Lines());
@@ -57,14 +57,28 @@ protected:
 
 } // namespace
 
-TEST_F(Rules, firewall_is_detected_when_the_service_runs)
+TEST_F(FirewallTest, Constructor_detects_the_firewall_if_its_service_runs)
 {
     Make();
     EXPECT_EQ((Lines{{2, "Detected Windows Firewall with Advanced Security"}}), logger_.Lines());
     EXPECT_TRUE(slept_.empty());
 }
 
-TEST_F(Rules, are_made_with_the_properties_that_let_a_program_be_reached)
+TEST_F(FirewallTest, Constructor_waits_for_the_endpoint_with_doubling_pauses)
+{
+    TheFirewallScript().endpointMissing = 3;
+    Make();
+    EXPECT_EQ((Lines{{2, "Detected Windows Firewall with Advanced Security"},
+                     {1, "Firewall: service is not yet started, waiting 1 s"},
+                     {1, "Firewall: service is not yet started, waiting 2 s"},
+                     {1, "Firewall: service is not yet started, waiting 4 s"}}),
+              logger_.Lines());
+    EXPECT_EQ((std::vector<std::uint32_t>{1, 2, 4}), slept_);
+    firewall_->AllowApplication("a.exe");
+    EXPECT_EQ(1, TheFirewallScript().adds);
+}
+
+TEST_F(FirewallTest, New_rule_allows_the_program_every_protocol_in_every_profile)
 {
     Bound().AllowApplication("C:\\FW\\App\\video.exe");
     EXPECT_TRUE(logger_.Lines().empty());
@@ -75,7 +89,7 @@ TEST_F(Rules, are_made_with_the_properties_that_let_a_program_be_reached)
     EXPECT_EQ((FirewallRule{L"C:\\FW\\App\\video.exe", 256, 0x7FFFFFFF, 1, -1}), rule);
 }
 
-TEST_F(Rules, are_made_once_for_a_program_that_is_allowed_twice)
+TEST_F(FirewallTest, Program_that_is_allowed_twice_gets_one_rule)
 {
     Firewall& firewall = Bound();
     firewall.AllowApplication("a.exe");
@@ -84,7 +98,7 @@ TEST_F(Rules, are_made_once_for_a_program_that_is_allowed_twice)
     EXPECT_TRUE(logger_.Lines().empty());
 }
 
-TEST_F(Rules, that_exist_already_are_left_as_they_are)
+TEST_F(FirewallTest, Existing_rule_of_the_same_name_stays_as_it_is)
 {
     const FirewallRule foreign{L"other.exe", 6, 1, 0, 0};
     Firewall& firewall = Bound();
@@ -94,7 +108,7 @@ TEST_F(Rules, that_exist_already_are_left_as_they_are)
     EXPECT_EQ(0, TheFirewallScript().adds);
 }
 
-TEST_F(Rules, are_removed_by_their_name)
+TEST_F(FirewallTest, Rule_is_removed_by_its_name)
 {
     Firewall& firewall = Bound();
     firewall.AllowApplication("a.exe");
@@ -105,13 +119,13 @@ TEST_F(Rules, are_removed_by_their_name)
     EXPECT_TRUE(logger_.Lines().empty());
 }
 
-TEST_F(Rules, that_never_were_are_said_to_be_missing_when_they_are_removed)
+TEST_F(FirewallTest, Removal_of_a_rule_that_does_not_exist_is_logged)
 {
     Bound().RemoveApplication("a.exe");
     EXPECT_EQ((Lines{{0, "Firewall: Missing firewall rule : 0x80070002"}}), logger_.Lines());
 }
 
-TEST_F(Rules, of_paths_that_differ_in_letter_case_have_different_names_and_the_firewall_decides)
+TEST_F(FirewallTest, Paths_that_differ_in_letter_case_give_rules_with_different_names)
 {
     Firewall& firewall = Bound();
     firewall.AllowApplication("a.exe");
@@ -119,12 +133,12 @@ TEST_F(Rules, of_paths_that_differ_in_letter_case_have_different_names_and_the_f
     EXPECT_EQ((std::vector<std::wstring>{L"allowing a.exe", L"allowing A.exe"}),
               TheFirewallScript().askedFor);
     EXPECT_EQ(2, TheFirewallScript().adds);
-    EXPECT_EQ(1U,
-              StoredFirewallRules().size()); // this one's decision: the second replaces the first
+    // The stand-in ignores letter case, so the second rule replaces the first.
+    EXPECT_EQ(1U, StoredFirewallRules().size());
     EXPECT_TRUE(logger_.Lines().empty());
 }
 
-TEST_F(Rules, for_paths_beyond_ascii_are_named_in_the_threads_code_page)
+TEST_F(FirewallTest, Path_beyond_ASCII_is_converted_from_the_code_page_of_the_thread)
 {
     Bound().AllowApplication("caf\xE9.exe");
     wchar_t expected[16] = {};
@@ -132,7 +146,7 @@ TEST_F(Rules, for_paths_beyond_ascii_are_named_in_the_threads_code_page)
     EXPECT_EQ(1U, StoredFirewallRules().count(std::wstring(L"allowing ") + expected));
 }
 
-TEST_F(Rules, leave_no_object_behind)
+TEST_F(FirewallTest, Every_object_of_the_firewall_is_released)
 {
     Firewall& firewall = Bound();
     firewall.AllowApplication("a.exe");
@@ -142,7 +156,7 @@ TEST_F(Rules, leave_no_object_behind)
     EXPECT_EQ(0, TheFirewallScript().liveObjects);
 }
 
-TEST_F(Rules, cannot_be_made_when_the_collection_cannot_be_had)
+TEST_F(FirewallTest, No_rule_is_made_if_the_collection_of_rules_cannot_be_obtained)
 {
     Firewall& firewall = Bound();
     TheFirewallScript().rules = kDenied;
@@ -150,7 +164,7 @@ TEST_F(Rules, cannot_be_made_when_the_collection_cannot_be_had)
     ExpectOneLineAndNoRule("Firewall: Failed to retrieve firewall rules collection: 0x80070005");
 }
 
-TEST_F(Rules, cannot_be_removed_when_the_collection_cannot_be_had)
+TEST_F(FirewallTest, No_rule_is_removed_if_the_collection_of_rules_cannot_be_obtained)
 {
     Firewall& firewall = Bound();
     TheFirewallScript().rules = kDenied;
@@ -158,7 +172,7 @@ TEST_F(Rules, cannot_be_removed_when_the_collection_cannot_be_had)
     ExpectOneLineAndNoRule("Firewall: Failed to retrieve firewall rules collection: 0x80070005");
 }
 
-TEST_F(Rules, that_cannot_be_created_are_not_added)
+TEST_F(FirewallTest, Failure_to_create_a_rule_is_logged_and_no_rule_is_added)
 {
     Firewall& firewall = Bound();
     TheFirewallScript().createRule = kDenied;
@@ -166,7 +180,7 @@ TEST_F(Rules, that_cannot_be_created_are_not_added)
     ExpectOneLineAndNoRule("Firewall: Failed create rule.: 0x80070005");
 }
 
-TEST_F(Rules, whose_properties_cannot_be_set_are_not_added)
+TEST_F(FirewallTest, Failure_to_set_a_property_is_logged_and_no_rule_is_added)
 {
     struct Case {
         HRESULT FirewallScript::*step;
@@ -196,7 +210,7 @@ TEST_F(Rules, whose_properties_cannot_be_set_are_not_added)
     EXPECT_EQ(0, TheFirewallScript().liveObjects);
 }
 
-TEST_F(Rules, that_cannot_be_added_are_said_to_have_failed)
+TEST_F(FirewallTest, Failure_to_add_a_rule_is_logged)
 {
     Firewall& firewall = Bound();
     TheFirewallScript().add = kDenied;
@@ -204,11 +218,11 @@ TEST_F(Rules, that_cannot_be_added_are_said_to_have_failed)
     ExpectOneLineAndNoRule("Firewall: Failed to add rule.: 0x80070005");
 }
 
-TEST_F(Rules, are_not_available_without_the_advanced_firewall)
+TEST_F(FirewallTest, Without_the_advanced_firewall_every_call_only_logs_a_line)
 {
     TheFirewallScript().createPolicy2 = kDenied;
     Make();
-    EXPECT_TRUE(logger_.Lines().empty()); // that failure is not logged
+    EXPECT_TRUE(logger_.Lines().empty()); // the constructor does not log this failure
     firewall_->AllowApplication("a.exe");
     firewall_->RemoveApplication("a.exe");
     const Line line{0, "Firewall: Windows Firewall with Advanced Security not available !"};
@@ -216,7 +230,7 @@ TEST_F(Rules, are_not_available_without_the_advanced_firewall)
     EXPECT_TRUE(StoredFirewallRules().empty());
 }
 
-TEST_F(Rules, are_not_available_when_the_firewall_manager_cannot_be_created)
+TEST_F(FirewallTest, Firewall_is_not_available_if_its_manager_cannot_be_created)
 {
     TheFirewallScript().createManager = kDenied;
     Make();
@@ -225,7 +239,7 @@ TEST_F(Rules, are_not_available_when_the_firewall_manager_cannot_be_created)
     EXPECT_EQ(2U, logger_.Lines().size());
 }
 
-TEST_F(Rules, are_not_available_when_the_local_policy_cannot_be_had)
+TEST_F(FirewallTest, Firewall_is_not_available_if_the_local_policy_cannot_be_obtained)
 {
     TheFirewallScript().localPolicy = kDenied;
     Make();
@@ -233,21 +247,7 @@ TEST_F(Rules, are_not_available_when_the_local_policy_cannot_be_had)
     EXPECT_EQ(0, TheFirewallScript().liveObjects);
 }
 
-TEST_F(Rules, wait_with_doubling_pauses_for_the_endpoint_of_the_firewall)
-{
-    TheFirewallScript().endpointMissing = 3;
-    Make();
-    EXPECT_EQ((Lines{{2, "Detected Windows Firewall with Advanced Security"},
-                     {1, "Firewall: service is not yet started, waiting 1 s"},
-                     {1, "Firewall: service is not yet started, waiting 2 s"},
-                     {1, "Firewall: service is not yet started, waiting 4 s"}}),
-              logger_.Lines());
-    EXPECT_EQ((std::vector<std::uint32_t>{1, 2, 4}), slept_);
-    firewall_->AllowApplication("a.exe");
-    EXPECT_EQ(1, TheFirewallScript().adds);
-}
-
-TEST_F(Rules, can_be_made_although_the_current_profile_failed)
+TEST_F(FirewallTest, Rules_are_made_even_if_the_current_profile_cannot_be_read)
 {
     TheFirewallScript().currentProfile = kDenied;
     Make();
@@ -256,7 +256,7 @@ TEST_F(Rules, can_be_made_although_the_current_profile_failed)
     EXPECT_EQ(1, TheFirewallScript().adds);
 }
 
-TEST(FirewallWithoutService, only_says_that_it_is_not_available)
+TEST(FirewallWithoutServiceTest, Every_call_only_logs_that_the_firewall_is_not_available)
 {
     CapturingLogger logger;
     Firewall firewall("vantoro_agent", &logger);
@@ -267,7 +267,7 @@ TEST(FirewallWithoutService, only_says_that_it_is_not_available)
               logger.Lines());
 }
 
-TEST(FirewallOnAnotherApartment, raises_the_result_with_which_com_refused)
+TEST(FirewallInOtherApartmentTest, Constructor_throws_the_result_with_which_COM_refused)
 {
     std::thread([] {
         CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);

@@ -41,7 +41,7 @@ BOOL WINAPI FailSecondEnumeration(SC_HANDLE, SC_ENUM_TYPE, DWORD, DWORD, LPBYTE,
     return FALSE;
 }
 
-// Two services of one process, which the system itself never lists.
+// Lists two services of process 4711. Windows itself never lists such services.
 BOOL WINAPI EnumerateTwoOfOneProcess(SC_HANDLE, SC_ENUM_TYPE, DWORD, DWORD, LPBYTE buffer,
                                      DWORD size, LPDWORD needed, LPDWORD count, LPDWORD, LPCSTR)
 {
@@ -63,7 +63,7 @@ BOOL WINAPI EnumerateTwoOfOneProcess(SC_HANDLE, SC_ENUM_TYPE, DWORD, DWORD, LPBY
 
 } // namespace
 
-TEST(ServiceLookup, finds_the_running_service_of_a_process_and_opens_it)
+TEST(ServiceOfProcessTest, Running_service_of_a_process_is_found_and_opened)
 {
     TestService service("DmTestOwn");
     service.Start();
@@ -76,10 +76,10 @@ TEST(ServiceLookup, finds_the_running_service_of_a_process_and_opens_it)
     EXPECT_TRUE(QueryServiceStatus(found.handle.Get(), &status));
 }
 
-TEST(ServiceLookup, of_an_ordinary_program_succeeds_and_finds_nothing)
+TEST(ServiceOfProcessTest, Search_for_an_ordinary_program_succeeds_and_finds_nothing)
 {
     TestService other("DmTestOther");
-    other.Start(); // so that there is something to list
+    other.Start(); // the search fails if no service runs
     ServiceOfProcess found;
     EXPECT_EQ(0, FindServiceOfProcess(GetCurrentProcessId(), found));
     EXPECT_FALSE(found.isService);
@@ -87,7 +87,7 @@ TEST(ServiceLookup, of_an_ordinary_program_succeeds_and_finds_nothing)
     EXPECT_FALSE(found.handle);
 }
 
-TEST(ServiceLookup, takes_a_service_in_a_shared_process_for_an_ordinary_program)
+TEST(ServiceOfProcessTest, Service_in_a_shared_process_is_not_found)
 {
     TestService other("DmTestOther");
     other.Start();
@@ -98,7 +98,7 @@ TEST(ServiceLookup, takes_a_service_in_a_shared_process_for_an_ordinary_program)
     EXPECT_FALSE(found.isService);
 }
 
-TEST(ServiceLookup, does_not_find_a_service_that_is_stopped)
+TEST(ServiceOfProcessTest, Stopped_service_is_not_found)
 {
     TestService running("DmTestOther");
     running.Start();
@@ -108,7 +108,7 @@ TEST(ServiceLookup, does_not_find_a_service_that_is_stopped)
     EXPECT_FALSE(found.isService);
 }
 
-TEST(ServiceLookup, fails_when_the_service_may_not_be_opened_with_its_name_found)
+TEST(ServiceOfProcessTest, Search_fails_with_the_name_set_if_the_service_cannot_be_opened)
 {
     TestService service("DmTestOwn");
     service.Start();
@@ -120,7 +120,7 @@ TEST(ServiceLookup, fails_when_the_service_may_not_be_opened_with_its_name_found
     EXPECT_FALSE(found.handle);
 }
 
-TEST(ServiceLookup, takes_the_first_of_two_services_with_one_process_id)
+TEST(ServiceOfProcessTest, First_of_two_services_with_one_process_id_is_found)
 {
     const ImportPatch patch("EnumServicesStatusExA", EnumerateTwoOfOneProcess);
     ServiceOfProcess found;
@@ -129,22 +129,22 @@ TEST(ServiceLookup, takes_the_first_of_two_services_with_one_process_id)
     EXPECT_EQ("DmTestFirst", found.name);
 }
 
-TEST(ServiceLookup, fails_without_a_service_manager)
+TEST(ServiceOfProcessTest, Search_fails_if_the_service_manager_cannot_be_opened)
 {
     const ImportPatch patch("OpenSCManagerA", RefuseManager);
     ServiceOfProcess found;
     EXPECT_EQ(1, FindServiceOfProcess(GetCurrentProcessId(), found));
 }
 
-TEST(ServiceLookup, fails_on_a_machine_where_no_service_has_a_process_of_its_own)
+TEST(ServiceOfProcessTest, Search_fails_if_no_service_with_its_own_process_runs)
 {
     const ImportPatch patch("EnumServicesStatusExA", NothingToEnumerate);
-    SetLastError(ERROR_MORE_DATA); // an older error must not be taken for this call's
+    SetLastError(ERROR_MORE_DATA); // an earlier error must not count as the error of the search
     ServiceOfProcess found;
     EXPECT_EQ(1, FindServiceOfProcess(GetCurrentProcessId(), found));
 }
 
-TEST(ServiceLookup, fails_when_the_list_cannot_be_read)
+TEST(ServiceOfProcessTest, Search_fails_if_the_services_cannot_be_listed)
 {
     enumerations = 0;
     const ImportPatch patch("EnumServicesStatusExA", FailSecondEnumeration);
