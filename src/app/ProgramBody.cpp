@@ -29,7 +29,7 @@ using log::log_perf::v2::ConsoleSink;
 using log::log_perf::v2::LibLogPerf;
 using log::log_perf::v2::LogFileSink;
 
-constexpr int kLogThreshold = 3;
+constexpr int kLogThreshold = log::i_logger::v0::kLevelDetail;
 constexpr std::uint32_t kLogSizeLimit = 0x100000; // bytes
 constexpr DWORD kCheckInterval = 1000;            // milliseconds
 

@@ -1,5 +1,6 @@
 #include "FirewallService.h"
 
+#include "win32/ServiceConfig.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
@@ -15,9 +16,9 @@ namespace {
 using log::i_logger::v0::ILogger;
 using log::i_logger::v0::kLevelError;
 using log::i_logger::v0::kLevelWarning;
+using system::win32::v1::kServiceConfigBytes;
 using system::win32::v1::UniqueServiceHandle;
 
-constexpr DWORD kServiceConfigBuffer = 8192; // bytes; QueryServiceConfig needs at most these
 constexpr std::uint32_t kLongestSleep = 24 * 60 * 60; // seconds
 
 // @return the firewall service of newer systems, else that of older ones; empty if neither opens
@@ -31,10 +32,10 @@ UniqueServiceHandle OpenFirewallService(SC_HANDLE manager)
 
 std::optional<DWORD> StartTypeOf(SC_HANDLE service)
 {
-    std::vector<std::byte> buffer(kServiceConfigBuffer);
+    std::vector<std::byte> buffer(kServiceConfigBytes);
     auto* const config = reinterpret_cast<QUERY_SERVICE_CONFIGA*>(buffer.data());
     DWORD needed = 0;
-    if (QueryServiceConfigA(service, config, kServiceConfigBuffer, &needed) == FALSE) {
+    if (QueryServiceConfigA(service, config, kServiceConfigBytes, &needed) == FALSE) {
         return std::nullopt;
     }
     return config->dwStartType;

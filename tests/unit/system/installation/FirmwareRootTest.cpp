@@ -16,18 +16,18 @@ using system::installation::v1::GetFirmwareRoot;
 using system::installation::v1::TryGetFirmwareRoot;
 using Key = FirmwareRegistry::Key;
 
-struct FirmwareRoot : testing::Test {
+struct FirmwareRootTest : testing::Test {
     FirmwareRegistry registry;
     std::string path = "before";
 };
 
-TEST_F(FirmwareRoot, is_the_default_when_neither_key_exists)
+TEST_F(FirmwareRootTest, Root_is_the_default_if_neither_key_exists)
 {
     EXPECT_FALSE(TryGetFirmwareRoot(path));
     EXPECT_EQ(path, R"(D:\FIRMWARE)");
 }
 
-TEST_F(FirmwareRoot, is_the_default_when_the_first_key_has_no_value)
+TEST_F(FirmwareRootTest, Root_is_the_default_if_the_first_key_has_no_value)
 {
     registry.Create(Key::current);
     registry.SetPathname(Key::older, R"(E:\FW)");
@@ -35,7 +35,7 @@ TEST_F(FirmwareRoot, is_the_default_when_the_first_key_has_no_value)
     EXPECT_EQ(path, R"(D:\FIRMWARE)");
 }
 
-TEST_F(FirmwareRoot, comes_from_the_first_key)
+TEST_F(FirmwareRootTest, Root_comes_from_the_first_key_if_both_have_a_value)
 {
     registry.SetPathname(Key::current, R"(E:\FW\App\bin)");
     registry.SetPathname(Key::older, R"(F:\old)");
@@ -43,21 +43,21 @@ TEST_F(FirmwareRoot, comes_from_the_first_key)
     EXPECT_EQ(path, R"(E:\FW)");
 }
 
-TEST_F(FirmwareRoot, comes_from_the_second_key_when_the_first_cannot_be_opened)
+TEST_F(FirmwareRootTest, Root_comes_from_the_second_key_if_the_first_cannot_be_opened)
 {
     registry.SetPathname(Key::older, R"(F:\old\App)");
     EXPECT_TRUE(TryGetFirmwareRoot(path));
     EXPECT_EQ(path, R"(F:\old)");
 }
 
-TEST_F(FirmwareRoot, ends_at_the_first_zero)
+TEST_F(FirmwareRootTest, Root_ends_at_the_first_zero_of_the_value)
 {
     registry.SetPathname(Key::current, REG_BINARY, std::string("E:\\FW\0\\x", 8));
     EXPECT_TRUE(TryGetFirmwareRoot(path));
     EXPECT_EQ(path, R"(E:\FW)");
 }
 
-TEST_F(FirmwareRoot, of_255_bytes_without_a_zero_is_read_whole)
+TEST_F(FirmwareRootTest, Value_of_255_bytes_without_a_zero_is_read_whole)
 {
     const std::string longest = "E:\\" + std::string(252, 'x');
     registry.SetPathname(Key::current, REG_BINARY, longest);
@@ -65,21 +65,21 @@ TEST_F(FirmwareRoot, of_255_bytes_without_a_zero_is_read_whole)
     EXPECT_EQ(path, longest);
 }
 
-TEST_F(FirmwareRoot, of_256_bytes_is_not_read)
+TEST_F(FirmwareRootTest, Value_of_256_bytes_is_not_read)
 {
     registry.SetPathname(Key::current, REG_BINARY, std::string(256, 'x'));
     EXPECT_FALSE(TryGetFirmwareRoot(path));
     EXPECT_EQ(path, R"(D:\FIRMWARE)");
 }
 
-TEST_F(FirmwareRoot, may_be_an_empty_value)
+TEST_F(FirmwareRootTest, Empty_value_gives_the_empty_root)
 {
     registry.SetPathname(Key::current, REG_SZ, "");
     EXPECT_TRUE(TryGetFirmwareRoot(path));
     EXPECT_EQ(path, "");
 }
 
-TEST_F(FirmwareRoot, that_cannot_be_had_is_an_error)
+TEST_F(FirmwareRootTest, GetFirmwareRoot_throws_if_there_is_no_root)
 {
     try {
         GetFirmwareRoot(path);

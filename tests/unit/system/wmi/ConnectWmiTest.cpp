@@ -35,13 +35,13 @@ HRESULT Failure(const std::function<void()>& step)
     }
 }
 
-struct ConnectWmi : testing::Test {
+struct ConnectWmiTest : testing::Test {
     const system::com::v1::ComApartment apartment;
 };
 
 } // namespace
 
-TEST_F(ConnectWmi, accepts_security_that_was_set_before)
+TEST_F(ConnectWmiTest, SetComSecurity_succeeds_if_the_security_is_already_set)
 {
     const ImportPatch patch("CoInitializeSecurity", AnswerOfSecurity);
     securityAnswer = RPC_E_TOO_LATE;
@@ -50,14 +50,14 @@ TEST_F(ConnectWmi, accepts_security_that_was_set_before)
     EXPECT_EQ(S_OK, SetComSecurity());
 }
 
-TEST_F(ConnectWmi, returns_any_other_failure_of_the_security)
+TEST_F(ConnectWmiTest, SetComSecurity_returns_every_other_failure)
 {
     const ImportPatch patch("CoInitializeSecurity", AnswerOfSecurity);
     securityAnswer = E_ACCESSDENIED;
     EXPECT_EQ(E_ACCESSDENIED, SetComSecurity());
 }
 
-TEST_F(ConnectWmi, opens_the_namespace_of_the_processes_with_the_longest_wait)
+TEST_F(ConnectWmiTest, OpenNamespace_opens_root_cimv2_and_limits_its_wait)
 {
     const StandInWmi standIn;
     const auto services = OpenNamespace(MakeLocator().Get());
@@ -68,7 +68,7 @@ TEST_F(ConnectWmi, opens_the_namespace_of_the_processes_with_the_longest_wait)
     EXPECT_EQ((std::vector<DWORD>{10, 0, 3, 3, 0}), TheWmiScript().blanketAsked);
 }
 
-TEST_F(ConnectWmi, throws_the_failure_of_each_step)
+TEST_F(ConnectWmiTest, Each_step_throws_its_failure)
 {
     {
         const StandInWmi standIn(kRefused);

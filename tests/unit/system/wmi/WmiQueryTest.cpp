@@ -17,8 +17,8 @@ using namespace system::wmi::v1;
 
 const std::wstring kQuery = L"SELECT * FROM Win32_Process WHERE ProcessId=5";
 
-struct WmiQuery : testing::Test {
-    WmiQuery()
+struct WmiQueryTest : testing::Test {
+    WmiQueryTest()
         : services(OpenNamespace(MakeLocator().Get()))
     {
     }
@@ -52,7 +52,7 @@ struct WmiQuery : testing::Test {
 
 } // namespace
 
-TEST_F(WmiQuery, returns_every_object_of_the_result)
+TEST_F(WmiQueryTest, Query_returns_every_object_of_the_result)
 {
     PropertyAnswer first;
     first.text = L"a.exe";
@@ -68,13 +68,13 @@ TEST_F(WmiQuery, returns_every_object_of_the_result)
     EXPECT_EQ(0, TheWmiScript().lastQueryFlags);
 }
 
-TEST_F(WmiQuery, without_a_result_returns_no_object)
+TEST_F(WmiQueryTest, Query_without_a_result_returns_no_object)
 {
     Answer({});
     EXPECT_TRUE(ExecuteQuery(services.Get(), kQuery).empty());
 }
 
-TEST_F(WmiQuery, reads_a_null_property_as_the_empty_text)
+TEST_F(WmiQueryTest, Null_property_gives_the_empty_text)
 {
     PropertyAnswer null;
     null.type = VT_NULL;
@@ -83,7 +83,7 @@ TEST_F(WmiQuery, reads_a_null_property_as_the_empty_text)
     EXPECT_EQ(L"", ReadStringProperty(objects.at(0).Get(), L"ExecutablePath").View());
 }
 
-TEST_F(WmiQuery, throws_E_FAIL_for_a_property_of_another_type)
+TEST_F(WmiQueryTest, Property_of_another_type_throws_E_FAIL)
 {
     PropertyAnswer number;
     number.type = VT_I4;
@@ -91,7 +91,7 @@ TEST_F(WmiQuery, throws_E_FAIL_for_a_property_of_another_type)
     EXPECT_EQ(E_FAIL, FailureOfPath());
 }
 
-TEST_F(WmiQuery, throws_the_failure_of_a_missing_property)
+TEST_F(WmiQueryTest, Missing_property_throws_the_failure_of_the_object)
 {
     PropertyAnswer missing;
     missing.result = static_cast<HRESULT>(0x80041002);
@@ -99,7 +99,7 @@ TEST_F(WmiQuery, throws_the_failure_of_a_missing_property)
     EXPECT_EQ(static_cast<HRESULT>(0x80041002), FailureOfPath());
 }
 
-TEST_F(WmiQuery, throws_the_failure_of_the_query_and_of_each_step_through_its_result)
+TEST_F(WmiQueryTest, Failures_of_the_query_and_of_Next_are_thrown)
 {
     TheWmiScript().failAtNext = 2;
     EXPECT_EQ(E_ABORT, FailureOfPath());

@@ -1,7 +1,9 @@
-#include "WmiConnection.h"
+#include "wmi/WmiConnection.h"
 
+#include "CapturingLogger.h"
 #include "ImportPatch.h"
-#include "InspectionFixture.h"
+#include "StandInWmi.h"
+#include "com/ComApartment.h"
 #include "exception_utils/COMException.h"
 #include "exception_utils/HResultText.h"
 
@@ -9,12 +11,28 @@
 
 #include <objbase.h>
 
+#include <string>
+#include <vector>
+
 namespace vqrx::test {
 namespace {
 
 using cpp_utils::exception_utils::v1::HResultText;
 
-class WmiConnectionTest : public InspectionFixture {};
+class WmiConnectionTest : public ::testing::Test {
+protected:
+    using Line = CapturingLogger::Line;
+    using Lines = std::vector<Line>;
+
+    // RPC_S_SERVER_UNAVAILABLE as a result code.
+    static constexpr auto kRefused = static_cast<HRESULT>(0x800706BA);
+
+    void Connect() { wmi_.Connect(logger_); }
+
+    system::com::v1::ComApartment apartment_;
+    CapturingLogger logger_;
+    system::daemon::daemon_mgr::v0::WmiConnection wmi_;
+};
 
 HRESULT WINAPI SecurityRefused(PSECURITY_DESCRIPTOR, LONG, SOLE_AUTHENTICATION_SERVICE*, void*,
                                DWORD, DWORD, void*, DWORD, void*)
@@ -44,7 +62,7 @@ TEST_F(WmiConnectionTest, Connect_reaches_the_namespace_of_processes_and_logs_tw
     EXPECT_EQ(L"root\\cimv2", TheWmiScript().connectedTo);
     EXPECT_EQ(0x80, TheWmiScript().connectFlags);
     EXPECT_EQ((std::vector<DWORD>{10, 0, 3, 3, 0}), TheWmiScript().blanketAsked);
-    EXPECT_NE(nullptr, wmi_->Services());
+    EXPECT_NE(nullptr, wmi_.Services());
 }
 
 TEST_F(WmiConnectionTest, Connect_succeeds_if_the_security_of_the_process_is_already_set)
@@ -52,7 +70,7 @@ TEST_F(WmiConnectionTest, Connect_succeeds_if_the_security_of_the_process_is_alr
     const StandInWmi standIn;
     const ImportPatch patch("CoInitializeSecurity", SecurityTooLate);
     Connect();
-    EXPECT_NE(nullptr, wmi_->Services());
+    EXPECT_NE(nullptr, wmi_.Services());
     EXPECT_EQ(2U, authentication);
     EXPECT_EQ(3U, impersonation);
 }
@@ -64,7 +82,7 @@ TEST_F(WmiConnectionTest, Connect_is_given_up_if_the_security_cannot_be_set)
     Connect();
     EXPECT_EQ((Lines{{0, "CoInitializeSecurity error " + HResultText(E_ACCESSDENIED)}}),
               logger_.Lines());
-    EXPECT_EQ(nullptr, wmi_->Services());
+    EXPECT_EQ(nullptr, wmi_.Services());
 }
 
 TEST_F(WmiConnectionTest, Connect_is_given_up_without_a_locator)
@@ -73,7 +91,7 @@ TEST_F(WmiConnectionTest, Connect_is_given_up_without_a_locator)
     Connect();
     EXPECT_EQ((Lines{{0, std::string("Init WMI errror ") + COMException(kRefused).what()}}),
               logger_.Lines());
-    EXPECT_EQ(nullptr, wmi_->Services());
+    EXPECT_EQ(nullptr, wmi_.Services());
 }
 
 TEST_F(WmiConnectionTest, Connect_is_given_up_if_the_connection_is_refused)
@@ -84,7 +102,7 @@ TEST_F(WmiConnectionTest, Connect_is_given_up_if_the_connection_is_refused)
     EXPECT_EQ((Lines{{2, "Connecting to WMI resource ..."},
                      {0, std::string("Init WMI errror ") + COMException(kRefused).what()}}),
               logger_.Lines());
-    EXPECT_EQ(nullptr, wmi_->Services());
+    EXPECT_EQ(nullptr, wmi_.Services());
 }
 
 TEST_F(WmiConnectionTest,
@@ -95,7 +113,7 @@ TEST_F(WmiConnectionTest,
     Connect();
     EXPECT_EQ((Line{0, std::string("Init WMI errror ") + COMException(E_ACCESSDENIED).what()}),
               logger_.Lines().at(2));
-    EXPECT_NE(nullptr, wmi_->Services());
+    EXPECT_NE(nullptr, wmi_.Services());
 }
 
 } // namespace vqrx::test
