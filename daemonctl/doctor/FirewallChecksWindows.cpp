@@ -4,6 +4,7 @@
 #include "com/ComPtr.h"
 #include "com/UniqueBstr.h"
 #include "com/UniqueVariant.h"
+#include "win32/ServiceConfig.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
@@ -20,12 +21,12 @@ namespace {
 using system::com::v1::ComPtr;
 using system::com::v1::UniqueBstr;
 using system::com::v1::UniqueVariant;
+using system::win32::v1::kServiceConfigBytes;
 using system::win32::v1::UniqueServiceHandle;
 
 // The class id of NetFwPolicy2 from netfw.h. Some import libraries do not define it.
 constexpr CLSID kNetFwPolicy2 = {
     0xE2B3C97F, 0x6AE1, 0x41AC, {0x81, 0x7A, 0xF6, 0xF9, 0x21, 0x66, 0xD7, 0xDD}};
-constexpr DWORD kServiceConfigBuffer = 8192; // bytes; the documented maximum of the call
 
 HRESULT OpenRules(ComPtr<INetFwRules>& rules)
 {
@@ -102,11 +103,11 @@ FirewallServiceFacts GatherFirewallServiceFacts()
     if (!service) {
         return facts;
     }
-    std::vector<std::byte> buffer(kServiceConfigBuffer);
+    std::vector<std::byte> buffer(kServiceConfigBytes);
     auto* const config = reinterpret_cast<QUERY_SERVICE_CONFIGA*>(buffer.data());
     DWORD needed = 0;
     SERVICE_STATUS status{};
-    if (QueryServiceConfigA(service.Get(), config, kServiceConfigBuffer, &needed) == FALSE ||
+    if (QueryServiceConfigA(service.Get(), config, kServiceConfigBytes, &needed) == FALSE ||
         QueryServiceStatus(service.Get(), &status) == FALSE) {
         facts.queryError = GetLastError();
         return facts;

@@ -3,6 +3,7 @@
 #include "HeldProcess.h"
 #include "Utf8.h"
 #include "win32/LocalMemory.h"
+#include "win32/ServiceConfig.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
@@ -101,14 +102,14 @@ bool IsSameFile(const std::string& left, const std::string& right)
 
 std::string CommandOfService(const std::string& name)
 {
-    constexpr DWORD bufferSize = 8192; // the documented maximum of QueryServiceConfigW
     const UniqueServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
     const UniqueServiceHandle service(
         manager ? OpenServiceW(manager.Get(), Wide(name).c_str(), SERVICE_QUERY_CONFIG) : nullptr);
-    std::vector<std::byte> buffer(bufferSize);
+    std::vector<std::byte> buffer(win32::kServiceConfigBytes);
     auto* const config = reinterpret_cast<QUERY_SERVICE_CONFIGW*>(buffer.data());
     DWORD needed = 0;
-    if (!service || QueryServiceConfigW(service.Get(), config, bufferSize, &needed) == FALSE) {
+    if (!service ||
+        QueryServiceConfigW(service.Get(), config, win32::kServiceConfigBytes, &needed) == FALSE) {
         return {};
     }
     return Utf8(config->lpBinaryPathName);
