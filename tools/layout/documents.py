@@ -2,7 +2,7 @@
 import posixpath
 import re
 
-from layout.tree import Finding, folder_of, line_of
+from layout.tree import Finding, folder_of, line_of, name_of
 
 INDEXES = ("README.md", "docs/README.md", "docs/dev/README.md")
 FENCE = re.compile(r"^(```|~~~).*?^\1[ \t]*$", re.MULTILINE | re.DOTALL)
@@ -11,6 +11,7 @@ LINK = re.compile(r"\[(?:[^\]\[]|\[[^\]]*\])*\]\(\s*<?([^)\s>]+)>?(?:\s+\"[^\"]*
 NAMED_PATH = re.compile(
     r"(?<![\w./\\-])((?:benchmarks|cmake|daemonctl|docs|interface|packaging|sdk|src|tests|tools)"
     r"/[\w./-]*\w)(?![\w*<{\\])")
+NAMED_SOURCE = re.compile(r"`([A-Z]\w+\.(?:cpp|h))`")
 HEADING = re.compile(r"^#{1,6}[ \t]+(.+?)[ \t]*#*$", re.MULTILINE)
 OUTSIDE_FOR_OPERATORS = {"CHANGELOG.md"}  # the package holds it beside docs
 
@@ -44,10 +45,13 @@ def links(tree, page):
 
 
 def named_paths(text):
-    """(line, path) of each path of the repository that a page names in code font."""
+    """(line, path) of each path or source file that a page names in code font."""
     for code in INLINE_CODE.finditer(FENCE.sub(blank, text)):
         for match in NAMED_PATH.finditer(code.group()):
             yield line_of(text, code.start()), match.group(1)
+        source = NAMED_SOURCE.fullmatch(code.group())
+        if source and not source.group(1).startswith("IDaemonMgrControl"):  # generated
+            yield line_of(text, code.start()), source.group(1)
 
 
 def pages(tree):
@@ -58,10 +62,11 @@ def check_links(tree):
     """Every relative link leads to a file or folder, every anchor to a heading, and every path that a
     page names in code font exists. Dated pages may name what has been renamed since."""
     folders = {parent for path in tree.files for parent in parents(path)}
+    names = {name_of(path) for path in tree.files}
     for page in pages(tree):
         if not folder_of(page).endswith("/results") and page != "CHANGELOG.md":
             for line, path in named_paths(tree.text(page)):
-                if path not in tree.files and path not in folders:
+                if path not in tree.files and path not in folders and path not in names:
                     yield Finding("links", f"{page}:{line}", f"names {path}, which does not exist")
     for page in pages(tree):
         for line, path, anchor in links(tree, page):

@@ -58,6 +58,7 @@ BROKEN = [
     ("links", {"docs/page.md": "## Two words\n[dev](dev/README.md)\n"}, "docs/page.md:2"),
     ("links", {"docs/page.md": "## Two words\n`src/low/Low.h` `src/*/x` `src/low`\n`src/Gone.h`\n"},
      "docs/page.md:3"),
+    ("links", {"docs/page.md": "## Two words\n`Low.h` `Gone.cpp`\n"}, "docs/page.md:2"),
     ("docstrings", {"src/low/Low.h": HEADER.replace("/// Does it.\n", "")}, "src/low/Low.h:5"),
     ("docstrings", {"src/low/Many.h": "#pragma once\n/// Common.\n\nint One();\n"}, "src/low/Many.h:4"),
     ("docstrings", {"src/low/Low.h": HEADER.replace("/// Holds a number.\n", "\n")}, "src/low/Low.h:9"),
