@@ -14,11 +14,11 @@ namespace {
 
 // What changes when a record is added: the write position in the header; in a file without a
 // header, the size.
-struct Stamp {
+struct FileState {
     std::uint64_t size = 0;
     std::optional<std::uint64_t> header;
 
-    bool operator==(const Stamp&) const = default;
+    bool operator==(const FileState&) const = default;
 };
 
 class Follower {
@@ -32,20 +32,20 @@ public:
 
     /// Reads the file if it has changed, and reports its new records.
     /// @throws std::runtime_error  if the file cannot be opened
-    void Look()
+    void ReadIfChanged()
     {
-        Stamp stamp;
+        FileState state;
         {
             const std::unique_ptr<InputFile> file = InputFile::Open(path_);
-            stamp = {file->Size(), ReadHeader(*file)};
+            state = {file->Size(), ReadHeader(*file)};
         }
-        if (stamp == stamp_) {
+        if (state == state_) {
             return;
         }
         std::vector<Record> records;
         summary_ = ReadLogFile(path_, encoding_,
                                [&](Record record) { records.push_back(std::move(record)); });
-        stamp_ = stamp;
+        state_ = state;
         if (records.empty()) {
             return;
         }
@@ -65,7 +65,7 @@ private:
     const std::string& path_;
     TextEncoding encoding_;
     const FollowEvents& events_;
-    std::optional<Stamp> stamp_;
+    std::optional<FileState> state_;
     std::optional<Record> last_;
     ScanSummary summary_;
 };
@@ -76,12 +76,12 @@ ScanSummary FollowLog(const std::string& path, TextEncoding encoding,
                       const FollowSettings& settings, const FollowEvents& events)
 {
     Follower follower(path, encoding, events);
-    follower.Look();
+    follower.ReadIfChanged();
     auto lastSeen = std::chrono::steady_clock::now();
     while (events.goOn()) {
         std::this_thread::sleep_for(settings.period);
         try {
-            follower.Look();
+            follower.ReadIfChanged();
             lastSeen = std::chrono::steady_clock::now();
         } catch (const std::runtime_error&) {
             if (std::chrono::steady_clock::now() - lastSeen >= settings.patience) {

@@ -61,7 +61,7 @@ private:
     std::uint64_t size_ = 0;
 };
 
-[[noreturn]] void Refuse(const std::string& path, int error)
+[[noreturn]] void ThrowUnreadable(const std::string& path, int error)
 {
     throw std::runtime_error(path + " cannot be read: " + std::generic_category().message(error));
 }
@@ -72,11 +72,11 @@ std::unique_ptr<InputFile> InputFile::Open(const std::string& path)
 {
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {
-        Refuse(path, errno);
+        ThrowUnreadable(path, errno);
     }
     auto file = std::make_unique<PosixFile>(descriptor);
     if (const int error = file->Measure(); error != 0) {
-        Refuse(path, error);
+        ThrowUnreadable(path, error);
     }
     return file;
 }

@@ -49,7 +49,7 @@ private:
     std::uint64_t size_;
 };
 
-[[noreturn]] void Refuse(const std::string& path, DWORD error)
+[[noreturn]] void ThrowUnreadable(const std::string& path, DWORD error)
 {
     throw std::runtime_error(
         path + " cannot be read: " + std::system_category().message(static_cast<int>(error)));
@@ -64,15 +64,15 @@ std::unique_ptr<InputFile> InputFile::Open(const std::string& path)
                                         nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file) {
         const DWORD error = GetLastError();
-        Refuse(path, error);
+        ThrowUnreadable(path, error);
     }
     LARGE_INTEGER size = {};
     if (GetFileType(file.Get()) != FILE_TYPE_DISK) {
-        Refuse(path, ERROR_NOT_SUPPORTED);
+        ThrowUnreadable(path, ERROR_NOT_SUPPORTED);
     }
     if (GetFileSizeEx(file.Get(), &size) == FALSE) {
         const DWORD error = GetLastError();
-        Refuse(path, error);
+        ThrowUnreadable(path, error);
     }
     return std::make_unique<WindowsFile>(std::move(file),
                                          static_cast<std::uint64_t>(size.QuadPart));
