@@ -29,6 +29,7 @@ endfunction()
 # dm_quick_to_compile(TARGET): for what is only tested with, never handed out or measured. Its sources
 # are compiled together and without optimisation.
 function(dm_quick_to_compile name)
+    set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 12)
     target_compile_options(${name} PRIVATE -O0)
 endfunction()
 

@@ -21,7 +21,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-struct Options {
+struct CheckOptions {
     std::string file;
     std::uint32_t minUptimeSeconds = 0;
     bool json = false;
@@ -79,7 +79,7 @@ void PrintAsJson(const std::vector<ExpectationResult>& results,
     PrintText(report.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
 }
 
-int Check(const Options& options, const ExpectFile& file)
+int Check(const CheckOptions& options, const ExpectFile& file)
 {
     const Timeline timeline = ReadTimeline();
     const std::int64_t nowMs = NowMs();
@@ -100,7 +100,7 @@ int Check(const Options& options, const ExpectFile& file)
 
 void AddCheckCommand(CLI::App& app, int& exitCode)
 {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<CheckOptions>();
     CLI::App* const command =
         app.add_subcommand("check", "Check that a daemon runs for each program of a list");
     command

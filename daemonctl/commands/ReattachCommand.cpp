@@ -26,7 +26,7 @@ using Plan = FormerDaemon::Plan;
 constexpr DWORD kAskAgainMs = 100;
 constexpr ULONGLONG kLogPatienceMs = 10000;
 
-struct Options {
+struct ReattachOptions {
     std::string from;
     bool dryRun = false;
 };
@@ -126,7 +126,7 @@ void Carry(SupervisorClient& supervisor, const FormerDaemon& former, bool dryRun
     }
 }
 
-int Reattach(SupervisorClient& supervisor, const Options& options,
+int Reattach(SupervisorClient& supervisor, const ReattachOptions& options,
              const std::vector<ListedProcess>& listed)
 {
     const Timeline timeline = ReadTimeline();
@@ -148,7 +148,7 @@ int Reattach(SupervisorClient& supervisor, const Options& options,
 
 void AddReattachCommand(CLI::App& app, int& exitCode)
 {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ReattachOptions>();
     CLI::App* const command = app.add_subcommand(
         "reattach", "Attach the running daemons of the former supervisor, after an upgrade");
     command->add_option("--from", options->from,

@@ -116,8 +116,6 @@ private:
     std::promise<void> mayContinue_;
 };
 
-} // namespace
-
 TEST_F(Races, Daemons_run_once_or_not_at_all_after_all_operations_at_the_same_time)
 {
     constexpr int kThreads = 6;
@@ -270,4 +268,5 @@ TEST_F(Races, Shutdown_ends_after_the_last_client_releases_the_manager)
     }
 }
 
+} // namespace
 } // namespace vqrx::test

@@ -18,21 +18,21 @@ namespace {
 using app::v0::ManagerReference;
 using system::com::v1::ComPtr;
 
-constexpr int kNotCalled = -1;
+constexpr int kNotForced = -1;
 
-int endedWith = kNotCalled;
+int forcedExitCode = kNotForced;
 ComPtr<IUnknown> held; // the reference of a holder that does not release it
 
-void NoteEnd(UINT exitCode) noexcept
+void NoteForcedEnd(UINT exitCode) noexcept
 {
-    endedWith = static_cast<int>(exitCode);
+    forcedExitCode = static_cast<int>(exitCode);
     held.Reset(); // the test program goes on, so it must release the reference after all
 }
 
 struct ManagerReferenceTest : testing::Test {
     ManagerReferenceTest()
     {
-        endedWith = kNotCalled;
+        forcedExitCode = kNotForced;
         logger.AddSink(&sink);
     }
 
@@ -44,11 +44,11 @@ struct ManagerReferenceTest : testing::Test {
 TEST_F(ManagerReferenceTest, Destruction_deletes_the_manager)
 {
     {
-        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 0, NoteEnd);
+        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 0, NoteForcedEnd);
         EXPECT_EQ(sink.Count(2, "Deamon Thread is exiting..."), 0U);
     }
     EXPECT_TRUE(sink.WaitForText("Deamon Thread is exiting..."));
-    EXPECT_EQ(endedWith, kNotCalled);
+    EXPECT_EQ(forcedExitCode, kNotForced);
 }
 
 HANDLE WINAPI RefuseEvent(LPSECURITY_ATTRIBUTES, BOOL, BOOL, LPCSTR)
@@ -62,7 +62,7 @@ TEST_F(ManagerReferenceTest, Constructor_throws_if_its_event_cannot_be_made)
 {
     const ImportPatch patch("CreateEventA", RefuseEvent);
     try {
-        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 0, NoteEnd);
+        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 0, NoteForcedEnd);
         FAIL();
     } catch (const ATL::CAtlException& exception) {
         EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_NOT_ENOUGH_MEMORY), exception.m_hr);
@@ -73,7 +73,8 @@ TEST_F(ManagerReferenceTest, Destruction_waits_for_another_holder_to_release_the
 {
     std::optional<std::jthread> holder;
     {
-        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 60000, NoteEnd);
+        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 60000,
+                                         NoteForcedEnd);
         held = ComPtr<IUnknown>::Share(reference.Object());
         holder.emplace([] {
             Sleep(100); // a destructor that did not wait would have returned by then
@@ -81,27 +82,27 @@ TEST_F(ManagerReferenceTest, Destruction_waits_for_another_holder_to_release_the
         });
     }
     EXPECT_TRUE(sink.WaitForText("Deamon Thread is exiting..."));
-    EXPECT_EQ(endedWith, kNotCalled);
+    EXPECT_EQ(forcedExitCode, kNotForced);
 }
 
 TEST_F(ManagerReferenceTest, Process_ends_with_0_if_a_holder_never_releases_the_manager)
 {
     {
-        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 1, NoteEnd);
+        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 1, NoteForcedEnd);
         held = ComPtr<IUnknown>::Share(reference.Object());
     }
-    EXPECT_EQ(endedWith, 0);
+    EXPECT_EQ(forcedExitCode, 0);
 }
 
 TEST_F(ManagerReferenceTest,
        Process_ends_with_1_if_an_exception_passes_and_a_holder_never_releases_the_manager)
 {
     try {
-        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 1, NoteEnd);
+        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 1, NoteForcedEnd);
         held = ComPtr<IUnknown>::Share(reference.Object());
         throw std::runtime_error("start-up failed");
     } catch (const std::runtime_error&) {
-        EXPECT_EQ(endedWith, 1);
+        EXPECT_EQ(forcedExitCode, 1);
     }
 }
 

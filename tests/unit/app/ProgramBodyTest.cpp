@@ -107,14 +107,14 @@ TEST_F(ProgramBodyTest, Program_fails_if_COM_refuses)
     EXPECT_TRUE(error.Text().ends_with("\n"));
 }
 
-BOOL WINAPI RefuseHandler(PHANDLER_ROUTINE, BOOL)
+BOOL WINAPI RefuseConsoleHandler(PHANDLER_ROUTINE, BOOL)
 {
     return FALSE;
 }
 
 TEST_F(ProgramBodyTest, Program_fails_and_withdraws_its_object_if_the_control_handler_is_refused)
 {
-    const ImportPatch patch("SetConsoleCtrlHandler", RefuseHandler);
+    const ImportPatch patch("SetConsoleCtrlHandler", RefuseConsoleHandler);
     EXPECT_EQ(app::v0::RunProgram(), 1);
     EXPECT_TRUE(error.Text().ends_with(" Deamon Thread is exiting...\n"
                                        "Exception occured : Could not set control handler\n"))

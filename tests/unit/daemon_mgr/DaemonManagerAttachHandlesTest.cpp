@@ -99,7 +99,7 @@ private:
     ImportPatch closeService_{"CloseServiceHandle", ForgetService};
 };
 
-LPWSTR* WINAPI RefuseToSplit(LPCWSTR, int*)
+LPWSTR* WINAPI RefuseToSplitAnything(LPCWSTR, int*)
 {
     return nullptr;
 }
@@ -161,7 +161,9 @@ TEST_F(DaemonManagerAttachHandlesTest, Attach_closes_every_handle_however_it_fai
         {"the path is missing", [&] { answer(missing, text); }, missing.result},
         {"the command line is a number", [&] { answer(text, number); }, E_FAIL},
         {"the command line does not split",
-         [&] { patch = std::make_unique<ImportPatch>("CommandLineToArgvW", RefuseToSplit); },
+         [&] {
+             patch = std::make_unique<ImportPatch>("CommandLineToArgvW", RefuseToSplitAnything);
+         },
          S_FALSE},
         {"there is no service manager",
          [&] { patch = std::make_unique<ImportPatch>("OpenSCManagerA", RefuseManager); }, S_FALSE},

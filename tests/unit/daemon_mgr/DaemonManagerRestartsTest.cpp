@@ -52,7 +52,7 @@ DWORD WINAPI AnyProcessId(HANDLE)
     return 4711;
 }
 
-BOOL WINAPI CloseAndNote(HANDLE handle)
+BOOL WINAPI CloseAndCount(HANDLE handle)
 {
     {
         const std::lock_guard hold(handlesMutex);
@@ -83,7 +83,7 @@ TEST(DaemonManagerRestartsTest, Ten_thousand_restarts_keep_one_process_handle_ea
     const ImportPatch create("CreateProcessA", StartAtOnce);
     const ImportPatch exitCode("GetExitCodeProcess", EndedWith3);
     const ImportPatch processId("GetProcessId", AnyProcessId);
-    const ImportPatch close("CloseHandle", CloseAndNote);
+    const ImportPatch close("CloseHandle", CloseAndCount);
     realClose = close.Original<CloseFunction>();
     started = 0;
     const system::com::v1::ComApartment apartment;

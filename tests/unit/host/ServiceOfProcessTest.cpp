@@ -11,7 +11,7 @@ namespace {
 using host::v0::FindServiceOfProcess;
 using host::v0::ServiceOfProcess;
 
-SC_HANDLE WINAPI RefuseManager(LPCSTR, LPCSTR, DWORD)
+SC_HANDLE WINAPI RefuseServiceManager(LPCSTR, LPCSTR, DWORD)
 {
     return nullptr;
 }
@@ -131,7 +131,7 @@ TEST(ServiceOfProcessTest, First_of_two_services_with_one_process_id_is_found)
 
 TEST(ServiceOfProcessTest, Search_fails_if_the_service_manager_cannot_be_opened)
 {
-    const ImportPatch patch("OpenSCManagerA", RefuseManager);
+    const ImportPatch patch("OpenSCManagerA", RefuseServiceManager);
     ServiceOfProcess found;
     EXPECT_EQ(1, FindServiceOfProcess(GetCurrentProcessId(), found));
 }

@@ -43,7 +43,7 @@ private:
     std::uint64_t size_;
 };
 
-ScanSummary Scanned(const std::string& bytes)
+ScanSummary SummaryOf(const std::string& bytes)
 {
     MemorySource source(bytes);
     return ScanRing(source, [](const auto&) {});
@@ -63,8 +63,8 @@ TEST(Snapshot, of_a_growing_file_is_read_again_until_header_and_file_match)
     });
     ASSERT_TRUE(bytes);
     EXPECT_EQ(*bytes, ring.Bytes());
-    EXPECT_FALSE(Scanned(*bytes).headerDamaged);
-    EXPECT_EQ(Scanned(*bytes).records, 4U);
+    EXPECT_FALSE(SummaryOf(*bytes).headerDamaged);
+    EXPECT_EQ(SummaryOf(*bytes).records, 4U);
     EXPECT_EQ(openings, 4);
 }
 
@@ -78,7 +78,7 @@ TEST(Snapshot, of_a_cut_file_is_returned_after_two_reads)
     const std::optional<std::string> bytes =
         Snapshot([&] { return std::make_unique<OpenedFile>(cut, [&] { ++openings; }); });
     EXPECT_EQ(bytes, cut);
-    EXPECT_TRUE(Scanned(cut).headerDamaged);
+    EXPECT_TRUE(SummaryOf(cut).headerDamaged);
     EXPECT_EQ(openings, 2);
 }
 

@@ -16,13 +16,13 @@ std::vector<SimulatedTicks::Wait> waits;
 thread_local bool readsTicks =
     false; // set on the logger's worker, not on threads of a runtime library
 
-DWORD WINAPI Tick()
+DWORD WINAPI SimulatedTick()
 {
     readsTicks = true;
     return now;
 }
 
-DWORD WINAPI WaitMany(DWORD count, const HANDLE* handles, BOOL all, DWORD timeout)
+DWORD WINAPI SimulatedWait(DWORD count, const HANDLE* handles, BOOL all, DWORD timeout)
 {
     WaitFunction* const real = realWait;
     if (!readsTicks || timeout == INFINITE) {
@@ -45,8 +45,8 @@ DWORD WINAPI WaitMany(DWORD count, const HANDLE* handles, BOOL all, DWORD timeou
 } // namespace
 
 SimulatedTicks::SimulatedTicks(DWORD start, Mode mode)
-    : tick_("GetTickCount", &Tick)
-    , wait_("WaitForMultipleObjects", &WaitMany)
+    : tick_("GetTickCount", &SimulatedTick)
+    , wait_("WaitForMultipleObjects", &SimulatedWait)
 {
     now = start;
     readsTicks = false; // an earlier test may have set it on this thread

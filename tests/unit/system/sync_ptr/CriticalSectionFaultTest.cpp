@@ -8,7 +8,7 @@ namespace vqrx::test {
 namespace {
 
 DWORD spinCount = 99;
-BOOL WINAPI Refuse(LPCRITICAL_SECTION, DWORD spins)
+BOOL WINAPI RefuseSection(LPCRITICAL_SECTION, DWORD spins)
 {
     spinCount = spins;
     SetLastError(ERROR_NOT_ENOUGH_MEMORY);
@@ -19,7 +19,7 @@ BOOL WINAPI Refuse(LPCRITICAL_SECTION, DWORD spins)
 
 TEST(CriticalSection, A_section_that_cannot_be_created_raises_the_error_as_a_result_code)
 {
-    const ImportPatch patch("InitializeCriticalSectionAndSpinCount", Refuse);
+    const ImportPatch patch("InitializeCriticalSectionAndSpinCount", RefuseSection);
     try {
         const system::sync_ptr::v1::CriticalSection section;
         FAIL();

@@ -10,7 +10,8 @@
 namespace vqrx::test {
 namespace {
 
-uintptr_t __cdecl Refuse(void*, unsigned, _beginthreadex_proc_type, void*, unsigned, unsigned*)
+uintptr_t __cdecl RefuseThread(void*, unsigned, _beginthreadex_proc_type, void*, unsigned,
+                               unsigned*)
 {
     return 0;
 }
@@ -21,7 +22,7 @@ TEST(Thread, A_thread_that_cannot_be_created_has_no_handle_and_frees_its_body)
 {
     const auto captured = std::make_shared<int>(1);
     {
-        const ImportPatch patch("_beginthreadex", Refuse);
+        const ImportPatch patch("_beginthreadex", RefuseThread);
         const system::thread::v1::Thread thread([captured] { FAIL(); });
         EXPECT_EQ(nullptr, thread.Handle());
     }

@@ -13,7 +13,7 @@ bool IsOpen(HANDLE handle)
     return GetHandleInformation(handle, &flags) != FALSE;
 }
 
-HANDLE MakeEvent()
+HANDLE MakeRawEvent()
 {
     return CreateEventA(nullptr, TRUE, FALSE, nullptr);
 }
@@ -22,7 +22,7 @@ HANDLE MakeEvent()
 
 TEST(UniqueHandle, The_handle_is_closed_at_the_end_of_its_owner)
 {
-    const HANDLE event = MakeEvent();
+    const HANDLE event = MakeRawEvent();
     {
         const UniqueKernelHandle owner(event);
         EXPECT_TRUE(owner);
@@ -40,9 +40,9 @@ TEST(UniqueHandle, Null_and_the_invalid_handle_value_count_as_empty)
 
 TEST(UniqueHandle, A_move_hands_the_handle_over_and_closes_the_one_it_replaces)
 {
-    const HANDLE event = MakeEvent();
+    const HANDLE event = MakeRawEvent();
     UniqueKernelHandle source(event);
-    UniqueKernelHandle target(MakeEvent());
+    UniqueKernelHandle target(MakeRawEvent());
     const HANDLE replaced = target.Get();
     target = std::move(source);
     EXPECT_FALSE(source); // NOLINT(bugprone-use-after-move): promised
@@ -52,7 +52,7 @@ TEST(UniqueHandle, A_move_hands_the_handle_over_and_closes_the_one_it_replaces)
 
 TEST(UniqueHandle, A_released_handle_stays_open)
 {
-    UniqueKernelHandle owner(MakeEvent());
+    UniqueKernelHandle owner(MakeRawEvent());
     const UniqueKernelHandle mine(owner.Release());
     EXPECT_FALSE(owner);
     EXPECT_TRUE(IsOpen(mine.Get()));
@@ -60,12 +60,12 @@ TEST(UniqueHandle, A_released_handle_stays_open)
 
 TEST(UniqueHandle, Put_closes_the_held_handle_and_takes_the_new_one)
 {
-    UniqueKernelHandle owner(MakeEvent());
+    UniqueKernelHandle owner(MakeRawEvent());
     const HANDLE replaced = owner.Get();
     HANDLE* const out = owner.Put();
     EXPECT_FALSE(IsOpen(replaced));
     EXPECT_FALSE(owner);
-    const HANDLE opened = MakeEvent();
+    const HANDLE opened = MakeRawEvent();
     *out = opened;
     EXPECT_EQ(opened, owner.Get());
     owner.Reset();
@@ -74,7 +74,7 @@ TEST(UniqueHandle, Put_closes_the_held_handle_and_takes_the_new_one)
 
 TEST(UniqueHandle, Closing_keeps_the_last_error_of_the_thread)
 {
-    UniqueKernelHandle owner(MakeEvent());
+    UniqueKernelHandle owner(MakeRawEvent());
     SetLastError(1234);
     owner.Reset();
     EXPECT_EQ(1234U, GetLastError());

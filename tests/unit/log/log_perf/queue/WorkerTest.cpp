@@ -34,8 +34,6 @@ protected:
     GuardedReceivers receivers_;
 };
 
-} // namespace
-
 TEST_F(WorkerTest, Each_record_reaches_the_sink_in_order)
 {
     Worker worker(queue_, receivers_, 1000, [] {});
@@ -87,4 +85,5 @@ TEST_F(WorkerTest, A_report_that_throws_costs_neither_records_nor_later_reports)
     EXPECT_THAT(sink_.Texts(), ElementsAre("text"));
 }
 
+} // namespace
 } // namespace vqrx::test
