@@ -1,5 +1,7 @@
 #include "HostWmi.h"
 
+#include "WbemLocator.h"
+
 #include "com/ComApartment.h"
 #include "com/ComPtr.h"
 #include "com/UniqueBstr.h"
@@ -15,9 +17,6 @@ namespace {
 using system::com::v1::ComPtr;
 using system::com::v1::UniqueBstr;
 using system::com::v1::UniqueVariant;
-
-constexpr CLSID kWbemLocator = {
-    0x4590F811, 0x1D3A, 0x11D0, {0x89, 0x1F, 0x00, 0xAA, 0x00, 0x4B, 0x2E, 0x24}};
 
 bool HasText(IWbemClassObject* object, const wchar_t* property)
 {

@@ -1,5 +1,7 @@
 #include "PrefixClass.h"
 
+#include "WbemLocator.h"
+
 #include "ChildProcess.h"
 #include "HostWmi.h"
 #include "StandInFirewall.h"
@@ -16,9 +18,7 @@ namespace {
 
 using system::win32::v1::UniqueRegistryKey;
 
-constexpr const wchar_t* kHostLibrary = L"HostLibrary"; // value with the path of the host's library
-constexpr CLSID kWbemLocator = {
-    0x4590F811, 0x1D3A, 0x11D0, {0x89, 0x1F, 0x00, 0xAA, 0x00, 0x4B, 0x2E, 0x24}};
+constexpr const wchar_t* kHostLibrary = L"HostLibrary";
 constexpr CLSID kFirewallClasses[] = {
     {0x304CE942, 0x6E39, 0x40D8, {0x94, 0x3A, 0xB9, 0x13, 0xC4, 0x0C, 0x9C, 0xD4}},
     {0xE2B3C97F, 0x6AE1, 0x41AC, {0x81, 0x7A, 0xF6, 0xF9, 0x21, 0x66, 0xD7, 0xDD}},
