@@ -42,7 +42,7 @@ bool ReadExpectFile(const std::string& path, ExpectFile& file)
     return file.errors.empty();
 }
 
-std::string Describe(const DaemonStatus& daemon)
+std::string ResultText(const DaemonStatus& daemon)
 {
     return (daemon.id ? "daemon " + std::to_string(*daemon.id) + ", " : std::string()) +
            "process " + std::to_string(*daemon.processId) + ", up since " +
@@ -55,7 +55,7 @@ void PrintAsText(const std::vector<ExpectationResult>& results,
     for (const ExpectationResult& result : results) {
         PrintText((result.daemon ? "ok       " : "missing  ") +
                   Printable(TextOf(result.program) + ": " +
-                            (result.daemon ? Describe(daemons[*result.daemon]) : result.note)) +
+                            (result.daemon ? ResultText(daemons[*result.daemon]) : result.note)) +
                   "\n");
     }
 }

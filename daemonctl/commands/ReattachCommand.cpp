@@ -67,7 +67,7 @@ void PrintLost(const FormerDaemon& former, const std::string& why)
 // The supervisor receives only a process id, and the plan may be old: another process can have the
 // id by now. So this function holds the process open, which reserves its id, and checks it again.
 // @return whether the supervisor attached the process
-bool Attach(SupervisorClient& supervisor, const FormerDaemon& former)
+bool AttachFormer(SupervisorClient& supervisor, const FormerDaemon& former)
 {
     const HeldProcess process(*former.processId);
     const ProcessFacts facts = process.Facts();
@@ -122,7 +122,7 @@ void Carry(SupervisorClient& supervisor, const FormerDaemon& former, bool dryRun
         ++count.attached;
         PrintText(NameOf(former) + "would be attached\n");
     } else {
-        ++(Attach(supervisor, former) ? count.attached : count.lost);
+        ++(AttachFormer(supervisor, former) ? count.attached : count.lost);
     }
 }
 

@@ -170,7 +170,7 @@ TEST_F(Upgrade, Reattach_reads_from_a_listing_the_daemons_that_the_log_no_longer
                 ""}));
     const Answer wrong = Daemonctl("reattach --from " + File("wrong.json", "{}"));
     EXPECT_EQ(wrong.exitCode, 2U);
-    EXPECT_NE(wrong.error.find("no listing of daemonctl ps --json"), std::string::npos) << wrong;
+    EXPECT_NE(wrong.error.find("not a listing of daemonctl ps --json"), std::string::npos) << wrong;
 }
 
 TEST_F(Upgrade, Reattach_reports_a_process_that_the_supervisor_refuses_to_attach)

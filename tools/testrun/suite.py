@@ -12,6 +12,8 @@ ENDED = re.compile(r"^\s*\d+/(\d+) Test\s+#\d+: (\S+) \.*\s*(.*?)\s+([\d.]+) sec
 CASES = (re.compile(r"^\[==========\] (\d+) tests? from .* ran\.", re.M),
          re.compile(r"^Ran (\d+) tests? in ", re.M))
 FAILED_CASE = re.compile(r"^\[  FAILED  \] ([\w/]+\.[\w/]+)(?: \(|,|$)", re.M)
+# What a GoogleTest program prints of cases that pass.
+SETTLED = re.compile(r"^\[( RUN      |       OK |----------)\]|^-{10}|^$")
 
 
 @dataclasses.dataclass
@@ -115,8 +117,8 @@ def read_log(path):
 
 def failure(preset, test, result, seconds, output):
     """The output of a failed test, with the commands that repeat it alone."""
-    body = output.split("Output:\n", 1)[-1]
-    lines = body.splitlines()
+    body = output.split("Output:\n", 1)[-1].split("\n<end of output>", 1)[0]
+    lines = [line for line in body.splitlines() if not SETTLED.match(line)]
     if len(lines) > 200:
         lines = lines[:60] + [f"... {len(lines) - 180} lines: build/{preset}/Testing ..."] + lines[-120:]
     text = [f"== {preset}: {test['name']} failed ({result}, {seconds:.0f} s)", *lines,

@@ -11,7 +11,7 @@ namespace {
 using namespace encoding::utf::v1;
 using Bytes = std::vector<std::uint8_t>;
 
-std::string Error(const Bytes& bytes, int from, int to)
+std::string TranscodeError(const Bytes& bytes, int from, int to)
 {
     try {
         static_cast<void>(Transcode(bytes.data(), bytes.size(), from, to));
@@ -54,27 +54,27 @@ TEST(Transcode, Text_is_converted_both_ways_and_the_result_names_its_encoding)
 
 TEST(Transcode, A_zero_character_is_an_error)
 {
-    EXPECT_EQ("invalid Unicode codepoint", Error({0x41, 0x00}, kUtf8, kUtf16Le));
-    EXPECT_EQ("invalid Unicode codepoint", Error({0xE0, 0x80, 0x80}, kUtf8, kUtf8));
+    EXPECT_EQ("invalid Unicode codepoint", TranscodeError({0x41, 0x00}, kUtf8, kUtf16Le));
+    EXPECT_EQ("invalid Unicode codepoint", TranscodeError({0xE0, 0x80, 0x80}, kUtf8, kUtf8));
 }
 
 TEST(Transcode, Surrogates_and_values_above_10FFFF_are_errors)
 {
-    EXPECT_EQ("invalid Unicode codepoint", Error({0xED, 0xA0, 0x80}, kUtf8, kUtf8));
-    EXPECT_EQ("invalid Unicode codepoint", Error({0xF4, 0x90, 0x80, 0x80}, kUtf8, kUtf8));
-    EXPECT_EQ("invalid Unicode codepoint", Error({0x00, 0xDC}, kUtf16Le, kUtf8));
-    EXPECT_EQ("accepted", Error({0xF4, 0x8F, 0xBF, 0xBF}, kUtf8, kUtf8));
+    EXPECT_EQ("invalid Unicode codepoint", TranscodeError({0xED, 0xA0, 0x80}, kUtf8, kUtf8));
+    EXPECT_EQ("invalid Unicode codepoint", TranscodeError({0xF4, 0x90, 0x80, 0x80}, kUtf8, kUtf8));
+    EXPECT_EQ("invalid Unicode codepoint", TranscodeError({0x00, 0xDC}, kUtf16Le, kUtf8));
+    EXPECT_EQ("accepted", TranscodeError({0xF4, 0x8F, 0xBF, 0xBF}, kUtf8, kUtf8));
 }
 
 TEST(Transcode, Malformed_input_is_reported_before_an_invalid_code_point)
 {
-    EXPECT_EQ("unfinished utf-8 sequence", Error({0x00, 0xC3}, kUtf8, kUtf8));
+    EXPECT_EQ("unfinished utf-8 sequence", TranscodeError({0x00, 0xC3}, kUtf8, kUtf8));
 }
 
 TEST(Transcode, The_error_for_an_unknown_encoding_has_its_number)
 {
-    EXPECT_EQ("unknown encoding 3", Error({0x41}, 3, kUtf8));
-    EXPECT_EQ("unknown encoding 0", Error({0x41}, kUtf8, 0));
+    EXPECT_EQ("unknown encoding 3", TranscodeError({0x41}, 3, kUtf8));
+    EXPECT_EQ("unknown encoding 0", TranscodeError({0x41}, kUtf8, 0));
     EXPECT_EQ(nullptr, CreateParser(0));
     EXPECT_EQ(nullptr, CreateEmitter(3));
 }
@@ -190,7 +190,7 @@ TEST(WideToUtf8, Random_text_converts_as_the_parser_and_the_emitter_do)
             bytes.push_back(static_cast<std::uint8_t>(unit));
             bytes.push_back(static_cast<std::uint8_t>(unit >> 8));
         }
-        const std::string error = Error(bytes, kUtf16Le, kUtf8);
+        const std::string error = TranscodeError(bytes, kUtf16Le, kUtf8);
         ASSERT_EQ(error, WideError(text));
         if (error == "accepted") {
             const Bytes expected = Utf8FromUtf16(bytes);

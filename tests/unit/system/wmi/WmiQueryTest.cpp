@@ -101,7 +101,8 @@ TEST_F(WmiQueryTest, Missing_property_throws_the_failure_of_the_object)
 
 TEST_F(WmiQueryTest, Failures_of_the_query_and_of_Next_are_thrown)
 {
-    TheWmiScript().failAtNext = 2;
+    Answer({PropertyAnswer{}});
+    TheWmiScript().failAtNext = 2; // after the one object
     EXPECT_EQ(E_ABORT, FailureOfPath());
     TheWmiScript().query = E_ACCESSDENIED;
     EXPECT_EQ(E_ACCESSDENIED, FailureOfPath());
