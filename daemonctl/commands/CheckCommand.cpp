@@ -42,7 +42,7 @@ bool ReadExpectFile(const std::string& path, ExpectFile& file)
     return file.errors.empty();
 }
 
-std::string ResultText(const DaemonStatus& daemon)
+std::string FoundDaemonText(const DaemonStatus& daemon)
 {
     return (daemon.id ? "daemon " + std::to_string(*daemon.id) + ", " : std::string()) +
            "process " + std::to_string(*daemon.processId) + ", up since " +
@@ -53,10 +53,11 @@ void PrintAsText(const std::vector<ExpectationResult>& results,
                  const std::vector<DaemonStatus>& daemons)
 {
     for (const ExpectationResult& result : results) {
-        PrintText((result.daemon ? "ok       " : "missing  ") +
-                  Printable(TextOf(result.program) + ": " +
-                            (result.daemon ? ResultText(daemons[*result.daemon]) : result.note)) +
-                  "\n");
+        PrintText(
+            (result.daemon ? "ok       " : "missing  ") +
+            Printable(TextOf(result.program) + ": " +
+                      (result.daemon ? FoundDaemonText(daemons[*result.daemon]) : result.note)) +
+            "\n");
     }
 }
 
