@@ -15,7 +15,7 @@ namespace vqrx::client::v0 {
 [[nodiscard]] std::string ToText(const AttributedRecord& attributed);
 
 /// Formats a record as one line for programs, without a line end: a JSON object. Programs depend on
-/// the names of its members, which docs/daemonctl.md lists.
+/// the names of its members, which docs/daemonctl-log.md lists.
 [[nodiscard]] std::string ToJson(const AttributedRecord& attributed);
 
 /// Formats the JSON line that stands in place of overwritten records.
