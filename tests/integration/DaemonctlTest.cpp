@@ -47,7 +47,7 @@ TEST(Daemonctl, The_help_of_every_command_shows_an_example)
     }
 }
 
-TEST(Daemonctl, Commands_without_a_supervisor_say_what_to_do)
+TEST(Daemonctl, Commands_without_a_supervisor_print_how_to_start_it)
 {
     for (const char* arguments : {"launch x.exe", "stop 1", "attach 1", "detach 1", "exit"}) {
         EXPECT_EQ(Daemonctl(arguments),
@@ -58,7 +58,7 @@ TEST(Daemonctl, Commands_without_a_supervisor_say_what_to_do)
     }
 }
 
-TEST(Daemonctl, Commands_without_the_proxy_say_what_to_register)
+TEST(Daemonctl, Commands_without_the_proxy_print_how_to_register_it)
 {
     const TempFolder root;
     std::filesystem::create_directory(root.Path() / "App");

@@ -50,13 +50,13 @@ TEST(COMException, A_small_code_is_shown_without_leading_zeros)
     EXPECT_EQ(0U, std::string(COMException(5).what()).find("COM Error 5: "));
 }
 
-TEST(COMException, It_is_caught_as_global_VantoroException_and_as_std_exception)
+TEST(COMException, Handlers_for_global_VantoroException_and_for_std_exception_catch_it)
 {
     EXPECT_THROW(throw COMException(E_FAIL), ::VantoroException);
     EXPECT_THROW(throw COMException(E_FAIL), std::exception);
 }
 
-TEST(COMException, It_is_not_caught_as_VantoroException_of_the_library)
+TEST(COMException, A_handler_for_VantoroException_of_the_library_does_not_catch_it)
 {
     std::string caught;
     try {
@@ -100,7 +100,7 @@ TEST(COMException, what_uses_the_Describe_of_a_subclass)
     EXPECT_EQ(1, exception.described);
 }
 
-TEST(ThrowIfFailed, It_throws_only_for_failures)
+TEST(ThrowIfFailed, Only_a_failure_code_throws)
 {
     EXPECT_NO_THROW(ThrowIfFailed(S_OK));
     EXPECT_NO_THROW(ThrowIfFailed(S_FALSE));
@@ -168,7 +168,7 @@ TEST(COMException, Without_memory_the_description_is_two_words)
     EXPECT_LT(0U, failures);
 }
 
-TEST(CAtlException, It_carries_a_Windows_error_as_a_result_code)
+TEST(CAtlException, ThrowWin32_turns_a_Windows_error_into_a_result_code)
 {
     const auto codeFor = [](DWORD error) {
         try {
@@ -182,7 +182,7 @@ TEST(CAtlException, It_carries_a_Windows_error_as_a_result_code)
     EXPECT_EQ(E_FAIL, codeFor(static_cast<DWORD>(E_FAIL)));
 }
 
-TEST(CAtlException, It_is_not_caught_as_std_exception)
+TEST(CAtlException, A_handler_for_std_exception_does_not_catch_a_CAtlException)
 {
     bool standard = true;
     try {

@@ -23,13 +23,13 @@ TEST(ExceptionTemplate, what_returns_the_message)
     EXPECT_STREQ("invalid path []", FileError("invalid path []").what());
 }
 
-TEST(ExceptionTemplate, It_is_caught_as_VantoroException_and_as_std_exception)
+TEST(ExceptionTemplate, Handlers_for_VantoroException_and_for_std_exception_catch_it)
 {
     EXPECT_THROW(throw FileError("x"), VantoroException);
     EXPECT_THROW(throw FileError("x"), std::exception);
 }
 
-TEST(ExceptionTemplate, It_is_not_caught_as_the_exception_of_another_tag)
+TEST(ExceptionTemplate, A_handler_for_another_tag_does_not_catch_it)
 {
     std::string caught;
     try {
