@@ -22,8 +22,8 @@ endif()
 add_library(dm_options INTERFACE)
 target_compile_options(dm_options INTERFACE
     $<$<COMPILE_LANGUAGE:CXX>:-Wall;-Wextra;-Wpedantic;-Wconversion;-Wshadow;-Werror>
-    # Identical bytes from two builds of one commit, wherever they are made. Where the counts of a
-    # coverage build go is told by its paths.
+    # Two builds of one commit give identical bytes, wherever they are made. A coverage build keeps
+    # its paths: they name the files for its counts.
     $<$<COMPILE_LANGUAGE:C,CXX>:${map_source}>
     $<$<COMPILE_LANGUAGE:C,CXX>:${map_binary}>)
 

@@ -7,9 +7,11 @@
 ; Exit codes:
 ;   0  installed
 ;   1  cancelled
-;   2  failed; a supervisor that ran before runs again
-;   3  installed, but not every daemon was handed over to the new supervisor ("daemonctl reattach"
-;      shows why)
+;   2  failed. A supervisor that the installer had ended is started again. If the old supervisor did
+;      not end within two minutes, it is not started again: it ends later, and somebody has to
+;      start it.
+;   3  installed, but the new supervisor did not answer within two minutes, or not every daemon was
+;      handed over to it ("daemonctl reattach" shows why)
 ; The installer never changes a configuration or a log that existed before, and never ends a daemon.
 Target amd64-unicode ; a 64-bit program sees the registry and System32 as the supervisor does
 Unicode true
