@@ -14,7 +14,8 @@
 
 namespace {
 
-using namespace vqrx::client::v0; // NOLINT(google-build-using-namespace): its program
+// NOLINTNEXTLINE(google-build-using-namespace): this file is the client's main program
+using namespace vqrx::client::v0;
 
 int Run()
 {
@@ -65,7 +66,7 @@ int main()
     } catch (const std::exception& exception) {
         std::cerr << "daemonctl: " << exception.what() << std::endl;
     } catch (...) {
-        std::cerr << "daemonctl: out of memory" << std::endl;
+        std::cerr << "daemonctl: an error without a description" << std::endl;
     }
     return vqrx::client::v0::kRefused;
 }

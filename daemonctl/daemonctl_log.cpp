@@ -11,7 +11,8 @@
 
 namespace {
 
-using namespace vqrx::client::v0; // NOLINT(google-build-using-namespace): its program
+// NOLINTNEXTLINE(google-build-using-namespace): this file is the client's main program
+using namespace vqrx::client::v0;
 
 int Run(int argc, char** argv)
 {
@@ -40,7 +41,7 @@ int main(int argc, char** argv)
     } catch (const std::exception& exception) {
         std::cerr << "daemonctl-log: " << exception.what() << std::endl;
     } catch (...) {
-        std::cerr << "daemonctl-log: out of memory" << std::endl;
+        std::cerr << "daemonctl-log: an error without a description" << std::endl;
     }
     return vqrx::client::v0::kRefused;
 }

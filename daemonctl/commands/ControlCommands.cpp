@@ -115,7 +115,7 @@ void AddControlCommands(CLI::App& app, int& exitCode,
         ->transform(DecimalNumber());
     command->footer("Example:\n  daemonctl stop 3\n"
                     "The supervisor asks the process to quit, waits at most 30 seconds, and then\n"
-                    "terminates it. An attached process is only detached, and runs on.\n"
+                    "terminates it. An attached process runs on: use detach for it.\n"
                     "Exit code 1: no process was stopped.");
 
     command = AddCommand(app, exitCode, "attach",

@@ -137,17 +137,18 @@ void AddDoctorCommand(CLI::App& app, int& exitCode)
 {
     const auto options = std::make_shared<DoctorOptions>();
     CLI::App* const command = app.add_subcommand(
-        "doctor", "Check all that the supervisor needs, and say how to mend what is wrong");
-    command->add_flag("--json", options->json, "One JSON object");
+        "doctor", "Check what the supervisor needs, and print how to mend each fault");
+    command->add_flag("--json", options->json, "Print one JSON object");
     command->add_flag("--prune", options->prune,
-                      "Remove firewall rules of programs that are gone, after showing them");
-    command->footer("Examples:\n"
-                    "  daemonctl doctor\n"
-                    "  daemonctl doctor --prune\n"
-                    "  daemonctl doctor --json\n"
-                    "Exit code: the worst found. 0 all is well, 1 warnings, 3 no supervisor is\n"
-                    "running or its proxy/stub is not registered, 4 another failure. Without\n"
-                    "--prune nothing is changed.");
+                      "Print the firewall rules of programs that are gone, and remove them");
+    command->footer(
+        "Examples:\n"
+        "  daemonctl doctor\n"
+        "  daemonctl doctor --prune\n"
+        "  daemonctl doctor --json\n"
+        "Exit code 0: all is well; 1: there are warnings; 3: no supervisor runs, or its\n"
+        "proxy/stub is not registered, and nothing else failed; 4: another check failed.\n"
+        "Without --prune the command changes nothing.");
     command->callback([&exitCode, options] { exitCode = Doctor(*options); });
 }
 

@@ -36,8 +36,9 @@ void AddPsCommand(CLI::App& app, int& exitCode)
         "  daemonctl ps\n"
         "  daemonctl ps --json > before.json\n"
         "A daemon is shown as running only if the process that has its process id runs the program\n"
-        "of the log and was created at the time of the log. ID is - for a program that could never\n"
-        "be started, and for a process that the log no longer shows (RESTARTS is then ?).\n"
+        "of the log and was created at the time of its start, or before it was attached. ID is -\n"
+        "for a program that could never be started, and for a process that the log no longer shows\n"
+        "(RESTARTS is then ?).\n"
         "12+ means that the log still shows 12 restarts and may have lost earlier ones.");
     command->callback([&exitCode, json] {
         exitCode =

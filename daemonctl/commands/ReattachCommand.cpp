@@ -85,7 +85,7 @@ bool AttachFormer(SupervisorClient& supervisor, const FormerDaemon& former)
     }
     PrintText(NameOf(former) + "attached as daemon " + std::to_string(answer.daemonId) + "\n");
     if (former.service) {
-        PrintText("  a service; its arguments for a restart are not known. To set them: "
+        PrintText("  a service; its arguments for a restart are not known. To give them: "
                   "daemonctl detach " +
                   std::to_string(answer.daemonId) + ", daemonctl attach " +
                   std::to_string(*former.processId) + " ARG...\n");
@@ -165,8 +165,8 @@ void AddReattachCommand(CLI::App& app, int& exitCode)
         "Without --from the command finds the daemons in the log; it does not find a daemon whose\n"
         "start the log no longer shows. It attaches a process only if its program and its time of\n"
         "creation show that it is still the process of the daemon. The supervisor restarts an\n"
-        "attached daemon like a launched one, but daemonctl stop only detaches it, and its process\n"
-        "runs on.\n"
+        "attached daemon like a launched one, but daemonctl stop does not end its process. To let\n"
+        "the daemon go, use daemonctl detach.\n"
         "Exit code 0: all are attached; 1: there was none to attach; 4: some could not be attached.");
     command->callback([&exitCode, options] {
         std::vector<ListedProcess> listed;

@@ -50,10 +50,20 @@ std::string MakePage(const ReportArguments& arguments, const std::string& path,
     return ReportHtml(MakeReportModel(timeline.Finish()), path, offset.value_or(0));
 }
 
-int Report(const ReportArguments& arguments, const std::string& path)
+int Report(const ReportArguments& arguments, const LogPath& defaultPath)
 {
+    std::string path;
+    std::string html;
     ScanSummary summary;
-    const std::string html = MakePage(arguments, path, summary);
+    // An exception of WriteReport below is no failure to read the log, and passes.
+    const int read = WithLogFile(arguments, defaultPath, [&](const std::string& file) {
+        path = file;
+        html = MakePage(arguments, path, summary);
+        return static_cast<int>(kDone);
+    });
+    if (read != kDone) {
+        return read;
+    }
     if (!WriteReport(arguments.output, html)) {
         PrintError(arguments, arguments.output + " cannot be written");
         return kRefused;
@@ -90,10 +100,7 @@ void AddReportCommand(CLI::App& app, int& exitCode, const LogPath& path)
         "pointer. The page covers the records that the log still holds.\n"
         "Exit code 4: the page cannot be written; 5: the log, or some lines of it, cannot\n"
         "be read.");
-    command->callback([&exitCode, arguments, path] {
-        exitCode = WithLogFile(*arguments, path,
-                               [&](const std::string& file) { return Report(*arguments, file); });
-    });
+    command->callback([&exitCode, arguments, path] { exitCode = Report(*arguments, path); });
 }
 
 } // namespace vqrx::client::v0

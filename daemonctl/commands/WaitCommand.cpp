@@ -107,9 +107,9 @@ void AddWaitCommand(CLI::App& app, int& exitCode)
         "  daemonctl wait 3 --for running --timeout 10\n"
         "  daemonctl wait 3 --for restarted\n"
         "running: the daemon has a process.\n"
-        "ended: the process that the daemon has now has ended, even if the supervisor has started\n"
-        "the next one since; at once if the daemon has no process.\n"
-        "restarted: the daemon has another process than it has now.\n"
+        "ended: the process that runs when the command begins has ended, even if the supervisor\n"
+        "has started the next one since; at once if the daemon has no process.\n"
+        "restarted: the daemon has another process than when the command began.\n"
         "Exit code 1: the daemon did not reach the state in this time.");
     command->callback([&exitCode, options] {
         exitCode =

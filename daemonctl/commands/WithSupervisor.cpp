@@ -17,8 +17,7 @@ int WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& 
         return operation(supervisor);
     } catch (const daemon_manager::SupervisorNotRunning& exception) {
         std::cerr << "daemonctl: " << exception.what()
-                  << "\n  Start DaemonManager.exe, as the same user or as administrator."
-                  << std::endl;
+                  << "\n  Start DaemonManager.exe as this user or as administrator." << std::endl;
         return kNoSupervisor;
     } catch (const daemon_manager::ProxyNotRegistered& exception) {
         std::cerr << "daemonctl: " << exception.what()

@@ -15,8 +15,8 @@ std::string FirmwareRoot()
 {
     std::string root;
     if (!installation::TryGetFirmwareRoot(root)) {
-        throw std::runtime_error("the registry does not name the folder of the firmware; "
-                                 "name the log file with --file");
+        throw std::runtime_error("the registry does not name the firmware root; see daemonctl "
+                                 "doctor (log and report: name the log file with --file)");
     }
     return root;
 }

@@ -53,7 +53,7 @@ TEST(Daemonctl, Commands_without_a_supervisor_print_how_to_start_it)
         EXPECT_EQ(Daemonctl(arguments),
                   (Answer{3, "",
                           "daemonctl: no supervisor is running on this machine\n"
-                          "  Start DaemonManager.exe, as the same user or as administrator.\n"}))
+                          "  Start DaemonManager.exe as this user or as administrator.\n"}))
             << arguments;
     }
 }

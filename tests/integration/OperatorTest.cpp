@@ -57,7 +57,7 @@ TEST(Operator, Commands_report_that_no_supervisor_runs)
         EXPECT_EQ(Daemonctl(arguments),
                   (Answer{3, "",
                           "daemonctl: no supervisor is running on this machine\n"
-                          "  Start DaemonManager.exe, as the same user or as administrator.\n"}))
+                          "  Start DaemonManager.exe as this user or as administrator.\n"}))
             << arguments;
     }
 }

@@ -1,5 +1,6 @@
 #include "Commands.h"
 
+#include "ExitCode.h"
 #include "TempFolder.h"
 
 #include <gmock/gmock.h>
@@ -8,7 +9,10 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
+#include <new>
+#include <streambuf>
 #include <string>
 #include <vector>
 
@@ -18,6 +22,29 @@ namespace {
 using client::v0::AddReportCommand;
 using testing::HasSubstr;
 using testing::StartsWith;
+
+/// Replaces the buffer of std::cout: each write to std::cout throws std::bad_alloc.
+class ThrowingOutput : public std::streambuf {
+public:
+    ThrowingOutput()
+        : before_(std::cout.rdbuf(this))
+    {
+        std::cout.exceptions(std::ios::badbit);
+    }
+    ThrowingOutput(const ThrowingOutput&) = delete;
+    ThrowingOutput& operator=(const ThrowingOutput&) = delete;
+    ~ThrowingOutput() override
+    {
+        std::cout.exceptions(std::ios::goodbit);
+        std::cout.rdbuf(before_); // also clears the state of std::cout
+    }
+
+protected:
+    int_type overflow(int_type) override { throw std::bad_alloc(); }
+
+private:
+    std::streambuf* before_;
+};
 
 class ReportCommand : public testing::Test {
 protected:
@@ -30,7 +57,11 @@ protected:
         std::reverse(arguments.begin(), arguments.end());
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
-        app.parse(arguments);
+        try {
+            app.parse(arguments);
+        } catch (const std::exception&) {
+            exitCode = client::v0::kRefused; // as the client's main function does
+        }
         output_ = testing::internal::GetCapturedStdout();
         errors_ = testing::internal::GetCapturedStderr();
         return exitCode;
@@ -79,6 +110,14 @@ TEST_F(ReportCommand, reports_a_log_that_cannot_be_read_and_a_page_that_cannot_b
     EXPECT_THAT(errors_, HasSubstr(" cannot be written"));
     std::ofstream(path_, std::ios::binary | std::ios::trunc) << "no log\r\n";
     EXPECT_EQ(Run(page_), 5);
+}
+
+TEST_F(ReportCommand, an_exception_while_the_page_is_written_does_not_blame_the_log)
+{
+    SaveLog();
+    const ThrowingOutput output;
+    EXPECT_EQ(Run("-"), 4);
+    EXPECT_EQ(errors_, "");
 }
 
 } // namespace
