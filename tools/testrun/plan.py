@@ -19,7 +19,7 @@ PRESETS = (
     Preset("native-tsan", ("native", "test"), "host", 2),
     Preset("fuzz", ("native", "fuzz"), "host", 2),
 )
-QUICK = ("windows", "native")
+QUICK = ("windows-debug", "native")  # the quickest builds that run every kind of test
 LINT_PACKAGES = ("lint",)
 LINT_NEEDS = ("windows-debug", "native")  # whose compile commands the linter reads
 
