@@ -147,8 +147,8 @@ void AddDoctorCommand(CLI::App& app, int& exitCode)
         "  daemonctl doctor --prune\n"
         "  daemonctl doctor --json\n"
         "Exit code 0: all is well; 1: there are warnings; 3: no supervisor runs, or its\n"
-        "proxy/stub is not registered, and nothing else failed; 4: another check failed.\n"
-        "Without --prune the command changes nothing.");
+        "proxy/stub is not registered, and nothing else failed; 4: another check or a\n"
+        "removal failed. Without --prune the command changes nothing.");
     command->callback([&exitCode, options] { exitCode = Doctor(*options); });
 }
 

@@ -20,7 +20,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr int kEveryLevel = 3;
+constexpr int kEveryLevel = kDetailRecord;
 
 struct LogArguments : LogOptions {
     bool follow = false;

@@ -20,8 +20,8 @@ struct FormerDaemon {
     };
     Plan plan = Plan::lost;
     std::optional<std::uint32_t> id; ///< in the former supervisor; nothing: not known
-    std::optional<std::uint32_t>
-        processId;                      ///< nothing: it had no process when that supervisor ended
+    /// Nothing: the daemon had no process when that supervisor ended.
+    std::optional<std::uint32_t> processId;
     std::optional<std::uint32_t> newId; ///< already: the id in the running supervisor
     std::int64_t createdMs = 0; ///< attach: when Windows created the process, ms since 1970, UTC
     std::string image;          ///< attach: full path of the program, from Windows

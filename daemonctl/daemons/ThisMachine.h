@@ -29,7 +29,8 @@ public:
 /// @throws std::runtime_error if the registry does not name the firmware root
 [[nodiscard]] ProcessSource SourceOfThisMachine();
 
-/// Finds the running processes that DaemonManager.exe has started, without console hosts.
+/// Finds the running processes that DaemonManager.exe has started, except console hosts and
+/// processes that this user may not open.
 /// @return empty if no process or several processes run a file named DaemonManager.exe
 [[nodiscard]] std::vector<ProcessFacts> ChildrenOfSupervisor();
 

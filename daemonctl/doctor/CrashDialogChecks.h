@@ -12,7 +12,7 @@ namespace vqrx::client::v0 {
 struct CrashDialogFacts {
     bool reportingDisabled = false; ///< "Disabled" is 1 for the machine, as setting or as policy
     bool dialogsOff = false;        ///< "DontShowUI" is 1 for the machine, as setting or as policy
-    bool offForThisUser = false;    ///< one of both is 1 for this user
+    bool offForThisUser = false;    ///< "Disabled" or "DontShowUI" is 1 for this user
     std::string debugger;           ///< command of "AeDebug", UTF-8; empty: no debugger starts
     std::uint32_t errorMode = 0;    ///< "ErrorMode": 2 = Windows shows no message boxes of its own
 };

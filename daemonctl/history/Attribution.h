@@ -49,10 +49,10 @@ public:
     explicit Attributor(Found found);
 
     /// Takes the next record of the log. An end and the records after it are kept until its daemon
-    /// is known, 256 records at most.
+    /// is known. If it is unknown after 256 records, they are handed out with kNone.
     void Add(Record record);
 
-    /// Hands out the records that are kept.
+    /// Hands out the records that are kept. Call it after the last Add.
     void Flush();
 
 private:

@@ -5,8 +5,8 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// The level of the message about the first start of a launched daemon. A restart is a warning, 1.
-constexpr int kFirstStartLevel = 2;
+// The level of the message about the first start of a launched daemon. A restart is a warning.
+constexpr int kFirstStartLevel = kInformationRecord;
 
 // Finds the daemon of a record, or adds it to the run.
 DaemonHistory& DaemonOf(SupervisorRun& run, const AttributedRecord& attributed)

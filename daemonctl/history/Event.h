@@ -11,8 +11,9 @@ namespace vqrx::client::v0 {
 enum class EventKind {
     kOther, ///< none of the events below
 
-    kFirewallDetected,  ///< the first message of most runs
-    kFirewallStarting,  ///< at start-up: the firewall is looked for, or is not available
+    kFirewallDetected, ///< the first message of most runs
+    /// At start-up: the supervisor waits for the firewall service, or cannot use the firewall.
+    kFirewallStarting,
     kFirewall,          ///< later: a rule could not be made or removed
     kComSecurityFailed, ///< "CoInitializeSecurity error ..."
     kWmiConnecting,
@@ -25,8 +26,9 @@ enum class EventKind {
     kStartFailed, ///< Windows did not start the process
     kEnded,       ///< a process of a daemon ended; the message does not name the daemon
     kStopped,     ///< a client stopped a daemon, and its process ended
-    kStopFailed,  ///< a client stopped a daemon, and its process runs on unsupervised
-    kAttached,    ///< the supervisor took over a process that was running
+    /// A client tried to stop a daemon; its process runs on unsupervised, or ended a moment before.
+    kStopFailed,
+    kAttached, ///< the supervisor took over a process that was running
     kAttachFailed,
     kDetached, ///< the supervisor gave a process up; it runs on
 

@@ -2,6 +2,8 @@
 
 #include "AsciiCase.h"
 
+#include <algorithm>
+
 namespace vqrx::client::v0 {
 
 bool RecordFilter::Accepts(const AttributedRecord& attributed) const
@@ -11,8 +13,10 @@ bool RecordFilter::Accepts(const AttributedRecord& attributed) const
         (daemonId && attributed.event.daemonId != daemonId)) {
         return false;
     }
-    return contains.empty() ||
-           LowerAscii(record.text).find(LowerAscii(contains)) != std::string::npos;
+    return contains.empty() || std::search(record.text.begin(), record.text.end(), contains.begin(),
+                                           contains.end(), [](char left, char right) {
+                                               return LowerAscii(left) == LowerAscii(right);
+                                           }) != record.text.end();
 }
 
 } // namespace vqrx::client::v0

@@ -9,9 +9,9 @@
 
 namespace vqrx::client::v0 {
 
-/// Formats a record as one line for people, without a line end: date and text. After an
-/// "Exception caught in" message the line names the daemon, which the message itself does not name.
-/// Control characters are spelt out ("\x1B").
+/// Formats a record as one line for people, without a line end: date and text. If the daemon of an
+/// "Exception caught in" message was found, "[daemon 3, process 12]" follows the text, or
+/// "[probably daemon 3, ...]". Control characters are spelt out ("\x1B").
 [[nodiscard]] std::string ToText(const AttributedRecord& attributed);
 
 /// Formats a record as one line for programs, without a line end: a JSON object. Programs depend on

@@ -17,8 +17,9 @@ struct FollowSettings {
 
 /// The calls that FollowLog makes, all on the caller's thread.
 struct FollowEvents {
-    std::function<void(const NewRecords&)> gap; ///< before the first record after missing ones
-    RecordCallback record;                      ///< for each record, in the order of writing
+    /// Before the first record after missing ones, and before the first record of a new log file.
+    std::function<void(const NewRecords&)> gap;
+    RecordCallback record;      ///< for each record, in the order of writing
     std::function<bool()> goOn; ///< after each read of the file; false ends the following
 };
 

@@ -32,7 +32,7 @@ private:
 
     void ReadLine(const RawLine& line);
     void ReadDamagedLine(const RawLine& line, RecordLine parsed);
-    bool IsSurelyWhole(RecordLine& parsed);
+    [[nodiscard]] bool IsSurelyWhole(RecordLine& parsed);
     void KeepUnconfirmed(RecordLine parsed, const std::optional<std::int64_t>& number);
     void GiveUnconfirmed();
     void GiveUnconfirmedBefore(const std::optional<std::int64_t>& number);

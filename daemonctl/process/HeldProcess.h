@@ -16,7 +16,7 @@ public:
     explicit HeldProcess(std::uint32_t processId);
 
     /// Reads the facts about the process that was opened, as they are now.
-    /// @throws std::bad_alloc only
+    /// @throws std::bad_alloc; CodePageError if the path cannot be converted to UTF-8
     [[nodiscard]] ProcessFacts Facts() const;
 
 private:

@@ -23,7 +23,7 @@ struct ProcessFacts {
 };
 
 /// Reads the facts about a process from Windows.
-/// @throws std::bad_alloc only
+/// @throws std::bad_alloc; CodePageError if the path cannot be converted to UTF-8
 [[nodiscard]] ProcessFacts ReadProcessFacts(std::uint32_t processId);
 
 /// Reads the arguments of a running process, UTF-8, without the name of its program.

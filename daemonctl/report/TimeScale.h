@@ -19,7 +19,8 @@ public:
     /// Returns Place in percent, as CSS and SVG write it: "12.500%".
     [[nodiscard]] std::string PlaceText(std::int64_t timeMs) const;
 
-    /// Returns the width of an interval on the axis in percent: "12.500%".
+    /// Returns the length of an interval in percent of the axis: "12.500%". At most 100; 0 if it
+    /// ends before it begins. Parts outside the axis count.
     [[nodiscard]] std::string WidthText(std::int64_t beginMs, std::int64_t endMs) const;
 
 private:

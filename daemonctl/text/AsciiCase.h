@@ -8,13 +8,18 @@ namespace vqrx::client::v0 {
 
 /// Converts A to Z to lower case. Other letters stay, although the file system ignores their case
 /// too.
+[[nodiscard]] constexpr char LowerAscii(char character) noexcept
+{
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
+                                                : character;
+}
+
+/// Converts each A to Z of a text to lower case.
 [[nodiscard]] inline std::string LowerAscii(std::string_view text)
 {
     std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char character) {
-        return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
-                                                    : character;
-    });
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](char character) { return LowerAscii(character); });
     return lower;
 }
 

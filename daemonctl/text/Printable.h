@@ -5,7 +5,8 @@
 
 namespace vqrx::client::v0 {
 
-/// Makes a text harmless for a terminal: writes each control character but the tab as "\x1B".
+/// Makes a text harmless for a terminal: writes each control character except the tab as its code,
+/// for example "\x07" for the bell.
 /// @param utf8  valid UTF-8
 [[nodiscard]] std::string Printable(std::string_view utf8);
 

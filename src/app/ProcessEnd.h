@@ -4,8 +4,8 @@
 
 namespace vqrx::app::v0 {
 
-/// Ends the process after an orderly shutdown has become impossible. Only the functions that tests
-/// pass return.
+/// Ends the process after an orderly shutdown has become impossible. EndThisProcess does
+/// not return. A test passes a function that returns.
 using ProcessEnd = void (*)(UINT exitCode) noexcept;
 
 /// Ends this process at once, with TerminateProcess. ExitProcess would call the clean-up code of

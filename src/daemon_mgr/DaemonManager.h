@@ -17,7 +17,7 @@
 
 namespace vqrx::system::daemon::daemon_mgr::v0 {
 
-/// Settings that tests and the program's owner of the object change.
+/// Settings of a DaemonManager. ManagerReference sets releasedEvent; only tests change stopTimings.
 struct ManagerOptions {
     StopTimings stopTimings;
     /// Decides on which thread the object is deleted.
@@ -39,7 +39,8 @@ struct ManagerOptions {
 /// during its firewall call. Stop and Attach release it before their slow work. The other members
 /// are atomic, or do not change between constructor and destructor.
 ///
-/// Made with new. Deletes itself after the last reference is released.
+/// Made with new. The last Release deletes the object, or lets its maker delete it: see
+/// ManagerOptions::releasedEvent.
 // NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): the vtable's order is COM's
 class DaemonManager final : public IDaemonMgrControl {
 public:
@@ -93,10 +94,10 @@ private:
     // supervision thread has finished its pass and ended. The daemons' processes run on.
     ~DaemonManager();
 
-    HRESULT LaunchDaemon(BSTR path, SAFEARRAY** args, DWORD& daemonId);
-    HRESULT StopDaemon(DWORD daemonId);
-    HRESULT AttachDaemon(DWORD processId, SAFEARRAY** args, DWORD& daemonId);
-    HRESULT DetachDaemon(DWORD daemonId);
+    [[nodiscard]] HRESULT LaunchDaemon(BSTR path, SAFEARRAY** args, DWORD& daemonId);
+    [[nodiscard]] HRESULT StopDaemon(DWORD daemonId);
+    [[nodiscard]] HRESULT AttachDaemon(DWORD processId, SAFEARRAY** args, DWORD& daemonId);
+    [[nodiscard]] HRESULT DetachDaemon(DWORD daemonId);
 
     // Waits for the table lock. @throws std::bad_alloc, without the lock
     [[nodiscard]] LockedTable LockTable();

@@ -64,10 +64,10 @@ bool CanBeAskedTogether(const ProcessInfo& daemon) noexcept
 
 // Moves `entry` past daemons whose processes run. One call to the system asks about up to 64
 // processes, so that a pass does not have to read the exit code of each.
-// @return how many daemons, from `entry` on, the caller must Check one by one before it calls
-//         SkipRunning again: 0 if all of the processes run, 1 for a process that may have ended or
-//         a daemon that cannot be asked about together with others, and the number of processes
-//         asked about if Windows refuses to wait for one of their handles
+// @return how many daemons the caller must Check before it calls SkipRunning again:
+//         - 0: all processes asked about run.
+//         - 1: Check the daemon at `entry`: its process may have ended, or it must be asked alone.
+//         - n: Windows refused the wait. Check the next n daemons one by one.
 std::size_t SkipRunning(DaemonTable::iterator& entry, const DaemonTable::iterator& end) noexcept
 {
     std::array<HANDLE, MAXIMUM_WAIT_OBJECTS> processes; // NOLINT: only the first `count` are read

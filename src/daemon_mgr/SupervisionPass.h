@@ -8,7 +8,9 @@ namespace vqrx::system::daemon::daemon_mgr::v0 {
 /// Checks every daemon once, in the order of the ids, and starts the program of each daemon that
 /// has no running process.
 ///
-/// This is the only place that decides whether a process has ended. It decides by the exit code:
+/// Only this function decides whether a daemon's process has ended and its program is started
+/// again. (A stop waits for the process by itself; daemonctl decides by the process handle.) It decides by
+/// the exit code:
 /// - 259 (STILL_ACTIVE): the process runs. A process that ended with exit code 259 therefore counts
 ///   as running for ever: it is neither reported nor started again.
 /// - Any other code: the process has ended. Its exit code is logged, then the program is started.

@@ -5,7 +5,9 @@
 
 #include <icftypes.h>
 
+#include <algorithm>
 #include <array>
+#include <string_view>
 
 namespace vqrx::host::v0 {
 namespace {
@@ -72,6 +74,16 @@ constexpr std::array kRuleProperties{
     RuleProperty{[](INetFwRule& rule, BSTR, BSTR) { return rule.put_Enabled(VARIANT_TRUE); },
                  "Firewall: Failed to enabled this rule.: 0x%08lx"},
 };
+
+// Log gets these formats from the table, so the compiler does not check its argument against them.
+constexpr bool TakesOneHexadecimalNumber(const RuleProperty& property)
+{
+    constexpr std::string_view kEnd = "0x%08lx";
+    const std::string_view format = property.failure;
+    return format.ends_with(kEnd) && format.find('%') == format.size() - kEnd.size() + 2;
+}
+static_assert(std::all_of(kRuleProperties.begin(), kRuleProperties.end(),
+                          TakesOneHexadecimalNumber));
 
 } // namespace
 

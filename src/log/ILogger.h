@@ -12,7 +12,8 @@ public:
     ILogger(const ILogger&) = delete;
     ILogger& operator=(const ILogger&) = delete;
 
-    /// Queues one message. Any thread; never waits for output, never fails.
+    /// Queues one message. Any thread. Never waits for output and never throws: if the queue is
+    /// full or memory runs out, the message is lost.
     /// @param level   see LogLevel.h
     /// @param format  printf-style, in msvcrt's dialect
     virtual void Log(int level, const char* format, ...) VQRX_PRINTF(3, 4) = 0;

@@ -20,7 +20,8 @@ public:
     HRESULT m_hr;
 };
 
-/// Throws CAtlException with HRESULT_FROM_WIN32(error), which keeps 0 and negative values.
+/// Throws CAtlException with HRESULT_FROM_WIN32(error). HRESULT_FROM_WIN32 returns 0 and values
+/// that are HRESULT failures already unchanged.
 /// @param error  the result of GetLastError(), read in the statement after the failed call
 [[noreturn]] inline void ThrowWin32(DWORD error)
 {

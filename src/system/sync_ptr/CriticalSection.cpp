@@ -4,8 +4,8 @@
 
 namespace vqrx::system::sync_ptr::v1 {
 
-CriticalSection::
-    CriticalSection() // NOLINT(cppcoreguidelines-pro-type-member-init): initialised below
+// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): initialised below
+CriticalSection::CriticalSection()
 {
     if (InitializeCriticalSectionAndSpinCount(&section_, 0) == FALSE) {
         ATL::ThrowWin32(GetLastError());

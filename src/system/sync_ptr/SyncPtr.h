@@ -68,9 +68,8 @@ private:
 /// @param section  must outlive the result and every hold cloned from it
 /// @throws std::bad_alloc  before the section is entered
 template <typename T>
-[[nodiscard]] sync_ptr<T>
-make_sync_ptr(T value,
-              CRITICAL_SECTION* section) // NOLINT(readability-identifier-naming)
+// NOLINTNEXTLINE(readability-identifier-naming): reads like std::make_shared
+[[nodiscard]] sync_ptr<T> make_sync_ptr(T value, CRITICAL_SECTION* section)
 {
     return sync_ptr<T>(LockImpl::Make(section), std::move(value));
 }

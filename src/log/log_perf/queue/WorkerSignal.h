@@ -39,9 +39,9 @@ public:
 private:
     /// Looks for a record for a short time, without sleeping.
     /// @param timeoutMs  on return the time that is left, milliseconds
-    bool TakeSoon(std::uint32_t& timeoutMs) noexcept;
-    Result SleepFor(std::uint32_t timeoutMs) noexcept;
-    Result WaitInKernel(std::uint32_t timeoutMs) noexcept;
+    [[nodiscard]] bool TakeSoon(std::uint32_t& timeoutMs) noexcept;
+    [[nodiscard]] Result SleepFor(std::uint32_t timeoutMs) noexcept;
+    [[nodiscard]] Result WaitInKernel(std::uint32_t timeoutMs) noexcept;
 
     WaitingCount count_; // of the records; the semaphore only wakes the worker
     bool busy_ = false;  // worker thread only: the last Wait returned a record

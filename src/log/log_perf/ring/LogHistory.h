@@ -39,7 +39,7 @@ private:
     };
 
     struct Table {
-        bool InsertInPlaceOfOldest(std::int64_t number, const LogHistoryEntry& entry);
+        [[nodiscard]] bool InsertInPlaceOfOldest(std::int64_t number, const LogHistoryEntry& entry);
         Stored Store(const LogHistoryEntry& entry);
         std::int64_t Resolve(std::int64_t number) const noexcept;
 
