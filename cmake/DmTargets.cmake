@@ -30,9 +30,6 @@ endfunction()
 # are compiled together and without optimisation.
 function(dm_quick_to_compile name)
     set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 12)
-    if(DM_QUICK_LINKER)
-        set_target_properties(${name} PROPERTIES CXX_LINKER_LAUNCHER "${DM_QUICK_LINKER}")
-    endif()
     # GCC takes a source that another one includes for a header, and warns of its unnamed namespaces.
     target_compile_options(${name} PRIVATE -O0
         $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)

@@ -67,16 +67,3 @@ if(DM_COVERAGE)
         $<$<COMPILE_LANGUAGE:CXX>:--coverage;-fprofile-update=atomic>)
     target_link_options(dm_options INTERFACE --coverage)
 endif()
-
-# Programs that are only tested are linked with lld where it is installed: thirty times as fast.
-if(WIN32 AND CMAKE_CROSSCOMPILING)
-    find_program(DM_LLD NAMES ld.lld-14 ld.lld)
-    if(DM_LLD)
-        set(DM_QUICK_LINKER ${CMAKE_COMMAND} -E env LD_LLD=${DM_LLD}
-            ${CMAKE_SOURCE_DIR}/tools/link-with-lld)
-    endif()
-endif()
-if(DM_UNITY AND DM_QUICK_LINKER)
-    set(CMAKE_CXX_LINKER_LAUNCHER ${DM_QUICK_LINKER})
-    set(CMAKE_C_LINKER_LAUNCHER ${DM_QUICK_LINKER})
-endif()

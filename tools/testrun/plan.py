@@ -19,7 +19,7 @@ PRESETS = (
     Preset("native-tsan", ("native", "test"), "host", 2),
     Preset("fuzz", ("native", "fuzz"), "host", 2),
 )
-QUICK = ("windows-debug", "native")  # the quickest builds that run every kind of test
+QUICK = ("windows", "native")
 LINT_PACKAGES = ("lint",)
 LINT_NEEDS = ("windows-debug", "native")  # whose compile commands the linter reads
 
