@@ -27,6 +27,8 @@ PRESETS = {
     "buildPresets": [{"name": "small", "configurePreset": "small"}],
     "testPresets": [{"name": "small", "configurePreset": "small"}],
 }
+HANGS = ("echo '[ RUN      ] Log.keeps_the_order'; echo '[       OK ] Log.keeps_the_order (1 ms)'\n"
+         "echo '[ RUN      ] Log.waits_for_ever'; exit 1\n")
 PASSES = "echo '[==========] 3 tests from 1 test suite ran.'\n"
 FAILS = ("echo '[  FAILED  ] Log.keeps_the_order'; echo expected 7\n"
          "echo '[==========] 4 tests from 1 test suite ran.'\nexit 1\n")
@@ -72,6 +74,12 @@ class TestRun(unittest.TestCase):
         self.assertIn("repeat: ctest --preset small -R '^other$'", text)
         self.assertIn(f"sh {self.root}/other.sh --gtest_filter='Log.keeps_the_order'", text)
         self.assertEqual("3 passed, 1 failed", text.splitlines()[-1])
+
+    def test_the_case_that_a_failed_program_did_not_end_is_shown(self):
+        self.write("other.sh", HANGS)
+        text = self.run_tests()[1]
+        self.assertIn("not ended: Log.waits_for_ever", text)
+        self.assertNotIn("keeps_the_order", text)
 
     def test_a_quick_run_leaves_out_what_is_long_and_what_passed_unchanged(self):
         code, text = self.run_tests(quick=True)

@@ -12,6 +12,8 @@ ENDED = re.compile(r"^\s*\d+/(\d+) Test\s+#\d+: (\S+) \.*\s*(.*?)\s+([\d.]+) sec
 CASES = (re.compile(r"^\[==========\] (\d+) tests? from .* ran\.", re.M),
          re.compile(r"^Ran (\d+) tests? in ", re.M))
 FAILED_CASE = re.compile(r"^\[  FAILED  \] ([\w/]+\.[\w/]+)(?: \(|,|$)", re.M)
+BEGUN_CASE = re.compile(r"^\[ RUN      \] (\S+)", re.M)
+ENDED_CASE = re.compile(r"^\[(?:       OK |  FAILED  |  SKIPPED )\] ([\w/]+\.[\w/]+)", re.M)
 # What a GoogleTest program prints of cases that pass.
 SETTLED = re.compile(r"^\[( RUN      |       OK |----------)\]|^-{10}|^$")
 
@@ -123,6 +125,8 @@ def failure(preset, test, result, seconds, output):
         lines = lines[:60] + [f"... {len(lines) - 180} lines: build/{preset}/Testing ..."] + lines[-120:]
     text = [f"== {preset}: {test['name']} failed ({result}, {seconds:.0f} s)", *lines,
             f"repeat: ctest --preset {preset} -R '^{test['name']}$'"]
+    hung = [case for case in BEGUN_CASE.findall(body) if case not in ENDED_CASE.findall(body)]
+    text[-1:-1] = [f"not ended: {case}" for case in hung]
     cases = sorted(set(FAILED_CASE.findall(body)))
     if cases and len(cases) <= 20:
         text.append(f"repeat: {' '.join(test['command'])} --gtest_filter='{':'.join(cases)}'")
