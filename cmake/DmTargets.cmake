@@ -17,7 +17,7 @@ function(dm_library name)
         target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
         target_link_libraries(${name} PUBLIC ${ARG_LINK} PRIVATE dm_options)
         if(DM_UNITY)
-            set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 12)
+            set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 12 DM_TEST_CODE ON)
         endif()
     else()
         add_library(${name} INTERFACE)
@@ -29,7 +29,7 @@ endfunction()
 # dm_quick_to_compile(TARGET): for what is only tested with, never handed out or measured. Its sources
 # are compiled together and without optimisation.
 function(dm_quick_to_compile name)
-    set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 12)
+    set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 12 DM_TEST_CODE ON)
     # GCC takes a source that another one includes for a header, and warns of its unnamed namespaces.
     target_compile_options(${name} PRIVATE -O0
         $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
