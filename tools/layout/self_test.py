@@ -67,6 +67,11 @@ BROKEN = [
      "src/low/Low.h:25"),
     ("messages", {"src/low/Low.cpp": '\nlogger->Log(kLevelError,\n  "Gone %s", 1);\n'}, "src/low/Low.cpp:2"),
     ("commands", {"daemonctl/Main.cpp": 'app.add_subcommand("walk", "");\n'}, "daemonctl/Main.cpp:1"),
+    ("waits", {"tests/unit/low/LowTest.cpp": "std::atomic<bool> begun_ = false;\nbegun_.wait(false);\n"},
+     "tests/unit/low/LowTest.cpp:2"),
+    ("waits", {"tests/unit/low/LowTest.cpp": "std::atomic_int n;\nn.notify_all();\n"},
+     "tests/unit/low/LowTest.cpp:2"),
+    ("waits", {"src/high/High.cpp": "#include <latch>\n"}, "src/high/High.cpp:1"),
     ("paths", {"docs/page.md": "## Two words\nsee /" + "home/me/file\n"}, "docs/page.md:2"),
 ]
 

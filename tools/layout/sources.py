@@ -8,6 +8,8 @@ MAX_LINES = 300
 LONG_FOLDERS = ("src", "daemonctl", "sdk", "interface", "tests", "benchmarks", "tools")
 DATA_SUFFIXES = (".svg", ".csv", ".json", ".md", ".txt", ".log")
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]+"([^"]+)"', re.MULTILINE)
+ATOMIC = re.compile(r"\bstd::atomic(?:_\w+)?(?:<[^;{}()]*?>)?\s+(\w+)")
+BUILT_ON_ATOMIC_WAIT = re.compile(r"#[ \t]*include[ \t]+<(?:latch|barrier|semaphore)>")
 MACHINE_PATH = re.compile(r"(?<![\w.*$}\]])/(?:home|root|work|mnt|media|srv|Users)/[\w.-]+")
 
 
@@ -106,6 +108,23 @@ def check_mirror(tree):
             yield Finding("mirror", folder, "no folder of tests/unit mirrors it")
     for path in sorted(set(lists.NOT_MIRRORED) - needed):
         yield Finding("mirror", "tools/layout/lists.py", f"NOT_MIRRORED has no need of {path}")
+
+
+def check_waits(tree):
+    """No code waits with std::atomic::wait or with what the library builds on it.
+
+    libstdc++ 12 has a gap on Windows between its look at the value and its wait: a notification in
+    this gap is lost, and the thread waits for ever (bits/atomic_wait.h, _M_do_wait).
+    """
+    for path in tree.below("src", "daemonctl", "sdk", "interface", "tests", "benchmarks"):
+        if not path.endswith((".h", ".cpp")):
+            continue
+        text = tree.text(path)
+        names = "|".join(sorted(set(ATOMIC.findall(text)))) or "(?!)"
+        found = list(re.finditer(rf"\b(?:{names})\.(?:wait|notify_one|notify_all)\(", text))
+        for match in found + list(BUILT_ON_ATOMIC_WAIT.finditer(text)):
+            yield Finding("waits", f"{path}:{line_of(text, match.start())}",
+                          "loses wake-ups on Windows; use a condition variable or tests/support/Watched.h")
 
 
 def check_paths(tree):

@@ -4,6 +4,7 @@
 
 #include "CapturingSink.h"
 #include "TempFolder.h"
+#include "Watched.h"
 #include "log_perf/ring/LogFileSink.h"
 
 #include <gtest/gtest.h>
@@ -61,7 +62,7 @@ class OverflowSink : public log::log_perf::v2::ILogSink {
 public:
     void Write(int level, const log::log_perf::v2::Timestamp*, const char*) override
     {
-        begun_.wait(false);
+        static_cast<void>(begun_.WaitUntil([](bool begun) { return begun; }));
         if (level != 0) {
             ++messages_;
             return;
@@ -73,8 +74,7 @@ public:
 
     void Begin()
     {
-        begun_ = true;
-        begun_.notify_all();
+        begun_.Apply([](bool& begun) { begun = true; });
     }
 
     // Call only after the logger was destroyed.
@@ -82,7 +82,7 @@ public:
     int TooEarly() const { return tooEarly_; }
 
 private:
-    std::atomic<bool> begun_ = false;
+    Watched<bool> begun_{false};
     int messages_ = 0;
     int overflows_ = 0;
     int tooEarly_ = 0;

@@ -1,8 +1,9 @@
 #include "sync_ptr/Guarded.h"
 
+#include "Watched.h"
+
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -70,17 +71,16 @@ TEST(Guarded, A_thread_that_holds_the_lock_gets_a_further_hold)
 TEST(Guarded, Another_thread_waits_until_the_hold_is_released)
 {
     Guarded<int> number(0);
-    std::atomic<bool> started = false;
+    Watched started(false);
     std::thread other;
     {
         const auto hold = number.Lock();
         other = std::thread([&] {
-            started = true;
-            started.notify_all();
+            started.Apply([](bool& value) { value = true; });
             const auto otherHold = number.Lock();
             *otherHold *= 10;
         });
-        started.wait(false);
+        EXPECT_TRUE(started.WaitUntil([](bool value) { return value; }));
         *hold = 4;
     }
     other.join();

@@ -1,8 +1,9 @@
 #include "log_perf/queue/WaitingCount.h"
 
+#include "Watched.h"
+
 #include <gtest/gtest.h>
 
-#include <semaphore>
 #include <thread>
 #include <vector>
 
@@ -44,13 +45,13 @@ TEST(WaitingCount, Between_threads_exactly_the_added_number_is_taken)
     constexpr int kThreads = 4;
     constexpr int kEach = 20000;
     WaitingCount count;
-    std::counting_semaphore<kThreads * kEach> kernel(0);
+    Watched kernel(0); // as a semaphore of Windows; only this thread takes from it
     std::vector<std::thread> adders;
     for (int thread = 0; thread < kThreads; ++thread) {
         adders.emplace_back([&] {
             for (int i = 0; i < kEach; ++i) {
                 if (count.Add()) {
-                    kernel.release();
+                    kernel.Apply([](int& n) { ++n; });
                 }
             }
         });
@@ -61,14 +62,18 @@ TEST(WaitingCount, Between_threads_exactly_the_added_number_is_taken)
         } else if (taken % 2 == 0 && count.Wake()) { // as after a time-out
             continue;
         } else {
-            kernel.acquire();
+            if (!kernel.WaitUntil([](int n) { return n > 0; })) {
+                ADD_FAILURE() << "a wake-up was lost after " << taken;
+                break;
+            }
+            kernel.Apply([](int& n) { --n; });
             ++taken;
         }
     }
     for (std::thread& adder : adders) {
         adder.join();
     }
-    EXPECT_FALSE(kernel.try_acquire());
+    EXPECT_EQ(0, kernel.Get());
     EXPECT_FALSE(count.TakeOrSleep());
 }
 

@@ -1,11 +1,11 @@
 #include "log_perf/queue/Worker.h"
 
 #include "CapturingSink.h"
+#include "Watched.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <memory>
 #include <stdexcept>
 #include <string_view>
@@ -58,28 +58,20 @@ TEST_F(WorkerTest, The_destructor_waits_until_every_queued_record_is_delivered)
 
 TEST_F(WorkerTest, A_period_without_records_ends_with_a_report)
 {
-    std::atomic<int> reports = 0;
-    const Worker worker(queue_, receivers_, 1, [&] {
-        ++reports;
-        reports.notify_all();
-    });
-    for (int seen = 0; seen < 3; seen = reports) {
-        reports.wait(seen);
-    }
+    Watched reports(0);
+    const Worker worker(queue_, receivers_, 1, [&] { reports.Apply([](int& n) { ++n; }); });
+    EXPECT_TRUE(reports.WaitUntil([](int n) { return n >= 3; }));
 }
 
 TEST_F(WorkerTest, A_report_that_throws_costs_neither_records_nor_later_reports)
 {
-    std::atomic<int> reports = 0;
+    Watched reports(0);
     {
         Worker worker(queue_, receivers_, 1, [&] {
-            ++reports;
-            reports.notify_all();
+            reports.Apply([](int& n) { ++n; });
             throw std::runtime_error("report failed");
         });
-        for (int seen = 0; seen < 2; seen = reports) {
-            reports.wait(seen);
-        }
+        EXPECT_TRUE(reports.WaitUntil([](int n) { return n >= 2; }));
         Append(worker, "text");
     }
     EXPECT_THAT(sink_.Texts(), ElementsAre("text"));
