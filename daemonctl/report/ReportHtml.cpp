@@ -52,7 +52,7 @@ std::string ReportHtml(const ReportModel& model, std::string_view source, int of
 {
     std::string html = HeadHtml(source) + FactsHtml(model, offsetMinutes);
     if (model.lanes.empty()) {
-        html += "<p>The log tells of no daemon.</p>\n";
+        html += "<p>The log contains no record about a daemon.</p>\n";
     } else {
         html += TableHtml(model) + EndsHtml(model) + LanesHtml(model, offsetMinutes);
     }

@@ -74,8 +74,8 @@ std::string Row(const ReportLane& lane, std::size_t index)
            Cell("Failed starts", std::to_string(lane.failedStarts.size()), true) +
            Cell("Availability", lane.availability ? AvailabilityText(*lane.availability) : kNoValue,
                 true) +
-           Cell("Longest life", OptionalDuration(lane.longestMs), true) +
-           Cell("Median life", OptionalDuration(lane.medianMs), true) + "<td data-name=\"Ends\">" +
+           Cell("Longest run", OptionalDuration(lane.longestMs), true) +
+           Cell("Median run", OptionalDuration(lane.medianMs), true) + "<td data-name=\"Ends\">" +
            ReasonsHtml(lane.ends) + "</td></tr>\n";
 }
 
@@ -87,13 +87,15 @@ std::string TableHtml(const ReportModel& model)
         "<h2>Restarts and availability</h2>\n<table>\n<thead><tr><th>Id</th><th>Command</th>"
         "<th>State</th><th class=\"number\">Restarts</th>"
         "<th class=\"number\">Failed starts</th><th class=\"number\">Availability</th>"
-        "<th class=\"number\">Longest life</th><th class=\"number\">Median life</th>"
+        "<th class=\"number\">Longest run</th><th class=\"number\">Median run</th>"
         "<th>Ends</th></tr></thead>\n<tbody>\n";
     for (const std::size_t index : TableOrder(model.lanes)) {
         html += Row(model.lanes[index], index);
     }
-    return html + "</tbody>\n</table>\n<p class=\"soft\">Availability: of the time for which the "
-                  "supervisor was to keep it alive. Median: of the lives that have ended.</p>\n";
+    return html + "</tbody>\n</table>\n<p class=\"soft\">Availability: the share of the time "
+                  "in which the daemon ran, of the time in which the supervisor was to keep it "
+                  "running. Longest and median run: how long its processes ran; the median counts "
+                  "only the runs that have ended.</p>\n";
 }
 
 std::string EndsHtml(const ReportModel& model)
@@ -101,7 +103,7 @@ std::string EndsHtml(const ReportModel& model)
     std::string html = "<h2>All ends, by reason</h2>\n" + ReasonsHtml(model.ends);
     if (model.unknownEnds != 0) {
         html += "\n<p class=\"soft\">" + std::to_string(model.unknownEnds) +
-                " of them: the log does not tell whose.</p>";
+                " of them: the log does not show which daemon ended.</p>";
     }
     return html + "\n<p class=\"soft\">\xE2\x80\x9CUnknown (0x1)\xE2\x80\x9D is the plain exit "
                   "code 1.</p>\n";

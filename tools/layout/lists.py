@@ -45,3 +45,51 @@ NOT_MIRRORED = {
     "daemonctl": "holds only the main functions; the integration tests run the programs",
     "tests/unit/sdk/ComApartmentTest.cpp": "tests a header of sdk, which lies beside src",
 }
+
+# Sources that have no test file of their own name: the test file with the cases that fail when the
+# source is wrong.
+TESTED_BY = {
+    "daemonctl/commands/CheckCommand.cpp": "tests/integration/OperatorTest.cpp",
+    "daemonctl/commands/CompletionCommand.cpp": "tests/unit/daemonctl/commands/CompletionTest.cpp",
+    "daemonctl/commands/ControlCommands.cpp": "tests/integration/DaemonctlTest.cpp",
+    "daemonctl/commands/DoctorCommand.cpp": "tests/integration/DoctorTest.cpp",
+    "daemonctl/commands/LogOptions.cpp": "tests/unit/daemonctl/commands/LogCommandTest.cpp",
+    "daemonctl/commands/PsCommand.cpp": "tests/integration/OperatorTest.cpp",
+    "daemonctl/commands/ReattachCommand.cpp": "tests/integration/UpgradeTest.cpp",
+    "daemonctl/commands/WaitCommand.cpp": "tests/integration/OperatorTest.cpp",
+    "daemonctl/commands/WithSupervisor.cpp": "tests/integration/DaemonctlTest.cpp",
+    "daemonctl/daemons/InstalledPaths.cpp": "tests/integration/OperatorTest.cpp",
+    "daemonctl/daemons/ThisMachine.cpp": "tests/integration/OperatorTest.cpp",
+    "daemonctl/doctor/ConnectionChecksWindows.cpp": "tests/integration/DoctorTest.cpp",
+    "daemonctl/doctor/CrashDialogChecksWindows.cpp": "tests/integration/DoctorTest.cpp",
+    "daemonctl/doctor/ErrorText.cpp": "tests/unit/daemonctl/doctor/FirewallChecksTest.cpp",
+    "daemonctl/log_reader/InputFilePosix.cpp": "tests/unit/daemonctl/log_reader/SnapshotTest.cpp",
+    "daemonctl/log_reader/InputFileWindows.cpp": "tests/unit/daemonctl/log_reader/SnapshotTest.cpp",
+    "daemonctl/log_reader/OlderRecords.cpp": "tests/unit/daemonctl/log_reader/RingScanTest.cpp",
+    "daemonctl/log_reader/RecordNeighbours.cpp": "tests/unit/daemonctl/log_reader/RingScanTest.cpp",
+    "daemonctl/output/LineOutputPosix.cpp": "tests/unit/daemonctl/commands/LogCommandTest.cpp",
+    "daemonctl/output/LineOutputWindows.cpp": "tests/integration/DaemonctlTest.cpp",
+    "daemonctl/output/PrintText.cpp": "tests/unit/daemonctl/output/FinishOutputTest.cpp",
+    "daemonctl/output/StreamOutput.cpp": "tests/unit/daemonctl/commands/LogCommandTest.cpp",
+    "daemonctl/report/ReportLanes.cpp": "tests/unit/daemonctl/report/ReportHtmlTest.cpp",
+    "daemonctl/report/ReportStyle.cpp": "tests/browser/report_test.py",
+    "daemonctl/report/ReportTable.cpp": "tests/unit/daemonctl/report/ReportHtmlTest.cpp",
+    "daemonctl/text/TextFile.cpp": "tests/integration/UpgradeTest.cpp",
+    "daemonctl/text/Utf8.cpp": "tests/unit/daemonctl/text/TextEncodingTest.cpp",
+    "src/app/main.cpp": "tests/integration/StartUpTest.cpp",
+    "src/cpp_utils/exception_utils/HResultText.cpp":
+        "tests/unit/cpp_utils/exception_utils/COMExceptionTest.cpp",
+    "src/cpp_utils/exception_utils/HResultTextOfSystem.cpp":
+        "tests/unit/daemonctl/doctor/WmiCheckWindowsTest.cpp",
+    "src/cpp_utils/exception_utils/ResultCodes.cpp":
+        "tests/unit/cpp_utils/exception_utils/ErrorRegistryTest.cpp",
+    "src/encoding/utf/TextEmitter.cpp": "tests/unit/encoding/utf/TranscodeTest.cpp",
+    "src/encoding/utf/TextParserUTF16LE.cpp": "tests/unit/encoding/utf/TextParserTest.cpp",
+    "src/encoding/utf/TextParserUTF8.cpp": "tests/unit/encoding/utf/TextParserTest.cpp",
+    "src/encoding/utf/WideToUtf8.cpp": "tests/unit/encoding/utf/TranscodeTest.cpp",
+    "src/log/log_perf/performance/PerformanceReport.cpp":
+        "tests/unit/log/log_perf/LibLogPerfReportTest.cpp",
+    "src/system/file/FileAttributes.cpp": "tests/unit/system/file/FileOperationsTest.cpp",
+    "src/system/file/PathComponents.cpp": "tests/unit/system/file/FileOperationsTest.cpp",
+    "src/system/sync_ptr/LockImpl.cpp": "tests/unit/system/sync_ptr/SyncPtrTest.cpp",
+}

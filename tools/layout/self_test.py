@@ -7,6 +7,7 @@ from layout import lists
 from layout.tree import Tree
 
 MAY_INCLUDE = {"src/low": (), "src/high": ("src/low",), "daemonctl": ("src/low",)}
+TESTED_BY = {"src/low/Covered.cpp": "tests/other/OtherTest.cpp"}
 
 GOOD = {
     "README.md": "# Title\n[docs](docs/README.md) [dev](docs/dev/README.md) [x](docs/page.md#two-words)\n",
@@ -23,6 +24,8 @@ GOOD = {
                      "private:\n    void Hidden();\n    struct Secret {\n        int b;\n    };\n"
                      "    int a_;\n};\n\n} // namespace n\n",
     "src/low/Low.cpp": '#include "Low.h"\n',
+    "src/low/Covered.cpp": "\n",
+    "tests/other/OtherTest.cpp": "int main() {}\n",
     "src/low/Many.h": "#pragma once\n\nnamespace n {\n\n/// @file\n/// Each function counts.\n\nint One();\n"
                       "\nint Two();\n\n} // namespace n\n",
     "src/high/High.cpp": '#include "low/Low.h"\n#include "Low.h"\n#include "third_party.h"\nf.Log(1, "Stop (%d) %s" " (x%d)", 1);\n',
@@ -50,6 +53,9 @@ BROKEN = [
     ("mirror", {"tests/unit/low/OtherTest.cpp": "\n"}, "tests/unit/low/OtherTest.cpp"),
     ("mirror", {"tests/unit/gone/Fixture.h": "\n"}, "tests/unit/gone/Fixture.h"),
     ("mirror", {"tests/unit/high/HighTest.cpp": None}, "src/high"),
+    ("mirror", {"src/low/Untested.cpp": "\n"}, "src/low/Untested.cpp"),
+    ("mirror", {"src/low/Covered.cpp": "\n", "tests/other/OtherTest.cpp": None}, "src/low/Covered.cpp"),
+    ("mirror", {"src/low/Covered.cpp": None}, "tools/layout/lists.py"),
     ("index", {"docs/new.md": "# New\n"}, "docs/new.md"),
     ("index", {"docs/dev/results/day.md": "# Day\n"}, "docs/dev/results/day.md"),
     ("index", {"docs/images/two.svg": "<svg/>\n"}, "docs/images/two.svg"),
@@ -90,7 +96,8 @@ def run(rules):
     """@return the exit code: 0 if every rule fails where it must and nowhere else"""
     failures = []
     with mock.patch.object(lists, "MAY_INCLUDE", MAY_INCLUDE), \
-            mock.patch.object(lists, "NOT_MIRRORED", {}):
+            mock.patch.object(lists, "NOT_MIRRORED", {}), \
+            mock.patch.object(lists, "TESTED_BY", TESTED_BY):
         failures += [f"the sound repository: {finding}" for finding in findings(rules, GOOD)]
         for rule, changes, place in BROKEN:
             files = {path: text for path, text in (GOOD | changes).items() if text is not None}
@@ -101,7 +108,8 @@ def run(rules):
     untested = set(rules) - {rule for rule, _, _ in BROKEN}
     failures += [f"no case breaks the rule {rule}" for rule in sorted(untested)]
     with mock.patch.object(lists, "NOT_MIRRORED", {"tests/unit/x": "no reason"}), \
-            mock.patch.object(lists, "MAY_INCLUDE", MAY_INCLUDE):
+            mock.patch.object(lists, "MAY_INCLUDE", MAY_INCLUDE), \
+            mock.patch.object(lists, "TESTED_BY", TESTED_BY):
         if [finding.rule for finding in findings(rules, GOOD)] != ["mirror"]:
             failures.append("mirror: an exception without need is not found")
     print("\n".join(failures) if failures else f"self-test: {len(BROKEN) + 1} cases, all found")

@@ -74,8 +74,29 @@ def mirrored_folder(path):
     return folder if folder.split("/")[0] == "daemonctl" else f"src/{folder}".rstrip("/")
 
 
+def check_tested(tree, folders):
+    """Each source has a test file of its name, or TESTED_BY names the test file that covers it."""
+    subjects = {}
+    for path in tree.below("tests/unit"):
+        if path.endswith("Test.cpp"):
+            subjects.setdefault(mirrored_folder(path), []).append(name_of(path))
+    without = set()
+    for path in tree.below(*folders):
+        folder = folder_of(path)
+        if not path.endswith(".cpp") or folder in lists.NOT_MIRRORED or folder not in subjects:
+            continue
+        stem = name_of(path).partition(".")[0]
+        if any(subject.startswith(stem) for subject in subjects[folder]):
+            continue
+        without.add(path)
+        if lists.TESTED_BY.get(path) not in tree.files:
+            yield Finding("mirror", path, "no test file has its name, and TESTED_BY names no test file for it")
+    for path in sorted(set(lists.TESTED_BY) - without):
+        yield Finding("mirror", "tools/layout/lists.py", f"TESTED_BY has no need of {path}")
+
+
 def check_mirror(tree):
-    """tests/unit mirrors src and daemonctl: folder by folder, and test file by source."""
+    """tests/unit mirrors src and daemonctl: folder by folder, and each source has its test file."""
     stems = {}
     for path in tree.below("src", "daemonctl"):
         if path.endswith((".h", ".cpp")):
@@ -106,6 +127,7 @@ def check_mirror(tree):
             needed.add(folder)
         else:
             yield Finding("mirror", folder, "no folder of tests/unit mirrors it")
+    yield from check_tested(tree, stems)
     for path in sorted(set(lists.NOT_MIRRORED) - needed):
         yield Finding("mirror", "tools/layout/lists.py", f"NOT_MIRRORED has no need of {path}")
 

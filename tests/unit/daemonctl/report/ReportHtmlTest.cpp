@@ -66,8 +66,8 @@ TEST(ReportHtml, escapes_all_texts_of_the_log)
 
 TEST(ReportHtml, without_daemons_says_so)
 {
-    EXPECT_THAT(Page({}), HasSubstr("The log tells of no daemon."));
-    EXPECT_THAT(Page({"Exit"}), HasSubstr("The log tells of no daemon."));
+    EXPECT_THAT(Page({}), HasSubstr("The log contains no record about a daemon."));
+    EXPECT_THAT(Page({"Exit"}), HasSubstr("The log contains no record about a daemon."));
 }
 
 } // namespace
