@@ -6,7 +6,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr std::size_t kMostWaiting = 256; // records; other threads write few between end and start
+constexpr std::size_t kMostWaitingRecords = 256; // other threads write few between end and start
 
 bool BeginsRun(EventKind kind)
 {
@@ -66,7 +66,8 @@ void Attributor::Add(Record record)
         return;
     }
     waiting_.push_back(std::move(added));
-    if (waiting_.front().attribution != Attribution::kNone || waiting_.size() >= kMostWaiting) {
+    if (waiting_.front().attribution != Attribution::kNone ||
+        waiting_.size() >= kMostWaitingRecords) {
         Flush();
     }
 }

@@ -7,7 +7,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr std::size_t kMostWaiting = std::size_t{64} * 1024; // bytes
+constexpr std::size_t kMostWaitingBytes = std::size_t{64} * 1024;
 
 // One colour for each level: bright red, bright yellow, that of the terminal, bright green. A console
 // of Windows shows the same colours.
@@ -27,7 +27,7 @@ std::string Coloured(int level, const std::string& utf8)
 void StreamOutput::Write(int level, const std::string& utf8)
 {
     waiting_.append(coloured_ ? Coloured(level, utf8) : utf8).append(1, '\n');
-    if (waiting_.size() >= kMostWaiting) {
+    if (waiting_.size() >= kMostWaitingBytes) {
         static_cast<void>(Flush()); // a failure stays in std::cout until the last Flush()
     }
 }

@@ -65,7 +65,7 @@ std::string Cell(const char* name, const std::string& text, bool isNumber)
            "\">" + EscapeHtml(text) + "</td>";
 }
 
-std::string Row(const ReportLane& lane, std::size_t index)
+std::string RowHtml(const ReportLane& lane, std::size_t index)
 {
     return "<tr>" + Cell("Id", IdsText(lane), false) + R"(<td class="command"><a href="#lane-)" +
            std::to_string(index) + "\">" + EscapeHtml(lane.command) + "</a></td>" +
@@ -90,7 +90,7 @@ std::string TableHtml(const ReportModel& model)
         "<th class=\"number\">Longest run</th><th class=\"number\">Median run</th>"
         "<th>Ends</th></tr></thead>\n<tbody>\n";
     for (const std::size_t index : TableOrder(model.lanes)) {
-        html += Row(model.lanes[index], index);
+        html += RowHtml(model.lanes[index], index);
     }
     return html + "</tbody>\n</table>\n<p class=\"soft\">Availability: the share of the time "
                   "in which the daemon ran, of the time in which the supervisor was to keep it "

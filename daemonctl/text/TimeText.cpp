@@ -10,8 +10,8 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr std::int64_t kSecond = 1000;
-constexpr std::int64_t kDay = std::int64_t{24} * 60 * 60;
+constexpr std::int64_t kMsPerSecond = 1000;
+constexpr std::int64_t kSecondsPerDay = std::int64_t{24} * 60 * 60;
 constexpr std::int64_t kMostDays = 8000000; // far beyond the calendar's last year
 
 struct Clock {
@@ -113,7 +113,7 @@ std::optional<std::int64_t> FromLocal(std::tm local, int millisecond)
     if (seconds == static_cast<std::time_t>(-1)) {
         return std::nullopt;
     }
-    return static_cast<std::int64_t>(seconds) * kSecond + millisecond;
+    return static_cast<std::int64_t>(seconds) * kMsPerSecond + millisecond;
 }
 
 std::optional<std::int64_t> FromDate(const std::chrono::year_month_day& date, const Clock& clock,
@@ -122,8 +122,8 @@ std::optional<std::int64_t> FromDate(const std::chrono::year_month_day& date, co
     if (utc) {
         const std::int64_t days = std::chrono::sys_days(date).time_since_epoch().count();
         const std::int64_t seconds =
-            days * kDay + clock.hour * 3600LL + clock.minute * 60LL + clock.second;
-        return seconds * kSecond + clock.millisecond;
+            days * kSecondsPerDay + clock.hour * 3600LL + clock.minute * 60LL + clock.second;
+        return seconds * kMsPerSecond + clock.millisecond;
     }
     std::tm local = {};
     local.tm_year = static_cast<int>(date.year()) - 1900;
@@ -137,7 +137,7 @@ std::optional<std::int64_t> FromDate(const std::chrono::year_month_day& date, co
 
 std::optional<std::int64_t> OfDay(std::int64_t nowMs, int daysAgo, const Clock& clock)
 {
-    const auto now = static_cast<std::time_t>(nowMs / kSecond);
+    const auto now = static_cast<std::time_t>(nowMs / kMsPerSecond);
     const std::tm* const found = std::localtime(&now); // NOLINT(concurrency-mt-unsafe): one thread
     if (found == nullptr) {
         return std::nullopt;
@@ -170,15 +170,15 @@ std::optional<std::int64_t> Ago(std::string_view text, std::int64_t nowMs)
         unit = 3600;
         break;
     case 'd':
-        unit = kDay;
+        unit = kSecondsPerDay;
         break;
     default:
         return std::nullopt;
     }
-    if (amount > kMostDays * kDay / unit) {
+    if (amount > kMostDays * kSecondsPerDay / unit) {
         return std::nullopt;
     }
-    return nowMs - amount * unit * kSecond;
+    return nowMs - amount * unit * kMsPerSecond;
 }
 
 } // namespace
