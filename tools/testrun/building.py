@@ -8,11 +8,17 @@ PROGRESS = re.compile(r"^\[(\d+)/(\d+)\]")
 
 
 def environment():
-    """The caller's environment; a compiler cache is used where one is installed."""
+    """The caller's environment; a compiler cache is used where one is installed.
+
+    Test code is compiled with the same options for windows and windows-debug, so that the cache gives
+    the second of the two what the first has compiled.
+    """
     env = dict(os.environ)
     if shutil.which("ccache"):
         env.setdefault("CMAKE_C_COMPILER_LAUNCHER", "ccache")
         env.setdefault("CMAKE_CXX_COMPILER_LAUNCHER", "ccache")
+        env.setdefault("CCACHE_BASEDIR", os.getcwd())
+        env.setdefault("CCACHE_NOHASHDIR", "1")
         env.setdefault("CCACHE_SLOPPINESS", "pch_defines,time_macros")
     return env
 
