@@ -7,9 +7,23 @@
 namespace vqrx::log::log_perf::v2 {
 namespace {
 
+constexpr std::string_view kLineEnd = "\r\n";
+
 bool IsHeader(std::string_view row) noexcept
 {
     return row.substr(0, 4) == "Cpu,"; // a value row starts with a number
+}
+
+// Whether the file is empty or ends with a line end. A power failure or a full disk can leave a part
+// of a row, or NULs.
+bool EndsWithLine(const std::string& fileName)
+{
+    std::ifstream file(fileName, std::ios::binary | std::ios::ate);
+    if (!file || file.tellg() == 0) {
+        return true;
+    }
+    file.seekg(-1, std::ios::end);
+    return file.get() == '\n';
 }
 
 } // namespace
@@ -22,7 +36,7 @@ PerformanceCsvSink::PerformanceCsvSink(std::string fileName, std::uint64_t maxBy
 
 void PerformanceCsvSink::Write(int /*level*/, const Timestamp* /*timestamp*/, const char* text)
 {
-    const std::string line = std::string(text) + "\r\n";
+    const std::string line = std::string(text).append(kLineEnd);
     const bool isHeader = IsHeader(line);
     if (isHeader) {
         header_ = line;
@@ -30,8 +44,12 @@ void PerformanceCsvSink::Write(int /*level*/, const Timestamp* /*timestamp*/, co
     if (!stream_.is_open()) {
         Open();
     }
-    if (holdsValues_ && size_ + line.size() > maxBytes_) {
+    const std::size_t endOfTornLine = lastLineTorn_ ? kLineEnd.size() : 0;
+    if (holdsValues_ && size_ + endOfTornLine + line.size() > maxBytes_) {
         StartNewFile();
+    }
+    if (std::exchange(lastLineTorn_, false)) {
+        Append(std::string(kLineEnd));
     }
     if (size_ == 0 && !isHeader) {
         Append(header_);
@@ -44,12 +62,14 @@ void PerformanceCsvSink::Open()
 {
     size_ = 0;
     holdsValues_ = false;
+    lastLineTorn_ = false;
     stream_.clear();
     stream_.open(fileName_, std::ios::binary | std::ios::app);
     if (stream_.is_open()) {
         stream_.seekp(0, std::ios::end); // without a seek the position is unknown
         size_ = static_cast<std::uint64_t>(static_cast<std::streamoff>(stream_.tellp()));
         holdsValues_ = size_ > 0;
+        lastLineTorn_ = !EndsWithLine(fileName_);
     }
 }
 
@@ -65,6 +85,7 @@ void PerformanceCsvSink::StartNewFile()
     stream_.open(fileName_, std::ios::binary | std::ios::trunc);
     size_ = 0;
     holdsValues_ = false;
+    lastLineTorn_ = false;
 }
 
 void PerformanceCsvSink::Append(const std::string& line)

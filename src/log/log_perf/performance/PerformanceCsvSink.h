@@ -13,7 +13,8 @@ namespace vqrx::log::log_perf::v2 {
 /// If a row no longer fits, the file is renamed to "<name>.1", which replaces an older file of that
 /// name, and a new file starts with the header. So both files together take at most twice the bound.
 /// A file that exists is continued. A header row in its middle marks a start of the program, or a
-/// call of LibLogPerf::SetPerformanceSink. The supervisor's start-up does not set this sink.
+/// call of LibLogPerf::SetPerformanceSink. If the last line of the file is torn, it gets a line end,
+/// so that the next row has a line of its own. The supervisor's start-up does not set this sink.
 class PerformanceCsvSink final : public ILogSink {
 public:
     /// Opens nothing yet.
@@ -35,8 +36,9 @@ private:
     const std::uint64_t maxBytes_;
     std::string header_; // the latest header row, with its line end
     std::ofstream stream_;
-    std::uint64_t size_ = 0;   // of the file, bytes
-    bool holdsValues_ = false; // the file holds more than a header
+    std::uint64_t size_ = 0;    // of the file, bytes
+    bool holdsValues_ = false;  // the file holds more than a header
+    bool lastLineTorn_ = false; // the file was opened and its last line has no end
 };
 
 } // namespace vqrx::log::log_perf::v2

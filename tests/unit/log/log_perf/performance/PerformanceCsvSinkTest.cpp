@@ -72,6 +72,22 @@ TEST_F(PerformanceCsvSinkTest, A_file_that_exists_is_continued)
     EXPECT_EQ("Cpu,A,\r\nCpu,B,\r\n1,2,\r\n", Content(name));
 }
 
+TEST_F(PerformanceCsvSinkTest, A_row_after_a_torn_one_has_a_line_of_its_own_and_the_bound_counts_it)
+{
+    for (const char* torn : {"1,", "1,2,\r"}) {
+        const std::string rest = std::string("Cpu,A,\r\n") + torn;
+        std::ofstream(name, std::ios::binary | std::ios::trunc) << rest;
+        PerformanceCsvSink sink(name, rest.size() + 2 + 8);
+        Write(sink, "Cpu,B,");
+        EXPECT_EQ(rest + "\r\nCpu,B,\r\n", Content(name));
+        std::ofstream(name, std::ios::binary | std::ios::trunc) << rest;
+        PerformanceCsvSink full(name, rest.size() + 2 + 7);
+        Write(full, "Cpu,B,");
+        EXPECT_EQ("Cpu,B,\r\n", Content(name));
+        EXPECT_EQ(rest, Content(name + ".1"));
+    }
+}
+
 TEST_F(PerformanceCsvSinkTest, A_file_is_filled_exactly_to_the_bound)
 {
     PerformanceCsvSink sink(name, 20); // 8 + 6 + 6
