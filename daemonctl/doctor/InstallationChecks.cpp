@@ -20,6 +20,17 @@ bool IsMissing(std::uint32_t error)
     return error == kFileNotFound || error == kPathNotFound;
 }
 
+// Adds to the finding about the log that a damaged log lies beside it.
+Finding WithDamagedLog(const Finding& log, const std::string& damagedLog)
+{
+    return Warning(log.check.c_str(),
+                   log.text + "\n" + damagedLog +
+                       ": the supervisor could not read this log and began a new one",
+                   (log.remedy.empty() ? "" : log.remedy + " ") +
+                       "Read the damaged log, then delete it: daemonctl log --file \"" +
+                       damagedLog + "\"");
+}
+
 bool IsAbsolute(const std::string& path)
 {
     return path.starts_with("\\\\") || (path.size() >= 2 && path[1] == ':');
@@ -124,13 +135,14 @@ Finding JudgeLog(const InstallationFacts& facts)
             "Remove the read-only attribute of the file, or end the program that keeps the file "
             "open.");
     }
+    Finding finding = Ok(check, logs.path + " can be written to");
     if (facts.freeBytes && *facts.freeBytes < kRoomForLog) {
-        return Warning(check,
-                       "only " + std::to_string(*facts.freeBytes) +
-                           " bytes are free on the disk of " + facts.logFile,
-                       "Free disk space: the log grows to 1 MiB.");
+        finding = Warning(check,
+                          "only " + std::to_string(*facts.freeBytes) +
+                              " bytes are free on the disk of " + facts.logFile,
+                          "Free disk space: the log grows to 1 MiB.");
     }
-    return Ok(check, logs.path + " can be written to");
+    return facts.damagedLog.empty() ? finding : WithDamagedLog(finding, facts.damagedLog);
 }
 
 } // namespace vqrx::client::v0

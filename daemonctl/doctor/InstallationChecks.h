@@ -33,6 +33,7 @@ struct InstallationFacts {
     FolderFacts logs;               ///< <root>\Logs, opened for adding files
     std::string logFile;            ///< path of the log file
     std::uint32_t logFileError = 0; ///< Windows error of opening the log file for writing
+    std::string damagedLog;         ///< path of a damaged log that was set aside; empty: none
     std::optional<std::uint64_t> freeBytes; ///< free for this user on the root's disk, if known
 };
 
@@ -50,7 +51,8 @@ struct InstallationFacts {
 /// The check "app-folder": whether the folder of the programs can be used.
 [[nodiscard]] Finding JudgeApp(const InstallationFacts& facts);
 
-/// The check "log-folder": whether the log can be written and its disk has room for it.
+/// The check "log-folder": whether the log can be written, its disk has room for it, and no damaged
+/// log was set aside.
 [[nodiscard]] Finding JudgeLog(const InstallationFacts& facts);
 
 } // namespace vqrx::client::v0

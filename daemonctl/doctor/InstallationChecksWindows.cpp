@@ -3,6 +3,7 @@
 #include "TextEncoding.h"
 #include "installation/FirmwareRoot.h"
 #include "installation/InstallationPaths.h"
+#include "ring_format/DamagedRing.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
@@ -74,6 +75,10 @@ InstallationFacts GatherInstallationFacts()
     const std::string logFile = installation::LogFile(root);
     facts.logFile = AnsiToUtf8(logFile);
     facts.logFileError = ErrorOfWriting(logFile);
+    const std::string damagedLog = system::ring_format::v1::DamagedRingOf(logFile);
+    if (GetFileAttributesA(damagedLog.c_str()) != INVALID_FILE_ATTRIBUTES) {
+        facts.damagedLog = AnsiToUtf8(damagedLog);
+    }
     ULARGE_INTEGER free{};
     if (GetDiskFreeSpaceExA((root + "\\").c_str(), &free, nullptr, nullptr) != FALSE) {
         facts.freeBytes = free.QuadPart;

@@ -61,6 +61,7 @@ Function un.RemoveLogAndFolders
     ${If} ${Errors}
         !insertmacro IfMade Log
             Delete "$R0"
+            Delete "$R0.damaged"
         ${EndIf}
     ${EndIf}
     !insertmacro RemoveMadeFolder Logs

@@ -33,7 +33,7 @@ MAY_INCLUDE = {
     "daemonctl/process": ("daemonctl/text", "src/system"),
     "daemonctl/daemons": ("daemonctl/history", "daemonctl/process", "src/system/installation"),
     "daemonctl/doctor": ("daemonctl/process", "daemonctl/output", "sdk", "src/system/installation",
-                         "src/system/wmi"),
+                         "src/system/ring_format", "src/system/wmi"),
     "daemonctl/commands": ("daemonctl/daemons", "daemonctl/doctor", "daemonctl/report",
                            "daemonctl/output", "sdk"),
     "daemonctl": ("daemonctl/commands",),

@@ -1,5 +1,9 @@
 #include "log_perf/queue/Worker.h"
 
+#include "LogLevel.h"
+#include "log_perf/sink/SinkNotice.h"
+#include "log_perf/time/Clock.h"
+
 #include <memory>
 #include <utility>
 
@@ -11,6 +15,21 @@ namespace vqrx::log::log_perf::v2 {
 namespace {
 
 constexpr DWORD kPauseWithoutSignalMs = 10;
+
+// Gives the other sinks a line about the trouble of one sink.
+void Announce(const SinkSet& sinks, const ILogSink* troubled, const SinkNotice& notice) noexcept
+{
+    const Timestamp now = CurrentTimestamp();
+    for (ILogSink* const sink : sinks) {
+        if (sink == troubled) {
+            continue;
+        }
+        try {
+            sink->Write(i_logger::v0::kLevelError, &now, notice.Notice().c_str());
+        } catch (...) { // NOLINT(bugprone-empty-catch): the other sinks still get the line
+        }
+    }
+}
 
 } // namespace
 
@@ -42,6 +61,8 @@ void Worker::DeliverOne() noexcept
     for (ILogSink* const sink : *sinks) {
         try {
             sink->Write(record->level, &record->timestamp, record->text.c_str());
+        } catch (const SinkNotice& notice) {
+            Announce(*sinks, sink, notice);
         } catch (...) { // NOLINT(bugprone-empty-catch): the other sinks still get the record
         }
     }

@@ -1,15 +1,21 @@
 #include "log_perf/ring/LogFileSink.h"
 
+#include "log_perf/ring/DamagedLogFile.h"
 #include "log_perf/ring/FileExists.h"
 #include "log_perf/ring/LogLine.h"
 #include "log_perf/ring/RingReload.h"
+#include "log_perf/ring/SetAside.h"
+#include "ring_format/DamagedRing.h"
 #include "ring_format/RingHeader.h"
 
 #include <cstddef>
+#include <stdexcept>
+#include <utility>
 
 namespace vqrx::log::log_perf::v2 {
 namespace {
 
+using system::ring_format::v1::DamagedRingOf;
 using system::ring_format::v1::FormatRingHeader;
 using system::ring_format::v1::kRingStart;
 using system::ring_format::v1::ReadRingHeader;
@@ -36,10 +42,29 @@ std::streamoff BytesOnDisk(const std::string& written) noexcept
     return static_cast<std::streamoff>(bytes);
 }
 
+// Changes nothing if the file exists and has content: then it was only hidden from FileExists.
 void CreateRing(const std::string& name)
 {
-    std::ofstream file(name);
-    file << FormatRingHeader(0) << kLineEnd << std::flush;
+    std::ofstream file(name, std::ios::app);
+    file.seekp(0, std::ios::end);
+    if (file.tellp() == 0) {
+        file << FormatRingHeader(0) << kLineEnd << std::flush;
+    }
+}
+
+// Whether the byte before the write position ends a line. The file's read position changes.
+bool IsAfterLineEnd(std::istream& file, std::uint32_t position)
+{
+    file.clear();
+    file.seekg(static_cast<std::streamoff>(position) - 1);
+    return position <= kRingStart || file.get() == '\n';
+}
+
+std::string NoticeOfDamage(const std::string& name, const char* reason, bool kept)
+{
+    const std::string notice = "Log file " + name + " is damaged: " + reason;
+    return kept ? notice + ". It is kept as " + DamagedRingOf(name)
+                : notice + ". It cannot be set aside, and no message is written to it";
 }
 
 } // namespace
@@ -72,13 +97,12 @@ void LogFileSink::Write(int level, const Timestamp* timestamp, const char* text)
         if (level > settings->threshold) {
             return;
         }
+        refused_ = refused_ && settings->fileName == openFileName_;
         reopen = settings->fileName != openFileName_ || !stream_.is_open() || stream_.fail();
         openFileName_ = settings->fileName;
         sizeLimit = settings->sizeLimit;
     }
-    if (reopen) {
-        Open(sizeLimit);
-    }
+    const std::exception_ptr damage = reopen ? OpenOrBeginAnew(sizeLimit) : nullptr;
     entry_.level = level;
     entry_.time = MillisecondsOf(*timestamp);
     entry_.date = dateText_.Of(*timestamp);
@@ -86,6 +110,9 @@ void LogFileSink::Write(int level, const Timestamp* timestamp, const char* text)
     WriteRecord(entry_, sizeLimit);
     history_.Insert(sequence_, entry_);
     sequence_ = static_cast<std::int64_t>(static_cast<std::uint64_t>(sequence_) + 1);
+    if (damage) {
+        std::rethrow_exception(damage);
+    }
 }
 
 // Writes the record, then the header. A flush or a seek after each of them writes the stream's
@@ -96,6 +123,9 @@ void LogFileSink::WriteRecord(const LogHistoryEntry& entry, std::uint32_t sizeLi
         return;
     }
     line_.clear();
+    if (std::exchange(endLineFirst_, false)) {
+        line_.append(kLineEnd);
+    }
     AppendLogLine(line_, sequence_, entry);
     line_.append(kLineEnd);
     stream_ << line_ << std::flush;
@@ -119,16 +149,57 @@ void LogFileSink::Open(std::uint32_t sizeLimit)
     if (!FileExists(openFileName_)) {
         CreateRing(openFileName_);
     }
-    sequence_ = 0;
-    history_.Clear();
-    std::uint32_t position = kRingStart;
-    if (std::ifstream file{openFileName_, std::ios::binary}) {
-        position = ReadRingHeader(file);
-        Reload(file, position, sizeLimit);
+    std::ifstream file{openFileName_, std::ios::binary};
+    if (!file) {
+        return;
     }
+    const std::uint32_t position = ReadRingHeader(file);
+    if (refused_) { // If the file is damaged still, this throws before the history is cleared.
+        static_cast<void>(
+            ReloadRing(file, position, sizeLimit, [](std::int64_t, const LogHistoryEntry&) {}));
+    }
+    Clear();
+    Reload(file, position, sizeLimit);
+    endLineFirst_ = !IsAfterLineEnd(file, position);
     stream_.open(openFileName_, std::ios::in | std::ios::out);
     stream_.seekp(position);
     position_ = position;
+}
+
+std::exception_ptr LogFileSink::OpenOrBeginAnew(std::uint32_t sizeLimit)
+{
+    try {
+        Open(sizeLimit);
+        refused_ = refused_ && !stream_.is_open();
+        return nullptr;
+    } catch (const std::invalid_argument& error) {
+        return BeginAnew(error, sizeLimit);
+    } catch (const std::out_of_range& error) {
+        return BeginAnew(error, sizeLimit);
+    }
+}
+
+// Returns the exception that Write throws; null if it threw for this file before.
+template <typename Error>
+std::exception_ptr LogFileSink::BeginAnew(const Error& error, std::uint32_t sizeLimit)
+{
+    const bool kept = SetAside(openFileName_, DamagedRingOf(openFileName_));
+    const bool known = std::exchange(refused_, !kept);
+    if (!known) {
+        Clear(); // of the records before the damaged line
+    }
+    if (kept) {
+        Open(sizeLimit);
+    }
+    return known ? nullptr
+                 : std::make_exception_ptr(DamagedLogFile<Error>(
+                       error, NoticeOfDamage(openFileName_, error.what(), kept)));
+}
+
+void LogFileSink::Clear() noexcept
+{
+    history_.Clear();
+    sequence_ = 0;
 }
 
 void LogFileSink::Reload(std::istream& file, std::uint32_t writePosition, std::uint32_t sizeLimit)

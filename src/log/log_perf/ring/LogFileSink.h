@@ -8,6 +8,7 @@
 #include "sync_ptr/Guarded.h"
 
 #include <cstdint>
+#include <exception>
 #include <fstream>
 #include <string>
 
@@ -39,8 +40,10 @@ public:
 
     /// Writes one record; worker thread only. If the file cannot be opened, only the history gets
     /// the record, and the next Write tries to open the file again.
-    /// @throws std::invalid_argument, std::out_of_range if this Write opened the file and a line of
-    ///         it is damaged: the record is lost, and the next Write opens the file again
+    /// @throws DamagedLogFile of std::invalid_argument or of std::out_of_range if this Write opened
+    ///         the file and a line of it is damaged. Before that the damaged file is set aside
+    ///         (DamagedRingOf), and the record is written to a new one. If the file cannot be set
+    ///         aside, the next Write tries again, without this exception.
     void Write(int level, const Timestamp* timestamp, const char* text) override;
 
     [[nodiscard]] bool GetRange(std::int64_t first, std::int64_t last, std::int64_t& outFirst,
@@ -55,6 +58,10 @@ private:
     };
 
     void Open(std::uint32_t sizeLimit);
+    [[nodiscard]] std::exception_ptr OpenOrBeginAnew(std::uint32_t sizeLimit);
+    template <typename Error>
+    [[nodiscard]] std::exception_ptr BeginAnew(const Error& error, std::uint32_t sizeLimit);
+    void Clear() noexcept;
     void Reload(std::istream& file, std::uint32_t writePosition, std::uint32_t sizeLimit);
     void WriteRecord(const LogHistoryEntry& entry, std::uint32_t sizeLimit);
 
@@ -64,6 +71,8 @@ private:
     std::string openFileName_;
     std::fstream stream_;
     std::streamoff position_ = 0; // of stream_ between two records, bytes
+    bool endLineFirst_ = false;   // a line without an end stands before position_
+    bool refused_ = false;        // openFileName_ is damaged, and could not be set aside
     std::int64_t sequence_ = 0;   // number of the next record
     DateTextOfSecond dateText_;
     LogHistoryEntry entry_; // entry_ and line_ are members so that their memory is used again

@@ -2,7 +2,9 @@
 
 #include "log_perf/ring/LineReader.h"
 #include "log_perf/ring/LogLine.h"
+#include "log_perf/ring/TornLine.h"
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -12,77 +14,109 @@
 namespace vqrx::log::log_perf::v2 {
 namespace {
 
-// The first number comes from the file and may be the largest of all: the count wraps instead of
-// overflowing.
-void Advance(std::int64_t& counter) noexcept
-{
-    counter = static_cast<std::int64_t>(static_cast<std::uint64_t>(counter) + 1);
-}
-
 void Rewind(std::istream& file, std::uint32_t position)
 {
     file.clear();
     file.seekg(position);
 }
 
-// Parses a line that may be the remainder of an overwritten record: if its text contains ";", the
-// remainder can look like a complete line. Returns false if it is damaged. Such a line must not
-// prevent the file from being opened.
-bool ParsePossibleRemainder(const std::vector<std::string_view>& fields, LogHistoryEntry& entry)
-{
-    try {
-        ParseLogEntry(fields, entry);
-        return true;
-    } catch (const std::invalid_argument&) {
-        return false;
-    } catch (const std::out_of_range&) {
-        return false;
+/// Reads one part of the file line by line and numbers its records.
+class PartOfRing {
+public:
+    /// @param file       positioned at the start of the part
+    /// @param sizeLimit  0: none
+    PartOfRing(std::istream& file, std::uint32_t start, std::uint32_t sizeLimit,
+               std::int64_t& counter, const RecordFound& recordFound)
+        : reader_(file, start)
+        , sizeLimit_(sizeLimit)
+        , counter_(counter)
+        , recordFound_(recordFound)
+    {
     }
-}
+
+    [[nodiscard]] std::uint64_t Position() const noexcept { return reader_.Position(); }
+
+    /// Reads a line. @return false at the end of the file
+    [[nodiscard]] bool Next()
+    {
+        start_ = reader_.Position();
+        if (!reader_.Next(line_)) {
+            return false;
+        }
+        SplitLogLine(line_, fields_);
+        return true;
+    }
+
+    /// Whether the line can be a record. No text has a NUL: a disk shows NULs where nothing was
+    /// written, and a file that was cut has them before the next record.
+    [[nodiscard]] bool IsComplete() const noexcept
+    {
+        return fields_.size() >= kLogLineFields && line_.find('\0') == std::string::npos;
+    }
+
+    /// The number in the line.
+    [[nodiscard]] std::optional<std::int64_t> Number() const
+    {
+        return ParseRecordNumber(fields_[0]);
+    }
+
+    /// Hands out the line's record. A line that may be a remainder or torn is skipped if it is
+    /// damaged.
+    /// @throws std::invalid_argument, std::out_of_range for any other damaged line
+    void Give(bool canBeRemainder)
+    {
+        try {
+            ParseLogEntry(fields_, entry_);
+        } catch (const std::logic_error&) { // both conversion errors
+            const bool beyondLimit = sizeLimit_ != 0 && start_ > sizeLimit_;
+            if (canBeRemainder || beyondLimit || MayBeTorn(fields_, start_, previousNumber_)) {
+                return;
+            }
+            throw;
+        }
+        previousNumber_ = Number();
+        recordFound_(counter_, entry_);
+        // The first number comes from the file and may be the largest of all: the count wraps
+        // instead of overflowing.
+        counter_ = static_cast<std::int64_t>(static_cast<std::uint64_t>(counter_) + 1);
+    }
+
+private:
+    LineReader reader_;
+    std::uint32_t sizeLimit_;
+    std::int64_t& counter_;
+    const RecordFound& recordFound_;
+    std::uint64_t start_ = 0; // of the line
+    std::string line_;
+    std::vector<std::string_view> fields_;
+    LogHistoryEntry entry_;
+    std::optional<std::int64_t> previousNumber_; // as written in the record before
+};
 
 // A line can be a remainder at two places besides the first line:
 // - Directly after the first line. If the power failed after a record was written and before the
 //   header was, the first line is that record, and the remainder follows it.
 // - Beyond the size limit. No record starts there, but the last record of an earlier round may have
 //   ended there.
-// Any other damaged line throws.
 void ReadOlderPart(std::istream& file, std::uint32_t writePosition, std::uint32_t sizeLimit,
                    std::int64_t& counter, const RecordFound& recordFound)
 {
     Rewind(file, writePosition);
-    LineReader reader(file, writePosition);
-    std::string line;
-    std::vector<std::string_view> fields;
-    LogHistoryEntry entry;
+    PartOfRing part(file, writePosition, sizeLimit, counter, recordFound);
     bool numbered = false;
     bool afterFirst = false;
-    bool beyondLimit = false;
-    const auto next = [&] {
-        beyondLimit = sizeLimit != 0 && reader.Position() > sizeLimit;
-        return reader.Next(line);
-    };
-    while (next()) {
-        SplitLogLine(line, fields);
-        if (fields.size() < kLogLineFields) {
-            afterFirst = false;
-            continue;
-        }
-        if (numbered) {
-            const bool canBeRemainder = afterFirst || beyondLimit;
-            afterFirst = false;
-            if (canBeRemainder && !ParsePossibleRemainder(fields, entry)) {
+    while (part.Next()) {
+        if (part.IsComplete()) {
+            if (numbered) {
+                part.Give(afterFirst);
+            } else if (const auto number = part.Number()) {
+                counter = *number;
+                numbered = true;
+                afterFirst = true;
                 continue;
             }
-            if (!canBeRemainder) {
-                ParseLogEntry(fields, entry);
-            }
-            recordFound(counter, entry);
-            Advance(counter);
-        } else if (const auto number = ParseRecordNumber(fields[0])) {
-            counter = *number;
-            numbered = true;
-            afterFirst = true;
         }
+        afterFirst = false;
     }
 }
 
@@ -90,17 +124,12 @@ void ReadNewerPart(std::istream& file, std::uint32_t writePosition, std::int64_t
                    const RecordFound& recordFound)
 {
     Rewind(file, 0);
-    LineReader reader(file);
-    std::string line;
-    std::vector<std::string_view> fields;
-    LogHistoryEntry entry;
-    static_cast<void>(reader.Next(line)); // the header
-    while (reader.Position() < writePosition && reader.Next(line)) {
-        SplitLogLine(line, fields);
-        if (fields.size() >= kLogLineFields) {
-            ParseLogEntry(fields, entry);
-            recordFound(counter, entry);
-            Advance(counter);
+    PartOfRing part(file, 0, 0, counter, recordFound);
+    bool any = part.Next(); // the header
+    while (any && part.Position() < writePosition) {
+        any = part.Next();
+        if (any && part.IsComplete()) {
+            part.Give(false);
         }
     }
 }

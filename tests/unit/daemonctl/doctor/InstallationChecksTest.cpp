@@ -148,6 +148,23 @@ TEST(LogFolderCheck, Warns_if_less_than_2_MiB_are_free)
                   R"(only 2097151 bytes are free on the disk of C:\FW\Logs\DaemonManager.log)");
 }
 
+TEST(LogFolderCheck, Warns_of_a_damaged_log_and_shows_how_to_read_it)
+{
+    InstallationFacts facts = HealthyInstallation();
+    facts.damagedLog = R"(C:\FW\Logs\DaemonManager.log.damaged)";
+    const Finding finding = JudgeLog(facts);
+    ExpectFinding(finding, Verdict::warning,
+                  "C:\\FW\\Logs can be written to\n"
+                  "C:\\FW\\Logs\\DaemonManager.log.damaged: the supervisor could not read this log "
+                  "and began a new one");
+    EXPECT_EQ(finding.remedy, "Read the damaged log, then delete it: daemonctl log --file "
+                              R"("C:\FW\Logs\DaemonManager.log.damaged")");
+    facts.freeBytes = 0;
+    EXPECT_EQ(JudgeLog(facts).remedy,
+              "Free disk space: the log grows to 1 MiB. Read the damaged log, then delete it: "
+              R"(daemonctl log --file "C:\FW\Logs\DaemonManager.log.damaged")");
+}
+
 TEST(LogFolderCheck, Fails_if_folder_or_file_cannot_be_written_and_warns_if_the_folder_is_missing)
 {
     InstallationFacts facts = HealthyInstallation();

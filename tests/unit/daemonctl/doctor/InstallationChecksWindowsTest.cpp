@@ -67,7 +67,11 @@ TEST(InstallationFacts, Folders_and_log_file_are_opened_and_nothing_is_created)
     EXPECT_TRUE(facts.freeBytes.has_value());
     EXPECT_TRUE(std::filesystem::is_empty(root.Path() / "Logs"));
     std::ofstream(root.Path() / "Logs" / "DaemonManager.log") << "x";
-    EXPECT_EQ(GatherInstallationFacts().logFileError, 0U);
+    facts = GatherInstallationFacts();
+    EXPECT_EQ(facts.logFileError, 0U);
+    EXPECT_EQ(facts.damagedLog, "");
+    std::ofstream(root.Path() / "Logs" / "DaemonManager.log.damaged") << "x";
+    EXPECT_EQ(GatherInstallationFacts().damagedLog, path + R"(\Logs\DaemonManager.log.damaged)");
 }
 
 TEST(InstallationFacts, File_in_place_of_a_folder_is_not_a_folder)

@@ -3,9 +3,7 @@
 #include "AllocationFault.h"
 #include "CapturingSink.h"
 #include "ImportPatch.h"
-#include "TempFolder.h"
 #include "exception_utils/AtlException.h"
-#include "log_perf/ring/LogFileSink.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,7 +14,6 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
-#include <fstream>
 #include <memory>
 #include <new>
 #include <string>
@@ -26,7 +23,6 @@ namespace vqrx::test {
 namespace {
 
 using log::log_perf::v2::LibLogPerf;
-using log::log_perf::v2::LogFileSink;
 using testing::ElementsAre;
 
 TEST(LibLogPerfFaults, A_sink_that_throws_loses_one_message_and_the_others_none)
@@ -46,24 +42,6 @@ TEST(LibLogPerfFaults, A_sink_that_throws_loses_one_message_and_the_others_none)
     EXPECT_THAT(sinks[0].Texts(), ElementsAre("second"));
     EXPECT_THAT(sinks[1].Texts(), ElementsAre("first"));
     EXPECT_THAT(sinks[2].Texts(), ElementsAre("first", "second"));
-}
-
-TEST(LibLogPerfFaults, A_damaged_log_file_costs_the_other_sinks_nothing)
-{
-    const TempFolder folder;
-    const std::string name = folder.File("DaemonManager.log");
-    std::ofstream(name, std::ios::binary) << "0x0000001F\r\n0;date;x;2;damaged\r\n";
-    LogFileSink damaged;
-    damaged.SetFileName(name);
-    CapturingSink other;
-    {
-        LibLogPerf logger;
-        logger.AddSink(&damaged);
-        logger.AddSink(&other);
-        logger.Log(1, "one");
-        logger.Log(2, "two");
-    }
-    EXPECT_THAT(other.Texts(), ElementsAre("one", "two"));
 }
 
 TEST(LibLogPerfFaults, A_failed_allocation_in_Log_loses_only_that_message)

@@ -37,11 +37,13 @@ protected:
         sink.Write(level, &timestamp, text.c_str());
     }
 
-    std::string Bytes() const
+    static std::string Content(const std::string& name)
     {
-        std::ifstream file(name_, std::ios::binary);
+        std::ifstream file(name, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
+
+    std::string Bytes() const { return Content(name_); }
 
     void Put(const std::string& bytes) const { std::ofstream(name_, std::ios::binary) << bytes; }
 

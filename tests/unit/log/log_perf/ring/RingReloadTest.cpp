@@ -114,6 +114,45 @@ TEST(RingReload, A_damaged_time_in_a_later_line_of_the_older_part_throws_a_conve
     EXPECT_THROW(Reload(bytes, static_cast<std::uint32_t>(newer.size())), std::invalid_argument);
 }
 
+// A gap that was never written has NULs. Where the torn line before it has no end, the record after
+// the gap is part of the same line.
+TEST(RingReload, A_line_with_a_NUL_is_no_record_in_either_part)
+{
+    const std::string gap(20, '\0');
+    const std::string newer = "0x00000000\r\n" + Line(10, "new1") + "11;date;10" + gap +
+                              Line(12, "lost") + gap + Line(13, "lost") + Line(14, "new2");
+    const std::string bytes = newer + gap + Line(6, "no first line") + Line(7, "first") +
+                              Line(8, "old1") + "9;date;1000;" + gap + Line(9, "lost") +
+                              Line(10, "old2") + gap;
+    const auto result = Reload(bytes, static_cast<std::uint32_t>(newer.size()));
+    EXPECT_EQ((Records{{7, "old1"}, {8, "old2"}, {9, "new1"}, {10, "new2"}}), result.records);
+    EXPECT_EQ(11, result.next);
+}
+
+// The first sector has its new bytes, the second one its old bytes.
+TEST(RingReload, A_line_whose_parts_come_from_two_sectors_is_skipped)
+{
+    const std::string torn = "2;Sun Nov 16 03:52:36.123;1763265";
+    std::string bytes = "0x00000000\r\n" + Line(0, "a");
+    bytes += Line(1, std::string(512 - bytes.size() - torn.size() - Line(1, "").size(), 'x'));
+    bytes += torn + "Sun Nov 16 03:52:36.123;1763265156123;2;old\r\n" + Line(3, "b");
+    ASSERT_EQ(512U, bytes.find("Sun Nov 16 03:52:36.123;1763265156123"));
+    const auto result = Reload(bytes, static_cast<std::uint32_t>(bytes.size()));
+    ASSERT_EQ(3U, result.records.size());
+    EXPECT_EQ("b", result.records[2].second);
+}
+
+// The header reached the disk and its record did not: where the record belongs stands the remainder
+// of an older one.
+TEST(RingReload, A_remainder_before_the_write_position_is_skipped)
+{
+    const std::string newer =
+        "0x00000000\r\n" + Line(10, "new") + "xt;a;b;c;d;e\r\n" + "1;2;a;b;c\r\n";
+    const std::string bytes = newer + Line(7, "first") + Line(8, "old");
+    const auto result = Reload(bytes, static_cast<std::uint32_t>(newer.size()));
+    EXPECT_EQ((Records{{7, "old"}, {8, "new"}}), result.records);
+}
+
 TEST(RingReload, The_number_after_the_largest_one_is_the_smallest)
 {
     const std::string newer = "0x00000000\r\n" + Line(10, "new");

@@ -1,0 +1,44 @@
+#include "log_perf/ring/SetAside.h"
+
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <cstdio>
+#endif
+
+#include <fstream>
+
+namespace vqrx::log::log_perf::v2 {
+namespace {
+
+bool Rename(const std::string& path, const std::string& newPath) noexcept
+{
+#if defined(_WIN32)
+    return MoveFileExA(path.c_str(), newPath.c_str(), MOVEFILE_REPLACE_EXISTING) != FALSE;
+#else
+    return std::rename(path.c_str(), newPath.c_str()) == 0;
+#endif
+}
+
+bool Copy(const std::string& path, const std::string& newPath)
+{
+    std::ifstream from(path, std::ios::binary);
+    std::ofstream to(newPath, std::ios::binary | std::ios::trunc);
+    to << from.rdbuf() << std::flush;
+    return from.is_open() && to;
+}
+
+} // namespace
+
+bool SetAside(const std::string& path, const std::string& newPath)
+{
+    if (Rename(path, newPath)) {
+        return true;
+    }
+    // Opening the file first saves a copy that would be of no use.
+    return std::fstream(path, std::ios::binary | std::ios::in | std::ios::out).is_open() &&
+           Copy(path, newPath) &&
+           std::ofstream(path, std::ios::binary | std::ios::trunc).is_open();
+}
+
+} // namespace vqrx::log::log_perf::v2

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace vqrx::log::log_perf::v2 {
+
+/// Bytes that a disk writes as a whole. After a power failure a sector has its old or its new bytes.
+inline constexpr std::uint64_t kSectorSize = 512;
+
+/// Whether a cut file or a power failure can have made a line whose time or level is no number. Such
+/// a line is no record. Otherwise somebody has changed a record.
+/// - A sector begins in the number, the date, the time or the level: the parts of the line may come
+///   from two records.
+/// - The line does not begin as a record does. Then it is the remainder of a record whose front is
+///   overwritten. A record begins with its number, and then the date follows, or the number
+///   continues that of the record before it.
+/// @param fields          kLogLineFields fields, views into one line
+/// @param start           offset of the line in the file, bytes
+/// @param previousNumber  number in the record before the line; nothing if there is none
+[[nodiscard]] bool MayBeTorn(const std::vector<std::string_view>& fields, std::uint64_t start,
+                             std::optional<std::int64_t> previousNumber) noexcept;
+
+} // namespace vqrx::log::log_perf::v2
