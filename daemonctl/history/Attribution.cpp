@@ -41,20 +41,16 @@ void Attributor::Add(Record record)
     if (BeginsRun(event.kind)) {
         Flush();
         processes_.clear();
+        withoutProcess_.clear();
     }
-    if (!waiting_.empty()) {
-        const Record& before = waiting_.back().record;
-        lost_ = lost_ || event.kind == EventKind::kQueueOverflow || !before.number ||
-                !added.record.number ||
-                static_cast<std::uint64_t>(*added.record.number) !=
-                    static_cast<std::uint64_t>(*before.number) + 1;
+    NoteLoss(added);
+    if (event.kind == EventKind::kSupervisionError) {
+        Flush(); // the daemon's start message will not come
     }
     if (event.kind == EventKind::kStarted || event.kind == EventKind::kStartFailed) {
         Pair(event);
     }
-    if (event.daemonId && event.processId && event.kind != EventKind::kAttachFailed) {
-        processes_[*event.daemonId] = *event.processId;
-    }
+    NoteProcess(event);
     if (event.kind == EventKind::kEnded) {
         Flush();
         lost_ = false;
@@ -72,13 +68,38 @@ void Attributor::Add(Record record)
     }
 }
 
+// Notes whether records are missing between the record before and this one.
+void Attributor::NoteLoss(const AttributedRecord& added)
+{
+    const std::optional<std::int64_t> number = added.record.number;
+    if (added.event.kind == EventKind::kQueueOverflow || !lastNumber_ || !number ||
+        static_cast<std::uint64_t>(*number) != static_cast<std::uint64_t>(*lastNumber_) + 1) {
+        lost_ = true;
+        withoutProcess_.clear(); // a start may be among the missing records
+    }
+    lastNumber_ = number;
+}
+
+void Attributor::NoteProcess(const Event& event)
+{
+    if (!event.daemonId || !event.processId || event.kind == EventKind::kAttachFailed) {
+        return;
+    }
+    processes_[*event.daemonId] = *event.processId;
+    if (event.kind == EventKind::kStartFailed) {
+        withoutProcess_.insert(*event.daemonId);
+    } else {
+        withoutProcess_.erase(*event.daemonId);
+    }
+}
+
 void Attributor::Pair(const Event& start)
 {
     if (waiting_.empty()) {
         return;
     }
     AttributedRecord& end = waiting_.front();
-    if (!CanBelong(end.event, start)) {
+    if (!CanBelong(end.event, start) || withoutProcess_.contains(*start.daemonId)) {
         Flush();
         return;
     }

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
+#include <set>
 #include <vector>
 
 namespace vqrx::client::v0 {
@@ -37,8 +39,11 @@ struct AttributedRecord {
 ///
 /// - If record numbers are missing between the two messages, or the supervisor's queue overflowed,
 ///   an end and a start may be missing there: the attribution is kLikely.
-/// - If the start message is missing, or if one message names a service and the other one does not,
-///   the attribution is kNone.
+/// - The attribution is kNone if the start message is missing, or if the next start message is that
+///   of another daemon: one message names a service and the other one does not, or the daemon's last
+///   start failed, so that it had no process that could end.
+/// - If the supervisor runs out of memory between the two messages, it writes "Exception occured : "
+///   in place of the start message: the attribution is kNone.
 ///
 /// Not for use by several threads at once.
 class Attributor {
@@ -56,12 +61,16 @@ public:
     void Flush();
 
 private:
+    void NoteLoss(const AttributedRecord& added);
     void Pair(const Event& start);
+    void NoteProcess(const Event& event);
 
     Found found_;
     std::vector<AttributedRecord> waiting_;            // empty, or an end and the records after it
     std::map<std::uint32_t, std::uint32_t> processes_; // process id by daemon id, of this run
-    bool lost_ = false;                                // records are missing since the end
+    std::set<std::uint32_t> withoutProcess_; // daemons whose last start failed; nothing lost since
+    bool lost_ = false;                      // records are missing since the end
+    std::optional<std::int64_t> lastNumber_; // of the record before; nothing: it had none
 };
 
 } // namespace vqrx::client::v0

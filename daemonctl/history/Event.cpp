@@ -14,7 +14,7 @@ struct KnownText {
     EventKind kind;
 };
 
-constexpr std::array<KnownText, 11> kFixed = {{
+constexpr std::array<KnownText, 12> kFixed = {{
     {"Detected Windows Firewall with Advanced Security", EventKind::kFirewallDetected},
     {"Connecting to WMI resource ...", EventKind::kWmiConnecting},
     {"Connected to WMI resource", EventKind::kWmiConnected},
@@ -22,16 +22,18 @@ constexpr std::array<KnownText, 11> kFixed = {{
     {"Deamon Thread is exiting...", EventKind::kSupervisionEnded},
     {"Exit", EventKind::kExitRequested},
     {"Overflowed message queue.", EventKind::kQueueOverflow},
+    {"Unknown exception occured", EventKind::kSupervisionError},
     {"Firewall: Could not connect to service manager", EventKind::kFirewallStarting},
     {"Firewall: Could not query service config", EventKind::kFirewallStarting},
     {"Firewall: Could not query service status", EventKind::kFirewallStarting},
     {"Firewall: Service is disabled.", EventKind::kFirewallStarting},
 }};
 
-constexpr std::array<KnownText, 11> kBeginnings = {{
+constexpr std::array<KnownText, 12> kBeginnings = {{
     {"CoInitializeSecurity error ", EventKind::kComSecurityFailed},
     {"Init WMI errror ", EventKind::kWmiFailed},
     {"RotRegistration errror ", EventKind::kPublicationFailed},
+    {"Exception occured : ", EventKind::kSupervisionError},
     {"Firewall: Could not open service (", EventKind::kFirewallStarting},
     {"Firewall: Current status code ", EventKind::kFirewallStarting},
     {"Firewall: Waiting ", EventKind::kFirewallStarting},
@@ -209,6 +211,8 @@ std::string_view NameOf(EventKind kind) noexcept
         return "still-registered";
     case EventKind::kSupervisionEnded:
         return "supervision-ended";
+    case EventKind::kSupervisionError:
+        return "supervision-error";
     case EventKind::kQueueOverflow:
         return "queue-overflow";
     case EventKind::kOther:

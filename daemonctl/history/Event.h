@@ -35,6 +35,7 @@ enum class EventKind {
     kExitRequested,    ///< a client asked the supervisor to exit
     kStillRegistered,  ///< the supervisor exits; daemons are registered, their processes run on
     kSupervisionEnded, ///< "Deamon Thread is exiting..."
+    kSupervisionError, ///< "Exception occured : ...": the work on one daemon was given up
     kQueueOverflow     ///< messages after this one are lost, until the queue was empty
 };
 

@@ -70,13 +70,35 @@ TEST(Attribution, is_likely_if_records_in_between_are_missing)
 
 TEST(Attribution, is_unknown_if_the_start_is_missing)
 {
-    for (const char* const next : {"Exception caught in : Unknown (0x2)", "Deamon Thread started",
-                                   "Connecting to WMI resource ...", "Unable to start a.exe ",
-                                   "Start DaemonId(3) PId(31) : Spooler"}) {
-        const auto records = Attribute({"Exception caught in : Unknown (0x1)", next});
+    for (const char* const next :
+         {"Exception caught in : Unknown (0x2)", "Deamon Thread started",
+          "Exception occured : std::bad_alloc", "Unknown exception occured",
+          "Connecting to WMI resource ...", "Unable to start a.exe ",
+          "Start DaemonId(3) PId(31) : Spooler"}) {
+        const auto records = Attribute(
+            {"Exception caught in : Unknown (0x1)", next, "Start DaemonId(1) PId(11) : b.exe "});
         EXPECT_EQ(records[0].attribution, Attribution::kNone) << next;
         EXPECT_FALSE(records[0].event.daemonId) << next;
     }
+}
+
+// Daemon 1 had no process that could end, so the end was that of a daemon whose start is missing.
+TEST(Attribution, is_unknown_if_the_last_start_of_the_next_daemon_had_failed)
+{
+    const std::string failed = "Unable to start DaemonId(1) PId(11) : b.exe ";
+    for (const std::string& next : {failed, std::string("Start DaemonId(1) PId(12) : b.exe ")}) {
+        const auto records = Attribute({failed, "Exception caught in : Unknown (0x1)", next});
+        EXPECT_EQ(records[1].attribution, Attribution::kNone) << next;
+        EXPECT_FALSE(records[1].event.daemonId) << next;
+    }
+    const std::vector<std::string> startedSince = {failed, "Start DaemonId(1) PId(12) : b.exe ",
+                                                   "Exception caught in : Unknown (0x1)",
+                                                   "Start DaemonId(1) PId(13) : b.exe "};
+    EXPECT_EQ(Attribute(startedSince)[2].attribution, Attribution::kPaired);
+    // A start may be among missing records.
+    const std::vector<std::string> mayHaveStarted = {failed, "Exception caught in : Unknown (0x1)",
+                                                     "Start DaemonId(1) PId(12) : b.exe "};
+    EXPECT_EQ(Attribute(mayHaveStarted, 1)[1].attribution, Attribution::kPaired);
 }
 
 TEST(Attribution, of_a_services_end_needs_the_name_of_the_service)

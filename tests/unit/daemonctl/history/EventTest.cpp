@@ -91,6 +91,8 @@ TEST(EventOf, knows_every_message_of_the_supervisor)
              {"3 Processes still registered", EventKind::kStillRegistered},
              {"Deamon Thread is exiting...", EventKind::kSupervisionEnded},
              {"Overflowed message queue.", EventKind::kQueueOverflow},
+             {"Exception occured : std::bad_alloc", EventKind::kSupervisionError},
+             {"Unknown exception occured", EventKind::kSupervisionError},
              {"Pin output buffer full : video", EventKind::kOther}}) {
         EXPECT_EQ(EventOf(text).kind, kind) << text;
     }
