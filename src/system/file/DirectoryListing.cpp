@@ -1,12 +1,11 @@
 #include "file/DirectoryListing.h"
 
+#include "file/DirectoryEntry.h"
 #include "file/FileAttributes.h"
-#include "utf/Transcode.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
-#include <cstdint>
 #include <stdexcept>
 
 namespace vqrx::system::file::v2 {
@@ -14,43 +13,22 @@ namespace {
 
 using win32::v1::UniqueFindHandle;
 
-// A find record of the system with its names converted.
-struct DirectoryEntry {
-    DWORD attributes = 0;
-    FILETIME creationTime{};
-    FILETIME lastAccessTime{};
-    FILETIME lastWriteTime{};
-    std::uint64_t size = 0;
-    std::string name;
-    std::string shortName;
-};
-
-template <typename Record>
-DirectoryEntry CommonFields(const Record& record)
+// Whether a path is longer than the ANSI functions accept. A path that the system cannot complete
+// counts as too long.
+bool IsTooLong(const std::string& path)
 {
-    DirectoryEntry entry;
-    entry.attributes = record.dwFileAttributes;
-    entry.creationTime = record.ftCreationTime;
-    entry.lastAccessTime = record.ftLastAccessTime;
-    entry.lastWriteTime = record.ftLastWriteTime;
-    entry.size = (static_cast<std::uint64_t>(record.nFileSizeHigh) << 32) | record.nFileSizeLow;
-    return entry;
+    const DWORD bytes = GetFullPathNameA(path.c_str(), 0, nullptr, nullptr); // with the final zero
+    return bytes == 0 || bytes > MAX_PATH;
 }
 
-DirectoryEntry EntryFrom(const WIN32_FIND_DATAA& record)
+// Whether a search failed only because the folder does not exist.
+bool IsMissing(const File& dir, const std::string& pattern, DWORD error)
 {
-    DirectoryEntry entry = CommonFields(record);
-    entry.name = record.cFileName;
-    entry.shortName = record.cAlternateFileName;
-    return entry;
-}
-
-DirectoryEntry EntryFrom(const WIN32_FIND_DATAW& record)
-{
-    DirectoryEntry entry = CommonFields(record);
-    entry.name = encoding::utf::v1::WideToUtf8(record.cFileName);
-    entry.shortName = encoding::utf::v1::WideToUtf8(record.cAlternateFileName);
-    return entry;
+    // Windows answers ERROR_FILE_NOT_FOUND if no name in the folder matches. It answers
+    // ERROR_PATH_NOT_FOUND if the folder is missing, but also if the path is too long.
+    return error == ERROR_FILE_NOT_FOUND ||
+           (error == ERROR_PATH_NOT_FOUND && KindOf(dir) == FileKind::nothing &&
+            !IsTooLong(pattern));
 }
 
 void Visit(const File& dir, const DirectoryEntry& entry, const EntryCallback& callback)
@@ -64,13 +42,12 @@ void Visit(const File& dir, const DirectoryEntry& entry, const EntryCallback& ca
 
 void ForEachEntry(const File& dir, const EntryCallback& callback)
 {
+    const std::string pattern = dir.Path() + "\\*";
     WIN32_FIND_DATAA first{};
-    const UniqueFindHandle search(FindFirstFileA((dir.Path() + "\\*").c_str(), &first));
+    const UniqueFindHandle search(FindFirstFileA(pattern.c_str(), &first));
     if (!search) {
         const DWORD error = GetLastError();
-        // Windows answers ERROR_PATH_NOT_FOUND if the folder is missing, and ERROR_FILE_NOT_FOUND
-        // if no name in the folder matches.
-        if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
+        if (IsMissing(dir, pattern, error)) {
             return;
         }
         throw FileError("could not enumerate the contents of [" + dir.Path() + "]: Win32 error " +

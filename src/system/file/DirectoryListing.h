@@ -5,7 +5,7 @@
 namespace vqrx::system::file::v2 {
 
 /// Calls callback for each entry of a folder except "." and "..", without recursion. A folder that
-/// does not exist has no entries.
+/// does not exist has no entries; a folder whose path is too long is an error.
 /// The name of the first entry is in the ANSI code page, every later name is UTF-8. The first entry
 /// of an ordinary folder is ".". A name may have any length.
 /// An exception of callback ends the listing and passes through.

@@ -8,7 +8,12 @@ namespace vqrx::system::file::v2 {
 
 FileKind KindOf(const File& file) noexcept
 {
-    const DWORD attributes = GetFileAttributesA(file.Path().c_str());
+    return KindOfPath(file.Path());
+}
+
+FileKind KindOfPath(const std::string& path) noexcept
+{
+    const DWORD attributes = GetFileAttributesA(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         return FileKind::nothing;
     }

@@ -4,11 +4,19 @@
 
 #include "file/DirectoryListing.h"
 #include "file/FileAttributes.h"
+#include "file/FileIdentity.h"
 
+#include <cstddef>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace vqrx::system::file::v2 {
 namespace {
+
+// The longest path that Windows can have, in characters. It says so of the wide functions; the ANSI
+// functions take at most as much.
+constexpr std::size_t kLongestPath = 32767;
 
 [[noreturn]] void Raise(const char* what, const File& file, DWORD error)
 {
@@ -35,6 +43,29 @@ void RemoveTree(const File& entry, bool isDirectory)
     RemoveEmptyDirectory(entry);
 }
 
+// Returns where the levels of a path end: those of "C:\a\bc" are "C:", "C:\a" and "C:\a\bc", so
+// the result is 2, 4, 7.
+std::vector<std::size_t> LevelEnds(const File& dir)
+{
+    std::vector<std::size_t> ends;
+    std::size_t end = 0;
+    for (const std::string& component : dir.Components()) {
+        end += (ends.empty() ? 0 : 1) + component.size();
+        ends.push_back(end);
+    }
+    return ends;
+}
+
+// @throws std::runtime_error  as CopyTo, if source or target would be lost or copied without end
+void RefuseToCopyIntoItself(const File& source, const File& target, bool isFile)
+{
+    // A file is copied after its target was removed. A folder is listed while its target grows.
+    const bool refused = isFile ? LeadsInto(source, target) : LeadsInto(target, source);
+    if (refused) {
+        throw std::runtime_error("cannot copy " + source.Path() + " to " + target.Path());
+    }
+}
+
 } // namespace
 
 void CreateDirectory(const File& dir)
@@ -46,19 +77,24 @@ void CreateDirectory(const File& dir)
 
 void CreateDirectories(const File& dir)
 {
-    switch (KindOf(dir)) {
-    case FileKind::directory:
-        return;
-    case FileKind::file:
-        RemoveFile(dir);
-        break;
-    case FileKind::nothing:
-        if (dir.Components().size() > 1) {
-            CreateDirectories(dir.Parent());
+    const std::string& path = dir.Path();
+    const std::vector<std::size_t> ends = LevelEnds(dir);
+    std::size_t existing = ends.size(); // the number of levels that exist
+    while (existing != 0) {
+        const std::string level = path.substr(0, ends[existing - 1]);
+        const FileKind kind = level.size() > kLongestPath ? FileKind::nothing : KindOfPath(level);
+        if (kind == FileKind::directory) {
+            break;
         }
-        break;
+        --existing;
+        if (kind == FileKind::file) {
+            RemoveFile(File(level));
+            break;
+        }
     }
-    CreateDirectory(dir);
+    for (; existing != ends.size(); ++existing) {
+        CreateDirectory(File(path.substr(0, ends[existing])));
+    }
 }
 
 void RemoveFile(const File& file)
@@ -93,7 +129,9 @@ void Remove(const File& f)
 void CopyTo(const File& source, const std::string& destinationDir)
 {
     const File target(destinationDir + "\\" + source.Components().back());
-    if (KindOf(source) == FileKind::file) {
+    const bool isFile = KindOf(source) == FileKind::file;
+    RefuseToCopyIntoItself(source, target, isFile);
+    if (isFile) {
         Remove(target);
         if (CopyFileA(source.Path().c_str(), target.Path().c_str(), FALSE) == FALSE) {
             throw std::runtime_error("cannot copy " + source.Path() + " to " + target.Path());

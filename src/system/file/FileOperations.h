@@ -34,9 +34,12 @@ void Remove(const File& f);
 
 /// Copies a file or a tree into a folder and keeps its name. A copied file replaces the file or the
 /// folder that has its name in the destination.
+/// Refuses, before it changes anything, to copy a file to itself or over a folder that contains it,
+/// and to copy a folder to itself or into itself.
 /// @throws FileError           if a step fails other than the copying of a file
-/// @throws std::runtime_error  "cannot copy ..." if a file cannot be copied; "... is not a directory"
-///         if source does not exist, after its folder in the destination was created
+/// @throws std::runtime_error  "cannot copy ..." if a file cannot be copied, or for a refused copy;
+///         "... is not a directory" if source does not exist, after its folder in the destination
+///         was created
 void CopyTo(const File& source, const std::string& destinationDir);
 
 } // namespace vqrx::system::file::v2

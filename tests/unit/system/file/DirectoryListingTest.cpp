@@ -7,6 +7,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <set>
 #include <stdexcept>
 
@@ -31,6 +32,20 @@ HANDLE WINAPI RefuseSearch(LPCSTR, LPWIN32_FIND_DATAA)
 {
     SetLastError(ERROR_ACCESS_DENIED);
     return INVALID_HANDLE_VALUE;
+}
+
+HANDLE WINAPI FindNoPath(LPCSTR, LPWIN32_FIND_DATAA)
+{
+    SetLastError(ERROR_PATH_NOT_FOUND);
+    return INVALID_HANDLE_VALUE;
+}
+
+int longNamesLeft = 0;
+BOOL WINAPI FindLongName(HANDLE, LPWIN32_FIND_DATAW found)
+{
+    *found = {};
+    std::fill_n(found->cFileName, 259, L'\u20AC');
+    return longNamesLeft-- > 0 ? TRUE : FALSE;
 }
 
 int closedSearches = 0;
@@ -78,20 +93,38 @@ TEST_F(DirectoryListing, A_folder_that_cannot_be_listed_raises_the_error_of_the_
               Failure<FileError>([&] { Listed(In("")); }));
 }
 
+TEST_F(DirectoryListing, A_path_that_is_not_found_is_a_missing_folder_only_if_nothing_is_there)
+{
+    const std::string folder = In("").Path();
+    const auto withNameOf = [&](std::size_t length) {
+        return File(folder + "\\" + std::string(length, 'n'));
+    };
+    const std::size_t longest = MAX_PATH - 1 - std::string("\\\\*").size() - folder.size();
+    const ImportPatch patch("FindFirstFileA", FindNoPath);
+    EXPECT_TRUE(Listed(withNameOf(1)).empty());
+    EXPECT_TRUE(Listed(withNameOf(longest)).empty());
+    for (const File& dir : {In(""), withNameOf(longest + 1)}) { // one is there, one is too long
+        EXPECT_EQ("could not enumerate the contents of [" + dir.Path() + "]: Win32 error 3",
+                  Failure<FileError>([&] { Listed(dir); }));
+    }
+}
+
 TEST_F(DirectoryListing, Names_are_listed_in_UTF8)
 {
     std::ofstream(folder_.Path() / L"caf\u00E9 \u20AC.txt") << "x";
     EXPECT_EQ((std::set<std::string>{"caf\xC3\xA9 \xE2\x82\xAC.txt"}), Listed(In("")));
 }
 
-TEST_F(DirectoryListing, A_name_of_240_bytes_in_UTF8_is_listed_whole)
+TEST_F(DirectoryListing, The_longest_name_is_listed_whole)
 {
-    const std::wstring name(80,
-                            L'\u20AC'); // 240 bytes in UTF-8, as long as this host's disk allows
-    std::ofstream(folder_.Path() / name) << "x";
-    const auto names = Listed(In(""));
-    ASSERT_EQ(1U, names.size());
-    EXPECT_EQ(240U, names.begin()->size());
+    // 777 bytes in UTF-8. The disks of some hosts do not take such a name.
+    const ImportPatch patch("FindNextFileW", FindLongName);
+    longNamesLeft = 1;
+    std::string expected;
+    for (int letter = 0; letter < 259; ++letter) {
+        expected += "\xE2\x82\xAC";
+    }
+    EXPECT_EQ((std::set<std::string>{expected}), Listed(In("")));
 }
 
 TEST_F(DirectoryListing, The_search_is_closed_if_the_callback_throws)

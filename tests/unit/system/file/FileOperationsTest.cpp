@@ -3,11 +3,14 @@
 #include "file/FileOperations.h"
 
 #include "FilesFixture.h"
+#include "ImportPatch.h"
 #include "file/DirectoryListing.h"
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <stdexcept>
+#include <string_view>
 
 namespace vqrx::test {
 namespace {
@@ -16,6 +19,19 @@ using namespace system::file::v2;
 namespace fs = std::filesystem;
 
 class FileOperations : public Files {};
+
+// Windows takes no path of a folder with more characters: a file with a name of 8.3 must still fit.
+constexpr std::size_t kLongestFolderPath = MAX_PATH - 12 - 1;
+
+decltype(&FindFirstFileA) systemFindFirst = nullptr;
+HANDLE WINAPI FindNoEntriesOfDeep(LPCSTR pattern, LPWIN32_FIND_DATAA found)
+{
+    if (std::string_view(pattern).ends_with("deep\\*")) {
+        SetLastError(ERROR_PATH_NOT_FOUND); // so Windows answers if this pattern is too long
+        return INVALID_HANDLE_VALUE;
+    }
+    return systemFindFirst(pattern, found);
+}
 
 } // namespace
 
@@ -44,6 +60,18 @@ TEST_F(FileOperations, CreateDirectories_replaces_a_file_with_the_name_of_a_fold
     Put("b");
     CreateDirectories(In("b\\c"));
     EXPECT_TRUE(fs::is_directory(folder_.Path() / "b/c"));
+}
+
+TEST_F(FileOperations, CreateDirectories_of_a_hundred_thousand_levels_fails_at_the_length_limit)
+{
+    std::string path = In("deep").Path();
+    for (int level = 0; level < 100000; ++level) {
+        path += "\\d";
+    }
+    const std::string failure = Failure<FileError>([&] { CreateDirectories(File(path)); });
+    EXPECT_EQ(0U, failure.find("could not create directory [" + In("deep\\d\\d").Path()))
+        << failure.substr(0, 300);
+    EXPECT_TRUE(Exists("deep/d/d"));
 }
 
 TEST_F(FileOperations, RemoveFile_removes_a_file_or_raises_the_error_of_the_system)
@@ -126,6 +154,47 @@ TEST_F(FileOperations, CopyTo_copies_a_tree)
     EXPECT_TRUE(Exists("to/t/empty"));
 }
 
+TEST_F(FileOperations, A_folder_that_cannot_be_listed_stops_the_copy_of_its_tree)
+{
+    Put("t/deep/a");
+    const ImportPatch patch("FindFirstFileA", FindNoEntriesOfDeep);
+    systemFindFirst = patch.Original<HANDLE WINAPI(LPCSTR, LPWIN32_FIND_DATAA)>();
+    EXPECT_EQ("could not enumerate the contents of [" + In("t\\deep").Path() + "]: Win32 error 3",
+              Failure<FileError>([&] { CopyTo(In("t"), Native("to")); }));
+}
+
+TEST_F(FileOperations, A_copy_of_a_file_to_itself_is_refused_and_the_file_stays)
+{
+    Put("to/a.txt", "kept");
+    const File file = In("to\\a.txt");
+    for (const std::string to : {"to", "TO", "to\\..\\to"}) {
+        EXPECT_EQ("cannot copy " + file.Path() + " to " + In(to + "\\a.txt").Path(),
+                  Failure<std::runtime_error>([&] { CopyTo(file, Native(to)); }));
+        ASSERT_EQ("kept", Text("to/a.txt")) << to;
+    }
+}
+
+TEST_F(FileOperations, A_copy_of_a_file_over_a_folder_that_contains_it_is_refused)
+{
+    Put("to/name/sub/name", "kept");
+    const File file = In("to\\name\\sub\\name");
+    EXPECT_EQ("cannot copy " + file.Path() + " to " + In("to\\name").Path(),
+              Failure<std::runtime_error>([&] { CopyTo(file, Native("to")); }));
+    EXPECT_EQ("kept", Text("to/name/sub/name"));
+}
+
+TEST_F(FileOperations, A_copy_of_a_folder_to_itself_or_into_itself_is_refused)
+{
+    Put("t/s/a", "kept");
+    for (const std::string to : {".", "t", "T\\s", "t\\new\\deep", "t\\..\\t"}) {
+        EXPECT_EQ("cannot copy " + In("t").Path() + " to " + In(to + "\\t").Path(),
+                  Failure<std::runtime_error>([&] { CopyTo(In("t"), Native(to)); }));
+        EXPECT_FALSE(Exists("t/t"));
+        EXPECT_FALSE(Exists("t/new"));
+        ASSERT_EQ("kept", Text("t/s/a")) << to;
+    }
+}
+
 TEST_F(FileOperations, A_file_that_cannot_be_copied_raises_both_paths)
 {
     Put("a.txt");
@@ -145,7 +214,7 @@ TEST_F(FileOperations, A_tree_as_deep_as_the_length_limit_allows_is_created_and_
     File deepest = In("deep");
     CreateDirectory(deepest);
     int levels = 0;
-    while (deepest.Path().size() + std::string("\\d\\*").size() < MAX_PATH) {
+    while (deepest.Path().size() + std::string("\\d").size() <= kLongestFolderPath) {
         deepest = deepest.Child("d");
         CreateDirectory(deepest);
         ++levels;
