@@ -27,6 +27,15 @@ bool IsFree(CriticalSection& section)
     return entered;
 }
 
+// Returns an object that notes at its end whether another thread could enter the section.
+std::shared_ptr<int> NotesAtItsEnd(CriticalSection& section, bool& wasFree)
+{
+    return {new int(1), [&section, &wasFree](const int* number) {
+                wasFree = IsFree(section);
+                delete number;
+            }};
+}
+
 template <typename Pointer>
 constexpr bool kDereferences = requires(Pointer&& pointer)
 {
@@ -99,6 +108,34 @@ TEST(SyncPtr, An_assignment_releases_the_previous_hold)
     EXPECT_FALSE(IsFree(second));
 }
 
+TEST(SyncPtr, An_object_whose_last_reference_it_is_ends_inside_the_lock)
+{
+    CriticalSection section;
+    bool wasFree = true;
+    {
+        const auto locked = make_sync_ptr(NotesAtItsEnd(section, wasFree), section.Get());
+    }
+    EXPECT_FALSE(wasFree);
+
+    CriticalSection other;
+    wasFree = true;
+    auto target = make_sync_ptr(NotesAtItsEnd(section, wasFree), section.Get());
+    target = make_sync_ptr(std::make_shared<int>(2), other.Get()); // ends the first object
+    EXPECT_FALSE(wasFree);
+    EXPECT_TRUE(IsFree(section));
+}
+
+TEST(SyncPtr, A_move_to_itself_changes_nothing)
+{
+    CriticalSection section;
+    unsigned long value = 3;
+    auto locked = make_sync_ptr(&value, section.Get());
+    auto& same = locked;
+    locked = std::move(same);
+    EXPECT_EQ(3U, *locked);
+    EXPECT_FALSE(IsFree(section));
+}
+
 TEST(SyncPtr, A_temporary_gives_no_reference)
 {
     using Locked = sync_ptr<unsigned long*>;
@@ -140,6 +177,20 @@ TEST(CreateLock, The_hold_outlives_its_sync_ptr)
     hold.reset();
     EXPECT_FALSE(IsFree(section));
     further.reset();
+    EXPECT_TRUE(IsFree(section));
+}
+
+TEST(CreateLock, The_object_ends_inside_the_lock)
+{
+    CriticalSection section;
+    bool wasFree = true;
+    std::unique_ptr<ILock> hold;
+    {
+        const auto locked = make_sync_ptr(NotesAtItsEnd(section, wasFree), section.Get());
+        hold = CreateLock(locked);
+    }
+    hold.reset();
+    EXPECT_FALSE(wasFree);
     EXPECT_TRUE(IsFree(section));
 }
 

@@ -16,7 +16,33 @@ uintptr_t __cdecl RefuseThread(void*, unsigned, _beginthreadex_proc_type, void*,
     return 0;
 }
 
+_beginthreadex_proc_type heldEntry = nullptr;
+void* heldArgument = nullptr;
+
+// A thread that the system starts later: the test calls its entry.
+uintptr_t __cdecl HoldThread(void*, unsigned, _beginthreadex_proc_type entry, void* argument,
+                             unsigned, unsigned*)
+{
+    heldEntry = entry;
+    heldArgument = argument;
+    return reinterpret_cast<uintptr_t>(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+}
+
 } // namespace
+
+TEST(Thread, A_body_that_begins_after_its_Thread_was_destroyed_still_runs)
+{
+    const auto captured = std::make_shared<int>(42);
+    int seen = 0;
+    {
+        const ImportPatch patch("_beginthreadex", HoldThread);
+        const system::thread::v1::Thread thread([&seen, captured] { seen = *captured; });
+    }
+    EXPECT_EQ(2, captured.use_count()); // one owner is the body, one this test
+    EXPECT_EQ(0U, heldEntry(heldArgument));
+    EXPECT_EQ(42, seen);
+    EXPECT_EQ(1, captured.use_count());
+}
 
 TEST(Thread, A_thread_that_cannot_be_created_has_no_handle_and_frees_its_body)
 {
