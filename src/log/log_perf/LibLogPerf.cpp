@@ -87,8 +87,9 @@ void LibLogPerf::AddPoliticChoices(int count)
 
 void LibLogPerf::RegisterPin(const char* name)
 {
+    const auto statistics = statistics_.Lock(); // first: a wait for it must not shorten the silence
     Pin pin{std::make_shared<std::uint32_t>(0), PinRateLimiter(kPinWindowMs, GetTickCount())};
-    statistics_.Lock()->pins.insert_or_assign(name, std::move(pin));
+    statistics->pins.insert_or_assign(name, std::move(pin));
 }
 
 void LibLogPerf::NotifyBufferFull(const char* name)

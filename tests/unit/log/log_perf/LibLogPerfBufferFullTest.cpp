@@ -1,6 +1,8 @@
 #include "log_perf/LibLogPerf.h"
 
 #include "CapturingSink.h"
+#include "ImportPatch.h"
+#include "LockDepth.h"
 #include "SimulatedTicks.h"
 
 #include <gmock/gmock.h>
@@ -118,6 +120,27 @@ TEST_F(LibLogPerfBufferFull, A_pin_that_is_registered_again_starts_from_zero)
     ticks.Advance(1000);
     logger.NotifyBufferFull("out");
     EXPECT_THAT(Lines(), ElementsAre("Pin output buffer full : out (x2)"));
+}
+
+int locksAtTick = -1;
+
+DWORD WINAPI TickThatNotesLocks()
+{
+    if (LockDepth::Here() >= 0) { // not on the worker thread
+        locksAtTick = LockDepth::Here();
+    }
+    return 100000;
+}
+
+TEST(LibLogPerfPins, The_registration_of_a_pin_reads_the_tick_inside_the_lock)
+{
+    const LockDepth locks;
+    const ImportPatch tick("GetTickCount", &TickThatNotesLocks);
+    LibLogPerf logger;
+    locksAtTick = -1;
+    logger.RegisterPin("out");
+    EXPECT_EQ(1, locksAtTick);
+    EXPECT_EQ(0, LockDepth::Here());
 }
 
 TEST_F(LibLogPerfBufferFull, Notices_may_come_while_another_thread_logs_and_a_sink_counts)

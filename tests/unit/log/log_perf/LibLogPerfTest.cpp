@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <ctime>
 #include <string>
 #include <thread>
 #include <vector>
@@ -218,6 +220,19 @@ TEST(LibLogPerf, The_destructor_delivers_every_queued_message)
         sink.Release();
     }
     EXPECT_EQ(Numbered(1, 900), sink.Texts());
+}
+
+TEST(LibLogPerf, The_constructor_seeds_the_random_numbers_of_the_C_library_with_the_time)
+{
+    const std::time_t before = std::time(nullptr);
+    const LibLogPerf logger;
+    const int number = std::rand();
+    bool isSeed = false;
+    for (std::time_t seed = before; seed <= std::time(nullptr); ++seed) {
+        std::srand(static_cast<unsigned>(seed));
+        isSeed = isSeed || std::rand() == number;
+    }
+    EXPECT_TRUE(isSeed);
 }
 
 TEST(LibLogPerf, Many_loggers_can_be_made_and_destroyed_in_turn)

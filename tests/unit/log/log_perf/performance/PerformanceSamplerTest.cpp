@@ -7,6 +7,8 @@
 
 #include <windows.h>
 
+#include <psapi.h>
+
 namespace vqrx::test {
 namespace {
 
@@ -47,6 +49,33 @@ TEST(PerformanceSampler, The_times_of_process_and_machine_grow)
     EXPECT_LT(first.kernelTime + first.userTime, later.kernelTime + later.userTime);
     EXPECT_LT(first.system.busy, later.system.busy);
     EXPECT_LE(first.system.idle, later.system.idle);
+}
+
+// On Windows the name of the function is a macro for another name.
+#define DM_TEXT_OF(name) #name
+#define DM_NAME_OF(function) DM_TEXT_OF(function)
+constexpr const char* kGetProcessMemoryInfo = DM_NAME_OF(GetProcessMemoryInfo);
+
+DWORD countersSize = 0;
+
+BOOL WINAPI NumberedMemory(HANDLE, PROCESS_MEMORY_COUNTERS* counters, DWORD size)
+{
+    countersSize = size;
+    counters->PageFaultCount = 1;
+    counters->PeakWorkingSetSize = 2;
+    counters->WorkingSetSize = 3;
+    counters->PagefileUsage = 4;
+    counters->PeakPagefileUsage = 5;
+    return TRUE;
+}
+
+TEST(PerformanceSampler, Working_set_and_page_file_usage_are_the_present_ones_of_the_process)
+{
+    const ImportPatch patch(kGetProcessMemoryInfo, &NumberedMemory);
+    const PerformanceSample sample = SamplePerformance();
+    EXPECT_EQ(3U, sample.workingSet);
+    EXPECT_EQ(4U, sample.pageFileUsage);
+    EXPECT_EQ(72U, countersSize);
 }
 
 BOOL WINAPI LargeSystemTimes(FILETIME* idle, FILETIME* kernel, FILETIME* user)

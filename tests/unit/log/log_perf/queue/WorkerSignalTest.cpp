@@ -96,6 +96,54 @@ TEST_F(BusyMachine, A_worker_without_a_timeout_sleeps_without_one)
     EXPECT_EQ(INFINITE, timeoutAsked);
 }
 
+WorkerSignal* lateSignal = nullptr;
+DWORD lateAnswer = WAIT_TIMEOUT;
+int latePosts = 0;
+
+// A record arrives after the wait has ended, before the worker hears of it.
+DWORD WINAPI EndAsARecordArrives(DWORD count, const HANDLE* handles, BOOL all, DWORD)
+{
+    if (latePosts-- > 0) {
+        lateSignal->Post();
+        return lateAnswer;
+    }
+    return realWaitMany(count, handles, all, 0); // finds a signal that nobody has taken
+}
+
+/// A worker whose wait ends by itself while a record arrives.
+class LateRecord : public testing::Test {
+protected:
+    LateRecord() { realWaitMany = wait_.Original<WaitMany>(); }
+
+    Result WaitThatEndsWith(DWORD answer)
+    {
+        lateSignal = &signal_;
+        lateAnswer = answer;
+        latePosts = 1;
+        return signal_.Wait(1000);
+    }
+
+    ImportPatch wait_{"WaitForMultipleObjects", &EndAsARecordArrives};
+    WorkerSignal signal_;
+};
+
+TEST_F(LateRecord, A_wait_that_gives_up_returns_the_record_that_just_arrived)
+{
+    for (const DWORD answer : {DWORD{WAIT_TIMEOUT}, DWORD{WAIT_FAILED}}) {
+        EXPECT_EQ(Result::kRecord, WaitThatEndsWith(answer));
+        EXPECT_EQ(Result::kTimedOut, signal_.Wait(1000)); // there was one record
+        signal_.Post();
+        EXPECT_EQ(Result::kRecord, signal_.Wait(1000)); // the worker counts as awake again
+    }
+}
+
+TEST_F(LateRecord, A_wait_that_Stop_ended_keeps_the_record_that_just_arrived)
+{
+    EXPECT_EQ(Result::kStop, WaitThatEndsWith(WAIT_OBJECT_0));
+    EXPECT_EQ(Result::kRecord, signal_.Wait(1000));
+    EXPECT_EQ(Result::kTimedOut, signal_.Wait(1000));
+}
+
 TEST(WorkerSignal, A_wait_without_records_times_out)
 {
     WorkerSignal signal;

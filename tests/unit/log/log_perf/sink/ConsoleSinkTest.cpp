@@ -2,12 +2,14 @@
 
 #include "ChildProcess.h"
 #include "ImportPatch.h"
+#include "LockDepth.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <ctime>
 #include <iostream>
 #include <optional>
@@ -23,9 +25,16 @@ using log::log_perf::v2::Timestamp;
 // Everything that happened on the console, in order: "<12>" stands for setting colour 12.
 std::ostringstream* screen = nullptr;
 HANDLE coloured = nullptr;
+int mostLocks = 0; // that were held while the console was used
+
+void NoteLocks()
+{
+    mostLocks = std::max(mostLocks, LockDepth::Here());
+}
 
 BOOL WINAPI NoteColour(HANDLE console, WORD attribute)
 {
+    NoteLocks();
     coloured = console;
     *screen << '<' << attribute << '>';
     return TRUE;
@@ -39,6 +48,7 @@ public:
 protected:
     int sync() override
     {
+        NoteLocks();
         writes += str().empty() ? 0 : 1;
         *screen << str();
         str("");
@@ -52,6 +62,7 @@ protected:
         : before_(std::cerr.rdbuf(&buffer_))
     {
         screen = &screen_;
+        mostLocks = 0;
         sink_.emplace();
         sink_->SetThreshold(3);
     }
@@ -83,6 +94,7 @@ protected:
     std::ostringstream screen_;
     FlushedText buffer_;
     std::streambuf* before_;
+    LockDepth locks_;
     ImportPatch patch_{"SetConsoleTextAttribute", &NoteColour};
     std::optional<ConsoleSink> sink_;
 };
@@ -145,6 +157,12 @@ TEST_F(Console, Each_line_is_flushed_at_once_and_in_one_write)
     EXPECT_EQ(buffer_.writes, 1);
     Write(0, "b");
     EXPECT_EQ(buffer_.writes, 2);
+}
+
+TEST_F(Console, No_lock_is_held_while_the_console_is_used)
+{
+    Write(2, "a");
+    EXPECT_EQ(mostLocks, 0);
 }
 
 TEST_F(Console, Levels_below_0_and_above_3_are_grey)
