@@ -9,6 +9,10 @@ namespace {
 
 using system::win32::v1::UniqueServiceHandle;
 
+// Every right to a service except those to pause it, to interrogate it and to send it controls of
+// its own. It is the number of SC_MANAGER_ALL_ACCESS.
+constexpr DWORD kServiceAccess = 0xF003F;
+
 BOOL Enumerate(SC_HANDLE manager, std::vector<std::byte>& buffer, DWORD& needed, DWORD& count)
 {
     return EnumServicesStatusExA(manager, SC_ENUM_PROCESS_INFO, SERVICE_WIN32_OWN_PROCESS,
@@ -53,7 +57,7 @@ int FindServiceOfProcess(DWORD processId, ServiceOfProcess& found)
         if (entry.ServiceStatusProcess.dwProcessId == processId) {
             found.isService = true;
             found.name = entry.lpServiceName;
-            found.handle.Reset(OpenServiceA(manager.Get(), found.name.c_str(), SERVICE_ALL_ACCESS));
+            found.handle.Reset(OpenServiceA(manager.Get(), found.name.c_str(), kServiceAccess));
             return found.handle ? kSuccess : kFailure;
         }
     }

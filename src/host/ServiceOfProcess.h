@@ -14,7 +14,7 @@ namespace vqrx::host::v0 {
 struct ServiceOfProcess {
     bool isService = false;
     std::string name;                              ///< key name, not the display name
-    system::win32::v1::UniqueServiceHandle handle; ///< opened with full access
+    system::win32::v1::UniqueServiceHandle handle; ///< opened with the rights to control it
 };
 
 /// Lists the running services that have a process of their own.

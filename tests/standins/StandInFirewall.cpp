@@ -2,6 +2,7 @@
 
 #include "ClassFactory.h"
 #include "NullFirewall.h"
+#include "Tracked.h"
 
 #include <new>
 #include <utility>
@@ -17,19 +18,12 @@ constexpr CLSID kNetFwPolicy2 = {
 constexpr CLSID kNetFwRule = {
     0x2C5BC43E, 0x3369, 0x4C33, {0xAB, 0x0C, 0xBE, 0x94, 0x69, 0x67, 0x7A, 0xF4}};
 
-// Counts the live objects of the stand-in, so that a test sees an object that was not released.
 template <typename Base>
-class Tracked : public Base {
-public:
-    Tracked() { ++TheFirewallScript().liveObjects; }
+using FirewallObject = Tracked<Base, &TheFirewallScript>;
 
-protected:
-    ~Tracked() override { --TheFirewallScript().liveObjects; }
-};
+class Profile : public FirewallObject<NullNetFwProfile> {};
 
-class Profile : public Tracked<NullNetFwProfile> {};
-
-class Policy : public Tracked<NullNetFwPolicy> {
+class Policy : public FirewallObject<NullNetFwPolicy> {
 public:
     HRESULT STDMETHODCALLTYPE get_CurrentProfile(INetFwProfile** profile) override
     {
@@ -46,7 +40,7 @@ public:
     }
 };
 
-class Manager : public Tracked<NullNetFwMgr> {
+class Manager : public FirewallObject<NullNetFwMgr> {
 public:
     HRESULT STDMETHODCALLTYPE get_LocalPolicy(INetFwPolicy** policy) override
     {
@@ -55,9 +49,9 @@ public:
     }
 };
 
-class Rule : public Tracked<NullNetFwRule> {
+class Rule : public FirewallObject<NullNetFwRule> {
 public:
-    Rule() = default;
+    Rule() { TheFirewallScript().put.clear(); }
     Rule(std::wstring name, FirewallRule rule)
         : name_(std::move(name))
         , rule_(std::move(rule))
@@ -66,6 +60,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE put_Name(BSTR name) override
     {
+        TheFirewallScript().put.push_back("Name");
         name_ = name;
         return TheFirewallScript().putName;
     }
@@ -76,6 +71,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE put_ApplicationName(BSTR application) override
     {
+        TheFirewallScript().put.push_back("ApplicationName");
         rule_.application = application;
         return TheFirewallScript().putApplicationName;
     }
@@ -86,21 +82,25 @@ public:
     }
     HRESULT STDMETHODCALLTYPE put_Protocol(LONG protocol) override
     {
+        TheFirewallScript().put.push_back("Protocol");
         rule_.protocol = protocol;
         return TheFirewallScript().putProtocol;
     }
     HRESULT STDMETHODCALLTYPE put_Profiles(LONG profiles) override
     {
+        TheFirewallScript().put.push_back("Profiles");
         rule_.profiles = profiles;
         return TheFirewallScript().putProfiles;
     }
     HRESULT STDMETHODCALLTYPE put_Action(NET_FW_ACTION action) override
     {
+        TheFirewallScript().put.push_back("Action");
         rule_.action = action;
         return TheFirewallScript().putAction;
     }
     HRESULT STDMETHODCALLTYPE put_Enabled(VARIANT_BOOL enabled) override
     {
+        TheFirewallScript().put.push_back("Enabled");
         rule_.enabled = enabled;
         return TheFirewallScript().putEnabled;
     }
@@ -114,7 +114,7 @@ private:
 };
 
 // Enumerates the rules that exist when the enumerator is made.
-class RuleEnumerator : public Tracked<Counted<IEnumVARIANT>> {
+class RuleEnumerator : public FirewallObject<Counted<IEnumVARIANT>> {
 public:
     HRESULT STDMETHODCALLTYPE Next(ULONG count, VARIANT* items, ULONG* fetched) override
     {
@@ -143,7 +143,7 @@ private:
     std::size_t next_ = 0;
 };
 
-class Rules : public Tracked<NullNetFwRules> {
+class Rules : public FirewallObject<NullNetFwRules> {
 public:
     HRESULT STDMETHODCALLTYPE get__NewEnum(IUnknown** enumerator) override
     {
@@ -175,7 +175,7 @@ public:
     }
 };
 
-class Policy2 : public Tracked<NullNetFwPolicy2> {
+class Policy2 : public FirewallObject<NullNetFwPolicy2> {
 public:
     HRESULT STDMETHODCALLTYPE get_Rules(INetFwRules** rules) override
     {
@@ -239,6 +239,7 @@ IUnknown* MakeFirewallFactory(REFCLSID classId)
 StandInFirewall::StandInFirewall()
 {
     TheFirewallScript() = FirewallScript();
+    TheFirewallScript().put.reserve(6); // no later allocation: tests count allocations
     EraseAllFirewallRules();
     int index = 0;
     for (const CLSID& classId : {kNetFwMgr, kNetFwPolicy2, kNetFwRule}) {

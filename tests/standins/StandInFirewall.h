@@ -6,6 +6,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vqrx::test {
@@ -62,6 +63,7 @@ struct FirewallScript {
 
     int adds = 0;                       ///< rules added so far
     std::vector<std::wstring> askedFor; ///< names passed to Item
+    std::vector<std::string_view> put;  ///< properties set on the newest rule, in their order
     long liveObjects = 0;               ///< objects that are not yet deleted
 };
 

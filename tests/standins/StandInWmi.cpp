@@ -3,6 +3,7 @@
 #include "ClassFactory.h"
 #include "LiveProcess.h"
 #include "NullWmi.h"
+#include "Tracked.h"
 
 #include <utility>
 
@@ -12,15 +13,8 @@ namespace {
 constexpr CLSID kWbemLocator = {
     0x4590F811, 0x1D3A, 0x11D0, {0x89, 0x1F, 0x00, 0xAA, 0x00, 0x4B, 0x2E, 0x24}};
 
-// Counts the live objects of the stand-in, so that a test sees an object that was not released.
 template <typename Base>
-class Tracked : public Base {
-public:
-    Tracked() { ++TheWmiScript().liveObjects; }
-
-protected:
-    ~Tracked() override { --TheWmiScript().liveObjects; }
-};
+using WmiObject = Tracked<Base, &TheWmiScript>;
 
 std::vector<ProcessAnswer> LiveAnswer(DWORD processId)
 {
@@ -49,15 +43,18 @@ HRESULT WriteAnswer(const PropertyAnswer& answer, VARIANT* value)
     return S_OK;
 }
 
-class ProcessObject : public Tracked<NullWbemClassObject> {
+class ProcessObject : public WmiObject<NullWbemClassObject> {
 public:
     explicit ProcessObject(ProcessAnswer answer)
         : answer_(std::move(answer))
     {
     }
 
-    HRESULT STDMETHODCALLTYPE Get(LPCWSTR name, LONG, VARIANT* value, CIMTYPE*, LONG*) override
+    HRESULT STDMETHODCALLTYPE Get(LPCWSTR name, LONG flags, VARIANT* value, CIMTYPE* type,
+                                  LONG* flavour) override
     {
+        TheWmiScript().lastGetFlags = flags;
+        TheWmiScript().lastGetIsPlain = type != nullptr && flavour == nullptr;
         if (std::wstring(name) == L"ExecutablePath") {
             return WriteAnswer(answer_.executablePath, value);
         }
@@ -71,16 +68,18 @@ private:
     ProcessAnswer answer_;
 };
 
-class Enumerator : public Tracked<NullEnumWbemClassObject> {
+class Enumerator : public WmiObject<NullEnumWbemClassObject> {
 public:
     explicit Enumerator(std::vector<ProcessAnswer> answers)
         : answers_(std::move(answers))
     {
     }
 
-    HRESULT STDMETHODCALLTYPE Next(LONG, ULONG, IWbemClassObject** objects,
+    HRESULT STDMETHODCALLTYPE Next(LONG timeout, ULONG count, IWbemClassObject** objects,
                                    ULONG* returned) override
     {
+        TheWmiScript().lastNextTimeout = timeout;
+        TheWmiScript().lastNextCount = count;
         *returned = 0;
         if (++calls_ == TheWmiScript().failAtNext) {
             return E_ABORT;
@@ -99,7 +98,7 @@ private:
     int calls_ = 0;
 };
 
-class Services : public Tracked<NullWbemServices>, public IClientSecurity {
+class Services : public WmiObject<NullWbemServices>, public IClientSecurity {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override
     {
@@ -147,13 +146,16 @@ public:
     HRESULT STDMETHODCALLTYPE CopyProxy(IUnknown*, IUnknown**) override { return E_NOTIMPL; }
 };
 
-class Locator : public Tracked<Counted<IWbemLocator>> {
+class Locator : public WmiObject<Counted<IWbemLocator>> {
 public:
-    HRESULT STDMETHODCALLTYPE ConnectServer(const BSTR resource, const BSTR, const BSTR, const BSTR,
-                                            LONG flags, const BSTR, IWbemContext*,
+    HRESULT STDMETHODCALLTYPE ConnectServer(const BSTR resource, const BSTR user,
+                                            const BSTR password, const BSTR locale, LONG flags,
+                                            const BSTR authority, IWbemContext* context,
                                             IWbemServices** services) override
     {
         WmiScript& script = TheWmiScript();
+        script.connectedPlainly = user == nullptr && password == nullptr && locale == nullptr &&
+                                  authority == nullptr && context == nullptr;
         script.connectedTo = resource;
         script.connectFlags = flags;
         *services = nullptr;

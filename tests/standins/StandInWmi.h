@@ -36,11 +36,16 @@ struct WmiScript {
     // Arguments of the calls.
     std::wstring connectedTo;
     LONG connectFlags = 0;
+    bool connectedPlainly = false;   ///< without user, password, locale, authority and context
     std::vector<DWORD> blanketAsked; ///< authentication, authorisation, level, impersonation, caps
     std::wstring lastLanguage;
     std::wstring lastQuery;
     LONG lastQueryFlags = -1;
-    long liveObjects = 0; ///< objects that are not yet deleted
+    LONG lastNextTimeout = 0; ///< milliseconds
+    ULONG lastNextCount = 0;  ///< objects that the caller wants at most
+    LONG lastGetFlags = -1;
+    bool lastGetIsPlain = false; ///< asks for the type and not for the flavour
+    long liveObjects = 0;        ///< objects that are not yet deleted
 };
 
 /// Key below HKEY_CURRENT_USER for the stand-in in other processes. Its DWORD value "ExecQuery" is

@@ -6,7 +6,10 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <functional>
+#include <set>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace vqrx::test {
@@ -16,19 +19,71 @@ using namespace host::v0;
 using Line = CapturingLogger::Line;
 using Lines = std::vector<Line>;
 
+std::set<SC_HANDLE> openHandles;
+std::vector<std::pair<std::string, DWORD>> asked; // name and access rights of each handle
+
+SC_HANDLE Noted(SC_HANDLE handle)
+{
+    const DWORD error = GetLastError();
+    if (handle != nullptr) {
+        openHandles.insert(handle);
+    }
+    SetLastError(error);
+    return handle;
+}
+
+using OpenManager = SC_HANDLE WINAPI(LPCSTR, LPCSTR, DWORD);
+OpenManager* realOpenManager = nullptr;
+SC_HANDLE WINAPI NoteManager(LPCSTR machine, LPCSTR database, DWORD access)
+{
+    const std::string name = machine == nullptr && database == nullptr ? "local manager" : "other";
+    asked.emplace_back(name, access);
+    return Noted(realOpenManager(machine, database, access));
+}
+
+using OpenOne = SC_HANDLE WINAPI(SC_HANDLE, LPCSTR, DWORD);
+OpenOne* realOpenOne = nullptr;
+SC_HANDLE WINAPI NoteService(SC_HANDLE manager, LPCSTR name, DWORD access)
+{
+    asked.emplace_back(name, access);
+    return Noted(realOpenOne(manager, name, access));
+}
+
+using CloseOne = BOOL WINAPI(SC_HANDLE);
+CloseOne* realCloseOne = nullptr;
+BOOL WINAPI NoteClose(SC_HANDLE handle)
+{
+    openHandles.erase(handle); // no change of the last error: the handle is there
+    return realCloseOne(handle);
+}
+
 class FirewallServiceTest : public ::testing::Test {
 protected:
-    /// Waits for the service; the pauses are only noted.
+    FirewallServiceTest()
+    {
+        realOpenManager = openManager_.Original<OpenManager>();
+        realOpenOne = openOne_.Original<OpenOne>();
+        realCloseOne = closeOne_.Original<CloseOne>();
+    }
+
+    /// Waits for the service; the pauses are only noted. Expects that no handle stays open.
     bool Wait()
     {
-        return WaitForFirewallService(&logger_, [this](std::uint32_t seconds) {
+        const auto before = openHandles; // those of the test's own services
+        asked.clear();
+        const bool result = WaitForFirewallService(&logger_, [this](std::uint32_t seconds) {
             slept_.push_back(seconds);
             if (onSleep_) {
                 onSleep_();
             }
         });
+        EXPECT_EQ(before, openHandles);
+        return result;
     }
 
+    ImportPatch openManager_{"OpenSCManagerA", &NoteManager};
+    ImportPatch openOne_{"OpenServiceA", &NoteService};
+    ImportPatch closeOne_{"CloseServiceHandle", &NoteClose};
     CapturingLogger logger_;
     std::vector<std::uint32_t> slept_;
     std::function<void()> onSleep_;
@@ -81,6 +136,16 @@ TEST_F(FirewallServiceTest, Wait_for_a_running_service_returns_at_once)
     EXPECT_TRUE(Wait());
     EXPECT_TRUE(logger_.Lines().empty());
     EXPECT_TRUE(slept_.empty());
+}
+
+TEST_F(FirewallServiceTest, Wait_asks_for_full_access_to_the_manager_and_to_query_the_services)
+{
+    TestService service("MpsSvc");
+    service.Start();
+    EXPECT_TRUE(Wait());
+    EXPECT_EQ((std::vector<std::pair<std::string, DWORD>>{
+                  {"local manager", 0xF003F}, {"MpsSvc", 5}, {"SharedAccess", 5}}),
+              asked);
 }
 
 TEST_F(FirewallServiceTest, Older_service_is_used_if_there_is_no_newer_one)

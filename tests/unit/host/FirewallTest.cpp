@@ -3,11 +3,14 @@
 #include "CapturingLogger.h"
 #include "StandInFirewall.h"
 #include "TestService.h"
+#include "ThreadLocale.h"
 #include "com/ComApartment.h"
 #include "exception_utils/COMException.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -18,6 +21,7 @@ namespace {
 using host::v0::Firewall;
 using Line = CapturingLogger::Line;
 using Lines = std::vector<Line>;
+using testing::ElementsAre;
 
 constexpr auto kDenied = static_cast<HRESULT>(0x80070005);
 
@@ -87,6 +91,8 @@ TEST_F(FirewallTest, New_rule_allows_the_program_every_protocol_in_every_profile
     const auto& [name, rule] = *rules.begin();
     EXPECT_EQ(L"allowing C:\\FW\\App\\video.exe", name);
     EXPECT_EQ((FirewallRule{L"C:\\FW\\App\\video.exe", 256, 0x7FFFFFFF, 1, -1}), rule);
+    EXPECT_THAT(TheFirewallScript().put, ElementsAre("Name", "ApplicationName", "Protocol",
+                                                     "Profiles", "Action", "Enabled"));
 }
 
 TEST_F(FirewallTest, Program_that_is_allowed_twice_gets_one_rule)
@@ -140,10 +146,14 @@ TEST_F(FirewallTest, Paths_that_differ_in_letter_case_give_rules_with_different_
 
 TEST_F(FirewallTest, Path_beyond_ASCII_is_converted_from_the_code_page_of_the_thread)
 {
-    Bound().AllowApplication("caf\xE9.exe");
-    wchar_t expected[16] = {};
-    MultiByteToWideChar(CP_THREAD_ACP, 0, "caf\xE9.exe", -1, expected, 16);
-    EXPECT_EQ(1U, StoredFirewallRules().count(std::wstring(L"allowing ") + expected));
+    const RussianThread thread;
+    Firewall& firewall = Bound();
+    firewall.AllowApplication("caf\xE9.exe");
+    const auto rules = StoredFirewallRules();
+    ASSERT_EQ(1U, rules.count(L"allowing caf\u0439.exe"));
+    EXPECT_EQ(L"caf\u0439.exe", rules.at(L"allowing caf\u0439.exe").application);
+    firewall.RemoveApplication("caf\xE9.exe");
+    EXPECT_TRUE(StoredFirewallRules().empty());
 }
 
 TEST_F(FirewallTest, Every_object_of_the_firewall_is_released)
@@ -199,12 +209,14 @@ TEST_F(FirewallTest, Failure_to_set_a_property_is_logged_and_no_rule_is_added)
          "Firewall: Failed to sets the action property for this rule.: 0x80070005"},
         {&FirewallScript::putEnabled, "Firewall: Failed to enabled this rule.: 0x80070005"},
     };
+    std::size_t set = 0;
     for (const Case& failing : cases) {
         Firewall& firewall = Bound();
         TheFirewallScript().*failing.step = kDenied;
         firewall.AllowApplication("a.exe");
         TheFirewallScript().*failing.step = S_OK;
         ExpectOneLineAndNoRule(failing.line);
+        EXPECT_EQ(++set, TheFirewallScript().put.size()) << "properties after the failure are set";
     }
     firewall_.reset();
     EXPECT_EQ(0, TheFirewallScript().liveObjects);

@@ -16,6 +16,25 @@ SC_HANDLE WINAPI RefuseServiceManager(LPCSTR, LPCSTR, DWORD)
     return nullptr;
 }
 
+DWORD managerAccess = 0;
+DWORD serviceAccess = 0;
+
+decltype(&OpenSCManagerA) systemOpenManager = nullptr;
+SC_HANDLE WINAPI NoteManagerAccess(LPCSTR machine, LPCSTR database, DWORD access)
+{
+    EXPECT_EQ(nullptr, machine);
+    EXPECT_EQ(nullptr, database);
+    managerAccess = access;
+    return systemOpenManager(machine, database, access);
+}
+
+decltype(&OpenServiceA) systemOpenService = nullptr;
+SC_HANDLE WINAPI NoteServiceAccess(SC_HANDLE manager, LPCSTR name, DWORD access)
+{
+    serviceAccess = access;
+    return systemOpenService(manager, name, access);
+}
+
 SC_HANDLE WINAPI RefuseService(SC_HANDLE, LPCSTR, DWORD)
 {
     SetLastError(ERROR_ACCESS_DENIED);
@@ -37,8 +56,26 @@ BOOL WINAPI FailSecondEnumeration(SC_HANDLE, SC_ENUM_TYPE, DWORD, DWORD, LPBYTE,
     ++enumerations;
     *needed = 100;
     *count = 0;
-    SetLastError(enumerations == 1 ? ERROR_MORE_DATA : ERROR_ACCESS_DENIED);
+    SetLastError(ERROR_ACCESS_DENIED); // a failed sizing call goes on, whatever its error is
     return FALSE;
+}
+
+// The sizing call succeeds, and yet its error says that there is more.
+BOOL WINAPI SucceedWithMoreData(SC_HANDLE, SC_ENUM_TYPE level, DWORD type, DWORD state, LPBYTE,
+                                DWORD size, LPDWORD needed, LPDWORD count, LPDWORD resume,
+                                LPCSTR group)
+{
+    ++enumerations;
+    EXPECT_EQ(SC_ENUM_PROCESS_INFO, level);
+    EXPECT_EQ(0x10U, type);
+    EXPECT_EQ(1U, state);
+    EXPECT_EQ(nullptr, resume);
+    EXPECT_EQ(nullptr, group);
+    EXPECT_EQ(enumerations == 1 ? 0U : 100U, size);
+    *needed = 100;
+    *count = 0;
+    SetLastError(ERROR_MORE_DATA);
+    return TRUE;
 }
 
 // Lists two services of process 4711. Windows itself never lists such services.
@@ -67,10 +104,16 @@ TEST(ServiceOfProcessTest, Running_service_of_a_process_is_found_and_opened)
 {
     TestService service("DmTestOwn");
     service.Start();
+    const ImportPatch manager("OpenSCManagerA", NoteManagerAccess);
+    const ImportPatch open("OpenServiceA", NoteServiceAccess);
+    systemOpenManager = manager.Original<SC_HANDLE WINAPI(LPCSTR, LPCSTR, DWORD)>();
+    systemOpenService = open.Original<SC_HANDLE WINAPI(SC_HANDLE, LPCSTR, DWORD)>();
     ServiceOfProcess found;
     EXPECT_EQ(0, FindServiceOfProcess(service.ProcessId(), found));
     EXPECT_TRUE(found.isService);
     EXPECT_EQ("DmTestOwn", found.name);
+    EXPECT_EQ(5U, managerAccess);
+    EXPECT_EQ(0xF003FU, serviceAccess);
     ASSERT_TRUE(found.handle);
     SERVICE_STATUS status{};
     EXPECT_TRUE(QueryServiceStatus(found.handle.Get(), &status));
@@ -104,8 +147,9 @@ TEST(ServiceOfProcessTest, Stopped_service_is_not_found)
     running.Start();
     const TestService stopped("DmTestStopped");
     ServiceOfProcess found;
-    EXPECT_EQ(0, FindServiceOfProcess(GetCurrentProcessId(), found));
+    EXPECT_EQ(0, FindServiceOfProcess(stopped.ProcessId(), found)); // 0: it has no process
     EXPECT_FALSE(found.isService);
+    EXPECT_EQ("", found.name);
 }
 
 TEST(ServiceOfProcessTest, Search_fails_with_the_name_set_if_the_service_cannot_be_opened)
@@ -142,6 +186,15 @@ TEST(ServiceOfProcessTest, Search_fails_if_no_service_with_its_own_process_runs)
     SetLastError(ERROR_MORE_DATA); // an earlier error must not count as the error of the search
     ServiceOfProcess found;
     EXPECT_EQ(1, FindServiceOfProcess(GetCurrentProcessId(), found));
+}
+
+TEST(ServiceOfProcessTest, Search_goes_on_if_the_sizing_call_succeeds_with_more_data)
+{
+    enumerations = 0;
+    const ImportPatch patch("EnumServicesStatusExA", SucceedWithMoreData);
+    ServiceOfProcess found;
+    EXPECT_EQ(0, FindServiceOfProcess(GetCurrentProcessId(), found));
+    EXPECT_EQ(2, enumerations);
 }
 
 TEST(ServiceOfProcessTest, Search_fails_if_the_services_cannot_be_listed)

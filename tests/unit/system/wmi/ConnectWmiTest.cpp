@@ -19,9 +19,20 @@ constexpr auto kRefused = static_cast<HRESULT>(0x800706BA); // the RPC server is
 
 HRESULT securityAnswer = S_OK;
 
-HRESULT WINAPI AnswerOfSecurity(PSECURITY_DESCRIPTOR, LONG, SOLE_AUTHENTICATION_SERVICE*, void*,
-                                DWORD, DWORD, void*, DWORD, void*)
+HRESULT WINAPI AnswerOfSecurity(PSECURITY_DESCRIPTOR descriptor, LONG services,
+                                SOLE_AUTHENTICATION_SERVICE* list, void* reserved,
+                                DWORD authentication, DWORD impersonation, void* authentications,
+                                DWORD capabilities, void* reservedToo)
 {
+    EXPECT_EQ(nullptr, descriptor);
+    EXPECT_EQ(-1, services);
+    EXPECT_EQ(nullptr, list);
+    EXPECT_EQ(nullptr, reserved);
+    EXPECT_EQ(2U, authentication);
+    EXPECT_EQ(3U, impersonation);
+    EXPECT_EQ(nullptr, authentications);
+    EXPECT_EQ(0U, capabilities);
+    EXPECT_EQ(nullptr, reservedToo);
     return securityAnswer;
 }
 
@@ -64,6 +75,7 @@ TEST_F(ConnectWmiTest, OpenNamespace_opens_root_cimv2_and_limits_its_wait)
     EXPECT_TRUE(services);
     EXPECT_EQ(L"root\\cimv2", TheWmiScript().connectedTo);
     EXPECT_EQ(0x80, TheWmiScript().connectFlags);
+    EXPECT_TRUE(TheWmiScript().connectedPlainly);
     SetCallSecurity(services.Get());
     EXPECT_EQ((std::vector<DWORD>{10, 0, 3, 3, 0}), TheWmiScript().blanketAsked);
 }

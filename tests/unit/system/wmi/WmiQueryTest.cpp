@@ -66,6 +66,10 @@ TEST_F(WmiQueryTest, Query_returns_every_object_of_the_result)
     EXPECT_EQ(L"WQL", TheWmiScript().lastLanguage);
     EXPECT_EQ(kQuery, TheWmiScript().lastQuery);
     EXPECT_EQ(0, TheWmiScript().lastQueryFlags);
+    EXPECT_EQ(-1, TheWmiScript().lastNextTimeout); // WBEM_INFINITE
+    EXPECT_EQ(1U, TheWmiScript().lastNextCount);
+    EXPECT_EQ(0, TheWmiScript().lastGetFlags);
+    EXPECT_TRUE(TheWmiScript().lastGetIsPlain);
 }
 
 TEST_F(WmiQueryTest, Query_without_a_result_returns_no_object)
