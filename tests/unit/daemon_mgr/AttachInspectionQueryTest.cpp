@@ -3,6 +3,7 @@
 #include "ChildProcess.h"
 #include "ImportPatch.h"
 #include "InspectionFixture.h"
+#include "ThreadLocale.h"
 #include "exception_utils/AtlException.h"
 #include "exception_utils/COMException.h"
 
@@ -97,6 +98,19 @@ TEST_F(AttachInspectionQueryTest, Quoted_arguments_lose_their_quotes)
     std::vector<std::string> arguments;
     EXPECT_EQ(0, QueryProcess(*wmi_, 5, daemon, arguments));
     EXPECT_EQ((std::vector<std::string>{"-x", "two words", "last"}), arguments);
+}
+
+TEST_F(AttachInspectionQueryTest, Texts_are_converted_to_the_code_page_of_the_thread)
+{
+    const RussianThread thread;
+    const StandInWmi standIn;
+    Answer(Text(L"C:\\caf\u0439.exe"), Text(L"caf\u0439.exe -\u0439"));
+    Connect();
+    ProcessInfo daemon;
+    std::vector<std::string> arguments;
+    EXPECT_EQ(0, QueryProcess(*wmi_, 5, daemon, arguments));
+    EXPECT_EQ("C:\\caf\xE9.exe", daemon.executablePath);
+    EXPECT_EQ((std::vector<std::string>{"-\xE9"}), arguments);
 }
 
 TEST_F(AttachInspectionQueryTest, Only_the_first_object_of_the_answer_is_read)
