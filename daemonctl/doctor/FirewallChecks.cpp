@@ -2,6 +2,7 @@
 
 #include "AsciiCase.h"
 #include "ErrorText.h"
+#include "win32/FirewallNames.h"
 
 #include <algorithm>
 #include <set>
@@ -9,6 +10,8 @@
 
 namespace vqrx::client::v0 {
 namespace {
+
+using system::win32::v1::kFirewallRulePrefix;
 
 // Windows error and service numbers; their header is not there in a native build.
 constexpr std::uint32_t kNoSuchService = 1060; // ERROR_SERVICE_DOES_NOT_EXIST
@@ -28,8 +31,8 @@ std::string Listed(const std::string& what, const std::vector<std::string>& name
 
 bool IsSupervisorsRule(const FirewallRuleFacts& rule)
 {
-    return rule.name.starts_with(kRulePrefix) &&
-           LowerAscii(rule.name.substr(kRulePrefix.size())) == LowerAscii(rule.application);
+    return rule.name.starts_with(kFirewallRulePrefix) &&
+           LowerAscii(rule.name.substr(kFirewallRulePrefix.size())) == LowerAscii(rule.application);
 }
 
 std::vector<std::string> DeadRules(const FirewallRulesFacts& facts)

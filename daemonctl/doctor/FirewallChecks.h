@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace vqrx::client::v0 {
@@ -20,7 +19,8 @@ struct FirewallServiceFacts {
     std::uint32_t state = 0;        ///< as in SERVICE_STATUS: SERVICE_RUNNING is 4
 };
 
-/// A firewall rule whose name begins with kRulePrefix. Texts are UTF-8.
+/// A firewall rule whose name begins with kFirewallRulePrefix (win32/FirewallNames.h), as the names
+/// of the supervisor's rules do. Texts are UTF-8.
 struct FirewallRuleFacts {
     /// Whether the file of the rule's program exists.
     enum class Program {
@@ -43,16 +43,13 @@ struct FirewallRulesFacts {
     std::vector<std::string> commandsInUse;
 };
 
-/// The supervisor names each of its rules with this prefix and the path of the program.
-inline constexpr std::string_view kRulePrefix = "allowing ";
-
 /// Asks the service manager for MpsSvc and, if that cannot be opened, for SharedAccess. Windows
 /// only.
 [[nodiscard]] FirewallServiceFacts GatherFirewallServiceFacts();
 
-/// Lists the firewall rules whose names begin with kRulePrefix, and looks for their programs.
-/// Leaves commandsInUse empty. Rules that cannot be read are left out. The calling thread must be
-/// in a multithreaded COM apartment. Windows only.
+/// Lists the firewall rules whose names begin with kFirewallRulePrefix, and looks for their
+/// programs. Leaves commandsInUse empty. Rules that cannot be read are left out. The calling thread
+/// must be in a multithreaded COM apartment. Windows only.
 [[nodiscard]] FirewallRulesFacts GatherFirewallRules();
 
 /// Removes one rule of this name. The calling thread must be in a multithreaded COM apartment.
@@ -60,8 +57,8 @@ inline constexpr std::string_view kRulePrefix = "allowing ";
 /// @return the HRESULT: negative if the rule does not exist or may not be removed
 [[nodiscard]] long RemoveFirewallRule(const std::string& name);
 
-/// Returns whether the supervisor made the rule: the name is kRulePrefix and the path of the very
-/// program that the rule lets through. The letter case of the path does not count. Pure.
+/// Returns whether the supervisor made the rule: the name is kFirewallRulePrefix and the path of the
+/// very program that the rule lets through. The letter case of the path does not count. Pure.
 [[nodiscard]] bool IsSupervisorsRule(const FirewallRuleFacts& rule);
 
 /// Finds the rules whose program is gone and that no daemon needs. Pure.

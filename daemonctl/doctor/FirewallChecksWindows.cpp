@@ -4,6 +4,8 @@
 #include "com/ComPtr.h"
 #include "com/UniqueBstr.h"
 #include "com/UniqueVariant.h"
+#include "win32/FirewallNames.h"
+#include "win32/FirewallPolicy.h"
 #include "win32/ServiceConfig.h"
 #include "win32/UniqueHandle.h"
 
@@ -21,12 +23,12 @@ namespace {
 using system::com::v1::ComPtr;
 using system::com::v1::UniqueBstr;
 using system::com::v1::UniqueVariant;
+using system::win32::v1::kFirewallRulePrefix;
+using system::win32::v1::kFirewallService;
+using system::win32::v1::kNetFwPolicy2;
+using system::win32::v1::kOlderFirewallService;
 using system::win32::v1::kServiceConfigBytes;
 using system::win32::v1::UniqueServiceHandle;
-
-// The class id of NetFwPolicy2 from netfw.h. Some import libraries do not define it.
-constexpr CLSID kNetFwPolicy2 = {
-    0xE2B3C97F, 0x6AE1, 0x41AC, {0x81, 0x7A, 0xF6, 0xF9, 0x21, 0x66, 0xD7, 0xDD}};
 
 HRESULT OpenRules(ComPtr<INetFwRules>& rules)
 {
@@ -58,7 +60,7 @@ FirewallRuleFacts::Program LookForProgram(std::wstring path)
                                                                           : Program::unknown;
 }
 
-// @return false for a rule that cannot be read, or whose name does not begin with kRulePrefix
+// @return false for a rule that cannot be read, or whose name does not begin with the prefix
 bool ReadRule(const UniqueVariant& item, FirewallRuleFacts& facts)
 {
     if (item.Get().vt != VT_DISPATCH && item.Get().vt != VT_UNKNOWN) {
@@ -71,7 +73,7 @@ bool ReadRule(const UniqueVariant& item, FirewallRuleFacts& facts)
         return false;
     }
     facts.name = Utf8(name.View());
-    if (!facts.name.starts_with(kRulePrefix) ||
+    if (!facts.name.starts_with(kFirewallRulePrefix) ||
         FAILED(rule->get_ApplicationName(application.Put()))) {
         return false;
     }
@@ -91,7 +93,7 @@ FirewallServiceFacts GatherFirewallServiceFacts()
         return facts;
     }
     UniqueServiceHandle service;
-    for (const char* name : {"MpsSvc", "SharedAccess"}) {
+    for (const char* name : {kFirewallService, kOlderFirewallService}) {
         facts.name = name;
         service.Reset(
             OpenServiceA(manager.Get(), name, SERVICE_QUERY_CONFIG | SERVICE_QUERY_STATUS));

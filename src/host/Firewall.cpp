@@ -2,6 +2,8 @@
 
 #include "com/ComText.h"
 #include "com/UniqueBstr.h"
+#include "win32/FirewallNames.h"
+#include "win32/FirewallPolicy.h"
 
 #include <icftypes.h>
 
@@ -18,12 +20,12 @@ using log::i_logger::v0::kLevelInformation;
 using log::i_logger::v0::kLevelWarning;
 using system::com::v1::ComPtr;
 using system::com::v1::UniqueBstr;
+using system::win32::v1::kFirewallRulePrefix;
+using system::win32::v1::kNetFwPolicy2;
 
 // Class ids of netfw.h. Not every SDK has an import library that defines them.
 constexpr CLSID kNetFwMgr = {
     0x304CE942, 0x6E39, 0x40D8, {0x94, 0x3A, 0xB9, 0x13, 0xC4, 0x0C, 0x9C, 0xD4}};
-constexpr CLSID kNetFwPolicy2 = {
-    0xE2B3C97F, 0x6AE1, 0x41AC, {0x81, 0x7A, 0xF6, 0xF9, 0x21, 0x66, 0xD7, 0xDD}};
 constexpr CLSID kNetFwRule = {
     0x2C5BC43E, 0x3369, 0x4C33, {0xAB, 0x0C, 0xBE, 0x94, 0x69, 0x67, 0x7A, 0xF4}};
 
@@ -49,7 +51,7 @@ UniqueBstr BstrFromAnsi(const std::string& text)
 
 UniqueBstr RuleName(const std::string& path)
 {
-    return BstrFromAnsi("allowing " + path);
+    return BstrFromAnsi(std::string(kFirewallRulePrefix).append(path));
 }
 
 // One property of a rule, and the format of the line that is logged if it cannot be set.

@@ -1,5 +1,6 @@
 #include "FirewallService.h"
 
+#include "win32/FirewallNames.h"
 #include "win32/ServiceConfig.h"
 #include "win32/UniqueHandle.h"
 
@@ -16,6 +17,8 @@ namespace {
 using log::i_logger::v0::ILogger;
 using log::i_logger::v0::kLevelError;
 using log::i_logger::v0::kLevelWarning;
+using system::win32::v1::kFirewallService;
+using system::win32::v1::kOlderFirewallService;
 using system::win32::v1::kServiceConfigBytes;
 using system::win32::v1::UniqueServiceHandle;
 
@@ -25,8 +28,8 @@ constexpr std::uint32_t kLongestSleep = 24 * 60 * 60; // seconds
 UniqueServiceHandle OpenFirewallService(SC_HANDLE manager)
 {
     constexpr DWORD access = SERVICE_QUERY_CONFIG | SERVICE_QUERY_STATUS;
-    UniqueServiceHandle newer(OpenServiceA(manager, "MpsSvc", access));
-    UniqueServiceHandle older(OpenServiceA(manager, "SharedAccess", access));
+    UniqueServiceHandle newer(OpenServiceA(manager, kFirewallService, access));
+    UniqueServiceHandle older(OpenServiceA(manager, kOlderFirewallService, access));
     return newer ? std::move(newer) : std::move(older);
 }
 
