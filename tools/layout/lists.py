@@ -77,18 +77,12 @@ TESTED_BY = {
     "daemonctl/text/TextFile.cpp": "tests/integration/UpgradeTest.cpp",
     "daemonctl/text/Utf8.cpp": "tests/unit/daemonctl/text/TextEncodingTest.cpp",
     "src/app/main.cpp": "tests/integration/StartUpTest.cpp",
-    "src/cpp_utils/exception_utils/HResultText.cpp":
-        "tests/unit/cpp_utils/exception_utils/COMExceptionTest.cpp",
-    "src/cpp_utils/exception_utils/HResultTextOfSystem.cpp":
-        "tests/unit/daemonctl/doctor/WmiCheckWindowsTest.cpp",
     "src/cpp_utils/exception_utils/ResultCodes.cpp":
         "tests/unit/cpp_utils/exception_utils/ErrorRegistryTest.cpp",
     "src/encoding/utf/TextEmitter.cpp": "tests/unit/encoding/utf/TranscodeTest.cpp",
     "src/encoding/utf/TextParserUTF16LE.cpp": "tests/unit/encoding/utf/TextParserTest.cpp",
     "src/encoding/utf/TextParserUTF8.cpp": "tests/unit/encoding/utf/TextParserTest.cpp",
     "src/encoding/utf/WideToUtf8.cpp": "tests/unit/encoding/utf/TranscodeTest.cpp",
-    "src/log/log_perf/performance/PerformanceReport.cpp":
-        "tests/unit/log/log_perf/LibLogPerfReportTest.cpp",
     "src/system/file/FileAttributes.cpp": "tests/unit/system/file/FileOperationsTest.cpp",
     "src/system/file/PathComponents.cpp": "tests/unit/system/file/FileOperationsTest.cpp",
     "src/system/sync_ptr/LockImpl.cpp": "tests/unit/system/sync_ptr/SyncPtrTest.cpp",

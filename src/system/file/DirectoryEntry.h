@@ -12,8 +12,8 @@ struct DirectoryEntry {
     FILETIME creationTime{};
     FILETIME lastAccessTime{};
     FILETIME lastWriteTime{};
-    DWORD sizeHigh = 0; ///< bytes; upper half
-    DWORD sizeLow = 0;  ///< bytes; lower half
+    DWORD sizeHigh = 0;  ///< bytes; upper half
+    DWORD sizeLow = 0;   ///< bytes; lower half
     DWORD reserved0 = 0; ///< for a reparse point its tag, otherwise undefined
     DWORD reserved1 = 0; ///< undefined
     std::string name;

@@ -38,8 +38,8 @@ std::optional<Identity> IdentityOf(const std::string& path)
 std::string FullPath(const std::string& path)
 {
     std::string full(GetFullPathNameA(path.c_str(), 0, nullptr, nullptr), '\0');
-    full.resize(GetFullPathNameA(path.c_str(), static_cast<DWORD>(full.size()), full.data(),
-                                 nullptr));
+    full.resize(
+        GetFullPathNameA(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
     return full;
 }
 

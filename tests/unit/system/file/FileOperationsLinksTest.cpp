@@ -133,4 +133,11 @@ TEST_F(FileOperationsLinks, A_link_is_removed_itself)
                 ElementsAre(folder_ + "t\\link", folder_ + "t\\link", folder_ + "t\\file_link"));
 }
 
+TEST_F(FileOperationsLinks, A_copy_of_a_folder_into_itself_through_a_link_is_refused)
+{
+    EXPECT_EQ("cannot copy " + folder_ + "target to " + folder_ + "t\\link\\target",
+              Failure<std::runtime_error>([&] { CopyTo(In("target"), folder_ + "t\\link"); }));
+    EXPECT_EQ(FileKind::nothing, KindOf(In("target\\target")));
+}
+
 } // namespace vqrx::test
