@@ -47,6 +47,7 @@ endfunction()
 # THREADS   the program has several threads: the preset native-tsan builds it.
 # LONG      the program mostly waits, for a minute or more: a plain ./test leaves it out.
 # SECONDS   how long the program takes; ctest starts those that take longest first.
+# The folder's variable DM_WITHOUT_QUARTZ becomes the target property (see src/cpp_utils).
 function(dm_unit_test name)
     cmake_parse_arguments(ARG "THREADS;LONG" "SECONDS" "PORTABLE;WINDOWS;LINK;PROGRAMS;LOCK" ${ARGN})
     if(DM_SANITIZE STREQUAL "thread" AND NOT ARG_THREADS)
@@ -66,7 +67,8 @@ function(dm_unit_test name)
     target_precompile_headers(${name} REUSE_FROM test_support)
     dm_quick_to_compile(${name})
     set_target_properties(${name} PROPERTIES
-        RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/bin)
+        RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/bin
+        DM_WITHOUT_QUARTZ "${DM_WITHOUT_QUARTZ}")
     if(ARG_THREADS)
         add_dependencies(programs_with_threads ${name})
     endif()
