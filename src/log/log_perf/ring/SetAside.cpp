@@ -37,8 +37,7 @@ bool SetAside(const std::string& path, const std::string& newPath)
     }
     // Opening the file first saves a copy that would be of no use.
     return std::fstream(path, std::ios::binary | std::ios::in | std::ios::out).is_open() &&
-           Copy(path, newPath) &&
-           std::ofstream(path, std::ios::binary | std::ios::trunc).is_open();
+           Copy(path, newPath) && std::ofstream(path, std::ios::binary | std::ios::trunc).is_open();
 }
 
 } // namespace vqrx::log::log_perf::v2

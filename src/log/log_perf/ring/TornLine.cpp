@@ -24,7 +24,7 @@ std::optional<std::int64_t> WholeNumber(std::string_view field) noexcept
     const std::string_view digits = field.substr(field.starts_with('-') ? 1 : 0);
     const bool whole = error == std::errc{} && rest == end;
     return whole && (digits == "0" || !digits.starts_with('0')) ? std::optional(number)
-                                                                 : std::nullopt;
+                                                                : std::nullopt;
 }
 
 // The separators of "Sun Nov 16 03:52:36.123".
