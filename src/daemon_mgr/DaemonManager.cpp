@@ -8,6 +8,7 @@
 #include "SupervisionPass.h"
 
 #include <new>
+#include <stdexcept>
 #include <utility>
 
 namespace vqrx::system::daemon::daemon_mgr::v0 {
@@ -48,6 +49,9 @@ DaemonManager::DaemonManager(DWORD mainThreadId, DWORD checkInterval,
     firewall_ = std::make_unique<Firewall>("vantoro_agent", logger_);
     wmi_.Connect(*logger_);
     supervisionThread_ = std::make_unique<Thread>([this] { Supervise(); });
+    if (supervisionThread_->Handle() == nullptr) {
+        throw std::runtime_error("Could not create supervision thread");
+    }
 }
 
 DaemonManager::~DaemonManager()
@@ -55,8 +59,7 @@ DaemonManager::~DaemonManager()
     stopping_ = true;
     if (SignalObjectAndWait(stopEvent_.Get(), supervisionThread_->Handle(), INFINITE, FALSE) ==
         WAIT_FAILED) {
-        // Either there is no event: then the thread ends because of stopping_. Or there is no
-        // thread: then this wait fails at once.
+        // There is no event: the thread ends because of stopping_.
         WaitForSingleObject(supervisionThread_->Handle(), INFINITE);
     }
     supervisionThread_.reset();
@@ -185,13 +188,15 @@ HRESULT DaemonManager::StopDaemon(DWORD daemonId)
 
 void DaemonManager::PutBack(DaemonTable::node_type taken) noexcept
 {
+    // The lock comes first, as in LaunchDaemon: another request for the same program must not come
+    // between the rule and the entry. LockTable would allocate.
+    const sync_ptr::v1::CriticalSectionHold hold(tableLock_);
     if (!taken.mapped().attached) {
         try {
             firewall_->AllowApplication(taken.mapped().executablePath);
         } catch (...) { // NOLINT(bugprone-empty-catch): better a daemon without its rule than none
         }
     }
-    const sync_ptr::v1::CriticalSectionHold hold(tableLock_); // LockTable would allocate
     table_->insert(std::move(taken));
 }
 

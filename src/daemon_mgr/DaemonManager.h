@@ -36,7 +36,7 @@ struct ManagerOptions {
 /// supervision thread runs beside them.
 /// Locks: tableLock_ guards the daemon table and every ProcessInfo in it. LockTable takes it; so
 /// does PutBack, which must not allocate. A supervision pass holds it during the whole pass, Launch
-/// during its firewall call. Stop and Attach release it before their slow work. The other members
+/// and PutBack during their firewall call. Stop and Attach release it before their slow work. The other members
 /// are atomic, or do not change between constructor and destructor.
 ///
 /// Made with new. The last Release deletes the object, or lets its maker delete it: see
@@ -52,6 +52,8 @@ public:
     /// @param logger         borrowed; must outlive the object
     /// @throws ATL::CAtlException  the table lock cannot be made, memory is exhausted
     /// @throws COMException  COM cannot be initialised on this thread
+    /// @throws std::runtime_error  "Could not create supervision thread": without it no daemon would
+    ///         ever be started
     /// @throws std::bad_alloc
     DaemonManager(DWORD mainThreadId, DWORD checkInterval, log::log_perf::v2::LibLogPerf* logger,
                   const ManagerOptions& options = {});
@@ -101,7 +103,8 @@ private:
 
     // Waits for the table lock. @throws std::bad_alloc, without the lock
     [[nodiscard]] LockedTable LockTable();
-    // Puts an entry that Stop took out into the table again. Tries to restore its firewall rule.
+    // Puts an entry that Stop took out into the table again. Tries to restore its firewall rule, while
+    // it holds the table lock.
     void PutBack(DaemonTable::node_type taken) noexcept;
     // The body of the supervision thread: a pass after every checkInterval_, until stopEvent_.
     void Supervise() noexcept;

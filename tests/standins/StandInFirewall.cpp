@@ -160,6 +160,9 @@ public:
     HRESULT STDMETHODCALLTYPE Add(INetFwRule* rule) override
     {
         FirewallScript& script = TheFirewallScript();
+        if (script.duringAdd) {
+            script.duringAdd();
+        }
         if (SUCCEEDED(script.add)) {
             const auto& added = static_cast<const Rule&>(*rule);
             StoreFirewallRule(added.Name(), added.Stored());
@@ -170,6 +173,9 @@ public:
     }
     HRESULT STDMETHODCALLTYPE Remove(BSTR name) override
     {
+        if (TheFirewallScript().duringRemove) {
+            TheFirewallScript().duringRemove();
+        }
         NoteFirewallDeed(std::wstring(L"remove ") + name);
         return EraseFirewallRule(name) ? S_OK : static_cast<HRESULT>(0x80070002);
     }

@@ -4,6 +4,7 @@
 
 #include <unknwn.h>
 
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -60,6 +61,9 @@ struct FirewallScript {
     HRESULT putAction = S_OK;
     HRESULT putEnabled = S_OK;
     HRESULT add = S_OK;
+
+    std::function<void()> duringAdd;    ///< called in each Add, before the rule is there
+    std::function<void()> duringRemove; ///< called in each Remove, before the rule is gone
 
     int adds = 0;                       ///< rules added so far
     std::vector<std::wstring> askedFor; ///< names passed to Item

@@ -7,6 +7,9 @@
 
 #include <oaidl.h>
 
+#include <process.h>
+
+#include <stdexcept>
 #include <thread>
 
 namespace vqrx::test {
@@ -140,6 +143,19 @@ TEST_F(DaemonManagerTest,
     EXPECT_EQ("3 Processes still registered", texts.at(texts.size() - 2));
     for (const DWORD processId : processIds) {
         EXPECT_TRUE(IsRunning(processId));
+    }
+}
+
+TEST_F(DaemonManagerTest, Constructor_throws_if_the_supervision_thread_cannot_be_made)
+{
+    static const auto refuse = +[](void*, unsigned, _beginthreadex_proc_type, void*, unsigned,
+                                   unsigned*) -> uintptr_t { return 0; };
+    const ImportPatch patch("_beginthreadex", refuse);
+    try {
+        Make();
+        FAIL();
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ("Could not create supervision thread", error.what());
     }
 }
 
