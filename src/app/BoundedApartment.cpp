@@ -2,15 +2,16 @@
 
 namespace vqrx::app::v0 {
 
-BoundedApartment::BoundedApartment(DWORD limitMs, ProcessEnd end)
-    : limitMs_(limitMs)
-    , end_(end)
+BoundedApartment::BoundedApartment(log::i_logger::v0::ILogger& logger, ForcedEnd& forcedEnd,
+                                   DWORD limitMs)
+    : logger_(logger)
+    , forcedEnd_(forcedEnd)
+    , limitMs_(limitMs)
 {
 }
 
 BoundedApartment::~BoundedApartment()
 {
-    exitCode_ = ExitCodeOfNow();
     HANDLE timer = nullptr;
     const BOOL armed =
         CreateTimerQueueTimer(&timer, nullptr, OnLimit, this, limitMs_, 0, WT_EXECUTEONLYONCE);
@@ -24,7 +25,8 @@ BoundedApartment::~BoundedApartment()
 void CALLBACK BoundedApartment::OnLimit(void* self, BOOLEAN) noexcept
 {
     const BoundedApartment& apartment = *static_cast<BoundedApartment*>(self);
-    apartment.end_(apartment.exitCode_);
+    apartment.forcedEnd_.Now(apartment.logger_,
+                             "Shutdown given up: COM has not released the main thread in time");
 }
 
 } // namespace vqrx::app::v0

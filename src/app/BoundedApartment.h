@@ -1,6 +1,7 @@
 #pragma once
 
-#include "ProcessEnd.h"
+#include "ForcedEnd.h"
+#include "ILogger.h"
 #include "com/ComApartment.h"
 
 #include <windows.h>
@@ -12,16 +13,16 @@ namespace vqrx::app::v0 {
 /// The main thread's membership in COM. The destructor gives the membership back.
 /// COM may block in that call for ever, for example because of another process. The process would
 /// then stay behind: it supervises nothing, keeps its files open and is still listed as running.
-/// After a limit this class therefore ends the process. Records that are still queued in the logger
-/// may then be lost; nothing else is left to do at that time.
+/// After a limit this class therefore ends the process.
 class BoundedApartment {
 public:
     /// Joins the multithreaded apartment on the calling thread.
-    /// @param limitMs  milliseconds that COM may take to let the thread go
-    /// @param end      called on another thread after the limit, with the exit code: 0, or 1 if an
-    ///                 exception is passing
+    /// @param logger     borrowed; gets the reason of a forced end
+    /// @param forcedEnd  borrowed; called on another thread after the limit
+    /// @param limitMs    milliseconds that COM may take to let the thread go
     /// @throws COMException  COM refuses
-    explicit BoundedApartment(DWORD limitMs = kLimitMs, ProcessEnd end = EndThisProcess);
+    BoundedApartment(log::i_logger::v0::ILogger& logger, ForcedEnd& forcedEnd,
+                     DWORD limitMs = kLimitMs);
     BoundedApartment(const BoundedApartment&) = delete;
     BoundedApartment& operator=(const BoundedApartment&) = delete;
     /// On the thread that called the constructor.
@@ -33,9 +34,9 @@ private:
 
     static void CALLBACK OnLimit(void* self, BOOLEAN) noexcept;
 
+    log::i_logger::v0::ILogger& logger_;
+    ForcedEnd& forcedEnd_;
     DWORD limitMs_;
-    ProcessEnd end_;
-    UINT exitCode_ = 0;
     std::optional<system::com::v1::ComApartment> apartment_{std::in_place};
 };
 

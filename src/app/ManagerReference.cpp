@@ -13,10 +13,11 @@ using system::daemon::daemon_mgr::v0::ManagerOptions;
 } // namespace
 
 ManagerReference::ManagerReference(DWORD mainThreadId, DWORD checkInterval,
-                                   log::log_perf::v2::LibLogPerf* logger, DWORD limitMs,
-                                   ProcessEnd end)
-    : limitMs_(limitMs)
-    , end_(end)
+                                   log::log_perf::v2::LibLogPerf* logger, ForcedEnd& forcedEnd,
+                                   DWORD limitMs)
+    : logger_(logger)
+    , forcedEnd_(forcedEnd)
+    , limitMs_(limitMs)
     , released_(CreateEventA(nullptr, TRUE, FALSE, nullptr))
 {
     if (!released_) {
@@ -37,7 +38,7 @@ ManagerReference::~ManagerReference()
     if (WaitForSingleObject(released_.Get(), limitMs_) == WAIT_OBJECT_0) {
         manager_->Destroy();
     } else {
-        end_(ExitCodeOfNow());
+        forcedEnd_.Now(*logger_, "Shutdown given up: a call of a client has not ended in time");
     }
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "DaemonManager.h"
-#include "ProcessEnd.h"
+#include "ForcedEnd.h"
 #include "log_perf/LibLogPerf.h"
 #include "win32/UniqueHandle.h"
 
@@ -19,18 +19,19 @@ namespace vqrx::app::v0 {
 /// 3. Otherwise a client's call still runs (a stop takes up to 62 seconds). It waits for the end of
 ///    the call, at most limitMs, and then deletes the manager. Until then the supervision thread
 ///    goes on: it restarts daemons and writes to the log.
-/// 4. If something still holds a reference after limitMs, it ends the process without the rest of
-///    the shutdown, because that holder may use the logger at any time.
+/// 4. If something still holds a reference after limitMs, it forces the end of the process, without
+///    the rest of the shutdown, because that holder may use the logger at any time.
 class ManagerReference {
 public:
     /// Makes the manager; see DaemonManager's constructor for the first three parameters.
-    /// @param limitMs  milliseconds that the destructor waits for a call to end
-    /// @param end      called after the limit
+    /// @param forcedEnd  borrowed; called after the limit
+    /// @param limitMs    milliseconds that the destructor waits for a call to end
     /// @throws ATL::CAtlException  an event or a lock cannot be made
     /// @throws COMException  COM cannot be initialised
+    /// @throws std::runtime_error  the supervision thread cannot be made
     /// @throws std::bad_alloc
     ManagerReference(DWORD mainThreadId, DWORD checkInterval, log::log_perf::v2::LibLogPerf* logger,
-                     DWORD limitMs = kLongestCallMs, ProcessEnd end = EndThisProcess);
+                     ForcedEnd& forcedEnd, DWORD limitMs = kCallLimitMs);
     ManagerReference(const ManagerReference&) = delete;
     ManagerReference& operator=(const ManagerReference&) = delete;
     ~ManagerReference();
@@ -39,11 +40,13 @@ public:
     [[nodiscard]] IUnknown* Object() const noexcept { return manager_; }
 
 private:
-    // More than the longest stop: 32 s for the rounds of the SNMP agent and 30 s for WM_QUIT.
-    static constexpr DWORD kLongestCallMs = 90000;
+    // A stop waits at most 62 s for its process: 32 s for the rounds of the SNMP agent and 30 s for
+    // WM_QUIT. The firewall and WMI, which calls also wait for, have no limit.
+    static constexpr DWORD kCallLimitMs = 90000;
 
+    log::log_perf::v2::LibLogPerf* logger_;
+    ForcedEnd& forcedEnd_;
     DWORD limitMs_;
-    ProcessEnd end_;
     system::win32::v1::UniqueKernelHandle released_; // set by the manager's last Release
     system::daemon::daemon_mgr::v0::DaemonManager* manager_;
 };

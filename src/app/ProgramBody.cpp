@@ -2,7 +2,9 @@
 
 #include "BoundedApartment.h"
 #include "ConsoleControl.h"
+#include "ForcedEnd.h"
 #include "ManagerReference.h"
+#include "QuickEditOff.h"
 #include "RotRegistration.h"
 #include "WorkingDirectory.h"
 #include "installation/FirmwareRoot.h"
@@ -79,25 +81,29 @@ void PumpMessages()
 // 4. logger: it writes all queued records to the sinks, and its worker thread ends.
 // 5. consoleSink: it resets the colour of the console.
 // 6. fileSink.
-// If a limit of step 2 or 3 passes, the process ends at once, without the steps that follow; queued
-// records may then be lost.
+// 7. quickEditOff: it restores the mode of the console window.
+// If a limit of step 2 or 3 passes, ForcedEnd logs that and ends the process at once, without the
+// steps that follow.
 void Supervise()
 {
     std::string firmwareRoot;
     installation::GetFirmwareRoot(firmwareRoot);
     ChangeDirectory(installation::AppFolder(firmwareRoot));
 
+    const QuickEditOff quickEditOff;
     LogFileSink fileSink;
     ConsoleSink consoleSink;
     consoleSink.SetThreshold(kLogThreshold);
+    ForcedEnd forcedEnd;
     LibLogPerf logger;
     logger.AddSink(&consoleSink);
     AddLogFile(fileSink, logger);
+    logger.AddSink(&forcedEnd);
 
-    const BoundedApartment apartment;
+    const BoundedApartment apartment(logger, forcedEnd);
     SetConsoleTitleA("DaemonManager");
     MakeMessageQueue();
-    const ManagerReference manager(GetCurrentThreadId(), kCheckInterval, &logger);
+    const ManagerReference manager(GetCurrentThreadId(), kCheckInterval, &logger, forcedEnd);
     std::unique_ptr<RotRegistration> registration;
     MakeRotRegistration(registration, manager.Object(), logger);
     InstallConsoleCtrlHandler();

@@ -1,6 +1,8 @@
 #include "BoundedApartment.h"
 
+#include "CapturingSink.h"
 #include "ImportPatch.h"
+#include "log_perf/LibLogPerf.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
@@ -10,12 +12,12 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <stdexcept>
 
 namespace vqrx::test {
 namespace {
 
 using app::v0::BoundedApartment;
+using app::v0::ForcedEnd;
 
 constexpr DWORD kLong = 60000;
 constexpr int kNotCalled = -1;
@@ -40,9 +42,14 @@ struct BoundedApartmentTest : testing::Test {
     {
         endedWith = kNotCalled;
         ended = event.Get();
+        logger.AddSink(&sink);
+        logger.AddSink(&forcedEnd);
     }
 
     const system::win32::v1::UniqueKernelHandle event{CreateEventA(nullptr, TRUE, FALSE, nullptr)};
+    CapturingSink sink;
+    ForcedEnd forcedEnd{kLong, NoteEnd};
+    log::log_perf::v2::LibLogPerf logger;
 };
 
 TEST_F(BoundedApartmentTest, Thread_is_a_member_of_COM_while_the_object_lives)
@@ -50,7 +57,7 @@ TEST_F(BoundedApartmentTest, Thread_is_a_member_of_COM_while_the_object_lives)
     APTTYPE type{};
     APTTYPEQUALIFIER qualifier{};
     {
-        const BoundedApartment apartment(kLong, NoteEnd);
+        const BoundedApartment apartment(logger, forcedEnd, kLong);
         EXPECT_EQ(CoGetApartmentType(&type, &qualifier), S_OK);
         EXPECT_EQ(type, APTTYPE_MTA);
     }
@@ -58,28 +65,14 @@ TEST_F(BoundedApartmentTest, Thread_is_a_member_of_COM_while_the_object_lives)
     EXPECT_EQ(endedWith, kNotCalled);
 }
 
-TEST_F(BoundedApartmentTest, Process_ends_with_0_if_COM_does_not_let_the_thread_go)
+TEST_F(BoundedApartmentTest, Process_ends_with_2_and_a_reason_if_COM_does_not_let_the_thread_go)
 {
     {
         const ImportPatch patch("CoUninitialize", HoldOn);
-        const BoundedApartment held(1, NoteEnd);
+        const BoundedApartment held(logger, forcedEnd, 1);
     }
-    EXPECT_EQ(endedWith, 0);
-    CoUninitialize(); // the replaced call did not do it
-}
-
-TEST_F(BoundedApartmentTest,
-       Process_ends_with_1_if_an_exception_passes_and_COM_does_not_let_the_thread_go)
-{
-    {
-        const ImportPatch patch("CoUninitialize", HoldOn);
-        try {
-            const BoundedApartment held(1, NoteEnd);
-            throw std::runtime_error("start-up failed");
-        } catch (const std::runtime_error&) {
-            EXPECT_EQ(endedWith, 1);
-        }
-    }
+    EXPECT_EQ(endedWith, 2);
+    EXPECT_EQ(sink.Count(0, "Shutdown given up: COM has not released the main thread in time"), 1U);
     CoUninitialize(); // the replaced call did not do it
 }
 

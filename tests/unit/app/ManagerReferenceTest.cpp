@@ -9,12 +9,12 @@
 #include <gtest/gtest.h>
 
 #include <optional>
-#include <stdexcept>
 #include <thread>
 
 namespace vqrx::test {
 namespace {
 
+using app::v0::ForcedEnd;
 using app::v0::ManagerReference;
 using system::com::v1::ComPtr;
 
@@ -34,17 +34,19 @@ struct ManagerReferenceTest : testing::Test {
     {
         forcedExitCode = kNotForced;
         logger.AddSink(&sink);
+        logger.AddSink(&forcedEnd);
     }
 
     system::com::v1::ComApartment apartment;
     CapturingSink sink;
+    ForcedEnd forcedEnd{60000, NoteForcedEnd};
     log::log_perf::v2::LibLogPerf logger;
 };
 
 TEST_F(ManagerReferenceTest, Destruction_deletes_the_manager)
 {
     {
-        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 0, NoteForcedEnd);
+        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, forcedEnd, 0);
         EXPECT_EQ(sink.Count(2, "Deamon Thread is exiting..."), 0U);
     }
     EXPECT_TRUE(sink.WaitForText("Deamon Thread is exiting..."));
@@ -62,7 +64,7 @@ TEST_F(ManagerReferenceTest, Constructor_throws_if_its_event_cannot_be_made)
 {
     const ImportPatch patch("CreateEventA", RefuseEvent);
     try {
-        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 0, NoteForcedEnd);
+        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, forcedEnd, 0);
         FAIL();
     } catch (const ATL::CAtlException& exception) {
         EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_NOT_ENOUGH_MEMORY), exception.m_hr);
@@ -73,8 +75,7 @@ TEST_F(ManagerReferenceTest, Destruction_waits_for_another_holder_to_release_the
 {
     std::optional<std::jthread> holder;
     {
-        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 60000,
-                                         NoteForcedEnd);
+        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, forcedEnd, 60000);
         held = ComPtr<IUnknown>::Share(reference.Object());
         holder.emplace([] {
             Sleep(100); // a destructor that did not wait would have returned by then
@@ -85,25 +86,15 @@ TEST_F(ManagerReferenceTest, Destruction_waits_for_another_holder_to_release_the
     EXPECT_EQ(forcedExitCode, kNotForced);
 }
 
-TEST_F(ManagerReferenceTest, Process_ends_with_0_if_a_holder_never_releases_the_manager)
+TEST_F(ManagerReferenceTest,
+       Process_ends_with_2_and_a_reason_if_a_holder_never_releases_the_manager)
 {
     {
-        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 1, NoteForcedEnd);
+        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, forcedEnd, 1);
         held = ComPtr<IUnknown>::Share(reference.Object());
     }
-    EXPECT_EQ(forcedExitCode, 0);
-}
-
-TEST_F(ManagerReferenceTest,
-       Process_ends_with_1_if_an_exception_passes_and_a_holder_never_releases_the_manager)
-{
-    try {
-        const ManagerReference reference(GetCurrentThreadId(), INFINITE, &logger, 1, NoteForcedEnd);
-        held = ComPtr<IUnknown>::Share(reference.Object());
-        throw std::runtime_error("start-up failed");
-    } catch (const std::runtime_error&) {
-        EXPECT_EQ(forcedExitCode, 1);
-    }
+    EXPECT_EQ(forcedExitCode, 2);
+    EXPECT_EQ(sink.Count(0, "Shutdown given up: a call of a client has not ended in time"), 1U);
 }
 
 } // namespace
