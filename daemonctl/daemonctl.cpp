@@ -35,6 +35,7 @@ int Run()
     int exitCode = kDone;
     const CommandLine commandLine = SplitCommandLine(Utf8Arguments());
     AddControlCommands(app, exitCode, commandLine.daemons);
+    AddExitCommand(app, exitCode);
     AddPsCommand(app, exitCode);
     AddLogCommand(app, exitCode, DefaultLogPath);
     AddWaitCommand(app, exitCode);

@@ -8,7 +8,7 @@
 ;   0  installed
 ;   1  cancelled
 ;   2  failed. A supervisor that the installer had ended is started again. If the old supervisor did
-;      not end within two minutes, it is not started again: it ends later, and somebody has to
+;      not end within four minutes, it is not started again: it ends later, and somebody has to
 ;      start it.
 ;   3  installed, but the new supervisor did not answer within two minutes, or not every daemon was
 ;      handed over to it ("daemonctl reattach" shows why)

@@ -15,11 +15,14 @@ namespace vqrx::client::v0 {
 /// be found.
 using LogPath = std::function<std::string()>;
 
-/// Adds launch, stop, attach, detach and exit.
+/// Adds launch, stop, attach and detach.
 /// @param daemonArguments  the arguments that launch and attach pass on to the daemon; app does not
 ///                         parse them, it only shows them in the help
 void AddControlCommands(CLI::App& app, int& exitCode,
                         const std::vector<std::string>& daemonArguments);
+
+/// Adds exit, which ends the supervisor.
+void AddExitCommand(CLI::App& app, int& exitCode);
 
 /// Adds ps, which lists the daemons and their processes.
 void AddPsCommand(CLI::App& app, int& exitCode);

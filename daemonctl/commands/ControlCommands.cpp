@@ -69,13 +69,6 @@ int Detach(SupervisorClient& supervisor, const Arguments& arguments)
                   "daemon " + id + " is unknown or was not attached");
 }
 
-int Exit(SupervisorClient& supervisor, const Arguments&)
-{
-    supervisor.Exit();
-    std::cout << "the supervisor ends; its daemons run on" << std::endl;
-    return kDone;
-}
-
 using Operation = int (*)(SupervisorClient&, const Arguments&);
 
 CLI::App* AddCommand(CLI::App& app, int& exitCode, const char* name, const char* description,
@@ -137,11 +130,6 @@ void AddControlCommands(CLI::App& app, int& exitCode,
         ->transform(DecimalNumber());
     command->footer("Example:\n  daemonctl detach 4\n"
                     "Exit code 1: the id is unknown, or the daemon was not attached.");
-
-    command =
-        AddCommand(app, exitCode, "exit", "End the supervisor; the processes of its daemons run on",
-                   Exit, arguments);
-    command->footer("Example:\n  daemonctl exit");
 }
 
 } // namespace vqrx::client::v0

@@ -1,10 +1,13 @@
 #include "Commands.h"
 
+#include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "HeldProcess.h"
 #include "PrintText.h"
 #include "Printable.h"
 #include "Reattachment.h"
+#include "ShutdownProgress.h"
+#include "SupervisorProcesses.h"
 #include "TextFile.h"
 #include "ThisMachine.h"
 #include "WithSupervisor.h"
@@ -12,6 +15,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -25,11 +29,40 @@ using Plan = FormerDaemon::Plan;
 
 constexpr DWORD kAskAgainMs = 100;
 constexpr ULONGLONG kLogPatienceMs = 10000;
+// The former supervisor's own limits are 90 s for calls of clients and 10 s for leaving COM.
+constexpr std::uint32_t kFormerTimeoutSeconds = 120;
 
 struct ReattachOptions {
     std::string from;
     bool dryRun = false;
+    bool noWait = false;
+    std::uint32_t timeoutSeconds = kFormerTimeoutSeconds;
 };
+
+// A former supervisor restarts daemons until it ends, although clients find it no longer. So its
+// process must end before another supervisor gets its daemons. One process may run: the supervisor
+// that answers, which is the youngest.
+// @return whether the former supervisor has ended within the time
+bool WaitForFormerSupervisor(std::uint32_t timeoutSeconds)
+{
+    const SupervisorProcesses processes;
+    std::vector<ProcessFacts> former = processes.Running();
+    if (former.size() <= 1) {
+        return true;
+    }
+    former.pop_back();
+    std::cerr << "daemonctl: waiting until the former supervisor has ended: " << NamesOf(former)
+              << std::endl;
+    if (processes.WaitUntilAtMost(1, std::uint64_t{timeoutSeconds} * 1000)) {
+        return true;
+    }
+    std::cerr
+        << "daemonctl: it still runs after " << timeoutSeconds
+        << " s; nothing was attached, because two supervisors would restart the same daemons\n"
+           "  End the process. If it is no supervisor: daemonctl reattach --no-wait"
+        << std::endl;
+    return false;
+}
 
 std::string NameOf(const FormerDaemon& former)
 {
@@ -129,6 +162,9 @@ void Carry(SupervisorClient& supervisor, const FormerDaemon& former, bool dryRun
 int Reattach(SupervisorClient& supervisor, const ReattachOptions& options,
              const std::vector<ListedProcess>& listed)
 {
+    if (!options.noWait && !WaitForFormerSupervisor(options.timeoutSeconds)) {
+        return kRefused;
+    }
     const Timeline timeline = ReadTimeline();
     const auto plan =
         PlanReattachment(timeline, RunOfThisMachine(timeline), listed, SourceOfThisMachine());
@@ -156,6 +192,15 @@ void AddReattachCommand(CLI::App& app, int& exitCode)
                         "supervisor ended");
     command->add_flag("--dry-run", options->dryRun,
                       "Print what the command would do, and do nothing");
+    CLI::Option* const noWait =
+        command->add_flag("--no-wait", options->noWait,
+                          "Do not wait for the end of other processes named DaemonManager.exe");
+    command
+        ->add_option("--timeout", options->timeoutSeconds,
+                     "Wait at most this many seconds for the end of the former supervisor; "
+                     "default: 120")
+        ->transform(DecimalNumber())
+        ->excludes(noWait);
     command->footer(
         "Examples:\n"
         "  daemonctl ps --json > before.json\n"
@@ -167,7 +212,10 @@ void AddReattachCommand(CLI::App& app, int& exitCode)
         "creation show that it is still the process of the daemon. The supervisor restarts an\n"
         "attached daemon like a launched one, but daemonctl stop does not end its process. To let\n"
         "the daemon go, use daemonctl detach.\n"
-        "Exit code 0: all are attached; 1: there was none to attach; 4: some could not be attached.");
+        "The command first waits until the process of the former supervisor has ended, because that\n"
+        "supervisor restarts its daemons until then.\n"
+        "Exit code 0: all are attached; 1: there was none to attach; 4: some could not be attached,\n"
+        "or the former supervisor still runs.");
     command->callback([&exitCode, options] {
         std::vector<ListedProcess> listed;
         try {

@@ -8,7 +8,9 @@ enum ExitCode : int {
     kNothingToDo = 1,
     kWrongUsage = 2,
     kNoSupervisor = 3, ///< no supervisor runs, or its proxy/stub is not registered
-    kRefused = 4,      ///< the supervisor or Windows reported a failure, or output was lost
+    /// The supervisor or Windows reported a failure, the supervisor did not end in time, or output
+    /// was lost.
+    kRefused = 4,
     kLogUnreadable = 5,
 };
 

@@ -2,8 +2,9 @@
 ; daemons over. Functions of the uninstaller must have a name that begins with "un.", so the macro
 ; CommonFunctions defines every function twice.
 
-; The supervisor finishes a stop that is under way before it ends, which may take a minute. At its
-; start it waits for a firewall service that is starting. Both limits are two minutes.
+; The supervisor finishes a stop that is under way before it ends, which may take a minute: "daemonctl
+; exit" waits for it, at most two minutes, and the loop below waits two minutes more. At its start it
+; waits for a firewall service that is starting, also two minutes.
 !define END_ATTEMPTS 480
 !define START_ATTEMPTS 480
 !define ATTEMPT_MS 250
@@ -13,6 +14,9 @@
 !define ASK_FOR_SUPERVISOR "detach 4294967295"
 !define SUPERVISOR_ANSWERED 1
 !define NO_SUPERVISOR 3
+
+; Exit code of "daemonctl exit" if the supervisor has not ended within two minutes
+!define STILL_ENDS 4
 
 ; Exit codes of "daemonctl reattach"
 !define REATTACHED 0
@@ -68,6 +72,7 @@ Function ${un}EndSupervisor
     Push "exit"
     Call ${un}Daemonctl
     ${If} $0 = 0
+    ${OrIf} $0 = ${STILL_ENDS} ; the loop below waits for it once more
         StrCpy $WasRunning 1
         DetailPrint "The running supervisor ends; its daemons run on"
     ${ElseIf} $0 <> ${NO_SUPERVISOR}

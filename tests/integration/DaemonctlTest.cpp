@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <memory>
 #include <string>
 
 namespace vqrx::test {
@@ -19,7 +20,8 @@ TEST(Daemonctl, A_missing_or_wrong_command_ends_with_exit_code_2_and_an_error_te
 {
     for (const char* arguments :
          {"", "frobnicate", "launch", "stop", "stop x", "stop -1", "stop 0x10", "stop 4294967296",
-          "stop 1 2", "attach", "attach pid", "detach", "exit now", "--frobnicate"}) {
+          "stop 1 2", "attach", "attach pid", "detach", "exit now", "exit --timeout x",
+          "exit --no-wait --timeout 1", "--frobnicate"}) {
         const Answer answer = Daemonctl(arguments);
         EXPECT_EQ(answer.exitCode, 2U) << arguments;
         EXPECT_EQ(answer.output, "") << arguments;
@@ -72,7 +74,8 @@ TEST(Daemonctl, Commands_without_the_proxy_print_how_to_register_it)
                       "daemonctl: the supervisor runs, but DaemonMgrPS.dll is not registered\n"
                       "  As administrator: regsvr32 DaemonMgrPS.dll\n"}));
     const ProxyRegistration registered;
-    EXPECT_EQ(Daemonctl("exit"), (Answer{0, "the supervisor ends; its daemons run on\n", ""}));
+    EXPECT_EQ(Daemonctl("exit"), (Answer{0, "the supervisor has ended; its daemons run on\n", ""}));
+    EXPECT_FALSE(supervisor.Running());
     EXPECT_EQ(supervisor.ExitCode(), 0U);
 }
 
@@ -118,11 +121,64 @@ TEST(Daemonctl, Attach_reports_a_process_that_cannot_be_attached)
                 "it is denied, or WMI does not know it\n"}));
 }
 
-TEST(Daemonctl, Exit_ends_the_supervisor)
+// A supervisor whose shutdown waits for a stop: the daemon with the id 0 ends when the test says so.
+class DaemonctlExit : public ::testing::Test {
+protected:
+    DaemonctlExit()
+    {
+        EXPECT_EQ(Daemonctl("launch \"" + TestProgram("signals_quit") + "\" " + ready_.Name() +
+                            " " + quit_.Name() + " " + mayEnd_.Name())
+                      .exitCode,
+                  0U);
+        EXPECT_TRUE(ready_.Wait());
+        stopping_ = std::make_unique<CapturedProgram>(ProductProgram("daemonctl.exe") + " stop 0");
+        EXPECT_TRUE(quit_.Wait());
+    }
+
+    const ReadyEvent ready_;
+    const ReadyEvent quit_;
+    const ReadyEvent mayEnd_;
+    SupervisorProcess supervisor_;
+    std::unique_ptr<CapturedProgram> stopping_;
+};
+
+TEST_F(DaemonctlExit, returns_after_the_process_of_the_supervisor_has_ended)
 {
-    SupervisorProcess supervisor;
-    EXPECT_EQ(Daemonctl("exit"), (Answer{0, "the supervisor ends; its daemons run on\n", ""}));
-    EXPECT_EQ(supervisor.Process().ExitCode(), 0U);
+    const CapturedProgram exit(ProductProgram("daemonctl.exe") + " exit");
+    ASSERT_TRUE(WaitUntil([] { return !FindPublished(); })); // The shutdown has begun.
+    EXPECT_TRUE(exit.Running());
+    mayEnd_.Signal();
+    EXPECT_EQ(exit.ExitCode(), 0U);
+    EXPECT_FALSE(supervisor_.Process().Running());
+    EXPECT_EQ(exit.Output(), "the supervisor has ended; its daemons run on\n");
+    EXPECT_EQ(supervisor_.Process().ExitCode(), 0U);
+}
+
+TEST_F(DaemonctlExit, names_what_is_under_way_and_ends_with_4_after_the_timeout)
+{
+    const Answer answer = Daemonctl("exit --timeout 0");
+    EXPECT_EQ(answer.exitCode, 4U);
+    EXPECT_EQ(answer.output, "");
+    EXPECT_EQ(
+        answer.error,
+        "daemonctl: the supervisor has not ended within 0 s: process " +
+            std::to_string(supervisor_.Process().Pid()) + " (" +
+            ProductProgram("DaemonManager.exe") +
+            ") still runs\n"
+            "  A call of a client is under way, such as a stop; until it ends, the supervisor "
+            "still restarts its daemons. Or its console has stopped: press Esc in its "
+            "window.\n");
+    mayEnd_.Signal();
+    EXPECT_EQ(supervisor_.Process().ExitCode(), 0U);
+}
+
+TEST_F(DaemonctlExit, does_not_wait_with_the_option_no_wait)
+{
+    EXPECT_EQ(Daemonctl("exit --no-wait"),
+              (Answer{0, "the supervisor ends; its daemons run on\n", ""}));
+    EXPECT_TRUE(supervisor_.Process().Running());
+    mayEnd_.Signal();
+    EXPECT_EQ(supervisor_.Process().ExitCode(), 0U);
 }
 
 } // namespace

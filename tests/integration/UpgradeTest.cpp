@@ -4,6 +4,8 @@
 #include "Daemonctl.h"
 #include "PrefixClass.h"
 #include "SupervisorProcess.h"
+#include "win32/FileTime.h"
+#include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
@@ -74,7 +76,6 @@ TEST_F(Upgrade, Reattach_after_an_orderly_exit_ends_none_of_ten_workers)
 {
     const std::vector<DWORD> processes = LaunchWorkers(10);
     EXPECT_EQ(Daemonctl("exit").exitCode, 0U);
-    EXPECT_EQ(former_.Process().ExitCode(), 0U);
     StartNew();
     std::string expected;
     for (std::size_t id = 0; id < processes.size(); ++id) {
@@ -101,11 +102,81 @@ TEST_F(Upgrade, Reattach_after_an_orderly_exit_ends_none_of_ten_workers)
     EXPECT_EQ(Daemonctl("reattach").exitCode, 1U);
 }
 
+// Returns when Windows noted the end of a process, milliseconds since 1970, UTC.
+long long EndOf(const CapturedProgram& program)
+{
+    const system::win32::v1::UniqueKernelHandle process(
+        OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, program.Pid()));
+    FILETIME created{};
+    FILETIME ended{};
+    FILETIME kernel{};
+    FILETIME user{};
+    EXPECT_TRUE(GetProcessTimes(process.Get(), &created, &ended, &kernel, &user));
+    return system::win32::v1::UnixMilliseconds(ended);
+}
+
+// The former supervisor has two workers, and its shutdown waits for a stop. The new one has a log of
+// its own, so that each log shows what one of them did.
+TEST_F(Upgrade, The_new_supervisor_gets_a_worker_only_after_the_former_one_has_ended)
+{
+    const std::vector<DWORD> processes = LaunchWorkers(2);
+    const ReadyEvent ready;
+    const ReadyEvent quit;
+    const ReadyEvent mayEnd;
+    Json listing = Json::parse(Daemonctl("ps --json").output);
+    listing.at("daemons").erase(1);
+    const std::string file = File("before.json", listing.dump());
+    EXPECT_EQ(Daemonctl("launch \"" + TestProgram("signals_quit") + "\" " + ready.Name() + " " +
+                        quit.Name() + " " + mayEnd.Name()),
+              (Answer{0, "2\n", ""}));
+    ASSERT_TRUE(ready.Wait());
+    const CapturedProgram stopping(ProductProgram("daemonctl.exe") + " stop 2");
+    ASSERT_TRUE(quit.Wait());
+    EXPECT_EQ(Daemonctl("exit --no-wait").exitCode, 0U);
+    ASSERT_TRUE(WaitUntil([] { return !FindPublished(); }));
+    successor_ = std::make_unique<SupervisorProcess>();
+
+    const std::string waiting =
+        "daemonctl: waiting until the former supervisor has ended: process " +
+        std::to_string(former_.Process().Pid()) + " (" + ProductProgram("DaemonManager.exe") +
+        ")\n";
+    EXPECT_EQ(Daemonctl("reattach --timeout 0 --from " + file),
+              (Answer{4, "",
+                      waiting + "daemonctl: it still runs after 0 s; nothing was attached, because "
+                                "two supervisors would restart the same daemons\n"
+                                "  End the process. If it is no supervisor: daemonctl reattach "
+                                "--no-wait\n"}));
+    const CapturedProgram reattach(ProductProgram("daemonctl.exe") + " reattach --from " + file);
+    ASSERT_TRUE(WaitUntil([&] { return reattach.Error() == waiting; }));
+    // The former supervisor still restarts a worker; nobody else does.
+    KillProcess(processes[1]);
+    EXPECT_NE(former_.WaitForStart(1, processes[1]), 0U);
+    EXPECT_TRUE(reattach.Running());
+
+    mayEnd.Signal();
+    EXPECT_EQ(former_.Process().ExitCode(), 0U);
+    EXPECT_EQ(reattach.ExitCode(), 0U) << reattach.Error();
+    EXPECT_EQ(reattach.Output(),
+              Line(0, processes[0], "attached as daemon 0") + "1 attached, 0 already, 0 not\n");
+    const long long end = EndOf(former_.Process());
+    std::size_t attached = 0;
+    for (const RingRecord& record : successor_->Log()) {
+        EXPECT_FALSE(record.text.starts_with("Start ")) << record;
+        if (record.text.starts_with("Attach ")) {
+            EXPECT_GE(record.timeMs, end);
+            ++attached;
+        }
+    }
+    EXPECT_EQ(attached, 1U);
+    for (const RingRecord& record : former_.Log()) {
+        EXPECT_LE(record.timeMs, end) << record;
+    }
+}
+
 TEST_F(Upgrade, Reattach_reports_a_worker_that_ended_and_attaches_the_others)
 {
     const std::vector<DWORD> processes = LaunchWorkers(2);
     EXPECT_EQ(Daemonctl("exit").exitCode, 0U);
-    EXPECT_EQ(former_.Process().ExitCode(), 0U);
     KillProcess(processes[0]);
     StartNew();
     const Answer dry = Daemonctl("reattach --dry-run");
@@ -156,7 +227,6 @@ TEST_F(Upgrade, Reattach_reads_from_a_listing_the_daemons_that_the_log_no_longer
     }
     const std::string wideFile = File("wide.json", wide);
     EXPECT_EQ(Daemonctl("exit").exitCode, 0U);
-    EXPECT_EQ(former_.Process().ExitCode(), 0U);
     ASSERT_TRUE(DeleteFileA(former_.LogFile().c_str()));
     StartNew();
     EXPECT_EQ(Daemonctl("reattach"), (Answer{1, "0 attached, 0 already, 0 not\n", ""}));
@@ -177,7 +247,6 @@ TEST_F(Upgrade, Reattach_reports_a_process_that_the_supervisor_refuses_to_attach
 {
     const std::vector<DWORD> processes = LaunchWorkers(1);
     EXPECT_EQ(Daemonctl("exit").exitCode, 0U);
-    EXPECT_EQ(former_.Process().ExitCode(), 0U);
     {
         const PrefixStandIns broken(PrefixStandIns::Wmi::broken);
         StartNew();

@@ -29,7 +29,7 @@ std::vector<RingRecord> ReadRingFile(const std::string& path)
         std::getline(fields, time, ';');
         std::getline(fields, level, ';');
         std::getline(fields, text, '\0');
-        records.push_back({std::stoll(sequence), std::stoi(level), text});
+        records.push_back({std::stoll(sequence), std::stoi(level), text, std::stoll(time)});
     }
     return records;
 }

@@ -11,6 +11,7 @@ struct RingRecord {
     long long sequence;
     int level;
     std::string text;
+    long long timeMs; ///< milliseconds since 1970, UTC
 };
 
 /// Writes "2: text", for the message of a failed expectation.

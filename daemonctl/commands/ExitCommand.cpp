@@ -1,0 +1,81 @@
+#include "Commands.h"
+
+#include "DecimalNumber.h"
+#include "ExitCode.h"
+#include "ShutdownProgress.h"
+#include "SupervisorProcesses.h"
+#include "ThisMachine.h"
+#include "WithSupervisor.h"
+
+#include <cstdint>
+#include <iostream>
+#include <memory>
+#include <string>
+
+namespace vqrx::client::v0 {
+namespace {
+
+using daemon_manager::SupervisorClient;
+
+// The supervisor's own limits are 90 s for calls of clients and 10 s for leaving COM.
+constexpr std::uint32_t kExitTimeoutSeconds = 120;
+
+struct ExitOptions {
+    bool noWait = false;
+    std::uint32_t timeoutSeconds = kExitTimeoutSeconds;
+};
+
+std::string ProgressOfShutdown()
+{
+    try {
+        return DescribeShutdown(ReadTimeline());
+    } catch (const LogUnreadable& error) {
+        return std::string("Its log shows nothing about it: ") + error.what();
+    }
+}
+
+int Exit(SupervisorClient& supervisor, const ExitOptions& options)
+{
+    if (options.noWait) {
+        supervisor.Exit();
+        std::cout << "the supervisor ends; its daemons run on" << std::endl;
+        return kDone;
+    }
+    const SupervisorProcesses processes; // found before the call: the process may end at once
+    supervisor.Exit();
+    if (!processes.WaitUntilAtMost(0, std::uint64_t{options.timeoutSeconds} * 1000)) {
+        std::cerr << "daemonctl: the supervisor has not ended within " << options.timeoutSeconds
+                  << " s: " << NamesOf(processes.Running()) << " still runs\n  "
+                  << ProgressOfShutdown() << std::endl;
+        return kRefused;
+    }
+    std::cout << "the supervisor has ended; its daemons run on" << std::endl;
+    return kDone;
+}
+
+} // namespace
+
+void AddExitCommand(CLI::App& app, int& exitCode)
+{
+    const auto options = std::make_shared<ExitOptions>();
+    CLI::App* const command = app.add_subcommand(
+        "exit", "End the supervisor and wait for its end; the processes of its daemons run on");
+    CLI::Option* const noWait = command->add_flag(
+        "--no-wait", options->noWait, "Return as soon as the supervisor has accepted the order");
+    command
+        ->add_option("--timeout", options->timeoutSeconds,
+                     "Wait at most this many seconds; default: 120")
+        ->transform(DecimalNumber())
+        ->excludes(noWait);
+    command->footer(
+        "Example:\n  daemonctl exit\n"
+        "The command returns after the process DaemonManager.exe has ended. A stop that\n"
+        "is under way may delay that by a minute.\n"
+        "Exit code 4: the process still runs after the timeout. It ends later, by itself.");
+    command->callback([&exitCode, options] {
+        exitCode = WithSupervisor(
+            [&](SupervisorClient& supervisor) { return Exit(supervisor, *options); });
+    });
+}
+
+} // namespace vqrx::client::v0
