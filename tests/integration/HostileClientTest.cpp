@@ -178,21 +178,6 @@ TEST_F(HostileClient, Attach_of_a_process_that_does_not_exist_returns_S_FALSE)
     ExpectNormalOperation();
 }
 
-TEST_F(HostileClient, A_client_that_attaches_the_supervisor_cannot_stop_it)
-{
-    DWORD id = 4711;
-    const HRESULT hr = supervisor_.Control()->Attach(supervisor_.Process().Pid(), nullptr, &id);
-    if (hr == S_OK) {
-        EXPECT_EQ(id, 0U);
-        EXPECT_EQ(supervisor_.Control()->Stop(id), S_FALSE);
-    } else {
-        std::cout << "WMI of this host does not report executable paths: 0x" << std::hex << hr
-                  << '\n';
-        EXPECT_TRUE(hr == S_FALSE || FAILED(hr));
-    }
-    ExpectNormalOperation();
-}
-
 TEST_F(HostileClient, A_stop_takes_effect_although_its_client_dies_during_the_call)
 {
     const ReadyEvent ready;

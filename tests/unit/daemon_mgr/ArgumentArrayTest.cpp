@@ -1,11 +1,13 @@
 #include "ArgumentArray.h"
 
+#include "AllocationFault.h"
 #include "ImportPatch.h"
 #include "com/UniqueBstr.h"
 #include "exception_utils/AtlException.h"
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <string>
 #include <vector>
 
@@ -51,6 +53,8 @@ HRESULT ErrorOf(SAFEARRAY** array)
         return S_OK;
     } catch (const ATL::CAtlException& exception) {
         return exception.m_hr;
+    } catch (const std::bad_alloc&) {
+        return E_OUTOFMEMORY;
     }
 }
 
@@ -61,6 +65,29 @@ HRESULT WINAPI CountDestroyed(SAFEARRAY* array)
 {
     ++destroyed;
     return realDestroy(array);
+}
+
+HRESULT WINAPI RefuseBound(SAFEARRAY*, UINT, LONG*)
+{
+    return E_UNEXPECTED;
+}
+
+int WINAPI RefuseToConvert(UINT, DWORD, LPCWSTR, int, LPSTR, int, LPCSTR, LPBOOL)
+{
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return 0;
+}
+
+// Reads an array of two texts, and expects that the failure destroys the array once.
+void ExpectDestruction(HRESULT expected)
+{
+    TestArray array({L"a", L"b"});
+    destroyed = 0;
+    const ImportPatch patch("SafeArrayDestroy", CountDestroyed);
+    realDestroy = patch.Original<HRESULT WINAPI(SAFEARRAY*)>();
+    EXPECT_EQ(expected, ErrorOf(array.Put()));
+    EXPECT_EQ(1, destroyed);
+    EXPECT_EQ(nullptr, array.Get()); // so that the stub does not free the array again
 }
 
 } // namespace
@@ -136,10 +163,37 @@ TEST(ArgumentArrayTest, Array_with_lower_bound_1_is_refused_and_destroyed)
     EXPECT_EQ(nullptr, array.Get()); // so that the stub does not free the array again
 }
 
-TEST(ArgumentArrayTest, Array_with_a_negative_lower_bound_is_refused)
+TEST(ArgumentArrayTest, Array_with_a_negative_lower_bound_is_refused_and_destroyed)
 {
     TestArray array({L"a", L"b"}, -1);
     EXPECT_EQ(E_INVALIDARG, ErrorOf(array.Put()));
+    EXPECT_EQ(nullptr, array.Get());
+}
+
+TEST(ArgumentArrayTest, Array_is_destroyed_after_every_failure_behind_its_lock)
+{
+    for (const char* const bound : {"SafeArrayGetLBound", "SafeArrayGetUBound"}) {
+        SCOPED_TRACE(bound);
+        const ImportPatch patch(bound, RefuseBound);
+        ExpectDestruction(E_UNEXPECTED);
+    }
+    {
+        const ImportPatch patch("WideCharToMultiByte", RefuseToConvert);
+        ExpectDestruction(HRESULT_FROM_WIN32(ERROR_INVALID_PARAMETER));
+    }
+    int failures = 0;
+    for (std::size_t succeeding = 0;; ++succeeding, ++failures) {
+        TestArray array({L"an argument that is too long for a string's own buffer", L"b"});
+        const AllocationFault fault(succeeding);
+        const HRESULT hr = ErrorOf(array.Put());
+        if (!fault.Happened()) {
+            EXPECT_EQ(S_OK, hr);
+            break;
+        }
+        EXPECT_EQ(E_OUTOFMEMORY, hr) << succeeding;
+        EXPECT_EQ(nullptr, array.Get()) << succeeding;
+    }
+    EXPECT_LT(1, failures);
 }
 
 TEST(ArgumentArrayTest, Array_of_two_dimensions_is_refused_and_kept)

@@ -26,6 +26,16 @@ BOOL WINAPI NoteAndClose(SC_HANDLE handle)
     return closeServiceHandle(handle);
 }
 
+DWORD askedAccess = 0;
+BOOL askedInherit = TRUE;
+HANDLE WINAPI RefuseToOpen(DWORD access, BOOL inherit, DWORD)
+{
+    askedAccess = access;
+    askedInherit = inherit;
+    SetLastError(ERROR_ACCESS_DENIED);
+    return nullptr;
+}
+
 } // namespace
 
 TEST_F(AttachInspectionTest, Inspection_gives_path_and_arguments_of_a_running_program)
@@ -102,14 +112,21 @@ TEST_F(AttachInspectionTest, Inspection_of_an_ordinary_program_keeps_earlier_ser
     EXPECT_EQ((std::vector<std::string>{"given"}), daemon.arguments);
 }
 
-TEST_F(AttachInspectionTest, Inspection_of_an_unknown_process_id_fails)
+TEST_F(AttachInspectionTest,
+       Inspection_asks_for_full_access_and_fails_if_the_process_cannot_be_opened)
 {
     const StandInWmi standIn;
     Connect();
+    TestService other("DmTestOther");
+    other.Start(); // the search for services succeeds, so that only the open can fail
     ProcessInfo daemon;
-    daemon.processId = kUnusedProcessId;
+    daemon.processId = GetCurrentProcessId();
+    const ImportPatch patch("OpenProcess", RefuseToOpen);
     EXPECT_EQ(1, InspectAttachingProcess(*wmi_, daemon));
     EXPECT_FALSE(daemon.process);
+    EXPECT_EQ(0x1FFFFFU, askedAccess); // PROCESS_ALL_ACCESS
+    EXPECT_EQ(FALSE, askedInherit);
+    EXPECT_EQ(L"", TheWmiScript().lastQuery);
 }
 
 TEST_F(AttachInspectionTest, Earlier_process_handle_is_closed_also_if_the_inspection_fails)

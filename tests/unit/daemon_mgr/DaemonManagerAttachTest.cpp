@@ -132,6 +132,8 @@ TEST_F(DaemonManagerAttachTest,
     EXPECT_EQ(S_FALSE, manager_->Stop(daemonId));
     EXPECT_TRUE(child_->Running());
     EXPECT_EQ(S_FALSE, manager_->Detach(daemonId)); // the daemon is no longer in the table
+    logger_.Log(0, "after the stop");
+    ASSERT_TRUE(sink_.WaitForText("after the stop")); // and so everything before it
     for (const auto& record : sink_.Records()) {
         EXPECT_EQ(std::string::npos, record.text.find("Stop ("));
     }

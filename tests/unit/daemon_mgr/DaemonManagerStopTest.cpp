@@ -35,8 +35,10 @@ TEST_F(DaemonManagerStopTest, Stop_ends_the_process_and_no_later_pass_starts_the
     Make();
     DWORD processId = 0;
     const DWORD daemonId = LaunchAndWait("no_windows", ready, processId);
+    const system::win32::v1::UniqueKernelHandle process(OpenProcess(SYNCHRONIZE, FALSE, processId));
     EXPECT_EQ(S_OK, manager_->Stop(daemonId));
-    EXPECT_FALSE(IsRunning(processId));
+    // Windows may end the process a moment after TerminateProcess has returned.
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(process.Get(), 60000));
     const std::string text =
         "Stop (2) " +
         Description(daemonId, processId, TestProgram("no_windows") + " " + ready.Name());

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <functional>
 #include <new>
 #include <thread>
 
@@ -25,6 +27,18 @@ BOOL WINAPI BlockInCreation(LPCSTR, LPSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATT
     SetEvent(inCreation);
     WaitForSingleObject(mayCreate, 60000);
     return FALSE;
+}
+
+std::function<void()> beforeRelease;
+
+// Replaces SignalObjectAndWait in the destructor. Lets the pass end after the destructor has signalled
+// the end.
+DWORD WINAPI SignalReleaseAndWait(HANDLE toSignal, HANDLE toWaitOn, DWORD milliseconds, BOOL)
+{
+    SetEvent(toSignal);
+    beforeRelease();
+    SetEvent(mayCreate);
+    return WaitForSingleObject(toWaitOn, milliseconds);
 }
 
 std::atomic<int> failures = 0;
@@ -88,15 +102,9 @@ TEST_F(DaemonManagerSupervisionTest,
     DWORD daemonId = 0;
     Launch("a.exe", {}, &daemonId);
     ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(in.Get(), 60000));
-    std::thread release([&] {
-        // The pass must end only after the destructor has begun to wait. A test cannot see that
-        // moment, so it gives the destructor some time.
-        Sleep(200);
-        EXPECT_FALSE(sink_.Count(2, "Deamon Thread is exiting..."));
-        SetEvent(may.Get());
-    });
+    beforeRelease = [&] { EXPECT_EQ(0U, sink_.Count(2, "Deamon Thread is exiting...")); };
+    const ImportPatch release("SignalObjectAndWait", SignalReleaseAndWait);
     manager_.Reset();
-    release.join();
     EXPECT_TRUE(sink_.WaitForText("Deamon Thread is exiting..."));
     const auto texts = sink_.Texts();
     ASSERT_LE(3U, texts.size());

@@ -5,6 +5,7 @@
 #include "ImportPatch.h"
 #include "LaunchProcess.h"
 #include "ProcessWindows.h"
+#include "WaitNotes.h"
 
 #include <gtest/gtest.h>
 
@@ -95,7 +96,12 @@ TEST_F(StopProcessTest, Program_without_windows_is_terminated_at_once_with_exit_
     ProcessInfo daemon = Start("no_windows");
     ASSERT_TRUE(WindowsOfProcess(daemon.processId).empty()) << "the program has a window";
     const auto watch = Watch(daemon);
-    EXPECT_EQ(0, StopProcess(logger_, daemon, {}));
+    {
+        const WaitNotes notes;
+        EXPECT_EQ(0, StopProcess(logger_, daemon, {}));
+        EXPECT_TRUE(notes.Sleeps().empty());
+        EXPECT_TRUE(notes.Waits().empty());
+    }
     EXPECT_EQ((std::vector<Line>{{1, "Stop (2) " + description_}}), logger_.Lines());
     EXPECT_FALSE(daemon.process);
     EXPECT_EQ(0U, ExitCodeAfterEnd(watch));
@@ -171,7 +177,12 @@ TEST_F(StopProcessTest,
 {
     ProcessInfo daemon = Start("no_windows");
     daemon.executablePath = "C:\\KXSNMP.exe";
-    EXPECT_EQ(0, StopProcess(logger_, daemon, {}));
+    {
+        const WaitNotes notes;
+        EXPECT_EQ(0, StopProcess(logger_, daemon, {}));
+        EXPECT_TRUE(notes.Sleeps().empty());
+        EXPECT_TRUE(notes.Waits().empty());
+    }
     ASSERT_EQ(1U, logger_.Lines().size());
     EXPECT_EQ(0U, logger_.Lines()[0].second.find("Stop (0) DaemonId(4)"));
     EXPECT_TRUE(IsRunning(daemon.processId));

@@ -1,6 +1,9 @@
 #include "HeldProcess.h"
 
 #include "ChildProcess.h"
+#include "ImportPatch.h"
+
+#include <windows.h>
 
 #include <gtest/gtest.h>
 
@@ -22,6 +25,23 @@ TEST(HeldProcess, Facts_are_those_of_the_opened_process_until_it_ends)
     ASSERT_TRUE(child.Wait());
     EXPECT_EQ(held.Facts().state, ProcessFacts::State::gone);
     EXPECT_EQ(HeldProcess(4294967280U).Facts().state, ProcessFacts::State::gone);
+}
+
+DWORD askedRights = 0;
+
+HANDLE WINAPI DenyAccess(DWORD access, BOOL inherit, DWORD)
+{
+    askedRights = access;
+    EXPECT_FALSE(inherit);
+    SetLastError(ERROR_ACCESS_DENIED);
+    return nullptr;
+}
+
+TEST(HeldProcess, Process_that_refuses_two_modest_rights_is_hidden)
+{
+    const ImportPatch patch("OpenProcess", DenyAccess);
+    EXPECT_EQ(HeldProcess(GetCurrentProcessId()).Facts().state, ProcessFacts::State::hidden);
+    EXPECT_EQ(askedRights, 0x101000U); // SYNCHRONIZE and PROCESS_QUERY_LIMITED_INFORMATION
 }
 
 } // namespace
