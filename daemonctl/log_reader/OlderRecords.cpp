@@ -2,6 +2,7 @@
 
 #include "RecordNeighbours.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -26,8 +27,7 @@ std::uint64_t OlderRecords::Read()
     }
     const std::optional<std::int64_t> firstNewer =
         FirstNumber(source_, layout_.start, layout_.writePosition);
-    const std::optional<Record> newest = LastRecord(source_, layout_.start, layout_.writePosition);
-    newest_ = newest ? newest->number : std::nullopt;
+    newest_ = LastRecord(source_, layout_.start, layout_.writePosition);
     RawLines lines(source_, layout_.writePosition, source_.Size());
     RawLine line;
     while (lines.Next(line)) {
@@ -72,8 +72,8 @@ void OlderRecords::ReadLine(const RawLine& line)
 bool OlderRecords::IsSurelyWhole(RecordLine& parsed)
 {
     const std::optional<std::int64_t> number = parsed.record.number;
-    if (Follows(number, newest_)) {
-        newest_ = number; // the supervisor is writing it
+    if (Follows(parsed.record, newest_)) {
+        newest_ = parsed.record; // the supervisor is writing it
         ++output_.summary.torn;
         return false;
     }
@@ -137,14 +137,31 @@ void OlderRecords::GiveUnconfirmed()
     unconfirmed_.clear();
 }
 
-// Hands out the lines up to the last one that `number` continues; the lines after it are
-// remainders.
+// Returns how many lines there are up to the last one that is later than all records before it. Such
+// a line is no remainder, because a remainder is older than a record before it.
+std::size_t OlderRecords::CountUpToTheLatest() const
+{
+    std::size_t count = 0;
+    std::optional<std::int64_t> latestMs = latestMs_;
+    for (std::size_t index = 0; index < unconfirmed_.size() && latestMs; ++index) {
+        const std::int64_t timeMs = unconfirmed_[index].line.record.timeMs;
+        if (timeMs > *latestMs) {
+            latestMs = timeMs;
+            count = index + 1;
+        }
+    }
+    return count;
+}
+
+// Hands out the lines up to the last one that `number` continues or that is later than all records
+// before it; the lines after it are remainders.
 void OlderRecords::GiveUnconfirmedBefore(const std::optional<std::int64_t>& number)
 {
     std::size_t count = unconfirmed_.size();
     while (count > 0 && !Follows(number, unconfirmed_[count - 1].number)) {
         --count;
     }
+    count = std::max(count, CountUpToTheLatest());
     output_.summary.torn += unconfirmed_.size() - count;
     unconfirmed_.erase(unconfirmed_.begin() + static_cast<std::ptrdiff_t>(count),
                        unconfirmed_.end());
@@ -154,6 +171,7 @@ void OlderRecords::GiveUnconfirmedBefore(const std::optional<std::int64_t>& numb
 void OlderRecords::Give(RecordLine parsed)
 {
     output_.summary.unreadable += std::exchange(unplaced_, 0U);
+    latestMs_ = std::max(latestMs_.value_or(parsed.record.timeMs), parsed.record.timeMs);
     output_.Give(std::move(parsed));
 }
 

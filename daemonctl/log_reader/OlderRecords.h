@@ -6,6 +6,7 @@
 #include "RingLayout.h"
 #include "ScanOutput.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -35,6 +36,7 @@ private:
     [[nodiscard]] bool IsSurelyWhole(RecordLine& parsed);
     void KeepUnconfirmed(RecordLine parsed, const std::optional<std::int64_t>& number);
     void GiveUnconfirmed();
+    [[nodiscard]] std::size_t CountUpToTheLatest() const;
     void GiveUnconfirmedBefore(const std::optional<std::int64_t>& number);
     void Give(RecordLine parsed);
 
@@ -44,11 +46,12 @@ private:
 
     // The first lines after the write position:
     bool atWritePosition_ = true;           // no line was surely whole yet
-    std::optional<std::int64_t> newest_;    // of the newest record, then of one being written
+    std::optional<Record> newest_;          // the newest record, then one being written
     std::optional<RecordLine> perhapsTorn_; // looks whole; its number may have lost digits
 
     // The lines after them:
-    std::optional<std::int64_t> previous_; // of the record handed out last
+    std::optional<std::int64_t> previous_; // number of the record handed out last
+    std::optional<std::int64_t> latestMs_; // greatest time of a record that was handed out
     std::vector<Unconfirmed> unconfirmed_; // in file order; they do not continue previous_
     std::uint64_t unplaced_ = 0; // lines after the last record that are no records: unreadable if
                                  // another record follows, else remainders
