@@ -1,11 +1,15 @@
 #include "log_perf/ring/TornLine.h"
 
+#include "ring_format/RingHeader.h"
+
 #include <charconv>
 #include <cstddef>
 #include <system_error>
 
 namespace vqrx::log::log_perf::v2 {
 namespace {
+
+using system::ring_format::v1::kRingStart;
 
 constexpr std::size_t kLevelField = 3;
 
@@ -34,16 +38,16 @@ bool HasDateForm(std::string_view field) noexcept
            field[13] == ':' && field[16] == ':' && field[19] == '.';
 }
 
-bool BeginsAsRecord(const std::vector<std::string_view>& fields,
+bool BeginsAsRecord(const std::vector<std::string_view>& fields, std::uint64_t start,
                     std::optional<std::int64_t> previousNumber) noexcept
 {
     const std::optional<std::int64_t> number = WholeNumber(fields[0]);
     if (!number) {
         return false;
     }
-    const bool continues = !previousNumber || static_cast<std::uint64_t>(*number) ==
-                                                  static_cast<std::uint64_t>(*previousNumber) + 1;
-    return continues || HasDateForm(fields[1]);
+    const bool continues = previousNumber && static_cast<std::uint64_t>(*number) ==
+                                                 static_cast<std::uint64_t>(*previousNumber) + 1;
+    return continues || start == kRingStart || HasDateForm(fields[1]);
 }
 
 } // namespace
@@ -53,7 +57,7 @@ bool MayBeTorn(const std::vector<std::string_view>& fields, std::uint64_t start,
 {
     const char* const endOfLevel = fields[kLevelField].data() + fields[kLevelField].size();
     const auto length = static_cast<std::uint64_t>(endOfLevel - fields[0].data());
-    return SectorBeginsIn(start, length) || !BeginsAsRecord(fields, previousNumber);
+    return SectorBeginsIn(start, length) || !BeginsAsRecord(fields, start, previousNumber);
 }
 
 } // namespace vqrx::log::log_perf::v2

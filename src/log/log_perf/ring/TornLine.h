@@ -15,8 +15,8 @@ inline constexpr std::uint64_t kSectorSize = 512;
 /// - A sector begins in the number, the date, the time or the level: the parts of the line may come
 ///   from two records.
 /// - The line does not begin as a record does. Then it is the remainder of a record whose front is
-///   overwritten. A record begins with its number, and then the date follows, or the number
-///   continues that of the record before it.
+///   overwritten. A record begins with its number. Besides, the date follows, or the number continues
+///   that of the record before it, or the record is the first one of the file.
 /// @param fields          kLogLineFields fields, views into one line
 /// @param start           offset of the line in the file, bytes
 /// @param previousNumber  number in the record before the line; nothing if there is none

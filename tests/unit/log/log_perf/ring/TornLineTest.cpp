@@ -31,7 +31,8 @@ TEST(TornLine, A_line_in_one_sector_that_begins_with_number_and_date_is_not_torn
 TEST(TornLine, A_line_in_one_sector_that_continues_the_numbers_is_not_torn)
 {
     EXPECT_FALSE(Torn("6;any date;x;2;text", kInSector, 5));
-    EXPECT_FALSE(Torn("6;any date;x;2;text", kInSector, std::nullopt));
+    EXPECT_FALSE(Torn("6;any date;x;2;text", 12, std::nullopt)); // the first record of the file
+    EXPECT_TRUE(Torn("6;any date;x;2;text", kInSector, std::nullopt));
     EXPECT_FALSE(Torn("-9223372036854775808;d;x;2;text", kInSector,
                       std::numeric_limits<std::int64_t>::max()));
     EXPECT_TRUE(Torn("7;any date;x;2;text", kInSector, 5));
