@@ -49,7 +49,8 @@ void Put(const std::string& name, const std::string& bytes)
 Lines LinesOf(std::string_view bytes)
 {
     Lines lines;
-    for (std::size_t end = bytes.find('\n'); end != std::string_view::npos; end = bytes.find('\n')) {
+    for (std::size_t end = bytes.find('\n'); end != std::string_view::npos;
+         end = bytes.find('\n')) {
         lines.insert(bytes.substr(0, end + 1));
         bytes.remove_prefix(end + 1);
     }

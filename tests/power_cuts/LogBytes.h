@@ -18,7 +18,7 @@ inline constexpr std::int64_t kPowerReturns = 1795300000; ///< later than any re
 
 /// Returns a sink as the supervisor makes it. It has not opened the file yet.
 [[nodiscard]] std::unique_ptr<log::log_perf::v2::LogFileSink> NewSink(const std::string& name,
-                                                                     std::uint32_t limit);
+                                                                      std::uint32_t limit);
 
 /// Returns the content of a file.
 [[nodiscard]] std::string ContentOf(const std::string& name);

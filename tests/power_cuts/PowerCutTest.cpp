@@ -35,13 +35,13 @@ constexpr std::size_t kRingStart = 12;
 
 /// How the records of a run differ.
 struct Scenario {
-    std::uint32_t limit = 0;  ///< of the ring, bytes
-    std::size_t records = 0;  ///< how many are written
-    std::size_t flush = 1;    ///< the disk is flushed after so many records
-    std::size_t restart = 7;  ///< a new sink opens the file after so many records
-    std::size_t longest = 0;  ///< greatest length of a text, bytes
-    bool separators = false;  ///< the texts look like parts of records
-    std::string front = {};   ///< content of the file before the run
+    std::uint32_t limit = 0; ///< of the ring, bytes
+    std::size_t records = 0; ///< how many are written
+    std::size_t flush = 1;   ///< the disk is flushed after so many records
+    std::size_t restart = 7; ///< a new sink opens the file after so many records
+    std::size_t longest = 0; ///< greatest length of a text, bytes
+    bool separators = false; ///< the texts look like parts of records
+    std::string front = {};  ///< content of the file before the run
 };
 
 class PowerCut : public testing::Test {
@@ -103,7 +103,8 @@ protected:
                 flushed = after;
                 pending.clear();
                 const Lines kept = LinesOf(flushed);
-                std::erase_if(known_, [&](const std::string& line) { return !kept.contains(line); });
+                std::erase_if(known_,
+                              [&](const std::string& line) { return !kept.contains(line); });
             }
         }
         const double minutes = static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC / 60;

@@ -26,8 +26,7 @@ std::string TextOf(const std::string& line)
     return line.substr(begin, line.size() - begin - 2);
 }
 
-std::string Missing(const std::vector<std::string>& whole,
-                           const Texts& found, std::size_t& count)
+std::string Missing(const std::vector<std::string>& whole, const Texts& found, std::size_t& count)
 {
     std::string names;
     for (const std::string& text : whole) {
@@ -82,7 +81,7 @@ ThreeStarts::Whole ThreeStarts::WholeTexts(const std::string& bytes) const
 }
 
 void ThreeStarts::Start(const std::string& text, std::int64_t seconds, std::uint32_t limit,
-           const Whole& whole)
+                        const Whole& whole)
 {
     const auto sink = NewSink(name_, limit);
     const auto timestamp = At(seconds);
