@@ -1,6 +1,9 @@
-// Fuzzer for LogFileSink with any bytes as the existing log file. The sink appends to the file, or
-// throws a documented exception and does not change the file.
+// Fuzzer for LogFileSink with any bytes as the existing log file, opened three times. Each opening
+// appends to the file, and the next one reads what was written. The sink may throw only if a line of
+// the file has a time or a level that is no number and no NUL; then it keeps the file beside a new
+// one, which it never refuses.
 #include "Check.h"
+#include "DamagedLines.h"
 #include "log_perf/ring/LogFileSink.h"
 
 #include <unistd.h>
@@ -24,24 +27,26 @@ const std::string& FileName()
     static const std::string name =
         (std::filesystem::temp_directory_path() / ("fuzz_ring_" + std::to_string(getpid())))
             .string();
-    [[maybe_unused]] static const int removed =
-        std::atexit([] { std::remove(FileName().c_str()); });
+    [[maybe_unused]] static const int removed = std::atexit([] {
+        std::remove(FileName().c_str());
+        std::remove((FileName() + ".damaged").c_str());
+    });
     return name;
 }
 
-std::string Bytes()
+std::string Bytes(const std::string& name = FileName())
 {
-    std::ifstream file(FileName(), std::ios::binary);
+    std::ifstream file(name, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
 // Returns false if the sink refuses the file as damaged.
-bool Write(LogFileSink& sink, const char* text)
+bool Write(LogFileSink& sink, const std::string& text)
 {
     Timestamp timestamp{};
     timestamp.time = 1795236736;
     try {
-        sink.Write(2, &timestamp, text);
+        sink.Write(2, &timestamp, text.c_str());
         return true;
     } catch (const std::invalid_argument&) {
         return false;
@@ -61,24 +66,13 @@ void CheckHistory(LogFileSink& sink, const std::string& newest)
     }
 }
 
-void Append(const std::string& before, std::uint32_t limit)
+void CheckFile(const std::string& newest)
 {
-    std::ofstream(FileName(), std::ios::binary | std::ios::trunc) << before;
-    LogFileSink sink;
-    sink.SetFileName(FileName());
-    sink.SetSizeLimit(limit);
-    if (!Write(sink, "first of the new")) {
-        FUZZ_CHECK(Bytes() == before);
-        return;
-    }
-    CheckHistory(sink, "first of the new");
-    FUZZ_CHECK(Write(sink, "second of the new")); // The sink does not read the file again.
-    CheckHistory(sink, "second of the new");
     const std::string after = Bytes();
     FUZZ_CHECK(after.size() >= kHeader && after.compare(10, 2, "\r\n") == 0);
     const std::uint64_t position = std::stoull(after.substr(0, 10), nullptr, 16);
     FUZZ_CHECK(position >= kHeader && position <= after.size());
-    const std::string end = ";2;second of the new\r\n";
+    const std::string end = ";2;" + newest + "\r\n";
     if (position != kHeader) {
         FUZZ_CHECK(after.compare(position - end.size(), end.size(), end) == 0);
     } else {
@@ -87,12 +81,39 @@ void Append(const std::string& before, std::uint32_t limit)
     }
 }
 
+// Opens the file and writes two records. @return whether the sink refused the file
+bool Append(const std::string& opening, std::uint32_t limit)
+{
+    const std::string before = Bytes();
+    LogFileSink sink;
+    sink.SetFileName(FileName());
+    sink.SetSizeLimit(limit);
+    const bool refused = !Write(sink, "first of opening " + opening);
+    if (refused) {
+        FUZZ_CHECK(HasDamagedLine(before));
+        FUZZ_CHECK(Bytes(FileName() + ".damaged") == before);
+        FUZZ_CHECK(sink.GetEntries(0, -1).size() == 1);
+    }
+    CheckHistory(sink, "first of opening " + opening);
+    FUZZ_CHECK(Write(sink, "second of opening " + opening)); // The file is not read again.
+    CheckHistory(sink, "second of opening " + opening);
+    CheckFile("second of opening " + opening);
+    return refused;
+}
+
 } // namespace
 } // namespace vqrx::test
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
+    using namespace vqrx::test;
     const std::uint32_t limit = size % 3 == 0 ? 0 : static_cast<std::uint32_t>(size * 2 / 3);
-    vqrx::test::Append(std::string(data, data + size), limit);
+    std::ofstream(FileName(), std::ios::binary | std::ios::trunc) << std::string(data, data + size);
+    bool refused = false;
+    for (const char* opening : {"1", "2", "3"}) {
+        const bool again = Append(opening, limit);
+        FUZZ_CHECK(!(refused && again));
+        refused = refused || again;
+    }
     return 0;
 }

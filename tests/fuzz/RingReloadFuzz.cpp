@@ -1,6 +1,8 @@
-// Fuzzer for ReloadRing with any bytes as a log file. The reload ends, throws only documented
-// exceptions, and returns the number after the last record.
+// Fuzzer for ReloadRing with any bytes as a log file. The reload ends, and returns the number after
+// the last record. It may throw only if a line of the file has a time or a level that is no number,
+// and no NUL.
 #include "Check.h"
+#include "DamagedLines.h"
 #include "log_perf/ring/LineReader.h"
 #include "log_perf/ring/RingReload.h"
 #include "ring_format/RingHeader.h"
@@ -40,8 +42,10 @@ void Reload(const std::string& bytes)
                               ++found;
                           });
     } catch (const std::invalid_argument&) {
+        FUZZ_CHECK(HasDamagedLine(bytes));
         return;
     } catch (const std::out_of_range&) {
+        FUZZ_CHECK(HasDamagedLine(bytes));
         return;
     }
     FUZZ_CHECK(restarts == 0);
