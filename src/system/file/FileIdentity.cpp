@@ -52,8 +52,9 @@ bool LeadsInto(const File& path, const File& entry)
         return false;
     }
     std::string level = FullPath(path.Path());
-    while (!level.empty()) {
-        if (IdentityOf(level) == sought) {
+    while (level.find_first_not_of('\\') != std::string::npos) {
+        const bool isDrive = level.back() == ':'; // "C:" alone is the current folder of the drive
+        if (IdentityOf(isDrive ? level + '\\' : level) == sought) {
             return true;
         }
         const std::size_t separator = level.find_last_of('\\');

@@ -14,8 +14,8 @@
 namespace vqrx::system::file::v2 {
 namespace {
 
-// The longest path that Windows can have, in characters. It says so of the wide functions; the ANSI
-// functions take at most as much.
+// The longest path in characters, as Microsoft documents it for the wide functions. The ANSI
+// functions accept no longer one.
 constexpr std::size_t kLongestPath = 32767;
 
 [[noreturn]] void Raise(const char* what, const File& file, DWORD error)
@@ -56,7 +56,8 @@ std::vector<std::size_t> LevelEnds(const File& dir)
     return ends;
 }
 
-// @throws std::runtime_error  as CopyTo, if source or target would be lost or copied without end
+// Refuses a copy that would remove its source, or that would never end.
+// @throws std::runtime_error  as CopyTo
 void RefuseToCopyIntoItself(const File& source, const File& target, bool isFile)
 {
     // A file is copied after its target was removed. A folder is listed while its target grows.

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <set>
 #include <stdexcept>
+#include <string_view>
 
 namespace vqrx::test {
 namespace {
@@ -38,6 +39,17 @@ HANDLE WINAPI FindNoPath(LPCSTR, LPWIN32_FIND_DATAA)
 {
     SetLastError(ERROR_PATH_NOT_FOUND);
     return INVALID_HANDLE_VALUE;
+}
+
+void ExpectNoListing(const File& dir)
+{
+    EXPECT_EQ("could not enumerate the contents of [" + dir.Path() + "]: Win32 error 3",
+              Failure<FileError>([&] { Listed(dir); }));
+}
+
+DWORD WINAPI LengthOnWindows(LPCSTR fullPath, DWORD, LPSTR, LPSTR*)
+{
+    return static_cast<DWORD>(std::string_view(fullPath).size() + 1); // with the final zero
 }
 
 int longNamesLeft = 0;
@@ -95,18 +107,23 @@ TEST_F(DirectoryListing, A_folder_that_cannot_be_listed_raises_the_error_of_the_
 
 TEST_F(DirectoryListing, A_path_that_is_not_found_is_a_missing_folder_only_if_nothing_is_there)
 {
-    const std::string folder = In("").Path();
-    const auto withNameOf = [&](std::size_t length) {
-        return File(folder + "\\" + std::string(length, 'n'));
-    };
-    const std::size_t longest = MAX_PATH - 1 - std::string("\\\\*").size() - folder.size();
     const ImportPatch patch("FindFirstFileA", FindNoPath);
-    EXPECT_TRUE(Listed(withNameOf(1)).empty());
-    EXPECT_TRUE(Listed(withNameOf(longest)).empty());
-    for (const File& dir : {In(""), withNameOf(longest + 1)}) { // one is there, one is too long
-        EXPECT_EQ("could not enumerate the contents of [" + dir.Path() + "]: Win32 error 3",
-                  Failure<FileError>([&] { Listed(dir); }));
-    }
+    EXPECT_TRUE(Listed(In("missing")).empty());
+    ExpectNoListing(In(""));
+}
+
+TEST_F(DirectoryListing, A_path_that_is_not_found_is_no_missing_folder_if_it_is_too_long)
+{
+    const std::string folder = In("").Path();
+    const std::size_t longest = MAX_PATH - 1 - std::string("\\\\*").size() - folder.size();
+    const File fits = In(std::string(longest, 'n'));
+    const File tooLong = In(std::string(longest + 1, 'n'));
+    const ImportPatch patch("FindFirstFileA", FindNoPath);
+    EXPECT_TRUE(Listed(fits).empty());
+    ExpectNoListing(tooLong);
+    const ImportPatch length("GetFullPathNameA", LengthOnWindows); // Wine knows no longer path
+    EXPECT_TRUE(Listed(fits).empty());
+    ExpectNoListing(tooLong);
 }
 
 TEST_F(DirectoryListing, Names_are_listed_in_UTF8)

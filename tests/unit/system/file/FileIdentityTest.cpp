@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 namespace vqrx::test {
 namespace {
 
@@ -42,6 +44,15 @@ TEST_F(FileIdentity, A_path_does_not_lead_into_a_folder_beside_it_or_below_it)
     EXPECT_FALSE(LeadsInto(In("folder2\\file"), In("folder\\sub\\file")));
     EXPECT_FALSE(LeadsInto(In("folder"), In("folder\\sub")));
     EXPECT_FALSE(LeadsInto(In("folder\\..\\folder2"), In("folder")));
+}
+
+TEST_F(FileIdentity, The_root_of_a_drive_is_not_the_current_folder_of_the_drive)
+{
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(folder_.Path() / "folder");
+    EXPECT_FALSE(LeadsInto(In("folder2\\file"), In("folder")));
+    EXPECT_TRUE(LeadsInto(File("sub\\new"), In("folder")));
+    std::filesystem::current_path(before);
 }
 
 TEST_F(FileIdentity, No_path_leads_to_a_missing_entry)
