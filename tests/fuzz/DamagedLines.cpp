@@ -52,7 +52,9 @@ bool HasDamagedLine(const std::string& bytes)
     header >> std::hex >> position;
     const bool usable = !header.fail() && position >= 12 && position <= bytes.size();
     return HasDamagedLineFrom(bytes, 0) ||
-           HasDamagedLineFrom(bytes, usable ? position : bytes.size() < 12 ? bytes.size() : 12);
+           HasDamagedLineFrom(bytes, usable              ? position
+                                     : bytes.size() < 12 ? bytes.size()
+                                                         : 12);
 }
 
 } // namespace vqrx::test

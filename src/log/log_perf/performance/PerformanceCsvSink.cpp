@@ -7,7 +7,7 @@
 namespace vqrx::log::log_perf::v2 {
 namespace {
 
-constexpr std::string_view kLineEnd = "\r\n";
+constexpr std::string_view kRowEnd = "\r\n";
 
 bool IsHeader(std::string_view row) noexcept
 {
@@ -36,7 +36,7 @@ PerformanceCsvSink::PerformanceCsvSink(std::string fileName, std::uint64_t maxBy
 
 void PerformanceCsvSink::Write(int /*level*/, const Timestamp* /*timestamp*/, const char* text)
 {
-    const std::string line = std::string(text).append(kLineEnd);
+    const std::string line = std::string(text).append(kRowEnd);
     const bool isHeader = IsHeader(line);
     if (isHeader) {
         header_ = line;
@@ -44,12 +44,12 @@ void PerformanceCsvSink::Write(int /*level*/, const Timestamp* /*timestamp*/, co
     if (!stream_.is_open()) {
         Open();
     }
-    const std::size_t endOfTornLine = lastLineTorn_ ? kLineEnd.size() : 0;
+    const std::size_t endOfTornLine = lastLineTorn_ ? kRowEnd.size() : 0;
     if (holdsValues_ && size_ + endOfTornLine + line.size() > maxBytes_) {
         StartNewFile();
     }
     if (std::exchange(lastLineTorn_, false)) {
-        Append(std::string(kLineEnd));
+        Append(std::string(kRowEnd));
     }
     if (size_ == 0 && !isHeader) {
         Append(header_);
