@@ -29,9 +29,9 @@ int Run()
                "Something does not work?\n"
                "  daemonctl doctor\n"
                "For more about a command, with examples: daemonctl COMMAND --help\n\n"
-               "Exit codes: 0 done, 1 nothing to do, 2 wrong usage, 3 no supervisor runs or\n"
-               "DaemonMgrPS.dll is not registered, 4 refused or output not written, 5 log\n"
-               "unreadable.");
+               "Exit codes: 0 done, 1 not done or the answer is no, 2 wrong usage, 3 no\n"
+               "supervisor runs or DaemonMgrPS.dll is not registered, 4 refused or output not\n"
+               "written, 5 log unreadable.");
     int exitCode = kDone;
     const CommandLine commandLine = SplitCommandLine(Utf8Arguments());
     AddControlCommands(app, exitCode, commandLine.daemons);

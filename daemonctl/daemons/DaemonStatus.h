@@ -55,9 +55,8 @@ struct DaemonStatus {
     std::string command; ///< path and arguments with a blank after each, or the name of a service
 };
 
-/// Finds the run of the supervisor that has not ended: the last run of the timeline. The runs of
-/// refused supervisors do not count; those found another supervisor running and ended at once.
-/// Pure.
+/// Finds the run of the supervisor that has not ended: the last run of the timeline. A refused
+/// supervisor found another one running and ended at once. Its run does not count. Pure.
 /// @return the run in the timeline; null if it has ended, even if an earlier run shows no end
 [[nodiscard]] const SupervisorRun* RunThatGoesOn(const Timeline& timeline);
 

@@ -46,10 +46,11 @@ struct FormerDaemon {
                                                          const std::vector<ListedProcess>& listed,
                                                          const ProcessSource& source);
 
-/// Returns whether a process is still the one that the plan was made for: it has the same time of
-/// creation and the same program. Pure.
+/// Finds out whether a process is still the one that the plan was made for. Pure.
 /// @param former  a daemon with the plan `attach`
 /// @param facts   the process that has the planned process id now
+/// @return `same` if time of creation and program are those of the plan; any other value says in what
+///         the process differs
 [[nodiscard]] ProcessFit FitPlan(const FormerDaemon& former, const ProcessFacts& facts);
 
 } // namespace vqrx::client::v0

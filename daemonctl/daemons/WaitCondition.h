@@ -16,7 +16,7 @@ struct RunMark {
     std::optional<std::int64_t> lastNumber;
 };
 
-/// Makes the mark of a run. Pure.
+/// Returns the mark of a run, for a later IsSameRun. Pure.
 [[nodiscard]] RunMark MarkOf(const SupervisorRun& run);
 
 /// Returns whether two marks are of the same run. The log is a ring, so newer records may have
@@ -53,8 +53,8 @@ enum class WaitFor {
 /// Returns whether the awaited event has come. Pure except for `facts`.
 /// @param first  the first observation in which the daemon is known
 /// @param now    the latest observation
-/// @param facts  called for the process of `first`: the log shows its end later, or never if a
-///               client detached the daemon
+/// @param facts  asks Windows about the process of `first`. The log is not enough: it shows the end
+///               of that process later, and never after a detach
 [[nodiscard]] bool IsFulfilled(WaitFor what, const Observation& first, const Observation& now,
                                const std::function<ProcessFacts(std::uint32_t processId)>& facts);
 

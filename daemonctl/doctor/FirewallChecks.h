@@ -62,8 +62,8 @@ struct FirewallRulesFacts {
 [[nodiscard]] bool IsSupervisorsRule(const FirewallRuleFacts& rule);
 
 /// Finds the rules whose program is gone and that no daemon needs. Pure.
-/// @return the names of these rules. If several rules share a name, the name comes once for each;
-/// but it is left out if one of them must stay, because rules are removed by name.
+/// @return the names of these rules. A name that n dead rules share is in the result n times. A name
+/// that a rule to be kept also has is left out, because Windows removes rules by name.
 [[nodiscard]] std::vector<std::string> DeadRules(const FirewallRulesFacts& facts);
 
 /// Finds the supervisor's rules for a program for which an earlier rule of the supervisor exists.

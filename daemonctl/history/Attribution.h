@@ -39,9 +39,11 @@ struct AttributedRecord {
 ///
 /// - If record numbers are missing between the two messages, or the supervisor's queue overflowed,
 ///   an end and a start may be missing there: the attribution is kLikely.
-/// - The attribution is kNone if the start message is missing, or if the next start message is that
-///   of another daemon: one message names a service and the other one does not, or the daemon's last
-///   start failed, so that it had no process that could end.
+/// - The attribution is kNone if
+///   - the start message is missing;
+///   - one message names a service and the other one does not;
+///   - the last start of the daemon in the start message had failed: it had no process that could
+///     end.
 /// - If the supervisor runs out of memory between the two messages, it writes "Exception occured : "
 ///   in place of the start message: the attribution is kNone.
 ///
@@ -53,8 +55,9 @@ public:
     /// @param found  gets every record, in the order in which Add got them
     explicit Attributor(Found found);
 
-    /// Takes the next record of the log. An end and the records after it are kept until its daemon
-    /// is known. If it is unknown after 256 records, they are handed out with kNone.
+    /// Takes the next record of the log. Keeps an end, and the records after it, until the daemon of
+    /// the end is known. After 256 kept records it gives up and hands all of them out; the end gets
+    /// kNone.
     void Add(Record record);
 
     /// Hands out the records that are kept. Call it after the last Add.

@@ -29,7 +29,8 @@ struct ReportLane {
     std::vector<std::int64_t> failedStarts; ///< times
     std::string state;                      ///< in the last run that had the daemon, in words
     std::uint64_t restarts = 0;
-    std::optional<double> availability; ///< 0 to 1: share of the time that it was registered
+    /// Share of its registered time in which it had a process, 0 to 1.
+    std::optional<double> availability;
     std::optional<std::int64_t> longestMs;
     std::optional<std::int64_t> medianMs;      ///< of the processes that have ended
     std::map<std::string, std::uint64_t> ends; ///< how many processes ended, by reason

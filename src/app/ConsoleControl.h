@@ -7,9 +7,8 @@ namespace vqrx::app::v0 {
 /// Asks the main thread to end the program, by posting WM_QUIT to it. Does so for Ctrl+C,
 /// Ctrl+Break, a closed console window and a system shutdown. Returns at once: it does not wait for
 /// the shutdown of the program.
-/// After Ctrl+C and Ctrl+Break the shutdown runs to its end. After a closed console or a system
-/// shutdown, Windows ends the process as soon as this function returns; the shutdown then gets only
-/// as far as it comes until that moment.
+/// After Ctrl+C and Ctrl+Break the shutdown runs to its end. It may be incomplete after a closed
+/// console or a system shutdown: then Windows ends the process as soon as this function returns.
 /// Windows calls it on a new thread for each event.
 /// @param ctrlType  the event, one of the CTRL_*_EVENT values
 /// @return TRUE for the four events; FALSE for every other event: the next handler then runs

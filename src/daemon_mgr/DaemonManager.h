@@ -36,16 +36,17 @@ struct ManagerOptions {
 /// supervision thread runs beside them.
 /// Locks: tableLock_ guards the daemon table and every ProcessInfo in it. LockTable takes it; so
 /// does PutBack, which must not allocate. A supervision pass holds it during the whole pass, Launch
-/// and PutBack during their firewall call. Stop and Attach release it before their slow work. The other members
-/// are atomic, or do not change between constructor and destructor.
+/// and PutBack during their firewall call. Stop and Attach release it before their slow work. The
+/// other members are atomic, or do not change between constructor and destructor.
 ///
 /// Made with new. The last Release deletes the object, or lets its maker delete it: see
 /// ManagerOptions::releasedEvent.
 // NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): the vtable's order is COM's
 class DaemonManager final : public IDaemonMgrControl {
 public:
-    /// Waits until the firewall service runs (without limit), connects to WMI, and starts the
-    /// supervision thread. The calling thread must be a member of the multithreaded apartment.
+    /// Connects to the firewall and to WMI, and starts the supervision thread. If the firewall service
+    /// is enabled, waits without limit until it runs. Otherwise logs the reason and goes on without
+    /// the firewall. The calling thread must be a member of the multithreaded apartment.
     /// The reference count starts at 0: the caller calls AddRef.
     /// @param mainThreadId   id of the thread to which Exit posts WM_QUIT
     /// @param checkInterval  milliseconds from the end of a pass to the start of the next
@@ -75,10 +76,12 @@ public:
     ///         then its id); E_POINTER for a null path or daemonId; failures of ArgumentsFromArray
     HRESULT STDMETHODCALLTYPE Launch(BSTR path, SAFEARRAY** args,
                                      DWORD* daemonId) noexcept override;
-    /// Removes a daemon and its firewall rule, and ends its process as StopProcess describes. The
-    /// process of an attached daemon runs on. Blocks for up to 62 seconds, without the table lock.
-    /// @return S_OK; S_FALSE if the id is unknown, the daemon is attached, or the process could not
-    ///         be ended; E_OUTOFMEMORY: the daemon stays registered and its process runs
+    /// Removes the daemon, and the rule of its program even if other daemons need it. Ends the
+    /// process as StopProcess describes. The process of an attached daemon runs on. Blocks for up to
+    /// 62 seconds, without the table lock.
+    /// @return S_OK; S_FALSE if the id is unknown, the daemon is attached and has a process, or the
+    ///         process could not be ended; E_OUTOFMEMORY: the daemon stays registered and its
+    ///         process runs
     HRESULT STDMETHODCALLTYPE Stop(DWORD daemonId) noexcept override;
     /// Registers a process that already runs. If it ends, the supervision starts its program again.
     /// @return S_OK; S_FALSE if the process cannot be opened or inspected; E_POINTER for a null

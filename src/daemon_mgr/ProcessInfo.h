@@ -40,8 +40,9 @@ struct ProcessInfo {
     ~ProcessInfo();
 };
 
-/// The text that stands for a daemon in the log: ids and command line, or ids and service name.
-/// Ends in a blank unless the daemon is a service. @throws std::bad_alloc
+/// The text that stands for a daemon in the log: ids and command line, or ids and service name. The
+/// ids are missing if processId is 0. Ends in a blank unless the daemon is a service.
+/// @throws std::bad_alloc
 [[nodiscard]] std::string DaemonDescription(const ProcessInfo& daemon);
 
 } // namespace vqrx::system::daemon::daemon_mgr::v0

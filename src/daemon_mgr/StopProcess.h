@@ -24,8 +24,10 @@ enum class StopMethod : std::uint32_t {
 };
 
 /// Ends the process of a daemon. Tries in this order:
-/// 1. For the SNMP agent: keystrokes to its windows, once a round, until it has no window.
-/// 2. WM_QUIT to the thread of each window, then a wait of at most quitWaitMs.
+/// 1. SNMP agent: sends keystrokes each round. As soon as the agent has no window, returns success;
+///    its process may still run. An agent that never had a window gets no keystroke.
+/// 2. A process with windows: sends WM_QUIT to the thread of each window and waits at most
+///    quitWaitMs.
 /// 3. TerminateProcess, with exit code 0. It may return before the process is gone.
 /// Blocks for at most 62 seconds with the default timings. The daemon keeps its handle.
 /// @param daemon  must have a process handle
@@ -36,7 +38,9 @@ enum class StopMethod : std::uint32_t {
                              StopMethod& method);
 
 /// Ends the process of a daemon that is no longer in the table, logs the outcome at level warning
-/// and closes the process handle. Blocks as long as EndProcess, without any lock.
+/// and closes the process handle. Before the call, DaemonManager::StopDaemon takes the daemon out of
+/// the table, so that no pass starts the program again, and removes the firewall rule of the program.
+/// Blocks as long as EndProcess, without any lock.
 /// @return kSuccess, also for a daemon without a process; kFailure if the process could not be
 ///         ended, and for an attached daemon, whose process is never ended
 /// @throws std::bad_alloc; until then the process has at most been asked to end

@@ -21,8 +21,9 @@ namespace vqrx::host::v0 {
 /// firewall is logged and not reported to the caller.
 class Firewall {
 public:
-    /// Waits without limit until the firewall service runs and its endpoint answers.
-    /// @param name    name of the application, for the names of rules per TCP port
+    /// Connects to the firewall. If the firewall service is enabled, waits without limit until it
+    /// runs and its endpoint answers. Otherwise logs the reason and returns at once.
+    /// @param name    begins the names of rules per TCP port; no code makes such rules
     /// @param logger  borrowed; must outlive the object
     /// @param sleep   called for each wait
     /// @throws COMException  COM cannot be initialised on this thread
@@ -53,9 +54,9 @@ private:
     system::com::v1::ComApartment apartment_; // constructed first and destroyed last
     system::com::v1::ComPtr<INetFwProfile> currentProfile_;
     system::com::v1::ComPtr<INetFwPolicy2> policy_; // null: the firewall is not available
-    std::set<std::uint64_t> ports_;                 // for rules per TCP port; not used yet
+    std::set<std::uint64_t> ports_; // always empty: no code makes rules per TCP port
     log::i_logger::v0::ILogger* logger_;
-    std::string portRulePattern_; // names of the rules per TCP port; not used yet
+    std::string portRulePattern_; // format of the names of rules per TCP port; never read
 };
 
 } // namespace vqrx::host::v0

@@ -20,7 +20,7 @@ struct ServiceOfProcess {
 /// Lists the running services that have a process of their own.
 /// @param manager  the service control manager, opened with SC_MANAGER_ENUMERATE_SERVICE
 /// @param buffer   receives `count` entries of ENUM_SERVICE_STATUS_PROCESSA and the strings that
-///                 they point to; the caller must keep it while it uses the entries
+///                 they point to. The caller keeps the buffer as long as it reads entries
 /// @return kSuccess or kFailure; a machine without any such service gives kFailure
 /// @throws std::bad_alloc
 [[nodiscard]] int EnumerateOwnProcessServices(SC_HANDLE manager, std::vector<std::byte>& buffer,
@@ -28,8 +28,8 @@ struct ServiceOfProcess {
 
 /// Finds out whether a process is a Windows service. A service that shares its process with other
 /// services is not found.
-/// @param found  set as far as the search came: if the service cannot be opened, isService and the
-///               name are set and the handle is empty
+/// @param found  receives the service. If the service cannot be opened, isService and name are set
+///               and the handle is empty
 /// @return kSuccess, whether the process is a service or not; kFailure if the services cannot be
 ///         listed or the service cannot be opened
 /// @throws std::bad_alloc

@@ -69,9 +69,8 @@ public:
     DaemonRequest Launch(const std::wstring& path, const std::vector<std::wstring>& arguments = {});
 
     /// Ends the process of a daemon and removes the daemon. May take a minute.
-    /// @return false if no daemon has this number, or if the process was not ended: it is attached,
-    ///         or Windows refused. The daemon is removed in both of these cases, and the process
-    ///         runs on
+    /// @return false: the id is unknown, the daemon was attached, or Windows refused to end its
+    ///         process. In the last two cases the daemon is removed and its process runs on
     bool Stop(std::uint32_t daemonId);
 
     /// Registers a running process as a daemon.

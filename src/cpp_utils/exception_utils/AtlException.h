@@ -20,8 +20,8 @@ public:
     HRESULT m_hr;
 };
 
-/// Throws CAtlException with HRESULT_FROM_WIN32(error). HRESULT_FROM_WIN32 returns 0 and values
-/// that are HRESULT failures already unchanged.
+/// Throws CAtlException with HRESULT_FROM_WIN32(error). HRESULT_FROM_WIN32 does not change 0, nor a
+/// value that is already a failure HRESULT.
 /// @param error  the result of GetLastError(), read in the statement after the failed call
 [[noreturn]] inline void ThrowWin32(DWORD error)
 {

@@ -27,8 +27,9 @@ public:
     /// @return valid until the next call of what() or Describe(), at most as long as this object
     const char* what() const noexcept override;
 
-    /// Builds both texts. Subclasses override this function to give a text of their own.
-    /// @return the part of the text after the code; valid as long as the result of what()
+    /// Builds the text that what() returns, and the part of that text after the code. Subclasses
+    /// override this function to give a text of their own.
+    /// @return the part after the code; valid as long as the result of what()
     /// @throws std::bad_alloc
     virtual const char* Describe() const;
 

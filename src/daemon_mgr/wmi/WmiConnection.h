@@ -16,8 +16,9 @@ public:
     /// interfaces obtained before the failure are kept.
     void Connect(log::i_logger::v0::ILogger& logger) noexcept;
 
-    /// @return null if the connection failed; otherwise usable on every thread of the multithreaded
-    ///         apartment, and owned by this object
+    /// @return null if the namespace could not be opened. If only the call security failed, the
+    ///         pointer is valid and WMI may refuse calls. Usable on every thread of the multithreaded
+    ///         apartment; owned by this object
     [[nodiscard]] IWbemServices* Services() const noexcept { return services_.Get(); }
 
 private:

@@ -30,8 +30,11 @@ public:
                                                    int lenient) const override;
 };
 
-/// Parses UTF-16, low byte first. A low surrogate without a high surrogate becomes a code point;
-/// Transcode rejects it. If the length is odd, the last byte is malformed input.
+/// Parses UTF-16, low byte first.
+/// - A low surrogate without a high surrogate becomes a code point; Transcode rejects it.
+/// - A lone high surrogate is malformed input. If lenient, the parser does not drop it: it joins it
+///   with the unit after it, whatever that unit is.
+/// - If the length is odd, the last byte is malformed input.
 class TextParserUTF16LE final : public TextParser {
 public:
     [[nodiscard]] std::vector<std::uint32_t> Parse(const std::vector<std::uint8_t>& input,

@@ -38,7 +38,7 @@ struct EncodedText {
 [[nodiscard]] EncodedText Transcode(const std::uint8_t* data, std::size_t length, int from, int to);
 
 /// Converts UTF-16 to UTF-8; each wide character is one UTF-16 unit.
-/// @throws TextError  in the cases of Transcode, with its texts
+/// @throws TextError  in the cases of Transcode; what() is that of Transcode's error
 [[nodiscard]] std::string WideToUtf8(const std::wstring& s);
 
 } // namespace vqrx::encoding::utf::v1

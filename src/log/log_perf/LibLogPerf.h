@@ -57,10 +57,11 @@ public:
     /// @param observer  null: nobody gets them. Not owned: must outlive the logger
     void SetPerformanceObserver(IPerformanceObserver* observer);
 
-    /// Any thread.
+    /// Sets how CheckBufferFullPeriod judges from now on. Counts are kept. Any thread.
     void SetBufferFullSettings(const BufferFullSettings& settings);
 
-    /// Advances the period logic of full buffers by one step. Any thread.
+    /// Judges one period: the notices of full buffers of all pins since the call before. Call it at a
+    /// steady pace. Any thread.
     void CheckBufferFullPeriod();
 
 private:

@@ -23,8 +23,8 @@ private:
 /// Converts UTF-16 to a code page, for example CP_ACP, CP_THREAD_ACP or CP_UTF8. Zero characters
 /// inside the text are converted like any other. The code page's default character replaces
 /// characters that the code page lacks.
-/// @throws CodePageError   with ERROR_INVALID_PARAMETER for a text of INT_MAX / 4 units or more and
-///                         for a code page that does not exist
+/// @throws CodePageError   with ERROR_INVALID_PARAMETER for a text of more than INT_MAX / 4 units
+///                         and for a code page that does not exist
 /// @throws std::bad_alloc
 [[nodiscard]] std::string WideToNarrow(std::wstring_view text, UINT codePage);
 

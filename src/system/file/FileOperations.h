@@ -38,8 +38,8 @@ void Remove(const File& f);
 /// and to copy a folder to itself or into itself.
 /// @throws FileError           if a step fails other than the copying of a file
 /// @throws std::runtime_error  "cannot copy ..." if a file cannot be copied, or for a refused copy;
-///         "... is not a directory" if source does not exist, after its folder in the destination
-///         was created
+///         "... is not a directory" if source does not exist: by then CopyTo has made a folder with
+///         the name of source in destinationDir
 void CopyTo(const File& source, const std::string& destinationDir);
 
 } // namespace vqrx::system::file::v2

@@ -21,7 +21,7 @@ struct RegisteredPathname {
 /// Returns the name of a key, with "HKLM\" in front, as an operator types it.
 [[nodiscard]] std::string NameOf(RootKey key);
 
-/// Reads "Pathname" of one key, at most 255 bytes and up to the first zero.
+/// Reads "Pathname" of one key, up to the first zero. A value longer than 255 bytes is an error.
 [[nodiscard]] RegisteredPathname ReadPathname(RootKey key);
 
 /// Finds the root folder of the installation.

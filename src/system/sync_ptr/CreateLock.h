@@ -24,8 +24,8 @@ private:
     T value_;
 };
 
-/// Makes a further hold of the lock of source, which stays valid after source is destroyed.
-/// Destroy it on the thread that made it. @throws std::bad_alloc
+/// Makes a second hold of source's lock. The new hold stays valid after source is destroyed.
+/// Destroy the hold on the thread that made it. @throws std::bad_alloc
 template <typename T>
 [[nodiscard]] std::unique_ptr<ILock> CreateLock(const sync_ptr<T>& source)
 {

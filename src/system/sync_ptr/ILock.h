@@ -4,7 +4,7 @@
 
 namespace vqrx::system::sync_ptr::v1 {
 
-/// One hold of a lock. Destroying the object releases the hold; that must happen on the thread that
+/// One hold of a lock. Destroying the object releases the hold. Destroy the hold on the thread that
 /// made it.
 class ILock {
 public:

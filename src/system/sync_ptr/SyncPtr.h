@@ -53,7 +53,7 @@ public:
     /// Makes a second sync_ptr to the object, with a hold of its own. @throws std::bad_alloc
     [[nodiscard]] sync_ptr Clone() const { return sync_ptr(lock_->Clone(), value_); }
 
-    /// Copies the hold and the value.
+    /// Makes a hold that may outlive this sync_ptr: see CreateLock.h.
     template <typename U>
     friend std::unique_ptr<ILock> CreateLock(const sync_ptr<U>& source);
 

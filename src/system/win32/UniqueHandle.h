@@ -83,7 +83,7 @@ struct KernelHandleTraits {
     using Raw = HANDLE;
     static Raw Empty() noexcept { return nullptr; }
     static bool IsEmpty(Raw raw) noexcept { return raw == nullptr || raw == INVALID_HANDLE_VALUE; }
-    /// Closes raw with CloseHandle.
+    /// Called by UniqueHandle for a handle that is not empty.
     static void Close(Raw raw) noexcept { CloseHandle(raw); }
 };
 
@@ -92,7 +92,7 @@ struct FindHandleTraits {
     using Raw = HANDLE;
     static Raw Empty() noexcept { return INVALID_HANDLE_VALUE; }
     static bool IsEmpty(Raw raw) noexcept { return raw == nullptr || raw == INVALID_HANDLE_VALUE; }
-    /// Closes raw with FindClose.
+    /// Called by UniqueHandle for a handle that is not empty.
     static void Close(Raw raw) noexcept { FindClose(raw); }
 };
 
@@ -101,7 +101,7 @@ struct ServiceHandleTraits {
     using Raw = SC_HANDLE;
     static Raw Empty() noexcept { return nullptr; }
     static bool IsEmpty(Raw raw) noexcept { return raw == nullptr; }
-    /// Closes raw with CloseServiceHandle.
+    /// Called by UniqueHandle for a handle that is not empty.
     static void Close(Raw raw) noexcept { CloseServiceHandle(raw); }
 };
 
@@ -110,7 +110,7 @@ struct RegistryKeyTraits {
     using Raw = HKEY;
     static Raw Empty() noexcept { return nullptr; }
     static bool IsEmpty(Raw raw) noexcept { return raw == nullptr; }
-    /// Closes raw with RegCloseKey.
+    /// Called by UniqueHandle for a handle that is not empty.
     static void Close(Raw raw) noexcept { RegCloseKey(raw); }
 };
 

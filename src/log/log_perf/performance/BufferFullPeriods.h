@@ -9,10 +9,11 @@ struct BufferFullSettings {
     std::uint32_t stepMs = 1000;      ///< time that one Check adds, milliseconds
     std::uint32_t threshold = 0;      ///< notices in one period from which the period is bad
     std::uint32_t maximumPeriods = 0; ///< bad periods in a row after which a restart is needed
-    std::uint32_t periodLengthMs = 0; ///< time before the first period is judged, milliseconds
+    std::uint32_t judgeAfterMs = 0;   ///< time before the first period is judged, milliseconds
 };
 
-/// Counts the notices of full buffers of all pins and judges them period by period.
+/// Counts the notices of full buffers of all pins and judges them period by period. A period is the
+/// time between two calls of Check.
 /// Pure; takes no lock: the owner keeps it inside the buffer-full lock.
 class BufferFullPeriods {
 public:
@@ -22,10 +23,11 @@ public:
     /// Counts one notice.
     void Notice() noexcept { ++total_; }
 
-    /// Advances the period logic by one step. The need for a restart is never cleared.
+    /// Ends a period and judges its notices. Until judgeAfterMs have passed (each call adds stepMs),
+    /// it judges nothing. The need for a restart is never cleared.
     void Check() noexcept
     {
-        if (elapsedMs_ < settings_.periodLengthMs) {
+        if (elapsedMs_ < settings_.judgeAfterMs) {
             elapsedMs_ += settings_.stepMs;
         } else {
             lastDelta_ = total_ - lastTotal_;

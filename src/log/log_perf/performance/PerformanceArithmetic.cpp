@@ -22,7 +22,7 @@ std::int64_t PercentOf(std::int64_t part, std::int64_t whole) noexcept
 SystemLoad LoadBetween(const SystemTimes& previous, const SystemTimes& now) noexcept
 {
     SystemLoad load;
-    load.busyDelta = Delta(previous.busy, now.busy);
+    load.busyDelta = Delta(previous.total, now.total);
     const std::uint64_t idleDelta = now.idle - previous.idle;
     load.totalCpu = load.busyDelta == 0
                         ? 100

@@ -12,7 +12,7 @@ namespace vqrx::log::log_perf::v2 {
 
 /// Load of the machine between two samples.
 struct SystemLoad {
-    std::int64_t busyDelta = 0; ///< 100-ns units; 0: the machine's counters stood still
+    std::int64_t busyDelta = 0; ///< growth of SystemTimes::total, 100-ns units; 0: it stood still
     std::int64_t totalCpu = 0;  ///< share of all processors, percent; 100 if busyDelta is 0
 };
 

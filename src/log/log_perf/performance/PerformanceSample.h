@@ -9,7 +9,7 @@ namespace vqrx::log::log_perf::v2 {
 /// Processor time of the whole machine since its start, 100-ns units, summed over the processors.
 struct SystemTimes {
     std::uint64_t idle = 0;
-    std::uint64_t busy = 0; ///< kernel + user; the kernel time includes the idle time
+    std::uint64_t total = 0; ///< kernel + user; the kernel time includes the idle time
 };
 
 /// Figures of the process and the machine at one moment.

@@ -24,8 +24,8 @@ struct Receivers {
     IPerformanceObserver* observer = nullptr;
 };
 
-/// The receivers inside the sink lock. The lock is held only while sinks are copied, never while a
-/// sink writes; an observer is called inside it.
+/// The receivers inside the sink lock. The lock is held while the sinks are copied and while the
+/// observer is called. It is not held while a sink writes.
 using GuardedReceivers = system::sync_ptr::v1::Guarded<Receivers>;
 
 } // namespace vqrx::log::log_perf::v2

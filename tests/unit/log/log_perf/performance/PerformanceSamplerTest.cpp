@@ -30,8 +30,8 @@ TEST(PerformanceSampler, A_sample_holds_figures_of_this_process_and_machine)
     EXPECT_LT(0U, sample.totalPageFile);
     EXPECT_LE(sample.availablePageFile, sample.totalPageFile);
     EXPECT_EQ(sample.totalPageFile - sample.availablePageFile, sample.Committed());
-    EXPECT_LT(0U, sample.system.busy);
-    EXPECT_LE(sample.system.idle, sample.system.busy);
+    EXPECT_LT(0U, sample.system.total);
+    EXPECT_LE(sample.system.idle, sample.system.total);
 }
 
 TEST(PerformanceSampler, The_times_of_process_and_machine_grow)
@@ -42,12 +42,12 @@ TEST(PerformanceSampler, The_times_of_process_and_machine_grow)
          ++round) { // uses processor time until both clocks have ticked
         later = SamplePerformance();
         if (later.kernelTime + later.userTime > first.kernelTime + first.userTime &&
-            later.system.busy > first.system.busy) {
+            later.system.total > first.system.total) {
             break;
         }
     }
     EXPECT_LT(first.kernelTime + first.userTime, later.kernelTime + later.userTime);
-    EXPECT_LT(first.system.busy, later.system.busy);
+    EXPECT_LT(first.system.total, later.system.total);
     EXPECT_LE(first.system.idle, later.system.idle);
 }
 
@@ -90,7 +90,7 @@ TEST(PerformanceSampler, Busy_time_is_kernel_plus_user_with_both_halves_of_each_
 {
     const ImportPatch patch("GetSystemTimes", &LargeSystemTimes);
     EXPECT_EQ(0x200000001U, SampleSystemTimes().idle);
-    EXPECT_EQ(0xA00000000U, SampleSystemTimes().busy);
+    EXPECT_EQ(0xA00000000U, SampleSystemTimes().total);
 }
 
 BOOL WINAPI NoSystemTimes(FILETIME*, FILETIME*, FILETIME*)
@@ -102,7 +102,7 @@ TEST(PerformanceSampler, A_figure_that_the_system_does_not_give_is_0)
 {
     const ImportPatch patch("GetSystemTimes", &NoSystemTimes);
     EXPECT_EQ(0U, SampleSystemTimes().idle);
-    EXPECT_EQ(0U, SampleSystemTimes().busy);
+    EXPECT_EQ(0U, SampleSystemTimes().total);
 }
 
 } // namespace
