@@ -12,8 +12,8 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// What changes when a record is added: the write position in the header; in a file without a
-// header, the size.
+// A value that changes when a record is added: the write position in the header, or the size of a
+// file that has no header.
 struct FileState {
     std::uint64_t size = 0;
     std::optional<std::uint64_t> header;

@@ -8,9 +8,9 @@ namespace {
 
 // Returns the index of the first new record. `next` is the index after the record shown last.
 //
-// A second supervisor that is refused writes its records into the ring, and the first supervisor
-// then overwrites the first of them. From then on older records of the ring follow the last of
-// them. The older records were shown before, so they are skipped. If the clock was set back, the
+// A second supervisor that is refused writes its records into the ring. The running supervisor then
+// overwrites the first of these records. After the last of these records the ring then holds older
+// records, which were shown before, so this function skips them. If the clock was set back, the
 // records are new although their times are earlier: then either the numbers continue or the newest
 // record is earlier, too.
 std::size_t FirstNew(std::size_t next, const Record& last, const std::vector<Record>& records)

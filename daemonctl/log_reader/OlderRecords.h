@@ -21,14 +21,15 @@ public:
     OlderRecords(ByteSource& source, const RingLayout& layout, ScanOutput& output);
 
     /// Hands out the records. Called once.
-    /// @return how many lines after the last record are no records; output does not count them
+    /// @return the number of lines after the last record that are no records. The caller counts
+    ///         them, output does not
     [[nodiscard]] std::uint64_t Read();
 
 private:
     /// A line whose number must be confirmed by the line after it.
     struct Unconfirmed {
         RecordLine line;
-        std::optional<std::int64_t> number; // of the line; of its place if the line's is damaged
+        std::optional<std::int64_t> number; // as written; if damaged, that after the line before
     };
 
     void ReadLine(const RawLine& line);
@@ -45,8 +46,8 @@ private:
     ScanOutput& output_;
 
     // The first lines after the write position:
-    bool atWritePosition_ = true;           // no line was surely whole yet
-    std::optional<Record> newest_;          // the newest record, then one being written
+    bool atWritePosition_ = true;  // no line was surely whole yet
+    std::optional<Record> newest_; // the newest record; then the record being written, if any
     std::optional<RecordLine> perhapsTorn_; // looks whole; its number may have lost digits
 
     // The lines after them:

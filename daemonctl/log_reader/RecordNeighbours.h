@@ -16,8 +16,8 @@ namespace vqrx::client::v0 {
 [[nodiscard]] bool Follows(const std::optional<std::int64_t>& next,
                            const std::optional<std::int64_t>& number) noexcept;
 
-/// Returns whether `next` has the number after that of `record`, and no earlier time. False if one
-/// of them is missing.
+/// Returns whether `next` follows `record`: its number is one higher and its time is not earlier.
+/// False if one of the two is missing.
 [[nodiscard]] bool Follows(const std::optional<Record>& next,
                            const std::optional<Record>& record) noexcept;
 

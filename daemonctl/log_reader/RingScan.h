@@ -24,8 +24,8 @@ namespace vqrx::client::v0 {
 /// A torn line, a remainder and a record that is being written can look like whole records. So the
 /// scan compares the numbers of neighbours and hands out
 ///  - the first line after P only if the number of the next line continues its number,
-///  - lines at the end of the file whose numbers do not continue those before them, only if the
-///    number at offset 12 continues theirs,
+///  - the last lines of the file, if their numbers do not continue the lines before them, only if
+///    the record at offset 12 has the next number,
 ///  - no line after P whose number continues that of the newest record: it is being written, and
 ///    the header does not count it yet.
 ///

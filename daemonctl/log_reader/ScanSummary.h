@@ -9,11 +9,13 @@ struct ScanSummary {
     std::uint64_t records = 0;    ///< records handed out, damaged ones included
     std::uint64_t damaged = 0;    ///< records handed out whose number or date cannot be read
     std::uint64_t unreadable = 0; ///< lines left out that are no records
-    std::uint64_t torn = 0; ///< lines left out that are overwritten in part or being written; usual
-    bool headerDamaged = false; ///< the header is unusable: the records themselves gave the order
-    bool isEmpty = false;       ///< the file has no bytes
+    /// Lines left out that are partly overwritten or still being written. A sound file can have them.
+    std::uint64_t torn = 0;
+    bool headerDamaged =
+        false;            ///< the header cannot be used: the scan took the order from the records
+    bool isEmpty = false; ///< the file has no bytes
 
-    /// Returns whether the file is what a supervisor leaves: torn lines are part of that.
+    /// Returns whether the file is sound. A sound file can have torn lines.
     [[nodiscard]] bool IsSound() const noexcept
     {
         return damaged == 0 && unreadable == 0 && !headerDamaged && !isEmpty;

@@ -15,8 +15,8 @@
 namespace vqrx::log::log_perf::v2 {
 
 /// Writes records into one text file of bounded size that is used as a ring, and keeps the latest
-/// records in memory. After each record the file is complete on disk, header included, so that other
-/// programs can read it at any time. docs/log-format.md describes the file.
+/// records in memory. After each record everything is handed to Windows, header included, so that other
+/// programs can read the file at any time. docs/log-format.md describes the file.
 class LogFileSink : public ILogSink, public ILogRetriever {
 public:
     /// Without a file and a size limit; writes all four levels.
@@ -41,9 +41,9 @@ public:
     /// Writes one record; worker thread only. If the file cannot be opened, only the history gets
     /// the record, and the next Write tries to open the file again.
     /// @throws DamagedLogFile of std::invalid_argument or of std::out_of_range if this Write opened
-    ///         the file and a line of it is damaged. Before that the damaged file is set aside
-    ///         (DamagedRingOf), and the record is written to a new one. If the file cannot be set
-    ///         aside, the next Write tries again, without this exception.
+    ///         the file and ReloadRing refused it. Before it throws, this Write sets the file aside
+    ///         (DamagedRingOf) and writes the record to a new file. If the file cannot be set aside,
+    ///         only the history gets the record; later calls try again and do not throw.
     void Write(int level, const Timestamp* timestamp, const char* text) override;
 
     [[nodiscard]] bool GetRange(std::int64_t first, std::int64_t last, std::int64_t& outFirst,

@@ -18,12 +18,12 @@ using RecordFound = std::function<void(std::int64_t number, const LogHistoryEntr
 /// 2. It reads the newer records.
 /// The records get consecutive numbers from that first number on, or from 0 if there is no older
 /// line. The numbers written in the other lines are ignored.
-/// A line that holds a NUL is no record. Neither is a line whose time or level is damaged if a cut
-/// file or a power failure explains the damage: it is skipped. That is
-/// - a line that may be the remainder of an overwritten record: the line after the one that was left
-///   out, and lines beyond the size limit,
-/// - a line that is torn, see MayBeTorn.
-/// Any other damaged line is an error.
+/// These lines are no records and are skipped:
+/// - a line that holds a NUL,
+/// - a line with a damaged time or level that may be the remainder of an overwritten record: the line
+///   after the one that was left out, and a line beyond the size limit,
+/// - a line with a damaged time or level that may be torn, see MayBeTorn.
+/// Any other line with a damaged time or level is an error.
 /// @param file           binary; read from the write position and again from the start
 /// @param writePosition  result of ReadRingHeader
 /// @param sizeLimit      size limit of the ring file, bytes; 0: none

@@ -10,13 +10,14 @@ namespace vqrx::log::log_perf::v2 {
 /// Bytes that a disk writes as a whole. After a power failure a sector has its old or its new bytes.
 inline constexpr std::uint64_t kSectorSize = 512;
 
-/// Whether a cut file or a power failure can have made a line whose time or level is no number. Such
-/// a line is no record. Otherwise somebody has changed a record.
-/// - A sector begins in the number, the date, the time or the level: the parts of the line may come
-///   from two records.
+/// Returns whether a cut of the file or a power failure can have damaged a line. Call it for a line
+/// whose time or level is no number. If it returns false, somebody has changed a record. It returns
+/// true in two cases:
+/// - A sector begins in the number, the date, the time or the level. Then the parts of the line may
+///   come from two records.
 /// - The line does not begin as a record does. Then it is the remainder of a record whose front is
-///   overwritten. A record begins with its number. Besides, the date follows, or the number continues
-///   that of the record before it, or the record is the first one of the file.
+///   overwritten. A record begins with its number, and one of these is true: a date follows, the
+///   number is one higher than previousNumber, or the record is the first one of the file.
 /// @param fields          kLogLineFields fields, views into one line
 /// @param start           offset of the line in the file, bytes
 /// @param previousNumber  number in the record before the line; nothing if there is none
