@@ -71,7 +71,8 @@ void AddExitCommand(CLI::App& app, int& exitCode)
         "Example:\n  daemonctl exit\n"
         "The command returns after the process DaemonManager.exe has ended. A stop that\n"
         "is under way may delay that by a minute.\n"
-        "Exit code 4: the process still runs after the timeout. It ends later, by itself.");
+        "Exit code 4: the process still runs after the timeout. It ends later, by\n"
+        "itself or, if its console has stopped, after Esc in its window.");
     command->callback([&exitCode, options] {
         exitCode = WithSupervisor(
             [&](SupervisorClient& supervisor) { return Exit(supervisor, *options); });

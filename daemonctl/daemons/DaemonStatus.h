@@ -27,8 +27,8 @@ struct ProcessSource {
 
 /// Whether the process of a daemon runs at this moment.
 enum class RunState {
-    running,     ///< the process that the log names runs
-    ended,       ///< that process has ended; the supervisor is about to start the next one
+    running, ///< the process that the log names runs
+    ended, ///< that process has ended; the supervisor starts the next one, unless the exit code is 259
     cannotStart, ///< the last start failed; the supervisor tries again every second
     unknown      ///< a process has this id, but this user may not examine it
 };
@@ -55,8 +55,8 @@ struct DaemonStatus {
     std::string command; ///< path and arguments with a blank after each, or the name of a service
 };
 
-/// Finds the run of the supervisor that has not ended: the last run of the timeline. A refused
-/// supervisor found another one running and ended at once. Its run does not count. Pure.
+/// Finds the run of the supervisor that has not ended: the last run of the timeline, without the runs
+/// of refused supervisors. Such a supervisor found another one running and ended at once. Pure.
 /// @return the run in the timeline; null if it has ended, even if an earlier run shows no end
 [[nodiscard]] const SupervisorRun* RunThatGoesOn(const Timeline& timeline);
 

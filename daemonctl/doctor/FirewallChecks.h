@@ -61,13 +61,13 @@ struct FirewallRulesFacts {
 /// very program that the rule lets through. The letter case of the path does not count. Pure.
 [[nodiscard]] bool IsSupervisorsRule(const FirewallRuleFacts& rule);
 
-/// Finds the rules whose program is gone and that no daemon needs. Pure.
+/// Finds the supervisor's rules (IsSupervisorsRule) whose program is gone and that no daemon needs.
+/// Pure.
 /// @return the names of these rules. A name that n dead rules share is in the result n times. A name
 /// that a rule to be kept also has is left out, because Windows removes rules by name.
 [[nodiscard]] std::vector<std::string> DeadRules(const FirewallRulesFacts& facts);
 
-/// Finds the supervisor's rules for a program for which an earlier rule of the supervisor exists.
-/// Pure.
+/// Finds each rule of the supervisor whose program has an earlier rule of the supervisor. Pure.
 /// @return the names of the later rules
 [[nodiscard]] std::vector<std::string> DuplicateRules(const std::vector<FirewallRuleFacts>& rules);
 

@@ -41,11 +41,11 @@ struct AttributedRecord {
 ///   an end and a start may be missing there: the attribution is kLikely.
 /// - The attribution is kNone if
 ///   - the start message is missing;
-///   - one message names a service and the other one does not;
+///   - the two messages name different services, or only one of them names a service;
 ///   - the last start of the daemon in the start message had failed: it had no process that could
 ///     end.
 /// - If the supervisor runs out of memory between the two messages, it writes "Exception occured : "
-///   in place of the start message: the attribution is kNone.
+///   or "Unknown exception occured" in place of the start message: the attribution is kNone.
 ///
 /// Not for use by several threads at once.
 class Attributor {

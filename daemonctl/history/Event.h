@@ -25,7 +25,8 @@ enum class EventKind {
     kStarted,     ///< a process was started for a daemon
     kStartFailed, ///< Windows did not start the process
     kEnded,       ///< a process of a daemon ended; the message does not name the daemon
-    kStopped,     ///< a client stopped a daemon, and its process ended
+    /// A client's stop succeeded. After "Stop (0)" the process of an SNMP agent may run on.
+    kStopped,
     /// A client tried to stop a daemon; its process runs on unsupervised, or ended a moment before.
     kStopFailed,
     kAttached, ///< the supervisor took over a process that was running

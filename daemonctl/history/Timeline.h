@@ -73,14 +73,15 @@ struct DaemonHistory {
     /// Returns the last interval that has ended; null if none has.
     [[nodiscard]] const ProcessInterval* LastEnded() const noexcept;
 
-    /// Returns how many restarts the log still shows.
+    /// Returns the number of intervals after the first one. If beginningSeen is false, the first one
+    /// may be a restart, too.
     [[nodiscard]] std::size_t Restarts() const noexcept
     {
         return intervals.empty() ? 0 : intervals.size() - 1;
     }
 };
 
-/// The end of a process whose daemon is unknown, because the start message after it is missing.
+/// The end of a process whose daemon is unknown: its attribution is kNone. Attributor lists the reasons.
 struct UnknownEnd {
     std::int64_t timeMs = 0;
     std::string service; ///< name of the service; empty for a program

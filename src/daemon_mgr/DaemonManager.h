@@ -36,8 +36,8 @@ struct ManagerOptions {
 /// supervision thread runs beside them.
 /// Locks: tableLock_ guards the daemon table and every ProcessInfo in it. LockTable takes it; so
 /// does PutBack, which must not allocate. A supervision pass holds it during the whole pass, Launch
-/// and PutBack during their firewall call. Stop and Attach release it before their slow work. The
-/// other members are atomic, or do not change between constructor and destructor.
+/// and PutBack during their firewall call. Stop releases it before its slow work; Attach takes it
+/// after its own. The other members are atomic, or do not change between constructor and destructor.
 ///
 /// Made with new. The last Release deletes the object, or lets its maker delete it: see
 /// ManagerOptions::releasedEvent.
@@ -69,7 +69,7 @@ public:
     void Destroy() noexcept { delete this; }
 
     // The requests of the clients; IDaemonMgrControl.idl describes them. If daemonId is not null,
-    // Launch and Attach always set it: to kNoId if the request made and found no daemon.
+    // Launch and Attach always set it: to kNoId if the request neither made a daemon nor found one.
 
     /// Registers a program and its arguments. The next supervision pass starts the program.
     /// @return S_OK; S_FALSE if a daemon has this path and these arguments already (daemonId is
@@ -77,11 +77,12 @@ public:
     HRESULT STDMETHODCALLTYPE Launch(BSTR path, SAFEARRAY** args,
                                      DWORD* daemonId) noexcept override;
     /// Removes the daemon, and the rule of its program even if other daemons need it. Ends the
-    /// process as StopProcess describes. The process of an attached daemon runs on. Blocks for up to
-    /// 62 seconds, without the table lock.
+    /// process as StopProcess describes. The process of an attached daemon runs on. Waits up to 62
+    /// seconds for the process; the firewall call before that has no limit. Holds the table lock
+    /// only while it takes the daemon out.
     /// @return S_OK; S_FALSE if the id is unknown, the daemon is attached and has a process, or the
-    ///         process could not be ended; E_OUTOFMEMORY: the daemon stays registered and its
-    ///         process runs
+    ///         process could not be ended; E_OUTOFMEMORY: the daemon stays registered. Its process
+    ///         may have been asked to end; if it ends, the supervision starts it again
     HRESULT STDMETHODCALLTYPE Stop(DWORD daemonId) noexcept override;
     /// Registers a process that already runs. If it ends, the supervision starts its program again.
     /// @return S_OK; S_FALSE if the process cannot be opened or inspected; E_POINTER for a null

@@ -172,7 +172,7 @@ TEST(Control, Exit_waits_for_a_running_stop)
     supervisor.Client().Exit();
     ASSERT_TRUE(WaitUntil([] { return !FindPublished(); })); // The shutdown has begun.
     mayEnd.Signal();
-    EXPECT_EQ(supervisor.Process().ExitCode(), 0U);
+    EXPECT_EQ(supervisor.ExitCode(), 0U);
     EXPECT_TRUE(supervisor.WaitForLog(
         1, "Stop (1) " + Describe(0, process,
                                   TestProgram("signals_quit") + " " + ready.Name() + " " +

@@ -154,7 +154,7 @@ TEST_F(Upgrade, The_new_supervisor_gets_a_worker_only_after_the_former_one_has_e
     EXPECT_TRUE(reattach.Running());
 
     mayEnd.Signal();
-    EXPECT_EQ(former_.Process().ExitCode(), 0U);
+    EXPECT_EQ(former_.ExitCode(), 0U);
     EXPECT_EQ(reattach.ExitCode(), 0U) << reattach.Error();
     EXPECT_EQ(reattach.Output(),
               Line(0, processes[0], "attached as daemon 0") + "1 attached, 0 already, 0 not\n");

@@ -19,6 +19,8 @@ def environment():
         env.setdefault("CMAKE_CXX_COMPILER_LAUNCHER", "ccache")
         env.setdefault("CCACHE_BASEDIR", os.getcwd())
         env.setdefault("CCACHE_NOHASHDIR", "1")
+        # Otherwise each source that is not in the cache yet is preprocessed twice.
+        env.setdefault("CCACHE_DEPEND", "1")
         env.setdefault("CCACHE_SLOPPINESS", "pch_defines,time_macros")
     return env
 

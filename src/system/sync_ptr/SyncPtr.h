@@ -8,9 +8,10 @@
 
 namespace vqrx::system::sync_ptr::v1 {
 
-/// A pointer to a shared object together with a hold of the lock that guards the object. The lock
-/// is held until the sync_ptr is destroyed. The plain pointer is not accessible, so the object
-/// cannot be used without the lock. Movable; Clone() makes a second one.
+/// A pointer to a shared object together with a hold of the lock that guards the object. The hold
+/// lasts until the sync_ptr is destroyed; the lock is free when all holds are gone. The plain pointer
+/// is not accessible, so nobody reaches the object through a sync_ptr without the lock. Movable;
+/// Clone() makes a second one.
 /// Use and destroy it on the thread that made it, and keep it only as long as the object is needed.
 /// @tparam T  a raw or shared pointer to the guarded object
 template <typename T>
@@ -64,7 +65,7 @@ private:
     T value_;
 };
 
-/// Enters the section and returns the access to the object of value.
+/// Enters the section and returns a sync_ptr to the object that value points to.
 /// @param section  must outlive the result and every hold cloned from it
 /// @throws std::bad_alloc  before the section is entered
 template <typename T>

@@ -84,13 +84,12 @@ void Worker::MakeReport() noexcept
     }
 }
 
-// One round without a signal that works. The pause leaves the processor to others.
-void Worker::WorkWithoutSignal(bool reportDue) noexcept
+// One round after a wait that failed: it makes a report, as a wait that timed out does. The pause
+// leaves the processor to others if every wait fails.
+void Worker::WorkWithoutSignal() noexcept
 {
     DeliverAll();
-    if (reportDue) {
-        MakeReport();
-    }
+    MakeReport();
     Sleep(kPauseWithoutSignalMs);
 }
 
@@ -113,7 +112,7 @@ void Worker::Work() noexcept
                 DeliverAll();
                 return;
             }
-            WorkWithoutSignal(timeoutMs == 0);
+            WorkWithoutSignal();
             break;
         }
     }

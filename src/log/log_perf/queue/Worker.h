@@ -38,7 +38,7 @@ public:
 private:
     static unsigned __stdcall ThreadEntry(void* worker) noexcept;
     void Work() noexcept;
-    void WorkWithoutSignal(bool reportDue) noexcept;
+    void WorkWithoutSignal() noexcept;
     void DeliverOne() noexcept;
     void DeliverAll() noexcept;
     void MakeReport() noexcept;

@@ -10,6 +10,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <string_view>
@@ -69,38 +70,34 @@ TEST_F(WorkerTest, A_period_without_records_ends_with_a_report)
 
 using WaitForMany = DWORD WINAPI(DWORD, const HANDLE*, BOOL, DWORD);
 WaitForMany* realWaitForMany = nullptr;
-std::atomic<DWORD> workerId{0};
-std::atomic<bool> waitFails{false};
+std::atomic<DWORD> testThread{0};
 std::atomic<int> wouldWait{0};
 
 // On the worker thread the system cannot wait, although both objects exist.
 DWORD WINAPI FailOfWorker(DWORD count, const HANDLE* handles, BOOL all, DWORD timeout)
 {
-    if (!waitFails || GetCurrentThreadId() != workerId) {
+    if (GetCurrentThreadId() == testThread) {
         return realWaitForMany(count, handles, all, timeout);
     }
     ++wouldWait;
     return WAIT_FAILED;
 }
 
-TEST_F(WorkerTest, Failed_waits_cost_neither_records_nor_reports_nor_the_end)
+TEST_F(WorkerTest, A_failed_wait_makes_a_report_and_costs_neither_records_nor_the_end)
 {
     const ImportPatch patch("WaitForMultipleObjects", &FailOfWorker);
     realWaitForMany = patch.Original<WaitForMany>();
+    testThread = GetCurrentThreadId();
     wouldWait = 0;
+    constexpr std::uint32_t kNeverDueMs = 0xFFFFFFFF;
     Watched reports(0);
     {
-        Worker worker(queue_, receivers_, 1, [&] {
-            workerId = GetCurrentThreadId();
-            waitFails = true; // from the first report on
-            reports.Apply([](int& n) { ++n; });
-        });
+        Worker worker(queue_, receivers_, kNeverDueMs, [&] { reports.Apply([](int& n) { ++n; }); });
         EXPECT_TRUE(reports.WaitUntil([](int n) { return n >= 3; }));
         Append(worker, "first");
         EXPECT_TRUE(sink_.WaitForCount(1));
         Append(worker, "second");
     }
-    waitFails = false;
     EXPECT_THAT(sink_.Texts(), ElementsAre("first", "second"));
     EXPECT_LT(0, wouldWait);
 }
