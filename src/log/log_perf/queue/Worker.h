@@ -13,7 +13,7 @@
 namespace vqrx::log::log_perf::v2 {
 
 /// The logger's thread: takes records from the queue, hands each one to every sink, and makes a
-/// report once a period when no record waits.
+/// report once a period when no record waits, and after each wait that failed.
 /// If the thread cannot be started, no record is delivered. If the kernel objects that wake it
 /// cannot be made, it looks at the queue every 10 ms instead.
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): see MessageQueue::kCacheLine
