@@ -8,7 +8,9 @@ namespace vqrx::test {
 /// a patch for a failure that the host never produces. On Windows the patch changes the import
 /// table, so it affects calls from the program's own code and not calls inside system libraries. In
 /// a native build it replaces a fake function (tests/fake_windows/README.md lists these functions).
-/// No other thread may call the function while the patch is constructed or destroyed.
+/// Other threads may call the function meanwhile. If the replacement calls the original, it must know
+/// it before the patch is constructed then: a constant of the file, initialised with the function,
+/// does; Original() comes too late.
 class ImportPatch {
 public:
     /// @param function     exported name, e.g. "CreateProcessA"

@@ -19,8 +19,9 @@ namespace vqrx::test {
 namespace {
 
 using EnterFunction = void WINAPI(CRITICAL_SECTION*);
-EnterFunction* realEnterSection = nullptr;
-EnterFunction* realLeaveSection = nullptr;
+// Read before any patch: the logger's thread may call a replacement as soon as it is in place.
+EnterFunction* const realEnterSection = EnterCriticalSection;
+EnterFunction* const realLeaveSection = LeaveCriticalSection;
 
 enum class Found { kNotTried, kFree, kHeld };
 
@@ -55,8 +56,6 @@ protected:
     DaemonManagerLocksTest()
     {
         service_.Start();
-        realEnterSection = enter_.Original<EnterFunction>();
-        realLeaveSection = leave_.Original<EnterFunction>();
         probeResult = &result_;
         probedSection = nullptr;
     }
