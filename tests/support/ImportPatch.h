@@ -9,8 +9,7 @@ namespace vqrx::test {
 /// table, so it affects calls from the program's own code and not calls inside system libraries. In
 /// a native build it replaces a fake function (tests/fake_windows/README.md lists these functions).
 /// Other threads may call the function meanwhile. If the replacement calls the original, it must know
-/// it before the patch is constructed then: a constant of the file, initialised with the function,
-/// does; Original() comes too late.
+/// it before the patch is constructed then, from GetProcAddress; Original() comes too late.
 class ImportPatch {
 public:
     /// @param function     exported name, e.g. "CreateProcessA"

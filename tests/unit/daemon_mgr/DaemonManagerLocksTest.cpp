@@ -19,9 +19,15 @@ namespace vqrx::test {
 namespace {
 
 using EnterFunction = void WINAPI(CRITICAL_SECTION*);
-// Read before any patch: the logger's thread may call a replacement as soon as it is in place.
-EnterFunction* const realEnterSection = EnterCriticalSection;
-EnterFunction* const realLeaveSection = LeaveCriticalSection;
+EnterFunction* FromKernel(const char* name)
+{
+    return reinterpret_cast<EnterFunction*>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kernel32"), name)));
+}
+
+// Known before any patch: the logger's thread may call a replacement as soon as it is in place.
+EnterFunction* const realEnterSection = FromKernel("EnterCriticalSection");
+EnterFunction* const realLeaveSection = FromKernel("LeaveCriticalSection");
 
 enum class Found { kNotTried, kFree, kHeld };
 
