@@ -1,5 +1,5 @@
 // Fuzzer for LogFileSink with any bytes as the existing log file, opened three times. Each opening
-// appends to the file, and the next one reads what was written. The sink may throw only if a line of
+// appends records to the file, and the next opening reads these records. The sink may throw only if a line of
 // the file has a time or a level that is no number and no NUL; then it keeps the file beside a new
 // one, which it never refuses.
 #include "Check.h"

@@ -24,7 +24,7 @@ struct WrittenRecord {
 /// - The length of the file is that before the pending writes, or that after any of them. Bytes that
 ///   were never written are zeros; bytes beyond the length are lost.
 /// @param flushed  content of the file at the last flush
-/// @param pending  what was written since, oldest first
+/// @param pending  the records that were written after the last flush, oldest first
 void ForEachImage(const std::string& flushed, const std::vector<WrittenRecord>& pending,
                   const std::function<void(const std::string& image)>& visit);
 

@@ -30,8 +30,8 @@ public:
     /// Waits until every queued message is delivered, then ends the worker thread.
     ~LibLogPerf() override;
 
-    /// Adds a sink. It gets every message that is delivered from now on, also those that are queued
-    /// already. A null pointer is ignored; a sink that is added twice gets each message once. A sink
+    /// Adds a sink. The sink gets every message that the worker delivers from now on; messages that
+    /// are in the queue already are among them. A null pointer is ignored; a sink that is added twice gets each message once. A sink
     /// cannot be removed. Any thread.
     /// @param sink  not owned: must outlive the logger
     /// @throws std::bad_alloc, with the sinks unchanged

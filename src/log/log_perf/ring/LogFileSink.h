@@ -15,8 +15,8 @@
 namespace vqrx::log::log_perf::v2 {
 
 /// Writes records into one text file of bounded size that is used as a ring, and keeps the latest
-/// records in memory. After each record everything is handed to Windows, header included, so that other
-/// programs can read the file at any time. docs/log-format.md describes the file.
+/// records in memory. At the end of each Write, Windows has the record and the header, so that other
+/// programs can read them. docs/log-format.md describes the file.
 class LogFileSink : public ILogSink, public ILogRetriever {
 public:
     /// Without a file and a size limit; writes all four levels.

@@ -2,10 +2,9 @@
 
 #if defined(_WIN32)
 #include <windows.h>
-#else
-#include <cstdio>
 #endif
 
+#include <cstdio>
 #include <fstream>
 
 namespace vqrx::log::log_perf::v2 {
@@ -20,12 +19,23 @@ bool Rename(const std::string& path, const std::string& newPath) noexcept
 #endif
 }
 
-bool Copy(const std::string& path, const std::string& newPath)
+bool Write(const std::string& path, const std::string& newPath)
 {
     std::ifstream from(path, std::ios::binary);
     std::ofstream to(newPath, std::ios::binary | std::ios::trunc);
     to << from.rdbuf() << std::flush;
     return from.is_open() && to;
+}
+
+// The file at newPath is replaced only after the copy is complete.
+bool Copy(const std::string& path, const std::string& newPath)
+{
+    const std::string unfinished = newPath + ".tmp";
+    if (Write(path, unfinished) && Rename(unfinished, newPath)) {
+        return true;
+    }
+    std::remove(unfinished.c_str()); // NOLINT(cert-err33-c): may not exist
+    return false;
 }
 
 } // namespace

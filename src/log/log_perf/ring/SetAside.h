@@ -9,7 +9,7 @@ namespace vqrx::log::log_perf::v2 {
 /// content is copied, and the file is emptied.
 /// @param path     of the damaged file, in the ANSI code page; no stream of the caller has it open
 /// @param newPath  where its content is kept
-/// @return false if neither works: then the file at path is unchanged
+/// @return false if neither works: then both files are unchanged
 [[nodiscard]] bool SetAside(const std::string& path, const std::string& newPath);
 
 } // namespace vqrx::log::log_perf::v2

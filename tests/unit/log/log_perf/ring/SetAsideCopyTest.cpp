@@ -1,0 +1,72 @@
+// A damaged log file that another program has open. Windows then refuses to rename it.
+#include "log_perf/ring/SetAside.h"
+
+#include "ImportPatch.h"
+#include "TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace vqrx::test {
+namespace {
+
+int __cdecl RefuseToStore(int, const void*, unsigned)
+{
+    errno = ENOSPC;
+    return -1;
+}
+
+class SetAsideCopy : public ::testing::Test {
+protected:
+    SetAsideCopy()
+    {
+        std::ofstream(name_, std::ios::binary) << "newest";
+        std::ofstream(kept_, std::ios::binary) << "older, and longer";
+        reader_.open(name_, std::ios::binary);
+    }
+
+    static std::string AllOf(const std::string& name)
+    {
+        std::ifstream file(name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    std::size_t FilesInFolder() const
+    {
+        const std::filesystem::directory_iterator files(folder_.Path());
+        return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+    }
+
+    const TempFolder folder_;
+    const std::string name_ = folder_.File("a.log");
+    const std::string kept_ = folder_.File("a.log.damaged");
+    std::ifstream reader_; // the other program
+};
+
+TEST_F(SetAsideCopy, A_file_that_is_open_elsewhere_is_copied_and_emptied)
+{
+    EXPECT_TRUE(log::log_perf::v2::SetAside(name_, kept_));
+    EXPECT_EQ("newest", AllOf(kept_));
+    EXPECT_TRUE(std::filesystem::exists(name_));
+    EXPECT_EQ("", AllOf(name_));
+    EXPECT_EQ(2U, FilesInFolder());
+}
+
+TEST_F(SetAsideCopy, A_copy_that_fails_leaves_both_files_as_they_are)
+{
+    {
+        const ImportPatch patch("_write", RefuseToStore);
+        EXPECT_FALSE(log::log_perf::v2::SetAside(name_, kept_));
+    }
+    EXPECT_EQ("older, and longer", AllOf(kept_));
+    EXPECT_EQ("newest", AllOf(name_));
+    EXPECT_EQ(2U, FilesInFolder());
+}
+
+} // namespace
+} // namespace vqrx::test
