@@ -22,20 +22,20 @@ std::int64_t PercentOf(std::int64_t part, std::int64_t whole) noexcept
 SystemLoad LoadBetween(const SystemTimes& previous, const SystemTimes& now) noexcept
 {
     SystemLoad load;
-    load.busyDelta = Delta(previous.total, now.total);
+    load.totalDelta = Delta(previous.total, now.total);
     const std::uint64_t idleDelta = now.idle - previous.idle;
-    load.totalCpu = load.busyDelta == 0
+    load.totalCpu = load.totalDelta == 0
                         ? 100
                         : PercentOf(static_cast<std::int64_t>(
-                                        static_cast<std::uint64_t>(load.busyDelta) - idleDelta),
-                                    load.busyDelta);
+                                        static_cast<std::uint64_t>(load.totalDelta) - idleDelta),
+                                    load.totalDelta);
     return load;
 }
 
 std::int64_t ProcessCpu(std::uint64_t previousKernelAndUser, std::uint64_t kernelAndUser,
-                        std::int64_t busyDelta) noexcept
+                        std::int64_t totalDelta) noexcept
 {
-    return PercentOf(Delta(previousKernelAndUser, kernelAndUser), busyDelta);
+    return PercentOf(Delta(previousKernelAndUser, kernelAndUser), totalDelta);
 }
 
 std::int32_t PoliticRate(std::uint32_t previous, std::uint32_t now, std::uint32_t periodMs) noexcept

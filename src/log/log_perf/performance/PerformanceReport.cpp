@@ -40,12 +40,12 @@ void PerformanceReport::Make()
     const PerformanceSample& sample = figures.sample;
     const SystemLoad load = LoadBetween(previousSystem_, sample.system);
     previousSystem_ = sample.system;
-    if (load.busyDelta == 0) {
+    if (load.totalDelta == 0) {
         return;
     }
     figures.totalCpu = load.totalCpu;
     figures.cpu = ProcessCpu(previousKernelTime_ + previousUserTime_,
-                             sample.kernelTime + sample.userTime, load.busyDelta);
+                             sample.kernelTime + sample.userTime, load.totalDelta);
     AddBufferFull(figures);
     const std::uint32_t previousChoices = AddStatistics(figures);
     const std::uint32_t choices = figures.counters.numPoliticChoices;
