@@ -199,6 +199,7 @@ TEST_F(DaemonManagerLocksTest, Pass_holds_the_lock_from_its_first_to_its_last_da
     EXPECT_TRUE(passes.WaitUntil([](int count) { return count > 0; }));
     EXPECT_TRUE(held);
     EXPECT_EQ(0, leavesInPass);
+    Join();           // the request waits for a lock of the manager
     manager_.Reset(); // no pass is under way when the patch goes
 }
 
