@@ -57,7 +57,8 @@ struct DaemonStatus {
 
 /// Finds the run of the supervisor that has not ended: the last run of the timeline, without the runs
 /// of refused supervisors. Such a supervisor found another one running and ended at once. Pure.
-/// @return the run in the timeline; null if it has ended, even if an earlier run shows no end
+/// @return the run in the timeline; null if that run has ended. Earlier runs do not count, even one
+/// without an end
 [[nodiscard]] const SupervisorRun* RunThatGoesOn(const Timeline& timeline);
 
 /// Returns whether the supervisor still tries to start a daemon whose starts fail. It tries every
@@ -68,8 +69,8 @@ struct DaemonStatus {
 [[nodiscard]] bool WasTriedLately(const std::vector<std::int64_t>& failedStarts,
                                   std::int64_t nowMs);
 
-/// Returns a daemon's last process as the log shows it. Asks `source` for the command line of a
-/// service only.
+/// Returns a daemon's last process as the log shows it. Asks `source` nothing but the command line of
+/// a service.
 /// @return nothing if the log shows no process, or shows that the process ended or that a client
 /// stopped or detached it
 [[nodiscard]] std::optional<LoggedProcess> LastProcessOf(const DaemonHistory& daemon,

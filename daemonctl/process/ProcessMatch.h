@@ -31,8 +31,8 @@ using SameFile = std::function<bool(const std::string& left, const std::string& 
 /// Finds out whether the process that has the id of a logged process is that process.
 ///
 /// Windows gives an id again, but not while the process runs or somebody holds a handle of it. The
-/// supervisor held a handle when it wrote the record. So a process that was created after the
-/// record is another one. The process of a start is at most 60 seconds older than its record; that
+/// supervisor held a handle when it wrote the record. So a process that was created more than
+/// a second after the record is another one. The process of a start is at most 60 seconds older than its record; that
 /// of an attach may be of any age. Clocks can be set back, so the programs are compared too. Pure
 /// except for sameFile.
 ///

@@ -13,7 +13,7 @@ namespace vqrx::system::daemon::daemon_mgr::v0 {
 struct StopTimings {
     DWORD quitWaitMs = 30000;          ///< milliseconds from WM_QUIT to termination
     DWORD agentRoundMs = 1000;         ///< milliseconds between two requests to the SNMP agent
-    std::uint32_t agentLastRound = 31; ///< number of the last round, counted from 0: 32 rounds
+    std::uint32_t agentLastRound = 31; ///< the rounds have the numbers 0 to 31
 };
 
 /// How a process was ended. The log shows the number.
@@ -37,12 +37,13 @@ enum class StopMethod : std::uint32_t {
 [[nodiscard]] int EndProcess(const ProcessInfo& daemon, const StopTimings& timings,
                              StopMethod& method);
 
-/// Ends the process of a daemon that is no longer in the table, logs the outcome at level warning
-/// and closes the process handle. Before the call, DaemonManager::StopDaemon takes the daemon out of
+/// Ends the process of a launched daemon that is no longer in the table, logs the outcome at level
+/// warning and closes the process handle. For a daemon without a process, and for an attached one, it
+/// does none of this. Before the call, DaemonManager::StopDaemon takes the daemon out of
 /// the table, so that no pass starts the program again, and removes the firewall rule of the program.
 /// Blocks as long as EndProcess, without any lock.
 /// @return kSuccess, also for a daemon without a process; kFailure if the process could not be
-///         ended, and for an attached daemon, whose process is never ended
+///         ended, and for an attached daemon that has a process: it is never ended
 /// @throws std::bad_alloc; until then the process has at most been asked to end
 [[nodiscard]] int StopProcess(log::i_logger::v0::ILogger& logger, ProcessInfo& daemon,
                               const StopTimings& timings);

@@ -8,8 +8,8 @@ namespace vqrx::test {
 /// a patch for a failure that the host never produces. On Windows the patch changes the import
 /// table, so it affects calls from the program's own code and not calls inside system libraries. In
 /// a native build it replaces a fake function (tests/fake_windows/README.md lists these functions).
-/// Other threads may call the function meanwhile. If the replacement calls the original, it must know
-/// it before the patch is constructed then, from GetProcAddress; Original() comes too late.
+/// If another thread may call the replacement and the replacement calls the original, take the
+/// original's address from GetProcAddress before you make the patch: Original() comes too late.
 class ImportPatch {
 public:
     /// @param function     exported name, e.g. "CreateProcessA"

@@ -9,6 +9,7 @@
 
 #include <process.h>
 
+#include <atomic>
 #include <stdexcept>
 #include <thread>
 
@@ -162,12 +163,24 @@ TEST_F(DaemonManagerTest, Constructor_throws_if_the_supervision_thread_cannot_be
 TEST_F(DaemonManagerTest, Without_a_stop_event_the_supervision_thread_runs_passes_and_still_ends)
 {
     using CreateEventFunction = HANDLE WINAPI(LPSECURITY_ATTRIBUTES, BOOL, BOOL, LPCSTR);
-    static CreateEventFunction* const refuse =
-        +[](LPSECURITY_ATTRIBUTES, BOOL, BOOL, LPCSTR) -> HANDLE { return nullptr; };
+    static CreateEventFunction* const real = reinterpret_cast<CreateEventFunction*>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kernel32"), "CreateEventA")));
+    // The first event of this thread is the stop event. Later ones and those of other threads may belong
+    // to a std::mutex of the test, which could not wait without them.
+    static std::atomic<DWORD> refusedThread = 0;
+    static const auto refuseOnce =
+        +[](LPSECURITY_ATTRIBUTES security, BOOL isManual, BOOL isSet, LPCSTR name) -> HANDLE {
+        DWORD self = GetCurrentThreadId();
+        return refusedThread.compare_exchange_strong(self, 0)
+                   ? nullptr
+                   : real(security, isManual, isSet, name);
+    };
     {
-        const ImportPatch patch("CreateEventA", refuse);
+        const ImportPatch patch("CreateEventA", refuseOnce);
+        refusedThread = GetCurrentThreadId();
         Make();
     }
+    EXPECT_EQ(0U, refusedThread);
     DWORD daemonId = 0;
     Launch("C:\\missing.exe", {}, &daemonId);
     EXPECT_EQ("Unable to start C:\\missing.exe ", sink_.WaitForPrefix("Unable to start").text);

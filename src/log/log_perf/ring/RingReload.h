@@ -13,7 +13,8 @@ using RecordFound = std::function<void(std::int64_t number, const LogHistoryEntr
 
 /// Reads the records of a ring file. The older records lie after the write position, the newer ones
 /// before it. A line with fewer than kLogLineFields fields is skipped.
-/// 1. It reads the older records. It takes the number of the first complete line and leaves that
+/// 1. It reads the older records. It takes the number of the first complete line (one with all fields,
+///    a readable number and no NUL) and leaves that
 ///    line out, because the line is usually the remainder of an overwritten record.
 /// 2. It reads the newer records.
 /// The records get consecutive numbers from that first number on, or from 0 if there is no older
@@ -27,7 +28,8 @@ using RecordFound = std::function<void(std::int64_t number, const LogHistoryEntr
 /// @param file           binary; read from the write position and again from the start
 /// @param writePosition  result of ReadRingHeader
 /// @param sizeLimit      size limit of the ring file, bytes; 0: none
-/// @return the number of the next record
+/// @return the number of the next record to write. If it throws, the records handed out so far stay
+///         handed out, and the state of the stream is undefined
 /// @throws std::invalid_argument, std::out_of_range as ParseLogEntry does; std::bad_alloc; the
 ///         exceptions of recordFound
 [[nodiscard]] std::int64_t ReloadRing(std::istream& file, std::uint32_t writePosition,
