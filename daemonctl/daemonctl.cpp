@@ -5,6 +5,7 @@
 #include "InstalledPaths.h"
 #include "UsageError.h"
 #include "Utf8.h"
+#include "system_library/LibrarySearch.h"
 
 #include <CLI/CLI.hpp>
 
@@ -62,6 +63,7 @@ int Run()
 
 int main()
 {
+    vqrx::cpp_utils::system_library::v1::SearchLibrariesInSystemFolder();
     try {
         return FinishOutput("daemonctl", Run());
     } catch (const std::exception& exception) {

@@ -4,6 +4,7 @@
 #include "ProcessFacts.h"
 #include "Utf8.h"
 #include "com/ComPtr.h"
+#include "com/UnmarshalPolicy.h"
 #include "exception_utils/COMException.h"
 #include "wmi/ConnectWmi.h"
 #include "wmi/WmiQuery.h"
@@ -26,7 +27,9 @@ using WmiServices = system::com::v1::ComPtr<IWbemServices>;
 WmiServices Connect(std::string& failure)
 {
     try {
+        system::com::v1::RequireTrustedUnmarshalers();
         ThrowIfFailed(wmi::SetComSecurity());
+        system::com::v1::PermitUnmarshalerOfWmi();
         const auto locator = wmi::MakeLocator();
         WmiServices services = wmi::OpenNamespace(locator.Get());
         wmi::SetCallSecurity(services.Get());

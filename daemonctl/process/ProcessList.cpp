@@ -2,6 +2,7 @@
 
 #include "ProcessFacts.h"
 #include "Utf8.h"
+#include "system_library/SystemLibrary.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
@@ -14,6 +15,8 @@
 namespace vqrx::client::v0 {
 namespace {
 
+using cpp_utils::system_library::v1::FindFunction;
+using cpp_utils::system_library::v1::LoadSystemLibrary;
 using system::win32::v1::UniqueKernelHandle;
 
 void ForEachProcess(const std::function<void(const PROCESSENTRY32W& entry)>& visit)
@@ -29,15 +32,27 @@ void ForEachProcess(const std::function<void(const PROCESSENTRY32W& entry)>& vis
 
 } // namespace
 
+// version.dll is loaded from the system folder and not imported, because Windows would take a file of
+// this name beside the program.
 std::string VersionOfImage(const std::wstring& path)
 {
+    using GetSize = DWORD WINAPI(LPCWSTR path, LPDWORD ignored);
+    using GetInfo = BOOL WINAPI(LPCWSTR path, DWORD ignored, DWORD size, LPVOID block);
+    using QueryValue = BOOL WINAPI(LPCVOID block, LPCWSTR name, LPVOID * value, PUINT length);
+    const HMODULE library = LoadSystemLibrary(L"version.dll");
+    auto* const getSize = FindFunction<GetSize>(library, "GetFileVersionInfoSizeW");
+    auto* const getInfo = FindFunction<GetInfo>(library, "GetFileVersionInfoW");
+    auto* const queryValue = FindFunction<QueryValue>(library, "VerQueryValueW");
+    if (getSize == nullptr || getInfo == nullptr || queryValue == nullptr) {
+        return {};
+    }
     DWORD ignored = 0;
-    const DWORD size = GetFileVersionInfoSizeW(path.c_str(), &ignored);
+    const DWORD size = getSize(path.c_str(), &ignored);
     std::vector<std::byte> block(size);
     VS_FIXEDFILEINFO* info = nullptr;
     UINT length = 0;
-    if (size == 0 || GetFileVersionInfoW(path.c_str(), 0, size, block.data()) == FALSE ||
-        VerQueryValueW(block.data(), L"\\", reinterpret_cast<void**>(&info), &length) == FALSE ||
+    if (size == 0 || getInfo(path.c_str(), 0, size, block.data()) == FALSE ||
+        queryValue(block.data(), L"\\", reinterpret_cast<void**>(&info), &length) == FALSE ||
         length < sizeof *info) {
         return {};
     }

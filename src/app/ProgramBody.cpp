@@ -2,11 +2,13 @@
 
 #include "BoundedApartment.h"
 #include "ConsoleControl.h"
+#include "EscapeSequencesOff.h"
 #include "ForcedEnd.h"
 #include "ManagerReference.h"
 #include "QuickEditOff.h"
 #include "RotRegistration.h"
 #include "WorkingDirectory.h"
+#include "com/UnmarshalPolicy.h"
 #include "installation/FirmwareRoot.h"
 #include "installation/InstallationPaths.h"
 #include "log_perf/LibLogPerf.h"
@@ -25,6 +27,7 @@
 namespace vqrx::app::v0 {
 namespace {
 
+namespace com = system::com::v1;
 namespace installation = system::installation::v1;
 
 using log::log_perf::v2::ConsoleSink;
@@ -81,7 +84,7 @@ void PumpMessages()
 // 4. logger: it writes all queued records to the sinks, and its worker thread ends.
 // 5. consoleSink: it resets the colour of the console.
 // 6. fileSink.
-// 7. quickEditOff: it restores the mode of the console window.
+// 7. escapeSequencesOff, quickEditOff: they restore the modes of the console window.
 // If a limit of step 2 or 3 passes, ForcedEnd logs that and ends the process at once, without the
 // steps that follow.
 void Supervise()
@@ -91,6 +94,7 @@ void Supervise()
     ChangeDirectory(installation::AppFolder(firmwareRoot));
 
     const QuickEditOff quickEditOff;
+    const EscapeSequencesOff escapeSequencesOff;
     LogFileSink fileSink;
     ConsoleSink consoleSink;
     consoleSink.SetThreshold(kLogThreshold);
@@ -101,9 +105,11 @@ void Supervise()
     logger.AddSink(&forcedEnd);
 
     const BoundedApartment apartment(logger, forcedEnd);
+    com::RequireTrustedUnmarshalers();
     SetConsoleTitleA("DaemonManager");
     MakeMessageQueue();
     const ManagerReference manager(GetCurrentThreadId(), kCheckInterval, &logger, forcedEnd);
+    com::PermitUnmarshalerOfWmi(); // COM's security is set now
     std::unique_ptr<RotRegistration> registration;
     MakeRotRegistration(registration, manager.Object(), logger);
     InstallConsoleCtrlHandler();

@@ -1,4 +1,5 @@
 #include "ProgramBody.h"
+#include "system_library/LibrarySearch.h"
 
 #include <exception>
 #include <iostream>
@@ -7,6 +8,7 @@
 
 int main(int argc, char** argv)
 {
+    vqrx::cpp_utils::system_library::v1::SearchLibrariesInSystemFolder();
     // std::cerr is the only writer to standard error. While it is tied to the C library's stream,
     // which has no buffer, it would call Windows once for each character.
     std::ios::sync_with_stdio(false);

@@ -1,4 +1,4 @@
-// Conversion of text, the split of a command line, and the text of an error.
+// Conversion of text, and the split of a command line.
 #include <shellapi.h>
 
 #include <cstdlib>
@@ -46,10 +46,4 @@ LPWSTR* CommandLineToArgvW(LPCWSTR commandLine, int* count)
         }
     }
     return parts;
-}
-
-// A function of quartz.dll. It finds no text for any error.
-extern "C" DWORD AMGetErrorTextA(HRESULT, char*, DWORD)
-{
-    return 0;
 }

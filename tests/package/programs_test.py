@@ -9,13 +9,14 @@ import packages
 from program_file import ProgramFile
 
 # Each program may import these libraries of Windows and no others. In particular, no run-time
-# library of the compiler is imported.
+# library of the compiler is imported. Windows takes each of them from the system folder, whatever
+# lies beside the program, because they are its "known DLLs" (oleaut32 and shlwapi too). rpcrt4 is
+# one as well.
 IMPORTS = {
     "DaemonManager.exe": ["advapi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll",
-                          "oleaut32.dll", "quartz.dll", "shell32.dll", "shlwapi.dll",
-                          "user32.dll"],
+                          "oleaut32.dll", "shell32.dll", "shlwapi.dll", "user32.dll"],
     "daemonctl.exe": ["advapi32.dll", "kernel32.dll", "msvcrt.dll", "ntdll.dll", "ole32.dll",
-                      "oleaut32.dll", "shell32.dll", "version.dll"],
+                      "oleaut32.dll", "shell32.dll"],
     "DaemonMgrPS.dll": ["kernel32.dll", "msvcrt.dll", "oleaut32.dll", "rpcrt4.dll"],
 }
 

@@ -87,6 +87,7 @@ TESTED_BY = {
     "src/app/main.cpp": "tests/integration/StartUpTest.cpp",
     "src/cpp_utils/exception_utils/ResultCodes.cpp":
         "tests/unit/cpp_utils/exception_utils/ErrorRegistryTest.cpp",
+    "src/cpp_utils/system_library/LibrarySearch.cpp": "tests/integration/PlantedLibraryTest.cpp",
     "src/encoding/utf/TextEmitter.cpp": "tests/unit/encoding/utf/TranscodeTest.cpp",
     "src/encoding/utf/TextParserUTF16LE.cpp": "tests/unit/encoding/utf/TextParserTest.cpp",
     "src/encoding/utf/TextParserUTF8.cpp": "tests/unit/encoding/utf/TextParserTest.cpp",

@@ -4,6 +4,7 @@
 // add one. On Windows, headers with the same names declare the functions.
 
 #include <handleapi.h>
+#include <libloaderapi.h>
 #include <processthreadsapi.h>
 #include <stringapiset.h>
 #include <synchapi.h>

@@ -119,6 +119,10 @@ TEST(HResultText, A_code_without_a_text_is_an_invalid_error_code)
 namespace {
 
 DWORD bufferSize = 0;
+const char* nameOfGetter = nullptr;
+FARPROC textGetter = nullptr;
+std::wstring loadedPath;
+DWORD loadFlags = 0;
 
 DWORD WINAPI KnowNoText(HRESULT, LPSTR, DWORD size)
 {
@@ -132,21 +136,59 @@ DWORD WINAPI KnowThreeLetters(HRESULT, LPSTR buffer, DWORD)
     return 3;
 }
 
+FARPROC WINAPI FindTextGetter(HMODULE, LPCSTR name)
+{
+    nameOfGetter = name;
+    return textGetter;
+}
+
+HMODULE WINAPI LoadNothing(LPCWSTR path, HANDLE, DWORD flags)
+{
+    loadedPath = path;
+    loadFlags = flags;
+    return nullptr;
+}
+
+// Lets HResultText find this function in place of AMGetErrorTextA of quartz.dll.
+class TextsFrom {
+public:
+    explicit TextsFrom(DWORD(WINAPI* getter)(HRESULT, LPSTR, DWORD))
+    {
+        textGetter = reinterpret_cast<FARPROC>(reinterpret_cast<void*>(getter));
+    }
+
+private:
+    const ImportPatch patch_{"GetProcAddress", FindTextGetter};
+};
+
 } // namespace
 
 TEST(COMException, An_unknown_code_is_described_as_invalid)
 {
-    const ImportPatch patch("AMGetErrorTextA", KnowNoText);
+    const TextsFrom texts(KnowNoText);
     const COMException exception(static_cast<HRESULT>(0xA0001234));
     EXPECT_STREQ("COM Error a0001234: Invalid error code", exception.what());
     EXPECT_STREQ("Invalid error code", exception.Describe());
     EXPECT_EQ(160U, bufferSize);
+    EXPECT_STREQ("AMGetErrorTextA", nameOfGetter);
 }
 
 TEST(HResultText, The_text_has_the_length_that_the_system_returned)
 {
-    const ImportPatch patch("AMGetErrorTextA", KnowThreeLetters);
+    const TextsFrom texts(KnowThreeLetters);
     EXPECT_EQ("abc", HResultText(E_FAIL));
+}
+
+TEST(HResultText, Without_quartz_in_the_system_folder_the_text_is_the_code)
+{
+    const ImportPatch patch("LoadLibraryExW", LoadNothing);
+    EXPECT_EQ("0x80070005", HResultText(E_ACCESSDENIED));
+    EXPECT_EQ("0x00000005", HResultText(5));
+    wchar_t folder[MAX_PATH] = {};
+    GetSystemDirectoryW(folder, MAX_PATH);
+    EXPECT_EQ(std::wstring(folder) + L"\\quartz.dll", loadedPath);
+    EXPECT_EQ(8U, loadFlags); // LOAD_WITH_ALTERED_SEARCH_PATH
+    EXPECT_STREQ("COM Error 80070005: 0x80070005", COMException(E_ACCESSDENIED).what());
 }
 
 TEST(COMException, Without_memory_the_description_is_two_words)

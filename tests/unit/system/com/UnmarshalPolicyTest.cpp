@@ -1,0 +1,113 @@
+#include "com/UnmarshalPolicy.h"
+
+#include "ImportPatch.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+#include <objidl.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using system::com::v1::PermitUnmarshalerOfWmi;
+using system::com::v1::RequireTrustedUnmarshalers;
+using testing::ElementsAre;
+using testing::Pair;
+
+// COM's options of a process, which note what is set.
+class NotingOptions final : public IGlobalOptions {
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override
+    {
+        *object = this;
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
+    ULONG STDMETHODCALLTYPE Release() override
+    {
+        ++released;
+        return 1;
+    }
+    HRESULT STDMETHODCALLTYPE Set(GLOBALOPT_PROPERTIES property, ULONG_PTR value) override
+    {
+        set.emplace_back(static_cast<int>(property), value);
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE Query(GLOBALOPT_PROPERTIES, ULONG_PTR*) override { return E_NOTIMPL; }
+
+    int released = 0;
+    std::vector<std::pair<int, ULONG_PTR>> set;
+};
+
+NotingOptions* noting = nullptr;
+CLSID classAsked{};
+std::vector<CLSID> permitted;
+
+HRESULT WINAPI MakeNoting(REFCLSID classId, IUnknown*, DWORD, REFIID, void** object)
+{
+    classAsked = classId;
+    *object = noting;
+    return noting != nullptr ? S_OK : REGDB_E_CLASSNOTREG;
+}
+
+HRESULT WINAPI NotePermitted(REFCLSID classId)
+{
+    permitted.push_back(classId);
+    return S_OK;
+}
+
+FARPROC WINAPI FindNotePermitted(HMODULE, LPCSTR name)
+{
+    const bool asked = std::string(name) == "CoAllowUnmarshalerCLSID";
+    return asked ? reinterpret_cast<FARPROC>(reinterpret_cast<void*>(NotePermitted)) : nullptr;
+}
+
+std::wstring TextOf(const CLSID& classId)
+{
+    wchar_t text[40] = {};
+    StringFromGUID2(classId, text, 40);
+    return text;
+}
+
+TEST(UnmarshalPolicy, The_strong_policy_is_set_in_the_options_of_the_process)
+{
+    NotingOptions options;
+    noting = &options;
+    const ImportPatch patch("CoCreateInstance", MakeNoting);
+    RequireTrustedUnmarshalers();
+    EXPECT_EQ(L"{0000034B-0000-0000-C000-000000000046}", TextOf(classAsked));
+    EXPECT_THAT(options.set, ElementsAre(Pair(5, 1U))); // COMGLB_UNMARSHALING_POLICY, strong
+    EXPECT_EQ(1, options.released);
+}
+
+TEST(UnmarshalPolicy, A_system_without_such_options_is_left_as_it_is)
+{
+    noting = nullptr;
+    const ImportPatch patch("CoCreateInstance", MakeNoting);
+    RequireTrustedUnmarshalers();
+}
+
+TEST(UnmarshalPolicy, The_class_of_WMIs_answers_is_permitted)
+{
+    permitted.clear();
+    const ImportPatch patch("GetProcAddress", FindNotePermitted);
+    PermitUnmarshalerOfWmi();
+    ASSERT_EQ(1U, permitted.size());
+    EXPECT_EQ(L"{4590F812-1D3A-11D0-891F-00AA004B2E24}", TextOf(permitted[0]));
+}
+
+TEST(UnmarshalPolicy, A_system_that_permits_no_single_class_is_left_as_it_is)
+{
+    PermitUnmarshalerOfWmi(); // Wine's ole32.dll has no such function
+}
+
+} // namespace
+} // namespace vqrx::test
