@@ -14,6 +14,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
+using daemon_manager::ArgumentCheck;
 using daemon_manager::DaemonRequest;
 using daemon_manager::SupervisorClient;
 
@@ -21,6 +22,12 @@ struct Arguments {
     std::string path;
     std::vector<std::string> rest;
     std::uint32_t id = 0;
+    bool raw = false;
+
+    [[nodiscard]] ArgumentCheck Check() const
+    {
+        return raw ? ArgumentCheck::none : ArgumentCheck::refuse;
+    }
 };
 
 // Prints one of the two texts. @return the exit code
@@ -36,7 +43,8 @@ int Answer(bool done, const std::string& doneText, const std::string& nothingTex
 
 int Launch(SupervisorClient& supervisor, const Arguments& arguments)
 {
-    const DaemonRequest answer = supervisor.Launch(Wide(arguments.path), Wide(arguments.rest));
+    const DaemonRequest answer =
+        supervisor.Launch(Wide(arguments.path), Wide(arguments.rest), arguments.Check());
     std::cout << answer.daemonId << std::endl;
     if (!answer.done) {
         std::cerr << "daemonctl: registered already, as daemon " << answer.daemonId << std::endl;
@@ -54,7 +62,8 @@ int Stop(SupervisorClient& supervisor, const Arguments& arguments)
 
 int Attach(SupervisorClient& supervisor, const Arguments& arguments)
 {
-    const DaemonRequest answer = supervisor.Attach(arguments.id, Wide(arguments.rest));
+    const DaemonRequest answer =
+        supervisor.Attach(arguments.id, Wide(arguments.rest), arguments.Check());
     return Answer(answer.done, std::to_string(answer.daemonId),
                   "process " + std::to_string(arguments.id) +
                       " could not be attached: it has ended, access to it is denied, or WMI does "
@@ -82,6 +91,13 @@ CLI::App* AddCommand(CLI::App& app, int& exitCode, const char* name, const char*
     return command;
 }
 
+void AddRaw(CLI::App& command, Arguments& arguments)
+{
+    command.add_flag("--raw", arguments.raw,
+                     "Send the arguments as they are, even if the program gets others; must come "
+                     "first");
+}
+
 } // namespace
 
 void AddControlCommands(CLI::App& app, int& exitCode,
@@ -93,13 +109,17 @@ void AddControlCommands(CLI::App& app, int& exitCode,
     CLI::App* command =
         AddCommand(app, exitCode, "launch",
                    "Start a program and keep it running; print its daemon id", Launch, arguments);
+    AddRaw(*command, *arguments);
     command->add_option("PATH", arguments->path, "Path of the program file")->required();
     command->add_option("ARG", arguments->rest,
                         "Arguments for the program: everything after PATH, also dashes");
     command->footer(
         "Example:\n  daemonctl launch C:\\FW\\App\\video.exe --input 3 \"two words\"\n"
+        "The command refuses arguments that the program would get changed: double quotes, a backslash\n"
+        "after a part with blanks, characters that the code page lacks, and, for a batch file, the\n"
+        "characters of the command interpreter.\n"
         "Exit code 1: this program with these arguments is registered already; the printed id is\n"
-        "its daemon id.");
+        "its daemon id; 2: an argument was refused.");
 
     command = AddCommand(app, exitCode, "stop", "End a daemon and its process; may take a minute",
                          Stop, arguments);
@@ -113,6 +133,7 @@ void AddControlCommands(CLI::App& app, int& exitCode,
 
     command = AddCommand(app, exitCode, "attach",
                          "Keep a running process alive; print its daemon id", Attach, arguments);
+    AddRaw(*command, *arguments);
     command->add_option("PID", arguments->id, "Process id")->required()->transform(DecimalNumber());
     command->add_option("ARG", arguments->rest,
                         "Arguments for a restart, only for a Windows service");

@@ -16,6 +16,12 @@ std::size_t CountOfOurs(const std::vector<std::string>& arguments)
         (arguments[command] != "launch" && arguments[command] != "attach")) {
         return arguments.size();
     }
+    while (subject < arguments.size() && arguments[subject] == "--raw") {
+        ++subject;
+    }
+    if (subject == arguments.size()) {
+        return arguments.size();
+    }
     if (arguments[subject] == "--") {
         ++subject;
     } else if (arguments[subject].starts_with('-')) {

@@ -1,6 +1,7 @@
 #include "WithSupervisor.h"
 
 #include "ExitCode.h"
+#include "Printable.h"
 #include "ThisMachine.h"
 #include "com/ComApartment.h"
 #include "exception_utils/COMException.h"
@@ -23,6 +24,15 @@ int WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& 
         std::cerr << "daemonctl: " << exception.what()
                   << "\n  As administrator: regsvr32 DaemonMgrPS.dll" << std::endl;
         return kNoSupervisor;
+    } catch (const daemon_manager::SupervisorNotTrusted& exception) {
+        std::cerr << "daemonctl: " << Printable(exception.what())
+                  << "\n  Nothing was asked of it. To find out more: daemonctl doctor" << std::endl;
+        return kRefused;
+    } catch (const daemon_manager::UnsafeArgument& exception) {
+        std::cerr << "daemonctl: " << exception.what()
+                  << "\n  To send it as it is: --raw directly after the name of the command"
+                  << std::endl;
+        return kWrongUsage;
     } catch (const std::exception& exception) {
         std::cerr << "daemonctl: refused: " << exception.what() << std::endl;
         return kRefused;

@@ -64,6 +64,10 @@ Finding JudgeSupervisor(const SupervisorFacts& facts, const std::string& version
         return Failure(check,
                        "the supervisor runs, but no client can call it without its proxy/stub",
                        "First follow the advice for the check proxy.");
+    case Answer::stranger:
+        return Failure(check, facts.detail,
+                       "Find the program that published the object and end it; then start "
+                       "DaemonManager.exe. Trust no answer of this object.");
     case Answer::silent:
         return Failure(check, "the supervisor is published, but does not answer",
                        "Show its last records: daemonctl log --tail 20");

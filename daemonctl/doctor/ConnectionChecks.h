@@ -24,11 +24,12 @@ struct SupervisorFacts {
         answers,            ///< the call succeeded
         notRunning,         ///< no supervisor is published
         proxyNotRegistered, ///< a supervisor is published, but its proxy/stub is not registered
+        stranger,           ///< somebody else published the object; see detail. It was not called
         silent,             ///< the call took longer than 10 seconds
         failed              ///< the call failed; see detail
     };
     Answer answer = Answer::notRunning;
-    std::string detail;                ///< failed: text of the error, UTF-8
+    std::string detail;                ///< failed, stranger: text of the error, UTF-8
     std::vector<ImageFacts> processes; ///< all processes that run a file named DaemonManager.exe
 };
 

@@ -49,6 +49,9 @@ SupervisorFacts CallSupervisor()
         facts.answer = Answer::notRunning;
     } catch (const daemon_manager::ProxyNotRegistered&) {
         facts.answer = Answer::proxyNotRegistered;
+    } catch (const daemon_manager::SupervisorNotTrusted& exception) {
+        facts.answer = Answer::stranger;
+        facts.detail = exception.what();
     } catch (const std::exception& exception) {
         facts.answer = Answer::failed;
         facts.detail = exception.what();

@@ -14,12 +14,14 @@ endif()
 if(NOT TARGET DaemonManagerSdk::client)
     get_filename_component(_DaemonManagerSdk_root "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)
     add_library(daemon_manager_client STATIC EXCLUDE_FROM_ALL
-        "${_DaemonManagerSdk_root}/src/SupervisorClient.cpp")
+        "${_DaemonManagerSdk_root}/src/ArgumentRules.cpp"
+        "${_DaemonManagerSdk_root}/src/SupervisorClient.cpp"
+        "${_DaemonManagerSdk_root}/src/SupervisorIdentity.cpp")
     target_compile_features(daemon_manager_client PUBLIC cxx_std_17)
     target_include_directories(daemon_manager_client SYSTEM PUBLIC
         "${_DaemonManagerSdk_root}/include")
     target_compile_definitions(daemon_manager_client PRIVATE NOMINMAX WIN32_LEAN_AND_MEAN)
-    target_link_libraries(daemon_manager_client PUBLIC ole32 oleaut32)
+    target_link_libraries(daemon_manager_client PUBLIC advapi32 ole32 oleaut32)
     add_library(DaemonManagerSdk::client ALIAS daemon_manager_client)
     unset(_DaemonManagerSdk_root)
 endif()

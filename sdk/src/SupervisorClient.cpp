@@ -1,6 +1,8 @@
 #include "daemon_manager/SupervisorClient.h"
 
+#include "daemon_manager/ArgumentRules.h"
 #include "daemon_manager/ComApartment.h"
+#include "daemon_manager/SupervisorIdentity.h"
 
 #include "IDaemonMgrControl.h"
 
@@ -107,6 +109,40 @@ Owned<IUnknown> FindObject()
     return Owned<IUnknown>(object);
 }
 
+void RefuseStranger()
+{
+    const SupervisorIdentity identity = IdentifySupervisor();
+    if (identity.trust == SupervisorTrust::stranger) {
+        throw SupervisorNotTrusted("not the installed supervisor answers: " + identity.reason,
+                                   E_ACCESSDENIED);
+    }
+}
+
+void RefuseUnsafe(const std::wstring& path, const std::vector<std::wstring>& arguments,
+                  ArgumentCheck check)
+{
+    if (check == ArgumentCheck::none) {
+        return;
+    }
+    const std::string reason = ReasonToRefuse(path, arguments);
+    if (!reason.empty()) {
+        throw UnsafeArgument(reason, E_INVALIDARG);
+    }
+}
+
+// Encrypts the calls through a proxy, and lets the server learn the caller's name only. By default
+// the machine's settings would decide that. An object of this apartment has no proxy and needs none,
+// and Wine has no such settings.
+void ProtectCalls(IUnknown* proxy)
+{
+    const HRESULT hr = CoSetProxyBlanket(proxy, RPC_C_AUTHN_DEFAULT, RPC_C_AUTHZ_DEFAULT,
+                                         COLE_DEFAULT_PRINCIPAL, RPC_C_AUTHN_LEVEL_PKT_PRIVACY,
+                                         RPC_C_IMP_LEVEL_IDENTIFY, nullptr, EOAC_NONE);
+    if (hr != E_NOINTERFACE && hr != E_NOTIMPL) {
+        Check("security of the calls", hr);
+    }
+}
+
 } // namespace
 
 ComApartment::ComApartment()
@@ -119,9 +155,13 @@ void SupervisorClient::Releaser::operator()(IDaemonMgrControl* control) const no
     control->Release();
 }
 
-SupervisorClient::SupervisorClient()
+SupervisorClient::SupervisorClient(Answerer answerer)
 {
     const Owned<IUnknown> object = FindObject();
+    if (answerer == Answerer::installed) {
+        RefuseStranger();
+    }
+    ProtectCalls(object.get());
     void* control = nullptr;
     const HRESULT hr = object->QueryInterface(__uuidof(IDaemonMgrControl), &control);
     if (hr == E_NOINTERFACE) {
@@ -129,6 +169,7 @@ SupervisorClient::SupervisorClient()
     }
     Check("the supervisor's interface", hr);
     control_.reset(static_cast<IDaemonMgrControl*>(control));
+    ProtectCalls(control_.get());
 }
 
 SupervisorClient::SupervisorClient(SupervisorClient&&) noexcept = default;
@@ -136,8 +177,10 @@ SupervisorClient& SupervisorClient::operator=(SupervisorClient&&) noexcept = def
 SupervisorClient::~SupervisorClient() = default;
 
 DaemonRequest SupervisorClient::Launch(const std::wstring& path,
-                                       const std::vector<std::wstring>& arguments)
+                                       const std::vector<std::wstring>& arguments,
+                                       ArgumentCheck check)
 {
+    RefuseUnsafe(path, arguments, check);
     const OwnedBstr pathText = MakeBstr(path);
     const OwnedArray array = MakeArray(arguments);
     SAFEARRAY* argumentArray = array.get();
@@ -155,8 +198,10 @@ bool SupervisorClient::Stop(std::uint32_t daemonId)
 }
 
 DaemonRequest SupervisorClient::Attach(std::uint32_t processId,
-                                       const std::vector<std::wstring>& arguments)
+                                       const std::vector<std::wstring>& arguments,
+                                       ArgumentCheck check)
 {
+    RefuseUnsafe({}, arguments, check);
     const OwnedArray array = MakeArray(arguments);
     SAFEARRAY* argumentArray = array.get();
     DWORD daemonId = 0;

@@ -19,7 +19,8 @@ DaemonRequest Launch(SupervisorProcess& supervisor, const std::string& program,
                      const std::vector<std::wstring>& arguments = {})
 {
     return supervisor.Client().Launch(
-        system::code_page::v1::NarrowToWide(TestProgram(program), CP_UTF8), arguments);
+        system::code_page::v1::NarrowToWide(TestProgram(program), CP_UTF8), arguments,
+        daemon_manager::ArgumentCheck::none);
 }
 
 std::string Describe(DWORD daemonId, DWORD processId, const std::string& command)

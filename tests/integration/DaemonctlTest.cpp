@@ -103,13 +103,35 @@ TEST(Daemonctl, Launch_passes_every_argument_after_the_path_to_the_daemon)
     const std::string program = TestProgram("writes_command_line");
     EXPECT_EQ(
         Daemonctl(
-            "launch \"" + program +
+            "launch --raw \"" + program +
             "\" out.txt --help -x -- --version \"two words\" \"\" \xC3\xBC --listen [::1] [a,b] []"),
         (Answer{0, "0\n", ""}));
     EXPECT_EQ(
         WaitForNote(supervisor.App() + "\\out.txt"),
         program +
             " out.txt --help -x -- --version \"two words\"  \xC3\xBC --listen [::1] [a,b] [] ");
+}
+
+TEST(Daemonctl, Launch_and_attach_refuse_arguments_that_the_program_would_get_changed)
+{
+    const SupervisorProcess supervisor;
+    const std::string program = TestProgram("writes_command_line");
+    const auto refused = [](const std::string& reason) {
+        return Answer{
+            2, "",
+            "daemonctl: " + reason +
+                "\n  To send it as it is: --raw directly after the name of the command\n"};
+    };
+    EXPECT_EQ(Daemonctl("launch \"" + program + "\" out.txt \"\""),
+              refused("argument 2 is empty and would disappear"));
+    EXPECT_EQ(Daemonctl("attach 4294967280 \"a\\\"b\""),
+              refused("argument 1 contains a double quote, which would change the arguments"));
+    EXPECT_EQ(Daemonctl("launch C:\\x.bat \"a&b\""),
+              refused("argument 1 contains a character that the command interpreter acts upon, and "
+                      "the program is a batch file"));
+    EXPECT_EQ(supervisor.CountLog(1, "Unable to start C:\\x.bat a&b "), 0U);
+    EXPECT_EQ(Daemonctl("launch --raw C:\\x.bat \"a&b\"").exitCode, 0U);
+    EXPECT_TRUE(supervisor.WaitForLog(1, "Unable to start C:\\x.bat a&b "));
 }
 
 TEST(Daemonctl, Attach_reports_a_process_that_cannot_be_attached)

@@ -28,7 +28,8 @@ std::string Received(SupervisorProcess& supervisor, std::vector<std::wstring> ar
 {
     const std::string program = TestProgram("writes_command_line");
     arguments.insert(arguments.begin(), L"out.txt");
-    supervisor.Client().Launch(NarrowToWide(program, CP_UTF8), arguments);
+    supervisor.Client().Launch(NarrowToWide(program, CP_UTF8), arguments,
+                               daemon_manager::ArgumentCheck::none);
     const std::string text = WaitForNote(supervisor.App() + "\\out.txt");
     const std::string start = program + " out.txt ";
     return text.starts_with(start) ? text.substr(start.size()) : "unexpected: " + text;

@@ -38,6 +38,32 @@ public:
     using SupervisorError::SupervisorError;
 };
 
+/// The object in the Running Object Table belongs to somebody else than the installed supervisor.
+/// what() says why.
+class SupervisorNotTrusted : public SupervisorError {
+public:
+    using SupervisorError::SupervisorError;
+};
+
+/// A path or an argument would not reach the program as it is; what() says why. Nothing was asked of
+/// the supervisor.
+class UnsafeArgument : public SupervisorError {
+public:
+    using SupervisorError::SupervisorError;
+};
+
+/// Whether a connection is refused if somebody else than the installed supervisor answers.
+enum class Answerer {
+    installed, ///< refuse a stranger; see SupervisorTrust in SupervisorIdentity.h
+    anybody    ///< do not look; for a supervisor that is not installed
+};
+
+/// What becomes of arguments that would not reach the program as they are.
+enum class ArgumentCheck {
+    refuse, ///< throw UnsafeArgument; ArgumentRules.h has the rules
+    none    ///< send them as they are
+};
+
 /// The answer of the supervisor to Launch and Attach.
 struct DaemonRequest {
     std::uint32_t daemonId; ///< number of the daemon; not valid if Attach answers with done = false
@@ -52,9 +78,10 @@ struct DaemonRequest {
 /// supervisor has ended, and std::bad_alloc.
 class SupervisorClient {
 public:
-    /// Connects to the supervisor. The calling thread must have initialised COM.
-    /// @throws SupervisorNotRunning, ProxyNotRegistered, SupervisorError
-    SupervisorClient();
+    /// Connects to the supervisor. The calling thread must have initialised COM. All calls are
+    /// encrypted, and the supervisor learns who calls but may not act as the caller.
+    /// @throws SupervisorNotRunning, ProxyNotRegistered, SupervisorNotTrusted, SupervisorError
+    explicit SupervisorClient(Answerer answerer = Answerer::installed);
     SupervisorClient(SupervisorClient&&) noexcept;
     SupervisorClient& operator=(SupervisorClient&&) noexcept;
     SupervisorClient(const SupervisorClient&) = delete;
@@ -66,7 +93,9 @@ public:
     /// @param arguments  one element for each argument, without quotes
     /// @return done is false if this program is registered with these arguments already; daemonId
     ///         is the number of that daemon
-    DaemonRequest Launch(const std::wstring& path, const std::vector<std::wstring>& arguments = {});
+    /// @throws UnsafeArgument
+    DaemonRequest Launch(const std::wstring& path, const std::vector<std::wstring>& arguments = {},
+                         ArgumentCheck check = ArgumentCheck::refuse);
 
     /// Ends the process of a daemon and removes the daemon. May take a minute.
     /// @return false: the id is unknown, the daemon was attached, or Windows refused to end its
@@ -76,7 +105,9 @@ public:
     /// Registers a running process as a daemon.
     /// @param arguments  arguments for a restart; used only if the process is a Windows service
     /// @return done is false if the supervisor could not inspect the process
-    DaemonRequest Attach(std::uint32_t processId, const std::vector<std::wstring>& arguments = {});
+    /// @throws UnsafeArgument
+    DaemonRequest Attach(std::uint32_t processId, const std::vector<std::wstring>& arguments = {},
+                         ArgumentCheck check = ArgumentCheck::refuse);
 
     /// Removes an attached daemon; its process keeps running.
     /// @return false if no daemon has this number or the daemon is not attached

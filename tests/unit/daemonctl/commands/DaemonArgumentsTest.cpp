@@ -42,6 +42,16 @@ TEST(DaemonArguments, stay_unchanged_even_with_dashes_or_brackets)
     EXPECT_EQ(SplitCommandLine(line), (CommandLine{{"daemonctl", "launch", "a.exe"}, words}));
 }
 
+TEST(DaemonArguments, begin_after_a_path_that_follows_the_option_raw)
+{
+    EXPECT_EQ(SplitCommandLine({"daemonctl", "launch", "--raw", "a.exe", "--raw", "-x"}),
+              (CommandLine{{"daemonctl", "launch", "--raw", "a.exe"}, {"--raw", "-x"}}));
+    EXPECT_EQ(SplitCommandLine({"daemonctl", "attach", "--raw", "--", "12", "-x"}),
+              (CommandLine{{"daemonctl", "attach", "--raw", "--", "12"}, {"-x"}}));
+    EXPECT_EQ(SplitCommandLine({"daemonctl", "launch", "--raw"}),
+              (CommandLine{{"daemonctl", "launch", "--raw"}, {}}));
+}
+
 TEST(DaemonArguments, begin_after_a_path_that_follows_two_dashes)
 {
     EXPECT_EQ(SplitCommandLine({"daemonctl", "launch", "--", "-a.exe", "[x]"}),

@@ -94,6 +94,9 @@ TEST(SupervisorCheck, Fails_and_says_how_the_call_failed)
     facts.detail = "detach: 0x80070005";
     ExpectSupervisor(facts, Verdict::failure,
                      "the supervisor is published, but a call fails: detach: 0x80070005");
+    facts.answer = Answer::stranger;
+    facts.detail = "not the installed supervisor answers: why";
+    ExpectSupervisor(facts, Verdict::failure, "not the installed supervisor answers: why");
     facts.answer = Answer::proxyNotRegistered;
     ExpectSupervisor(facts, Verdict::failure,
                      "the supervisor runs, but no client can call it without its proxy/stub");

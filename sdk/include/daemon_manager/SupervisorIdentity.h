@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace daemon_manager {
+
+/// A process that runs a file with the name of the supervisor's program.
+struct SupervisorProcess {
+    std::uint32_t processId = 0;
+    std::wstring program;          ///< full path; empty: this user may not examine the process
+    bool installedProgram = false; ///< program is the installed supervisor
+    bool userKnown = false;        ///< false: the next three members mean nothing
+    std::wstring user;             ///< "DOMAIN\name", or the SID if it has no name
+    bool expectedUser = false;     ///< see IdentifySupervisor
+    std::uint32_t session = 0;     ///< the desktop session of the process
+    std::uint64_t created = 0; ///< when Windows created it, 100 ns since 1601, UTC; 0: not known
+};
+
+/// Whether the object in the Running Object Table can belong to somebody else.
+enum class SupervisorTrust {
+    known,   ///< the installed program runs as an expected user; reason may name another user's
+    unknown, ///< it cannot be found out; reason says why
+    stranger ///< the installed program does not run, or somebody else runs it; reason says what is wrong
+};
+
+/// Who can have published the supervisor's object.
+struct SupervisorIdentity {
+    SupervisorTrust trust = SupervisorTrust::unknown;
+    std::string reason;            ///< for people, UTF-8; empty if nothing is wrong
+    std::wstring installedProgram; ///< full path; empty: nothing on this machine names it
+    std::vector<SupervisorProcess> processes;
+};
+
+/// Finds out whether the installed supervisor runs, and who runs it. COM does not say which process
+/// has published an object. So this function looks at the processes of the machine: a supervisor that
+/// finds another object published ends at once, so while it runs, the object is usually its own. A
+/// process that publishes its own object while the supervisor is starting is not noticed.
+/// - The installed program is DaemonManager.exe beside the registered DaemonMgrPS.dll, or else in the
+///   folder that the installer noted. Both are read from HKEY_LOCAL_MACHINE only.
+/// - Expected users are the user of this process, Windows' service accounts, administrators with full
+///   rights, and the account that the installer noted (value "Account", a SID).
+/// Needs no COM. Any thread.
+/// @throws std::bad_alloc
+[[nodiscard]] SupervisorIdentity IdentifySupervisor();
+
+/// The judgement of IdentifySupervisor, without a look at the machine. Sets trust and reason from the
+/// other members.
+void JudgeIdentity(SupervisorIdentity& identity);
+
+} // namespace daemon_manager

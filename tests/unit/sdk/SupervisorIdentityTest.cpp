@@ -1,0 +1,147 @@
+#include "daemon_manager/SupervisorIdentity.h"
+
+#include "ChildProcess.h"
+#include "TempFolder.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+
+namespace vqrx::test {
+namespace {
+
+using daemon_manager::IdentifySupervisor;
+using daemon_manager::JudgeIdentity;
+using daemon_manager::SupervisorIdentity;
+using daemon_manager::SupervisorProcess;
+using daemon_manager::SupervisorTrust;
+
+const std::wstring kInstalled = L"C:\\FW\\DaemonManager.exe";
+
+SupervisorProcess InstalledProcess(std::uint32_t processId)
+{
+    SupervisorProcess process;
+    process.processId = processId;
+    process.program = kInstalled;
+    process.installedProgram = true;
+    process.userKnown = true;
+    process.user = L"NT AUTHORITY\\SYSTEM";
+    process.expectedUser = true;
+    return process;
+}
+
+SupervisorProcess OfStranger(std::uint32_t processId)
+{
+    SupervisorProcess process = InstalledProcess(processId);
+    process.user = L"PC\\guest";
+    process.expectedUser = false;
+    return process;
+}
+
+SupervisorProcess OtherProgram(std::uint32_t processId)
+{
+    SupervisorProcess process = InstalledProcess(processId);
+    process.program = L"C:\\Users\\guest\\DaemonManager.exe";
+    process.installedProgram = false;
+    return process;
+}
+
+SupervisorProcess Hidden(std::uint32_t processId)
+{
+    SupervisorProcess process;
+    process.processId = processId;
+    return process;
+}
+
+SupervisorIdentity Judged(std::vector<SupervisorProcess> processes,
+                          const std::wstring& installed = kInstalled)
+{
+    SupervisorIdentity identity;
+    identity.installedProgram = installed;
+    identity.processes = std::move(processes);
+    JudgeIdentity(identity);
+    return identity;
+}
+
+constexpr const char* kGuest = "process 7 runs C:\\FW\\DaemonManager.exe as PC\\guest, who is not "
+                               "expected to run the supervisor";
+
+} // namespace
+
+TEST(SupervisorIdentity, The_installed_program_of_an_expected_user_is_known)
+{
+    const SupervisorIdentity identity = Judged({OtherProgram(3), InstalledProcess(4), Hidden(5)});
+    EXPECT_EQ(SupervisorTrust::known, identity.trust);
+    EXPECT_EQ("", identity.reason);
+}
+
+TEST(SupervisorIdentity, The_installed_program_of_another_user_is_a_stranger)
+{
+    const SupervisorIdentity identity = Judged({OfStranger(7), Hidden(5)});
+    EXPECT_EQ(SupervisorTrust::stranger, identity.trust);
+    EXPECT_EQ(kGuest, identity.reason);
+}
+
+TEST(SupervisorIdentity, Another_user_beside_an_expected_one_is_named)
+{
+    const SupervisorIdentity identity = Judged({OfStranger(7), InstalledProcess(4)});
+    EXPECT_EQ(SupervisorTrust::known, identity.trust);
+    EXPECT_EQ(kGuest, identity.reason);
+}
+
+TEST(SupervisorIdentity, Without_a_process_of_the_installed_program_a_stranger_answers)
+{
+    for (const auto& processes : {std::vector<SupervisorProcess>{}, {OtherProgram(3)}}) {
+        const SupervisorIdentity identity = Judged(processes);
+        EXPECT_EQ(SupervisorTrust::stranger, identity.trust);
+        EXPECT_EQ("no process runs C:\\FW\\DaemonManager.exe, so another program has published an "
+                  "object under the supervisor's name",
+                  identity.reason);
+    }
+}
+
+TEST(SupervisorIdentity, A_process_that_may_not_be_examined_proves_nothing)
+{
+    SupervisorProcess withoutUser = InstalledProcess(5);
+    withoutUser.userKnown = false;
+    for (const SupervisorProcess& process : {Hidden(5), withoutUser}) {
+        const SupervisorIdentity identity = Judged({process, OtherProgram(3)});
+        EXPECT_EQ(SupervisorTrust::unknown, identity.trust);
+        EXPECT_EQ("this user may not examine process 5, which may be the supervisor",
+                  identity.reason);
+    }
+}
+
+TEST(SupervisorIdentity, Without_an_installation_nothing_is_known)
+{
+    const SupervisorIdentity identity = Judged({InstalledProcess(4)}, L"");
+    EXPECT_EQ(SupervisorTrust::unknown, identity.trust);
+    EXPECT_EQ("nothing on this machine names the installed supervisor: DaemonMgrPS.dll is not "
+              "registered beside DaemonManager.exe",
+              identity.reason);
+}
+
+TEST(SupervisorIdentity, A_process_is_found_by_its_name_and_judged_by_its_file)
+{
+    const TempFolder folder;
+    const std::string copy = folder.File("daemonmanager.EXE");
+    std::filesystem::copy_file(TestProgram("no_windows"), copy);
+    const ChildProcess child("\"" + copy + "\"");
+    const SupervisorIdentity identity = IdentifySupervisor();
+    const auto found = std::find_if(
+        identity.processes.begin(), identity.processes.end(),
+        [&](const SupervisorProcess& process) { return process.processId == child.Pid(); });
+    ASSERT_NE(identity.processes.end(), found);
+    EXPECT_EQ(std::wstring(copy.begin(), copy.end()), found->program);
+    EXPECT_FALSE(found->installedProgram);
+    EXPECT_TRUE(found->userKnown);
+    EXPECT_TRUE(found->expectedUser); // the user of this test
+    EXPECT_NE(L"", found->user);
+    EXPECT_NE(0U, found->created);
+}
+
+} // namespace vqrx::test
