@@ -19,11 +19,14 @@ std::string FormatRingHeader(std::uint32_t position)
     return header;
 }
 
-std::uint32_t ReadRingHeader(std::istream& file)
+std::optional<std::uint32_t> ReadRingHeader(std::istream& file)
 {
     std::uint32_t position = kRingStart;
     if (!(file >> std::hex >> position)) {
         position = kRingStart; // a failed extraction stores 0 or the largest number
+    }
+    if (file.bad()) {
+        return std::nullopt;
     }
     file.clear();
     file.seekg(0, std::ios::end);

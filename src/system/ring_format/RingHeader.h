@@ -20,11 +20,14 @@ inline constexpr std::uint32_t kRingStart = 12;
 /// @param position  offset at which the next record is written, bytes
 [[nodiscard]] std::string FormatRingHeader(std::uint32_t position);
 
-/// Reads the header for the program that writes the ring. Any file gives a usable position.
+/// Reads the header for the program that writes the ring. Any bytes give a usable position.
 /// @param file  binary, at its start; its read position is undefined afterwards
 /// @return the offset at which the next record is written; kRingStart if the file begins with no
-///         hexadecimal number, or if the number is below kRingStart or beyond the end of the file
-[[nodiscard]] std::uint32_t ReadRingHeader(std::istream& file);
+///         hexadecimal number, or if the number is below kRingStart or beyond the end of the file;
+///         nothing if the system refuses to read the file's front, for example because another
+///         program has locked it. Then the position is not known, and kRingStart would overwrite the
+///         records.
+[[nodiscard]] std::optional<std::uint32_t> ReadRingHeader(std::istream& file);
 
 /// Parses the header strictly, for a program that reads a ring which another one writes.
 /// @param bytes  the first bytes of the file, at least kRingHeaderLength + 1; more are ignored

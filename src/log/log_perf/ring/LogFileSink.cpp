@@ -8,7 +8,9 @@
 #include "ring_format/DamagedRing.h"
 #include "ring_format/RingHeader.h"
 
+#include <array>
 #include <cstddef>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -50,6 +52,18 @@ void CreateRing(const std::string& name)
     if (file.tellp() == 0) {
         file << FormatRingHeader(0) << kLineEnd << std::flush;
     }
+}
+
+// Whether the system gives every byte of the file. Another program needs only the right to read it to
+// lock some. The file's read position changes.
+bool CanBeRead(std::istream& file)
+{
+    std::array<char, 16384> buffer{};
+    file.clear();
+    file.seekg(0);
+    while (file.read(buffer.data(), buffer.size())) {
+    }
+    return !file.bad();
 }
 
 // Whether the byte before the write position ends a line. The file's read position changes.
@@ -153,7 +167,11 @@ void LogFileSink::Open(std::uint32_t sizeLimit)
     if (!file) {
         return;
     }
-    const std::uint32_t position = ReadRingHeader(file);
+    const std::optional<std::uint32_t> header = ReadRingHeader(file);
+    if (!header || !CanBeRead(file)) {
+        return; // before the history is cleared; the next Write tries again
+    }
+    const std::uint32_t position = *header;
     if (refused_) { // If the file is damaged still, this throws before the history is cleared.
         static_cast<void>(
             ReloadRing(file, position, sizeLimit, [](std::int64_t, const LogHistoryEntry&) {}));

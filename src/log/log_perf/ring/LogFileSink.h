@@ -38,8 +38,9 @@ public:
     /// Sets the least severe level that is written and kept; see LogLevel.h. Any thread.
     void SetThreshold(int level) noexcept;
 
-    /// Writes one record; worker thread only. If the file cannot be opened, only the history gets
-    /// the record, and the next Write tries to open the file again.
+    /// Writes one record; worker thread only. If the file cannot be opened or read, for example
+    /// because another program has locked a part of it, only the history gets the record, and the
+    /// next Write tries to open the file again.
     /// @throws DamagedLogFile of std::invalid_argument or of std::out_of_range if this Write opened
     ///         the file and ReloadRing refused it. Before it throws, this Write sets the file aside
     ///         (DamagedRingOf) and writes the record to a new file. If the file cannot be set aside,

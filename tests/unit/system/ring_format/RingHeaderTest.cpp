@@ -2,18 +2,25 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <sstream>
+#include <streambuf>
 
 namespace vqrx::test {
 namespace {
 
 using namespace system::ring_format::v1;
 
-std::uint32_t Read(const std::string& bytes)
+std::optional<std::uint32_t> Read(const std::string& bytes)
 {
     std::istringstream file(bytes);
     return ReadRingHeader(file);
 }
+
+// A file whose front the system does not give.
+struct RefusedBytes : std::streambuf {
+    int_type underflow() override { throw std::ios_base::failure("refused"); }
+};
 
 } // namespace
 
@@ -44,6 +51,13 @@ TEST(RingHeader, Reading_returns_12_if_the_file_has_no_header)
     EXPECT_EQ(12U, Read(""));
     EXPECT_EQ(12U, Read("hello world, this is another program's file"));
     EXPECT_EQ(12U, Read("0xFFFFFFFFFF\r\nabc and some more bytes"));
+}
+
+TEST(RingHeader, Reading_returns_nothing_if_the_system_refuses_the_bytes)
+{
+    RefusedBytes refused;
+    std::istream file(&refused);
+    EXPECT_EQ(std::nullopt, ReadRingHeader(file));
 }
 
 TEST(RingHeader, Parsing_returns_any_number_that_the_header_names)
