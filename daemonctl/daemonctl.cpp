@@ -34,7 +34,7 @@ int Run()
                "supervisor runs or DaemonMgrPS.dll is not registered, 4 refused or output not\n"
                "written, 5 log unreadable.");
     int exitCode = kDone;
-    const CommandLine commandLine = SplitCommandLine(Utf8Arguments());
+    const CommandLine commandLine = SplitCommandLine(WithoutHelpCommand(Utf8Arguments()));
     AddControlCommands(app, exitCode, commandLine.daemons);
     AddExitCommand(app, exitCode);
     AddPsCommand(app, exitCode);

@@ -13,6 +13,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cstdint>
 #include <iostream>
 #include <memory>
@@ -77,24 +78,25 @@ void PrintAsJson(const std::vector<ExpectationResult>& results,
              {"note", result.note}});
     }
     const Json report = {{"expected", std::move(list)}};
-    PrintText(report.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+    PrintText(report.dump(2, ' ', true, Json::error_handler_t::replace) + "\n");
 }
 
 int Check(const CheckOptions& options, const ExpectFile& file)
 {
+    const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
     const Timeline timeline = ReadTimeline();
     const std::int64_t nowMs = NowMs();
-    const auto daemons = StatusOfDaemons(RunOfThisMachine(timeline), SourceOfThisMachine(), nowMs,
-                                         ChildrenOfSupervisor());
+    const SupervisorRun& run = RunOfThisMachine(timeline);
+    const auto daemons = StatusOfDaemons(run, SourceOfThisMachine(), nowMs, children);
     const auto results = CheckExpectations(file.programs, daemons, nowMs,
                                            std::int64_t{options.minUptimeSeconds} * 1000);
     (options.json ? PrintAsJson : PrintAsText)(results, daemons);
-    for (const ExpectationResult& result : results) {
-        if (!result.daemon) {
-            return kNothingToDo;
-        }
+    if (std::all_of(results.begin(), results.end(),
+                    [](const ExpectationResult& result) { return result.daemon.has_value(); })) {
+        return kDone;
     }
-    return kDone;
+    PrintNotes(daemons, run);
+    return kNothingToDo;
 }
 
 } // namespace

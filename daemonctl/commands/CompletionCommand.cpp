@@ -2,6 +2,7 @@
 
 #include "Completion.h"
 #include "ExitCode.h"
+#include "NamedValue.h"
 
 #include <fcntl.h>
 #include <io.h>
@@ -20,7 +21,7 @@ void AddCompletionCommand(CLI::App& app, int& exitCode)
         "completion", "Print a script with which a shell completes commands and options");
     command->add_option("SHELL", *shell, "Name of the shell")
         ->required()
-        ->check(CLI::IsMember({"bash", "powershell"}));
+        ->transform(NamedValue<std::string>({{"bash", "bash"}, {"powershell", "powershell"}}));
     command->footer("Examples:\n"
                     "  source <(daemonctl completion bash)\n"
                     "  daemonctl completion powershell | Out-String | Invoke-Expression");

@@ -2,6 +2,7 @@
 
 #include "DecimalNumber.h"
 #include "ExitCode.h"
+#include "LaunchedDaemon.h"
 #include "Utf8.h"
 #include "WithSupervisor.h"
 
@@ -22,6 +23,7 @@ struct Arguments {
     std::string path;
     std::vector<std::string> rest;
     std::uint32_t id = 0;
+    std::uint32_t waitSeconds = 0; // launch: 0 does not wait
     bool raw = false;
 
     [[nodiscard]] ArgumentCheck Check() const
@@ -49,6 +51,10 @@ int Launch(SupervisorClient& supervisor, const Arguments& arguments)
     if (!answer.done) {
         std::cerr << "daemonctl: registered already, as daemon " << answer.daemonId << std::endl;
     }
+    WarnAboutProgram(arguments.path);
+    if (arguments.waitSeconds != 0) {
+        return WaitUntilItRuns(answer.daemonId, arguments.waitSeconds);
+    }
     return answer.done ? kDone : kNothingToDo;
 }
 
@@ -64,6 +70,9 @@ int Attach(SupervisorClient& supervisor, const Arguments& arguments)
 {
     const DaemonRequest answer =
         supervisor.Attach(arguments.id, Wide(arguments.rest), arguments.Check());
+    if (answer.done) {
+        WarnAboutSecondAttach(arguments.id, answer.daemonId);
+    }
     return Answer(answer.done, std::to_string(answer.daemonId),
                   "process " + std::to_string(arguments.id) +
                       " could not be attached: it has ended, access to it is denied, or WMI does "
@@ -85,7 +94,7 @@ CLI::App* AddCommand(CLI::App& app, int& exitCode, const char* name, const char*
 {
     CLI::App* const command = app.add_subcommand(name, description);
     command->callback([&exitCode, operation, arguments] {
-        exitCode = WithSupervisor(
+        exitCode = WithSupervisorAndLog(
             [&](SupervisorClient& supervisor) { return operation(supervisor, *arguments); });
     });
     return command;
@@ -110,16 +119,27 @@ void AddControlCommands(CLI::App& app, int& exitCode,
         AddCommand(app, exitCode, "launch",
                    "Start a program and keep it running; print its daemon id", Launch, arguments);
     AddRaw(*command, *arguments);
-    command->add_option("PATH", arguments->path, "Path of the program file")->required();
+    command->add_option("PATH", arguments->path, "Full path of the program file")
+        ->required()
+        ->check(CLI::Validator(
+            [](const std::string& path) { return path.empty() ? "the path is empty" : ""; }, ""));
+    command
+        ->add_option(
+            "--wait", arguments->waitSeconds,
+            "Wait at most this many seconds until the program has run for two seconds, and "
+            "print whether it runs; stands before PATH")
+        ->type_name("SECONDS")
+        ->transform(DecimalNumber());
     command->add_option("ARG", arguments->rest,
                         "Arguments for the program: everything after PATH, also dashes");
     command->footer(
         "Example:\n  daemonctl launch C:\\FW\\App\\video.exe --input 3 \"two words\"\n"
+        "  daemonctl launch --wait 10 C:\\FW\\App\\video.exe\n"
         "The command refuses arguments that the program would get changed: double quotes, a backslash\n"
         "after a part with blanks, characters that the code page lacks, and, for a batch file, the\n"
         "characters of the command interpreter.\n"
         "Exit code 1: this program with these arguments is registered already; the printed id is\n"
-        "its daemon id; 2: an argument was refused.");
+        "its daemon id. With --wait: the program does not run. Exit code 2: an argument was refused.");
 
     command = AddCommand(app, exitCode, "stop", "End a daemon and its process; may take a minute",
                          Stop, arguments);

@@ -1,11 +1,21 @@
 #include "DaemonArguments.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
 #include <utility>
 
 namespace vqrx::client::v0 {
 namespace {
+
+// Returns how many arguments an option of "launch" or "attach" takes, itself included; 0: it is none.
+std::size_t CountOfOption(const std::string& argument, bool launches)
+{
+    if (argument == "--raw" || (launches && argument.starts_with("--wait="))) {
+        return 1;
+    }
+    return launches && argument == "--wait" ? 2 : 0;
+}
 
 // Returns how many arguments belong to this program.
 std::size_t CountOfOurs(const std::vector<std::string>& arguments)
@@ -16,10 +26,15 @@ std::size_t CountOfOurs(const std::vector<std::string>& arguments)
         (arguments[command] != "launch" && arguments[command] != "attach")) {
         return arguments.size();
     }
-    while (subject < arguments.size() && arguments[subject] == "--raw") {
-        ++subject;
+    const bool launches = arguments[command] == "launch";
+    while (subject < arguments.size()) {
+        const std::size_t count = CountOfOption(arguments[subject], launches);
+        if (count == 0) {
+            break;
+        }
+        subject += count;
     }
-    if (subject == arguments.size()) {
+    if (subject >= arguments.size()) {
         return arguments.size();
     }
     if (arguments[subject] == "--") {
@@ -41,6 +56,17 @@ CommandLine SplitCommandLine(std::vector<std::string> arguments)
     arguments.erase(split, arguments.end());
     line.ours = std::move(arguments);
     return line;
+}
+
+std::vector<std::string> WithoutHelpCommand(std::vector<std::string> arguments)
+{
+    constexpr std::size_t command = 1;
+    if (arguments.size() > command && arguments[command] == "help") {
+        arguments.erase(std::next(arguments.begin(), command));
+        arguments.resize(std::min<std::size_t>(arguments.size(), command + 1));
+        arguments.emplace_back("--help");
+    }
+    return arguments;
 }
 
 } // namespace vqrx::client::v0

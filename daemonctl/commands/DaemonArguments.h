@@ -19,4 +19,8 @@ struct CommandLine {
 /// @param arguments  the program name first
 [[nodiscard]] CommandLine SplitCommandLine(std::vector<std::string> arguments);
 
+/// Turns "help" into the option that the parser knows: "help log" becomes "log --help".
+/// @param arguments  the program name first
+[[nodiscard]] std::vector<std::string> WithoutHelpCommand(std::vector<std::string> arguments);
+
 } // namespace vqrx::client::v0

@@ -7,6 +7,7 @@
 #include "DoctorReport.h"
 #include "ErrorText.h"
 #include "ExitCode.h"
+#include "ExitReason.h"
 #include "FirewallChecks.h"
 #include "InstallationChecks.h"
 #include "PrintText.h"
@@ -47,26 +48,50 @@ FirewallRulesFacts RulesOrTimeout()
     return facts.value_or(timeout);
 }
 
-// Returns the commands of the running daemons. If the log cannot be read, these are the commands of
-// the supervisor's child processes only.
-std::vector<std::string> CommandsInUse()
+// Returns the running daemons. If the log cannot be read, these are the supervisor's child processes
+// only.
+// @param logIsThere  set to whether the log shows the running supervisor
+std::vector<DaemonStatus> RunningDaemons(bool& logIsThere)
 {
     Timeline timeline;
     SupervisorRun run;
     ProcessSource source;
+    logIsThere = false;
     try {
         timeline = ReadTimeline();
         run = RunOfThisMachine(timeline);
         source = SourceOfThisMachine();
+        logIsThere = true;
     } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch): see above
         source.arguments = ArgumentsOfProcess;
     }
-    std::vector<std::string> commands;
-    for (const DaemonStatus& daemon :
-         StatusOfDaemons(run, source, NowMs(), ChildrenOfSupervisor())) {
-        commands.push_back(daemon.command);
+    return StatusOfDaemons(run, source, NowMs(), ChildrenOfSupervisor());
+}
+
+TroubledDaemon DescribeTrouble(const DaemonStatus& daemon)
+{
+    TroubledDaemon troubled;
+    troubled.command = WithoutBlank(daemon.command);
+    troubled.cannotStart = daemon.state == RunState::cannotStart;
+    troubled.restartsLastHour = daemon.recent.lastHour;
+    troubled.lastExit = daemon.lastExit ? ReadableReason(daemon.lastExit->reason) : std::string();
+    return troubled;
+}
+
+void AddDaemons(DoctorFacts& facts)
+{
+    bool logIsThere = false;
+    for (const DaemonStatus& daemon : RunningDaemons(logIsThere)) {
+        facts.firewallRules.commandsInUse.push_back(daemon.command);
+        if (daemon.inLog && !daemon.attached && IsRunning(facts.firewallService)) {
+            facts.firewallRules.launchedCommands.push_back(daemon.command);
+        }
+        ++facts.daemons.count;
+        if (daemon.state == RunState::cannotStart || daemon.state == RunState::restarting) {
+            facts.daemons.troubled.push_back(DescribeTrouble(daemon));
+        }
     }
-    return commands;
+    facts.daemons.known = logIsThere && facts.supervisor.processes.size() == 1;
 }
 
 DoctorFacts Gather()
@@ -78,7 +103,7 @@ DoctorFacts Gather()
     facts.supervisor = GatherSupervisorFacts();
     facts.firewallService = GatherFirewallServiceFacts();
     facts.firewallRules = RulesOrTimeout();
-    facts.firewallRules.commandsInUse = CommandsInUse();
+    AddDaemons(facts);
     facts.wmi = Bounded<WmiFacts>(kWmiPatience, [] {
                     const system::com::v1::ComApartment apartment;
                     return GatherWmiFacts();

@@ -34,6 +34,15 @@ std::string ProgressOfShutdown()
     }
 }
 
+std::string ResultOfShutdown()
+{
+    try {
+        return DescribeEnd(ReadTimeline());
+    } catch (const LogUnreadable&) {
+        return DescribeEnd({});
+    }
+}
+
 int Exit(SupervisorClient& supervisor, const ExitOptions& options)
 {
     if (options.noWait) {
@@ -49,7 +58,7 @@ int Exit(SupervisorClient& supervisor, const ExitOptions& options)
                   << ProgressOfShutdown() << std::endl;
         return kRefused;
     }
-    std::cout << "the supervisor has ended; its daemons run on" << std::endl;
+    std::cout << ResultOfShutdown() << std::endl;
     return kDone;
 }
 

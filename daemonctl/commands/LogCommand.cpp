@@ -4,8 +4,10 @@
 
 #include "DecimalNumber.h"
 #include "ExitCode.h"
+#include "ExpectFile.h"
 #include "FollowLog.h"
 #include "LineOutput.h"
+#include "NamedValue.h"
 #include "RecordFilter.h"
 #include "RecordText.h"
 #include "TimeText.h"
@@ -13,7 +15,6 @@
 #include <cstddef>
 #include <deque>
 #include <iostream>
-#include <map>
 #include <memory>
 #include <utility>
 
@@ -28,6 +29,7 @@ struct LogArguments : LogOptions {
     int level = kEveryLevel;
     std::string since;
     std::string grep;
+    std::string daemonProgram; // empty: the program of the daemon does not count
     std::uint32_t daemonId = 0;
     std::size_t tail = 0;
     LineOutput::Colour colour = LineOutput::Colour::kAuto;
@@ -46,6 +48,10 @@ RecordFilter FilterOf(const LogArguments& arguments)
     }
     if (arguments.daemonOption->count() != 0) {
         filter.daemonId = arguments.daemonId;
+    }
+    if (!arguments.daemonProgram.empty()) {
+        filter.command = [program = ExpectedProgram{0, arguments.daemonProgram, {}}](
+                             const std::string& command) { return IsCommandOf(program, command); };
     }
     filter.contains = arguments.grep;
     return filter;
@@ -67,6 +73,9 @@ public:
     void Add(Record record)
     {
         added_ = true;
+        if (!std::exchange(begun_, true)) {
+            WarnOfOverwritten(record);
+        }
         attributor_.Add(std::move(record));
     }
 
@@ -109,6 +118,15 @@ public:
     }
 
 private:
+    /// Warns if the operator asked for records that the ring has overwritten.
+    void WarnOfOverwritten(const Record& oldest) const
+    {
+        if (filter_.sinceMs && *filter_.sinceMs < oldest.timeMs && oldest.number != 0) {
+            PrintError(arguments_, "the log begins at " + LocalTimeText(oldest.timeMs) +
+                                       "; newer records have overwritten the earlier ones");
+        }
+    }
+
     /// Writes the lines that were kept for --tail. Later lines are written at once.
     bool FlushOutput()
     {
@@ -141,6 +159,7 @@ private:
     LineOutput& output_;
     bool tail_;
     bool added_ = false;
+    bool begun_ = false; // the oldest record was added
     std::deque<std::pair<int, std::string>> kept_;
     Attributor attributor_;
 };
@@ -199,21 +218,18 @@ void AddOptions(CLI::App& command, LogArguments& arguments)
         command.add_option("--daemon", arguments.daemonId, "Show only records of this daemon")
             ->type_name("ID")
             ->transform(DecimalNumber());
+    command
+        .add_option("--program", arguments.daemonProgram,
+                    "Show only records of daemons of this program, in all runs: a file name or a "
+                    "full path, or the name of a service")
+        ->type_name("NAME");
     arguments.tailOption = command.get_option("--tail");
     command
         .add_option("--grep", arguments.grep,
                     "Show only records that contain this text; letter case of A to Z is ignored")
         ->type_name("TEXT");
     command.add_flag("--json", arguments.json, "Print one JSON object per line, for programs");
-    static const std::map<std::string, LineOutput::Colour> colours = {
-        {"auto", LineOutput::Colour::kAuto},
-        {"always", LineOutput::Colour::kAlways},
-        {"never", LineOutput::Colour::kNever}};
-    command
-        .add_option("--color", arguments.colour,
-                    "Colour the lines: auto (on a terminal), always, never")
-        ->type_name("WHEN")
-        ->transform(CLI::CheckedTransformer(colours).description(""));
+    AddColourOption(command, arguments.colour);
 }
 
 } // namespace
@@ -223,6 +239,7 @@ void AddLogCommand(CLI::App& app, int& exitCode, const LogPath& path)
     const auto arguments = std::make_shared<LogArguments>();
     CLI::App* const command = app.add_subcommand(
         "log", "Show the supervisor's log: which programs started or ended, when and why");
+    command->alias("logs");
     AddLogOptions(*command, *arguments, static_cast<bool>(path));
     AddOptions(*command, *arguments);
     const std::string program = app.get_name();
@@ -231,6 +248,9 @@ void AddLogCommand(CLI::App& app, int& exitCode, const LogPath& path)
         "  " +
         program +
         " log --daemon 3 --since yesterday      why did daemon 3 end last night?\n"
+        "  " +
+        program +
+        " log --program video.exe               all runs of a program, and how they ended\n"
         "  " +
         program +
         " log --level 0 --since 2h              the errors of the last two hours\n"

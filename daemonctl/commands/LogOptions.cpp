@@ -1,9 +1,9 @@
 #include "LogOptions.h"
 
 #include "ExitCode.h"
+#include "NamedValue.h"
 
 #include <iostream>
-#include <map>
 #include <new>
 #include <stdexcept>
 
@@ -50,17 +50,25 @@ void AddLogOptions(CLI::App& command, LogOptions& options, bool hasDefault)
         hasDefault ? "Read this log file or copy, instead of the log of this machine"
                    : "Read this log file or copy");
     file->type_name("FILE")->required(!hasDefault);
-    static const std::map<std::string, TextEncoding> encodings = {
-        {"auto", TextEncoding::kAuto},
-        {"ansi", TextEncoding::kAnsi},
-        {"windows-1252", TextEncoding::kWindows1252},
-        {"utf-8", TextEncoding::kUtf8}};
     command
         .add_option("--encoding", options.encoding,
-                    "Read the texts in this encoding: auto, ansi (the code page of this machine), "
-                    "windows-1252, utf-8")
+                    "Read the texts in this encoding; ansi is the code page of this machine")
         ->type_name("NAME")
-        ->transform(CLI::CheckedTransformer(encodings).description(""));
+        ->transform(NamedValue<TextEncoding>({{"auto", TextEncoding::kAuto},
+                                              {"ansi", TextEncoding::kAnsi},
+                                              {"windows-1252", TextEncoding::kWindows1252},
+                                              {"utf-8", TextEncoding::kUtf8}}));
+}
+
+void AddColourOption(CLI::App& command, LineOutput::Colour& colour)
+{
+    command
+        .add_option("--color", colour,
+                    "Colour the lines; auto does on a terminal, unless NO_COLOR is set")
+        ->type_name("WHEN")
+        ->transform(NamedValue<LineOutput::Colour>({{"auto", LineOutput::Colour::kAuto},
+                                                    {"always", LineOutput::Colour::kAlways},
+                                                    {"never", LineOutput::Colour::kNever}}));
 }
 
 int WithLogFile(const LogOptions& options, const LogPath& defaultPath,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Commands.h"
+#include "LineOutput.h"
 #include "RingScan.h"
 #include "TextEncoding.h"
 
@@ -22,6 +23,10 @@ struct LogOptions {
 /// @param options     must outlive command
 /// @param hasDefault  whether the operator may leave --file out
 void AddLogOptions(CLI::App& command, LogOptions& options, bool hasDefault);
+
+/// Adds --color to a command.
+/// @param colour  must outlive command
+void AddColourOption(CLI::App& command, LineOutput::Colour& colour);
 
 /// Finds the log file and runs a function that reads it. A failure is printed on standard error.
 /// @param defaultPath  called if the options name no file

@@ -14,12 +14,14 @@ namespace {
 
 int Ps(bool json)
 {
+    const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
     const Timeline timeline = ReadTimeline();
     const std::int64_t nowMs = NowMs();
-    const auto daemons = StatusOfDaemons(RunOfThisMachine(timeline), SourceOfThisMachine(), nowMs,
-                                         ChildrenOfSupervisor());
+    const SupervisorRun& run = RunOfThisMachine(timeline);
+    const auto daemons = StatusOfDaemons(run, SourceOfThisMachine(), nowMs, children);
     PrintText(json ? ListingJson(daemons, nowMs, DM_VERSION)
                    : ListingText(daemons, nowMs, LocalTimeText));
+    PrintNotes(daemons, run);
     return kDone;
 }
 
@@ -30,6 +32,7 @@ void AddPsCommand(CLI::App& app, int& exitCode)
     const auto json = std::make_shared<bool>(false);
     CLI::App* const command = app.add_subcommand(
         "ps", "List the daemons: state, process, restarts, last exit, processor time, memory");
+    command->alias("list")->alias("status");
     command->add_flag("--json", *json, "Print one JSON object");
     command->footer(
         "Examples:\n"

@@ -2,6 +2,7 @@
 
 #include "DecimalNumber.h"
 #include "ExitCode.h"
+#include "NamedValue.h"
 #include "ThisMachine.h"
 #include "WaitCondition.h"
 #include "WithSupervisor.h"
@@ -97,7 +98,8 @@ void AddWaitCommand(CLI::App& app, int& exitCode)
         ->required()
         ->transform(DecimalNumber());
     command->add_option("--for", options->condition, "Wait for this state; default: running")
-        ->check(CLI::IsMember({"running", "ended", "restarted"}));
+        ->transform(NamedValue<std::string>(
+            {{"running", "running"}, {"ended", "ended"}, {"restarted", "restarted"}}));
     command
         ->add_option("--timeout", options->timeoutSeconds,
                      "Wait at most this many seconds; default: 60")

@@ -1,14 +1,35 @@
 #include "WithSupervisor.h"
 
+#include "DaemonListing.h"
 #include "ExitCode.h"
 #include "Printable.h"
+#include "ShutdownProgress.h"
+#include "SupervisorProcesses.h"
 #include "ThisMachine.h"
 #include "com/ComApartment.h"
 #include "exception_utils/COMException.h"
 
 #include <iostream>
+#include <string>
+#include <vector>
 
 namespace vqrx::client::v0 {
+
+namespace {
+
+// A supervisor that starts up or ends is a process that no client can call.
+std::string WhyNoSupervisorAnswers()
+{
+    const std::vector<ProcessFacts> processes = SupervisorProcesses().Running();
+    if (processes.empty()) {
+        return "\n  Start DaemonManager.exe as this user or as administrator.";
+    }
+    return "\n  But " + NamesOf(processes) +
+           " runs: it waits for the firewall service at its start, it is about to end, or it runs "
+           "in another session.\n  See: daemonctl log --tail 5; daemonctl doctor";
+}
+
+} // namespace
 
 int WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& operation)
 {
@@ -17,8 +38,7 @@ int WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& 
         daemon_manager::SupervisorClient supervisor;
         return operation(supervisor);
     } catch (const daemon_manager::SupervisorNotRunning& exception) {
-        std::cerr << "daemonctl: " << exception.what()
-                  << "\n  Start DaemonManager.exe as this user or as administrator." << std::endl;
+        std::cerr << "daemonctl: " << exception.what() << WhyNoSupervisorAnswers() << std::endl;
         return kNoSupervisor;
     } catch (const daemon_manager::ProxyNotRegistered& exception) {
         std::cerr << "daemonctl: " << exception.what()
@@ -49,6 +69,24 @@ int WithSupervisorAndLog(const std::function<int(daemon_manager::SupervisorClien
             return kLogUnreadable;
         }
     });
+}
+
+void PrintNotes(const std::vector<DaemonStatus>& daemons, const SupervisorRun& run)
+{
+    for (const std::string& note : ListingNotes(daemons, run)) {
+        std::cerr << "daemonctl: " << note << std::endl;
+    }
+}
+
+bool IsSupervisorThere()
+{
+    try {
+        const system::com::v1::ComApartment apartment;
+        const daemon_manager::SupervisorClient supervisor;
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
 }
 
 } // namespace vqrx::client::v0

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "DaemonStatus.h"
 #include "daemon_manager/SupervisorClient.h"
 
 #include <functional>
+#include <vector>
 
 namespace vqrx::client::v0 {
 
@@ -16,5 +18,11 @@ WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& oper
 /// @return the exit code of the operation; kNoSupervisor, kRefused or kLogUnreadable after a failure
 [[nodiscard]] int
 WithSupervisorAndLog(const std::function<int(daemon_manager::SupervisorClient&)>& operation);
+
+/// Prints the notes on a listing (ListingNotes) on standard error.
+void PrintNotes(const std::vector<DaemonStatus>& daemons, const SupervisorRun& run);
+
+/// Returns whether the supervisor of this machine is published and can be called.
+[[nodiscard]] bool IsSupervisorThere();
 
 } // namespace vqrx::client::v0

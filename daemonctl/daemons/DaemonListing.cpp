@@ -1,5 +1,6 @@
 #include "DaemonListing.h"
 
+#include "ExitReason.h"
 #include "Printable.h"
 #include "TimeText.h"
 
@@ -25,11 +26,6 @@ constexpr std::array<bool, kColumns> kRightAligned = {true,  false, true, false,
                                                       false, true,  true, false};
 constexpr const char* kNothing = "-";
 constexpr const char* kNotKnown = "?";
-
-bool Runs(const DaemonStatus& daemon)
-{
-    return daemon.state == RunState::running;
-}
 
 // The share of one processor that the process has used on average since its creation.
 double CpuPercent(const DaemonStatus& daemon, std::int64_t nowMs)
@@ -77,7 +73,7 @@ Row RowOf(const DaemonStatus& daemon, std::int64_t nowMs, const TimeText& timeTe
         row[4] = std::to_string(daemon.restarts) + (daemon.restartsComplete ? "" : "+");
         row[5] = LastExitText(daemon, timeText);
     }
-    if (Runs(daemon)) {
+    if (daemon.Runs()) {
         row[3] = timeText(daemon.process.createdMs);
         row[6] = WithOneDecimal(CpuPercent(daemon, nowMs), "%");
         row[7] = WithOneDecimal(static_cast<double>(daemon.process.memoryBytes) / mebibyte, "MiB");
@@ -119,7 +115,7 @@ Json DaemonJson(const DaemonStatus& daemon, std::int64_t nowMs)
     std::string state(NameOf(daemon.state));
     std::replace(state.begin(), state.end(), ' ', '_');
     const auto ifItRuns = [&](const auto& value) {
-        return Runs(daemon) ? Json(value) : Json(nullptr);
+        return daemon.Runs() ? Json(value) : Json(nullptr);
     };
     return {{"id", OrNull(daemon.id)},
             {"state", state},
@@ -129,6 +125,7 @@ Json DaemonJson(const DaemonStatus& daemon, std::int64_t nowMs)
             {"up_since_ms", ifItRuns(daemon.process.createdMs)},
             {"restarts", daemon.restarts},
             {"restarts_complete", daemon.restartsComplete},
+            {"restarts_last_hour", daemon.recent.lastHour},
             {"last_exit", LastExitJson(daemon.lastExit)},
             {"cpu_ms", ifItRuns(daemon.process.cpuMs)},
             {"cpu_percent", ifItRuns(CpuPercent(daemon, nowMs))},
@@ -182,6 +179,29 @@ std::string ListingText(const std::vector<DaemonStatus>& daemons, std::int64_t n
     return text;
 }
 
+std::vector<std::string> ListingNotes(const std::vector<DaemonStatus>& daemons,
+                                      const SupervisorRun& run)
+{
+    std::vector<std::string> notes;
+    const auto has = [&daemons](const auto& predicate) {
+        return std::any_of(daemons.begin(), daemons.end(), predicate);
+    };
+    if (has([](const DaemonStatus& daemon) { return !daemon.inLog; })) {
+        notes.emplace_back(
+            "the log no longer shows the start of a process, so its id is not known: "
+            "the log was emptied, or newer records have overwritten the start");
+    } else if (!run.beginningSeen) {
+        notes.emplace_back(
+            "the log does not reach back to the start of the supervisor; a daemon that "
+            "was attached earlier may be missing here");
+    }
+    if (has([](const DaemonStatus& daemon) { return !daemon.id && daemon.inLog; })) {
+        notes.emplace_back("a daemon that never ran has an id that no record shows; to learn it, "
+                           "launch the same program with the same arguments again");
+    }
+    return notes;
+}
+
 std::string ListingJson(const std::vector<DaemonStatus>& daemons, std::int64_t nowMs,
                         const std::string& version)
 {
@@ -193,7 +213,7 @@ std::string ListingJson(const std::vector<DaemonStatus>& daemons, std::int64_t n
                           {"time", OrNull(IsoTime(nowMs))},
                           {"time_ms", nowMs},
                           {"daemons", std::move(list)}};
-    return listing.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return listing.dump(2, ' ', true, Json::error_handler_t::replace) + "\n";
 }
 
 std::vector<ListedProcess> ParseListing(const std::string& json)
@@ -202,7 +222,8 @@ std::vector<ListedProcess> ParseListing(const std::string& json)
         std::vector<ListedProcess> processes;
         const Json listing = Json::parse(json);
         for (const Json& daemon : listing.at("daemons")) {
-            if (daemon.at("state") == "running") {
+            if (daemon.at("state") == "running" ||
+                (daemon.at("state") == "restarting" && !daemon.at("process_id").is_null())) {
                 processes.push_back(ReadProcess(daemon));
             }
         }

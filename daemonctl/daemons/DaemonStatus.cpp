@@ -1,7 +1,6 @@
 #include "DaemonStatus.h"
 
 #include <algorithm>
-#include <charconv>
 #include <set>
 
 namespace vqrx::client::v0 {
@@ -44,7 +43,7 @@ RunState StateOf(ProcessFit fit)
     return fit == ProcessFit::hidden ? RunState::unknown : RunState::ended;
 }
 
-DaemonStatus StatusOf(const DaemonHistory& daemon, const ProcessSource& source)
+DaemonStatus StatusOf(const DaemonHistory& daemon, const ProcessSource& source, std::int64_t nowMs)
 {
     DaemonStatus status;
     status.id = daemon.id;
@@ -53,6 +52,7 @@ DaemonStatus StatusOf(const DaemonHistory& daemon, const ProcessSource& source)
     if (!daemon.beginningSeen && !daemon.intervals.empty() && daemon.intervals.front().startSeen) {
         ++status.restarts; // the first start is overwritten, so the first one here is a restart
     }
+    status.recent = RestartsBefore(daemon, nowMs);
     status.lastExit = LastExitOf(daemon);
     status.attached = daemon.attached;
     status.service = daemon.IsService();
@@ -61,15 +61,17 @@ DaemonStatus StatusOf(const DaemonHistory& daemon, const ProcessSource& source)
         status.state = RunState::cannotStart;
         return status;
     }
-    const std::optional<LoggedProcess> logged = LastProcessOf(daemon, source);
-    if (!logged) {
-        status.state = RunState::ended;
-        return status;
+    status.state = RunState::ended;
+    if (const std::optional<LoggedProcess> logged = LastProcessOf(daemon, source)) {
+        status.process = source.facts(logged->processId);
+        status.state =
+            StateOf(FitProcess(*logged, status.process, source.appFolder, source.sameFile));
+        if (status.state != RunState::ended) {
+            status.processId = logged->processId;
+        }
     }
-    status.process = source.facts(logged->processId);
-    status.state = StateOf(FitProcess(*logged, status.process, source.appFolder, source.sameFile));
-    if (status.state != RunState::ended) {
-        status.processId = logged->processId;
+    if (status.state != RunState::unknown && status.recent.IsCrashLoop()) {
+        status.state = RunState::restarting;
     }
     return status;
 }
@@ -84,6 +86,37 @@ DaemonStatus StatusOfNeverStarted(const std::string& command, std::size_t failed
     return status;
 }
 
+// Writes the arguments of a process as the log writes them: with a blank after each.
+std::string ArgumentsText(const ProcessFacts& process, const ProcessSource& source)
+{
+    std::string text;
+    for (const std::string& argument : source.arguments(process.processId)) {
+        text += argument + " ";
+    }
+    return text;
+}
+
+// Gives a child to a daemon that was started so recently that the log does not show the start yet.
+// @return false if there is no such daemon
+bool GiveToItsDaemon(const ProcessFacts& child, const ProcessSource& source,
+                     std::vector<DaemonStatus>& daemons)
+{
+    const std::string arguments = " " + ArgumentsText(child, source);
+    const auto isItsDaemon = [&](const DaemonStatus& daemon) {
+        return (daemon.state == RunState::ended || daemon.state == RunState::restarting) &&
+               !daemon.processId && daemon.command.ends_with(arguments) &&
+               IsImageOfCommand(child.image, daemon.command, source.appFolder, source.sameFile);
+    };
+    const auto found = std::find_if(daemons.begin(), daemons.end(), isItsDaemon);
+    if (found == daemons.end()) {
+        return false;
+    }
+    found->processId = child.processId;
+    found->process = child;
+    found->state = found->state == RunState::ended ? RunState::running : found->state;
+    return true;
+}
+
 DaemonStatus StatusOfChild(const ProcessFacts& child, const ProcessSource& source)
 {
     DaemonStatus status;
@@ -92,10 +125,7 @@ DaemonStatus StatusOfChild(const ProcessFacts& child, const ProcessSource& sourc
     status.process = child;
     status.restartsComplete = false;
     status.inLog = false;
-    status.command = child.image + " ";
-    for (const std::string& argument : source.arguments(child.processId)) {
-        status.command += argument + " ";
-    }
+    status.command = child.image + " " + ArgumentsText(child, source);
     return status;
 }
 
@@ -151,7 +181,7 @@ std::vector<DaemonStatus> StatusOfDaemons(const SupervisorRun& run, const Proces
         const bool lookedAfter =
             daemon.state != DaemonState::kCannotStart || WasTriedLately(daemon.failedStarts, nowMs);
         if (daemon.IsRegistered() && lookedAfter) {
-            result.push_back(StatusOf(daemon, source));
+            result.push_back(StatusOf(daemon, source, nowMs));
         }
     }
     for (const auto& [command, failedStarts] : run.neverStarted) {
@@ -160,28 +190,11 @@ std::vector<DaemonStatus> StatusOfDaemons(const SupervisorRun& run, const Proces
         }
     }
     for (const ProcessFacts& child : children) {
-        if (inLog.count(child.processId) == 0) {
+        if (inLog.count(child.processId) == 0 && !GiveToItsDaemon(child, source, result)) {
             result.push_back(StatusOfChild(child, source));
         }
     }
     return result;
-}
-
-std::string ReadableReason(const std::string& reason)
-{
-    constexpr std::string_view unknown = "Unknown (0x";
-    if (!reason.starts_with(unknown) || !reason.ends_with(')')) {
-        return reason;
-    }
-    const std::string digits = reason.substr(unknown.size(), reason.size() - unknown.size() - 1);
-    std::uint32_t code = 0;
-    const char* const last = digits.data() + digits.size();
-    const auto [end, error] = std::from_chars(digits.data(), last, code, 16);
-    if (error != std::errc() || end != last) {
-        return reason;
-    }
-    constexpr std::uint32_t largestPlainCode = 0xFFFF; // larger codes are bit patterns
-    return "exit code " + (code <= largestPlainCode ? std::to_string(code) : "0x" + digits);
 }
 
 std::string_view NameOf(RunState state) noexcept
@@ -189,6 +202,8 @@ std::string_view NameOf(RunState state) noexcept
     switch (state) {
     case RunState::running:
         return "running";
+    case RunState::restarting:
+        return "restarting";
     case RunState::ended:
         return "ended";
     case RunState::cannotStart:

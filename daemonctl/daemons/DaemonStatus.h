@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CrashLoop.h"
 #include "ProcessMatch.h"
 #include "Timeline.h"
 
@@ -27,7 +28,8 @@ struct ProcessSource {
 
 /// Whether the process of a daemon runs at this moment.
 enum class RunState {
-    running, ///< the process that the log names runs
+    running,    ///< the process that the log names runs
+    restarting, ///< the daemon is in a crash loop (RecentRestarts), whether it has a process or not
     ended, ///< that process has ended; the supervisor starts the next one, unless the exit code is 259
     cannotStart, ///< the last start failed; the supervisor tries again every second
     unknown      ///< a process has this id, but this user may not examine it
@@ -44,15 +46,22 @@ struct LastExit {
 struct DaemonStatus {
     std::optional<std::uint32_t> id; ///< nothing: no record of the log shows the id
     RunState state = RunState::unknown;
-    std::optional<std::uint32_t> processId; ///< nothing unless state is running or unknown
-    ProcessFacts process;                   ///< valid only if state is running
+    std::optional<std::uint32_t> processId; ///< of the process that runs or is unknown
+    ProcessFacts process;                   ///< valid only if Runs()
     std::size_t restarts = 0;               ///< restarts that the log still shows
     bool restartsComplete = true;           ///< false: there may have been more restarts
-    std::optional<LastExit> lastExit;       ///< nothing: the log shows no end of a process
-    bool attached = false;                  ///< the daemon was attached, not launched
-    bool service = false;                   ///< the daemon is a Windows service
+    RecentRestarts recent;
+    std::optional<LastExit> lastExit; ///< nothing: the log shows no end of a process
+    bool attached = false;            ///< the daemon was attached, not launched
+    bool service = false;             ///< the daemon is a Windows service
     bool inLog = true;   ///< false: a child process of the supervisor without a record in the log
     std::string command; ///< path and arguments with a blank after each, or the name of a service
+
+    /// Returns whether a process of the daemon runs at this moment, and this user may examine it.
+    [[nodiscard]] bool Runs() const noexcept
+    {
+        return processId.has_value() && state != RunState::unknown;
+    }
 };
 
 /// Finds the run of the supervisor that has not ended: the last run of the timeline, without the runs
@@ -79,17 +88,15 @@ struct DaemonStatus {
 /// Finds the state of all daemons of the supervisor. Asks only `source` about the machine.
 /// @param run       the run of the supervisor
 /// @param nowMs     the current time, milliseconds since 1970, UTC; see WasTriedLately()
-/// @param children  the running processes that the supervisor has started
+/// @param children  the running processes that the supervisor has started. The supervisor starts a
+/// process before it logs the start. So a child that the log does not show yet counts as the process
+/// of a daemon that has none, if program and arguments fit.
 /// @return first the daemons with an id, by id; then the commands that could never be started; then
-/// the children that the log does not show
+/// the other children that the log does not show
 [[nodiscard]] std::vector<DaemonStatus> StatusOfDaemons(const SupervisorRun& run,
                                                         const ProcessSource& source,
                                                         std::int64_t nowMs,
                                                         const std::vector<ProcessFacts>& children);
-
-/// Writes the reason for an end for people: "exit code 3" for "Unknown (0x3)", and "exit code
-/// 0xc0000001" for a code above 0xFFFF. Returns any other reason unchanged. Pure.
-[[nodiscard]] std::string ReadableReason(const std::string& reason);
 
 /// Returns the name of a state for people, in lower case: "cannot start".
 [[nodiscard]] std::string_view NameOf(RunState state) noexcept;

@@ -1,6 +1,7 @@
 #include "ExpectFile.h"
 
 #include "AsciiCase.h"
+#include "TextEncoding.h"
 
 #include <utility>
 
@@ -132,6 +133,14 @@ ExpectFile ParseExpectFile(std::string_view content)
         content.remove_prefix(byteOrderMark.size());
     }
     ExpectFile file;
+    if (!IsUtf8(content)) {
+        file.errors.emplace_back("the text is not UTF-8: save the list as UTF-8");
+        return file;
+    }
+    if (content.find('\0') != std::string_view::npos) { // a power failure can leave them
+        file.errors.emplace_back("the text holds NUL bytes: write the list again");
+        return file;
+    }
     for (std::size_t number = 1; !content.empty(); ++number) {
         const std::size_t end = content.find_first_of("\r\n");
         const std::string_view line = content.substr(0, end);
@@ -153,6 +162,9 @@ ExpectFile ParseExpectFile(std::string_view content)
             words->erase(words->begin());
             file.programs.push_back({number, std::move(program), std::move(*words)});
         }
+    }
+    if (file.programs.empty() && file.errors.empty()) {
+        file.errors.emplace_back("the list names no program");
     }
     return file;
 }

@@ -20,12 +20,15 @@ struct ExpectedProgram {
 /// The content of an expect file. If `errors` is not empty, the file must not be used.
 struct ExpectFile {
     std::vector<ExpectedProgram> programs; ///< in the order of the lines
-    std::vector<std::string> errors;       ///< one for each wrong line: "line 3: ..."
+    std::vector<std::string>
+        errors; ///< one for each wrong line, "line 3: ...", or for the whole file
 };
 
 /// Reads an expect file, the list of the programs that must run. Each line holds a program and its
 /// arguments, with blanks or tabs between them. A part that holds blanks stands in double quotes.
-/// Empty lines and lines that begin with # are left out. Lines end with CR, LF or both. Pure.
+/// Empty lines and lines that begin with # are left out. Lines end with CR, LF or both. A list
+/// without any program is an error: a list that a power failure emptied must not mean that all is
+/// well. Pure.
 /// @param content  UTF-8, with or without a byte order mark
 [[nodiscard]] ExpectFile ParseExpectFile(std::string_view content);
 

@@ -12,6 +12,21 @@ std::string DescribeShutdown(const Timeline& timeline)
            "Esc in its window.";
 }
 
+std::string DescribeEnd(const Timeline& timeline)
+{
+    const SupervisorRun* const run =
+        timeline.runs.empty() || !timeline.runs.back().endSeen ? nullptr : &timeline.runs.back();
+    if (run == nullptr) {
+        return "the supervisor has ended; its daemons run on";
+    }
+    const std::uint32_t count = run->stillRegistered.value_or(0); // no record means none
+    if (count == 0) {
+        return "the supervisor has ended; it had no daemons";
+    }
+    return "the supervisor has ended; " + std::to_string(count) +
+           (count == 1 ? " daemon runs on without it" : " daemons run on without it");
+}
+
 std::string NamesOf(const std::vector<ProcessFacts>& processes)
 {
     std::string names;

@@ -19,6 +19,7 @@ std::vector<Finding> Judge(const DoctorFacts& facts)
         JudgeWmi(facts.wmi),
         JudgeCrashDialogs(facts.crashDialogs),
         JudgeErrorBoxes(facts.crashDialogs),
+        JudgeDaemons(facts.daemons),
         JudgeFirewallRules(facts.firewallRules),
     };
 }

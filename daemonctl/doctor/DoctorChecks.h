@@ -2,6 +2,7 @@
 
 #include "ConnectionChecks.h"
 #include "CrashDialogChecks.h"
+#include "DaemonChecks.h"
 #include "Finding.h"
 #include "FirewallChecks.h"
 #include "InstallationChecks.h"
@@ -22,6 +23,7 @@ struct DoctorFacts {
     FirewallRulesFacts firewallRules;
     WmiFacts wmi;
     CrashDialogFacts crashDialogs;
+    DaemonFacts daemons;
 };
 
 /// Makes all checks. Pure.

@@ -91,7 +91,7 @@ std::string DoctorJson(const std::vector<Finding>& findings, const std::string& 
                          {"worst", Word(worst)},
                          {"checks", std::move(checks)},
                          {"removed_rules", removedRules}};
-    return result.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return result.dump(2, ' ', true, Json::error_handler_t::replace) + "\n";
 }
 
 } // namespace vqrx::client::v0

@@ -69,6 +69,29 @@ std::vector<std::string> DuplicateRules(const std::vector<FirewallRuleFacts>& ru
     return duplicates;
 }
 
+std::vector<std::string> CommandsWithoutRule(const FirewallRulesFacts& facts)
+{
+    std::vector<std::string> without;
+    for (const std::string& command : facts.launchedCommands) {
+        const std::string lower = LowerAscii(command);
+        const bool hasRule = std::any_of(
+            facts.rules.begin(), facts.rules.end(), [&lower](const FirewallRuleFacts& rule) {
+                return IsSupervisorsRule(rule) &&
+                       lower.starts_with(LowerAscii(rule.application) + " ");
+            });
+        if (!hasRule) {
+            without.push_back(command);
+        }
+    }
+    return without;
+}
+
+bool IsRunning(const FirewallServiceFacts& facts)
+{
+    return facts.managerError == 0 && facts.serviceError == 0 && facts.queryError == 0 &&
+           facts.state == kServiceRunning;
+}
+
 Finding JudgeFirewallService(const FirewallServiceFacts& facts)
 {
     constexpr const char* check = "firewall-service";
@@ -115,6 +138,16 @@ Finding JudgeFirewallRules(const FirewallRulesFacts& facts)
     std::string text = std::to_string(facts.rules.size()) + " rules \"allowing ...\", " +
                        std::to_string(dead.size()) + " whose program is gone, " +
                        std::to_string(duplicates.size()) + " duplicate";
+    const std::vector<std::string> without = CommandsWithoutRule(facts);
+    if (!without.empty()) {
+        text += ", " + std::to_string(without.size()) + " missing" +
+                Listed("missing for", without) + Listed("gone", dead) +
+                Listed("duplicate", duplicates);
+        return Warning(
+            check, text,
+            "Other machines cannot reach these programs. Let the supervisor make the rule "
+            "again: daemonctl stop ID, then launch the program again.");
+    }
     if (dead.empty() && duplicates.empty()) {
         return Ok(check, std::move(text));
     }

@@ -41,6 +41,10 @@ struct FirewallRulesFacts {
     /// may be missing for a moment, during an update. Its rule must stay, because the supervisor
     /// would not add it again.
     std::vector<std::string> commandsInUse;
+    /// Path and arguments of each launched daemon whose rule the supervisor has made; empty if the
+    /// supervisor cannot make rules. The rule of a program is gone if another daemon of this program was
+    /// stopped.
+    std::vector<std::string> launchedCommands = {};
 };
 
 /// Asks the service manager for MpsSvc and, if that cannot be opened, for SharedAccess. Windows
@@ -71,10 +75,17 @@ struct FirewallRulesFacts {
 /// @return the names of the later rules
 [[nodiscard]] std::vector<std::string> DuplicateRules(const std::vector<FirewallRuleFacts>& rules);
 
+/// Finds the launched daemons whose program no rule of the supervisor lets through. Pure.
+/// @return their commands
+[[nodiscard]] std::vector<std::string> CommandsWithoutRule(const FirewallRulesFacts& facts);
+
 /// The check "firewall-service": whether the supervisor can start and add rules. Pure.
 [[nodiscard]] Finding JudgeFirewallService(const FirewallServiceFacts& facts);
 
-/// The check "firewall-rules": whether there are dead or duplicate rules. Pure.
+/// Returns whether a supervisor that runs can make rules: the service runs. Pure.
+[[nodiscard]] bool IsRunning(const FirewallServiceFacts& facts);
+
+/// The check "firewall-rules": whether there are dead, duplicate or missing rules. Pure.
 [[nodiscard]] Finding JudgeFirewallRules(const FirewallRulesFacts& facts);
 
 } // namespace vqrx::client::v0

@@ -10,7 +10,8 @@ bool RecordFilter::Accepts(const AttributedRecord& attributed) const
 {
     const Record& record = attributed.record;
     if ((level && record.level > *level) || (sinceMs && record.timeMs < *sinceMs) ||
-        (daemonId && attributed.event.daemonId != daemonId)) {
+        (daemonId && attributed.event.daemonId != daemonId) ||
+        (command && (attributed.event.command.empty() || !command(attributed.event.command)))) {
         return false;
     }
     return contains.empty() || std::search(record.text.begin(), record.text.end(), contains.begin(),

@@ -3,6 +3,7 @@
 #include "Attribution.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -13,6 +14,9 @@ struct RecordFilter {
     std::optional<int> level;              ///< the record's level is at most this
     std::optional<std::int64_t> sinceMs;   ///< earliest time, milliseconds since 1970
     std::optional<std::uint32_t> daemonId; ///< the record is about this daemon
+    /// The record is about a daemon whose command (Event::command) this function accepts. Unlike an
+    /// id, a command means the same daemon in each run of the supervisor.
+    std::function<bool(const std::string& command)> command;
     std::string contains; ///< part of the text; the case of ASCII letters does not matter
 
     /// Returns whether the record meets the conditions.

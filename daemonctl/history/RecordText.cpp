@@ -1,5 +1,6 @@
 #include "RecordText.h"
 
+#include "ExitReason.h"
 #include "Printable.h"
 #include "TimeText.h"
 
@@ -18,6 +19,25 @@ Json Optional(const std::optional<std::string>& text)
     return text ? Json(*text) : Json(nullptr);
 }
 
+// Writes what daemonctl knows about an end beside the text of its record; empty if it knows nothing.
+std::string NoteOfEnd(const AttributedRecord& attributed)
+{
+    const Event& event = attributed.event;
+    std::string note;
+    if (event.daemonId) {
+        note = attributed.attribution == Attribution::kLikely ? "probably daemon " : "daemon ";
+        note += std::to_string(*event.daemonId);
+        if (event.processId) {
+            note += ", process " + std::to_string(*event.processId);
+        }
+    }
+    const std::string reason = ReadableReason(event.reason);
+    if (reason != event.reason) {
+        note += (note.empty() ? "" : ", ") + reason;
+    }
+    return note;
+}
+
 } // namespace
 
 std::string ToText(const AttributedRecord& attributed)
@@ -25,15 +45,10 @@ std::string ToText(const AttributedRecord& attributed)
     const Record& record = attributed.record;
     std::string line = Printable(record.date);
     line.append(1, ' ').append(Printable(record.text));
-    const Event& event = attributed.event;
-    if (event.kind == EventKind::kEnded && event.daemonId) {
-        line.append(attributed.attribution == Attribution::kLikely ? "  [probably daemon "
-                                                                   : "  [daemon ");
-        line.append(std::to_string(*event.daemonId));
-        if (event.processId) {
-            line.append(", process ").append(std::to_string(*event.processId));
-        }
-        line.append("]");
+    const std::string note =
+        attributed.event.kind == EventKind::kEnded ? NoteOfEnd(attributed) : std::string();
+    if (!note.empty()) {
+        line.append("  [").append(note).append("]");
     }
     return line;
 }
@@ -61,7 +76,7 @@ std::string ToJson(const AttributedRecord& attributed)
         line["reason"] = event.reason;
         line["sure"] = attributed.attribution == Attribution::kPaired;
     }
-    return line.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return line.dump(-1, ' ', true, Json::error_handler_t::replace);
 }
 
 std::string OverwrittenJson(const std::optional<std::uint64_t>& count)

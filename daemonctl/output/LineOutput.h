@@ -10,7 +10,9 @@ class LineOutput {
 public:
     /// When to colour the lines.
     enum class Colour {
-        kAuto, ///< colours on a console, none in a file or a pipe
+        /// Colours on a console, unless the environment variable NO_COLOR is set and not empty; none
+        /// in a file or a pipe.
+        kAuto,
         kAlways,
         kNever
     };

@@ -67,9 +67,9 @@ std::unique_ptr<LineOutput> MakeLineOutput(LineOutput::Colour colour)
     const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
     DWORD mode = 0;
     if (GetConsoleMode(output, &mode) != FALSE) {
-        return std::make_unique<ConsoleOutput>(output, colour != LineOutput::Colour::kNever);
+        return std::make_unique<ConsoleOutput>(output, IsColoured(colour, true));
     }
-    return std::make_unique<StreamOutput>(colour == LineOutput::Colour::kAlways);
+    return std::make_unique<StreamOutput>(IsColoured(colour, false));
 }
 
 } // namespace vqrx::client::v0

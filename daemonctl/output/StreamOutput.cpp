@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdlib>
 #include <iostream>
 
 namespace vqrx::client::v0 {
@@ -14,6 +15,15 @@ constexpr std::size_t kMostWaitingBytes = std::size_t{64} * 1024;
 constexpr std::array<const char*, 4> kSequences = {"\x1b[91m", "\x1b[93m", "", "\x1b[92m"};
 
 } // namespace
+
+bool IsColoured(LineOutput::Colour colour, bool isTerminal)
+{
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no thread of this program changes the environment
+    const char* const noColour = std::getenv("NO_COLOR");
+    return colour == LineOutput::Colour::kAlways ||
+           (colour == LineOutput::Colour::kAuto && isTerminal &&
+            (noColour == nullptr || *noColour == '\0'));
+}
 
 std::string Coloured(int level, const std::string& utf8)
 {

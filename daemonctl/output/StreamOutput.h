@@ -23,6 +23,9 @@ private:
     std::string waiting_;
 };
 
+/// Returns whether lines are coloured. Reads the environment variable NO_COLOR.
+[[nodiscard]] bool IsColoured(LineOutput::Colour colour, bool isTerminal);
+
 /// Adds the escape sequences that show a line in the colour of its level.
 /// @param level  level of a record, 0 to 3; the line stays as it is for any other number
 [[nodiscard]] std::string Coloured(int level, const std::string& utf8);

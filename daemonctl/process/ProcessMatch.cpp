@@ -90,6 +90,17 @@ std::string Absolute(const std::string& path, const std::string& appFolder)
     return isAbsolute ? path : appFolder + "\\" + path;
 }
 
+bool IsBatchFile(const std::string& path)
+{
+    const std::string lower = LowerAscii(path);
+    return lower.ends_with(".bat") || lower.ends_with(".cmd");
+}
+
+bool IsCommandInterpreter(const std::string& image)
+{
+    return LowerAscii(image).ends_with("\\cmd.exe");
+}
+
 } // namespace
 
 bool IsImageOfCommand(const std::string& image, const std::string& command,
@@ -103,9 +114,11 @@ bool IsImageOfCommand(const std::string& image, const std::string& command,
                      [&](const std::string& path) {
                          return FitsText(Comparable(path, appFolder), wanted);
                      }) ||
-           AnyPathOf(command, [&](const std::string& path) {
-               return sameFile(Absolute(path, appFolder), image);
-           });
+           AnyPathOf(command,
+                     [&](const std::string& path) {
+                         return sameFile(Absolute(path, appFolder), image);
+                     }) ||
+           (IsCommandInterpreter(image) && AnyPathOf(command, IsBatchFile));
 }
 
 ProcessFit FitProcess(const LoggedProcess& logged, const ProcessFacts& facts,

@@ -43,7 +43,8 @@ using SameFile = std::function<bool(const std::string& left, const std::string& 
                                     const std::string& appFolder, const SameFile& sameFile);
 
 /// Returns whether a command begins with the path of this program. The log does not quote paths, so
-/// the path may end at each blank of the command.
+/// the path may end at each blank of the command. The program of a batch file is the command
+/// interpreter, cmd.exe, which Windows starts for it.
 [[nodiscard]] bool IsImageOfCommand(const std::string& image, const std::string& command,
                                     const std::string& appFolder, const SameFile& sameFile);
 

@@ -3,6 +3,7 @@
 // read again.
 #include "Check.h"
 #include "DaemonListing.h"
+#include "ExitReason.h"
 #include "ExpectFile.h"
 #include "ProcessMatch.h"
 

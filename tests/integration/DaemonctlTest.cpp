@@ -74,7 +74,7 @@ TEST(Daemonctl, Commands_without_the_proxy_print_how_to_register_it)
                       "daemonctl: the supervisor runs, but DaemonMgrPS.dll is not registered\n"
                       "  As administrator: regsvr32 DaemonMgrPS.dll\n"}));
     const ProxyRegistration registered;
-    EXPECT_EQ(Daemonctl("exit"), (Answer{0, "the supervisor has ended; its daemons run on\n", ""}));
+    EXPECT_EQ(Daemonctl("exit"), (Answer{0, "the supervisor has ended; it had no daemons\n", ""}));
     EXPECT_FALSE(supervisor.Running());
     const std::string log = (root.Path() / "Logs" / "DaemonManager.log").string();
     EXPECT_EQ(OrderlyExitCode(supervisor, log), 0U);
@@ -95,6 +95,36 @@ TEST(Daemonctl, Launch_and_Stop_report_the_result_of_the_call)
               (Answer{1, "",
                       "daemonctl: no process was stopped: daemon 0 is unknown, was attached (its "
                       "process runs on), or cannot be ended\n"}));
+}
+
+TEST(Daemonctl, Launch_warns_of_a_path_that_cannot_be_started)
+{
+    const SupervisorProcess supervisor;
+    EXPECT_EQ(
+        Daemonctl("launch C:\\no\\such.exe"),
+        (Answer{0, "0\n",
+                "daemonctl: warning: C:\\no\\such.exe does not exist; the supervisor tries to "
+                "start it every second\n"}));
+    EXPECT_EQ(Daemonctl("launch \"\"").exitCode, 2U);
+    const Answer relative = Daemonctl("launch such.exe");
+    EXPECT_EQ(relative.exitCode, 0U);
+    EXPECT_NE(
+        relative.error.find("\"such.exe\" is no full path, so the supervisor looks for it in " +
+                            supervisor.App()),
+        std::string::npos)
+        << relative;
+}
+
+TEST(Daemonctl, Launch_with_wait_answers_whether_the_program_runs)
+{
+    const SupervisorProcess supervisor;
+    const Answer runs = Daemonctl("launch --wait 20 \"" + TestProgram("no_windows") + "\" x");
+    const std::string process = std::to_string(supervisor.WaitForStart(0));
+    EXPECT_EQ(runs, (Answer{0, "0\ndaemon 0 runs as process " + process + "\n", ""}));
+    const Answer ends = Daemonctl("launch --wait 3 \"" + TestProgram("exits_with") + "\" 3");
+    EXPECT_EQ(ends.exitCode, 1U) << ends;
+    EXPECT_EQ(ends.output, "1\n");
+    EXPECT_EQ(ends.error.find("daemonctl: daemon 1 has not run for 2 s after 3 s: "), 0U) << ends;
 }
 
 TEST(Daemonctl, Launch_passes_every_argument_after_the_path_to_the_daemon)
@@ -173,7 +203,7 @@ TEST_F(DaemonctlExit, returns_after_the_process_of_the_supervisor_has_ended)
     mayEnd_.Signal();
     EXPECT_EQ(exit.ExitCode(), 0U);
     EXPECT_FALSE(supervisor_.Process().Running());
-    EXPECT_EQ(exit.Output(), "the supervisor has ended; its daemons run on\n");
+    EXPECT_EQ(exit.Output(), "the supervisor has ended; it had no daemons\n");
     EXPECT_EQ(supervisor_.ExitCode(), 0U);
 }
 

@@ -97,7 +97,7 @@ TEST(Doctor, Doctor_reports_no_failure_on_a_healthy_machine_and_changes_nothing)
     const Answer answer = Daemonctl("doctor");
     EXPECT_EQ(answer.exitCode, 0U) << answer;
     EXPECT_EQ(answer.error, "");
-    EXPECT_NE(answer.output.find("\n11 ok, 0 warnings, 0 failures\n"), std::string::npos) << answer;
+    EXPECT_NE(answer.output.find("\n12 ok, 0 warnings, 0 failures\n"), std::string::npos) << answer;
     EXPECT_NE(answer.output.find("supervisor        published and answering (process " +
                                  std::to_string(supervisor.Process().Pid()) + ", version 1.0.0)"),
               std::string::npos)

@@ -39,4 +39,6 @@ expect '14' stop 1
 expect '--help bash powershell' completion ''
 expect '--prune' doctor --p
 expect '' wait 3 --timeout ''
+expect 'always' log --color al
+expect 'auto ansi windows-1252 utf-8' log --encoding ''
 exit $((failures != 0))

@@ -58,6 +58,16 @@ TEST(DaemonArguments, begin_after_a_path_that_follows_two_dashes)
               (CommandLine{{"daemonctl", "launch", "--", "-a.exe"}, {"[x]"}}));
 }
 
+TEST(DaemonArguments, begin_after_the_path_that_follows_the_option_of_launch)
+{
+    EXPECT_EQ(SplitCommandLine({"daemonctl", "launch", "--wait", "10", "a.exe", "--wait", "3"}),
+              (CommandLine{{"daemonctl", "launch", "--wait", "10", "a.exe"}, {"--wait", "3"}}));
+    EXPECT_EQ(SplitCommandLine({"daemonctl", "launch", "--wait=10", "--", "-a.exe", "x"}),
+              (CommandLine{{"daemonctl", "launch", "--wait=10", "--", "-a.exe"}, {"x"}}));
+    EXPECT_EQ(SplitCommandLine({"daemonctl", "launch", "--wait"}),
+              (CommandLine{{"daemonctl", "launch", "--wait"}, {}}));
+}
+
 TEST(DaemonArguments, are_empty_if_the_command_line_ends_before_them)
 {
     for (const Words& words :
@@ -73,6 +83,17 @@ TEST(DaemonArguments, exclude_other_commands_and_options_before_the_path)
          {Words{"daemonctl", "stop", "1", "--help"}, Words{"daemonctl", "launch", "--help", "x"}}) {
         EXPECT_EQ(SplitCommandLine(words), (CommandLine{words, {}}));
     }
+}
+
+TEST(HelpCommand, becomes_the_option_of_the_command)
+{
+    using client::v0::WithoutHelpCommand;
+    EXPECT_EQ(WithoutHelpCommand({"daemonctl", "help"}), (Words{"daemonctl", "--help"}));
+    EXPECT_EQ(WithoutHelpCommand({"daemonctl", "help", "log", "x"}),
+              (Words{"daemonctl", "log", "--help"}));
+    EXPECT_EQ(WithoutHelpCommand({"daemonctl", "launch", "help"}),
+              (Words{"daemonctl", "launch", "help"}));
+    EXPECT_EQ(WithoutHelpCommand({"daemonctl"}), (Words{"daemonctl"}));
 }
 
 } // namespace

@@ -98,6 +98,41 @@ TEST_F(LogCommand, prints_only_the_records_of_one_daemon_including_its_end)
               "Sun Nov 16 03:52:36.028 Start DaemonId(3) PId(1300) : video.exe -x \n");
 }
 
+TEST_F(LogCommand, prints_the_records_of_a_program_in_all_runs_with_its_ends)
+{
+    RingModel ring;
+    ring.Write("Start DaemonId(0) PId(10) : C:\\App\\audio.exe ");
+    ring.Write("Start DaemonId(1) PId(11) : C:\\App\\video.exe -x ");
+    ring.Write("Deamon Thread is exiting...");
+    ring.Write("Connecting to WMI resource ...");
+    ring.Write("Start DaemonId(0) PId(20) : C:\\App\\video.exe -x ");
+    ring.Write("Exception caught in : Access violation", 0);
+    ring.Write("Start DaemonId(0) PId(21) : C:\\App\\video.exe -x ", 1);
+    Save(ring.Bytes());
+    EXPECT_EQ(Run({"--program", "VIDEO.exe"}).output,
+              "Sun Nov 16 03:52:36.014 Start DaemonId(1) PId(11) : C:\\App\\video.exe -x \n"
+              "Sun Nov 16 03:52:36.035 Start DaemonId(0) PId(20) : C:\\App\\video.exe -x \n"
+              "Sun Nov 16 03:52:36.042 Exception caught in : Access violation  "
+              "[daemon 0, process 20]\n"
+              "Sun Nov 16 03:52:36.049 Start DaemonId(0) PId(21) : C:\\App\\video.exe -x \n");
+    EXPECT_EQ(Run({"--program", "other.exe"}).output, "");
+}
+
+TEST_F(LogCommand, reports_that_the_ring_has_overwritten_records_that_were_asked_for)
+{
+    SaveDaemonsDeath();
+    const std::vector<std::string> since = {"--since", "2025-11-16T03:52:36Z"};
+    EXPECT_EQ(Run(since).errors, ""); // record 0 is there: the log never had an earlier one
+    RingModel ring(0, 5);
+    ring.Write("Deamon Thread started");
+    Save(ring.Bytes());
+    const Outcome outcome = Run(since);
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.errors, StartsWith("daemonctl: the log begins at "));
+    EXPECT_THAT(outcome.errors, EndsWith(":36; newer records have overwritten the earlier ones\n"));
+    EXPECT_EQ(Run({"--since", "2025-11-16T03:52:36.007Z"}).errors, "");
+}
+
 TEST_F(LogCommand, prints_the_last_lines_that_the_filter_accepts)
 {
     SaveDaemonsDeath();

@@ -64,6 +64,7 @@ TEST(DaemonListing, Json_has_the_documented_fields)
       "up_since_ms": 1000000,
       "restarts": 2,
       "restarts_complete": true,
+      "restarts_last_hour": 0,
       "last_exit": {
         "time": "1970-01-01T00:16:39.000Z",
         "time_ms": 999000,
@@ -76,7 +77,7 @@ TEST(DaemonListing, Json_has_the_documented_fields)
       "attached": false,
       "service": false,
       "in_log": true,
-      "command": "C:\\FW\\App\\a.exe ü"
+      "command": "C:\\FW\\App\\a.exe \u00fc"
     },
     {
       "id": null,
@@ -87,6 +88,7 @@ TEST(DaemonListing, Json_has_the_documented_fields)
       "up_since_ms": null,
       "restarts": 7,
       "restarts_complete": false,
+      "restarts_last_hour": 0,
       "last_exit": {
         "time": "1970-01-01T00:16:38.000Z",
         "time_ms": 998000,
@@ -114,6 +116,38 @@ TEST(DaemonListing, Running_processes_are_read_back_from_json)
     second.id = std::nullopt;
     EXPECT_EQ(ParseListing(ListingJson(SomeDaemons(), 0, "1")),
               (std::vector<ListedProcess>{first, second}));
+}
+
+TEST(DaemonListing, Process_of_a_daemon_in_a_crash_loop_is_listed_and_read_back)
+{
+    auto daemons = SomeDaemons();
+    daemons.resize(1);
+    daemons[0].state = RunState::restarting;
+    daemons[0].recent.lastHour = 41;
+    const std::string json = ListingJson(daemons, 0, "1");
+    EXPECT_NE(json.find("\"state\": \"restarting\""), std::string::npos) << json;
+    EXPECT_NE(json.find("\"restarts_last_hour\": 41"), std::string::npos) << json;
+    EXPECT_EQ(ParseListing(json).size(), 1U);
+    EXPECT_NE(ListingText(daemons, 1'100'000, Plain).find("restarting  1234"), std::string::npos);
+    daemons[0].processId = std::nullopt;
+    EXPECT_TRUE(ParseListing(ListingJson(daemons, 0, "1")).empty());
+}
+
+TEST(DaemonListing, Notes_say_what_the_log_does_not_show)
+{
+    SupervisorRun run;
+    run.beginningSeen = true;
+    auto daemons = SomeDaemons(); // one that runs, one that never ran, one that is not in the log
+    auto notes = ListingNotes(daemons, run);
+    ASSERT_EQ(notes.size(), 2U);
+    EXPECT_EQ(notes[0].find("the log no longer shows the start of a process"), 0U);
+    EXPECT_EQ(notes[1].find("a daemon that never ran has an id that no record shows"), 0U);
+    daemons.resize(1);
+    EXPECT_TRUE(ListingNotes(daemons, run).empty());
+    run.beginningSeen = false;
+    notes = ListingNotes(daemons, run);
+    ASSERT_EQ(notes.size(), 1U);
+    EXPECT_EQ(notes[0].find("the log does not reach back to the start of the supervisor"), 0U);
 }
 
 TEST(DaemonListing, Text_that_is_no_listing_is_refused)

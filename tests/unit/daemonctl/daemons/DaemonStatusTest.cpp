@@ -170,6 +170,43 @@ TEST(DaemonStatus, Child_of_the_supervisor_without_a_record_is_shown_without_an_
     EXPECT_EQ(daemons[1].command, R"(C:\b.exe -x y z )");
 }
 
+TEST(DaemonStatus, Child_whose_start_is_not_in_the_log_yet_belongs_to_the_daemon_that_has_ended)
+{
+    FakeLog log;
+    FakeMachine machine;
+    log.Begin()
+        .Add(2, R"(Start DaemonId(0) PId(11) : C:\FW\App\a.exe -q )")
+        .Add(2, R"(Start DaemonId(1) PId(12) : C:\FW\App\a.exe -x y z )")
+        .Add(0, "Exception caught in : Unknown (0x3)");
+    machine.Run(13, kImage, log.NowMs());
+    const auto daemons = StatusOf(log, machine, {machine.processes[13]});
+    ASSERT_EQ(daemons.size(), 2U);
+    EXPECT_EQ(daemons[0].state, RunState::ended); // it has other arguments
+    EXPECT_EQ(daemons[1].state, RunState::running);
+    EXPECT_EQ(daemons[1].processId, 13U);
+}
+
+TEST(DaemonStatus, Daemon_in_a_crash_loop_is_restarting_with_and_without_a_process)
+{
+    FakeLog log;
+    FakeMachine machine;
+    log.Begin().Add(2, R"(Start DaemonId(0) PId(12) : C:\FW\App\a.exe )");
+    for (int restart = 1; restart <= 5; ++restart) {
+        EXPECT_EQ(StatusOf(log, machine)[0].state, RunState::ended);
+        log.Add(0, "Exception caught in : Access violation")
+            .Add(1, R"(Start DaemonId(0) PId(12) : C:\FW\App\a.exe )");
+    }
+    DaemonStatus daemon = StatusOf(log, machine)[0];
+    EXPECT_EQ(daemon.state, RunState::restarting);
+    EXPECT_EQ(daemon.recent.lastHour, 5U);
+    EXPECT_FALSE(daemon.Runs());
+    machine.Run(12, kImage, log.NowMs() - 1000);
+    daemon = StatusOf(log, machine)[0];
+    EXPECT_EQ(daemon.state, RunState::restarting);
+    EXPECT_EQ(daemon.processId, 12U);
+    EXPECT_TRUE(daemon.Runs());
+}
+
 TEST(DaemonStatus, Refused_second_supervisor_does_not_hide_the_daemons_of_the_first)
 {
     FakeLog log;
@@ -239,17 +276,6 @@ TEST(RunThatGoesOn, Several_refused_supervisors_do_not_hide_the_first)
     }
     const Timeline timeline = log.Timeline();
     EXPECT_EQ(RunThatGoesOn(timeline), &timeline.runs[0]);
-}
-
-TEST(ReadableReason, Exit_code_is_a_decimal_number_up_to_65535_and_hexadecimal_above)
-{
-    EXPECT_EQ(ReadableReason("Unknown (0x0)"), "exit code 0");
-    EXPECT_EQ(ReadableReason("Unknown (0xffff)"), "exit code 65535");
-    EXPECT_EQ(ReadableReason("Unknown (0xffffffff)"), "exit code 0xffffffff");
-    EXPECT_EQ(ReadableReason("Access violation"), "Access violation");
-    EXPECT_EQ(ReadableReason("Unknown (0xzz)"), "Unknown (0xzz)");
-    EXPECT_EQ(ReadableReason("Unknown (0x)"), "Unknown (0x)");
-    EXPECT_EQ(ReadableReason("Unknown (0x1"), "Unknown (0x1");
 }
 
 } // namespace

@@ -43,10 +43,25 @@ TEST(ExpectFile, Byte_order_mark_and_all_line_ends_are_accepted)
               (Programs{{1, "a.exe", {}}, {2, "b.exe", {}}, {3, "c.exe", {}}}));
 }
 
-TEST(ExpectFile, Empty_file_and_comments_are_no_error)
+TEST(ExpectFile, List_without_a_program_is_an_error)
 {
-    EXPECT_EQ(ParseExpectFile("").programs, Programs{});
-    EXPECT_EQ(ParseExpectFile("\n # nothing \"here\n").errors, Words{});
+    for (const char* content : {"", "\xEF\xBB\xBF", "\r\n", "\n # nothing \"here\n"}) {
+        EXPECT_EQ(ParseExpectFile(content).errors, Words{"the list names no program"}) << content;
+    }
+}
+
+TEST(ExpectFile, Text_in_another_encoding_than_UTF_8_is_an_error)
+{
+    const ExpectFile file = ParseExpectFile("C:\\FW\\\xFC.exe\n");
+    EXPECT_EQ(file.programs, Programs{});
+    EXPECT_EQ(file.errors, Words{"the text is not UTF-8: save the list as UTF-8"});
+}
+
+TEST(ExpectFile, File_that_a_power_failure_has_filled_with_NUL_bytes_is_an_error)
+{
+    const ExpectFile file = ParseExpectFile(std::string(100, '\0'));
+    EXPECT_EQ(file.programs, Programs{});
+    EXPECT_EQ(file.errors, Words{"the text holds NUL bytes: write the list again"});
 }
 
 TEST(ExpectFile, Each_wrong_line_is_an_error_with_its_number)

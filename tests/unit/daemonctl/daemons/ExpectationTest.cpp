@@ -29,8 +29,22 @@ TEST(Expectation, Process_younger_than_the_minimum_does_not_count)
 {
     const auto programs = ParseExpectFile("a.exe\n").programs;
     EXPECT_EQ(CheckExpectations(programs, SomeDaemons(), 1'059'999, 60000)[0].note,
-              "daemon 0 has just been started");
+              "daemon 0 has run for 59 s, which is less than 60 s");
     EXPECT_EQ(CheckExpectations(programs, SomeDaemons(), 1'060'000, 60000)[0].daemon, 0U);
+}
+
+TEST(Expectation, Daemon_in_a_crash_loop_does_not_count_even_if_it_has_a_process)
+{
+    auto daemons = SomeDaemons();
+    daemons.resize(1);
+    daemons[0].state = RunState::restarting;
+    daemons[0].recent.lastHour = 41;
+    const auto programs = ParseExpectFile("a.exe\n").programs;
+    const auto results = CheckExpectations(programs, daemons, 1'100'000, 0);
+    EXPECT_EQ(results[0].daemon, std::nullopt);
+    EXPECT_EQ(
+        results[0].note,
+        "daemon 0 ends again and again: 41 restarts in the last hour, last exit: exit code 3");
 }
 
 } // namespace

@@ -47,9 +47,10 @@ TEST(DoctorChecks, On_a_healthy_machine_every_check_is_ok_and_the_order_is_fixed
         EXPECT_EQ(finding.remedy, "") << finding.check;
         checks.push_back(finding.check);
     }
-    EXPECT_EQ(checks, (std::vector<std::string>{"rights", "registry", "app-folder", "log-folder",
-                                                "proxy", "firewall-service", "supervisor", "wmi",
-                                                "crash-dialogs", "error-boxes", "firewall-rules"}));
+    EXPECT_EQ(checks,
+              (std::vector<std::string>{"rights", "registry", "app-folder", "log-folder", "proxy",
+                                        "firewall-service", "supervisor", "wmi", "crash-dialogs",
+                                        "error-boxes", "daemons", "firewall-rules"}));
     EXPECT_EQ(ExitCodeOf(findings), 0);
 }
 

@@ -110,6 +110,32 @@ TEST(FirewallServiceCheck, Fails_if_the_service_keeps_a_starting_supervisor_wait
     EXPECT_EQ(finding.remedy, "Disable the service, or start it: sc start MpsSvc");
 }
 
+TEST(FirewallRulesCheck, Warns_of_a_launched_program_whose_rule_is_gone)
+{
+    FirewallRulesFacts facts;
+    facts.rules = {{R"(allowing C:\a.exe)", R"(C:\a.exe)", Program::there},
+                   {R"(allowing C:\b.exe)", R"(C:\other.exe)", Program::there}};
+    facts.launchedCommands = {R"(c:\A.exe -x )", R"(C:\b.exe )"};
+    const Finding finding = JudgeFirewallRules(facts);
+    ExpectFinding(finding, Verdict::warning,
+                  "2 rules \"allowing ...\", 0 whose program is gone, 0 duplicate, 1 missing\n"
+                  "missing for: \"C:\\b.exe \"");
+    facts.launchedCommands.pop_back();
+    EXPECT_EQ(JudgeFirewallRules(facts).verdict, Verdict::ok);
+}
+
+TEST(FirewallServiceCheck, Only_a_service_that_runs_lets_the_supervisor_make_rules)
+{
+    FirewallServiceFacts facts;
+    facts.state = 4;
+    EXPECT_TRUE(IsRunning(facts));
+    facts.state = 1;
+    EXPECT_FALSE(IsRunning(facts));
+    facts.state = 4;
+    facts.serviceError = 1060;
+    EXPECT_FALSE(IsRunning(facts));
+}
+
 TEST(FirewallServiceCheck, Warns_if_the_service_is_disabled_missing_or_cannot_be_queried)
 {
     FirewallServiceFacts facts;

@@ -51,5 +51,18 @@ TEST(RecordFilter, accepts_only_records_about_the_daemon)
     EXPECT_FALSE(filter.Accepts(Of("Exit")));
 }
 
+TEST(RecordFilter, accepts_only_records_about_a_daemon_with_such_a_command)
+{
+    RecordFilter filter;
+    filter.command = [](const std::string& command) { return command == "a.exe -x "; };
+    EXPECT_TRUE(filter.Accepts(Of("Start DaemonId(3) PId(1) : a.exe -x ")));
+    EXPECT_TRUE(filter.Accepts(Of("Unable to start a.exe -x ")));
+    EXPECT_FALSE(filter.Accepts(Of("Start DaemonId(3) PId(1) : a.exe ")));
+    AttributedRecord end = Of("Exception caught in : Access violation");
+    EXPECT_FALSE(filter.Accepts(end));
+    end.event.command = "a.exe -x ";
+    EXPECT_TRUE(filter.Accepts(end));
+}
+
 } // namespace
 } // namespace vqrx::test

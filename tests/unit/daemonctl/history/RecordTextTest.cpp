@@ -42,6 +42,18 @@ TEST(RecordText, of_an_end_names_the_daemon)
                            "[probably daemon 3, process 1234]");
 }
 
+TEST(RecordText, of_an_end_with_an_exit_code_shows_the_code_as_ps_does)
+{
+    AttributedRecord end = RecordOf("Exception caught in : Unknown (0x3)", 0);
+    EXPECT_EQ(ToText(end), "Sun Nov 16 03:52:36.123 Exception caught in : Unknown (0x3)  "
+                           "[exit code 3]");
+    end.event.daemonId = 3;
+    end.event.processId = 1234;
+    end.attribution = Attribution::kPaired;
+    EXPECT_EQ(ToText(end), "Sun Nov 16 03:52:36.123 Exception caught in : Unknown (0x3)  "
+                           "[daemon 3, process 1234, exit code 3]");
+}
+
 TEST(RecordJson, has_number_times_level_and_text)
 {
     EXPECT_EQ(ToJson(RecordOf("say \"a\\b\"\x01", 3)),

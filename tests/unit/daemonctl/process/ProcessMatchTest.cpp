@@ -125,6 +125,14 @@ TEST(IsImageOfCommand, accepts_another_path_to_the_same_file)
     EXPECT_FALSE(IsImageOfCommand(R"(D:\real\b.exe)", R"(link\a.exe -x )", kApp, junction));
 }
 
+TEST(IsImageOfCommand, accepts_the_command_interpreter_for_a_batch_file)
+{
+    EXPECT_TRUE(Fits(R"(C:\windows\system32\cmd.exe)", R"(C:\FW\App\my start.BAT one )"));
+    EXPECT_TRUE(Fits(R"(C:\Windows\System32\CMD.EXE)", "start.cmd "));
+    EXPECT_FALSE(Fits(R"(C:\windows\system32\cmd.exe)", R"(C:\FW\App\a.exe one )"));
+    EXPECT_FALSE(Fits(R"(C:\FW\App\a.exe)", R"(C:\FW\App\start.bat )"));
+}
+
 TEST(DescribeMisfit, explains_each_reason)
 {
     const ProcessFacts facts = Process(R"(C:\b.exe)", 0);

@@ -1,0 +1,105 @@
+#include "LaunchedDaemon.h"
+
+#include "ExitCode.h"
+#include "InstalledPaths.h"
+#include "LaunchPath.h"
+#include "ThisMachine.h"
+#include "TimeText.h"
+#include "Utf8.h"
+#include "WaitCondition.h"
+
+#include <windows.h>
+
+#include <exception>
+#include <iostream>
+#include <optional>
+
+namespace vqrx::client::v0 {
+namespace {
+
+constexpr DWORD kLookAtItAgainMs = 200;
+constexpr std::int64_t kRunsForGoodMs = 2000; // two passes of the supervisor
+
+PathKind KindOfPath(const std::string& path)
+{
+    const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        const DWORD error = GetLastError();
+        return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? PathKind::missing
+                                                                              : PathKind::unknown;
+    }
+    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? PathKind::folder : PathKind::file;
+}
+
+std::string DescribeAbsence(const Observation& now)
+{
+    if (now.running) {
+        return "its present process is younger than 2 s; see: daemonctl ps";
+    }
+    return now.known ? "it has no process; see: daemonctl log --tail 10"
+                     : "its start failed, or was not tried yet; see: daemonctl log --tail 10";
+}
+
+void WarnOf(const std::string& warning)
+{
+    std::cerr << "daemonctl: warning: " << warning << std::endl;
+}
+
+} // namespace
+
+void WarnAboutProgram(const std::string& path)
+{
+    std::string appFolder;
+    try {
+        appFolder = DefaultAppFolder();
+    } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch): then it is not known
+    }
+    for (const std::string& warning : WarningsAboutPath(path, appFolder, KindOfPath)) {
+        WarnOf(warning);
+    }
+}
+
+int WaitUntilItRuns(std::uint32_t daemonId, std::uint32_t seconds)
+{
+    const ProcessSource source = SourceOfThisMachine();
+    const ULONGLONG start = GetTickCount64();
+    for (;;) {
+        const Timeline timeline = ReadTimeline();
+        const SupervisorRun* const run = RunThatGoesOn(timeline);
+        if (run == nullptr) {
+            std::cerr << "daemonctl: the supervisor has ended" << std::endl;
+            return kNoSupervisor;
+        }
+        const Observation now = Observe(*run, daemonId, source);
+        const bool timeIsOver = GetTickCount64() - start >= ULONGLONG{seconds} * 1000;
+        if (now.running && NowMs() - now.createdMs >= kRunsForGoodMs) {
+            std::cout << "daemon " << daemonId << " runs as process " << *now.processId
+                      << std::endl;
+            return kDone;
+        }
+        if (timeIsOver) {
+            std::cerr << "daemonctl: daemon " << daemonId << " has not run for 2 s after "
+                      << seconds << " s: " << DescribeAbsence(now) << std::endl;
+            return kNothingToDo;
+        }
+        Sleep(kLookAtItAgainMs);
+    }
+}
+
+void WarnAboutSecondAttach(std::uint32_t processId, std::uint32_t daemonId)
+{
+    std::optional<std::uint32_t> former;
+    try {
+        const Timeline timeline = ReadTimeline();
+        former = OtherDaemonOfProcess(RunOfThisMachine(timeline), processId, daemonId);
+    } catch (const LogUnreadable&) { // NOLINT(bugprone-empty-catch): then nobody knows
+    }
+    if (former) {
+        WarnOf("process " + std::to_string(processId) + " was daemon " + std::to_string(*former) +
+               " already, so the supervisor will start its program twice after its end\n  To undo "
+               "this: daemonctl detach " +
+               std::to_string(daemonId));
+    }
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace vqrx::client::v0 {
+
+/// Prints warnings about a program that was given to the supervisor, on standard error: the path is
+/// relative, or no file is there. The supervisor accepts any path and tries it every second.
+/// @param path  UTF-8
+void WarnAboutProgram(const std::string& path);
+
+/// Waits until a daemon has run for two seconds, or until the time is over, and prints on standard
+/// output or standard error whether it runs then. A program that ends at once does not count.
+/// @return kDone: it runs; kNothingToDo: it does not; kNoSupervisor: the supervisor has ended
+/// @throws LogUnreadable
+[[nodiscard]] int WaitUntilItRuns(std::uint32_t daemonId, std::uint32_t seconds);
+
+/// Prints a warning on standard error if the process was a daemon before it was attached.
+/// @param processId  the process that was attached just now
+/// @param daemonId   the daemon that it is now
+void WarnAboutSecondAttach(std::uint32_t processId, std::uint32_t daemonId);
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,88 @@
+// States of daemons as ps, check, doctor and report show them, and the other names of commands, with
+// the real supervisor.
+#include "Daemonctl.h"
+#include "SupervisorProcess.h"
+
+#include <windows.h>
+
+#include <nlohmann/json.hpp>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+
+namespace vqrx::test {
+namespace {
+
+using Json = nlohmann::json;
+
+Json DaemonsOfPs()
+{
+    const Answer answer = Daemonctl("ps --json");
+    EXPECT_EQ(answer.exitCode, 0U) << answer;
+    return Json::parse(answer.output).at("daemons");
+}
+
+// Writes a file beside the folder App. @return its path
+std::string NoteBeside(const SupervisorProcess& supervisor, const std::string& name,
+                       const std::string& text)
+{
+    const std::string path = supervisor.Root() + "\\" + name;
+    std::ofstream(path, std::ios::binary) << text;
+    return path;
+}
+
+TEST(OperatorStates, Crash_loop_is_a_state_of_its_own_in_ps_check_and_doctor)
+{
+    const SupervisorProcess supervisor;
+    const std::string program = TestProgram("exits_with");
+    EXPECT_EQ(Daemonctl("launch \"" + program + "\" 3").exitCode, 0U);
+    ASSERT_TRUE(WaitUntil(
+        [&] { return supervisor.CountLog(0, "Exception caught in : Unknown (0x3)") > 6; }));
+
+    const Json daemons = DaemonsOfPs();
+    ASSERT_EQ(daemons.size(), 1U)
+        << daemons; // no second row for a start that is not in the log yet
+    EXPECT_EQ(daemons[0].at("state"), "restarting");
+    EXPECT_EQ(daemons[0].at("id"), 0);
+    EXPECT_GE(daemons[0].at("restarts_last_hour"), 6);
+    const std::string list = NoteBeside(supervisor, "list.txt", "exits_with.exe\n");
+    const Answer check = Daemonctl("check --expect " + list);
+    EXPECT_EQ(check.exitCode, 1U);
+    EXPECT_THAT(check.output, ::testing::MatchesRegex(
+                                  "missing  exits_with.exe: daemon 0 ends again and again: "
+                                  "\\d+ restarts in the last hour, last exit: exit code 3\n"));
+    const Answer doctor = Daemonctl("doctor");
+    EXPECT_NE(doctor.output.find("1 daemon, 1 in trouble"), std::string::npos) << doctor;
+}
+
+TEST(OperatorStates, Ps_shows_a_batch_file_that_runs_as_running)
+{
+    const SupervisorProcess supervisor;
+    const std::string batch = NoteBeside(supervisor, "start.bat", "@pause\r\n");
+    EXPECT_EQ(Daemonctl("launch " + batch).exitCode, 0U);
+    const DWORD process = supervisor.WaitForStart(0);
+    ASSERT_NE(process, 0U);
+    const Json daemons = DaemonsOfPs();
+    ASSERT_EQ(daemons.size(), 1U) << daemons;
+    EXPECT_EQ(daemons[0].at("state"), "running");
+    EXPECT_EQ(daemons[0].at("process_id"), process);
+    EXPECT_EQ(Daemonctl("wait 0 --for running --timeout 0").exitCode, 0U);
+}
+
+TEST(OperatorStates, Other_names_of_commands_work_or_name_the_right_command)
+{
+    const SupervisorProcess supervisor;
+    for (const char* name : {"list", "status"}) {
+        EXPECT_EQ(Daemonctl(name).output.find("ID  STATE "), 0U) << name;
+    }
+    EXPECT_NE(Daemonctl("logs").output.find("Deamon Thread started"), std::string::npos);
+    EXPECT_NE(Daemonctl("start x.exe").error.find("daemonctl launch PATH"), std::string::npos);
+    EXPECT_NE(Daemonctl("kill 3").error.find("daemonctl stop ID"), std::string::npos);
+    EXPECT_EQ(Daemonctl("help ps"), Daemonctl("ps --help"));
+}
+
+} // namespace
+} // namespace vqrx::test
