@@ -5,6 +5,7 @@
 #include "InstalledPaths.h"
 #include "UsageError.h"
 #include "Utf8.h"
+#include "WithSupervisor.h"
 #include "system_library/LibrarySearch.h"
 
 #include <CLI/CLI.hpp>
@@ -42,7 +43,7 @@ int Run()
     AddWaitCommand(app, exitCode);
     AddCheckCommand(app, exitCode);
     AddReattachCommand(app, exitCode);
-    AddReportCommand(app, exitCode, DefaultLogPath);
+    AddReportCommand(app, exitCode, DefaultLogPath, IsSupervisorThere);
     AddDoctorCommand(app, exitCode);
     AddCompletionCommand(app, exitCode);
 

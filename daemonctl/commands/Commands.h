@@ -15,6 +15,9 @@ namespace vqrx::client::v0 {
 /// be found.
 using LogPath = std::function<std::string()>;
 
+/// Returns whether the supervisor of this machine answers.
+using SupervisorAnswers = std::function<bool()>;
+
 /// Adds launch, stop, attach and detach.
 /// @param daemonArguments  the arguments that launch and attach pass on to the daemon; app does not
 ///                         parse them, it only shows them in the help
@@ -44,8 +47,10 @@ void AddDoctorCommand(CLI::App& app, int& exitCode);
 void AddLogCommand(CLI::App& app, int& exitCode, const LogPath& path);
 
 /// Adds report, which writes a page about the history of the daemons.
-/// @param path  empty: the operator must name the log file
-void AddReportCommand(CLI::App& app, int& exitCode, const LogPath& path);
+/// @param path     empty: the operator must name the log file
+/// @param answers  asked if the page is about this machine's log; empty: nobody is asked
+void AddReportCommand(CLI::App& app, int& exitCode, const LogPath& path,
+                      const SupervisorAnswers& answers = {});
 
 /// Adds completion. Its scripts complete the commands that app has when the command runs.
 void AddCompletionCommand(CLI::App& app, int& exitCode);

@@ -2,17 +2,22 @@
 
 #include "LogOptions.h"
 
+#include "AtomicFile.h"
+#include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "LogFile.h"
 #include "ReportHtml.h"
+#include "ReportJson.h"
 #include "ReportTime.h"
+#include "TimeText.h"
 #include "TimelineBuilder.h"
 
-#include <filesystem>
-#include <fstream>
+#include <chrono>
+#include <cstdint>
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <thread>
 #include <utility>
 
 namespace vqrx::client::v0 {
@@ -20,63 +25,113 @@ namespace {
 
 struct ReportArguments : LogOptions {
     std::string output = "daemon-report.html";
+    std::string json;               // file for the figures; empty: none
+    std::uint32_t everySeconds = 0; // 0: once
 };
 
-// @param path  "-" for standard output
-// @return false if the file cannot be written
-bool WriteReport(const std::string& path, const std::string& html)
+/// The two outputs of one report.
+struct MadeReport {
+    std::string path; // of the log
+    std::string html;
+    std::string json;
+    ScanSummary summary;
+};
+
+ReportMoment MomentOf(const ReportArguments& arguments, const SupervisorAnswers& answers)
 {
-    if (path == "-") {
-        std::cout << html; // FinishOutput reports a failure
-        return true;
+    ReportMoment moment;
+    moment.nowMs = NowMs();
+    if (answers && arguments.file.empty()) {
+        moment.supervisor = answers() ? SupervisorState::running : SupervisorState::notRunning;
     }
-    const std::filesystem::path name(std::u8string(path.begin(), path.end()));
-    std::ofstream file(name, std::ios::binary);
-    file << html << std::flush;
-    return file.good();
+    return moment;
 }
 
-std::string MakePage(const ReportArguments& arguments, const std::string& path,
-                     ScanSummary& summary)
+void MakeReport(const ReportArguments& arguments, const SupervisorAnswers& answers,
+                MadeReport& report)
 {
+    const ReportMoment moment = MomentOf(arguments, answers);
     TimelineBuilder timeline;
     std::optional<int> offset;
-    summary = ReadLogFile(path, arguments.encoding, [&](Record record) {
+    report.summary = ReadLogFile(report.path, arguments.encoding, [&](Record record) {
         if (const std::optional<int> found = ZoneOffset(record.date, record.timeMs)) {
             offset = found;
         }
         timeline.Add(std::move(record));
     });
-    return ReportHtml(MakeReportModel(timeline.Finish()), path, offset.value_or(0));
+    const ReportModel model = MakeReportModel(timeline.Finish(), moment);
+    report.html = ReportHtml(model, report.path, offset.value_or(0), arguments.everySeconds);
+    report.json = arguments.json.empty() ? "" : ReportJson(model, report.path, DM_VERSION);
 }
 
-int Report(const ReportArguments& arguments, const LogPath& defaultPath)
+// @return false if the file cannot be written; an error is printed
+bool WriteOutput(const ReportArguments& arguments, const std::string& path,
+                 const std::string& content)
 {
-    std::string path;
-    std::string html;
-    ScanSummary summary;
-    // An exception of WriteReport below is no failure to read the log, and passes.
+    if (path.empty()) {
+        return true;
+    }
+    if (path == "-") {
+        std::cout << content << std::flush; // FinishOutput reports a failure
+        return true;
+    }
+    if (ReplaceFile(path, content)) {
+        return true;
+    }
+    PrintError(arguments, path + " cannot be written");
+    return false;
+}
+
+// Writes the page once. @return the exit code
+int Report(const ReportArguments& arguments, const LogPath& defaultPath,
+           const SupervisorAnswers& answers)
+{
+    MadeReport report;
+    // An exception of WriteOutput below is no failure to read the log, and passes.
     const int read = WithLogFile(arguments, defaultPath, [&](const std::string& file) {
-        path = file;
-        html = MakePage(arguments, path, summary);
+        report.path = file;
+        MakeReport(arguments, answers, report);
         return static_cast<int>(kDone);
     });
     if (read != kDone) {
         return read;
     }
-    if (!WriteReport(arguments.output, html)) {
-        PrintError(arguments, arguments.output + " cannot be written");
+    const bool page = WriteOutput(arguments, arguments.output, report.html);
+    const bool json = WriteOutput(arguments, arguments.json, report.json);
+    if (!page || !json) {
         return kRefused;
     }
-    if (arguments.output != "-") {
+    return ReportDamage(arguments, report.path, report.summary);
+}
+
+// Writes the page again and again, until the program is ended. A failure is printed and ends nothing:
+// the log may be locked, or the disk full, for a moment only.
+int ReportAgainAndAgain(const ReportArguments& arguments, const LogPath& defaultPath,
+                        const SupervisorAnswers& answers)
+{
+    for (;;) {
+        static_cast<void>(Report(arguments, defaultPath, answers));
+        std::this_thread::sleep_for(std::chrono::seconds(arguments.everySeconds));
+    }
+}
+
+int RunReport(const ReportArguments& arguments, const LogPath& defaultPath,
+              const SupervisorAnswers& answers)
+{
+    if (arguments.everySeconds != 0) {
+        return ReportAgainAndAgain(arguments, defaultPath, answers);
+    }
+    const int exitCode = Report(arguments, defaultPath, answers);
+    if (arguments.output != "-" && (exitCode == kDone || exitCode == kLogUnreadable)) {
         std::cout << arguments.output << std::endl;
     }
-    return ReportDamage(arguments, path, summary);
+    return exitCode;
 }
 
 } // namespace
 
-void AddReportCommand(CLI::App& app, int& exitCode, const LogPath& path)
+void AddReportCommand(CLI::App& app, int& exitCode, const LogPath& path,
+                      const SupervisorAnswers& answers)
 {
     const auto arguments = std::make_shared<ReportArguments>();
     CLI::App* const command = app.add_subcommand(
@@ -87,6 +142,13 @@ void AddReportCommand(CLI::App& app, int& exitCode, const LogPath& path)
             "--output,-o", arguments->output,
             "Write the page to this file; default: daemon-report.html; - for standard output")
         ->type_name("FILE");
+    command->add_option("--json", arguments->json, "Also write the figures to this file, as JSON")
+        ->type_name("FILE");
+    command
+        ->add_option("--every", arguments->everySeconds,
+                     "Write again after this many seconds, until Ctrl+C; the page reloads itself")
+        ->type_name("SECONDS")
+        ->transform(DecimalNumber());
     const std::string program = app.get_name();
     command->footer(
         "Examples:\n"
@@ -96,11 +158,15 @@ void AddReportCommand(CLI::App& app, int& exitCode, const LogPath& path)
         "  " +
         program +
         " report --file copy.log --output -\n"
-        "The page needs no network and no script. The meaning of a mark appears under the\n"
-        "pointer. The page covers the records that the log still holds.\n"
+        "  " +
+        program +
+        " report --every 10 --output C:\\www\\daemons.html --json C:\\www\\daemons.json\n"
+        "The page needs no network. The meaning of a mark appears under the pointer. The page\n"
+        "covers the records that the log still holds.\n"
         "Exit code 4: the page cannot be written; 5: the log, or some lines of it, cannot\n"
         "be read.");
-    command->callback([&exitCode, arguments, path] { exitCode = Report(*arguments, path); });
+    command->callback(
+        [&exitCode, arguments, path, answers] { exitCode = RunReport(*arguments, path, answers); });
 }
 
 } // namespace vqrx::client::v0

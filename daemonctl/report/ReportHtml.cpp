@@ -1,6 +1,8 @@
 #include "ReportHtml.h"
 
 #include "ReportLanes.h"
+#include "ReportNow.h"
+#include "ReportScript.h"
 #include "ReportStyle.h"
 #include "ReportTable.h"
 #include "ReportText.h"
@@ -9,18 +11,40 @@
 namespace vqrx::client::v0 {
 namespace {
 
-std::string HeadHtml(std::string_view source)
+std::string HeadHtml(std::string_view source, std::uint32_t reloadSeconds)
 {
     const std::string escaped = EscapeHtml(source);
+    const std::string policy =
+        reloadSeconds == 0 ? "" : std::string("; script-src '") + kReportScriptHash + "'";
+    const std::string reload = reloadSeconds == 0 ? ""
+                                                  : "<meta http-equiv=\"refresh\" content=\"" +
+                                                        std::to_string(reloadSeconds) + "\">\n";
     return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
            "<meta http-equiv=\"Content-Security-Policy\" "
-           "content=\"default-src 'none'; style-src 'unsafe-inline'\">\n"
-           "<title>Daemons of " +
-           escaped + "</title>\n<style>" + kReportStyle +
+           "content=\"default-src 'none'; style-src 'unsafe-inline'" +
+           policy + "\">\n" + reload + "<title>Daemons of " + escaped + "</title>\n<style>" +
+           kReportStyle +
            "</style>\n</head>\n<body>\n"
            "<h1>What the daemons did</h1>\n<p class=\"soft command\">" +
            escaped + "</p>\n";
+}
+
+// Writes when the page was made. A page that is written again and again also shows its age.
+std::string WrittenHtml(const ReportModel& model, int offsetMinutes, std::uint32_t reloadSeconds)
+{
+    if (model.moment.nowMs == 0) {
+        return {};
+    }
+    std::string html =
+        "<p class=\"soft\">Written <time data-ms=\"" + std::to_string(model.moment.nowMs) +
+        "\" data-every=\"" + std::to_string(reloadSeconds) + "\">" +
+        LocalText(model.moment.nowMs, offsetMinutes) + " " + ZoneText(offsetMinutes) + "</time>";
+    if (reloadSeconds != 0) {
+        html += ", <span id=\"age\"></span> The page reloads itself every " +
+                std::to_string(reloadSeconds) + " s.";
+    }
+    return html + "</p>\n";
 }
 
 std::string Fact(const std::string& name, const std::string& value)
@@ -48,13 +72,19 @@ std::string FactsHtml(const ReportModel& model, int offsetMinutes)
 
 } // namespace
 
-std::string ReportHtml(const ReportModel& model, std::string_view source, int offsetMinutes)
+std::string ReportHtml(const ReportModel& model, std::string_view source, int offsetMinutes,
+                       std::uint32_t reloadSeconds)
 {
-    std::string html = HeadHtml(source) + FactsHtml(model, offsetMinutes);
+    std::string html = HeadHtml(source, reloadSeconds) +
+                       WrittenHtml(model, offsetMinutes, reloadSeconds) +
+                       NowHtml(model, offsetMinutes) + FactsHtml(model, offsetMinutes);
     if (model.lanes.empty()) {
         html += "<p>The log contains no record about a daemon.</p>\n";
     } else {
         html += TableHtml(model) + EndsHtml(model) + LanesHtml(model, offsetMinutes);
+    }
+    if (reloadSeconds != 0) {
+        html += std::string("<script>") + kReportScript + "</script>\n";
     }
     return html + "</body>\n</html>\n";
 }

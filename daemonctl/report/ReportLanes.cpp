@@ -1,9 +1,11 @@
 #include "ReportLanes.h"
 
+#include "ExitReason.h"
 #include "ReportText.h"
 #include "ReportTime.h"
 #include "TimeScale.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 #include <utility>
@@ -22,10 +24,10 @@ std::string EndText(const ProcessInterval& interval)
 {
     switch (interval.end) {
     case IntervalEnd::kRunning:
-        return "still running at the last record";
+        return "still running";
     case IntervalEnd::kEnded:
-        return interval.attribution == Attribution::kLikely ? "probably ended: " + interval.reason
-                                                            : "ended: " + interval.reason;
+        return (interval.attribution == Attribution::kLikely ? "probably ended: " : "ended: ") +
+               ReadableReason(interval.reason);
     case IntervalEnd::kStopped:
         return interval.stopMethod == 2 ? "stopped on request, by force" : "stopped on request";
     case IntervalEnd::kStopFailed:
@@ -40,20 +42,27 @@ std::string EndText(const ProcessInterval& interval)
     return {};
 }
 
+/// The part of the time axis that is shown.
+struct Range {
+    const char* id;   ///< of the HTML element
+    const char* name; ///< for people
+    std::int64_t beginMs;
+    std::int64_t endMs;
+};
+
 class Lanes {
 public:
-    Lanes(const ReportModel& model, int offsetMinutes)
+    Lanes(const ReportModel& model, int offsetMinutes, const Range& range)
         : model_(model)
         , offset_(offsetMinutes)
-        , scale_(model.beginMs, model.endMs)
-        , ticks_(AxisTicks(model.beginMs, model.endMs, offsetMinutes))
+        , range_(range)
+        , scale_(range.beginMs, range.endMs)
+        , ticks_(AxisTicks(range.beginMs, range.endMs, offsetMinutes))
     {
     }
 
     std::string Make()
     {
-        Add("<h2>Lives</h2>\n");
-        AddLegend();
         AddAxis();
         for (std::size_t index = 0; index < model_.lanes.size(); ++index) {
             AddLane(model_.lanes[index], index);
@@ -65,22 +74,12 @@ public:
 private:
     void Add(std::string_view text) { html_ += text; }
 
-    std::string At(std::int64_t timeMs) const { return LocalText(timeMs, offset_); }
-
-    void AddLegend()
+    bool IsShown(std::int64_t beginMs, std::int64_t endMs) const
     {
-        Add("<div class=\"legend\">"
-            "<span><svg><rect class=\"life\" x=\"2\" y=\"4\" width=\"22\" height=\"10\"/></svg>"
-            "a process</span>"
-            "<span><svg><line class=\"end\" x1=\"13\" x2=\"13\" y1=\"0\" y2=\"18\"/></svg>"
-            "it ended</span>"
-            "<span><svg><line class=\"stop\" x1=\"13\" x2=\"13\" y1=\"3\" y2=\"15\"/></svg>"
-            "stopped or detached</span>"
-            "<span><svg><line class=\"failed\" x1=\"13\" x2=\"13\" y1=\"10\" y2=\"18\"/></svg>"
-            "could not be started</span>"
-            "<span><svg><rect class=\"gap\" x=\"2\" y=\"1\" width=\"22\" height=\"16\"/></svg>"
-            "no supervisor, or records missing</span></div>\n");
+        return endMs >= range_.beginMs && beginMs <= range_.endMs;
     }
+
+    std::string At(std::int64_t timeMs) const { return LocalText(timeMs, offset_); }
 
     void AddAxis()
     {
@@ -109,7 +108,7 @@ private:
                 const std::string& title)
     {
         Add(std::string("<rect class=\"") + style + "\" x=\"" + scale_.PlaceText(beginMs) +
-            "\" width=\"" + scale_.WidthText(beginMs, endMs) + "\" y=\"" +
+            "\" width=\"" + scale_.WidthText(std::max(beginMs, range_.beginMs), endMs) + "\" y=\"" +
             std::to_string(extent.top) + "\" height=\"" +
             std::to_string(extent.bottom - extent.top) + "\"><title>" + EscapeHtml(title) +
             "</title></rect>");
@@ -117,8 +116,11 @@ private:
 
     void AddLane(const ReportLane& lane, std::size_t index)
     {
-        Add(R"(<div class="lane" id="lane-)" + std::to_string(index) + "\"><p><b>" + IdsText(lane) +
-            "</b> <span class=\"command\">" + EscapeHtml(lane.command) +
+        // The ranges before the last one show the same lanes, and an id is unique.
+        const bool isWhole = range_.beginMs == model_.beginMs;
+        Add((isWhole ? R"(<div class="lane" id="lane-)" + std::to_string(index) + "\">"
+                     : std::string(R"(<div class="lane">)")) +
+            "<p><b>" + IdsText(lane) + "</b> <span class=\"command\">" + EscapeHtml(lane.command) +
             "</span></p><svg role=\"img\""
             " aria-label=\"" +
             EscapeHtml(lane.command + ": " + std::to_string(lane.restarts) + " restarts, " +
@@ -128,14 +130,21 @@ private:
             AddLine("tick", tick.timeMs, {0, 22}, "");
         }
         for (const ReportGap& gap : model_.gaps) {
+            if (!IsShown(gap.beginMs, gap.endMs)) {
+                continue;
+            }
             AddBox("gap", gap.beginMs, gap.endMs, {1, 21},
                    At(gap.beginMs) + " to " + At(gap.endMs) + ": " + gap.text);
         }
         for (const ReportInterval& shown : lane.intervals) {
-            AddProcess(shown);
+            if (IsShown(shown.beginMs, shown.endMs)) {
+                AddProcess(shown);
+            }
         }
         for (const std::int64_t failed : lane.failedStarts) {
-            AddLine("failed", failed, {13, 22}, At(failed) + ": could not be started");
+            if (IsShown(failed, failed)) {
+                AddLine("failed", failed, {13, 22}, At(failed) + ": could not be started");
+            }
         }
         Add("</svg></div>\n");
     }
@@ -171,21 +180,76 @@ private:
                  : interval.attached ? "attached " + At(shown.beginMs)
                                      : "from " + At(shown.beginMs);
         return title + " to " + At(shown.endMs) + " (" + DurationText(shown.endMs - shown.beginMs) +
-               "): " + EndText(interval);
+               "): " + EndText(interval) +
+               (interval.end == IntervalEnd::kRunning &&
+                        model_.moment.supervisor != SupervisorState::running
+                    ? " at the last record"
+                    : "");
     }
 
     const ReportModel& model_;
     int offset_; // minutes
+    Range range_;
     TimeScale scale_;
     std::vector<Tick> ticks_;
     std::string html_;
 };
 
+constexpr const char* kLegend =
+    "<div class=\"legend\">"
+    "<span><svg><rect class=\"life\" x=\"2\" y=\"4\" width=\"22\" height=\"10\"/></svg>"
+    "a process</span>"
+    "<span><svg><line class=\"end\" x1=\"13\" x2=\"13\" y1=\"0\" y2=\"18\"/></svg>"
+    "it ended</span>"
+    "<span><svg><line class=\"stop\" x1=\"13\" x2=\"13\" y1=\"3\" y2=\"15\"/></svg>"
+    "stopped or detached</span>"
+    "<span><svg><line class=\"failed\" x1=\"13\" x2=\"13\" y1=\"10\" y2=\"18\"/></svg>"
+    "could not be started</span>"
+    "<span><svg><rect class=\"gap\" x=\"2\" y=\"1\" width=\"22\" height=\"16\"/></svg>"
+    "no supervisor, or records missing</span></div>\n";
+
+// Returns the last hour, the last day and the whole log; a shorter log has fewer ranges. The whole comes
+// last: the style sheet shows it unless a link has chosen a range before it.
+std::vector<Range> RangesOf(const ReportModel& model)
+{
+    constexpr std::int64_t hourMs = std::int64_t{60} * 60 * 1000;
+    constexpr std::int64_t dayMs = 24 * hourMs;
+    std::vector<Range> ranges;
+    for (const Range& range : {Range{"hour", "last hour", model.endMs - hourMs, model.endMs},
+                               Range{"day", "last day", model.endMs - dayMs, model.endMs}}) {
+        if (range.beginMs > model.beginMs) {
+            ranges.push_back(range);
+        }
+    }
+    ranges.push_back({"all", "all that the log holds", model.beginMs, model.endMs});
+    return ranges;
+}
+
+std::string LinksTo(const std::vector<Range>& ranges, std::string_view chosen)
+{
+    std::string html = "<p class=\"ranges\">Show ";
+    for (const Range& range : ranges) {
+        html += &range == &ranges.front() ? "" : " \xC2\xB7 ";
+        html += range.id == chosen
+                    ? std::string("<strong>") + range.name + "</strong>"
+                    : std::string("<a href=\"#") + range.id + "\">" + range.name + "</a>";
+    }
+    return html + "</p>\n";
+}
+
 } // namespace
 
 std::string LanesHtml(const ReportModel& model, int offsetMinutes)
 {
-    return Lanes(model, offsetMinutes).Make();
+    std::string html = std::string("<h2>Processes over time</h2>\n") + kLegend;
+    const std::vector<Range> ranges = RangesOf(model);
+    for (const Range& range : ranges) {
+        html += std::string("<section class=\"range\" id=\"") + range.id + "\" aria-label=\"" +
+                range.name + "\">\n";
+        html += ranges.size() > 1 ? LinksTo(ranges, range.id) : std::string();
+        html += Lanes(model, offsetMinutes, range).Make() + "</section>\n";
+    }
+    return html;
 }
 
 } // namespace vqrx::client::v0

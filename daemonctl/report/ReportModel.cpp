@@ -1,5 +1,7 @@
 #include "ReportModel.h"
 
+#include "ExitReason.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <utility>
@@ -16,14 +18,28 @@ struct LaneDraft {
     std::vector<std::int64_t> endedMs; // durations of the processes that have ended
 };
 
+// The supervisor finds an end at its next pass, a second later at the latest.
+constexpr std::int64_t kAboutOnePassMs = 1500;
+
 // By command, and by place among the daemons of one run that have this command.
 using LaneDrafts = std::map<std::pair<std::string, std::size_t>, LaneDraft>;
 
-std::string StateText(const DaemonHistory& daemon, bool runEnded)
+// One run of the supervisor, up to its last record or to now.
+struct RunToShow {
+    const SupervisorRun& run;
+    bool hasEnded;
+    std::int64_t endMs;
+};
+
+std::string StateText(const DaemonHistory& daemon, const RunToShow& shown)
 {
+    if (!shown.hasEnded && daemon.IsRegistered() && daemon.state != DaemonState::kCannotStart &&
+        RestartsBefore(daemon, shown.endMs).IsCrashLoop()) {
+        return "restarting";
+    }
     switch (daemon.state) {
     case DaemonState::kRunning:
-        return runEnded ? "left running" : "running";
+        return shown.hasEnded ? "left running" : "running";
     case DaemonState::kEnded:
         return "ended";
     case DaemonState::kCannotStart:
@@ -43,7 +59,7 @@ std::string ReasonText(const ProcessInterval& interval)
 {
     switch (interval.end) {
     case IntervalEnd::kEnded:
-        return interval.reason;
+        return ReadableReason(interval.reason);
     case IntervalEnd::kStopped:
         return "stopped on request";
     case IntervalEnd::kLost:
@@ -53,25 +69,35 @@ std::string ReasonText(const ProcessInterval& interval)
     }
 }
 
-void AddDaemon(LaneDraft& draft, const DaemonHistory& daemon, const SupervisorRun& run,
-               bool runEnded)
+// Returns for how long the daemon really had the process.
+std::int64_t UpMs(const ReportInterval& shown)
+{
+    const bool endedByItself =
+        shown.interval.end == IntervalEnd::kEnded || shown.interval.end == IntervalEnd::kLost;
+    const std::int64_t lengthMs = shown.endMs - shown.beginMs;
+    return endedByItself && lengthMs <= kAboutOnePassMs ? 0 : lengthMs;
+}
+
+void AddDaemon(LaneDraft& draft, const DaemonHistory& daemon, const RunToShow& run)
 {
     ReportLane& lane = draft.lane;
     lane.command = WithoutBlank(daemon.command);
     lane.ids.insert(daemon.id);
     draft.order = daemon.id;
-    lane.state = StateText(daemon, runEnded);
+    lane.state = StateText(daemon, run);
+    lane.isRegistered = daemon.IsRegistered() && !run.hasEnded;
+    lane.recent = lane.isRegistered ? RestartsBefore(daemon, run.endMs) : RecentRestarts{};
     lane.restarts += daemon.Restarts();
-    std::int64_t begin = run.lastMs;
-    std::int64_t end = daemon.IsRegistered() ? run.lastMs : begin;
+    std::int64_t begin = run.endMs;
+    std::int64_t end = daemon.IsRegistered() ? run.endMs : begin;
     double up = 0;
     for (const ProcessInterval& interval : daemon.intervals) {
         const ReportInterval shown{interval.startMs,
-                                   std::max(interval.startMs, interval.endMs.value_or(run.lastMs)),
+                                   std::max(interval.startMs, interval.endMs.value_or(run.endMs)),
                                    interval};
         begin = std::min(begin, shown.beginMs);
         end = daemon.IsRegistered() ? end : shown.endMs;
-        up += static_cast<double>(shown.endMs - shown.beginMs);
+        up += static_cast<double>(UpMs(shown));
         if (const std::string reason = ReasonText(interval); !reason.empty()) {
             ++lane.ends[reason];
             draft.endedMs.push_back(shown.endMs - shown.beginMs);
@@ -87,19 +113,24 @@ void AddDaemon(LaneDraft& draft, const DaemonHistory& daemon, const SupervisorRu
     draft.upMs += up;
 }
 
-void AddRun(LaneDrafts& drafts, const SupervisorRun& run, bool runEnded)
+void AddRun(LaneDrafts& drafts, const RunToShow& shown)
 {
-    std::map<std::string, std::size_t> seen;
-    for (const auto& [id, daemon] : run.daemons) {
-        AddDaemon(drafts[{daemon.command, seen[daemon.command]++}], daemon, run, runEnded);
+    for (auto& [key, draft] : drafts) {
+        draft.lane.isRegistered = false; // an earlier run had it
+        draft.lane.recent = {};
     }
-    for (const auto& [command, failed] : run.neverStarted) {
+    std::map<std::string, std::size_t> seen;
+    for (const auto& [id, daemon] : shown.run.daemons) {
+        AddDaemon(drafts[{daemon.command, seen[daemon.command]++}], daemon, shown);
+    }
+    for (const auto& [command, failed] : shown.run.neverStarted) {
         LaneDraft& draft = drafts[{command, seen[command]++}];
         draft.lane.command = WithoutBlank(command);
         draft.lane.state = "cannot start";
+        draft.lane.isRegistered = !shown.hasEnded;
         draft.lane.failedStarts.insert(draft.lane.failedStarts.end(), failed.begin(), failed.end());
         draft.registeredMs +=
-            static_cast<double>(std::max<std::int64_t>(0, run.lastMs - failed.front()));
+            static_cast<double>(std::max<std::int64_t>(0, shown.endMs - failed.front()));
     }
 }
 
@@ -141,9 +172,19 @@ std::vector<ReportGap> Gaps(const Timeline& timeline)
 
 } // namespace
 
-ReportModel MakeReportModel(const Timeline& timeline)
+const ReportInterval* ReportLane::LastExit() const noexcept
+{
+    const auto found =
+        std::find_if(intervals.rbegin(), intervals.rend(), [](const ReportInterval& shown) {
+            return shown.interval.end == IntervalEnd::kEnded;
+        });
+    return found == intervals.rend() ? nullptr : &*found;
+}
+
+ReportModel MakeReportModel(const Timeline& timeline, const ReportMoment& moment)
 {
     ReportModel model;
+    model.moment = moment;
     model.beginMs = timeline.firstMs;
     model.endMs = timeline.lastMs;
     model.records = timeline.records;
@@ -151,13 +192,16 @@ ReportModel MakeReportModel(const Timeline& timeline)
     model.gaps = Gaps(timeline);
     LaneDrafts drafts;
     for (const SupervisorRun& run : timeline.runs) {
-        const bool isLast = &run == &timeline.runs.back();
-        AddRun(drafts, run, !isLast || run.endSeen);
+        const bool hasEnded = &run != &timeline.runs.back() || run.endSeen ||
+                              moment.supervisor == SupervisorState::notRunning;
+        const bool reachesToNow = !hasEnded && moment.supervisor == SupervisorState::running;
+        const std::int64_t endMs = reachesToNow ? std::max(run.lastMs, moment.nowMs) : run.lastMs;
+        AddRun(drafts, {run, hasEnded, endMs});
         // A clock may be set back, so any run may hold the earliest or the latest record.
         model.beginMs = std::min({model.beginMs, run.firstMs, run.lastMs});
-        model.endMs = std::max({model.endMs, run.firstMs, run.lastMs});
+        model.endMs = std::max({model.endMs, run.firstMs, endMs});
         for (const UnknownEnd& end : run.unknownEnds) {
-            ++model.ends[end.reason];
+            ++model.ends[ReadableReason(end.reason)];
             ++model.unknownEnds;
         }
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CrashLoop.h"
 #include "Timeline.h"
 
 #include <cstdint>
@@ -12,6 +13,19 @@
 namespace vqrx::client::v0 {
 
 // Times are milliseconds since 1970, UTC. Durations are milliseconds.
+
+/// Whether the supervisor of the log runs at the moment of the report.
+enum class SupervisorState {
+    unknown, ///< the log is a copy, or nobody asked
+    running,
+    notRunning
+};
+
+/// The moment of the report, and what is known of it besides the log.
+struct ReportMoment {
+    SupervisorState supervisor = SupervisorState::unknown;
+    std::int64_t nowMs = 0; ///< 0: not known; then the report ends at the last record
+};
 
 /// The interval of one process as the report draws it.
 struct ReportInterval {
@@ -29,11 +43,19 @@ struct ReportLane {
     std::vector<std::int64_t> failedStarts; ///< times
     std::string state;                      ///< in the last run that had the daemon, in words
     std::uint64_t restarts = 0;
-    /// Share of its registered time in which it had a process, 0 to 1.
+    /// The supervisor watches it at the moment of the report, or did at the last record.
+    bool isRegistered = false;
+    RecentRestarts recent; ///< before the moment of the report, or before the last record
+    /// Share of its registered time in which it had a process, 0 to 1. A process that ended within
+    /// about one pass of the supervisor counts as none: most of that time passed after its end, until
+    /// the next pass found it.
     std::optional<double> availability;
     std::optional<std::int64_t> longestMs;
     std::optional<std::int64_t> medianMs;      ///< of the processes that have ended
     std::map<std::string, std::uint64_t> ends; ///< how many processes ended, by reason
+
+    /// Returns the last process that ended by itself; null if there is none.
+    [[nodiscard]] const ReportInterval* LastExit() const noexcept;
 };
 
 /// An interval for which the log is incomplete.
@@ -46,7 +68,8 @@ struct ReportGap {
 /// Everything that the report shows.
 struct ReportModel {
     std::int64_t beginMs = 0;
-    std::int64_t endMs = 0;
+    std::int64_t endMs = 0; ///< of the last record; now if the supervisor runs
+    ReportMoment moment;
     std::uint64_t records = 0;
     std::size_t runs = 0;          ///< of the supervisor
     std::vector<ReportLane> lanes; ///< by id; lanes without an id last
@@ -55,8 +78,10 @@ struct ReportModel {
     std::uint64_t unknownEnds = 0; ///< of these: ends whose daemon the log does not show
 };
 
-/// Makes the model of the report from what the log shows. Pure.
+/// Makes the model of the report from what the log shows. If the supervisor runs, its daemons are
+/// as the last record shows them, up to now. Pure.
 /// @throws std::bad_alloc
-[[nodiscard]] ReportModel MakeReportModel(const Timeline& timeline);
+[[nodiscard]] ReportModel MakeReportModel(const Timeline& timeline,
+                                          const ReportMoment& moment = {});
 
 } // namespace vqrx::client::v0

@@ -26,6 +26,16 @@ h2 { font-size: 1.1rem; margin: 2rem 0 .5rem; }
 p { margin: .25rem 0; }
 a { color: inherit; }
 .soft { color: var(--soft); }
+.bad { color: var(--end); }
+.alarm {
+  margin: .5rem 0; padding: .5rem .75rem; font-weight: 600;
+  border: 2px solid var(--end); border-left-width: .6rem; color: var(--end);
+}
+.range { display: none; }
+#all { display: block; }
+.range:target { display: block; }
+.range:target ~ #all { display: none; }
+.ranges { margin: .5rem 0; }
 .command, ul.reasons { overflow-wrap: anywhere; }
 .command { font-family: ui-monospace, Consolas, monospace; font-size: .9em; }
 dl.facts { display: flex; flex-wrap: wrap; gap: .5rem 2rem; margin: 1rem 0 0; }
@@ -40,7 +50,7 @@ th { overflow-wrap: normal; }
 ul.reasons { list-style: none; margin: 0; padding: 0; }
 td ul.reasons, td ul.reasons li { display: inline; }
 td ul.reasons li + li::before { content: ", "; }
-th:last-child, td:last-child { width: 24%; padding: .35rem 0 .35rem 1rem; }
+#history th:last-child, #history td:last-child { width: 24%; padding: .35rem 0 .35rem 1rem; }
 .legend { display: flex; flex-wrap: wrap; gap: .25rem 1.25rem; margin: .5rem 0 1rem; font-size: .9rem; }
 .legend span { display: inline-flex; align-items: center; gap: .4rem; }
 .legend svg { width: 26px; height: 18px; flex: none; }
@@ -63,11 +73,12 @@ th:last-child, td:last-child { width: 24%; padding: .35rem 0 .35rem 1rem; }
   .axis .name { display: none; }
   thead { display: none; }
   table, tbody, tr, td { display: block; width: 100%; }
+  table { margin-bottom: 1rem; }
   tbody tr { padding: .5rem 0; }
-  td, td.number, td:last-child { width: 100%; padding: .1rem 0; text-align: left; white-space: normal; }
+  td, td.number, #history td:last-child { width: 100%; padding: .1rem 0; text-align: left; white-space: normal; }
   td[data-name]::before { content: attr(data-name) ": "; color: var(--soft); }
 }
-@media print { .lane { break-inside: avoid; } }
+@media print { .lane, tr, .alarm { break-inside: avoid; } .ranges { display: none; } }
 )css";
 
 } // namespace vqrx::client::v0

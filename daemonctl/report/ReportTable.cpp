@@ -59,42 +59,60 @@ std::vector<std::size_t> TableOrder(const std::vector<ReportLane>& lanes)
     return order;
 }
 
-std::string Cell(const char* name, const std::string& text, bool isNumber)
-{
-    return std::string("<td") + (isNumber ? " class=\"number\"" : "") + " data-name=\"" + name +
-           "\">" + EscapeHtml(text) + "</td>";
-}
-
 std::string RowHtml(const ReportLane& lane, std::size_t index)
 {
-    return "<tr>" + Cell("Id", IdsText(lane), false) + R"(<td class="command"><a href="#lane-)" +
-           std::to_string(index) + "\">" + EscapeHtml(lane.command) + "</a></td>" +
-           Cell("State", lane.state, false) +
-           Cell("Restarts", std::to_string(lane.restarts), true) +
-           Cell("Failed starts", std::to_string(lane.failedStarts.size()), true) +
-           Cell("Availability", lane.availability ? AvailabilityText(*lane.availability) : kNoValue,
-                true) +
-           Cell("Longest run", OptionalDuration(lane.longestMs), true) +
-           Cell("Median run", OptionalDuration(lane.medianMs), true) + "<td data-name=\"Ends\">" +
-           ReasonsHtml(lane.ends) + "</td></tr>\n";
+    return "<tr role=\"row\">" + TableCell("Id", IdsText(lane), false) +
+           R"(<td role="cell" class="command"><a href="#lane-)" + std::to_string(index) + "\">" +
+           EscapeHtml(lane.command) + "</a></td>" + TableCell("State", lane.state, false) +
+           TableCell("Restarts", std::to_string(lane.restarts), true) +
+           TableCell("Failed starts", std::to_string(lane.failedStarts.size()), true) +
+           TableCell("Availability",
+                     lane.availability ? AvailabilityText(*lane.availability) : kNoValue, true) +
+           TableCell("Longest run", OptionalDuration(lane.longestMs), true) +
+           TableCell("Median run", OptionalDuration(lane.medianMs), true) +
+           "<td role=\"cell\" data-name=\"Ends\">" + ReasonsHtml(lane.ends) + "</td></tr>\n";
 }
 
 } // namespace
 
+std::string TableCell(const char* name, const std::string& text, bool isNumber)
+{
+    return std::string("<td role=\"cell\"") + (isNumber ? " class=\"number\"" : "") +
+           " data-name=\"" + name + "\">" + EscapeHtml(text) + "</td>";
+}
+
+// On a narrow screen the style sheet shows each row as a block, after which browsers no longer take the
+// elements for a table. The roles keep it a table for screen readers.
+std::string TableHead(const char* id, const std::vector<TableColumn>& columns)
+{
+    std::string html = std::string("<table role=\"table\" id=\"") + id +
+                       "\">\n<thead role=\"rowgroup\"><tr role=\"row\">";
+    for (const TableColumn& column : columns) {
+        html += std::string("<th scope=\"col\" role=\"columnheader\"") +
+                (column.isNumber ? " class=\"number\"" : "") + ">" + column.title + "</th>";
+    }
+    return html + "</tr></thead>\n<tbody role=\"rowgroup\">\n";
+}
+
 std::string TableHtml(const ReportModel& model)
 {
     std::string html =
-        "<h2>Restarts and availability</h2>\n<table>\n<thead><tr><th>Id</th><th>Command</th>"
-        "<th>State</th><th class=\"number\">Restarts</th>"
-        "<th class=\"number\">Failed starts</th><th class=\"number\">Availability</th>"
-        "<th class=\"number\">Longest run</th><th class=\"number\">Median run</th>"
-        "<th>Ends</th></tr></thead>\n<tbody>\n";
+        "<h2>Restarts and availability</h2>\n" + TableHead("history", {{"Id", false},
+                                                                       {"Command", false},
+                                                                       {"State", false},
+                                                                       {"Restarts", true},
+                                                                       {"Failed starts", true},
+                                                                       {"Availability", true},
+                                                                       {"Longest run", true},
+                                                                       {"Median run", true},
+                                                                       {"Ends", false}});
     for (const std::size_t index : TableOrder(model.lanes)) {
         html += RowHtml(model.lanes[index], index);
     }
     return html + "</tbody>\n</table>\n<p class=\"soft\">Availability: the share of the time "
                   "in which the daemon ran, of the time in which the supervisor was to keep it "
-                  "running. Longest and median run: how long its processes ran; the median counts "
+                  "running. A process that ended within about a second counts as none. Longest and "
+                  "median run: how long its processes ran; the median counts "
                   "only the runs that have ended.</p>\n";
 }
 
@@ -105,8 +123,7 @@ std::string EndsHtml(const ReportModel& model)
         html += "\n<p class=\"soft\">" + std::to_string(model.unknownEnds) +
                 " of them: the log does not show which daemon ended.</p>";
     }
-    return html + "\n<p class=\"soft\">\xE2\x80\x9CUnknown (0x1)\xE2\x80\x9D is the plain exit "
-                  "code 1.</p>\n";
+    return html + "\n";
 }
 
 } // namespace vqrx::client::v0

@@ -34,7 +34,7 @@ std::string NoteBeside(const SupervisorProcess& supervisor, const std::string& n
     return path;
 }
 
-TEST(OperatorStates, Crash_loop_is_a_state_of_its_own_in_ps_check_and_doctor)
+TEST(OperatorStates, Crash_loop_is_a_state_of_its_own_in_ps_check_doctor_and_report)
 {
     const SupervisorProcess supervisor;
     const std::string program = TestProgram("exits_with");
@@ -56,6 +56,9 @@ TEST(OperatorStates, Crash_loop_is_a_state_of_its_own_in_ps_check_and_doctor)
                                   "\\d+ restarts in the last hour, last exit: exit code 3\n"));
     const Answer doctor = Daemonctl("doctor");
     EXPECT_NE(doctor.output.find("1 daemon, 1 in trouble"), std::string::npos) << doctor;
+    const std::string page = supervisor.Root() + "\\page.html";
+    EXPECT_EQ(Daemonctl("report --output " + page).exitCode, 0U);
+    EXPECT_NE(ReadText(page).find("was restarted"), std::string::npos);
 }
 
 TEST(OperatorStates, Ps_shows_a_batch_file_that_runs_as_running)

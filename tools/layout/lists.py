@@ -83,6 +83,7 @@ TESTED_BY = {
     "daemonctl/output/LineOutputWindows.cpp": "tests/integration/DaemonctlTest.cpp",
     "daemonctl/output/PrintText.cpp": "tests/unit/daemonctl/output/FinishOutputTest.cpp",
     "daemonctl/report/ReportLanes.cpp": "tests/unit/daemonctl/report/ReportHtmlTest.cpp",
+    "daemonctl/report/ReportScript.cpp": "tests/browser/report_test.py",
     "daemonctl/report/ReportStyle.cpp": "tests/browser/report_test.py",
     "daemonctl/report/ReportTable.cpp": "tests/unit/daemonctl/report/ReportHtmlTest.cpp",
     "daemonctl/text/TextFile.cpp": "tests/integration/UpgradeTest.cpp",

@@ -46,6 +46,8 @@ TEST(DaemonArguments, begin_after_a_path_that_follows_the_option_raw)
 {
     EXPECT_EQ(SplitCommandLine({"daemonctl", "launch", "--raw", "a.exe", "--raw", "-x"}),
               (CommandLine{{"daemonctl", "launch", "--raw", "a.exe"}, {"--raw", "-x"}}));
+    EXPECT_EQ(SplitCommandLine({"daemonctl", "launch", "--raw", "--wait", "10", "a.exe", "-x"}),
+              (CommandLine{{"daemonctl", "launch", "--raw", "--wait", "10", "a.exe"}, {"-x"}}));
     EXPECT_EQ(SplitCommandLine({"daemonctl", "attach", "--raw", "--", "12", "-x"}),
               (CommandLine{{"daemonctl", "attach", "--raw", "--", "12"}, {"-x"}}));
     EXPECT_EQ(SplitCommandLine({"daemonctl", "launch", "--raw"}),

@@ -20,6 +20,7 @@ namespace vqrx::test {
 namespace {
 
 using client::v0::AddReportCommand;
+using client::v0::SupervisorAnswers;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -48,12 +49,19 @@ private:
 
 class ReportCommand : public testing::Test {
 protected:
-    int Run(const std::string& output)
+    // @param answers  empty: the report is about a copy of a log
+    int Run(const std::string& output, const std::vector<std::string>& further = {},
+            const SupervisorAnswers& answers = {})
     {
         CLI::App app("test", "daemonctl");
         int exitCode = 0;
-        AddReportCommand(app, exitCode, {});
-        std::vector<std::string> arguments = {"report", "--file", path_, "--output", output};
+        AddReportCommand(
+            app, exitCode, [this] { return path_; }, answers);
+        std::vector<std::string> arguments = {"report", "--output", output};
+        if (!answers) {
+            arguments.insert(arguments.end(), {"--file", path_});
+        }
+        arguments.insert(arguments.end(), further.begin(), further.end());
         std::reverse(arguments.begin(), arguments.end());
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
@@ -92,6 +100,29 @@ TEST_F(ReportCommand, writes_the_page_and_prints_its_path)
     const std::string page{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     EXPECT_THAT(page, StartsWith("<!DOCTYPE html>\n"));
     EXPECT_THAT(page, HasSubstr("2025-11-16 04:52:36 UTC+01:00"));
+}
+
+TEST_F(ReportCommand, writes_the_figures_beside_the_page)
+{
+    SaveLog();
+    const std::string json = folder_.File("report.json");
+    EXPECT_EQ(Run(page_, {"--json", json}), 0);
+    std::ifstream file(json, std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    EXPECT_THAT(text, HasSubstr("\"command\": \"a.exe\""));
+    EXPECT_EQ(Run(page_, {"--json", folder_.File("missing") + "/report.json"}), 4);
+}
+
+TEST_F(ReportCommand, reaches_to_now_only_if_the_supervisor_of_this_machine_answers)
+{
+    SaveLog();
+    const auto page = [this](const SupervisorAnswers& answers) {
+        EXPECT_EQ(Run("-", {}, answers), 0);
+        return output_;
+    };
+    EXPECT_THAT(page([] { return true; }), HasSubstr("<h2>Now</h2>"));
+    EXPECT_THAT(page([] { return false; }), HasSubstr("The supervisor is not running."));
+    EXPECT_THAT(page({}), HasSubstr("<h2>At the last record</h2>"));
 }
 
 TEST_F(ReportCommand, writes_to_standard_output_if_the_output_is_a_dash)

@@ -15,6 +15,7 @@ using client::v0::BuildTimeline;
 using client::v0::MakeReportModel;
 using client::v0::Record;
 using client::v0::ReportHtml;
+using client::v0::SupervisorState;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -37,6 +38,38 @@ TEST(ReportHtml, loads_nothing_and_holds_no_script)
         EXPECT_THAT(page, Not(HasSubstr(word)));
     }
     EXPECT_THAT(page, HasSubstr("prefers-color-scheme: dark"));
+}
+
+TEST(ReportHtml, that_is_written_again_and_again_reloads_itself_and_shows_its_age)
+{
+    const auto model =
+        MakeReportModel(BuildTimeline({}), {SupervisorState::running, 1763265156000});
+    const std::string page = ReportHtml(model, "a.log", 60, 10);
+    EXPECT_THAT(page, HasSubstr("<meta http-equiv=\"refresh\" content=\"10\">"));
+    EXPECT_THAT(page, HasSubstr("<time data-ms=\"1763265156000\" data-every=\"10\">"
+                                "2025-11-16 04:52:36 UTC+01:00</time>"));
+    EXPECT_THAT(page, HasSubstr("<script>"));
+    EXPECT_THAT(page, HasSubstr("; script-src 'sha256-"));
+    const std::string once = ReportHtml(model, "a.log", 60);
+    EXPECT_THAT(once, HasSubstr("2025-11-16 04:52:36 UTC+01:00</time></p>"));
+    for (const char* const word : {"<script", "refresh", "script-src"}) {
+        EXPECT_THAT(once, Not(HasSubstr(word)));
+    }
+}
+
+TEST(ReportHtml, has_a_range_of_the_last_hour_and_day_only_if_the_log_is_longer)
+{
+    const auto page = [](std::int64_t seconds) {
+        const Record first{0, 1763265156000, 2, "", "Start DaemonId(0) PId(10) : a.exe "};
+        const Record last{1, first.timeMs + seconds * 1000, 2, "", "x"};
+        return ReportHtml(MakeReportModel(BuildTimeline({first, last})), "a.log", 0);
+    };
+    EXPECT_THAT(page(3600), Not(HasSubstr("id=\"hour\"")));
+    EXPECT_THAT(page(3600), HasSubstr("<section class=\"range\" id=\"all\""));
+    EXPECT_THAT(page(3601), HasSubstr("<section class=\"range\" id=\"hour\""));
+    EXPECT_THAT(page(3601), HasSubstr("<a href=\"#hour\">last hour</a>"));
+    EXPECT_THAT(page(3601), Not(HasSubstr("id=\"day\"")));
+    EXPECT_THAT(page(86401), HasSubstr("<section class=\"range\" id=\"day\""));
 }
 
 TEST(ReportHtml, shows_each_process_with_its_times_and_its_end)

@@ -16,6 +16,8 @@ using client::v0::MakeReportModel;
 using client::v0::Record;
 using client::v0::ReportLane;
 using client::v0::ReportModel;
+using client::v0::ReportMoment;
+using client::v0::SupervisorState;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
@@ -33,7 +35,10 @@ public:
         return At(seconds, "Connecting to WMI resource ...", 2)
             .At(seconds, "Deamon Thread started", 2);
     }
-    ReportModel Model() const { return MakeReportModel(BuildTimeline(records_)); }
+    ReportModel Model(const ReportMoment& moment = {}) const
+    {
+        return MakeReportModel(BuildTimeline(records_), moment);
+    }
 
 private:
     std::vector<Record> records_;
@@ -70,9 +75,58 @@ TEST(ReportModel, counts_restarts_ends_and_processes)
     EXPECT_EQ(lane.medianMs, 20000);  // of 10, 20 and 30 s
     ASSERT_TRUE(lane.availability);
     EXPECT_DOUBLE_EQ(*lane.availability, 0.99);
-    EXPECT_THAT(lane.ends, ElementsAre(Pair("Access violation", 2U), Pair("Unknown (0x1)", 1U)));
+    EXPECT_THAT(lane.ends, ElementsAre(Pair("Access violation", 2U), Pair("exit code 1", 1U)));
     EXPECT_EQ(lane.intervals.size(), 4U);
     EXPECT_EQ(lane.intervals.back().endMs, 200000);
+}
+
+TEST(ReportModel, reaches_to_now_if_the_supervisor_runs)
+{
+    const Log log = Log().StartUp(100).At(100, "Start DaemonId(0) PId(10) : a.exe ", 2);
+    const ReportModel copy = log.Model();
+    EXPECT_EQ(copy.endMs, 100000);
+    const ReportModel live = log.Model({SupervisorState::running, 160000});
+    EXPECT_EQ(live.endMs, 160000);
+    EXPECT_EQ(live.lanes.at(0).longestMs, 60000);
+    EXPECT_EQ(live.lanes.at(0).availability, 1.0);
+    EXPECT_EQ(live.lanes.at(0).intervals.at(0).endMs, 160000);
+    EXPECT_TRUE(live.lanes.at(0).isRegistered);
+}
+
+TEST(ReportModel, ends_at_the_last_record_if_the_supervisor_does_not_run)
+{
+    const ReportModel model = Log()
+                                  .StartUp(100)
+                                  .At(100, "Start DaemonId(0) PId(10) : a.exe ", 2)
+                                  .Model({SupervisorState::notRunning, 160000});
+    EXPECT_EQ(model.endMs, 100000);
+    EXPECT_EQ(model.lanes.at(0).state, "left running");
+    EXPECT_FALSE(model.lanes.at(0).isRegistered);
+}
+
+TEST(ReportModel, counts_a_process_that_ended_within_about_one_pass_as_down)
+{
+    Log log;
+    log.StartUp(100).At(100, "Start DaemonId(0) PId(10) : a.exe ", 2);
+    for (int second = 101; second <= 200; ++second) {
+        log.At(second, "Exception caught in : Access violation", 0)
+            .At(second, "Start DaemonId(0) PId(10) : a.exe ");
+    }
+    const ReportLane lane = log.Model({SupervisorState::running, 200000}).lanes.at(0);
+    EXPECT_EQ(lane.availability, 0.0);
+    EXPECT_EQ(lane.state, "restarting");
+    EXPECT_EQ(lane.recent.lastTenMinutes, 100U);
+    EXPECT_EQ(lane.medianMs, 1000);
+}
+
+TEST(ReportModel, counts_a_process_that_a_client_stopped_at_once_as_up)
+{
+    const ReportModel model = Log()
+                                  .StartUp(100)
+                                  .At(100, "Start DaemonId(0) PId(10) : a.exe ", 2)
+                                  .At(101, "Stop (1) DaemonId(0) PId(10) : a.exe ")
+                                  .Model();
+    EXPECT_EQ(model.lanes.at(0).availability, 1.0);
 }
 
 TEST(ReportModel, recognises_a_daemon_in_the_next_run_by_its_command)
@@ -132,7 +186,7 @@ TEST(ReportModel, counts_ends_of_unknown_daemons)
     const ReportModel model =
         Log().StartUp(100).At(100, "Exception caught in : Unknown (0x1)", 0).Model();
     EXPECT_EQ(model.unknownEnds, 1U);
-    EXPECT_THAT(model.ends, ElementsAre(Pair("Unknown (0x1)", 1U)));
+    EXPECT_THAT(model.ends, ElementsAre(Pair("exit code 1", 1U)));
 }
 
 TEST(ReportModel, has_no_negative_interval_if_the_clock_was_set_back)

@@ -1,0 +1,129 @@
+#include "ReportNow.h"
+
+#include "AsciiCase.h"
+#include "ExitReason.h"
+#include "ReportTable.h"
+#include "ReportText.h"
+#include "ReportTime.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <vector>
+
+namespace vqrx::client::v0 {
+namespace {
+
+// Returns the file name of the program. The log does not quote paths, which may hold blanks.
+std::string ProgramName(const std::string& command)
+{
+    const std::size_t extension = LowerAscii(command).find(".exe");
+    const std::string path = command.substr(
+        0, extension == std::string::npos ? command.find(' ') : extension + std::strlen(".exe"));
+    return path.substr(path.rfind('\\') + 1); // the whole path if it has no backslash
+}
+
+bool IsInTrouble(const ReportLane& lane)
+{
+    return lane.state == "restarting" || lane.state == "cannot start";
+}
+
+std::string CrashLoopHtml(const ReportLane& lane)
+{
+    std::string text = ProgramName(lane.command) + " was restarted " +
+                       std::to_string(lane.recent.lastTenMinutes) + " times in the last 10 minutes";
+    if (const ReportInterval* const last = lane.LastExit()) {
+        text += ", last reason " + ReadableReason(last->interval.reason);
+    }
+    return "<p class=\"alarm\"><span class=\"command\">" + EscapeHtml(text) + ".</span></p>\n";
+}
+
+std::string CannotStartHtml(const ReportLane& lane)
+{
+    return "<p class=\"alarm\"><span class=\"command\">" + EscapeHtml(ProgramName(lane.command)) +
+           " cannot be started.</span></p>\n";
+}
+
+std::string SinceText(const ReportLane& lane, int offsetMinutes)
+{
+    if (lane.intervals.empty() || lane.intervals.back().interval.end != IntervalEnd::kRunning) {
+        return kNoValue;
+    }
+    return LocalText(lane.intervals.back().beginMs, offsetMinutes);
+}
+
+std::string LastExitText(const ReportLane& lane, int offsetMinutes)
+{
+    const ReportInterval* const last = lane.LastExit();
+    return last == nullptr ? kNoValue
+                           : ReadableReason(last->interval.reason) + ", " +
+                                 LocalText(last->endMs, offsetMinutes);
+}
+
+// A mark before the word shows a daemon in trouble to readers who see no colours.
+std::string StateHtml(const ReportLane& lane)
+{
+    return IsInTrouble(lane) ? "<strong class=\"bad\">\xE2\x9A\xA0 " + lane.state + "</strong>"
+                             : EscapeHtml(lane.state);
+}
+
+std::string RowOfNow(const ReportLane& lane, int offsetMinutes)
+{
+    return "<tr role=\"row\">" + TableCell("Id", IdsText(lane), false) +
+           R"(<td role="cell" data-name="State">)" + StateHtml(lane) + "</td>" +
+           R"(<td role="cell" class="command">)" + EscapeHtml(lane.command) + "</td>" +
+           TableCell("Since", SinceText(lane, offsetMinutes), false) +
+           TableCell("Restarts in the last hour", std::to_string(lane.recent.lastHour), true) +
+           TableCell("Last exit", LastExitText(lane, offsetMinutes), false) + "</tr>\n";
+}
+
+std::vector<const ReportLane*> WatchedDaemons(const ReportModel& model)
+{
+    std::vector<const ReportLane*> watched;
+    for (const ReportLane& lane : model.lanes) {
+        if (lane.isRegistered) {
+            watched.push_back(&lane);
+        }
+    }
+    std::stable_sort(watched.begin(), watched.end(),
+                     [](const ReportLane* left, const ReportLane* right) {
+                         return IsInTrouble(*left) && !IsInTrouble(*right);
+                     });
+    return watched;
+}
+
+} // namespace
+
+std::string NowHtml(const ReportModel& model, int offsetMinutes)
+{
+    std::string html;
+    if (model.moment.supervisor == SupervisorState::notRunning) {
+        html += "<p class=\"alarm\" role=\"alert\">The supervisor is not running. Nobody starts a "
+                "program again that ends. The page shows the log up to its last record.</p>\n";
+    }
+    const std::vector<const ReportLane*> watched = WatchedDaemons(model);
+    for (const ReportLane* const lane : watched) {
+        if (lane->state == "restarting") {
+            html += CrashLoopHtml(*lane);
+        } else if (lane->state == "cannot start") {
+            html += CannotStartHtml(*lane);
+        }
+    }
+    if (watched.empty()) {
+        return html;
+    }
+    html += model.moment.supervisor == SupervisorState::running ? "<h2>Now</h2>\n"
+                                                                : "<h2>At the last record</h2>\n";
+    html += TableHead("now", {{"Id", false},
+                              {"State", false},
+                              {"Command", false},
+                              {"Since", false},
+                              {"Restarts in the last hour", true},
+                              {"Last exit", false}});
+    for (const ReportLane* const lane : watched) {
+        html += RowOfNow(*lane, offsetMinutes);
+    }
+    return html + "</tbody>\n</table>\n";
+}
+
+} // namespace vqrx::client::v0

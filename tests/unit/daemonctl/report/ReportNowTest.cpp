@@ -1,0 +1,93 @@
+#include "ReportNow.h"
+
+#include "TimelineBuilder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using client::v0::BuildTimeline;
+using client::v0::MakeReportModel;
+using client::v0::NowHtml;
+using client::v0::Record;
+using client::v0::SupervisorState;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+constexpr std::int64_t kBegin = 1763265156000; // 2025-11-16 03:52:36 UTC
+
+/// Writes the part about the present for a log with one record a second, one second after the last.
+std::string NowOf(const std::vector<std::string>& texts,
+                  SupervisorState state = SupervisorState::running)
+{
+    std::vector<Record> records;
+    for (const std::string& text : texts) {
+        const auto number = static_cast<std::int64_t>(records.size());
+        const auto isText = [&text](const Record& record) { return record.text == text; };
+        const int level = std::none_of(records.begin(), records.end(), isText) ? 2 : 1; // a restart
+        records.push_back(Record{number, kBegin + number * 1000, level, "", text});
+    }
+    const auto nowMs = kBegin + static_cast<std::int64_t>(records.size()) * 1000;
+    return NowHtml(MakeReportModel(BuildTimeline(records), {state, nowMs}), 0);
+}
+
+std::vector<std::string> CrashLoop(const std::string& command, int restarts)
+{
+    const std::string start = "Start DaemonId(0) PId(10) : " + command;
+    std::vector<std::string> texts = {start};
+    for (int restart = 0; restart < restarts; ++restart) {
+        texts.insert(texts.end(), {"Exception caught in : Access violation", start});
+    }
+    return texts;
+}
+
+TEST(ReportNow, names_a_crash_loop_in_words)
+{
+    const std::string html = NowOf(CrashLoop("C:\\My App\\video.exe -o C:\\x ", 41));
+    EXPECT_THAT(html,
+                HasSubstr("video.exe was restarted 41 times in the last 10 minutes, last reason "
+                          "Access violation."));
+    EXPECT_THAT(html, HasSubstr("\xE2\x9A\xA0 restarting"));
+    EXPECT_THAT(NowOf(CrashLoop("a.exe ", 4)), Not(HasSubstr("was restarted")));
+}
+
+TEST(ReportNow, names_a_program_that_cannot_be_started)
+{
+    EXPECT_THAT(NowOf({"Unable to start C:\\no.exe "}), HasSubstr("no.exe cannot be started."));
+}
+
+TEST(ReportNow, warns_if_the_supervisor_does_not_run)
+{
+    const std::string html =
+        NowOf({"Start DaemonId(0) PId(10) : a.exe "}, SupervisorState::notRunning);
+    EXPECT_THAT(html, HasSubstr("The supervisor is not running."));
+    EXPECT_THAT(html, Not(HasSubstr("<table")));
+    EXPECT_THAT(NowOf({}), IsEmpty());
+}
+
+TEST(ReportNow, lists_the_watched_daemons_with_those_in_trouble_first)
+{
+    std::vector<std::string> texts = {"Start DaemonId(3) PId(9) : good.exe ",
+                                      "Start DaemonId(4) PId(8) : gone.exe ",
+                                      "Stop (1) DaemonId(4) PId(8) : gone.exe "};
+    const auto loop = CrashLoop("bad.exe ", 6);
+    texts.insert(texts.end(), loop.begin(), loop.end());
+    const std::string html = NowOf(texts);
+    EXPECT_THAT(html, HasSubstr("<h2>Now</h2>"));
+    EXPECT_THAT(html, HasSubstr("data-name=\"Since\">2025-11-16 03:52:36</td>"));
+    EXPECT_THAT(html, Not(HasSubstr("gone.exe")));
+    EXPECT_LT(html.find("command\">bad.exe"), html.find("command\">good.exe"));
+    EXPECT_THAT(html, HasSubstr("data-name=\"Restarts in the last hour\">6</td>"));
+    EXPECT_THAT(NowOf({"Start DaemonId(0) PId(10) : a.exe "}, SupervisorState::unknown),
+                HasSubstr("<h2>At the last record</h2>"));
+}
+
+} // namespace
+} // namespace vqrx::test
