@@ -27,7 +27,8 @@ unsigned char* MapReached() noexcept
     const DWORD access = GENERIC_READ | GENERIC_WRITE;
     const DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE;
     const HANDLE file = CreateFileA(name, access, share, nullptr, OPEN_EXISTING, 0, nullptr);
-    const HANDLE mapping = CreateFileMappingA(file, nullptr, PAGE_READWRITE, 0, kMostMutants, nullptr);
+    const HANDLE mapping =
+        CreateFileMappingA(file, nullptr, PAGE_READWRITE, 0, kMostMutants, nullptr);
     void* const bytes = MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, kMostMutants);
     CloseHandle(mapping);
     CloseHandle(file);

@@ -23,7 +23,8 @@ template <typename T>
 constexpr bool kIsOptional<std::optional<T>> = true;
 
 template <typename T>
-concept Container = requires(T value) {
+concept Container = requires(T value)
+{
     value.empty();
     value.clear();
     T{};
@@ -71,7 +72,7 @@ constexpr T Changed(const T& value)
 
 /// Returns value, or Changed(value) if the mutant is chosen.
 template <typename T>
-    requires std::is_scalar_v<T>
+requires std::is_scalar_v<T>
 constexpr T Other(int id, T value)
 {
     return Is(id) ? Changed(value) : value;
@@ -79,8 +80,7 @@ constexpr T Other(int id, T value)
 
 /// Returns value, or a changed copy of it that the next call of the thread overwrites.
 template <typename T>
-    requires(Changeable<T> && !std::is_scalar_v<T>)
-const T& Other(int id, const T& value)
+requires(Changeable<T> && !std::is_scalar_v<T>) const T& Other(int id, const T& value)
 {
     static thread_local T other{};
     if (Is(id)) {
