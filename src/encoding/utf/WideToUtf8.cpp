@@ -111,7 +111,7 @@ std::string WideToUtf8(const std::wstring& s)
         const wchar_t* const pieceEnd = end - unit > kPiece ? unit + kPiece : end;
         char* out = buffer.data();
         const wchar_t* const stopped = Convert(unit, pieceEnd, out);
-        if (stopped == unit || (stopped != pieceEnd && pieceEnd - stopped > 1)) {
+        if (stopped == unit) {
             RaiseError(s);
         }
         if (result.empty() && pieceEnd != end) {
