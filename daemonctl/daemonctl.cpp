@@ -37,12 +37,15 @@ int Run()
     int exitCode = kDone;
     const CommandLine commandLine = SplitCommandLine(WithoutHelpCommand(Utf8Arguments()));
     AddControlCommands(app, exitCode, commandLine.daemons);
+    AddStopCommand(app, exitCode);
     AddExitCommand(app, exitCode);
     AddPsCommand(app, exitCode);
     AddLogCommand(app, exitCode, DefaultLogPath);
     AddWaitCommand(app, exitCode);
     AddCheckCommand(app, exitCode);
+    AddApplyCommand(app, exitCode);
     AddReattachCommand(app, exitCode);
+    AddRestartCommand(app, exitCode);
     AddReportCommand(app, exitCode, DefaultLogPath, IsSupervisorThere);
     AddDoctorCommand(app, exitCode);
     AddCompletionCommand(app, exitCode);

@@ -18,11 +18,17 @@ using LogPath = std::function<std::string()>;
 /// Returns whether the supervisor of this machine answers.
 using SupervisorAnswers = std::function<bool()>;
 
-/// Adds launch, stop, attach and detach.
+/// Adds launch, attach and detach.
 /// @param daemonArguments  the arguments that launch and attach pass on to the daemon; app does not
 ///                         parse them, it only shows them in the help
 void AddControlCommands(CLI::App& app, int& exitCode,
                         const std::vector<std::string>& daemonArguments);
+
+/// Adds stop, which ends daemons.
+void AddStopCommand(CLI::App& app, int& exitCode);
+
+/// Adds restart, which ends the processes of daemons so that the supervisor starts them again.
+void AddRestartCommand(CLI::App& app, int& exitCode);
 
 /// Adds exit, which ends the supervisor.
 void AddExitCommand(CLI::App& app, int& exitCode);
@@ -35,6 +41,9 @@ void AddWaitCommand(CLI::App& app, int& exitCode);
 
 /// Adds check, which compares the running daemons with a list of programs.
 void AddCheckCommand(CLI::App& app, int& exitCode);
+
+/// Adds apply, which makes the daemons those of a fleet file.
+void AddApplyCommand(CLI::App& app, int& exitCode);
 
 /// Adds reattach, which attaches the daemons of the former supervisor.
 void AddReattachCommand(CLI::App& app, int& exitCode);

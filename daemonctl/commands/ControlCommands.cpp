@@ -58,14 +58,6 @@ int Launch(SupervisorClient& supervisor, const Arguments& arguments)
     return answer.done ? kDone : kNothingToDo;
 }
 
-int Stop(SupervisorClient& supervisor, const Arguments& arguments)
-{
-    const std::string id = std::to_string(arguments.id);
-    return Answer(supervisor.Stop(arguments.id), "daemon " + id + " stopped",
-                  "no process was stopped: daemon " + id +
-                      " is unknown, was attached (its process runs on), or cannot be ended");
-}
-
 int Attach(SupervisorClient& supervisor, const Arguments& arguments)
 {
     const DaemonRequest answer =
@@ -140,16 +132,6 @@ void AddControlCommands(CLI::App& app, int& exitCode,
         "characters of the command interpreter.\n"
         "Exit code 1: this program with these arguments is registered already; the printed id is\n"
         "its daemon id. With --wait: the program does not run. Exit code 2: an argument was refused.");
-
-    command = AddCommand(app, exitCode, "stop", "End a daemon and its process; may take a minute",
-                         Stop, arguments);
-    command->add_option("ID", arguments->id, "Daemon id, as ps shows it")
-        ->required()
-        ->transform(DecimalNumber());
-    command->footer("Example:\n  daemonctl stop 3\n"
-                    "The supervisor asks the process to quit, waits at most 30 seconds, and then\n"
-                    "terminates it. An attached process runs on: use detach for it.\n"
-                    "Exit code 1: no process was stopped.");
 
     command = AddCommand(app, exitCode, "attach",
                          "Keep a running process alive; print its daemon id", Attach, arguments);

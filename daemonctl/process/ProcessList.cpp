@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <set>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -83,6 +84,30 @@ std::vector<std::uint32_t> ChildrenOfProcess(std::uint32_t processId)
         }
     });
     return children;
+}
+
+std::vector<std::uint32_t> OrphansOfImage(const std::wstring& fileName)
+{
+    std::vector<PROCESSENTRY32W> found;
+    std::set<DWORD> running;
+    ForEachProcess([&](const PROCESSENTRY32W& entry) {
+        running.insert(entry.th32ProcessID);
+        if (lstrcmpiW(entry.szExeFile, fileName.c_str()) == 0) {
+            found.push_back(entry);
+        }
+    });
+    std::vector<std::uint32_t> orphans;
+    for (const PROCESSENTRY32W& entry : found) {
+        // Windows gives ids again. If the parent is younger than the process, it is another process.
+        const DWORD parent = entry.th32ParentProcessID;
+        const ProcessFacts facts = ReadProcessFacts(parent);
+        const bool isYounger = facts.state == ProcessFacts::State::running &&
+                               facts.createdMs > ReadProcessFacts(entry.th32ProcessID).createdMs;
+        if (running.count(parent) == 0 || isYounger) {
+            orphans.push_back(entry.th32ProcessID);
+        }
+    }
+    return orphans;
 }
 
 } // namespace vqrx::client::v0

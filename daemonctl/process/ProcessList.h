@@ -25,4 +25,8 @@ struct ImageFacts {
 /// process that is older than this parent was started by an earlier process with the same id.
 [[nodiscard]] std::vector<std::uint32_t> ChildrenOfProcess(std::uint32_t processId);
 
+/// Returns the ids of the processes that run a program file of this name, and whose parent has ended.
+/// @param fileName  without folder; letter case is ignored
+[[nodiscard]] std::vector<std::uint32_t> OrphansOfImage(const std::wstring& fileName);
+
 } // namespace vqrx::client::v0

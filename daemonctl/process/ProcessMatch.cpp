@@ -83,12 +83,16 @@ bool AnyPathOf(const std::string& command, const Predicate& fits)
     return false;
 }
 
-std::string Absolute(const std::string& path, const std::string& appFolder)
+} // namespace
+
+std::string AbsolutePath(const std::string& path, const std::string& appFolder)
 {
     const bool isAbsolute = path.starts_with("\\") || path.starts_with("/") ||
                             (path.size() > 1 && path[1] == ':') || appFolder.empty();
     return isAbsolute ? path : appFolder + "\\" + path;
 }
+
+namespace {
 
 bool IsBatchFile(const std::string& path)
 {
@@ -103,6 +107,13 @@ bool IsCommandInterpreter(const std::string& image)
 
 } // namespace
 
+bool IsSamePath(const std::string& path, const std::string& image, const std::string& appFolder,
+                const SameFile& sameFile)
+{
+    return FitsText(Comparable(path, appFolder), Comparable(image, {})) ||
+           sameFile(AbsolutePath(path, appFolder), image);
+}
+
 bool IsImageOfCommand(const std::string& image, const std::string& command,
                       const std::string& appFolder, const SameFile& sameFile)
 {
@@ -116,7 +127,7 @@ bool IsImageOfCommand(const std::string& image, const std::string& command,
                      }) ||
            AnyPathOf(command,
                      [&](const std::string& path) {
-                         return sameFile(Absolute(path, appFolder), image);
+                         return sameFile(AbsolutePath(path, appFolder), image);
                      }) ||
            (IsCommandInterpreter(image) && AnyPathOf(command, IsBatchFile));
 }

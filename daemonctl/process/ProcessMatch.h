@@ -28,6 +28,17 @@ enum class ProcessFit {
 /// Returns whether two paths lead to one file.
 using SameFile = std::function<bool(const std::string& left, const std::string& right)>;
 
+/// Returns the path of a program as the supervisor takes it: a relative path begins in \App. Pure.
+[[nodiscard]] std::string AbsolutePath(const std::string& path, const std::string& appFolder);
+
+/// Returns whether two paths lead to one file. Letter case, the kind of slash, "." and ".." do not
+/// count. Pure except for sameFile, which is called if the two paths differ as texts.
+/// @param path   may be relative to \App; a question mark in it stands for any character, as in a
+///               path of the log
+/// @param image  full path
+[[nodiscard]] bool IsSamePath(const std::string& path, const std::string& image,
+                              const std::string& appFolder, const SameFile& sameFile);
+
 /// Finds out whether the process that has the id of a logged process is that process.
 ///
 /// Windows gives an id again, but not while the process runs or somebody holds a handle of it. The

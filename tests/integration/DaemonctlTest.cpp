@@ -18,10 +18,27 @@ namespace {
 
 TEST(Daemonctl, A_missing_or_wrong_command_ends_with_exit_code_2_and_an_error_text)
 {
-    for (const char* arguments :
-         {"", "frobnicate", "launch", "stop", "stop x", "stop -1", "stop 0x10", "stop 4294967296",
-          "stop 1 2", "attach", "attach pid", "detach", "exit now", "exit --timeout x",
-          "exit --no-wait --timeout 1", "--frobnicate"}) {
+    for (const char* arguments : {"",
+                                  "frobnicate",
+                                  "launch",
+                                  "stop",
+                                  "stop x",
+                                  "stop -1",
+                                  "stop 0x10",
+                                  "stop 4294967296",
+                                  "stop 1 --all",
+                                  "stop 1 --end --leave",
+                                  "stop C:\\a.exe",
+                                  "restart",
+                                  "restart x",
+                                  "restart 1 --timeout x",
+                                  "attach",
+                                  "attach pid",
+                                  "detach",
+                                  "exit now",
+                                  "exit --timeout x",
+                                  "exit --no-wait --timeout 1",
+                                  "--frobnicate"}) {
         const Answer answer = Daemonctl(arguments);
         EXPECT_EQ(answer.exitCode, 2U) << arguments;
         EXPECT_EQ(answer.output, "") << arguments;
@@ -39,7 +56,7 @@ TEST(Daemonctl, The_help_of_every_command_shows_an_example)
     const Answer help = Daemonctl("--help");
     EXPECT_EQ(help.exitCode, 0U);
     EXPECT_EQ(help.error, "");
-    for (const char* command : {"launch", "stop", "attach", "detach", "exit"}) {
+    for (const char* command : {"launch", "attach", "detach", "exit"}) {
         EXPECT_NE(help.output.find(command), std::string::npos) << command;
         const Answer commandHelp = Daemonctl(std::string(command) + " --help");
         EXPECT_EQ(commandHelp.exitCode, 0U) << command;
@@ -51,7 +68,8 @@ TEST(Daemonctl, The_help_of_every_command_shows_an_example)
 
 TEST(Daemonctl, Commands_without_a_supervisor_print_how_to_start_it)
 {
-    for (const char* arguments : {"launch x.exe", "stop 1", "attach 1", "detach 1", "exit"}) {
+    for (const char* arguments :
+         {"launch x.exe", "stop 1", "restart 1", "attach 1", "detach 1", "exit"}) {
         EXPECT_EQ(Daemonctl(arguments),
                   (Answer{3, "",
                           "daemonctl: no supervisor is running on this machine\n"

@@ -50,10 +50,11 @@ std::string Write(const SupervisorProcess& supervisor, const std::string& name,
 TEST(Operator, Commands_report_that_no_supervisor_runs)
 {
     const TempFolder folder;
-    std::ofstream(folder.File("list.txt")) << "a.exe\n";
+    std::ofstream(folder.File("list.txt")) << "C:\\a.exe\n";
     for (const std::string& arguments :
          {std::string("ps"), std::string("ps --json"), std::string("wait 0"),
-          "check --expect " + folder.File("list.txt"), std::string("reattach")}) {
+          "check --expect " + folder.File("list.txt"), "apply " + folder.File("list.txt"),
+          std::string("reattach")}) {
         EXPECT_EQ(Daemonctl(arguments),
                   (Answer{3, "",
                           "daemonctl: no supervisor is running on this machine\n"
@@ -66,8 +67,9 @@ TEST(Operator, Commands_with_wrong_arguments_end_with_exit_code_2_and_an_error_t
 {
     for (const char* arguments :
          {"ps x", "wait", "wait x", "wait 1 --for ever", "wait 1 --timeout -1", "check",
-          "check --expect C:\\no\\such.txt", "reattach --from C:\\no\\such.json", "doctor x",
-          "completion", "completion fish"}) {
+          "wait --for supervisor 1", "wait --for ended", "check --expect C:\\no\\such.txt", "apply",
+          "apply C:\\no\\such.txt", "reattach --from C:\\no\\such.json", "doctor x", "completion",
+          "completion fish"}) {
         const Answer answer = Daemonctl(arguments);
         EXPECT_EQ(answer.exitCode, 2U) << arguments;
         EXPECT_NE(answer.error, "") << arguments;
@@ -77,7 +79,8 @@ TEST(Operator, Commands_with_wrong_arguments_end_with_exit_code_2_and_an_error_t
 TEST(Operator, The_help_of_every_command_has_examples)
 {
     const Answer help = Daemonctl("--help");
-    for (const char* command : {"ps", "wait", "check", "reattach", "doctor", "completion"}) {
+    for (const char* command :
+         {"ps", "stop", "restart", "wait", "check", "apply", "reattach", "doctor", "completion"}) {
         // After the name stands a blank, or a comma and another name.
         EXPECT_TRUE(help.output.find(std::string("\n  ") + command + " ") != std::string::npos ||
                     help.output.find(std::string("\n  ") + command + ",") != std::string::npos)
@@ -174,6 +177,30 @@ TEST(Operator, Wait_returns_when_a_daemon_runs_ends_or_restarts)
     EXPECT_EQ(restarted.Output(), "daemon 0 runs as process " + std::to_string(second) + "\n");
 }
 
+TEST(Operator, Wait_returns_when_a_supervisor_answers_and_when_none_runs)
+{
+    EXPECT_EQ(Daemonctl("wait --for no-supervisor"), (Answer{0, "no supervisor runs\n", ""}));
+    EXPECT_EQ(Daemonctl("wait --for supervisor --timeout 0"),
+              (Answer{1, "",
+                      "daemonctl: no supervisor answered within 0 s: no supervisor is running on "
+                      "this machine\n"}));
+    const CapturedProgram begins('"' + ProductProgram("daemonctl.exe") +
+                                 "\" wait --for supervisor");
+    SupervisorProcess supervisor;
+    EXPECT_EQ(begins.ExitCode(), 0U) << begins.Error();
+    EXPECT_EQ(begins.Output(), "the supervisor answers\n");
+    EXPECT_EQ(Daemonctl("wait --for supervisor --timeout 0").exitCode, 0U);
+    EXPECT_EQ(Daemonctl("wait --for no-supervisor --timeout 0"),
+              (Answer{1, "",
+                      "daemonctl: a supervisor still ran after 0 s: published and answering "
+                      "(process " +
+                          std::to_string(supervisor.Process().Pid()) + ", version 1.0.0)\n"}));
+    const CapturedProgram ends('"' + ProductProgram("daemonctl.exe") +
+                               "\" wait --for no-supervisor");
+    EXPECT_EQ(supervisor.Exit(), 0U);
+    EXPECT_EQ(ends.ExitCode(), 0U) << ends.Error();
+}
+
 TEST(Operator, Check_compares_the_daemons_with_a_list_of_programs)
 {
     const SupervisorProcess supervisor;
@@ -218,7 +245,7 @@ TEST(Operator, Commands_end_with_exit_code_5_if_the_log_cannot_be_read)
         registry.SetPathname(FirmwareRegistry::current, root);
         std::ofstream(root + "\\Logs") << "in the way";
     });
-    for (const char* arguments : {"ps", "wait 0", "reattach"}) {
+    for (const char* arguments : {"ps", "wait 0", "restart 0", "stop --all", "reattach"}) {
         const Answer answer = Daemonctl(arguments);
         EXPECT_EQ(answer.exitCode, 5U) << arguments << ": " << answer;
         EXPECT_NE(answer.error, "");

@@ -29,13 +29,15 @@ expect() { # OFFERED_WORDS TYPED_WORD...: the last typed word is to be completed
         failures=$((failures + 1))
     fi
 }
-expect 'reattach report' re
+expect 'reattach restart report' re
 expect '--help --version' --
 expect 'running restarted' wait 3 --for r
+expect 'supervisor' wait --for s
 expect '--for' wait 3 --f
 expect '--timeout' wait 3 --t
 expect '--help --for --timeout 3 14' wait ''
 expect '14' stop 1
+expect '14' restart 3 1
 expect '--help bash powershell' completion ''
 expect '--prune' doctor --p
 expect '' wait 3 --timeout ''

@@ -17,6 +17,7 @@ BOUNDARIES = [
     ("src/encoding/utf", "exception_utils/COMException.h", ["file/File.h", "ILogger.h"]),
     ("src/system/file", "com/ComPtr.h", ["ILogger.h", "Firewall.h"]),
     ("src/system/installation", "win32/UniqueHandle.h", ["ILogger.h", "ProgramBody.h"]),
+    ("src/system/end_process", "win32/UniqueHandle.h", ["ILogger.h", "ProcessInfo.h"]),
     ("src/system/wmi", "com/ComPtr.h", ["ILogger.h", "DaemonManager.h"]),
     ("src/host", "ILogger.h", ["DaemonManager.h", "ProgramBody.h"]),
     ("src/daemon_mgr", "Firewall.h", ["ProgramBody.h", "ProcessFacts.h"]),
@@ -28,6 +29,7 @@ BOUNDARIES = [
     ("daemonctl/report", "Timeline.h", ["ProcessFacts.h", "LineOutput.h", "ILogger.h"]),
     ("daemonctl/process", "Utf8.h", ["DaemonStatus.h", "RingScan.h", "DoctorReport.h"]),
     ("daemonctl/daemons", "Timeline.h", ["DoctorReport.h", "Commands.h", "DaemonManager.h"]),
+    ("daemonctl/control", "DaemonStatus.h", ["DoctorReport.h", "Commands.h", "DaemonManager.h"]),
     ("daemonctl/doctor", "ProcessFacts.h", ["DaemonStatus.h", "Timeline.h", "ILogger.h"]),
     ("daemonctl/commands", "DaemonStatus.h", ["ILogger.h", "DaemonManager.h", "ProgramBody.h"]),
 ]

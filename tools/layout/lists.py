@@ -10,6 +10,7 @@ MAY_INCLUDE = {
     "src/encoding": ("src/cpp_utils",),
     "src/system": ("src/encoding", "src/cpp_utils"),
     "src/system/ring_format": (),
+    "src/system/end_process": ("src/system",),
     "src/system/installation": ("src/system",),
     "src/system/wmi": ("src/system",),
     "src/log": (),
@@ -21,7 +22,8 @@ MAY_INCLUDE = {
     "src/log/log_perf": ("src/log/log_perf/queue", "src/log/log_perf/ring",
                          "src/log/log_perf/performance"),
     "src/host": ("src/log", "src/system"),
-    "src/daemon_mgr": ("src/daemon_mgr/wmi", "src/host", "src/log/log_perf", "interface"),
+    "src/daemon_mgr": ("src/daemon_mgr/wmi", "src/host", "src/log/log_perf",
+                       "src/system/end_process", "interface"),
     "src/daemon_mgr/wmi": ("src/system/wmi", "src/log"),
     "src/app": ("src/daemon_mgr", "src/system/installation"),
     # The operator's client, from the bottom to the top.
@@ -34,8 +36,9 @@ MAY_INCLUDE = {
     "daemonctl/daemons": ("daemonctl/history", "daemonctl/process", "src/system/installation"),
     "daemonctl/doctor": ("daemonctl/process", "daemonctl/output", "sdk", "src/system/installation",
                          "src/system/ring_format", "src/system/wmi"),
-    "daemonctl/commands": ("daemonctl/daemons", "daemonctl/doctor", "daemonctl/report",
-                           "daemonctl/output", "sdk"),
+    "daemonctl/control": ("daemonctl/daemons", "sdk", "src/system/end_process"),
+    "daemonctl/commands": ("daemonctl/control", "daemonctl/daemons", "daemonctl/doctor",
+                           "daemonctl/report", "daemonctl/output", "sdk"),
     "daemonctl": ("daemonctl/commands",),
 }
 
@@ -58,8 +61,10 @@ NO_MESSAGES = {
 # Sources that have no test file of their own name: the test file with the cases that fail when the
 # source is wrong.
 TESTED_BY = {
+    "daemonctl/commands/ApplyCommand.cpp": "tests/integration/FleetTest.cpp",
     "daemonctl/commands/CheckCommand.cpp": "tests/integration/OperatorTest.cpp",
     "daemonctl/commands/CompletionCommand.cpp": "tests/unit/daemonctl/commands/CompletionTest.cpp",
+    "daemonctl/commands/ConsoleReporter.cpp": "tests/integration/StopTest.cpp",
     "daemonctl/commands/ControlCommands.cpp": "tests/integration/DaemonctlTest.cpp",
     "daemonctl/commands/DoctorCommand.cpp": "tests/integration/DoctorTest.cpp",
     "daemonctl/commands/ExitCommand.cpp": "tests/integration/DaemonctlTest.cpp",
@@ -67,8 +72,13 @@ TESTED_BY = {
     "daemonctl/commands/LogOptions.cpp": "tests/unit/daemonctl/commands/LogCommandTest.cpp",
     "daemonctl/commands/PsCommand.cpp": "tests/integration/OperatorTest.cpp",
     "daemonctl/commands/ReattachCommand.cpp": "tests/integration/UpgradeTest.cpp",
+    "daemonctl/commands/StopCommand.cpp": "tests/integration/StopTest.cpp",
     "daemonctl/commands/WaitCommand.cpp": "tests/integration/OperatorTest.cpp",
     "daemonctl/commands/WithSupervisor.cpp": "tests/integration/DaemonctlTest.cpp",
+    "daemonctl/control/ApplyFleet.cpp": "tests/integration/FleetTest.cpp",
+    "daemonctl/control/RestartDaemon.cpp": "tests/integration/StopTest.cpp",
+    "daemonctl/control/StopDaemon.cpp": "tests/integration/StopTest.cpp",
+    "daemonctl/control/WaitForLog.cpp": "tests/integration/StopTest.cpp",
     "daemonctl/daemons/InstalledPaths.cpp": "tests/integration/OperatorTest.cpp",
     "daemonctl/daemons/SupervisorProcesses.cpp": "tests/integration/UpgradeTest.cpp",
     "daemonctl/daemons/ThisMachine.cpp": "tests/integration/OperatorTest.cpp",
@@ -96,6 +106,7 @@ TESTED_BY = {
     "src/encoding/utf/TextParserUTF16LE.cpp": "tests/unit/encoding/utf/TextParserTest.cpp",
     "src/encoding/utf/TextParserUTF8.cpp": "tests/unit/encoding/utf/TextParserTest.cpp",
     "src/encoding/utf/WideToUtf8.cpp": "tests/unit/encoding/utf/TranscodeTest.cpp",
+    "src/system/end_process/EndProcess.cpp": "tests/unit/daemon_mgr/StopProcessTest.cpp",
     "src/system/file/FileAttributes.cpp": "tests/unit/system/file/FileOperationsTest.cpp",
     "src/system/file/PathComponents.cpp": "tests/unit/system/file/FileOperationsTest.cpp",
     "src/system/sync_ptr/LockImpl.cpp": "tests/unit/system/sync_ptr/SyncPtrTest.cpp",

@@ -4,8 +4,8 @@
 #include "ChildProcess.h"
 #include "ImportPatch.h"
 #include "LaunchProcess.h"
-#include "ProcessWindows.h"
 #include "WaitNotes.h"
+#include "end_process/ProcessWindows.h"
 
 #include <gtest/gtest.h>
 
@@ -18,8 +18,8 @@ using system::daemon::daemon_mgr::v0::LaunchProcess;
 using system::daemon::daemon_mgr::v0::ProcessInfo;
 using system::daemon::daemon_mgr::v0::StopProcess;
 using system::daemon::daemon_mgr::v0::StopTimings;
-using system::daemon::daemon_mgr::v0::WindowsOfProcess;
-using system::daemon::daemon_mgr::v0::WindowThreadsOfProcess;
+using system::end_process::v1::WindowsOfProcess;
+using system::end_process::v1::WindowThreadsOfProcess;
 using Line = CapturingLogger::Line;
 
 class StopProcessTest : public ::testing::Test {

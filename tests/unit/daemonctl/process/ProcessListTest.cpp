@@ -28,5 +28,19 @@ TEST(ProcessList, Processes_of_a_file_name_are_found_whatever_the_letter_case)
     EXPECT_EQ(found[0].path, TestProgram("no_windows"));
 }
 
+TEST(ProcessList, Orphan_is_a_process_whose_parent_has_ended)
+{
+    const ChildProcess child('"' + TestProgram("no_windows") + '"');
+    EXPECT_TRUE(OrphansOfImage(L"no_windows.exe").empty());
+    const ReadyEvent ready;
+    const ChildProcess shell("cmd.exe /d /c start /b \"\" \"" + TestProgram("quits") + "\" " +
+                             ready.Name());
+    ASSERT_TRUE(ready.Wait());
+    ASSERT_TRUE(shell.Wait());
+    const std::vector<std::uint32_t> orphans = OrphansOfImage(L"QUITS.exe");
+    ASSERT_EQ(orphans.size(), 1U);
+    KillProcess(orphans.front());
+}
+
 } // namespace
 } // namespace vqrx::test

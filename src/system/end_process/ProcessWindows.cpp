@@ -1,9 +1,9 @@
-#include "ProcessWindows.h"
+#include "end_process/ProcessWindows.h"
 
 #include <functional>
 #include <new>
 
-namespace vqrx::system::daemon::daemon_mgr::v0 {
+namespace vqrx::system::end_process::v1 {
 namespace {
 
 using WindowSeen = std::function<void(HWND window, DWORD threadId)>;
@@ -56,4 +56,4 @@ std::vector<DWORD> WindowThreadsOfProcess(DWORD processId)
     return threads;
 }
 
-} // namespace vqrx::system::daemon::daemon_mgr::v0
+} // namespace vqrx::system::end_process::v1

@@ -1,10 +1,10 @@
-#include "SnmpAgent.h"
+#include "end_process/SnmpAgent.h"
 
 #include <gtest/gtest.h>
 
 namespace vqrx::test {
 
-using system::daemon::daemon_mgr::v0::IsSnmpAgent;
+using system::end_process::v1::IsSnmpAgent;
 
 TEST(SnmpAgentTest, Agent_is_found_in_upper_and_lower_case)
 {

@@ -1,10 +1,10 @@
-#include "SnmpAgent.h"
+#include "end_process/SnmpAgent.h"
 
 #include <algorithm>
 #include <cctype>
 #include <string_view>
 
-namespace vqrx::system::daemon::daemon_mgr::v0 {
+namespace vqrx::system::end_process::v1 {
 namespace {
 
 constexpr std::string_view kAgentName = "kxsnmp";
@@ -20,4 +20,4 @@ bool IsSnmpAgent(const std::string& executablePath)
     return lowered.size() >= kAgentName.size() && lowered.find(kAgentName) != std::string::npos;
 }
 
-} // namespace vqrx::system::daemon::daemon_mgr::v0
+} // namespace vqrx::system::end_process::v1

@@ -1,4 +1,4 @@
-#include "ProcessWindows.h"
+#include "end_process/ProcessWindows.h"
 
 #include "AllocationFault.h"
 #include "ChildProcess.h"
@@ -12,8 +12,8 @@
 namespace vqrx::test {
 namespace {
 
-using system::daemon::daemon_mgr::v0::WindowsOfProcess;
-using system::daemon::daemon_mgr::v0::WindowThreadsOfProcess;
+using system::end_process::v1::WindowsOfProcess;
+using system::end_process::v1::WindowThreadsOfProcess;
 
 class ProcessWindowsTest : public ::testing::Test {
 protected:

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-namespace vqrx::system::daemon::daemon_mgr::v0 {
+namespace vqrx::system::end_process::v1 {
 
 /// Finds the top-level windows of all threads of a process. @throws std::bad_alloc
 [[nodiscard]] std::vector<HWND> WindowsOfProcess(DWORD processId);
@@ -13,4 +13,4 @@ namespace vqrx::system::daemon::daemon_mgr::v0 {
 /// thread with two windows is in the list twice. @throws std::bad_alloc
 [[nodiscard]] std::vector<DWORD> WindowThreadsOfProcess(DWORD processId);
 
-} // namespace vqrx::system::daemon::daemon_mgr::v0
+} // namespace vqrx::system::end_process::v1

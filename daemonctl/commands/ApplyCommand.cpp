@@ -1,0 +1,94 @@
+#include "Commands.h"
+
+#include "ApplyFleet.h"
+#include "ConsoleReporter.h"
+#include "ExitCode.h"
+#include "PrintText.h"
+#include "Printable.h"
+#include "ThisMachine.h"
+#include "TimeText.h"
+#include "WithSupervisor.h"
+
+#include <iostream>
+#include <memory>
+#include <string>
+
+namespace vqrx::client::v0 {
+namespace {
+
+using daemon_manager::SupervisorClient;
+
+struct ApplyArguments {
+    std::string file;
+    ApplyOptions options;
+};
+
+// Prints what is wrong with the lines of the file. @return whether nothing is
+bool PrintErrors(const std::string& file, const std::vector<std::string>& errors)
+{
+    for (const std::string& error : errors) {
+        std::cerr << "daemonctl: " << file << ", " << Printable(error) << std::endl;
+    }
+    if (!errors.empty()) {
+        std::cerr << "daemonctl: nothing was done" << std::endl;
+    }
+    return errors.empty();
+}
+
+int Apply(SupervisorClient& supervisor, const ApplyArguments& arguments, const ExpectFile& fleet)
+{
+    const Timeline timeline = ReadTimeline();
+    const auto daemons = StatusOfDaemons(RunOfThisMachine(timeline), SourceOfThisMachine(), NowMs(),
+                                         ChildrenOfSupervisor());
+    const FleetPlan plan = PlanFleet(fleet.programs, daemons, FleetSourceOfThisMachine());
+    if (!PrintErrors(arguments.file, plan.errors)) {
+        return kWrongUsage;
+    }
+    const AppliedCount count =
+        ApplyFleet(supervisor, plan, daemons, arguments.options, ConsoleReporter());
+    PrintText(DescribeCount(count, arguments.options) + "\n");
+    if (count.failed != 0) {
+        return kRefused;
+    }
+    const bool isMissing = count.launched + count.attached + count.stopped != 0;
+    return arguments.options.dryRun && isMissing ? kNothingToDo : kDone;
+}
+
+} // namespace
+
+void AddApplyCommand(CLI::App& app, int& exitCode)
+{
+    const auto arguments = std::make_shared<ApplyArguments>();
+    CLI::App* const command =
+        app.add_subcommand("apply", "Launch what a fleet file names and no daemon runs yet");
+    command->add_option("FILE", arguments->file, "The fleet file: one program per line, see check")
+        ->required();
+    command->add_flag("--prune", arguments->options.prune,
+                      "Also stop the daemons that the file does not name, attached ones too");
+    command->add_flag("--dry-run", arguments->options.dryRun,
+                      "Print what the command would do, and do nothing");
+    command->footer(
+        "Examples:\n"
+        "  daemonctl apply C:\\FW\\App\\fleet.txt --dry-run\n"
+        "  daemonctl apply C:\\FW\\App\\fleet.txt\n"
+        "A fleet file:\n"
+        "  # a full path, or the name of a file in \\App, or of a Windows service; and arguments\n"
+        "  C:\\FW\\App\\video.exe --input 3\n"
+        "  \"C:\\Program Files\\SNMP\\agent.exe\" \"two words\"\n"
+        "  recorder.exe\n"
+        "A daemon with the program and exactly the arguments of a line stays as it is, whether it\n"
+        "was launched or attached. If a line has a fault, nothing is done.\n"
+        "Exit code 0: everything in the file is registered; 1: --dry-run, and something is to be\n"
+        "done; 2: the file cannot be read or has a fault; 4: something failed.");
+    command->callback([&exitCode, arguments] {
+        const ExpectFile fleet = ReadFleetFile(arguments->file);
+        if (!PrintErrors(arguments->file, fleet.errors)) {
+            exitCode = kWrongUsage;
+            return;
+        }
+        exitCode = WithSupervisorAndLog(
+            [&](SupervisorClient& supervisor) { return Apply(supervisor, *arguments, fleet); });
+    });
+}
+
+} // namespace vqrx::client::v0

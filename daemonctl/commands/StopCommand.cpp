@@ -1,0 +1,205 @@
+#include "Commands.h"
+
+#include "ConsoleReporter.h"
+#include "DaemonSelection.h"
+#include "DecimalNumber.h"
+#include "ExitCode.h"
+#include "Printable.h"
+#include "RestartDaemon.h"
+#include "StopDaemon.h"
+#include "ThisMachine.h"
+#include "TimeText.h"
+#include "WithSupervisor.h"
+
+#include <windows.h>
+
+#include <io.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+namespace {
+
+using daemon_manager::SupervisorClient;
+
+constexpr std::uint32_t kRestartTimeoutSeconds = 60;
+
+struct StopOptions {
+    DaemonSelection selection;
+    bool end = false;   // end the processes of attached daemons
+    bool leave = false; // let them run on
+};
+
+struct RestartOptions {
+    DaemonSelection selection;
+    std::uint32_t timeoutSeconds = kRestartTimeoutSeconds;
+};
+
+CLI::Validator Target()
+{
+    return {[](const std::string& text) {
+                return IsTarget(text) ? std::string()
+                                      : "neither a daemon id nor the name of a program, such as "
+                                        "video.exe: " +
+                                            text;
+            },
+            "", "TARGET"};
+}
+
+// Asks the operator, on a terminal only. @return the answer; `leave` without a terminal
+AttachedProcess Ask(const DaemonStatus& daemon)
+{
+    if (_isatty(_fileno(stdin)) == 0 || _isatty(_fileno(stderr)) == 0) {
+        return AttachedProcess::leave;
+    }
+    std::cerr << NameOfDaemon(daemon)
+              << " is attached, so the supervisor lets its process run on.\n"
+                 "End the process? [y/N] "
+              << std::flush;
+    std::string answer;
+    std::getline(std::cin, answer);
+    return answer.starts_with('y') || answer.starts_with('Y') ? AttachedProcess::end
+                                                              : AttachedProcess::leave;
+}
+
+// Lists the daemons of the running supervisor. Without a readable log the list is empty: a daemon can
+// still be stopped by its id.
+std::vector<DaemonStatus> Daemons(const DaemonSelection& selection)
+{
+    const bool isByIdOnly = !selection.all && std::all_of(selection.targets.begin(),
+                                                          selection.targets.end(), IsDaemonId);
+    try {
+        const Timeline timeline = ReadTimeline();
+        return StatusOfDaemons(RunOfThisMachine(timeline), SourceOfThisMachine(), NowMs(),
+                               ChildrenOfSupervisor());
+    } catch (const LogUnreadable&) {
+        if (!isByIdOnly) {
+            throw;
+        }
+    }
+    return {};
+}
+
+// Calls an operation for each selected daemon of the running supervisor.
+// @return the exit code
+int ForEachSelected(const DaemonSelection& selection, const Reporter& reporter,
+                    const std::function<bool(const DaemonStatus& daemon)>& operation)
+{
+    const SelectedDaemons selected = SelectDaemons(selection, Daemons(selection));
+    bool isDone = !selected.daemons.empty() || !selected.unknownNames.empty();
+    if (!isDone) {
+        reporter.failed("the supervisor has no daemons");
+    }
+    for (const std::string& name : selected.unknownNames) {
+        reporter.failed("no daemon runs " + Printable(name));
+        isDone = false;
+    }
+    for (const DaemonStatus& daemon : selected.daemons) {
+        isDone = operation(daemon) && isDone;
+    }
+    return isDone ? kDone : kNothingToDo;
+}
+
+int StopAll(SupervisorClient& supervisor, const StopOptions& options)
+{
+    const Reporter reporter = ConsoleReporter();
+    return ForEachSelected(options.selection, reporter, [&](const DaemonStatus& daemon) {
+        AttachedProcess attached = options.end ? AttachedProcess::end : AttachedProcess::leave;
+        if (daemon.attached && !options.end && !options.leave) {
+            attached = Ask(daemon);
+        }
+        return StopDaemon(supervisor, daemon, attached, reporter);
+    });
+}
+
+int RestartAll(const RestartOptions& options)
+{
+    const Reporter reporter = ConsoleReporter();
+    return ForEachSelected(options.selection, reporter, [&](const DaemonStatus& daemon) {
+        return RestartDaemon(daemon, std::uint64_t{options.timeoutSeconds} * 1000, reporter);
+    });
+}
+
+// Adds the argument ID... and the option --all, of which a command needs one.
+void AddSelection(CLI::App& command, DaemonSelection& selection)
+{
+    CLI::Option* const targets =
+        command
+            .add_option("ID", selection.targets,
+                        "Daemon ids, as ps shows them, or names of programs, such as video.exe")
+            ->check(Target());
+    command.add_flag("--all", selection.all, "All daemons")->excludes(targets);
+}
+
+// @throws CLI::ParseError if the operator named no daemon
+void CheckSelection(const DaemonSelection& selection)
+{
+    if (selection.targets.empty() && !selection.all) {
+        throw CLI::RequiredError("ID or --all");
+    }
+}
+
+} // namespace
+
+void AddStopCommand(CLI::App& app, int& exitCode)
+{
+    const auto options = std::make_shared<StopOptions>();
+    CLI::App* const command =
+        app.add_subcommand("stop", "End daemons and their processes; may take a minute for each");
+    AddSelection(*command, options->selection);
+    CLI::Option* const end = command->add_flag(
+        "--end", options->end, "End the processes of attached daemons, too; without asking");
+    command
+        ->add_flag("--leave", options->leave,
+                   "Let the processes of attached daemons run on; without asking")
+        ->excludes(end);
+    command->footer(
+        "Examples:\n"
+        "  daemonctl stop 3\n"
+        "  daemonctl stop 0 video.exe --end\n"
+        "  daemonctl stop --all --leave\n"
+        "A process with a window is asked to quit and gets at most 30 seconds; then it is\n"
+        "terminated. A process without a window is terminated at once.\n"
+        "The supervisor never ends the process of an attached daemon. daemonctl detaches such a\n"
+        "daemon and ends its process itself, in the same steps. On a terminal it asks first;\n"
+        "otherwise --leave is the default.\n"
+        "Exit code 1: a daemon was not stopped.");
+    command->callback([&exitCode, options] {
+        CheckSelection(options->selection);
+        exitCode = WithSupervisorAndLog(
+            [&](SupervisorClient& supervisor) { return StopAll(supervisor, *options); });
+    });
+}
+
+void AddRestartCommand(CLI::App& app, int& exitCode)
+{
+    const auto options = std::make_shared<RestartOptions>();
+    CLI::App* const command = app.add_subcommand(
+        "restart", "End the processes of daemons and wait until the supervisor started them again");
+    AddSelection(*command, options->selection);
+    command
+        ->add_option("--timeout", options->timeoutSeconds,
+                     "Wait at most this many seconds for each start; default: 60")
+        ->transform(DecimalNumber());
+    command->footer(
+        "Examples:\n"
+        "  daemonctl restart 3\n"
+        "  daemonctl restart video.exe recorder.exe\n"
+        "  daemonctl restart --all --timeout 10\n"
+        "daemonctl ends each process in the steps of stop, one after the other. Attached daemons\n"
+        "stay attached.\n"
+        "Exit code 1: a daemon was not restarted.");
+    command->callback([&exitCode, options] {
+        CheckSelection(options->selection);
+        exitCode = WithSupervisorAndLog([&](SupervisorClient&) { return RestartAll(*options); });
+    });
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "FleetPlan.h"
+#include "Reporter.h"
+#include "daemon_manager/SupervisorClient.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+
+/// How ApplyFleet() carries out a plan.
+struct ApplyOptions {
+    bool prune = false;  ///< stop the daemons that the fleet file does not name
+    bool dryRun = false; ///< report what would be done, and do nothing
+};
+
+/// What ApplyFleet() did, in numbers of daemons. In a dry run: what it would do.
+struct AppliedCount {
+    std::size_t launched = 0;
+    std::size_t attached = 0; ///< processes and services that are now attached
+    std::size_t there = 0;    ///< registered already
+    std::size_t stopped = 0;
+    std::size_t failed = 0; ///< lines without a daemon now, and daemons that could not be stopped
+};
+
+/// Makes the daemons of the supervisor those of a fleet file: launches what is missing, attaches what
+/// runs unwatched, and on request stops what the file does not name. Reports one line for each line of
+/// the file and each stopped daemon. A line that fails does not keep the function from the others.
+/// @param plan     without errors
+/// @param daemons  the daemons that the plan was made for
+/// @throws SupervisorNotRunning if the supervisor has ended; LogUnreadable; std::bad_alloc
+[[nodiscard]] AppliedCount ApplyFleet(daemon_manager::SupervisorClient& supervisor,
+                                      const FleetPlan& plan,
+                                      const std::vector<DaemonStatus>& daemons,
+                                      const ApplyOptions& options, const Reporter& reporter);
+
+/// Reads a fleet file. @param path  UTF-8
+/// @return the file; its errors hold the reason if it cannot be read
+[[nodiscard]] ExpectFile ReadFleetFile(const std::string& path);
+
+/// Makes the functions that ask this machine for PlanFleet().
+/// @throws std::runtime_error if the registry does not name the firmware root
+[[nodiscard]] FleetSource FleetSourceOfThisMachine();
+
+/// Sums a count up for people: "2 launched, 1 attached, 3 there already, 0 not". Pure.
+[[nodiscard]] std::string DescribeCount(const AppliedCount& count, const ApplyOptions& options);
+
+} // namespace vqrx::client::v0

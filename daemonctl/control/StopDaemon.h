@@ -1,0 +1,33 @@
+#pragma once
+
+#include "DaemonStatus.h"
+#include "Reporter.h"
+#include "daemon_manager/SupervisorClient.h"
+
+namespace vqrx::client::v0 {
+
+/// What becomes of the process of an attached daemon that is stopped.
+enum class AttachedProcess {
+    end, ///< it is ended, in the steps in which the supervisor ends the process of a launched daemon
+    leave ///< it runs on
+};
+
+/// Stops a daemon: the supervisor no longer starts it.
+///
+/// The supervisor itself ends the process of a launched daemon. It never ends the process of an
+/// attached daemon, and it would remove such a daemon without a record in the log. So this function
+/// detaches an attached daemon, which the supervisor logs, and then ends the process itself.
+/// Blocks for at most about 80 seconds.
+/// @param daemon    of the running supervisor. If inLog is false, it is not known whether it is
+///                  attached: the function then finds out by the answer to a detach
+/// @param reporter  gets one line about the result, and before it a line about a wait
+/// @return false if the daemon has no known id, or if its process runs on although it should not
+/// @throws SupervisorError; LogUnreadable; std::bad_alloc
+[[nodiscard]] bool StopDaemon(daemon_manager::SupervisorClient& supervisor,
+                              const DaemonStatus& daemon, AttachedProcess attached,
+                              const Reporter& reporter);
+
+/// Describes a daemon for people: "daemon 3, process 592 (C:\FW\App\a.exe -x)".
+[[nodiscard]] std::string NameOfDaemon(const DaemonStatus& daemon);
+
+} // namespace vqrx::client::v0

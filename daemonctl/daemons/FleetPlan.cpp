@@ -1,0 +1,186 @@
+#include "FleetPlan.h"
+
+#include "AsciiCase.h"
+
+#include <algorithm>
+#include <set>
+#include <string_view>
+#include <utility>
+
+namespace vqrx::client::v0 {
+namespace {
+
+bool HasFolder(std::string_view program)
+{
+    return program.find_first_of("\\/:") != std::string_view::npos;
+}
+
+// Returns the part of a path after the last separator.
+std::string_view FileNameOf(std::string_view path)
+{
+    return path.substr(path.find_last_of("\\/") + 1); // npos + 1 is 0
+}
+
+std::string JoinedArguments(const std::vector<std::string>& arguments)
+{
+    std::string text = " ";
+    for (const std::string& argument : arguments) {
+        text += argument + " ";
+    }
+    return text;
+}
+
+// Makes the plan line by line. Each function takes the lines that the functions before it left.
+class FleetPlanner {
+public:
+    FleetPlanner(const std::vector<ExpectedProgram>& lines,
+                 const std::vector<DaemonStatus>& daemons, const FleetSource& source)
+        : daemons_(daemons)
+        , source_(source)
+        , taken_(daemons.size())
+    {
+        for (const ExpectedProgram& line : lines) {
+            FleetMember member;
+            member.program = line;
+            member.path = AbsolutePath(line.program, source.appFolder);
+            plan_.members.push_back(std::move(member));
+        }
+        placed_.resize(plan_.members.size());
+    }
+
+    FleetPlan Plan()
+    {
+        // A name alone fits many daemons. So the lines with a folder choose first.
+        TakeDaemons(true);
+        TakeDaemons(false);
+        for (std::size_t index = 0; index < placed_.size(); ++index) {
+            if (!placed_[index]) {
+                PlanWithoutDaemon(plan_.members[index]);
+            }
+        }
+        FindEqualLines();
+        for (std::size_t index = 0; index < daemons_.size(); ++index) {
+            if (!taken_[index]) {
+                plan_.surplus.push_back(index);
+            }
+        }
+        return std::move(plan_);
+    }
+
+private:
+    void TakeDaemons(bool withFolder)
+    {
+        for (std::size_t index = 0; index < plan_.members.size(); ++index) {
+            FleetMember& member = plan_.members[index];
+            if (HasFolder(member.program.program) == withFolder) {
+                placed_[index] = TakeDaemon(member);
+            }
+        }
+    }
+
+    bool TakeDaemon(FleetMember& member)
+    {
+        for (std::size_t index = 0; index < daemons_.size(); ++index) {
+            if (!taken_[index] && IsExactCommandOf(member.program, daemons_[index].command,
+                                                   source_.appFolder, source_.sameFile)) {
+                taken_[index] = true;
+                member.daemon = index;
+                member.path = daemons_[index].service ? member.program.program : member.path;
+                member.plan = daemons_[index].attached ? FleetMember::Plan::attached
+                                                       : FleetMember::Plan::registered;
+                return true;
+            }
+        }
+        return false;
+    }
+
+    void PlanWithoutDaemon(FleetMember& member)
+    {
+        const std::string place = "line " + std::to_string(member.program.line) + ": ";
+        const bool isThere = source_.fileExists(member.path);
+        if (!HasFolder(member.program.program) && !isThere) {
+            if (source_.serviceExists(member.program.program)) {
+                member.plan = FleetMember::Plan::service;
+                member.path = member.program.program;
+            } else {
+                plan_.errors.push_back(place + member.program.program + " is neither a file in " +
+                                       source_.appFolder +
+                                       " nor a Windows service: write its full path");
+            }
+            return;
+        }
+        if (!isThere) {
+            plan_.warnings.push_back(place + member.path +
+                                     " does not exist; the supervisor tries every second to start "
+                                     "it");
+            return;
+        }
+        TakeOrphan(member);
+    }
+
+    void TakeOrphan(FleetMember& member)
+    {
+        for (const RunningProgram& orphan :
+             source_.orphansOf(std::string(FileNameOf(member.path)))) {
+            if (orphan.arguments == member.program.arguments &&
+                IsSamePath(member.path, orphan.facts.image, source_.appFolder, source_.sameFile) &&
+                takenOrphans_.insert(orphan.facts.processId).second) {
+                member.plan = FleetMember::Plan::takeOver;
+                member.process = orphan.facts;
+                return;
+            }
+        }
+    }
+
+    void FindEqualLines()
+    {
+        for (std::size_t index = 0; index < plan_.members.size(); ++index) {
+            const FleetMember& member = plan_.members[index];
+            const auto isEqual = [&](const FleetMember& other) {
+                return other.program.arguments == member.program.arguments &&
+                       IsSamePath(other.path, member.path, source_.appFolder, source_.sameFile);
+            };
+            const auto end = plan_.members.begin() + static_cast<std::ptrdiff_t>(index);
+            const auto equal = std::find_if(plan_.members.begin(), end, isEqual);
+            if (equal != end) {
+                plan_.errors.push_back("line " + std::to_string(member.program.line) +
+                                       " repeats line " + std::to_string(equal->program.line) +
+                                       ": the supervisor runs one daemon for a program with the "
+                                       "same arguments");
+            }
+        }
+    }
+
+    const std::vector<DaemonStatus>& daemons_;
+    const FleetSource& source_;
+    FleetPlan plan_;
+    std::vector<bool> placed_;             // by line: a daemon fits it
+    std::vector<bool> taken_;              // by daemon: it fits a line
+    std::set<std::uint32_t> takenOrphans_; // process ids
+};
+
+} // namespace
+
+bool IsExactCommandOf(const ExpectedProgram& line, const std::string& command,
+                      const std::string& appFolder, const SameFile& sameFile)
+{
+    if (!command.ends_with(' ')) { // the name of a service; the log does not show its arguments
+        return !command.empty() && LowerAscii(command) == LowerAscii(line.program);
+    }
+    const std::string arguments = JoinedArguments(line.arguments);
+    if (!command.ends_with(arguments)) {
+        return false;
+    }
+    const std::string path = command.substr(0, command.size() - arguments.size());
+    return HasFolder(line.program)
+               ? IsSamePath(path, AbsolutePath(line.program, appFolder), appFolder, sameFile)
+               : LowerAscii(FileNameOf(path)) == LowerAscii(line.program);
+}
+
+FleetPlan PlanFleet(const std::vector<ExpectedProgram>& lines,
+                    const std::vector<DaemonStatus>& daemons, const FleetSource& source)
+{
+    return FleetPlanner(lines, daemons, source).Plan();
+}
+
+} // namespace vqrx::client::v0

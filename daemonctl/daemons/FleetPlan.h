@@ -1,0 +1,79 @@
+#pragma once
+
+#include "DaemonStatus.h"
+#include "ExpectFile.h"
+#include "ProcessMatch.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+
+/// A line of a fleet file, and how its program becomes a daemon. Texts are UTF-8.
+struct FleetMember {
+    enum class Plan {
+        launch,     ///< nothing runs it: launch it
+        registered, ///< a launched daemon has this program and these arguments
+        attached,   ///< an attached daemon has them, or is the service
+        takeOver,   ///< a process runs it that nobody supervises: attach the process
+        service     ///< the line names a Windows service that is no daemon: attach the service
+    };
+    Plan plan = Plan::launch;
+    ExpectedProgram program;
+    std::string path;                  ///< full path of the program; of a service its name
+    std::optional<std::size_t> daemon; ///< registered, attached: index of the daemon
+    ProcessFacts process;              ///< takeOver: the process
+};
+
+/// What must be done so that the daemons are those of a fleet file.
+struct FleetPlan {
+    std::vector<FleetMember>
+        members; ///< one for each line with a program, in the order of the lines
+    std::vector<std::size_t> surplus;  ///< indexes of the daemons that the file does not name
+    std::vector<std::string> errors;   ///< "line 3: ..."; if there is one, nothing may be done
+    std::vector<std::string> warnings; ///< "line 3: ..."; the program file does not exist
+};
+
+/// A running process and its arguments.
+struct RunningProgram {
+    ProcessFacts facts;
+    std::vector<std::string> arguments; ///< UTF-8, without the name of the program
+};
+
+/// The questions about this machine that PlanFleet() asks, as functions that a test can replace.
+/// All texts are UTF-8.
+struct FleetSource {
+    std::string appFolder; ///< \App, for lines without a full path
+    SameFile sameFile;
+    /// Returns whether a file, not a folder, has this path.
+    std::function<bool(const std::string& path)> fileExists;
+    /// Returns whether there is a Windows service of this name.
+    std::function<bool(const std::string& name)> serviceExists;
+    /// Returns the processes that no running process has started and that run a file of this name.
+    std::function<std::vector<RunningProgram>(const std::string& fileName)> orphansOf;
+};
+
+/// Compares the lines of a fleet file with the daemons of the supervisor.
+///
+/// A daemon fits a line if it has the program of the line and exactly its arguments; a line without
+/// arguments wants a daemon without arguments. A program without a folder stands for a daemon in any
+/// folder. If there is none, it stands for the file of this name in \App, or for the Windows service
+/// of this name. Each daemon fits one line only.
+///
+/// Two lines that mean the same program with the same arguments are an error: the supervisor does not
+/// launch a program twice with the same arguments. Pure except for `source`.
+[[nodiscard]] FleetPlan PlanFleet(const std::vector<ExpectedProgram>& lines,
+                                  const std::vector<DaemonStatus>& daemons,
+                                  const FleetSource& source);
+
+/// Returns whether a daemon has the program of a line and exactly its arguments. Pure except for
+/// `sameFile`.
+/// @param command  as DaemonStatus::command
+[[nodiscard]] bool IsExactCommandOf(const ExpectedProgram& line, const std::string& command,
+                                    const std::string& appFolder, const SameFile& sameFile);
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,205 @@
+#include "FleetPlan.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using namespace client::v0;
+
+class FleetPlanTest : public ::testing::Test {
+protected:
+    // Adds a daemon of the supervisor.
+    void Daemon(const std::string& command, bool attached = false)
+    {
+        DaemonStatus daemon;
+        daemon.id = static_cast<std::uint32_t>(daemons_.size());
+        daemon.state = RunState::running;
+        daemon.processId = 100 + *daemon.id;
+        daemon.attached = attached;
+        daemon.service = !command.ends_with(' ');
+        daemon.command = command;
+        daemons_.push_back(daemon);
+    }
+
+    void Orphan(std::uint32_t processId, const std::string& image,
+                const std::vector<std::string>& arguments)
+    {
+        RunningProgram program;
+        program.facts.processId = processId;
+        program.facts.state = ProcessFacts::State::running;
+        program.facts.image = image;
+        program.arguments = arguments;
+        orphans_[image.substr(image.rfind('\\') + 1)].push_back(program);
+    }
+
+    // Plans for the lines of a file. Returns "launch PATH", "there 0", "attached 0", "process 12" or
+    // "service NAME" for each line, then "surplus 0", "error ..." and "warning ...".
+    std::vector<std::string> PlanFor(const std::string& file)
+    {
+        const ExpectFile fleet = ParseExpectFile(file);
+        EXPECT_TRUE(fleet.errors.empty());
+        const FleetPlan plan = PlanFleet(fleet.programs, daemons_, Source());
+        std::vector<std::string> lines;
+        for (const FleetMember& member : plan.members) {
+            lines.push_back(Describe(member));
+        }
+        for (const std::size_t index : plan.surplus) {
+            lines.push_back("surplus " + std::to_string(index));
+        }
+        for (const std::string& error : plan.errors) {
+            lines.push_back("error " + error);
+        }
+        for (const std::string& warning : plan.warnings) {
+            lines.push_back("warning " + warning);
+        }
+        return lines;
+    }
+
+    using Lines = std::vector<std::string>;
+    std::set<std::string> files_ = {R"(C:\FW\App\a.exe)", R"(C:\FW\App\b.exe)", R"(D:\x y\c.exe)"};
+    std::map<std::string, std::string> links_; // from a path to the file to which it leads
+
+private:
+    static std::string Describe(const FleetMember& member)
+    {
+        switch (member.plan) {
+        case FleetMember::Plan::launch:
+            return "launch " + member.path;
+        case FleetMember::Plan::registered:
+            return "there " + std::to_string(*member.daemon);
+        case FleetMember::Plan::attached:
+            return "attached " + std::to_string(*member.daemon);
+        case FleetMember::Plan::takeOver:
+            return "process " + std::to_string(member.process.processId);
+        case FleetMember::Plan::service:
+            return "service " + member.path;
+        }
+        return "?";
+    }
+
+    FleetSource Source()
+    {
+        return {R"(C:\FW\App)",
+                [this](const std::string& path, const std::string& image) {
+                    const auto found = links_.find(path);
+                    return found != links_.end() && found->second == image;
+                },
+                [this](const std::string& path) { return files_.count(path) != 0; },
+                [](const std::string& name) { return name == "SnmpSvc"; },
+                [this](const std::string& fileName) { return orphans_[fileName]; }};
+    }
+
+    std::vector<DaemonStatus> daemons_;
+    std::map<std::string, std::vector<RunningProgram>> orphans_; // by file name
+};
+
+TEST_F(FleetPlanTest, Program_without_a_daemon_is_launched_by_its_full_path)
+{
+    EXPECT_EQ(PlanFor("C:\\FW\\App\\a.exe -x\n\"D:\\x y\\c.exe\"\nb.exe\n"),
+              (Lines{R"(launch C:\FW\App\a.exe)", R"(launch D:\x y\c.exe)",
+                     R"(launch C:\FW\App\b.exe)"}));
+}
+
+TEST_F(FleetPlanTest, Daemon_with_the_same_program_and_arguments_is_there_already)
+{
+    Daemon(R"(C:\FW\App\a.exe -x two words )");
+    Daemon(R"(C:\FW\App\b.exe )", true);
+    EXPECT_EQ(PlanFor("C:\\FW\\App\\a.exe -x \"two words\"\nC:\\FW\\App\\b.exe\n"),
+              (Lines{"there 0", "attached 1"}));
+}
+
+TEST_F(FleetPlanTest, Letter_case_slashes_links_and_relative_paths_do_not_matter_in_the_program)
+{
+    Daemon(R"(C:\FW\App\a.exe -x )");
+    Daemon(R"(b.exe )");
+    Daemon(R"(D:\x y\c.exe )");
+    links_[R"(E:\link.exe)"] = R"(D:\x y\c.exe)";
+    links_[R"(D:\x y\c.exe)"] = R"(E:\link.exe)";
+    EXPECT_EQ(PlanFor("c:/fw/APP/A.exe -x\nC:\\FW\\App\\.\\b.exe\nE:\\link.exe\n"),
+              (Lines{"there 0", "there 1", "there 2"}));
+}
+
+TEST_F(FleetPlanTest, Daemon_with_other_arguments_is_another_daemon)
+{
+    Daemon(R"(C:\FW\App\a.exe -x )");
+    Daemon(R"(C:\FW\App\b.exe )");
+    EXPECT_EQ(PlanFor("C:\\FW\\App\\a.exe\nC:\\FW\\App\\a.exe -X\nC:\\FW\\App\\b.exe -x\n"),
+              (Lines{R"(launch C:\FW\App\a.exe)", R"(launch C:\FW\App\a.exe)",
+                     R"(launch C:\FW\App\b.exe)", "surplus 0", "surplus 1"}));
+}
+
+TEST_F(FleetPlanTest, Name_alone_fits_a_daemon_in_any_folder_that_no_full_path_needs)
+{
+    Daemon(R"(D:\x y\a.exe -x )");
+    Daemon(R"(C:\FW\App\a.exe -x )");
+    files_.insert(R"(D:\x y\a.exe)");
+    EXPECT_EQ(PlanFor("a.exe -x\n\"D:\\x y\\a.exe\" -x\n"), (Lines{"there 1", "there 0"}));
+}
+
+TEST_F(FleetPlanTest, Daemons_that_the_file_does_not_name_are_surplus)
+{
+    Daemon(R"(C:\FW\App\a.exe )");
+    Daemon(R"(C:\FW\App\b.exe )");
+    EXPECT_EQ(PlanFor("a.exe\n"), (Lines{"there 0", "surplus 1"}));
+}
+
+TEST_F(FleetPlanTest, Second_daemon_with_the_same_command_is_surplus)
+{
+    Daemon(R"(C:\FW\App\a.exe )");
+    Daemon(R"(C:\FW\App\a.exe )", true);
+    EXPECT_EQ(PlanFor("a.exe\n"), (Lines{"there 0", "surplus 1"}));
+}
+
+TEST_F(FleetPlanTest, Two_lines_with_the_same_program_and_arguments_are_an_error)
+{
+    EXPECT_EQ(PlanFor("C:\\FW\\App\\a.exe -x\n# again\na.exe -x\n").back(),
+              "error line 3 repeats line 1: the supervisor runs one daemon for a program with the "
+              "same arguments");
+}
+
+TEST_F(FleetPlanTest, Name_that_is_neither_a_file_nor_a_service_is_an_error)
+{
+    EXPECT_EQ(PlanFor("a.exe\nno.exe\n").back(),
+              R"(error line 2: no.exe is neither a file in C:\FW\App nor a Windows service: write )"
+              "its full path");
+}
+
+TEST_F(FleetPlanTest, Full_path_of_a_missing_program_is_launched_with_a_warning)
+{
+    EXPECT_EQ(PlanFor("E:\\later.exe\n"),
+              (Lines{R"(launch E:\later.exe)",
+                     R"(warning line 1: E:\later.exe does not exist; the supervisor tries every )"
+                     "second to start it"}));
+}
+
+TEST_F(FleetPlanTest, Process_that_nobody_supervises_is_taken_over_if_program_and_arguments_fit)
+{
+    Orphan(11, R"(C:\FW\App\a.exe)", {"-y"});
+    Orphan(12, R"(C:\FW\App\a.exe)", {"-x"});
+    Orphan(13, R"(D:\a.exe)", {});
+    EXPECT_EQ(PlanFor("a.exe -x\na.exe\nb.exe\n"),
+              (Lines{"process 12", R"(launch C:\FW\App\a.exe)", R"(launch C:\FW\App\b.exe)"}));
+}
+
+TEST_F(FleetPlanTest, Process_is_not_taken_over_for_a_daemon_that_is_there)
+{
+    Daemon(R"(C:\FW\App\a.exe -x )");
+    Orphan(12, R"(C:\FW\App\a.exe)", {"-x"});
+    EXPECT_EQ(PlanFor("a.exe -x\n"), (Lines{"there 0"}));
+}
+
+TEST_F(FleetPlanTest, Service_is_attached_once_whatever_its_arguments)
+{
+    EXPECT_EQ(PlanFor("SnmpSvc -x\n"), (Lines{"service SnmpSvc"}));
+    Daemon("SnmpSvc", true);
+    EXPECT_EQ(PlanFor("snmpsvc -x\n"), (Lines{"attached 0"}));
+}
+
+} // namespace
+} // namespace vqrx::test
