@@ -1,5 +1,6 @@
 #include "Commands.h"
 
+#include "ConnectionChecks.h"
 #include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "NamedValue.h"
@@ -21,18 +22,21 @@ namespace {
 
 constexpr DWORD kLookAgainMs = 200;
 
+constexpr const char* kSupervisor = "supervisor";
+constexpr const char* kNoSupervisorRuns = "no-supervisor";
+
 const std::map<std::string, WaitFor> kConditions = {
     {"running", WaitFor::running}, {"ended", WaitFor::ended}, {"restarted", WaitFor::restarted}};
 
 struct WaitOptions {
-    std::uint32_t id = 0;
+    std::optional<std::uint32_t> id; // nothing for the conditions about the supervisor
     std::string condition = "running";
     std::uint32_t timeoutSeconds = 60;
 };
 
 int PrintResult(const WaitOptions& options, const Observation& now)
 {
-    const std::string id = std::to_string(options.id);
+    const std::string id = std::to_string(*options.id);
     if (now.running) {
         std::cout << "daemon " << id << " runs as process " << *now.processId << std::endl;
     } else {
@@ -43,7 +47,7 @@ int PrintResult(const WaitOptions& options, const Observation& now)
 
 int PrintTimeout(const WaitOptions& options, const Observation& now)
 {
-    std::cerr << "daemonctl: daemon " << options.id << " was not " << options.condition
+    std::cerr << "daemonctl: daemon " << *options.id << " was not " << options.condition
               << " within " << options.timeoutSeconds << " s: ";
     if (!now.known) {
         std::cerr << "the log does not show it";
@@ -75,7 +79,7 @@ int Wait(const WaitOptions& options)
             return kNoSupervisor;
         }
         lastLook = MarkOf(*run);
-        const Observation now = Observe(*run, options.id, source);
+        const Observation now = Observe(*run, *options.id, source);
         first = first.known ? first : now;
         if (IsFulfilled(what, first, now, source.facts)) {
             return PrintResult(options, now);
@@ -87,19 +91,74 @@ int Wait(const WaitOptions& options)
     }
 }
 
+bool IsAboutSupervisor(const std::string& condition)
+{
+    return condition == kSupervisor || condition == kNoSupervisorRuns;
+}
+
+// Prints why the supervisor is not in the awaited state. @return the exit code
+int PrintSupervisorTimeout(const WaitOptions& options, const SupervisorFacts& facts)
+{
+    const bool wanted = options.condition == kSupervisor;
+    std::cerr << "daemonctl: "
+              << (wanted ? "no supervisor answered within " : "a supervisor still ran after ")
+              << options.timeoutSeconds << " s: " << DescribeSupervisor(facts) << std::endl;
+    return kNothingToDo;
+}
+
+int WaitForSupervisor(const WaitOptions& options)
+{
+    const bool wanted = options.condition == kSupervisor;
+    const ULONGLONG start = GetTickCount64();
+    for (;;) {
+        const SupervisorFacts facts = GatherSupervisorFacts();
+        const bool answers = facts.answer == SupervisorFacts::Answer::answers;
+        const bool isGone =
+            facts.answer == SupervisorFacts::Answer::notRunning && facts.processes.empty();
+        if (wanted ? answers : isGone) {
+            std::cout << (wanted ? "the supervisor answers" : "no supervisor runs") << std::endl;
+            return kDone;
+        }
+        if (facts.answer == SupervisorFacts::Answer::proxyNotRegistered && wanted) {
+            std::cerr << "daemonctl: the supervisor runs, but DaemonMgrPS.dll is not registered\n"
+                         "  As administrator: regsvr32 DaemonMgrPS.dll"
+                      << std::endl;
+            return kNoSupervisor;
+        }
+        if (GetTickCount64() - start >= ULONGLONG{options.timeoutSeconds} * 1000) {
+            return PrintSupervisorTimeout(options, facts);
+        }
+        Sleep(kLookAgainMs);
+    }
+}
+
+// @throws CLI::ParseError if a condition about a daemon has no daemon, or one about the supervisor
+//         has one
+void CheckWaitUsage(const WaitOptions& options)
+{
+    if (IsAboutSupervisor(options.condition) == options.id.has_value()) {
+        throw CLI::ValidationError("--for " + options.condition,
+                                   options.id ? "takes no daemon id" : "needs a daemon id");
+    }
+}
+
 } // namespace
 
 void AddWaitCommand(CLI::App& app, int& exitCode)
 {
     const auto options = std::make_shared<WaitOptions>();
     CLI::App* const command =
-        app.add_subcommand("wait", "Wait until a daemon runs, has ended or was restarted");
-    command->add_option("ID", options->id, "Daemon id, as ps shows it")
-        ->required()
+        app.add_subcommand("wait", "Wait until a daemon runs, has ended or was restarted, or until "
+                                   "the supervisor runs or has ended");
+    command
+        ->add_option("ID", options->id, "Daemon id, as ps shows it; none for the last two states")
         ->transform(DecimalNumber());
     command->add_option("--for", options->condition, "Wait for this state; default: running")
-        ->transform(NamedValue<std::string>(
-            {{"running", "running"}, {"ended", "ended"}, {"restarted", "restarted"}}));
+        ->transform(NamedValue<std::string>({{"running", "running"},
+                                             {"ended", "ended"},
+                                             {"restarted", "restarted"},
+                                             {kSupervisor, kSupervisor},
+                                             {kNoSupervisorRuns, kNoSupervisorRuns}}));
     command
         ->add_option("--timeout", options->timeoutSeconds,
                      "Wait at most this many seconds; default: 60")
@@ -108,12 +167,19 @@ void AddWaitCommand(CLI::App& app, int& exitCode)
         "Examples:\n"
         "  daemonctl wait 3 --for running --timeout 10\n"
         "  daemonctl wait 3 --for restarted\n"
+        "  daemonctl wait --for supervisor --timeout 300\n"
         "running: the daemon has a process.\n"
         "ended: the process that runs when the command begins has ended, even if the supervisor\n"
         "has started the next one since; at once if the daemon has no process.\n"
         "restarted: the daemon has another process than when the command began.\n"
-        "Exit code 1: the daemon did not reach the state in this time.");
+        "supervisor: a supervisor answers. no-supervisor: no process of a supervisor runs.\n"
+        "Exit code 1: the state was not reached in this time.");
     command->callback([&exitCode, options] {
+        CheckWaitUsage(*options);
+        if (IsAboutSupervisor(options->condition)) {
+            exitCode = WaitForSupervisor(*options);
+            return;
+        }
         exitCode =
             WithSupervisorAndLog([&](daemon_manager::SupervisorClient&) { return Wait(*options); });
     });

@@ -42,41 +42,57 @@ Finding JudgeProxy(const ProxyFacts& facts, const std::string& version)
     return Ok(check, facts.library.path + ", version " + version);
 }
 
-Finding JudgeSupervisor(const SupervisorFacts& facts, const std::string& version)
+std::string DescribeSupervisor(const SupervisorFacts& facts)
 {
-    constexpr const char* check = "supervisor";
     using Answer = SupervisorFacts::Answer;
     const std::string processes = Describe(facts.processes);
     switch (facts.answer) {
     case Answer::answers:
         break;
     case Answer::notRunning:
-        if (!facts.processes.empty()) {
-            return Failure(check,
-                           "DaemonManager.exe runs (" + processes +
-                               ") but is not published: it is starting and waits for the firewall "
-                               "service, or its publication failed, or another user runs it",
-                           "Show its last records: daemonctl log --tail 20");
-        }
-        return Failure(check, "no supervisor is running on this machine",
-                       "Start DaemonManager.exe as this user or as administrator.");
+        return processes.empty()
+                   ? "no supervisor is running on this machine"
+                   : "DaemonManager.exe runs (" + processes +
+                         ") but is not published: it is starting and waits for the firewall "
+                         "service, or its publication failed, or another user runs it";
     case Answer::proxyNotRegistered:
-        return Failure(check,
-                       "the supervisor runs, but no client can call it without its proxy/stub",
-                       "First follow the advice for the check proxy.");
+        return "the supervisor runs, but no client can call it without its proxy/stub";
     case Answer::stranger:
-        return Failure(check, facts.detail,
+        return facts.detail;
+    case Answer::silent:
+        return "the supervisor is published, but does not answer";
+    case Answer::failed:
+        return "the supervisor is published, but a call fails: " + facts.detail;
+    }
+    return "published and answering" + (processes.empty() ? "" : " (" + processes + ")");
+}
+
+Finding JudgeSupervisor(const SupervisorFacts& facts, const std::string& version)
+{
+    constexpr const char* check = "supervisor";
+    using Answer = SupervisorFacts::Answer;
+    const std::string found = DescribeSupervisor(facts);
+    constexpr const char* showRecords = "Show its last records: daemonctl log --tail 20";
+    switch (facts.answer) {
+    case Answer::answers:
+        break;
+    case Answer::notRunning:
+        return Failure(check, found,
+                       facts.processes.empty()
+                           ? "Start DaemonManager.exe as this user or as administrator."
+                           : showRecords);
+    case Answer::proxyNotRegistered:
+        return Failure(check, found, "First follow the advice for the check proxy.");
+    case Answer::stranger:
+        return Failure(check, found,
                        "Find the program that published the object and end it; then start "
                        "DaemonManager.exe. Trust no answer of this object.");
     case Answer::silent:
-        return Failure(check, "the supervisor is published, but does not answer",
-                       "Show its last records: daemonctl log --tail 20");
+        return Failure(check, found, showRecords);
     case Answer::failed:
-        return Failure(check, "the supervisor is published, but a call fails: " + facts.detail,
+        return Failure(check, found,
                        "Run this command as the supervisor's user or as administrator.");
     }
-    const std::string found =
-        "published and answering" + (processes.empty() ? "" : " (" + processes + ")");
     if (facts.processes.size() > 1) {
         return Warning(check, found,
                        "Only one of these processes can be the supervisor. End the others.");

@@ -48,6 +48,10 @@ struct SupervisorFacts {
 /// @param version  the version of daemonctl, which the library should have, too
 [[nodiscard]] Finding JudgeProxy(const ProxyFacts& facts, const std::string& version);
 
+/// Describes for people whether a supervisor runs and answers: "no supervisor is running on this
+/// machine". Pure.
+[[nodiscard]] std::string DescribeSupervisor(const SupervisorFacts& facts);
+
 /// The check "supervisor": whether one supervisor runs and answers. Pure.
 /// @param version  the version of daemonctl, which the supervisor should have, too
 [[nodiscard]] Finding JudgeSupervisor(const SupervisorFacts& facts, const std::string& version);
