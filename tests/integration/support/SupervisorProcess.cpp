@@ -76,6 +76,9 @@ void SupervisorProcess::InstalledInApp(FirmwareRegistry& registry, const std::st
 
 SupervisorProcess::SupervisorProcess(const Configure& configure)
 {
+    // Under Wine the first program on a desktop gets explorer.exe as its child. That must be this
+    // program: a child of the supervisor looks like a daemon.
+    static_cast<void>(GetDesktopWindow());
     std::filesystem::create_directory(App());
     configure(registry_, Root());
     process_ = std::make_unique<CapturedProgram>(ProductProgram("DaemonManager.exe"));
