@@ -133,6 +133,8 @@ TEST(DaemonStatus, Daemon_cannot_start_until_the_supervisor_no_longer_tries)
     EXPECT_EQ(daemons[1].id, std::nullopt);
     EXPECT_EQ(daemons[1].state, RunState::cannotStart);
     EXPECT_EQ(daemons[1].command, R"(C:\no.exe )");
+    EXPECT_EQ(daemons[1].restarts, 0U); // the failed start was the first one
+    EXPECT_FALSE(daemons[1].restartsComplete);
     for (int second = 0; second < 16; ++second) { // a client stopped both, which leaves no record
         log.Add(2, "something else");
     }

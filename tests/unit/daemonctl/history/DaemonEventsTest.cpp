@@ -102,6 +102,7 @@ TEST(DaemonEvents, shows_which_beginnings_the_log_no_longer_holds)
     const DaemonHistory* const daemon = timeline.runs[0].Find(4);
     ASSERT_EQ(daemon->intervals.size(), 2U);
     EXPECT_FALSE(daemon->intervals[0].startSeen);
+    EXPECT_EQ(daemon->intervals[0].startMs, 1000);
     EXPECT_EQ(daemon->intervals[0].endMs, 1000);
     EXPECT_FALSE(daemon->beginningSeen);
     EXPECT_FALSE(timeline.runs[0].Find(5)->beginningSeen);

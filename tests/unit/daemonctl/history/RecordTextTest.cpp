@@ -56,9 +56,9 @@ TEST(RecordText, of_an_end_with_an_exit_code_shows_the_code_as_ps_does)
 
 TEST(RecordJson, has_number_times_level_and_text)
 {
-    EXPECT_EQ(ToJson(RecordOf("say \"a\\b\"\x01", 3)),
+    EXPECT_EQ(ToJson(RecordOf("say \"a\\b\"\x01 \xC3\xBC", 3)),
               R"({"number":17,"time":"2025-11-16T03:52:36.123Z","time_ms":1763265156123,)"
-              R"("level":3,"text":"say \"a\\b\"\u0001"})");
+              R"("level":3,"text":"say \"a\\b\"\u0001 \u00fc"})");
 }
 
 TEST(RecordJson, of_a_known_message_has_event_daemon_and_process)

@@ -18,7 +18,7 @@ TEST(RecordLine, reads_number_date_time_level_and_text)
 
 TEST(RecordLine, reads_a_day_below_ten_and_an_unknown_date)
 {
-    EXPECT_EQ(ParseRecordLine("1;Mon Nov  1 03:52:36.123;5;0;x").grade, LineGrade::kWhole);
+    EXPECT_EQ(ParseRecordLine("1;Aaa Zzz  1 03:52:36.129;5;0;x").grade, LineGrade::kWhole);
     EXPECT_EQ(ParseRecordLine("1;\?\?\? \?\?\? \?\? \?\?:\?\?:\?\?.123;-5;0;x").grade,
               LineGrade::kWhole);
 }
@@ -28,7 +28,9 @@ TEST(RecordLine, keeps_the_other_fields_if_number_or_date_is_damaged)
     for (const char* const text :
          {"x;Mon Nov 16 03:52:36.123;5;0;x", "07;Mon Nov 16 03:52:36.123;5;0;x",
           ";Mon Nov 16 03:52:36.123;5;0;x", "9223372036854775808;Mon Nov 16 03:52:36.123;5;0;x",
-          "7;yesterday;5;0;x"}) {
+          "7;yesterday;5;0;x", "7;@on Nov 16 03:52:36.123;5;0;x", "7;[on Nov 16 03:52:36.123;5;0;x",
+          "7;M`n Nov 16 03:52:36.123;5;0;x", "7;M{n Nov 16 03:52:36.123;5;0;x",
+          "7;Mon Nov 16 0/:52:36.123;5;0;x", "7;Mon Nov 16 0::52:36.123;5;0;x"}) {
         const auto line = ParseRecordLine(text);
         EXPECT_EQ(line.grade, LineGrade::kReadable) << text;
         EXPECT_EQ(line.record.text, "x") << text;

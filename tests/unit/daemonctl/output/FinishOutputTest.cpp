@@ -26,6 +26,9 @@ TEST(FinishOutput, reports_output_that_could_not_be_written)
 
 TEST(FinishOutput, keeps_the_exit_code_if_everything_was_written)
 {
+    testing::internal::CaptureStdout();
+    client::v0::PrintText("one line\nanother\n");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "one line\nanother\n");
     EXPECT_EQ(FinishOutput("daemonctl", 0), 0);
     EXPECT_EQ(FinishOutput("daemonctl", 5), 5);
 }

@@ -44,5 +44,17 @@ TEST(StreamOutput, is_not_coloured_if_NO_COLOR_is_set_unless_the_operator_asks_f
     EXPECT_TRUE(IsColoured(LineOutput::Colour::kAlways, true));
 }
 
+TEST(StreamOutput, writes_the_waiting_lines_as_soon_as_they_have_64_KiB)
+{
+    client::v0::StreamOutput output(false);
+    const std::string line(65534, 'x');
+    testing::internal::CaptureStdout();
+    output.Write(0, line);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    testing::internal::CaptureStdout();
+    output.Write(0, "");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), line + "\n\n");
+}
+
 } // namespace
 } // namespace vqrx::test

@@ -85,6 +85,7 @@ TEST(IsImageOfCommand, ignores_letter_case_and_the_kind_of_slash)
 {
     EXPECT_TRUE(Fits(R"(C:\FW\App\a.exe)", "c:/fw/APP/A.exe "));
     EXPECT_TRUE(Fits(R"(C:\FW\App\a.exe)", R"(C:\FW\\App\.\bin\..\a.exe -x )"));
+    EXPECT_TRUE(Fits(R"(C:\a.exe)", R"(C:\..\a.exe )"));
     EXPECT_TRUE(Fits(R"(\\server\share\a.exe)", R"(\\SERVER\share\a.exe )"));
     EXPECT_TRUE(Fits(R"(C:\FW\App\a.exe)", R"(\\?\C:\FW\App\a.exe )"));
     EXPECT_FALSE(Fits(R"(C:\FW\App\a.exe)", R"(C:\FW\App\a.ex )"));

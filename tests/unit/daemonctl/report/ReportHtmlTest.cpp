@@ -82,6 +82,10 @@ TEST(ReportHtml, shows_each_process_with_its_times_and_its_end)
     EXPECT_THAT(page, HasSubstr("process 11, from 2025-11-16 04:52:38 to 2025-11-16 04:52:38 "
                                 "(0 ms): still running at the last record"));
     EXPECT_THAT(page, HasSubstr("<line class=\"end\" x1=\"50.000%\" x2=\"50.000%\""));
+    EXPECT_THAT(page, HasSubstr("data-name=\"Availability\">0.00 %</td>"));
+    EXPECT_THAT(page, Not(HasSubstr("does not show which daemon ended")));
+    EXPECT_THAT(Page({"Unable to start a.exe ", "Exception caught in : Unknown (0x1)"}),
+                HasSubstr("1 of them: the log does not show which daemon ended."));
 }
 
 TEST(ReportHtml, escapes_all_texts_of_the_log)

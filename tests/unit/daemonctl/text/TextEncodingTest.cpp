@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string_view>
+
 namespace vqrx::test {
 namespace {
 
@@ -29,12 +31,14 @@ TEST(TextEncoding, utf_8_replaces_bytes_that_are_not_valid)
 
 TEST(TextEncoding, refuses_overlong_cut_and_impossible_sequences)
 {
-    for (const char* const text : {"\xC0\xAF", "\xE0\x80\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80",
-                                   "\xF5\x80\x80\x80", "\xE2\x82", "\x80", "\xC3"}) {
+    for (const char* const text :
+         {"\xC0\xAF", "\xE0\x80\x80", "\xED\xA0\x80", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80",
+          "\xF5\x80\x80\x80", "\xE2\x82", "\x80", "\xC3"}) {
         EXPECT_FALSE(IsUtf8(text));
         EXPECT_TRUE(IsUtf8(ToUtf8(text, TextEncoding::kUtf8)));
         EXPECT_TRUE(IsUtf8(ToUtf8(text, TextEncoding::kAuto)));
     }
+    EXPECT_FALSE(IsUtf8(std::string_view("\xE2\x82\xAC").substr(0, 2))); // reads no byte after it
 }
 
 } // namespace
