@@ -51,6 +51,7 @@ TEST(Thread, A_thread_that_cannot_be_created_has_no_handle_and_frees_its_body)
         const ImportPatch patch("_beginthreadex", RefuseThread);
         const system::thread::v1::Thread thread([captured] { FAIL(); });
         EXPECT_EQ(nullptr, thread.Handle());
+        EXPECT_EQ(0U, thread.Id());
     }
     EXPECT_EQ(1, captured.use_count());
 }

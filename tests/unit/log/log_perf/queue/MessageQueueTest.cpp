@@ -114,6 +114,17 @@ TEST(MessageQueue, A_steady_stream_of_records_allocates_nothing)
     EXPECT_FALSE(fault.Happened());
 }
 
+TEST(MessageQueue, The_memory_of_a_text_of_more_than_512_bytes_is_freed_after_delivery)
+{
+    MessageQueue queue;
+    const std::string text(513, 'x');
+    EXPECT_TRUE(Append(queue, text));
+    EXPECT_EQ(text, TakeText(queue));
+    EXPECT_EQ("none", TakeText(queue));
+    const AllocationFault fault(0);
+    EXPECT_THROW(static_cast<void>(queue.Append(2, kTime, text)), std::bad_alloc);
+}
+
 TEST(MessageQueue, An_append_that_runs_out_of_memory_leaves_the_queue_unchanged)
 {
     MessageQueue queue;

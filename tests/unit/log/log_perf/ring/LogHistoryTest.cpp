@@ -31,12 +31,14 @@ public:
     ~CountedMemory() override { std::pmr::set_default_resource(before_); }
 
     std::size_t Held() const { return held_; }
+    std::size_t Allocations() const { return allocations_; }
 
 private:
     void* do_allocate(std::size_t bytes, std::size_t alignment) override
     {
         void* const memory = std::pmr::new_delete_resource()->allocate(bytes, alignment);
         held_ += bytes;
+        ++allocations_;
         return memory;
     }
     void do_deallocate(void* memory, std::size_t bytes, std::size_t alignment) override
@@ -51,6 +53,7 @@ private:
 
     std::pmr::memory_resource* before_;
     std::size_t held_ = 0;
+    std::size_t allocations_ = 0;
 };
 
 } // namespace
@@ -68,6 +71,9 @@ TEST(LogHistory, Texts_of_every_length_take_no_more_memory_than_the_longest)
             history.Insert(number++, Entry(std::string(length, 'x')));
         }
         most = std::max(most, memory.Held());
+        const std::size_t allocations = memory.Allocations();
+        history.Insert(number++, Entry(std::string(length, 'y'))); // in the memory of the oldest
+        EXPECT_EQ(allocations, memory.Allocations()) << length;
     }
     EXPECT_GT(80 * kMiB, most); // 50000 texts of 1000 characters, and their nodes
     EXPECT_GT(20 * kMiB, memory.Held());
