@@ -36,7 +36,7 @@ namespace vqrx::test {
 
 using fake_windows::PatchableFunction;
 
-ImportPatch::ImportPatch(const char* function, void* replacement)
+ImportPatch::ImportPatch(const char* function)
     : slot_(PatchableFunction::Find(function))
 {
     if (slot_ == nullptr) {
@@ -44,12 +44,17 @@ ImportPatch::ImportPatch(const char* function, void* replacement)
             std::string("the fake Windows of this program has no replaceable function ") +
             function);
     }
-    original_ = static_cast<PatchableFunction*>(slot_)->Exchange(replacement);
+    original_ = static_cast<PatchableFunction*>(slot_)->Function();
 }
 
 ImportPatch::~ImportPatch()
 {
-    static_cast<PatchableFunction*>(slot_)->Exchange(original_);
+    Put(original_);
+}
+
+void ImportPatch::Put(void* function) noexcept
+{
+    static_cast<PatchableFunction*>(slot_)->Replace(function);
 }
 
 } // namespace vqrx::test

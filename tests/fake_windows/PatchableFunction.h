@@ -13,16 +13,14 @@ public:
     PatchableFunction(const PatchableFunction&) = delete;
     PatchableFunction& operator=(const PatchableFunction&) = delete;
 
-    void* Exchange(void* function) noexcept
+    void Replace(void* function) noexcept { function_.store(function, std::memory_order_relaxed); }
+    [[nodiscard]] void* Function() const noexcept
     {
-        return function_.exchange(function, std::memory_order_relaxed);
+        return function_.load(std::memory_order_relaxed);
     }
 
     /// Returns the slot of the function. Returns null if the program does not contain the function.
     [[nodiscard]] static PatchableFunction* Find(const char* name) noexcept;
-
-protected:
-    void* Function() const noexcept { return function_.load(std::memory_order_relaxed); }
 
 private:
     const char* name_;

@@ -37,28 +37,26 @@ void** FindImportSlot(const char* function)
     throw std::runtime_error(std::string("not imported by this program: ") + function);
 }
 
-void* Exchange(void* at, void* value)
-{
-    auto** const slot = static_cast<void**>(at);
-    DWORD protection = 0;
-    VirtualProtect(static_cast<void*>(slot), sizeof *slot, PAGE_READWRITE, &protection);
-    void* const old = *slot;
-    *slot = value;
-    VirtualProtect(static_cast<void*>(slot), sizeof *slot, protection, &protection);
-    return old;
-}
-
 } // namespace
 
-ImportPatch::ImportPatch(const char* function, void* replacement)
+ImportPatch::ImportPatch(const char* function)
     : slot_(FindImportSlot(function))
-    , original_(Exchange(slot_, replacement))
+    , original_(*static_cast<void**>(slot_))
 {
 }
 
 ImportPatch::~ImportPatch()
 {
-    Exchange(slot_, original_);
+    Put(original_);
+}
+
+void ImportPatch::Put(void* function) noexcept
+{
+    auto** const slot = static_cast<void**>(slot_);
+    DWORD protection = 0;
+    VirtualProtect(static_cast<void*>(slot), sizeof *slot, PAGE_READWRITE, &protection);
+    *slot = function;
+    VirtualProtect(static_cast<void*>(slot), sizeof *slot, protection, &protection);
 }
 
 } // namespace vqrx::test

@@ -14,8 +14,6 @@ public:
     {
         counted = GetCurrentThreadId();
         depth = 0;
-        realEnter = enter_.Original<Section>();
-        realLeave = leave_.Original<Section>();
     }
 
     /// Returns the number of critical sections that the counted thread is inside. On every other
@@ -41,8 +39,8 @@ private:
     static inline Section* realEnter = nullptr;
     static inline Section* realLeave = nullptr;
 
-    ImportPatch enter_{"EnterCriticalSection", &Enter};
-    ImportPatch leave_{"LeaveCriticalSection", &Leave};
+    ImportPatch enter_{"EnterCriticalSection", &Enter, realEnter};
+    ImportPatch leave_{"LeaveCriticalSection", &Leave, realLeave};
 };
 
 } // namespace vqrx::test

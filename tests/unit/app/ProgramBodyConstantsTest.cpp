@@ -31,8 +31,7 @@ DWORD WINAPI CountWaitsOfASecond(HANDLE object, DWORD milliseconds)
 TEST_F(ProgramBodyConstantsTest, Supervision_waits_1000_ms_before_a_pass)
 {
     waitsOfASecond = 0;
-    const ImportPatch patch("WaitForSingleObject", CountWaitsOfASecond);
-    realWaitForObject = patch.Original<DWORD WINAPI(HANDLE, DWORD)>();
+    const ImportPatch patch("WaitForSingleObject", CountWaitsOfASecond, realWaitForObject);
     EXPECT_EQ(RunUntilPublished(), 0);
     EXPECT_GE(waitsOfASecond, 1);
 }

@@ -83,8 +83,7 @@ void ExpectDestruction(HRESULT expected, LONG lowerBound = 0)
 {
     TestArray array({L"a", L"b"}, lowerBound);
     destroyed = 0;
-    const ImportPatch patch("SafeArrayDestroy", CountDestroyed);
-    realDestroy = patch.Original<HRESULT WINAPI(SAFEARRAY*)>();
+    const ImportPatch patch("SafeArrayDestroy", CountDestroyed, realDestroy);
     EXPECT_EQ(expected, ErrorOf(array.Put()));
     EXPECT_EQ(1, destroyed);
     EXPECT_EQ(nullptr, array.Get()); // so that the stub does not free the array again

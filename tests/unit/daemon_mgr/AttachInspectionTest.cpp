@@ -88,8 +88,7 @@ TEST_F(AttachInspectionTest, Earlier_service_handle_is_closed_and_replaced)
     const SC_HANDLE previous = OpenSCManagerA(nullptr, nullptr, SC_MANAGER_CONNECT);
     daemon.service.Reset(previous);
     closedServices.clear();
-    const ImportPatch patch("CloseServiceHandle", NoteAndClose);
-    closeServiceHandle = patch.Original<BOOL WINAPI(SC_HANDLE)>();
+    const ImportPatch patch("CloseServiceHandle", NoteAndClose, closeServiceHandle);
     EXPECT_EQ(0, InspectAttachingProcess(*wmi_, daemon));
     EXPECT_TRUE(daemon.service);
     EXPECT_EQ(1U, closedServices.count(previous));

@@ -81,22 +81,17 @@ public:
     {
         processes.clear();
         services.clear();
-        openProcess = openProcess_.Original<HANDLE WINAPI(DWORD, BOOL, DWORD)>();
-        closeHandle = closeHandle_.Original<BOOL WINAPI(HANDLE)>();
-        openManager = openManager_.Original<SC_HANDLE WINAPI(LPCSTR, LPCSTR, DWORD)>();
-        openService = openService_.Original<SC_HANDLE WINAPI(SC_HANDLE, LPCSTR, DWORD)>();
-        closeService = closeService_.Original<BOOL WINAPI(SC_HANDLE)>();
     }
 
     static std::size_t Processes() { return processes.size(); }
     static std::size_t Services() { return services.size(); }
 
 private:
-    ImportPatch openProcess_{"OpenProcess", NoteProcess};
-    ImportPatch closeHandle_{"CloseHandle", ForgetHandle};
-    ImportPatch openManager_{"OpenSCManagerA", NoteManager};
-    ImportPatch openService_{"OpenServiceA", NoteService};
-    ImportPatch closeService_{"CloseServiceHandle", ForgetService};
+    ImportPatch openProcess_{"OpenProcess", NoteProcess, openProcess};
+    ImportPatch closeHandle_{"CloseHandle", ForgetHandle, closeHandle};
+    ImportPatch openManager_{"OpenSCManagerA", NoteManager, openManager};
+    ImportPatch openService_{"OpenServiceA", NoteService, openService};
+    ImportPatch closeService_{"CloseServiceHandle", ForgetService, closeService};
 };
 
 LPWSTR* WINAPI RefuseToSplitAnything(LPCWSTR, int*)

@@ -56,8 +56,7 @@ protected:
 
 TEST_F(DaemonManagerFaultsTest, Program_that_Windows_cannot_start_is_tried_until_it_starts)
 {
-    const ImportPatch patch("CreateProcessA", CreateWhileThereIsMemory);
-    realCreate = patch.Original<CreateProcessFunction>();
+    const ImportPatch patch("CreateProcessA", CreateWhileThereIsMemory, realCreate);
     memoryForProcesses = false;
     Make();
     const ReadyEvent ready;
@@ -138,7 +137,7 @@ TEST_F(DaemonManagerFaultsTest, Attach_fails_while_WMI_fails_and_Launch_still_wo
 // wait for it.
 TEST_F(DaemonManagerFaultsTest, Passes_and_requests_go_on_while_a_sink_blocks_the_log)
 {
-    const ImportPatch patch("CreateProcessA", CreateWhileThereIsMemory);
+    const ImportPatch patch("CreateProcessA", CreateWhileThereIsMemory, realCreate);
     memoryForProcesses = false;
     creations = 0;
     Make(1);

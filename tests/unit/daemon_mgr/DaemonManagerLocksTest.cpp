@@ -18,16 +18,8 @@
 namespace vqrx::test {
 namespace {
 
-using EnterFunction = void WINAPI(CRITICAL_SECTION*);
-EnterFunction* FromKernel(const char* name)
-{
-    return reinterpret_cast<EnterFunction*>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kernel32"), name)));
-}
-
-// Known before any patch: the logger's thread may call a replacement as soon as it is in place.
-EnterFunction* const realEnterSection = FromKernel("EnterCriticalSection");
-EnterFunction* const realLeaveSection = FromKernel("LeaveCriticalSection");
+void(WINAPI* realEnterSection)(CRITICAL_SECTION*) = nullptr;
+void(WINAPI* realLeaveSection)(CRITICAL_SECTION*) = nullptr;
 
 enum class Found { kNotTried, kFree, kHeld };
 
@@ -98,8 +90,8 @@ protected:
     StandInFirewall firewall_;
 
 private:
-    const ImportPatch enter_{"EnterCriticalSection", EnterAndTell};
-    const ImportPatch leave_{"LeaveCriticalSection", LeaveAndCount};
+    const ImportPatch enter_{"EnterCriticalSection", EnterAndTell, realEnterSection};
+    const ImportPatch leave_{"LeaveCriticalSection", LeaveAndCount, realLeaveSection};
     Watched<Found> result_{Found::kNotTried};
     std::vector<std::thread> requests_;
 };

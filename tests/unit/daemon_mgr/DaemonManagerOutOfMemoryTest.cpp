@@ -191,10 +191,8 @@ BOOL WINAPI CloseAndNote(HANDLE handle)
 TEST_F(DaemonManagerOutOfMemoryTest,
        Attach_that_fails_at_any_allocation_leaks_nothing_and_closes_the_process)
 {
-    const ImportPatch open("OpenProcess", OpenAndNote);
-    const ImportPatch close("CloseHandle", CloseAndNote);
-    realOpen = open.Original<OpenProcessFunction>();
-    realCloseHandle = close.Original<CloseFunction>();
+    const ImportPatch open("OpenProcess", OpenAndNote, realOpen);
+    const ImportPatch close("CloseHandle", CloseAndNote, realCloseHandle);
     {
         // The first conversion of a number makes the C++ library allocate memory that it keeps.
         DWORD daemonId = 9;

@@ -83,8 +83,7 @@ TEST(DaemonManagerRestartsTest, Ten_thousand_restarts_keep_one_process_handle_ea
     const ImportPatch create("CreateProcessA", StartAtOnce);
     const ImportPatch exitCode("GetExitCodeProcess", EndedWith3);
     const ImportPatch processId("GetProcessId", AnyProcessId);
-    const ImportPatch close("CloseHandle", CloseAndCount);
-    realClose = close.Original<CloseFunction>();
+    const ImportPatch close("CloseHandle", CloseAndCount, realClose);
     started = 0;
     const system::com::v1::ComApartment apartment;
     std::ptrdiff_t early = 0;

@@ -39,14 +39,6 @@ DWORD WINAPI CountWait(DWORD count, const HANDLE* handles, BOOL all, DWORD timeo
 /// Many daemons share two processes. Each daemon has its own handle to one of them.
 class SupervisionPassManyTest : public SupervisionPassFixture {
 protected:
-    SupervisionPassManyTest()
-        : exitCode_("GetExitCodeProcess", &CountExitCode)
-        , wait_("WaitForMultipleObjects", &CountWait)
-    {
-        realReadExitCode = exitCode_.Original<ReadExitCode>();
-        realWaitMany = wait_.Original<WaitMany>();
-    }
-
     void Share(DWORD id, HANDLE process, DWORD access)
     {
         HANDLE duplicate = nullptr;
@@ -75,8 +67,8 @@ protected:
     ChildProcess second_{TestProgram("no_windows")};
 
 private:
-    ImportPatch exitCode_;
-    ImportPatch wait_;
+    ImportPatch exitCode_{"GetExitCodeProcess", &CountExitCode, realReadExitCode};
+    ImportPatch wait_{"WaitForMultipleObjects", &CountWait, realWaitMany};
 };
 
 } // namespace

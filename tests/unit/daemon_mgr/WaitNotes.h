@@ -14,8 +14,6 @@ class WaitNotes {
 public:
     WaitNotes()
     {
-        realSleep = sleep_.Original<void WINAPI(DWORD)>();
-        realWait = wait_.Original<DWORD WINAPI(HANDLE, DWORD)>();
         sleeps.clear();
         waits.clear();
     }
@@ -44,8 +42,8 @@ private:
     static inline std::vector<DWORD> sleeps;
     static inline std::vector<DWORD> waits;
 
-    const ImportPatch sleep_{"Sleep", NoteSleep};
-    const ImportPatch wait_{"WaitForSingleObject", NoteWait};
+    const ImportPatch sleep_{"Sleep", NoteSleep, realSleep};
+    const ImportPatch wait_{"WaitForSingleObject", NoteWait, realWait};
 };
 
 } // namespace vqrx::test

@@ -59,13 +59,6 @@ BOOL WINAPI NoteClose(SC_HANDLE handle)
 
 class FirewallServiceTest : public ::testing::Test {
 protected:
-    FirewallServiceTest()
-    {
-        realOpenManager = openManager_.Original<OpenManager>();
-        realOpenOne = openOne_.Original<OpenOne>();
-        realCloseOne = closeOne_.Original<CloseOne>();
-    }
-
     /// Waits for the service; the pauses are only noted. Expects that no handle stays open.
     bool Wait()
     {
@@ -81,9 +74,9 @@ protected:
         return result;
     }
 
-    ImportPatch openManager_{"OpenSCManagerA", &NoteManager};
-    ImportPatch openOne_{"OpenServiceA", &NoteService};
-    ImportPatch closeOne_{"CloseServiceHandle", &NoteClose};
+    ImportPatch openManager_{"OpenSCManagerA", &NoteManager, realOpenManager};
+    ImportPatch openOne_{"OpenServiceA", &NoteService, realOpenOne};
+    ImportPatch closeOne_{"CloseServiceHandle", &NoteClose, realCloseOne};
     CapturingLogger logger_;
     std::vector<std::uint32_t> slept_;
     std::function<void()> onSleep_;

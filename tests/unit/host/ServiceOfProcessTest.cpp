@@ -104,10 +104,8 @@ TEST(ServiceOfProcessTest, Running_service_of_a_process_is_found_and_opened)
 {
     TestService service("DmTestOwn");
     service.Start();
-    const ImportPatch manager("OpenSCManagerA", NoteManagerAccess);
-    const ImportPatch open("OpenServiceA", NoteServiceAccess);
-    systemOpenManager = manager.Original<SC_HANDLE WINAPI(LPCSTR, LPCSTR, DWORD)>();
-    systemOpenService = open.Original<SC_HANDLE WINAPI(SC_HANDLE, LPCSTR, DWORD)>();
+    const ImportPatch manager("OpenSCManagerA", NoteManagerAccess, systemOpenManager);
+    const ImportPatch open("OpenServiceA", NoteServiceAccess, systemOpenService);
     ServiceOfProcess found;
     EXPECT_EQ(0, FindServiceOfProcess(service.ProcessId(), found));
     EXPECT_TRUE(found.isService);

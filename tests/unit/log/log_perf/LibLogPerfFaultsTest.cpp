@@ -135,10 +135,9 @@ void WINAPI CountDelete(CRITICAL_SECTION* section)
 
 TEST(LibLogPerfFaults, A_lock_that_cannot_be_made_throws_the_system_error_and_leaks_nothing)
 {
-    const ImportPatch initialize("InitializeCriticalSectionAndSpinCount", &InitializeSome);
-    const ImportPatch remove("DeleteCriticalSection", &CountDelete);
-    realInitialize = initialize.Original<InitializeSection>();
-    realDelete = remove.Original<DeleteSection>();
+    const ImportPatch initialize("InitializeCriticalSectionAndSpinCount", &InitializeSome,
+                                 realInitialize);
+    const ImportPatch remove("DeleteCriticalSection", &CountDelete, realDelete);
     sectionsAlive = 0;
     constexpr int kLocks = 5; // sinks, statistics, buffer-full block, log, queue
     for (int made = 0; made < kLocks; ++made) {
@@ -250,9 +249,8 @@ void WINAPI PassInAnInstant(DWORD milliseconds)
 
 TEST(LibLogPerfFaults, Without_kernel_objects_every_failed_wait_is_followed_by_a_pause)
 {
-    const ImportPatch wait("WaitForMultipleObjects", &CountFailedWaits);
+    const ImportPatch wait("WaitForMultipleObjects", &CountFailedWaits, realWaitMany);
     const ImportPatch pause("Sleep", &PassInAnInstant);
-    realWaitMany = wait.Original<WaitMany>();
     failedWaits = 0;
     pauses = 0;
     CapturingSink sink;

@@ -46,12 +46,11 @@ DWORD WINAPI SimulatedWait(DWORD count, const HANDLE* handles, BOOL all, DWORD t
 
 SimulatedTicks::SimulatedTicks(DWORD start, Mode mode)
     : tick_("GetTickCount", &SimulatedTick)
-    , wait_("WaitForMultipleObjects", &SimulatedWait)
+    , wait_("WaitForMultipleObjects", &SimulatedWait, realWait)
 {
     now = start;
     readsTicks = false; // an earlier test may have set it on this thread
     runs = mode == Mode::kRuns;
-    realWait = wait_.Original<WaitFunction>();
     const std::lock_guard lock(waitsMutex);
     waits.clear();
 }

@@ -148,8 +148,7 @@ TEST_F(DirectoryListing, The_search_is_closed_if_the_callback_throws)
 {
     Put("a.txt");
     closedSearches = 0;
-    const ImportPatch patch("FindClose", CountClose);
-    systemFindClose = patch.Original<decltype(FindClose)>();
+    const ImportPatch patch("FindClose", CountClose, systemFindClose);
     EXPECT_THROW(
         ForEachEntry(In(""), [](const File&, bool) { throw std::runtime_error("callback"); }),
         std::runtime_error);

@@ -84,15 +84,10 @@ HANDLE WINAPI FindOdd(LPCSTR pattern, LPWIN32_FIND_DATAA found)
 }
 
 struct FilesWithReparsePoint : Files {
-    FilesWithReparsePoint()
-    {
-        realAttributes = attributes_.Original<DWORD WINAPI(LPCSTR)>();
-        realFindFirst = find_.Original<HANDLE WINAPI(LPCSTR, LPWIN32_FIND_DATAA)>();
-        Put("t/odd/a");
-    }
+    FilesWithReparsePoint() { Put("t/odd/a"); }
 
-    ImportPatch attributes_{"GetFileAttributesA", OddAttributes};
-    ImportPatch find_{"FindFirstFileA", FindOdd};
+    ImportPatch attributes_{"GetFileAttributesA", OddAttributes, realAttributes};
+    ImportPatch find_{"FindFirstFileA", FindOdd, realFindFirst};
 };
 
 } // namespace

@@ -157,8 +157,7 @@ TEST_F(FileOperations, CopyTo_copies_a_tree)
 TEST_F(FileOperations, A_folder_that_cannot_be_listed_stops_the_copy_of_its_tree)
 {
     Put("t/deep/a");
-    const ImportPatch patch("FindFirstFileA", FindNoEntriesOfDeep);
-    systemFindFirst = patch.Original<HANDLE WINAPI(LPCSTR, LPWIN32_FIND_DATAA)>();
+    const ImportPatch patch("FindFirstFileA", FindNoEntriesOfDeep, systemFindFirst);
     EXPECT_EQ("could not enumerate the contents of [" + In("t\\deep").Path() + "]: Win32 error 3",
               Failure<FileError>([&] { CopyTo(In("t"), Native("to")); }));
 }

@@ -63,7 +63,6 @@ class BusyMachine : public testing::Test {
 protected:
     explicit BusyMachine(DWORD tick = 0xFFFFFFF0) // the tick wraps while the worker looks
     {
-        realWaitMany = wait_.Original<WaitMany>();
         simulatedTick = tick;
         switches = 0;
         signal_.Post();
@@ -72,7 +71,7 @@ protected:
 
     ImportPatch tick_{"GetTickCount", &Tick};
     ImportPatch switch_{"SwitchToThread", &SwitchSlowly};
-    ImportPatch wait_{"WaitForMultipleObjects", &WaitNoTime};
+    ImportPatch wait_{"WaitForMultipleObjects", &WaitNoTime, realWaitMany};
     WorkerSignal signal_;
 };
 
@@ -113,8 +112,6 @@ DWORD WINAPI EndAsARecordArrives(DWORD count, const HANDLE* handles, BOOL all, D
 /// A worker whose wait ends by itself while a record arrives.
 class LateRecord : public testing::Test {
 protected:
-    LateRecord() { realWaitMany = wait_.Original<WaitMany>(); }
-
     Result WaitThatEndsWith(DWORD answer)
     {
         lateSignal = &signal_;
@@ -123,7 +120,7 @@ protected:
         return signal_.Wait(1000);
     }
 
-    ImportPatch wait_{"WaitForMultipleObjects", &EndAsARecordArrives};
+    ImportPatch wait_{"WaitForMultipleObjects", &EndAsARecordArrives, realWaitMany};
     WorkerSignal signal_;
 };
 
@@ -173,8 +170,7 @@ TEST(WorkerSignal, Stop_is_returned_once_and_before_records)
 
 TEST(WorkerSignal, The_kernel_is_not_called_while_the_worker_is_awake)
 {
-    const ImportPatch patch("ReleaseSemaphore", &CountRelease);
-    realRelease = patch.Original<Release>();
+    const ImportPatch patch("ReleaseSemaphore", &CountRelease, realRelease);
     releases = 0;
     WorkerSignal signal;
     for (int i = 0; i < 1000; ++i) {

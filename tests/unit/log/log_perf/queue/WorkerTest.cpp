@@ -85,8 +85,7 @@ DWORD WINAPI FailOfWorker(DWORD count, const HANDLE* handles, BOOL all, DWORD ti
 
 TEST_F(WorkerTest, A_failed_wait_makes_a_report_and_costs_neither_records_nor_the_end)
 {
-    const ImportPatch patch("WaitForMultipleObjects", &FailOfWorker);
-    realWaitForMany = patch.Original<WaitForMany>();
+    const ImportPatch patch("WaitForMultipleObjects", &FailOfWorker, realWaitForMany);
     testThread = GetCurrentThreadId();
     wouldWait = 0;
     constexpr std::uint32_t kNeverDueMs = 0xFFFFFFFF;

@@ -64,8 +64,7 @@ TEST_F(RingFile, A_file_that_another_program_has_locked_is_tried_again_at_every_
 
 TEST_F(RingFile, A_read_only_file_is_written_as_soon_as_it_is_writable)
 {
-    const ImportPatch patch("fopen", OpenAsWindowsDoes);
-    realOpen = patch.Original<OpenFunction>();
+    const ImportPatch patch("fopen", OpenAsWindowsDoes, realOpen);
     Put("0x00000000\r\n");
     SetFileAttributesA(name_.c_str(), FILE_ATTRIBUTE_READONLY);
     LogFileSink sink;

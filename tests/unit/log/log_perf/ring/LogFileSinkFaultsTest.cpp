@@ -46,7 +46,6 @@ std::string BytesOf(const std::string& name)
 
 class LogFileFault : public ::testing::Test {
 protected:
-    LogFileFault() { realWrite = patch_.Original<WriteFunction>(); }
     ~LogFileFault() override { diverted = nullptr; }
 
     static void Write(LogFileSink& sink, const std::string& text)
@@ -68,7 +67,7 @@ protected:
 
     TempFolder folder_;
     std::string name_ = folder_.File("DaemonManager.log");
-    ImportPatch patch_{"_write", Divert};
+    ImportPatch patch_{"_write", Divert, realWrite};
 };
 
 TEST_F(LogFileFault, A_new_file_holds_an_empty_header_before_its_first_record)

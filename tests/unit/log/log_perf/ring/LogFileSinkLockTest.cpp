@@ -50,8 +50,6 @@ class LockedBytes {
 public:
     LockedBytes(std::int64_t from, std::int64_t to)
     {
-        unlockedRead = read_.Original<ReadFunction>();
-        unlockedWrite = write_.Original<WriteFunction>();
         lockedFrom = from;
         lockedTo = to;
     }
@@ -64,8 +62,8 @@ public:
     }
 
 private:
-    const ImportPatch read_{"_read", ReadUnlessLocked};
-    const ImportPatch write_{"_write", WriteUnlessLocked};
+    const ImportPatch read_{"_read", ReadUnlessLocked, unlockedRead};
+    const ImportPatch write_{"_write", WriteUnlessLocked, unlockedWrite};
 };
 
 class LockedRing : public RingFile {
