@@ -2,6 +2,7 @@
 
 #include "DecimalNumber.h"
 #include "ExitCode.h"
+#include "ProcessList.h"
 #include "ShutdownProgress.h"
 #include "SupervisorProcesses.h"
 #include "ThisMachine.h"
@@ -43,6 +44,18 @@ std::string ResultOfShutdown()
     }
 }
 
+int WaitForEnd(const SupervisorProcesses& processes, std::uint32_t timeoutSeconds)
+{
+    if (!processes.WaitUntilAtMost(0, std::uint64_t{timeoutSeconds} * 1000)) {
+        std::cerr << "daemonctl: the supervisor has not ended within " << timeoutSeconds
+                  << " s: " << NamesOf(processes.Running()) << " still runs\n  "
+                  << ProgressOfShutdown() << std::endl;
+        return kRefused;
+    }
+    std::cout << ResultOfShutdown() << std::endl;
+    return kDone;
+}
+
 int Exit(SupervisorClient& supervisor, const ExitOptions& options)
 {
     if (options.noWait) {
@@ -52,14 +65,14 @@ int Exit(SupervisorClient& supervisor, const ExitOptions& options)
     }
     const SupervisorProcesses processes; // found before the call: the process may end at once
     supervisor.Exit();
-    if (!processes.WaitUntilAtMost(0, std::uint64_t{options.timeoutSeconds} * 1000)) {
-        std::cerr << "daemonctl: the supervisor has not ended within " << options.timeoutSeconds
-                  << " s: " << NamesOf(processes.Running()) << " still runs\n  "
-                  << ProgressOfShutdown() << std::endl;
+    try {
+        return WaitForEnd(processes, options.timeoutSeconds);
+    } catch (const ProcessListUnreadable& error) {
+        std::cerr
+            << "daemonctl: the supervisor has accepted the order, but its end cannot be seen: "
+            << error.what() << std::endl;
         return kRefused;
     }
-    std::cout << ResultOfShutdown() << std::endl;
-    return kDone;
 }
 
 } // namespace

@@ -14,7 +14,8 @@ namespace vqrx::client::v0 {
 /// not give its id to another process meanwhile.
 class SupervisorProcesses {
 public:
-    /// @throws std::bad_alloc; CodePageError if a path cannot be converted to UTF-8
+    /// @throws ProcessListUnreadable; std::bad_alloc; CodePageError if a path cannot be converted to
+    ///         UTF-8
     SupervisorProcesses();
 
     /// Returns the processes that still run, in the order of their creation. A process that this

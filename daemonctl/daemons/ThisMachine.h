@@ -32,6 +32,7 @@ public:
 /// Finds the running processes that DaemonManager.exe has started, except console hosts and
 /// processes that this user may not open.
 /// @return empty if no process or several processes run a file named DaemonManager.exe
+/// @throws ProcessListUnreadable
 [[nodiscard]] std::vector<ProcessFacts> ChildrenOfSupervisor();
 
 } // namespace vqrx::client::v0

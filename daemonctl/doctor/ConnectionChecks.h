@@ -41,7 +41,7 @@ struct SupervisorFacts {
 /// Calls the supervisor and waits at most 10 seconds for its answer. The call asks the supervisor
 /// to detach a daemon id that it never gives out: that changes nothing and writes no record to the
 /// log. The call runs on a thread and in a COM apartment of its own. Windows only.
-/// @throws std::system_error if Windows starts no thread
+/// @throws std::system_error if Windows starts no thread; ProcessListUnreadable
 [[nodiscard]] SupervisorFacts GatherSupervisorFacts();
 
 /// The check "proxy": whether a client can call the supervisor through the proxy/stub. Pure.

@@ -35,7 +35,7 @@ HeldProcess::HeldProcess(std::uint32_t processId)
 {
     if (!process_) {
         const DWORD error = GetLastError();
-        hidden_ = error == ERROR_ACCESS_DENIED;
+        hidden_ = error != ERROR_INVALID_PARAMETER; // Windows' answer if no process has the id
     }
 }
 

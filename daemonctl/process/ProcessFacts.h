@@ -11,7 +11,7 @@ struct ProcessFacts {
     enum class State {
         running,
         gone,   ///< no process has this id, or the process has ended
-        hidden, ///< a process has this id, but this user may not open it
+        hidden, ///< a process has this id, but Windows refuses to open it for this user
     };
     std::uint32_t processId = 0;
     State state = State::gone;

@@ -23,15 +23,29 @@ using system::win32::v1::UniqueKernelHandle;
 void ForEachProcess(const std::function<void(const PROCESSENTRY32W& entry)>& visit)
 {
     const UniqueKernelHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    if (!snapshot) {
+        throw ProcessListUnreadable(GetLastError());
+    }
     PROCESSENTRY32W entry{};
     entry.dwSize = sizeof entry;
-    for (BOOL more = snapshot ? Process32FirstW(snapshot.Get(), &entry) : FALSE; more != FALSE;
-         more = Process32NextW(snapshot.Get(), &entry)) {
+    BOOL more = Process32FirstW(snapshot.Get(), &entry);
+    while (more != FALSE) {
         visit(entry);
+        more = Process32NextW(snapshot.Get(), &entry);
+    }
+    const DWORD error = GetLastError();
+    if (error != ERROR_NO_MORE_FILES) {
+        throw ProcessListUnreadable(error);
     }
 }
 
 } // namespace
+
+ProcessListUnreadable::ProcessListUnreadable(std::uint32_t error)
+    : std::runtime_error("the list of processes cannot be read: Windows error " +
+                         std::to_string(error))
+{
+}
 
 // version.dll is loaded from the system folder and not imported, because Windows would take a file of
 // this name beside the program.

@@ -1,10 +1,18 @@
 #pragma once
 
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace vqrx::client::v0 {
+
+/// Windows did not give the list of processes. Nothing is known about what runs.
+class ProcessListUnreadable : public std::runtime_error {
+public:
+    /// @param error  Windows error
+    explicit ProcessListUnreadable(std::uint32_t error);
+};
 
 /// The file of a program or of a library.
 struct ImageFacts {
@@ -19,10 +27,13 @@ struct ImageFacts {
 
 /// Finds the processes that run a program file of this name.
 /// @param fileName  without folder; letter case is ignored
+/// @throws ProcessListUnreadable; std::bad_alloc; CodePageError if a path cannot be converted to
+///         UTF-8
 [[nodiscard]] std::vector<ImageFacts> ProcessesOfImage(const std::wstring& fileName);
 
 /// Returns the ids of the processes whose parent has the given id. Windows gives ids again: a
 /// process that is older than this parent was started by an earlier process with the same id.
+/// @throws ProcessListUnreadable; std::bad_alloc
 [[nodiscard]] std::vector<std::uint32_t> ChildrenOfProcess(std::uint32_t processId);
 
 /// Returns the ids of the processes that run a program file of this name, and whose parent has ended.

@@ -80,7 +80,6 @@ TESTED_BY = {
     "daemonctl/control/StopDaemon.cpp": "tests/integration/StopTest.cpp",
     "daemonctl/control/WaitForLog.cpp": "tests/integration/StopTest.cpp",
     "daemonctl/daemons/InstalledPaths.cpp": "tests/integration/OperatorTest.cpp",
-    "daemonctl/daemons/SupervisorProcesses.cpp": "tests/integration/UpgradeTest.cpp",
     "daemonctl/daemons/ThisMachine.cpp": "tests/integration/OperatorTest.cpp",
     "daemonctl/doctor/ConnectionChecksWindows.cpp": "tests/integration/DoctorTest.cpp",
     "daemonctl/doctor/CrashDialogChecksWindows.cpp": "tests/integration/DoctorTest.cpp",

@@ -44,5 +44,17 @@ TEST(HeldProcess, Process_that_refuses_two_modest_rights_is_hidden)
     EXPECT_EQ(askedRights, 0x101000U); // SYNCHRONIZE and PROCESS_QUERY_LIMITED_INFORMATION
 }
 
+HANDLE WINAPI LackMemory(DWORD, BOOL, DWORD)
+{
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+}
+
+TEST(HeldProcess, Process_counts_as_gone_only_if_Windows_knows_no_such_process)
+{
+    const ImportPatch patch("OpenProcess", LackMemory);
+    EXPECT_EQ(HeldProcess(GetCurrentProcessId()).Facts().state, ProcessFacts::State::hidden);
+}
+
 } // namespace
 } // namespace vqrx::test

@@ -1,6 +1,11 @@
 #include "ProcessList.h"
 
 #include "ChildProcess.h"
+#include "ImportPatch.h"
+
+#include <windows.h>
+
+#include <tlhelp32.h>
 
 #include <gtest/gtest.h>
 
@@ -40,6 +45,44 @@ TEST(ProcessList, Orphan_is_a_process_whose_parent_has_ended)
     const std::vector<std::uint32_t> orphans = OrphansOfImage(L"QUITS.exe");
     ASSERT_EQ(orphans.size(), 1U);
     KillProcess(orphans.front());
+}
+
+HANDLE WINAPI RefuseSnapshot(DWORD, DWORD)
+{
+    SetLastError(ERROR_ACCESS_DENIED);
+    return INVALID_HANDLE_VALUE;
+}
+
+BOOL WINAPI BreakOff(HANDLE, PROCESSENTRY32W*)
+{
+    SetLastError(ERROR_PARTIAL_COPY);
+    return FALSE;
+}
+
+TEST(ProcessList, List_that_Windows_does_not_give_is_an_error_and_no_empty_list)
+{
+    struct Failure {
+        const char* function;
+        void* replacement;
+        const char* text;
+    };
+    for (const Failure& failure :
+         {Failure{"CreateToolhelp32Snapshot", reinterpret_cast<void*>(&RefuseSnapshot),
+                  "the list of processes cannot be read: Windows error 5"},
+          Failure{"Process32FirstW", reinterpret_cast<void*>(&BreakOff),
+                  "the list of processes cannot be read: Windows error 299"},
+          Failure{"Process32NextW", reinterpret_cast<void*>(&BreakOff),
+                  "the list of processes cannot be read: Windows error 299"}}) {
+        const ImportPatch patch(failure.function, failure.replacement);
+        try {
+            static_cast<void>(ProcessesOfImage(L"no_windows.exe"));
+            ADD_FAILURE() << failure.function;
+        } catch (const ProcessListUnreadable& error) {
+            EXPECT_STREQ(error.what(), failure.text) << failure.function;
+        }
+        EXPECT_THROW(static_cast<void>(ChildrenOfProcess(GetCurrentProcessId())),
+                     ProcessListUnreadable);
+    }
 }
 
 } // namespace
