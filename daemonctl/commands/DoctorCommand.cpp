@@ -22,6 +22,7 @@
 #include <chrono>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -94,6 +95,24 @@ void AddDaemons(DoctorFacts& facts)
     facts.daemons.known = logIsThere && facts.supervisor.processes.size() == 1;
 }
 
+// Returns whether the log holds a record of the running supervisor; nothing if it is not known which
+// process that is.
+std::optional<bool> LogIsCurrent(const SupervisorFacts& supervisor)
+{
+    if (supervisor.answer != SupervisorFacts::Answer::answers || supervisor.processes.size() != 1) {
+        return std::nullopt;
+    }
+    const ProcessFacts process = ReadProcessFacts(supervisor.processes.front().processId);
+    if (process.state != ProcessFacts::State::running) {
+        return std::nullopt;
+    }
+    try {
+        return ReadTimeline().lastMs >= process.createdMs;
+    } catch (const LogUnreadable&) {
+        return false;
+    }
+}
+
 DoctorFacts Gather()
 {
     DoctorFacts facts;
@@ -101,6 +120,7 @@ DoctorFacts Gather()
     facts.installation = GatherInstallationFacts();
     facts.proxy = GatherProxyFacts();
     facts.supervisor = GatherSupervisorFacts();
+    facts.installation.logIsCurrent = LogIsCurrent(facts.supervisor);
     facts.firewallService = GatherFirewallServiceFacts();
     facts.firewallRules = RulesOrTimeout();
     AddDaemons(facts);

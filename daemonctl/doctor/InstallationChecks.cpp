@@ -135,6 +135,14 @@ Finding JudgeLog(const InstallationFacts& facts)
             "Remove the read-only attribute of the file, or end the program that keeps the file "
             "open.");
     }
+    if (!facts.logIsCurrent.value_or(true)) {
+        return Failure(check,
+                       facts.logFile +
+                           " holds no record of the running supervisor: the supervisor cannot read "
+                           "or write it",
+                       "Its console shows the reason. Move the file to another folder: the "
+                       "supervisor then begins a new one.");
+    }
     Finding finding = Ok(check, logs.path + " can be written to");
     if (facts.freeBytes && *facts.freeBytes < kRoomForLog) {
         finding = Warning(check,
@@ -142,7 +150,10 @@ Finding JudgeLog(const InstallationFacts& facts)
                               " bytes are free on the disk of " + facts.logFile,
                           "Free disk space: the log grows to 1 MiB.");
     }
-    return facts.damagedLog.empty() ? finding : WithDamagedLog(finding, facts.damagedLog);
+    for (const std::string& damagedLog : facts.damagedLogs) {
+        finding = WithDamagedLog(finding, damagedLog);
+    }
+    return finding;
 }
 
 } // namespace vqrx::client::v0

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vqrx::client::v0 {
 
@@ -33,7 +34,10 @@ struct InstallationFacts {
     FolderFacts logs;               ///< <root>\Logs, opened for adding files
     std::string logFile;            ///< path of the log file
     std::uint32_t logFileError = 0; ///< Windows error of opening the log file for writing
-    std::string damagedLog;         ///< path of a damaged log that was set aside; empty: none
+    std::vector<std::string> damagedLogs; ///< paths of the damaged logs that were set aside
+    /// Whether the log holds a record of the running supervisor. Not gathered with the other facts;
+    /// nothing if no supervisor answers, or if it is not known which process it is.
+    std::optional<bool> logIsCurrent;
     std::optional<std::uint64_t> freeBytes; ///< free for this user on the root's disk, if known
 };
 
@@ -51,8 +55,8 @@ struct InstallationFacts {
 /// The check "app-folder": whether the folder of the programs can be used.
 [[nodiscard]] Finding JudgeApp(const InstallationFacts& facts);
 
-/// The check "log-folder": whether the log can be written, its disk has room for it, and no damaged
-/// log was set aside.
+/// The check "log-folder": whether the log can be written and is written, its disk has room for it,
+/// and no damaged log was set aside.
 [[nodiscard]] Finding JudgeLog(const InstallationFacts& facts);
 
 } // namespace vqrx::client::v0

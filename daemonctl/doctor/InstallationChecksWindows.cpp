@@ -45,6 +45,13 @@ FolderFacts LookAtFolder(const std::string& path, DWORD access)
     return facts;
 }
 
+// A folder of that name is no log.
+bool IsFile(const std::string& path)
+{
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
 // Opens a file for writing and closes it again. @return the Windows error, 0 for none
 std::uint32_t ErrorOfWriting(const std::string& path)
 {
@@ -75,9 +82,10 @@ InstallationFacts GatherInstallationFacts()
     const std::string logFile = installation::LogFile(root);
     facts.logFile = AnsiToUtf8(logFile);
     facts.logFileError = ErrorOfWriting(logFile);
-    const std::string damagedLog = system::ring_format::v1::DamagedRingOf(logFile);
-    if (GetFileAttributesA(damagedLog.c_str()) != INVALID_FILE_ATTRIBUTES) {
-        facts.damagedLog = AnsiToUtf8(damagedLog);
+    for (const std::string& damagedLog : system::ring_format::v1::DamagedRingsOf(logFile)) {
+        if (IsFile(damagedLog)) {
+            facts.damagedLogs.push_back(AnsiToUtf8(damagedLog));
+        }
     }
     ULARGE_INTEGER free{};
     if (GetDiskFreeSpaceExA((root + "\\").c_str(), &free, nullptr, nullptr) != FALSE) {

@@ -49,6 +49,7 @@ void AddLogFile(LogFileSink& sink, LibLogPerf& logger)
     static_cast<void>(_mkdir(installation::LogFolder(root).c_str()));
     sink.SetFileName(installation::LogFile(root));
     sink.SetSizeLimit(kLogSizeLimit);
+    sink.SetNotesOutages(true);
     logger.AddSink(&sink);
 }
 

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <string>
 
@@ -103,6 +104,27 @@ TEST(Doctor, Doctor_reports_no_failure_on_a_healthy_machine_and_changes_nothing)
               std::string::npos)
         << answer;
     EXPECT_EQ(supervisor.Log().size(), before);
+}
+
+// The log is damaged, and folders stand in the way of the names under which it could be kept.
+TEST(Doctor, Doctor_reports_a_log_that_the_running_supervisor_cannot_read)
+{
+    const SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
+        SupervisorProcess::InstalledInApp(registry, root);
+        const std::filesystem::path logs = std::filesystem::path(root) / "Logs";
+        for (const char* name : {"DaemonManager.log.damaged", "DaemonManager.log.damaged2"}) {
+            std::filesystem::create_directories(logs / name / "not empty");
+        }
+        std::ofstream(logs / "DaemonManager.log", std::ios::binary)
+            << "0x0000001F\r\n0;date;x;2;damaged\r\n";
+    });
+    const Answer answer = Daemonctl("doctor");
+    EXPECT_EQ(answer.exitCode, 4U);
+    EXPECT_NE(answer.output.find("failure  log-folder        " + supervisor.LogFile() +
+                                 " holds no record of the running supervisor: the supervisor "
+                                 "cannot read or write it\n"),
+              std::string::npos)
+        << answer;
 }
 
 TEST(Doctor, Doctor_ends_with_exit_code_3_if_only_the_supervisor_is_missing)

@@ -105,6 +105,9 @@ TESTED_BY = {
     "src/encoding/utf/TextParserUTF16LE.cpp": "tests/unit/encoding/utf/TextParserTest.cpp",
     "src/encoding/utf/TextParserUTF8.cpp": "tests/unit/encoding/utf/TextParserTest.cpp",
     "src/encoding/utf/WideToUtf8.cpp": "tests/unit/encoding/utf/TranscodeTest.cpp",
+    "src/log/log_perf/ring/NoticesOfDamage.cpp":
+        "tests/unit/log/log_perf/ring/LogFileSinkDamageTest.cpp",
+    "src/log/log_perf/ring/RingStream.cpp": "tests/unit/log/log_perf/ring/LogFileSinkTest.cpp",
     "src/system/end_process/EndProcess.cpp": "tests/unit/daemon_mgr/StopProcessTest.cpp",
     "src/system/file/FileAttributes.cpp": "tests/unit/system/file/FileOperationsTest.cpp",
     "src/system/file/PathComponents.cpp": "tests/unit/system/file/FileOperationsTest.cpp",

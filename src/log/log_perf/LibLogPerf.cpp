@@ -40,7 +40,7 @@ void LibLogPerf::AddSink(ILogSink* sink)
     }
     const auto receivers = receivers_.Lock();
     auto extended = std::make_shared<SinkSet>(*receivers->sinks);
-    extended->insert(sink);
+    extended->try_emplace(sink, dynamic_cast<ISinkReports*>(sink));
     receivers->sinks = std::move(extended);
 }
 

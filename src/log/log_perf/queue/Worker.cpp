@@ -5,6 +5,8 @@
 #include "log_perf/time/Clock.h"
 
 #include <memory>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include <windows.h>
@@ -17,17 +19,28 @@ namespace {
 constexpr DWORD kPauseWithoutSignalMs = 10;
 
 // Gives the other sinks a line about the trouble of one sink.
-void Announce(const SinkSet& sinks, const ILogSink* troubled, const SinkNotice& notice) noexcept
+void Announce(const SinkSet& sinks, const ILogSink* troubled, const std::string& line) noexcept
 {
     const Timestamp now = CurrentTimestamp();
-    for (ILogSink* const sink : sinks) {
+    for (const auto& [sink, reports] : sinks) {
         if (sink == troubled) {
             continue;
         }
         try {
-            sink->Write(i_logger::v0::kLevelError, &now, notice.Notice().c_str());
+            sink->Write(i_logger::v0::kLevelError, &now, line.c_str());
         } catch (...) { // NOLINT(bugprone-empty-catch): the other sinks still get the line
         }
+    }
+}
+
+void AnnounceReport(const SinkSet& sinks, const SinkSet::value_type& reporter) noexcept
+{
+    const auto& [sink, reports] = reporter;
+    try {
+        if (const std::optional<std::string> report = reports->TakeReport()) {
+            Announce(sinks, sink, *report);
+        }
+    } catch (...) { // NOLINT(bugprone-empty-catch): the report is still due at the next record
     }
 }
 
@@ -51,6 +64,20 @@ Worker::~Worker()
     WaitForSingleObject(thread_.Get(), INFINITE);
 }
 
+void Worker::Deliver(const LogRecord& record, const SinkSet& sinks,
+                     const SinkSet::value_type& sink) noexcept
+{
+    try {
+        sink.first->Write(record.level, &record.timestamp, record.text.c_str());
+    } catch (const SinkNotice& notice) {
+        Announce(sinks, sink.first, notice.Notice());
+    } catch (...) { // NOLINT(bugprone-empty-catch): the other sinks still get the record
+    }
+    if (sink.second != nullptr) {
+        AnnounceReport(sinks, sink);
+    }
+}
+
 void Worker::DeliverOne() noexcept
 {
     const LogRecord* const record = queue_.Take();
@@ -58,13 +85,8 @@ void Worker::DeliverOne() noexcept
         return;
     }
     const std::shared_ptr<const SinkSet> sinks = receivers_.Lock()->sinks;
-    for (ILogSink* const sink : *sinks) {
-        try {
-            sink->Write(record->level, &record->timestamp, record->text.c_str());
-        } catch (const SinkNotice& notice) {
-            Announce(*sinks, sink, notice);
-        } catch (...) { // NOLINT(bugprone-empty-catch): the other sinks still get the record
-        }
+    for (const SinkSet::value_type& sink : *sinks) {
+        Deliver(*record, *sinks, sink);
     }
 }
 

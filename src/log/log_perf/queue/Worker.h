@@ -39,6 +39,8 @@ private:
     static unsigned __stdcall ThreadEntry(void* worker) noexcept;
     void Work() noexcept;
     void WorkWithoutSignal() noexcept;
+    static void Deliver(const LogRecord& record, const SinkSet& sinks,
+                        const SinkSet::value_type& sink) noexcept;
     void DeliverOne() noexcept;
     void DeliverAll() noexcept;
     void MakeReport() noexcept;

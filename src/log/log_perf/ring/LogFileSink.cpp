@@ -2,14 +2,13 @@
 
 #include "log_perf/ring/DamagedLogFile.h"
 #include "log_perf/ring/FileExists.h"
-#include "log_perf/ring/LogLine.h"
+#include "log_perf/ring/NoticesOfDamage.h"
 #include "log_perf/ring/RingReload.h"
-#include "log_perf/ring/SetAside.h"
-#include "ring_format/DamagedRing.h"
 #include "ring_format/RingHeader.h"
 
 #include <array>
-#include <cstddef>
+#include <cerrno>
+#include <fstream>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -17,42 +16,8 @@
 namespace vqrx::log::log_perf::v2 {
 namespace {
 
-using system::ring_format::v1::DamagedRingOf;
-using system::ring_format::v1::FormatRingHeader;
 using system::ring_format::v1::kRingStart;
 using system::ring_format::v1::ReadRingHeader;
-
-// The streams that write are in text mode: on Windows they turn a line feed into "\r\n". On other
-// systems the carriage return is written explicitly.
-#if defined(_WIN32)
-constexpr const char* kLineEnd = "\n";
-#else
-constexpr const char* kLineEnd = "\r\n";
-#endif
-
-// Bytes that a written text takes in the file. The logger's texts hold no line feeds, but another
-// caller's may.
-std::streamoff BytesOnDisk(const std::string& written) noexcept
-{
-    std::size_t bytes = written.size();
-#if defined(_WIN32)
-    for (std::size_t feed = written.find('\n'); feed != std::string::npos;
-         feed = written.find('\n', feed + 1)) {
-        ++bytes;
-    }
-#endif
-    return static_cast<std::streamoff>(bytes);
-}
-
-// Changes nothing if the file exists and has content: then it was only hidden from FileExists.
-void CreateRing(const std::string& name)
-{
-    std::ofstream file(name, std::ios::app);
-    file.seekp(0, std::ios::end);
-    if (file.tellp() == 0) {
-        file << FormatRingHeader(0) << kLineEnd << std::flush;
-    }
-}
 
 // Whether the system gives every byte of the file. Another program needs only the right to read it to
 // lock some. The file's read position changes.
@@ -74,11 +39,12 @@ bool IsAfterLineEnd(std::istream& file, std::uint32_t position)
     return position <= kRingStart || file.get() == '\n';
 }
 
-std::string NoticeOfDamage(const std::string& name, const char* reason, bool kept)
+// Milliseconds between two attempts to set a damaged file aside: each attempt reads the whole file.
+constexpr std::uint64_t kPauseOfAttempts = 1000;
+
+std::int64_t Next(std::int64_t number) noexcept
 {
-    const std::string notice = "Log file " + name + " is damaged: " + reason;
-    return kept ? notice + ". It is kept as " + DamagedRingOf(name)
-                : notice + ". It cannot be set aside, and no message is written to it";
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(number) + 1);
 }
 
 } // namespace
@@ -102,130 +68,208 @@ void LogFileSink::SetThreshold(int level) noexcept
     settings_.Lock()->threshold = level;
 }
 
+void LogFileSink::SetNotesOutages(bool notes) noexcept
+{
+    settings_.Lock()->notesOutages = notes;
+}
+
 void LogFileSink::Write(int level, const Timestamp* timestamp, const char* text)
 {
-    bool reopen = false;
     std::uint32_t sizeLimit = 0;
+    bool notesOutages = false;
+    bool renamed = false;
     {
         const auto settings = settings_.Lock();
         if (level > settings->threshold) {
             return;
         }
-        refused_ = refused_ && settings->fileName == openFileName_;
-        reopen = settings->fileName != openFileName_ || !stream_.is_open() || stream_.fail();
+        renamed = settings->fileName != openFileName_;
         openFileName_ = settings->fileName;
         sizeLimit = settings->sizeLimit;
+        notesOutages = settings->notesOutages;
     }
-    const std::exception_ptr damage = reopen ? OpenOrBeginAnew(sizeLimit) : nullptr;
+    if (renamed) {
+        Leave();
+    }
+    const bool hasFile = !openFileName_.empty();
+    if (hasFile) {
+        outage_.Begin();
+    }
     entry_.level = level;
     entry_.time = MillisecondsOf(*timestamp);
     entry_.date = dateText_.Of(*timestamp);
     entry_.text = text;
-    WriteRecord(entry_, sizeLimit);
-    history_.Insert(sequence_, entry_);
-    sequence_ = static_cast<std::int64_t>(static_cast<std::uint64_t>(sequence_) + 1);
-    if (damage) {
-        std::rethrow_exception(damage);
+    if (hasFile && !stream_.IsWritable() && MayTry()) {
+        OpenOrBeginAnew(sizeLimit);
+    }
+    if (hasFile) {
+        if ((!notesOutages || NoteOutage(sizeLimit)) && WriteToFile(entry_, sizeLimit)) {
+            outage_.Written();
+        } else {
+            outage_.Failed(stream_.Error());
+        }
+    }
+    Keep(entry_);
+    if (damage_) {
+        std::rethrow_exception(std::exchange(damage_, nullptr));
     }
 }
 
-// Writes the record, then the header. A flush or a seek after each of them writes the stream's
-// buffer, so that the file is complete. The write position is counted: asking the stream is slow.
-void LogFileSink::WriteRecord(const LogHistoryEntry& entry, std::uint32_t sizeLimit)
+// The number in the file continues those of the file. Records that the file lacks have numbers in
+// the history only, and lose them to the records that are written later.
+bool LogFileSink::WriteToFile(const LogHistoryEntry& entry, std::uint32_t sizeLimit)
 {
-    if (!stream_.is_open()) {
-        return;
+    if (!stream_.Write(nextInFile_, entry, sizeLimit)) {
+        return false;
     }
-    line_.clear();
-    if (std::exchange(endLineFirst_, false)) {
-        line_.append(kLineEnd);
+    if (sequence_ != nextInFile_) {
+        history_.RemoveFrom(nextInFile_);
+        sequence_ = nextInFile_;
     }
-    AppendLogLine(line_, sequence_, entry);
-    line_.append(kLineEnd);
-    stream_ << line_ << std::flush;
-    position_ += BytesOnDisk(line_);
-    if (sizeLimit != 0 && static_cast<std::streamoff>(sizeLimit) < position_) {
-        position_ = kRingStart;
-    }
-    stream_.seekp(0);
-    stream_ << FormatRingHeader(static_cast<std::uint32_t>(position_)).append(kLineEnd);
-    stream_.seekp(position_);
+    nextInFile_ = Next(nextInFile_);
+    return true;
 }
 
+// Returns whether the file has a note about the records that it lacks, if it lacks any.
+bool LogFileSink::NoteOutage(std::uint32_t sizeLimit)
+{
+    if (outage_.LostBefore() == 0 || !stream_.IsWritable()) {
+        return stream_.IsWritable();
+    }
+    const LogHistoryEntry note{i_logger::v0::kLevelError, entry_.time, entry_.date,
+                               outage_.NoteFor(openFileName_)};
+    if (!WriteToFile(note, sizeLimit)) {
+        return false;
+    }
+    outage_.Noted();
+    Keep(note);
+    return true;
+}
+
+// Inserts the record into the history. It takes its number even if there is no memory for it: the
+// file may hold the number already.
+void LogFileSink::Keep(const LogHistoryEntry& entry)
+{
+    const std::int64_t number = std::exchange(sequence_, Next(sequence_));
+    history_.Insert(number, entry);
+}
+
+// Forgets everything about the file before: the next file has another name.
+void LogFileSink::Leave()
+{
+    stream_.Close();
+    isRead_ = false;
+    refused_ = false;
+    outage_ = LogOutage();
+}
+
+bool LogFileSink::MayTry() const noexcept
+{
+    const auto elapsed =
+        static_cast<std::uint64_t>(entry_.time) - static_cast<std::uint64_t>(triedMs_);
+    return !refused_ || elapsed >= kPauseOfAttempts;
+}
+
+// Opens the file for writing.
 void LogFileSink::Open(std::uint32_t sizeLimit)
 {
-    if (stream_.is_open()) {
-        stream_.close();
-    }
-    if (openFileName_.empty()) {
-        return;
-    }
     if (!FileExists(openFileName_)) {
         CreateRing(openFileName_);
     }
+    if (!stream_.Open(openFileName_) && isRead_) {
+        return;
+    }
+    // Whatever fails, the file is closed: it can be renamed, and the next record reads it again.
+    try {
+        Read(sizeLimit);
+    } catch (...) {
+        stream_.Close();
+        throw;
+    }
+}
+
+// Fills the history with the records of the file, unless they are those that the sink knows. If a
+// file that was refused is damaged still, the history keeps what it holds.
+void LogFileSink::Read(std::uint32_t sizeLimit)
+{
     std::ifstream file{openFileName_, std::ios::binary};
     if (!file) {
+        stream_.Close(errno);
         return;
     }
     const std::optional<std::uint32_t> header = ReadRingHeader(file);
+    if (isRead_ && header == stream_.Position()) {
+        return;
+    }
     if (!header || !CanBeRead(file)) {
-        return; // before the history is cleared; the next Write tries again
+        stream_.Close(errno); // before the history is cleared; the next Write tries again
+        return;
     }
     const std::uint32_t position = *header;
-    if (refused_) { // If the file is damaged still, this throws before the history is cleared.
+    isRead_ = false;
+    if (refused_) {
         static_cast<void>(
             ReloadRing(file, position, sizeLimit, [](std::int64_t, const LogHistoryEntry&) {}));
     }
     Clear();
-    Reload(file, position, sizeLimit);
-    endLineFirst_ = !IsAfterLineEnd(file, position);
-    stream_.open(openFileName_, std::ios::in | std::ios::out);
-    stream_.seekp(position);
-    position_ = position;
+    sequence_ = ReloadRing(file, position, sizeLimit,
+                           [this](std::int64_t number, const LogHistoryEntry& entry) {
+                               history_.Insert(number, entry);
+                           });
+    nextInFile_ = sequence_;
+    stream_.MoveTo(position, !IsAfterLineEnd(file, position));
+    isRead_ = true;
+    refused_ = false;
 }
 
-std::exception_ptr LogFileSink::OpenOrBeginAnew(std::uint32_t sizeLimit)
+void LogFileSink::OpenOrBeginAnew(std::uint32_t sizeLimit)
 {
+    triedMs_ = entry_.time;
     try {
         Open(sizeLimit);
-        refused_ = refused_ && !stream_.is_open();
-        return nullptr;
     } catch (const std::invalid_argument& error) {
-        return BeginAnew(error, sizeLimit);
+        BeginAnew(error, sizeLimit);
     } catch (const std::out_of_range& error) {
-        return BeginAnew(error, sizeLimit);
+        BeginAnew(error, sizeLimit);
     }
 }
 
-// Returns the exception that Write throws; null if it threw for this file before.
+// Stores the exception that Write throws, unless it threw for this file before.
 template <typename Error>
-std::exception_ptr LogFileSink::BeginAnew(const Error& error, std::uint32_t sizeLimit)
+void LogFileSink::BeginAnew(const Error& error, std::uint32_t sizeLimit)
 {
-    const bool kept = SetAside(openFileName_, DamagedRingOf(openFileName_));
-    const bool known = std::exchange(refused_, !kept);
-    if (!known) {
+    NoticesOfDamage notices(openFileName_, error.what());
+    const bool kept = notices.SetAside();
+    if (std::exchange(refused_, !kept)) {
+        if (kept) {
+            outage_.KeptAs(std::move(notices.KeptAs()));
+        }
+    } else {
         Clear(); // of the records before the damaged line
+        try {
+            throw DamagedLogFile<Error>(error, std::move(notices.Notice()));
+        } catch (...) {
+            damage_ = std::current_exception();
+        }
+        if (!kept) {
+            outage_.BeginningIsKnown();
+        }
     }
     if (kept) {
         Open(sizeLimit);
     }
-    return known ? nullptr
-                 : std::make_exception_ptr(DamagedLogFile<Error>(
-                       error, NoticeOfDamage(openFileName_, error.what(), kept)));
 }
 
 void LogFileSink::Clear() noexcept
 {
     history_.Clear();
     sequence_ = 0;
+    nextInFile_ = 0;
 }
 
-void LogFileSink::Reload(std::istream& file, std::uint32_t writePosition, std::uint32_t sizeLimit)
+std::optional<std::string> LogFileSink::TakeReport()
 {
-    sequence_ = ReloadRing(file, writePosition, sizeLimit,
-                           [this](std::int64_t number, const LogHistoryEntry& entry) {
-                               history_.Insert(number, entry);
-                           });
+    return outage_.TakeReport(openFileName_);
 }
 
 bool LogFileSink::GetRange(std::int64_t first, std::int64_t last, std::int64_t& outFirst,

@@ -79,6 +79,12 @@ LogHistory::Stored LogHistory::Table::Store(const LogHistoryEntry& entry)
     return stored;
 }
 
+void LogHistory::RemoveFrom(std::int64_t number) noexcept
+{
+    const auto table = table_.Lock();
+    table->entries.erase(table->entries.lower_bound(number), table->entries.end());
+}
+
 void LogHistory::Clear() noexcept
 {
     table_.Lock()->entries.clear();

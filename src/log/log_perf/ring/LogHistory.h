@@ -19,6 +19,9 @@ public:
     /// Adds a record, or replaces the record of that number. @throws std::bad_alloc
     void Insert(std::int64_t number, const LogHistoryEntry& entry);
 
+    /// Removes the records from this number on.
+    void RemoveFrom(std::int64_t number) noexcept;
+
     /// Removes all records.
     void Clear() noexcept;
 

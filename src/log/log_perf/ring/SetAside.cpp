@@ -19,6 +19,17 @@ bool Rename(const std::string& path, const std::string& newPath) noexcept
 #endif
 }
 
+// Windows replaces, empties and removes no file that has this attribute.
+void ClearReadOnly([[maybe_unused]] const std::string& path) noexcept
+{
+#if defined(_WIN32)
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+        SetFileAttributesA(path.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
+    }
+#endif
+}
+
 bool Write(const std::string& path, const std::string& newPath)
 {
     std::ifstream from(path, std::ios::binary);
@@ -42,9 +53,11 @@ bool Copy(const std::string& path, const std::string& newPath)
 
 bool SetAside(const std::string& path, const std::string& newPath)
 {
+    ClearReadOnly(newPath);
     if (Rename(path, newPath)) {
         return true;
     }
+    ClearReadOnly(path);
     // Opening the file first saves a copy that would be of no use.
     return std::fstream(path, std::ios::binary | std::ios::in | std::ios::out).is_open() &&
            Copy(path, newPath) && std::ofstream(path, std::ios::binary | std::ios::trunc).is_open();

@@ -2,15 +2,17 @@
 
 #include "log_perf/sink/ILogSink.h"
 #include "log_perf/sink/IPerformanceObserver.h"
+#include "log_perf/sink/ISinkReports.h"
 #include "sync_ptr/Guarded.h"
 
 #include <cstdint>
+#include <map>
 #include <memory>
-#include <set>
 
 namespace vqrx::log::log_perf::v2 {
 
-using SinkSet = std::set<ILogSink*>;
+/// The sinks in the order of their addresses, each with its second base; null if it has none.
+using SinkSet = std::map<ILogSink*, ISinkReports*>;
 
 /// Everything that receives the logger's output. None of it is owned.
 struct Receivers {

@@ -151,7 +151,7 @@ TEST(LogFolderCheck, Warns_if_less_than_2_MiB_are_free)
 TEST(LogFolderCheck, Warns_of_a_damaged_log_and_shows_how_to_read_it)
 {
     InstallationFacts facts = HealthyInstallation();
-    facts.damagedLog = R"(C:\FW\Logs\DaemonManager.log.damaged)";
+    facts.damagedLogs = {R"(C:\FW\Logs\DaemonManager.log.damaged)"};
     const Finding finding = JudgeLog(facts);
     ExpectFinding(finding, Verdict::warning,
                   "C:\\FW\\Logs can be written to\n"
@@ -163,6 +163,26 @@ TEST(LogFolderCheck, Warns_of_a_damaged_log_and_shows_how_to_read_it)
     EXPECT_EQ(JudgeLog(facts).remedy,
               "Free disk space: the log grows to 1 MiB. Read the damaged log, then delete it: "
               R"(daemonctl log --file "C:\FW\Logs\DaemonManager.log.damaged")");
+}
+
+TEST(LogFolderCheck, Names_each_damaged_log)
+{
+    InstallationFacts facts = HealthyInstallation();
+    facts.damagedLogs = {"first.damaged", "second.damaged2"};
+    const Finding finding = JudgeLog(facts);
+    EXPECT_NE(finding.text.find("\nfirst.damaged: "), std::string::npos);
+    EXPECT_NE(finding.text.find("\nsecond.damaged2: "), std::string::npos);
+}
+
+TEST(LogFolderCheck, Fails_if_the_running_supervisor_has_written_nothing)
+{
+    InstallationFacts facts = HealthyInstallation();
+    facts.logIsCurrent = true;
+    EXPECT_EQ(JudgeLog(facts).verdict, Verdict::ok);
+    facts.logIsCurrent = false;
+    ExpectFinding(JudgeLog(facts), Verdict::failure,
+                  "C:\\FW\\Logs\\DaemonManager.log holds no record of the running supervisor: the "
+                  "supervisor cannot read or write it");
 }
 
 TEST(LogFolderCheck, Fails_if_folder_or_file_cannot_be_written_and_warns_if_the_folder_is_missing)

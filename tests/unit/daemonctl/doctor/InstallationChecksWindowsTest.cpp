@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 namespace vqrx::test {
 namespace {
@@ -69,9 +70,15 @@ TEST(InstallationFacts, Folders_and_log_file_are_opened_and_nothing_is_created)
     std::ofstream(root.Path() / "Logs" / "DaemonManager.log") << "x";
     facts = GatherInstallationFacts();
     EXPECT_EQ(facts.logFileError, 0U);
-    EXPECT_EQ(facts.damagedLog, "");
+    EXPECT_EQ(facts.damagedLogs, std::vector<std::string>());
+    std::filesystem::create_directory(root.Path() / "Logs" / "DaemonManager.log.damaged");
+    EXPECT_EQ(GatherInstallationFacts().damagedLogs, std::vector<std::string>());
+    std::filesystem::remove(root.Path() / "Logs" / "DaemonManager.log.damaged");
     std::ofstream(root.Path() / "Logs" / "DaemonManager.log.damaged") << "x";
-    EXPECT_EQ(GatherInstallationFacts().damagedLog, path + R"(\Logs\DaemonManager.log.damaged)");
+    std::ofstream(root.Path() / "Logs" / "DaemonManager.log.damaged2") << "x";
+    EXPECT_EQ(GatherInstallationFacts().damagedLogs,
+              (std::vector<std::string>{path + R"(\Logs\DaemonManager.log.damaged)",
+                                        path + R"(\Logs\DaemonManager.log.damaged2)"}));
 }
 
 TEST(InstallationFacts, File_in_place_of_a_folder_is_not_a_folder)

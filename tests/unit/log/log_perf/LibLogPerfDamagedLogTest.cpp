@@ -57,8 +57,10 @@ TEST(LibLogPerfDamagedLog, A_damaged_log_file_that_stays_in_place_is_reported_on
     const TempFolder folder;
     const std::string name = folder.File("DaemonManager.log");
     std::ofstream(name, std::ios::binary) << "0x0000001F\r\n0;date;1;x;damaged\r\n";
-    std::filesystem::create_directory(name + ".damaged"); // in the way, and not empty
-    std::ofstream(name + ".damaged/inside") << "x";
+    for (const char* ending : {".damaged", ".damaged2"}) { // in the way, and not empty
+        std::filesystem::create_directory(name + ending);
+        std::ofstream(name + ending + "/inside") << "x";
+    }
     LogFileSink damaged;
     damaged.SetFileName(name);
     CapturingSink other;

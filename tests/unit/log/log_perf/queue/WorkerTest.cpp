@@ -26,7 +26,10 @@ using testing::ElementsAre;
 
 class WorkerTest : public testing::Test {
 protected:
-    WorkerTest() { receivers_.Lock()->sinks = std::make_shared<const SinkSet>(SinkSet{&sink_}); }
+    WorkerTest()
+    {
+        receivers_.Lock()->sinks = std::make_shared<const SinkSet>(SinkSet{{&sink_, nullptr}});
+    }
 
     void Append(Worker& worker, std::string_view text)
     {

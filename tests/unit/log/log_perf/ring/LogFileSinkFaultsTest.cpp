@@ -127,13 +127,64 @@ TEST_F(LogFileFault, A_full_disk_costs_only_the_records_written_meanwhile)
     for (int record = 0; record < 5; ++record) {
         Write(sink, "lost " + std::to_string(record));
     }
+    EXPECT_EQ((Texts{"before 1", "before 2", "lost 0", "lost 1", "lost 2", "lost 3", "lost 4"}),
+              TextsOf(sink));
     diverted = nullptr;
     Write(sink, "after 1");
     Write(sink, "after 2");
+    EXPECT_EQ((Texts{"before 1", "before 2", "after 1", "after 2"}), TextsOf(sink));
+    EXPECT_NE(std::string::npos, BytesOf(name_).find("\r\n3;")); // the numbers continue
     LogFileSink reader;
     reader.SetFileName(name_);
     Write(reader, "end");
     EXPECT_EQ((Texts{"before 1", "before 2", "after 1", "after 2", "end"}), TextsOf(reader));
+}
+
+TEST_F(LogFileFault, A_full_disk_is_reported_with_the_reason_and_the_number_of_lost_records)
+{
+    LogFileSink sink;
+    sink.SetFileName(name_);
+    Write(sink, "before");
+    EXPECT_FALSE(sink.TakeReport());
+    diverted = NoSpace;
+    Write(sink, "lost 0");
+    const auto beginning = sink.TakeReport();
+    ASSERT_TRUE(beginning);
+    EXPECT_EQ("Log file " + name_ +
+                  " cannot be written: No space left on device. Messages are lost until it can be "
+                  "written again",
+              *beginning);
+    Write(sink, "lost 1");
+    EXPECT_FALSE(sink.TakeReport());
+    diverted = nullptr;
+    Write(sink, "after");
+    const auto end = sink.TakeReport();
+    ASSERT_TRUE(end);
+    EXPECT_EQ("Log file " + name_ + " is written again. Messages missing in it: 2", *end);
+    Write(sink, "after 2");
+    EXPECT_FALSE(sink.TakeReport());
+}
+
+// A disk takes the record and refuses the header. The record is not counted, and the next one takes
+// its place.
+TEST_F(LogFileFault, A_header_that_is_not_written_costs_its_record)
+{
+    LogFileSink sink;
+    sink.SetFileName(name_);
+    Write(sink, "before");
+    diverted = [](int file, const void* bytes, unsigned count) {
+        return _lseeki64(file, 0, SEEK_CUR) == 0 ? NoSpace(file, bytes, count)
+                                                 : realWrite(file, bytes, count);
+    };
+    Write(sink, "lost");
+    diverted = nullptr;
+    Write(sink, "after");
+    EXPECT_EQ((Texts{"before", "after"}), TextsOf(sink));
+    EXPECT_EQ(std::string::npos, BytesOf(name_).find(";lost"));
+    LogFileSink reader;
+    reader.SetFileName(name_);
+    Write(reader, "end");
+    EXPECT_EQ((Texts{"before", "after", "end"}), TextsOf(reader));
 }
 
 TEST_F(LogFileFault, A_disk_that_fills_up_within_a_record_costs_only_that_record)

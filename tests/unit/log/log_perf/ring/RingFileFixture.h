@@ -31,9 +31,10 @@ protected:
     {
     }
 
-    void Write(log::log_perf::v2::LogFileSink& sink, int level, const std::string& text)
+    void Write(log::log_perf::v2::LogFileSink& sink, int level, const std::string& text,
+               std::int64_t seconds = kSeconds)
     {
-        const auto timestamp = At(kSeconds, 7);
+        const auto timestamp = At(seconds, 7);
         sink.Write(level, &timestamp, text.c_str());
     }
 

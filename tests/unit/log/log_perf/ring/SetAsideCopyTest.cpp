@@ -4,6 +4,8 @@
 #include "ImportPatch.h"
 #include "TempFolder.h"
 
+#include <windows.h>
+
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -66,6 +68,41 @@ TEST_F(SetAsideCopy, A_copy_that_fails_leaves_both_files_as_they_are)
     EXPECT_EQ("older, and longer", AllOf(kept_));
     EXPECT_EQ("newest", AllOf(name_));
     EXPECT_EQ(2U, FilesInFolder());
+}
+
+decltype(&MoveFileExA) realMove = nullptr;
+
+// Wine replaces a read-only file. Windows does not.
+BOOL WINAPI MoveAsWindowsDoes(LPCSTR from, LPCSTR to, DWORD flags)
+{
+    const DWORD attributes = GetFileAttributesA(to);
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return FALSE;
+    }
+    return realMove(from, to, flags);
+}
+
+TEST_F(SetAsideCopy, A_read_only_file_is_replaced)
+{
+    reader_.close();
+    SetFileAttributesA(kept_.c_str(), FILE_ATTRIBUTE_READONLY);
+    const ImportPatch patch("MoveFileExA", MoveAsWindowsDoes, realMove);
+    EXPECT_TRUE(log::log_perf::v2::SetAside(name_, kept_));
+    EXPECT_EQ("newest", AllOf(kept_));
+    EXPECT_FALSE(std::filesystem::exists(name_));
+}
+
+// Also when the damaged file is read-only and open elsewhere, so that it is copied and emptied.
+TEST_F(SetAsideCopy, Read_only_attributes_do_not_keep_a_copy_from_being_made)
+{
+    SetFileAttributesA(name_.c_str(), FILE_ATTRIBUTE_READONLY);
+    SetFileAttributesA(kept_.c_str(), FILE_ATTRIBUTE_READONLY);
+    const ImportPatch patch("MoveFileExA", MoveAsWindowsDoes, realMove);
+    EXPECT_TRUE(log::log_perf::v2::SetAside(name_, kept_));
+    EXPECT_EQ("newest", AllOf(kept_));
+    EXPECT_EQ("", AllOf(name_));
+    EXPECT_EQ(0U, GetFileAttributesA(name_.c_str()) & FILE_ATTRIBUTE_READONLY);
 }
 
 } // namespace
