@@ -44,20 +44,26 @@ std::string CannotStartHtml(const ReportLane& lane)
            " cannot be started.</span></p>\n";
 }
 
-std::string SinceText(const ReportLane& lane, int offsetMinutes)
+// Writes a time that is not broken between its numbers.
+std::string TimeHtml(std::int64_t timeMs, int offsetMinutes)
+{
+    return "<span class=\"time\">" + LocalText(timeMs, offsetMinutes) + "</span>";
+}
+
+std::string SinceHtml(const ReportLane& lane, int offsetMinutes)
 {
     if (lane.intervals.empty() || lane.intervals.back().interval.end != IntervalEnd::kRunning) {
         return kNoValue;
     }
-    return LocalText(lane.intervals.back().beginMs, offsetMinutes);
+    return TimeHtml(lane.intervals.back().beginMs, offsetMinutes);
 }
 
-std::string LastExitText(const ReportLane& lane, int offsetMinutes)
+std::string LastExitHtml(const ReportLane& lane, int offsetMinutes)
 {
     const ReportInterval* const last = lane.LastExit();
     return last == nullptr ? kNoValue
-                           : ReadableReason(last->interval.reason) + ", " +
-                                 LocalText(last->endMs, offsetMinutes);
+                           : EscapeHtml(ReadableReason(last->interval.reason)) + ", " +
+                                 TimeHtml(last->endMs, offsetMinutes);
 }
 
 // A mark before the word shows a daemon in trouble to readers who see no colours.
@@ -72,9 +78,10 @@ std::string RowOfNow(const ReportLane& lane, int offsetMinutes)
     return "<tr role=\"row\">" + TableCell("Id", IdsText(lane), false) +
            R"(<td role="cell" data-name="State">)" + StateHtml(lane) + "</td>" +
            R"(<td role="cell" class="command">)" + EscapeHtml(lane.command) + "</td>" +
-           TableCell("Since", SinceText(lane, offsetMinutes), false) +
+           R"(<td role="cell" data-name="Since">)" + SinceHtml(lane, offsetMinutes) + "</td>" +
            TableCell("Restarts in the last hour", std::to_string(lane.recent.lastHour), true) +
-           TableCell("Last exit", LastExitText(lane, offsetMinutes), false) + "</tr>\n";
+           R"(<td role="cell" data-name="Last exit">)" + LastExitHtml(lane, offsetMinutes) +
+           "</td></tr>\n";
 }
 
 std::vector<const ReportLane*> WatchedDaemons(const ReportModel& model)

@@ -27,6 +27,8 @@ p { margin: .25rem 0; }
 a { color: inherit; }
 .soft { color: var(--soft); }
 .bad { color: var(--end); }
+time, .time, td .bad { white-space: nowrap; }
+#now th.number + th, #now td.number + td { padding-left: 1.5rem; }
 .alarm {
   margin: .5rem 0; padding: .5rem .75rem; font-weight: 600;
   border: 2px solid var(--end); border-left-width: .6rem; color: var(--end);

@@ -6,17 +6,18 @@
 Makes reports of no daemon, of one and of 200 daemons, and opens each in a narrow and in a wide
 window, in the light and in the dark colour scheme. Fails if something leaves the page, is cut off,
 overlaps or has too little contrast, if a text of the log becomes HTML, or if the page requests
-another file.
+another file. The ranges of the time axis, the page on paper, and a page that is written again and again
+are looked at, too.
 """
 
 import os
-import random
 import subprocess
 import sys
 import tempfile
 import time
 
 from browser import Browser
+from logs import few, many, nothing
 
 CHECK = r"""
 (() => {
@@ -92,8 +93,10 @@ CHECK = r"""
     }
   }
   if (document.scripts.length) problems.push("there is a script");
-  return {problems: problems.slice(0, 20), lanes: document.querySelectorAll("div.lane").length,
-          rows: document.querySelectorAll("tbody tr").length,
+  const shown = [...document.querySelectorAll(".range")].filter(
+      range => getComputedStyle(range).display !== "none").map(range => range.id);
+  return {problems: problems.slice(0, 20), lanes: document.querySelectorAll("#all div.lane").length,
+          rows: document.querySelectorAll("#history tbody tr").length, shown: shown.join(),
           ground: getComputedStyle(document.body).backgroundColor,
           bold: document.querySelectorAll("b img, .command img, .command script").length,
           text: document.body.innerText};
@@ -101,91 +104,73 @@ CHECK = r"""
 """
 
 
-class Log:
-    """Makes a log file of a supervisor whose local time is one hour ahead of UTC."""
-
-    def __init__(self):
-        self.lines = []
-        self.time_ms = 1763265156123
-
-    def add(self, text, level=1, after_ms=1000):
-        """Adds a record, after_ms milliseconds after the one before."""
-        self.time_ms += after_ms
-        clock = time.gmtime(self.time_ms // 1000 + 3600)
-        date = time.strftime("%a %b ", clock) + "%2d" % clock.tm_mday + time.strftime(
-            " %H:%M:%S", clock) + ".%03d" % (self.time_ms % 1000)
-        self.lines.append("%d;%s;%d;%d;%s\r\n" % (len(self.lines), date, self.time_ms, level, text))
-
-    def start_up(self):
-        """Adds the messages of a start-up."""
-        self.add("Detected Windows Firewall with Advanced Security", 2)
-        self.add("Connecting to WMI resource ...", 2)
-        self.add("Connected to WMI resource", 2)
-        self.add("Deamon Thread started", 2)
-
-    def save(self, path):
-        """Writes the log file with its header."""
-        body = "".join(self.lines).encode("cp1252")
-        with open(path, "wb") as file:
-            file.write(b"0x%08X\r\n" % (12 + len(body)) + body)
+def check_ranges(browser, page):
+    """The links choose what the time axis covers, without a script; a link to a lane shows all of it."""
+    problems = []
+    browser.show(page, 1600, 900, "light")
+    for fragment, expected in (("", "all"), ("#hour", "hour"), ("#all", "all"), ("#hour", "hour"),
+                               ("#lane-0", "all")):
+        browser.evaluate("location.hash = '%s'" % fragment)
+        shown = browser.evaluate(CHECK)["shown"]
+        if shown != expected:
+            problems.append("%s shows the ranges '%s', not '%s'" % (fragment, shown, expected))
+    return problems
 
 
-def few():
-    """Returns the log of one daemon with ends, failed starts and two runs of the supervisor."""
-    log = Log()
-    log.start_up()
-    command = r"C:\FW\App\video.exe --title <img src=x onerror=alert(1)> & 'two' "
-    log.add("Start DaemonId(0) PId(100) : " + command, 2)
-    log.add("Exception caught in : Access violation", 0, 3600000)
-    log.add("Start DaemonId(0) PId(104) : " + command, 1, 20)
-    log.add("Exception caught in : Unknown (0x1)", 0, 600000)
-    log.add("Unable to start DaemonId(0) PId(104) : " + command, 1, 20)
-    log.add("Unable to start DaemonId(0) PId(104) : " + command, 1, 60000)
-    log.add("Start DaemonId(0) PId(108) : " + command, 1, 60000)
-    log.add("Deamon Thread is exiting...", 2, 5400000)
-    log.time_ms += 1800000
-    log.start_up()
-    log.add("Start DaemonId(0) PId(200) : " + command, 2)
-    log.add("Stop (1) DaemonId(0) PId(200) : " + command, 1, 7200000)
-    return log
+def check_print(browser, page):
+    """Returns the problems of the page on paper."""
+    browser.show(page, 800, 1100, "light")
+    browser.call("Emulation.setEmulatedMedia", {"media": "print"})
+    links = browser.evaluate(
+        "getComputedStyle(document.querySelector('.ranges')).display")
+    problems = [] if links == "none" else ["on paper there are links"]
+    problems += ["on paper: " + problem for problem in browser.evaluate(CHECK)["problems"]]
+    browser.call("Emulation.setEmulatedMedia", {"media": ""})
+    return problems
 
 
-def many(count=200):
-    """Returns the log of many daemons.
-
-    Daemon 3 ends again and again, every 50th never starts, and some commands are very long.
-    """
-    dice = random.Random(17)
-    log = Log()
-    log.start_up()
-    commands = []
-    for index in range(count):
-        long = " --" + "option" * 12 + " C:\\very\\long\\path\\without\\any\\blank" * 3
-        commands.append("C:\\FW\\App\\worker%03d.exe -n %d%s " % (
-            index, index, long if index % 17 == 5 else ""))
-    processes = 1000
-    for index, command in enumerate(commands):
-        if index % 50 == 49:
-            log.add("Unable to start " + command, 1, 20)
-            continue
-        processes += 4
-        log.add("Start DaemonId(%d) PId(%d) : %s" % (index, processes, command), 2, 20)
-    for step in range(1200):
-        index = 3 if step % 2 else dice.randrange(count)
-        if index % 50 == 49:
-            log.add("Unable to start " + commands[index], 1, dice.randrange(1, 60000))
-            continue
-        reason = dice.choice(("Access violation", "Stack overflow", "Unknown (0x1)",
-                              "Unknown (0x0)", "Int divide by zero"))
-        log.add("Exception caught in : " + reason, 0, dice.randrange(1, 120000))
-        processes += 4
-        log.add("Start DaemonId(%d) PId(%d) : %s" % (index, processes, commands[index]), 1, 15)
-    return log
+def wait_for(browser, expression, what):
+    """Waits until an expression in the page is true, at most as long as the browser may take."""
+    end = time.monotonic() + browser.patience
+    while True:
+        try:
+            if browser.evaluate(expression):
+                return
+        except RuntimeError:  # between two loads the page has no place for an expression
+            pass
+        if time.monotonic() > end:
+            raise TimeoutError(what)
+        time.sleep(0.05)
 
 
-def nothing():
-    """Returns a log without records."""
-    return Log()
+def check_live(browser, program, folder):
+    """A page that is written again and again reloads itself, keeps its place, and shows its age."""
+    path = os.path.join(folder, "live.log")
+    page = os.path.join(folder, "live.html")
+    many().save(path)
+    writer = subprocess.Popen([program, "report", "--every", "1", "--file", path, "--output", page])
+    problems = []
+    try:
+        end = time.monotonic() + browser.patience
+        while not os.path.exists(page):
+            if time.monotonic() > end:
+                raise TimeoutError("the page is not written")
+            time.sleep(0.05)
+        browser.show(page, 1600, 900, "light")
+        wait_for(browser, "/^\\d+ s ago$/.test(document.getElementById('age').textContent)",
+                 "the page shows its age")
+        browser.evaluate("window.scrollTo(0, 2000), window.before = true")
+        wait_for(browser, "!window.before && document.readyState === 'complete'",
+                 "the page reloads itself")
+        wait_for(browser, "window.scrollY === 2000", "the page keeps its place")
+    finally:
+        writer.kill()
+        writer.wait()
+    wait_for(browser, "document.getElementById('age').textContent.includes('Nobody writes')",
+             "the page says that nobody writes it")
+    problems += ["live: " + problem for problem in browser.evaluate(CHECK)["problems"]
+                 if problem != "there is a script"]
+    return problems
 
 
 def main():
@@ -223,6 +208,9 @@ def main():
                             pictures, "report_%s_%d_%s.png" % (name, width, scheme)), name == "1")
             if grounds["light"] == grounds["dark"]:
                 problems.append(name + " daemons: the light and the dark scheme have the same background")
+            if name == "1":
+                problems += check_ranges(browser, page) + check_print(browser, page)
+        problems += check_live(browser, program, folder)
     print("\n".join(problems) or "12 pages checked, no problems found")
     return 1 if problems else 0
 

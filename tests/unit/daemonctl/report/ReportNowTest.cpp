@@ -81,7 +81,8 @@ TEST(ReportNow, lists_the_watched_daemons_with_those_in_trouble_first)
     texts.insert(texts.end(), loop.begin(), loop.end());
     const std::string html = NowOf(texts);
     EXPECT_THAT(html, HasSubstr("<h2>Now</h2>"));
-    EXPECT_THAT(html, HasSubstr("data-name=\"Since\">2025-11-16 03:52:36</td>"));
+    EXPECT_THAT(html, HasSubstr("data-name=\"Since\">"
+                                "<span class=\"time\">2025-11-16 03:52:36</span></td>"));
     EXPECT_THAT(html, Not(HasSubstr("gone.exe")));
     EXPECT_LT(html.find("command\">bad.exe"), html.find("command\">good.exe"));
     EXPECT_THAT(html, HasSubstr("data-name=\"Restarts in the last hour\">6</td>"));
