@@ -47,6 +47,7 @@ int Run()
     AddReattachCommand(app, exitCode);
     AddRestartCommand(app, exitCode);
     AddReportCommand(app, exitCode, DefaultLogPath, IsSupervisorThere);
+    AddMetricsCommand(app, exitCode);
     AddDoctorCommand(app, exitCode);
     AddCompletionCommand(app, exitCode);
 

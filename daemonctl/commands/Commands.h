@@ -51,6 +51,9 @@ void AddReattachCommand(CLI::App& app, int& exitCode);
 /// Adds doctor, which checks everything on the machine that the supervisor needs.
 void AddDoctorCommand(CLI::App& app, int& exitCode);
 
+/// Adds metrics, which writes figures about supervisor and daemons for a monitoring system.
+void AddMetricsCommand(CLI::App& app, int& exitCode);
+
 /// Adds log, which prints records of the log.
 /// @param path  empty: the operator must name the log file
 void AddLogCommand(CLI::App& app, int& exitCode, const LogPath& path);

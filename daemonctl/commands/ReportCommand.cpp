@@ -75,7 +75,7 @@ bool WriteOutput(const ReportArguments& arguments, const std::string& path,
         std::cout << content << std::flush; // FinishOutput reports a failure
         return true;
     }
-    if (ReplaceFile(path, content)) {
+    if (ReplaceContent(path, content)) {
         return true;
     }
     PrintError(arguments, path + " cannot be written");

@@ -35,12 +35,12 @@ std::string CrashLoopHtml(const ReportLane& lane)
     if (const ReportInterval* const last = lane.LastExit()) {
         text += ", last reason " + ReadableReason(last->interval.reason);
     }
-    return "<p class=\"alarm\"><span class=\"command\">" + EscapeHtml(text) + ".</span></p>\n";
+    return R"(<p class="alarm"><span class="command">)" + EscapeHtml(text) + ".</span></p>\n";
 }
 
 std::string CannotStartHtml(const ReportLane& lane)
 {
-    return "<p class=\"alarm\"><span class=\"command\">" + EscapeHtml(ProgramName(lane.command)) +
+    return R"(<p class="alarm"><span class="command">)" + EscapeHtml(ProgramName(lane.command)) +
            " cannot be started.</span></p>\n";
 }
 

@@ -6,7 +6,7 @@
 
 namespace vqrx::client::v0 {
 
-bool ReplaceFile(const std::string& path, std::string_view content)
+bool ReplaceContent(const std::string& path, std::string_view content)
 {
     const std::filesystem::path name(std::u8string(path.begin(), path.end()));
     std::filesystem::path temporary = name;

@@ -12,6 +12,6 @@ namespace vqrx::client::v0 {
 /// @param path     UTF-8
 /// @param content  any bytes
 /// @return false if the file could not be written or replaced; then no temporary file is left
-[[nodiscard]] bool ReplaceFile(const std::string& path, std::string_view content);
+[[nodiscard]] bool ReplaceContent(const std::string& path, std::string_view content);
 
 } // namespace vqrx::client::v0

@@ -19,7 +19,8 @@ class Packages(unittest.TestCase):
 
     def test_the_zip_holds_the_programs_the_client_library_documents_and_licences(self):
         names = [name.removeprefix(NAME + "/") for name in self.zip.namelist()]
-        documents = [path.relative_to(SOURCE).as_posix() for path in (SOURCE / "docs").glob("*.md")]
+        documents = [path.relative_to(SOURCE).as_posix() for pattern in ("*.md", "fleet/*", "schemas/*")
+                     for path in (SOURCE / "docs").glob(pattern)]
         self.assertEqual(sorted(names), sorted([
             "CHANGELOG.md",
             "DaemonManager.exe",

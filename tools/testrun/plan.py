@@ -13,7 +13,7 @@ class Preset:
 # In the order in which they are built. The programs under Wine take longest and mostly wait, so their
 # presets come first: the others are built meanwhile.
 PRESETS = (
-    Preset("windows", ("windows", "test", "package"), "wine", 5),
+    Preset("windows", ("windows", "test", "package", "fleet"), "wine", 5),
     Preset("windows-debug", ("windows", "test"), "wine", 5),
     Preset("native", ("native", "test", "browser"), "host", 2),
     Preset("native-tsan", ("native", "test"), "host", 2),

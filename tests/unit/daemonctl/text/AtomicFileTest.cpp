@@ -22,9 +22,9 @@ TEST(AtomicFile, replaces_the_content_and_leaves_no_temporary_file)
 {
     const TempFolder folder;
     const std::string path = folder.File("a.prom");
-    EXPECT_TRUE(client::v0::ReplaceFile(path, "one\n"));
+    EXPECT_TRUE(client::v0::ReplaceContent(path, "one\n"));
     EXPECT_EQ(Content(path), "one\n");
-    EXPECT_TRUE(client::v0::ReplaceFile(path, "second\n"));
+    EXPECT_TRUE(client::v0::ReplaceContent(path, "second\n"));
     EXPECT_EQ(Content(path), "second\n");
     EXPECT_FALSE(std::filesystem::exists(path + ".tmp"));
 }
@@ -34,10 +34,10 @@ TEST(AtomicFile, keeps_the_old_content_if_the_new_one_cannot_be_put_in_its_place
     const TempFolder folder;
     const std::string path = folder.File("a.prom");
     std::filesystem::create_directory(path); // a folder cannot be replaced by a file
-    EXPECT_FALSE(client::v0::ReplaceFile(path, "one\n"));
+    EXPECT_FALSE(client::v0::ReplaceContent(path, "one\n"));
     EXPECT_TRUE(std::filesystem::is_directory(path));
     EXPECT_FALSE(std::filesystem::exists(path + ".tmp"));
-    EXPECT_FALSE(client::v0::ReplaceFile(folder.File("missing") + "/a.prom", "one\n"));
+    EXPECT_FALSE(client::v0::ReplaceContent(folder.File("missing") + "/a.prom", "one\n"));
 }
 
 } // namespace

@@ -1,0 +1,140 @@
+#include "Commands.h"
+
+#include "AtomicFile.h"
+#include "DecimalNumber.h"
+#include "ExitCode.h"
+#include "InstalledPaths.h"
+#include "LogFile.h"
+#include "MetricsText.h"
+#include "PrintText.h"
+#include "SupervisorProcesses.h"
+#include "ThisMachine.h"
+#include "TimeText.h"
+#include "TimelineBuilder.h"
+#include "Utf8.h"
+#include "WithSupervisor.h"
+
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace vqrx::client::v0 {
+namespace {
+
+struct MetricsOptions {
+    std::string output; // empty: standard output
+    std::uint32_t everySeconds = 0;
+};
+
+bool IsDamagedLogThere(const std::string& logPath)
+{
+    return GetFileAttributesW(Wide(logPath + ".damaged").c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+// Reads the log. @return its timeline; an empty one if it cannot be read
+Timeline ReadLogFor(MachineMetrics& machine)
+{
+    try {
+        const std::string path = DefaultLogPath();
+        TimelineBuilder builder;
+        const ScanSummary summary = ReadLogFile(
+            path, TextEncoding::kAuto, [&](Record record) { builder.Add(std::move(record)); });
+        Timeline timeline = builder.Finish();
+        machine.logReadable = true;
+        machine.logDamaged = !summary.IsSound() || IsDamagedLogThere(path);
+        for (const Gap& gap : timeline.gaps) {
+            machine.queueOverflows += gap.kind == GapKind::kQueueOverflow ? 1 : 0;
+            machine.recordsMissing += gap.count;
+        }
+        return timeline;
+    } catch (const std::runtime_error&) {
+        return {};
+    }
+}
+
+std::string MakeMetrics()
+{
+    MachineMetrics machine;
+    machine.version = DM_VERSION;
+    machine.supervisorUp = IsSupervisorThere();
+    // Before the log is read: the supervisor starts a process before it logs the start.
+    const std::vector<ProcessFacts> children =
+        machine.supervisorUp ? ChildrenOfSupervisor() : std::vector<ProcessFacts>();
+    const Timeline timeline = ReadLogFor(machine);
+    machine.nowMs = NowMs();
+    const std::vector<ProcessFacts> supervisors = SupervisorProcesses().Running();
+    if (supervisors.size() == 1 && supervisors.front().state == ProcessFacts::State::running) {
+        machine.supervisor = supervisors.front();
+    }
+    const SupervisorRun* const run = RunThatGoesOn(timeline);
+    if (!machine.supervisorUp || run == nullptr) {
+        return MetricsText(machine, {});
+    }
+    machine.latePasses = CountLatePasses(*run);
+    return MetricsText(machine,
+                       StatusOfDaemons(*run, SourceOfThisMachine(), machine.nowMs, children));
+}
+
+int WriteMetrics(const MetricsOptions& options)
+{
+    const std::string text = MakeMetrics();
+    if (options.output.empty()) {
+        _setmode(_fileno(stdout), _O_BINARY); // the format knows no carriage return
+        PrintText(text);
+        return kDone;
+    }
+    if (!ReplaceContent(options.output, text)) {
+        std::cerr << "daemonctl: " << options.output << " cannot be written" << std::endl;
+        return kRefused;
+    }
+    return kDone;
+}
+
+// A failure is printed and ends nothing: a disk may be full for a moment only.
+int WriteMetricsAgainAndAgain(const MetricsOptions& options)
+{
+    for (;;) {
+        static_cast<void>(WriteMetrics(options));
+        std::this_thread::sleep_for(std::chrono::seconds(options.everySeconds));
+    }
+}
+
+} // namespace
+
+void AddMetricsCommand(CLI::App& app, int& exitCode)
+{
+    const auto options = std::make_shared<MetricsOptions>();
+    CLI::App* const command = app.add_subcommand(
+        "metrics", "Write metrics of supervisor and daemons for a monitoring system");
+    command
+        ->add_option("--output", options->output,
+                     "Replace this file, at once; its name should end with .prom")
+        ->type_name("FILE");
+    command
+        ->add_option("--every", options->everySeconds,
+                     "Write again after this many seconds, until Ctrl+C")
+        ->type_name("SECONDS")
+        ->transform(DecimalNumber());
+    command->footer(
+        "Examples:\n"
+        "  daemonctl metrics\n"
+        "  daemonctl metrics --every 15 --output C:\\metrics\\daemonmanager.prom\n"
+        "The text is OpenMetrics, as the textfile collectors of exporters read it. Exit code 0,\n"
+        "also if no supervisor runs: daemonmanager_up is 0 then. 4: the file cannot be written.");
+    command->callback([&exitCode, options] {
+        exitCode = options->everySeconds != 0 ? WriteMetricsAgainAndAgain(*options)
+                                              : WriteMetrics(*options);
+    });
+}
+
+} // namespace vqrx::client::v0
