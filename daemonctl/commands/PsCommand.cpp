@@ -1,26 +1,67 @@
 #include "Commands.h"
 
 #include "DaemonListing.h"
+#include "DaemonTable.h"
+#include "DecimalNumber.h"
 #include "ExitCode.h"
+#include "LineOutput.h"
+#include "LiveScreen.h"
+#include "LogOptions.h"
 #include "PrintText.h"
+#include "PsWatch.h"
 #include "ThisMachine.h"
 #include "TimeText.h"
 #include "WithSupervisor.h"
 
+#include <cstdint>
+#include <iostream>
 #include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace vqrx::client::v0 {
 namespace {
 
-int Ps(bool json)
+constexpr std::uint32_t kUsualSecondsBetweenLooks = 2;
+constexpr std::uint32_t kMostSecondsBetweenLooks = 86400;
+
+struct PsOptions {
+    bool json = false;
+    std::uint32_t watchSeconds = 0; // 0: not given
+    LineOutput::Colour colour = LineOutput::Colour::kAuto;
+};
+
+void PrintTable(const std::vector<DaemonStatus>& daemons, std::int64_t nowMs,
+                LineOutput::Colour colour)
+{
+    TableStyle style;
+    style.nowMs = nowMs;
+    style.timeText = LocalTimeText;
+    if (const std::optional<ConsoleSize> size = SizeOfConsole()) {
+        style.width = size->width - 1; // a full line would be followed by an empty one
+    }
+    const auto output = MakeLineOutput(colour);
+    for (const TableLine& line : TableOf(daemons, style)) {
+        output->Write(line.level, line.text);
+    }
+    if (!output->Flush()) {
+        std::cout.setstate(std::ios::badbit); // a console does not set it; FinishOutput reports it
+    }
+}
+
+int Ps(const PsOptions& options)
 {
     const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
     const Timeline timeline = ReadTimeline();
     const std::int64_t nowMs = NowMs();
     const SupervisorRun& run = RunOfThisMachine(timeline);
     const auto daemons = StatusOfDaemons(run, SourceOfThisMachine(), nowMs, children);
-    PrintText(json ? ListingJson(daemons, nowMs, DM_VERSION)
-                   : ListingText(daemons, nowMs, LocalTimeText));
+    if (options.json) {
+        PrintText(ListingJson(daemons, nowMs, DM_VERSION));
+    } else {
+        PrintTable(daemons, nowMs, options.colour);
+    }
     PrintNotes(daemons, run);
     return kDone;
 }
@@ -29,23 +70,38 @@ int Ps(bool json)
 
 void AddPsCommand(CLI::App& app, int& exitCode)
 {
-    const auto json = std::make_shared<bool>(false);
+    const auto options = std::make_shared<PsOptions>();
     CLI::App* const command = app.add_subcommand(
         "ps", "List the daemons: state, process, restarts, last exit, processor time, memory");
     command->alias("list")->alias("status");
-    command->add_flag("--json", *json, "Print one JSON object");
+    CLI::Option* const json = command->add_flag("--json", options->json, "Print one JSON object");
+    CLI::Option* const watch = command->add_option(
+        "--watch", options->watchSeconds,
+        "Show the daemons and the newest records again and again, until Ctrl+C; "
+        "default: every 2 seconds");
+    watch->expected(0, 1)
+        ->type_name("[SECONDS]")
+        ->transform(DecimalNumber())
+        ->check(CLI::Range(std::uint32_t{1}, kMostSecondsBetweenLooks).description(""))
+        ->excludes(json);
+    AddColourOption(*command, options->colour);
     command->footer(
         "Examples:\n"
         "  daemonctl ps\n"
+        "  daemonctl ps --watch\n"
         "  daemonctl ps --json > before.json\n"
         "A daemon is shown as running only if the process that has its process id runs the program\n"
         "of the log and was created at the time of its start, or before it was attached. ID is -\n"
         "for a program that could never be started, and for a process that the log no longer shows\n"
         "(RESTARTS is then ?).\n"
         "12+ means that the log still shows 12 restarts and may have lost earlier ones.");
-    command->callback([&exitCode, json] {
-        exitCode =
-            WithSupervisorAndLog([&](daemon_manager::SupervisorClient&) { return Ps(*json); });
+    command->callback([&exitCode, options, watch] {
+        const std::uint32_t seconds =
+            options->watchSeconds != 0 ? options->watchSeconds : kUsualSecondsBetweenLooks;
+        exitCode = watch->count() != 0
+                       ? WatchDaemons(seconds, options->colour)
+                       : WithSupervisorAndLog(
+                             [&](daemon_manager::SupervisorClient&) { return Ps(*options); });
     });
 }
 

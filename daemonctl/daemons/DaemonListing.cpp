@@ -1,96 +1,21 @@
 #include "DaemonListing.h"
 
-#include "ExitReason.h"
-#include "Printable.h"
+#include "DaemonTable.h"
 #include "TimeText.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <stdexcept>
 
 namespace vqrx::client::v0 {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using TimeText = std::function<std::string(std::int64_t timeMs)>;
-
-constexpr std::size_t kColumns = 9;
-using Row = std::array<std::string, kColumns>;
-
-constexpr std::array<const char*, kColumns> kTitles = {
-    "ID", "STATE", "PID", "UP SINCE", "RESTARTS", "LAST EXIT", "CPU", "MEMORY", "COMMAND"};
-constexpr std::array<bool, kColumns> kRightAligned = {true,  false, true, false, true,
-                                                      false, true,  true, false};
-constexpr const char* kNothing = "-";
-constexpr const char* kNotKnown = "?";
-
 // The share of one processor that the process has used on average since its creation.
-double CpuPercent(const DaemonStatus& daemon, std::int64_t nowMs)
+double CpuPercentSinceCreation(const DaemonStatus& daemon, std::int64_t nowMs)
 {
-    constexpr double hundred = 100.0;
-    const std::int64_t livedMs = nowMs - daemon.process.createdMs;
-    return livedMs <= 0
-               ? 0.0
-               : hundred * static_cast<double>(daemon.process.cpuMs) / static_cast<double>(livedMs);
-}
-
-std::string WithOneDecimal(double number, const char* unit)
-{
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%.1f %s", number, unit);
-    return text.data();
-}
-
-std::string OrNothing(const std::optional<std::uint32_t>& number)
-{
-    return number ? std::to_string(*number) : kNothing;
-}
-
-std::string LastExitText(const DaemonStatus& daemon, const TimeText& timeText)
-{
-    if (!daemon.lastExit) {
-        return kNothing;
-    }
-    const LastExit& last = *daemon.lastExit;
-    return (last.reason.empty() ? kNotKnown : ReadableReason(last.reason)) +
-           (last.sure ? ", " : " (likely), ") + timeText(last.timeMs);
-}
-
-Row RowOf(const DaemonStatus& daemon, std::int64_t nowMs, const TimeText& timeText)
-{
-    constexpr double mebibyte = 1024.0 * 1024.0;
-    Row row;
-    row.fill(kNothing);
-    row[0] = OrNothing(daemon.id);
-    row[1] = NameOf(daemon.state);
-    row[2] = OrNothing(daemon.processId);
-    row[4] = kNotKnown;
-    row[5] = kNotKnown;
-    if (daemon.inLog) {
-        row[4] = std::to_string(daemon.restarts) + (daemon.restartsComplete ? "" : "+");
-        row[5] = LastExitText(daemon, timeText);
-    }
-    if (daemon.Runs()) {
-        row[3] = timeText(daemon.process.createdMs);
-        row[6] = WithOneDecimal(CpuPercent(daemon, nowMs), "%");
-        row[7] = WithOneDecimal(static_cast<double>(daemon.process.memoryBytes) / mebibyte, "MiB");
-    }
-    row[8] = WithoutBlank(daemon.command);
-    // A program's arguments can hold control characters, which could command the terminal or feign
-    // another line.
-    std::transform(row.begin(), row.end(), row.begin(), Printable);
-    return row;
-}
-
-// Counts characters: the bytes that begin a character in UTF-8.
-std::size_t Width(const std::string& text)
-{
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
-        return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
-    }));
+    return CpuPercent(0, daemon.process.cpuMs, nowMs - daemon.process.createdMs);
 }
 
 template <typename Value>
@@ -128,7 +53,7 @@ Json DaemonJson(const DaemonStatus& daemon, std::int64_t nowMs)
             {"restarts_last_hour", daemon.recent.lastHour},
             {"last_exit", LastExitJson(daemon.lastExit)},
             {"cpu_ms", ifItRuns(daemon.process.cpuMs)},
-            {"cpu_percent", ifItRuns(CpuPercent(daemon, nowMs))},
+            {"cpu_percent", ifItRuns(CpuPercentSinceCreation(daemon, nowMs))},
             {"memory_bytes", ifItRuns(daemon.process.memoryBytes)},
             {"attached", daemon.attached},
             {"service", daemon.service},
@@ -151,33 +76,6 @@ ListedProcess ReadProcess(const Json& daemon)
 }
 
 } // namespace
-
-std::string ListingText(const std::vector<DaemonStatus>& daemons, std::int64_t nowMs,
-                        const TimeText& timeText)
-{
-    Row titles;
-    std::copy(kTitles.begin(), kTitles.end(), titles.begin());
-    std::vector<Row> rows = {titles};
-    for (const DaemonStatus& daemon : daemons) {
-        rows.push_back(RowOf(daemon, nowMs, timeText));
-    }
-    std::array<std::size_t, kColumns> widths{};
-    for (const Row& row : rows) {
-        for (std::size_t column = 0; column < kColumns; ++column) {
-            widths[column] = std::max(widths[column], Width(row[column]));
-        }
-    }
-    std::string text;
-    for (const Row& row : rows) {
-        for (std::size_t column = 0; column + 1 < kColumns; ++column) {
-            const std::string padding(widths[column] - Width(row[column]), ' ');
-            text += kRightAligned[column] ? padding + row[column] : row[column] + padding;
-            text += "  ";
-        }
-        text += row.back() + "\n";
-    }
-    return text;
-}
 
 std::vector<std::string> ListingNotes(const std::vector<DaemonStatus>& daemons,
                                       const SupervisorRun& run)

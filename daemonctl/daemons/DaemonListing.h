@@ -3,22 +3,11 @@
 #include "DaemonStatus.h"
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace vqrx::client::v0 {
-
-/// Writes the daemons as a table for people: a line of titles, and a line for each daemon. Control
-/// characters become visible ("\x1B"), so that no argument of a program commands the terminal. Pure
-/// except for timeText.
-/// @param nowMs     the current time, milliseconds since 1970, UTC
-/// @param timeText  writes a time for people
-/// @return UTF-8; every line ends with a line feed
-[[nodiscard]] std::string
-ListingText(const std::vector<DaemonStatus>& daemons, std::int64_t nowMs,
-            const std::function<std::string(std::int64_t timeMs)>& timeText);
 
 /// Writes what a reader of the listing needs to know besides it: what the log no longer shows, and how
 /// to learn an id that no record shows. Pure.

@@ -14,38 +14,6 @@ namespace {
 
 using namespace client::v0;
 
-std::string Plain(std::int64_t timeMs)
-{
-    return "t" + std::to_string(timeMs);
-}
-
-TEST(DaemonListing, Text_is_a_table_with_a_line_for_each_daemon)
-{
-    EXPECT_EQ(
-        ListingText(SomeDaemons(), 1'100'000, Plain),
-        "ID  STATE          PID  UP SINCE  RESTARTS  LAST EXIT               CPU   MEMORY  COMMAND\n"
-        " 0  running       1234  t1000000         2  exit code 3, t999000  0.5 %  1.5 MiB  "
-        "C:\\FW\\App\\a.exe \xC3\xBC\n"
-        " -  cannot start     -  -               7+  ? (likely), t998000       -        -  no.exe\n"
-        " -  running       1234  t1000000         ?  ?                     0.5 %  1.5 MiB  "
-        "C:\\FW\\App\\a.exe \xC3\xBC\n");
-    EXPECT_EQ(ListingText({}, 0, Plain),
-              "ID  STATE  PID  UP SINCE  RESTARTS  LAST EXIT  CPU  MEMORY  COMMAND\n");
-}
-
-TEST(DaemonListing, Control_characters_are_visible_in_the_text)
-{
-    DaemonStatus daemon;
-    daemon.id = 1;
-    daemon.state = RunState::ended;
-    daemon.lastExit = LastExit{1, "\x1B[2J", true};
-    daemon.command = "a.exe \n 2  running \x1B]0;x\x07\xC2\x9B ";
-    EXPECT_EQ(ListingText({daemon}, 0, Plain),
-              "ID  STATE  PID  UP SINCE  RESTARTS  LAST EXIT    CPU  MEMORY  COMMAND\n"
-              " 1  ended    -  -                0  \\x1B[2J, t1    -       -  "
-              "a.exe \\x0A 2  running \\x1B]0;x\\x07\\x9B\n");
-}
-
 TEST(DaemonListing, Json_has_the_documented_fields)
 {
     auto daemons = SomeDaemons();
@@ -128,7 +96,6 @@ TEST(DaemonListing, Process_of_a_daemon_in_a_crash_loop_is_listed_and_read_back)
     EXPECT_NE(json.find("\"state\": \"restarting\""), std::string::npos) << json;
     EXPECT_NE(json.find("\"restarts_last_hour\": 41"), std::string::npos) << json;
     EXPECT_EQ(ParseListing(json).size(), 1U);
-    EXPECT_NE(ListingText(daemons, 1'100'000, Plain).find("restarting  1234"), std::string::npos);
     daemons[0].processId = std::nullopt;
     EXPECT_TRUE(ParseListing(ListingJson(daemons, 0, "1")).empty());
 }

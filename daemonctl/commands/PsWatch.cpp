@@ -1,0 +1,125 @@
+#include "PsWatch.h"
+
+#include "DaemonTable.h"
+#include "ExitCode.h"
+#include "InstalledPaths.h"
+#include "Interrupt.h"
+#include "LiveScreen.h"
+#include "LogFile.h"
+#include "PrintText.h"
+#include "ThisMachine.h"
+#include "TimeText.h"
+#include "TimelineBuilder.h"
+#include "WatchScreen.h"
+#include "WithSupervisor.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace vqrx::client::v0 {
+namespace {
+
+constexpr std::size_t kMostRecordsOnScreen = 200;
+
+// Reads the log once: the newest records, and the timeline.
+Timeline ReadLogOfLook(WatchLook& look)
+{
+    TimelineBuilder builder;
+    Attributor attributor([&look](AttributedRecord record) {
+        if (IsWorthWatching(record)) {
+            look.records.push_back(std::move(record));
+        }
+    });
+    const auto take = [&](const Record& record) {
+        builder.Add(record);
+        attributor.Add(record);
+    };
+    static_cast<void>(ReadLogFile(DefaultLogPath(), TextEncoding::kAuto, take));
+    attributor.Flush();
+    const std::size_t surplus =
+        look.records.size() - std::min(look.records.size(), kMostRecordsOnScreen);
+    look.records.erase(look.records.begin(),
+                       look.records.begin() + static_cast<std::ptrdiff_t>(surplus));
+    return builder.Finish();
+}
+
+WatchLook TakeLook()
+{
+    WatchLook look;
+    look.nowMs = NowMs();
+    try {
+        const bool isThere = IsSupervisorThere();
+        const auto children = isThere ? ChildrenOfSupervisor() : std::vector<ProcessFacts>();
+        const Timeline timeline = ReadLogOfLook(look);
+        const SupervisorRun* const run = RunThatGoesOn(timeline);
+        if (!isThere) {
+            look.problem = "no supervisor is running on this machine; see: daemonctl doctor";
+        } else if (run == nullptr) {
+            look.problem =
+                "the log does not show the supervisor that is running; see: daemonctl doctor";
+        } else {
+            look.daemons = StatusOfDaemons(*run, SourceOfThisMachine(), look.nowMs, children);
+        }
+    } catch (const std::runtime_error& error) {
+        look.problem = error.what();
+    }
+    return look;
+}
+
+void ShowOnScreen(LiveScreen& screen, const WatchLook* before, const WatchLook& now,
+                  std::uint32_t everySeconds)
+{
+    const ConsoleSize size = screen.Size();
+    std::vector<LiveLine> lines;
+    for (ScreenLine& line :
+         ComposeScreen(before, now, {size.width, size.height}, everySeconds, LocalTimeText)) {
+        lines.push_back({std::move(line.text), line.level, line.marked});
+    }
+    screen.Show(lines);
+}
+
+void PrintLook(const WatchLook* before, const WatchLook& now)
+{
+    std::string text = LocalTimeText(now.nowMs) + "\n";
+    if (!now.problem.empty()) {
+        text += now.problem + "\n";
+    } else {
+        TableStyle style;
+        style.nowMs = now.nowMs;
+        style.timeText = LocalTimeText;
+        if (before != nullptr && before->problem.empty()) {
+            style.before = &before->daemons;
+            style.beforeMs = before->nowMs;
+        }
+        for (const TableLine& line : TableOf(now.daemons, style)) {
+            text += line.text + "\n";
+        }
+    }
+    PrintText(text);
+}
+
+} // namespace
+
+int WatchDaemons(std::uint32_t everySeconds, LineOutput::Colour colour)
+{
+    const Interrupt interrupt;
+    const std::unique_ptr<LiveScreen> screen = MakeLiveScreen(colour);
+    std::optional<WatchLook> before;
+    do {
+        WatchLook now = TakeLook();
+        if (screen) {
+            ShowOnScreen(*screen, before ? &*before : nullptr, now, everySeconds);
+        } else {
+            PrintLook(before ? &*before : nullptr, now);
+        }
+        before = std::move(now);
+    } while (!interrupt.WaitFor(everySeconds * 1000));
+    return kDone;
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,122 @@
+#include "DaemonTable.h"
+
+#include "SomeDaemons.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using namespace client::v0;
+
+TableStyle Style(std::int64_t nowMs)
+{
+    TableStyle style;
+    style.nowMs = nowMs;
+    style.timeText = [](std::int64_t timeMs) { return "t" + std::to_string(timeMs); };
+    return style;
+}
+
+std::string TableText(const std::vector<DaemonStatus>& daemons, const TableStyle& style)
+{
+    std::string text;
+    for (const TableLine& line : TableOf(daemons, style)) {
+        text += line.text + "\n";
+    }
+    return text;
+}
+
+TEST(DaemonTable, Has_a_line_of_titles_and_a_line_for_each_daemon)
+{
+    EXPECT_EQ(
+        TableText(SomeDaemons(), Style(1'100'000)),
+        "ID  STATE          PID  UP SINCE  RESTARTS  LAST EXIT               CPU   MEMORY  COMMAND\n"
+        " 0  running       1234  t1000000         2  exit code 3, t999000  0.5 %  1.5 MiB  "
+        "C:\\FW\\App\\a.exe \xC3\xBC\n"
+        " -  cannot start     -  -               7+  ? (likely), t998000       -        -  no.exe\n"
+        " -  running       1234  t1000000         ?  ?                     0.5 %  1.5 MiB  "
+        "C:\\FW\\App\\a.exe \xC3\xBC\n");
+    EXPECT_EQ(TableText({}, Style(0)),
+              "ID  STATE  PID  UP SINCE  RESTARTS  LAST EXIT  CPU  MEMORY  COMMAND\n");
+}
+
+TEST(DaemonTable, Control_characters_are_visible)
+{
+    DaemonStatus daemon;
+    daemon.id = 1;
+    daemon.state = RunState::ended;
+    daemon.lastExit = LastExit{1, "\x1B[2J", true};
+    daemon.command = "a.exe \n 2  running \x1B]0;x\x07\xC2\x9B ";
+    EXPECT_EQ(TableText({daemon}, Style(0)),
+              "ID  STATE  PID  UP SINCE  RESTARTS  LAST EXIT    CPU  MEMORY  COMMAND\n"
+              " 1  ended    -  -                0  \\x1B[2J, t1    -       -  "
+              "a.exe \\x0A 2  running \\x1B]0;x\\x07\\x9B\n");
+}
+
+TEST(DaemonTable, On_a_narrow_terminal_is_one_line_a_daemon)
+{
+    TableStyle style = Style(0);
+    style.width = 60;
+    style.timeText = [](std::int64_t timeMs) {
+        return timeMs == 0 ? "2026-11-21 08:00:00"
+                           : "2026-11-" + std::to_string(timeMs / 100'000 + 11) + " 07:59:58";
+    };
+    const auto lines = TableOf(SomeDaemons(), style);
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[0].text,
+              "ID  STATE          PID  UP SINCE  RESTARTS    CPU   MEMORY \xE2\x80\xA6");
+    EXPECT_EQ(lines[1].text,
+              " 0  running       1234  07:59:58         2  0.0 %  1.5 MiB \xE2\x80\xA6");
+    for (const TableLine& line : lines) {
+        EXPECT_LE(CharactersOf(line.text), 60U);
+    }
+    style.width = 80;
+    EXPECT_EQ(TableOf(SomeDaemons(), style)[1].text,
+              " 0  running       1234  07:59:58         2  0.0 %  1.5 MiB  a.exe \xC3\xBC");
+}
+
+TEST(DaemonTable, Lines_of_daemons_in_trouble_have_a_colour)
+{
+    auto daemons = SomeDaemons();
+    daemons[2].state = RunState::ended;
+    const auto lines = TableOf(daemons, Style(0));
+    EXPECT_EQ(lines[0].level, -1);
+    EXPECT_EQ(lines[1].level, -1); // running
+    EXPECT_EQ(lines[2].level, 0);  // cannot start
+    EXPECT_EQ(lines[3].level, 1);  // ended
+    daemons[0].state = RunState::restarting;
+    EXPECT_EQ(TableOf(daemons, Style(0))[1].level, 0);
+}
+
+TEST(DaemonTable, After_an_earlier_look_shows_processor_time_and_memory_since_then)
+{
+    auto before = SomeDaemons();
+    before.resize(1);
+    auto now = before;
+    now[0].process.cpuMs += 1000;
+    now[0].process.memoryBytes += 1024 * 1024;
+    TableStyle style = Style(1'102'000);
+    style.before = &before;
+    style.beforeMs = 1'100'000;
+    EXPECT_NE(TableText(now, style).find("  50.0 %  2.5 MiB +1.0  "), std::string::npos)
+        << TableText(now, style);
+    now[0].process.memoryBytes -= 2 * 1024 * 1024;
+    now[0].process.memoryBytes += 1024 * 1024 / 2;
+    EXPECT_NE(TableText(now, style).find("  1.0 MiB -0.5  "), std::string::npos);
+    now[0].process.createdMs += 1; // another process
+    EXPECT_EQ(TableText(now, style).find("50.0 %"), std::string::npos);
+}
+
+TEST(CutTo, keeps_whole_characters_and_marks_what_is_missing)
+{
+    EXPECT_EQ(CutTo("abc", 3), "abc");
+    EXPECT_EQ(CutTo("abcd", 3), "ab\xE2\x80\xA6");
+    EXPECT_EQ(CutTo("\xC3\xBC\xC3\xBC\xC3\xBC", 2), "\xC3\xBC\xE2\x80\xA6");
+    EXPECT_EQ(CutTo("abc", 0), "");
+}
+
+} // namespace
+} // namespace vqrx::test

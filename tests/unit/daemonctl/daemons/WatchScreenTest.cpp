@@ -1,0 +1,101 @@
+#include "WatchScreen.h"
+
+#include "SomeDaemons.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using namespace client::v0;
+
+AttributedRecord RecordAt(std::int64_t timeMs, const std::string& text, int level = 1)
+{
+    return {Record{1, timeMs, level, "date", text}, EventOf(text), Attribution::kStated};
+}
+
+WatchLook SomeLook()
+{
+    WatchLook look;
+    look.nowMs = 1'100'000;
+    look.daemons = SomeDaemons();
+    look.records = {RecordAt(1, "one"), RecordAt(2, "two", 0), RecordAt(3, "three")};
+    return look;
+}
+
+std::vector<ScreenLine> Screen(const WatchLook* before, const WatchLook& now, ScreenSize size)
+{
+    return ComposeScreen(before, now, size, 2,
+                         [](std::int64_t timeMs) { return "t" + std::to_string(timeMs); });
+}
+
+TEST(WatchScreen, Has_the_table_and_below_it_the_newest_records_that_fit)
+{
+    const auto lines = Screen(nullptr, SomeLook(), {200, 8});
+    ASSERT_EQ(lines.size(), 8U);
+    EXPECT_EQ(lines[0].text, "t1100000   every 2 s   Ctrl+C ends");
+    EXPECT_EQ(lines[1].text.find("ID  STATE"), 0U);
+    EXPECT_EQ(lines[3].level, 0); // cannot start
+    EXPECT_EQ(lines[5].text, "");
+    EXPECT_EQ(lines[6].text, "date two");
+    EXPECT_EQ(lines[6].level, 0);
+    EXPECT_EQ(lines[7].text, "date three");
+    EXPECT_EQ(Screen(nullptr, SomeLook(), {200, 25}).size(), 9U);
+}
+
+TEST(WatchScreen, Has_no_line_that_is_wider_or_more_lines_than_the_window)
+{
+    for (const std::size_t width : {1U, 20U, 80U}) {
+        for (const std::size_t height : {1U, 2U, 4U, 6U, 7U}) {
+            const auto lines = Screen(nullptr, SomeLook(), {width, height});
+            EXPECT_LE(lines.size(), height);
+            for (const ScreenLine& line : lines) {
+                EXPECT_LE(CharactersOf(line.text), std::max<std::size_t>(width, 20)) << line.text;
+            }
+        }
+    }
+    EXPECT_EQ(Screen(nullptr, SomeLook(), {80, 4}).back().text, "... and 2 more");
+}
+
+TEST(WatchScreen, Marks_the_daemons_and_records_that_have_changed)
+{
+    const WatchLook before = SomeLook();
+    WatchLook now = SomeLook();
+    for (const ScreenLine& line : Screen(&before, now, {200, 25})) {
+        EXPECT_FALSE(line.marked) << line.text;
+    }
+    now.daemons[0].restarts += 1;
+    now.records.push_back(RecordAt(4, "four"));
+    const auto lines = Screen(&before, now, {200, 25});
+    EXPECT_TRUE(lines[2].marked);
+    EXPECT_FALSE(lines[3].marked);
+    EXPECT_TRUE(lines.back().marked);
+    EXPECT_FALSE(lines[lines.size() - 2].marked);
+}
+
+TEST(WatchScreen, Without_a_supervisor_says_so_and_goes_on_showing_the_records)
+{
+    WatchLook now = SomeLook();
+    now.problem = "no supervisor is running on this machine";
+    const auto lines = Screen(nullptr, now, {200, 25});
+    EXPECT_EQ(lines[1].text, "no supervisor is running on this machine");
+    EXPECT_EQ(lines[1].level, 0);
+    EXPECT_EQ(lines[3].text, "date one");
+}
+
+TEST(WatchScreen, Records_about_daemons_and_about_the_supervisors_life_are_worth_watching)
+{
+    for (const char* text :
+         {"Start DaemonId(0) PId(1) : a.exe ", "Deamon Thread started",
+          "Exception caught in : Access violation", "Overflowed message queue."}) {
+        EXPECT_TRUE(IsWorthWatching(RecordAt(1, text))) << text;
+    }
+    EXPECT_FALSE(IsWorthWatching(RecordAt(1, "Connected to WMI resource")));
+    EXPECT_FALSE(IsWorthWatching(RecordAt(1, "something else")));
+}
+
+} // namespace
+} // namespace vqrx::test
