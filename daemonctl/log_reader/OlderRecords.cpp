@@ -1,6 +1,7 @@
 #include "OlderRecords.h"
 
 #include "RecordNeighbours.h"
+#include "ring_format/RingHeader.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -8,6 +9,8 @@
 
 namespace vqrx::client::v0 {
 namespace {
+
+using system::ring_format::v1::kRingSizeLimit;
 
 constexpr std::size_t kMostUnconfirmed = 64; // bounds the memory for a file of unrelated numbers
 
@@ -30,15 +33,19 @@ std::uint64_t OlderRecords::Read()
     newest_ = LastRecord(source_, layout_.start, layout_.writePosition);
     RawLines lines(source_, layout_.writePosition, source_.Size());
     RawLine line;
+    isFirstLine_ = layout_.writePosition == layout_.start;
+    std::uint64_t begin = layout_.writePosition;
     while (lines.Next(line)) {
-        ReadLine(line);
+        if (begin > kRingSizeLimit) {
+            ++output_.summary.torn; // no record begins there; it may be a part of a record's text
+        } else {
+            ReadLine(line);
+        }
+        begin = line.next;
+        isFirstLine_ = false;
     }
     const std::uint64_t remainders = std::exchange(unplaced_, 0U);
-    if (perhapsTorn_ && Follows(firstNewer, perhapsTorn_->record.number)) {
-        Give(std::move(*perhapsTorn_));
-    } else {
-        output_.summary.torn += perhapsTorn_ ? 1 : 0;
-    }
+    output_.summary.torn += perhapsTorn_ ? 1 : 0;
     GiveUnconfirmedBefore(firstNewer);
     return remainders;
 }
@@ -79,7 +86,11 @@ bool OlderRecords::IsSurelyWhole(RecordLine& parsed)
     }
     if (perhapsTorn_ && Follows(number, perhapsTorn_->record.number)) {
         previous_ = perhapsTorn_->record.number;
-        Give(std::move(*perhapsTorn_));
+        if (perhapsTornIsFirst_) {
+            Give(std::move(*perhapsTorn_));
+        } else {
+            ++output_.summary.torn;
+        }
         perhapsTorn_.reset();
         atWritePosition_ = false;
         return true;
@@ -90,6 +101,7 @@ bool OlderRecords::IsSurelyWhole(RecordLine& parsed)
         atWritePosition_ = false;
         return true;
     }
+    perhapsTornIsFirst_ = isFirstLine_;
     perhapsTorn_ = std::move(parsed);
     return false;
 }

@@ -48,7 +48,9 @@ private:
     // The first lines after the write position:
     bool atWritePosition_ = true;  // no line was surely whole yet
     std::optional<Record> newest_; // the newest record; then the record being written, if any
-    std::optional<RecordLine> perhapsTorn_; // looks whole; its number may have lost digits
+    std::optional<RecordLine> perhapsTorn_; // looks whole, but may be a part of a record's text
+    bool isFirstLine_ = false; // the line being read follows the header: a record begins there
+    bool perhapsTornIsFirst_ = false; // so did perhapsTorn_
 
     // The lines after them:
     std::optional<std::int64_t> previous_; // number of the record handed out last

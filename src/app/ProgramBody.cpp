@@ -14,6 +14,7 @@
 #include "log_perf/LibLogPerf.h"
 #include "log_perf/ring/LogFileSink.h"
 #include "log_perf/sink/ConsoleSink.h"
+#include "ring_format/RingHeader.h"
 
 #include <windows.h>
 
@@ -35,8 +36,7 @@ using log::log_perf::v2::LibLogPerf;
 using log::log_perf::v2::LogFileSink;
 
 constexpr int kLogThreshold = log::i_logger::v0::kLevelDetail;
-constexpr std::uint32_t kLogSizeLimit = 0x100000; // bytes
-constexpr DWORD kCheckInterval = 1000;            // milliseconds
+constexpr DWORD kCheckInterval = 1000; // milliseconds
 
 // Adds the log file as a sink. If there is no firmware root, the program logs to the console only.
 void AddLogFile(LogFileSink& sink, LibLogPerf& logger)
@@ -48,7 +48,7 @@ void AddLogFile(LogFileSink& sink, LibLogPerf& logger)
     // The folder may exist already.
     static_cast<void>(_mkdir(installation::LogFolder(root).c_str()));
     sink.SetFileName(installation::LogFile(root));
-    sink.SetSizeLimit(kLogSizeLimit);
+    sink.SetSizeLimit(system::ring_format::v1::kRingSizeLimit);
     sink.SetNotesOutages(true);
     logger.AddSink(&sink);
 }

@@ -25,7 +25,7 @@ MAY_INCLUDE = {
     "src/daemon_mgr": ("src/daemon_mgr/wmi", "src/host", "src/log/log_perf",
                        "src/system/end_process", "interface"),
     "src/daemon_mgr/wmi": ("src/system/wmi", "src/log"),
-    "src/app": ("src/daemon_mgr", "src/system/installation"),
+    "src/app": ("src/daemon_mgr", "src/system/installation", "src/system/ring_format"),
     # The operator's client, from the bottom to the top.
     "daemonctl/text": ("src/system",),
     "daemonctl/output": ("daemonctl/text",),

