@@ -1,11 +1,13 @@
 #include "Attribution.h"
 
 #include <cstddef>
+#include <string_view>
 #include <utility>
 
 namespace vqrx::client::v0 {
 namespace {
 
+constexpr std::string_view kUnableToStart = "Unable to start ";
 constexpr std::size_t kMostWaitingRecords = 256; // other threads write few between end and start
 
 bool BeginsRun(EventKind kind)
@@ -34,24 +36,36 @@ void Attributor::Add(Record record)
 {
     AttributedRecord added{std::move(record), {}, Attribution::kNone};
     added.event = EventOf(added.record.text);
-    const Event& event = added.event;
-    if (event.daemonId) {
-        added.attribution = Attribution::kStated;
-    }
-    if (BeginsRun(event.kind)) {
+    Event& event = added.event;
+    const bool beginsRun = BeginsRun(event.kind);
+    if (beginsRun) {
         Flush();
         processes_.clear();
         withoutProcess_.clear();
+        running_.clear();
     }
     NoteLoss(added);
+    complete_ = complete_ || beginsRun;
+    if (IsPathOfClient(event)) {
+        event.daemonId.reset();
+        event.processId.reset();
+        event.command = added.record.text.substr(kUnableToStart.size());
+    }
+    if (event.daemonId) {
+        added.attribution = Attribution::kStated;
+    }
     if (event.kind == EventKind::kSupervisionError) {
         Flush(); // the daemon's start message will not come
+        running_.clear();
     }
     if (event.kind == EventKind::kStarted || event.kind == EventKind::kStartFailed) {
         Pair(event);
     }
     NoteProcess(event);
     if (event.kind == EventKind::kEnded) {
+        if (!waiting_.empty()) {
+            running_.clear(); // no start belongs to the end before
+        }
         Flush();
         lost_ = false;
         waiting_.push_back(std::move(added));
@@ -75,9 +89,21 @@ void Attributor::NoteLoss(const AttributedRecord& added)
     if (added.event.kind == EventKind::kQueueOverflow || !lastNumber_ || !number ||
         static_cast<std::uint64_t>(*number) != static_cast<std::uint64_t>(*lastNumber_) + 1) {
         lost_ = true;
+        complete_ = false;
         withoutProcess_.clear(); // a start may be among the missing records
+        running_.clear();
     }
     lastNumber_ = number;
+}
+
+bool Attributor::IsPathOfClient(const Event& event) const
+{
+    if (event.kind != EventKind::kStartFailed || !event.daemonId) {
+        return false;
+    }
+    const bool endBefore = !waiting_.empty() && CanBelong(waiting_.front().event, event);
+    const bool unknown = complete_ && !processes_.contains(*event.daemonId);
+    return unknown || (!endBefore && running_.contains(*event.daemonId));
 }
 
 void Attributor::NoteProcess(const Event& event)
@@ -86,6 +112,11 @@ void Attributor::NoteProcess(const Event& event)
         return;
     }
     processes_[*event.daemonId] = *event.processId;
+    if (event.kind == EventKind::kStarted || event.kind == EventKind::kAttached) {
+        running_.insert(*event.daemonId);
+    } else {
+        running_.erase(*event.daemonId);
+    }
     if (event.kind == EventKind::kStartFailed) {
         withoutProcess_.insert(*event.daemonId);
     } else {
@@ -101,6 +132,7 @@ void Attributor::Pair(const Event& start)
     AttributedRecord& end = waiting_.front();
     if (!CanBelong(end.event, start) || withoutProcess_.contains(*start.daemonId)) {
         Flush();
+        running_.clear(); // the end may be that of any daemon
         return;
     }
     end.attribution = lost_ ? Attribution::kLikely : Attribution::kPaired;

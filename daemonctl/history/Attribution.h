@@ -47,6 +47,12 @@ struct AttributedRecord {
 /// - If the supervisor runs out of memory between the two messages, it writes "Exception occured : "
 ///   or "Unknown exception occured" in place of the start message: the attribution is kNone.
 ///
+/// A failed start of a program that never had a process states only the program's path, which a client
+/// chooses: "DaemonId(7) PId(70) : a.exe" may be such a path. So a failed start that names a daemon is
+/// taken for such a path, and about no daemon, if the log is sure that it cannot be about that daemon:
+///   - the daemon's process runs, and no end stands before the failed start, or
+///   - the log has every record since the supervisor's start, and none about this daemon.
+///
 /// Not for use by several threads at once.
 class Attributor {
 public:
@@ -65,6 +71,7 @@ public:
 
 private:
     void NoteLoss(const AttributedRecord& added);
+    [[nodiscard]] bool IsPathOfClient(const Event& event) const;
     void Pair(const Event& start);
     void NoteProcess(const Event& event);
 
@@ -72,6 +79,8 @@ private:
     std::vector<AttributedRecord> waiting_;            // empty, or an end and the records after it
     std::map<std::uint32_t, std::uint32_t> processes_; // process id by daemon id, of this run
     std::set<std::uint32_t> withoutProcess_; // daemons whose last start failed; nothing lost since
+    std::set<std::uint32_t> running_;        // daemons whose process runs; nothing lost since
+    bool complete_ = false;                  // no record is missing since the supervisor's start
     bool lost_ = false;                      // records are missing since the end
     std::optional<std::int64_t> lastNumber_; // of the record before; nothing: it had none
 };

@@ -40,6 +40,51 @@ TEST(Attribution, of_an_end_comes_from_the_next_start)
     EXPECT_EQ(records[2].event.processId, 11U);
 }
 
+// A client may launch a program with the path "DaemonId(0) PId(10) : a.exe", which cannot be started.
+TEST(Attribution, of_a_failed_start_is_unknown_if_the_process_that_it_names_runs)
+{
+    const std::string forged = "Unable to start DaemonId(0) PId(10) : a.exe ";
+    auto records = Attribute({"Start DaemonId(0) PId(10) : a.exe ", forged,
+                              "Exception caught in : Unknown (0x1)",
+                              "Start DaemonId(1) PId(12) : b.exe ", forged});
+    ASSERT_EQ(records.size(), 5U);
+    for (const std::size_t index : {1U, 4U}) {
+        EXPECT_EQ(records[index].attribution, Attribution::kNone);
+        EXPECT_FALSE(records[index].event.daemonId);
+        EXPECT_FALSE(records[index].event.processId);
+        EXPECT_EQ(records[index].event.command, "DaemonId(0) PId(10) : a.exe ");
+    }
+    EXPECT_EQ(records[2].event.daemonId, 1U);
+}
+
+TEST(Attribution, of_a_failed_start_is_that_of_its_text_if_the_process_may_have_ended)
+{
+    const std::string start = "Start DaemonId(0) PId(10) : a.exe ";
+    const std::string failed = "Unable to start DaemonId(0) PId(10) : a.exe ";
+    // After its end, and again a second later.
+    auto records = Attribute({start, "Exception caught in : Unknown (0x1)", failed, failed});
+    EXPECT_EQ(records[2].event.daemonId, 0U);
+    EXPECT_EQ(records[3].event.daemonId, 0U);
+    // The end may be among missing records, or could not be logged.
+    EXPECT_EQ(Attribute({start, failed}, 1)[1].event.daemonId, 0U);
+    EXPECT_EQ(Attribute({start, "Overflowed message queue.", failed})[2].event.daemonId, 0U);
+    EXPECT_EQ(Attribute({start, "Unknown exception occured", failed})[2].event.daemonId, 0U);
+    EXPECT_EQ(Attribute({start, "Exception caught in : Unknown (0x1)",
+                         "Exception caught in : Unknown (0x1)",
+                         "Start DaemonId(1) PId(11) : b.exe ", failed})[4]
+                  .event.daemonId,
+              0U);
+}
+
+TEST(Attribution, of_a_failed_start_is_unknown_if_the_run_has_no_such_daemon)
+{
+    const std::string forged = "Unable to start DaemonId(5) PId(10) : a.exe ";
+    EXPECT_FALSE(Attribute({"Deamon Thread started", forged})[1].event.daemonId);
+    // Where the log does not show the beginning, the start of the daemon may be missing.
+    EXPECT_EQ(Attribute({forged})[0].event.daemonId, 5U);
+    EXPECT_EQ(Attribute({"Deamon Thread started", "Exit", forged}, 2)[2].event.daemonId, 5U);
+}
+
 TEST(Attribution, of_an_end_comes_from_the_next_failed_start_and_its_process)
 {
     const auto records = Attribute(
