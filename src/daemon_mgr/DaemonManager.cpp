@@ -60,7 +60,7 @@ DaemonManager::~DaemonManager()
     if (SignalObjectAndWait(stopEvent_.Get(), supervisionThread_->Handle(), INFINITE, FALSE) ==
         WAIT_FAILED) {
         // There is no event: the thread ends because of stopping_.
-        WaitForSingleObject(supervisionThread_->Handle(), INFINITE);
+        thread::v1::WaitForEnd(supervisionThread_->Handle());
     }
     supervisionThread_.reset();
     stopEvent_.Reset();

@@ -5,6 +5,8 @@
 namespace vqrx::system::thread::v1 {
 namespace {
 
+constexpr DWORD kPauseAfterRefusalMs = 10;
+
 using SharedBody = std::shared_ptr<const std::function<void()>>;
 
 // Catches every exception, because an exception that leaves a thread ends the program.
@@ -20,6 +22,13 @@ unsigned __stdcall ThreadEntry(void* argument) noexcept
 }
 
 } // namespace
+
+void WaitForEnd(HANDLE thread) noexcept
+{
+    while (thread != nullptr && WaitForSingleObject(thread, INFINITE) == WAIT_FAILED) {
+        Sleep(kPauseAfterRefusalMs);
+    }
+}
 
 Thread::Thread(std::function<void()> body)
     : body_(std::make_shared<const std::function<void()>>(std::move(body)))

@@ -3,6 +3,7 @@
 #include "LogLevel.h"
 #include "log_perf/sink/SinkNotice.h"
 #include "log_perf/time/Clock.h"
+#include "thread/Thread.h"
 
 #include <memory>
 #include <optional>
@@ -61,7 +62,7 @@ Worker::~Worker()
 {
     stopping_ = true;
     signal_.Stop();
-    WaitForSingleObject(thread_.Get(), INFINITE);
+    system::thread::v1::WaitForEnd(thread_.Get());
 }
 
 void Worker::Deliver(const LogRecord& record, const SinkSet& sinks,

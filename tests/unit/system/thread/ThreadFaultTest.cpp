@@ -5,6 +5,7 @@
 
 #include <process.h>
 
+#include <atomic>
 #include <memory>
 
 namespace vqrx::test {
@@ -54,6 +55,45 @@ TEST(Thread, A_thread_that_cannot_be_created_has_no_handle_and_frees_its_body)
         EXPECT_EQ(0U, thread.Id());
     }
     EXPECT_EQ(1, captured.use_count());
+}
+
+namespace {
+
+DWORD(WINAPI* realWait)(HANDLE, DWORD) = nullptr;
+HANDLE mayEnd = nullptr;
+int refusedWaits = 0;
+
+// Refuses two waits. After the second one the thread may end.
+DWORD WINAPI RefuseTwoWaits(HANDLE object, DWORD milliseconds)
+{
+    if (milliseconds != INFINITE || refusedWaits == 2) {
+        return realWait(object, milliseconds);
+    }
+    if (++refusedWaits == 2) {
+        SetEvent(mayEnd);
+    }
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return WAIT_FAILED;
+}
+
+} // namespace
+
+TEST(Thread, A_wait_for_the_end_that_Windows_refuses_is_repeated_until_the_thread_has_ended)
+{
+    const system::win32::v1::UniqueKernelHandle event(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    mayEnd = event.Get();
+    refusedWaits = 0;
+    realWait = WaitForSingleObject;
+    const ImportPatch patch("WaitForSingleObject", RefuseTwoWaits);
+    std::atomic<bool> ended = false;
+    const system::thread::v1::Thread thread([&] {
+        realWait(mayEnd, 60000);
+        ended = true;
+    });
+    system::thread::v1::WaitForEnd(thread.Handle());
+    EXPECT_TRUE(ended);
+    EXPECT_EQ(2, refusedWaits);
+    system::thread::v1::WaitForEnd(nullptr); // returns at once
 }
 
 } // namespace vqrx::test

@@ -1,0 +1,140 @@
+#include "CallKinds.h"
+
+#include <windows.h>
+
+#include <cerrno>
+#include <iterator>
+
+namespace vqrx::test::anomaly {
+namespace {
+
+constexpr auto kNoError = ErrorPlace::none;
+constexpr auto kLast = ErrorPlace::lastError;
+constexpr auto kErrno = ErrorPlace::errnoValue;
+
+constexpr std::uint64_t kInvalidHandle = ~std::uint64_t{0};
+constexpr std::uint64_t kMinusOne = 0xFFFFFFFF; // as int and as DWORD
+constexpr std::uint64_t kNoMemoryResult = 0x8007000E; // E_OUTOFMEMORY
+
+constexpr const char* kNoColours = "the text appears, without its colour or title";
+constexpr const char* kFigureIsZero = "the figure of the performance report is 0";
+constexpr const char* kPolls = "whoever lacks the object looks again and again instead";
+constexpr const char* kNoWindows = "the process counts as one without windows";
+constexpr const char* kDeaf = "a process that does not react is terminated";
+constexpr const char* kMayExist = "the folder may exist already";
+constexpr const char* kCountsAsEnded = "a wait that fails counts as one that has ended";
+constexpr const char* kAskedAgain = "the process is asked alone";
+
+// In the order of the alphabet, by library.
+constexpr CallKind kKinds[] = {
+    // KERNEL32
+    {"CreateEventA", 0, kLast, ERROR_NOT_ENOUGH_MEMORY, kPolls},
+    {"CreateFileA", kInvalidHandle, kLast, ERROR_ACCESS_DENIED},
+    {"CreateFileW", kInvalidHandle, kLast, ERROR_ACCESS_DENIED},
+    {"CreateProcessA", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
+    {"CreateSemaphoreA", 0, kLast, ERROR_NOT_ENOUGH_MEMORY, kPolls},
+    {"CreateTimerQueueTimer", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
+    {"CreateToolhelp32Snapshot", kInvalidHandle, kLast, ERROR_NOT_ENOUGH_MEMORY},
+    {"FileTimeToSystemTime", 0, kLast, ERROR_INVALID_PARAMETER},
+    {"FormatMessageA", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
+    {"GetConsoleMode", 0, kLast, ERROR_INVALID_HANDLE},
+    {"GetExitCodeProcess", 0, kLast, ERROR_ACCESS_DENIED},
+    {"GetFileInformationByHandle", 0, kLast, ERROR_IO_DEVICE},
+    {"GetProcessHandleCount", 0, kLast, ERROR_ACCESS_DENIED, kFigureIsZero},
+    {"GetProcessTimes", 0, kLast, ERROR_ACCESS_DENIED, kFigureIsZero},
+    {"GetStdHandle", kInvalidHandle, kLast, ERROR_INVALID_HANDLE, kNoColours},
+    {"GetSystemTimes", 0, kLast, ERROR_ACCESS_DENIED, kFigureIsZero},
+    {"GlobalMemoryStatusEx", 0, kLast, ERROR_NOT_ENOUGH_MEMORY, kFigureIsZero},
+    {"InitializeCriticalSectionAndSpinCount", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
+    {"K32GetProcessMemoryInfo", 0, kLast, ERROR_ACCESS_DENIED, kFigureIsZero},
+    {"MoveFileExA", 0, kLast, ERROR_ACCESS_DENIED},
+    {"MultiByteToWideChar", 0, kLast, ERROR_INVALID_PARAMETER},
+    {"OpenProcess", 0, kLast, ERROR_ACCESS_DENIED},
+    {"QueryFullProcessImageNameW", 0, kLast, ERROR_ACCESS_DENIED},
+    {"ReadFile", 0, kLast, ERROR_IO_DEVICE},
+    {"SetConsoleCtrlHandler", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
+    {"SetConsoleMode", 0, kLast, ERROR_INVALID_HANDLE},
+    {"SetConsoleTextAttribute", 0, kLast, ERROR_INVALID_HANDLE, kNoColours},
+    {"SetConsoleTitleA", 0, kLast, ERROR_NOT_ENOUGH_MEMORY, kNoColours},
+    {"SetCurrentDirectoryA", 0, kLast, ERROR_FILE_NOT_FOUND},
+    {"SignalObjectAndWait", kMinusOne, kLast, ERROR_INVALID_HANDLE, kPolls},
+    {"TerminateProcess", 0, kLast, ERROR_ACCESS_DENIED},
+    {"WaitForMultipleObjects", kMinusOne, kLast, ERROR_NOT_ENOUGH_MEMORY, kAskedAgain},
+    {"WaitForSingleObject", kMinusOne, kLast, ERROR_NOT_ENOUGH_MEMORY, kCountsAsEnded},
+    {"WideCharToMultiByte", 0, kLast, ERROR_INVALID_PARAMETER},
+    {"WriteConsoleW", 0, kLast, ERROR_INVALID_HANDLE},
+    {"WriteFile", 0, kLast, ERROR_DISK_FULL},
+    // ADVAPI32
+    {"EnumServicesStatusExA", 0, kLast, ERROR_ACCESS_DENIED},
+    {"OpenSCManagerA", 0, kLast, ERROR_ACCESS_DENIED},
+    {"OpenServiceA", 0, kLast, ERROR_ACCESS_DENIED},
+    {"QueryServiceConfigA", 0, kLast, ERROR_ACCESS_DENIED},
+    {"QueryServiceStatus", 0, kLast, ERROR_ACCESS_DENIED},
+    {"RegOpenKeyExA", ERROR_ACCESS_DENIED, kNoError, 0},
+    {"RegQueryValueExA", ERROR_ACCESS_DENIED, kNoError, 0},
+    // USER32
+    {"EnumWindows", 0, kLast, ERROR_ACCESS_DENIED, kNoWindows},
+    {"GetMessageA", kMinusOne, kLast, ERROR_INVALID_HANDLE},
+    {"GetWindowThreadProcessId", 0, kLast, ERROR_INVALID_WINDOW_HANDLE, kNoWindows},
+    {"PostMessageA", 0, kLast, ERROR_ACCESS_DENIED, kDeaf},
+    {"PostThreadMessageA", 0, kLast, ERROR_INVALID_THREAD_ID, kDeaf},
+    // SHELL32, SHLWAPI, QUARTZ
+    {"AMGetErrorTextA", 0, kNoError, 0},
+    {"CommandLineToArgvW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
+    {"PathFileExistsA", 0, kLast, ERROR_ACCESS_DENIED},
+    // OLEAUT32
+    {"SafeArrayDestroy", 0x8002000D, kNoError, 0}, // DISP_E_ARRAYISLOCKED
+    {"SafeArrayGetLBound", 0x8002000B, kNoError, 0}, // DISP_E_BADINDEX
+    {"SafeArrayGetUBound", 0x8002000B, kNoError, 0},
+    {"SafeArrayGetVartype", 0x80070057, kNoError, 0}, // E_INVALIDARG
+    {"SafeArrayLock", 0x8000FFFF, kNoError, 0},       // E_UNEXPECTED
+    {"SysAllocString", 0, kNoError, 0},
+    {"SysAllocStringLen", 0, kNoError, 0},
+    // ole32
+    {"CoCreateInstance", kNoMemoryResult, kNoError, 0},
+    {"CoDisconnectObject", 0x80004005, kNoError, 0, "the clients' calls fail when the process ends"},
+    {"CoInitializeEx", kNoMemoryResult, kNoError, 0},
+    {"CoInitializeSecurity", kNoMemoryResult, kNoError, 0},
+    {"CoSetProxyBlanket", kNoMemoryResult, kNoError, 0},
+    {"CreateItemMoniker", kNoMemoryResult, kNoError, 0},
+    {"GetRunningObjectTable", kNoMemoryResult, kNoError, 0},
+    // msvcrt
+    {"_aligned_malloc", 0, kErrno, ENOMEM},
+    {"_beginthreadex", 0, kErrno, EAGAIN},
+    {"_fstat64", kMinusOne, kErrno, EIO},
+    {"_lseeki64", ~std::uint64_t{0}, kErrno, EIO},
+    {"_localtime64", 0, kErrno, EINVAL},
+    {"_mkdir", kMinusOne, kErrno, EACCES, kMayExist},
+    {"_read", kMinusOne, kErrno, EIO},
+    {"_stat64", kMinusOne, kErrno, EACCES},
+    {"_strdup", 0, kErrno, ENOMEM},
+    {"_wfopen", 0, kErrno, EACCES},
+    {"_wstat64", kMinusOne, kErrno, EACCES},
+    {"_write", kMinusOne, kErrno, ENOSPC},
+    {"calloc", 0, kErrno, ENOMEM},
+    {"fclose", kMinusOne, kErrno, ENOSPC, nullptr, true},
+    {"fflush", kMinusOne, kErrno, ENOSPC},
+    {"fopen", 0, kErrno, EACCES},
+    {"fputc", kMinusOne, kErrno, ENOSPC},
+    {"fputs", kMinusOne, kErrno, ENOSPC},
+    {"fread", 0, kErrno, EIO},
+    {"fwrite", 0, kErrno, ENOSPC},
+    {"malloc", 0, kErrno, ENOMEM},
+    {"realloc", 0, kErrno, ENOMEM},
+    {"remove", kMinusOne, kErrno, EACCES},
+    {"rename", kMinusOne, kErrno, EACCES},
+};
+
+} // namespace
+
+const CallKind* KindOf(std::string_view function) noexcept
+{
+    for (const CallKind& kind : kKinds) {
+        if (function == kind.name) {
+            return &kind;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace vqrx::test::anomaly

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "Ledger.h"
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace vqrx::test::anomaly {
+
+/// Where a failed call leaves the number of its error.
+enum class ErrorPlace : std::uint8_t { none, lastError, errnoValue };
+
+/// How a function fails, as the product sees it.
+struct CallKind {
+    const char* name;
+    std::uint64_t result; ///< what the function returns when it fails
+    ErrorPlace place;
+    std::uint32_t error; ///< a plausible error for this place
+    /// Null: a failure must be visible in the log, in a result or in an exception. Otherwise the
+    /// reason why a failure may stay without a trace.
+    const char* quiet = nullptr;
+    /// The function does its work also when it fails. An example is fclose, which always closes.
+    bool worksAllTheSame = false;
+};
+
+/// A function that cannot fail when the product calls it, and why.
+struct SureCall {
+    const char* name;
+    const char* reason;
+};
+
+/// A function that a test program imports for itself: for GoogleTest, for the start of the program, for
+/// its own steps. The product does not call it.
+struct TestCall {
+    const char* name;
+};
+
+/// Where a call has the thing that it acquires or gives back.
+enum class Where : std::uint8_t {
+    result,           ///< it is the result
+    parameter,        ///< it is a parameter
+    throughParameter, ///< a parameter points to it
+    thread,           ///< it is the calling thread
+};
+
+/// Which results of an acquiring call mean that it succeeded.
+enum class Success : std::uint8_t { always, handle, notZero, zero, notNegative };
+
+/// What a function acquires, or gives back.
+struct Ownership {
+    const char* name;
+    Resource resource;
+    bool acquires;
+    Where where;
+    int number = 0; ///< of the parameter, from 1
+    Success success = Success::always;
+};
+
+/// Returns how a function fails; null if it is not in the table of functions that can fail.
+[[nodiscard]] const CallKind* KindOf(std::string_view function) noexcept;
+
+/// Returns why a function cannot fail; null if it is not in the table of such functions.
+[[nodiscard]] const char* WhySure(std::string_view function) noexcept;
+
+/// Reports whether a function is one that only the test calls.
+[[nodiscard]] bool IsOfTheTest(std::string_view function) noexcept;
+
+/// Returns what a function acquires and gives back.
+[[nodiscard]] std::span<const Ownership> OwnershipsOf(std::string_view function) noexcept;
+
+} // namespace vqrx::test::anomaly
