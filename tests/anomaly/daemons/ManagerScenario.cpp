@@ -199,7 +199,8 @@ void ManagerScenario::Verify()
     }
     if (left_ != nullptr) {
         Stop(*left_);
-        Expect(notes_, left_ == nullptr, "a daemon that could not be stopped cannot be stopped later");
+        Expect(notes_, left_ == nullptr,
+               "a daemon that could not be stopped cannot be stopped later");
     }
     Daemon next{"no_windows"};
     if (Expect(notes_, Launch(next), "the next Launch fails")) {

@@ -13,7 +13,7 @@ constexpr auto kLast = ErrorPlace::lastError;
 constexpr auto kErrno = ErrorPlace::errnoValue;
 
 constexpr std::uint64_t kInvalidHandle = ~std::uint64_t{0};
-constexpr std::uint64_t kMinusOne = 0xFFFFFFFF; // as int and as DWORD
+constexpr std::uint64_t kMinusOne = 0xFFFFFFFF;       // as int and as DWORD
 constexpr std::uint64_t kNoMemoryResult = 0x8007000E; // E_OUTOFMEMORY
 
 constexpr const char* kNoColours = "the text appears, without its colour or title";
@@ -83,7 +83,7 @@ constexpr CallKind kKinds[] = {
     {"CommandLineToArgvW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
     {"PathFileExistsA", 0, kLast, ERROR_ACCESS_DENIED},
     // OLEAUT32
-    {"SafeArrayDestroy", 0x8002000D, kNoError, 0}, // DISP_E_ARRAYISLOCKED
+    {"SafeArrayDestroy", 0x8002000D, kNoError, 0},   // DISP_E_ARRAYISLOCKED
     {"SafeArrayGetLBound", 0x8002000B, kNoError, 0}, // DISP_E_BADINDEX
     {"SafeArrayGetUBound", 0x8002000B, kNoError, 0},
     {"SafeArrayGetVartype", 0x80070057, kNoError, 0}, // E_INVALIDARG
@@ -92,7 +92,8 @@ constexpr CallKind kKinds[] = {
     {"SysAllocStringLen", 0, kNoError, 0},
     // ole32
     {"CoCreateInstance", kNoMemoryResult, kNoError, 0},
-    {"CoDisconnectObject", 0x80004005, kNoError, 0, "the clients' calls fail when the process ends"},
+    {"CoDisconnectObject", 0x80004005, kNoError, 0,
+     "the clients' calls fail when the process ends"},
     {"CoInitializeEx", kNoMemoryResult, kNoError, 0},
     {"CoInitializeSecurity", kNoMemoryResult, kNoError, 0},
     {"CoSetProxyBlanket", kNoMemoryResult, kNoError, 0},

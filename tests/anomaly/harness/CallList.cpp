@@ -55,8 +55,7 @@ CallList CallList::Read(const std::string& fileName)
     return list;
 }
 
-std::vector<CallPoint> CallList::Points(std::uint32_t seed,
-                                        std::uint32_t callsOfPath) const
+std::vector<CallPoint> CallList::Points(std::uint32_t seed, std::uint32_t callsOfPath) const
 {
     std::vector<CallPoint> points;
     for (const auto& [key, path] : paths_) {

@@ -18,10 +18,7 @@ struct Image {
     std::uint64_t base;
     std::uint64_t size;
 
-    [[nodiscard]] bool Contains(std::uint64_t address) const
-    {
-        return address - base < size;
-    }
+    [[nodiscard]] bool Contains(std::uint64_t address) const { return address - base < size; }
 };
 
 Image OwnImage() noexcept
@@ -54,13 +51,13 @@ bool StepOut(CONTEXT& context) noexcept
 
 void Walk(CallPath& path, const void* caller, const void* root) noexcept
 {
-    const std::uint64_t limit = root == nullptr ? ~std::uint64_t{0}
-                                                : reinterpret_cast<std::uint64_t>(root);
+    const std::uint64_t limit =
+        root == nullptr ? ~std::uint64_t{0} : reinterpret_cast<std::uint64_t>(root);
     CONTEXT context; // NOLINT: RtlCaptureContext fills what is used
     RtlCaptureContext(&context);
     bool reached = false; // frames of the harness come first
-    for (int step = 0; step < kMaxSteps && path.depth < kMaxFrames && StepOut(context) &&
-                       context.Rsp < limit;
+    for (int step = 0;
+         step < kMaxSteps && path.depth < kMaxFrames && StepOut(context) && context.Rsp < limit;
          ++step) {
         reached = reached || context.Rip == reinterpret_cast<std::uint64_t>(caller);
         if (reached && ownImage.Contains(context.Rip)) {

@@ -12,11 +12,11 @@ inline constexpr std::size_t kMaxFrames = 14;
 /// A way through this program to a function that can fail: the function, and the places in the
 /// program that called each other on the way to it, the last one first. One path may be taken often.
 struct CallPath {
-    std::uint64_t key = 0;  ///< a hash of the rest; the same in each process of one build
-    const char* name = "";  ///< the function, as ThunkedCall has it
-    std::uint32_t frames[kMaxFrames] = {}; ///< offsets of the places in this program
-    std::uint32_t depth = 0;               ///< how many of the frames are used
-    std::atomic<std::uint32_t> calls = 0;  ///< how often the path was taken since ForgetCalls
+    std::uint64_t key = 0; ///< a hash of the rest; the same in each process of one build
+    const char* name = ""; ///< the function, as ThunkedCall has it
+    std::uint32_t frames[kMaxFrames] = {};       ///< offsets of the places in this program
+    std::uint32_t depth = 0;                     ///< how many of the frames are used
+    std::atomic<std::uint32_t> calls = 0;        ///< how often the path was taken since ForgetCalls
     std::atomic<std::uint32_t> failedAnyway = 0; ///< how many of these calls failed by themselves
 };
 

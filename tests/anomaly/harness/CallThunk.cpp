@@ -107,9 +107,9 @@ unsigned char* NextThunk()
 
 void* MakeThunk(ThunkedCall* call)
 {
-    unsigned char code[] = {0x49, 0xBB, 0, 0, 0, 0, 0, 0, 0, 0, // mov r11, call
-                            0x49, 0xBA, 0, 0, 0, 0, 0, 0, 0, 0, // mov r10, AnomalyThunk
-                            0x41, 0xFF, 0xE2};                  // jmp r10
+    unsigned char code[] = {0x49, 0xBB, 0,   0, 0, 0, 0, 0, 0, 0, // mov r11, call
+                            0x49, 0xBA, 0,   0, 0, 0, 0, 0, 0, 0, // mov r10, AnomalyThunk
+                            0x41, 0xFF, 0xE2};                    // jmp r10
     void (*const shared)() = AnomalyThunk;
     std::memcpy(code + 2, &call, sizeof call);
     std::memcpy(code + 12, &shared, sizeof shared);

@@ -14,21 +14,21 @@ enum class Structure : std::uint8_t { none, startedProcess, startedThread, clear
 
 /// One function or method whose calls go through a thunk.
 struct ThunkedCall {
-    void* original = nullptr;     ///< the function itself; CallThunk.cpp knows its offset 0
-    std::uint64_t result = 0;     ///< what a failing call returns; CallThunk.cpp knows its offset 8
-    const char* name = "";        ///< function, or class and number of the method
+    void* original = nullptr; ///< the function itself; CallThunk.cpp knows its offset 0
+    std::uint64_t result = 0; ///< what a failing call returns; CallThunk.cpp knows its offset 8
+    const char* name = "";    ///< function, or class and number of the method
     const CallKind* kind = nullptr; ///< null: its calls never fail and are only watched
-    bool isStandIn = false;   ///< a method of a stand-in: what it calls belongs to the test
-    bool isOfTheTest = false; ///< the product does not call it
+    bool isStandIn = false;         ///< a method of a stand-in: what it calls belongs to the test
+    bool isOfTheTest = false;       ///< the product does not call it
     std::span<const Ownership> ownerships; ///< what it acquires and gives back
     Structure structure = Structure::none;
 };
 
 /// What becomes of one call.
 enum class Decision : std::uint64_t {
-    pass = 0,           ///< the function is called
-    fail = 1,           ///< the function is not called
-    passThenFail = 2,   ///< the function is called, and its result is replaced
+    pass = 0,         ///< the function is called
+    fail = 1,         ///< the function is not called
+    passThenFail = 2, ///< the function is called, and its result is replaced
 };
 
 struct CallPath;
@@ -38,7 +38,7 @@ struct CallFrame {
     std::uint64_t home[4];         ///< scratch space of the functions that the thunk calls
     std::uint64_t stackPassed[12]; ///< copy of the arguments after the fourth
     ThunkedCall* call;
-    std::uint64_t result; ///< of the function, after it returned
+    std::uint64_t result;                    ///< of the function, after it returned
     alignas(16) unsigned char registers[64]; ///< xmm0 to xmm3
     Decision decision;
     CallPath* path; ///< the path of a counted call; null: the call is not counted

@@ -151,11 +151,11 @@ CampaignReport ReadReport(const Work& work)
         } else if (word == "end") {
             report.calls = std::stoull(rest);
         } else if (word == "broken" || word == "died") {
-            const CallPoint point = index == kUndisturbed     ? CallPoint()
+            const CallPoint point = index == kUndisturbed ? CallPoint()
                                     : work.only.path != 0 ? work.only
                                                           : points.at(index);
-            findings[{point.path, OnLines(word == "died" ? "the process " + rest : rest)}].push_back(
-                point.occurrence);
+            findings[{point.path, OnLines(word == "died" ? "the process " + rest : rest)}]
+                .push_back(point.occurrence);
         }
     });
     for (const auto& [finding, occurrences] : findings) {

@@ -66,8 +66,8 @@ std::optional<CampaignReport> Try(const Steps& steps, std::uint32_t deadlineMs =
 TEST(AnomalyHarness, Steps_that_handle_each_failure_give_no_finding_and_each_call_is_tried)
 {
     const auto report = Try([](RunNotes& notes) {
-        if (const HANDLE first = CreateFileA("CON_", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0,
-                                             nullptr);
+        if (const HANDLE first =
+                CreateFileA("CON_", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
             first != INVALID_HANDLE_VALUE) {
             CloseHandle(first);
         }

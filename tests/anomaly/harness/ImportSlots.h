@@ -7,8 +7,8 @@ namespace vqrx::test::anomaly {
 
 /// One function that this program imports.
 struct ImportSlot {
-    std::string library;  ///< file name as the program's import table spells it
-    std::string function; ///< exported name; "#" and the number of a function without a name
+    std::string library;   ///< file name as the program's import table spells it
+    std::string function;  ///< exported name; "#" and the number of a function without a name
     void** slot = nullptr; ///< the place in the import table through which the program calls it
 };
 

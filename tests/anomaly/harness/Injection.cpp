@@ -176,8 +176,7 @@ extern "C" void AnomalyDecide(CallFrame* frame) noexcept
         if (call.isOfTheTest) {
             NoteUnexpected(call.name);
         } else if (counting && call.kind != nullptr && CountCall(path)) {
-            frame->decision =
-                call.kind->worksAllTheSame ? Decision::passThenFail : Decision::fail;
+            frame->decision = call.kind->worksAllTheSame ? Decision::passThenFail : Decision::fail;
         }
     }
     if (frame->decision == Decision::fail) {

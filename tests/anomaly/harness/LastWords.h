@@ -36,7 +36,7 @@ private:
     void WatchDeadline();
 
     std::function<void(const std::string&)> write_;
-    std::function<std::string()> step_; // set while there is no deadline
+    std::function<std::string()> step_;   // set while there is no deadline
     std::atomic<ULONGLONG> deadline_ = 0; // of GetTickCount64; 0: none
     HANDLE stop_;
     HANDLE thread_;

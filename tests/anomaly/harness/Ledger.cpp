@@ -61,10 +61,19 @@ LedgerEntry* TakeUnused() noexcept
 
 const char* NameOf(Resource resource) noexcept
 {
-    static constexpr const char* kNames[] = {
-        "block of memory", "handle", "handle of a started process", "service handle", "registry key",
-        "BSTR", "critical section", "block of local memory", "file", "search", "timer",
-        "membership of COM", "lock of an array"};
+    static constexpr const char* kNames[] = {"block of memory",
+                                             "handle",
+                                             "handle of a started process",
+                                             "service handle",
+                                             "registry key",
+                                             "BSTR",
+                                             "critical section",
+                                             "block of local memory",
+                                             "file",
+                                             "search",
+                                             "timer",
+                                             "membership of COM",
+                                             "lock of an array"};
     return kNames[static_cast<std::size_t>(resource)];
 }
 

@@ -69,7 +69,9 @@ constexpr Ownership kOwnerships[] = {
 
 std::span<const Ownership> OwnershipsOf(std::string_view function) noexcept
 {
-    const auto isOfFunction = [&](const Ownership& ownership) { return function == ownership.name; };
+    const auto isOfFunction = [&](const Ownership& ownership) {
+        return function == ownership.name;
+    };
     const auto* const first =
         std::find_if(std::begin(kOwnerships), std::end(kOwnerships), isOfFunction);
     const auto* const last = std::find_if_not(first, std::end(kOwnerships), isOfFunction);

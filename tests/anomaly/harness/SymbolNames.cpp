@@ -48,8 +48,8 @@ std::vector<Symbol> ReadSymbols()
     const std::vector<char> file{std::istreambuf_iterator<char>(stream), {}};
     const auto header = static_cast<std::size_t>(ReadAt<IMAGE_DOS_HEADER>(file, 0).e_lfanew);
     const auto nt = ReadAt<IMAGE_NT_HEADERS>(file, header);
-    const std::size_t sections = header + offsetof(IMAGE_NT_HEADERS, OptionalHeader) +
-                                 nt.FileHeader.SizeOfOptionalHeader;
+    const std::size_t sections =
+        header + offsetof(IMAGE_NT_HEADERS, OptionalHeader) + nt.FileHeader.SizeOfOptionalHeader;
     const std::size_t table = nt.FileHeader.PointerToSymbolTable;
     const std::size_t count = nt.FileHeader.NumberOfSymbols;
     const std::size_t names = table + count * IMAGE_SIZEOF_SYMBOL;

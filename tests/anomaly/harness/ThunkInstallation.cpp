@@ -15,7 +15,7 @@ namespace {
 
 Structure StructureOf(std::string_view function) noexcept
 {
-    return function == "CreateProcessA" ? Structure::startedProcess
+    return function == "CreateProcessA"   ? Structure::startedProcess
            : function == "VariantClear"   ? Structure::clearedVariant
            : function == "_beginthreadex" ? Structure::startedThread
                                           : Structure::none;

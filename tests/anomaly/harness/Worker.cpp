@@ -124,7 +124,8 @@ private:
             notes.Begin("the end of the scenario");
             scenario->Finish();
             if (!AllThreadsHaveEnded()) { // it uses what is destroyed: no run after this counts
-                lastWords_.End("has a thread that runs on after the owner of the thread is destroyed");
+                lastWords_.End(
+                    "has a thread that runs on after the owner of the thread is destroyed");
             }
         }
         EndRun();

@@ -9,13 +9,13 @@ namespace vqrx::test::anomaly {
 
 /// What the process of the runs has to do. It gets this in environment variables.
 struct Work {
-    std::string folder;             ///< for the files below; empty in the process that reports
-    std::uint32_t seed = 0;         ///< decides the order of the calls
-    std::uint32_t seconds = 0;      ///< after this time no further run begins; 0: no limit
-    std::uint32_t deadlineMs = 0;   ///< of one run
-    std::uint32_t callsOfPath = 0;  ///< of a path at most so many first calls
-    std::size_t first = 0;          ///< number of the call to begin with
-    CallPoint only;                 ///< if its path is not 0: the only call to try
+    std::string folder;            ///< for the files below; empty in the process that reports
+    std::uint32_t seed = 0;        ///< decides the order of the calls
+    std::uint32_t seconds = 0;     ///< after this time no further run begins; 0: no limit
+    std::uint32_t deadlineMs = 0;  ///< of one run
+    std::uint32_t callsOfPath = 0; ///< of a path at most so many first calls
+    std::size_t first = 0;         ///< number of the call to begin with
+    CallPoint only;                ///< if its path is not 0: the only call to try
 
     [[nodiscard]] std::string CallFile() const { return folder + "\\calls.txt"; }
     [[nodiscard]] std::string ResultFile() const { return folder + "\\results.txt"; }

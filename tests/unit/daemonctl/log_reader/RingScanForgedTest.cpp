@@ -68,7 +68,8 @@ TEST(RingScanForged, believes_no_record_in_the_text_of_a_torn_record)
     const ForgedScan scanned = ScanForged(header + newer + forged + older);
     EXPECT_THAT(TextsOf(scanned), ElementsAre("older", "old", "new", "newer"));
     EXPECT_EQ(scanned.summary.torn, 1U);
-    EXPECT_THAT(TextsOf(ScanForged(header + newer + LineOf("1239", "forged"))), ElementsAre("new", "newer"));
+    EXPECT_THAT(TextsOf(ScanForged(header + newer + LineOf("1239", "forged"))),
+                ElementsAre("new", "newer"));
 }
 
 // A file that was full: the last record crosses the limit of 1 MiB, and after its end stands the rest of
@@ -93,7 +94,8 @@ TEST(RingScanForged, believes_no_record_that_begins_beyond_the_limit)
     texts.emplace_back("new");
     for (const char* const forged : {"1999", "2000", "7"}) {
         const std::string later = std::string(forged) + ";Sun Nov 16 03:52:37.123;1763265157123;2;";
-        EXPECT_THAT(TextsOf(ScanForged(sound + later + "forged\r\n")), ElementsAreArray(texts)) << forged;
+        EXPECT_THAT(TextsOf(ScanForged(sound + later + "forged\r\n")), ElementsAreArray(texts))
+            << forged;
     }
 }
 
