@@ -30,12 +30,6 @@ struct SureCall {
     const char* reason;
 };
 
-/// A function that a test program imports for itself: for GoogleTest, for the start of the program, for
-/// its own steps. The product does not call it.
-struct TestCall {
-    const char* name;
-};
-
 /// Where a call has the thing that it acquires or gives back.
 enum class Where : std::uint8_t {
     result,           ///< it is the result
@@ -63,7 +57,8 @@ struct Ownership {
 /// Returns why a function cannot fail; null if it is not in the table of such functions.
 [[nodiscard]] const char* WhySure(std::string_view function) noexcept;
 
-/// Reports whether a function is one that only the test calls.
+/// Reports whether only the test calls a function: GoogleTest, the start of the program, or a step of a
+/// scenario. The product does not call it.
 [[nodiscard]] bool IsOfTheTest(std::string_view function) noexcept;
 
 /// Returns what a function acquires and gives back.

@@ -68,7 +68,8 @@ void InstallThunks()
         unknown += " " + name;
     }
     if (!unknown.empty()) {
-        throw std::runtime_error("neither CallKinds.cpp nor SureCalls.cpp knows" + unknown);
+        throw std::runtime_error("CallKinds.cpp, SureCalls.cpp and TestCalls.cpp do not know" +
+                                 unknown);
     }
     for (const ImportSlot& import : imports) {
         Watch(import);

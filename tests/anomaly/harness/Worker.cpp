@@ -131,7 +131,7 @@ private:
         EndRun();
         lastWords_.EndDeadline();
         for (const std::string& name : UnexpectedCalls()) {
-            notes.Broke("the product calls " + name + ", which SureCalls.cpp calls the test's own");
+            notes.Broke("the product calls " + name + ", which TestCalls.cpp names");
         }
         return {FailedCall(), notes.Seen(), notes.Broken(), Leftovers()};
     }
