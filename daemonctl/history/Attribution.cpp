@@ -16,6 +16,12 @@ bool BeginsRun(EventKind kind)
            kind == EventKind::kSupervisionStarted;
 }
 
+// A daemon that starts for the first time had no process that can have ended. A restart is a warning.
+bool IsFirstStart(const Event& start, int level)
+{
+    return start.kind == EventKind::kStarted && level >= kInformationRecord;
+}
+
 // The command of a service is its name. The command of a program ends in a blank.
 bool CanBelong(const Event& end, const Event& start)
 {
@@ -59,7 +65,7 @@ void Attributor::Add(Record record)
         running_.clear();
     }
     if (event.kind == EventKind::kStarted || event.kind == EventKind::kStartFailed) {
-        Pair(event);
+        Pair(event, added.record.level);
     }
     NoteProcess(event);
     if (event.kind == EventKind::kEnded) {
@@ -124,13 +130,14 @@ void Attributor::NoteProcess(const Event& event)
     }
 }
 
-void Attributor::Pair(const Event& start)
+void Attributor::Pair(const Event& start, int level)
 {
     if (waiting_.empty()) {
         return;
     }
     AttributedRecord& end = waiting_.front();
-    if (!CanBelong(end.event, start) || withoutProcess_.contains(*start.daemonId)) {
+    if (IsFirstStart(start, level) || !CanBelong(end.event, start) ||
+        withoutProcess_.contains(*start.daemonId)) {
         Flush();
         running_.clear(); // the end may be that of any daemon
         return;

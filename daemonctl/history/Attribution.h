@@ -42,8 +42,8 @@ struct AttributedRecord {
 /// - The attribution is kNone if
 ///   - the start message is missing;
 ///   - the two messages name different services, or only one of them names a service;
-///   - the last start of the daemon in the start message had failed: it had no process that could
-///     end.
+///   - the daemon in the start message had no process that could end: it is its first start (level 2),
+///     or its last start had failed.
 /// - If the supervisor runs out of memory between the two messages, it writes "Exception occured : "
 ///   or "Unknown exception occured" in place of the start message: the attribution is kNone.
 ///
@@ -72,7 +72,7 @@ public:
 private:
     void NoteLoss(const AttributedRecord& added);
     [[nodiscard]] bool IsPathOfClient(const Event& event) const;
-    void Pair(const Event& start);
+    void Pair(const Event& start, int level);
     void NoteProcess(const Event& event);
 
     Found found_;

@@ -15,14 +15,14 @@ using client::v0::Attributor;
 using client::v0::Record;
 
 std::vector<AttributedRecord> Attribute(const std::vector<std::string>& texts,
-                                        std::size_t missingBefore = 1000)
+                                        std::size_t missingBefore = 1000, int level = 1)
 {
     std::vector<AttributedRecord> found;
     Attributor attributor([&](AttributedRecord record) { found.push_back(std::move(record)); });
     std::int64_t number = 0;
     for (std::size_t index = 0; index < texts.size(); ++index) {
         number += index == missingBefore ? 2 : 1;
-        attributor.Add(Record{number, 1000 + number, 2, "", texts[index]});
+        attributor.Add(Record{number, 1000 + number, level, "", texts[index]});
     }
     attributor.Flush();
     return found;
@@ -111,6 +111,18 @@ TEST(Attribution, is_likely_if_records_in_between_are_missing)
     EXPECT_EQ(Attribute(texts, 1)[0].attribution, Attribution::kLikely);
     EXPECT_EQ(Attribute({texts[0], "Overflowed message queue.", texts[1]})[0].attribution,
               Attribution::kLikely);
+}
+
+// The lines of the end and of the restart belong to two daemons: those between them are missing.
+TEST(Attribution, is_unknown_if_the_next_start_is_the_first_one_of_its_daemon)
+{
+    const std::vector<std::string> texts = {"Exception caught in : Unknown (0x1)",
+                                            "Start DaemonId(3) PId(31) : a.exe "};
+    EXPECT_EQ(Attribute(texts, 1000, 1)[0].attribution, Attribution::kPaired);
+    EXPECT_EQ(Attribute(texts, 1000, 2)[0].attribution, Attribution::kNone);
+    EXPECT_EQ(Attribute({texts[0], "Unable to start DaemonId(3) PId(31) : a.exe "}, 1000, 2)[0]
+                  .attribution,
+              Attribution::kPaired);
 }
 
 TEST(Attribution, is_unknown_if_the_start_is_missing)
