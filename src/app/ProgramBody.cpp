@@ -23,6 +23,7 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace vqrx::app::v0 {
@@ -34,6 +35,9 @@ namespace installation = system::installation::v1;
 using log::log_perf::v2::ConsoleSink;
 using log::log_perf::v2::LibLogPerf;
 using log::log_perf::v2::LogFileSink;
+
+constexpr const char* kFailed = "Exception occured : "; // and the text of the exception
+constexpr const char* kFailedUnnamed = "Unknown exception occured";
 
 constexpr int kLogThreshold = log::i_logger::v0::kLevelDetail;
 constexpr DWORD kCheckInterval = 1000; // milliseconds
@@ -87,7 +91,7 @@ void PumpMessages()
 // 6. fileSink.
 // 7. escapeSequencesOff, quickEditOff: they restore the modes of the console window.
 // If a limit of step 2 or 3 passes, ForcedEnd logs that and ends the process at once, without the
-// steps that follow.
+// steps that follow. After an exception it prints the exception's line first.
 void Supervise()
 {
     std::string firmwareRoot;
@@ -105,16 +109,28 @@ void Supervise()
     AddLogFile(fileSink, logger);
     logger.AddSink(&forcedEnd);
 
-    const BoundedApartment apartment(logger, forcedEnd);
-    com::RequireTrustedUnmarshalers();
-    SetConsoleTitleA("DaemonManager");
-    MakeMessageQueue();
-    const ManagerReference manager(GetCurrentThreadId(), kCheckInterval, &logger, forcedEnd);
-    com::PermitUnmarshalerOfWmi(); // COM's security is set now
+    // Outside of the block below, so that forcedEnd knows of an exception before they are destroyed:
+    // their destruction may end the process.
+    std::optional<BoundedApartment> apartment;
+    std::optional<ManagerReference> manager;
     std::unique_ptr<RotRegistration> registration;
-    MakeRotRegistration(registration, manager.Object(), logger);
-    InstallConsoleCtrlHandler();
-    PumpMessages();
+    try {
+        apartment.emplace(logger, forcedEnd);
+        com::RequireTrustedUnmarshalers();
+        SetConsoleTitleA("DaemonManager");
+        MakeMessageQueue();
+        manager.emplace(GetCurrentThreadId(), kCheckInterval, &logger, forcedEnd);
+        com::PermitUnmarshalerOfWmi(); // COM's security is set now
+        MakeRotRegistration(registration, manager->Object(), logger);
+        InstallConsoleCtrlHandler();
+        PumpMessages();
+    } catch (const std::exception& exception) {
+        forcedEnd.ProgramHasFailed(kFailed, exception.what());
+        throw;
+    } catch (...) {
+        forcedEnd.ProgramHasFailed(kFailedUnnamed);
+        throw;
+    }
 }
 
 } // namespace
@@ -125,9 +141,9 @@ int RunProgram()
         Supervise();
         return 0;
     } catch (const std::exception& exception) {
-        std::cerr << "Exception occured : " << exception.what() << std::endl;
+        std::cerr << kFailed << exception.what() << std::endl;
     } catch (...) {
-        std::cerr << "Unknown exception occured" << std::endl;
+        std::cerr << kFailedUnnamed << std::endl;
     }
     return 1;
 }

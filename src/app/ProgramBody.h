@@ -6,7 +6,7 @@ namespace vqrx::app::v0 {
 /// logger, joins COM, makes and publishes the manager, and then waits for WM_QUIT. ProgramBody.cpp
 /// lists the steps of the shutdown.
 /// @return the exit code: 0; or 1 after an exception, which it prints on standard error. If the
-///         shutdown has to be given up, the process ends with ForcedEnd::kExitCode instead
+///         shutdown has to be given up, the process ends with ForcedEnd::kExitCode instead of 0
 [[nodiscard]] int RunProgram();
 
 } // namespace vqrx::app::v0

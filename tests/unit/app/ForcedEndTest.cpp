@@ -1,8 +1,8 @@
 #include "ForcedEnd.h"
 
 #include "CapturingSink.h"
+#include "ErrorFile.h"
 #include "ImportPatch.h"
-#include "TempFolder.h"
 #include "log_perf/LibLogPerf.h"
 #include "win32/UniqueHandle.h"
 
@@ -10,9 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
-#include <string>
+#include <cstdint>
 
 namespace vqrx::test {
 namespace {
@@ -31,27 +29,6 @@ void NoteEndOfProcess(UINT exitCode) noexcept
     terminatedWith = static_cast<int>(exitCode);
     loggedAtTheEnd = sinkAtTheEnd->Count(0, "the reason");
 }
-
-/// Redirects the standard error of the process to a file.
-class ErrorFile {
-public:
-    ErrorFile() { SetStdHandle(STD_ERROR_HANDLE, file_.Get()); }
-    ErrorFile(const ErrorFile&) = delete;
-    ErrorFile& operator=(const ErrorFile&) = delete;
-    ~ErrorFile() { SetStdHandle(STD_ERROR_HANDLE, before_); }
-
-    std::string Text() const
-    {
-        std::ifstream file(folder_.File("error"), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    }
-
-private:
-    TempFolder folder_;
-    HANDLE before_ = GetStdHandle(STD_ERROR_HANDLE);
-    UniqueKernelHandle file_{CreateFileA(folder_.File("error").c_str(), GENERIC_WRITE,
-                                         FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0, nullptr)};
-};
 
 struct ForcedEndTest : testing::Test {
     ForcedEndTest()
@@ -121,6 +98,67 @@ TEST_F(ForcedEndTest, Process_ends_even_if_standard_error_has_stopped_too)
     SetEvent(mayWrite);
     EXPECT_EQ(WaitForSingleObject(stoppedWrite, kPatienceMs), WAIT_OBJECT_0);
     sink.Release();
+}
+
+TEST_F(ForcedEndTest, Program_that_failed_before_prints_its_line_and_ends_with_1)
+{
+    ForcedEnd forcedEnd(kPatienceMs, NoteEndOfProcess);
+    log::log_perf::v2::LibLogPerf logger;
+    LogThrough(logger, forcedEnd);
+    forcedEnd.ProgramHasFailed("Exception occured : ", "no memory");
+    forcedEnd.Now(logger, "the reason");
+    EXPECT_EQ(loggedAtTheEnd, 1U);
+    EXPECT_EQ(error.Text(), "Exception occured : no memory\r\n");
+    EXPECT_EQ(terminatedWith, 1);
+}
+
+HANDLE WINAPI RefuseAnyEvent(LPSECURITY_ATTRIBUTES, BOOL, BOOL, LPCSTR)
+{
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+}
+
+TEST_F(ForcedEndTest, Reason_is_on_the_log_even_if_there_are_no_events)
+{
+    log::log_perf::v2::LibLogPerf logger;
+    const ImportPatch patch("CreateEventA", RefuseAnyEvent);
+    ForcedEnd forcedEnd(kPatienceMs, NoteEndOfProcess);
+    LogThrough(logger, forcedEnd);
+    forcedEnd.Now(logger, "the reason");
+    EXPECT_EQ(loggedAtTheEnd, 1U);
+    EXPECT_EQ(error.Text(), "");
+    EXPECT_EQ(terminatedWith, 2);
+}
+
+std::uintptr_t __cdecl RefuseThread(void*, unsigned, unsigned(__stdcall*)(void*), void*, unsigned,
+                                    unsigned*)
+{
+    return 0;
+}
+
+DWORD typeOfError = FILE_TYPE_DISK;
+
+DWORD WINAPI TypeOfError(HANDLE)
+{
+    return typeOfError;
+}
+
+// A console may be what has stopped: without a thread of its own, a write could keep the process.
+TEST_F(ForcedEndTest, Reason_is_on_standard_error_without_a_thread_too_unless_it_is_a_console)
+{
+    const ImportPatch type("GetFileType", TypeOfError);
+    for (const DWORD kind : {FILE_TYPE_CHAR, FILE_TYPE_DISK}) {
+        typeOfError = kind;
+        ForcedEnd forcedEnd(100, NoteEndOfProcess);
+        log::log_perf::v2::LibLogPerf logger;
+        LogThrough(logger, forcedEnd);
+        sink.BlockNextWrite();
+        const ImportPatch patch("_beginthreadex", RefuseThread);
+        forcedEnd.Now(logger, "the reason");
+        EXPECT_EQ(error.Text(), kind == FILE_TYPE_CHAR ? "" : "the reason\r\n");
+        EXPECT_EQ(terminatedWith, 2);
+        sink.Release();
+    }
 }
 
 } // namespace

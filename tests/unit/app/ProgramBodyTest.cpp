@@ -1,5 +1,6 @@
 #include "ProgramBody.h"
 
+#include "ErrorFile.h"
 #include "ImportPatch.h"
 #include "ProgramBodyFixture.h"
 #include "PublishedObject.h"
@@ -184,6 +185,55 @@ TEST_F(ProgramBodyTest, Message_loop_goes_on_after_an_error_of_GetMessage)
     EXPECT_TRUE(wasPublished);
     EXPECT_LT(messageErrors, 0);
     EXPECT_THAT(error.Text(), Not(HasSubstr("occured")));
+}
+
+UINT endedWithCode = 0;
+HANDLE processEnded = nullptr;
+
+BOOL WINAPI NoteTermination(HANDLE, UINT exitCode)
+{
+    endedWithCode = exitCode;
+    SetEvent(processEnded);
+    return TRUE;
+}
+
+bool leaving = false;
+decltype(&CreateTimerQueueTimer) realTimer = nullptr;
+decltype(&CoUninitialize) realLeave = nullptr;
+
+// The limit of leaving COM, which begins now, passes at once.
+BOOL WINAPI PassAtOnce(PHANDLE timer, HANDLE queue, WAITORTIMERCALLBACK callback, PVOID argument,
+                       DWORD, DWORD period, ULONG flags)
+{
+    leaving = true;
+    return realTimer(timer, queue, callback, argument, 1, period, flags);
+}
+
+// COM does not let the main thread go.
+void STDMETHODCALLTYPE HoldMainThread()
+{
+    if (leaving) {
+        WaitForSingleObject(processEnded, 60000);
+    } else {
+        realLeave();
+    }
+}
+
+TEST_F(ProgramBodyTest, Program_that_fails_and_then_cannot_leave_COM_prints_why_and_ends_with_1)
+{
+    const system::win32::v1::UniqueKernelHandle event(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    processEnded = event.Get();
+    const ErrorFile file;
+    {
+        const ImportPatch handler("SetConsoleCtrlHandler", RefuseConsoleHandler);
+        const ImportPatch end("TerminateProcess", NoteTermination);
+        const ImportPatch timer("CreateTimerQueueTimer", PassAtOnce, realTimer);
+        const ImportPatch leave("CoUninitialize", HoldMainThread, realLeave);
+        EXPECT_EQ(app::v0::RunProgram(), 1);
+    }
+    EXPECT_EQ(endedWithCode, 1U);
+    EXPECT_EQ(file.Text(), "Exception occured : Could not set control handler\r\n");
+    CoUninitialize(); // the replaced call did not do it
 }
 
 } // namespace
