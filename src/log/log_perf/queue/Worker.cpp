@@ -5,6 +5,7 @@
 #include "log_perf/time/Clock.h"
 #include "thread/Thread.h"
 
+#include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -54,15 +55,36 @@ Worker::Worker(MessageQueue& queue, GuardedReceivers& receivers, std::uint32_t p
     , clock_(periodMs)
     , report_(std::move(report))
 {
-    const auto created = _beginthreadex(nullptr, 0, ThreadEntry, this, 0, nullptr);
-    thread_.Reset(reinterpret_cast<HANDLE>(created)); // NOLINT(performance-no-int-to-ptr)
+    Start();
+    if (!thread_) {
+        std::cerr << "The log has no thread. It writes its messages when it gets one, or at its end"
+                  << std::endl;
+    }
 }
 
 Worker::~Worker()
 {
+    if (!thread_) {
+        DeliverAll();
+        return;
+    }
     stopping_ = true;
     signal_.Stop();
     system::thread::v1::WaitForEnd(thread_.Get());
+}
+
+void Worker::Start() noexcept
+{
+    const auto created = _beginthreadex(nullptr, 0, ThreadEntry, this, 0, nullptr);
+    thread_.Reset(reinterpret_cast<HANDLE>(created)); // NOLINT(performance-no-int-to-ptr)
+}
+
+void Worker::RecordAppended() noexcept
+{
+    if (!thread_) {
+        Start();
+    }
+    signal_.Post();
 }
 
 void Worker::Deliver(const LogRecord& record, const SinkSet& sinks,
@@ -107,13 +129,17 @@ void Worker::MakeReport() noexcept
     }
 }
 
-// One round after a wait that failed: it makes a report, as a wait that timed out does. The pause
-// leaves the processor to others if every wait fails.
+// A wait that failed makes a report, as a wait that timed out does. Until the next report is due, the
+// worker looks at the queue again and again and waits for nothing: every wait may fail. The pauses
+// leave the processor to others.
 void Worker::WorkWithoutSignal() noexcept
 {
     DeliverAll();
     MakeReport();
-    Sleep(kPauseWithoutSignalMs);
+    do {
+        Sleep(kPauseWithoutSignalMs);
+        DeliverAll();
+    } while (!stopping_ && clock_.TimeUntilDue(GetTickCount()) != 0);
 }
 
 void Worker::Work() noexcept

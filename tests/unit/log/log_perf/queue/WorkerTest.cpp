@@ -86,15 +86,51 @@ DWORD WINAPI FailOfWorker(DWORD count, const HANDLE* handles, BOOL all, DWORD ti
     return WAIT_FAILED;
 }
 
+std::atomic<DWORD> tick{0};
+
+DWORD WINAPI StandingTick()
+{
+    return tick;
+}
+
+Watched<int>* pauses = nullptr;
+
+void WINAPI CountPauses(DWORD)
+{
+    pauses->Apply([](int& n) { ++n; });
+    SwitchToThread();
+}
+
+TEST_F(WorkerTest, A_failed_wait_makes_one_report_a_period)
+{
+    const ImportPatch wait("WaitForMultipleObjects", &FailOfWorker, realWaitForMany);
+    const ImportPatch ticks("GetTickCount", &StandingTick);
+    const ImportPatch pause("Sleep", &CountPauses);
+    testThread = GetCurrentThreadId();
+    tick = 5000;
+    Watched paused(0);
+    pauses = &paused;
+    Watched reports(0);
+    Worker worker(queue_, receivers_, 1000, [&] { reports.Apply([](int& n) { ++n; }); });
+    ASSERT_TRUE(reports.WaitUntil([](int n) { return n == 1; }));
+    tick = 5999;
+    Append(worker, "record");
+    ASSERT_TRUE(sink_.WaitForCount(1));
+    const int before = paused.Get();
+    EXPECT_TRUE(paused.WaitUntil([before](int n) { return n > before + 2; }));
+    EXPECT_EQ(reports.Get(), 1);
+    tick = 6000;
+    EXPECT_TRUE(reports.WaitUntil([](int n) { return n == 2; }));
+}
+
 TEST_F(WorkerTest, A_failed_wait_makes_a_report_and_costs_neither_records_nor_the_end)
 {
     const ImportPatch patch("WaitForMultipleObjects", &FailOfWorker, realWaitForMany);
     testThread = GetCurrentThreadId();
     wouldWait = 0;
-    constexpr std::uint32_t kNeverDueMs = 0xFFFFFFFF;
     Watched reports(0);
     {
-        Worker worker(queue_, receivers_, kNeverDueMs, [&] { reports.Apply([](int& n) { ++n; }); });
+        Worker worker(queue_, receivers_, 1, [&] { reports.Apply([](int& n) { ++n; }); });
         EXPECT_TRUE(reports.WaitUntil([](int n) { return n >= 3; }));
         Append(worker, "first");
         EXPECT_TRUE(sink_.WaitForCount(1));
