@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 
 namespace vqrx::cpp_utils::exception_utils::v1 {
 namespace {
@@ -14,14 +13,6 @@ constexpr DWORD kMaxErrorTextLength = 160; // MAX_ERROR_TEXT_LEN of errors.h
 // AMGetErrorTextA of errors.h, a DirectShow header that includes many others.
 using GetErrorText = DWORD WINAPI(HRESULT hr, char* buffer, DWORD size);
 
-std::string CodeAlone(HRESULT hr)
-{
-    std::array<char, sizeof "0x80070005"> buffer{};
-    static_cast<void>(std::snprintf(buffer.data(), buffer.size(), "0x%08lx",
-                                    static_cast<unsigned long>(hr) & 0xFFFFFFFFUL));
-    return buffer.data();
-}
-
 } // namespace
 
 std::string HResultText(HRESULT hr)
@@ -30,11 +21,9 @@ std::string HResultText(HRESULT hr)
     // would refuse to start a program that imports it.
     auto* const getErrorText = system_library::v1::FindFunction<GetErrorText>(
         system_library::v1::LoadSystemLibrary(L"quartz.dll"), "AMGetErrorTextA");
-    if (getErrorText == nullptr) {
-        return CodeAlone(hr);
-    }
     std::array<char, kMaxErrorTextLength> buffer{};
-    const DWORD length = getErrorText(hr, buffer.data(), kMaxErrorTextLength);
+    const DWORD length =
+        getErrorText == nullptr ? 0 : getErrorText(hr, buffer.data(), kMaxErrorTextLength);
     if (length == 0) {
         return "Invalid error code";
     }

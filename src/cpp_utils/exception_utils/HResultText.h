@@ -10,7 +10,7 @@ namespace vqrx::cpp_utils::exception_utils::v1 {
 /// none. The description may end with a blank.
 /// Two libraries define this function: hresult_text takes the description from quartz.dll in the
 /// system folder, and hresult_text_of_system, for daemonctl, from FormatMessage. On a Windows without
-/// quartz.dll the first one returns the code: "0x80070005".
+/// quartz.dll the first one has no description for any code.
 [[nodiscard]] std::string HResultText(HRESULT hr);
 
 } // namespace vqrx::cpp_utils::exception_utils::v1
