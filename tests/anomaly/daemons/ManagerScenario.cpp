@@ -59,9 +59,24 @@ bool IsAt(const char* function)
 
 } // namespace
 
+NotingSink::NotingSink(RunNotes& notes)
+    : notes_(notes)
+    , marked_(CreateEventA(nullptr, FALSE, FALSE, nullptr))
+{
+}
+
+bool NotingSink::WaitForMark() const
+{
+    return WaitForSingleObject(marked_.Get(), kStartMs) == WAIT_OBJECT_0;
+}
+
 void NotingSink::Write(int level, const log::log_perf::v2::Timestamp*, const char* text)
 {
     const OfTheTest mark;
+    if (std::string_view(text) == kMark) {
+        SetEvent(marked_.Get());
+        return;
+    }
     notes_.Saw("log, level " + std::string(1, static_cast<char>('a' + level)) + ": " + text);
 }
 
@@ -111,6 +126,17 @@ bool ManagerScenario::Make()
         notes_.Saw("not made");
     }
     return false;
+}
+
+void ManagerScenario::AwaitLog()
+{
+    {
+        const OfTheProduct mark;
+        logger_->Log(0, "%s", NotingSink::kMark);
+    }
+    notes_.Begin("the log is written");
+    // Without its thread the logger delivers nothing.
+    Expect(notes_, IsAt("_beginthreadex") || sink_.WaitForMark(), "the log is not written");
 }
 
 void ManagerScenario::SawResult(const std::string& name, HRESULT result)
@@ -197,6 +223,7 @@ void ManagerScenario::Verify()
     if (!manager_) {
         return;
     }
+    AwaitLog();
     if (left_ != nullptr) {
         Stop(*left_);
         Expect(notes_, left_ == nullptr,
@@ -207,6 +234,7 @@ void ManagerScenario::Verify()
         Stop(next);
         Expect(notes_, next.stopped == S_OK, "the next Stop fails");
     }
+    AwaitLog();
     Expect(notes_, StoredFirewallRules().empty() || notes_.HasSeen("log, level a: Firewall: "),
            "a firewall rule is left");
 }

@@ -17,14 +17,16 @@ namespace vqrx::test::anomaly {
 /// Sink that shows each record to the notes of the run.
 class NotingSink : public log::log_perf::v2::ILogSink {
 public:
-    explicit NotingSink(RunNotes& notes)
-        : notes_(notes)
-    {
-    }
+    explicit NotingSink(RunNotes& notes);
     void Write(int level, const log::log_perf::v2::Timestamp* timestamp, const char* text) override;
+
+    static constexpr const char* kMark = "all that was logged before is written";
+    /// Waits until kMark is written. @return false if that takes longer than 20 s
+    [[nodiscard]] bool WaitForMark() const;
 
 private:
     RunNotes& notes_;
+    system::win32::v1::UniqueKernelHandle marked_;
 };
 
 /// Event that a program of tests/programs signals each time it has started.
@@ -66,6 +68,9 @@ protected:
 
     /// Makes the logger and the manager. @return false if one of them could not be made
     bool Make();
+    /// Waits until the notes have all that was logged so far.
+    void AwaitLog();
+    [[nodiscard]] bool HasManager() const { return static_cast<bool>(manager_); }
     /// Asks the manager to launch the program, and waits for its start.
     /// @return false if the request failed or the program did not start
     bool Launch(Daemon& daemon);
