@@ -92,7 +92,9 @@ void Attributor::Add(Record record)
 void Attributor::NoteLoss(const AttributedRecord& added)
 {
     const std::optional<std::int64_t> number = added.record.number;
-    if (added.event.kind == EventKind::kQueueOverflow || !lastNumber_ || !number ||
+    const bool marksLoss =
+        added.event.kind == EventKind::kQueueOverflow || added.event.kind == EventKind::kLogOutage;
+    if (marksLoss || !lastNumber_ || !number ||
         static_cast<std::uint64_t>(*number) != static_cast<std::uint64_t>(*lastNumber_) + 1) {
         lost_ = true;
         complete_ = false;

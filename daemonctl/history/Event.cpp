@@ -130,6 +130,22 @@ bool ReadStillRegistered(std::string_view text, Event& event)
     return true;
 }
 
+// Reads "Log file path is written again. Messages missing in it: 3". More may follow.
+bool ReadOutage(std::string_view text, Event& event)
+{
+    constexpr std::string_view kMissing = " is written again. Messages missing in it: ";
+    const std::size_t missing = text.find(kMissing);
+    if (!text.starts_with("Log file ") || missing == std::string_view::npos) {
+        return false;
+    }
+    text.remove_prefix(missing + kMissing.size());
+    if (!TakeNumber(text, event.count)) {
+        return false;
+    }
+    event.kind = EventKind::kLogOutage;
+    return true;
+}
+
 } // namespace
 
 std::string WithoutBlank(std::string command)
@@ -163,7 +179,8 @@ Event EventOf(std::string_view text)
             return event;
         }
     }
-    if (ReadEnd(text, event) || ReadStop(text, event) || ReadStillRegistered(text, event)) {
+    if (ReadEnd(text, event) || ReadStop(text, event) || ReadStillRegistered(text, event) ||
+        ReadOutage(text, event)) {
         return event;
     }
     return {};
@@ -215,6 +232,8 @@ std::string_view NameOf(EventKind kind) noexcept
         return "supervision-error";
     case EventKind::kQueueOverflow:
         return "queue-overflow";
+    case EventKind::kLogOutage:
+        return "log-outage";
     case EventKind::kOther:
         break;
     }

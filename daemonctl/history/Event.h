@@ -37,7 +37,8 @@ enum class EventKind {
     kStillRegistered,  ///< the supervisor exits; daemons are registered, their processes run on
     kSupervisionEnded, ///< "Deamon Thread is exiting..."
     kSupervisionError, ///< "Exception occured : ...": the work on one daemon was given up
-    kQueueOverflow     ///< messages after this one are lost, until the queue was empty
+    kQueueOverflow,    ///< messages after this one are lost, until the queue was empty
+    kLogOutage         ///< messages before this one are missing: the log file could not be written
 };
 
 /// A message of the supervisor after reading.
@@ -49,7 +50,8 @@ struct Event {
                          ///< its name, no trailing blank
     std::string service; ///< kEnded: the name of the service; empty for a program
     std::string reason;  ///< kEnded: the exit code in words
-    std::uint32_t count = 0; ///< kStopped: the method, 0 to 2; kStillRegistered: number of daemons
+    std::uint32_t count = 0; ///< kStopped: the method, 0 to 2; kStillRegistered: number of daemons;
+                             ///< kLogOutage: number of messages
 
     bool operator==(const Event&) const = default;
 };

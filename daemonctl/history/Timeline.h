@@ -119,6 +119,7 @@ struct SupervisorRun {
 /// Why records are missing.
 enum class GapKind {
     kMissingNumbers, ///< the file no longer holds them
+    kLogOutage,      ///< the log file could not be written for a time
     kQueueOverflow   ///< the supervisor's queue was full, so they were never written
 };
 

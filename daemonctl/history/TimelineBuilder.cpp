@@ -108,6 +108,10 @@ void TimelineBuilder::NoteGaps(const AttributedRecord& attributed, bool newRun)
     if (std::exchange(overflowed_, attributed.event.kind == EventKind::kQueueOverflow)) {
         timeline_.gaps.push_back({timeline_.lastMs, record.timeMs, GapKind::kQueueOverflow, 0});
     }
+    if (attributed.event.kind == EventKind::kLogOutage) {
+        timeline_.gaps.push_back(
+            {timeline_.lastMs, record.timeMs, GapKind::kLogOutage, attributed.event.count});
+    }
     if (!newRun && record.number && lastNumber_ && *record.number > *lastNumber_) {
         const std::uint64_t step =
             static_cast<std::uint64_t>(*record.number) - static_cast<std::uint64_t>(*lastNumber_);

@@ -158,6 +158,7 @@ std::vector<ReportGap> Gaps(const Timeline& timeline)
         std::string text = gap.kind == GapKind::kQueueOverflow
                                ? "the supervisor could not write its log"
                                : std::to_string(gap.count) + " records are missing";
+        text += gap.kind == GapKind::kLogOutage ? ": the log file could not be written" : "";
         gaps.push_back({gap.fromMs, std::max(gap.fromMs, gap.toMs), std::move(text)});
     }
     for (std::size_t index = 1; index < timeline.runs.size(); ++index) {

@@ -111,6 +111,8 @@ TEST(Attribution, is_likely_if_records_in_between_are_missing)
     EXPECT_EQ(Attribute(texts, 1)[0].attribution, Attribution::kLikely);
     EXPECT_EQ(Attribute({texts[0], "Overflowed message queue.", texts[1]})[0].attribution,
               Attribution::kLikely);
+    const std::string outage = "Log file a.log is written again. Messages missing in it: 3";
+    EXPECT_EQ(Attribute({texts[0], outage, texts[1]})[0].attribution, Attribution::kLikely);
 }
 
 // The lines of the end and of the restart belong to two daemons: those between them are missing.

@@ -65,38 +65,48 @@ TEST(EventOf, reads_service_and_reason_of_an_end)
 
 TEST(EventOf, knows_every_message_of_the_supervisor)
 {
-    for (const auto& [text, kind] : std::initializer_list<std::pair<const char*, EventKind>>{
-             {"Detected Windows Firewall with Advanced Security", EventKind::kFirewallDetected},
-             {"Firewall: Could not connect to service manager", EventKind::kFirewallStarting},
-             {"Firewall: Could not open service (1060)", EventKind::kFirewallStarting},
-             {"Firewall: Could not query service config", EventKind::kFirewallStarting},
-             {"Firewall: Service is disabled.", EventKind::kFirewallStarting},
-             {"Firewall: Could not query service status", EventKind::kFirewallStarting},
-             {"Firewall: Current status code 2", EventKind::kFirewallStarting},
-             {"Firewall: Waiting 2 s for the service to be running.", EventKind::kFirewallStarting},
-             {"Firewall: CoCreateInstance failed: 0x80040154", EventKind::kFirewallStarting},
-             {"Firewall: get_LocalPolicy failed: 0x80004005", EventKind::kFirewallStarting},
-             {"Firewall: service is not yet started, waiting 1 s", EventKind::kFirewallStarting},
-             {"Firewall: get_CurrentProfile failed: 0x80004005", EventKind::kFirewallStarting},
-             {"Firewall: Windows Firewall with Advanced Security not available !",
-              EventKind::kFirewall},
-             {"Firewall: Failed to add rule.: 0x80070005", EventKind::kFirewall},
-             {"CoInitializeSecurity error No such interface", EventKind::kComSecurityFailed},
-             {"Connecting to WMI resource ...", EventKind::kWmiConnecting},
-             {"Connected to WMI resource", EventKind::kWmiConnected},
-             {"Init WMI errror out of memory", EventKind::kWmiFailed},
-             {"RotRegistration errror x", EventKind::kPublicationFailed},
-             {"Deamon Thread started", EventKind::kSupervisionStarted},
-             {"Exit", EventKind::kExitRequested},
-             {"3 Processes still registered", EventKind::kStillRegistered},
-             {"Deamon Thread is exiting...", EventKind::kSupervisionEnded},
-             {"Overflowed message queue.", EventKind::kQueueOverflow},
-             {"Exception occured : std::bad_alloc", EventKind::kSupervisionError},
-             {"Unknown exception occured", EventKind::kSupervisionError},
-             {"Pin output buffer full : video", EventKind::kOther}}) {
+    for (
+        const auto& [text, kind] : std::initializer_list<std::pair<const char*, EventKind>>{
+            {"Detected Windows Firewall with Advanced Security", EventKind::kFirewallDetected},
+            {"Firewall: Could not connect to service manager", EventKind::kFirewallStarting},
+            {"Firewall: Could not open service (1060)", EventKind::kFirewallStarting},
+            {"Firewall: Could not query service config", EventKind::kFirewallStarting},
+            {"Firewall: Service is disabled.", EventKind::kFirewallStarting},
+            {"Firewall: Could not query service status", EventKind::kFirewallStarting},
+            {"Firewall: Current status code 2", EventKind::kFirewallStarting},
+            {"Firewall: Waiting 2 s for the service to be running.", EventKind::kFirewallStarting},
+            {"Firewall: CoCreateInstance failed: 0x80040154", EventKind::kFirewallStarting},
+            {"Firewall: get_LocalPolicy failed: 0x80004005", EventKind::kFirewallStarting},
+            {"Firewall: service is not yet started, waiting 1 s", EventKind::kFirewallStarting},
+            {"Firewall: get_CurrentProfile failed: 0x80004005", EventKind::kFirewallStarting},
+            {"Firewall: Windows Firewall with Advanced Security not available !",
+             EventKind::kFirewall},
+            {"Firewall: Failed to add rule.: 0x80070005", EventKind::kFirewall},
+            {"CoInitializeSecurity error No such interface", EventKind::kComSecurityFailed},
+            {"Connecting to WMI resource ...", EventKind::kWmiConnecting},
+            {"Connected to WMI resource", EventKind::kWmiConnected},
+            {"Init WMI errror out of memory", EventKind::kWmiFailed},
+            {"RotRegistration errror x", EventKind::kPublicationFailed},
+            {"Deamon Thread started", EventKind::kSupervisionStarted},
+            {"Exit", EventKind::kExitRequested},
+            {"3 Processes still registered", EventKind::kStillRegistered},
+            {"Deamon Thread is exiting...", EventKind::kSupervisionEnded},
+            {"Overflowed message queue.", EventKind::kQueueOverflow},
+            {"Log file C:\\a.log is written again. Messages missing in it: 3",
+             EventKind::kLogOutage},
+            {"Log file C:\\a.log is written again. Messages missing in it: 3. The damaged file is kept "
+             "as C:\\a.log.damaged",
+             EventKind::kLogOutage},
+            {"Log file C:\\a.log cannot be written: No space left on device. Messages are lost until "
+             "it can be written again",
+             EventKind::kOther},
+            {"Exception occured : std::bad_alloc", EventKind::kSupervisionError},
+            {"Unknown exception occured", EventKind::kSupervisionError},
+            {"Pin output buffer full : video", EventKind::kOther}}) {
         EXPECT_EQ(EventOf(text).kind, kind) << text;
     }
     EXPECT_EQ(EventOf("3 Processes still registered").count, 3U);
+    EXPECT_EQ(EventOf("Log file a is written again. Messages missing in it: 12").count, 12U);
 }
 
 TEST(EventOf, returns_kOther_for_any_other_text)
@@ -104,7 +114,9 @@ TEST(EventOf, returns_kOther_for_any_other_text)
     for (const char* const text :
          {"", "Exit ", "Exiting", "Stop (x) DaemonId(1) PId(2) : a", "Stop (1", "Starting",
           "99999999999 Processes still registered", "Exception caught in nothing",
-          " Processes still registered", "Exception caught"}) {
+          " Processes still registered", "Exception caught",
+          "Log file a is written again. Messages missing in it: x",
+          "A Log file a is written again. Messages missing in it: 1"}) {
         EXPECT_EQ(EventOf(text).kind, EventKind::kOther) << text;
     }
 }

@@ -167,6 +167,19 @@ TEST(TimelineBuilder, shows_gaps_within_a_run_only)
     EXPECT_EQ(timeline.gaps[2].count, 92U);
 }
 
+TEST(TimelineBuilder, shows_an_outage_of_the_log_file_as_a_gap)
+{
+    const Timeline timeline =
+        LogOfRecords()
+            .StartUp()
+            .Add("Log file a.log is written again. Messages missing in it: 7", 0)
+            .Build();
+    ASSERT_EQ(timeline.gaps.size(), 1U);
+    EXPECT_EQ(timeline.gaps[0].kind, GapKind::kLogOutage);
+    EXPECT_EQ(timeline.gaps[0].count, 7U);
+    EXPECT_LT(timeline.gaps[0].fromMs, timeline.gaps[0].toMs);
+}
+
 TEST(TimelineBuilder, shows_failed_attaches)
 {
     const Timeline timeline =

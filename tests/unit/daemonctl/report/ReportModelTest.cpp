@@ -155,6 +155,19 @@ TEST(ReportModel, recognises_a_daemon_in_the_next_run_by_its_command)
     EXPECT_EQ(model.gaps[0].text, "no supervisor ran");
 }
 
+TEST(ReportModel, explains_a_gap_that_an_outage_of_the_log_file_left)
+{
+    const ReportModel model =
+        Log()
+            .At(100, "Start DaemonId(0) PId(10) : a.exe ", 2)
+            .At(160, "Log file a.log is written again. Messages missing in it: 7", 0)
+            .Model();
+    ASSERT_EQ(model.gaps.size(), 1U);
+    EXPECT_EQ(model.gaps[0].beginMs, 100000);
+    EXPECT_EQ(model.gaps[0].endMs, 160000);
+    EXPECT_EQ(model.gaps[0].text, "7 records are missing: the log file could not be written");
+}
+
 TEST(ReportModel, gives_two_daemons_of_one_command_a_lane_each)
 {
     const ReportModel model = Log()
