@@ -5,13 +5,13 @@
 #include "ExitCode.h"
 #include "PrintText.h"
 #include "Printable.h"
-#include "ThisMachine.h"
-#include "TimeText.h"
+#include "WaitForLog.h"
 #include "WithSupervisor.h"
 
 #include <iostream>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -37,9 +37,7 @@ bool PrintErrors(const std::string& file, const std::vector<std::string>& errors
 
 int Apply(SupervisorClient& supervisor, const ApplyArguments& arguments, const ExpectFile& fleet)
 {
-    const Timeline timeline = ReadTimeline();
-    const auto daemons = StatusOfDaemons(RunOfThisMachine(timeline), SourceOfThisMachine(), NowMs(),
-                                         ChildrenOfSupervisor());
+    const std::vector<DaemonStatus> daemons = ListDaemons();
     const FleetPlan plan = PlanFleet(fleet.programs, daemons, FleetSourceOfThisMachine());
     if (!PrintErrors(arguments.file, plan.errors)) {
         return kWrongUsage;

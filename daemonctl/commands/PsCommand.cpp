@@ -11,6 +11,7 @@
 #include "PsWatch.h"
 #include "ThisMachine.h"
 #include "TimeText.h"
+#include "Unwatched.h"
 #include "WithSupervisor.h"
 
 #include <cstdint>
@@ -96,12 +97,17 @@ void AddPsCommand(CLI::App& app, int& exitCode)
         "(RESTARTS is then ?).\n"
         "12+ means that the log still shows 12 restarts and may have lost earlier ones.");
     command->callback([&exitCode, options, watch] {
-        const std::uint32_t seconds =
-            options->watchSeconds != 0 ? options->watchSeconds : kUsualSecondsBetweenLooks;
-        exitCode = watch->count() != 0
-                       ? WatchDaemons(seconds, options->colour)
-                       : WithSupervisorAndLog(
-                             [&](daemon_manager::SupervisorClient&) { return Ps(*options); });
+        if (watch->count() != 0) {
+            const std::uint32_t seconds =
+                options->watchSeconds != 0 ? options->watchSeconds : kUsualSecondsBetweenLooks;
+            exitCode = WatchDaemons(seconds, options->colour);
+            return;
+        }
+        exitCode =
+            WithSupervisorAndLog([&](daemon_manager::SupervisorClient&) { return Ps(*options); });
+        if (exitCode == kNoSupervisor && !options->json) {
+            PrintUnwatched();
+        }
     });
 }
 

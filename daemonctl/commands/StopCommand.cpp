@@ -8,7 +8,7 @@
 #include "RestartDaemon.h"
 #include "StopDaemon.h"
 #include "ThisMachine.h"
-#include "TimeText.h"
+#include "WaitForLog.h"
 #include "WithSupervisor.h"
 
 #include <windows.h>
@@ -76,9 +76,7 @@ std::vector<DaemonStatus> Daemons(const DaemonSelection& selection)
     const bool isByIdOnly = !selection.all && std::all_of(selection.targets.begin(),
                                                           selection.targets.end(), IsDaemonId);
     try {
-        const Timeline timeline = ReadTimeline();
-        return StatusOfDaemons(RunOfThisMachine(timeline), SourceOfThisMachine(), NowMs(),
-                               ChildrenOfSupervisor());
+        return ListDaemons();
     } catch (const LogUnreadable&) {
         if (!isByIdOnly) {
             throw;

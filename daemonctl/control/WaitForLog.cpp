@@ -1,6 +1,8 @@
 #include "WaitForLog.h"
 
+#include "SupervisorProcesses.h"
 #include "ThisMachine.h"
+#include "TimeText.h"
 
 #include <windows.h>
 
@@ -9,7 +11,42 @@ namespace {
 
 constexpr DWORD kReadAgainMs = 100;
 
+// Windows and the supervisor read the time of a start from clocks of different resolution.
+constexpr std::int64_t kStartGrainMs = 1000;
+
+// Returns when the process of the running supervisor was created; 0 if this user may not examine it.
+std::int64_t SupervisorCreatedMs()
+{
+    const std::vector<ProcessFacts> running = SupervisorProcesses().Running();
+    return running.empty() ? 0 : running.back().createdMs;
+}
+
 } // namespace
+
+Timeline ReadTimelineOfRunning()
+{
+    const std::int64_t createdMs = SupervisorCreatedMs();
+    const ULONGLONG start = GetTickCount64();
+    for (;;) {
+        Timeline timeline = ReadTimeline();
+        const SupervisorRun* const run = RunThatGoesOn(timeline);
+        if (run != nullptr && run->startedMs.value_or(run->firstMs) + kStartGrainMs >= createdMs) {
+            return timeline;
+        }
+        if (GetTickCount64() - start > kLogPatienceMs) {
+            throw LogUnreadable("the log does not show the supervisor that is running; see "
+                                "daemonctl doctor");
+        }
+        Sleep(kReadAgainMs);
+    }
+}
+
+std::vector<DaemonStatus> ListDaemons()
+{
+    const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
+    const Timeline timeline = ReadTimelineOfRunning();
+    return StatusOfDaemons(RunOfThisMachine(timeline), SourceOfThisMachine(), NowMs(), children);
+}
 
 bool WaitForLog(const std::function<bool(const SupervisorRun& run)>& isShown)
 {

@@ -13,6 +13,12 @@
 
 namespace vqrx::client::v0 {
 
+/// A running process and its arguments.
+struct RunningProgram {
+    ProcessFacts facts;
+    std::vector<std::string> arguments; ///< UTF-8, without the name of the program
+};
+
 /// The questions about this machine's processes, as functions that a test can replace. All texts
 /// are UTF-8.
 struct ProcessSource {

@@ -38,12 +38,6 @@ struct FleetPlan {
     std::vector<std::string> warnings; ///< "line 3: ..."; the program file does not exist
 };
 
-/// A running process and its arguments.
-struct RunningProgram {
-    ProcessFacts facts;
-    std::vector<std::string> arguments; ///< UTF-8, without the name of the program
-};
-
 /// The questions about this machine that PlanFleet() asks, as functions that a test can replace.
 /// All texts are UTF-8.
 struct FleetSource {

@@ -13,6 +13,7 @@ struct LeftProcess {
     const DaemonHistory* daemon = nullptr;
     LoggedProcess logged;
     bool byLastRun = false;
+    std::optional<std::int64_t> supervisorSinceMs; // nothing: the log does not show its start
 };
 
 using LeftProcesses = std::map<std::uint32_t, LeftProcess>; // by process id
@@ -27,7 +28,7 @@ void AddRun(LeftProcesses& left, const SupervisorRun& run, const ProcessSource& 
         }
         const auto logged = daemon.IsRegistered() ? LastProcessOf(daemon, source) : std::nullopt;
         if (logged) {
-            left[logged->processId] = {&daemon, *logged, isLast};
+            left[logged->processId] = {&daemon, *logged, isLast, run.startedMs};
         }
     }
 }
@@ -82,6 +83,9 @@ public:
         if (WasLetGo(left.logged.processId) || (fit != ProcessFit::same && !left.byLastRun)) {
             return;
         }
+        if (fit == ProcessFit::same && !left.logged.attached) {
+            started_.push_back({facts, left.supervisorSinceMs.value_or(facts.createdMs)});
+        }
         FormerDaemon former = Describe(*left.daemon);
         former.processId = left.logged.processId;
         candidates_.push_back({std::move(former), fit, facts});
@@ -124,8 +128,21 @@ public:
         daemon.command = command;
         FormerDaemon former = Describe(daemon);
         former.id = std::nullopt;
+        former.plan = FormerDaemon::Plan::neverRan;
         former.note = "its supervisor could never start it";
         candidates_.push_back({std::move(former), ProcessFit::gone, {}});
+    }
+
+    // Adds the processes that former supervisors have started and that the log does not name.
+    void AddUnnamed(const Timeline& timeline, const ProcessFamily& family)
+    {
+        for (const RunningProgram& child :
+             FindFormerChildren(started_, timeline, current_, source_.facts, family)) {
+            FormerDaemon former;
+            former.processId = child.facts.processId;
+            former.command = CommandOf(child);
+            candidates_.push_back({std::move(former), ProcessFit::same, child.facts});
+        }
     }
 
     std::vector<FormerDaemon> Plan()
@@ -215,6 +232,7 @@ private:
     const SupervisorRun& current_;
     const ProcessSource& source_;
     std::vector<Candidate> candidates_;
+    std::vector<StartedProcess> started_;
     std::set<std::uint32_t> taken_; // ids in the current run that are matched with a candidate
 };
 
@@ -235,7 +253,7 @@ const SupervisorRun* LastFormerRun(const Timeline& timeline, const SupervisorRun
 
 std::vector<FormerDaemon> PlanReattachment(const Timeline& timeline, const SupervisorRun& current,
                                            const std::vector<ListedProcess>& listed,
-                                           const ProcessSource& source)
+                                           const ProcessSource& source, const ProcessFamily& family)
 {
     Planner planner(current, source);
     const SupervisorRun* const last = LastFormerRun(timeline, current);
@@ -252,6 +270,9 @@ std::vector<FormerDaemon> PlanReattachment(const Timeline& timeline, const Super
     }
     for (const auto& [processId, process] : left) {
         planner.AddFromLog(process);
+    }
+    if (family.parentOf && family.childrenOf) {
+        planner.AddUnnamed(timeline, family);
     }
     if (last != nullptr) {
         for (const auto& [id, daemon] : last->daemons) {

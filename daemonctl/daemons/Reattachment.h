@@ -2,6 +2,7 @@
 
 #include "DaemonListing.h"
 #include "DaemonStatus.h"
+#include "FormerChildren.h"
 
 #include <cstdint>
 #include <optional>
@@ -14,9 +15,10 @@ namespace vqrx::client::v0 {
 struct FormerDaemon {
     /// How the running supervisor gets the daemon.
     enum class Plan {
-        attach,  ///< the process still runs, and no supervisor supervises it: attach it
-        already, ///< the running supervisor supervises it already
-        lost     ///< it cannot be attached; note says why
+        attach,   ///< the process still runs, and no supervisor supervises it: attach it
+        already,  ///< the running supervisor supervises it already
+        neverRan, ///< it never had a process, so there is nothing to attach; note says so
+        lost      ///< it cannot be attached; note says why
     };
     Plan plan = Plan::lost;
     std::optional<std::uint32_t> id; ///< in the former supervisor; nothing: not known
@@ -27,7 +29,7 @@ struct FormerDaemon {
     std::string image;          ///< attach: full path of the program, from Windows
     std::string command;        ///< path and arguments, without the blank at the end
     bool service = false;       ///< the daemon is a Windows service
-    std::string note;           ///< lost: the reason, for people
+    std::string note;           ///< neverRan, lost: the reason, for people
 };
 
 /// Plans what to attach to the running supervisor after an upgrade.
@@ -36,15 +38,18 @@ struct FormerDaemon {
 /// of earlier supervisors whose processes still run: a supervisor may have ended before anything
 /// was attached to it. It leaves out daemons that a client stopped or detached. Of each process the
 /// function checks that it is still the same one, not a later process with its id. Asks only
-/// `source` about the machine.
+/// `source` and `family` about the machine.
 /// @param current  the run of the running supervisor; a reference into `timeline`
 /// @param listed   processes from a listing made before the former supervisor ended; they are
 ///                 planned even if the log does not show them, and count more than the log
+/// @param family   finds the processes of former supervisors that the log does not name; see
+///                 FindFormerChildren(). Without its functions there are none
 /// @return one plan for each daemon, in the order of the former ids; those without an id come last
 [[nodiscard]] std::vector<FormerDaemon> PlanReattachment(const Timeline& timeline,
                                                          const SupervisorRun& current,
                                                          const std::vector<ListedProcess>& listed,
-                                                         const ProcessSource& source);
+                                                         const ProcessSource& source,
+                                                         const ProcessFamily& family = {});
 
 /// Finds out whether a process is still the one that the plan was made for. Pure.
 /// @param former  a daemon with the plan `attach`

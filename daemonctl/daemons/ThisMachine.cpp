@@ -10,14 +10,6 @@
 #include <utility>
 
 namespace vqrx::client::v0 {
-namespace {
-
-bool IsConsoleHost(const std::string& image)
-{
-    return image.ends_with("\\conhost.exe");
-}
-
-} // namespace
 
 Timeline ReadTimeline()
 {
@@ -52,12 +44,10 @@ std::vector<ProcessFacts> ChildrenOfSupervisor()
     }
     const std::uint32_t supervisor = supervisors.front().processId;
     const std::int64_t supervisorCreatedMs = ReadProcessFacts(supervisor).createdMs;
-    for (const std::uint32_t processId : ChildrenOfProcess(supervisor)) {
-        ProcessFacts facts = ReadProcessFacts(processId);
+    for (ProcessFacts& facts : RunningChildren(supervisor)) {
         // Windows gives out process ids again. If a process is older than the supervisor, its
         // parent was an earlier process with the supervisor's id.
-        if (facts.state == ProcessFacts::State::running && facts.createdMs >= supervisorCreatedMs &&
-            !IsConsoleHost(facts.image)) {
+        if (facts.createdMs >= supervisorCreatedMs) {
             children.push_back(std::move(facts));
         }
     }

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <functional>
 #include <set>
+#include <utility>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -19,6 +20,11 @@ namespace {
 using cpp_utils::system_library::v1::FindFunction;
 using cpp_utils::system_library::v1::LoadSystemLibrary;
 using system::win32::v1::UniqueKernelHandle;
+
+bool IsConsoleHost(const std::string& image)
+{
+    return image.ends_with("\\conhost.exe");
+}
 
 void ForEachProcess(const std::function<void(const PROCESSENTRY32W& entry)>& visit)
 {
@@ -97,6 +103,29 @@ std::vector<std::uint32_t> ChildrenOfProcess(std::uint32_t processId)
             children.push_back(entry.th32ProcessID);
         }
     });
+    return children;
+}
+
+std::optional<std::uint32_t> ParentOfProcess(std::uint32_t processId)
+{
+    std::optional<std::uint32_t> parent;
+    ForEachProcess([&](const PROCESSENTRY32W& entry) {
+        if (entry.th32ProcessID == processId) {
+            parent = entry.th32ParentProcessID;
+        }
+    });
+    return parent;
+}
+
+std::vector<ProcessFacts> RunningChildren(std::uint32_t parentId)
+{
+    std::vector<ProcessFacts> children;
+    for (const std::uint32_t processId : ChildrenOfProcess(parentId)) {
+        ProcessFacts facts = ReadProcessFacts(processId);
+        if (facts.state == ProcessFacts::State::running && !IsConsoleHost(facts.image)) {
+            children.push_back(std::move(facts));
+        }
+    }
     return children;
 }
 

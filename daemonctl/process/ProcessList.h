@@ -1,6 +1,9 @@
 #pragma once
 
+#include "ProcessFacts.h"
+
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -35,6 +38,15 @@ struct ImageFacts {
 /// process that is older than this parent was started by an earlier process with the same id.
 /// @throws ProcessListUnreadable; std::bad_alloc
 [[nodiscard]] std::vector<std::uint32_t> ChildrenOfProcess(std::uint32_t processId);
+
+/// Returns the id of the process that has started a process, which may have ended since.
+/// @return nothing if no process has this id
+[[nodiscard]] std::optional<std::uint32_t> ParentOfProcess(std::uint32_t processId);
+
+/// Returns the running processes whose parent has the given id, except console hosts and processes that
+/// this user may not open; see ChildrenOfProcess().
+/// @throws as ReadProcessFacts()
+[[nodiscard]] std::vector<ProcessFacts> RunningChildren(std::uint32_t parentId);
 
 /// Returns the ids of the processes that run a program file of this name, and whose parent has ended.
 /// @param fileName  without folder; letter case is ignored

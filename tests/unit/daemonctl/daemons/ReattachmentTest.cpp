@@ -1,7 +1,6 @@
 #include "Reattachment.h"
 
-#include "FakeLog.h"
-#include "FakeMachine.h"
+#include "ReattachmentFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -12,50 +11,6 @@ namespace vqrx::test {
 namespace {
 
 using namespace client::v0;
-using Plan = FormerDaemon::Plan;
-
-class Reattachment : public ::testing::Test {
-protected:
-    // Adds a process and the record of its start.
-    void Start(std::uint32_t id, std::uint32_t process, const std::string& argument)
-    {
-        machine_.Run(process, R"(C:\FW\App\a.exe)", log_.NowMs());
-        log_.Add(2, Line("Start", id, process, argument));
-    }
-    void Attach(std::uint32_t id, std::uint32_t process, const std::string& argument)
-    {
-        log_.Add(2, Line("Attach", id, process, argument));
-    }
-    static std::string Line(const std::string& what, std::uint32_t id, std::uint32_t process,
-                            const std::string& argument)
-    {
-        return what + " DaemonId(" + std::to_string(id) + ") PId(" + std::to_string(process) +
-               R"() : C:\FW\App\a.exe )" + argument + " ";
-    }
-
-    // Returns the plan as lines: "0/12 attach" or "0/12 already 3" or "0/12 lost: reason", with the
-    // former daemon id and the process id in front.
-    std::vector<std::string> PlanNow(const std::vector<ListedProcess>& listed = {})
-    {
-        const Timeline timeline = log_.Timeline();
-        const SupervisorRun* const current = RunThatGoesOn(timeline);
-        std::vector<std::string> lines;
-        for (const FormerDaemon& former :
-             PlanReattachment(timeline, *current, listed, machine_.Source())) {
-            std::string line = (former.id ? std::to_string(*former.id) : "-") + "/" +
-                               (former.processId ? std::to_string(*former.processId) : "-");
-            line += former.plan == Plan::attach    ? " attach"
-                    : former.plan == Plan::already ? " already " + std::to_string(*former.newId)
-                                                   : " lost: " + former.note;
-            lines.push_back(line);
-        }
-        return lines;
-    }
-
-    using Lines = std::vector<std::string>;
-    FakeLog log_;
-    FakeMachine machine_;
-};
 
 TEST_F(Reattachment, Processes_that_ran_when_the_former_supervisor_ended_are_attached)
 {
@@ -244,7 +199,7 @@ TEST_F(Reattachment, Plan_fits_only_the_process_that_it_was_made_for)
     const Timeline timeline = log_.Timeline();
     const auto plan = PlanReattachment(timeline, timeline.runs[1], {}, machine_.Source());
     ASSERT_EQ(plan.size(), 1U);
-    ASSERT_EQ(plan[0].plan, Plan::attach);
+    ASSERT_EQ(plan[0].plan, FormerDaemon::Plan::attach);
     const ProcessFacts planned = machine_.processes[12];
     EXPECT_EQ(FitPlan(plan[0], planned), ProcessFit::same);
     ProcessFacts now = planned;
@@ -257,29 +212,6 @@ TEST_F(Reattachment, Plan_fits_only_the_process_that_it_was_made_for)
     EXPECT_EQ(FitPlan(plan[0], now), ProcessFit::gone);
     now.state = ProcessFacts::State::hidden;
     EXPECT_EQ(FitPlan(plan[0], now), ProcessFit::hidden);
-}
-
-TEST_F(Reattachment, Command_that_could_never_be_started_is_lost)
-{
-    log_.Begin();
-    Start(0, 12, "x");
-    log_.Add(1, R"(Unable to start C:\stopped.exe )"); // the stop leaves no record
-    for (int second = 0; second < 16; ++second) {
-        log_.Add(2, "something else");
-    }
-    log_.Add(1, R"(Unable to start C:\no.exe )").End().Begin();
-    EXPECT_EQ(PlanNow(), (Lines{"0/12 attach", "-/- lost: its supervisor could never start it"}));
-    Attach(0, 12, "x");
-    log_.Add(1, R"(Unable to start C:\no.exe )"); // a client launched it again
-    EXPECT_EQ(PlanNow(), Lines{"0/12 already 0"});
-}
-
-TEST_F(Reattachment, Command_that_could_never_be_started_and_runs_now_is_not_lost)
-{
-    log_.Begin().Add(1, R"(Unable to start C:\FW\App\a.exe x )").End().Begin();
-    EXPECT_EQ(PlanNow(), Lines{"-/- lost: its supervisor could never start it"});
-    Start(3, 15, "x");
-    EXPECT_EQ(PlanNow(), Lines{"-/- already 3"});
 }
 
 TEST_F(Reattachment, Plan_of_the_first_supervisor_is_empty)

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "ExpectFile.h"
+#include "Reattachment.h"
+#include "Reporter.h"
+#include "daemon_manager/SupervisorClient.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+
+/// How HandOver() finds the daemons of the former supervisors, and what it does with them.
+struct HandOverOptions {
+    std::vector<ListedProcess> listed; ///< see PlanReattachment()
+    /// Lines of a fleet file: a line that names a service gives its arguments for a restart, which
+    /// the log does not show.
+    std::vector<ExpectedProgram> fleet;
+    std::vector<FormerSupervisor> formerSupervisors; ///< those that the caller knows
+    bool dryRun = false;                             ///< report what would be done, and do nothing
+};
+
+/// What HandOver() did, in numbers of daemons. In a dry run: what it would do.
+struct HandOverCount {
+    std::size_t attached = 0;
+    std::size_t already = 0;  ///< the running supervisor supervises them already
+    std::size_t neverRan = 0; ///< they never had a process
+    std::size_t lost = 0;     ///< they could not be attached
+};
+
+/// Attaches the daemons of former supervisors to the running one, which must be the only supervisor
+/// that runs. Ends and starts no process. Reports one line for each daemon. A daemon that cannot be
+/// attached does not keep the function from the others.
+/// @throws SupervisorError if the supervisor has ended; LogUnreadable; std::bad_alloc
+[[nodiscard]] HandOverCount HandOver(daemon_manager::SupervisorClient& supervisor,
+                                     const HandOverOptions& options, const Reporter& reporter);
+
+/// Reports what runs on from former supervisors while no supervisor runs.
+/// @return what the next supervisor would get
+/// @throws LogUnreadable; std::bad_alloc
+[[nodiscard]] HandOverCount ReportUnwatched(const Reporter& reporter);
+
+/// Sums a count up for people: "2 attached, 1 already, 0 not". Pure.
+[[nodiscard]] std::string DescribeCount(const HandOverCount& count, bool dryRun);
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "DaemonStatus.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+
+/// A supervisor that has ended.
+struct FormerSupervisor {
+    std::uint32_t processId = 0;
+    std::int64_t createdMs = 0; ///< when Windows created it, milliseconds since 1970, UTC
+};
+
+/// The questions about parents and children among the processes of this machine, as functions that a
+/// test can replace; and what the caller knows about former supervisors.
+struct ProcessFamily {
+    /// Returns the id of the process that has started a process; nothing if no process has this id.
+    std::function<std::optional<std::uint32_t>(std::uint32_t processId)> parentOf;
+    /// Returns the running processes that a process with this id has started, except console hosts.
+    std::function<std::vector<RunningProgram>(std::uint32_t parentId)> childrenOf;
+    std::vector<FormerSupervisor> supervisors; ///< may be empty
+};
+
+/// A process that a former supervisor has started, as the log shows.
+struct StartedProcess {
+    ProcessFacts facts;
+    std::int64_t sinceMs = 0; ///< when the supervisor ran already, milliseconds since 1970, UTC
+};
+
+/// Finds the processes that former supervisors have started and that the log does not name. A
+/// supervisor that is killed may have started a process without a record in the log, and the ring may
+/// have overwritten the record of an old start.
+///
+/// Such a process has the parent of the other daemons, and this parent runs no more. Windows gives
+/// ids again, so a process counts only if it was created while the former supervisor ran.
+/// Asks only `facts` and `family` about the machine.
+/// @param started   daemons' processes that still run; an attached one is none of them
+/// @param timeline  of the log
+/// @param current   the run of the running supervisor
+[[nodiscard]] std::vector<RunningProgram>
+FindFormerChildren(const std::vector<StartedProcess>& started, const Timeline& timeline,
+                   const SupervisorRun& current,
+                   const std::function<ProcessFacts(std::uint32_t processId)>& facts,
+                   const ProcessFamily& family);
+
+/// Writes the path and the arguments of a process, with a blank between them, as a command. Pure.
+[[nodiscard]] std::string CommandOf(const RunningProgram& program);
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,146 @@
+// What daemonctl reattach and ps do after the supervisor was killed: daemons without a record in the
+// log, programs that never ran, services, and no supervisor at all.
+#include "ChildProcess.h"
+#include "Daemonctl.h"
+#include "PrefixClass.h"
+#include "SupervisorProcess.h"
+#include "TestService.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+
+namespace vqrx::test {
+namespace {
+
+class HandOver : public ::testing::Test {
+protected:
+    // Launches the worker with an argument. Returns the id of its process.
+    DWORD Launch(const std::string& argument)
+    {
+        const auto answer =
+            former_.Client().Launch(std::wstring(worker_.begin(), worker_.end()),
+                                    {std::wstring(argument.begin(), argument.end())});
+        const DWORD process = former_.WaitForStart(answer.daemonId);
+        reaper_.Note(process);
+        return process;
+    }
+
+    void KillSupervisor()
+    {
+        former_.Process().Kill();
+        ASSERT_TRUE(former_.Process().Wait());
+    }
+
+    void StartNew()
+    {
+        successor_ = std::make_unique<SupervisorProcess>(
+            [this](FirmwareRegistry& registry, const std::string&) {
+                registry.SetPathname(FirmwareRegistry::current, former_.Root() + "\\App\\bin");
+            });
+    }
+
+    // Makes a record of the log unknown, as if the ring had overwritten it.
+    void Overwrite(const std::string& record)
+    {
+        std::fstream log(former_.LogFile(), std::ios::in | std::ios::out | std::ios::binary);
+        const std::string text((std::istreambuf_iterator<char>(log)),
+                               std::istreambuf_iterator<char>());
+        const std::size_t place = text.find(record);
+        ASSERT_NE(place, std::string::npos);
+        log.clear();
+        log.seekp(static_cast<std::streamoff>(place));
+        log << "Other";
+    }
+
+    // Returns "process 12 (C:\...\no_windows.exe 1): ".
+    std::string Name(DWORD process, const std::string& argument) const
+    {
+        return "process " + std::to_string(process) + " (" + worker_ + " " + argument + "): ";
+    }
+
+    const PrefixStandIns standIns_{PrefixStandIns::Wmi::standIn};
+    const std::string worker_ = TestProgram("no_windows");
+    SupervisorProcess former_;
+    std::unique_ptr<SupervisorProcess> successor_;
+    ProcessReaper reaper_;
+};
+
+TEST_F(HandOver, Daemon_whose_start_the_log_does_not_show_is_found_by_its_parent)
+{
+    const DWORD unnamed = Launch("1");
+    const DWORD named = Launch("2");
+    Overwrite("Start DaemonId(0)");
+    KillSupervisor();
+    StartNew();
+    EXPECT_EQ(
+        Daemonctl("reattach"),
+        (Answer{0,
+                "daemon 1, " + Name(named, "2") + "attached as daemon 0\na former daemon, " +
+                    Name(unnamed, "1") + "attached as daemon 1\n2 attached, 0 already, 0 not\n",
+                ""}));
+    EXPECT_EQ(Daemonctl("reattach").exitCode, 1U);
+}
+
+TEST_F(HandOver, Program_that_never_ran_gets_a_line_and_is_no_failure)
+{
+    EXPECT_EQ(Daemonctl("launch C:\\no\\such.exe").exitCode, 0U);
+    ASSERT_TRUE(former_.WaitForLog(1, "Unable to start C:\\no\\such.exe "));
+    const DWORD process = Launch("1");
+    EXPECT_EQ(Daemonctl("exit").exitCode, 0U);
+    StartNew();
+    const std::string neverRan =
+        "a former daemon (C:\\no\\such.exe): its supervisor could never start it\n";
+    EXPECT_EQ(Daemonctl("reattach"),
+              (Answer{0,
+                      "daemon 1, " + Name(process, "1") + "attached as daemon 0\n" + neverRan +
+                          "1 attached, 0 already, 0 not\n",
+                      ""}));
+    EXPECT_EQ(Daemonctl("reattach").exitCode, 1U);
+}
+
+TEST_F(HandOver, Without_a_supervisor_ps_and_reattach_dry_run_show_what_runs_unwatched)
+{
+    const DWORD process = Launch("1");
+    const DWORD ended = Launch("2");
+    KillSupervisor();
+    KillProcess(ended);
+    const Answer expected{
+        3, "daemon 0, " + Name(process, "1") + "runs unwatched\n",
+        "daemonctl: no supervisor is running on this machine\n"
+        "  Start DaemonManager.exe as this user or as administrator.\n"
+        "daemonctl: nobody starts these programs again. After a new supervisor has started: "
+        "daemonctl reattach\n"};
+    EXPECT_EQ(Daemonctl("ps"), expected);
+    EXPECT_EQ(Daemonctl("reattach --dry-run"), expected);
+    EXPECT_EQ(Daemonctl("ps --json").output, "");
+}
+
+TEST_F(HandOver, Arguments_of_a_service_come_from_the_fleet_file)
+{
+    TestService service("DmHandOverService");
+    service.Start();
+    const std::string process = std::to_string(service.ProcessId());
+    EXPECT_EQ(Daemonctl("attach " + process + " -x").exitCode, 0U);
+    KillSupervisor();
+    StartNew();
+    const std::string fleet = former_.Root() + "\\fleet.txt";
+    std::ofstream(fleet) << "DMHANDOVERSERVICE one \"two words\"\n";
+    EXPECT_EQ(Daemonctl("reattach --fleet " + fleet),
+              (Answer{0,
+                      "daemon 0, process " + process +
+                          " (DmHandOverService): attached as daemon 0\n"
+                          "1 attached, 0 already, 0 not\n",
+                      ""}));
+    std::ofstream(fleet) << "\"x\n";
+    EXPECT_EQ(Daemonctl("reattach --fleet " + fleet),
+              (Answer{2, "", "daemonctl: " + fleet + ", line 1: a double quote is not closed\n"}));
+}
+
+} // namespace
+} // namespace vqrx::test
