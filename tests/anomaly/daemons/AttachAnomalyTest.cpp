@@ -94,8 +94,7 @@ private:
 DWORD ServiceProcess()
 {
     const UniqueServiceHandle manager(OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS));
-    const UniqueServiceHandle service(
-        OpenServiceA(manager.Get(), "MpsSvc", SERVICE_QUERY_STATUS));
+    const UniqueServiceHandle service(OpenServiceA(manager.Get(), "MpsSvc", SERVICE_QUERY_STATUS));
     SERVICE_STATUS_PROCESS status{};
     DWORD needed = 0;
     QueryServiceStatusEx(service.Get(), SC_STATUS_PROCESS_INFO, reinterpret_cast<BYTE*>(&status),
@@ -112,9 +111,8 @@ TEST(AttachAnomaly, Attach_of_a_program_detach_and_stop_survive_the_failure_of_e
 
 TEST(AttachAnomaly, Attach_of_a_service_detach_and_stop_survive_the_failure_of_each_call)
 {
-    ExpectThatEachCallMayFail([](RunNotes& notes) {
-        return std::make_unique<AttachedDaemon>(notes, ServiceProcess());
-    });
+    ExpectThatEachCallMayFail(
+        [](RunNotes& notes) { return std::make_unique<AttachedDaemon>(notes, ServiceProcess()); });
 }
 
 } // namespace
