@@ -46,7 +46,7 @@ int Run()
     AddApplyCommand(app, exitCode);
     AddReattachCommand(app, exitCode);
     AddRestartCommand(app, exitCode);
-    AddReportCommand(app, exitCode, DefaultLogPath, IsSupervisorThere);
+    AddReportCommand(app, exitCode, DefaultLogPath, StateOfSupervisor);
     AddMetricsCommand(app, exitCode);
     AddDoctorCommand(app, exitCode);
     AddCompletionCommand(app, exitCode);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ReportModel.h"
+
 #include <CLI/CLI.hpp>
 
 #include <functional>
@@ -15,8 +17,8 @@ namespace vqrx::client::v0 {
 /// be found.
 using LogPath = std::function<std::string()>;
 
-/// Returns whether the supervisor of this machine answers.
-using SupervisorAnswers = std::function<bool()>;
+/// Returns whether the supervisor of this machine runs.
+using SupervisorNow = std::function<SupervisorState()>;
 
 /// Adds launch, attach and detach.
 /// @param daemonArguments  the arguments that launch and attach pass on to the daemon; app does not
@@ -59,10 +61,10 @@ void AddMetricsCommand(CLI::App& app, int& exitCode);
 void AddLogCommand(CLI::App& app, int& exitCode, const LogPath& path);
 
 /// Adds report, which writes a page about the history of the daemons.
-/// @param path     empty: the operator must name the log file
-/// @param answers  asked if the page is about this machine's log; empty: nobody is asked
+/// @param path        empty: the operator must name the log file
+/// @param supervisor  asked if the page is about this machine's log; empty: nobody is asked
 void AddReportCommand(CLI::App& app, int& exitCode, const LogPath& path,
-                      const SupervisorAnswers& answers = {});
+                      const SupervisorNow& supervisor = {});
 
 /// Adds completion. Its scripts complete the commands that app has when the command runs.
 void AddCompletionCommand(CLI::App& app, int& exitCode);

@@ -37,20 +37,20 @@ struct MadeReport {
     ScanSummary summary;
 };
 
-ReportMoment MomentOf(const ReportArguments& arguments, const SupervisorAnswers& answers)
+ReportMoment MomentOf(const ReportArguments& arguments, const SupervisorNow& supervisor)
 {
     ReportMoment moment;
     moment.nowMs = NowMs();
-    if (answers && arguments.file.empty()) {
-        moment.supervisor = answers() ? SupervisorState::running : SupervisorState::notRunning;
+    if (supervisor && arguments.file.empty()) {
+        moment.supervisor = supervisor();
     }
     return moment;
 }
 
-void MakeReport(const ReportArguments& arguments, const SupervisorAnswers& answers,
+void MakeReport(const ReportArguments& arguments, const SupervisorNow& supervisor,
                 MadeReport& report)
 {
-    const ReportMoment moment = MomentOf(arguments, answers);
+    const ReportMoment moment = MomentOf(arguments, supervisor);
     TimelineBuilder timeline;
     std::optional<int> offset;
     report.summary = ReadLogFile(report.path, arguments.encoding, [&](Record record) {
@@ -84,13 +84,13 @@ bool WriteOutput(const ReportArguments& arguments, const std::string& path,
 
 // Writes the page once. @return the exit code
 int Report(const ReportArguments& arguments, const LogPath& defaultPath,
-           const SupervisorAnswers& answers)
+           const SupervisorNow& supervisor)
 {
     MadeReport report;
     // An exception of WriteOutput below is no failure to read the log, and passes.
     const int read = WithLogFile(arguments, defaultPath, [&](const std::string& file) {
         report.path = file;
-        MakeReport(arguments, answers, report);
+        MakeReport(arguments, supervisor, report);
         return static_cast<int>(kDone);
     });
     if (read != kDone) {
@@ -107,21 +107,21 @@ int Report(const ReportArguments& arguments, const LogPath& defaultPath,
 // Writes the page again and again, until the program is ended. A failure is printed and ends nothing:
 // the log may be locked, or the disk full, for a moment only.
 int ReportAgainAndAgain(const ReportArguments& arguments, const LogPath& defaultPath,
-                        const SupervisorAnswers& answers)
+                        const SupervisorNow& supervisor)
 {
     for (;;) {
-        static_cast<void>(Report(arguments, defaultPath, answers));
+        static_cast<void>(Report(arguments, defaultPath, supervisor));
         std::this_thread::sleep_for(std::chrono::seconds(arguments.everySeconds));
     }
 }
 
 int RunReport(const ReportArguments& arguments, const LogPath& defaultPath,
-              const SupervisorAnswers& answers)
+              const SupervisorNow& supervisor)
 {
     if (arguments.everySeconds != 0) {
-        return ReportAgainAndAgain(arguments, defaultPath, answers);
+        return ReportAgainAndAgain(arguments, defaultPath, supervisor);
     }
-    const int exitCode = Report(arguments, defaultPath, answers);
+    const int exitCode = Report(arguments, defaultPath, supervisor);
     if (arguments.output != "-" && (exitCode == kDone || exitCode == kLogUnreadable)) {
         std::cout << arguments.output << std::endl;
     }
@@ -131,7 +131,7 @@ int RunReport(const ReportArguments& arguments, const LogPath& defaultPath,
 } // namespace
 
 void AddReportCommand(CLI::App& app, int& exitCode, const LogPath& path,
-                      const SupervisorAnswers& answers)
+                      const SupervisorNow& supervisor)
 {
     const auto arguments = std::make_shared<ReportArguments>();
     CLI::App* const command = app.add_subcommand(
@@ -165,8 +165,9 @@ void AddReportCommand(CLI::App& app, int& exitCode, const LogPath& path,
         "covers the records that the log still holds.\n"
         "Exit code 4: the page cannot be written; 5: the log, or some lines of it, cannot\n"
         "be read.");
-    command->callback(
-        [&exitCode, arguments, path, answers] { exitCode = RunReport(*arguments, path, answers); });
+    command->callback([&exitCode, arguments, path, supervisor] {
+        exitCode = RunReport(*arguments, path, supervisor);
+    });
 }
 
 } // namespace vqrx::client::v0

@@ -3,6 +3,7 @@
 #include "DaemonListing.h"
 #include "ExitCode.h"
 #include "Printable.h"
+#include "ProcessList.h"
 #include "ShutdownProgress.h"
 #include "SupervisorProcesses.h"
 #include "ThisMachine.h"
@@ -20,13 +21,29 @@ namespace {
 // A supervisor that starts up or ends is a process that no client can call.
 std::string WhyNoSupervisorAnswers()
 {
-    const std::vector<ProcessFacts> processes = SupervisorProcesses().Running();
+    std::vector<ProcessFacts> processes;
+    try {
+        processes = SupervisorProcesses().Running();
+    } catch (const ProcessListUnreadable&) { // then nobody knows whether one runs
+        return {};
+    }
     if (processes.empty()) {
         return "\n  Start DaemonManager.exe as this user or as administrator.";
     }
     return "\n  But " + NamesOf(processes) +
            " runs: it waits for the firewall service at its start, it is about to end, or it runs "
            "in another session.\n  See: daemonctl log --tail 5; daemonctl doctor";
+}
+
+// The state of a supervisor that has published no object.
+SupervisorState StateWithoutObject()
+{
+    try {
+        return SupervisorProcesses().Running().empty() ? SupervisorState::notRunning
+                                                       : SupervisorState::unknown;
+    } catch (const std::exception&) { // the list of processes cannot be read
+        return SupervisorState::unknown;
+    }
 }
 
 } // namespace
@@ -80,12 +97,19 @@ void PrintNotes(const std::vector<DaemonStatus>& daemons, const SupervisorRun& r
 
 bool IsSupervisorThere()
 {
+    return StateOfSupervisor() == SupervisorState::running;
+}
+
+SupervisorState StateOfSupervisor()
+{
     try {
         const system::com::v1::ComApartment apartment;
         const daemon_manager::SupervisorClient supervisor;
-        return true;
-    } catch (const std::exception&) {
-        return false;
+        return SupervisorState::running;
+    } catch (const daemon_manager::SupervisorNotRunning&) {
+        return StateWithoutObject();
+    } catch (const std::exception&) { // a supervisor may run that this user cannot call
+        return SupervisorState::unknown;
     }
 }
 

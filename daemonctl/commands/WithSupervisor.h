@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DaemonStatus.h"
+#include "ReportModel.h"
 #include "daemon_manager/SupervisorClient.h"
 
 #include <functional>
@@ -24,5 +25,10 @@ void PrintNotes(const std::vector<DaemonStatus>& daemons, const SupervisorRun& r
 
 /// Returns whether the supervisor of this machine is published and can be called.
 [[nodiscard]] bool IsSupervisorThere();
+
+/// Finds out whether the supervisor of this machine runs.
+/// @return notRunning only if none is published and no process runs a file named DaemonManager.exe;
+/// unknown if a supervisor may run, but does not answer this user or is not to be trusted
+[[nodiscard]] SupervisorState StateOfSupervisor();
 
 } // namespace vqrx::client::v0

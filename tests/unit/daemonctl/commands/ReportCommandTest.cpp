@@ -20,8 +20,11 @@ namespace vqrx::test {
 namespace {
 
 using client::v0::AddReportCommand;
-using client::v0::SupervisorAnswers;
+using client::v0::SupervisorNow;
+using client::v0::SupervisorState;
+using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 /// Replaces the buffer of std::cout: each write to std::cout throws std::bad_alloc.
@@ -49,16 +52,16 @@ private:
 
 class ReportCommand : public testing::Test {
 protected:
-    // @param answers  empty: the report is about a copy of a log
+    // @param supervisor  empty: the report is about a copy of a log
     int Run(const std::string& output, const std::vector<std::string>& further = {},
-            const SupervisorAnswers& answers = {})
+            const SupervisorNow& supervisor = {})
     {
         CLI::App app("test", "daemonctl");
         int exitCode = 0;
         AddReportCommand(
-            app, exitCode, [this] { return path_; }, answers);
+            app, exitCode, [this] { return path_; }, supervisor);
         std::vector<std::string> arguments = {"report", "--output", output};
-        if (!answers) {
+        if (!supervisor) {
             arguments.insert(arguments.end(), {"--file", path_});
         }
         arguments.insert(arguments.end(), further.begin(), further.end());
@@ -113,15 +116,18 @@ TEST_F(ReportCommand, writes_the_figures_beside_the_page)
     EXPECT_EQ(Run(page_, {"--json", folder_.File("missing") + "/report.json"}), 4);
 }
 
-TEST_F(ReportCommand, reaches_to_now_only_if_the_supervisor_of_this_machine_answers)
+TEST_F(ReportCommand, reaches_to_now_and_warns_only_if_it_is_known_whether_the_supervisor_runs)
 {
     SaveLog();
-    const auto page = [this](const SupervisorAnswers& answers) {
-        EXPECT_EQ(Run("-", {}, answers), 0);
+    const auto page = [this](const SupervisorNow& supervisor) {
+        EXPECT_EQ(Run("-", {}, supervisor), 0);
         return output_;
     };
-    EXPECT_THAT(page([] { return true; }), HasSubstr("<h2>Now</h2>"));
-    EXPECT_THAT(page([] { return false; }), HasSubstr("The supervisor is not running."));
+    EXPECT_THAT(page([] { return SupervisorState::running; }), HasSubstr("<h2>Now</h2>"));
+    EXPECT_THAT(page([] { return SupervisorState::notRunning; }),
+                HasSubstr("The supervisor is not running."));
+    EXPECT_THAT(page([] { return SupervisorState::unknown; }),
+                AllOf(HasSubstr("<h2>At the last record</h2>"), Not(HasSubstr("is not running"))));
     EXPECT_THAT(page({}), HasSubstr("<h2>At the last record</h2>"));
 }
 
