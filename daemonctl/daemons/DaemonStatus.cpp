@@ -129,23 +129,7 @@ DaemonStatus StatusOfChild(const ProcessFacts& child, const ProcessSource& sourc
     return status;
 }
 
-// Returns whether a supervisor was refused because another one was published. A refused supervisor
-// ends before it starts a daemon and before a client can call it. So its records show a start and
-// an end, and nothing else.
-bool WasRefused(const SupervisorRun& run)
-{
-    return run.beginningSeen && run.endSeen && !run.exitRequested && !run.stillRegistered &&
-           run.daemons.empty() && run.neverStarted.empty() && run.unknownEnds.empty() &&
-           run.failedAttaches.empty();
-}
-
 } // namespace
-
-const SupervisorRun* RunThatGoesOn(const Timeline& timeline)
-{
-    const auto found = std::find_if_not(timeline.runs.rbegin(), timeline.runs.rend(), WasRefused);
-    return found == timeline.runs.rend() || found->endSeen ? nullptr : &*found;
-}
 
 bool WasTriedLately(const std::vector<std::int64_t>& failedStarts, std::int64_t nowMs)
 {

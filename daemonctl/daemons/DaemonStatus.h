@@ -70,12 +70,6 @@ struct DaemonStatus {
     }
 };
 
-/// Finds the run of the supervisor that has not ended: the last run of the timeline, without the runs
-/// of refused supervisors. Such a supervisor found another one running and ended at once. Pure.
-/// @return the run in the timeline; null if that run has ended. Earlier runs do not count, even one
-/// without an end
-[[nodiscard]] const SupervisorRun* RunThatGoesOn(const Timeline& timeline);
-
 /// Returns whether the supervisor still tries to start a daemon whose starts fail. It tries every
 /// second and logs each failure, but logs nothing when a client stops such a daemon. So the daemon
 /// counts as stopped 15 seconds after the last failure. Pure.

@@ -133,11 +133,17 @@ struct Gap {
 
 /// Everything that a log shows about the supervisor and its daemons.
 struct Timeline {
-    std::vector<SupervisorRun> runs; ///< oldest first; the last one may go on
+    std::vector<SupervisorRun> runs; ///< oldest first; see RunThatGoesOn
     std::vector<Gap> gaps;           ///< oldest first
     std::int64_t firstMs = 0;        ///< time of the first record
     std::int64_t lastMs = 0;         ///< time of the last record
     std::uint64_t records = 0;
 };
+
+/// Finds the run of the supervisor that has not ended: the last run of the timeline, without the runs
+/// of refused supervisors. Such a supervisor found another one running and ended at once. Pure.
+/// @return the run in the timeline; null if that run has ended. Earlier runs do not count, even one
+/// without an end
+[[nodiscard]] const SupervisorRun* RunThatGoesOn(const Timeline& timeline);
 
 } // namespace vqrx::client::v0

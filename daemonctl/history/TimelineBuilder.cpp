@@ -185,8 +185,9 @@ void TimelineBuilder::AddEvent(const AttributedRecord& attributed)
 Timeline TimelineBuilder::Finish()
 {
     attributor_.Flush();
+    const SupervisorRun* const goesOn = RunThatGoesOn(timeline_);
     for (SupervisorRun& run : timeline_.runs) {
-        if (&run == &timeline_.runs.back() && !run.endSeen) {
+        if (&run == goesOn) {
             continue;
         }
         for (auto& [id, daemon] : run.daemons) {

@@ -151,7 +151,9 @@ ReportLane Finish(LaneDraft draft)
     return std::move(lane);
 }
 
-std::vector<ReportGap> Gaps(const Timeline& timeline)
+// @param goesOn  the run that has not ended; may be null. The runs after it are those of refused
+//                supervisors, while it went on
+std::vector<ReportGap> Gaps(const Timeline& timeline, const SupervisorRun* goesOn)
 {
     std::vector<ReportGap> gaps;
     for (const Gap& gap : timeline.gaps) {
@@ -162,6 +164,9 @@ std::vector<ReportGap> Gaps(const Timeline& timeline)
         gaps.push_back({gap.fromMs, std::max(gap.fromMs, gap.toMs), std::move(text)});
     }
     for (std::size_t index = 1; index < timeline.runs.size(); ++index) {
+        if (&timeline.runs[index - 1] == goesOn) {
+            break;
+        }
         const std::int64_t from = timeline.runs[index - 1].lastMs;
         gaps.push_back({from, std::max(from, timeline.runs[index].firstMs),
                         timeline.runs[index - 1].endSeen
@@ -190,14 +195,16 @@ ReportModel MakeReportModel(const Timeline& timeline, const ReportMoment& moment
     model.endMs = timeline.lastMs;
     model.records = timeline.records;
     model.runs = timeline.runs.size();
-    model.gaps = Gaps(timeline);
+    const SupervisorRun* const goesOn = RunThatGoesOn(timeline);
+    model.gaps = Gaps(timeline, goesOn);
     LaneDrafts drafts;
     for (const SupervisorRun& run : timeline.runs) {
-        const bool hasEnded = &run != &timeline.runs.back() || run.endSeen ||
-                              moment.supervisor == SupervisorState::notRunning;
+        const bool hasEnded = &run != goesOn || moment.supervisor == SupervisorState::notRunning;
         const bool reachesToNow = !hasEnded && moment.supervisor == SupervisorState::running;
         const std::int64_t endMs = reachesToNow ? std::max(run.lastMs, moment.nowMs) : run.lastMs;
-        AddRun(drafts, {run, hasEnded, endMs});
+        if (goesOn == nullptr || &run <= goesOn) { // a refused supervisor has no daemons
+            AddRun(drafts, {run, hasEnded, endMs});
+        }
         // A clock may be set back, so any run may hold the earliest or the latest record.
         model.beginMs = std::min({model.beginMs, run.firstMs, run.lastMs});
         model.endMs = std::max({model.endMs, run.firstMs, endMs});

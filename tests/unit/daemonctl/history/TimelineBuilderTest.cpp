@@ -180,6 +180,19 @@ TEST(TimelineBuilder, shows_an_outage_of_the_log_file_as_a_gap)
     EXPECT_LT(timeline.gaps[0].fromMs, timeline.gaps[0].toMs);
 }
 
+// A second supervisor was started beside the running one, and refused.
+TEST(TimelineBuilder, a_refused_supervisor_does_not_end_the_processes_of_the_running_one)
+{
+    const Timeline timeline = LogOfRecords()
+                                  .StartUp()
+                                  .Add("Start DaemonId(0) PId(10) : a.exe ", 2)
+                                  .StartUp()
+                                  .Add("Deamon Thread is exiting...", 2)
+                                  .Build();
+    ASSERT_EQ(timeline.runs.size(), 2U);
+    EXPECT_EQ(timeline.runs[0].Find(0)->intervals[0].end, IntervalEnd::kRunning);
+}
+
 TEST(TimelineBuilder, shows_failed_attaches)
 {
     const Timeline timeline =

@@ -93,6 +93,21 @@ TEST(ReportModel, reaches_to_now_if_the_supervisor_runs)
     EXPECT_TRUE(live.lanes.at(0).isRegistered);
 }
 
+TEST(ReportModel, reaches_to_now_although_a_second_supervisor_was_refused)
+{
+    const ReportModel model = Log()
+                                  .StartUp(100)
+                                  .At(100, "Start DaemonId(0) PId(10) : a.exe ", 2)
+                                  .StartUp(130)
+                                  .At(131, "Deamon Thread is exiting...", 2)
+                                  .Model({SupervisorState::running, 160000});
+    EXPECT_EQ(model.endMs, 160000);
+    EXPECT_EQ(model.lanes.at(0).state, "running");
+    EXPECT_TRUE(model.lanes.at(0).isRegistered);
+    EXPECT_EQ(model.lanes.at(0).intervals.at(0).endMs, 160000);
+    EXPECT_TRUE(model.gaps.empty()); // a supervisor ran all the time
+}
+
 TEST(ReportModel, ends_at_the_last_record_if_the_supervisor_does_not_run)
 {
     const ReportModel model = Log()
