@@ -230,13 +230,16 @@ SupervisorIdentity IdentifySupervisor()
     const OwnedHandle snapshot = Own(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
     PROCESSENTRY32W entry{};
     entry.dwSize = sizeof entry;
-    for (BOOL more = snapshot ? Process32FirstW(snapshot.get(), &entry) : FALSE; more != FALSE;
-         more = Process32NextW(snapshot.get(), &entry)) {
+    BOOL more = snapshot ? Process32FirstW(snapshot.get(), &entry) : FALSE;
+    while (more != FALSE) {
         if (lstrcmpiW(entry.szExeFile, kProgram) == 0) {
             identity.processes.push_back(
                 Describe(entry.th32ProcessID, identity.installedProgram, own));
         }
+        more = Process32NextW(snapshot.get(), &entry);
     }
+    const DWORD error = GetLastError(); // of the last of the three calls, which has failed
+    identity.listError = error == ERROR_NO_MORE_FILES ? ERROR_SUCCESS : error;
     JudgeIdentity(identity);
     return identity;
 }
@@ -266,6 +269,9 @@ void JudgeIdentity(SupervisorIdentity& identity)
     }
     if (installed != nullptr) {
         identity.trust = SupervisorTrust::known;
+    } else if (identity.listError != 0) {
+        identity.reason = "the list of processes cannot be read: Windows error " +
+                          std::to_string(identity.listError);
     } else if (ofOther != nullptr) {
         identity.trust = SupervisorTrust::stranger;
     } else if (hidden != nullptr) {

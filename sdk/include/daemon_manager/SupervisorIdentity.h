@@ -31,6 +31,8 @@ struct SupervisorIdentity {
     std::string reason;            ///< for people, UTF-8; empty if nothing is wrong
     std::wstring installedProgram; ///< full path; empty: nothing on this machine names it
     std::vector<SupervisorProcess> processes;
+    /// The Windows error because of which `processes` may lack some; 0: it has all.
+    std::uint32_t listError = 0;
 };
 
 /// Finds out whether the installed supervisor runs, and who runs it. COM does not say which process
@@ -40,7 +42,9 @@ struct SupervisorIdentity {
 /// - The installed program is DaemonManager.exe beside the registered DaemonMgrPS.dll, or else in the
 ///   folder that the installer noted. Both are read from HKEY_LOCAL_MACHINE only.
 /// - Expected users are the user of this process, Windows' service accounts, administrators with full
-///   rights, and the account that the installer noted (value "Account", a SID).
+///   rights, and the account that an administrator noted: its SID in the value "Account" of the
+///   registry key HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager. The
+///   installer writes no such value.
 /// Needs no COM. Any thread.
 /// @throws std::bad_alloc
 [[nodiscard]] SupervisorIdentity IdentifySupervisor();

@@ -1,15 +1,20 @@
 #include "daemon_manager/SupervisorIdentity.h"
 
 #include "ChildProcess.h"
+#include "ImportPatch.h"
 #include "TempFolder.h"
 
 #include <windows.h>
+
+#include <tlhelp32.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace vqrx::test {
 namespace {
@@ -67,6 +72,18 @@ SupervisorIdentity Judged(std::vector<SupervisorProcess> processes,
     return identity;
 }
 
+HANDLE WINAPI RefuseSnapshot(DWORD, DWORD)
+{
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return INVALID_HANDLE_VALUE;
+}
+
+BOOL WINAPI BreakOff(HANDLE, PROCESSENTRY32W*)
+{
+    SetLastError(ERROR_PARTIAL_COPY);
+    return FALSE;
+}
+
 constexpr const char* kGuest = "process 7 runs C:\\FW\\DaemonManager.exe as PC\\guest, who is not "
                                "expected to run the supervisor";
 
@@ -114,6 +131,38 @@ TEST(SupervisorIdentity, A_process_that_may_not_be_examined_proves_nothing)
         EXPECT_EQ("this user may not examine process 5, which may be the supervisor",
                   identity.reason);
     }
+}
+
+TEST(SupervisorIdentity, An_incomplete_list_of_processes_proves_nothing)
+{
+    for (const auto& [processes, trust] :
+         {std::pair{std::vector<SupervisorProcess>{}, SupervisorTrust::unknown},
+          {{OfStranger(7)}, SupervisorTrust::unknown},
+          {{InstalledProcess(4)}, SupervisorTrust::known}}) {
+        SupervisorIdentity identity;
+        identity.installedProgram = kInstalled;
+        identity.processes = processes;
+        identity.listError = ERROR_NOT_ENOUGH_MEMORY;
+        JudgeIdentity(identity);
+        EXPECT_EQ(trust, identity.trust);
+        EXPECT_EQ(trust == SupervisorTrust::known
+                      ? ""
+                      : "the list of processes cannot be read: Windows error 8",
+                  identity.reason);
+    }
+}
+
+TEST(SupervisorIdentity, An_error_of_Windows_during_the_look_at_the_processes_is_noted)
+{
+    {
+        const ImportPatch patch("CreateToolhelp32Snapshot", RefuseSnapshot);
+        EXPECT_EQ(DWORD{ERROR_NOT_ENOUGH_MEMORY}, IdentifySupervisor().listError);
+    }
+    for (const char* const function : {"Process32FirstW", "Process32NextW"}) {
+        const ImportPatch patch(function, BreakOff);
+        EXPECT_EQ(DWORD{ERROR_PARTIAL_COPY}, IdentifySupervisor().listError) << function;
+    }
+    EXPECT_EQ(0U, IdentifySupervisor().listError);
 }
 
 TEST(SupervisorIdentity, Without_an_installation_nothing_is_known)
