@@ -6,7 +6,7 @@
 #include "ThisMachine.h"
 #include "TimeText.h"
 #include "Utf8.h"
-#include "WaitCondition.h"
+#include "WatchDaemon.h"
 
 #include <windows.h>
 
@@ -17,7 +17,6 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr DWORD kLookAtItAgainMs = 200;
 constexpr std::int64_t kRunsForGoodMs = 2000; // two passes of the supervisor
 
 PathKind KindOfPath(const std::string& path)
@@ -61,29 +60,23 @@ void WarnAboutProgram(const std::string& path)
 
 int WaitUntilItRuns(std::uint32_t daemonId, std::uint32_t seconds)
 {
-    const ProcessSource source = SourceOfThisMachine();
-    const ULONGLONG start = GetTickCount64();
-    for (;;) {
-        const Timeline timeline = ReadTimeline();
-        const SupervisorRun* const run = RunThatGoesOn(timeline);
-        if (run == nullptr) {
-            std::cerr << "daemonctl: the supervisor has ended" << std::endl;
-            return kNoSupervisor;
-        }
-        const Observation now = Observe(*run, daemonId, source);
-        const bool timeIsOver = GetTickCount64() - start >= ULONGLONG{seconds} * 1000;
-        if (now.running && NowMs() - now.createdMs >= kRunsForGoodMs) {
-            std::cout << "daemon " << daemonId << " runs as process " << *now.processId
-                      << std::endl;
-            return kDone;
-        }
-        if (timeIsOver) {
-            std::cerr << "daemonctl: daemon " << daemonId << " has not run for 2 s after "
-                      << seconds << " s: " << DescribeAbsence(now) << std::endl;
-            return kNothingToDo;
-        }
-        Sleep(kLookAtItAgainMs);
+    const auto runsForGood = [](const Observation& /*first*/, const Observation& latest) {
+        return latest.running && NowMs() - latest.createdMs >= kRunsForGoodMs;
+    };
+    Observation now;
+    switch (WatchDaemon(daemonId, seconds, SourceOfThisMachine(), runsForGood, now)) {
+    case WatchEnd::fulfilled:
+        std::cout << "daemon " << daemonId << " runs as process " << *now.processId << std::endl;
+        return kDone;
+    case WatchEnd::timeOver:
+        std::cerr << "daemonctl: daemon " << daemonId << " has not run for 2 s after " << seconds
+                  << " s: " << DescribeAbsence(now) << std::endl;
+        return kNothingToDo;
+    case WatchEnd::supervisorEnded:
+        break;
     }
+    std::cerr << "daemonctl: the supervisor has ended" << std::endl;
+    return kNoSupervisor;
 }
 
 void WarnAboutSecondAttach(std::uint32_t processId, std::uint32_t daemonId)

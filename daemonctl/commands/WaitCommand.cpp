@@ -6,6 +6,7 @@
 #include "NamedValue.h"
 #include "ThisMachine.h"
 #include "WaitCondition.h"
+#include "WatchDaemon.h"
 #include "WithSupervisor.h"
 
 #include <windows.h>
@@ -20,7 +21,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr DWORD kLookAgainMs = 200;
+constexpr DWORD kLookAgainMs = 200; // at the supervisor
 
 constexpr const char* kSupervisor = "supervisor";
 constexpr const char* kNoSupervisorRuns = "no-supervisor";
@@ -67,28 +68,20 @@ int Wait(const WaitOptions& options)
 {
     const WaitFor what = kConditions.at(options.condition);
     const ProcessSource source = SourceOfThisMachine();
-    const ULONGLONG start = GetTickCount64();
-    const ULONGLONG timeoutMs = ULONGLONG{options.timeoutSeconds} * 1000;
-    Observation first;
-    std::optional<RunMark> lastLook;
-    for (;;) {
-        const Timeline timeline = ReadTimeline();
-        const SupervisorRun* const run = RunThatGoesOn(timeline);
-        if (run == nullptr || (lastLook && !IsSameRun(*lastLook, MarkOf(*run)))) {
-            std::cerr << "daemonctl: the supervisor has ended" << std::endl;
-            return kNoSupervisor;
-        }
-        lastLook = MarkOf(*run);
-        const Observation now = Observe(*run, *options.id, source);
-        first = first.known ? first : now;
-        if (IsFulfilled(what, first, now, source.facts)) {
-            return PrintResult(options, now);
-        }
-        if (GetTickCount64() - start >= timeoutMs) {
-            return PrintTimeout(options, now);
-        }
-        Sleep(kLookAgainMs);
+    Observation now;
+    const auto reached = [&](const Observation& first, const Observation& latest) {
+        return IsFulfilled(what, first, latest, source.facts);
+    };
+    switch (WatchDaemon(*options.id, options.timeoutSeconds, source, reached, now)) {
+    case WatchEnd::fulfilled:
+        return PrintResult(options, now);
+    case WatchEnd::timeOver:
+        return PrintTimeout(options, now);
+    case WatchEnd::supervisorEnded:
+        break;
     }
+    std::cerr << "daemonctl: the supervisor has ended" << std::endl;
+    return kNoSupervisor;
 }
 
 bool IsAboutSupervisor(const std::string& condition)

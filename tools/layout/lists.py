@@ -78,6 +78,7 @@ TESTED_BY = {
     "daemonctl/commands/StopCommand.cpp": "tests/integration/StopTest.cpp",
     "daemonctl/commands/Unwatched.cpp": "tests/integration/HandOverTest.cpp",
     "daemonctl/commands/WaitCommand.cpp": "tests/integration/OperatorTest.cpp",
+    "daemonctl/commands/WatchDaemon.cpp": "tests/integration/OperatorTest.cpp",
     "daemonctl/commands/WithSupervisor.cpp": "tests/integration/DaemonctlTest.cpp",
     "daemonctl/control/ApplyFleet.cpp": "tests/integration/FleetTest.cpp",
     "daemonctl/control/HandOver.cpp": "tests/integration/HandOverTest.cpp",
