@@ -1,6 +1,7 @@
 #include "DaemonListing.h"
 
 #include "DaemonTable.h"
+#include "ExitReason.h"
 #include "TimeText.h"
 
 #include <nlohmann/json.hpp>
@@ -29,9 +30,10 @@ Json LastExitJson(const std::optional<LastExit>& lastExit)
     if (!lastExit) {
         return nullptr;
     }
+    const std::string reason = ReadableReason(lastExit->reason);
     return {{"time", OrNull(IsoTime(lastExit->timeMs))},
             {"time_ms", lastExit->timeMs},
-            {"reason", lastExit->reason.empty() ? Json(nullptr) : Json(lastExit->reason)},
+            {"reason", reason.empty() ? Json(nullptr) : Json(reason)},
             {"sure", lastExit->sure}};
 }
 

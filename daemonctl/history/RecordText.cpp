@@ -73,7 +73,7 @@ std::string ToJson(const AttributedRecord& attributed)
         line["process_id"] = *event.processId;
     }
     if (event.kind == EventKind::kEnded) {
-        line["reason"] = event.reason;
+        line["reason"] = ReadableReason(event.reason);
         line["sure"] = attributed.attribution == Attribution::kPaired;
     }
     return line.dump(-1, ' ', true, Json::error_handler_t::replace);

@@ -36,7 +36,7 @@ TEST(DaemonListing, Json_has_the_documented_fields)
       "last_exit": {
         "time": "1970-01-01T00:16:39.000Z",
         "time_ms": 999000,
-        "reason": "Unknown (0x3)",
+        "reason": "exit code 3",
         "sure": true
       },
       "cpu_ms": 500,

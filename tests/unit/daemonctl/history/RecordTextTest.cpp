@@ -77,7 +77,7 @@ TEST(RecordJson, of_an_end_has_the_reason_and_whether_the_daemon_is_sure)
     EXPECT_EQ(ToJson(end),
               R"j({"number":17,"time":"2025-11-16T03:52:36.123Z","time_ms":1763265156123,)j"
               R"j("level":0,"text":"Exception caught in : Unknown (0x1)","event":"ended",)j"
-              R"j("daemon_id":3,"reason":"Unknown (0x1)","sure":false})j");
+              R"j("daemon_id":3,"reason":"exit code 1","sure":false})j");
 }
 
 TEST(RecordJson, has_null_for_a_missing_number_and_an_impossible_time)
