@@ -6,11 +6,13 @@
 #include "ShutdownProgress.h"
 #include "SupervisorProcesses.h"
 #include "ThisMachine.h"
+#include "WaitCondition.h"
 #include "WithSupervisor.h"
 
 #include <cstdint>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace vqrx::client::v0 {
@@ -26,33 +28,46 @@ struct ExitOptions {
     std::uint32_t timeoutSeconds = kExitTimeoutSeconds;
 };
 
-std::string ProgressOfShutdown()
+// Returns the run that is about to end; nothing if the log does not show it.
+std::optional<RunMark> RunBeforeTheOrder()
 {
     try {
-        return DescribeShutdown(ReadTimeline());
+        const Timeline timeline = ReadTimeline();
+        const SupervisorRun* const run = RunThatGoesOn(timeline);
+        return run != nullptr ? std::optional(MarkOf(*run)) : std::nullopt;
+    } catch (const LogUnreadable&) {
+        return std::nullopt;
+    }
+}
+
+std::string ProgressOfShutdown(const std::optional<RunMark>& run)
+{
+    try {
+        return DescribeShutdown(ReadTimeline(), run);
     } catch (const LogUnreadable& error) {
         return std::string("Its log shows nothing about it: ") + error.what();
     }
 }
 
-std::string ResultOfShutdown()
+std::string ResultOfShutdown(const std::optional<RunMark>& run)
 {
     try {
-        return DescribeEnd(ReadTimeline());
+        return DescribeEnd(ReadTimeline(), run);
     } catch (const LogUnreadable&) {
-        return DescribeEnd({});
+        return DescribeEnd({}, run);
     }
 }
 
-int WaitForEnd(const SupervisorProcesses& processes, std::uint32_t timeoutSeconds)
+int WaitForEnd(const SupervisorProcesses& processes, const std::optional<RunMark>& run,
+               std::uint32_t timeoutSeconds)
 {
     if (!processes.WaitUntilAtMost(0, std::uint64_t{timeoutSeconds} * 1000)) {
         std::cerr << "daemonctl: the supervisor has not ended within " << timeoutSeconds
                   << " s: " << NamesOf(processes.Running()) << " still runs\n  "
-                  << ProgressOfShutdown() << std::endl;
+                  << ProgressOfShutdown(run) << std::endl;
         return kRefused;
     }
-    std::cout << ResultOfShutdown() << std::endl;
+    std::cout << ResultOfShutdown(run) << std::endl;
     return kDone;
 }
 
@@ -63,10 +78,11 @@ int Exit(SupervisorClient& supervisor, const ExitOptions& options)
         std::cout << "the supervisor ends; its daemons run on" << std::endl;
         return kDone;
     }
+    const std::optional<RunMark> run = RunBeforeTheOrder();
     const SupervisorProcesses processes; // found before the call: the process may end at once
     supervisor.Exit();
     try {
-        return WaitForEnd(processes, options.timeoutSeconds);
+        return WaitForEnd(processes, run, options.timeoutSeconds);
     } catch (const ProcessListUnreadable& error) {
         std::cerr
             << "daemonctl: the supervisor has accepted the order, but its end cannot be seen: "

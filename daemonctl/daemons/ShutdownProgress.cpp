@@ -1,10 +1,24 @@
 #include "ShutdownProgress.h"
 
 namespace vqrx::client::v0 {
+namespace {
 
-std::string DescribeShutdown(const Timeline& timeline)
+// Returns the run if the log shows its end. The last run in the log is a former one if the records of
+// this one are missing.
+const SupervisorRun* EndedRun(const Timeline& timeline, const std::optional<RunMark>& run)
 {
-    if (timeline.runs.empty() || !timeline.runs.back().endSeen) {
+    if (!run || timeline.runs.empty()) {
+        return nullptr;
+    }
+    const SupervisorRun& last = timeline.runs.back();
+    return last.endSeen && IsSameRun(*run, MarkOf(last)) ? &last : nullptr;
+}
+
+} // namespace
+
+std::string DescribeShutdown(const Timeline& timeline, const std::optional<RunMark>& run)
+{
+    if (EndedRun(timeline, run) == nullptr) {
         return "A call of a client is under way, such as a stop; until it ends, the supervisor still "
                "restarts its daemons. Or its console has stopped: press Esc in its window.";
     }
@@ -12,14 +26,13 @@ std::string DescribeShutdown(const Timeline& timeline)
            "Esc in its window.";
 }
 
-std::string DescribeEnd(const Timeline& timeline)
+std::string DescribeEnd(const Timeline& timeline, const std::optional<RunMark>& run)
 {
-    const SupervisorRun* const run =
-        timeline.runs.empty() || !timeline.runs.back().endSeen ? nullptr : &timeline.runs.back();
-    if (run == nullptr) {
+    const SupervisorRun* const ended = EndedRun(timeline, run);
+    if (ended == nullptr) {
         return "the supervisor has ended; its daemons run on";
     }
-    const std::uint32_t count = run->stillRegistered.value_or(0); // no record means none
+    const std::uint32_t count = ended->stillRegistered.value_or(0); // no record means none
     if (count == 0) {
         return "the supervisor has ended; it had no daemons";
     }

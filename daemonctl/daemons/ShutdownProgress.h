@@ -2,7 +2,9 @@
 
 #include "ProcessFacts.h"
 #include "Timeline.h"
+#include "WaitCondition.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,13 +12,18 @@ namespace vqrx::client::v0 {
 
 /// Describes, for people, how far the shutdown of the supervisor has come and what it waits for.
 /// Pure.
-/// @param timeline  of the log; the last run is that of the supervisor that ends
-[[nodiscard]] std::string DescribeShutdown(const Timeline& timeline);
+/// @param timeline  of the log
+/// @param run       the run of the supervisor that ends, from before the order; nothing: the log did
+///                  not show it
+[[nodiscard]] std::string DescribeShutdown(const Timeline& timeline,
+                                           const std::optional<RunMark>& run);
 
 /// Describes, for people, what the supervisor left behind when it ended: "the supervisor has ended; 3
-/// daemons run on without it". Pure.
-/// @param timeline  of the log; the last run is that of the supervisor that has ended
-[[nodiscard]] std::string DescribeEnd(const Timeline& timeline);
+/// daemons run on without it". It states a number only if the log shows the end of this run. Pure.
+/// @param timeline  of the log
+/// @param run       the run of the supervisor that has ended, from before the order; nothing: the log
+///                  did not show it
+[[nodiscard]] std::string DescribeEnd(const Timeline& timeline, const std::optional<RunMark>& run);
 
 /// Names processes for people: "process 12 (C:\App\DaemonManager.exe), process 15". Pure.
 [[nodiscard]] std::string NamesOf(const std::vector<ProcessFacts>& processes);
