@@ -210,6 +210,10 @@ void LogFileSink::Read(std::uint32_t sizeLimit)
     if (refused_) {
         static_cast<void>(
             ReloadRing(file, position, sizeLimit, [](std::int64_t, const LogHistoryEntry&) {}));
+        if (file.bad()) {
+            stream_.Close(errno);
+            return;
+        }
     }
     Clear();
     sequence_ = ReloadRing(file, position, sizeLimit,
@@ -217,7 +221,13 @@ void LogFileSink::Read(std::uint32_t sizeLimit)
                                history_.Insert(number, entry);
                            });
     nextInFile_ = sequence_;
-    stream_.MoveTo(position, !IsAfterLineEnd(file, position));
+    // The lock of another program may have begun since CanBeRead.
+    const bool isAfterLineEnd = !file.bad() && IsAfterLineEnd(file, position);
+    if (file.bad()) {
+        stream_.Close(errno); // the next Write reads the file again, and clears the history
+        return;
+    }
+    stream_.MoveTo(position, !isAfterLineEnd);
     isRead_ = true;
     refused_ = false;
 }

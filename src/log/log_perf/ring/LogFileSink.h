@@ -47,10 +47,11 @@ public:
     /// not. Any thread.
     void SetNotesOutages(bool notes) noexcept;
 
-    /// Writes one record; worker thread only. If the file cannot be opened, read or written,
-    /// for example because another program has locked a part of it, only the history gets the record, and the next Write tries to open the file again. It reads the file
-    /// again only if somebody else has changed it. When the file can be written again, the history
-    /// loses the records that the file lacks.
+    /// Writes one record; worker thread only. If the file cannot be opened, read or written, for
+    /// example because another program has locked a part of it, only the history gets the record, and
+    /// the next Write tries to open the file again. It reads the file again only if somebody else has
+    /// changed it. When the file can be written again, the history loses the records that the file
+    /// lacks.
     /// @throws DamagedLogFile of std::invalid_argument or of std::out_of_range if this Write opened
     ///         the file and ReloadRing refused it. Before it throws, this Write sets the file aside
     ///         (DamagedRingsOf) and writes the record to a new file. If the file cannot be set aside,

@@ -14,9 +14,10 @@
 namespace vqrx::log::log_perf::v2 {
 namespace {
 
+// A stream that could not read all bytes stays so, and nothing more is read from it.
 void Rewind(std::istream& file, std::uint32_t position)
 {
-    file.clear();
+    file.clear(file.rdstate() & std::ios::badbit);
     file.seekg(position);
 }
 

@@ -25,11 +25,12 @@ using RecordFound = std::function<void(std::int64_t number, const LogHistoryEntr
 ///   after the one that was left out, and a line beyond the size limit,
 /// - a line with a damaged time or level that may be torn, see MayBeTorn.
 /// Any other line with a damaged time or level is an error.
-/// @param file           binary; read from the write position and again from the start
+/// @param file           binary, not bad(); read from the write position and again from the start
 /// @param writePosition  result of ReadRingHeader
 /// @param sizeLimit      size limit of the ring file, bytes; 0: none
-/// @return the number of the next record to write. If it throws, the records handed out so far stay
-///         handed out, and the state of the stream is undefined
+/// @return the number of the next record to write. If the file is bad() after the call, some of its
+///         bytes could not be read: records are missing, and the number is wrong. If it throws, the
+///         records handed out so far stay handed out, and the state of the stream is undefined
 /// @throws std::invalid_argument, std::out_of_range as ParseLogEntry does; std::bad_alloc; the
 ///         exceptions of recordFound
 [[nodiscard]] std::int64_t ReloadRing(std::istream& file, std::uint32_t writePosition,

@@ -24,6 +24,8 @@ ReadFunction* unlockedRead = nullptr;
 WriteFunction* unlockedWrite = nullptr;
 std::int64_t lockedFrom = 0;
 std::int64_t lockedTo = 0;
+std::int64_t lockedToAfterEnd =
+    0; // lockedTo after a program has read a file to its end; 0: as before
 
 bool IsRefused(int file, unsigned bytes)
 {
@@ -37,7 +39,14 @@ bool IsRefused(int file, unsigned bytes)
 
 int __cdecl ReadUnlessLocked(int file, void* buffer, unsigned bytes)
 {
-    return IsRefused(file, bytes) ? -1 : unlockedRead(file, buffer, bytes);
+    if (IsRefused(file, bytes)) {
+        return -1;
+    }
+    const int count = unlockedRead(file, buffer, bytes);
+    if (count == 0 && lockedToAfterEnd != 0) {
+        lockedTo = lockedToAfterEnd;
+    }
+    return count;
 }
 
 int __cdecl WriteUnlessLocked(int file, const void* buffer, unsigned bytes)
@@ -53,12 +62,19 @@ public:
         lockedFrom = from;
         lockedTo = to;
     }
+    // A lock that begins after the file was read to its end.
+    static LockedBytes AfterEnd(std::int64_t from, std::int64_t to)
+    {
+        lockedToAfterEnd = to;
+        return {from, 0};
+    }
     LockedBytes(const LockedBytes&) = delete;
     LockedBytes& operator=(const LockedBytes&) = delete;
     ~LockedBytes()
     {
         lockedFrom = 0;
         lockedTo = 0;
+        lockedToAfterEnd = 0;
     }
 
 private:
@@ -120,6 +136,37 @@ TEST_F(LockedRing, A_lock_on_records_does_not_restart_the_numbers)
     Write(sink_, 2, "d");
     EXPECT_EQ(records + Line(2, 2, "d"), Bytes().substr(12));
     EXPECT_EQ((std::vector<std::string>{"0:a", "1:b", "2:d"}), History(sink_));
+}
+
+TEST_F(LockedRing, A_lock_that_begins_while_the_file_is_read_does_not_restart_the_numbers)
+{
+    const std::string records = Line(0, 2, "a") + Line(1, 2, "b");
+    Put("0x00000066\r\n" + records);
+    {
+        const LockedBytes lock = LockedBytes::AfterEnd(0x30, 0x40);
+        Write(sink_, 2, "c");
+    }
+    EXPECT_EQ("0x00000066\r\n" + records, Bytes());
+    Write(sink_, 2, "d");
+    EXPECT_EQ(records + Line(2, 2, "d"), Bytes().substr(12));
+    EXPECT_EQ((std::vector<std::string>{"0:a", "1:b", "2:d"}), History(sink_));
+}
+
+// The records after the write position are older. The number of the first one numbers all others.
+TEST_F(LockedRing, A_lock_on_older_records_that_begins_while_the_file_is_read_changes_no_number)
+{
+    const std::string records = Line(7, 2, "c") + Line(5, 2, "a") + Line(6, 2, "b");
+    const auto older = static_cast<std::int64_t>(12 + Line(7, 2, "c").size());
+    Put("0x00000039\r\n" + records);
+    ASSERT_EQ(0x39, older);
+    {
+        const LockedBytes lock = LockedBytes::AfterEnd(older, older + 1);
+        Write(sink_, 2, "d");
+    }
+    EXPECT_EQ("0x00000039\r\n" + records, Bytes());
+    Write(sink_, 2, "e");
+    EXPECT_EQ(Line(7, 2, "c") + Line(7, 2, "e") + Line(6, 2, "b"), Bytes().substr(12));
+    EXPECT_EQ((std::vector<std::string>{"5:b", "6:c", "7:e"}), History(sink_));
 }
 
 } // namespace
