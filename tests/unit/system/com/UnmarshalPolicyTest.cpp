@@ -70,6 +70,14 @@ FARPROC WINAPI FindNotePermitted(HMODULE, LPCSTR name)
     return asked ? reinterpret_cast<FARPROC>(reinterpret_cast<void*>(NotePermitted)) : nullptr;
 }
 
+std::vector<std::string> functionsAsked;
+
+FARPROC WINAPI FindNothing(HMODULE, LPCSTR name)
+{
+    functionsAsked.emplace_back(name);
+    return nullptr;
+}
+
 std::wstring TextOf(const CLSID& classId)
 {
     wchar_t text[40] = {};
@@ -91,8 +99,10 @@ TEST(UnmarshalPolicy, The_strong_policy_is_set_in_the_options_of_the_process)
 TEST(UnmarshalPolicy, A_system_without_such_options_is_left_as_it_is)
 {
     noting = nullptr;
+    classAsked = {};
     const ImportPatch patch("CoCreateInstance", MakeNoting);
     RequireTrustedUnmarshalers();
+    EXPECT_EQ(L"{0000034B-0000-0000-C000-000000000046}", TextOf(classAsked));
 }
 
 TEST(UnmarshalPolicy, The_class_of_WMIs_answers_is_permitted)
@@ -106,7 +116,12 @@ TEST(UnmarshalPolicy, The_class_of_WMIs_answers_is_permitted)
 
 TEST(UnmarshalPolicy, A_system_that_permits_no_single_class_is_left_as_it_is)
 {
-    PermitUnmarshalerOfWmi(); // Wine's ole32.dll has no such function
+    permitted.clear();
+    functionsAsked.clear();
+    const ImportPatch patch("GetProcAddress", FindNothing);
+    PermitUnmarshalerOfWmi();
+    EXPECT_THAT(functionsAsked, ElementsAre("CoAllowUnmarshalerCLSID"));
+    EXPECT_TRUE(permitted.empty());
 }
 
 } // namespace
