@@ -14,6 +14,7 @@
 #include "Printable.h"
 #include "ThisMachine.h"
 #include "TimeText.h"
+#include "WaitCondition.h"
 #include "WmiCheck.h"
 #include "com/ComApartment.h"
 
@@ -95,8 +96,8 @@ void AddDaemons(DoctorFacts& facts)
     facts.daemons.known = logIsThere && facts.supervisor.processes.size() == 1;
 }
 
-// Returns whether the log holds a record of the running supervisor; nothing if it is not known which
-// process that is.
+// Returns whether the log holds the start of the running supervisor, or a record after that; nothing if
+// it is not known which process that is.
 std::optional<bool> LogIsCurrent(const SupervisorFacts& supervisor)
 {
     if (supervisor.answer != SupervisorFacts::Answer::answers || supervisor.processes.size() != 1) {
@@ -107,7 +108,7 @@ std::optional<bool> LogIsCurrent(const SupervisorFacts& supervisor)
         return std::nullopt;
     }
     try {
-        return ReadTimeline().lastMs >= process.createdMs;
+        return ShowsRunOfProcess(ReadTimeline(), process.createdMs);
     } catch (const LogUnreadable&) {
         return false;
     }

@@ -35,7 +35,7 @@ struct InstallationFacts {
     std::string logFile;            ///< path of the log file
     std::uint32_t logFileError = 0; ///< Windows error of opening the log file for writing
     std::vector<std::string> damagedLogs; ///< paths of the damaged logs that were set aside
-    /// Whether the log holds a record of the running supervisor. Not gathered with the other facts;
+    /// Whether the log shows the run of the running supervisor. Not gathered with the other facts;
     /// nothing if no supervisor answers, or if it is not known which process it is.
     std::optional<bool> logIsCurrent;
     std::optional<std::uint64_t> freeBytes; ///< free for this user on the root's disk, if known
