@@ -2,15 +2,30 @@
 
 #include <filesystem>
 #include <fstream>
+#include <random>
+#include <sstream>
 #include <system_error>
 
 namespace vqrx::client::v0 {
+namespace {
+
+// Nobody can foresee the name, and so nobody can plant a link to another file under it.
+std::filesystem::path TemporaryName(const std::filesystem::path& name)
+{
+    std::random_device random;
+    std::ostringstream ending;
+    ending << '.' << std::hex << random() << random() << ".tmp";
+    std::filesystem::path temporary = name;
+    temporary += ending.str();
+    return temporary;
+}
+
+} // namespace
 
 bool ReplaceContent(const std::string& path, std::string_view content)
 {
     const std::filesystem::path name(std::u8string(path.begin(), path.end()));
-    std::filesystem::path temporary = name;
-    temporary += ".tmp";
+    const std::filesystem::path temporary = TemporaryName(name);
     std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
     file << content << std::flush;
     bool good = file.good();
