@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <utility>
 #include <vector>
 
 namespace vqrx::client::v0 {
@@ -54,22 +55,39 @@ Command Describe(const CLI::App& app)
     return command;
 }
 
+Words NamesOfCommands(const CLI::App& app)
+{
+    Words names;
+    for (const CLI::App* const command :
+         app.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(command->get_name());
+    }
+    return names;
+}
+
+// Describes each command under each of its names, and "help", which takes the name of a command.
 std::vector<Command> DescribeCommands(const CLI::App& app)
 {
     std::vector<Command> commands;
     for (const CLI::App* const command :
          app.get_subcommands([](const CLI::App*) { return true; })) {
-        commands.push_back(Describe(*command));
+        Command described = Describe(*command);
+        commands.push_back(described);
+        for (const std::string& alias : command->get_aliases()) {
+            described.name = alias;
+            commands.push_back(described);
+        }
     }
+    Command help;
+    help.name = "help";
+    help.words = NamesOfCommands(app);
+    commands.push_back(std::move(help));
     return commands;
 }
 
 Words TopWords(const CLI::App& app)
 {
-    Words words;
-    for (const Command& command : DescribeCommands(app)) {
-        words.push_back(command.name);
-    }
+    Words words = NamesOfCommands(app);
     const Words options = Describe(app).words;
     words.insert(words.end(), options.begin(), options.end());
     return words;

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,7 +24,7 @@ struct Arguments {
     std::string path;
     std::vector<std::string> rest;
     std::uint32_t id = 0;
-    std::uint32_t waitSeconds = 0; // launch: 0 does not wait
+    std::optional<std::uint32_t> waitSeconds; // launch: nothing does not wait
     bool raw = false;
 
     [[nodiscard]] ArgumentCheck Check() const
@@ -52,8 +53,8 @@ int Launch(SupervisorClient& supervisor, const Arguments& arguments)
         std::cerr << "daemonctl: registered already, as daemon " << answer.daemonId << std::endl;
     }
     WarnAboutProgram(arguments.path);
-    if (arguments.waitSeconds != 0) {
-        return WaitUntilItRuns(answer.daemonId, arguments.waitSeconds);
+    if (arguments.waitSeconds) {
+        return WaitUntilItRuns(answer.daemonId, *arguments.waitSeconds);
     }
     return answer.done ? kDone : kNothingToDo;
 }

@@ -14,7 +14,7 @@ struct Program {
     Program()
     {
         app.set_version_flag("--version", "1");
-        CLI::App* const wait = app.add_subcommand("wait", "");
+        CLI::App* const wait = app.add_subcommand("wait", "")->alias("await");
         wait->add_option("ID", id, "")->required();
         wait->add_option("--for", what, "")->check(CLI::IsMember({"running", "ended"}));
         wait->add_option("--timeout", what, "");
@@ -38,9 +38,12 @@ TEST(BashCompletion, offers_the_commands_their_options_and_values)
     ExpectIn(script, "compgen -W 'wait completion --help --version' -- \"$word\"");
     ExpectIn(script, "        wait) words='--help --for --timeout' ;;\n");
     ExpectIn(script, "        completion) words='--help bash powershell' ;;\n");
+    ExpectIn(script, "        await) words='--help --for --timeout' ;;\n");
+    ExpectIn(script, "        help) words='wait completion' ;;\n");
     ExpectIn(script, "        'wait --for') words='running ended'; value=1 ;;\n");
+    ExpectIn(script, "        'await --for') words='running ended'; value=1 ;;\n");
     ExpectIn(script, "        'wait --timeout') words=''; value=1 ;;\n");
-    ExpectIn(script, "        wait) words=\"$words $(prog ps 2>/dev/null");
+    ExpectIn(script, "        wait|await) words=\"$words $(prog ps 2>/dev/null");
     ExpectIn(script, "complete -o default -F _prog prog prog.exe\n");
     EXPECT_EQ(script.find('\r'), std::string::npos);
 }
@@ -50,6 +53,8 @@ TEST(PowerShellCompletion, offers_the_commands_their_options_and_values)
     const std::string script = PowerShellCompletion(Program().app);
     ExpectIn(script, "$top = @('wait', 'completion', '--help', '--version')\n");
     ExpectIn(script, "        'wait' = @('--help', '--for', '--timeout')\n");
+    ExpectIn(script, "        'await' = @('--help', '--for', '--timeout')\n");
+    ExpectIn(script, "        'help' = @('wait', 'completion')\n");
     ExpectIn(script, "        'wait --for' = @('running', 'ended')\n");
     ExpectIn(script, "        'wait --timeout' = @()\n");
     ExpectIn(script, "-CommandName prog, prog.exe ");
