@@ -102,6 +102,7 @@ bool IsWorthWatching(const AttributedRecord& record)
     case EventKind::kSupervisionEnded:
     case EventKind::kSupervisionError:
     case EventKind::kQueueOverflow:
+    case EventKind::kLogOutage:
         return true;
     default:
         return false;

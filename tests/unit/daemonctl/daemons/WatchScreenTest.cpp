@@ -88,9 +88,9 @@ TEST(WatchScreen, Without_a_supervisor_says_so_and_goes_on_showing_the_records)
 
 TEST(WatchScreen, Records_about_daemons_and_about_the_supervisors_life_are_worth_watching)
 {
-    for (const char* text :
-         {"Start DaemonId(0) PId(1) : a.exe ", "Deamon Thread started",
-          "Exception caught in : Access violation", "Overflowed message queue."}) {
+    for (const char* text : {"Start DaemonId(0) PId(1) : a.exe ", "Deamon Thread started",
+                             "Exception caught in : Access violation", "Overflowed message queue.",
+                             "Log file a.log is written again. Messages missing in it: 3"}) {
         EXPECT_TRUE(IsWorthWatching(RecordAt(1, text))) << text;
     }
     EXPECT_FALSE(IsWorthWatching(RecordAt(1, "Connected to WMI resource")));
