@@ -48,6 +48,8 @@ int Run()
     AddRestartCommand(app, exitCode);
     AddReportCommand(app, exitCode, DefaultLogPath, StateOfSupervisor);
     AddMetricsCommand(app, exitCode);
+    AddWatchCommand(app, exitCode);
+    AddRecordCommand(app, exitCode, DefaultLogPath);
     AddDoctorCommand(app, exitCode);
     AddCompletionCommand(app, exitCode);
 

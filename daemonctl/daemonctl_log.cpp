@@ -24,6 +24,7 @@ int Run(int argc, char** argv)
     int exitCode = kDone;
     AddLogCommand(app, exitCode, {});
     AddReportCommand(app, exitCode, {});
+    AddRecordCommand(app, exitCode, {});
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

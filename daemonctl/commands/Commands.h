@@ -66,6 +66,13 @@ void AddLogCommand(CLI::App& app, int& exitCode, const LogPath& path);
 void AddReportCommand(CLI::App& app, int& exitCode, const LogPath& path,
                       const SupervisorNow& supervisor = {});
 
+/// Adds record, which records the log into a folder of files.
+/// @param path  empty: the operator must name the log file
+void AddRecordCommand(CLI::App& app, int& exitCode, const LogPath& path);
+
+/// Adds watch, which calls a program when there is trouble.
+void AddWatchCommand(CLI::App& app, int& exitCode);
+
 /// Adds completion. Its scripts complete the commands that app has when the command runs.
 void AddCompletionCommand(CLI::App& app, int& exitCode);
 

@@ -29,6 +29,7 @@ constexpr std::uint32_t kMostSecondsBetweenLooks = 86400;
 
 struct PsOptions {
     bool json = false;
+    std::string log;                // in place of the log of this machine; empty: that log
     std::uint32_t watchSeconds = 0; // 0: not given
     LineOutput::Colour colour = LineOutput::Colour::kAuto;
 };
@@ -54,7 +55,7 @@ void PrintTable(const std::vector<DaemonStatus>& daemons, std::int64_t nowMs,
 int Ps(const PsOptions& options)
 {
     const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
-    const Timeline timeline = ReadTimeline();
+    const Timeline timeline = ReadTimeline(options.log);
     const std::int64_t nowMs = NowMs();
     const SupervisorRun& run = RunOfThisMachine(timeline);
     const auto daemons = StatusOfDaemons(run, SourceOfThisMachine(), nowMs, children);
@@ -85,6 +86,11 @@ void AddPsCommand(CLI::App& app, int& exitCode)
         ->transform(DecimalNumber())
         ->check(CLI::Range(std::uint32_t{1}, kMostSecondsBetweenLooks).description(""))
         ->excludes(json);
+    command
+        ->add_option("--log", options->log,
+                     "Read this folder, which record has made, in place of the log")
+        ->type_name("FOLDER")
+        ->excludes(watch);
     AddColourOption(*command, options->colour);
     command->footer(
         "Examples:\n"

@@ -11,10 +11,10 @@
 
 namespace vqrx::client::v0 {
 
-Timeline ReadTimeline()
+Timeline ReadTimeline(const std::string& path)
 {
     try {
-        return BuildTimeline(ReadLogFile(DefaultLogPath()));
+        return BuildTimeline(ReadLogFile(path.empty() ? DefaultLogPath() : path));
     } catch (const std::runtime_error& error) {
         throw LogUnreadable(error.what());
     }

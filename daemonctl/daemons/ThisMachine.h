@@ -16,8 +16,9 @@ public:
 };
 
 /// Reads the log of this machine's supervisor and makes its timeline.
+/// @param path  UTF-8; a file or folder in place of the log; empty: the log of this machine
 /// @throws LogUnreadable if the log's path is not known or the log cannot be read
-[[nodiscard]] Timeline ReadTimeline();
+[[nodiscard]] Timeline ReadTimeline(const std::string& path = {});
 
 /// Finds the run of the running supervisor.
 /// @return a reference into `timeline`, which must outlive it

@@ -23,10 +23,12 @@ struct FileState {
 
 class Follower {
 public:
-    Follower(const std::string& path, TextEncoding encoding, const FollowEvents& events)
+    Follower(const std::string& path, TextEncoding encoding, const FollowEvents& events,
+             const std::optional<Record>& last)
         : path_(path)
         , encoding_(encoding)
         , events_(events)
+        , last_(last)
     {
     }
 
@@ -75,7 +77,7 @@ private:
 ScanSummary FollowLog(const std::string& path, TextEncoding encoding,
                       const FollowSettings& settings, const FollowEvents& events)
 {
-    Follower follower(path, encoding, events);
+    Follower follower(path, encoding, events, settings.last);
     follower.ReadIfChanged();
     auto lastSeen = std::chrono::steady_clock::now();
     while (events.goOn()) {

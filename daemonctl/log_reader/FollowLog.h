@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace vqrx::client::v0 {
@@ -13,6 +14,7 @@ namespace vqrx::client::v0 {
 struct FollowSettings {
     std::chrono::milliseconds period{200};    ///< between two reads of the file
     std::chrono::milliseconds patience{3000}; ///< longest absence of the file
+    std::optional<Record> last = {};          ///< start after this record; nothing: at the oldest
 };
 
 /// The calls that FollowLog makes, all on the caller's thread.

@@ -1,6 +1,7 @@
 #include "LogFile.h"
 
 #include "InputFile.h"
+#include "RecordFolder.h"
 #include "Snapshot.h"
 
 #include <memory>
@@ -17,6 +18,9 @@ ScanSummary ReadLogFile(const std::string& path, TextEncoding encoding,
         record.text = ToUtf8(record.text, encoding);
         onRecord(std::move(record));
     };
+    if (IsRecordFolder(path)) {
+        return ReadRecordFolder(path, onRecord);
+    }
     const auto open = [&path] { return InputFile::Open(path); };
     if (const std::optional<std::string> bytes = Snapshot(open)) {
         MemorySource source(*bytes);

@@ -56,11 +56,16 @@ def main():
                                                    "--json", "C:\\APPLIANCE\\page.json")
         assert code == 0, errors
         check("report", json.loads((appliance.root / "page.json").read_text()))
+        # A recorded log tells the same as the log.
+        assert appliance.daemonctl("record", "--once", "--output", "C:\\APPLIANCE\\records")[0] == 0
+        recorded = json.loads(appliance.daemonctl("ps", "--json", "--log", "C:\\APPLIANCE\\records")[1])
+        assert {daemon["command"] for daemon in recorded["daemons"]} == \
+            {daemon["command"] for daemon in listing["daemons"]}, recorded
         lines = appliance.daemonctl("log", "--json")[1].splitlines()
         for line in lines:
             check("log", json.loads(line))
         validated = sorted(path.name for path in SCHEMAS.iterdir())
-        assert validated == [f"{name}.schema.json" for name in ("check", "doctor", "log", "ps", "report")]
+        assert validated == [f"{name}.schema.json" for name in ("check", "doctor", "log", "ps", "report", "watch")]
     check("log", {"event": "records-overwritten", "count": None})
     check("log", {"event": "log-begun-anew"})
     print(f"{len(validated)} schemas, {len(lines)} records of the log: no problems found")

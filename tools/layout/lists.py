@@ -62,6 +62,7 @@ NO_MESSAGES = {
 # source is wrong.
 TESTED_BY = {
     "daemonctl/commands/ApplyCommand.cpp": "tests/integration/FleetTest.cpp",
+    "daemonctl/commands/CalledProgram.cpp": "tests/operator/trouble_test.py",
     "daemonctl/commands/CheckCommand.cpp": "tests/integration/OperatorTest.cpp",
     "daemonctl/commands/CompletionCommand.cpp": "tests/unit/daemonctl/commands/CompletionTest.cpp",
     "daemonctl/commands/ConsoleReporter.cpp": "tests/integration/StopTest.cpp",
@@ -71,7 +72,7 @@ TESTED_BY = {
     "daemonctl/commands/Interrupt.cpp": "tests/operator/watch_test.sh",
     "daemonctl/commands/LaunchedDaemon.cpp": "tests/integration/DaemonctlTest.cpp",
     "daemonctl/commands/LogOptions.cpp": "tests/unit/daemonctl/commands/LogCommandTest.cpp",
-    "daemonctl/commands/MetricsCommand.cpp": "tests/integration/OperatorTest.cpp",
+    "daemonctl/commands/MetricsCommand.cpp": "tests/operator/fleet_test.py",
     "daemonctl/commands/PsCommand.cpp": "tests/integration/OperatorTest.cpp",
     "daemonctl/commands/PsWatch.cpp": "tests/operator/watch_test.sh",
     "daemonctl/commands/ReattachCommand.cpp": "tests/integration/UpgradeTest.cpp",
@@ -79,6 +80,7 @@ TESTED_BY = {
     "daemonctl/commands/Unwatched.cpp": "tests/integration/HandOverTest.cpp",
     "daemonctl/commands/WaitCommand.cpp": "tests/integration/OperatorTest.cpp",
     "daemonctl/commands/WatchDaemon.cpp": "tests/integration/OperatorTest.cpp",
+    "daemonctl/commands/WatchCommand.cpp": "tests/operator/trouble_test.py",
     "daemonctl/commands/WithSupervisor.cpp": "tests/integration/DaemonctlTest.cpp",
     "daemonctl/control/ApplyFleet.cpp": "tests/integration/FleetTest.cpp",
     "daemonctl/control/HandOver.cpp": "tests/integration/HandOverTest.cpp",

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "win32/UniqueHandle.h"
+
+#include <map>
+#include <string>
+
+namespace vqrx::client::v0 {
+
+/// A program that was called with a text on its standard input. The destructor ends it, and with it all
+/// programs that it has started.
+class CalledProgram {
+public:
+    /// Starts the program without a window.
+    /// @param program      full path, UTF-8; without arguments
+    /// @param environment  variables in addition to those of this process, UTF-8
+    /// @param input        the standard input
+    /// @throws std::runtime_error if Windows does not start it
+    CalledProgram(const std::string& program, const std::map<std::string, std::string>& environment,
+                  const std::string& input);
+
+    /// Returns whether the program still runs.
+    [[nodiscard]] bool Runs() const;
+
+private:
+    system::win32::v1::UniqueKernelHandle job_;
+    system::win32::v1::UniqueKernelHandle process_;
+};
+
+} // namespace vqrx::client::v0

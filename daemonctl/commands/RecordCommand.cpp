@@ -1,0 +1,156 @@
+#include "Commands.h"
+
+#include "LogOptions.h"
+
+#include "DecimalNumber.h"
+#include "ExitCode.h"
+#include "FollowLog.h"
+#include "RecordFolder.h"
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+namespace vqrx::client::v0 {
+namespace {
+
+constexpr std::uint64_t kMebibyte = std::uint64_t{1024} * 1024;
+constexpr std::int64_t kHourOfRecordsMs = std::int64_t{60} * 60 * 1000;
+
+struct RecordArguments : LogOptions {
+    std::string output;
+    std::uint32_t fileMebibytes = 16;
+    std::uint32_t fileHours = 24;
+    std::uint32_t folderMebibytes = 1024;
+    bool once = false;
+};
+
+std::string DescribeGap(const NewRecords& found)
+{
+    if (found.isNewLog) {
+        return "the log was begun anew; records may be missing here";
+    }
+    return (found.lostCount ? std::to_string(*found.lostCount) : "an unknown number of") +
+           (found.lostCount == 1U ? " record was" : " records were") +
+           " overwritten before they could be recorded";
+}
+
+/// Thrown by a look that cannot write; a look that cannot read throws std::runtime_error.
+class FolderNotWritten : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+template <typename Write>
+void OrNotWritten(const Write& write)
+{
+    try {
+        write();
+    } catch (const std::runtime_error& error) {
+        throw FolderNotWritten(error.what());
+    }
+}
+
+// Follows the log until it cannot be read.
+void FollowInto(RecordFolder& folder, const RecordArguments& arguments, const std::string& path)
+{
+    FollowSettings settings;
+    settings.last = folder.Last();
+    FollowEvents events;
+    events.record = [&](const Record& record) { OrNotWritten([&] { folder.Add(record); }); };
+    events.gap = [&](const NewRecords& found) {
+        const std::string text = DescribeGap(found);
+        PrintError(arguments, text);
+        OrNotWritten([&] { folder.AddRemark(text); });
+    };
+    events.goOn = [&] {
+        OrNotWritten([&] { folder.Flush(); });
+        return !arguments.once;
+    };
+    static_cast<void>(FollowLog(path, arguments.encoding, settings, events));
+}
+
+int RecordLog(const RecordArguments& arguments, const std::string& path)
+{
+    RecordFolderLimits limits;
+    limits.fileBytes = arguments.fileMebibytes * kMebibyte;
+    limits.fileMs = arguments.fileHours * kHourOfRecordsMs;
+    limits.folderBytes = arguments.folderMebibytes * kMebibyte;
+    bool isMissing = false; // said once, until the log is back
+    for (;;) {
+        try {
+            std::optional<RecordFolder> folder;
+            OrNotWritten([&] { folder.emplace(arguments.output, limits); });
+            FollowInto(*folder, arguments, path);
+            return kDone;
+        } catch (const FolderNotWritten& error) {
+            PrintError(arguments, error.what());
+            return kRefused;
+        } catch (const std::runtime_error& error) {
+            if (arguments.once) {
+                throw;
+            }
+            if (!isMissing) {
+                PrintError(arguments, std::string(error.what()) + "; waiting for it");
+            }
+            isMissing = true;
+        }
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+    }
+}
+
+} // namespace
+
+void AddRecordCommand(CLI::App& app, int& exitCode, const LogPath& path)
+{
+    const auto arguments = std::make_shared<RecordArguments>();
+    CLI::App* const command = app.add_subcommand(
+        "record", "Record the log into a folder of files that keeps what the log overwrites");
+    AddLogOptions(*command, *arguments, static_cast<bool>(path));
+    command->add_option("--output", arguments->output, "Record into this folder")
+        ->type_name("FOLDER")
+        ->required();
+    command
+        ->add_option("--max-file", arguments->fileMebibytes,
+                     "Begin a new file after this many MiB; default: 16")
+        ->type_name("MIB")
+        ->transform(DecimalNumber())
+        ->check(CLI::Range(1U, 4096U).description(""));
+    command
+        ->add_option("--max-age", arguments->fileHours,
+                     "Begin a new file after this many hours; default: 24")
+        ->type_name("HOURS")
+        ->transform(DecimalNumber())
+        ->check(CLI::Range(1U, 8784U).description(""));
+    command
+        ->add_option("--max-total", arguments->folderMebibytes,
+                     "Remove the oldest files if all together exceed this many MiB; default: 1024")
+        ->type_name("MIB")
+        ->transform(DecimalNumber())
+        ->check(CLI::Range(1U, 1048576U).description(""));
+    command->add_flag("--once", arguments->once,
+                      "Record what the log holds now, and end; for a scheduled task");
+    const std::string program = app.get_name();
+    command->footer(
+        "Examples:\n"
+        "  " +
+        program +
+        " record --output D:\\evidence\n"
+        "  " +
+        program +
+        " log --file D:\\evidence --program video.exe\n"
+        "The command continues where it ended, without a gap or a repetition. If the log has\n"
+        "overwritten records meanwhile, a line in the files and on standard error says how many.\n"
+        "log, report and ps --log read the folder in place of the log.\n"
+        "Exit code 4: the folder cannot be written; 5: the log cannot be read (with --once).");
+    command->callback([&exitCode, arguments, path] {
+        exitCode = WithLogFile(
+            *arguments, path, [&](const std::string& file) { return RecordLog(*arguments, file); });
+    });
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,175 @@
+#include "Commands.h"
+
+#include "CalledProgram.h"
+#include "DecimalNumber.h"
+#include "ExitCode.h"
+#include "Interrupt.h"
+#include "PrintText.h"
+#include "Printable.h"
+#include "ThisMachine.h"
+#include "TimeText.h"
+#include "TroubleWatch.h"
+#include "WithSupervisor.h"
+
+#include <windows.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <iostream>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vqrx::client::v0 {
+namespace {
+
+constexpr std::uint32_t kLookForTroubleMs = 1000;
+constexpr std::size_t kMostTroublesToTell = 1000; // while a call is not due yet
+
+struct WatchOptions {
+    std::string program;
+    std::uint32_t everySeconds = 60;
+    std::uint32_t downSeconds = 30;
+    std::uint32_t timeoutSeconds = 30;
+};
+
+/// Calls the operator's program with the changes that wait: one call at a time, and not more often than
+/// the operator asked.
+class Caller {
+public:
+    explicit Caller(const WatchOptions& options)
+        : options_(options)
+    {
+    }
+
+    void Add(std::vector<Trouble> troubles)
+    {
+        waiting_.insert(waiting_.end(), std::make_move_iterator(troubles.begin()),
+                        std::make_move_iterator(troubles.end()));
+        if (waiting_.size() > kMostTroublesToTell) {
+            waiting_.erase(waiting_.begin(),
+                           waiting_.end() - static_cast<std::ptrdiff_t>(kMostTroublesToTell));
+        }
+    }
+
+    /// Ends a call that hangs, and makes the next one if it is due.
+    void Tend()
+    {
+        const ULONGLONG now = GetTickCount64();
+        if (called_ && !called_->Runs()) {
+            called_.reset();
+        }
+        if (called_ && now - calledAt_ >= ULONGLONG{options_.timeoutSeconds} * 1000) {
+            std::cerr << "daemonctl: " << options_.program << " has not ended within "
+                      << options_.timeoutSeconds << " s and was ended" << std::endl;
+            called_.reset();
+        }
+        const bool isDue =
+            !hasCalled_ || now - calledAt_ >= ULONGLONG{options_.everySeconds} * 1000;
+        if (!called_ && isDue && !waiting_.empty()) {
+            Call(now);
+        }
+    }
+
+private:
+    void Call(ULONGLONG now)
+    {
+        const std::vector<Trouble> troubles = std::exchange(waiting_, {});
+        const Trouble& first = troubles.front();
+        hasCalled_ = true;
+        calledAt_ = now;
+        try {
+            called_.emplace(options_.program,
+                            std::map<std::string, std::string>{
+                                {"DAEMONMANAGER_EVENT", std::string(NameOf(first.kind))},
+                                {"DAEMONMANAGER_EVENTS", std::to_string(troubles.size())},
+                                {"DAEMONMANAGER_TEXT", Printable(DescribeChange(first))},
+                                {"DAEMONMANAGER_DAEMON_ID",
+                                 first.daemonId ? std::to_string(*first.daemonId) : std::string()},
+                                {"DAEMONMANAGER_COMMAND", Printable(first.command)}},
+                            TroublesJson(troubles, NowMs(), DM_VERSION));
+        } catch (const std::runtime_error& error) {
+            std::cerr << "daemonctl: " << error.what() << std::endl;
+        }
+    }
+
+    const WatchOptions& options_;
+    std::vector<Trouble> waiting_;
+    std::optional<CalledProgram> called_;
+    ULONGLONG calledAt_ = 0;
+    bool hasCalled_ = false;
+};
+
+// @return nothing if no supervisor answers, or its log does not show it
+std::optional<std::vector<DaemonStatus>> DaemonsNow(std::int64_t nowMs)
+{
+    try {
+        if (!IsSupervisorThere()) {
+            return std::nullopt;
+        }
+        const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
+        const Timeline timeline = ReadTimeline();
+        return StatusOfDaemons(RunOfThisMachine(timeline), SourceOfThisMachine(), nowMs, children);
+    } catch (const std::runtime_error&) {
+        return std::nullopt;
+    }
+}
+
+int WatchForTrouble(const WatchOptions& options)
+{
+    const Interrupt interrupt;
+    TroubleWatch watch(std::int64_t{options.downSeconds} * 1000);
+    Caller caller(options);
+    do {
+        const std::int64_t nowMs = NowMs();
+        std::vector<Trouble> troubles = watch.Look(nowMs, DaemonsNow(nowMs));
+        for (const Trouble& trouble : troubles) {
+            PrintText(LocalTimeText(nowMs) + " " + Printable(DescribeChange(trouble)) + "\n");
+        }
+        caller.Add(std::move(troubles));
+        caller.Tend();
+    } while (!interrupt.WaitFor(kLookForTroubleMs));
+    return kDone;
+}
+
+} // namespace
+
+void AddWatchCommand(CLI::App& app, int& exitCode)
+{
+    const auto options = std::make_shared<WatchOptions>();
+    CLI::App* const command = app.add_subcommand(
+        "watch", "Call a program when a daemon or the supervisor gets into trouble, or out of it");
+    command->add_option("--exec", options->program, "Call this program file, without arguments")
+        ->type_name("PROGRAM")
+        ->required();
+    command
+        ->add_option("--every", options->everySeconds,
+                     "Call at most once in this many seconds; default: 60")
+        ->type_name("SECONDS")
+        ->transform(DecimalNumber());
+    command
+        ->add_option("--down", options->downSeconds,
+                     "Tell that a daemon is down after this many seconds; default: 30")
+        ->type_name("SECONDS")
+        ->transform(DecimalNumber());
+    command
+        ->add_option("--timeout", options->timeoutSeconds,
+                     "End a call that takes longer than this many seconds; default: 30")
+        ->type_name("SECONDS")
+        ->transform(DecimalNumber());
+    command->footer(
+        "Example:\n"
+        "  daemonctl watch --exec C:\\FW\\App\\send_mail.bat --every 300\n"
+        "The program gets the first change in its environment (DAEMONMANAGER_EVENT,\n"
+        "DAEMONMANAGER_TEXT, DAEMONMANAGER_DAEMON_ID, DAEMONMANAGER_COMMAND), their number in\n"
+        "DAEMONMANAGER_EVENTS, and all of them as JSON on its standard input. Calls never overlap.\n"
+        "The command runs until Ctrl+C and also prints each change.");
+    command->callback([&exitCode, options] { exitCode = WatchForTrouble(*options); });
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,158 @@
+#include "TroubleWatch.h"
+
+#include "ExitReason.h"
+#include "TimeText.h"
+
+#include <nlohmann/json.hpp>
+
+namespace vqrx::client::v0 {
+namespace {
+
+using TroubleObject = nlohmann::ordered_json;
+
+Trouble ChangeOf(Trouble::Kind kind, std::int64_t nowMs)
+{
+    Trouble trouble;
+    trouble.kind = kind;
+    trouble.timeMs = nowMs;
+    return trouble;
+}
+
+Trouble ChangeOfDaemon(Trouble::Kind kind, std::int64_t nowMs, const DaemonStatus& daemon)
+{
+    Trouble trouble = ChangeOf(kind, nowMs);
+    trouble.daemonId = daemon.id;
+    trouble.command = WithoutBlank(daemon.command);
+    trouble.restartsLastHour = daemon.recent.lastHour;
+    trouble.lastExit = daemon.lastExit ? ReadableReason(daemon.lastExit->reason) : std::string();
+    return trouble;
+}
+
+TroubleObject ObjectOf(const Trouble& trouble)
+{
+    TroubleObject object = {{"event", NameOf(trouble.kind)},
+                            {"text", DescribeChange(trouble)},
+                            {"time_ms", trouble.timeMs}};
+    if (!trouble.command.empty()) {
+        object["id"] = trouble.daemonId ? TroubleObject(*trouble.daemonId) : TroubleObject(nullptr);
+        object["command"] = trouble.command;
+        object["restarts_last_hour"] = trouble.restartsLastHour;
+        object["last_exit"] =
+            trouble.lastExit.empty() ? TroubleObject(nullptr) : TroubleObject(trouble.lastExit);
+    }
+    return object;
+}
+
+} // namespace
+
+std::vector<Trouble> TroubleWatch::Look(std::int64_t nowMs,
+                                        const std::optional<std::vector<DaemonStatus>>& daemons)
+{
+    std::vector<Trouble> found;
+    const bool isThere = daemons.has_value();
+    if (isThere != isThere_.value_or(true)) {
+        found.push_back(ChangeOf(
+            isThere ? Trouble::Kind::supervisorBack : Trouble::Kind::supervisorLost, nowMs));
+    }
+    isThere_ = isThere;
+    const std::map<Key, Known> before = std::exchange(known_, {});
+    if (!isThere) {
+        return found;
+    }
+    for (const DaemonStatus& daemon : *daemons) {
+        const Key key(daemon.id, daemon.command);
+        const auto same = before.find(key);
+        Known known = same != before.end() ? same->second : Known();
+        LookAt(daemon, nowMs, known, found);
+        known_[key] = known;
+    }
+    return found;
+}
+
+void TroubleWatch::LookAt(const DaemonStatus& daemon, std::int64_t nowMs, Known& known,
+                          std::vector<Trouble>& found) const
+{
+    const auto note = [&](bool& before, bool now, Trouble::Kind began, Trouble::Kind ended) {
+        if (before != now) {
+            found.push_back(ChangeOfDaemon(now ? began : ended, nowMs, daemon));
+        }
+        before = now;
+    };
+    note(known.inCrashLoop, daemon.state == RunState::restarting, Trouble::Kind::crashLoopBegan,
+         Trouble::Kind::crashLoopEnded);
+    note(known.cannotStart, daemon.state == RunState::cannotStart, Trouble::Kind::cannotStart,
+         Trouble::Kind::startsAgain);
+    if (daemon.state != RunState::ended) {
+        known.downSinceMs.reset();
+    } else if (!known.downSinceMs) {
+        known.downSinceMs = nowMs;
+    }
+    note(known.isDown, known.downSinceMs && nowMs - *known.downSinceMs >= downMs_,
+         Trouble::Kind::down, Trouble::Kind::upAgain);
+}
+
+std::string_view NameOf(Trouble::Kind kind) noexcept
+{
+    switch (kind) {
+    case Trouble::Kind::supervisorLost:
+        return "supervisor-lost";
+    case Trouble::Kind::supervisorBack:
+        return "supervisor-back";
+    case Trouble::Kind::crashLoopBegan:
+        return "crash-loop-began";
+    case Trouble::Kind::crashLoopEnded:
+        return "crash-loop-ended";
+    case Trouble::Kind::cannotStart:
+        return "cannot-start";
+    case Trouble::Kind::startsAgain:
+        return "starts-again";
+    case Trouble::Kind::down:
+        return "down";
+    case Trouble::Kind::upAgain:
+        break;
+    }
+    return "up-again";
+}
+
+std::string DescribeChange(const Trouble& trouble)
+{
+    switch (trouble.kind) {
+    case Trouble::Kind::supervisorLost:
+        return "the supervisor does not run";
+    case Trouble::Kind::supervisorBack:
+        return "the supervisor runs again";
+    case Trouble::Kind::crashLoopBegan:
+        return trouble.command +
+               " ends again and again: " + std::to_string(trouble.restartsLastHour) +
+               " restarts in the last hour" +
+               (trouble.lastExit.empty() ? "" : ", last exit: " + trouble.lastExit);
+    case Trouble::Kind::crashLoopEnded:
+        return trouble.command + " no longer ends again and again";
+    case Trouble::Kind::cannotStart:
+        return trouble.command + " cannot be started";
+    case Trouble::Kind::startsAgain:
+        return trouble.command + " can be started again";
+    case Trouble::Kind::down:
+        return trouble.command + " does not run";
+    case Trouble::Kind::upAgain:
+        break;
+    }
+    return trouble.command + " runs again";
+}
+
+std::string TroublesJson(const std::vector<Trouble>& troubles, std::int64_t nowMs,
+                         const std::string& version)
+{
+    TroubleObject events = TroubleObject::array();
+    for (const Trouble& trouble : troubles) {
+        events.push_back(ObjectOf(trouble));
+    }
+    const std::optional<std::string> time = IsoTime(nowMs);
+    const TroubleObject object = {{"version", version},
+                                  {"time", time ? TroubleObject(*time) : TroubleObject(nullptr)},
+                                  {"time_ms", nowMs},
+                                  {"events", std::move(events)}};
+    return object.dump(-1, ' ', true, TroubleObject::error_handler_t::replace) + "\n";
+}
+
+} // namespace vqrx::client::v0

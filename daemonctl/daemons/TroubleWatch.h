@@ -1,0 +1,84 @@
+#pragma once
+
+#include "DaemonStatus.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace vqrx::client::v0 {
+
+/// A change that somebody should be told: trouble that began, or that ended.
+struct Trouble {
+    enum class Kind {
+        supervisorLost,
+        supervisorBack,
+        crashLoopBegan,
+        crashLoopEnded,
+        cannotStart,
+        startsAgain,
+        down, ///< the daemon has had no process for as long as the watch was told to wait
+        upAgain
+    };
+    Kind kind = Kind::supervisorLost;
+    std::int64_t timeMs = 0; ///< when it was seen, milliseconds since 1970, UTC
+    // The other members are set only for a daemon.
+    std::optional<std::uint32_t> daemonId; ///< nothing: no record of the log shows it
+    std::string command;                   ///< path and arguments, without the blank at the end
+    std::size_t restartsLastHour = 0;
+    std::string lastExit; ///< reason of the last end, in ReadableReason()'s words; empty: not known
+};
+
+/// Finds in a series of looks what somebody should be told. Trouble that is there at the first look
+/// counts as begun then. A daemon that a client stopped or detached is forgotten. While no supervisor
+/// answers, nothing is known of the daemons, and they count as new when it is back. Pure.
+class TroubleWatch {
+public:
+    /// @param downMs  how long a daemon may be without a process, milliseconds
+    explicit TroubleWatch(std::int64_t downMs) noexcept
+        : downMs_(downMs)
+    {
+    }
+
+    /// Takes the next look.
+    /// @param nowMs    milliseconds since 1970, UTC
+    /// @param daemons  nothing if no supervisor answers
+    /// @return what has changed since the look before
+    [[nodiscard]] std::vector<Trouble>
+    Look(std::int64_t nowMs, const std::optional<std::vector<DaemonStatus>>& daemons);
+
+private:
+    using Key = std::pair<std::optional<std::uint32_t>, std::string>;
+
+    struct Known {
+        bool inCrashLoop = false;
+        bool cannotStart = false;
+        std::optional<std::int64_t> downSinceMs;
+        bool isDown = false; // and somebody was told
+    };
+
+    void LookAt(const DaemonStatus& daemon, std::int64_t nowMs, Known& known,
+                std::vector<Trouble>& found) const;
+
+    std::int64_t downMs_;
+    std::optional<bool> isThere_; // the supervisor, at the look before
+    std::map<Key, Known> known_;
+};
+
+/// Returns the name of a change for programs, for example "crash-loop-began".
+[[nodiscard]] std::string_view NameOf(Trouble::Kind kind) noexcept;
+
+/// Describes a change in a sentence for people.
+[[nodiscard]] std::string DescribeChange(const Trouble& trouble);
+
+/// Writes changes for programs: one JSON object and a line feed after it. docs/daemonctl.md describes
+/// the fields, whose names are fixed. Letters beyond ASCII are escaped.
+/// @param nowMs  milliseconds since 1970, UTC
+[[nodiscard]] std::string TroublesJson(const std::vector<Trouble>& troubles, std::int64_t nowMs,
+                                       const std::string& version);
+
+} // namespace vqrx::client::v0

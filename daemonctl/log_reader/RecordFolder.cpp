@@ -1,0 +1,232 @@
+#include "RecordFolder.h"
+
+#include "RecordLine.h"
+#include "TimeText.h"
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <iterator>
+#include <stdexcept>
+#include <system_error>
+
+namespace vqrx::client::v0 {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kDigits = 6; // of the number at the beginning of a name
+
+fs::path PathOf(const std::string& utf8)
+{
+    return {std::u8string(utf8.begin(), utf8.end())};
+}
+
+fs::path PathIn(const std::string& folder, const std::string& name)
+{
+    return PathOf(folder) / PathOf(name);
+}
+
+std::optional<std::uint64_t> NumberOfName(const std::string& name)
+{
+    std::uint64_t number = 0;
+    const char* const end = name.data() + name.size();
+    const auto [rest, error] = std::from_chars(name.data(), end, number);
+    return error == std::errc() && rest != end && *rest == '-' && name.ends_with(".log")
+               ? std::optional(number)
+               : std::nullopt;
+}
+
+// Returns the names of the files in the order of their numbers.
+std::vector<std::string> NamesIn(const std::string& folder)
+{
+    std::error_code error;
+    std::vector<std::string> names;
+    fs::directory_iterator entry(PathOf(folder), error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        const std::u8string name = entry->path().filename().u8string();
+        if (NumberOfName(std::string(name.begin(), name.end()))) {
+            names.emplace_back(name.begin(), name.end());
+        }
+    }
+    if (error) {
+        throw std::runtime_error(folder + " cannot be read: " + error.message());
+    }
+    std::sort(names.begin(), names.end(), [](const std::string& left, const std::string& right) {
+        return NumberOfName(left) < NumberOfName(right);
+    });
+    return names;
+}
+
+std::string ReadWhole(const fs::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        throw std::runtime_error(path.string() + " cannot be read");
+    }
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// Calls take with each line that has an end, and the offset behind it.
+// @return the bytes without a line end, at the end of the content
+template <typename Take>
+std::string_view EachLine(std::string_view content, const Take& take)
+{
+    std::size_t begin = 0;
+    for (std::size_t end = content.find('\n'); end != std::string_view::npos;
+         end = content.find('\n', begin)) {
+        take(content.substr(begin, end - begin), end + 1);
+        begin = end + 1;
+    }
+    return content.substr(begin);
+}
+
+} // namespace
+
+RecordFolder::RecordFolder(const std::string& path, const RecordFolderLimits& limits)
+    : path_(path)
+    , limits_(limits)
+{
+    std::error_code error;
+    fs::create_directories(PathOf(path), error);
+    names_ = NamesIn(path);
+    Continue();
+}
+
+// Finds the last record, and removes what stands behind it in the last file.
+void RecordFolder::Continue()
+{
+    while (!names_.empty() && !last_) {
+        const fs::path path = PathIn(path_, names_.back());
+        const std::string content = ReadWhole(path);
+        std::size_t end = 0;
+        EachLine(content, [&](std::string_view line, std::size_t next) {
+            RecordLine read = ParseRecordLine(line);
+            if (read.grade == LineGrade::kUnreadable) {
+                return;
+            }
+            firstMs_ = end == 0 ? read.record.timeMs : firstMs_;
+            last_ = std::move(read.record);
+            end = next;
+        });
+        if (!last_) { // a file that was begun, and nothing more
+            fs::remove(path);
+            names_.pop_back();
+            continue;
+        }
+        fs::resize_file(path, end);
+        size_ = end;
+        file_.open(path, std::ios::binary | std::ios::app);
+    }
+}
+
+void RecordFolder::Add(const Record& record)
+{
+    const std::string line = LineOf(record) + "\n";
+    if (names_.empty() || size_ + line.size() > limits_.fileBytes ||
+        record.timeMs - firstMs_ >= limits_.fileMs) {
+        BeginFile(record.timeMs);
+    }
+    Write(line);
+    last_ = record;
+}
+
+void RecordFolder::AddRemark(std::string_view text)
+{
+    if (!names_.empty()) {
+        Write("# " + std::string(text) + "\n");
+    }
+}
+
+void RecordFolder::BeginFile(std::int64_t timeMs)
+{
+    const std::uint64_t number = names_.empty() ? 1 : NumberOfName(names_.back()).value_or(0) + 1;
+    std::string name = std::to_string(number);
+    name.insert(0, kDigits - std::min(kDigits, name.size()), '0');
+    std::string time = IsoTime(timeMs).value_or("without-a-date").substr(0, 19);
+    std::replace(time.begin(), time.end(), ':', '-');
+    name += "-" + time + ".log";
+    file_.close();
+    file_.clear();
+    file_.open(PathIn(path_, name), std::ios::binary | std::ios::app);
+    names_.push_back(name);
+    size_ = 0;
+    firstMs_ = timeMs;
+    RemoveOldest();
+}
+
+void RecordFolder::RemoveOldest()
+{
+    std::error_code error;
+    std::uint64_t total = limits_.fileBytes; // the present file will have about this size
+    std::vector<std::uint64_t> sizes;
+    for (const std::string& name : names_) {
+        const std::uintmax_t size = fs::file_size(PathIn(path_, name), error);
+        sizes.push_back(error ? 0 : size);
+        total += sizes.back();
+    }
+    std::size_t removed = 0;
+    while (removed + 1 < names_.size() && total > limits_.folderBytes) {
+        fs::remove(PathIn(path_, names_[removed]), error);
+        total -= sizes[removed++];
+    }
+    names_.erase(names_.begin(), names_.begin() + static_cast<std::ptrdiff_t>(removed));
+}
+
+void RecordFolder::Write(const std::string& line)
+{
+    file_ << line;
+    size_ += line.size();
+    if (!file_) {
+        throw std::runtime_error(path_ + " cannot be written");
+    }
+}
+
+void RecordFolder::Flush()
+{
+    if (!names_.empty() && !file_.flush()) {
+        throw std::runtime_error(path_ + " cannot be written");
+    }
+}
+
+bool IsRecordFolder(const std::string& path)
+{
+    std::error_code error;
+    return fs::is_directory(PathOf(path), error);
+}
+
+ScanSummary ReadRecordFolder(const std::string& path, const RecordCallback& onRecord)
+{
+    ScanSummary summary;
+    const std::vector<std::string> names = NamesIn(path);
+    if (names.empty()) {
+        throw std::runtime_error(path + " cannot be read: the folder holds no recorded log");
+    }
+    for (const std::string& name : names) {
+        const std::string content = ReadWhole(PathIn(path, name));
+        const std::string_view rest = EachLine(content, [&](std::string_view line, std::size_t) {
+            if (line.starts_with('#')) {
+                return;
+            }
+            RecordLine read = ParseRecordLine(line);
+            if (read.grade == LineGrade::kUnreadable) {
+                ++summary.unreadable;
+                return;
+            }
+            ++summary.records;
+            summary.damaged += read.grade == LineGrade::kWhole ? 0 : 1;
+            onRecord(std::move(read.record));
+        });
+        summary.torn += rest.empty() ? 0 : 1;
+    }
+    return summary;
+}
+
+std::string LineOf(const Record& record)
+{
+    return (record.number ? std::to_string(*record.number) : std::string()) + ";" + record.date +
+           ";" + std::to_string(record.timeMs) + ";" + std::to_string(record.level) + ";" +
+           record.text;
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "Record.h"
+#include "ScanSummary.h"
+
+#include <cstdint>
+#include <fstream>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vqrx::client::v0 {
+
+/// The bounds of a folder of recorded records.
+struct RecordFolderLimits {
+    std::uint64_t fileBytes = std::uint64_t{16} * 1024 * 1024; ///< of one file
+    std::int64_t fileMs = std::int64_t{24} * 60 * 60 * 1000; ///< between its first and last record
+    std::uint64_t folderBytes = std::uint64_t{1024} * 1024 * 1024; ///< of all files together
+};
+
+/// Writes records into a folder of files. Each file holds lines as the log has them, in UTF-8, and its
+/// name begins with a number that grows: "000012-2026-11-22T04-36-42.log". A line that begins with "#" is
+/// a remark. Not for use by several threads or programs at once.
+class RecordFolder {
+public:
+    /// Makes the folder, or continues an existing one: what a power failure left of a line is removed.
+    /// @param path  UTF-8
+    /// @throws std::runtime_error if the folder cannot be made or read
+    RecordFolder(const std::string& path, const RecordFolderLimits& limits);
+
+    /// Returns the record that was added last, also by an earlier program; nothing if there is none.
+    [[nodiscard]] const std::optional<Record>& Last() const noexcept { return last_; }
+
+    /// Adds a record. Begins a new file if the present one is too large or too old, and removes the
+    /// oldest files if all together are too large.
+    /// @throws std::runtime_error if the file cannot be written
+    void Add(const Record& record);
+
+    /// Adds a remark, which readers skip.
+    /// @param text  without a line end
+    /// @throws std::runtime_error if the file cannot be written
+    void AddRemark(std::string_view text);
+
+    /// Hands everything that was added to the system.
+    /// @throws std::runtime_error if the file cannot be written
+    void Flush();
+
+private:
+    void Continue();
+    void BeginFile(std::int64_t timeMs);
+    void RemoveOldest();
+    void Write(const std::string& line);
+
+    std::string path_;
+    RecordFolderLimits limits_;
+    std::optional<Record> last_;
+    std::vector<std::string> names_; // of the files, the oldest first
+    std::ofstream file_;
+    std::uint64_t size_ = 0;   // of the present file
+    std::int64_t firstMs_ = 0; // time of its first record
+};
+
+/// Returns whether a path leads to a folder.
+[[nodiscard]] bool IsRecordFolder(const std::string& path);
+
+/// Reads all records of a folder that a RecordFolder has written, in the order of writing. A line
+/// without a line end, which a recorder may be writing, counts as torn.
+/// @param path  UTF-8
+/// @throws std::runtime_error "... cannot be read: ..." if the folder or a file cannot be read, or the
+/// folder has no such file
+[[nodiscard]] ScanSummary ReadRecordFolder(const std::string& path, const RecordCallback& onRecord);
+
+/// Writes a record as a line of the log, without a line end.
+[[nodiscard]] std::string LineOf(const Record& record);
+
+} // namespace vqrx::client::v0

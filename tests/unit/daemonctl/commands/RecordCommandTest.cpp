@@ -1,0 +1,113 @@
+#include "Commands.h"
+
+#include "LogFile.h"
+#include "RingModel.h"
+#include "TempFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class RecordCommand : public testing::Test {
+protected:
+    void Save(const RingModel& ring) { std::ofstream(log_, std::ios::binary) << ring.Bytes(); }
+
+    int Run(const std::string& command)
+    {
+        CLI::App app("test", "daemonctl");
+        int exitCode = 0;
+        client::v0::AddRecordCommand(app, exitCode, {});
+        client::v0::AddLogCommand(app, exitCode, {});
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        app.parse(command);
+        output_ = testing::internal::GetCapturedStdout();
+        errors_ = testing::internal::GetCapturedStderr();
+        return exitCode;
+    }
+
+    int RecordOnce()
+    {
+        return Run("record --once --file \"" + log_ + "\" --output \"" + records_ + "\"");
+    }
+
+    TempFolder folder_;
+    const std::string log_ = folder_.File("DaemonManager.log");
+    const std::string records_ = folder_.File("records");
+    std::string output_;
+    std::string errors_;
+};
+
+TEST_F(RecordCommand, records_every_record_of_a_ring_that_wraps_once_and_no_more)
+{
+    RingModel ring(4000);
+    std::vector<std::string> written;
+    for (int look = 0; look < 20; ++look) {
+        for (int record = 0; record < 15; ++record) { // fewer than the ring holds
+            written.push_back("record " + std::to_string(written.size()));
+            ring.Write(written.back());
+        }
+        Save(ring);
+        EXPECT_EQ(RecordOnce(), 0);
+        EXPECT_EQ(errors_, "");
+        EXPECT_EQ(RecordOnce(), 0); // nothing is new
+    }
+    std::vector<std::string> recorded;
+    for (const client::v0::Record& record : client::v0::ReadLogFile(records_)) {
+        recorded.push_back(record.text);
+    }
+    EXPECT_EQ(recorded, written);
+}
+
+TEST_F(RecordCommand, says_how_many_records_were_overwritten_before_it_came)
+{
+    RingModel ring(4000);
+    ring.Write("first");
+    Save(ring);
+    EXPECT_EQ(RecordOnce(), 0);
+    for (int record = 0; record < 500; ++record) {
+        ring.Write("record " + std::to_string(record));
+    }
+    Save(ring);
+    EXPECT_EQ(RecordOnce(), 0);
+    const auto records = client::v0::ReadLogFile(records_);
+    const auto lost = *records[1].number - *records[0].number - 1;
+    ASSERT_GT(lost, 0);
+    EXPECT_EQ(errors_, "daemonctl: " + std::to_string(lost) +
+                           " records were overwritten before they could be recorded\n");
+}
+
+TEST_F(RecordCommand, log_reads_the_folder_in_place_of_the_log)
+{
+    RingModel ring;
+    ring.Write("Start DaemonId(3) PId(7) : a.exe ");
+    Save(ring);
+    EXPECT_EQ(RecordOnce(), 0);
+    EXPECT_EQ(Run("log --file \"" + records_ + "\""), 0);
+    EXPECT_THAT(output_, HasSubstr("Start DaemonId(3) PId(7) : a.exe"));
+    EXPECT_EQ(errors_, "");
+}
+
+TEST_F(RecordCommand, reports_a_log_that_cannot_be_read_and_a_folder_that_cannot_be_made)
+{
+    EXPECT_EQ(RecordOnce(), 5);
+    EXPECT_THAT(errors_, StartsWith("daemonctl: "));
+    Save(RingModel());
+    const std::string inTheWay = folder_.File("file");
+    std::ofstream(inTheWay) << "in the way";
+    EXPECT_EQ(Run("record --once --file \"" + log_ + "\" --output \"" + inTheWay + "\""), 4);
+    EXPECT_THAT(errors_, HasSubstr(inTheWay));
+}
+
+} // namespace
+} // namespace vqrx::test

@@ -1,0 +1,126 @@
+#include "TroubleWatch.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using namespace client::v0;
+using Kind = Trouble::Kind;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+DaemonStatus InState(RunState state, std::uint32_t id = 3)
+{
+    DaemonStatus daemon;
+    daemon.id = id;
+    daemon.state = state;
+    daemon.command = "a.exe -x ";
+    daemon.recent.lastHour = 41;
+    daemon.lastExit = LastExit{1, "Unknown (0x3)", true};
+    return daemon;
+}
+
+std::vector<Kind> Kinds(const std::vector<Trouble>& troubles)
+{
+    std::vector<Kind> kinds;
+    for (const Trouble& trouble : troubles) {
+        kinds.push_back(trouble.kind);
+    }
+    return kinds;
+}
+
+class TroubleWatchTest : public testing::Test {
+protected:
+    std::vector<Kind> Look(std::int64_t nowMs,
+                           const std::optional<std::vector<DaemonStatus>>& daemons)
+    {
+        return Kinds(watch_.Look(nowMs, daemons));
+    }
+    std::vector<Kind> Look(std::int64_t nowMs, RunState state)
+    {
+        return Look(nowMs, std::vector<DaemonStatus>{InState(state)});
+    }
+    TroubleWatch watch_{30'000};
+};
+
+TEST_F(TroubleWatchTest, Healthy_daemon_is_no_news)
+{
+    EXPECT_THAT(Look(0, RunState::running), IsEmpty());
+    EXPECT_THAT(Look(1, RunState::ended), IsEmpty());
+    EXPECT_THAT(Look(2, RunState::running), IsEmpty());
+    EXPECT_THAT(Look(3, RunState::unknown), IsEmpty());
+}
+
+TEST_F(TroubleWatchTest, Crash_loop_is_told_once_when_it_begins_and_once_when_it_ends)
+{
+    EXPECT_THAT(Look(0, RunState::restarting),
+                ElementsAre(Kind::crashLoopBegan)); // at the first look
+    EXPECT_THAT(Look(1, RunState::restarting), IsEmpty());
+    EXPECT_THAT(Look(2, RunState::running), ElementsAre(Kind::crashLoopEnded));
+    EXPECT_THAT(Look(3, RunState::running), IsEmpty());
+    EXPECT_THAT(Look(4, RunState::restarting), ElementsAre(Kind::crashLoopBegan));
+}
+
+TEST_F(TroubleWatchTest, Failed_start_is_told_when_it_begins_and_ends)
+{
+    EXPECT_THAT(Look(0, RunState::cannotStart), ElementsAre(Kind::cannotStart));
+    EXPECT_THAT(Look(1, RunState::cannotStart), IsEmpty());
+    EXPECT_THAT(Look(2, RunState::running), ElementsAre(Kind::startsAgain));
+}
+
+TEST_F(TroubleWatchTest, Daemon_is_down_only_after_the_time_without_a_process)
+{
+    EXPECT_THAT(Look(0, RunState::ended), IsEmpty());
+    EXPECT_THAT(Look(29'999, RunState::ended), IsEmpty());
+    EXPECT_THAT(Look(30'000, RunState::ended), ElementsAre(Kind::down));
+    EXPECT_THAT(Look(90'000, RunState::ended), IsEmpty());
+    EXPECT_THAT(Look(90'001, RunState::running), ElementsAre(Kind::upAgain));
+    EXPECT_THAT(Look(90'002, RunState::ended), IsEmpty()); // the time begins again
+    EXPECT_THAT(Look(120'002, RunState::ended), ElementsAre(Kind::down));
+}
+
+TEST_F(TroubleWatchTest, Lost_supervisor_is_told_and_its_daemons_are_new_when_it_is_back)
+{
+    EXPECT_THAT(Look(0, RunState::restarting), ElementsAre(Kind::crashLoopBegan));
+    EXPECT_THAT(Look(1, std::nullopt), ElementsAre(Kind::supervisorLost));
+    EXPECT_THAT(Look(2, std::nullopt), IsEmpty());
+    EXPECT_THAT(Look(3, RunState::restarting),
+                ElementsAre(Kind::supervisorBack, Kind::crashLoopBegan));
+    EXPECT_THAT(Kinds(TroubleWatch(0).Look(0, std::nullopt)), ElementsAre(Kind::supervisorLost));
+    EXPECT_THAT(Kinds(TroubleWatch(0).Look(0, std::vector<DaemonStatus>())), IsEmpty());
+}
+
+TEST_F(TroubleWatchTest, Stopped_daemon_is_forgotten)
+{
+    EXPECT_THAT(Look(0, RunState::restarting), ElementsAre(Kind::crashLoopBegan));
+    EXPECT_THAT(Look(1, std::vector<DaemonStatus>()), IsEmpty());
+    EXPECT_THAT(Look(2, RunState::running), IsEmpty());
+}
+
+TEST_F(TroubleWatchTest, Change_of_a_daemon_has_its_facts_as_text_and_as_JSON)
+{
+    const auto troubles =
+        watch_.Look(1000, std::vector<DaemonStatus>{InState(RunState::restarting)});
+    EXPECT_EQ(
+        DescribeChange(troubles.at(0)),
+        "a.exe -x ends again and again: 41 restarts in the last hour, last exit: exit code 3");
+    EXPECT_EQ(
+        TroublesJson(troubles, 2000, "1.0.0"),
+        R"({"version":"1.0.0","time":"1970-01-01T00:00:02.000Z","time_ms":2000,"events":[)"
+        R"({"event":"crash-loop-began","text":"a.exe -x ends again and again: 41 restarts in )"
+        R"(the last hour, last exit: exit code 3","time_ms":1000,"id":3,"command":"a.exe -x",)"
+        R"("restarts_last_hour":41,"last_exit":"exit code 3"}]})"
+        "\n");
+    EXPECT_EQ(TroublesJson(watch_.Look(3000, std::nullopt), 3000, "1"),
+              R"({"version":"1","time":"1970-01-01T00:00:03.000Z","time_ms":3000,"events":[)"
+              R"({"event":"supervisor-lost","text":"the supervisor does not run","time_ms":3000}]})"
+              "\n");
+}
+
+} // namespace
+} // namespace vqrx::test
