@@ -31,6 +31,9 @@ std::optional<std::uint32_t> ReadRingHeader(std::istream& file)
     file.clear();
     file.seekg(0, std::ios::end);
     const std::streamoff length = file.tellg();
+    if (length < 0) {
+        return std::nullopt;
+    }
     if (static_cast<std::streamoff>(position) > length || position < kRingStart) {
         return kRingStart;
     }

@@ -29,8 +29,8 @@ inline constexpr std::uint32_t kRingSizeLimit = 0x100000;
 /// @return the offset at which the next record is written; kRingStart if the file begins with no
 ///         hexadecimal number, or if the number is below kRingStart or beyond the end of the file;
 ///         nothing if the system refuses to read the file's front, for example because another
-///         program has locked it. Then the position is not known, and kRingStart would overwrite the
-///         records.
+///         program has locked it, or to tell the file's length. Then the position is not known, and
+///         kRingStart would overwrite the records.
 [[nodiscard]] std::optional<std::uint32_t> ReadRingHeader(std::istream& file);
 
 /// Parses the header strictly, for a program that reads a ring which another one writes.

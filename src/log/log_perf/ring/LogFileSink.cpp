@@ -28,14 +28,16 @@ bool CanBeRead(std::istream& file)
     file.seekg(0);
     while (file.read(buffer.data(), buffer.size())) {
     }
-    return !file.bad();
+    return file.eof();
 }
 
 // Whether the byte before the write position ends a line. The file's read position changes.
 bool IsAfterLineEnd(std::istream& file, std::uint32_t position)
 {
     file.clear();
-    file.seekg(static_cast<std::streamoff>(position) - 1);
+    if (!file.seekg(static_cast<std::streamoff>(position) - 1)) {
+        file.setstate(std::ios::badbit);
+    }
     return position <= kRingStart || file.get() == '\n';
 }
 

@@ -71,9 +71,8 @@ bool LogHistory::Table::InsertInPlaceOfOldest(std::int64_t number, const LogHist
 LogHistory::Stored LogHistory::Table::Store(const LogHistoryEntry& entry)
 {
     const std::size_t length = entry.date.size() + entry.text.size();
-    std::pmr::memory_resource* const memory = IsPooled(length) ? &pool : pool.upstream_resource();
     Stored stored{entry.time, entry.level, static_cast<std::uint32_t>(entry.date.size()),
-                  std::pmr::string(memory)};
+                  std::pmr::string(&pool)};
     stored.dateAndText.reserve(ReservedFor(length));
     stored.dateAndText.append(entry.date).append(entry.text);
     return stored;

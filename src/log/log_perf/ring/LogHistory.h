@@ -1,11 +1,11 @@
 #pragma once
 
+#include "log_perf/ring/BlockPool.h"
 #include "log_perf/ring/ILogRetriever.h"
 #include "sync_ptr/Guarded.h"
 
 #include <cstddef>
 #include <map>
-#include <memory_resource>
 #include <string>
 
 namespace vqrx::log::log_perf::v2 {
@@ -46,9 +46,7 @@ private:
         Stored Store(const LogHistoryEntry& entry);
         std::int64_t Resolve(std::int64_t number) const noexcept;
 
-        // Memory of the nodes of entries and of all but long texts. Larger chunks would double the
-        // memory of a full history, because the last chunk is used only in part.
-        std::pmr::unsynchronized_pool_resource pool{std::pmr::pool_options{256, 1024}};
+        BlockPool pool; // memory of the nodes of entries and of all but long texts
         std::pmr::map<std::int64_t, Stored> entries{&pool};
     };
 

@@ -14,11 +14,19 @@
 namespace vqrx::log::log_perf::v2 {
 namespace {
 
-// A stream that could not read all bytes stays so, and nothing more is read from it.
+// Goes to the start of a part. A stream that could not read all bytes stays so, and nothing more is
+// read from it. A seek that fails counts as that, or the part would look empty. A part that begins
+// beyond the end of the file is empty indeed; only streams other than files refuse to go there.
 void Rewind(std::istream& file, std::uint32_t position)
 {
     file.clear(file.rdstate() & std::ios::badbit);
-    file.seekg(position);
+    if (file.seekg(position) || file.bad()) {
+        return;
+    }
+    file.clear();
+    if (!file.seekg(0, std::ios::end) || file.tellg() >= static_cast<std::streamoff>(position)) {
+        file.setstate(std::ios::badbit);
+    }
 }
 
 /// Reads one part of the file line by line and numbers its records.

@@ -22,6 +22,15 @@ struct RefusedBytes : std::streambuf {
     int_type underflow() override { throw std::ios_base::failure("refused"); }
 };
 
+/// A file whose end cannot be found.
+class BytesOfUnknownLength : public std::stringbuf {
+public:
+    using std::stringbuf::stringbuf;
+
+protected:
+    pos_type seekoff(off_type, std::ios::seekdir, std::ios::openmode) override { return -1; }
+};
+
 } // namespace
 
 TEST(RingHeader, The_header_is_0x_and_eight_upper_case_hexadecimal_digits)
@@ -57,6 +66,13 @@ TEST(RingHeader, Reading_returns_nothing_if_the_system_refuses_the_bytes)
 {
     RefusedBytes refused;
     std::istream file(&refused);
+    EXPECT_EQ(std::nullopt, ReadRingHeader(file));
+}
+
+TEST(RingHeader, Reading_returns_nothing_if_the_system_does_not_tell_the_length_of_the_file)
+{
+    BytesOfUnknownLength bytes("0x0000000F\r\nabcdefgh");
+    std::istream file(&bytes);
     EXPECT_EQ(std::nullopt, ReadRingHeader(file));
 }
 

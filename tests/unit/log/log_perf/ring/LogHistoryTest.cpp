@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory_resource>
+#include <new>
 #include <stdexcept>
 
 namespace vqrx::test {
@@ -32,10 +33,18 @@ public:
 
     std::size_t Held() const { return held_; }
     std::size_t Allocations() const { return allocations_; }
+    /// Lets the allocation fail that comes after so many others.
+    void FailAfter(std::size_t others) { toFail_ = allocations_ + others; }
+    void FailNoMore() { toFail_ = kNone; }
 
 private:
+    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
     void* do_allocate(std::size_t bytes, std::size_t alignment) override
     {
+        if (allocations_ == toFail_) {
+            throw std::bad_alloc();
+        }
         void* const memory = std::pmr::new_delete_resource()->allocate(bytes, alignment);
         held_ += bytes;
         ++allocations_;
@@ -54,6 +63,7 @@ private:
     std::pmr::memory_resource* before_;
     std::size_t held_ = 0;
     std::size_t allocations_ = 0;
+    std::size_t toFail_ = kNone;
 };
 
 } // namespace
@@ -92,6 +102,34 @@ TEST(LogHistory, Texts_that_grow_slowly_do_not_keep_memory_of_every_length)
             history.Insert(number++, Entry(std::string(length, 'x')));
         }
         EXPECT_GT(26 * kMiB, memory.Held()) << length;
+    }
+}
+
+TEST(LogHistory, Insert_without_memory_throws_and_a_later_Insert_works)
+{
+    bool failed = true;
+    for (std::size_t others = 0; failed; ++others) {
+        SCOPED_TRACE(others);
+        CountedMemory memory;
+        LogHistory history;
+        memory.FailAfter(others);
+        failed = false;
+        for (std::size_t number = 0; number < 300; ++number) {
+            const auto key = static_cast<std::int64_t>(number);
+            try {
+                history.Insert(key, Entry(std::string(number, 'x')));
+            } catch (const std::bad_alloc&) {
+                failed = true;
+                memory.FailNoMore();
+                history.Insert(key, Entry("after"));
+            }
+        }
+        const auto entries = history.GetEntries(0, -1);
+        ASSERT_EQ(300U, entries.size());
+        for (std::size_t number = 0; number < entries.size(); ++number) {
+            const std::string& text = entries[number].second.text;
+            EXPECT_TRUE(text == std::string(number, 'x') || (failed && text == "after")) << number;
+        }
     }
 }
 

@@ -32,6 +32,34 @@ std::string Line(int number, const std::string& text)
     return std::to_string(number) + ";date;1000;2;" + text + "\r\n";
 }
 
+/// A file that refuses one read or one seek.
+class RefusingFile : public std::stringbuf {
+public:
+    RefusingFile(const std::string& bytes, int reads, int seeks)
+        : std::stringbuf(bytes)
+        , reads_(reads)
+        , seeks_(seeks)
+    {
+    }
+
+protected:
+    std::streamsize xsgetn(char* to, std::streamsize count) override
+    {
+        if (reads_-- == 0) {
+            throw std::ios_base::failure("refused");
+        }
+        return std::stringbuf::xsgetn(to, count);
+    }
+    pos_type seekpos(pos_type position, std::ios::openmode mode) override
+    {
+        return seeks_-- == 0 ? pos_type(-1) : std::stringbuf::seekpos(position, mode);
+    }
+
+private:
+    int reads_; // that succeed
+    int seeks_;
+};
+
 using Records = std::vector<std::pair<std::int64_t, std::string>>;
 
 } // namespace
@@ -161,6 +189,24 @@ TEST(RingReload, The_number_after_the_largest_one_is_the_smallest)
     const auto result = Reload(bytes, static_cast<std::uint32_t>(newer.size()));
     EXPECT_EQ(3U, result.records.size());
     EXPECT_EQ(INT64_MIN + 2, result.next);
+}
+
+TEST(RingReload, A_refused_read_or_seek_leaves_a_bad_stream_so_that_no_part_looks_empty)
+{
+    const std::string bytes = "0x00000000\r\n" + Line(3, "new") + Line(1, "rest") + Line(2, "old");
+    const auto position = static_cast<std::uint32_t>(12 + Line(3, "new").size());
+    const auto isBad = [&](int reads, int seeks) {
+        RefusingFile refusing(bytes, reads, seeks);
+        std::istream file(&refusing);
+        static_cast<void>(
+            ReloadRing(file, position, 0, [](std::int64_t, const LogHistoryEntry&) {}));
+        return file.bad();
+    };
+    for (const int succeeding : {0, 1}) {
+        EXPECT_TRUE(isBad(succeeding, 9)) << succeeding;
+        EXPECT_TRUE(isBad(9, succeeding)) << succeeding;
+    }
+    EXPECT_FALSE(isBad(9, 9));
 }
 
 } // namespace vqrx::test
