@@ -21,6 +21,9 @@ constexpr const char* kFigureIsZero = "the figure of the performance report is 0
 constexpr const char* kPolls = "whoever lacks the object looks again and again instead";
 constexpr const char* kNoWindows = "the process counts as one without windows";
 constexpr const char* kDeaf = "a process that does not react is terminated";
+constexpr const char* kFlushedBefore = "all content was flushed before";
+constexpr const char* kCreatesAgain =
+    "the file is opened without being cut, so it keeps its content";
 constexpr const char* kMayExist = "the folder may exist already";
 constexpr const char* kCountsAsEnded = "a wait that fails counts as one that has ended";
 constexpr const char* kAskedAgain = "the process is asked alone";
@@ -87,7 +90,7 @@ constexpr CallKind kKinds[] = {
     // SHELL32, SHLWAPI, QUARTZ
     {"AMGetErrorTextA", 0, kNoError, 0},
     {"CommandLineToArgvW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
-    {"PathFileExistsA", 0, kLast, ERROR_ACCESS_DENIED},
+    {"PathFileExistsA", 0, kLast, ERROR_ACCESS_DENIED, kCreatesAgain},
     // OLEAUT32
     {"SafeArrayDestroy", 0x8002000D, kNoError, 0},   // DISP_E_ARRAYISLOCKED
     {"SafeArrayGetLBound", 0x8002000B, kNoError, 0}, // DISP_E_BADINDEX
@@ -119,7 +122,7 @@ constexpr CallKind kKinds[] = {
     {"_wstat64", kMinusOne, kErrno, EACCES},
     {"_write", kMinusOne, kErrno, ENOSPC},
     {"calloc", 0, kErrno, ENOMEM},
-    {"fclose", kMinusOne, kErrno, ENOSPC, nullptr, true},
+    {"fclose", kMinusOne, kErrno, ENOSPC, kFlushedBefore, true},
     {"fflush", kMinusOne, kErrno, ENOSPC},
     {"fopen", 0, kErrno, EACCES},
     {"fputc", kMinusOne, kErrno, ENOSPC},
@@ -132,7 +135,20 @@ constexpr CallKind kKinds[] = {
     {"rename", kMinusOne, kErrno, EACCES},
 };
 
+constexpr const char* kHeaderFollows = "the first record is followed by the header";
+
+constexpr QuietPlace kQuietPlaces[] = {
+    {"CreateRing", "_lseeki64", kHeaderFollows},
+    {"CreateRing", "_write", kHeaderFollows},
+
+};
+
 } // namespace
+
+std::span<const QuietPlace> QuietPlaces() noexcept
+{
+    return kQuietPlaces;
+}
 
 const CallKind* KindOf(std::string_view function) noexcept
 {

@@ -24,6 +24,13 @@ struct CallKind {
     bool worksAllTheSame = false;
 };
 
+/// A function of the product in which the failure of a call may stay without a trace.
+struct QuietPlace {
+    const char* place; ///< end of the function's name, as SymbolNames.h gives it
+    const char* call;
+    const char* reason;
+};
+
 /// A function that cannot fail when the product calls it, and why.
 struct SureCall {
     const char* name;
@@ -53,6 +60,9 @@ struct Ownership {
 
 /// Returns how a function fails; null if it is not in the table of functions that can fail.
 [[nodiscard]] const CallKind* KindOf(std::string_view function) noexcept;
+
+/// Returns the known quiet places.
+[[nodiscard]] std::span<const QuietPlace> QuietPlaces() noexcept;
 
 /// Returns why a function cannot fail; null if it is not in the table of such functions.
 [[nodiscard]] const char* WhySure(std::string_view function) noexcept;

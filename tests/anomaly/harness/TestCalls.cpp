@@ -86,7 +86,6 @@ constexpr const char* kTestCalls[] = {
     // msvcrt
     "_close",
     "_creat",
-    "_ctime64",
     "_dup",
     "_dup2",
     "_fdopen",

@@ -54,10 +54,19 @@ bool IsMemory(std::string_view name)
            name == "_aligned_malloc" || name == "_strdup";
 }
 
+bool LeadsThrough(const CallPath& path, const QuietPlace& place)
+{
+    return std::string_view(path.name) == place.call &&
+           std::any_of(path.frames, path.frames + path.depth,
+                       [&](std::uint32_t frame) { return NameAt(frame).ends_with(place.place); });
+}
+
 bool MayBeQuiet(const CallPath& path)
 {
     const CallKind* const kind = KindOf(path.name);
-    return IsMemory(path.name) || (kind != nullptr && kind->quiet != nullptr);
+    return IsMemory(path.name) || (kind != nullptr && kind->quiet != nullptr) ||
+           std::ranges::any_of(QuietPlaces(),
+                               [&](const QuietPlace& place) { return LeadsThrough(path, place); });
 }
 
 std::string TextOfLeftover(const Leftover& leftover, int count)
