@@ -9,6 +9,8 @@
 #include "WaitCondition.h"
 #include "WithSupervisor.h"
 
+#include <windows.h>
+
 #include <cstdint>
 #include <iostream>
 #include <memory>
@@ -22,6 +24,8 @@ using daemon_manager::SupervisorClient;
 
 // The supervisor's own limits are 90 s for calls of clients and 10 s for leaving COM.
 constexpr std::uint32_t kExitTimeoutSeconds = 120;
+constexpr DWORD kAskForOrderAgainMs = 100;
+constexpr ULONGLONG kOrderPatienceMs = 5000;
 
 struct ExitOptions {
     bool noWait = false;
@@ -40,10 +44,17 @@ std::optional<RunMark> RunBeforeTheOrder()
     }
 }
 
+// The record of the order reaches the log a moment after the call.
 std::string ProgressOfShutdown(const std::optional<RunMark>& run)
 {
     try {
-        return DescribeShutdown(ReadTimeline(), run);
+        const ULONGLONG start = GetTickCount64();
+        Timeline timeline = ReadTimeline();
+        while (!ShowsOrder(timeline, run) && GetTickCount64() - start < kOrderPatienceMs) {
+            Sleep(kAskForOrderAgainMs);
+            timeline = ReadTimeline();
+        }
+        return DescribeShutdown(timeline, run);
     } catch (const LogUnreadable& error) {
         return std::string("Its log shows nothing about it: ") + error.what();
     }

@@ -18,6 +18,11 @@ namespace vqrx::client::v0 {
 [[nodiscard]] std::string DescribeShutdown(const Timeline& timeline,
                                            const std::optional<RunMark>& run);
 
+/// Returns whether the log shows that a client has ordered the supervisor to end. It does so a moment
+/// after the order. Pure.
+/// @param timeline  of the log; the last run is that of the supervisor that ends
+[[nodiscard]] bool ShowsOrder(const Timeline& timeline, const std::optional<RunMark>& run);
+
 /// Describes, for people, what the supervisor left behind when it ended: "the supervisor has ended; 3
 /// daemons run on without it". It states a number only if the log shows the end of this run. Pure.
 /// @param timeline  of the log

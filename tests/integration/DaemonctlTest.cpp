@@ -235,9 +235,9 @@ TEST_F(DaemonctlExit, names_what_is_under_way_and_ends_with_4_after_the_timeout)
             std::to_string(supervisor_.Process().Pid()) + " (" +
             ProductProgram("DaemonManager.exe") +
             ") still runs\n"
-            "  A call of a client is under way, such as a stop; until it ends, the supervisor "
-            "still restarts its daemons. Or its console has stopped: press Esc in its "
-            "window.\n");
+            "  It waits for a call of a client that is under way, such as a stop, or for the end of a "
+            "pass over its daemons; until then it still restarts them. If its console has stopped "
+            "since, press Esc in its window.\n");
     mayEnd_.Signal();
     EXPECT_EQ(supervisor_.ExitCode(), 0U);
 }

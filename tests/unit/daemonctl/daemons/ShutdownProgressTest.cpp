@@ -13,6 +13,7 @@ using client::v0::DescribeShutdown;
 using client::v0::NamesOf;
 using client::v0::ProcessFacts;
 using client::v0::RunMark;
+using client::v0::ShowsOrder;
 using client::v0::SupervisorRun;
 using client::v0::Timeline;
 using testing::StartsWith;
@@ -28,17 +29,30 @@ SupervisorRun Ended()
     return run;
 }
 
-TEST(ShutdownProgress, names_a_call_of_a_client_until_the_log_shows_the_end_of_supervision)
+TEST(ShutdownProgress, names_what_the_log_shows_and_nothing_else)
 {
     Timeline timeline;
     EXPECT_THAT(DescribeShutdown(timeline, kThisRun),
-                StartsWith("A call of a client is under way"));
+                StartsWith("Its log does not show the order"));
     timeline.runs.resize(2);
     timeline.runs.front() = Ended();
+    timeline.runs.front().exitRequested = true;
+    EXPECT_FALSE(ShowsOrder(timeline, kThisRun));
     EXPECT_THAT(DescribeShutdown(timeline, kThisRun),
-                StartsWith("A call of a client is under way"));
+                StartsWith("Its log does not show the order"));
     timeline.runs.back() = Ended();
+    timeline.runs.back().endSeen = false;
+    timeline.runs.back().exitRequested = true;
+    EXPECT_TRUE(ShowsOrder(timeline, kThisRun));
+    EXPECT_FALSE(ShowsOrder(timeline, {}));
+    EXPECT_THAT(
+        DescribeShutdown(timeline, kThisRun),
+        StartsWith("It waits for a call of a client that is under way, such as a stop, or for "
+                   "the end of a pass"));
+    timeline.runs.back().endSeen = true;
     EXPECT_THAT(DescribeShutdown(timeline, kThisRun), StartsWith("It no longer restarts daemons"));
+    timeline.runs.back().exitRequested = false; // Ctrl+C came first
+    EXPECT_TRUE(ShowsOrder(timeline, kThisRun));
 }
 
 TEST(ShutdownProgress, counts_the_daemons_that_run_on_after_the_end)
