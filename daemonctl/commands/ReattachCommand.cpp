@@ -10,6 +10,7 @@
 #include "ShutdownProgress.h"
 #include "SupervisorProcesses.h"
 #include "TextFile.h"
+#include "ThisMachine.h"
 #include "Unwatched.h"
 #include "WithSupervisor.h"
 
@@ -31,6 +32,7 @@ constexpr std::uint32_t kFormerTimeoutSeconds = 120;
 struct ReattachOptions {
     std::string from;
     std::string fleet;
+    std::string formerLog;
     bool dryRun = false;
     bool noWait = false;
     std::uint32_t timeoutSeconds = kFormerTimeoutSeconds;
@@ -39,8 +41,8 @@ struct ReattachOptions {
 // A former supervisor restarts daemons until it ends, although clients find it no longer. So its
 // process must end before another supervisor gets its daemons. One process may run: the supervisor
 // that answers, which is the youngest.
-// @return whether the former supervisor has ended within the time
-bool WaitForFormerSupervisor(std::uint32_t timeoutSeconds)
+// @return false if the former supervisor has not ended within the time
+bool WaitForFormerSupervisor(const ReattachOptions& options)
 {
     const SupervisorProcesses processes;
     std::vector<ProcessFacts> former = processes.Running();
@@ -48,13 +50,14 @@ bool WaitForFormerSupervisor(std::uint32_t timeoutSeconds)
         return true;
     }
     former.pop_back();
-    std::cerr << "daemonctl: waiting until the former supervisor has ended: " << NamesOf(former)
-              << std::endl;
-    if (processes.WaitUntilAtMost(1, std::uint64_t{timeoutSeconds} * 1000)) {
+    std::cerr << "daemonctl: " << (options.dryRun ? "reattach would wait" : "waiting")
+              << " until the former supervisor has ended: " << NamesOf(former) << std::endl;
+    if (options.dryRun ||
+        processes.WaitUntilAtMost(1, std::uint64_t{options.timeoutSeconds} * 1000)) {
         return true;
     }
     std::cerr
-        << "daemonctl: it still runs after " << timeoutSeconds
+        << "daemonctl: it still runs after " << options.timeoutSeconds
         << " s; nothing was attached, because two supervisors would restart the same daemons\n"
            "  End the process. If it is no supervisor: daemonctl reattach --no-wait"
         << std::endl;
@@ -84,15 +87,33 @@ bool ReadFiles(const ReattachOptions& options, HandOverOptions& handOver)
     return true;
 }
 
+// A supervisor that cannot read its log begins a new one. The new one does not show the former run.
+// @return whether there is such a log, and nobody has asked to read it
+bool PrintDamagedLogs(const HandOverCount& count, const ReattachOptions& options)
+{
+    if (count.formerRunSeen || !options.from.empty() || !options.formerLog.empty()) {
+        return false;
+    }
+    const std::vector<std::string> logs = DamagedLogs();
+    for (const std::string& log : logs) {
+        std::cerr
+            << "daemonctl: the log does not show the former supervisor; this damaged log was set "
+               "aside: "
+            << Printable(log) << "\n  To read it, too: daemonctl reattach --former-log \""
+            << Printable(log) << '"' << std::endl;
+    }
+    return !logs.empty();
+}
+
 int Reattach(SupervisorClient& supervisor, const ReattachOptions& options,
              const HandOverOptions& handOver)
 {
-    if (!options.noWait && !WaitForFormerSupervisor(options.timeoutSeconds)) {
+    if (!options.noWait && !WaitForFormerSupervisor(options)) {
         return kRefused;
     }
     const HandOverCount count = HandOver(supervisor, handOver, ConsoleReporter());
     PrintText(DescribeCount(count, options.dryRun) + "\n");
-    if (count.lost != 0) {
+    if (count.lost != 0 || PrintDamagedLogs(count, options)) {
         return kRefused;
     }
     return count.attached != 0 ? kDone : kNothingToDo;
@@ -108,6 +129,8 @@ void AddReattachCommand(CLI::App& app, int& exitCode)
     command->add_option("--from", options->from,
                         "Read the daemons from this file, which ps --json made before the former "
                         "supervisor ended");
+    command->add_option("--former-log", options->formerLog,
+                        "Read this log first, for example a damaged one that was set aside");
     command->add_option("--fleet", options->fleet,
                         "Take the arguments of Windows services from the lines of this fleet file");
     command->add_flag(
@@ -137,10 +160,11 @@ void AddReattachCommand(CLI::App& app, int& exitCode)
         "The command first waits until the process of the former supervisor has ended, because that\n"
         "supervisor restarts its daemons until then.\n"
         "Exit code 0: all are attached; 1: there was none to attach; 4: some could not be attached,\n"
-        "or the former supervisor still runs.");
+        "the former supervisor still runs, or its log was set aside.");
     command->callback([&exitCode, options] {
         HandOverOptions handOver;
         handOver.dryRun = options->dryRun;
+        handOver.formerLog = options->formerLog;
         if (!ReadFiles(*options, handOver)) {
             exitCode = kWrongUsage;
             return;

@@ -148,14 +148,19 @@ private:
 HandOverCount HandOver(SupervisorClient& supervisor, const HandOverOptions& options,
                        const Reporter& reporter)
 {
-    const Timeline timeline = ReadTimelineOfRunning();
+    Timeline timeline = ReadTimelineOfRunning();
+    if (!options.formerLog.empty()) {
+        timeline = ReadTimelineAfter(options.formerLog);
+    }
     Handing handing(&supervisor, options, reporter);
     for (const FormerDaemon& former :
          PlanReattachment(timeline, RunOfThisMachine(timeline), options.listed,
                           SourceOfThisMachine(), FamilyOfThisMachine(options.formerSupervisors))) {
         handing.Carry(former);
     }
-    return handing.Count();
+    HandOverCount count = handing.Count();
+    count.formerRunSeen = timeline.runs.size() > 1;
+    return count;
 }
 
 HandOverCount ReportUnwatched(const Reporter& reporter)

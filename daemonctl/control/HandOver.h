@@ -18,15 +18,18 @@ struct HandOverOptions {
     /// the log does not show.
     std::vector<ExpectedProgram> fleet;
     std::vector<FormerSupervisor> formerSupervisors; ///< those that the caller knows
-    bool dryRun = false;                             ///< report what would be done, and do nothing
+    /// UTF-8 path of a log whose records come before those of the present log; empty: none
+    std::string formerLog;
+    bool dryRun = false; ///< report what would be done, and do nothing
 };
 
 /// What HandOver() did, in numbers of daemons. In a dry run: what it would do.
 struct HandOverCount {
     std::size_t attached = 0;
-    std::size_t already = 0;  ///< the running supervisor supervises them already
-    std::size_t neverRan = 0; ///< they never had a process
-    std::size_t lost = 0;     ///< they could not be attached
+    std::size_t already = 0;    ///< the running supervisor supervises them already
+    std::size_t neverRan = 0;   ///< they never had a process
+    std::size_t lost = 0;       ///< they could not be attached
+    bool formerRunSeen = false; ///< the logs show a run before the present one
 };
 
 /// Attaches the daemons of former supervisors to the running one, which must be the only supervisor

@@ -5,7 +5,12 @@
 #include "ProcessFacts.h"
 #include "ProcessList.h"
 #include "TimelineBuilder.h"
+#include "Utf8.h"
+#include "ring_format/DamagedRing.h"
 
+#include <windows.h>
+
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -15,6 +20,39 @@ Timeline ReadTimeline(const std::string& path)
 {
     try {
         return BuildTimeline(ReadLogFile(path.empty() ? DefaultLogPath() : path));
+    } catch (const std::runtime_error& error) {
+        throw LogUnreadable(error.what());
+    }
+}
+
+Timeline ReadTimelineAfter(const std::string& formerLog)
+{
+    try {
+        std::vector<Record> records;
+        if (!formerLog.empty()) {
+            records = ReadLogFile(formerLog);
+        }
+        std::vector<Record> present = ReadLogFile(DefaultLogPath());
+        records.insert(records.end(), std::make_move_iterator(present.begin()),
+                       std::make_move_iterator(present.end()));
+        return BuildTimeline(records);
+    } catch (const std::runtime_error& error) {
+        throw LogUnreadable(error.what());
+    }
+}
+
+std::vector<std::string> DamagedLogs()
+{
+    try {
+        std::vector<std::string> found;
+        for (const std::string& log : system::ring_format::v1::DamagedRingsOf(DefaultLogPath())) {
+            const DWORD attributes = GetFileAttributesW(Wide(log).c_str());
+            if (attributes != INVALID_FILE_ATTRIBUTES &&
+                (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+                found.push_back(log);
+            }
+        }
+        return found;
     } catch (const std::runtime_error& error) {
         throw LogUnreadable(error.what());
     }

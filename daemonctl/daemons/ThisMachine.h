@@ -20,6 +20,16 @@ public:
 /// @throws LogUnreadable if the log's path is not known or the log cannot be read
 [[nodiscard]] Timeline ReadTimeline(const std::string& path = {});
 
+/// Reads a former log and the log of this machine's supervisor as one, and makes its timeline.
+/// @param formerLog  UTF-8 path of a log whose records come first, for example of one that was set
+///                   aside; empty: none
+/// @throws LogUnreadable if the log's path is not known or a log cannot be read
+[[nodiscard]] Timeline ReadTimelineAfter(const std::string& formerLog);
+
+/// Returns the damaged logs that the supervisor has set aside and that still lie beside its log, UTF-8.
+/// @throws LogUnreadable if the log's path is not known
+[[nodiscard]] std::vector<std::string> DamagedLogs();
+
 /// Finds the run of the running supervisor.
 /// @return a reference into `timeline`, which must outlive it
 /// @throws LogUnreadable if the log shows no run, or the last one has ended

@@ -146,6 +146,11 @@ TEST_F(Upgrade, The_new_supervisor_gets_a_worker_only_after_the_former_one_has_e
                                 "two supervisors would restart the same daemons\n"
                                 "  End the process. If it is no supervisor: daemonctl reattach "
                                 "--no-wait\n"}));
+    // A look at the plan need not wait.
+    EXPECT_EQ(
+        Daemonctl("reattach --dry-run --from " + file),
+        (Answer{0, Line(0, processes[0], "would be attached") + "1 to attach, 0 already, 0 not\n",
+                "daemonctl: reattach would wait" + waiting.substr(waiting.find(" until"))}));
     const CapturedProgram reattach(ProductProgram("daemonctl.exe") + " reattach --from " + file);
     ASSERT_TRUE(WaitUntil([&] { return reattach.Error() == waiting; }));
     // The former supervisor still restarts a worker; nobody else does.
@@ -241,6 +246,35 @@ TEST_F(Upgrade, Reattach_reads_from_a_listing_the_daemons_that_the_log_no_longer
     const Answer wrong = Daemonctl("reattach --from " + File("wrong.json", "{}"));
     EXPECT_EQ(wrong.exitCode, 2U);
     EXPECT_NE(wrong.error.find("not a listing of daemonctl ps --json"), std::string::npos) << wrong;
+}
+
+// The new supervisor finds a record without a level, sets the log aside and begins a new one.
+TEST_F(Upgrade, Reattach_names_a_damaged_log_that_was_set_aside_and_reads_it_if_asked)
+{
+    const std::vector<DWORD> processes = LaunchWorkers(1);
+    EXPECT_EQ(Daemonctl("exit").exitCode, 0U);
+    std::string log = ReadText(former_.LogFile());
+    const std::size_t record = log.find("Deamon Thread started");
+    ASSERT_NE(record, std::string::npos);
+    log[record - 2] = 'x'; // the level
+    {
+        std::ofstream file(former_.LogFile()); // in text mode, as the supervisor writes it
+        file << log;
+    }
+    StartNew();
+    const std::string damaged = former_.LogFile() + ".damaged";
+    EXPECT_EQ(
+        Daemonctl("reattach"),
+        (Answer{4, "0 attached, 0 already, 0 not\n",
+                "daemonctl: the log does not show the former supervisor; this damaged log was "
+                "set aside: " +
+                    damaged + "\n  To read it, too: daemonctl reattach --former-log \"" + damaged +
+                    "\"\n"}));
+    EXPECT_EQ(
+        Daemonctl("reattach --former-log \"" + damaged + '"'),
+        (Answer{0, Line(0, processes[0], "attached as daemon 0") + "1 attached, 0 already, 0 not\n",
+                ""}));
+    EXPECT_EQ(Daemonctl("reattach --former-log \"" + damaged + '"').exitCode, 1U);
 }
 
 TEST_F(Upgrade, Reattach_reports_a_process_that_the_supervisor_refuses_to_attach)
