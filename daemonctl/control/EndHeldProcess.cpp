@@ -14,6 +14,7 @@ namespace end_process = system::end_process::v1;
 using system::win32::v1::UniqueKernelHandle;
 
 constexpr DWORD kEndPatienceMs = 10000; // from the last step until the process is gone
+constexpr const char* kHadEnded = "had ended already";
 
 std::string DescribeRefusal(DWORD error)
 {
@@ -54,12 +55,19 @@ EndedResult EndHeldProcess(const HeldProcess& held, const std::string& name,
         OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, facts.processId));
     if (!process) {
         const DWORD error = GetLastError();
-        return {error == ERROR_INVALID_PARAMETER, DescribeRefusal(error)};
+        if (error == ERROR_INVALID_PARAMETER) { // no process has the id any longer
+            return {true, kHadEnded};
+        }
+        return {false, DescribeRefusal(error)};
     }
     AnnounceWait(facts, name, reporter);
     end_process::StopMethod method{};
     if (!end_process::EndProcess({facts.image, facts.processId, process.Get()}, {}, method)) {
         const DWORD error = GetLastError();
+        // Windows refuses to terminate a process that has just ended by itself.
+        if (WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0) {
+            return {true, kHadEnded};
+        }
         return {false, DescribeRefusal(error)};
     }
     const bool isGone = WaitForSingleObject(process.Get(), kEndPatienceMs) == WAIT_OBJECT_0;

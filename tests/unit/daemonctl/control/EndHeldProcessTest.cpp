@@ -41,6 +41,17 @@ BOOL WINAPI RefuseToEnd(HANDLE, UINT)
     return FALSE;
 }
 
+decltype(TerminateProcess)* terminateProcess = nullptr;
+
+// The process ends before it is terminated. Windows then refuses the termination.
+BOOL WINAPI EndBeforeTermination(HANDLE process, UINT)
+{
+    terminateProcess(process, 7);
+    WaitForSingleObject(process, INFINITE);
+    SetLastError(ERROR_ACCESS_DENIED);
+    return FALSE;
+}
+
 TEST_F(EndHeldProcessTest, Process_without_a_window_is_terminated_without_a_wait)
 {
     const ChildProcess child('"' + TestProgram("no_windows") + '"');
@@ -90,6 +101,21 @@ TEST_F(EndHeldProcessTest, Refused_termination_is_reported)
     }
     EXPECT_EQ(text, "runs: cannot be ended: error 31");
     EXPECT_TRUE(child.Running());
+}
+
+TEST_F(EndHeldProcessTest, Process_that_ends_by_itself_meanwhile_counts_as_ended)
+{
+    const ChildProcess child('"' + TestProgram("no_windows") + '"');
+    {
+        const ImportPatch patch("TerminateProcess", EndBeforeTermination, terminateProcess);
+        EXPECT_EQ(End(child.Pid()), "gone: had ended already");
+    }
+    EXPECT_EQ(child.ExitCode(), 7U);
+}
+
+TEST_F(EndHeldProcessTest, Process_whose_id_is_free_counts_as_ended)
+{
+    EXPECT_EQ(End(0x7FFFFFFC), "gone: had ended already");
 }
 
 } // namespace
