@@ -20,6 +20,7 @@ constexpr DWORD kServiceAskAgainMs = 100;
     throw std::runtime_error(what + ": error " + std::to_string(error));
 }
 
+// @return empty if Windows refuses; the thread's last error is then the reason
 UniqueServiceHandle OpenByName(const std::string& name, DWORD access)
 {
     const UniqueServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
@@ -60,7 +61,27 @@ void Start(SC_HANDLE service, const std::vector<std::string>& arguments)
 
 bool ServiceExists(const std::string& name)
 {
-    return static_cast<bool>(OpenByName(name, SERVICE_QUERY_STATUS));
+    if (OpenByName(name, SERVICE_QUERY_STATUS)) {
+        return true;
+    }
+    const DWORD error = GetLastError();
+    if (error != ERROR_SERVICE_DOES_NOT_EXIST && error != ERROR_INVALID_NAME) {
+        ThrowServiceError("Windows does not say whether " + name + " is a service", error);
+    }
+    return false;
+}
+
+bool MayBeProcessOfService(const std::string& name, std::uint32_t processId)
+{
+    const UniqueServiceHandle service = OpenByName(name, SERVICE_QUERY_STATUS);
+    if (!service) {
+        return GetLastError() != ERROR_SERVICE_DOES_NOT_EXIST;
+    }
+    try {
+        return StatusOf(service.Get()).dwProcessId == processId;
+    } catch (const std::runtime_error&) {
+        return true;
+    }
 }
 
 std::uint32_t RunService(const std::string& name, const std::vector<std::string>& arguments)
@@ -69,13 +90,17 @@ std::uint32_t RunService(const std::string& name, const std::vector<std::string>
     if (!service) {
         ThrowServiceError("the service cannot be opened", GetLastError());
     }
-    if (StatusOf(service.Get()).dwCurrentState == SERVICE_STOPPED) {
-        Start(service.Get(), arguments);
-    }
+    bool isStarted = false;
     for (const ULONGLONG start = GetTickCount64();; Sleep(kServiceAskAgainMs)) {
         const SERVICE_STATUS_PROCESS status = StatusOf(service.Get());
         if (status.dwCurrentState == SERVICE_RUNNING && status.dwProcessId != 0) {
             return status.dwProcessId;
+        }
+        // A service that was about to stop is started after its stop. One start is enough: a service
+        // that stops again does not want to run.
+        if (status.dwCurrentState == SERVICE_STOPPED && !isStarted) {
+            isStarted = true;
+            Start(service.Get(), arguments);
         }
         if (GetTickCount64() - start >= kStartPatienceMs) {
             throw std::runtime_error("the service did not run within 30 s: its state is " +
