@@ -37,7 +37,7 @@ bool PrintErrors(const std::string& file, const std::vector<std::string>& errors
 
 int Apply(SupervisorClient& supervisor, const ApplyArguments& arguments, const ExpectFile& fleet)
 {
-    const std::vector<DaemonStatus> daemons = ListDaemons();
+    const std::vector<DaemonStatus> daemons = ListDaemons(ChildrenOfSupervisor());
     const FleetPlan plan = PlanFleet(fleet.programs, daemons, FleetSourceOfThisMachine());
     if (!PrintErrors(arguments.file, plan.errors)) {
         return kWrongUsage;

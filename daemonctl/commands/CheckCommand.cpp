@@ -83,11 +83,7 @@ void PrintAsJson(const std::vector<ExpectationResult>& results,
 
 int Check(const CheckOptions& options, const ExpectFile& file)
 {
-    const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
-    const Timeline timeline = ReadTimeline();
-    const std::int64_t nowMs = NowMs();
-    const SupervisorRun& run = RunOfThisMachine(timeline);
-    const auto daemons = StatusOfDaemons(run, SourceOfThisMachine(), nowMs, children);
+    const auto [run, nowMs, daemons] = ReadDaemons(ChildrenOfSupervisor());
     const auto results = CheckExpectations(file.programs, daemons, nowMs,
                                            std::int64_t{options.minUptimeSeconds} * 1000);
     (options.json ? PrintAsJson : PrintAsText)(results, daemons);

@@ -55,6 +55,7 @@ FirewallRulesFacts RulesOrTimeout()
 // @param logIsThere  set to whether the log shows the running supervisor
 std::vector<DaemonStatus> RunningDaemons(bool& logIsThere)
 {
+    const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
     Timeline timeline;
     SupervisorRun run;
     ProcessSource source;
@@ -67,7 +68,7 @@ std::vector<DaemonStatus> RunningDaemons(bool& logIsThere)
     } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch): see above
         source.arguments = ArgumentsOfProcess;
     }
-    return StatusOfDaemons(run, source, NowMs(), ChildrenOfSupervisor());
+    return StatusOfDaemons(run, source, NowMs(), children);
 }
 
 TroubledDaemon DescribeTrouble(const DaemonStatus& daemon)

@@ -5,6 +5,7 @@
 #include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "Printable.h"
+#include "ProcessList.h"
 #include "RestartDaemon.h"
 #include "StopDaemon.h"
 #include "ThisMachine.h"
@@ -18,6 +19,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
 #include <functional>
 #include <iostream>
 #include <memory>
@@ -28,6 +30,7 @@ namespace vqrx::client::v0 {
 namespace {
 
 using daemon_manager::SupervisorClient;
+using daemon_manager::SupervisorNotRunning;
 
 constexpr std::uint32_t kRestartTimeoutSeconds = 60;
 
@@ -69,6 +72,20 @@ AttachedProcess Ask(const DaemonStatus& daemon)
                                                               : AttachedProcess::leave;
 }
 
+// Returns the child processes of the supervisor. They matter only for a daemon that the log does not
+// show, and whose id is unknown. So an operator who gives ids does not need them.
+std::vector<ProcessFacts> ChildrenIfNeeded(bool isByIdOnly)
+{
+    try {
+        return ChildrenOfSupervisor();
+    } catch (const ProcessListUnreadable&) {
+        if (!isByIdOnly) {
+            throw;
+        }
+    }
+    return {};
+}
+
 // Lists the daemons of the running supervisor. Without a readable log the list is empty: a daemon can
 // still be stopped by its id.
 std::vector<DaemonStatus> Daemons(const DaemonSelection& selection)
@@ -76,7 +93,7 @@ std::vector<DaemonStatus> Daemons(const DaemonSelection& selection)
     const bool isByIdOnly = !selection.all && std::all_of(selection.targets.begin(),
                                                           selection.targets.end(), IsDaemonId);
     try {
-        return ListDaemons();
+        return ListDaemons(ChildrenIfNeeded(isByIdOnly));
     } catch (const LogUnreadable&) {
         if (!isByIdOnly) {
             throw;
@@ -85,7 +102,8 @@ std::vector<DaemonStatus> Daemons(const DaemonSelection& selection)
     return {};
 }
 
-// Calls an operation for each selected daemon of the running supervisor.
+// Calls an operation for each selected daemon of the running supervisor. If it fails for one daemon,
+// the others get their turn; only the end of the supervisor ends the function.
 // @return the exit code
 int ForEachSelected(const DaemonSelection& selection, const Reporter& reporter,
                     const std::function<bool(const DaemonStatus& daemon)>& operation)
@@ -100,7 +118,14 @@ int ForEachSelected(const DaemonSelection& selection, const Reporter& reporter,
         isDone = false;
     }
     for (const DaemonStatus& daemon : selected.daemons) {
-        isDone = operation(daemon) && isDone;
+        try {
+            isDone = operation(daemon) && isDone;
+        } catch (const SupervisorNotRunning&) {
+            throw;
+        } catch (const std::exception& exception) {
+            reporter.failed(NameOfDaemon(daemon) + ": " + Printable(exception.what()));
+            isDone = false;
+        }
     }
     return isDone ? kDone : kNothingToDo;
 }
@@ -167,7 +192,7 @@ void AddStopCommand(CLI::App& app, int& exitCode)
         "terminated. A process without a window is terminated at once.\n"
         "The supervisor never ends the process of an attached daemon. daemonctl detaches such a\n"
         "daemon and ends its process itself, in the same steps. On a terminal it asks first;\n"
-        "otherwise --leave is the default.\n"
+        "otherwise --leave is the default. The process of a Windows service is not ended: use sc stop.\n"
         "Exit code 1: a daemon was not stopped.");
     command->callback([&exitCode, options] {
         CheckSelection(options->selection);

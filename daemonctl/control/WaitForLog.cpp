@@ -1,5 +1,6 @@
 #include "WaitForLog.h"
 
+#include "ProcessList.h"
 #include "SupervisorProcesses.h"
 #include "ThisMachine.h"
 #include "TimeText.h"
@@ -14,11 +15,16 @@ constexpr DWORD kReadAgainMs = 100;
 // Windows and the supervisor read the time of a start from clocks of different resolution.
 constexpr std::int64_t kStartGrainMs = 1000;
 
-// Returns when the process of the running supervisor was created; 0 if this user may not examine it.
+// Returns when the process of the running supervisor was created; 0 if this user may not examine it, or
+// if Windows does not list the processes.
 std::int64_t SupervisorCreatedMs()
 {
-    const std::vector<ProcessFacts> running = SupervisorProcesses().Running();
-    return running.empty() ? 0 : running.back().createdMs;
+    try {
+        const std::vector<ProcessFacts> running = SupervisorProcesses().Running();
+        return running.empty() ? 0 : running.back().createdMs;
+    } catch (const ProcessListUnreadable&) {
+        return 0;
+    }
 }
 
 } // namespace
@@ -41,9 +47,8 @@ Timeline ReadTimelineOfRunning()
     }
 }
 
-std::vector<DaemonStatus> ListDaemons()
+std::vector<DaemonStatus> ListDaemons(const std::vector<ProcessFacts>& children)
 {
-    const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
     const Timeline timeline = ReadTimelineOfRunning();
     return StatusOfDaemons(RunOfThisMachine(timeline), SourceOfThisMachine(), NowMs(), children);
 }

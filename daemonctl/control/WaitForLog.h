@@ -21,8 +21,9 @@ inline constexpr std::uint64_t kLogPatienceMs = 10000;
 [[nodiscard]] Timeline ReadTimelineOfRunning();
 
 /// Finds the state of all daemons of the running supervisor.
+/// @param children  as ChildrenOfSupervisor() gives them, asked for before this call
 /// @throws as ReadTimelineOfRunning() and SourceOfThisMachine()
-[[nodiscard]] std::vector<DaemonStatus> ListDaemons();
+[[nodiscard]] std::vector<DaemonStatus> ListDaemons(const std::vector<ProcessFacts>& children);
 
 /// Reads the log of the running supervisor until it shows something.
 /// @param isShown  gets the run of the running supervisor

@@ -4,6 +4,7 @@
 #include "LogFile.h"
 #include "ProcessFacts.h"
 #include "ProcessList.h"
+#include "TimeText.h"
 #include "TimelineBuilder.h"
 #include "Utf8.h"
 #include "ring_format/DamagedRing.h"
@@ -71,6 +72,14 @@ const SupervisorRun& RunOfThisMachine(const Timeline& timeline)
 ProcessSource SourceOfThisMachine()
 {
     return {ReadProcessFacts, IsSameFile, CommandOfService, ArgumentsOfProcess, DefaultAppFolder()};
+}
+
+DaemonsNow ReadDaemons(const std::vector<ProcessFacts>& children)
+{
+    const Timeline timeline = ReadTimeline();
+    DaemonsNow now{RunOfThisMachine(timeline), NowMs(), {}};
+    now.daemons = StatusOfDaemons(now.run, SourceOfThisMachine(), now.nowMs, children);
+    return now;
 }
 
 std::vector<ProcessFacts> ChildrenOfSupervisor()

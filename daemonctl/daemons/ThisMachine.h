@@ -3,6 +3,7 @@
 #include "DaemonStatus.h"
 #include "Timeline.h"
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -39,6 +40,20 @@ public:
 /// any thread.
 /// @throws std::runtime_error if the registry does not name the firmware root
 [[nodiscard]] ProcessSource SourceOfThisMachine();
+
+/// The daemons of the running supervisor at one moment.
+struct DaemonsNow {
+    SupervisorRun run;      ///< of the running supervisor
+    std::int64_t nowMs = 0; ///< when the log had been read, milliseconds since 1970, UTC
+    std::vector<DaemonStatus> daemons;
+};
+
+/// Reads the log and finds the daemons of the running supervisor.
+/// @param children  ChildrenOfSupervisor(), from before this call. The supervisor starts a process
+///                  and then logs the start. A process that starts between the two readings is then
+///                  in the log, and is not taken for a daemon without a record
+/// @throws LogUnreadable; std::runtime_error if the registry does not name the firmware root
+[[nodiscard]] DaemonsNow ReadDaemons(const std::vector<ProcessFacts>& children);
 
 /// Finds the running processes that DaemonManager.exe has started, except console hosts and
 /// processes that this user may not open.
