@@ -57,6 +57,13 @@ bool RestartDaemon(const DaemonStatus& daemon, std::uint64_t timeoutMs, const Re
     std::string ended = "it had no process";
     if (before.running) {
         const std::string process = "process " + std::to_string(*before.processId);
+        DaemonStatus present = daemon; // the listing may be older than the last restart
+        present.processId = before.processId;
+        const std::string reason = WhyNotToEnd(present);
+        if (!reason.empty()) {
+            reporter.failed(reason);
+            return false;
+        }
         const HeldProcess held(*before.processId);
         const ProcessFacts facts = held.Facts();
         if (facts.state == ProcessFacts::State::running && facts.createdMs == before.createdMs) {

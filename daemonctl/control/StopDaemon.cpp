@@ -6,6 +6,7 @@
 #include "ProcessMatch.h"
 #include "ThisMachine.h"
 #include "WaitForLog.h"
+#include "WindowsService.h"
 
 #include <optional>
 #include <string>
@@ -17,10 +18,10 @@ using daemon_manager::SupervisorClient;
 
 // Finds the process that an attached daemon had when it was detached: the record of the detach names
 // it. The listing that the caller has may be older than the last restart.
-// @return nothing if the log does not show the record in time
+// @return nothing if the log does not show the record in time, or cannot be read
 std::optional<LoggedProcess> DetachedProcess(const DaemonStatus& daemon,
                                              const ProcessSource& source)
-{
+try {
     std::optional<LoggedProcess> detached;
     const bool isShown = WaitForLog([&](const SupervisorRun& run) {
         const DaemonHistory* const history = run.Find(*daemon.id);
@@ -34,6 +35,8 @@ std::optional<LoggedProcess> DetachedProcess(const DaemonStatus& daemon,
         return true;
     });
     return isShown ? detached : std::nullopt;
+} catch (const LogUnreadable&) {
+    return std::nullopt;
 }
 
 // Ends the process of a daemon that has just been detached. @return whether it is gone
@@ -95,6 +98,12 @@ bool StopDaemon(SupervisorClient& supervisor, const DaemonStatus& daemon, Attach
                                     "be ended");
         return isStopped;
     }
+    const std::string reason =
+        attached == AttachedProcess::end ? WhyNotToEnd(daemon) : std::string();
+    if (!reason.empty()) {
+        reporter.failed(reason);
+        return false;
+    }
     if (!supervisor.Detach(*daemon.id)) {
         reporter.failed(id + " is unknown: somebody else stopped or detached it");
         return false;
@@ -104,6 +113,19 @@ bool StopDaemon(SupervisorClient& supervisor, const DaemonStatus& daemon, Attach
         return true;
     }
     return EndDetached(daemon, reporter);
+}
+
+std::string WhyNotToEnd(const DaemonStatus& daemon)
+{
+    if (!daemon.service || !daemon.processId ||
+        !MayBeProcessOfService(daemon.command, *daemon.processId)) {
+        return {};
+    }
+    const std::string detach =
+        daemon.id ? "daemonctl detach " + std::to_string(*daemon.id) + ", then " : std::string();
+    return NameOfDaemon(daemon) +
+           ": a Windows service is not ended by force. To stop it: " + detach + "sc stop " +
+           Printable(daemon.command);
 }
 
 std::string NameOfDaemon(const DaemonStatus& daemon)

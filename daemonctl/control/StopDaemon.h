@@ -4,6 +4,8 @@
 #include "Reporter.h"
 #include "daemon_manager/SupervisorClient.h"
 
+#include <string>
+
 namespace vqrx::client::v0 {
 
 /// What becomes of the process of an attached daemon that is stopped.
@@ -21,11 +23,18 @@ enum class AttachedProcess {
 /// @param daemon    of the running supervisor. If inLog is false, it is not known whether it is
 ///                  attached: the function then finds out by the answer to a detach
 /// @param reporter  gets one line about the result, and before it a line about a wait
-/// @return false if the daemon has no known id, or if its process runs on although it should not
-/// @throws SupervisorError; LogUnreadable; std::bad_alloc
+/// @return false if the daemon has no known id, if its process runs on although it should not, or if
+///         the process may not be ended (WhyNotToEnd); the daemon is then not detached either
+/// @throws SupervisorError; std::bad_alloc
 [[nodiscard]] bool StopDaemon(daemon_manager::SupervisorClient& supervisor,
                               const DaemonStatus& daemon, AttachedProcess attached,
                               const Reporter& reporter);
+
+/// Finds out why daemonctl must not end the process of a daemon: it is that of a Windows service. If it
+/// ended by force, Windows would report a crash, and could start the service beside the supervisor.
+/// @return the reason with advice, one line; empty if the process may be ended. The program of
+///         a service that the supervisor itself started may be ended
+[[nodiscard]] std::string WhyNotToEnd(const DaemonStatus& daemon);
 
 /// Describes a daemon for people: "daemon 3, process 592 (C:\FW\App\a.exe -x)".
 [[nodiscard]] std::string NameOfDaemon(const DaemonStatus& daemon);

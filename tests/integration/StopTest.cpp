@@ -3,6 +3,7 @@
 #include "Daemonctl.h"
 #include "PrefixClass.h"
 #include "SupervisorProcess.h"
+#include "TestService.h"
 
 #include <windows.h>
 
@@ -127,6 +128,26 @@ TEST_F(Stop, announces_the_wait_for_a_launched_program_with_a_window)
                       "daemonctl: waiting at most 30 s until daemon 0, process " +
                           std::to_string(process) + " (" + program + " " + ready.Name() +
                           ") has ended\n"}));
+}
+
+TEST_F(Stop, does_not_end_the_process_of_a_Windows_service)
+{
+    TestService service("DmStopService");
+    service.Start();
+    const DWORD process = service.ProcessId();
+    const std::string id = std::to_string(process);
+    EXPECT_EQ(Daemonctl("attach " + id), (Answer{0, "0\n", ""}));
+    ASSERT_TRUE(supervisor_.WaitForLog(2, "Attach DaemonId(0) PId(" + id + ") : DmStopService"));
+    const std::string refusal =
+        "daemon 0, process " + id +
+        " (DmStopService): a Windows service is not ended by force. To stop it: daemonctl detach 0, "
+        "then sc stop DmStopService\n";
+    EXPECT_EQ(Daemonctl("stop 0 --end"), (Answer{1, "", "daemonctl: " + refusal}));
+    EXPECT_EQ(Daemonctl("restart 0"), (Answer{1, "", "daemonctl: " + refusal}));
+    EXPECT_EQ(service.ProcessId(), process);
+    EXPECT_EQ(Listed(), 1U);
+    EXPECT_EQ(Daemonctl("stop 0 --leave"),
+              (Answer{0, "daemon 0 detached, its process runs on\n", ""}));
 }
 
 TEST_F(Stop, by_id_works_without_a_readable_log)
