@@ -3,11 +3,15 @@
 #include "ApplyFleet.h"
 #include "ConsoleReporter.h"
 #include "ExitCode.h"
+#include "FleetSource.h"
 #include "PrintText.h"
 #include "Printable.h"
+#include "ThisMachine.h"
+#include "TimeText.h"
 #include "WaitForLog.h"
 #include "WithSupervisor.h"
 
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -37,10 +41,20 @@ bool PrintErrors(const std::string& file, const std::vector<std::string>& errors
 
 int Apply(SupervisorClient& supervisor, const ApplyArguments& arguments, const ExpectFile& fleet)
 {
-    const std::vector<DaemonStatus> daemons = ListDaemons(ChildrenOfSupervisor());
-    const FleetPlan plan = PlanFleet(fleet.programs, daemons, FleetSourceOfThisMachine());
+    const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
+    const Timeline timeline = ReadTimelineOfRunning();
+    const SupervisorRun& run = RunOfThisMachine(timeline);
+    const auto daemons = StatusOfDaemons(run, SourceOfThisMachine(), NowMs(), children);
+    FleetSource source = FleetSourceOfThisMachine();
+    source.attachedKnown = run.beginningSeen;
+    const FleetPlan plan = PlanFleet(fleet.programs, daemons, source);
     if (!PrintErrors(arguments.file, plan.errors)) {
         return kWrongUsage;
+    }
+    if (std::any_of(plan.members.begin(), plan.members.end(), [](const FleetMember& member) {
+            return member.plan == FleetMember::Plan::refused;
+        })) {
+        PrintNotes(daemons, run);
     }
     const AppliedCount count =
         ApplyFleet(supervisor, plan, daemons, arguments.options, ConsoleReporter());

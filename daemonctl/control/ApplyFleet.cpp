@@ -2,14 +2,12 @@
 
 #include "HeldProcess.h"
 #include "Printable.h"
-#include "ProcessList.h"
 #include "StopDaemon.h"
 #include "TextFile.h"
 #include "ThisMachine.h"
 #include "Utf8.h"
+#include "WaitForLog.h"
 #include "WindowsService.h"
-
-#include <windows.h>
 
 #include <exception>
 
@@ -62,14 +60,17 @@ public:
 
     void Remove(const DaemonStatus& daemon)
     {
-        const std::string command = WithoutBlank(daemon.command);
-        if (options_.dryRun) {
-            ++count_.stopped;
-            reporter_.done(Verdict("would stop", command) + ": " + IdAndProcess(daemon));
-            return;
+        try {
+            const bool isDone =
+                options_.dryRun ? ForetellStop(daemon)
+                                : StopDaemon(supervisor_, daemon, AttachedProcess::end, reporter_);
+            ++(isDone ? count_.stopped : count_.failed);
+        } catch (const SupervisorNotRunning&) {
+            throw;
+        } catch (const std::exception& exception) {
+            ++count_.failed;
+            reporter_.failed(NameOfDaemon(daemon) + ": " + Printable(exception.what()));
         }
-        ++(StopDaemon(supervisor_, daemon, AttachedProcess::end, reporter_) ? count_.stopped
-                                                                            : count_.failed);
     }
 
     AppliedCount Count() const { return count_; }
@@ -94,6 +95,19 @@ private:
                          Printable(CommandOf(member)) + ": " + reason);
     }
 
+    // @return whether the daemon would be stopped
+    bool ForetellStop(const DaemonStatus& daemon)
+    {
+        const std::string reason = WhyNotToEnd(daemon);
+        if (!reason.empty()) {
+            reporter_.failed(reason);
+            return false;
+        }
+        reporter_.done(Verdict("would stop", WithoutBlank(daemon.command)) + ": " +
+                       IdAndProcess(daemon));
+        return true;
+    }
+
     void Foretell(const FleetMember& member)
     {
         switch (member.plan) {
@@ -112,6 +126,9 @@ private:
         case Plan::registered:
         case Plan::attached:
             ReportThere(member, IdAndProcess(daemons_[*member.daemon]));
+            return;
+        case Plan::refused:
+            Fail(member, member.reason);
             return;
         }
     }
@@ -133,6 +150,9 @@ private:
             return;
         case Plan::attached:
             ReportThere(member, IdAndProcess(daemons_[*member.daemon]));
+            return;
+        case Plan::refused:
+            Fail(member, member.reason);
             return;
         }
     }
@@ -201,8 +221,25 @@ private:
                              "; to find the reason: daemonctl doctor");
             return;
         }
+        const std::string daemon = "daemon " + std::to_string(answer.daemonId) + ", " + process;
+        if (!IsShownByLog(answer.daemonId)) {
+            Fail(member, "attached as " + daemon +
+                             ", but the log does not show it: do not repeat this command until "
+                             "daemonctl ps shows the daemon");
+            return;
+        }
         ++count_.attached;
-        Report("attached", member, "daemon " + std::to_string(answer.daemonId) + ", " + process);
+        Report("attached", member, daemon);
+    }
+
+    // Waits for the record of an attach. A log that cannot be read does not show it.
+    static bool IsShownByLog(std::uint32_t daemonId)
+    {
+        try {
+            return WaitForDaemonInLog(daemonId);
+        } catch (const LogUnreadable&) {
+            return false;
+        }
     }
 
     SupervisorClient& supervisor_;
@@ -211,24 +248,6 @@ private:
     const Reporter& reporter_;
     AppliedCount count_;
 };
-
-std::vector<RunningProgram> OrphansOf(const std::string& fileName)
-{
-    std::vector<RunningProgram> orphans;
-    for (const std::uint32_t processId : OrphansOfImage(Wide(fileName))) {
-        const ProcessFacts facts = ReadProcessFacts(processId);
-        if (facts.state == ProcessFacts::State::running) {
-            orphans.push_back({facts, ArgumentsOfProcess(processId)});
-        }
-    }
-    return orphans;
-}
-
-bool FileExists(const std::string& path)
-{
-    const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
-}
 
 } // namespace
 
@@ -260,12 +279,6 @@ ExpectFile ReadFleetFile(const std::string& path)
         unread.errors.emplace_back(error.what());
         return unread;
     }
-}
-
-FleetSource FleetSourceOfThisMachine()
-{
-    const ProcessSource processes = SourceOfThisMachine();
-    return {processes.appFolder, processes.sameFile, FileExists, ServiceExists, OrphansOf};
 }
 
 std::string DescribeCount(const AppliedCount& count, const ApplyOptions& options)

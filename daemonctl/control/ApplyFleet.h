@@ -27,10 +27,12 @@ struct AppliedCount {
 
 /// Makes the daemons of the supervisor those of a fleet file: launches what is missing, attaches what
 /// runs unwatched, and on request stops what the file does not name. Reports one line for each line of
-/// the file and each stopped daemon. A line that fails does not keep the function from the others.
+/// the file and each stopped daemon. A line or a stop that fails does not keep the function from the
+/// others. After an attach the function waits until the log shows the daemon, because the next plan
+/// reads the log, and would attach the process a second time without the record.
 /// @param plan     without errors
 /// @param daemons  the daemons that the plan was made for
-/// @throws SupervisorNotRunning if the supervisor has ended; LogUnreadable; std::bad_alloc
+/// @throws SupervisorNotRunning if the supervisor has ended; std::bad_alloc
 [[nodiscard]] AppliedCount ApplyFleet(daemon_manager::SupervisorClient& supervisor,
                                       const FleetPlan& plan,
                                       const std::vector<DaemonStatus>& daemons,
@@ -39,10 +41,6 @@ struct AppliedCount {
 /// Reads a fleet file. @param path  UTF-8
 /// @return the file; its errors hold the reason if it cannot be read
 [[nodiscard]] ExpectFile ReadFleetFile(const std::string& path);
-
-/// Makes the functions that ask this machine for PlanFleet().
-/// @throws std::runtime_error if the registry does not name the firmware root
-[[nodiscard]] FleetSource FleetSourceOfThisMachine();
 
 /// Sums a count up for people: "2 launched, 1 attached, 3 there already, 0 not". Pure.
 [[nodiscard]] std::string DescribeCount(const AppliedCount& count, const ApplyOptions& options);

@@ -68,4 +68,10 @@ bool WaitForLog(const std::function<bool(const SupervisorRun& run)>& isShown)
     }
 }
 
+bool WaitForDaemonInLog(std::uint32_t daemonId)
+{
+    return WaitForLog(
+        [daemonId](const SupervisorRun& run) { return run.Find(daemonId) != nullptr; });
+}
+
 } // namespace vqrx::client::v0

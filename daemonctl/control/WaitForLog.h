@@ -31,4 +31,9 @@ inline constexpr std::uint64_t kLogPatienceMs = 10000;
 /// @throws LogUnreadable as ReadTimeline() and RunOfThisMachine()
 [[nodiscard]] bool WaitForLog(const std::function<bool(const SupervisorRun& run)>& isShown);
 
+/// Waits until the log of the running supervisor shows a daemon, after its launch or attach.
+/// @return false if the log does not show it after kLogPatienceMs
+/// @throws LogUnreadable as WaitForLog()
+[[nodiscard]] bool WaitForDaemonInLog(std::uint32_t daemonId);
+
 } // namespace vqrx::client::v0

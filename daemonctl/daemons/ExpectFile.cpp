@@ -54,14 +54,6 @@ std::string ComparablePath(std::string_view path)
     return result;
 }
 
-// Returns whether a text can be the folder in front of a program's name. A folder has a colon after
-// its drive letter only, and does not hold the path of another program.
-bool IsFolder(std::string_view text)
-{
-    return text.find(':', 2) == std::string_view::npos &&
-           text.find(".exe ") == std::string_view::npos;
-}
-
 // Assigns a command to one program after another. If a command has an owner already, the owner
 // moves to another command where that is possible (augmenting paths of bipartite matching).
 class Matching {
@@ -169,6 +161,12 @@ ExpectFile ParseExpectFile(std::string_view content)
     return file;
 }
 
+bool CanBeFolder(std::string_view text)
+{
+    return text.find(':', 2) == std::string_view::npos &&
+           LowerAscii(text).find(".exe ") == std::string::npos;
+}
+
 bool IsCommandOf(const ExpectedProgram& expected, std::string_view command)
 {
     std::string arguments = " ";
@@ -186,7 +184,7 @@ bool IsCommandOf(const ExpectedProgram& expected, std::string_view command)
     for (std::size_t begin = 0; begin != std::string::npos;
          begin = anyFolder ? whole.find('\\', begin) : std::string::npos) {
         begin += begin != 0 ? 1 : 0; // after the separator
-        if (!IsFolder(std::string_view(whole).substr(0, begin))) {
+        if (!CanBeFolder(std::string_view(whole).substr(0, begin))) {
             break;
         }
         const std::string_view rest = std::string_view(whole).substr(begin);

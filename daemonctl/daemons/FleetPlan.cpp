@@ -3,7 +3,9 @@
 #include "AsciiCase.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
@@ -28,6 +30,18 @@ std::string JoinedArguments(const std::vector<std::string>& arguments)
         text += argument + " ";
     }
     return text;
+}
+
+// Returns whether a command interpreter runs a batch file with these arguments. Its own arguments hold
+// the command of the batch file. Windows puts quotes around it, which the split of the arguments moves.
+bool RunsBatchFile(const std::vector<std::string>& ofInterpreter, const ExpectedProgram& line,
+                   const std::string& path)
+{
+    std::string text = JoinedArguments(ofInterpreter);
+    std::erase(text, '"');
+    const std::size_t begin = LowerAscii(text).find(LowerAscii(path));
+    return begin != std::string::npos &&
+           text.substr(begin + path.size()) == JoinedArguments(line.arguments);
 }
 
 // Makes the plan line by line. Each function takes the lines that the functions before it left.
@@ -99,16 +113,10 @@ private:
         const std::string place = "line " + std::to_string(member.program.line) + ": ";
         const bool isThere = source_.fileExists(member.path);
         if (!HasFolder(member.program.program) && !isThere) {
-            if (source_.serviceExists(member.program.program)) {
-                member.plan = FleetMember::Plan::service;
-                member.path = member.program.program;
-            } else {
-                plan_.errors.push_back(place + member.program.program + " is neither a file in " +
-                                       source_.appFolder +
-                                       " nor a Windows service: write its full path");
-            }
+            PlanService(member, place);
             return;
         }
+        CheckArguments(member, place, member.path);
         if (!isThere) {
             plan_.warnings.push_back(place + member.path +
                                      " does not exist; the supervisor tries every second to start "
@@ -118,15 +126,112 @@ private:
         TakeOrphan(member);
     }
 
+    void PlanService(FleetMember& member, const std::string& place)
+    {
+        const std::string& name = member.program.program;
+        try {
+            if (!source_.serviceExists(name)) {
+                plan_.errors.push_back(place + name + " is neither a file in " + source_.appFolder +
+                                       " nor a Windows service: write its full path");
+                return;
+            }
+        } catch (const std::runtime_error& error) {
+            plan_.errors.push_back(place + name + " is no file in " + source_.appFolder + ", and " +
+                                   error.what());
+            return;
+        }
+        CheckArguments(member, place, {});
+        member.plan = FleetMember::Plan::service;
+        member.path = name;
+        if (!source_.attachedKnown) {
+            Refuse(member, "the service may be a daemon already: the log no longer shows all "
+                           "attached daemons. If it is none, attach its process: daemonctl attach");
+        }
+    }
+
+    void CheckArguments(const FleetMember& member, const std::string& place,
+                        const std::string& path)
+    {
+        const std::string reason = source_.reasonToRefuse(path, member.program.arguments);
+        if (!reason.empty()) {
+            plan_.errors.push_back(place + reason);
+        }
+    }
+
+    static void Refuse(FleetMember& member, const std::string& reason)
+    {
+        member.plan = FleetMember::Plan::refused;
+        member.reason = reason;
+    }
+
     void TakeOrphan(FleetMember& member)
     {
-        for (const RunningProgram& orphan :
+        if (IsBatchFile(member.path)) {
+            RefuseRunningBatchFile(member);
+            return;
+        }
+        for (const UnwatchedProgram& orphan :
              source_.orphansOf(std::string(FileNameOf(member.path)))) {
-            if (orphan.arguments == member.program.arguments &&
-                IsSamePath(member.path, orphan.facts.image, source_.appFolder, source_.sameFile) &&
-                takenOrphans_.insert(orphan.facts.processId).second) {
-                member.plan = FleetMember::Plan::takeOver;
-                member.process = orphan.facts;
+            if (!IsSamePath(member.path, orphan.facts.image, source_.appFolder, source_.sameFile)) {
+                continue;
+            }
+            const std::optional<std::size_t> daemon = DaemonOf(orphan.facts.processId);
+            if (!orphan.arguments) {
+                if (!daemon) {
+                    Refuse(member, "process " + std::to_string(orphan.facts.processId) +
+                                       " runs this program, and its arguments cannot be read: run "
+                                       "this command as administrator");
+                }
+            } else if (*orphan.arguments == member.program.arguments &&
+                       takenOrphans_.insert(orphan.facts.processId).second) {
+                TakeProcess(member, orphan, daemon);
+                return;
+            }
+        }
+    }
+
+    std::optional<std::size_t> DaemonOf(std::uint32_t processId) const
+    {
+        const auto found =
+            std::find_if(daemons_.begin(), daemons_.end(), [processId](const DaemonStatus& daemon) {
+                return daemon.processId == processId;
+            });
+        return found == daemons_.end()
+                   ? std::nullopt
+                   : std::optional<std::size_t>(static_cast<std::size_t>(found - daemons_.begin()));
+    }
+
+    // @param daemon  the daemon that has the process already. The log shows question marks for some
+    //                letters of a command, so the command did not fit the line
+    void TakeProcess(FleetMember& member, const UnwatchedProgram& process,
+                     const std::optional<std::size_t>& daemon)
+    {
+        if (daemon) {
+            taken_[*daemon] = true;
+            member.daemon = daemon;
+            member.plan = FleetMember::Plan::attached;
+            return;
+        }
+        member.plan = FleetMember::Plan::takeOver;
+        member.process = process.facts;
+        if (!source_.attachedKnown) {
+            const std::string id = std::to_string(process.facts.processId);
+            Refuse(member, "process " + id +
+                               " may be a daemon already: the log no longer shows all attached "
+                               "daemons. If it is none: daemonctl attach " +
+                               id);
+        }
+    }
+
+    void RefuseRunningBatchFile(FleetMember& member)
+    {
+        for (const UnwatchedProgram& orphan : source_.orphansOf("cmd.exe")) {
+            if (orphan.arguments && RunsBatchFile(*orphan.arguments, member.program, member.path)) {
+                const std::string id = std::to_string(orphan.facts.processId);
+                Refuse(member, "process " + id +
+                                   " runs this batch file already. A batch file "
+                                   "cannot be attached: end the process, then repeat "
+                                   "this command");
                 return;
             }
         }
@@ -172,9 +277,12 @@ bool IsExactCommandOf(const ExpectedProgram& line, const std::string& command,
         return false;
     }
     const std::string path = command.substr(0, command.size() - arguments.size());
-    return HasFolder(line.program)
-               ? IsSamePath(path, AbsolutePath(line.program, appFolder), appFolder, sameFile)
-               : LowerAscii(FileNameOf(path)) == LowerAscii(line.program);
+    if (HasFolder(line.program)) {
+        return IsSamePath(path, AbsolutePath(line.program, appFolder), appFolder, sameFile);
+    }
+    const std::string_view name = FileNameOf(path);
+    return LowerAscii(name) == LowerAscii(line.program) &&
+           CanBeFolder(std::string_view(path).substr(0, path.size() - name.size()));
 }
 
 FleetPlan PlanFleet(const std::vector<ExpectedProgram>& lines,

@@ -20,13 +20,15 @@ struct FleetMember {
         registered, ///< a launched daemon has this program and these arguments
         attached,   ///< an attached daemon has them, or is the service
         takeOver,   ///< a process runs it that nobody supervises: attach the process
-        service     ///< the line names a Windows service that is no daemon: attach the service
+        service,    ///< the line names a Windows service that is no daemon: attach the service
+        refused     ///< it may run already, and cannot be attached: do nothing
     };
     Plan plan = Plan::launch;
     ExpectedProgram program;
     std::string path;                  ///< full path of the program; of a service its name
     std::optional<std::size_t> daemon; ///< registered, attached: index of the daemon
     ProcessFacts process;              ///< takeOver: the process
+    std::string reason;                ///< refused: why, and what a person can do
 };
 
 /// What must be done so that the daemons are those of a fleet file.
@@ -38,6 +40,13 @@ struct FleetPlan {
     std::vector<std::string> warnings; ///< "line 3: ..."; the program file does not exist
 };
 
+/// A process that no running process has started, and its arguments.
+struct UnwatchedProgram {
+    ProcessFacts facts;
+    /// UTF-8, without the name of the program; nothing if they cannot be read.
+    std::optional<std::vector<std::string>> arguments;
+};
+
 /// The questions about this machine that PlanFleet() asks, as functions that a test can replace.
 /// All texts are UTF-8.
 struct FleetSource {
@@ -45,10 +54,18 @@ struct FleetSource {
     SameFile sameFile;
     /// Returns whether a file, not a folder, has this path.
     std::function<bool(const std::string& path)> fileExists;
-    /// Returns whether there is a Windows service of this name.
+    /// Returns whether there is a Windows service of this name. Throws std::runtime_error if Windows
+    /// does not answer.
     std::function<bool(const std::string& name)> serviceExists;
     /// Returns the processes that no running process has started and that run a file of this name.
-    std::function<std::vector<RunningProgram>(const std::string& fileName)> orphansOf;
+    std::function<std::vector<UnwatchedProgram>(const std::string& fileName)> orphansOf;
+    /// Returns why the supervisor's client refuses a path and arguments; empty if it does not. The
+    /// path is empty for a service.
+    std::function<std::string(const std::string& path, const std::vector<std::string>& arguments)>
+        reasonToRefuse;
+    /// Whether the daemons given to PlanFleet() include all attached daemons. If not, a process that
+    /// seems to be unsupervised may be attached already, and is not attached again.
+    bool attachedKnown = true;
 };
 
 /// Compares the lines of a fleet file with the daemons of the supervisor.
@@ -58,8 +75,13 @@ struct FleetSource {
 /// folder. If there is none, it stands for the file of this name in \App, or for the Windows service
 /// of this name. Each daemon fits one line only.
 ///
+/// A process that nobody supervises and that fits a line is not started a second time: it is attached.
+/// If that is not possible, the line is refused. A batch file is one such case: its process is the
+/// command interpreter, and the supervisor would register that instead of the batch file.
+///
 /// Two lines that mean the same program with the same arguments are an error: the supervisor does not
-/// launch a program twice with the same arguments. Pure except for `source`.
+/// launch a program twice with the same arguments. Arguments that the client refuses are an error, too.
+/// Pure except for `source`.
 [[nodiscard]] FleetPlan PlanFleet(const std::vector<ExpectedProgram>& lines,
                                   const std::vector<DaemonStatus>& daemons,
                                   const FleetSource& source);

@@ -79,13 +79,18 @@ ProcessFacts ReadProcessFacts(std::uint32_t processId)
 
 std::vector<std::string> ArgumentsOfProcess(std::uint32_t processId)
 {
+    return ReadArguments(processId).value_or(std::vector<std::string>());
+}
+
+std::optional<std::vector<std::string>> ReadArguments(std::uint32_t processId)
+{
     const UniqueKernelHandle process(
         OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, processId));
     const std::wstring commandLine = process ? CommandLineOf(process.Get()) : std::wstring();
-    std::vector<std::string> arguments;
     if (commandLine.empty()) { // CommandLineToArgvW would return the name of this program
-        return arguments;
+        return std::nullopt;
     }
+    std::vector<std::string> arguments;
     int count = 0;
     const win32::UniqueLocalMemory<wchar_t*> split(CommandLineToArgvW(commandLine.c_str(), &count));
     for (int index = 1; split && index < count; ++index) {

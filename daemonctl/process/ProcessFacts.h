@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,10 @@ struct ProcessFacts {
 /// Reads the arguments of a running process, UTF-8, without the name of its program.
 /// @return empty also if this user may not read the memory of the process
 [[nodiscard]] std::vector<std::string> ArgumentsOfProcess(std::uint32_t processId);
+
+/// Reads the arguments of a running process, UTF-8, without the name of its program.
+/// @return nothing if they cannot be read, for example because this user may not
+[[nodiscard]] std::optional<std::vector<std::string>> ReadArguments(std::uint32_t processId);
 
 /// Returns whether two paths (UTF-8) lead to one file. Two different texts do so through a
 /// junction, a drive letter that stands for a folder, or an 8.3 name.

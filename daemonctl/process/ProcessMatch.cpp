@@ -92,13 +92,13 @@ std::string AbsolutePath(const std::string& path, const std::string& appFolder)
     return isAbsolute ? path : appFolder + "\\" + path;
 }
 
-namespace {
-
 bool IsBatchFile(const std::string& path)
 {
     const std::string lower = LowerAscii(path);
     return lower.ends_with(".bat") || lower.ends_with(".cmd");
 }
+
+namespace {
 
 bool IsCommandInterpreter(const std::string& image)
 {

@@ -31,6 +31,9 @@ using SameFile = std::function<bool(const std::string& left, const std::string& 
 /// Returns the path of a program as the supervisor takes it: a relative path begins in \App. Pure.
 [[nodiscard]] std::string AbsolutePath(const std::string& path, const std::string& appFolder);
 
+/// Returns whether a path is that of a batch file, which the command interpreter cmd.exe runs. Pure.
+[[nodiscard]] bool IsBatchFile(const std::string& path);
+
 /// Returns whether two paths lead to one file. Letter case, the kind of slash, "." and ".." do not
 /// count. Pure except for sameFile, which is called if the two paths differ as texts.
 /// @param path   may be relative to \App; a question mark in it stands for any character, as in a

@@ -78,6 +78,8 @@ TEST_F(Fleet, Apply_does_not_launch_an_attached_daemon_again)
 {
     const ChildProcess child('"' + worker_ + "\" 1");
     EXPECT_EQ(Daemonctl("attach " + std::to_string(child.Pid())).exitCode, 0U);
+    ASSERT_TRUE(supervisor_.WaitForLog(2, "Attach DaemonId(0) PId(" + std::to_string(child.Pid()) +
+                                              ") : " + worker_ + " 1 "));
     const std::string file = File(worker_ + " 1\n");
     EXPECT_EQ(Daemonctl("apply " + file),
               (Answer{0,
@@ -167,6 +169,18 @@ TEST_F(Fleet, Apply_of_a_file_with_bad_lines_does_nothing)
                     ", line 3 repeats line 1: the supervisor runs one daemon for a program "
                     "with the same arguments\n"
                     "daemonctl: nothing was done\n"}));
+    EXPECT_EQ(Commands(), Lines{});
+}
+
+TEST_F(Fleet, Apply_of_a_file_with_refused_arguments_does_nothing)
+{
+    const std::string file = File(worker_ + " 1\n" + worker_ + " \"\"\n");
+    const Answer refused{2, "",
+                         "daemonctl: " + file +
+                             ", line 2: argument 1 is empty and would disappear\n"
+                             "daemonctl: nothing was done\n"};
+    EXPECT_EQ(Daemonctl("apply --dry-run " + file), refused);
+    EXPECT_EQ(Daemonctl("apply " + file), refused);
     EXPECT_EQ(Commands(), Lines{});
 }
 

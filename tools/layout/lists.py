@@ -83,6 +83,7 @@ TESTED_BY = {
     "daemonctl/commands/WatchCommand.cpp": "tests/operator/trouble_test.py",
     "daemonctl/commands/WithSupervisor.cpp": "tests/integration/DaemonctlTest.cpp",
     "daemonctl/control/ApplyFleet.cpp": "tests/integration/FleetTest.cpp",
+    "daemonctl/control/FleetSource.cpp": "tests/integration/FleetTest.cpp",
     "daemonctl/control/HandOver.cpp": "tests/integration/HandOverTest.cpp",
     "daemonctl/control/RestartDaemon.cpp": "tests/integration/StopTest.cpp",
     "daemonctl/control/StopDaemon.cpp": "tests/integration/StopTest.cpp",

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <optional>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -28,9 +30,9 @@ protected:
     }
 
     void Orphan(std::uint32_t processId, const std::string& image,
-                const std::vector<std::string>& arguments)
+                const std::optional<std::vector<std::string>>& arguments)
     {
-        RunningProgram program;
+        UnwatchedProgram program;
         program.facts.processId = processId;
         program.facts.state = ProcessFacts::State::running;
         program.facts.image = image;
@@ -38,8 +40,8 @@ protected:
         orphans_[image.substr(image.rfind('\\') + 1)].push_back(program);
     }
 
-    // Plans for the lines of a file. Returns "launch PATH", "there 0", "attached 0", "process 12" or
-    // "service NAME" for each line, then "surplus 0", "error ..." and "warning ...".
+    // Plans for the lines of a file. Returns "launch PATH", "there 0", "attached 0", "process 12",
+    // "service NAME" or "refused REASON" for each line, then "surplus 0", "error ..." and "warning ...".
     std::vector<std::string> PlanFor(const std::string& file)
     {
         const ExpectFile fleet = ParseExpectFile(file);
@@ -63,6 +65,7 @@ protected:
 
     using Lines = std::vector<std::string>;
     std::set<std::string> files_ = {R"(C:\FW\App\a.exe)", R"(C:\FW\App\b.exe)", R"(D:\x y\c.exe)"};
+    bool attachedKnown_ = true;
     std::map<std::string, std::string> links_; // from a path to the file to which it leads
 
 private:
@@ -79,6 +82,8 @@ private:
             return "process " + std::to_string(member.process.processId);
         case FleetMember::Plan::service:
             return "service " + member.path;
+        case FleetMember::Plan::refused:
+            return "refused " + member.reason;
         }
         return "?";
     }
@@ -91,12 +96,26 @@ private:
                     return found != links_.end() && found->second == image;
                 },
                 [this](const std::string& path) { return files_.count(path) != 0; },
-                [](const std::string& name) { return name == "SnmpSvc"; },
-                [this](const std::string& fileName) { return orphans_[fileName]; }};
+                [](const std::string& name) {
+                    if (name == "HiddenSvc") {
+                        throw std::runtime_error("Windows does not answer");
+                    }
+                    return name == "SnmpSvc";
+                },
+                [this](const std::string& fileName) { return orphans_[fileName]; },
+                [](const std::string& path, const std::vector<std::string>& arguments) {
+                    for (const std::string& argument : arguments) {
+                        if (argument.find('%') != std::string::npos) {
+                            return "[" + path + "] refused";
+                        }
+                    }
+                    return std::string();
+                },
+                attachedKnown_};
     }
 
     std::vector<DaemonStatus> daemons_;
-    std::map<std::string, std::vector<RunningProgram>> orphans_; // by file name
+    std::map<std::string, std::vector<UnwatchedProgram>> orphans_; // by file name
 };
 
 TEST_F(FleetPlanTest, Program_without_a_daemon_is_launched_by_its_full_path)
@@ -180,9 +199,9 @@ TEST_F(FleetPlanTest, Full_path_of_a_missing_program_is_launched_with_a_warning)
 
 TEST_F(FleetPlanTest, Process_that_nobody_supervises_is_taken_over_if_program_and_arguments_fit)
 {
-    Orphan(11, R"(C:\FW\App\a.exe)", {"-y"});
-    Orphan(12, R"(C:\FW\App\a.exe)", {"-x"});
-    Orphan(13, R"(D:\a.exe)", {});
+    Orphan(11, R"(C:\FW\App\a.exe)", {{"-y"}});
+    Orphan(12, R"(C:\FW\App\a.exe)", {{"-x"}});
+    Orphan(13, R"(D:\a.exe)", std::vector<std::string>());
     EXPECT_EQ(PlanFor("a.exe -x\na.exe\nb.exe\n"),
               (Lines{"process 12", R"(launch C:\FW\App\a.exe)", R"(launch C:\FW\App\b.exe)"}));
 }
@@ -190,8 +209,75 @@ TEST_F(FleetPlanTest, Process_that_nobody_supervises_is_taken_over_if_program_an
 TEST_F(FleetPlanTest, Process_is_not_taken_over_for_a_daemon_that_is_there)
 {
     Daemon(R"(C:\FW\App\a.exe -x )");
-    Orphan(12, R"(C:\FW\App\a.exe)", {"-x"});
+    Orphan(12, R"(C:\FW\App\a.exe)", {{"-x"}});
     EXPECT_EQ(PlanFor("a.exe -x\n"), (Lines{"there 0"}));
+}
+
+TEST_F(FleetPlanTest, Name_alone_does_not_fit_a_daemon_that_has_the_name_in_its_arguments)
+{
+    Daemon(R"(C:\tool.exe C:\jobs\b.exe )");
+    Daemon(R"(C:\Tool.EXE jobs\b.exe )");
+    EXPECT_EQ(PlanFor("b.exe\n"), (Lines{R"(launch C:\FW\App\b.exe)", "surplus 0", "surplus 1"}));
+}
+
+TEST_F(FleetPlanTest, Process_is_refused_if_the_log_does_not_show_all_attached_daemons)
+{
+    Orphan(12, R"(C:\FW\App\a.exe)", {{"-x"}});
+    attachedKnown_ = false;
+    EXPECT_EQ(PlanFor("a.exe -x\na.exe\nSnmpSvc\n"),
+              (Lines{"refused process 12 may be a daemon already: the log no longer shows all "
+                     "attached daemons. If it is none: daemonctl attach 12",
+                     R"(launch C:\FW\App\a.exe)",
+                     "refused the service may be a daemon already: the log no longer shows all "
+                     "attached daemons. If it is none, attach its process: daemonctl attach"}));
+}
+
+TEST_F(FleetPlanTest, Process_of_a_daemon_whose_arguments_the_log_cannot_show_is_that_daemon)
+{
+    Daemon(R"(C:\FW\App\a.exe -? )", true);
+    Orphan(100, R"(C:\FW\App\a.exe)", {{"-x"}});
+    EXPECT_EQ(PlanFor("a.exe -x\n"), (Lines{"attached 0"}));
+}
+
+TEST_F(FleetPlanTest, Process_whose_arguments_cannot_be_read_is_not_started_a_second_time)
+{
+    Orphan(11, R"(C:\FW\App\a.exe)", std::nullopt);
+    Orphan(12, R"(C:\FW\App\a.exe)", {{"-x"}});
+    EXPECT_EQ(PlanFor("a.exe\na.exe -x\n"),
+              (Lines{"refused process 11 runs this program, and its arguments cannot be read: run "
+                     "this command as administrator",
+                     "process 12"}));
+}
+
+TEST_F(FleetPlanTest, Batch_file_that_runs_already_is_not_started_a_second_time)
+{
+    files_.insert(R"(D:\x y\job.bat)");
+    // Windows splits: cmd.exe /c ""D:\x y\job.bat" 1 "two words""
+    Orphan(12, R"(C:\windows\system32\cmd.exe)",
+           {{"/c", R"(D:\x)", R"(y\JOB.bat 1 two)", R"(words")"}});
+    EXPECT_EQ(PlanFor("\"D:\\x y\\job.bat\" 1 \"two words\"\n\"D:\\x y\\job.bat\" 1\n"),
+              (Lines{"refused process 12 runs this batch file already. A batch file cannot be "
+                     "attached: end the process, then repeat this command",
+                     R"(launch D:\x y\job.bat)"}));
+}
+
+TEST_F(FleetPlanTest, Arguments_that_the_client_refuses_are_an_error)
+{
+    EXPECT_EQ(PlanFor("a.exe 1%\nSnmpSvc %\n"),
+              (Lines{R"(launch C:\FW\App\a.exe)", "service SnmpSvc",
+                     R"(error line 1: [C:\FW\App\a.exe] refused)", "error line 2: [] refused"}));
+}
+
+TEST_F(FleetPlanTest, Daemon_that_is_there_keeps_arguments_that_the_client_refuses)
+{
+    Daemon(R"(C:\FW\App\a.exe 1% )");
+    EXPECT_EQ(PlanFor("a.exe 1%\n"), (Lines{"there 0"}));
+}
+
+TEST_F(FleetPlanTest, Name_that_may_be_a_service_is_an_error)
+{
+    EXPECT_EQ(PlanFor("HiddenSvc\n").back(),
+              R"(error line 1: HiddenSvc is no file in C:\FW\App, and Windows does not answer)");
 }
 
 TEST_F(FleetPlanTest, Service_is_attached_once_whatever_its_arguments)
