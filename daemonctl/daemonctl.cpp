@@ -51,6 +51,7 @@ int Run()
     AddWatchCommand(app, exitCode);
     AddRecordCommand(app, exitCode, DefaultLogPath);
     AddDoctorCommand(app, exitCode);
+    AddRightsCommand(app, exitCode);
     AddCompletionCommand(app, exitCode);
 
     std::vector<const char*> pointers;

@@ -56,6 +56,9 @@ void AddDoctorCommand(CLI::App& app, int& exitCode);
 /// Adds metrics, which writes figures about supervisor and daemons for a monitoring system.
 void AddMetricsCommand(CLI::App& app, int& exitCode);
 
+/// Adds rights, which shows who may change a path, and makes protected folders.
+void AddRightsCommand(CLI::App& app, int& exitCode);
+
 /// Adds log, which prints records of the log.
 /// @param path  empty: the operator must name the log file
 void AddLogCommand(CLI::App& app, int& exitCode, const LogPath& path);

@@ -8,11 +8,15 @@
 #include "LiveScreen.h"
 #include "LogOptions.h"
 #include "PrintText.h"
+#include "Printable.h"
+#include "ProtectedObjects.h"
 #include "PsWatch.h"
 #include "ThisMachine.h"
 #include "TimeText.h"
 #include "Unwatched.h"
 #include "WithSupervisor.h"
+
+#include <windows.h>
 
 #include <cstdint>
 #include <iostream>
@@ -29,10 +33,26 @@ constexpr std::uint32_t kMostSecondsBetweenLooks = 86400;
 
 struct PsOptions {
     bool json = false;
+    std::string output;             // empty: standard output
     std::string log;                // in place of the log of this machine; empty: that log
     std::uint32_t watchSeconds = 0; // 0: not given
     LineOutput::Colour colour = LineOutput::Colour::kAuto;
 };
+
+// Writes the listing with rights of its own: reattach believes it.
+int WriteListing(const std::string& path, const std::string& listing)
+{
+    const std::uint32_t error = WriteProtectedFile(path, listing);
+    if (error == 0) {
+        return kDone;
+    }
+    std::cerr << "daemonctl: " << Printable(path)
+              << (error == ERROR_FILE_EXISTS
+                      ? " exists already; it is not overwritten, because it may be somebody's"
+                      : " cannot be written (Windows error " + std::to_string(error) + ")")
+              << std::endl;
+    return kRefused;
+}
 
 void PrintTable(const std::vector<DaemonStatus>& daemons, std::int64_t nowMs,
                 LineOutput::Colour colour)
@@ -59,6 +79,9 @@ int Ps(const PsOptions& options)
     const std::int64_t nowMs = NowMs();
     const SupervisorRun& run = RunOfThisMachine(timeline);
     const auto daemons = StatusOfDaemons(run, SourceOfThisMachine(), nowMs, children);
+    if (!options.output.empty()) {
+        return WriteListing(options.output, ListingJson(daemons, nowMs, DM_VERSION));
+    }
     if (options.json) {
         PrintText(ListingJson(daemons, nowMs, DM_VERSION));
     } else {
@@ -92,11 +115,17 @@ void AddPsCommand(CLI::App& app, int& exitCode)
         ->type_name("FOLDER")
         ->excludes(watch);
     AddColourOption(*command, options->colour);
+    command
+        ->add_option("--output,-o", options->output,
+                     "Write the JSON object to this new file, which only administrators and this "
+                     "user may read and write")
+        ->type_name("FILE")
+        ->excludes(watch);
     command->footer(
         "Examples:\n"
         "  daemonctl ps\n"
         "  daemonctl ps --watch\n"
-        "  daemonctl ps --json > before.json\n"
+        "  daemonctl ps --output C:\\FW\\Logs\\before.json\n"
         "A daemon is shown as running only if the process that has its process id runs the program\n"
         "of the log and was created at the time of its start, or before it was attached. ID is -\n"
         "for a program that could never be started, and for a process that the log no longer shows\n"

@@ -5,6 +5,7 @@
 #include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "HandOver.h"
+#include "HandOverTrust.h"
 #include "PrintText.h"
 #include "Printable.h"
 #include "ShutdownProgress.h"
@@ -35,6 +36,8 @@ struct ReattachOptions {
     std::string formerLog;
     bool dryRun = false;
     bool noWait = false;
+    bool trust = false;
+    bool outside = false;
     std::uint32_t timeoutSeconds = kFormerTimeoutSeconds;
 };
 
@@ -108,6 +111,9 @@ bool PrintDamagedLogs(const HandOverCount& count, const ReattachOptions& options
 int Reattach(SupervisorClient& supervisor, const ReattachOptions& options,
              const HandOverOptions& handOver)
 {
+    if (!options.trust && !CanBelieve({options.from, options.formerLog})) {
+        return kRefused;
+    }
     if (!options.noWait && !WaitForFormerSupervisor(options)) {
         return kRefused;
     }
@@ -127,19 +133,24 @@ void AddReattachCommand(CLI::App& app, int& exitCode)
     CLI::App* const command = app.add_subcommand(
         "reattach", "Attach the running daemons of the former supervisor, after an upgrade");
     command->add_option("--from", options->from,
-                        "Read the daemons from this file, which ps --json made before the former "
+                        "Read the daemons from this file, which ps --output made before the former "
                         "supervisor ended");
     command->add_option("--former-log", options->formerLog,
                         "Read this log first, for example a damaged one that was set aside");
     command->add_option("--fleet", options->fleet,
                         "Take the arguments of Windows services from the lines of this fleet file");
+    command->add_flag("--trust", options->trust,
+                      "Believe the log and the listing although others than administrators may "
+                      "change them");
+    command->add_flag("--outside", options->outside,
+                      "Attach programs outside the folder App without a question");
     command->add_flag(
         "--dry-run", options->dryRun,
         "Print what the command would do, and do nothing; without a supervisor, print "
         "what runs unwatched");
     CLI::Option* const noWait =
         command->add_flag("--no-wait", options->noWait,
-                          "Do not wait for the end of other processes named DaemonManager.exe");
+                          "Do not wait for the end of other processes of the supervisor's program");
     command
         ->add_option("--timeout", options->timeoutSeconds,
                      "Wait at most this many seconds for the end of the former supervisor; "
@@ -148,10 +159,10 @@ void AddReattachCommand(CLI::App& app, int& exitCode)
         ->excludes(noWait);
     command->footer(
         "Examples:\n"
-        "  daemonctl ps --json > before.json\n"
+        "  daemonctl ps --output C:\\FW\\Logs\\before.json\n"
         "  daemonctl exit\n"
         "  (replace the program, start it)\n"
-        "  daemonctl reattach --from before.json\n"
+        "  daemonctl reattach --from C:\\FW\\Logs\\before.json\n"
         "Without --from the command finds the daemons in the log. A daemon whose start the log no\n"
         "longer shows is found if the former supervisor started it, and another one that the log\n"
         "shows. The command attaches a process only if its program and its time of creation show\n"
@@ -159,12 +170,18 @@ void AddReattachCommand(CLI::App& app, int& exitCode)
         "a launched one; to end its process, too: daemonctl stop --end.\n"
         "The command first waits until the process of the former supervisor has ended, because that\n"
         "supervisor restarts its daemons until then.\n"
+        "An administrator may attach only what administrators or the supervisor have written: the\n"
+        "command refuses a log or a listing that others may change (--trust), and asks about programs\n"
+        "outside the folder App (--outside).\n"
         "Exit code 0: all are attached; 1: there was none to attach; 4: some could not be attached,\n"
         "the former supervisor still runs, or its log was set aside.");
     command->callback([&exitCode, options] {
         HandOverOptions handOver;
         handOver.dryRun = options->dryRun;
         handOver.formerLog = options->formerLog;
+        if (!options->outside && !options->dryRun) {
+            handOver.review = AskAboutOutside;
+        }
         if (!ReadFiles(*options, handOver)) {
             exitCode = kWrongUsage;
             return;

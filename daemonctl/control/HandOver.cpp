@@ -153,9 +153,13 @@ HandOverCount HandOver(SupervisorClient& supervisor, const HandOverOptions& opti
         timeline = ReadTimelineAfter(options.formerLog);
     }
     Handing handing(&supervisor, options, reporter);
-    for (const FormerDaemon& former :
-         PlanReattachment(timeline, RunOfThisMachine(timeline), options.listed,
-                          SourceOfThisMachine(), FamilyOfThisMachine(options.formerSupervisors))) {
+    auto plan =
+        PlanReattachment(timeline, RunOfThisMachine(timeline), options.listed,
+                         SourceOfThisMachine(), FamilyOfThisMachine(options.formerSupervisors));
+    if (options.review) {
+        options.review(plan);
+    }
+    for (const FormerDaemon& former : plan) {
         handing.Carry(former);
     }
     HandOverCount count = handing.Count();

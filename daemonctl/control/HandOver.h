@@ -6,6 +6,7 @@
 #include "daemon_manager/SupervisorClient.h"
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,8 @@ struct HandOverOptions {
     std::vector<FormerSupervisor> formerSupervisors; ///< those that the caller knows
     /// UTF-8 path of a log whose records come before those of the present log; empty: none
     std::string formerLog;
+    /// May change the plan before it is carried out; empty: nobody looks at it.
+    std::function<void(std::vector<FormerDaemon>&)> review;
     bool dryRun = false; ///< report what would be done, and do nothing
 };
 

@@ -1,6 +1,7 @@
 #include "SupervisorProcesses.h"
 
 #include "ProcessList.h"
+#include "daemon_manager/SupervisorIdentity.h"
 
 #include <windows.h>
 
@@ -30,10 +31,26 @@ bool StillRuns(const ProcessFacts& facts)
 
 } // namespace
 
+std::vector<std::uint32_t> FindSupervisors()
+{
+    const daemon_manager::SupervisorIdentity identity = daemon_manager::IdentifySupervisor();
+    std::vector<std::uint32_t> supervisors;
+    std::vector<std::uint32_t> hidden;
+    for (const daemon_manager::SupervisorProcess& process : identity.processes) {
+        if (identity.installedProgram.empty() ||
+            (process.installedProgram && process.userKnown && process.expectedUser)) {
+            supervisors.push_back(process.processId);
+        } else if (process.program.empty() || (process.installedProgram && !process.userKnown)) {
+            hidden.push_back(process.processId);
+        }
+    }
+    return supervisors.empty() ? hidden : supervisors;
+}
+
 SupervisorProcesses::SupervisorProcesses()
 {
-    for (const ImageFacts& image : ProcessesOfImage(kSupervisorProgram)) {
-        processes_.emplace_back(image.processId);
+    for (const std::uint32_t processId : FindSupervisors()) {
+        processes_.emplace_back(processId);
     }
 }
 

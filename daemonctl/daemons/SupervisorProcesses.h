@@ -9,9 +9,17 @@
 
 namespace vqrx::client::v0 {
 
-/// The processes that run a file named DaemonManager.exe when this object is made: the supervisor,
-/// and any former supervisor that has not ended yet. Each process is kept open, so that Windows does
-/// not give its id to another process meanwhile.
+/// Finds the processes that run the installed supervisor's program as an expected user: the
+/// supervisor, and any former supervisor that has not ended yet. A process that only has the name of
+/// the program does not count, whoever runs it.
+/// - If this user may examine no such process, those that he may not examine and that have the name
+///   count: the supervisor is one of them.
+/// - If nothing on this machine names the installed program, every process of the name counts.
+/// @throws std::bad_alloc
+[[nodiscard]] std::vector<std::uint32_t> FindSupervisors();
+
+/// The processes of FindSupervisors() when this object is made. Each process is kept open, so that
+/// Windows does not give its id to another process meanwhile.
 class SupervisorProcesses {
 public:
     /// @throws ProcessListUnreadable; std::bad_alloc; CodePageError if a path cannot be converted to

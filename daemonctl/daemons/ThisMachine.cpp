@@ -4,6 +4,7 @@
 #include "LogFile.h"
 #include "ProcessFacts.h"
 #include "ProcessList.h"
+#include "SupervisorProcesses.h"
 #include "TimeText.h"
 #include "TimelineBuilder.h"
 #include "Utf8.h"
@@ -84,18 +85,15 @@ DaemonsNow ReadDaemons(const std::vector<ProcessFacts>& children)
 
 std::vector<ProcessFacts> ChildrenOfSupervisor()
 {
-    const std::vector<ImageFacts> supervisors = ProcessesOfImage(L"DaemonManager.exe");
     std::vector<ProcessFacts> children;
-    if (supervisors.size() != 1) {
-        return children;
-    }
-    const std::uint32_t supervisor = supervisors.front().processId;
-    const std::int64_t supervisorCreatedMs = ReadProcessFacts(supervisor).createdMs;
-    for (ProcessFacts& facts : RunningChildren(supervisor)) {
-        // Windows gives out process ids again. If a process is older than the supervisor, its
-        // parent was an earlier process with the supervisor's id.
-        if (facts.createdMs >= supervisorCreatedMs) {
-            children.push_back(std::move(facts));
+    for (const std::uint32_t supervisor : FindSupervisors()) {
+        const std::int64_t supervisorCreatedMs = ReadProcessFacts(supervisor).createdMs;
+        for (ProcessFacts& facts : RunningChildren(supervisor)) {
+            // Windows gives out process ids again. If a process is older than the supervisor, its
+            // parent was an earlier process with the supervisor's id.
+            if (facts.createdMs >= supervisorCreatedMs) {
+                children.push_back(std::move(facts));
+            }
         }
     }
     return children;

@@ -55,9 +55,9 @@ struct DaemonsNow {
 /// @throws LogUnreadable; std::runtime_error if the registry does not name the firmware root
 [[nodiscard]] DaemonsNow ReadDaemons(const std::vector<ProcessFacts>& children);
 
-/// Finds the running processes that DaemonManager.exe has started, except console hosts and
-/// processes that this user may not open.
-/// @return empty if no process or several processes run a file named DaemonManager.exe
+/// Finds the running processes that the supervisor has started (see FindSupervisors()), except console
+/// hosts and processes that this user may not open. While a former supervisor still ends, its processes
+/// are among them.
 /// @throws ProcessListUnreadable
 [[nodiscard]] std::vector<ProcessFacts> ChildrenOfSupervisor();
 

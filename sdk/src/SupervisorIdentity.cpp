@@ -198,6 +198,7 @@ SupervisorProcess Describe(DWORD processId, const std::wstring& installed, const
     if (token.Known()) {
         found.userKnown = true;
         found.user = NameOf(token.User());
+        found.userSid = SidText(token.User());
         found.expectedUser = IsExpected(token, own);
     }
     return found;

@@ -81,7 +81,8 @@ TEST_F(Upgrade, Reattach_after_an_orderly_exit_ends_none_of_ten_workers)
     for (std::size_t id = 0; id < processes.size(); ++id) {
         expected += Line(id, processes[id], "attached as daemon " + std::to_string(id));
     }
-    EXPECT_EQ(Daemonctl("reattach"), (Answer{0, expected + "10 attached, 0 already, 0 not\n", ""}));
+    EXPECT_EQ(Daemonctl("reattach --outside"),
+              (Answer{0, expected + "10 attached, 0 already, 0 not\n", ""}));
     for (const DWORD process : processes) {
         EXPECT_TRUE(IsRunning(process));
     }
@@ -93,13 +94,13 @@ TEST_F(Upgrade, Reattach_after_an_orderly_exit_ends_none_of_ten_workers)
         EXPECT_EQ(daemons[id].at("restarts"), 0);
     }
     // A second reattach attaches nothing.
-    const Answer again = Daemonctl("reattach");
+    const Answer again = Daemonctl("reattach --outside");
     EXPECT_EQ(again.exitCode, 1U) << again;
     EXPECT_NE(again.output.find("\n0 attached, 10 already, 0 not\n"), std::string::npos) << again;
     // The new supervisor restarts an attached worker.
     KillProcess(processes[3]);
     EXPECT_EQ(Daemonctl("wait 3 --for running --timeout 30").exitCode, 0U);
-    EXPECT_EQ(Daemonctl("reattach").exitCode, 1U);
+    EXPECT_EQ(Daemonctl("reattach --outside").exitCode, 1U);
 }
 
 // Returns when Windows noted the end of a process, milliseconds since 1970, UTC.
@@ -140,7 +141,7 @@ TEST_F(Upgrade, The_new_supervisor_gets_a_worker_only_after_the_former_one_has_e
         "daemonctl: waiting until the former supervisor has ended: process " +
         std::to_string(former_.Process().Pid()) + " (" + ProductProgram("DaemonManager.exe") +
         ")\n";
-    EXPECT_EQ(Daemonctl("reattach --timeout 0 --from " + file),
+    EXPECT_EQ(Daemonctl("reattach --outside --timeout 0 --from " + file),
               (Answer{4, "",
                       waiting + "daemonctl: it still runs after 0 s; nothing was attached, because "
                                 "two supervisors would restart the same daemons\n"
@@ -151,13 +152,13 @@ TEST_F(Upgrade, The_new_supervisor_gets_a_worker_only_after_the_former_one_has_e
         Daemonctl("reattach --dry-run --from " + file),
         (Answer{0, Line(0, processes[0], "would be attached") + "1 to attach, 0 already, 0 not\n",
                 "daemonctl: reattach would wait" + waiting.substr(waiting.find(" until"))}));
-    const CapturedProgram reattach(ProductProgram("daemonctl.exe") + " reattach --from " + file);
+    const std::string command = ProductProgram("daemonctl.exe") + " reattach --outside --from ";
+    const CapturedProgram reattach(command + file);
     ASSERT_TRUE(WaitUntil([&] { return reattach.Error() == waiting; }));
     // The former supervisor still restarts a worker; nobody else does.
     KillProcess(processes[1]);
     EXPECT_NE(former_.WaitForStart(1, processes[1]), 0U);
     EXPECT_TRUE(reattach.Running());
-
     mayEnd.Signal();
     EXPECT_EQ(former_.ExitCode(), 0U);
     EXPECT_EQ(reattach.ExitCode(), 0U) << reattach.Error();
@@ -188,7 +189,7 @@ TEST_F(Upgrade, Reattach_reports_a_worker_that_ended_and_attaches_the_others)
     EXPECT_EQ(dry.exitCode, 4U);
     EXPECT_EQ(dry.output,
               Line(1, processes[1], "would be attached") + "1 to attach, 0 already, 1 not\n");
-    const Answer answer = Daemonctl("reattach");
+    const Answer answer = Daemonctl("reattach --outside");
     EXPECT_EQ(answer.exitCode, 4U);
     EXPECT_EQ(answer.output,
               Line(1, processes[1], "attached as daemon 0") + "1 attached, 0 already, 1 not\n");
@@ -199,7 +200,7 @@ TEST_F(Upgrade, Reattach_reports_a_worker_that_ended_and_attaches_the_others)
     // After a new launch, reattach no longer reports the worker.
     EXPECT_EQ(Daemonctl("launch \"" + worker_ + "\" 0").exitCode, 0U);
     EXPECT_EQ(Daemonctl("wait 1 --timeout 30").exitCode, 0U);
-    EXPECT_EQ(Daemonctl("reattach").exitCode, 1U);
+    EXPECT_EQ(Daemonctl("reattach --outside").exitCode, 1U);
 }
 
 TEST_F(Upgrade, Reattach_works_after_the_supervisor_was_killed)
@@ -212,12 +213,12 @@ TEST_F(Upgrade, Reattach_works_after_the_supervisor_was_killed)
     ASSERT_TRUE(former_.Process().Wait());
     StartNew();
     EXPECT_EQ(
-        Daemonctl("reattach"),
+        Daemonctl("reattach --outside"),
         (Answer{0, Line(1, processes[1], "attached as daemon 0") + "1 attached, 0 already, 0 not\n",
                 ""}));
     // Reattach does not attach a worker that was detached on purpose.
     EXPECT_EQ(Daemonctl("detach 0").exitCode, 0U);
-    EXPECT_EQ(Daemonctl("reattach"), (Answer{1, "0 attached, 0 already, 0 not\n", ""}));
+    EXPECT_EQ(Daemonctl("reattach --outside"), (Answer{1, "0 attached, 0 already, 0 not\n", ""}));
 }
 
 TEST_F(Upgrade, Reattach_reads_from_a_listing_the_daemons_that_the_log_no_longer_shows)
@@ -234,16 +235,16 @@ TEST_F(Upgrade, Reattach_reads_from_a_listing_the_daemons_that_the_log_no_longer
     EXPECT_EQ(Daemonctl("exit").exitCode, 0U);
     ASSERT_TRUE(DeleteFileA(former_.LogFile().c_str()));
     StartNew();
-    EXPECT_EQ(Daemonctl("reattach"), (Answer{1, "0 attached, 0 already, 0 not\n", ""}));
+    EXPECT_EQ(Daemonctl("reattach --outside"), (Answer{1, "0 attached, 0 already, 0 not\n", ""}));
     EXPECT_EQ(
-        Daemonctl("reattach --from " + file),
+        Daemonctl("reattach --outside --from " + file),
         (Answer{0, Line(0, processes[0], "attached as daemon 0") + "1 attached, 0 already, 0 not\n",
                 ""}));
     EXPECT_EQ(
-        Daemonctl("reattach --from " + wideFile),
+        Daemonctl("reattach --outside --from " + wideFile),
         (Answer{1, Line(0, processes[0], "is daemon 0 already") + "0 attached, 1 already, 0 not\n",
                 ""}));
-    const Answer wrong = Daemonctl("reattach --from " + File("wrong.json", "{}"));
+    const Answer wrong = Daemonctl("reattach --outside --from " + File("wrong.json", "{}"));
     EXPECT_EQ(wrong.exitCode, 2U);
     EXPECT_NE(wrong.error.find("not a listing of daemonctl ps --json"), std::string::npos) << wrong;
 }
@@ -285,7 +286,7 @@ TEST_F(Upgrade, Reattach_reports_a_process_that_the_supervisor_refuses_to_attach
         const PrefixStandIns broken(PrefixStandIns::Wmi::broken);
         StartNew();
     }
-    const Answer answer = Daemonctl("reattach");
+    const Answer answer = Daemonctl("reattach --outside");
     EXPECT_EQ(answer.exitCode, 4U);
     EXPECT_EQ(answer.output, "0 attached, 0 already, 1 not\n");
     EXPECT_EQ(answer.error,

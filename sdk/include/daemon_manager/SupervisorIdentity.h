@@ -11,10 +11,11 @@ struct SupervisorProcess {
     std::uint32_t processId = 0;
     std::wstring program;          ///< full path; empty: this user may not examine the process
     bool installedProgram = false; ///< program is the installed supervisor
-    bool userKnown = false;        ///< false: the next three members mean nothing
+    bool userKnown = false;        ///< false: the next members up to expectedUser mean nothing
     std::wstring user;             ///< "DOMAIN\name", or the SID if it has no name
-    bool expectedUser = false;     ///< see IdentifySupervisor
-    std::uint32_t session = 0;     ///< the desktop session of the process
+    std::wstring userSid;
+    bool expectedUser = false; ///< see IdentifySupervisor
+    std::uint32_t session = 0; ///< the desktop session of the process
     std::uint64_t created = 0; ///< when Windows created it, 100 ns since 1601, UTC; 0: not known
 };
 

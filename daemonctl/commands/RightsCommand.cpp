@@ -1,0 +1,114 @@
+#include "Commands.h"
+
+#include "ExitCode.h"
+#include "ObjectRights.h"
+#include "PrintText.h"
+#include "Printable.h"
+#include "ProtectedObjects.h"
+
+#include <windows.h>
+
+#include <cstdint>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+namespace {
+
+struct RightsOptions {
+    std::vector<std::string> paths;
+    std::string make;
+    std::string account;
+};
+
+// Prints the weaknesses of a path. @return whether it has none
+bool PrintWeaknesses(const std::string& path)
+{
+    const std::vector<std::string> found = WeaknessesOfPath(path, TrustedAdministrators());
+    PrintText((found.empty() ? "ok    " : "weak  ") + Printable(path) + "\n");
+    for (const std::string& weakness : found) {
+        PrintText("      " + Printable(weakness) + "\n");
+    }
+    return found.empty();
+}
+
+int Refuse(const std::string& text)
+{
+    std::cerr << "daemonctl: " << Printable(text) << std::endl;
+    return kRefused;
+}
+
+// Makes one folder, if the folders above it are sound.
+int Make(const std::string& path, FolderUse use, const std::string& accountSid)
+{
+    const std::size_t end = path.find_last_of("\\/");
+    if (end == std::string::npos || end < 2) {
+        return Refuse(path + " is no full path of a folder");
+    }
+    const std::string parent = end == 2 ? path.substr(0, 3) : path.substr(0, end);
+    for (const std::string& weakness : WeaknessesOfParentPath(parent, TrustedAdministrators())) {
+        return Refuse(path + " was not made: " + weakness);
+    }
+    const std::uint32_t error = MakeProtectedFolder(path, use, accountSid);
+    if (error == ERROR_ALREADY_EXISTS) {
+        return Refuse(path + " exists already; to check it: daemonctl rights \"" + path + "\"");
+    }
+    if (error != 0) {
+        return Refuse(path + " cannot be made (Windows error " + std::to_string(error) + ")");
+    }
+    return kDone;
+}
+
+int Rights(const RightsOptions& options)
+{
+    std::string accountSid;
+    if (!options.account.empty()) {
+        accountSid = SidOfAccount(options.account);
+        if (accountSid.empty()) {
+            return Refuse("there is no account " + options.account);
+        }
+    }
+    int exitCode = kDone;
+    for (const std::string& path : options.paths) {
+        if (options.make.empty()) {
+            exitCode = PrintWeaknesses(path) ? exitCode : static_cast<int>(kNothingToDo);
+        } else if (const int made =
+                       Make(path, options.make == "logs" ? FolderUse::logs : FolderUse::programs,
+                            accountSid);
+                   made != kDone) {
+            return made;
+        }
+    }
+    return exitCode;
+}
+
+} // namespace
+
+void AddRightsCommand(CLI::App& app, int& exitCode)
+{
+    const auto options = std::make_shared<RightsOptions>();
+    CLI::App* const command = app.add_subcommand(
+        "rights",
+        "Show who else than administrators may change a file or folder, or make a folder");
+    command->add_option("PATH", options->paths, "Full path of a file or a folder")->required();
+    command
+        ->add_option("--make", options->make,
+                     "Make the folder with rights of its own. programs: users may read and "
+                     "execute; logs: only SYSTEM, administrators and the account may enter")
+        ->check(CLI::IsMember({"programs", "logs"}));
+    command->add_option("--account", options->account,
+                        "Account of the supervisor, if it is no administrator; for --make logs");
+    command->footer(
+        "Examples:\n"
+        "  daemonctl rights C:\\FIRMWARE\\App\n"
+        "  daemonctl rights --make programs C:\\FIRMWARE C:\\FIRMWARE\\App\n"
+        "  daemonctl rights --make logs --account video C:\\FIRMWARE\\Logs\n"
+        "The command also looks at all folders above. Trusted are SYSTEM, administrators, Windows'\n"
+        "own installer, and the administrator who runs the command.\n"
+        "Exit code 1: somebody else can change a path; 4: a folder was not made.");
+    command->callback([&exitCode, options] { exitCode = Rights(*options); });
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,36 @@
+#include "TrustedSources.h"
+
+#include "AsciiCase.h"
+#include "ObjectRights.h"
+#include "Utf8.h"
+#include "daemon_manager/SupervisorIdentity.h"
+
+#include <windows.h>
+
+#include <shlobj.h>
+
+namespace vqrx::client::v0 {
+
+bool IsElevated() noexcept
+{
+    return IsUserAnAdmin() != FALSE;
+}
+
+std::vector<std::string> WeaknessesOfSource(const std::string& path)
+{
+    TrustedSids trusted = TrustedAdministrators();
+    for (const daemon_manager::SupervisorProcess& process :
+         daemon_manager::IdentifySupervisor().processes) {
+        if (process.installedProgram && process.userKnown && process.expectedUser) {
+            trusted.insert(Utf8(process.userSid));
+        }
+    }
+    return WeaknessesOfPath(path, trusted);
+}
+
+bool IsBelow(const std::string& program, const std::string& folder)
+{
+    return LowerAscii(program).starts_with(LowerAscii(folder) + "\\");
+}
+
+} // namespace vqrx::client::v0

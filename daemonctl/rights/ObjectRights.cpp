@@ -1,0 +1,211 @@
+#include "ObjectRights.h"
+
+#include "Utf8.h"
+#include "win32/LocalMemory.h"
+#include "win32/UniqueHandle.h"
+
+#include <windows.h>
+
+#include <aclapi.h>
+#include <sddl.h>
+#include <shlobj.h>
+
+#include <array>
+#include <cstddef>
+#include <iterator>
+
+namespace vqrx::client::v0 {
+namespace {
+
+using system::win32::v1::UniqueKernelHandle;
+using system::win32::v1::UniqueLocalMemory;
+
+std::string SidText(PSID sid)
+{
+    wchar_t* text = nullptr;
+    if (ConvertSidToStringSidW(sid, &text) == FALSE) {
+        return {};
+    }
+    const UniqueLocalMemory<wchar_t> owner(text);
+    return Utf8(text);
+}
+
+std::string NameOfSid(PSID sid)
+{
+    std::array<wchar_t, 256> name{};
+    std::array<wchar_t, 256> domain{};
+    auto nameSize = static_cast<DWORD>(name.size());
+    auto domainSize = static_cast<DWORD>(domain.size());
+    SID_NAME_USE use{};
+    if (LookupAccountSidW(nullptr, sid, name.data(), &nameSize, domain.data(), &domainSize, &use) ==
+        FALSE) {
+        return SidText(sid);
+    }
+    const std::string domainText = Utf8(domain.data());
+    return (domainText.empty() ? domainText : domainText + "\\") + Utf8(name.data());
+}
+
+// Adds the entry of an access list if it grants something on the object itself. Every entry that
+// grants a right begins like ACCESS_ALLOWED_ACE, also one with a condition; the SID of an entry for a
+// kind of objects, which files do not have, stands elsewhere, so that entry counts as everybody's.
+void AddEntry(const ACE_HEADER& header, std::vector<GrantedRight>& granted)
+{
+    constexpr BYTE kAllowed = 0;
+    constexpr BYTE kAllowedObject = 5;
+    constexpr BYTE kAllowedCallback = 9;
+    constexpr BYTE kAllowedCallbackObject = 11;
+    if ((header.AceFlags & INHERIT_ONLY_ACE) != 0) {
+        return;
+    }
+    const auto& entry = reinterpret_cast<const ACCESS_ALLOWED_ACE&>(header);
+    if (header.AceType == kAllowed || header.AceType == kAllowedCallback) {
+        auto* const sid = const_cast<DWORD*>(&entry.SidStart); // NOLINT: Windows' type for a SID
+        granted.push_back({SidText(sid), NameOfSid(sid), entry.Mask});
+    } else if (header.AceType == kAllowedObject || header.AceType == kAllowedCallbackObject) {
+        granted.push_back({"S-1-1-0", "Everyone", entry.Mask});
+    }
+}
+
+void ReadSecurity(const std::wstring& path, SE_OBJECT_TYPE type, ObjectRights& rights)
+{
+    PSID owner = nullptr;
+    PACL list = nullptr;
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    rights.error = GetNamedSecurityInfoW(path.c_str(), type,
+                                         OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION,
+                                         &owner, nullptr, &list, nullptr, &descriptor);
+    const UniqueLocalMemory<void> memory(descriptor);
+    if (rights.error != 0) {
+        return;
+    }
+    rights.ownerSid = owner != nullptr ? SidText(owner) : std::string();
+    rights.ownerName = owner != nullptr ? NameOfSid(owner) : std::string("nobody");
+    rights.unprotected = list == nullptr;
+    for (DWORD index = 0; list != nullptr && index < list->AceCount; ++index) {
+        void* entry = nullptr;
+        if (GetAce(list, index, &entry) != FALSE) {
+            AddEntry(*static_cast<const ACE_HEADER*>(entry), rights.granted);
+        }
+    }
+}
+
+std::string SidOfThisUser()
+{
+    UniqueKernelHandle token;
+    std::array<std::byte, 256> buffer{};
+    DWORD size = 0;
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.Put()) == FALSE ||
+        GetTokenInformation(token.Get(), TokenUser, buffer.data(),
+                            static_cast<DWORD>(buffer.size()), &size) == FALSE) {
+        return {};
+    }
+    return SidText(reinterpret_cast<const TOKEN_USER*>(buffer.data())->User.Sid);
+}
+
+std::wstring FullPath(const std::string& path)
+{
+    const std::wstring wide = Wide(path);
+    std::wstring full(GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr), L'\0');
+    const DWORD length =
+        GetFullPathNameW(wide.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
+    full.resize(length < full.size() ? length : 0);
+    while (full.size() > 3 && full.back() == L'\\') {
+        full.pop_back();
+    }
+    return full;
+}
+
+constexpr std::size_t kRootLength = 3; // of "C:\\"
+constexpr const char* kNoPath = " lies on a network or is no path";
+
+bool IsOnDrive(const std::wstring& full)
+{
+    return full.size() >= kRootLength && full[1] == L':';
+}
+
+std::wstring ParentOf(const std::wstring& full)
+{
+    const std::size_t end = full.rfind(L'\\');
+    return full.substr(0, end < kRootLength ? kRootLength : end);
+}
+
+// Adds the weaknesses of a folder, and of those above it, as places of other objects.
+void AddParents(std::wstring folder, const TrustedSids& trusted, std::vector<std::string>& found)
+{
+    for (;;) {
+        std::vector<std::string> more = WeaknessesOfParent(ReadRights(Utf8(folder)), trusted);
+        found.insert(found.end(), std::make_move_iterator(more.begin()),
+                     std::make_move_iterator(more.end()));
+        if (folder.size() <= kRootLength) {
+            return;
+        }
+        folder = ParentOf(folder);
+    }
+}
+
+} // namespace
+
+ObjectRights ReadRights(const std::string& path)
+{
+    ObjectRights rights;
+    rights.path = path;
+    const std::wstring wide = Wide(path);
+    const DWORD attributes = GetFileAttributesW(wide.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        rights.error = GetLastError();
+        return rights;
+    }
+    const bool isFolder = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    rights.kind = isFolder ? ObjectRights::Kind::folder : ObjectRights::Kind::file;
+    rights.reparsePoint = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    ReadSecurity(wide, SE_FILE_OBJECT, rights);
+    return rights;
+}
+
+ObjectRights ReadKeyRights(const std::string& key)
+{
+    ObjectRights rights;
+    rights.path = "HKLM\\" + key;
+    rights.kind = ObjectRights::Kind::registryKey;
+    ReadSecurity(L"MACHINE\\" + Wide(key), SE_REGISTRY_KEY, rights);
+    return rights;
+}
+
+TrustedSids TrustedAdministrators()
+{
+    TrustedSids trusted{"S-1-5-18",     // SYSTEM
+                        "S-1-5-32-544", // Administrators
+                        // TrustedInstaller
+                        "S-1-5-80-956008885-3418522649-1831038044-1853292631-2271478464"};
+    if (IsUserAnAdmin() != FALSE) {
+        trusted.insert(SidOfThisUser());
+    }
+    trusted.erase("");
+    return trusted;
+}
+
+std::vector<std::string> WeaknessesOfPath(const std::string& path, const TrustedSids& trusted)
+{
+    const std::wstring full = FullPath(path);
+    if (!IsOnDrive(full)) {
+        return {path + kNoPath};
+    }
+    std::vector<std::string> found = Weaknesses(ReadRights(Utf8(full)), trusted);
+    if (full.size() > kRootLength) {
+        AddParents(ParentOf(full), trusted, found);
+    }
+    return found;
+}
+
+std::vector<std::string> WeaknessesOfParentPath(const std::string& path, const TrustedSids& trusted)
+{
+    const std::wstring full = FullPath(path);
+    if (!IsOnDrive(full)) {
+        return {path + kNoPath};
+    }
+    std::vector<std::string> found;
+    AddParents(full, trusted, found);
+    return found;
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Weaknesses.h"
+
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+
+/// Reads owner and access list of a file or a folder. Follows no link at the end of the path. Windows
+/// only, as are the next functions.
+/// @param path  UTF-8, a full path
+[[nodiscard]] ObjectRights ReadRights(const std::string& path);
+
+/// Reads owner and access list of a registry key.
+/// @param key  below HKEY_LOCAL_MACHINE, without a name of it: "SOFTWARE\X"
+[[nodiscard]] ObjectRights ReadKeyRights(const std::string& key);
+
+/// Returns the SIDs of SYSTEM, of the administrators, of Windows' own installer, and, if this process
+/// has the full rights of an administrator, of its user: an administrator's own account counts as an
+/// administrator.
+[[nodiscard]] TrustedSids TrustedAdministrators();
+
+/// Returns why somebody who is not trusted can change a file or a folder, or put another object in its
+/// place: its own weaknesses, and those of each folder above it.
+/// @param path  UTF-8; a relative path starts in the working folder
+/// @return one sentence for each reason; one for a path on a network, whose rights prove nothing
+[[nodiscard]] std::vector<std::string> WeaknessesOfPath(const std::string& path,
+                                                        const TrustedSids& trusted);
+
+/// Returns why somebody who is not trusted can put another object in the place of one that lies in
+/// this folder: weaknesses of the folder and of all above it, without the right to add something.
+/// @param path  as for WeaknessesOfPath
+[[nodiscard]] std::vector<std::string> WeaknessesOfParentPath(const std::string& path,
+                                                              const TrustedSids& trusted);
+
+} // namespace vqrx::client::v0

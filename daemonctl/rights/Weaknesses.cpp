@@ -1,0 +1,68 @@
+#include "Weaknesses.h"
+
+namespace vqrx::client::v0 {
+namespace {
+
+// The numbers of winnt.h. For a folder 2 is "add a file", 4 "add a folder"; for a registry key 2 is
+// "set a value", 4 "make a key", 0x20 "make a link".
+constexpr std::uint32_t kWriteData = 0x00000002;
+constexpr std::uint32_t kAppendData = 0x00000004;
+constexpr std::uint32_t kWriteExtended = 0x00000010;
+constexpr std::uint32_t kDeleteChild = 0x00000040;
+constexpr std::uint32_t kWriteAttributes = 0x00000100;
+constexpr std::uint32_t kDelete = 0x00010000;
+constexpr std::uint32_t kWriteRights = 0x00040000;
+constexpr std::uint32_t kWriteOwner = 0x00080000;
+constexpr std::uint32_t kGenericAll = 0x10000000;
+constexpr std::uint32_t kGenericWrite = 0x40000000;
+constexpr std::uint32_t kMakeLink = 0x00000020; // of a registry key
+
+// With the right to change attributes a folder can be made a junction.
+constexpr std::uint32_t kReplace = kDeleteChild | kWriteAttributes | kDelete | kWriteRights |
+                                   kWriteOwner | kGenericAll | kGenericWrite;
+constexpr std::uint32_t kChange = kReplace | kWriteData | kAppendData | kWriteExtended;
+constexpr std::uint32_t kChangeKey = kWriteData | kAppendData | kMakeLink | kDelete | kWriteRights |
+                                     kWriteOwner | kGenericAll | kGenericWrite;
+
+std::vector<std::string> Judge(const ObjectRights& rights, const TrustedSids& trusted,
+                               std::uint32_t dangerous)
+{
+    std::vector<std::string> found;
+    if (rights.error != 0) {
+        found.push_back("the rights of " + rights.path + " cannot be read (Windows error " +
+                        std::to_string(rights.error) + ")");
+        return found;
+    }
+    if (rights.reparsePoint) {
+        found.push_back(rights.path + " is a junction or a link");
+    }
+    if (!trusted.contains(rights.ownerSid)) {
+        found.push_back(rights.ownerName + " owns " + rights.path);
+    }
+    if (rights.unprotected) {
+        found.push_back("everybody may write to " + rights.path + ", which has no access list");
+    }
+    std::set<std::string> named;
+    for (const GrantedRight& right : rights.granted) {
+        if ((right.mask & dangerous) != 0 && !trusted.contains(right.sid) &&
+            named.insert(right.sid).second) {
+            found.push_back(right.name + " may write to " + rights.path);
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+std::vector<std::string> Weaknesses(const ObjectRights& rights, const TrustedSids& trusted)
+{
+    return Judge(rights, trusted,
+                 rights.kind == ObjectRights::Kind::registryKey ? kChangeKey : kChange);
+}
+
+std::vector<std::string> WeaknessesOfParent(const ObjectRights& rights, const TrustedSids& trusted)
+{
+    return Judge(rights, trusted, kReplace);
+}
+
+} // namespace vqrx::client::v0

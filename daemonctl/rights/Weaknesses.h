@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+
+/// A right that the access list of an object grants.
+struct GrantedRight {
+    std::string sid;        ///< "S-1-1-0"
+    std::string name;       ///< "Everyone"; the SID if it has no name
+    std::uint32_t mask = 0; ///< the access rights, as Windows numbers them
+};
+
+/// Owner and access list of a file, a folder or a registry key. Texts are UTF-8.
+struct ObjectRights {
+    enum class Kind { file, folder, registryKey };
+
+    std::string path;
+    Kind kind = Kind::file;
+    std::uint32_t error =
+        0; ///< Windows error of reading the rights; 0 = read, else all below is unset
+    bool reparsePoint = false; ///< a junction or a link: the path leads somewhere else
+    std::string ownerSid;
+    std::string ownerName;
+    bool unprotected = false; ///< without an access list: everybody may do everything
+    std::vector<GrantedRight>
+        granted; ///< for the object itself, not for objects that are made in it
+};
+
+/// Who may change an object without being an intruder, by SID.
+using TrustedSids = std::set<std::string>;
+
+/// Says why somebody who is not trusted can change an object. Pure.
+/// @param trusted  those who may own and change the object
+/// @return one sentence for each reason, UTF-8, without a full stop: "Everyone may write to C:\FW";
+///         empty if nobody else can
+[[nodiscard]] std::vector<std::string> Weaknesses(const ObjectRights& rights,
+                                                  const TrustedSids& trusted);
+
+/// Says why somebody who is not trusted can put another object in the place of one that lies below
+/// this folder. As Weaknesses(), but the right to make new files and folders does no harm here: on
+/// many Windows machines everybody may make folders in the root of a drive. Pure.
+[[nodiscard]] std::vector<std::string> WeaknessesOfParent(const ObjectRights& rights,
+                                                          const TrustedSids& trusted);
+
+} // namespace vqrx::client::v0

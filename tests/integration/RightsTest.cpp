@@ -1,0 +1,60 @@
+// daemonctl rights: who may change a path, and folders with rights of their own.
+#include "Daemonctl.h"
+#include "TempFolder.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+namespace vqrx::test {
+namespace {
+
+TEST(Rights, A_folder_that_was_made_for_programs_or_logs_is_found_sound)
+{
+    const TempFolder folder;
+    const std::string app = folder.File("FW");
+    EXPECT_EQ(Daemonctl("rights --make programs " + app + " " + app + "\\App"),
+              (Answer{0, "", ""}));
+    EXPECT_EQ(Daemonctl("rights --make logs --account S-1-5-19 " + app + "\\Logs"),
+              (Answer{0, "", ""}));
+    EXPECT_EQ(Daemonctl("rights " + app + "\\App " + app + "\\Logs"),
+              (Answer{0, "ok    " + app + "\\App\nok    " + app + "\\Logs\n", ""}));
+}
+
+TEST(Rights, A_folder_that_exists_is_not_taken_over)
+{
+    const TempFolder folder;
+    const std::string path = folder.Path().string();
+    EXPECT_EQ(Daemonctl("rights --make programs " + path),
+              (Answer{4, "",
+                      "daemonctl: " + path + " exists already; to check it: daemonctl rights \"" +
+                          path + "\"\n"}));
+}
+
+TEST(Rights, A_link_on_the_way_is_found_and_nothing_is_made_behind_it)
+{
+    // Drive Z: of Wine is a link to the root of the host.
+    const Answer answer = Daemonctl("rights Z:\\usr");
+    EXPECT_EQ(answer.exitCode, 1U);
+    EXPECT_EQ(answer.output, "weak  Z:\\usr\n      Z:\\ is a junction or a link\n");
+    const Answer made = Daemonctl("rights --make programs Z:\\usr\\dm_never_made");
+    EXPECT_EQ(made.exitCode, 4U);
+    EXPECT_EQ(made.error, "daemonctl: Z:\\usr\\dm_never_made was not made: Z:\\ is a junction or a "
+                          "link\n");
+    EXPECT_FALSE(std::filesystem::exists("Z:\\usr\\dm_never_made"));
+}
+
+TEST(Rights, Wrong_arguments_are_refused)
+{
+    EXPECT_EQ(Daemonctl("rights").exitCode, 2U);
+    EXPECT_EQ(Daemonctl("rights --make anything C:\\x").exitCode, 2U);
+    EXPECT_EQ(Daemonctl("rights --make logs --account no_such_account_of_ours C:\\x"),
+              (Answer{4, "", "daemonctl: there is no account no_such_account_of_ours\n"}));
+    EXPECT_EQ(Daemonctl("rights --make logs relative").exitCode, 4U);
+}
+
+} // namespace
+} // namespace vqrx::test

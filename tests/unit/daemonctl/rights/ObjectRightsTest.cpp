@@ -1,0 +1,116 @@
+#include "ObjectRights.h"
+
+#include "ProtectedObjects.h"
+#include "TempFolder.h"
+#include "win32/LocalMemory.h"
+
+#include <windows.h>
+
+#include <aclapi.h>
+#include <sddl.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using client::v0::FolderUse;
+using client::v0::MakeProtectedFolder;
+using client::v0::ObjectRights;
+using client::v0::ReadKeyRights;
+using client::v0::ReadRights;
+using client::v0::TrustedAdministrators;
+using client::v0::WeaknessesOfPath;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+// Lets everybody write to a file or a folder.
+void OpenToAll(const std::string& path)
+{
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorA(
+        "D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;FA;;;WD)", SDDL_REVISION_1, &descriptor,
+        nullptr));
+    const system::win32::v1::UniqueLocalMemory<void> owner(descriptor);
+    BOOL present = FALSE;
+    BOOL byDefault = FALSE;
+    PACL list = nullptr;
+    ASSERT_TRUE(GetSecurityDescriptorDacl(descriptor, &present, &list, &byDefault));
+    std::string name = path;
+    ASSERT_EQ(0U, SetNamedSecurityInfoA(name.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
+                                        nullptr, nullptr, list, nullptr));
+}
+
+struct ObjectRightsTest : testing::Test {
+    ObjectRightsTest()
+        : path(folder.File("sound"))
+    {
+        EXPECT_EQ(0U, MakeProtectedFolder(path, FolderUse::programs, ""));
+    }
+
+    const TempFolder folder;
+    const std::string path;
+};
+
+TEST_F(ObjectRightsTest, A_folder_made_for_programs_has_no_weakness)
+{
+    const ObjectRights rights = ReadRights(path);
+    EXPECT_EQ(0U, rights.error);
+    EXPECT_EQ(ObjectRights::Kind::folder, rights.kind);
+    EXPECT_FALSE(rights.reparsePoint);
+    EXPECT_FALSE(rights.unprotected);
+    EXPECT_TRUE(TrustedAdministrators().contains(rights.ownerSid)) << rights.ownerSid;
+    EXPECT_THAT(WeaknessesOfPath(path, TrustedAdministrators()), IsEmpty());
+}
+
+TEST_F(ObjectRightsTest, A_folder_or_a_parent_that_everybody_may_change_is_found)
+{
+    const std::string inside = path + "\\inside";
+    ASSERT_EQ(0U, MakeProtectedFolder(inside, FolderUse::programs, ""));
+    std::ofstream(inside + "\\file") << "x";
+    OpenToAll(path);
+    const std::string weakness = "may write to " + path;
+    EXPECT_THAT(WeaknessesOfPath(path, TrustedAdministrators()), ElementsAre(HasSubstr(weakness)));
+    EXPECT_THAT(WeaknessesOfPath(inside, TrustedAdministrators()),
+                ElementsAre(HasSubstr(weakness)));
+    EXPECT_THAT(WeaknessesOfPath(inside + "\\file", TrustedAdministrators()),
+                ElementsAre(HasSubstr(weakness)));
+    OpenToAll(inside + "\\file");
+    EXPECT_THAT(WeaknessesOfPath(inside + "\\file", TrustedAdministrators()),
+                ElementsAre(HasSubstr("may write to " + inside + "\\file"), HasSubstr(weakness)));
+}
+
+TEST_F(ObjectRightsTest, An_owner_who_is_not_trusted_is_found)
+{
+    const std::vector<std::string> found = WeaknessesOfPath(path, {"S-1-5-18", "S-1-5-32-544"});
+    EXPECT_THAT(found, Contains(HasSubstr("owns " + path)));
+}
+
+TEST_F(ObjectRightsTest, A_path_that_does_not_exist_or_lies_on_a_network_proves_nothing)
+{
+    EXPECT_THAT(WeaknessesOfPath(path + "\\no", TrustedAdministrators()),
+                ElementsAre("the rights of " + path + "\\no cannot be read (Windows error 2)"));
+    EXPECT_THAT(WeaknessesOfPath("\\\\server\\share\\x", TrustedAdministrators()),
+                ElementsAre("\\\\server\\share\\x lies on a network or is no path"));
+}
+
+TEST(ObjectRights, Owner_and_access_list_of_a_registry_key_are_read)
+{
+    const ObjectRights rights = ReadKeyRights("SOFTWARE");
+    EXPECT_EQ(0U, rights.error);
+    EXPECT_EQ(ObjectRights::Kind::registryKey, rights.kind);
+    EXPECT_EQ("HKLM\\SOFTWARE", rights.path);
+    EXPECT_NE("", rights.ownerSid);
+    EXPECT_NE(0U, ReadKeyRights("SOFTWARE\\no such key of ours").error);
+}
+
+} // namespace
+} // namespace vqrx::test
