@@ -80,7 +80,7 @@ TEST(ShutdownProgress, does_not_take_the_end_of_a_former_run_for_this_one)
     const RunMark other{9000, true, 2};
     EXPECT_EQ(DescribeEnd(timeline, other), "the supervisor has ended; its daemons run on");
     EXPECT_EQ(DescribeEnd(timeline, std::nullopt), "the supervisor has ended; its daemons run on");
-    EXPECT_THAT(DescribeShutdown(timeline, other), StartsWith("A call of a client is under way"));
+    EXPECT_THAT(DescribeShutdown(timeline, other), StartsWith("Its log does not show the order"));
 }
 
 TEST(ShutdownProgress, names_each_process_and_its_program_if_it_is_known)
