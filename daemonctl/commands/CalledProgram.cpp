@@ -35,7 +35,7 @@ std::wstring EnvironmentWith(const std::map<std::string, std::string>& further)
         const std::wstring text(entry);
         const std::size_t equals = text.find(L'=', 1); // "=C:" begins with one
         variables[text.substr(0, equals)] =
-            equals == std::wstring::npos ? L"" : text.substr(equals);
+            equals == std::wstring::npos ? std::wstring() : text.substr(equals);
     }
     for (const auto& [name, value] : further) {
         std::wstring text = Wide(value);
