@@ -117,6 +117,7 @@ constexpr CallKind kKinds[] = {
     {"_mkdir", kMinusOne, kErrno, EACCES, kMayExist},
     {"_read", kMinusOne, kErrno, EIO},
     {"_stat64", kMinusOne, kErrno, EACCES},
+    {"putc", kMinusOne, kErrno, ENOSPC},
     {"_strdup", 0, kErrno, ENOMEM},
     {"_wfopen", 0, kErrno, EACCES},
     {"_wstat64", kMinusOne, kErrno, EACCES},

@@ -118,7 +118,6 @@ constexpr const char* kTestCalls[] = {
     "getc",
     "getwc",
     "printf",
-    "putc",
     "putwc",
     "setlocale",
     "setvbuf",
