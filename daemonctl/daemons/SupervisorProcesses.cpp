@@ -34,6 +34,9 @@ bool StillRuns(const ProcessFacts& facts)
 std::vector<std::uint32_t> FindSupervisors()
 {
     const daemon_manager::SupervisorIdentity identity = daemon_manager::IdentifySupervisor();
+    if (identity.listError != 0) {
+        throw ProcessListUnreadable(identity.listError);
+    }
     std::vector<std::uint32_t> supervisors;
     std::vector<std::uint32_t> hidden;
     for (const daemon_manager::SupervisorProcess& process : identity.processes) {

@@ -15,7 +15,7 @@ namespace vqrx::client::v0 {
 /// - If this user may examine no such process, those that he may not examine and that have the name
 ///   count: the supervisor is one of them.
 /// - If nothing on this machine names the installed program, every process of the name counts.
-/// @throws std::bad_alloc
+/// @throws ProcessListUnreadable; std::bad_alloc
 [[nodiscard]] std::vector<std::uint32_t> FindSupervisors();
 
 /// The processes of FindSupervisors() when this object is made. Each process is kept open, so that
