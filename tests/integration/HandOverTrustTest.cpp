@@ -61,7 +61,7 @@ private:
 // A supervisor with a worker outside App and one in App, and its successor.
 class HandOverTrust : public ::testing::Test {
 protected:
-    HandOver()
+    HandOverTrust()
     {
         const std::string inside = former_.App() + "\\worker.exe";
         std::filesystem::copy_file(TestProgram("no_windows"), inside);
