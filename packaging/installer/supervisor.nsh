@@ -119,10 +119,11 @@ Function ${un}StartSupervisor
         Push "${ASK_FOR_SUPERVISOR}"
         Call ${un}Daemonctl
         ${If} $0 = ${SUPERVISOR_ANSWERED}
+            ; --outside: no daemon may be lost, and nobody is there to answer a question.
             ${If} $Listing == ""
-                Push "reattach"
+                Push "reattach --outside"
             ${Else}
-                Push 'reattach --from "$Listing"'
+                Push 'reattach --outside --from "$Listing"'
             ${EndIf}
             Call ${un}Daemonctl
             Return

@@ -79,12 +79,12 @@ TEST_F(HandOver, Daemon_whose_start_the_log_does_not_show_is_found_by_its_parent
     KillSupervisor();
     StartNew();
     EXPECT_EQ(
-        Daemonctl("reattach"),
+        Daemonctl("reattach --outside"),
         (Answer{0,
                 "daemon 1, " + Name(named, "2") + "attached as daemon 0\na former daemon, " +
                     Name(unnamed, "1") + "attached as daemon 1\n2 attached, 0 already, 0 not\n",
                 ""}));
-    EXPECT_EQ(Daemonctl("reattach").exitCode, 1U);
+    EXPECT_EQ(Daemonctl("reattach --outside").exitCode, 1U);
 }
 
 TEST_F(HandOver, Program_that_never_ran_gets_a_line_and_is_no_failure)
@@ -96,12 +96,12 @@ TEST_F(HandOver, Program_that_never_ran_gets_a_line_and_is_no_failure)
     StartNew();
     const std::string neverRan =
         "a former daemon (C:\\no\\such.exe): its supervisor could never start it\n";
-    EXPECT_EQ(Daemonctl("reattach"),
+    EXPECT_EQ(Daemonctl("reattach --outside"),
               (Answer{0,
                       "daemon 1, " + Name(process, "1") + "attached as daemon 0\n" + neverRan +
                           "1 attached, 0 already, 0 not\n",
                       ""}));
-    EXPECT_EQ(Daemonctl("reattach").exitCode, 1U);
+    EXPECT_EQ(Daemonctl("reattach --outside").exitCode, 1U);
 }
 
 TEST_F(HandOver, Without_a_supervisor_ps_and_reattach_dry_run_show_what_runs_unwatched)
@@ -131,14 +131,14 @@ TEST_F(HandOver, Arguments_of_a_service_come_from_the_fleet_file)
     StartNew();
     const std::string fleet = former_.Root() + "\\fleet.txt";
     std::ofstream(fleet) << "DMHANDOVERSERVICE one \"two words\"\n";
-    EXPECT_EQ(Daemonctl("reattach --fleet " + fleet),
+    EXPECT_EQ(Daemonctl("reattach --outside --fleet " + fleet),
               (Answer{0,
                       "daemon 0, process " + process +
                           " (DmHandOverService): attached as daemon 0\n"
                           "1 attached, 0 already, 0 not\n",
                       ""}));
     std::ofstream(fleet) << "\"x\n";
-    EXPECT_EQ(Daemonctl("reattach --fleet " + fleet),
+    EXPECT_EQ(Daemonctl("reattach --outside --fleet " + fleet),
               (Answer{2, "", "daemonctl: " + fleet + ", line 1: a double quote is not closed\n"}));
 }
 

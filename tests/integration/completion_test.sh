@@ -29,7 +29,7 @@ expect() { # OFFERED_WORDS TYPED_WORD...: the last typed word is to be completed
         failures=$((failures + 1))
     fi
 }
-expect 'reattach restart report' re
+expect 'reattach restart report record' re
 expect '--help --version' --
 expect 'running restarted' wait 3 --for r
 expect 'supervisor' wait --for s

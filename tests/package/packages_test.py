@@ -39,10 +39,14 @@ class Packages(unittest.TestCase):
             "sdk/examples/launch_program.cpp",
             "sdk/idl/IDaemonMgrControl.idl",
             "sdk/include/IDaemonMgrControl.h",
+            "sdk/include/daemon_manager/ArgumentRules.h",
             "sdk/include/daemon_manager/ComApartment.h",
             "sdk/include/daemon_manager/SupervisorClient.h",
+            "sdk/include/daemon_manager/SupervisorIdentity.h",
             "sdk/src/IDaemonMgrControl_i.c",
             "sdk/src/SupervisorClient.cpp",
+            "sdk/src/ArgumentRules.cpp",
+            "sdk/src/SupervisorIdentity.cpp",
         ]))
 
     def test_every_link_of_a_document_leads_to_a_file_of_the_package(self):

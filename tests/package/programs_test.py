@@ -16,7 +16,7 @@ IMPORTS = {
     "DaemonManager.exe": ["advapi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll",
                           "oleaut32.dll", "shell32.dll", "shlwapi.dll", "user32.dll"],
     "daemonctl.exe": ["advapi32.dll", "kernel32.dll", "msvcrt.dll", "ntdll.dll", "ole32.dll",
-                      "oleaut32.dll", "shell32.dll"],
+                      "oleaut32.dll", "shell32.dll", "user32.dll"],
     "DaemonMgrPS.dll": ["kernel32.dll", "msvcrt.dll", "oleaut32.dll", "rpcrt4.dll"],
 }
 
