@@ -23,6 +23,7 @@
 #include <functional>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -109,6 +110,7 @@ int ForEachSelected(const DaemonSelection& selection, const Reporter& reporter,
                     const std::function<bool(const DaemonStatus& daemon)>& operation)
 {
     const SelectedDaemons selected = SelectDaemons(selection, Daemons(selection));
+    std::optional<int> failure;
     bool isDone = !selected.daemons.empty() || !selected.unknownNames.empty();
     if (!isDone) {
         reporter.failed("the supervisor has no daemons");
@@ -122,10 +124,16 @@ int ForEachSelected(const DaemonSelection& selection, const Reporter& reporter,
             isDone = operation(daemon) && isDone;
         } catch (const SupervisorNotRunning&) {
             throw;
+        } catch (const LogUnreadable& exception) {
+            reporter.failed(NameOfDaemon(daemon) + ": " + Printable(exception.what()));
+            failure = kLogUnreadable;
         } catch (const std::exception& exception) {
             reporter.failed(NameOfDaemon(daemon) + ": " + Printable(exception.what()));
-            isDone = false;
+            failure = kRefused;
         }
+    }
+    if (failure) {
+        return *failure;
     }
     return isDone ? kDone : kNothingToDo;
 }

@@ -139,6 +139,8 @@ constexpr CallKind kKinds[] = {
 constexpr const char* kHeaderFollows = "the first record is followed by the header";
 
 constexpr QuietPlace kQuietPlaces[] = {
+    {"Worker::Start", "_beginthreadex",
+     "standard error gets a line, and the next record tries again"},
     {"CreateRing", "_lseeki64", kHeaderFollows},
     {"CreateRing", "_write", kHeaderFollows},
 
