@@ -49,7 +49,7 @@ int Make(const std::string& path, FolderUse use, const std::string& accountSid)
     }
     const std::string parent = end == 2 ? path.substr(0, 3) : path.substr(0, end);
     for (const std::string& weakness : WeaknessesOfParentPath(parent, TrustedAdministrators())) {
-        return Refuse(path + " was not made: " + weakness);
+        return Refuse(std::string(path).append(" was not made: ").append(weakness));
     }
     const std::uint32_t error = MakeProtectedFolder(path, use, accountSid);
     if (error == ERROR_ALREADY_EXISTS) {

@@ -21,7 +21,7 @@ using Plan = FleetMember::Plan;
 
 constexpr std::size_t kVerdictColumn = 18; // width of "attached already" and two blanks
 
-std::string Verdict(const std::string& verdict, const std::string& command)
+std::string LineOfVerdict(const std::string& verdict, const std::string& command)
 {
     return verdict + std::string(kVerdictColumn - verdict.size(), ' ') + Printable(command);
 }
@@ -85,7 +85,7 @@ private:
 
     void Report(const std::string& verdict, const FleetMember& member, const std::string& what)
     {
-        reporter_.done(Verdict(verdict, CommandOf(member)) + ": " + what);
+        reporter_.done(LineOfVerdict(verdict, CommandOf(member)) + ": " + what);
     }
 
     void Fail(const FleetMember& member, const std::string& reason)
@@ -103,7 +103,7 @@ private:
             reporter_.failed(reason);
             return false;
         }
-        reporter_.done(Verdict("would stop", WithoutBlank(daemon.command)) + ": " +
+        reporter_.done(LineOfVerdict("would stop", WithoutBlank(daemon.command)) + ": " +
                        IdAndProcess(daemon));
         return true;
     }
@@ -113,7 +113,7 @@ private:
         switch (member.plan) {
         case Plan::launch:
             ++count_.launched;
-            reporter_.done(Verdict("would launch", CommandOf(member)));
+            reporter_.done(LineOfVerdict("would launch", CommandOf(member)));
             return;
         case Plan::takeOver:
             ++count_.attached;
@@ -121,7 +121,7 @@ private:
             return;
         case Plan::service:
             ++count_.attached;
-            reporter_.done(Verdict("would attach", CommandOf(member)));
+            reporter_.done(LineOfVerdict("would attach", CommandOf(member)));
             return;
         case Plan::registered:
         case Plan::attached:

@@ -24,11 +24,11 @@ struct FileState {
 class Follower {
 public:
     Follower(const std::string& path, TextEncoding encoding, const FollowEvents& events,
-             const std::optional<Record>& last)
+             std::optional<Record> last)
         : path_(path)
         , encoding_(encoding)
         , events_(events)
-        , last_(last)
+        , last_(std::move(last))
     {
     }
 

@@ -17,7 +17,7 @@ std::string HeadHtml(std::string_view source, std::uint32_t reloadSeconds)
     const std::string policy =
         reloadSeconds == 0 ? "" : std::string("; script-src '") + kReportScriptHash + "'";
     const std::string reload = reloadSeconds == 0 ? ""
-                                                  : "<meta http-equiv=\"refresh\" content=\"" +
+                                                  : R"(<meta http-equiv="refresh" content=")" +
                                                         std::to_string(reloadSeconds) + "\">\n";
     return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
@@ -37,7 +37,7 @@ std::string WrittenHtml(const ReportModel& model, int offsetMinutes, std::uint32
         return {};
     }
     std::string html =
-        "<p class=\"soft\">Written <time data-ms=\"" + std::to_string(model.moment.nowMs) +
+        R"(<p class="soft">Written <time data-ms=")" + std::to_string(model.moment.nowMs) +
         "\" data-every=\"" + std::to_string(reloadSeconds) + "\">" +
         LocalText(model.moment.nowMs, offsetMinutes) + " " + ZoneText(offsetMinutes) + "</time>";
     if (reloadSeconds != 0) {

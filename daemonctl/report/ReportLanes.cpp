@@ -244,7 +244,7 @@ std::string LanesHtml(const ReportModel& model, int offsetMinutes)
     std::string html = std::string("<h2>Processes over time</h2>\n") + kLegend;
     const std::vector<Range> ranges = RangesOf(model);
     for (const Range& range : ranges) {
-        html += std::string("<section class=\"range\" id=\"") + range.id + "\" aria-label=\"" +
+        html += std::string(R"(<section class="range" id=")") + range.id + "\" aria-label=\"" +
                 range.name + "\">\n";
         html += ranges.size() > 1 ? LinksTo(ranges, range.id) : std::string();
         html += Lanes(model, offsetMinutes, range).Make() + "</section>\n";

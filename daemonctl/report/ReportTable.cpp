@@ -70,7 +70,7 @@ std::string RowHtml(const ReportLane& lane, std::size_t index)
                      lane.availability ? AvailabilityText(*lane.availability) : kNoValue, true) +
            TableCell("Longest run", OptionalDuration(lane.longestMs), true) +
            TableCell("Median run", OptionalDuration(lane.medianMs), true) +
-           "<td role=\"cell\" data-name=\"Ends\">" + ReasonsHtml(lane.ends) + "</td></tr>\n";
+           R"(<td role="cell" data-name="Ends">)" + ReasonsHtml(lane.ends) + "</td></tr>\n";
 }
 
 } // namespace
@@ -85,10 +85,10 @@ std::string TableCell(const char* name, const std::string& text, bool isNumber)
 // elements for a table. The roles keep it a table for screen readers.
 std::string TableHead(const char* id, const std::vector<TableColumn>& columns)
 {
-    std::string html = std::string("<table role=\"table\" id=\"") + id +
+    std::string html = std::string(R"(<table role="table" id=")") + id +
                        "\">\n<thead role=\"rowgroup\"><tr role=\"row\">";
     for (const TableColumn& column : columns) {
-        html += std::string("<th scope=\"col\" role=\"columnheader\"") +
+        html += std::string(R"(<th scope="col" role="columnheader")") +
                 (column.isNumber ? " class=\"number\"" : "") + ">" + column.title + "</th>";
     }
     return html + "</tr></thead>\n<tbody role=\"rowgroup\">\n";

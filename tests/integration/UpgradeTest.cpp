@@ -272,10 +272,10 @@ TEST_F(Upgrade, Reattach_names_a_damaged_log_that_was_set_aside_and_reads_it_if_
                     damaged + "\n  To read it, too: daemonctl reattach --former-log \"" + damaged +
                     "\"\n"}));
     EXPECT_EQ(
-        Daemonctl("reattach --former-log \"" + damaged + '"'),
+        Daemonctl("reattach --outside --former-log \"" + damaged + '"'),
         (Answer{0, Line(0, processes[0], "attached as daemon 0") + "1 attached, 0 already, 0 not\n",
                 ""}));
-    EXPECT_EQ(Daemonctl("reattach --former-log \"" + damaged + '"').exitCode, 1U);
+    EXPECT_EQ(Daemonctl("reattach --outside --former-log \"" + damaged + '"').exitCode, 1U);
 }
 
 TEST_F(Upgrade, Reattach_reports_a_process_that_the_supervisor_refuses_to_attach)

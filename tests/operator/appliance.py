@@ -53,6 +53,9 @@ class Appliance:
         return self
 
     def __exit__(self, *_):
+        # The next program of the prefix may belong to another build.
+        self.run("regsvr32", "/u", "/s", windows_path(self.programs / "DaemonMgrPS.dll"))
+        self.run("reg", "delete", r"HKLM\SOFTWARE\UnitWarden", "/f")
         for process in self.background:
             with contextlib.suppress(ProcessLookupError):
                 os.killpg(process.pid, signal.SIGKILL)

@@ -18,6 +18,9 @@ fail() {
 }
 clean_up() {
     trap - EXIT
+    # The next program of the prefix may belong to another build.
+    windows regsvr32 /u /s "$bin/DaemonMgrPS.dll"
+    windows reg delete 'HKLM\SOFTWARE\UnitWarden' /f
     wineserver -k >/dev/null 2>&1
     wineserver -w >/dev/null 2>&1
     wait

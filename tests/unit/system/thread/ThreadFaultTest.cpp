@@ -83,8 +83,7 @@ TEST(Thread, A_wait_for_the_end_that_Windows_refuses_is_repeated_until_the_threa
     const system::win32::v1::UniqueKernelHandle event(CreateEventA(nullptr, TRUE, FALSE, nullptr));
     mayEnd = event.Get();
     refusedWaits = 0;
-    realWait = WaitForSingleObject;
-    const ImportPatch patch("WaitForSingleObject", RefuseTwoWaits);
+    const ImportPatch patch("WaitForSingleObject", RefuseTwoWaits, realWait);
     std::atomic<bool> ended = false;
     const system::thread::v1::Thread thread([&] {
         realWait(mayEnd, 60000);
