@@ -27,7 +27,7 @@ struct ApplyArguments {
     ApplyOptions options;
 };
 
-// Prints what is wrong with the lines of the file. @return whether nothing is
+// Prints the errors of the file's lines. @return whether there is none
 bool PrintErrors(const std::string& file, const std::vector<std::string>& errors)
 {
     for (const std::string& error : errors) {

@@ -4,8 +4,8 @@
 
 namespace vqrx::client::v0 {
 
-/// Makes a reporter that prints: what was done on standard output; waits and failures on standard
-/// error, after "daemonctl: ".
+/// Makes a reporter that prints. Completed work goes to standard output. Waits and failures go to
+/// standard error, after "daemonctl: ".
 [[nodiscard]] Reporter ConsoleReporter();
 
 } // namespace vqrx::client::v0

@@ -43,11 +43,12 @@ bool CanBelieve(const std::vector<std::string>& files)
         }
     }
     if (!sound) {
-        std::cerr << "daemonctl: nothing was attached: others than administrators may have written "
-                     "which processes to attach\n"
-                     "  Correct the rights: daemonctl doctor. If you know what was written: "
-                     "daemonctl reattach --trust"
-                  << std::endl;
+        std::cerr
+            << "daemonctl: nothing was attached: others than administrators may have written "
+               "which processes to attach\n"
+               "  To see who may change a file: daemonctl rights FILE. To believe the files all the "
+               "same: daemonctl reattach --trust"
+            << std::endl;
     }
     return sound;
 }

@@ -32,7 +32,7 @@ struct RecordArguments : LogOptions {
 std::string DescribeGap(const NewRecords& found)
 {
     if (found.isNewLog) {
-        return "the log was begun anew; records may be missing here";
+        return "the supervisor began a new log; records may be missing here";
     }
     return (found.lostCount ? std::to_string(*found.lostCount) : "an unknown number of") +
            (found.lostCount == 1U ? " record was" : " records were") +

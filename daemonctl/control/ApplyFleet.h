@@ -25,8 +25,9 @@ struct AppliedCount {
     std::size_t failed = 0; ///< lines without a daemon now, and daemons that could not be stopped
 };
 
-/// Makes the daemons of the supervisor those of a fleet file: launches what is missing, attaches what
-/// runs unwatched, and on request stops what the file does not name. Reports one line for each line of
+/// Carries out the plan for a fleet file. Launches each program of the file that no daemon runs, and
+/// attaches its process if one runs unwatched. On request, stops each daemon that the file does not
+/// name. Reports one line for each line of
 /// the file and each stopped daemon. A line or a stop that fails does not keep the function from the
 /// others. After an attach the function waits until the log shows the daemon, because the next plan
 /// reads the log, and would attach the process a second time without the record.

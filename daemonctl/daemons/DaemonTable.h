@@ -35,8 +35,8 @@ struct TableLine {
 };
 
 /// Writes the daemons as a table for people: a line of titles, and a line for each daemon. If the table
-/// is wider than the terminal, the last exit and the folders of programs are left out and times are
-/// short; what is still too long is cut. Pure except for timeText.
+/// is wider than the terminal, it has no last exits, no folders of programs, and short times. A line that
+/// is still too long is cut. Pure except for timeText.
 [[nodiscard]] std::vector<TableLine> TableOf(const std::vector<DaemonStatus>& daemons,
                                              const TableStyle& style);
 

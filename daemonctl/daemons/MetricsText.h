@@ -24,8 +24,8 @@ struct MachineMetrics {
 };
 
 /// Writes the metrics of a machine. The text is OpenMetrics and also the text format of Prometheus: all
-/// families are gauges, because those that only grow start again with each process or when the log
-/// loses its oldest records. docs/fleet.md describes the families, whose names are fixed. At most 1000
+/// families are gauges. A counter must not fall, but every figure here can fall: with a new process, or
+/// when the log loses its oldest records. docs/fleet.md describes the families, whose names are fixed. At most 1000
 /// daemons are written one by one, those in trouble first, then by id; the families that count daemons
 /// count all. A label has at most 200 bytes. Pure.
 /// @param daemons  empty if no supervisor is up

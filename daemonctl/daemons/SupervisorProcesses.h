@@ -12,8 +12,8 @@ namespace vqrx::client::v0 {
 /// Finds the processes that run the installed supervisor's program as an expected user: the
 /// supervisor, and any former supervisor that has not ended yet. A process that only has the name of
 /// the program does not count, whoever runs it.
-/// - If this user may examine no such process, those that he may not examine and that have the name
-///   count: the supervisor is one of them.
+/// - If this user may examine no such process, the processes that have the program's name and that this
+///   user may not examine count. The supervisor is one of them.
 /// - If nothing on this machine names the installed program, every process of the name counts.
 /// @throws ProcessListUnreadable; std::bad_alloc
 [[nodiscard]] std::vector<std::uint32_t> FindSupervisors();

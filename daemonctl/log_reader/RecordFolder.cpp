@@ -93,7 +93,7 @@ RecordFolder::RecordFolder(const std::string& path, const RecordFolderLimits& li
     Continue();
 }
 
-// Finds the last record, and removes what stands behind it in the last file.
+// Finds the last complete record. Cuts the last file after that record: a line may be torn there.
 void RecordFolder::Continue()
 {
     while (!names_.empty() && !last_) {

@@ -21,7 +21,7 @@ enum class SupervisorState {
     notRunning
 };
 
-/// The moment of the report, and what is known of it besides the log.
+/// The moment of the report, and the state of the supervisor at that moment, which the log does not show.
 struct ReportMoment {
     SupervisorState supervisor = SupervisorState::unknown;
     std::int64_t nowMs = 0; ///< 0: not known; then the report ends at the last record
