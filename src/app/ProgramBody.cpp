@@ -2,10 +2,9 @@
 
 #include "BoundedApartment.h"
 #include "ConsoleControl.h"
-#include "EscapeSequencesOff.h"
+#include "ConsoleModeOff.h"
 #include "ForcedEnd.h"
 #include "ManagerReference.h"
-#include "QuickEditOff.h"
 #include "RotRegistration.h"
 #include "WorkingDirectory.h"
 #include "com/UnmarshalPolicy.h"
@@ -98,8 +97,8 @@ void Supervise()
     installation::GetFirmwareRoot(firmwareRoot);
     ChangeDirectory(installation::AppFolder(firmwareRoot));
 
-    const QuickEditOff quickEditOff;
-    const EscapeSequencesOff escapeSequencesOff;
+    const ConsoleModeOff quickEdit = ConsoleModeOff::QuickEdit();
+    const ConsoleModeOff escapeSequences = ConsoleModeOff::EscapeSequences();
     LogFileSink fileSink;
     ConsoleSink consoleSink;
     consoleSink.SetThreshold(kLogThreshold);

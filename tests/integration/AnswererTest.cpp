@@ -1,14 +1,13 @@
 // Somebody else than the installed supervisor publishes an object under its name.
 #include "ChildProcess.h"
 #include "Daemonctl.h"
-#include "IDaemonMgrControl.h"
+#include "PublishedControl.h"
 #include "SupervisorProcess.h"
 
 #include <windows.h>
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <memory>
 #include <string>
 
@@ -16,60 +15,6 @@ namespace vqrx::test {
 namespace {
 
 using system::com::v1::ComApartment;
-using system::com::v1::ComPtr;
-
-// Answers every call with success, and counts the calls.
-class Impostor final : public IDaemonMgrControl {
-public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override
-    {
-        const bool known = id == IID_IUnknown || id == IID_IDaemonMgrControl;
-        *object = known ? this : nullptr;
-        return known ? S_OK : E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
-    HRESULT STDMETHODCALLTYPE Launch(BSTR, LPSAFEARRAY*, DWORD* id) override { return Call(id); }
-    HRESULT STDMETHODCALLTYPE Stop(DWORD) override { return Call(); }
-    HRESULT STDMETHODCALLTYPE Attach(DWORD, LPSAFEARRAY*, DWORD* id) override { return Call(id); }
-    HRESULT STDMETHODCALLTYPE Detach(DWORD) override { return Call(); }
-    HRESULT STDMETHODCALLTYPE Exit() override { return Call(); }
-
-    std::atomic<int> calls = 0;
-
-private:
-    HRESULT Call(DWORD* id = nullptr)
-    {
-        if (id != nullptr) {
-            *id = 0;
-        }
-        ++calls;
-        return S_OK;
-    }
-};
-
-// Publishes an object under the supervisor's name until the destructor runs.
-class PublishedImpostor {
-public:
-    PublishedImpostor()
-    {
-        ComPtr<IMoniker> moniker;
-        EXPECT_EQ(S_OK, GetRunningObjectTable(0, table_.Put()));
-        EXPECT_EQ(S_OK, CreateItemMoniker(L"!", L"DaemonManager", moniker.Put()));
-        EXPECT_EQ(S_OK, table_->Register(ROTFLAGS_REGISTRATIONKEEPSALIVE, &impostor_, moniker.Get(),
-                                         &cookie_));
-    }
-    PublishedImpostor(const PublishedImpostor&) = delete;
-    PublishedImpostor& operator=(const PublishedImpostor&) = delete;
-    ~PublishedImpostor() { table_->Revoke(cookie_); }
-
-    [[nodiscard]] int Calls() const { return impostor_.calls; }
-
-private:
-    Impostor impostor_;
-    ComPtr<IRunningObjectTable> table_;
-    DWORD cookie_ = 0;
-};
 
 constexpr const char* kCommands[] = {
     "launch C:\\x.exe", "stop 1", "attach 4", "detach 1", "exit", "ps", "reattach", "wait 0"};
@@ -82,7 +27,7 @@ std::string Reason()
 }
 
 // Expects that no command calls the impostor, and that each says why.
-void ExpectRefused(const PublishedImpostor& impostor)
+void ExpectRefused(const PublishedControl& impostor)
 {
     for (const char* command : kCommands) {
         EXPECT_EQ(Daemonctl(command),
@@ -103,7 +48,7 @@ TEST(Answerer, An_object_that_was_there_before_the_supervisor_is_not_believed)
     const ComApartment apartment;
     const ProxyRegistration proxy;
     const FirmwareRegistry registry;
-    const PublishedImpostor impostor;
+    const PublishedControl impostor;
     ExpectRefused(impostor);
 }
 
@@ -111,7 +56,7 @@ TEST(Answerer, An_object_that_appears_between_two_supervisors_is_not_believed)
 {
     SupervisorProcess former;
     EXPECT_EQ(former.Exit(), 0U);
-    const PublishedImpostor impostor;
+    const PublishedControl impostor;
     ExpectRefused(impostor);
     // The new supervisor finds the name taken and ends.
     const CapturedProgram next(ProductProgram("DaemonManager.exe"));
@@ -124,7 +69,7 @@ TEST(Answerer, An_object_that_appears_after_the_supervisor_was_killed_is_not_bel
     SupervisorProcess former;
     former.Process().Kill();
     ASSERT_TRUE(former.Process().Wait());
-    const PublishedImpostor impostor;
+    const PublishedControl impostor;
     ExpectRefused(impostor);
 }
 
@@ -137,7 +82,7 @@ TEST(Answerer, A_process_of_the_supervisors_name_does_not_make_an_object_credibl
     const std::string copy = folder.File("DaemonManager.exe");
     ASSERT_TRUE(CopyFileA(TestProgram("no_windows").c_str(), copy.c_str(), TRUE));
     const ChildProcess namesake("\"" + copy + "\"");
-    const PublishedImpostor impostor;
+    const PublishedControl impostor;
     ExpectRefused(impostor);
 }
 

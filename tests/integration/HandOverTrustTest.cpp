@@ -2,15 +2,12 @@
 // users of the machine.
 #include "ChildProcess.h"
 #include "Daemonctl.h"
+#include "OpenToAll.h"
 #include "PrefixClass.h"
 #include "SupervisorProcess.h"
 #include "TempFolder.h"
-#include "win32/LocalMemory.h"
 
 #include <windows.h>
-
-#include <aclapi.h>
-#include <sddl.h>
 
 #include <nlohmann/json.hpp>
 
@@ -24,23 +21,6 @@ namespace vqrx::test {
 namespace {
 
 using Json = nlohmann::json;
-
-// Lets everybody write to a file or a folder.
-void OpenToAll(const std::string& path)
-{
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorA(
-        "D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;FA;;;WD)", SDDL_REVISION_1, &descriptor,
-        nullptr));
-    const system::win32::v1::UniqueLocalMemory<void> owner(descriptor);
-    BOOL present = FALSE;
-    BOOL byDefault = FALSE;
-    PACL list = nullptr;
-    ASSERT_TRUE(GetSecurityDescriptorDacl(descriptor, &present, &list, &byDefault));
-    std::string name = path;
-    ASSERT_EQ(0U, SetNamedSecurityInfoA(name.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
-                                        nullptr, nullptr, list, nullptr));
-}
 
 // A process that has only the name of the supervisor's program.
 class Namesake {

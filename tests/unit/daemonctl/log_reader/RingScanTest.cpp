@@ -1,6 +1,7 @@
 #include "RingScan.h"
 
 #include "RingModel.h"
+#include "ScannedRing.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,55 +10,16 @@
 #include <cstdint>
 #include <random>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace vqrx::test {
 namespace {
 
-using client::v0::MemorySource;
 using client::v0::Record;
-using client::v0::ScanRing;
-using client::v0::ScanSummary;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::Field;
 using testing::IsEmpty;
-
-struct Scanned {
-    std::vector<Record> records;
-    ScanSummary summary;
-};
-
-Scanned Scan(const std::string& bytes)
-{
-    Scanned scanned;
-    MemorySource source(bytes);
-    scanned.summary =
-        ScanRing(source, [&](Record record) { scanned.records.push_back(std::move(record)); });
-    return scanned;
-}
-
-std::vector<std::string> Texts(const Scanned& scanned)
-{
-    std::vector<std::string> texts;
-    for (const Record& record : scanned.records) {
-        texts.push_back(record.text);
-    }
-    return texts;
-}
-
-std::string Line(const std::string& number, const std::string& text)
-{
-    return number + ";Sun Nov 16 03:52:36.123;1763265156123;2;" + text + "\r\n";
-}
-
-std::string Header(unsigned position)
-{
-    std::array<char, 16> text{};
-    std::snprintf(text.data(), text.size(), "0x%.8X\r\n", position);
-    return text.data();
-}
 
 TEST(RingScan, finds_no_records_in_a_new_file)
 {

@@ -1,13 +1,10 @@
 #include "ObjectRights.h"
 
+#include "OpenToAll.h"
 #include "ProtectedObjects.h"
 #include "TempFolder.h"
-#include "win32/LocalMemory.h"
 
 #include <windows.h>
-
-#include <aclapi.h>
-#include <sddl.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -31,23 +28,6 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-// Lets everybody write to a file or a folder.
-void OpenToAll(const std::string& path)
-{
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorA(
-        "D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;FA;;;WD)", SDDL_REVISION_1, &descriptor,
-        nullptr));
-    const system::win32::v1::UniqueLocalMemory<void> owner(descriptor);
-    BOOL present = FALSE;
-    BOOL byDefault = FALSE;
-    PACL list = nullptr;
-    ASSERT_TRUE(GetSecurityDescriptorDacl(descriptor, &present, &list, &byDefault));
-    std::string name = path;
-    ASSERT_EQ(0U, SetNamedSecurityInfoA(name.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
-                                        nullptr, nullptr, list, nullptr));
-}
 
 struct ObjectRightsTest : testing::Test {
     ObjectRightsTest()

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "IDaemonMgrControl.h"
+#include "com/ComPtr.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+namespace vqrx::test {
+
+/// An object of this process, published under the supervisor's name until the destructor runs. It
+/// answers every call of the supervisor's interface with success, and counts the calls. Needs COM.
+class PublishedControl {
+public:
+    PublishedControl()
+    {
+        system::com::v1::ComPtr<IMoniker> moniker;
+        EXPECT_EQ(S_OK, GetRunningObjectTable(0, table_.Put()));
+        EXPECT_EQ(S_OK, CreateItemMoniker(L"!", L"DaemonManager", moniker.Put()));
+        EXPECT_EQ(S_OK, table_->Register(ROTFLAGS_REGISTRATIONKEEPSALIVE, &control_, moniker.Get(),
+                                         &cookie_));
+    }
+    PublishedControl(const PublishedControl&) = delete;
+    PublishedControl& operator=(const PublishedControl&) = delete;
+    ~PublishedControl() { table_->Revoke(cookie_); }
+
+    /// How often a method of the interface was called.
+    [[nodiscard]] int Calls() const { return control_.calls; }
+
+    /// The object as clients in this apartment see it. Valid as long as this object.
+    [[nodiscard]] IUnknown* Object() { return &control_; }
+
+private:
+    class Control final : public IDaemonMgrControl {
+    public:
+        HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override
+        {
+            const bool known = id == IID_IUnknown || id == IID_IDaemonMgrControl;
+            *object = known ? this : nullptr;
+            return known ? S_OK : E_NOINTERFACE;
+        }
+        ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+        ULONG STDMETHODCALLTYPE Release() override { return 1; }
+        HRESULT STDMETHODCALLTYPE Launch(BSTR, LPSAFEARRAY*, DWORD* id) override
+        {
+            return Call(id);
+        }
+        HRESULT STDMETHODCALLTYPE Stop(DWORD) override { return Call(); }
+        HRESULT STDMETHODCALLTYPE Attach(DWORD, LPSAFEARRAY*, DWORD* id) override
+        {
+            return Call(id);
+        }
+        HRESULT STDMETHODCALLTYPE Detach(DWORD) override { return Call(); }
+        HRESULT STDMETHODCALLTYPE Exit() override { return Call(); }
+
+        std::atomic<int> calls = 0;
+
+    private:
+        HRESULT Call(DWORD* id = nullptr)
+        {
+            if (id != nullptr) {
+                *id = 5;
+            }
+            ++calls;
+            return S_OK;
+        }
+    };
+
+    Control control_;
+    system::com::v1::ComPtr<IRunningObjectTable> table_;
+    DWORD cookie_ = 0;
+};
+
+} // namespace vqrx::test
