@@ -88,7 +88,7 @@ void PumpMessages()
 // 4. logger: it writes all queued records to the sinks, and its worker thread ends.
 // 5. consoleSink: it resets the colour of the console.
 // 6. fileSink.
-// 7. escapeSequencesOff, quickEditOff: they restore the modes of the console window.
+// 7. escapeSequences, quickEdit: they restore the modes of the console window.
 // If a limit of step 2 or 3 passes, ForcedEnd logs that and ends the process at once, without the
 // steps that follow. After an exception it prints the exception's line first.
 void Supervise()
