@@ -31,11 +31,16 @@ bool HasEnded(const Observation& first, const ProcessFacts& facts)
 
 RunMark MarkOf(const SupervisorRun& run)
 {
-    return {run.startedMs, run.beginningSeen, run.lastNumber};
+    return {run.startedMs, run.beginningSeen, run.firstNumber, run.lastNumber};
 }
 
 bool IsSameRun(const RunMark& before, const RunMark& now)
 {
+    // The run began after the earlier reading. The log may not show its start yet.
+    if (now.beginningSeen && now.firstNumber && before.lastNumber &&
+        *now.firstNumber > *before.lastNumber) {
+        return false;
+    }
     if (now.startedMs && before.startedMs) {
         return *now.startedMs == *before.startedMs;
     }

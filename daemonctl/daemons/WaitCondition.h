@@ -13,6 +13,7 @@ namespace vqrx::client::v0 {
 struct RunMark {
     std::optional<std::int64_t> startedMs;
     bool beginningSeen = false;
+    std::optional<std::int64_t> firstNumber;
     std::optional<std::int64_t> lastNumber;
 };
 

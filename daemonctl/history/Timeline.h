@@ -101,6 +101,7 @@ struct SupervisorRun {
     std::int64_t lastMs = 0;               ///< time of the last record
     bool beginningSeen = false;            ///< false: the log no longer holds the start-up
     std::optional<std::int64_t> startedMs; ///< time of "Deamon Thread started", if it is in the log
+    std::optional<std::int64_t> firstNumber;        ///< of the first record that has a number
     std::optional<std::int64_t> lastNumber;         ///< of the last record that has a number
     bool endSeen = false;                           ///< the log holds "Deamon Thread is exiting..."
     bool exitRequested = false;                     ///< a client asked for the exit

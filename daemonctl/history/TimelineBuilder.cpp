@@ -97,6 +97,7 @@ void TimelineBuilder::Take(const AttributedRecord& attributed)
     supervising_ = supervising_ || !(beforeStart || IsAroundStart(kind));
     SupervisorRun& run = CurrentRun();
     run.lastMs = record.timeMs;
+    run.firstNumber = run.firstNumber ? run.firstNumber : record.number;
     run.lastNumber = record.number ? record.number : run.lastNumber;
     AddEvent(attributed);
 }

@@ -18,7 +18,7 @@ using client::v0::SupervisorRun;
 using client::v0::Timeline;
 using testing::StartsWith;
 
-const RunMark kThisRun{5000, true, 7};
+const RunMark kThisRun{5000, true, 1, 7};
 
 // The end of the run of kThisRun.
 SupervisorRun Ended()
@@ -77,7 +77,7 @@ TEST(ShutdownProgress, does_not_take_the_end_of_a_former_run_for_this_one)
     Timeline timeline;
     timeline.runs.push_back(Ended());
     timeline.runs.back().stillRegistered = 3;
-    const RunMark other{9000, true, 2};
+    const RunMark other{9000, true, 1, 2};
     EXPECT_EQ(DescribeEnd(timeline, other), "the supervisor has ended; its daemons run on");
     EXPECT_EQ(DescribeEnd(timeline, std::nullopt), "the supervisor has ended; its daemons run on");
     EXPECT_THAT(DescribeShutdown(timeline, other), StartsWith("Its log does not show the order"));

@@ -120,10 +120,20 @@ TEST(RunMark, Mark_of_a_later_run_is_not_that_of_the_same_run)
     const RunMark next = MarkOfRun(log, 1);
     EXPECT_FALSE(IsSameRun(killed, next));
     // The result is the same if the ring no longer holds the start of the earlier run, or of both.
-    const RunMark cut{std::nullopt, false, killed.lastNumber};
+    const RunMark cut{std::nullopt, false, killed.firstNumber, killed.lastNumber};
     EXPECT_TRUE(IsSameRun(killed, cut));
     EXPECT_FALSE(IsSameRun(cut, next));
     EXPECT_FALSE(IsSameRun(next, cut));
+}
+
+TEST(RunMark, Mark_of_a_later_run_that_has_not_logged_its_start_is_not_that_of_the_same_run)
+{
+    FakeLog log;
+    const RunMark killed = MarkOfRun(log.Begin(), 0);
+    log.Add(2, "Detected Windows Firewall with Advanced Security");
+    const RunMark next = MarkOfRun(log, 1);
+    EXPECT_EQ(std::nullopt, next.startedMs);
+    EXPECT_FALSE(IsSameRun(killed, next));
 }
 
 TEST(RunMark, Mark_taken_before_the_start_was_logged_is_of_the_same_run)
