@@ -41,10 +41,7 @@ bool PrintErrors(const std::string& file, const std::vector<std::string>& errors
 
 int Apply(SupervisorClient& supervisor, const ApplyArguments& arguments, const ExpectFile& fleet)
 {
-    const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
-    const Timeline timeline = ReadTimelineOfRunning();
-    const SupervisorRun& run = RunOfThisMachine(timeline);
-    const auto daemons = StatusOfDaemons(run, SourceOfThisMachine(), NowMs(), children);
+    const auto [run, nowMs, daemons] = ReadDaemonsOfRunning(ChildrenOfSupervisor());
     FleetSource source = FleetSourceOfThisMachine();
     source.attachedKnown = run.beginningSeen;
     const FleetPlan plan = PlanFleet(fleet.programs, daemons, source);

@@ -94,7 +94,7 @@ std::vector<DaemonStatus> Daemons(const DaemonSelection& selection)
     const bool isByIdOnly = !selection.all && std::all_of(selection.targets.begin(),
                                                           selection.targets.end(), IsDaemonId);
     try {
-        return ListDaemons(ChildrenIfNeeded(isByIdOnly));
+        return ReadDaemonsOfRunning(ChildrenIfNeeded(isByIdOnly)).daemons;
     } catch (const LogUnreadable&) {
         if (!isByIdOnly) {
             throw;

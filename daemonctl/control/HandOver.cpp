@@ -27,18 +27,16 @@ std::string NameOfFormer(const FormerDaemon& former)
     return name + " (" + Printable(former.command) + "): ";
 }
 
-ProcessFamily FamilyOfThisMachine(const std::vector<FormerSupervisor>& supervisors)
+ProcessFamily FamilyOfThisMachine()
 {
-    return {ParentOfProcess,
-            [](std::uint32_t parentId) {
+    return {ParentOfProcess, [](std::uint32_t parentId) {
                 std::vector<RunningProgram> children;
                 for (ProcessFacts& child : RunningChildren(parentId)) {
                     std::vector<std::string> arguments = ArgumentsOfProcess(child.processId);
                     children.push_back({std::move(child), std::move(arguments)});
                 }
                 return children;
-            },
-            supervisors};
+            }};
 }
 
 // Carries out a plan, daemon by daemon.
@@ -120,8 +118,7 @@ private:
         }
         // The record of an attach reaches the log a moment after the call. The next hand-over reads
         // the log, and would attach the process a second time without the record.
-        if (!WaitForLog(
-                [&](const SupervisorRun& run) { return run.Find(answer.daemonId) != nullptr; })) {
+        if (!WaitForDaemonInLog(answer.daemonId)) {
             reporter_.failed("the log does not show it yet: do not repeat this command until "
                              "daemonctl ps shows the daemon");
         }
@@ -153,9 +150,8 @@ HandOverCount HandOver(SupervisorClient& supervisor, const HandOverOptions& opti
         timeline = ReadTimelineAfter(options.formerLog);
     }
     Handing handing(&supervisor, options, reporter);
-    auto plan =
-        PlanReattachment(timeline, RunOfThisMachine(timeline), options.listed,
-                         SourceOfThisMachine(), FamilyOfThisMachine(options.formerSupervisors));
+    auto plan = PlanReattachment(timeline, RunOfThisMachine(timeline), options.listed,
+                                 SourceOfThisMachine(), FamilyOfThisMachine());
     if (options.review) {
         options.review(plan);
     }
@@ -175,7 +171,7 @@ HandOverCount ReportUnwatched(const Reporter& reporter)
     const HandOverOptions options;
     Handing handing(nullptr, options, reporter);
     for (const FormerDaemon& former :
-         PlanReattachment(timeline, none, {}, SourceOfThisMachine(), FamilyOfThisMachine({}))) {
+         PlanReattachment(timeline, none, {}, SourceOfThisMachine(), FamilyOfThisMachine())) {
         if (former.plan == HandOverPlan::attach) {
             handing.Carry(former);
         }

@@ -18,8 +18,6 @@ struct HandOverOptions {
     /// Lines of a fleet file: a line that names a service gives its arguments for a restart, which
     /// the log does not show.
     std::vector<ExpectedProgram> fleet;
-    std::vector<FormerSupervisor>
-        formerSupervisors; ///< former supervisors whose process id the caller knows
     /// UTF-8 path of a log whose records come before those of the present log; empty: none
     std::string formerLog;
     /// May change the plan before it is carried out; empty: nobody looks at it.

@@ -47,10 +47,9 @@ Timeline ReadTimelineOfRunning()
     }
 }
 
-std::vector<DaemonStatus> ListDaemons(const std::vector<ProcessFacts>& children)
+DaemonsNow ReadDaemonsOfRunning(const std::vector<ProcessFacts>& children)
 {
-    const Timeline timeline = ReadTimelineOfRunning();
-    return StatusOfDaemons(RunOfThisMachine(timeline), SourceOfThisMachine(), NowMs(), children);
+    return DaemonsIn(ReadTimelineOfRunning(), children);
 }
 
 bool WaitForLog(const std::function<bool(const SupervisorRun& run)>& isShown)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DaemonStatus.h"
+#include "ThisMachine.h"
 #include "Timeline.h"
 
 #include <cstdint>
@@ -20,10 +20,11 @@ inline constexpr std::uint64_t kLogPatienceMs = 10000;
 /// @throws LogUnreadable also if the log does not show the running supervisor by then
 [[nodiscard]] Timeline ReadTimelineOfRunning();
 
-/// Finds the state of all daemons of the running supervisor.
-/// @param children  as ChildrenOfSupervisor() gives them, asked for before this call
+/// Finds the state of all daemons of the running supervisor, as ReadDaemons() does, but waits for the
+/// first records of a supervisor that has just been started.
+/// @param children  as ReadDaemons() gets them
 /// @throws as ReadTimelineOfRunning() and SourceOfThisMachine()
-[[nodiscard]] std::vector<DaemonStatus> ListDaemons(const std::vector<ProcessFacts>& children);
+[[nodiscard]] DaemonsNow ReadDaemonsOfRunning(const std::vector<ProcessFacts>& children);
 
 /// Reads the log of the running supervisor until it shows something.
 /// @param isShown  gets the run of the running supervisor

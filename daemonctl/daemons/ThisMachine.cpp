@@ -77,7 +77,11 @@ ProcessSource SourceOfThisMachine()
 
 DaemonsNow ReadDaemons(const std::vector<ProcessFacts>& children)
 {
-    const Timeline timeline = ReadTimeline();
+    return DaemonsIn(ReadTimeline(), children);
+}
+
+DaemonsNow DaemonsIn(const Timeline& timeline, const std::vector<ProcessFacts>& children)
+{
     DaemonsNow now{RunOfThisMachine(timeline), NowMs(), {}};
     now.daemons = StatusOfDaemons(now.run, SourceOfThisMachine(), now.nowMs, children);
     return now;

@@ -55,6 +55,12 @@ struct DaemonsNow {
 /// @throws LogUnreadable; std::runtime_error if the registry does not name the firmware root
 [[nodiscard]] DaemonsNow ReadDaemons(const std::vector<ProcessFacts>& children);
 
+/// Finds the daemons of the running supervisor in a timeline that was just read.
+/// @param children  as ReadDaemons() gets them
+/// @throws as ReadDaemons()
+[[nodiscard]] DaemonsNow DaemonsIn(const Timeline& timeline,
+                                   const std::vector<ProcessFacts>& children);
+
 /// Finds the running processes that the supervisor has started (see FindSupervisors()), except console
 /// hosts and processes that this user may not open. While a former supervisor still ends, its processes
 /// are among them.

@@ -35,8 +35,7 @@ protected:
     }
 
     // Starts the next supervisor. Returns the ids of the found processes.
-    std::vector<std::uint32_t> Find(const std::vector<StartedProcess>& started,
-                                    const std::vector<FormerSupervisor>& supervisors = {})
+    std::vector<std::uint32_t> Find(const std::vector<StartedProcess>& started)
     {
         FakeLog log = log_;
         const Timeline timeline = log.Begin().Timeline();
@@ -54,7 +53,6 @@ protected:
             }
             return children;
         };
-        family.supervisors = supervisors;
         std::vector<std::uint32_t> processes;
         for (const RunningProgram& child : FindFormerChildren(
                  started, timeline, timeline.runs.back(), machine_.Source().facts, family)) {
@@ -134,11 +132,10 @@ TEST_F(FormerChildren, Process_with_the_id_of_an_earlier_daemon_is_found)
     EXPECT_EQ(Find(Daemon0()), Ids{13});
 }
 
-TEST_F(FormerChildren, Supervisor_that_the_caller_knows_needs_no_daemon_in_the_log)
+TEST_F(FormerChildren, Process_is_not_found_without_another_daemon_of_its_supervisor)
 {
     Run(13, 100, log_.NowMs());
     EXPECT_EQ(Find({}), Ids{});
-    EXPECT_EQ(Find({}, {{100, startedMs_}}), Ids{13});
 }
 
 TEST_F(FormerChildren, Command_of_a_process_is_its_path_and_its_arguments)
