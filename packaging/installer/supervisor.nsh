@@ -119,11 +119,13 @@ Function ${un}StartSupervisor
         Push "${ASK_FOR_SUPERVISOR}"
         Call ${un}Daemonctl
         ${If} $0 = ${SUPERVISOR_ANSWERED}
-            ; --outside: no daemon may be lost, and nobody is there to answer a question.
+            ; No daemon may be lost, and nobody is there to answer a question. The installer gives \Logs no
+            ; rights, so on many machines every user may write there, and without --trust no daemon would
+            ; be handed over.
             ${If} $Listing == ""
-                Push "reattach --outside"
+                Push "reattach --trust --outside"
             ${Else}
-                Push 'reattach --outside --from "$Listing"'
+                Push 'reattach --trust --outside --from "$Listing"'
             ${EndIf}
             Call ${un}Daemonctl
             Return
