@@ -15,6 +15,8 @@ namespace vqrx::test {
 
 /// An object of this process, published under the supervisor's name until the destructor runs. It
 /// answers every call of the supervisor's interface with success, and counts the calls. Needs COM.
+/// The constructor waits until the name is free, for at most a minute: the table removes the entry of
+/// a killed process some time after the process has ended, and tells nobody.
 class PublishedControl {
 public:
     PublishedControl()
@@ -22,8 +24,13 @@ public:
         system::com::v1::ComPtr<IMoniker> moniker;
         EXPECT_EQ(S_OK, GetRunningObjectTable(0, table_.Put()));
         EXPECT_EQ(S_OK, CreateItemMoniker(L"!", L"DaemonManager", moniker.Put()));
-        EXPECT_EQ(S_OK, table_->Register(ROTFLAGS_REGISTRATIONKEEPSALIVE, &control_, moniker.Get(),
-                                         &cookie_));
+        HRESULT registered = Register(moniker.Get());
+        for (int tries = 0; registered == MK_S_MONIKERALREADYREGISTERED && tries < 6000; ++tries) {
+            table_->Revoke(cookie_);
+            Sleep(10);
+            registered = Register(moniker.Get());
+        }
+        EXPECT_EQ(S_OK, registered);
     }
     PublishedControl(const PublishedControl&) = delete;
     PublishedControl& operator=(const PublishedControl&) = delete;
@@ -70,6 +77,11 @@ private:
             return S_OK;
         }
     };
+
+    HRESULT Register(IMoniker* moniker)
+    {
+        return table_->Register(ROTFLAGS_REGISTRATIONKEEPSALIVE, &control_, moniker, &cookie_);
+    }
 
     Control control_;
     system::com::v1::ComPtr<IRunningObjectTable> table_;
