@@ -16,7 +16,8 @@ public:
     Interrupt& operator=(const Interrupt&) = delete;
     ~Interrupt();
 
-    /// Waits until the user interrupts.
+    /// Waits until the user interrupts. After the first interrupt every call returns true at once. If
+    /// the console's window is closed, Windows ends the program all the same.
     /// @param limitMs  milliseconds to wait at most
     /// @return whether the user has interrupted
     [[nodiscard]] bool WaitFor(std::uint32_t limitMs) const;

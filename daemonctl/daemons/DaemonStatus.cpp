@@ -49,9 +49,6 @@ DaemonStatus StatusOf(const DaemonHistory& daemon, const ProcessSource& source, 
     status.id = daemon.id;
     status.restarts = daemon.Restarts();
     status.restartsComplete = daemon.beginningSeen;
-    if (!daemon.beginningSeen && !daemon.intervals.empty() && daemon.intervals.front().startSeen) {
-        ++status.restarts; // the first start is overwritten, so the first one here is a restart
-    }
     status.recent = RestartsBefore(daemon, nowMs);
     status.lastExit = LastExitOf(daemon);
     status.attached = daemon.attached;

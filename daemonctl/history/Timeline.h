@@ -73,11 +73,13 @@ struct DaemonHistory {
     /// Returns the last interval that has ended; null if none has.
     [[nodiscard]] const ProcessInterval* LastEnded() const noexcept;
 
-    /// Returns the number of intervals after the first one. If beginningSeen is false, the first one
-    /// may be a restart, too.
+    /// Returns how many restarts the log still shows. The first start is none. It is the first interval
+    /// if beginningSeen is true, or if that interval began before the log.
     [[nodiscard]] std::size_t Restarts() const noexcept
     {
-        return intervals.empty() ? 0 : intervals.size() - 1;
+        const bool firstIsRestart =
+            !beginningSeen && !intervals.empty() && intervals.front().startSeen;
+        return intervals.empty() || firstIsRestart ? intervals.size() : intervals.size() - 1;
     }
 };
 

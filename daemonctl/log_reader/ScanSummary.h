@@ -11,8 +11,8 @@ struct ScanSummary {
     std::uint64_t unreadable = 0; ///< lines left out that are no records
     /// Lines left out that are partly overwritten or still being written. A sound file can have them.
     std::uint64_t torn = 0;
-    bool headerDamaged =
-        false;            ///< the header cannot be used: the scan took the order from the records
+    /// The header cannot be used: the scan took the order from the records.
+    bool headerDamaged = false;
     bool isEmpty = false; ///< the file has no bytes
 
     /// Returns whether the file is sound. A sound file can have torn lines.

@@ -62,6 +62,7 @@ Function un.RemoveLogAndFolders
         !insertmacro IfMade Log
             Delete "$R0"
             Delete "$R0.damaged"
+            Delete "$R0.damaged2"
         ${EndIf}
     ${EndIf}
     !insertmacro RemoveMadeFolder Logs

@@ -10,11 +10,11 @@ namespace vqrx::test {
 /// Starts the supervisor three times on what a power failure left, each time with the real sink, and
 /// lets daemonctl read the file each time.
 /// - No start throws, and each writes its record to the file.
-/// - Every record whose line is whole in the file is in the sink's history. One may be missing: the
-///   first one after the write position, which gives only its number.
-/// - The numbers of the history and of the new record are consecutive.
-/// - daemonctl shows the new record, and every record whose line is whole. Two may be missing: those
-///   beside the write position, which look like records that are being overwritten.
+/// - Every record whose line is whole in the file is in the sink's history. Only the first one after
+///   the write position may be missing, because it gives only its number.
+/// - daemonctl shows the new record, and every record whose line is whole. Two of those after the write
+///   position may be missing: they look like records that are being overwritten, or that are left of
+///   an earlier round through the ring.
 class ThreeStarts {
 public:
     /// @param name  of the file that each image is put into
@@ -28,9 +28,13 @@ public:
     [[nodiscard]] std::size_t Images() const noexcept { return images_; }
 
 private:
-    using Whole = std::vector<std::string>; // texts of the records whose lines are whole
+    /// The known records whose lines are whole in the file.
+    struct Whole {
+        std::vector<std::string> texts;     ///< oldest first
+        std::vector<std::string> afterHead; ///< those after the write position, in their order
+    };
 
-    [[nodiscard]] Whole WholeTexts(const std::string& bytes) const;
+    [[nodiscard]] Whole WholeRecords(const std::string& bytes) const;
     void Start(const std::string& text, std::int64_t seconds, std::uint32_t limit,
                const Whole& whole);
     void ReadWithClient(const std::string& text, const Whole& whole) const;

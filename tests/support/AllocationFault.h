@@ -6,7 +6,7 @@ namespace vqrx::test {
 
 /// Makes one allocation of the calling thread fail with std::bad_alloc. The first `succeeding`
 /// allocations after the constructor succeed, and the next one fails. The destructor disarms the
-/// fault. A program that uses this class links the counting operator new and delete of
+/// fault. One object at a time on a thread; Happened answers on the thread of the constructor. A program that uses this class links the counting operator new and delete of
 /// AllocationFault.cpp.
 class AllocationFault {
 public:

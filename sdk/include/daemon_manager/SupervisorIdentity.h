@@ -21,7 +21,9 @@ struct SupervisorProcess {
 
 /// Whether the object in the Running Object Table can belong to somebody else.
 enum class SupervisorTrust {
-    known,   ///< the installed program runs as an expected user; reason may name another user's
+    /// The installed program runs as an expected user. If it also runs as an unexpected one, reason
+    /// names that process.
+    known,
     unknown, ///< it cannot be found out; reason says why
     stranger ///< the installed program does not run, or somebody else runs it; reason says what is wrong
 };
@@ -31,6 +33,7 @@ struct SupervisorIdentity {
     SupervisorTrust trust = SupervisorTrust::unknown;
     std::string reason;            ///< for people, UTF-8; empty if nothing is wrong
     std::wstring installedProgram; ///< full path; empty: nothing on this machine names it
+    /// Every process, of all sessions, whose file is named DaemonManager.exe.
     std::vector<SupervisorProcess> processes;
     /// The Windows error because of which `processes` may lack some; 0: it has all.
     std::uint32_t listError = 0;
@@ -50,8 +53,9 @@ struct SupervisorIdentity {
 /// @throws std::bad_alloc
 [[nodiscard]] SupervisorIdentity IdentifySupervisor();
 
-/// The judgement of IdentifySupervisor, without a look at the machine. Sets trust and reason from the
-/// other members.
+/// Sets trust and reason of identity from its other members, as IdentifySupervisor describes. Does not
+/// look at the machine. Any thread.
+/// @throws std::bad_alloc
 void JudgeIdentity(SupervisorIdentity& identity);
 
 } // namespace daemon_manager

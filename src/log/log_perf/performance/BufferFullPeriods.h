@@ -6,10 +6,11 @@ namespace vqrx::log::log_perf::v2 {
 
 /// How BufferFullPeriods judges the notices of full buffers.
 struct BufferFullSettings {
-    std::uint32_t stepMs = 1000;      ///< time that one Check adds, milliseconds
-    std::uint32_t threshold = 0;      ///< notices in one period from which the period is bad
-    std::uint32_t maximumPeriods = 0; ///< bad periods in a row after which a restart is needed
-    std::uint32_t judgeAfterMs = 0;   ///< time before the first period is judged, milliseconds
+    std::uint32_t stepMs = 1000; ///< time that one Check adds, milliseconds
+    std::uint32_t threshold = 0; ///< notices in one period from which the period is bad
+    /// Bad periods in a row after which a restart is needed; 0: needed from the first Check on.
+    std::uint32_t maximumPeriods = 0;
+    std::uint32_t judgeAfterMs = 0; ///< time before the first period is judged, milliseconds
 };
 
 /// Counts the notices of full buffers of all pins and judges them period by period. A period is the

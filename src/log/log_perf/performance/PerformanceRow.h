@@ -19,8 +19,9 @@ struct PerformanceCounters {
 
 /// All values of a value row.
 struct PerformanceFigures {
-    std::int64_t cpu = 0;      ///< percent of all processors
-    std::int64_t totalCpu = 0; ///< percent
+    std::int64_t cpu = 0; ///< percent of all processors
+    std::int64_t totalCpu =
+        0; ///< percent of all processors that was not idle, of the whole machine
     PerformanceSample sample;
     PerformanceCounters counters;
     std::uint32_t numBufferFull = 0;                        ///< sum of the counts of all pins
@@ -31,7 +32,8 @@ struct PerformanceFigures {
 };
 
 /// Formats the row of column names. A comma follows every field, the last included; there is no line
-/// end. @param figures  only the pins are used: one column for each
+/// end. A pin's name is not escaped: a comma in it makes a further column.
+/// @param figures  only the pins are used: one column for each
 /// @throws std::bad_alloc
 [[nodiscard]] std::string PerformanceHeaderRow(const PerformanceFigures& figures);
 

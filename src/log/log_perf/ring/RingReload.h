@@ -11,18 +11,19 @@ namespace vqrx::log::log_perf::v2 {
 /// Receives each record that was found, oldest first. The entry is valid only during the call.
 using RecordFound = std::function<void(std::int64_t number, const LogHistoryEntry& entry)>;
 
-/// Reads the records of a ring file. The older records lie after the write position, the newer ones
-/// before it. A line with fewer than kLogLineFields fields is skipped.
-/// 1. It reads the older records. It takes the number of the first complete line (one with all fields,
-///    a readable number and no NUL) and leaves that
-///    line out, because the line is usually the remainder of an overwritten record.
+/// Reads the records of a ring file and hands them out, oldest first. The older records lie from the
+/// write position to the end of the file, the newer ones from the header to the write position.
+/// 1. It reads the older records. The first complete line (kLogLineFields fields, a readable number,
+///    no NUL) is not handed out: usually it is the remainder of an overwritten record. Its number
+///    becomes the number of the first record that is handed out.
 /// 2. It reads the newer records.
-/// The records get consecutive numbers from that first number on, or from 0 if there is no older
-/// line. The numbers written in the other lines are ignored.
-/// These lines are no records and are skipped:
+/// Each further record gets the next number. Without such a line the first number is 0. The number in
+/// every other line is ignored. These lines are skipped and use up no number:
+/// - a line before the first complete one,
+/// - a line with fewer than kLogLineFields fields (LogLine.h),
 /// - a line that holds a NUL,
-/// - a line with a damaged time or level that may be the remainder of an overwritten record: the line
-///   after the one that was left out, and a line beyond the size limit,
+/// - a line with a damaged time or level, in the older part, that stands directly after the first
+///   complete line or begins beyond the size limit: it may be a remainder,
 /// - a line with a damaged time or level that may be torn, see MayBeTorn.
 /// Any other line with a damaged time or level is an error.
 /// @param file           binary, not bad(); read from the write position and again from the start

@@ -5,8 +5,9 @@
 
 namespace vqrx::log::log_perf::v2 {
 
-/// A second base of a sink whose output may stop and go on. Such a sink does not throw: the worker
-/// asks for its report after each Write and gives it to the other sinks as a record of level 0.
+/// A second interface of a sink whose output may stop and go on. The sink reports such trouble here
+/// and does not throw because of it. The worker asks after each Write and gives the report to the
+/// other sinks as a record of level 0.
 class ISinkReports {
 public:
     ISinkReports() = default;

@@ -11,7 +11,8 @@
 
 namespace vqrx::log::log_perf::v2 {
 
-/// The sinks in the order of their addresses, each with its second base; null if it has none.
+/// The sinks in the order of their addresses. The value is the same sink as an ISinkReports; null if
+/// the sink is none.
 using SinkSet = std::map<ILogSink*, ISinkReports*>;
 
 /// Everything that receives the logger's output. None of it is owned.
@@ -21,8 +22,10 @@ struct Receivers {
     std::shared_ptr<const SinkSet> sinks = std::make_shared<const SinkSet>();
 
     ILogSink* performanceSink = nullptr;
-    std::uint32_t performanceSinkChanges = 0; ///< how often performanceSink was set
-    bool headerWritten = false;               ///< performanceSink has its header row
+    /// Counts the calls that set performanceSink. The report writes its row without the lock, and then
+    /// sees whether another sink, which has no header yet, was set meanwhile.
+    std::uint32_t performanceSinkChanges = 0;
+    bool headerWritten = false; ///< performanceSink has its header row
     IPerformanceObserver* observer = nullptr;
 };
 

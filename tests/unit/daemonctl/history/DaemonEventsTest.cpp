@@ -42,6 +42,16 @@ TEST(DaemonEvents, holds_the_intervals_of_a_daemons_processes_and_their_ends)
     EXPECT_EQ(daemon->LastEnded()->processId, 10U);
 }
 
+TEST(DaemonEvents,
+     counts_the_first_start_that_is_left_as_a_restart_if_an_earlier_one_is_overwritten)
+{
+    LogOfRecords log;
+    log.Add("Start DaemonId(0) PId(10) : a.exe "); // level 1: not the first start
+    EXPECT_EQ(log.Build().runs[0].Find(0)->Restarts(), 1U);
+    log.Add("Exception caught in : Access violation", 0).Add("Start DaemonId(0) PId(11) : a.exe ");
+    EXPECT_EQ(log.Build().runs[0].Find(0)->Restarts(), 2U);
+}
+
 TEST(DaemonEvents, shows_that_a_daemon_cannot_start)
 {
     const Timeline timeline = LogOfRecords()
