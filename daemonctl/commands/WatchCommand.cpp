@@ -2,6 +2,7 @@
 
 #include "CalledProgram.h"
 #include "DecimalNumber.h"
+#include "EventLog.h"
 #include "ExitCode.h"
 #include "Interrupt.h"
 #include "PrintText.h"
@@ -32,7 +33,8 @@ constexpr std::uint32_t kLookForTroubleMs = 1000;
 constexpr std::size_t kMostTroublesToTell = 1000; // while a call is not due yet
 
 struct WatchOptions {
-    std::string program;
+    std::string program; // empty: call none
+    bool eventLog = false;
     std::uint32_t everySeconds = 60;
     std::uint32_t downSeconds = 30;
     std::uint32_t timeoutSeconds = 30;
@@ -105,6 +107,21 @@ private:
     bool hasCalled_ = false;
 };
 
+/// Writes changes to the Windows event log. A failure is printed, once until a write succeeds.
+void WriteEvents(EventLog& eventLog, const std::vector<Trouble>& troubles, bool& hasFailed)
+{
+    try {
+        for (const Trouble& trouble : troubles) {
+            eventLog.Write(trouble);
+            hasFailed = false;
+        }
+    } catch (const std::runtime_error& error) {
+        if (!std::exchange(hasFailed, true)) {
+            std::cerr << "daemonctl: " << error.what() << std::endl;
+        }
+    }
+}
+
 // @return nothing if no supervisor answers, or its log does not show it
 std::optional<std::vector<DaemonStatus>> DaemonsNow(std::int64_t nowMs)
 {
@@ -125,14 +142,24 @@ int WatchForTrouble(const WatchOptions& options)
     const Interrupt interrupt;
     TroubleWatch watch(std::int64_t{options.downSeconds} * 1000);
     Caller caller(options);
+    std::optional<EventLog> eventLog;
+    if (options.eventLog) {
+        eventLog.emplace();
+    }
+    bool eventLogFailed = false;
     do {
         const std::int64_t nowMs = NowMs();
         std::vector<Trouble> troubles = watch.Look(nowMs, DaemonsNow(nowMs));
         for (const Trouble& trouble : troubles) {
             PrintText(LocalTimeText(nowMs) + " " + Printable(DescribeChange(trouble)) + "\n");
         }
-        caller.Add(std::move(troubles));
-        caller.Tend();
+        if (eventLog) {
+            WriteEvents(*eventLog, troubles, eventLogFailed);
+        }
+        if (!options.program.empty()) {
+            caller.Add(std::move(troubles));
+            caller.Tend();
+        }
     } while (!interrupt.WaitFor(kLookForTroubleMs));
     return kDone;
 }
@@ -145,8 +172,9 @@ void AddWatchCommand(CLI::App& app, int& exitCode)
     CLI::App* const command = app.add_subcommand(
         "watch", "Call a program when a daemon or the supervisor gets into trouble, or out of it");
     command->add_option("--exec", options->program, "Call this program file, without arguments")
-        ->type_name("PROGRAM")
-        ->required();
+        ->type_name("PROGRAM");
+    command->add_flag("--event-log", options->eventLog,
+                      "Write each change to Windows' event log, source DaemonManager");
     command
         ->add_option("--every", options->everySeconds,
                      "Call at most once in this many seconds; default: 60")
@@ -169,7 +197,12 @@ void AddWatchCommand(CLI::App& app, int& exitCode)
         "DAEMONMANAGER_TEXT, DAEMONMANAGER_DAEMON_ID, DAEMONMANAGER_COMMAND), their number in\n"
         "DAEMONMANAGER_EVENTS, and all of them as JSON on its standard input. Calls never overlap.\n"
         "The command runs until Ctrl+C and also prints each change.");
-    command->callback([&exitCode, options] { exitCode = WatchForTrouble(*options); });
+    command->callback([&exitCode, options] {
+        if (options->program.empty() && !options->eventLog) {
+            throw CLI::RequiredError("--exec PROGRAM or --event-log");
+        }
+        exitCode = WatchForTrouble(*options);
+    });
 }
 
 } // namespace vqrx::client::v0

@@ -71,11 +71,13 @@ class Appliance:
         self.start(self.programs / "DaemonManager.exe")
         wait_until(lambda: self.daemonctl("ps")[0] == 0, "the supervisor answers")
 
-    def start(self, program, *arguments):
-        """Starts a Windows program in the background."""
+    def start(self, program, *arguments, errors=None, debug="-all"):
+        """Starts a Windows program in the background.
+        @param errors  file that receives its errors and Wine's messages
+        @param debug   channels of Wine that write messages"""
         process = subprocess.Popen([SOURCE / "tools/wine-run", program, *map(str, arguments)],
-                                   env=self.environment, stdin=subprocess.DEVNULL,
-                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                   env={**self.environment, "WINEDEBUG": debug}, stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.DEVNULL, stderr=errors or subprocess.DEVNULL,
                                    start_new_session=True)
         self.background.append(process)
         return process

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that `daemonctl watch --exec` calls a program when there is trouble.
+"""Checks that `daemonctl watch` calls a program, and writes to the event log, when there is trouble.
 
     trouble_test.py FOLDER_OF_THE_PROGRAMS
 
@@ -44,6 +44,11 @@ def main():
                         "echo text %DAEMONMANAGER_TEXT% >> %NAME%\r\necho end of call >> %NAME%\r\n")
         watcher = appliance.start(appliance.programs / "daemonctl.exe", "watch", "--every", "1",
                                   "--exec", "C:\\APPLIANCE\\tell.bat")
+        # Wine has no event log: it shows each event of an error as a message instead.
+        shown = folder / "shown.txt"
+        with open(shown, "wb") as errors:
+            appliance.start(appliance.programs / "daemonctl.exe", "watch", "--event-log", errors=errors,
+                            debug="err+eventlog")
         assert appliance.daemonctl("launch", "C:\\windows\\system32\\cmd.exe", "/c", "exit", "3")[0] == 0
         wait_until(lambda: "crash-loop-began" in all_events(folder), "the crash loop is told")
         text = next(text for text in calls(folder) if "crash-loop-began" in text)
@@ -56,6 +61,8 @@ def main():
         wait_until(lambda: "supervisor-back" in all_events(folder), "the supervisor is back")
         assert watcher.poll() is None
         assert all_events(folder).count("crash-loop-began") == 1, all_events(folder)
+        for words in ("ends again and again", "cannot be started", "the supervisor does not run"):
+            wait_until(lambda words=words: words in shown.read_text(errors="replace"), f"an event: {words}")
 
         # A program that hangs is ended, and the next call is made.
         appliance.start(appliance.programs / "daemonctl.exe", "watch", "--every", "1", "--timeout",

@@ -39,8 +39,9 @@ MAY_INCLUDE = {
     "daemonctl/doctor": ("daemonctl/process", "daemonctl/output", "sdk", "src/system/installation",
                          "src/system/ring_format", "src/system/wmi"),
     "daemonctl/control": ("daemonctl/daemons", "sdk", "src/system/end_process"),
+    "daemonctl/event_log": ("daemonctl/daemons", "src/system"),
     "daemonctl/commands": ("daemonctl/control", "daemonctl/daemons", "daemonctl/doctor",
-                           "daemonctl/report", "daemonctl/output", "daemonctl/rights", "sdk"),
+                           "daemonctl/event_log", "daemonctl/report", "daemonctl/output", "daemonctl/rights", "sdk"),
     "daemonctl": ("daemonctl/commands",),
 }
 

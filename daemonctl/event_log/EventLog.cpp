@@ -1,0 +1,68 @@
+#include "EventLog.h"
+
+#include "Printable.h"
+#include "code_page/CodePage.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+
+namespace vqrx::client::v0 {
+namespace {
+
+constexpr std::size_t kLongestText = 31000; // characters
+constexpr DWORD kInformation = 0x40000000;  // severity bits of a message id (winerror.h)
+constexpr DWORD kError = 0xC0000000;
+
+[[noreturn]] void ThrowRefused(const char* what)
+{
+    throw std::runtime_error(std::string("the event log ") + what + ", Windows error " +
+                             std::to_string(GetLastError()));
+}
+
+} // namespace
+
+EventOfKind EventOf(Trouble::Kind kind) noexcept
+{
+    switch (kind) {
+    case Trouble::Kind::supervisorLost:
+        return {EVENTLOG_ERROR_TYPE, kError | 1};
+    case Trouble::Kind::supervisorBack:
+        return {EVENTLOG_INFORMATION_TYPE, kInformation | 2};
+    case Trouble::Kind::crashLoopBegan:
+        return {EVENTLOG_ERROR_TYPE, kError | 3};
+    case Trouble::Kind::crashLoopEnded:
+        return {EVENTLOG_INFORMATION_TYPE, kInformation | 4};
+    case Trouble::Kind::cannotStart:
+        return {EVENTLOG_ERROR_TYPE, kError | 5};
+    case Trouble::Kind::startsAgain:
+        return {EVENTLOG_INFORMATION_TYPE, kInformation | 6};
+    case Trouble::Kind::down:
+        return {EVENTLOG_ERROR_TYPE, kError | 7};
+    default:
+        return {EVENTLOG_INFORMATION_TYPE, kInformation | 8};
+    }
+}
+
+EventLog::EventLog()
+    : source_(RegisterEventSourceW(nullptr, L"DaemonManager"))
+{
+    if (!source_) {
+        ThrowRefused("cannot be opened");
+    }
+}
+
+void EventLog::Write(const Trouble& trouble)
+{
+    std::wstring text =
+        system::code_page::v1::NarrowToWide(Printable(DescribeChange(trouble)), CP_UTF8);
+    text.resize(std::min(text.size(), kLongestText));
+    const EventOfKind event = EventOf(trouble.kind);
+    LPCWSTR inserts[] = {text.c_str()};
+    if (!ReportEventW(source_.Get(), event.type, 0, event.id, nullptr, 1, 0, inserts, nullptr)) {
+        ThrowRefused("refuses an event");
+    }
+}
+
+} // namespace vqrx::client::v0

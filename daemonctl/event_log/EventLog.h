@@ -1,0 +1,44 @@
+#pragma once
+
+#include "TroubleWatch.h"
+#include "win32/UniqueHandle.h"
+
+#include <windows.h>
+
+namespace vqrx::client::v0 {
+
+/// What the event log keeps of a kind of change.
+struct EventOfKind {
+    WORD type = 0; ///< EVENTLOG_ERROR_TYPE or EVENTLOG_INFORMATION_TYPE
+    /// The message in events.mc. Windows shows its low 16 bits.
+    DWORD id = 0;
+};
+
+/// Returns the event for a kind of change. Fixed, because operators filter by it: docs/daemonctl.md.
+[[nodiscard]] EventOfKind EventOf(Trouble::Kind kind) noexcept;
+
+/// Writes to Windows' event log "Application", under the source "DaemonManager". Windows finds the
+/// message texts through the registry key of the source, which the installer makes; without the key it
+/// shows the events with a remark that the description is missing. Any thread, one at a time.
+class EventLog {
+public:
+    /// @throws std::runtime_error with the Windows error if the event log cannot be opened
+    EventLog();
+
+    /// Writes one event. Its text is DescribeChange(trouble), at most 31,000 characters of it, because
+    /// Windows refuses 31,839 and more (ReportEvent).
+    /// @throws std::runtime_error with the Windows error; std::bad_alloc
+    void Write(const Trouble& trouble);
+
+private:
+    struct SourceTraits {
+        using Raw = HANDLE;
+        static Raw Empty() noexcept { return nullptr; }
+        static bool IsEmpty(Raw raw) noexcept { return raw == nullptr; }
+        static void Close(Raw raw) noexcept { DeregisterEventSource(raw); }
+    };
+
+    system::win32::v1::UniqueHandle<SourceTraits> source_;
+};
+
+} // namespace vqrx::client::v0
