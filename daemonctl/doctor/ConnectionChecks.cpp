@@ -1,5 +1,7 @@
 #include "ConnectionChecks.h"
 
+#include <algorithm>
+
 namespace vqrx::client::v0 {
 namespace {
 
@@ -13,7 +15,37 @@ std::string Describe(const std::vector<ImageFacts>& processes)
     return text;
 }
 
+// A second process that is not the installed supervisor: somebody may have started it so that tools
+// which go by the name take it for the supervisor.
+Finding JudgeNamesakes(const char* check, const std::string& found,
+                       const std::vector<Namesake>& namesakes)
+{
+    std::string text = found;
+    std::string remedy = "Find out who started it. To end it, as administrator:";
+    for (const Namesake& namesake : namesakes) {
+        const std::string processId = std::to_string(namesake.processId);
+        text +=
+            "\nprocess " + processId + " only has the supervisor's name: it runs " +
+            (namesake.program.empty() ? "a file that this user may not see" : namesake.program) +
+            (namesake.user.empty() ? "" : " as " + namesake.user);
+        remedy += "\ntaskkill /f /pid " + processId;
+    }
+    return Warning(check, text, remedy);
+}
+
 } // namespace
+
+std::vector<ImageFacts> PossibleSupervisors(const SupervisorFacts& facts)
+{
+    std::vector<ImageFacts> possible = facts.processes;
+    std::erase_if(possible, [&facts](const ImageFacts& process) {
+        return std::any_of(facts.namesakes.begin(), facts.namesakes.end(),
+                           [&process](const Namesake& namesake) {
+                               return namesake.processId == process.processId;
+                           });
+    });
+    return possible;
+}
 
 Finding JudgeProxy(const ProxyFacts& facts, const std::string& version)
 {
@@ -93,9 +125,14 @@ Finding JudgeSupervisor(const SupervisorFacts& facts, const std::string& version
         return Failure(check, found,
                        "Run this command as the supervisor's user or as administrator.");
     }
+    if (!facts.namesakes.empty()) {
+        return JudgeNamesakes(check, found, facts.namesakes);
+    }
     if (facts.processes.size() > 1) {
-        return Warning(check, found,
-                       "Only one of these processes can be the supervisor. End the others.");
+        return Warning(
+            check, found,
+            "Only one of these processes can be the supervisor. If a former one is still "
+            "ending, wait; else end the others: taskkill /f /pid ID");
     }
     if (!facts.processes.empty() && facts.processes.front().version != version) {
         return Warning(check, found + "; this program has version " + version,

@@ -17,6 +17,13 @@ struct ProxyFacts {
     bool libraryThere = false;        ///< the library file exists
 };
 
+/// A process that runs a file named DaemonManager.exe and is not the installed supervisor. UTF-8.
+struct Namesake {
+    std::uint32_t processId = 0;
+    std::string program; ///< full path; empty: this user may not examine the process
+    std::string user;    ///< "DOMAIN\\name"; empty: not known
+};
+
 /// What a call of the supervisor showed.
 struct SupervisorFacts {
     /// How the supervisor answered.
@@ -31,7 +38,13 @@ struct SupervisorFacts {
     Answer answer = Answer::notRunning;
     std::string detail;                ///< failed, stranger: text of the error, UTF-8
     std::vector<ImageFacts> processes; ///< all processes that run a file named DaemonManager.exe
+    /// Those of them that run another file than the installed program, or run it as somebody who is not
+    /// expected to. Empty if nothing on this machine names the installed program.
+    std::vector<Namesake> namesakes;
 };
+
+/// Returns the processes that can be the supervisor: those that are no namesakes. Pure.
+[[nodiscard]] std::vector<ImageFacts> PossibleSupervisors(const SupervisorFacts& facts);
 
 /// Reads the registration of the proxy/stub and the version of its library. Changes nothing.
 /// Windows only.

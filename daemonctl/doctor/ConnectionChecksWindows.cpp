@@ -5,12 +5,14 @@
 #include "Utf8.h"
 #include "com/ComApartment.h"
 #include "daemon_manager/SupervisorClient.h"
+#include "daemon_manager/SupervisorIdentity.h"
 
 #include <windows.h>
 
 #include <array>
 #include <chrono>
 #include <string>
+#include <vector>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -59,6 +61,28 @@ SupervisorFacts CallSupervisor()
     return facts;
 }
 
+// A process that this user may not examine can be the supervisor, so it counts only beside one that is.
+std::vector<Namesake> FindNamesakes()
+{
+    const daemon_manager::SupervisorIdentity identity = daemon_manager::IdentifySupervisor();
+    std::vector<Namesake> found;
+    bool hasSupervisor = false;
+    for (const daemon_manager::SupervisorProcess& process : identity.processes) {
+        if (process.installedProgram && (process.expectedUser || !process.userKnown)) {
+            hasSupervisor = true;
+        } else {
+            found.push_back({process.processId, Utf8(process.program), Utf8(process.user)});
+        }
+    }
+    if (identity.installedProgram.empty()) {
+        return {};
+    }
+    if (!hasSupervisor) {
+        std::erase_if(found, [](const Namesake& process) { return process.program.empty(); });
+    }
+    return found;
+}
+
 } // namespace
 
 ProxyFacts GatherProxyFacts()
@@ -90,6 +114,7 @@ SupervisorFacts GatherSupervisorFacts()
         facts.answer = SupervisorFacts::Answer::silent;
     }
     facts.processes = ProcessesOfImage(L"DaemonManager.exe");
+    facts.namesakes = FindNamesakes();
     return facts;
 }
 

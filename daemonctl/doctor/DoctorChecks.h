@@ -1,11 +1,14 @@
 #pragma once
 
+#include "ComSecurityCheck.h"
 #include "ConnectionChecks.h"
 #include "CrashDialogChecks.h"
 #include "DaemonChecks.h"
 #include "Finding.h"
 #include "FirewallChecks.h"
 #include "InstallationChecks.h"
+#include "ProxyOverrideChecks.h"
+#include "RightsChecks.h"
 #include "WmiCheck.h"
 
 #include <string>
@@ -24,6 +27,9 @@ struct DoctorFacts {
     WmiFacts wmi;
     CrashDialogFacts crashDialogs;
     DaemonFacts daemons;
+    RightsFacts rights;
+    std::vector<ProxyOverride> proxyOverrides;
+    ComSecurityFacts comSecurity;
 };
 
 /// Makes all checks. Pure.

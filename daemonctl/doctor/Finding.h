@@ -8,7 +8,7 @@ namespace vqrx::client::v0 {
 /// How serious a finding is. A later value is worse than an earlier one.
 enum class Verdict {
     ok,      ///< nothing is to be done
-    warning, ///< the supervisor can work, but something limits it
+    warning, ///< the supervisor can work, but something limits it or lets others take it over
     failure  ///< the supervisor cannot do a part of its work
 };
 

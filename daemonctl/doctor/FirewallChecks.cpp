@@ -2,9 +2,12 @@
 
 #include "AsciiCase.h"
 #include "ErrorText.h"
+#include "PasteableText.h"
 #include "win32/FirewallNames.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <set>
 #include <utility>
 
@@ -23,6 +26,38 @@ std::string Listed(const std::string& what, const std::vector<std::string>& name
     std::string text;
     for (const std::string& name : names) {
         text.append("\n").append(what).append(": \"").append(name).append("\"");
+    }
+    return text;
+}
+
+std::string ListedForeign(const std::vector<FirewallRuleFacts>& rules)
+{
+    std::string text;
+    for (const FirewallRuleFacts& rule : rules) {
+        text += "\nnot the supervisor's: \"" + rule.name + "\", for " +
+                (rule.application.empty() ? "every program" : rule.application);
+    }
+    return text;
+}
+
+std::string CountIfAny(std::size_t count, const char* what)
+{
+    return count == 0 ? std::string() : ", " + std::to_string(count) + what;
+}
+
+// The commands go by the name, and so also remove a rule of the supervisor with this name. The
+// supervisor makes its rule again at the next launch.
+std::string RemovalOf(const std::vector<FirewallRuleFacts>& rules)
+{
+    std::set<std::string> commands;
+    for (const FirewallRuleFacts& rule : rules) {
+        const std::string name = QuotedForPasting(rule.name);
+        commands.insert(name.empty() ? "in the settings of the firewall: wf.msc"
+                                     : "netsh advfirewall firewall delete rule name=" + name);
+    }
+    std::string text;
+    for (const std::string& command : commands) {
+        text += "\n" + command;
     }
     return text;
 }
@@ -86,6 +121,16 @@ std::vector<std::string> CommandsWithoutRule(const FirewallRulesFacts& facts)
     return without;
 }
 
+std::vector<FirewallRuleFacts> ForeignRules(const std::vector<FirewallRuleFacts>& rules)
+{
+    std::vector<FirewallRuleFacts> foreign;
+    std::copy_if(rules.begin(), rules.end(), std::back_inserter(foreign),
+                 [](const FirewallRuleFacts& rule) {
+                     return rule.name.find('\\') != std::string::npos && !IsSupervisorsRule(rule);
+                 });
+    return foreign;
+}
+
 bool IsRunning(const FirewallServiceFacts& facts)
 {
     return facts.managerError == 0 && facts.serviceError == 0 && facts.queryError == 0 &&
@@ -135,26 +180,32 @@ Finding JudgeFirewallRules(const FirewallRulesFacts& facts)
     }
     const std::vector<std::string> dead = DeadRules(facts);
     const std::vector<std::string> duplicates = DuplicateRules(facts.rules);
-    std::string text = std::to_string(facts.rules.size()) + " rules \"allowing ...\", " +
-                       std::to_string(dead.size()) + " whose program is gone, " +
-                       std::to_string(duplicates.size()) + " duplicate";
     const std::vector<std::string> without = CommandsWithoutRule(facts);
+    const std::vector<FirewallRuleFacts> foreign = ForeignRules(facts.rules);
+    const std::string text =
+        std::to_string(facts.rules.size()) + " rules \"allowing ...\", " +
+        std::to_string(dead.size()) + " whose program is gone, " +
+        std::to_string(duplicates.size()) + " duplicate" + CountIfAny(without.size(), " missing") +
+        CountIfAny(foreign.size(), " not the supervisor's") + Listed("missing for", without) +
+        Listed("gone", dead) + Listed("duplicate", duplicates) + ListedForeign(foreign);
+    std::string remedy;
     if (!without.empty()) {
-        text += ", " + std::to_string(without.size()) + " missing" +
-                Listed("missing for", without) + Listed("gone", dead) +
-                Listed("duplicate", duplicates);
-        return Warning(
-            check, text,
-            "Other machines cannot reach these programs. Let the supervisor make the rule "
-            "again: daemonctl stop ID, then launch the program again.");
+        remedy += "\nOther machines cannot reach the programs that miss a rule. Let the supervisor "
+                  "make it again: daemonctl stop ID, then launch the program again.";
     }
-    if (dead.empty() && duplicates.empty()) {
-        return Ok(check, std::move(text));
+    if (!foreign.empty()) {
+        remedy += "\nFind out who made the rules that are not the supervisor's. To remove them, as "
+                  "administrator:" +
+                  RemovalOf(foreign);
     }
-    return Warning(check, text + Listed("gone", dead) + Listed("duplicate", duplicates),
-                   dead.empty() ? "Remove one rule of each pair in the settings of the firewall."
-                                : "As administrator, to remove the rules whose program is gone: "
-                                  "daemonctl doctor --prune");
+    if (!dead.empty()) {
+        remedy += "\nAs administrator, to remove the rules whose program is gone: "
+                  "daemonctl doctor --prune";
+    }
+    if (!duplicates.empty()) {
+        remedy += "\nRemove one rule of each pair in the settings of the firewall: wf.msc";
+    }
+    return remedy.empty() ? Ok(check, text) : Warning(check, text, remedy.substr(1));
 }
 
 } // namespace vqrx::client::v0

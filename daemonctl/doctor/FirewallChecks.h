@@ -71,6 +71,11 @@ struct FirewallRulesFacts {
 /// that a rule to be kept also has is left out, because Windows removes rules by name.
 [[nodiscard]] std::vector<std::string> DeadRules(const FirewallRulesFacts& facts);
 
+/// Finds the rules that have the name of a rule of the supervisor, with a path after the prefix, but let
+/// another program through. Such a rule keeps the supervisor from making its own. Pure.
+[[nodiscard]] std::vector<FirewallRuleFacts>
+ForeignRules(const std::vector<FirewallRuleFacts>& rules);
+
 /// Finds each rule of the supervisor whose program has an earlier rule of the supervisor. Pure.
 /// @return the names of the later rules
 [[nodiscard]] std::vector<std::string> DuplicateRules(const std::vector<FirewallRuleFacts>& rules);
@@ -85,7 +90,7 @@ struct FirewallRulesFacts {
 /// Returns whether a supervisor that runs can make rules: the service runs. Pure.
 [[nodiscard]] bool IsRunning(const FirewallServiceFacts& facts);
 
-/// The check "firewall-rules": whether there are dead, duplicate or missing rules. Pure.
+/// The check "firewall-rules": whether there are dead, duplicate, missing or foreign rules. Pure.
 [[nodiscard]] Finding JudgeFirewallRules(const FirewallRulesFacts& facts);
 
 } // namespace vqrx::client::v0

@@ -129,17 +129,14 @@ std::wstring ParentOf(const std::wstring& full)
     return full.substr(0, end < kRootLength ? kRootLength : end);
 }
 
-// Adds the weaknesses of a folder, and of those above it, as places of other objects.
-void AddParents(std::wstring folder, const TrustedSids& trusted, std::vector<std::string>& found)
+// Adds the weaknesses of folders as places of other objects.
+void AddParents(const std::vector<std::string>& way, std::size_t first, const TrustedSids& trusted,
+                std::vector<std::string>& found)
 {
-    for (;;) {
-        std::vector<std::string> more = WeaknessesOfParent(ReadRights(Utf8(folder)), trusted);
+    for (std::size_t index = first; index < way.size(); ++index) {
+        std::vector<std::string> more = WeaknessesOfParent(ReadRights(way[index]), trusted);
         found.insert(found.end(), std::make_move_iterator(more.begin()),
                      std::make_move_iterator(more.end()));
-        if (folder.size() <= kRootLength) {
-            return;
-        }
-        folder = ParentOf(folder);
     }
 }
 
@@ -184,27 +181,41 @@ TrustedSids TrustedAdministrators()
     return trusted;
 }
 
+std::vector<std::string> WayTo(const std::string& path)
+{
+    std::wstring full = FullPath(path);
+    std::vector<std::string> way;
+    if (!IsOnDrive(full)) {
+        return way;
+    }
+    for (;;) {
+        way.push_back(Utf8(full));
+        if (full.size() <= kRootLength) {
+            return way;
+        }
+        full = ParentOf(full);
+    }
+}
+
 std::vector<std::string> WeaknessesOfPath(const std::string& path, const TrustedSids& trusted)
 {
-    const std::wstring full = FullPath(path);
-    if (!IsOnDrive(full)) {
+    const std::vector<std::string> way = WayTo(path);
+    if (way.empty()) {
         return {path + kNoPath};
     }
-    std::vector<std::string> found = Weaknesses(ReadRights(Utf8(full)), trusted);
-    if (full.size() > kRootLength) {
-        AddParents(ParentOf(full), trusted, found);
-    }
+    std::vector<std::string> found = Weaknesses(ReadRights(way.front()), trusted);
+    AddParents(way, 1, trusted, found);
     return found;
 }
 
 std::vector<std::string> WeaknessesOfParentPath(const std::string& path, const TrustedSids& trusted)
 {
-    const std::wstring full = FullPath(path);
-    if (!IsOnDrive(full)) {
+    const std::vector<std::string> way = WayTo(path);
+    if (way.empty()) {
         return {path + kNoPath};
     }
     std::vector<std::string> found;
-    AddParents(full, trusted, found);
+    AddParents(way, 0, trusted, found);
     return found;
 }
 

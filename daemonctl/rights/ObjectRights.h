@@ -21,6 +21,12 @@ namespace vqrx::client::v0 {
 /// administrator.
 [[nodiscard]] TrustedSids TrustedAdministrators();
 
+/// Returns the full path of a file or a folder, and then the folders above it up to the root of the
+/// drive. Looks at nothing on the disk.
+/// @param path  UTF-8; a relative path starts in the working folder
+/// @return empty for a path on a network, and for a text that is no path
+[[nodiscard]] std::vector<std::string> WayTo(const std::string& path);
+
 /// Returns why somebody who is not trusted can change a file or a folder, or put another object in its
 /// place: its own weaknesses, and those of each folder above it.
 /// @param path  UTF-8; a relative path starts in the working folder

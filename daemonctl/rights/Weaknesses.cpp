@@ -24,6 +24,25 @@ constexpr std::uint32_t kChange = kReplace | kWriteData | kAppendData | kWriteEx
 constexpr std::uint32_t kChangeKey = kWriteData | kAppendData | kMakeLink | kDelete | kWriteRights |
                                      kWriteOwner | kGenericAll | kGenericWrite;
 
+std::uint32_t ChangeMaskOf(const ObjectRights& rights)
+{
+    return rights.kind == ObjectRights::Kind::registryKey ? kChangeKey : kChange;
+}
+
+std::vector<GrantedRight> DangerousGrants(const ObjectRights& rights, const TrustedSids& trusted,
+                                          std::uint32_t dangerous)
+{
+    std::vector<GrantedRight> found;
+    std::set<std::string> named;
+    for (const GrantedRight& right : rights.granted) {
+        if ((right.mask & dangerous) != 0 && !trusted.contains(right.sid) &&
+            named.insert(right.sid).second) {
+            found.push_back(right);
+        }
+    }
+    return found;
+}
+
 std::vector<std::string> Judge(const ObjectRights& rights, const TrustedSids& trusted,
                                std::uint32_t dangerous)
 {
@@ -42,12 +61,8 @@ std::vector<std::string> Judge(const ObjectRights& rights, const TrustedSids& tr
     if (rights.unprotected) {
         found.push_back("everybody may write to " + rights.path + ", which has no access list");
     }
-    std::set<std::string> named;
-    for (const GrantedRight& right : rights.granted) {
-        if ((right.mask & dangerous) != 0 && !trusted.contains(right.sid) &&
-            named.insert(right.sid).second) {
-            found.push_back(right.name + " may write to " + rights.path);
-        }
+    for (const GrantedRight& right : DangerousGrants(rights, trusted, dangerous)) {
+        found.push_back(right.name + " may write to " + rights.path);
     }
     return found;
 }
@@ -56,13 +71,23 @@ std::vector<std::string> Judge(const ObjectRights& rights, const TrustedSids& tr
 
 std::vector<std::string> Weaknesses(const ObjectRights& rights, const TrustedSids& trusted)
 {
-    return Judge(rights, trusted,
-                 rights.kind == ObjectRights::Kind::registryKey ? kChangeKey : kChange);
+    return Judge(rights, trusted, ChangeMaskOf(rights));
 }
 
 std::vector<std::string> WeaknessesOfParent(const ObjectRights& rights, const TrustedSids& trusted)
 {
     return Judge(rights, trusted, kReplace);
+}
+
+std::vector<GrantedRight> GrantsToStrangers(const ObjectRights& rights, const TrustedSids& trusted)
+{
+    return DangerousGrants(rights, trusted, ChangeMaskOf(rights));
+}
+
+std::vector<GrantedRight> GrantsToStrangersOfParent(const ObjectRights& rights,
+                                                    const TrustedSids& trusted)
+{
+    return DangerousGrants(rights, trusted, kReplace);
 }
 
 } // namespace vqrx::client::v0

@@ -40,6 +40,16 @@ using TrustedSids = std::set<std::string>;
 [[nodiscard]] std::vector<std::string> Weaknesses(const ObjectRights& rights,
                                                   const TrustedSids& trusted);
 
+/// Returns the granted rights with which somebody who is not trusted can change an object, the first one
+/// of each SID. Pure.
+[[nodiscard]] std::vector<GrantedRight> GrantsToStrangers(const ObjectRights& rights,
+                                                          const TrustedSids& trusted);
+
+/// Returns the granted rights with which somebody who is not trusted can put another object in the
+/// place of one that lies below this folder, the first one of each SID. Pure.
+[[nodiscard]] std::vector<GrantedRight> GrantsToStrangersOfParent(const ObjectRights& rights,
+                                                                  const TrustedSids& trusted);
+
 /// Says why somebody who is not trusted can put another object in the place of one that lies below
 /// this folder. As Weaknesses(), but the right to make new files and folders does no harm here: on
 /// many Windows machines everybody may make folders in the root of a drive. Pure.

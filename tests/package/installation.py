@@ -79,7 +79,8 @@ class InstallationTest(unittest.TestCase):
 
     def passed_doctor_checks(self):
         """Returns the names of the checks that doctor passes. Leaves out the checks of the firewall
-        and of error dialogs, because their results depend on Wine."""
+        and of error dialogs, because their results depend on Wine. file-rights does not pass, because
+        the worker lies on drive Z:, which is a link of the host."""
         code, output = self.daemonctl("doctor", "--json")
         self.assertIn(code, (0, 1), output)
         return {check["check"] for check in json.loads(output)["checks"]

@@ -18,8 +18,8 @@ class Installation(InstallationTest):
         self.supervisor()
         self.launch_worker("x")
         self.assertEqual(self.passed_doctor_checks(), {
-            "rights", "registry", "app-folder", "log-folder", "proxy", "supervisor", "wmi",
-            "daemons"})
+            "rights", "registry", "app-folder", "log-folder", "proxy", "proxy-users", "key-rights",
+            "supervisor", "com-security", "wmi", "daemons"})
         self.assertEqual(self.daemonctl("stop", "0"), (0, "daemon 0 stopped\n"))
         self.uninstall()
         self.assertIsNone(machine.registry(OWN_KEY))

@@ -85,6 +85,25 @@ TEST(SupervisorCheck, Warns_of_another_version_and_of_a_second_process)
                      "published and answering (process 12, version 0.9.0, process 13)");
 }
 
+TEST(SupervisorCheck, Warns_of_a_process_that_only_has_the_name_and_shows_how_to_end_it)
+{
+    SupervisorFacts facts = HealthySupervisor();
+    facts.processes.push_back({13, R"(C:\Users\guest\DaemonManager.exe)", ""});
+    facts.processes.push_back({14, "", ""});
+    facts.namesakes = {{13, R"(C:\Users\guest\DaemonManager.exe)", R"(PC\guest)"}, {14, "", ""}};
+    ExpectSupervisor(
+        facts, Verdict::warning,
+        "published and answering (process 12, version 1.0.0, process 13, process 14)\n"
+        "process 13 only has the supervisor's name: it runs C:\\Users\\guest\\DaemonManager.exe as "
+        "PC\\guest\n"
+        "process 14 only has the supervisor's name: it runs a file that this user may not see");
+    EXPECT_EQ(JudgeSupervisor(facts, "1.0.0").remedy,
+              "Find out who started it. To end it, as administrator:\ntaskkill /f /pid 13\n"
+              "taskkill /f /pid 14");
+    ASSERT_EQ(PossibleSupervisors(facts).size(), 1U);
+    EXPECT_EQ(PossibleSupervisors(facts).front().processId, 12U);
+}
+
 TEST(SupervisorCheck, Fails_and_says_how_the_call_failed)
 {
     SupervisorFacts facts = HealthySupervisor();

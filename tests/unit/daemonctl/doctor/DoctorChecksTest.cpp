@@ -33,6 +33,7 @@ DoctorFacts FactsOfHealthyMachine()
     facts.wmi.answered = true;
     facts.wmi.knowsThisProcess = true;
     facts.wmi.executablePathFits = true;
+    facts.comSecurity.known = true;
     facts.crashDialogs.dialogsOff = true;
     facts.crashDialogs.errorMode = 2;
     return facts;
@@ -47,10 +48,11 @@ TEST(DoctorChecks, On_a_healthy_machine_every_check_is_ok_and_the_order_is_fixed
         EXPECT_EQ(finding.remedy, "") << finding.check;
         checks.push_back(finding.check);
     }
-    EXPECT_EQ(checks,
-              (std::vector<std::string>{"rights", "registry", "app-folder", "log-folder", "proxy",
-                                        "firewall-service", "supervisor", "wmi", "crash-dialogs",
-                                        "error-boxes", "daemons", "firewall-rules"}));
+    EXPECT_EQ(checks, (std::vector<std::string>{"rights", "registry", "app-folder", "log-folder",
+                                                "proxy", "proxy-users", "file-rights", "key-rights",
+                                                "firewall-service", "supervisor", "com-security",
+                                                "wmi", "crash-dialogs", "error-boxes", "daemons",
+                                                "firewall-rules"}));
     EXPECT_EQ(ExitCodeOf(findings), 0);
 }
 

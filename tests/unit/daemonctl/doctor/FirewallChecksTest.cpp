@@ -117,11 +117,34 @@ TEST(FirewallRulesCheck, Warns_of_a_launched_program_whose_rule_is_gone)
                    {R"(allowing C:\b.exe)", R"(C:\other.exe)", Program::there}};
     facts.launchedCommands = {R"(c:\A.exe -x )", R"(C:\b.exe )"};
     const Finding finding = JudgeFirewallRules(facts);
-    ExpectFinding(finding, Verdict::warning,
-                  "2 rules \"allowing ...\", 0 whose program is gone, 0 duplicate, 1 missing\n"
-                  "missing for: \"C:\\b.exe \"");
+    ExpectFinding(
+        finding, Verdict::warning,
+        "2 rules \"allowing ...\", 0 whose program is gone, 0 duplicate, 1 missing, 1 not "
+        "the supervisor's\n"
+        "missing for: \"C:\\b.exe \"\n"
+        "not the supervisor's: \"allowing C:\\b.exe\", for C:\\other.exe");
+    facts.rules.pop_back();
     facts.launchedCommands.pop_back();
     EXPECT_EQ(JudgeFirewallRules(facts).verdict, Verdict::ok);
+}
+
+TEST(FirewallRulesCheck, Warns_of_a_rule_that_has_a_name_of_the_supervisor_and_is_not_its_own)
+{
+    FirewallRulesFacts facts;
+    facts.rules = {{"allowing everything", "", Program::unknown}, // no name of the supervisor's
+                   {R"(allowing C:\a.exe)", "", Program::unknown},
+                   {R"(allowing C:\b.exe" & calc & ")", R"(C:\b.exe)", Program::there}};
+    const Finding finding = JudgeFirewallRules(facts);
+    ExpectFinding(finding, Verdict::warning,
+                  "3 rules \"allowing ...\", 0 whose program is gone, 0 duplicate, 2 not the "
+                  "supervisor's\n"
+                  "not the supervisor's: \"allowing C:\\a.exe\", for every program\n"
+                  "not the supervisor's: \"allowing C:\\b.exe\" & calc & \"\", for C:\\b.exe");
+    EXPECT_EQ(finding.remedy,
+              "Find out who made the rules that are not the supervisor's. To remove them, as "
+              "administrator:\n"
+              "in the settings of the firewall: wf.msc\n"
+              "netsh advfirewall firewall delete rule name=\"allowing C:\\a.exe\"");
 }
 
 TEST(FirewallServiceCheck, Only_a_service_that_runs_lets_the_supervisor_make_rules)

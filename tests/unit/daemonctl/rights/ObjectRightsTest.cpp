@@ -23,6 +23,7 @@ using client::v0::ObjectRights;
 using client::v0::ReadKeyRights;
 using client::v0::ReadRights;
 using client::v0::TrustedAdministrators;
+using client::v0::WayTo;
 using client::v0::WeaknessesOfPath;
 using testing::Contains;
 using testing::ElementsAre;
@@ -80,6 +81,14 @@ TEST_F(ObjectRightsTest, A_path_that_does_not_exist_or_lies_on_a_network_proves_
                 ElementsAre("the rights of " + path + "\\no cannot be read (Windows error 2)"));
     EXPECT_THAT(WeaknessesOfPath("\\\\server\\share\\x", TrustedAdministrators()),
                 ElementsAre("\\\\server\\share\\x lies on a network or is no path"));
+}
+
+TEST(ObjectRights, The_way_to_a_path_ends_at_the_root_of_its_drive)
+{
+    EXPECT_THAT(WayTo("C:/FW\\x\\..\\App\\"), ElementsAre("C:\\FW\\App", "C:\\FW", "C:\\"));
+    EXPECT_THAT(WayTo("C:\\"), ElementsAre("C:\\"));
+    EXPECT_THAT(WayTo("\\\\server\\share\\x"), IsEmpty());
+    EXPECT_THAT(WayTo(""), IsEmpty());
 }
 
 TEST(ObjectRights, Owner_and_access_list_of_a_registry_key_are_read)

@@ -5,10 +5,14 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace vqrx::test {
 namespace {
 
+using client::v0::GrantedRight;
+using client::v0::GrantsToStrangers;
+using client::v0::GrantsToStrangersOfParent;
 using client::v0::ObjectRights;
 using client::v0::TrustedSids;
 using client::v0::Weaknesses;
@@ -79,6 +83,25 @@ TEST(Weaknesses, of_a_parent_are_not_that_somebody_may_add_to_it)
                     ElementsAre("Everyone may write to C:\\FW"))
             << mask;
     }
+}
+
+TEST(Weaknesses, come_from_the_first_dangerous_right_of_each_stranger)
+{
+    ObjectRights rights = With(0x1200A9);
+    rights.granted.push_back({"S-1-1-0", "Everyone", 0x2});
+    rights.granted.push_back({"S-1-5-11", "Authenticated Users", 0x10000});
+    rights.granted.push_back({"S-1-1-0", "Everyone", 0x10000});
+    const auto sids = [](const std::vector<GrantedRight>& grants) {
+        std::string text;
+        for (const GrantedRight& grant : grants) {
+            text += grant.sid + " ";
+        }
+        return text;
+    };
+    EXPECT_EQ(sids(GrantsToStrangers(rights, kTrusted)), "S-1-1-0 S-1-5-11 ");
+    EXPECT_EQ(GrantsToStrangers(rights, kTrusted).front().mask, 0x2U);
+    EXPECT_EQ(sids(GrantsToStrangersOfParent(rights, kTrusted)), "S-1-5-11 S-1-1-0 ");
+    EXPECT_EQ(sids(GrantsToStrangers(SoundFolder(), kTrusted)), "");
 }
 
 TEST(Weaknesses, of_a_registry_key_are_the_rights_to_set_a_value_and_to_make_a_key_or_a_link)

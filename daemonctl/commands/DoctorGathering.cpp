@@ -1,0 +1,158 @@
+#include "DoctorGathering.h"
+
+#include "Bounded.h"
+#include "ExitReason.h"
+#include "InstalledPaths.h"
+#include "LogFile.h"
+#include "ThisMachine.h"
+#include "TimeText.h"
+#include "TimelineBuilder.h"
+#include "WaitCondition.h"
+#include "com/ComApartment.h"
+
+#include <windows.h>
+
+#include <chrono>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+namespace {
+
+// The longest waits for an answer of WMI and of the firewall.
+constexpr std::chrono::seconds kWmiPatience(30);
+constexpr std::chrono::seconds kFirewallPatience(30);
+
+FirewallRulesFacts RulesOrTimeout()
+{
+    const auto facts = Bounded<FirewallRulesFacts>(kFirewallPatience, [] {
+        const system::com::v1::ComApartment apartment;
+        return GatherFirewallRules();
+    });
+    FirewallRulesFacts timeout;
+    timeout.result = RPC_E_TIMEOUT;
+    return facts.value_or(timeout);
+}
+
+// Returns the running daemons. If the log cannot be read, these are the supervisor's child processes
+// only.
+// @param logIsThere  set to whether the log shows the running supervisor
+std::vector<DaemonStatus> RunningDaemons(bool& logIsThere)
+{
+    const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
+    Timeline timeline;
+    SupervisorRun run;
+    ProcessSource source;
+    logIsThere = false;
+    try {
+        timeline = ReadTimeline();
+        run = RunOfThisMachine(timeline);
+        source = SourceOfThisMachine();
+        logIsThere = true;
+    } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch): see above
+        source.arguments = ArgumentsOfProcess;
+    }
+    return StatusOfDaemons(run, source, NowMs(), children);
+}
+
+TroubledDaemon DescribeTrouble(const DaemonStatus& daemon)
+{
+    TroubledDaemon troubled;
+    troubled.command = WithoutBlank(daemon.command);
+    troubled.cannotStart = daemon.state == RunState::cannotStart;
+    troubled.restartsLastHour = daemon.recent.lastHour;
+    troubled.lastExit = daemon.lastExit ? ReadableReason(daemon.lastExit->reason) : std::string();
+    return troubled;
+}
+
+// @return the programs of the daemons that run
+std::vector<std::string> AddDaemons(DoctorFacts& facts)
+{
+    std::vector<std::string> programs;
+    bool logIsThere = false;
+    for (const DaemonStatus& daemon : RunningDaemons(logIsThere)) {
+        if (daemon.Runs() && !daemon.process.image.empty()) {
+            programs.push_back(daemon.process.image);
+        }
+        facts.firewallRules.commandsInUse.push_back(daemon.command);
+        if (daemon.inLog && !daemon.attached && IsRunning(facts.firewallService)) {
+            facts.firewallRules.launchedCommands.push_back(daemon.command);
+        }
+        ++facts.daemons.count;
+        if (daemon.state == RunState::cannotStart || daemon.state == RunState::restarting) {
+            facts.daemons.troubled.push_back(DescribeTrouble(daemon));
+        }
+    }
+    facts.daemons.known = logIsThere && PossibleSupervisors(facts.supervisor).size() == 1;
+    return programs;
+}
+
+// Returns whether the log holds the start of the running supervisor, or a record after that; nothing if
+// it is not known which process that is.
+std::optional<bool> LogIsCurrent(const SupervisorFacts& supervisor)
+{
+    const std::vector<ImageFacts> possible = PossibleSupervisors(supervisor);
+    if (supervisor.answer != SupervisorFacts::Answer::answers || possible.size() != 1) {
+        return std::nullopt;
+    }
+    const ProcessFacts process = ReadProcessFacts(possible.front().processId);
+    if (process.state != ProcessFacts::State::running) {
+        return std::nullopt;
+    }
+    try {
+        return ShowsRunOfProcess(ReadTimeline(), process.createdMs);
+    } catch (const LogUnreadable&) {
+        return false;
+    }
+}
+
+// Looks for failures of COM's security in the records of the running supervisor.
+ComSecurityFacts ComSecurityOf(const InstallationFacts& installation)
+{
+    ComSecurityFacts facts;
+    facts.machineLimits = HasMachineLimits();
+    if (!installation.logIsCurrent.value_or(false)) {
+        return facts;
+    }
+    try {
+        const std::vector<Record> records = ReadLogFile(DefaultLogPath());
+        const Timeline timeline = BuildTimeline(records);
+        const SupervisorRun* const run = RunThatGoesOn(timeline);
+        facts.known = run != nullptr && run->beginningSeen;
+        for (const Record& record : records) {
+            if (facts.known && record.timeMs >= run->firstMs && IsComSecurityFailure(record.text)) {
+                facts.failures.push_back(record.text);
+            }
+        }
+    } catch (const std::runtime_error&) { // the log became unreadable just now
+        facts.known = false;
+    }
+    return facts;
+}
+
+} // namespace
+
+DoctorFacts GatherDoctorFacts()
+{
+    DoctorFacts facts;
+    facts.version = DM_VERSION;
+    facts.installation = GatherInstallationFacts();
+    facts.proxy = GatherProxyFacts();
+    facts.supervisor = GatherSupervisorFacts();
+    facts.installation.logIsCurrent = LogIsCurrent(facts.supervisor);
+    facts.firewallService = GatherFirewallServiceFacts();
+    facts.firewallRules = RulesOrTimeout();
+    facts.rights = GatherRightsFacts(facts.installation.root, AddDaemons(facts));
+    facts.proxyOverrides = GatherProxyOverrides();
+    facts.comSecurity = ComSecurityOf(facts.installation);
+    facts.wmi = Bounded<WmiFacts>(kWmiPatience, [] {
+                    const system::com::v1::ComApartment apartment;
+                    return GatherWmiFacts();
+                }).value_or(WmiFacts());
+    facts.crashDialogs = GatherCrashDialogFacts();
+    return facts;
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Finding.h"
+
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+
+/// A registration of the supervisor's proxy/stub that holds for one user only. In programs of this user
+/// it takes the place of the registration for the machine. Texts are UTF-8.
+struct ProxyOverride {
+    std::string key;  ///< "HKU\S-1-5-21-...\Software\Classes\CLSID\{...}"
+    std::string user; ///< "DOMAIN\name", or the SID if it has no name
+    std::string
+        library; ///< the library or class that it names; empty: none that this user may read
+};
+
+/// Looks for such registrations of all users whose part of the registry is loaded: those who are logged
+/// on. Changes nothing. Windows only.
+[[nodiscard]] std::vector<ProxyOverride> GatherProxyOverrides();
+
+/// The check "proxy-users": whether every user gets the machine's proxy/stub. Pure.
+[[nodiscard]] Finding JudgeProxyOverrides(const std::vector<ProxyOverride>& overrides);
+
+} // namespace vqrx::client::v0

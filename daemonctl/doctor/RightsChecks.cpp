@@ -1,0 +1,121 @@
+#include "RightsChecks.h"
+
+#include "RightsRemedies.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace vqrx::client::v0 {
+namespace {
+
+// Other checks report what is missing. ERROR_FILE_NOT_FOUND is 2, ERROR_PATH_NOT_FOUND is 3; their
+// header is not there in a native build.
+bool IsMissing(const ObjectRights& rights)
+{
+    return rights.error == 2 || rights.error == 3;
+}
+
+TrustedSids TrustedWith(const RightsFacts& facts, PlaceFacts::Role role)
+{
+    TrustedSids trusted = facts.administrators;
+    const bool ofTheLog = role == PlaceFacts::Role::logs || role == PlaceFacts::Role::logFile;
+    if (ofTheLog && !facts.supervisorSid.empty()) {
+        trusted.insert(facts.supervisorSid);
+    }
+    return trusted;
+}
+
+// The weak objects of a check, as texts.
+class WeakObjects {
+public:
+    void Add(const std::vector<std::string>& weaknesses, const std::vector<std::string>& remedy)
+    {
+        if (weaknesses.empty()) {
+            return;
+        }
+        ++count_;
+        for (const std::string& weakness : weaknesses) {
+            text_ += "\n" + weakness;
+        }
+        for (const std::string& line : remedy) {
+            if (std::find(remedies_.begin(), remedies_.end(), line) == remedies_.end()) {
+                remedies_.push_back(line);
+            }
+        }
+    }
+
+    [[nodiscard]] std::size_t Count() const noexcept { return count_; }
+    [[nodiscard]] const std::string& Text() const noexcept { return text_; }
+
+    [[nodiscard]] std::string Remedy(const std::string& heading) const
+    {
+        std::string text = heading;
+        for (const std::string& line : remedies_) {
+            text += "\n" + line;
+        }
+        return text;
+    }
+
+private:
+    std::size_t count_ = 0;
+    std::string text_;
+    std::vector<std::string> remedies_;
+};
+
+} // namespace
+
+Finding JudgeFileRights(const RightsFacts& facts)
+{
+    constexpr const char* check = "file-rights";
+    WeakObjects weak;
+    std::size_t there = 0;
+    for (const PlaceFacts& place : facts.places) {
+        if (IsMissing(place.rights)) {
+            continue;
+        }
+        ++there;
+        const TrustedSids trusted = TrustedWith(facts, place.role);
+        weak.Add(place.role == PlaceFacts::Role::above ? WeaknessesOfParent(place.rights, trusted)
+                                                       : Weaknesses(place.rights, trusted),
+                 RemediesFor(place, trusted, facts.supervisorSid));
+    }
+    for (const std::string& path : facts.unjudged) {
+        ++there;
+        weak.Add({path + " lies on a network, or is no path: its rights prove nothing"},
+                 {"Use programs on a drive of this machine."});
+    }
+    const std::string places = std::to_string(there) + " files and folders";
+    if (weak.Count() == 0) {
+        return Ok(check, "only administrators can change the " + places +
+                             " on which the supervisor relies");
+    }
+    return Warning(check,
+                   "others than administrators can change " + std::to_string(weak.Count()) +
+                       " of " + places + " on which the supervisor relies" + weak.Text(),
+                   weak.Remedy("As administrator, in this order:"));
+}
+
+Finding JudgeKeyRights(const RightsFacts& facts)
+{
+    constexpr const char* check = "key-rights";
+    WeakObjects weak;
+    std::size_t there = 0;
+    for (const ObjectRights& key : facts.keys) {
+        if (IsMissing(key)) {
+            continue;
+        }
+        ++there;
+        weak.Add(Weaknesses(key, facts.administrators), RemediesForKey(key));
+    }
+    const std::string keys = std::to_string(there) + " registry keys";
+    if (weak.Count() == 0) {
+        return Ok(check,
+                  "only administrators can change the " + keys + " on which the supervisor relies");
+    }
+    return Warning(check,
+                   "others than administrators can change " + std::to_string(weak.Count()) +
+                       " of " + keys + " on which the supervisor relies" + weak.Text(),
+                   weak.Remedy("In PowerShell, as administrator:"));
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "Finding.h"
+#include "Weaknesses.h"
+
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+
+/// A file or a folder whose content runs with the supervisor's rights, or is believed, or that lies on
+/// the way to such a one.
+struct PlaceFacts {
+    /// What the place is to the installation.
+    enum class Role {
+        programs, ///< a folder of programs: nobody else may add or change anything
+        logs,     ///< the folder of the log: nobody else may add or change anything
+        logFile,  ///< the log
+        program,  ///< the file of a program or a library
+        above     ///< a folder above one of the others: nobody else may replace what lies in it
+    };
+    ObjectRights rights;
+    Role role = Role::programs;
+};
+
+/// Who may change the places and the registry keys on which the supervisor relies.
+struct RightsFacts {
+    TrustedSids administrators; ///< those who may change everything
+    /// The account of the running supervisor, which may also write the log. Empty: not known.
+    std::string supervisorSid;
+    /// In the order in which the rights are best repaired. What does not exist has error 2 or 3.
+    std::vector<PlaceFacts> places;
+    std::vector<std::string> unjudged; ///< paths on a network, whose rights prove nothing; UTF-8
+    std::vector<ObjectRights> keys;    ///< the firmware root's, the proxy/stub's and those above
+};
+
+/// Reads owners and access lists of the firmware root, \App, \Logs, the log, the folder of the installed
+/// programs, the programs, the proxy/stub, the given programs, the folders above all of them, and the
+/// registry keys. Changes nothing. Windows only.
+/// @param root      the firmware root, UTF-8; empty: not known
+/// @param programs  full paths of the programs that the supervisor runs, UTF-8
+[[nodiscard]] RightsFacts GatherRightsFacts(const std::string& root,
+                                            const std::vector<std::string>& programs);
+
+/// The check "file-rights": whether only administrators can change what runs with the supervisor's
+/// rights, and only they and the supervisor's account the log. Pure, as is the next one.
+[[nodiscard]] Finding JudgeFileRights(const RightsFacts& facts);
+
+/// The check "key-rights": whether only administrators can change the registry keys that name the
+/// firmware root and the proxy/stub.
+[[nodiscard]] Finding JudgeKeyRights(const RightsFacts& facts);
+
+} // namespace vqrx::client::v0

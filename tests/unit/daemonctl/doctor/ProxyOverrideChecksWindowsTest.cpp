@@ -1,0 +1,57 @@
+#include "ProxyOverrideChecks.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using namespace client::v0;
+
+constexpr const char* kClass = R"(Software\Classes\CLSID\{C307E9F6-67C0-4C74-B1BD-37EFB9882701})";
+constexpr const char* kInterface =
+    R"(Software\Classes\Interface\{C307E9F6-67C0-4C74-B1BD-37EFB9882701})";
+
+// A registration for the user of this test. The destructor removes it.
+class UsersRegistration {
+public:
+    UsersRegistration(const std::string& key, const char* subkey, const std::string& value)
+        : key_(key)
+    {
+        EXPECT_EQ(RegSetKeyValueA(HKEY_CURRENT_USER, (key + subkey).c_str(), nullptr, REG_SZ,
+                                  value.c_str(), static_cast<DWORD>(value.size() + 1)),
+                  ERROR_SUCCESS);
+    }
+    UsersRegistration(const UsersRegistration&) = delete;
+    UsersRegistration& operator=(const UsersRegistration&) = delete;
+    ~UsersRegistration() { RegDeleteTreeA(HKEY_CURRENT_USER, key_.c_str()); }
+
+private:
+    std::string key_;
+};
+
+TEST(ProxyOverrides, Are_none_on_a_machine_whose_users_registered_nothing)
+{
+    EXPECT_EQ(GatherProxyOverrides().size(), 0U);
+}
+
+TEST(ProxyOverrides, Are_found_for_the_class_and_for_the_interface)
+{
+    const UsersRegistration library(kClass, R"(\InProcServer32)", R"(C:\guest\evil.dll)");
+    const UsersRegistration other(kInterface, R"(\ProxyStubClsid32)", "{other}");
+    const std::vector<ProxyOverride> found = GatherProxyOverrides();
+    ASSERT_EQ(found.size(), 2U);
+    EXPECT_EQ(found[0].library, R"(C:\guest\evil.dll)");
+    EXPECT_EQ(found[1].library, "{other}");
+    EXPECT_NE(found[0].user, "");
+    EXPECT_TRUE(found[0].key.starts_with(R"(HKU\S-1-5-)")) << found[0].key;
+    EXPECT_TRUE(found[0].key.ends_with(kClass)) << found[0].key;
+    EXPECT_TRUE(found[1].key.ends_with(kInterface)) << found[1].key;
+}
+
+} // namespace
+} // namespace vqrx::test

@@ -1,0 +1,134 @@
+#include "RightsChecks.h"
+
+#include "ExpectFinding.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+namespace vqrx::test {
+namespace {
+
+using namespace client::v0;
+using Kind = ObjectRights::Kind;
+using Role = PlaceFacts::Role;
+
+constexpr const char* kVideo = "S-1-5-21-1-2-3-1001";
+
+ObjectRights Sound(const std::string& path, Kind kind)
+{
+    ObjectRights rights;
+    rights.path = path;
+    rights.kind = kind;
+    rights.ownerSid = "S-1-5-32-544";
+    rights.ownerName = "Administrators";
+    rights.granted = {{"S-1-5-18", "SYSTEM", 0x1F01FF}, {"S-1-5-32-545", "Users", 0x1200A9}};
+    return rights;
+}
+
+ObjectRights Granting(ObjectRights rights, const std::string& sid, std::uint32_t mask)
+{
+    rights.granted.push_back({sid, sid, mask});
+    return rights;
+}
+
+RightsFacts SoundMachine()
+{
+    RightsFacts facts;
+    facts.administrators = {"S-1-5-18", "S-1-5-32-544"};
+    facts.supervisorSid = kVideo;
+    facts.places = {{Sound(R"(C:\)", Kind::folder), Role::above},
+                    {Sound(R"(C:\FW\App)", Kind::folder), Role::programs},
+                    {Sound(R"(C:\FW\Logs)", Kind::folder), Role::logs}};
+    facts.keys = {Sound(R"(HKLM\SOFTWARE)", Kind::registryKey),
+                  Sound(R"(HKLM\SOFTWARE\UnitWarden)", Kind::registryKey)};
+    for (ObjectRights& key : facts.keys) {
+        key.granted.pop_back(); // the numbers mean other rights there
+    }
+    return facts;
+}
+
+TEST(RightsCheck, Is_ok_if_only_administrators_can_change_what_is_there)
+{
+    RightsFacts facts = SoundMachine();
+    ObjectRights missing = Sound(R"(C:\FW\Logs\DaemonManager.log)", Kind::file);
+    missing.error = 2;
+    facts.places.push_back({missing, Role::logFile});
+    missing.error = 3;
+    facts.keys.push_back(missing);
+    ExpectFinding(JudgeFileRights(facts), Verdict::ok,
+                  "only administrators can change the 3 files and folders on which the supervisor "
+                  "relies");
+    ExpectFinding(JudgeKeyRights(facts), Verdict::ok,
+                  "only administrators can change the 2 registry keys on which the supervisor "
+                  "relies");
+}
+
+TEST(RightsCheck, Lets_the_account_of_the_supervisor_write_the_log_and_no_program)
+{
+    RightsFacts facts = SoundMachine();
+    facts.places[2].rights = Granting(facts.places[2].rights, kVideo, 0x1F01FF);
+    EXPECT_EQ(JudgeFileRights(facts).verdict, Verdict::ok);
+    facts.places[2].rights.ownerSid = kVideo;
+    EXPECT_EQ(JudgeFileRights(facts).verdict, Verdict::ok);
+    facts.places[1].rights = Granting(facts.places[1].rights, kVideo, 0x1F01FF);
+    ExpectFinding(JudgeFileRights(facts), Verdict::warning,
+                  "others than administrators can change 1 of 3 files and folders on which the "
+                  "supervisor relies\n" +
+                      std::string(kVideo) + R"( may write to C:\FW\App)");
+}
+
+TEST(RightsCheck, Gives_commands_for_each_weak_place_in_the_order_of_the_places)
+{
+    RightsFacts facts = SoundMachine();
+    facts.places[0].rights = Granting(facts.places[0].rights, "S-1-1-0", 0x40);
+    facts.places[1].rights = Granting(facts.places[1].rights, "S-1-1-0", 0x2);
+    facts.places[1].rights.ownerSid = "S-1-5-21-9";
+    facts.places[1].rights.ownerName = R"(PC\guest)";
+    const Finding finding = JudgeFileRights(facts);
+    ExpectFinding(finding, Verdict::warning,
+                  "others than administrators can change 2 of 3 files and folders on which the "
+                  "supervisor relies\nS-1-1-0 may write to C:\\\nPC\\guest owns C:\\FW\\App\n"
+                  "S-1-1-0 may write to C:\\FW\\App");
+    EXPECT_EQ(finding.remedy,
+              "As administrator, in this order:\n"
+              "Let only administrators own and change C:\\: its properties, page Security.\n"
+              "icacls \"C:\\FW\\App\" /setowner *S-1-5-32-544\n"
+              "icacls \"C:\\FW\\App\" /inheritance:r /grant:r \"*S-1-5-18:(OI)(CI)F\" "
+              "\"*S-1-5-32-544:(OI)(CI)F\" \"*S-1-5-32-545:(OI)(CI)RX\"\n"
+              "icacls \"C:\\FW\\App\" /remove:g *S-1-1-0");
+}
+
+TEST(RightsCheck, Proves_nothing_about_a_network)
+{
+    RightsFacts facts = SoundMachine();
+    facts.unjudged = {R"(\\server\share\worker.exe)"};
+    ExpectFinding(JudgeFileRights(facts), Verdict::warning,
+                  "others than administrators can change 1 of 4 files and folders on which the "
+                  "supervisor relies\n\\\\server\\share\\worker.exe lies on a network, or is no "
+                  "path: its rights prove nothing");
+}
+
+TEST(RightsCheck, Gives_commands_for_the_keys_of_the_installation_only)
+{
+    RightsFacts facts = SoundMachine();
+    for (ObjectRights& key : facts.keys) {
+        key = Granting(key, "S-1-1-0", 0x2);
+    }
+    const Finding finding = JudgeKeyRights(facts);
+    ExpectFinding(finding, Verdict::warning,
+                  "others than administrators can change 2 of 2 registry keys on which the "
+                  "supervisor relies\nS-1-1-0 may write to HKLM\\SOFTWARE\n"
+                  "S-1-1-0 may write to HKLM\\SOFTWARE\\UnitWarden");
+    EXPECT_EQ(finding.remedy,
+              "In PowerShell, as administrator:\n"
+              "HKLM\\SOFTWARE belongs to Windows: give it the rights that it has on another "
+              "machine.\n"
+              "$a = Get-Acl 'HKLM:\\SOFTWARE\\UnitWarden'; $a.SetSecurityDescriptorSddlForm("
+              "'O:BAG:BAD:P(A;CI;KA;;;SY)(A;CI;KA;;;BA)(A;CI;KR;;;BU)'); Set-Acl "
+              "'HKLM:\\SOFTWARE\\UnitWarden' $a");
+}
+
+} // namespace
+} // namespace vqrx::test

@@ -1,0 +1,117 @@
+#include "RightsChecks.h"
+
+#include "FirmwareRegistry.h"
+#include "OpenToAll.h"
+#include "TempFolder.h"
+
+#include <windows.h>
+
+#include <aclapi.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace vqrx::test {
+namespace {
+
+using namespace client::v0;
+using Role = PlaceFacts::Role;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+class RightsFactsTest : public ::testing::Test {
+protected:
+    RightsFactsTest()
+    {
+        std::filesystem::create_directory(folder_.Path() / "App");
+        std::filesystem::create_directory(folder_.Path() / "Logs");
+        std::ofstream(Log()) << "x";
+        std::ofstream(Worker()) << "x";
+    }
+
+    [[nodiscard]] std::string Root() const { return folder_.Path().string(); }
+    [[nodiscard]] std::string App() const { return Root() + "\\App"; }
+    [[nodiscard]] std::string Log() const { return Root() + "\\Logs\\DaemonManager.log"; }
+    [[nodiscard]] std::string Worker() const { return App() + "\\worker.exe"; }
+
+    TempFolder folder_;
+};
+
+// Returns the index of the place; the number of places if it is not there.
+std::size_t IndexOf(const RightsFacts& facts, const std::string& path, Role role)
+{
+    const auto found =
+        std::find_if(facts.places.begin(), facts.places.end(), [&](const PlaceFacts& place) {
+            return place.rights.path == path && place.role == role;
+        });
+    return static_cast<std::size_t>(found - facts.places.begin());
+}
+
+bool HasEverybodysKey(const std::string& key)
+{
+    std::string name = "MACHINE\\" + key;
+    return SetNamedSecurityInfoA(name.data(), SE_REGISTRY_KEY, DACL_SECURITY_INFORMATION, nullptr,
+                                 nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+}
+
+TEST_F(RightsFactsTest, Each_place_is_there_once_and_the_folders_above_come_first)
+{
+    const RightsFacts facts = GatherRightsFacts(Root(), {Worker(), Worker()});
+    const std::size_t number = facts.places.size();
+    std::size_t lastAbove = 0;
+    for (const std::string& above : {std::string("C:\\"), Root()}) {
+        ASSERT_LT(IndexOf(facts, above, Role::above), number) << above;
+        lastAbove = IndexOf(facts, above, Role::above);
+    }
+    for (const std::size_t index :
+         {IndexOf(facts, App(), Role::programs), IndexOf(facts, Root() + "\\Logs", Role::logs),
+          IndexOf(facts, Log(), Role::logFile), IndexOf(facts, Worker(), Role::program)}) {
+        ASSERT_LT(index, number);
+        EXPECT_LT(lastAbove, index);
+    }
+    for (std::size_t index = 0; index < number; ++index) {
+        const PlaceFacts& place = facts.places[index];
+        EXPECT_EQ(IndexOf(facts, place.rights.path, place.role), index) << place.rights.path;
+    }
+    EXPECT_EQ(facts.places[IndexOf(facts, Log(), Role::logFile)].rights.error, 0U);
+}
+
+TEST_F(RightsFactsTest, A_program_or_a_folder_that_everybody_may_change_is_found)
+{
+    EXPECT_THAT(JudgeFileRights(GatherRightsFacts(Root(), {Worker()})).text,
+                Not(HasSubstr(Root())));
+    OpenToAll(App());
+    EXPECT_THAT(JudgeFileRights(GatherRightsFacts(Root(), {})).text,
+                HasSubstr("may write to " + App()));
+    OpenToAll(Worker());
+    EXPECT_THAT(JudgeFileRights(GatherRightsFacts(Root(), {Worker()})).text,
+                HasSubstr("may write to " + Worker()));
+    EXPECT_THAT(JudgeFileRights(GatherRightsFacts(Root(), {Worker()})).remedy,
+                HasSubstr("icacls \"" + Worker() + "\" /reset"));
+}
+
+TEST_F(RightsFactsTest, A_program_on_a_network_proves_nothing)
+{
+    const RightsFacts facts = GatherRightsFacts("", {R"(\\server\share\worker.exe)"});
+    EXPECT_THAT(facts.unjudged, ElementsAre(R"(\\server\share\worker.exe)"));
+}
+
+TEST_F(RightsFactsTest, A_registry_key_without_an_access_list_is_found)
+{
+    FirmwareRegistry registry;
+    registry.SetPathname(FirmwareRegistry::current, App());
+    const Finding sound = JudgeKeyRights(GatherRightsFacts("", {}));
+    EXPECT_EQ(sound.verdict, Verdict::ok) << sound.text;
+    ASSERT_TRUE(HasEverybodysKey(R"(SOFTWARE\UnitWarden\CurrentVersion)"));
+    EXPECT_THAT(JudgeKeyRights(GatherRightsFacts("", {})).text,
+                HasSubstr(R"(may write to HKLM\SOFTWARE\UnitWarden\CurrentVersion)"));
+}
+
+} // namespace
+} // namespace vqrx::test
