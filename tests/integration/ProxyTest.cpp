@@ -116,5 +116,28 @@ TEST(Proxy, Non_ASCII_letters_of_the_code_page_arrive)
               "e \"\xC3\xA9\xC3\xA0 \xC3\xA7\" ");
 }
 
+// Windows stores a registration below HKEY_CURRENT_USER if a program of the user has prepared the keys
+// there. Wine does not, so the test leads HKEY_CLASSES_ROOT to the user's classes.
+TEST(Proxy, The_registration_is_for_the_machine_also_if_a_user_has_prepared_its_keys)
+{
+    constexpr const char* kPrepared = "Software\\prepared classes of this test";
+    constexpr const char* kClass = "CLSID\\{C307E9F6-67C0-4C74-B1BD-37EFB9882701}\\InProcServer32";
+    HKEY prepared = nullptr;
+    ASSERT_EQ(RegCreateKeyA(HKEY_CURRENT_USER, kPrepared, &prepared), ERROR_SUCCESS);
+    ASSERT_EQ(RegOverridePredefKey(HKEY_CLASSES_ROOT, prepared), ERROR_SUCCESS);
+    {
+        const ProxyRegistration registered;
+        HKEY key = nullptr;
+        EXPECT_NE(RegOpenKeyA(prepared, kClass, &key), ERROR_SUCCESS);
+        EXPECT_EQ(RegOpenKeyA(HKEY_LOCAL_MACHINE,
+                              (R"(SOFTWARE\Classes\)" + std::string(kClass)).c_str(), &key),
+                  ERROR_SUCCESS);
+        RegCloseKey(key);
+    }
+    RegOverridePredefKey(HKEY_CLASSES_ROOT, nullptr);
+    RegCloseKey(prepared);
+    RegDeleteTreeA(HKEY_CURRENT_USER, kPrepared);
+}
+
 } // namespace
 } // namespace vqrx::test

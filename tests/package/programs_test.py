@@ -17,10 +17,11 @@ IMPORTS = {
                           "oleaut32.dll", "shell32.dll", "shlwapi.dll", "user32.dll"],
     "daemonctl.exe": ["advapi32.dll", "kernel32.dll", "msvcrt.dll", "ntdll.dll", "ole32.dll",
                       "oleaut32.dll", "shell32.dll", "user32.dll"],
-    "DaemonMgrPS.dll": ["kernel32.dll", "msvcrt.dll", "oleaut32.dll", "rpcrt4.dll"],
+    "DaemonMgrPS.dll": ["advapi32.dll", "kernel32.dll", "msvcrt.dll", "oleaut32.dll",
+                        "rpcrt4.dll"],
 }
 
-# All code of DaemonMgrPS.dll is generated, and no function of it has a buffer on the stack.
+# No function of DaemonMgrPS.dll has a buffer on the stack.
 WITH_STACK_PROTECTOR = ["DaemonManager.exe", "daemonctl.exe"]
 
 COMPILER = "x86_64-w64-mingw32-g++-posix"
