@@ -26,7 +26,8 @@ struct PlaceFacts {
 /// Who may change the places and the registry keys on which the supervisor relies.
 struct RightsFacts {
     TrustedSids administrators; ///< those who may change everything
-    /// The account of the running supervisor, which may also write the log. Empty: not known.
+    /// The account of the supervisor, which may also write the log: that of the running one, else the
+    /// one that was noted for the machine. Empty: not known, or an administrator's.
     std::string supervisorSid;
     /// In the order in which the rights are best repaired. What does not exist has error 2 or 3.
     std::vector<PlaceFacts> places;

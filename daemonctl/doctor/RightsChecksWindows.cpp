@@ -113,12 +113,26 @@ void AddKeys(RightsFacts& facts)
     }
 }
 
+// Returns the SID of the account that the installer noted for the supervisor; empty if it noted none.
+std::string NotedAccount()
+{
+    std::wstring sid(256, L'\0');
+    auto size = static_cast<DWORD>(sid.size() * sizeof(wchar_t));
+    if (RegGetValueW(HKEY_LOCAL_MACHINE,
+                     LR"(SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager)",
+                     L"Account", RRF_RT_REG_SZ, nullptr, sid.data(), &size) != ERROR_SUCCESS) {
+        return {};
+    }
+    return Utf8(sid.c_str());
+}
+
 } // namespace
 
 RightsFacts GatherRightsFacts(const std::string& root, const std::vector<std::string>& programs)
 {
     RightsFacts facts;
     facts.administrators = TrustedAdministrators();
+    facts.supervisorSid = NotedAccount();
     const daemon_manager::SupervisorIdentity identity = daemon_manager::IdentifySupervisor();
     for (const daemon_manager::SupervisorProcess& process : identity.processes) {
         const std::string sid = Utf8(process.userSid);

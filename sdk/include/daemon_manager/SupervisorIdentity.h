@@ -46,9 +46,10 @@ struct SupervisorIdentity {
 /// - The installed program is DaemonManager.exe beside the registered DaemonMgrPS.dll, or else in the
 ///   folder that the installer noted. Both are read from HKEY_LOCAL_MACHINE only.
 /// - Expected users are the user of this process, Windows' service accounts, administrators with full
-///   rights, and the account that an administrator noted: its SID in the value "Account" of the
-///   registry key HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager. The
-///   installer writes no such value.
+///   rights, and the account that the installer or an administrator noted: its SID in the value
+///   "Account" of the registry key
+///   HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager. Only administrators can
+///   write there.
 /// Needs no COM. Any thread.
 /// @throws std::bad_alloc
 [[nodiscard]] SupervisorIdentity IdentifySupervisor();

@@ -84,6 +84,45 @@ BOOL WINAPI BreakOff(HANDLE, PROCESSENTRY32W*)
     return FALSE;
 }
 
+BOOL WINAPI AreOthers(PSID, PSID)
+{
+    return FALSE;
+}
+
+BOOL WINAPI IsNotWellKnown(PSID, WELL_KNOWN_SID_TYPE)
+{
+    return FALSE;
+}
+
+// The account that the installer notes. The destructor removes it, and the key if it was not there.
+class NotedAccount {
+public:
+    explicit NotedAccount(const std::wstring& sid)
+    {
+        HKEY key = nullptr;
+        existed_ = RegOpenKeyExW(HKEY_LOCAL_MACHINE, kKey, 0, KEY_READ, &key) == ERROR_SUCCESS;
+        RegCloseKey(key);
+        EXPECT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"Account", REG_SZ, sid.c_str(),
+                                  static_cast<DWORD>((sid.size() + 1) * sizeof(wchar_t))),
+                  ERROR_SUCCESS);
+    }
+    NotedAccount(const NotedAccount&) = delete;
+    NotedAccount& operator=(const NotedAccount&) = delete;
+    ~NotedAccount()
+    {
+        if (existed_) {
+            RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"Account");
+        } else {
+            RegDeleteKeyW(HKEY_LOCAL_MACHINE, kKey);
+        }
+    }
+
+private:
+    static constexpr const wchar_t* kKey =
+        L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\DaemonManager";
+    bool existed_ = false;
+};
+
 constexpr const char* kGuest = "process 7 runs C:\\FW\\DaemonManager.exe as PC\\guest, who is not "
                                "expected to run the supervisor";
 
@@ -191,6 +230,34 @@ TEST(SupervisorIdentity, A_process_is_found_by_its_name_and_judged_by_its_file)
     EXPECT_TRUE(found->expectedUser); // the user of this test
     EXPECT_NE(L"", found->user);
     EXPECT_NE(0U, found->created);
+}
+
+// The two patches make this test's own user somebody of whom nothing is known.
+TEST(SupervisorIdentity, An_account_is_expected_if_it_was_noted_for_the_machine)
+{
+    const TempFolder folder;
+    const std::string copy = folder.File("DaemonManager.exe");
+    std::filesystem::copy_file(TestProgram("no_windows"), copy);
+    const ChildProcess child("\"" + copy + "\"");
+    const ImportPatch equal("EqualSid", AreOthers);
+    const ImportPatch wellKnown("IsWellKnownSid", IsNotWellKnown);
+    const auto find = [&] {
+        for (const SupervisorProcess& process : IdentifySupervisor().processes) {
+            if (process.processId == child.Pid()) {
+                return process;
+            }
+        }
+        return SupervisorProcess{};
+    };
+    const SupervisorProcess unknown = find();
+    EXPECT_TRUE(unknown.userKnown);
+    EXPECT_FALSE(unknown.expectedUser);
+    {
+        const NotedAccount other(unknown.userSid + L"1");
+        EXPECT_FALSE(find().expectedUser);
+    }
+    const NotedAccount account(unknown.userSid);
+    EXPECT_TRUE(find().expectedUser);
 }
 
 } // namespace vqrx::test

@@ -102,6 +102,22 @@ TEST_F(RightsFactsTest, A_program_on_a_network_proves_nothing)
     EXPECT_THAT(facts.unjudged, ElementsAre(R"(\\server\share\worker.exe)"));
 }
 
+TEST_F(RightsFactsTest, The_account_that_was_noted_for_the_supervisor_may_write_the_log)
+{
+    constexpr const char* kParent = R"(SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall)";
+    constexpr const char* kKey =
+        R"(SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager)";
+    constexpr char kSid[] = "S-1-5-21-1-2-3-1001";
+    ASSERT_EQ(GatherRightsFacts("", {}).supervisorSid, "");
+    ASSERT_EQ(RegSetKeyValueA(HKEY_LOCAL_MACHINE, kKey, "Account", REG_SZ, kSid, sizeof kSid),
+              ERROR_SUCCESS);
+    EXPECT_EQ(GatherRightsFacts("", {}).supervisorSid, kSid);
+    HKEY parent = nullptr;
+    ASSERT_EQ(RegOpenKeyA(HKEY_LOCAL_MACHINE, kParent, &parent), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteKeyA(parent, "DaemonManager"), ERROR_SUCCESS);
+    RegCloseKey(parent);
+}
+
 TEST_F(RightsFactsTest, A_registry_key_without_an_access_list_is_found)
 {
     FirmwareRegistry registry;
