@@ -108,6 +108,28 @@ std::string BashList(const Words& words)
     return "'" + Joined(words, "", " ") + "'";
 }
 
+// Offers the daemon ids. When bash lists what it offers (COMP_TYPE 63, the code of "?"), each id has its
+// command beside it.
+std::string BashDaemons(const std::string& program, const std::string& commands)
+{
+    return commands.empty()
+               ? std::string()
+               : "    case \"$command$value\" in\n"
+                 "        " +
+                     commands +
+                     ")\n"
+                     "            local id what\n"
+                     "            while read -r id what; do\n"
+                     "                [[ $id == \"$word\"* ]] || continue\n"
+                     "                [ \"${COMP_TYPE:-9}\" = 63 ] && id=\"$id  ($what)\"\n"
+                     "                COMPREPLY+=(\"$id\")\n"
+                     "            done < <(" +
+                     program +
+                     " ps 2>/dev/null | awk 'NR == 1 { c = index($0, \"COMMAND\") }\n"
+                     "                $1 ~ /^[0-9]+$/ { print $1, substr($0, c) }') ;;\n"
+                     "    esac\n";
+}
+
 std::string PowerShellList(const Words& words)
 {
     return "@(" + Joined(words, "'", ", ") + ")";
@@ -152,14 +174,10 @@ std::string BashCompletion(const CLI::App& app)
            commands +
            "    esac\n"
            "    case \"$command $previous\" in\n" +
-           values + "    esac\n" +
-           (ids.empty() ? std::string()
-                        : "    case \"$command$value\" in\n"
-                          "        " +
-                              ids + ") words=\"$words $(" + program +
-                              " ps 2>/dev/null | sed -n 's/^ *\\([0-9][0-9]*\\) .*/\\1/p')\" ;;\n"
-                              "    esac\n") +
-           "    COMPREPLY=($(compgen -W \"$words\" -- \"$word\"))\n"
+           values +
+           "    esac\n"
+           "    COMPREPLY=($(compgen -W \"$words\" -- \"$word\"))\n" +
+           BashDaemons(program, ids) +
            "}\n"
            "complete -o default -F _" +
            program + " " + program + " " + program + ".exe\n";
@@ -169,8 +187,12 @@ std::string PowerShellCompletion(const CLI::App& app)
 {
     const std::string& program = app.get_name();
     std::string commands;
+    Words daemonCommands;
     std::string values;
     for (const Command& command : DescribeCommands(app)) {
+        if (command.takesDaemonId) {
+            daemonCommands.push_back(command.name);
+        }
         commands += "        '" + command.name + "' = " + PowerShellList(command.words) + "\n";
         for (const auto& [option, allowed] : command.values) {
             values +=
@@ -198,12 +220,27 @@ std::string PowerShellCompletion(const CLI::App& app)
            "    $values = @{\n" +
            values +
            "    }\n"
+           "    $withDaemons = " +
+           PowerShellList(daemonCommands) +
+           "\n"
            "    $words = @($commandAst.CommandElements | ForEach-Object { $_.ToString() })\n"
            "    $before = if ($wordToComplete -eq '') { $words.Count } else { $words.Count - 1 }\n"
+           "    $option = \"$($words[1]) $($words[$before - 1])\"\n"
            "    $found = if ($before -le 1) { $top }\n"
-           "        elseif ($values.ContainsKey(\"$($words[1]) $($words[$before - 1])\")) {\n"
-           "            $values[\"$($words[1]) $($words[$before - 1])\"]\n"
-           "        } else { $commands[$words[1]] }\n"
+           "        elseif ($values.ContainsKey($option)) { $values[$option] }\n"
+           "        else { $commands[$words[1]] }\n"
+           "    if ($before -gt 1 -and $withDaemons -contains $words[1] -and\n"
+           "        -not $values.ContainsKey($option)) {\n"
+           "        foreach ($daemon in (& " +
+           program +
+           " ps --json 2>$null | ConvertFrom-Json).daemons) {\n"
+           "            $id = \"$($daemon.id)\"\n"
+           "            if ($id -ne '' -and $id -like \"$wordToComplete*\") {\n"
+           "                [System.Management.Automation.CompletionResult]::new($id,\n"
+           "                    \"$id  ($($daemon.command))\", 'ParameterValue', $daemon.command)\n"
+           "            }\n"
+           "        }\n"
+           "    }\n"
            "    $found | Where-Object { $_ -like \"$wordToComplete*\" } | ForEach-Object {\n"
            "        [System.Management.Automation.CompletionResult]::new($_, $_, 'ParameterValue', $_)\n"
            "    }\n"

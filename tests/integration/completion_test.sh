@@ -15,7 +15,7 @@ fi
 # shellcheck disable=SC1090
 source "$script" || exit 1
 # Stands for the listing of daemonctl, from which the function takes the ids.
-daemonctl() { printf 'ID  STATE\n 3  running\n14  running\n -  running\n'; }
+daemonctl() { printf 'ID  STATE    COMMAND\n 3  running  C:\\a.exe --in 1\n14  running  C:\\b c.exe\n -  running  C:\\d.exe\n'; }
 
 failures=0
 expect() { # OFFERED_WORDS TYPED_WORD...: the last typed word is to be completed
@@ -44,4 +44,7 @@ expect '--prune' doctor --p
 expect '' wait 3 --timeout ''
 expect 'always' log --color al
 expect 'auto ansi windows-1252 utf-8' log --encoding ''
+COMP_TYPE=63 # bash lists what it offers
+expect '3  (C:\a.exe --in 1)' stop 3
+expect '14  (C:\b c.exe)' detach 1
 exit $((failures != 0))

@@ -43,7 +43,8 @@ TEST(BashCompletion, offers_the_commands_their_options_and_values)
     ExpectIn(script, "        'wait --for') words='running ended'; value=1 ;;\n");
     ExpectIn(script, "        'await --for') words='running ended'; value=1 ;;\n");
     ExpectIn(script, "        'wait --timeout') words=''; value=1 ;;\n");
-    ExpectIn(script, "        wait|await) words=\"$words $(prog ps 2>/dev/null");
+    ExpectIn(script, "        wait|await)\n            local id what\n");
+    ExpectIn(script, "< <(prog ps 2>/dev/null");
     ExpectIn(script, "complete -o default -F _prog prog prog.exe\n");
     EXPECT_EQ(script.find('\r'), std::string::npos);
 }
@@ -57,6 +58,8 @@ TEST(PowerShellCompletion, offers_the_commands_their_options_and_values)
     ExpectIn(script, "        'help' = @('wait', 'completion')\n");
     ExpectIn(script, "        'wait --for' = @('running', 'ended')\n");
     ExpectIn(script, "        'wait --timeout' = @()\n");
+    ExpectIn(script, "    $withDaemons = @('wait', 'await')\n");
+    ExpectIn(script, "(& prog ps --json 2>$null");
     ExpectIn(script, "-CommandName prog, prog.exe ");
 }
 
