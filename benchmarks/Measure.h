@@ -40,6 +40,7 @@ inline constexpr const char* kDaemonPath =
     "D:\\FIRMWARE\\App\\bin\\video_processing\\encoder_channel_07.exe";
 
 // Each function prints the samples of one round of its section.
+void ClientBench(const Settings& settings);
 void LoggerBench(const Settings& settings);
 void RingBench(const Settings& settings);
 void PassBench(const Settings& settings);

@@ -24,6 +24,7 @@ constexpr Section kSections[] = {
     {"text", vqrx::bench::TextBench, false},
     {"pass", vqrx::bench::PassBench, false},
     {"launch", vqrx::bench::LaunchBench, false},
+    {"client", vqrx::bench::ClientBench, false},
     {"files", vqrx::bench::FileBench, false},
     {"supervisor", vqrx::bench::SupervisorBench, true},
 };

@@ -231,7 +231,7 @@ def main():
     parser.add_argument("--work", default="build/bench",
                         help="Keep test files and samples in this folder (%(default)s)")
     parser.add_argument("sections", nargs="*",
-                        help="Measure only these sections: logger ring text pass launch files "
+                        help="Measure only these sections: logger ring text pass launch client files "
                         "supervisor")
     options = parser.parse_args()
     options.rounds = options.rounds or (1 if options.quick else 7)
