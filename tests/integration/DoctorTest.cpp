@@ -79,6 +79,7 @@ bool RightsOfProductAreSound()
 
 TEST(Doctor, Doctor_reports_failures_on_a_machine_without_an_installation)
 {
+    RequireNoService("MpsSvc");
     const FirmwareRegistry registry;
     const Answer answer = Daemonctl("doctor --json");
     EXPECT_EQ(answer.exitCode, 4U);

@@ -1,5 +1,9 @@
 #pragma once
 
+#if defined(_WIN32)
+#include <windows.h>
+#endif
+
 #include <filesystem>
 #include <string>
 
@@ -11,10 +15,12 @@ public:
     TempFolder()
     {
         static int counter = 0;
-        const auto stamp = std::filesystem::file_time_type::clock::now().time_since_epoch().count();
-        path_ = std::filesystem::temp_directory_path() /
-                ("dm_test_" + std::to_string(stamp) + "_" + std::to_string(++counter));
-        std::filesystem::create_directories(path_);
+        const std::filesystem::path parent = Parent();
+        do { // another program may take the same name at the same moment
+            const auto stamp =
+                std::filesystem::file_time_type::clock::now().time_since_epoch().count();
+            path_ = parent / ("dm_test_" + std::to_string(stamp) + "_" + std::to_string(++counter));
+        } while (!std::filesystem::create_directory(path_));
     }
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
@@ -32,6 +38,25 @@ public:
     }
 
 private:
+    // A firmware root ends before the first "\App", which the usual folder of Windows contains: then the
+    // root of its drive takes its place. A name such as ADMINI~1 becomes the long one, because other
+    // programs report the long one.
+    static std::filesystem::path Parent()
+    {
+        std::filesystem::path parent = std::filesystem::temp_directory_path();
+#if defined(_WIN32)
+        if (parent.wstring().find(L"\\App") != std::wstring::npos) {
+            return parent.root_path();
+        }
+        wchar_t longName[MAX_PATH] = {};
+        const DWORD length = GetLongPathNameW(parent.c_str(), longName, MAX_PATH);
+        if (length != 0 && length < MAX_PATH) {
+            parent = longName;
+        }
+#endif
+        return parent;
+    }
+
     std::filesystem::path path_;
 };
 

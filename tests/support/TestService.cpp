@@ -1,6 +1,7 @@
 #include "TestService.h"
 
 #include "ChildProcess.h"
+#include "HostRefusal.h"
 
 #include <stdexcept>
 
@@ -29,6 +30,9 @@ TestService::TestService(const std::string& name, DWORD type, DWORD startType, D
             return;
         }
         const DWORD error = GetLastError();
+        if (error == ERROR_SERVICE_EXISTS) {
+            throw HostRefusal("it has a service " + name + " of its own");
+        }
         // A deleted service keeps its name until the service manager notices the end of its
         // process.
         if (error != ERROR_SERVICE_MARKED_FOR_DELETE || GetTickCount64() > deadline) {
@@ -85,6 +89,16 @@ bool TestService::WaitForState(DWORD state) const
 DWORD TestService::ProcessId() const
 {
     return Status().dwProcessId;
+}
+
+void RequireNoService(const std::string& name)
+{
+    const system::win32::v1::UniqueServiceHandle manager(
+        OpenSCManagerA(nullptr, nullptr, SC_MANAGER_CONNECT));
+    if (system::win32::v1::UniqueServiceHandle(
+            OpenServiceA(manager.Get(), name.c_str(), SERVICE_QUERY_STATUS))) {
+        throw HostRefusal("it has a service " + name + " of its own");
+    }
 }
 
 } // namespace vqrx::test

@@ -16,6 +16,7 @@ public:
     /// @param holdEvent  the service stays start-pending until this event is signalled; empty for
     ///                   none
     /// @param pendingMs  after holdEvent the service stays start-pending for this many milliseconds
+    /// @throws HostRefusal  if the machine has a service of this name
     /// @throws std::runtime_error if the service cannot be created
     explicit TestService(const std::string& name, DWORD type = SERVICE_WIN32_OWN_PROCESS,
                          DWORD startType = SERVICE_DEMAND_START, DWORD pendingMs = 0,
@@ -38,5 +39,9 @@ private:
     system::win32::v1::UniqueServiceHandle manager_;
     system::win32::v1::UniqueServiceHandle service_;
 };
+
+/// For a test of a machine without a service of this name.
+/// @throws HostRefusal  if there is such a service, as the firewall service of Windows
+void RequireNoService(const std::string& name);
 
 } // namespace vqrx::test

@@ -3,6 +3,7 @@
 #include "WbemLocator.h"
 
 #include "ChildProcess.h"
+#include "HostRefusal.h"
 #include "HostWmi.h"
 #include "StandInFirewall.h"
 #include "code_page/CodePage.h"
@@ -29,6 +30,9 @@ UniqueRegistryKey Open(const std::wstring& name)
     UniqueRegistryKey key;
     const LSTATUS status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, name.c_str(), 0,
                                          KEY_QUERY_VALUE | KEY_SET_VALUE, key.Put());
+    if (status == ERROR_ACCESS_DENIED) {
+        throw HostRefusal("it does not let its COM classes be replaced");
+    }
     if (status != ERROR_SUCCESS) {
         throw std::runtime_error("cannot open a COM class: " + std::to_string(status));
     }

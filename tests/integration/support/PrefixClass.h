@@ -13,6 +13,7 @@ namespace vqrx::test {
 /// restores it even if a run was aborted.
 class PrefixClass {
 public:
+    /// @throws HostRefusal  if the machine protects its classes, as Windows does
     /// @throws std::runtime_error  if the registry cannot be read or written
     PrefixClass(REFCLSID classId, const std::wstring& library);
     PrefixClass(const PrefixClass&) = delete;
@@ -34,6 +35,7 @@ public:
     };
 
     /// Removes all rules of the stand-in firewall.
+    /// @throws HostRefusal  if the machine protects its classes, as Windows does
     /// @throws std::runtime_error  if the registry cannot be read or written
     explicit PrefixStandIns(Wmi wmi = Wmi::asComplete);
     PrefixStandIns(const PrefixStandIns&) = delete;

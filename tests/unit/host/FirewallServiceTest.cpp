@@ -118,6 +118,7 @@ TEST_F(FirewallServiceTest, Wait_fails_if_the_service_manager_cannot_be_opened)
 
 TEST_F(FirewallServiceTest, Wait_fails_without_a_firewall_service_and_logs_the_error)
 {
+    RequireNoService("MpsSvc");
     EXPECT_FALSE(Wait());
     EXPECT_EQ((Lines{{0, "Firewall: Could not open service (1060)"}}), logger_.Lines());
 }

@@ -270,6 +270,7 @@ TEST_F(FirewallTest, Rules_are_made_even_if_the_current_profile_cannot_be_read)
 
 TEST(FirewallWithoutServiceTest, Every_call_only_logs_that_the_firewall_is_not_available)
 {
+    RequireNoService("MpsSvc");
     CapturingLogger logger;
     Firewall firewall("vantoro_agent", &logger);
     EXPECT_EQ((Lines{{0, "Firewall: Could not open service (1060)"}}), logger.Lines());

@@ -3,6 +3,7 @@
 #include "file/FileOperations.h"
 
 #include "FilesFixture.h"
+#include "HostRefusal.h"
 #include "ImportPatch.h"
 #include "file/FileAttributes.h"
 
@@ -11,7 +12,7 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <stdexcept>
+#include <fstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,18 +34,27 @@ BOOL WINAPI NoteRemoval(LPCSTR path)
     return TRUE;
 }
 
+void MakeLink(const std::string& link, const std::string& target, DWORD flags)
+{
+    if (CreateSymbolicLinkA(link.c_str(), target.c_str(), flags) == FALSE ||
+        (GetFileAttributesA(link.c_str()) & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+        throw HostRefusal("no symbolic link can be made (error " + std::to_string(GetLastError()) +
+                          ")");
+    }
+}
+
 /// A folder "target" with the file "precious", and a folder "t" with the file "a" and links to both.
-/// The host makes them (make_links.sh), because Wine makes no links. Nothing is really removed:
-/// under Wine the system's functions remove the target of such a link, on Windows the link.
+/// The host of Wine makes them (make_links.sh), because Wine makes no links; on Windows the test itself
+/// does. Nothing is really removed: under Wine the system's functions remove the target of such a link,
+/// on Windows the link.
 class FileOperationsLinks : public testing::Test {
 protected:
     FileOperationsLinks()
     {
         const char* const folder = std::getenv("DM_LINKS");
-        if (folder == nullptr) {
-            throw std::runtime_error("run by ctest, which makes the links");
-        }
-        folder_ = File(fs::path(folder).make_preferred().string()).Path() + "\\";
+        folder_ = File(folder != nullptr ? fs::path(folder).make_preferred().string() : MadeHere())
+                      .Path() +
+                  "\\";
         removed.clear();
         EXPECT_TRUE(IsLink(In("t\\link")));
         EXPECT_EQ(FileKind::file, KindOf(In("t\\link\\precious")));
@@ -53,6 +63,19 @@ protected:
 
     File In(const std::string& name) const { return File(folder_ + name); }
 
+    std::string MadeHere() const
+    {
+        const std::string target = own_.File("target");
+        fs::create_directory(target);
+        fs::create_directory(own_.Path() / "t");
+        std::ofstream(fs::path(target) / "precious") << "x";
+        std::ofstream(own_.Path() / "t/a") << "x";
+        MakeLink(own_.File("t\\link"), target, SYMBOLIC_LINK_FLAG_DIRECTORY);
+        MakeLink(own_.File("t\\file_link"), target + "\\precious", 0);
+        return own_.Path().string();
+    }
+
+    const TempFolder own_;
     std::string folder_;
     ImportPatch removeDirectory_{"RemoveDirectoryA", NoteRemoval};
     ImportPatch deleteFile_{"DeleteFileA", NoteRemoval};

@@ -3,12 +3,15 @@
 #include "file/DirectoryListing.h"
 #include "file/FileOperations.h"
 
+#include "HostRefusal.h"
+#include "TempFolder.h"
+
 #include <gtest/gtest.h>
 
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
-#include <stdexcept>
+#include <fstream>
 #include <string>
 
 namespace vqrx::test {
@@ -16,20 +19,56 @@ namespace {
 
 using namespace system::file::v2;
 
-// The host makes these files (make_many_files.sh). To make them here would take long, because Wine
-// looks at every file of a folder for each new file, and at every level above for each new folder.
-std::string Made(const std::string& name)
-{
-    const char* folder = std::getenv("DM_MANY_FILES");
-    if (folder == nullptr) {
-        throw std::runtime_error("run by ctest, which makes the files");
+// Only the wide functions, with this prefix, accept very long paths.
+const std::wstring kLongPath = L"\\\\?\\";
+
+// A folder "many" with a hundred thousand empty files, and a folder "deep" with a thousand levels of
+// folders. The host of Wine makes them (make_many_files.sh): Wine looks at every file of a folder for each
+// new file, and at every level above for each new folder. On Windows the test itself makes them.
+class ManyFiles : public testing::Test {
+protected:
+    ~ManyFiles() override
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(kLongPath + own_.Path().wstring(), ignored);
     }
-    return (std::filesystem::path(folder).make_preferred() / name).string();
-}
+
+    std::string Made(const std::string& name)
+    {
+        if (const char* const folder = std::getenv("DM_MANY_FILES")) {
+            return (std::filesystem::path(folder).make_preferred() / name).string();
+        }
+        if (GetProcAddress(GetModuleHandleA("ntdll"), "wine_get_version") != nullptr) {
+            throw HostRefusal("Wine takes very long to make a hundred thousand files");
+        }
+        const std::string made = own_.File(name);
+        name == "many" ? MakeMany(made) : MakeDeep(made);
+        return made;
+    }
+
+private:
+    static void MakeMany(const std::string& folder)
+    {
+        std::filesystem::create_directory(folder);
+        for (int number = 1; number <= 100000; ++number) {
+            std::ofstream(folder + "\\" + std::to_string(number));
+        }
+    }
+    static void MakeDeep(const std::string& folder)
+    {
+        std::wstring path = kLongPath + std::wstring(folder.begin(), folder.end());
+        for (int level = 0; level <= 1000; ++level) {
+            CreateDirectoryW(path.c_str(), nullptr);
+            path += L"\\d";
+        }
+    }
+
+    const TempFolder own_;
+};
 
 } // namespace
 
-TEST(Files, A_folder_with_a_hundred_thousand_files_is_listed)
+TEST_F(ManyFiles, A_folder_with_a_hundred_thousand_files_is_listed)
 {
     const File many(Made("many"));
     std::size_t count = 0;
@@ -39,7 +78,7 @@ TEST(Files, A_folder_with_a_hundred_thousand_files_is_listed)
     EXPECT_FALSE(std::filesystem::exists(many.Path()));
 }
 
-TEST(Files, A_removal_fails_beyond_the_length_limit_and_leaves_the_rest)
+TEST_F(ManyFiles, A_removal_fails_beyond_the_length_limit_and_leaves_the_rest)
 {
     const std::string root = Made("deep");
     std::string failure;
@@ -50,8 +89,7 @@ TEST(Files, A_removal_fails_beyond_the_length_limit_and_leaves_the_rest)
     }
     EXPECT_EQ(0U, failure.find("could not enumerate the contents of [" + root + "\\d\\d"))
         << failure;
-    // Only the wide functions, with this prefix, accept such a long path.
-    std::wstring deepest = L"\\\\?\\" + std::wstring(root.begin(), root.end());
+    std::wstring deepest = kLongPath + std::wstring(root.begin(), root.end());
     for (int level = 0; level < 1000; ++level) {
         deepest += L"\\d";
     }
