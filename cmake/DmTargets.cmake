@@ -88,12 +88,22 @@ function(dm_unit_test name)
     if(ARG_LOCK AND NOT CMAKE_CROSSCOMPILING)
         set_tests_properties(${name} PROPERTIES RESOURCE_LOCK "${ARG_LOCK}")
     endif()
+    dm_label_test(${name} LOCK ${ARG_LOCK})
     if(ARG_LONG)
-        set_tests_properties(${name} PROPERTIES LABELS long)
+        set_property(TEST ${name} APPEND PROPERTY LABELS long)
     endif()
     if(ARG_SECONDS)
         set_tests_properties(${name} PROPERTIES COST ${ARG_SECONDS})
     endif()
+endfunction()
+
+# dm_label_test(NAME LOCK resource...): notes the locks of a test as labels, lock-rot and so on. The test kit
+# (tests/kit) reads them there: under Wine the locks themselves are not set.
+function(dm_label_test name)
+    cmake_parse_arguments(ARG "" "" "LOCK" ${ARGN})
+    foreach(lock ${ARG_LOCK})
+        set_property(TEST ${name} APPEND PROPERTY LABELS lock-${lock})
+    endforeach()
 endfunction()
 
 # dm_header_library(TARGET FOLDER): a header-only library from a Debian package, as an interface

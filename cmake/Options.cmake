@@ -4,6 +4,7 @@ option(DM_COVERAGE "Count which lines and branches the tests run (tools/coverage
 option(DM_PRODUCT_ONLY "Configure only what ./run needs: no tests, no packages, and none of their tools" OFF)
 option(DM_UNITY "Compile the sources of a folder as one: quicker, for builds that are only tested" OFF)
 option(DM_BENCH "Configure the benchmarks (needs tools/packages/bench); see ./bench" OFF)
+option(DM_KIT "Add the benchmarks to the tests, for the test kit (tests/kit)" OFF)
 option(DM_FUZZ "Build the fuzzers (clang) in place of the unit tests" OFF)
 set(DM_DEBUG_INFO 1 CACHE STRING "Debug information: 1 for lines in stack traces, 2 for variables too")
 

@@ -1,0 +1,272 @@
+#include "KitSession.h"
+
+#include "Journal.h"
+#include "KitProcesses.h"
+#include "MachineFacts.h"
+#include "RegistryText.h"
+#include "StopRequest.h"
+#include "TestRun.h"
+#include "Undo.h"
+
+#include "AtomicFile.h"
+#include "ProcessList.h"
+#include "Utf8.h"
+#include "com/ComApartment.h"
+
+#include <windows.h>
+
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <stdexcept>
+#include <utility>
+
+namespace vqrx::kit {
+namespace {
+
+namespace fs = std::filesystem;
+using client::v0::Utf8;
+
+constexpr int kInterrupted = 130;
+
+fs::path OwnFolder()
+{
+    std::wstring path(32768, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return fs::path(path).parent_path();
+}
+
+std::string ContentOfFile(const fs::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        throw std::runtime_error(Utf8(path.wstring()) +
+                                 " is missing: unpack the whole ZIP and start run-tests.exe there");
+    }
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// One run of the kit.
+class Session {
+public:
+    explicit Session(const Options& options)
+        : options_(options)
+        , folder_(OwnFolder())
+        , folderText_(Utf8(folder_.wstring()))
+        , journalFile_(folder_ / "undo.json")
+    {
+    }
+
+    int Run();
+
+private:
+    void RefuseUnfitMachine() const;
+    void PutBackFormerRun();
+    void ChoosePrograms();
+    [[nodiscard]] bool IsAllowed() const;
+    void RunPrograms();
+    void PutBack();
+    void WriteReports() const;
+    [[nodiscard]] int ShowResult() const;
+
+    Options options_;
+    fs::path folder_;
+    std::string folderText_;
+    fs::path journalFile_;
+    Journal journal_;
+    std::vector<TestProgram> programs_;
+    RunReport report_;
+};
+
+int Session::Run()
+{
+    const system::com::v1::ComApartment apartment;
+    // A crashed program must end, not wait for an answer to a box. The programs inherit this mode.
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
+    const OneAtATime alone;
+    PutBackFormerRun();
+    if (options_.undo) {
+        std::cout << "Nothing more is to be put back." << std::endl;
+        return report_.leftOver.empty() ? 0 : 1;
+    }
+    ChoosePrograms();
+    RefuseUnfitMachine();
+    report_.begin = LocalTimeText();
+    report_.facts = GatherMachineFacts(folderText_);
+    for (const Fact& fact : report_.facts) {
+        std::cout << fact.name << ": " << fact.value << "\n";
+    }
+    if (!IsAllowed()) {
+        std::cout << "Nothing was run." << std::endl;
+        return 2;
+    }
+    RunPrograms();
+    WriteReports();
+    return ShowResult();
+}
+
+void Session::RefuseUnfitMachine() const
+{
+    if (const std::string objection = ObjectionTo(folderText_); !objection.empty()) {
+        throw std::runtime_error("the tests cannot run in " + folderText_ + ": " + objection +
+                                 ". Unpack the ZIP again, for example to C:\\kit");
+    }
+    for (const auto& process : client::v0::ProcessesOfImage(L"DaemonManager.exe")) {
+        throw std::runtime_error("a supervisor runs on this machine (process " +
+                                 std::to_string(process.processId) + ", " + process.path +
+                                 "). Use a machine without one: the tests would disturb it");
+    }
+    for (const char* key :
+         {R"(SOFTWARE\UnitWarden\CurrentVersion)", R"(SOFTWARE\VANTORO_QRX\CurrentVersion)"}) {
+        if (const std::string root = MachineText(key, "Pathname", ""); !root.empty()) {
+            throw std::runtime_error("an installation was found on this machine (" + root +
+                                     "). Use a machine without one: the tests would disturb it");
+        }
+    }
+}
+
+void Session::PutBackFormerRun()
+{
+    if (fs::exists(journalFile_)) {
+        std::cout << "The last run did not end in order. Putting back what it has changed ..."
+                  << std::endl;
+        journal_ = ReadJournal(ContentOfFile(journalFile_));
+        PutBack();
+    }
+}
+
+void Session::ChoosePrograms()
+{
+    Manifest manifest = ReadManifest(ContentOfFile(folder_ / "manifest.json"));
+    report_.version = manifest.version;
+    report_.commit = manifest.commit;
+    report_.notInKit = manifest.notInKit;
+    const bool administrator = IsAdministrator();
+    for (TestProgram& program : Chosen(manifest, options_)) {
+        if (administrator || !NeedsAdministrator(program)) {
+            programs_.push_back(std::move(program));
+            continue;
+        }
+        ProgramOutcome outcome;
+        outcome.name = program.name;
+        outcome.reason = "needs the rights of an administrator";
+        report_.programs.push_back(outcome);
+    }
+}
+
+bool Session::IsAllowed() const
+{
+    std::cout << "\nThis tests DaemonManager " << report_.version
+              << " on this machine: " << programs_.size() << " programs, about ten minutes.\n";
+    if (!report_.programs.empty()) {
+        std::cout << report_.programs.size()
+                  << " more programs are left out: they need the rights of an administrator.\n";
+    }
+    std::cout << "The tests change the machine, and put back at the end:\n"
+                 "  the registration of DaemonMgrPS.dll, and registry keys that name the firmware "
+                 "root or switch error boxes off;\n"
+                 "  Windows services with programs of this folder;\n"
+                 "  firewall rules for programs of this folder.\n"
+                 "They start and end many processes. Ctrl+C stops the tests and puts everything "
+                 "back.\n";
+    if (options_.yes) {
+        return true;
+    }
+    std::cout << "Continue? [y/N] " << std::flush;
+    std::string answer;
+    std::getline(std::cin, answer);
+    return answer == "y" || answer == "Y" || answer == "yes";
+}
+
+void Session::RunPrograms()
+{
+    const ULONGLONG begin = GetTickCount64();
+    const StopRequest stop;
+    journal_ = PresentState();
+    if (!client::v0::ReplaceContent(Utf8(journalFile_.wstring()), JournalText(journal_))) {
+        throw std::runtime_error(folderText_ + " cannot be written");
+    }
+    TestRun run(std::move(programs_), {folder_, options_.jobs, stop.Event()}, [this] {
+        for (const std::string& text : UndoChanges(journal_, folderText_).undone) {
+            report_.undone.push_back(text + " (after a test that did not pass)");
+        }
+    });
+    std::vector<ProgramOutcome> outcomes = run.Run();
+    report_.programs.insert(report_.programs.begin(), outcomes.begin(), outcomes.end());
+    report_.interrupted = stop.Requested();
+    PutBack();
+    report_.seconds = static_cast<double>(GetTickCount64() - begin) / 1000;
+}
+
+void Session::PutBack()
+{
+    const UndoResult result = UndoChanges(journal_, folderText_);
+    for (const std::string& text : result.undone) {
+        std::cout << "put back: " << text << "\n";
+        report_.undone.push_back(text);
+    }
+    report_.leftOver = result.leftOver;
+    if (!RemoveTree(folder_ / "work")) {
+        report_.leftOver.push_back("folder " + folderText_ + "\\work");
+    }
+    for (const std::string& text : report_.leftOver) {
+        std::cout << "CANNOT BE PUT BACK: " << text << "\n";
+    }
+    if (report_.leftOver.empty()) {
+        std::error_code ignored;
+        fs::remove(journalFile_, ignored); // else the next start tries again
+    }
+}
+
+void Session::WriteReports() const
+{
+    std::error_code ignored;
+    fs::create_directories(folder_ / "report", ignored);
+    const std::string folder = folderText_ + "\\report\\";
+    for (const auto& [name, content] : {std::pair{"report.html", ReportAsHtml(report_)},
+                                        std::pair{"report.json", ReportAsJson(report_)},
+                                        std::pair{"junit.xml", ReportAsJUnit(report_)}}) {
+        if (!client::v0::ReplaceContent(folder + name, content)) {
+            throw std::runtime_error(folder + name + " cannot be written");
+        }
+    }
+}
+
+int Session::ShowResult() const
+{
+    const Counts programs = CountPrograms(report_);
+    const Counts cases = CountCases(report_);
+    std::cout << "\n"
+              << programs.passed << " programs passed (" << cases.passed << " cases), "
+              << programs.failed << " failed (" << cases.failed << " cases), "
+              << programs.notPossible << " not possible on this machine (" << cases.notPossible
+              << " cases), " << programs.leftOut << " left out.\nThe report: " << folderText_
+              << "\\report\\report.html" << std::endl;
+    if (report_.interrupted) {
+        return kInterrupted;
+    }
+    return IsGreen(report_) ? 0 : 1;
+}
+
+} // namespace
+
+int RunKit(const Options& options)
+{
+    const int exitCode = Session(options).Run();
+    if (!options.yes) {
+        WaitForKeyOfOwnConsole();
+    }
+    return exitCode;
+}
+
+void WaitForKeyOfOwnConsole()
+{
+    DWORD processes[2] = {};
+    if (GetConsoleProcessList(processes, 2) == 1) {
+        std::cout << "\nPress Enter to close this window." << std::flush;
+        std::string line;
+        std::getline(std::cin, line);
+    }
+}
+
+} // namespace vqrx::kit

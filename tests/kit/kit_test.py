@@ -1,0 +1,144 @@
+"""Tests the test kit with a few small programs: in a folder far from the repository, in a Wine prefix of its
+own. Afterwards nothing may be left: the drive and the registry are compared before and after.
+"""
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+import xml.etree.ElementTree
+
+SOURCE = pathlib.Path(os.environ["DM_SOURCE"])
+sys.path.insert(0, str(SOURCE / "tests/package"))
+
+import windows_machine as machine  # noqa: E402
+
+BUILD = pathlib.Path(os.environ["DM_BUILD"])
+# Registry, services and child programs.
+SMALL = ["unit_cpp_utils", "unit_system_installation", "unit_daemonctl_process_windows"]
+ROOT_KEY = r"HKLM\SOFTWARE\UnitWarden\CurrentVersion"
+
+
+def pack(folder):
+    """Makes a kit of the small programs. @return its folder"""
+    subprocess.run([sys.executable, "-B", SOURCE / "tests/kit/pack.py", "--build", BUILD, "--output", folder,
+                    "--version", os.environ["DM_VERSION"], "--strip", os.environ["DM_STRIP"],
+                    "--no-zip", "--only", *SMALL], check=True)
+    return next(pathlib.Path(folder).iterdir()).rename(pathlib.Path(folder) / "kit")
+
+
+class Kit(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.temporary = tempfile.TemporaryDirectory()
+        cls.folder = pack(cls.temporary.name)
+        cls.runner = machine.windows_path(cls.folder / "run-tests.exe")
+        cls.manifest = json.loads((cls.folder / "manifest.json").read_text(encoding="utf-8"))
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.temporary.cleanup()
+
+    def setUp(self):
+        (self.folder / "manifest.json").write_text(json.dumps(self.manifest), encoding="utf-8")
+        shutil.rmtree(self.folder / "report", ignore_errors=True)
+        self.before = machine.snapshot()
+
+    def tearDown(self):
+        for program in ("run-tests.exe", *SMALL):
+            machine.end_processes(program)
+
+    def report(self):
+        return json.loads((self.folder / "report/report.json").read_text(encoding="utf-8"))
+
+    def use(self, *programs):
+        """Replaces the programs of the kit: (name, program, arguments, limit in seconds)."""
+        entries = [{"name": name, "program": program, "arguments": arguments, "locks": [],
+                    "timeoutSeconds": limit, "cost": 0, "takesLong": False, "googleTest": False}
+                   for name, program, arguments, limit in programs]
+        (self.folder / "manifest.json").write_text(
+            json.dumps({**self.manifest, "programs": entries}), encoding="utf-8")
+
+    def expect_nothing_left(self):
+        after = machine.snapshot()
+        changed = {name for name in self.before.keys() | after.keys()
+                   if self.before.get(name) != after.get(name)}
+        self.assertEqual(changed, set())
+        self.assertFalse((self.folder / "work").exists())
+        self.assertFalse((self.folder / "undo.json").exists())
+
+    def test_green_report_and_nothing_left(self):
+        code, output = machine.call(self.runner, "--yes")
+        self.assertEqual(code, 0, output)
+        self.assertIn("3 programs passed", output)
+        report = self.report()
+        self.assertTrue(report["green"])
+        self.assertEqual(sorted(program["name"] for program in report["programs"]), sorted(SMALL))
+        self.assertTrue(all(program["cases"] for program in report["programs"]))
+        self.assertIn("Wine", report["facts"])
+        self.assertIn("integration_console", [test["name"] for test in report["notInKit"]])
+        suites = xml.etree.ElementTree.parse(self.folder / "report/junit.xml").getroot()
+        self.assertEqual(len(suites), len(SMALL))
+        page = (self.folder / "report/report.html").read_text(encoding="utf-8")
+        self.assertIn("3 programs passed", page)
+        self.expect_nothing_left()
+
+    def test_nothing_runs_without_a_yes(self):
+        code, output = machine.call(self.runner, text_input="n\n")
+        self.assertEqual(code, 2, output)
+        self.assertIn("Nothing was run.", output)
+        self.assertFalse((self.folder / "report").exists())
+        self.expect_nothing_left()
+
+    def test_failures_of_every_kind_are_reported(self):
+        self.use(("fails", r"tests\programs\exits_with.exe", ["3"], 60),
+                 ("hangs", r"tests\programs\no_windows.exe", [], 1),
+                 ("missing", r"tests\programs\there_is_none.exe", [], 60))
+        code, output = machine.call(self.runner, "--yes")
+        self.assertEqual(code, 1, output)
+        reasons = {program["name"]: program["reason"] for program in self.report()["programs"]}
+        self.assertEqual(reasons, {"fails": "ended with exit code 3",
+                                   "hangs": "did not end within its time limit and was ended",
+                                   "missing": "cannot be started: error 2"})
+        self.assertEqual(machine.processes("no_windows.exe"), set())
+        self.expect_nothing_left()
+
+    def test_a_killed_run_is_put_back_at_the_next_start(self):
+        self.use(("hangs", r"tests\programs\no_windows.exe", [], 600))
+        with machine.Background(self.runner, "--yes"):
+            machine.wait_until(lambda: machine.processes("no_windows.exe"), "the start of a program")
+            self.assertTrue((self.folder / "undo.json").exists())
+            machine.end_processes("run-tests.exe")
+            machine.wait_until(lambda: not machine.processes("no_windows.exe"), "the end of the program")
+        # What a killed test leaves: a key, and a service with a program of the kit.
+        machine.run("reg", "add", ROOT_KEY, "/v", "Pathname", "/d", r"C:\nowhere", "/f")
+        service = machine.windows_path(self.folder / r"tests/programs/test_service.exe")
+        machine.run("sc", "create", "dm_left_behind", f"binPath= {service} dm_left_behind")
+        code, output = machine.call(self.runner, "--undo")
+        self.assertEqual(code, 0, output)
+        self.assertIn("put back: service dm_left_behind", output)
+        self.assertIn(r"put back: registry key HKLM\SOFTWARE\UnitWarden", output)
+        self.assertIsNone(machine.registry(r"HKLM\SOFTWARE\UnitWarden"))
+        self.expect_nothing_left()
+
+    def test_an_installation_is_not_touched(self):
+        machine.run("reg", "add", ROOT_KEY, "/v", "Pathname", "/d", r"C:\FIRMWARE\App", "/f")
+        self.addCleanup(machine.run, "reg", "delete", r"HKLM\SOFTWARE\UnitWarden", "/f")
+        code, output = machine.call(self.runner, "--yes")
+        self.assertEqual(code, 2, output)
+        self.assertIn(r"an installation was found on this machine (C:\FIRMWARE\App)", output)
+
+
+def main():
+    subprocess.run([SOURCE / "tools/wine-prefix"], env=machine.ENVIRONMENT, check=True)
+    try:
+        return 0 if unittest.main(verbosity=2, exit=False).result.wasSuccessful() else 1
+    finally:
+        machine.stop()
+
+
+if __name__ == "__main__":
+    sys.exit(main())
