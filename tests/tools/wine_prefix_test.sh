@@ -4,9 +4,10 @@ set -uo pipefail
 tools=$(cd "$(dirname "$0")/../../tools" && pwd)
 pool=$(mktemp -d)
 unset WINEPREFIX
+pattern=${DM_WINE_POOL:-${1:?the pool whose pattern to use}}/pattern
 export DM_WINE_POOL=$pool
 trap '"$tools/wine-prefix" --stop; rm -rf "$pool"' EXIT
-ln -s "${1:?the pool whose pattern to use}/pattern" "$pool/pattern"
+ln -s "$pattern" "$pool/pattern"
 failed=0
 
 promise() { # TEXT CONDITION...

@@ -5,6 +5,7 @@ these files and the scripts that run it are the same byte for byte. Other tests 
 """
 import hashlib
 import json
+import os
 import pathlib
 
 RUNNERS = ("tools/wine-run", "tools/wine-prefix")
@@ -41,6 +42,7 @@ class Memory:
         if not files:
             return None
         digest = hashlib.sha256(json.dumps(test["command"]).encode())
+        digest.update(os.environ.get("DM_WINE_POOL", "").encode())  # of another Wine
         paths = [pathlib.Path(word) for word in (*test["command"], *files, *RUNNERS)]
         for path in sorted({path for path in paths if path.is_file()}):
             digest.update(self.digest(path))
