@@ -27,7 +27,9 @@ CaseResult ReadCase(const std::string& suite, const nlohmann::json& item)
         result.message += text + "\n";
         (IsRefusal(text) ? refused : failed) = true;
     }
-    if (failed) {
+    if (item.value("result", "") == "SKIPPED") {
+        result.verdict = Verdict::leftOut; // the set-up of its suite failed
+    } else if (failed) {
         result.verdict = Verdict::failed;
     } else if (refused) {
         result.verdict = Verdict::notPossible;
@@ -46,6 +48,17 @@ std::string LineWithRefusal(const std::string& output)
 {
     const std::size_t begin = output.find(test::kHostRefusal);
     return output.substr(begin, output.find_first_of("\"\r\n", begin) - begin);
+}
+
+// The failure of the set-up of a suite is in the output alone.
+void ExplainSkippedCases(ProgramOutcome& outcome)
+{
+    for (CaseResult& result : outcome.cases) {
+        if (result.verdict == Verdict::leftOut && IsRefusal(outcome.output)) {
+            result.verdict = Verdict::notPossible;
+            result.message = LineWithRefusal(outcome.output);
+        }
+    }
 }
 
 } // namespace
@@ -84,6 +97,7 @@ std::vector<CaseResult> ReadCases(std::string_view json)
 
 void Judge(ProgramOutcome& outcome, const ProgramEnd& end)
 {
+    ExplainSkippedCases(outcome);
     const std::size_t failed = CountCases(outcome, Verdict::failed);
     const std::size_t refused = CountCases(outcome, Verdict::notPossible);
     outcome.verdict = Verdict::failed;

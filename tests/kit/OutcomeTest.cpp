@@ -88,6 +88,20 @@ TEST(Outcome, A_refusal_before_the_first_case_is_read_from_the_output)
     EXPECT_EQ(outcome.reason, "not possible on this machine: no firewall");
 }
 
+TEST(Outcome, Cases_that_are_skipped_because_their_set_up_was_refused_are_not_possible)
+{
+    const char* const skipped = R"({"testsuites": [{"name": "Scene", "testsuite": [
+        {"name": "A", "status": "RUN", "result": "SKIPPED", "time": "0s"}]}]})";
+    const ProgramOutcome refused =
+        Judged(skipped, {false, false, 1}, "exception \"not possible on this machine: no\" thrown");
+    EXPECT_EQ(refused.verdict, Verdict::notPossible);
+    EXPECT_EQ(refused.cases.at(0).verdict, Verdict::notPossible);
+    EXPECT_EQ(refused.cases.at(0).message, "not possible on this machine: no");
+    const ProgramOutcome failed = Judged(skipped, {false, false, 1}, "another exception thrown");
+    EXPECT_EQ(failed.verdict, Verdict::failed);
+    EXPECT_EQ(failed.cases.at(0).verdict, Verdict::leftOut);
+}
+
 TEST(Outcome, A_crash_is_a_failure_with_its_exit_code)
 {
     const ProgramOutcome outcome = Judged("", {false, false, 3221225477U});

@@ -33,7 +33,7 @@ struct Counts {
     unsigned passed = 0;
     unsigned failed = 0;
     unsigned notPossible = 0;
-    unsigned leftOut = 0; ///< programs only
+    unsigned leftOut = 0;
 };
 
 /// Counts the programs by their verdicts.

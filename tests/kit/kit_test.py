@@ -5,6 +5,7 @@ import json
 import os
 import pathlib
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -36,6 +37,7 @@ class Kit(unittest.TestCase):
         cls.temporary = tempfile.TemporaryDirectory()
         cls.folder = pack(cls.temporary.name)
         cls.runner = machine.windows_path(cls.folder / "run-tests.exe")
+        cls.before = machine.snapshot()
         cls.manifest = json.loads((cls.folder / "manifest.json").read_text(encoding="utf-8"))
 
     @classmethod
@@ -45,7 +47,6 @@ class Kit(unittest.TestCase):
     def setUp(self):
         (self.folder / "manifest.json").write_text(json.dumps(self.manifest), encoding="utf-8")
         shutil.rmtree(self.folder / "report", ignore_errors=True)
-        self.before = machine.snapshot()
 
     def tearDown(self):
         for program in ("run-tests.exe", *SMALL):
@@ -91,7 +92,6 @@ class Kit(unittest.TestCase):
         self.assertEqual(code, 2, output)
         self.assertIn("Nothing was run.", output)
         self.assertFalse((self.folder / "report").exists())
-        self.expect_nothing_left()
 
     def test_failures_of_every_kind_are_reported(self):
         self.use(("fails", r"tests\programs\exits_with.exe", ["3"], 60),
@@ -104,7 +104,7 @@ class Kit(unittest.TestCase):
                                    "hangs": "did not end within its time limit and was ended",
                                    "missing": "cannot be started: error 2"})
         self.assertEqual(machine.processes("no_windows.exe"), set())
-        self.expect_nothing_left()
+        self.assertFalse((self.folder / "work").exists())
 
     def test_a_killed_run_is_put_back_at_the_next_start(self):
         self.use(("hangs", r"tests\programs\no_windows.exe", [], 600))
@@ -122,6 +122,21 @@ class Kit(unittest.TestCase):
         self.assertIn("put back: service dm_left_behind", output)
         self.assertIn(r"put back: registry key HKLM\SOFTWARE\UnitWarden", output)
         self.assertIsNone(machine.registry(r"HKLM\SOFTWARE\UnitWarden"))
+        self.expect_nothing_left()
+
+    def test_an_interrupt_stops_the_run_and_everything_is_put_back(self):
+        self.use(("hangs", r"tests\programs\no_windows.exe", [], 600),
+                 ("waits", r"tests\programs\exits_with.exe", ["0"], 60))
+        with machine.Background(self.runner, "--yes") as run:
+            machine.wait_until(lambda: machine.processes("no_windows.exe"), "the start of a program")
+            for process in machine.processes("run-tests.exe"):
+                os.kill(process, signal.SIGINT)
+            self.assertEqual(run.end(), 130, run.output())
+        report = self.report()
+        self.assertTrue(report["interrupted"])
+        self.assertEqual([program["reason"] for program in report["programs"]],
+                         ["the run was stopped while this program ran",
+                          "the run was stopped before this program"])
         self.expect_nothing_left()
 
     def test_an_installation_is_not_touched(self):

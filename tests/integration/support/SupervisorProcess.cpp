@@ -1,6 +1,7 @@
 #include "SupervisorProcess.h"
 
 #include "ChildProcess.h"
+#include "Wine.h"
 
 #include <objbase.h>
 
@@ -15,11 +16,6 @@ using system::com::v1::ComPtr;
 
 constexpr DWORD kDeadlineMs = 60000;
 constexpr DWORD kPollMs = 10;
-
-bool RunsUnderWine()
-{
-    return GetProcAddress(GetModuleHandleA("ntdll"), "wine_get_version") != nullptr;
-}
 
 } // namespace
 

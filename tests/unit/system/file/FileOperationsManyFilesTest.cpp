@@ -5,6 +5,7 @@
 
 #include "HostRefusal.h"
 #include "TempFolder.h"
+#include "Wine.h"
 
 #include <gtest/gtest.h>
 
@@ -38,7 +39,7 @@ protected:
         if (const char* const folder = std::getenv("DM_MANY_FILES")) {
             return (std::filesystem::path(folder).make_preferred() / name).string();
         }
-        if (GetProcAddress(GetModuleHandleA("ntdll"), "wine_get_version") != nullptr) {
+        if (RunsUnderWine()) {
             throw HostRefusal("Wine takes very long to make a hundred thousand files");
         }
         const std::string made = own_.File(name);

@@ -1,0 +1,111 @@
+#!/usr/bin/env python3
+"""Runs a whole test kit from its ZIP, as a stranger would: unpacked far from the repository, in a fresh Wine
+prefix, without the repository's tools in the path. Compares the drive, the registry and the processes before
+and after. By hand; it takes as long as all tests, one after another.
+
+  tests/kit/whole_kit.py ZIP                   run it
+  tests/kit/whole_kit.py ZIP --kill 10         kill the runner after 10 programs, then start it again
+  tests/kit/whole_kit.py ZIP -- --quick        options for run-tests.exe
+
+With another Wine: put its commands first in PATH (docs/dev/wine.md).
+"""
+import argparse
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import time
+import zipfile
+
+SOURCE = pathlib.Path(__file__).resolve().parents[2]
+LEFT = ("undo.json", "work")
+
+
+def prepare(folder, archive):
+    """Unpacks the kit and makes a prefix. @return the kit's folder"""
+    with zipfile.ZipFile(archive) as content:
+        content.extractall(folder)
+    kit = next(path for path in folder.iterdir() if path.is_dir())
+    kit = kit.rename(folder / "kit")
+    environment = {**os.environ, "WINEPREFIX": str(folder / "prefix"), "WINEDEBUG": "-all",
+                   "WINEDLLOVERRIDES": "mscoree=d;mshtml=d"}
+    quiet = {"env": environment, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL, "check": True}
+    subprocess.run(["wineboot", "-i"], **quiet)
+    # Wine needs a display or this setting, and must not wait for a debugger.
+    subprocess.run(["wine", "reg", "add", r"HKCU\Software\Wine\Drivers", "/v", "Graphics", "/d", "null",
+                    "/f"], **quiet)
+    subprocess.run(["wine", "reg", "add", r"HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug",
+                    "/v", "Debugger", "/d", "", "/f"], **quiet)
+    subprocess.run(["wineserver", "-k"], **quiet)
+    subprocess.run(["wineserver", "-w"], **quiet)
+    subprocess.run(["wineserver", "-p"], **quiet)
+    return kit
+
+
+def load_machine(prefix):
+    os.environ.update(WINEPREFIX=str(prefix), DM_SOURCE=str(SOURCE), DM_BUILD="/nowhere", WINEDEBUG="-all")
+    sys.path.insert(0, str(SOURCE / "tests/package"))
+    import windows_machine  # pylint: disable=import-outside-toplevel
+    return windows_machine
+
+
+def start(kit, machine, options):
+    output = open(kit.parent / "output.txt", "ab")
+    runner = machine.windows_path(kit / "run-tests.exe")
+    command = ["setarch", "-R", "wine", runner, "--yes", *options]
+    return subprocess.Popen(command, cwd=kit, stdin=subprocess.DEVNULL, stdout=output,
+                            stderr=subprocess.STDOUT)
+
+
+def text_of(kit):
+    return (kit.parent / "output.txt").read_text(encoding="utf-8", errors="replace")
+
+
+def kill_after(kit, machine, options, count):
+    process = start(kit, machine, options)
+    machine.DEADLINE = 1800
+    machine.wait_until(lambda: text_of(kit).count("\n[") >= count + 1, f"{count} programs")
+    machine.end_processes("run-tests.exe")
+    process.wait()
+    print(f"killed after {count} programs; left then: "
+          f"{[name for name in LEFT if (kit / name).exists()]}", flush=True)
+
+
+def programs_below(folder, machine):
+    return machine.processes(str(folder).replace("/", "\\"))
+
+
+def main():
+    arguments = argparse.ArgumentParser(description=__doc__,
+                                        formatter_class=argparse.RawDescriptionHelpFormatter)
+    arguments.add_argument("archive")
+    arguments.add_argument("--kill", type=int, metavar="N")
+    arguments.add_argument("options", nargs="*", help="for run-tests.exe")
+    options = arguments.parse_args()
+    folder = pathlib.Path(tempfile.mkdtemp(prefix="kit"))
+    kit = prepare(folder, options.archive)
+    machine = load_machine(folder / "prefix")
+    before = machine.snapshot()
+    begin = time.monotonic()
+    if options.kill:
+        kill_after(kit, machine, options.options, options.kill)
+    code = start(kit, machine, options.options).wait()
+    seconds = time.monotonic() - begin
+    after = machine.snapshot()
+    changed = sorted(name for name in before.keys() | after.keys() if before.get(name) != after.get(name))
+    left = [name for name in LEFT if (kit / name).exists()] + sorted(programs_below(kit, machine))
+    subprocess.run(["wineserver", "-k"], check=False)
+    print(text_of(kit))
+    report = json.loads((kit / "report/report.json").read_text(encoding="utf-8"))
+    print(f"exit code {code}, {seconds:.0f} s, green: {report['green']}; "
+          f"programs {report['countOfPrograms']}, cases {report['countOfCases']}")
+    print(f"undone: {report['undone']}")
+    print(f"changed on the drive and in the registry: {changed or 'nothing'}; left: {left or 'nothing'}")
+    print(f"all is in {folder}")
+    return 0 if code == 0 and not changed and not left else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
