@@ -107,6 +107,19 @@ std::string Details(const RunReport& report)
     return text.empty() ? text : "<h2>What did not pass</h2>\n" + text;
 }
 
+// Benchmarks and the endurance run print figures also when they pass.
+std::string Figures(const RunReport& report)
+{
+    std::string text;
+    for (const ProgramOutcome& program : report.programs) {
+        if (program.verdict == Verdict::passed && !program.output.empty()) {
+            text += "<details><summary>" + MarkupText(program.name) + "</summary>\n<pre>" +
+                    MarkupText(program.output) + "</pre></details>\n";
+        }
+    }
+    return text.empty() ? text : "<h2>Figures</h2>\n" + text;
+}
+
 std::string NotInKitTable(const RunReport& report)
 {
     if (report.notInKit.empty()) {
@@ -131,7 +144,7 @@ std::string ReportAsHtml(const RunReport& report)
            std::to_string(std::lround(report.seconds)) + " s. Built from commit " +
            MarkupText(report.commit) + ".</p>\n" +
            ListOf("Left over: please tell us", report.leftOver) + Facts(report) + Programs(report) +
-           Details(report) + NotInKitTable(report) +
+           Details(report) + Figures(report) + NotInKitTable(report) +
            ListOf("Put back after the tests", report.undone) + "</body></html>\n";
 }
 

@@ -131,6 +131,16 @@ TEST(Reports, The_page_shows_facts_results_and_what_did_not_pass)
         EXPECT_NE(page.find(text), std::string::npos) << text;
     }
     EXPECT_EQ(page.find("Left over"), std::string::npos);
+    EXPECT_EQ(page.find("Figures"), std::string::npos);
+}
+
+TEST(Reports, The_page_shows_the_figures_of_programs_that_passed)
+{
+    RunReport report = Example();
+    report.programs[0].output = "ring 0.8 us";
+    const std::string page = ReportAsHtml(report);
+    EXPECT_NE(page.find("<h2>Figures</h2>"), std::string::npos);
+    EXPECT_NE(page.find("ring 0.8 us"), std::string::npos);
 }
 
 } // namespace

@@ -28,6 +28,7 @@ constexpr const char* kTestCalls[] = {
     "GetFullPathNameA",
     "GetFullPathNameW",
     "GetHandleInformation",
+    "GetLongPathNameW",
     "GetModuleFileNameA",
     "GetProcessAffinityMask",
     "GetSystemTimeAdjustment",
