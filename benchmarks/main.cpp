@@ -19,14 +19,10 @@ struct Section {
 };
 
 constexpr Section kSections[] = {
-    {"logger", vqrx::bench::LoggerBench, false},
-    {"ring", vqrx::bench::RingBench, false},
-    {"text", vqrx::bench::TextBench, false},
-    {"pass", vqrx::bench::PassBench, false},
-    {"launch", vqrx::bench::LaunchBench, false},
-    {"client", vqrx::bench::ClientBench, false},
-    {"files", vqrx::bench::FileBench, false},
-    {"supervisor", vqrx::bench::SupervisorBench, true},
+    {"logger", vqrx::bench::LoggerBench, false}, {"ring", vqrx::bench::RingBench, false},
+    {"text", vqrx::bench::TextBench, false},     {"pass", vqrx::bench::PassBench, false},
+    {"launch", vqrx::bench::LaunchBench, false}, {"client", vqrx::bench::ClientBench, false},
+    {"files", vqrx::bench::FileBench, false},    {"supervisor", vqrx::bench::SupervisorBench, true},
 };
 
 } // namespace
