@@ -4,6 +4,7 @@
 #include "ConsoleReporter.h"
 #include "ExitCode.h"
 #include "FleetSource.h"
+#include "HandOverTrust.h"
 #include "PrintText.h"
 #include "Printable.h"
 #include "ThisMachine.h"
@@ -25,6 +26,7 @@ using daemon_manager::SupervisorClient;
 struct ApplyArguments {
     std::string file;
     ApplyOptions options;
+    bool trust = false;
 };
 
 // Prints the errors of the file's lines. @return whether there is none
@@ -76,6 +78,8 @@ void AddApplyCommand(CLI::App& app, int& exitCode)
                       "Also stop the daemons that the file does not name, attached ones too");
     command->add_flag("--dry-run", arguments->options.dryRun,
                       "Print what the command would do, and do nothing");
+    command->add_flag("--trust", arguments->trust,
+                      "Believe a fleet file that others than administrators may change");
     command->footer(
         "Examples:\n"
         "  daemonctl apply C:\\FW\\App\\fleet.txt --dry-run\n"
@@ -87,12 +91,18 @@ void AddApplyCommand(CLI::App& app, int& exitCode)
         "  recorder.exe\n"
         "A daemon with the program and exactly the arguments of a line stays as it is, whether it\n"
         "was launched or attached. If a line has a fault, nothing is done.\n"
+        "The supervisor starts the programs with its own rights. So an administrator's apply refuses\n"
+        "a file that others may change (--trust).\n"
         "Exit code 0: everything in the file is registered; 1: --dry-run, and something is to be\n"
         "done; 2: the file cannot be read or has a fault; 4: something failed.");
     command->callback([&exitCode, arguments] {
         const ExpectFile fleet = ReadFleetFile(arguments->file);
         if (!PrintErrors(arguments->file, fleet.errors)) {
             exitCode = kWrongUsage;
+            return;
+        }
+        if (!arguments->trust && !arguments->options.dryRun && !CanBelieveFleet(arguments->file)) {
+            exitCode = kRefused;
             return;
         }
         exitCode = WithSupervisorAndLog(

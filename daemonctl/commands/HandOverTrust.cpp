@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <iostream>
-#include <iterator>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -22,6 +21,23 @@ bool HasConsole()
     return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != FALSE;
 }
 
+// Prints who else than administrators and the supervisor's account may change the files. An empty path is
+// no file.
+bool AreSound(const std::vector<std::string>& files)
+{
+    bool sound = true;
+    for (const std::string& file : files) {
+        if (file.empty() || GetFileAttributesW(Wide(file).c_str()) == INVALID_FILE_ATTRIBUTES) {
+            continue; // whoever reads the file reports that
+        }
+        for (const std::string& weakness : WeaknessesOfSource(file)) {
+            std::cerr << "daemonctl: " << Printable(weakness) << std::endl;
+            sound = false;
+        }
+    }
+    return sound;
+}
+
 } // namespace
 
 bool CanBelieve(const std::vector<std::string>& files)
@@ -30,27 +46,31 @@ bool CanBelieve(const std::vector<std::string>& files)
         return true;
     }
     std::vector<std::string> sources{DefaultLogPath()};
-    std::copy_if(files.begin(), files.end(), std::back_inserter(sources),
-                 [](const std::string& file) { return !file.empty(); });
-    bool sound = true;
-    for (const std::string& source : sources) {
-        if (GetFileAttributesW(Wide(source).c_str()) == INVALID_FILE_ATTRIBUTES) {
-            continue; // whoever reads the source reports that
-        }
-        for (const std::string& weakness : WeaknessesOfSource(source)) {
-            std::cerr << "daemonctl: " << Printable(weakness) << std::endl;
-            sound = false;
-        }
+    sources.insert(sources.end(), files.begin(), files.end());
+    if (AreSound(sources)) {
+        return true;
     }
-    if (!sound) {
-        std::cerr
-            << "daemonctl: nothing was attached: others than administrators may have written "
-               "which processes to attach\n"
-               "  To see who may change a file: daemonctl rights FILE. To believe the files all the "
-               "same: daemonctl reattach --trust"
-            << std::endl;
+    std::cerr
+        << "daemonctl: nothing was attached: others than administrators may have written "
+           "which processes to attach\n"
+           "  To see who may change a file: daemonctl rights FILE. To believe the files all the "
+           "same: daemonctl reattach --trust"
+        << std::endl;
+    return false;
+}
+
+bool CanBelieveFleet(const std::string& file)
+{
+    if (!IsElevated() || AreSound({file})) {
+        return true;
     }
-    return sound;
+    std::cerr
+        << "daemonctl: nothing was done: others than administrators may have written which "
+           "programs to launch\n"
+           "  To see who may change a file: daemonctl rights FILE. To believe the file all the "
+           "same: daemonctl apply --trust"
+        << std::endl;
+    return false;
 }
 
 void AskAboutOutside(std::vector<FormerDaemon>& plan)

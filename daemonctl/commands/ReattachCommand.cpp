@@ -111,7 +111,7 @@ bool PrintDamagedLogs(const HandOverCount& count, const ReattachOptions& options
 int Reattach(SupervisorClient& supervisor, const ReattachOptions& options,
              const HandOverOptions& handOver)
 {
-    if (!options.trust && !CanBelieve({options.from, options.formerLog})) {
+    if (!options.trust && !CanBelieve({options.from, options.formerLog, options.fleet})) {
         return kRefused;
     }
     if (!options.noWait && !WaitForFormerSupervisor(options)) {

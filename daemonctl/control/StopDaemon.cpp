@@ -2,14 +2,19 @@
 
 #include "EndHeldProcess.h"
 #include "HeldProcess.h"
+#include "InstalledPaths.h"
 #include "Printable.h"
 #include "ProcessMatch.h"
 #include "ThisMachine.h"
+#include "TrustedSources.h"
 #include "WaitForLog.h"
 #include "WindowsService.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -39,6 +44,30 @@ try {
     return std::nullopt;
 }
 
+// Only the log says that a process belongs to a daemon, unless the supervisor has started it. So whoever
+// may write the log could choose which process an administrator ends.
+// @return why this process must not be ended; empty if it may
+std::string WhyNotToBelieveLog(std::uint32_t processId)
+{
+    if (!IsElevated()) {
+        return {};
+    }
+    const std::vector<std::string> weaknesses = WeaknessesOfSource(DefaultLogPath());
+    if (weaknesses.empty()) {
+        return {};
+    }
+    const std::vector<ProcessFacts> children = ChildrenOfSupervisor();
+    if (std::any_of(children.begin(), children.end(), [processId](const ProcessFacts& child) {
+            return child.processId == processId;
+        })) {
+        return {};
+    }
+    return Printable(weaknesses.front()) +
+           ", so somebody may have written the wrong process into the log. To end it all the same: "
+           "taskkill /f /pid " +
+           std::to_string(processId) + "; to mend the rights: daemonctl doctor";
+}
+
 // Ends the process of a daemon that has just been detached. @return whether it is gone
 bool EndDetached(const DaemonStatus& daemon, const Reporter& reporter)
 {
@@ -61,6 +90,11 @@ bool EndDetached(const DaemonStatus& daemon, const Reporter& reporter)
     if (fit != ProcessFit::same) {
         reporter.done(id + " stopped: " + process + " had ended already");
         return true;
+    }
+    const std::string doubt = WhyNotToBelieveLog(logged->processId);
+    if (!doubt.empty()) {
+        reporter.failed(id + " was detached, " + process + " runs on: " + doubt);
+        return false;
     }
     const EndedResult ended = EndHeldProcess(held, id + ", " + process, reporter);
     if (!ended.isGone) {
@@ -117,9 +151,12 @@ bool StopDaemon(SupervisorClient& supervisor, const DaemonStatus& daemon, Attach
 
 std::string WhyNotToEnd(const DaemonStatus& daemon)
 {
-    if (!daemon.service || !daemon.processId ||
-        !MayBeProcessOfService(daemon.command, *daemon.processId)) {
+    if (!daemon.processId) {
         return {};
+    }
+    if (!daemon.service || !MayBeProcessOfService(daemon.command, *daemon.processId)) {
+        const std::string doubt = WhyNotToBelieveLog(*daemon.processId);
+        return doubt.empty() ? doubt : NameOfDaemon(daemon) + ": " + doubt;
     }
     const std::string detach =
         daemon.id ? "daemonctl detach " + std::to_string(*daemon.id) + ", then " : std::string();

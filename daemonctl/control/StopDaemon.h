@@ -30,8 +30,11 @@ enum class AttachedProcess {
                               const DaemonStatus& daemon, AttachedProcess attached,
                               const Reporter& reporter);
 
-/// Finds out why daemonctl must not end the process of a daemon: it is that of a Windows service. If it
-/// ended by force, Windows would report a crash, and could start the service beside the supervisor.
+/// Finds out why daemonctl must not end the process of a daemon:
+/// - It is that of a Windows service. If it ended by force, Windows would report a crash, and could start
+///   the service beside the supervisor.
+/// - This process has the full rights of an administrator, others may change the log, and only the log
+///   says that the process is the daemon's: the supervisor has not started it.
 /// @return the reason with advice, one line; empty if the process may be ended. The program of
 ///         a service that the supervisor itself started may be ended
 [[nodiscard]] std::string WhyNotToEnd(const DaemonStatus& daemon);

@@ -1,6 +1,7 @@
 // daemonctl apply, with the real supervisor.
 #include "ChildProcess.h"
 #include "Daemonctl.h"
+#include "OpenToAll.h"
 #include "PrefixClass.h"
 #include "SupervisorProcess.h"
 #include "TestService.h"
@@ -43,6 +44,25 @@ protected:
     const std::string worker_ = TestProgram("no_windows");
     SupervisorProcess supervisor_;
 };
+
+// The supervisor starts what the file names with its own rights.
+TEST_F(Fleet, Apply_refuses_a_file_that_others_may_write)
+{
+    const std::string file = File(worker_ + " 1\r\n");
+    OpenToAll(file);
+    const Answer answer = Daemonctl("apply " + file);
+    EXPECT_EQ(answer.exitCode, 4U);
+    EXPECT_EQ(answer.output, "");
+    EXPECT_NE(answer.error.find("may write to " + file + "\n"), std::string::npos) << answer;
+    EXPECT_NE(answer.error.find("daemonctl: nothing was done: others than administrators may have "
+                                "written which programs to launch\n"),
+              std::string::npos)
+        << answer;
+    EXPECT_EQ(Commands(), Lines());
+    EXPECT_EQ(Daemonctl("apply --dry-run " + file).exitCode, 1U); // does nothing, so it may
+    EXPECT_EQ(Daemonctl("apply --trust " + file).exitCode, 0U);
+    EXPECT_NE(supervisor_.WaitForStart(0), 0U);
+}
 
 TEST_F(Fleet, Apply_launches_what_is_missing_and_a_second_apply_changes_nothing)
 {

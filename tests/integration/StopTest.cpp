@@ -1,6 +1,7 @@
 // daemonctl stop and restart, of launched and of attached daemons.
 #include "ChildProcess.h"
 #include "Daemonctl.h"
+#include "OpenToAll.h"
 #include "PrefixClass.h"
 #include "SupervisorProcess.h"
 #include "TestService.h"
@@ -102,6 +103,30 @@ TEST_F(Stop, ends_the_process_of_an_attached_daemon_in_the_steps_of_the_supervis
     for (const RingRecord& record : supervisor_.Log()) {
         EXPECT_FALSE(record.text.starts_with("Start ")) << record;
     }
+}
+
+// Only the log says which process an attached daemon has.
+TEST_F(Stop, ends_no_process_that_a_log_names_which_others_may_write)
+{
+    const ChildProcess child('"' + worker_ + "\" 1");
+    Attach(child);
+    const DWORD launched = Launch(worker_, "2");
+    OpenToAll(supervisor_.LogFile());
+    const Answer answer = Daemonctl("stop 0 --end");
+    EXPECT_EQ(answer.exitCode, 1U) << answer;
+    EXPECT_EQ(answer.output, "");
+    EXPECT_NE(answer.error.find("may write to " + supervisor_.LogFile() + ", so somebody may have"),
+              std::string::npos)
+        << answer;
+    EXPECT_NE(answer.error.find("taskkill /f /pid " + std::to_string(child.Pid())),
+              std::string::npos)
+        << answer;
+    EXPECT_EQ(Daemonctl("restart 0").exitCode, 1U);
+    EXPECT_TRUE(child.Running());
+    EXPECT_EQ(Listed(), 2U); // it is not detached either
+    // The supervisor has started the other process itself.
+    EXPECT_EQ(Daemonctl("restart 1").exitCode, 0U);
+    EXPECT_TRUE(WaitUntil([launched] { return !IsRunning(launched); }));
 }
 
 TEST_F(Stop, finds_the_process_that_an_attached_daemon_has_now)
