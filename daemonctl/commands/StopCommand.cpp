@@ -8,6 +8,7 @@
 #include "ProcessList.h"
 #include "RestartDaemon.h"
 #include "StopDaemon.h"
+#include "Target.h"
 #include "ThisMachine.h"
 #include "WaitForLog.h"
 #include "WithSupervisor.h"
@@ -45,17 +46,6 @@ struct RestartOptions {
     DaemonSelection selection;
     std::uint32_t timeoutSeconds = kRestartTimeoutSeconds;
 };
-
-CLI::Validator Target()
-{
-    return {[](const std::string& text) {
-                return IsTarget(text) ? std::string()
-                                      : "neither a daemon id nor the name of a program, such as "
-                                        "video.exe: " +
-                                            text;
-            },
-            "", "TARGET"};
-}
 
 // Asks the operator, on a terminal only. @return the answer; `leave` without a terminal
 AttachedProcess Ask(const DaemonStatus& daemon)

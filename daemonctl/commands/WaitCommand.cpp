@@ -1,22 +1,28 @@
 #include "Commands.h"
 
 #include "ConnectionChecks.h"
+#include "DaemonSelection.h"
 #include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "NamedValue.h"
+#include "Printable.h"
+#include "Target.h"
 #include "ThisMachine.h"
 #include "WaitCondition.h"
+#include "WaitForLog.h"
 #include "WatchDaemon.h"
 #include "WithSupervisor.h"
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <iostream>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -30,7 +36,8 @@ const std::map<std::string, WaitFor> kConditions = {
     {"running", WaitFor::running}, {"ended", WaitFor::ended}, {"restarted", WaitFor::restarted}};
 
 struct WaitOptions {
-    std::optional<std::uint32_t> id; // nothing for the conditions about the supervisor
+    std::string target;              // as typed; empty for the conditions about the supervisor
+    std::optional<std::uint32_t> id; // of the target, when it is known
     std::string condition = "running";
     std::uint32_t timeoutSeconds = 60;
 };
@@ -64,6 +71,27 @@ int PrintTimeout(const WaitOptions& options, const Observation& now)
     return kNothingToDo;
 }
 
+// Returns the ids of the daemons that the target means. Waits until there is one.
+std::vector<std::uint32_t> FindIds(const std::string& target, ULONGLONG deadline)
+{
+    if (IsDaemonId(target)) {
+        return {static_cast<std::uint32_t>(std::stoul(target))};
+    }
+    for (;;) {
+        const DaemonsNow now = ReadDaemonsOfRunning(ChildrenOfSupervisor());
+        std::vector<std::uint32_t> ids;
+        for (const DaemonStatus& daemon : SelectDaemons({{target}, false}, now.daemons).daemons) {
+            if (daemon.id) {
+                ids.push_back(*daemon.id);
+            }
+        }
+        if (!ids.empty() || GetTickCount64() >= deadline) {
+            return ids;
+        }
+        Sleep(kLookAgainMs);
+    }
+}
+
 int Wait(const WaitOptions& options)
 {
     const WaitFor what = kConditions.at(options.condition);
@@ -82,6 +110,32 @@ int Wait(const WaitOptions& options)
     }
     std::cerr << "daemonctl: the supervisor has ended" << std::endl;
     return kNoSupervisor;
+}
+
+int WaitForTarget(WaitOptions options)
+{
+    const ULONGLONG start = GetTickCount64();
+    const std::vector<std::uint32_t> ids =
+        FindIds(options.target, start + ULONGLONG{options.timeoutSeconds} * 1000);
+    if (ids.empty()) {
+        std::cerr << "daemonctl: no daemon with a known id runs " << Printable(options.target)
+                  << "\n  To see all daemons: daemonctl ps" << std::endl;
+        return kNothingToDo;
+    }
+    if (ids.size() > 1) {
+        std::cerr << "daemonctl: several daemons run " << Printable(options.target)
+                  << "; wait for one of these ids:";
+        for (const std::uint32_t id : ids) {
+            std::cerr << ' ' << id;
+        }
+        std::cerr << std::endl;
+        return kNothingToDo;
+    }
+    options.id = ids.front();
+    const ULONGLONG waited = (GetTickCount64() - start) / 1000;
+    options.timeoutSeconds -=
+        static_cast<std::uint32_t>(std::min<ULONGLONG>(waited, options.timeoutSeconds));
+    return Wait(options);
 }
 
 bool IsAboutSupervisor(const std::string& condition)
@@ -129,9 +183,9 @@ int WaitForSupervisor(const WaitOptions& options)
 //         has one
 void CheckWaitUsage(const WaitOptions& options)
 {
-    if (IsAboutSupervisor(options.condition) == options.id.has_value()) {
+    if (IsAboutSupervisor(options.condition) != options.target.empty()) {
         throw CLI::ValidationError("--for " + options.condition,
-                                   options.id ? "takes no daemon id" : "needs a daemon id");
+                                   options.target.empty() ? "needs a daemon" : "takes no daemon");
     }
 }
 
@@ -144,8 +198,10 @@ void AddWaitCommand(CLI::App& app, int& exitCode)
         app.add_subcommand("wait", "Wait until a daemon runs, has ended or was restarted, or until "
                                    "the supervisor runs or has ended");
     command
-        ->add_option("ID", options->id, "Daemon id, as ps shows it; none for the last two states")
-        ->transform(DecimalNumber());
+        ->add_option("ID", options->target,
+                     "Daemon id, as ps shows it, or the name of a program, such as video.exe; none "
+                     "for the last two states")
+        ->check(Target());
     command->add_option("--for", options->condition, "Wait for this state; default: running")
         ->transform(NamedValue<std::string>({{"running", "running"},
                                              {"ended", "ended"},
@@ -159,7 +215,7 @@ void AddWaitCommand(CLI::App& app, int& exitCode)
     command->footer(
         "Examples:\n"
         "  daemonctl wait 3 --for running --timeout 10\n"
-        "  daemonctl wait 3 --for restarted\n"
+        "  daemonctl wait video.exe --for restarted\n"
         "  daemonctl wait --for supervisor --timeout 300\n"
         "running: the daemon has a process.\n"
         "ended: the process that runs when the command begins has ended, even if the supervisor\n"
@@ -173,8 +229,8 @@ void AddWaitCommand(CLI::App& app, int& exitCode)
             exitCode = WaitForSupervisor(*options);
             return;
         }
-        exitCode =
-            WithSupervisorAndLog([&](daemon_manager::SupervisorClient&) { return Wait(*options); });
+        exitCode = WithSupervisorAndLog(
+            [&](daemon_manager::SupervisorClient&) { return WaitForTarget(*options); });
     });
 }
 

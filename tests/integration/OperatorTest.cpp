@@ -164,6 +164,17 @@ TEST(Operator, Wait_returns_when_a_daemon_runs_ends_or_restarts)
               (Answer{1, "",
                       "daemonctl: daemon 7 was not ended within 0 s: the log does not show "
                       "it\n"}));
+    EXPECT_EQ(Daemonctl("wait no_windows.exe --timeout 0"), answer);
+    EXPECT_EQ(Daemonctl("wait other.exe --timeout 0"),
+              (Answer{1, "",
+                      "daemonctl: no daemon with a known id runs other.exe\n"
+                      "  To see all daemons: daemonctl ps\n"}));
+    EXPECT_EQ(Daemonctl("launch \"" + TestProgram("no_windows") + "\" again").exitCode, 0U);
+    EXPECT_EQ(Daemonctl("wait 1 --timeout 20").exitCode, 0U);
+    EXPECT_EQ(Daemonctl("wait no_windows.exe --timeout 0"),
+              (Answer{1, "",
+                      "daemonctl: several daemons run no_windows.exe; wait for one of these ids: "
+                      "0 1\n"}));
     const CapturedProgram ended('"' + ProductProgram("daemonctl.exe") +
                                 "\" wait 0 --for ended --timeout 50");
     const CapturedProgram restarted('"' + ProductProgram("daemonctl.exe") +
