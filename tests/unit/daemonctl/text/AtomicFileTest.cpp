@@ -62,6 +62,22 @@ TEST(AtomicFile, does_not_write_to_a_file_beside_it)
     EXPECT_EQ(FilesBeside(path), 2);
 }
 
+#ifndef _WIN32 // Wine makes no links
+// Whoever may write in the folder may have put a link to somebody's file there.
+TEST(AtomicFile, replaces_a_link_and_leaves_the_file_to_which_it_leads)
+{
+    const TempFolder folder;
+    const std::string victim = folder.File("victim");
+    const std::string path = folder.File("a.prom");
+    std::ofstream(victim, std::ios::binary) << "mine";
+    std::filesystem::create_symlink(victim, path);
+    EXPECT_TRUE(client::v0::ReplaceContent(path, "one\n"));
+    EXPECT_EQ(Content(victim), "mine");
+    EXPECT_EQ(Content(path), "one\n");
+    EXPECT_FALSE(std::filesystem::is_symlink(path));
+}
+#endif
+
 TEST(AtomicFile, keeps_the_old_content_if_the_new_one_cannot_be_put_in_its_place)
 {
     const TempFolder folder;
