@@ -8,5 +8,6 @@ execute_process(
         --name ${CPACK_PACKAGE_FILE_NAME}
         --version ${CPACK_PACKAGE_VERSION}
         --strip ${CPACK_DM_STRIP}
-        --makensis ${CPACK_DM_MAKENSIS}
+        --setup ${CPACK_DM_SETUP}
+        "--sign=${CPACK_DM_SIGN}"
     COMMAND_ERROR_IS_FATAL ANY)

@@ -1,35 +1,36 @@
-"""Writes the bill of materials (CycloneDX 1.5): the programs and the libraries linked into them."""
+"""Writes the bill of materials (CycloneDX 1.5): the packages, each file in them, and the libraries that
+are linked into the programs."""
 import json
+import platform
 import subprocess
 import time
+import urllib.parse
 import uuid
 
-# Name in the bill, Debian package with the library, licence of the library, files that contain it.
-LIBRARIES = [
-    ("CLI11", "libcli11-dev", "BSD-3-Clause", ["daemonctl.exe"]),
-    ("nlohmann-json", "nlohmann-json3-dev", "MIT", ["daemonctl.exe"]),
-    ("libstdc++", "g++-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1",
-     ["DaemonManager.exe", "daemonctl.exe"]),
-    ("libgcc", "gcc-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1",
-     ["DaemonManager.exe", "daemonctl.exe", "DaemonMgrPS.dll"]),
-    ("libssp", "gcc-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1",
-     ["DaemonManager.exe", "daemonctl.exe"]),
-    ("winpthreads", "mingw-w64-x86-64-dev", "MIT AND BSD-3-Clause",
-     ["DaemonManager.exe", "daemonctl.exe"]),
-    ("mingw-w64-runtime", "mingw-w64-x86-64-dev", "ZPL-2.1",
-     ["DaemonManager.exe", "daemonctl.exe", "DaemonMgrPS.dll"]),
-    ("nsis", "nsis", "Zlib AND CPL-1.0", ["installer"]),
-]
-DESCRIPTIONS = {
+PROGRAMS = {
     "DaemonManager.exe": "The supervisor",
     "daemonctl.exe": "The operator's command line",
     "DaemonMgrPS.dll": "Carries calls of the supervisor's object between processes",
-    "sdk/src/SupervisorClient.cpp": "The client library, as source",
+    "Uninstall.exe": "The uninstaller; the installer is this program with files behind it",
 }
+SDK = "sdk/"
+ALL_CPP = ["DaemonManager.exe", "daemonctl.exe", "Uninstall.exe"]
+
+# Name in the bill, Debian package with the library, licence of the library, programs that contain it.
+LIBRARIES = [
+    ("CLI11", "libcli11-dev", "BSD-3-Clause", ["daemonctl.exe"]),
+    ("nlohmann-json", "nlohmann-json3-dev", "MIT", ["daemonctl.exe"]),
+    ("libstdc++", "g++-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1", ALL_CPP),
+    ("libgcc", "gcc-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1",
+     [*ALL_CPP, "DaemonMgrPS.dll"]),
+    ("libssp", "gcc-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1", ALL_CPP),
+    ("winpthreads", "mingw-w64-x86-64-dev", "MIT AND BSD-3-Clause", ALL_CPP),
+    ("mingw-w64-runtime", "mingw-w64-x86-64-dev", "ZPL-2.1", [*ALL_CPP, "DaemonMgrPS.dll"]),
+]
 
 
-def _debian_version(package):
-    return subprocess.run(["dpkg-query", "-W", "-f", "${Version}", package],
+def _debian_field(package, field):
+    return subprocess.run(["dpkg-query", "-W", "-f", f"${{{field}}}", package],
                           capture_output=True, text=True, check=True).stdout
 
 
@@ -39,31 +40,54 @@ def _upstream(debian_version):
 
 
 def _library(name, package, licence):
-    version = _debian_version(package)
+    version = _debian_field(package, "Version")
+    release = platform.freedesktop_os_release()
+    qualifiers = urllib.parse.urlencode({
+        "arch": _debian_field(package, "Architecture"),
+        "distro": f"{release['ID']}-{release.get('VERSION_ID', 'unstable')}",
+        "upstream": _debian_field(package, "source:Package"),
+    })
     return {
         "type": "library",
         "bom-ref": name,
         "name": name,
         "version": _upstream(version),
         "licenses": [{"expression": licence}],
-        "purl": f"pkg:deb/debian/{package}@{version.replace('+', '%2B')}",
+        "purl": f"pkg:deb/debian/{urllib.parse.quote(package, safe='')}"
+                f"@{urllib.parse.quote(version, safe='')}?{qualifiers}",
     }
 
 
-def write_sbom(target, version, when, hashes):
-    """@param hashes  SHA-256 of each file of the packages, by the name of the file"""
-    own = [{
-        "type": "application" if name.endswith(".exe") else "library",
+def _own(name, kind, version, digest, description=None):
+    component = {
+        "type": kind,
         "bom-ref": name,
         "name": name,
         "version": version,
-        "description": description,
-        "hashes": [{"alg": "SHA-256", "content": hashes[name]}],
-    } for name, description in DESCRIPTIONS.items()]
-    contains = {"installer": [], **{name: [] for name in DESCRIPTIONS}}
+        "hashes": [{"alg": "SHA-256", "content": digest}],
+    }
+    return component if description is None else {**component, "description": description}
+
+
+def _kind(name):
+    return "application" if name.endswith(".exe") else "library" if name.endswith(".dll") else "file"
+
+
+def write_sbom(target, version, when, files, packages):
+    """@param files     SHA-256 of each installed file, by its name
+    @param packages  SHA-256 of the installer and of the ZIP, by their names"""
+    own = [_own(name, _kind(name), version, digest, PROGRAMS.get(name))
+           for name, digest in sorted(files.items())]
+    sdk = {"type": "library", "bom-ref": "sdk", "name": "DaemonManagerSdk", "version": version,
+           "description": "The client library, as source"}
+    contains = {name: [] for name in files}
     for name, _, _, users in LIBRARIES:
         for user in users:
             contains[user].append(name)
+    contains["sdk"] = sorted(name for name in files if name.startswith(SDK))
+    for name in packages:
+        installed = set(files) - (set() if name.endswith(".exe") else {"Uninstall.exe"})
+        contains[name] = ["sdk", *sorted(file for file in installed if not file.startswith(SDK))]
     document = {
         "bomFormat": "CycloneDX",
         "specVersion": "1.5",
@@ -73,10 +97,10 @@ def write_sbom(target, version, when, hashes):
             "component": {"type": "application", "bom-ref": "DaemonManager",
                           "name": "DaemonManager", "version": version},
         },
-        "components": own + [{"type": "application", "bom-ref": "installer", "name": "installer",
-                              "version": version}] +
+        "components": [_own(name, "application" if name.endswith(".exe") else "file", version, digest)
+                       for name, digest in packages.items()] + own + [sdk] +
                       [_library(name, package, licence) for name, package, licence, _ in LIBRARIES],
-        "dependencies": [{"ref": "DaemonManager", "dependsOn": [*DESCRIPTIONS, "installer"]}] +
+        "dependencies": [{"ref": "DaemonManager", "dependsOn": list(packages)}] +
                         [{"ref": user, "dependsOn": used} for user, used in contains.items()],
     }
     # Equal content gets an equal serial number.

@@ -22,12 +22,14 @@ class Installation(InstallationTest):
             "supervisor", "com-security", "wmi", "daemons"})
         self.assertEqual(self.daemonctl("stop", "0"), (0, "daemon 0 stopped\n"))
         self.uninstall()
+        self.assertLessEqual(len(list(machine.host_path(self.folder).iterdir())), 1)
         self.assertIsNone(machine.registry(OWN_KEY))
         self.assertEqual(machine.processes("DaemonManager.exe"), set())
         after = machine.snapshot()
-        # Windows deletes the copy of the uninstaller at its next start. The first console on a
-        # machine stores its settings in the registry.
-        made_by_others = re.compile(r".*/Temp/~nsu[^/]*(/.*)?$|HKEY_CURRENT_USER\\Console$")
+        # The uninstaller runs in the folder of the programs: Windows deletes its file and the folder
+        # at its next start. The first console on a machine stores its settings in the registry.
+        made_by_others = re.compile(r".*/Program Files/DaemonManager(/~removed-[0-9a-f]{16}\.exe)?$"
+                                    r"|HKEY_CURRENT_USER\\Console$")
         changed = sorted(name for name in {*before, *after}
                          if before.get(name) != after.get(name) and not made_by_others.match(name))
         self.assertEqual(changed, [])

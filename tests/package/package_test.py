@@ -10,9 +10,12 @@ import unittest
 import packages
 import windows_machine as machine
 from installation_test import Installation  # noqa: F401
+from materials_test import Materials  # noqa: F401
 from packages_test import Packages  # noqa: F401
 from programs_test import Programs, UnprotectedProgram  # noqa: F401
 from replacement_test import Replacement  # noqa: F401
+from rights_test import Rights  # noqa: F401
+from signing_test import Signing  # noqa: F401
 
 
 def main():

@@ -19,10 +19,12 @@ IMPORTS = {
                       "oleaut32.dll", "shell32.dll", "user32.dll"],
     "DaemonMgrPS.dll": ["advapi32.dll", "kernel32.dll", "msvcrt.dll", "oleaut32.dll",
                         "rpcrt4.dll"],
+    "setup.exe": ["advapi32.dll", "kernel32.dll", "msvcrt.dll", "ntdll.dll", "ole32.dll",
+                  "shell32.dll", "user32.dll"],
 }
 
 # No function of DaemonMgrPS.dll has a buffer on the stack.
-WITH_STACK_PROTECTOR = ["DaemonManager.exe", "daemonctl.exe"]
+WITH_STACK_PROTECTOR = ["DaemonManager.exe", "daemonctl.exe", "setup.exe"]
 
 COMPILER = "x86_64-w64-mingw32-g++-posix"
 SOURCE_WITH_BUFFER = """
@@ -40,7 +42,10 @@ class Programs(unittest.TestCase):
     def setUp(self):
         archive = zipfile.ZipFile(packages.OUTPUT / f"{packages.NAME}.zip")
         self.addCleanup(archive.close)
-        self.programs = {name: archive.read(f"{packages.NAME}/{name}") for name in IMPORTS}
+        self.programs = {name: archive.read(f"{packages.NAME}/{name}") for name in IMPORTS
+                         if name != "setup.exe"}
+        # The uninstaller is the same program, without files at its end.
+        self.programs["setup.exe"] = (packages.OUTPUT / f"{packages.NAME}-setup.exe").read_bytes()
 
     def test_every_program_imports_the_listed_libraries_and_no_others(self):
         for name, content in self.programs.items():

@@ -43,6 +43,13 @@ MAY_INCLUDE = {
     "daemonctl/commands": ("daemonctl/control", "daemonctl/daemons", "daemonctl/doctor",
                            "daemonctl/event_log", "daemonctl/report", "daemonctl/output", "daemonctl/rights", "sdk"),
     "daemonctl": ("daemonctl/commands",),
+    # The installer, from the bottom to the top.
+    "setup/plan": (),
+    "setup/machine": ("setup/plan", "daemonctl/rights", "daemonctl/process", "src/cpp_utils",
+                      "src/system/installation"),
+    "setup/work": ("setup/machine", "sdk"),
+    "setup/window": ("setup/work",),
+    "setup": ("setup/window",),
 }
 
 # Test files without a source of their name, and folders of sources without a folder of tests:
@@ -50,6 +57,9 @@ MAY_INCLUDE = {
 NOT_MIRRORED = {
     "daemonctl": "holds only the main functions; the integration tests run the programs",
     "tests/unit/sdk/ArgumentRulesRandomTest.cpp": "tests a source of sdk, which lies beside src",
+    "setup": "holds only the main function; the tests of the packages run the program",
+    "setup/window": "the tests of the packages run the program",
+    "setup/work": "the tests of the packages run the program",
     "tests/unit/sdk/ArgumentRulesTest.cpp": "tests a source of sdk, which lies beside src",
     "tests/unit/sdk/ComApartmentTest.cpp": "tests a header of sdk, which lies beside src",
     "tests/unit/sdk/SupervisorClientTest.cpp": "tests a source of sdk, which lies beside src",
@@ -117,6 +127,9 @@ TESTED_BY = {
     "daemonctl/report/ReportTable.cpp": "tests/unit/daemonctl/report/ReportHtmlTest.cpp",
     "daemonctl/text/TextFile.cpp": "tests/integration/UpgradeTest.cpp",
     "daemonctl/text/Utf8.cpp": "tests/unit/daemonctl/text/TextEncodingTest.cpp",
+    "setup/machine/FormerProcess.cpp": "tests/unit/setup/machine/LikeStartTest.cpp",
+    "setup/machine/ProxyRegistration.cpp": "tests/package/installation_test.py",
+    "setup/machine/RandomName.cpp": "tests/unit/setup/machine/FileSwapTest.cpp",
     "src/app/main.cpp": "tests/integration/StartUpTest.cpp",
     "src/cpp_utils/exception_utils/ResultCodes.cpp":
         "tests/unit/cpp_utils/exception_utils/ErrorRegistryTest.cpp",

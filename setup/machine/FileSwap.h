@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Payload.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vqrx::setup::v0 {
+
+/// Replaces the files of an installation. The new files are unpacked into a fresh folder with a random
+/// name below the folder of the programs, while the supervisor keeps running, because unpacking may
+/// fail for lack of space. After that the files only change their names, so programs that run and
+/// libraries that are loaded can be replaced too, and every step can be taken back.
+/// Files are removed by their names only: nothing is deleted with all that a folder holds.
+class FileSwap {
+public:
+    /// @param folder  the folder of the programs, UTF-8; nobody else than administrators may write there
+    explicit FileSwap(std::string folder)
+        : folder_(std::move(folder))
+    {
+    }
+    FileSwap(const FileSwap&) = delete;
+    FileSwap& operator=(const FileSwap&) = delete;
+    /// Calls TakeBack(), unless Keep() was called, and removes the unpacked files.
+    ~FileSwap();
+
+    /// Makes the fresh folder and writes the files into it.
+    /// @throws SetupError if not every file could be written
+    void Unpack(const std::vector<PayloadFile>& files);
+
+    /// Sets the former files aside and moves the new ones to their places.
+    /// @param former  names of the files of the former installation; those that the new one lacks go too
+    /// @throws SetupError if a file could not be moved; then everything was taken back
+    void SwapIn(const std::vector<std::string>& former);
+
+    /// Moves all files back to where they were before SwapIn().
+    void TakeBack() noexcept;
+
+    /// Deletes the former files. Those that are in use go at the next start of Windows.
+    void Keep() noexcept;
+
+    /// Returns where an unpacked file lies at present.
+    [[nodiscard]] std::string PlaceOf(const std::string& name) const;
+
+private:
+    void Move(const std::string& from, const std::string& to);
+    void SetAside(const std::string& name);
+    void RemoveUnpacked() noexcept;
+
+    std::string folder_;
+    std::string newFolder_;
+    std::string oldFolder_;
+    std::vector<std::string> names_;                             // of the new files
+    std::vector<std::string> aside_;                             // of the former files
+    std::vector<std::pair<std::string, std::string>> movements_; // from, to
+    std::vector<std::string> madeFolders_;                       // below the folder of the programs
+    bool swapped_ = false;
+};
+
+/// Returns the folders of a name, the outermost first: "sdk" and "sdk\src" for "sdk\src\a.cpp". Pure.
+[[nodiscard]] std::vector<std::string> FoldersOfName(const std::string& name);
+
+/// Deletes a file. If a program uses it, Windows deletes it at its next start.
+void DeleteOrLater(const std::string& path) noexcept;
+
+/// Removes a folder if it is empty.
+/// @param later  Windows removes it at its next start, if it is empty then
+void RemoveEmptyFolder(const std::string& path, bool later) noexcept;
+
+} // namespace vqrx::setup::v0

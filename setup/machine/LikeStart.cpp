@@ -1,0 +1,197 @@
+#include "LikeStart.h"
+
+#include "CommandText.h"
+#include "SetupError.h"
+#include "SystemPlaces.h"
+#include "Utf8.h"
+#include "system_library/SystemLibrary.h"
+
+#include <windows.h>
+
+#include <initializer_list>
+
+namespace vqrx::setup::v0 {
+namespace {
+
+using client::v0::Wide;
+using cpp_utils::system_library::v1::FindFunction;
+using cpp_utils::system_library::v1::LoadSystemLibrary;
+using system::win32::v1::UniqueKernelHandle;
+
+constexpr DWORD kStart = CREATE_SUSPENDED | CREATE_NEW_CONSOLE;
+
+// A process that has not run yet. The destructor ends it, unless it was let run.
+class StartedProcess {
+public:
+    StartedProcess() = default;
+    StartedProcess(const StartedProcess&) = delete;
+    StartedProcess& operator=(const StartedProcess&) = delete;
+    ~StartedProcess()
+    {
+        if (process_) {
+            TerminateProcess(process_.Get(), 1);
+        }
+    }
+
+    void Take(const PROCESS_INFORMATION& started)
+    {
+        process_.Reset(started.hProcess);
+        thread_.Reset(started.hThread);
+    }
+
+    [[nodiscard]] HANDLE Get() const noexcept { return process_.Get(); }
+
+    [[nodiscard]] UniqueKernelHandle LetRun()
+    {
+        ResumeThread(thread_.Get());
+        return std::move(process_);
+    }
+
+private:
+    UniqueKernelHandle process_;
+    UniqueKernelHandle thread_;
+};
+
+// The variables of a user's profile, as at his logon; none if Windows cannot make them.
+class ProfileVariables {
+public:
+    explicit ProfileVariables(HANDLE token)
+    {
+        using Make = BOOL WINAPI(void** block, HANDLE token, BOOL inherit);
+        library_ = LoadSystemLibrary(L"userenv.dll");
+        if (auto* const make = FindFunction<Make>(library_, "CreateEnvironmentBlock");
+            make == nullptr || make(&block_, token, FALSE) == FALSE) {
+            block_ = nullptr;
+        }
+    }
+    ProfileVariables(const ProfileVariables&) = delete;
+    ProfileVariables& operator=(const ProfileVariables&) = delete;
+    ~ProfileVariables()
+    {
+        using Free = BOOL WINAPI(void* block);
+        if (auto* const free = FindFunction<Free>(library_, "DestroyEnvironmentBlock");
+            free != nullptr && block_ != nullptr) {
+            free(block_);
+        }
+    }
+
+    [[nodiscard]] void* Get() const noexcept { return block_; }
+
+private:
+    HMODULE library_ = nullptr;
+    void* block_ = nullptr;
+};
+
+void SwitchOn(std::initializer_list<const char*> privileges)
+{
+    UniqueKernelHandle token;
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY, token.Put()) ==
+        FALSE) {
+        return; // the call that needs the privilege fails and says so
+    }
+    for (const char* const privilege : privileges) {
+        TOKEN_PRIVILEGES change{};
+        change.PrivilegeCount = 1;
+        change.Privileges[0].Attributes = SE_PRIVILEGE_ENABLED;
+        if (LookupPrivilegeValueA(nullptr, privilege, &change.Privileges[0].Luid) != FALSE) {
+            AdjustTokenPrivileges(token.Get(), FALSE, &change, 0, nullptr, nullptr);
+        }
+    }
+}
+
+std::string Whose(const FormerProcess& former)
+{
+    return "the account and rights of the former supervisor, " + NameOfRights(former.Rights());
+}
+
+[[noreturn]] void FailToStart(const FormerProcess& former, DWORD error)
+{
+    throw SetupError("The supervisor was not started: Windows does not start it with " +
+                     Whose(former) + " (Windows error " + std::to_string(error) + ").");
+}
+
+void StartWithOwnRights(const FormerProcess& former, const std::string& program,
+                        StartedProcess& process)
+{
+    std::wstring command = Wide(CommandText(program, {}));
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION started{};
+    if (CreateProcessW(Wide(program).c_str(), command.data(), nullptr, nullptr, FALSE,
+                       kStart | former.Priority(), nullptr, Wide(FolderOf(program)).c_str(),
+                       &startup, &started) == FALSE) {
+        FailToStart(former, GetLastError());
+    }
+    process.Take(started);
+}
+
+// The service accounts may start a process with any token. An administrator may do so too, but through a
+// service of Windows, which makes the variables of the profile itself.
+void StartWithToken(const FormerProcess& former, const std::string& program,
+                    StartedProcess& process)
+{
+    UniqueKernelHandle token;
+    if (DuplicateTokenEx(former.Token(), MAXIMUM_ALLOWED, nullptr, SecurityImpersonation,
+                         TokenPrimary, token.Put()) == FALSE) {
+        FailToStart(former, GetLastError());
+    }
+    SwitchOn({SE_ASSIGNPRIMARYTOKEN_NAME, SE_INCREASE_QUOTA_NAME, SE_IMPERSONATE_NAME});
+    const ProfileVariables variables(token.Get());
+    const DWORD flags = kStart | former.Priority() | CREATE_UNICODE_ENVIRONMENT;
+    std::wstring desktop = L"winsta0\\default";
+    std::wstring command = Wide(CommandText(program, {}));
+    const std::wstring file = Wide(program);
+    const std::wstring folder = Wide(FolderOf(program));
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    if (former.Rights().session != 0) {
+        startup.lpDesktop = desktop.data();
+    }
+    PROCESS_INFORMATION started{};
+    if (CreateProcessAsUserW(token.Get(), file.c_str(), command.data(), nullptr, nullptr, FALSE,
+                             flags, variables.Get(), folder.c_str(), &startup, &started) == FALSE) {
+        if (const DWORD error = GetLastError(); error != ERROR_PRIVILEGE_NOT_HELD) {
+            FailToStart(former, error);
+        }
+        if (CreateProcessWithTokenW(token.Get(), 0, file.c_str(), command.data(), flags,
+                                    variables.Get(), folder.c_str(), &startup, &started) == FALSE) {
+            FailToStart(former, GetLastError());
+        }
+    }
+    process.Take(started);
+}
+
+void StartSuspended(const FormerProcess& former, const std::string& program,
+                    StartedProcess& process)
+{
+    if (former.Rights().userSid.empty()) {
+        throw SetupError("The supervisor was not started: Windows did not show the account and the "
+                         "rights of the former supervisor.");
+    }
+    if (RightsOfProcess(GetCurrentProcess()) == former.Rights()) {
+        StartWithOwnRights(former, program, process);
+    } else {
+        StartWithToken(former, program, process);
+    }
+    if (const AccessRights rights = RightsOfProcess(process.Get()); rights != former.Rights()) {
+        throw SetupError("The supervisor was not started: Windows gave it the rights of " +
+                         NameOfRights(rights) + " and not " + Whose(former) + ".");
+    }
+}
+
+} // namespace
+
+UniqueKernelHandle StartLike(const FormerProcess& former, const std::string& program)
+{
+    StartedProcess process;
+    StartSuspended(former, program, process);
+    return process.LetRun();
+}
+
+void TestStartLike(const FormerProcess& former, const std::string& program)
+{
+    StartedProcess process;
+    StartSuspended(former, program, process);
+}
+
+} // namespace vqrx::setup::v0

@@ -1,0 +1,74 @@
+#include "ProxyRegistration.h"
+
+#include "MachineKey.h"
+#include "SetupError.h"
+#include "Utf8.h"
+#include "system_library/SystemLibrary.h"
+
+#include <windows.h>
+
+#include <cstdint>
+
+namespace vqrx::setup::v0 {
+namespace {
+
+using client::v0::Wide;
+using cpp_utils::system_library::v1::FindFunction;
+
+// The class of the proxy/stub has the id of the interface.
+constexpr const char* kProxyKey =
+    R"(SOFTWARE\Classes\CLSID\{C307E9F6-67C0-4C74-B1BD-37EFB9882701}\InprocServer32)";
+
+// A library that is loaded for one call, with its own imports from the system folder.
+class LoadedProxy {
+public:
+    explicit LoadedProxy(const std::string& library)
+        : module_(LoadLibraryExW(Wide(library).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH))
+    {
+    }
+    LoadedProxy(const LoadedProxy&) = delete;
+    LoadedProxy& operator=(const LoadedProxy&) = delete;
+    ~LoadedProxy()
+    {
+        if (module_ != nullptr) {
+            FreeLibrary(module_);
+        }
+    }
+
+    // @return the error of loading the library, or the result of its function
+    [[nodiscard]] HRESULT Call(const char* function) const
+    {
+        if (auto* const entry = FindFunction<HRESULT WINAPI()>(module_, function)) {
+            return entry();
+        }
+        return HRESULT_FROM_WIN32(GetLastError());
+    }
+
+private:
+    HMODULE module_;
+};
+
+} // namespace
+
+std::string RegisteredProxy()
+{
+    return MachineKey(kProxyKey).Text("");
+}
+
+void RegisterProxy(const std::string& library)
+{
+    const HRESULT result = LoadedProxy(library).Call("DllRegisterServer");
+    if (FAILED(result) || RegisteredProxy() != library) {
+        throw SetupError(library + " cannot be registered (result " +
+                         std::to_string(static_cast<std::uint32_t>(result)) + ").");
+    }
+}
+
+void UnregisterProxy(const std::string& library) noexcept
+{
+    if (RegisteredProxy() == library) {
+        static_cast<void>(LoadedProxy(library).Call("DllUnregisterServer"));
+    }
+}
+
+} // namespace vqrx::setup::v0

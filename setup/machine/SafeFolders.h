@@ -1,0 +1,48 @@
+#pragma once
+
+#include "ProtectedObjects.h"
+#include "Weaknesses.h"
+
+#include <string>
+#include <vector>
+
+namespace vqrx::setup::v0 {
+
+/// Makes folders, and accepts folders that exist only if nobody else than those who are trusted can
+/// change them.
+class SafeFolders {
+public:
+    /// @param accountSid  the account of the supervisor, which may write into \Logs; empty: SYSTEM or an
+    ///                    administrator
+    /// @param allowWeak   accept every folder that exists
+    SafeFolders(std::string accountSid, bool allowWeak);
+
+    /// Makes a folder that does not exist, and those above it, each with its rights from the first
+    /// moment on. The rights are read back. Changes nothing in a folder that exists.
+    /// @param path  UTF-8, a full path
+    /// @return whether the folder was made
+    /// @throws SetupError if the folder cannot be made, or if others may change it or a folder above it:
+    ///         the text names them and says what to do
+    bool Prepare(const std::string& path, client::v0::FolderUse use);
+
+    /// Checks a file or a folder; does nothing if it does not exist.
+    /// @throws SetupError as Prepare
+    void Check(const std::string& path) const;
+
+    /// Returns the folders that were made, the outermost first.
+    [[nodiscard]] const std::vector<std::string>& Made() const noexcept { return made_; }
+
+    /// Removes the folders that were made and are empty.
+    void RemoveMade() noexcept;
+
+private:
+    void Make(const std::string& path, client::v0::FolderUse use);
+    void CheckPath(const std::string& path, bool onlyAbove) const;
+
+    std::string accountSid_;
+    bool allowWeak_;
+    client::v0::TrustedSids trusted_;
+    std::vector<std::string> made_;
+};
+
+} // namespace vqrx::setup::v0

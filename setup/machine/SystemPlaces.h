@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+namespace vqrx::setup::v0 {
+
+// Places of this machine. UTF-8, without a separator at the end.
+
+/// Returns the folder of installed programs, usually "C:\Program Files".
+/// @throws SetupError if Windows does not name it
+[[nodiscard]] std::string ProgramFilesFolder();
+
+/// Returns Windows' system folder.
+[[nodiscard]] std::string SystemFolder();
+
+/// Returns where the firmware is put if nothing names its root: D:\FIRMWARE, or FIRMWARE on the drive of
+/// Windows if D: is no fixed disk.
+[[nodiscard]] std::string DefaultFirmwareRoot();
+
+/// Returns the full path of the program that this process runs.
+[[nodiscard]] std::string OwnProgram();
+
+/// Returns the folder part of a full path; "C:\" for a file in the root of a drive.
+[[nodiscard]] std::string FolderOf(const std::string& path);
+
+} // namespace vqrx::setup::v0

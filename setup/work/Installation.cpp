@@ -1,0 +1,67 @@
+#include "Installation.h"
+
+#include "InstallationSteps.h"
+#include "MachineKey.h"
+#include "ProgramVersion.h"
+#include "SetupError.h"
+#include "SystemPlaces.h"
+
+#include <exception>
+
+namespace vqrx::setup::v0 {
+namespace {
+
+bool MayReplaceVersion(const SetupOptions& options, Conversation& conversation)
+{
+    const std::string installed = InstallationKey().Text("DisplayVersion");
+    if (installed.empty() || !IsOlder(DM_VERSION, installed) || options.downgrade) {
+        return true;
+    }
+    const std::string fact =
+        "The newer version " + installed + " is installed; this is version " DM_VERSION ".";
+    if (options.silent) {
+        throw SetupError(fact + " To replace it all the same: /DOWNGRADE");
+    }
+    return conversation.Ask(fact + " Replace it?");
+}
+
+void Fail(Conversation& conversation, const char* reason)
+{
+    conversation.Say(std::string("Not installed. ") + reason + "\n");
+}
+
+} // namespace
+
+std::string DefaultProgramFolder()
+{
+    const std::string former = InstallationKey().Text("InstallLocation");
+    return former.empty() ? ProgramFilesFolder() + "\\DaemonManager" : former;
+}
+
+int Install(const SetupOptions& options, const std::vector<PayloadFile>& files,
+            Conversation& conversation)
+{
+    try {
+        if (!MayReplaceVersion(options, conversation)) {
+            return kSetupCancelled;
+        }
+        InstallationSteps steps(options, files, conversation);
+        try {
+            steps.Prepare();
+            steps.EndSupervisor();
+            steps.Replace();
+            steps.StartSupervisor();
+            steps.Keep();
+        } catch (const std::exception& error) {
+            Fail(conversation, error.what());
+            steps.GoBack();
+            return kSetupFailed;
+        }
+        return steps.HandOver();
+    } catch (const std::exception& error) {
+        Fail(conversation, error.what());
+        return kSetupFailed;
+    }
+}
+
+} // namespace vqrx::setup::v0

@@ -1,0 +1,259 @@
+#include "InstallationSteps.h"
+
+#include "Installation.h"
+#include "MachineKey.h"
+#include "ProtectedObjects.h"
+#include "ProxyRegistration.h"
+#include "RandomName.h"
+#include "SetupError.h"
+#include "Utf8.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <exception>
+#include <iterator>
+#include <set>
+
+namespace vqrx::setup::v0 {
+namespace {
+
+using client::v0::FolderUse;
+
+constexpr const char* kSupervisor = "\\DaemonManager.exe";
+constexpr const char* kProxy = "\\DaemonMgrPS.dll";
+
+std::string LogFolderOf(const FirmwarePlace& place)
+{
+    return place.root + "\\Logs";
+}
+
+std::string LogFileOf(const FirmwarePlace& place)
+{
+    return LogFolderOf(place) + "\\DaemonManager.log";
+}
+
+// The account that may write into \Logs beside administrators: the one that was named now, that of the
+// supervisor that runs, or the one that was named before.
+std::string FindAccount(const std::string& name, const std::string& running)
+{
+    if (!name.empty()) {
+        std::string sid = client::v0::SidOfAccount(name);
+        if (sid.empty()) {
+            throw SetupError("There is no account " + name + ".");
+        }
+        return sid;
+    }
+    return running.empty() ? InstallationKey().Text("Account") : running;
+}
+
+std::vector<std::string> NamesOf(const std::vector<PayloadFile>& files)
+{
+    std::vector<std::string> names;
+    std::transform(files.begin(), files.end(), std::back_inserter(names),
+                   [](const PayloadFile& file) { return file.name; });
+    return names;
+}
+
+} // namespace
+
+InstallationSteps::InstallationSteps(const SetupOptions& options,
+                                     const std::vector<PayloadFile>& files,
+                                     Conversation& conversation)
+    : options_(options)
+    , files_(files)
+    , conversation_(conversation)
+    , folder_(options.folder.empty() ? DefaultProgramFolder() : options.folder)
+    , place_(FindFirmwarePlace(options.root))
+    , swap_(folder_)
+    , change_(conversation, [this] { return swap_.PlaceOf("daemonctl.exe"); })
+    , accountSid_(FindAccount(options.account, change_.LimitedAccountSid()))
+{
+}
+
+void InstallationSteps::Prepare()
+{
+    conversation_.Say("Programs: " + folder_ + "\nFirmware: " + place_.root + "\n");
+    PrepareFolders();
+    conversation_.Say("Unpacking.\n");
+    swap_.Unpack(files_);
+    if (!options_.noStart) {
+        try {
+            change_.TestRights(swap_.PlaceOf("daemonctl.exe"));
+        } catch (const SetupError& error) {
+            throw SetupError(
+                std::string(error.what()) +
+                "\nThe supervisor that runs was not disturbed. Run the installer as its "
+                "user, or give /NOSTART and start the new supervisor yourself.");
+        }
+    }
+}
+
+void InstallationSteps::PrepareFolders()
+{
+    folders_.emplace(accountSid_, options_.allowWeak);
+    logExisted_ =
+        GetFileAttributesW(client::v0::Wide(LogFileOf(place_)).c_str()) != INVALID_FILE_ATTRIBUTES;
+    folders_->Prepare(folder_, FolderUse::programs);
+    folders_->Prepare(place_.root, FolderUse::programs);
+    folders_->Prepare(place_.root + "\\App", FolderUse::programs);
+    folders_->Prepare(LogFolderOf(place_), FolderUse::logs);
+    folders_->Check(LogFileOf(place_)); // the hand-over believes it
+    std::set<std::string> inside;
+    for (const PayloadFile& file : files_) {
+        const std::vector<std::string> more = FoldersOfName(file.name);
+        inside.insert(more.begin(), more.end());
+    }
+    for (const std::string& folder : inside) {
+        folders_->Check(folder_ + "\\" + folder);
+    }
+}
+
+void InstallationSteps::EndSupervisor()
+{
+    change_.End(LogFolderOf(place_) + "\\" + RandomName("before-setup-") + ".json");
+}
+
+void InstallationSteps::Replace()
+{
+    conversation_.Say("Replacing the files.\n");
+    const MachineKey notes = InstallationKey();
+    hadNotes_ = notes.Exists();
+    formerProxy_ = RegisteredProxy();
+    formerAccount_ = notes.Text("Account");
+    swap_.SwapIn(notes.Text("InstallLocation") == folder_ ? notes.List("Files")
+                                                          : std::vector<std::string>());
+    wroteRegistry_ = true;
+    RegisterProxy(folder_ + kProxy);
+    if (!options_.account.empty()) {
+        notes.SetText("Account", accountSid_);
+    }
+    if (!place_.isRegistered) {
+        RegisterFirmwareRoot(place_.root);
+    }
+}
+
+void InstallationSteps::StartSupervisor()
+{
+    if (change_.Ran() && !options_.noStart) {
+        change_.Start(folder_ + kSupervisor);
+    }
+}
+
+void InstallationSteps::Keep()
+{
+    WriteNotes();
+    swap_.Keep();
+}
+
+int InstallationSteps::HandOver()
+{
+    if (change_.Ran() && options_.noStart) {
+        conversation_.Say(
+            "Installed. Start the supervisor, then: daemonctl reattach" +
+            (change_.Listing().empty() ? std::string() : " --from \"" + change_.Listing() + "\"") +
+            "\n");
+        return kSetupDone;
+    }
+    if (change_.Ran() && !change_.HandOver(options_.allowWeak)) {
+        conversation_.Say("Installed, and the supervisor runs.\n");
+        return kSetupIncomplete;
+    }
+    DeleteOrLater(change_.Listing());
+    conversation_.Say("Installed.\n");
+    return kSetupDone;
+}
+
+void InstallationSteps::GoBack() noexcept
+{
+    try {
+        change_.EndStarted();
+        RestoreRegistry();
+        swap_.TakeBack();
+        if (change_.Ended()) {
+            StartFormer();
+        } else if (folders_) {
+            folders_->RemoveMade();
+        }
+    } catch (const std::exception& error) {
+        conversation_.Say(
+            std::string("No supervisor runs now: ") + error.what() +
+            "\nStart it, then: daemonctl reattach" +
+            (change_.Listing().empty() ? std::string() : " --from \"" + change_.Listing() + "\"") +
+            "\n");
+    }
+}
+
+void InstallationSteps::StartFormer()
+{
+    change_.Start(change_.FormerProgram());
+    if (change_.HandOver(options_.allowWeak)) {
+        DeleteOrLater(change_.Listing());
+    }
+    conversation_.Say("The former supervisor runs again.\n");
+}
+
+// Runs while the new files are in their places, because a library must be loaded to be unregistered.
+void InstallationSteps::RestoreRegistry() noexcept
+{
+    if (!wroteRegistry_) {
+        return;
+    }
+    const std::string proxy = folder_ + kProxy;
+    if (formerProxy_.empty()) {
+        UnregisterProxy(proxy);
+    } else if (formerProxy_ != proxy) {
+        try {
+            RegisterProxy(formerProxy_);
+        } catch (const SetupError& error) {
+            conversation_.Say(std::string(error.what()) + "\n");
+        }
+    }
+    if (!place_.isRegistered) {
+        RemoveRegisteredRoot();
+    }
+    const MachineKey notes = InstallationKey();
+    if (!hadNotes_) {
+        notes.Remove();
+    } else if (!options_.account.empty()) {
+        formerAccount_.empty() ? notes.RemoveValue("Account")
+                               : notes.SetText("Account", formerAccount_);
+    }
+}
+
+void InstallationSteps::NoteIfMade(const std::string& what, const std::string& folder) const
+{
+    const std::vector<std::string>& made = folders_->Made();
+    if (std::find(made.begin(), made.end(), folder) != made.end()) {
+        InstallationKey().SetText("Made" + what, folder);
+    }
+}
+
+void InstallationSteps::WriteNotes()
+{
+    constexpr std::uint64_t kKibibyte = 1024;
+    const MachineKey notes = InstallationKey();
+    NoteIfMade("Root", place_.root);
+    NoteIfMade("App", place_.root + "\\App");
+    NoteIfMade("Logs", LogFolderOf(place_));
+    if (!logExisted_) {
+        notes.SetText("MadeLog", LogFileOf(place_));
+    }
+    std::uint64_t bytes = 0;
+    for (const PayloadFile& file : files_) {
+        bytes += file.content.size();
+    }
+    notes.SetList("Files", NamesOf(files_));
+    notes.SetText("DisplayName", "DaemonManager");
+    notes.SetText("DisplayVersion", DM_VERSION);
+    notes.SetText("DisplayIcon", folder_ + kSupervisor);
+    notes.SetText("InstallLocation", folder_);
+    notes.SetText("UninstallString", "\"" + folder_ + "\\Uninstall.exe\"");
+    notes.SetText("QuietUninstallString", "\"" + folder_ + "\\Uninstall.exe\" /S");
+    notes.SetNumber("NoModify", 1);
+    notes.SetNumber("NoRepair", 1);
+    notes.SetNumber("EstimatedSize", static_cast<std::uint32_t>(bytes / kKibibyte));
+}
+
+} // namespace vqrx::setup::v0

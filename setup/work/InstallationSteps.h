@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Conversation.h"
+#include "FileSwap.h"
+#include "FirmwarePlace.h"
+#include "Payload.h"
+#include "SafeFolders.h"
+#include "SetupOptions.h"
+#include "SupervisorChange.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vqrx::setup::v0 {
+
+/// The steps of one installation, in the order of their declaration, and the way back.
+class InstallationSteps {
+public:
+    /// Decides where everything goes. Changes nothing.
+    /// @throws SetupError, as all steps
+    InstallationSteps(const SetupOptions& options, const std::vector<PayloadFile>& files,
+                      Conversation& conversation);
+
+    /// Makes or checks the folders, unpacks the files, and tries whether the supervisor can be started
+    /// again. A supervisor that runs is not disturbed.
+    void Prepare();
+
+    /// Ends the supervisor that runs.
+    void EndSupervisor();
+
+    /// Replaces the files, registers the proxy/stub and the firmware root.
+    void Replace();
+
+    /// Starts the new supervisor, if one ran and the options do not forbid it.
+    void StartSupervisor();
+
+    /// Notes what was made and deletes the former files. There is no way back after that.
+    void Keep();
+
+    /// Hands the daemons over. @return one of SetupExitCode
+    [[nodiscard]] int HandOver();
+
+    /// Takes all steps back, in reverse order. If the supervisor was ended, the former one is started and
+    /// gets its daemons.
+    void GoBack() noexcept;
+
+private:
+    void PrepareFolders();
+    void RestoreRegistry() noexcept;
+    void StartFormer();
+    void WriteNotes();
+    void NoteIfMade(const std::string& what, const std::string& folder) const;
+
+    SetupOptions options_;
+    const std::vector<PayloadFile>& files_;
+    Conversation& conversation_;
+    std::string folder_;
+    FirmwarePlace place_;
+    FileSwap swap_;
+    SupervisorChange change_;
+    std::string accountSid_;
+    std::optional<SafeFolders> folders_;
+    bool logExisted_ = false;
+    bool hadNotes_ = false;
+    bool wroteRegistry_ = false;
+    std::string formerProxy_;
+    std::string formerAccount_;
+};
+
+} // namespace vqrx::setup::v0

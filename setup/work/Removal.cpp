@@ -1,0 +1,131 @@
+#include "Removal.h"
+
+#include "FileSwap.h"
+#include "FirmwarePlace.h"
+#include "MachineKey.h"
+#include "ObjectRights.h"
+#include "Payload.h"
+#include "ProcessFacts.h"
+#include "ProxyRegistration.h"
+#include "RandomName.h"
+#include "SetupError.h"
+#include "SupervisorChange.h"
+#include "SystemPlaces.h"
+#include "Utf8.h"
+
+#include <windows.h>
+
+#include <exception>
+#include <string>
+#include <vector>
+
+namespace vqrx::setup::v0 {
+namespace {
+
+using client::v0::Wide;
+
+constexpr const char* kUninstaller = "Uninstall.exe";
+
+// The folder as it was installed: the uninstaller may have been started by another name of it.
+std::string InstalledFolder()
+{
+    std::string folder = InstallationKey().Text("InstallLocation");
+    if (folder.empty() || !client::v0::IsSameFile(folder + "\\" + kUninstaller, OwnProgram())) {
+        throw SetupError("This is not the uninstaller of the installed version" +
+                         (folder.empty() ? std::string(".") : ", which is in " + folder + "."));
+    }
+    return folder;
+}
+
+// A file that is in use gets another name, so that a new installation is not disturbed when Windows
+// deletes the file at its next start.
+void RemoveInstalledFile(const std::string& folder, const std::string& name)
+{
+    const std::string path = folder + "\\" + name;
+    if (DeleteFileW(Wide(path).c_str()) != FALSE || GetLastError() == ERROR_FILE_NOT_FOUND ||
+        GetLastError() == ERROR_PATH_NOT_FOUND) {
+        return;
+    }
+    const std::string aside = folder + "\\" + RandomName("~removed-") + ".exe";
+    if (MoveFileExW(Wide(path).c_str(), Wide(aside).c_str(), 0) != FALSE) {
+        DeleteOrLater(aside);
+    } else {
+        DeleteOrLater(path);
+    }
+}
+
+void RemoveFiles(const std::string& folder)
+{
+    std::vector<std::string> folders;
+    for (const std::string& name : InstallationKey().List("Files")) {
+        if (IsNameBelow(name)) {
+            RemoveInstalledFile(folder, name);
+            const std::vector<std::string> more = FoldersOfName(name);
+            folders.insert(folders.end(), more.rbegin(), more.rend());
+        }
+    }
+    // A folder is tried once for each of its files; it goes when it is empty. Outer ones come last.
+    for (std::size_t round = 0; round < 2; ++round) {
+        for (const std::string& inside : folders) {
+            RemoveEmptyFolder(std::string(folder).append("\\").append(inside), false);
+        }
+    }
+    RemoveEmptyFolder(folder, true);
+}
+
+void RemoveLog(const SetupOptions& options, Conversation& conversation)
+{
+    const std::string log = InstallationKey().Text("MadeLog");
+    if (log.empty() || options.keepLog) {
+        return;
+    }
+    const auto weak =
+        client::v0::WeaknessesOfParentPath(FolderOf(log), client::v0::TrustedAdministrators());
+    if (!weak.empty()) { // somebody may have put another file in its place
+        conversation.Say("The log stays, because " + weak.front() + ".\n");
+        return;
+    }
+    for (const char* const end : {"", ".damaged", ".damaged2"}) {
+        DeleteFileW(Wide(log + end).c_str());
+    }
+}
+
+void RemoveMadeFolders()
+{
+    for (const char* const what : {"MadeLogs", "MadeApp", "MadeRoot"}) {
+        if (const std::string folder = InstallationKey().Text(what); !folder.empty()) {
+            RemoveEmptyFolder(folder, false);
+        }
+    }
+}
+
+void RemoveAll(const SetupOptions& options, Conversation& conversation)
+{
+    const std::string folder = InstalledFolder();
+    SupervisorChange change(conversation, [folder] { return folder + "\\daemonctl.exe"; });
+    const std::string listing = folder + "\\" + RandomName("before-setup-") + ".json";
+    change.End(listing);
+    DeleteOrLater(listing);
+    UnregisterProxy(folder + "\\DaemonMgrPS.dll"); // that of another installation stays
+    RemoveFiles(folder);
+    RemoveRegisteredRoot();
+    RemoveLog(options, conversation);
+    RemoveMadeFolders();
+    InstallationKey().Remove();
+    conversation.Say("Removed.\n");
+}
+
+} // namespace
+
+int Remove(const SetupOptions& options, Conversation& conversation)
+{
+    try {
+        RemoveAll(options, conversation);
+        return kSetupDone;
+    } catch (const std::exception& error) {
+        conversation.Say(std::string("Not removed. ") + error.what() + "\n");
+        return kSetupFailed;
+    }
+}
+
+} // namespace vqrx::setup::v0

@@ -1,0 +1,168 @@
+#include "SupervisorChange.h"
+
+#include "LikeStart.h"
+#include "SetupError.h"
+#include "Utf8.h"
+#include "daemon_manager/SupervisorIdentity.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace vqrx::setup::v0 {
+namespace {
+
+// No daemon has this number: the request changes nothing. daemonctl ends with 1 if a supervisor answers.
+constexpr const char* kNoDaemon = "4294967295";
+constexpr std::uint32_t kSupervisorAnswered = 1;
+
+constexpr std::uint32_t kClientDone = 0;
+constexpr std::uint32_t kNothingToHandOver = 1;
+
+// The supervisor finishes a stop that is under way before it ends, which may take a minute. "daemonctl
+// exit" waits two minutes; then its process is waited for once more.
+constexpr DWORD kEndLimitMs = 120000;
+// At its start the supervisor waits for a firewall service that is starting, at most two minutes.
+constexpr ULONGLONG kStartLimitMs = 120000;
+constexpr DWORD kAskAgainMs = 250;
+constexpr DWORD kForcedEndMs = 10000;
+
+} // namespace
+
+SupervisorChange::SupervisorChange(Conversation& conversation, std::function<std::string()> client)
+    : conversation_(conversation)
+    , client_(std::move(client))
+{
+    const daemon_manager::SupervisorIdentity identity = daemon_manager::IdentifySupervisor();
+    if (identity.listError != 0) {
+        throw SetupError("Windows does not list the processes (Windows error " +
+                         std::to_string(identity.listError) + ").");
+    }
+    for (const daemon_manager::SupervisorProcess& process : identity.processes) {
+        if (process.installedProgram && process.userKnown && process.expectedUser) {
+            former_.emplace_back(process.processId, client::v0::Utf8(process.program));
+        }
+    }
+}
+
+std::string SupervisorChange::LimitedAccountSid() const
+{
+    return !Ran() || former_.front().Rights().administrator ? std::string()
+                                                            : former_.front().Rights().userSid;
+}
+
+std::string SupervisorChange::FormerProgram() const
+{
+    return Ran() ? former_.front().Program() : std::string();
+}
+
+void SupervisorChange::TestRights(const std::string& program) const
+{
+    if (Ran()) {
+        TestStartLike(former_.front(), program);
+    }
+}
+
+void SupervisorChange::End(const std::string& listing)
+{
+    if (!Ran()) {
+        return;
+    }
+    conversation_.Say("Ending the supervisor; its daemons run on.\n");
+    // Without the list, the log is read; it may not reach back to the start of every daemon.
+    if (Client({"ps", "--output", listing}).exitCode == kClientDone) {
+        listing_ = listing;
+    }
+    const ProgramAnswer answer = Client({"exit"});
+    if (!WaitForAll(kEndLimitMs)) {
+        const std::string process = "process " + std::to_string(former_.front().Id());
+        throw SetupError(
+            (Answers() ? "The supervisor, " + process + ", could not be ended. It runs on."
+                       : "The supervisor, " + process +
+                             ", still runs, but takes no calls any more. It ends later, by itself "
+                             "or after Esc in its window. Start a supervisor after that.") +
+            " Nothing was replaced.\n" + answer.output);
+    }
+    ended_ = true;
+}
+
+void SupervisorChange::Start(const std::string& program)
+{
+    conversation_.Say("Starting the supervisor.\n");
+    started_ = StartLike(former_.front(), program);
+    const ULONGLONG begin = GetTickCount64();
+    while (GetTickCount64() - begin < kStartLimitMs) {
+        // The answer counts only while our process runs: it ends if another program has the name.
+        if (Answers() && WaitForSingleObject(started_.Get(), 0) == WAIT_TIMEOUT) {
+            return;
+        }
+        if (WaitForSingleObject(started_.Get(), kAskAgainMs) != WAIT_TIMEOUT) {
+            DWORD code = 0;
+            GetExitCodeProcess(started_.Get(), &code);
+            throw CameNotUp(program + " ended at once, with exit code " + std::to_string(code) +
+                            ". Its log says why.");
+        }
+    }
+    throw CameNotUp(program + " did not answer within two minutes.");
+}
+
+void SupervisorChange::EndStarted() noexcept
+{
+    if (!started_) {
+        return;
+    }
+    if (WaitForSingleObject(started_.Get(), 0) == WAIT_TIMEOUT) {
+        try {
+            static_cast<void>(Client({"exit", "--timeout", "10"}));
+        } catch (const std::exception&) { // then it is ended by force
+        }
+    }
+    if (WaitForSingleObject(started_.Get(), 0) == WAIT_TIMEOUT) {
+        TerminateProcess(started_.Get(), 1);
+        WaitForSingleObject(started_.Get(), kForcedEndMs);
+    }
+    started_.Reset();
+}
+
+bool SupervisorChange::HandOver(bool trust)
+{
+    conversation_.Say("Handing the daemons over.\n");
+    // No daemon may be lost, and nobody is there to answer a question.
+    std::vector<std::string> arguments{"reattach", "--outside"};
+    if (trust) {
+        arguments.emplace_back("--trust");
+    }
+    if (!listing_.empty()) {
+        arguments.emplace_back("--from");
+        arguments.push_back(listing_);
+    }
+    const ProgramAnswer answer = Client(arguments);
+    if (answer.exitCode == kClientDone || answer.exitCode == kNothingToHandOver) {
+        return true;
+    }
+    conversation_.Say("Not every daemon was handed over (exit code " +
+                      std::to_string(answer.exitCode) + "):\n" + answer.output);
+    return false;
+}
+
+ProgramAnswer SupervisorChange::Client(const std::vector<std::string>& arguments) const
+{
+    return RunHidden(client_(), arguments);
+}
+
+bool SupervisorChange::Answers() const
+{
+    return Client({"detach", kNoDaemon}).exitCode == kSupervisorAnswered;
+}
+
+bool SupervisorChange::WaitForAll(DWORD limitMs) const
+{
+    const ULONGLONG begin = GetTickCount64();
+    return std::all_of(former_.begin(), former_.end(), [&](const FormerProcess& process) {
+        const ULONGLONG passed = GetTickCount64() - begin;
+        return process.WaitForEnd(passed < limitMs ? limitMs - static_cast<DWORD>(passed) : 0);
+    });
+}
+
+} // namespace vqrx::setup::v0

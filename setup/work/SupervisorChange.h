@@ -1,0 +1,76 @@
+#pragma once
+
+#include "Conversation.h"
+#include "FormerProcess.h"
+#include "HiddenProgram.h"
+#include "win32/UniqueHandle.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace vqrx::setup::v0 {
+
+/// Ends the running supervisor, starts one with the same account and rights, and hands the daemons over.
+/// daemonctl does the calls. Everything goes by the processes and not by the published object: another
+/// program may have published it.
+class SupervisorChange {
+public:
+    /// Finds the supervisors that run: processes of the installed program, run by an expected user.
+    /// @param client  returns the full path of daemonctl.exe, which moves while files are replaced
+    /// @throws SetupError if Windows does not list the processes
+    SupervisorChange(Conversation& conversation, std::function<std::string()> client);
+
+    /// Whether a supervisor ran when this object was made.
+    [[nodiscard]] bool Ran() const noexcept { return !former_.empty(); }
+
+    /// Whether End() has ended it.
+    [[nodiscard]] bool Ended() const noexcept { return ended_; }
+
+    /// Returns the account of the supervisor that ran; empty if it ran as SYSTEM or as administrator, or
+    /// if none ran.
+    [[nodiscard]] std::string LimitedAccountSid() const;
+
+    /// Makes sure that Windows starts a program with the rights of the supervisor that runs.
+    /// @param program  it is not run
+    /// @throws SetupError if not; the supervisor still runs
+    void TestRights(const std::string& program) const;
+
+    /// Lists the daemons and ends the supervisor; they run on. Returns after its process has ended.
+    /// @param listing  the file for the list; it must not exist
+    /// @throws SetupError if the process did not end within four minutes; the text says whether it runs
+    ///         on or ends later
+    void End(const std::string& listing);
+
+    /// Starts a supervisor with the account and the rights of the one that ran, and waits until it answers.
+    /// @throws SetupError if it could not be started; CameNotUp if it ended or did not answer
+    void Start(const std::string& program);
+
+    /// Ends a supervisor that Start() has started. Does nothing if there is none.
+    void EndStarted() noexcept;
+
+    /// Hands the daemons of the list, or of the log, over to the supervisor that runs.
+    /// @param trust  believe the log, whoever may have written it
+    /// @return whether all were handed over
+    [[nodiscard]] bool HandOver(bool trust);
+
+    /// Returns the file with the list of the daemons; empty if there is none.
+    [[nodiscard]] const std::string& Listing() const noexcept { return listing_; }
+
+    /// Returns the program of the supervisor that ran; empty if none ran.
+    [[nodiscard]] std::string FormerProgram() const;
+
+private:
+    [[nodiscard]] ProgramAnswer Client(const std::vector<std::string>& arguments) const;
+    [[nodiscard]] bool Answers() const;
+    [[nodiscard]] bool WaitForAll(DWORD limitMs) const;
+
+    Conversation& conversation_;
+    std::function<std::string()> client_;
+    std::vector<FormerProcess> former_;
+    std::string listing_;
+    bool ended_ = false;
+    system::win32::v1::UniqueKernelHandle started_;
+};
+
+} // namespace vqrx::setup::v0

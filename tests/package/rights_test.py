@@ -1,0 +1,114 @@
+"""Rights of the folders, and installing on a disk that somebody else has prepared."""
+import shutil
+
+import windows_machine as machine
+from installation import OWN_KEY, InstallationTest
+
+
+class Rights(InstallationTest):
+    """Wine keeps owner, the owner's rights and everybody's rights as those of the file on this host."""
+
+    def tearDown(self):
+        super().tearDown()
+        shutil.rmtree(machine.host_path(r"C:\elsewhere"), ignore_errors=True)
+
+    def everybody(self, windows_path):
+        """Returns the rights of everybody: 4 read, 2 write, 1 enter or execute."""
+        return machine.host_path(windows_path).stat().st_mode & 0o7
+
+    def make(self, windows_path, mode):
+        path = machine.host_path(windows_path)
+        path.mkdir(parents=True, exist_ok=True)
+        path.chmod(mode)
+        return path
+
+    def assert_refused(self, *reasons):
+        """Asserts that the installer gave these reasons and changed nothing."""
+        for reason in reasons:
+            self.assertIn(reason, self.said)
+        self.assertFalse(self.is_installed)
+        self.assertFalse((machine.host_path(self.folder) / "DaemonManager.exe").exists())
+        self.assertIsNone(machine.registry(OWN_KEY))
+
+    def test_everything_that_is_installed_is_sound_and_the_log_is_hidden(self):
+        self.install_below_root()
+        paths = [self.folder, self.ROOT, self.ROOT + r"\App", self.ROOT + r"\Logs"]
+        paths += [self.installed(name) for name in (
+            "DaemonManager.exe", "daemonctl.exe", "DaemonMgrPS.dll", "Uninstall.exe", "docs", r"sdk\src")]
+        self.assertEqual(self.daemonctl("rights", *paths), (0, "".join(f"ok    {path}\n" for path in paths)))
+        for path in paths:
+            self.assertEqual(self.everybody(path) & 2, 0, path)
+        self.assertEqual(self.everybody(self.ROOT + r"\Logs"), 0)
+        self.assertEqual([entry.name for entry in machine.host_path(self.folder).iterdir()
+                          if "~" in entry.name], [])
+
+    def test_a_folder_that_everybody_may_change_is_refused_unless_ALLOWWEAK_is_given(self):
+        self.make(self.ROOT + r"\App", 0o777)
+        self.assertEqual(self.install(f"/ROOT={self.ROOT}"), 2)
+        self.assert_refused(rf"Everyone may write to {self.ROOT}\App", "icacls", "/ALLOWWEAK")
+        self.assertFalse(machine.host_path(self.folder).exists())  # made, and removed again
+        self.install_below_root("/ALLOWWEAK")
+        self.assertEqual(self.everybody(self.ROOT + r"\App"), 7)  # is left as it was
+
+    def test_a_prepared_folder_of_the_programs_is_refused(self):
+        self.make(self.folder, 0o777)
+        self.assertEqual(self.install(f"/ROOT={self.ROOT}"), 2)
+        self.assert_refused(f"Everyone may write to {self.folder}")
+
+    def test_a_new_folder_below_one_that_everybody_may_change_is_refused(self):
+        self.make(self.ROOT, 0o777)
+        self.assertEqual(self.install(f"/ROOT={self.ROOT}\\inner"), 2)
+        self.assert_refused(f"Everyone may write to {self.ROOT}")
+        self.assertFalse(machine.host_path(self.ROOT + r"\inner").exists())
+
+    def test_a_link_is_refused_and_nothing_behind_it_is_touched(self):
+        target = self.make(r"C:\elsewhere", 0o755)
+        (target / "keep.txt").write_text("keep")
+        for link in (self.folder, self.ROOT):
+            with self.subTest(link):
+                path = machine.host_path(link)
+                path.symlink_to(target, target_is_directory=True)
+                self.assertEqual(self.install(f"/ROOT={self.ROOT}"), 2)
+                path.unlink()
+                self.assert_refused(f"{link} is a junction or a link")
+                self.assertEqual([entry.name for entry in target.iterdir()], ["keep.txt"])
+
+    def test_a_link_inside_the_folder_of_the_programs_is_refused(self):
+        target = self.make(r"C:\elsewhere", 0o755)
+        (self.make(self.folder, 0o755) / "docs").symlink_to(target, target_is_directory=True)
+        self.assertEqual(self.install(f"/ROOT={self.ROOT}"), 2)
+        self.assert_refused(rf"{self.folder}\docs is a junction or a link")
+        self.assertEqual(list(target.iterdir()), [])
+
+    def test_a_log_that_everybody_may_write_is_refused(self):
+        log = self.make(self.ROOT + r"\Logs", 0o755) / "DaemonManager.log"
+        log.write_bytes(b"0x00000010 forged\r\n")
+        log.chmod(0o666)
+        self.assertEqual(self.install(f"/ROOT={self.ROOT}"), 2)
+        self.assert_refused(rf"Everyone may write to {self.ROOT}\Logs\DaemonManager.log")
+
+    def test_a_key_that_a_user_prepared_does_not_get_the_registration(self):
+        mine = r"HKCU\Software\Classes\CLSID\{C307E9F6-67C0-4C74-B1BD-37EFB9882701}"
+        machine.run("reg", "add", mine + r"\InprocServer32", "/ve", "/d", r"C:\mine.dll", "/f")
+        self.addCleanup(machine.run, "reg", "delete", mine, "/f")
+        self.install_below_root()
+        self.assertIn(r"C:\mine.dll", machine.registry(mine))
+        machine_key = mine.replace("HKCU", "HKLM")
+        self.assertIn(self.installed("DaemonMgrPS.dll"), machine.registry(machine_key))
+        self.uninstall()
+        self.assertIsNone(machine.registry(machine_key))
+        self.assertIn(r"C:\mine.dll", machine.registry(mine))
+
+    def test_files_that_somebody_left_in_the_folder_are_not_deleted(self):
+        left = self.make(self.folder + r"\~new", 0o755) / "left.txt"
+        left.write_text("left")
+        self.install_below_root()
+        self.uninstall()
+        self.assertEqual(left.read_text(), "left")
+
+    def test_the_temporary_folder_is_not_used(self):
+        temporary = machine.host_path(machine.run("cmd", "/c", "echo %TEMP%").strip())
+        changed = temporary.stat().st_mtime_ns  # a file that is made and removed changes it, too
+        self.install_below_root()
+        self.uninstall()
+        self.assertEqual(temporary.stat().st_mtime_ns, changed)

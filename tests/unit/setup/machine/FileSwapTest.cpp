@@ -1,0 +1,185 @@
+#include "FileSwap.h"
+
+#include "ImportPatch.h"
+#include "RandomName.h"
+#include "SetupError.h"
+#include "TempFolder.h"
+
+#include <windows.h>
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using setup::v0::FileSwap;
+using setup::v0::PayloadFile;
+using setup::v0::SetupError;
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+
+void Write(const std::string& path, const std::string& text)
+{
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+// All files below a folder: "name=content".
+std::vector<std::string> FilesIn(const TempFolder& folder)
+{
+    std::vector<std::string> found;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.Path())) {
+        std::string name = std::filesystem::relative(entry.path(), folder.Path()).string();
+        if (entry.is_regular_file()) {
+            std::ifstream file(entry.path(), std::ios::binary);
+            name += "=" + std::string(std::istreambuf_iterator<char>(file), {});
+        }
+        found.push_back(name);
+    }
+    return found;
+}
+
+const std::vector<PayloadFile> kFiles{{"a.exe", "new a"}, {"docs\\inner\\b.md", "new b"}};
+
+BOOL(WINAPI* moveFile)(LPCWSTR, LPCWSTR, DWORD);
+
+BOOL WINAPI RefuseToMoveDocument(LPCWSTR from, LPCWSTR to, DWORD flags)
+{
+    if (std::wstring(from).find(L"~new-") != std::wstring::npos &&
+        std::wstring(from).find(L"b.md") != std::wstring::npos) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return FALSE;
+    }
+    return moveFile(from, to, flags);
+}
+
+BOOL WINAPI WriteNothing(HANDLE, LPCVOID, DWORD, LPDWORD written, LPOVERLAPPED)
+{
+    *written = 0;
+    SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+TEST(FileSwap, New_files_take_the_places_of_the_former_ones)
+{
+    const TempFolder folder;
+    Write(folder.File("a.exe"), "old a");
+    Write(folder.File("docs\\old.md"), "old");
+    Write(folder.File("docs\\mine.txt"), "mine");
+    FileSwap swap(folder.Path().string());
+    swap.Unpack(kFiles);
+    swap.SwapIn({"a.exe", "docs\\old.md", "docs\\missing.md"});
+    swap.Keep();
+    EXPECT_THAT(FilesIn(folder), UnorderedElementsAre("a.exe=new a", "docs", "docs\\mine.txt=mine",
+                                                      "docs\\inner", "docs\\inner\\b.md=new b"));
+}
+
+TEST(FileSwap, Until_the_swap_the_former_files_are_untouched_and_afterwards_nothing_is_left)
+{
+    const TempFolder folder;
+    Write(folder.File("a.exe"), "old a");
+    {
+        FileSwap swap(folder.Path().string());
+        swap.Unpack(kFiles);
+        std::ifstream file(folder.File("a.exe"));
+        EXPECT_EQ("old a", std::string(std::istreambuf_iterator<char>(file), {}));
+        EXPECT_THAT(swap.PlaceOf("a.exe"), testing::StartsWith(folder.File("~new-")));
+    }
+    EXPECT_THAT(FilesIn(folder), ElementsAre("a.exe=old a"));
+}
+
+TEST(FileSwap, A_swap_that_is_not_kept_is_taken_back)
+{
+    const TempFolder folder;
+    Write(folder.File("a.exe"), "old a");
+    Write(folder.File("docs\\old.md"), "old");
+    {
+        FileSwap swap(folder.Path().string());
+        swap.Unpack(kFiles);
+        swap.SwapIn({"docs\\old.md"});
+        EXPECT_EQ(folder.File("a.exe"), swap.PlaceOf("a.exe"));
+        swap.TakeBack();
+        EXPECT_TRUE(std::filesystem::exists(swap.PlaceOf("a.exe"))); // unpacked again
+    }
+    EXPECT_THAT(FilesIn(folder), UnorderedElementsAre("a.exe=old a", "docs", "docs\\old.md=old"));
+}
+
+TEST(FileSwap, A_file_that_cannot_be_moved_takes_everything_back)
+{
+    const TempFolder folder;
+    Write(folder.File("a.exe"), "old a");
+    Write(folder.File("docs\\inner\\b.md"), "old b");
+    {
+        FileSwap swap(folder.Path().string());
+        swap.Unpack(kFiles);
+        const ImportPatch patch("MoveFileExW", RefuseToMoveDocument, moveFile);
+        EXPECT_THROW(swap.SwapIn({}), SetupError);
+    }
+    EXPECT_THAT(FilesIn(folder), UnorderedElementsAre("a.exe=old a", "docs", "docs\\inner",
+                                                      "docs\\inner\\b.md=old b"));
+}
+
+TEST(FileSwap, A_full_disk_leaves_the_former_files)
+{
+    const TempFolder folder;
+    Write(folder.File("a.exe"), "old a");
+    {
+        FileSwap swap(folder.Path().string());
+        const ImportPatch patch("WriteFile", WriteNothing);
+        EXPECT_THROW(swap.Unpack(kFiles), SetupError);
+    }
+    EXPECT_THAT(FilesIn(folder), ElementsAre("a.exe=old a"));
+}
+
+TEST(FileSwap, A_former_name_that_leads_out_of_the_folder_is_ignored)
+{
+    const TempFolder folder;
+    Write(folder.File("outside"), "stays");
+    std::filesystem::create_directory(folder.File("programs"));
+    FileSwap swap(folder.File("programs"));
+    swap.Unpack(kFiles);
+    swap.SwapIn({"..\\outside", folder.File("outside")});
+    swap.Keep();
+    EXPECT_TRUE(std::filesystem::exists(folder.File("outside")));
+}
+
+// Whoever prepares a folder with a foreseen name could put a link there, or keep a handle to it.
+TEST(FileSwap, The_folder_for_unpacking_has_a_new_random_name_each_time)
+{
+    const TempFolder folder;
+    std::optional<FileSwap> swap(folder.Path().string());
+    swap->Unpack(kFiles);
+    const std::string first = swap->PlaceOf("a.exe");
+    swap.emplace(folder.Path().string());
+    swap->Unpack(kFiles);
+    EXPECT_NE(first, swap->PlaceOf("a.exe"));
+    EXPECT_NE(setup::v0::RandomName("x"), setup::v0::RandomName("x"));
+    EXPECT_EQ(std::string::npos,
+              setup::v0::RandomName("x").find_first_not_of("0123456789abcdef", 1));
+    EXPECT_EQ(17U, setup::v0::RandomName("x").size());
+}
+
+TEST(FileSwap, Only_files_of_the_installation_are_deleted)
+{
+    const TempFolder folder;
+    Write(folder.File("~new\\x"), "x");
+    Write(folder.File("~old-0123456789abcdef\\x"), "x");
+    {
+        FileSwap swap(folder.Path().string());
+        swap.Unpack(kFiles);
+        swap.SwapIn({});
+        swap.Keep();
+    }
+    EXPECT_TRUE(std::filesystem::exists(folder.File("~new\\x")));
+    EXPECT_TRUE(std::filesystem::exists(folder.File("~old-0123456789abcdef\\x")));
+}
+
+} // namespace
+} // namespace vqrx::test

@@ -1,0 +1,171 @@
+#include "SafeFolders.h"
+
+#include "ImportPatch.h"
+#include "SetupError.h"
+#include "TempFolder.h"
+
+#include <windows.h>
+
+#include <aclapi.h>
+#include <sddl.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using client::v0::FolderUse;
+using setup::v0::SafeFolders;
+using setup::v0::SetupError;
+
+// Gives everybody the right to write, as the root of a data drive does.
+void OpenToEverybody(const std::string& path)
+{
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorA(
+        "D:P(A;OICI;FA;;;WD)", SDDL_REVISION_1, &descriptor, nullptr));
+    EXPECT_TRUE(SetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, descriptor));
+    LocalFree(descriptor);
+}
+
+std::string ReasonOfRefusal(SafeFolders& folders, const std::string& path)
+{
+    try {
+        folders.Prepare(path, FolderUse::programs);
+    } catch (const SetupError& error) {
+        return error.what();
+    }
+    return "accepted";
+}
+
+bool Contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+BOOL(WINAPI* makeFolder)(LPCWSTR, LPSECURITY_ATTRIBUTES);
+
+// Another program is quicker.
+BOOL WINAPI MakeAfterAnother(LPCWSTR path, LPSECURITY_ATTRIBUTES attributes)
+{
+    makeFolder(path, nullptr);
+    return makeFolder(path, attributes);
+}
+
+// A file system that keeps no rights.
+BOOL WINAPI MakeWithoutRights(LPCWSTR path, LPSECURITY_ATTRIBUTES)
+{
+    const BOOL made = makeFolder(path, nullptr);
+    OpenToEverybody(std::filesystem::path(path).string());
+    return made;
+}
+
+TEST(SafeFolders, Missing_folders_are_made_with_those_above_them_and_removed_again)
+{
+    const TempFolder temp;
+    SafeFolders folders("", false);
+    EXPECT_TRUE(folders.Prepare(temp.File("one\\two"), FolderUse::programs));
+    EXPECT_FALSE(folders.Prepare(temp.File("one"), FolderUse::programs));
+    EXPECT_TRUE(folders.Prepare(temp.File("one\\logs"), FolderUse::logs));
+    EXPECT_EQ(
+        (std::vector<std::string>{temp.File("one"), temp.File("one\\two"), temp.File("one\\logs")}),
+        folders.Made());
+    folders.RemoveMade();
+    EXPECT_FALSE(std::filesystem::exists(temp.File("one")));
+}
+
+TEST(SafeFolders, A_made_folder_that_is_not_empty_stays)
+{
+    const TempFolder temp;
+    SafeFolders folders("", false);
+    folders.Prepare(temp.File("one"), FolderUse::programs);
+    std::ofstream(temp.File("one\\file")) << "x";
+    folders.RemoveMade();
+    EXPECT_TRUE(std::filesystem::exists(temp.File("one\\file")));
+}
+
+TEST(SafeFolders, An_existing_folder_that_everybody_may_change_is_refused_with_a_remedy)
+{
+    const TempFolder temp;
+    std::filesystem::create_directory(temp.File("open"));
+    OpenToEverybody(temp.File("open"));
+    SafeFolders folders("", false);
+    const std::string reason = ReasonOfRefusal(folders, temp.File("open"));
+    EXPECT_TRUE(Contains(reason, "Everyone may write to " + temp.File("open"))) << reason;
+    EXPECT_TRUE(Contains(reason, "icacls \"" + temp.File("open") + "\" /inheritance:r")) << reason;
+    EXPECT_TRUE(Contains(reason, "/ALLOWWEAK")) << reason;
+}
+
+TEST(SafeFolders, A_new_folder_below_one_that_everybody_may_change_is_refused)
+{
+    const TempFolder temp;
+    std::filesystem::create_directory(temp.File("open"));
+    OpenToEverybody(temp.File("open"));
+    SafeFolders folders("", false);
+    EXPECT_TRUE(Contains(ReasonOfRefusal(folders, temp.File("open\\new\\inner")),
+                         "Everyone may write to " + temp.File("open")));
+    EXPECT_FALSE(std::filesystem::exists(temp.File("open\\new")));
+}
+
+TEST(SafeFolders, A_file_that_everybody_may_change_is_refused_and_a_missing_one_is_not)
+{
+    const TempFolder temp;
+    SafeFolders folders("", false);
+    EXPECT_NO_THROW(folders.Check(temp.File("log")));
+    std::ofstream(temp.File("log")) << "x";
+    EXPECT_NO_THROW(folders.Check(temp.File("log")));
+    OpenToEverybody(temp.File("log"));
+    EXPECT_THROW(folders.Check(temp.File("log")), SetupError);
+}
+
+TEST(SafeFolders, A_link_is_refused)
+{
+    SafeFolders folders("", false); // drive Z: of Wine is a link to the root of the host
+    EXPECT_TRUE(Contains(ReasonOfRefusal(folders, "Z:\\usr"), "is a junction or a link"));
+}
+
+TEST(SafeFolders, With_ALLOWWEAK_every_existing_folder_is_accepted)
+{
+    const TempFolder temp;
+    std::filesystem::create_directory(temp.File("open"));
+    OpenToEverybody(temp.File("open"));
+    SafeFolders folders("", true);
+    EXPECT_EQ("accepted", ReasonOfRefusal(folders, temp.File("open")));
+    EXPECT_EQ("accepted", ReasonOfRefusal(folders, temp.File("open\\new")));
+}
+
+TEST(SafeFolders, A_folder_that_another_program_makes_at_the_same_moment_is_refused)
+{
+    const TempFolder temp;
+    SafeFolders folders("", false);
+    const ImportPatch patch("CreateDirectoryW", MakeAfterAnother, makeFolder);
+    EXPECT_EQ("Somebody else made " + temp.File("new") + " just now. Try again.",
+              ReasonOfRefusal(folders, temp.File("new")));
+    EXPECT_TRUE(folders.Made().empty());
+}
+
+TEST(SafeFolders, A_made_folder_without_its_rights_is_refused)
+{
+    const TempFolder temp;
+    SafeFolders folders("", false);
+    const ImportPatch patch("CreateDirectoryW", MakeWithoutRights, makeFolder);
+    EXPECT_TRUE(Contains(ReasonOfRefusal(folders, temp.File("new")), "Everyone may write to"));
+    EXPECT_EQ(std::vector<std::string>{temp.File("new")}, folders.Made()); // so that it is removed
+}
+
+TEST(SafeFolders, What_is_no_folder_or_no_full_path_is_refused)
+{
+    const TempFolder temp;
+    std::ofstream(temp.File("file")) << "x";
+    SafeFolders folders("", false);
+    EXPECT_EQ(temp.File("file") + " is no folder.", ReasonOfRefusal(folders, temp.File("file")));
+    EXPECT_EQ("new is no full path of a folder.", ReasonOfRefusal(folders, "new"));
+}
+
+} // namespace
+} // namespace vqrx::test

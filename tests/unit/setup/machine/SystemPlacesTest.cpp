@@ -1,0 +1,26 @@
+#include "SystemPlaces.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+namespace vqrx::test {
+
+TEST(SystemPlaces, Windows_names_its_folders)
+{
+    EXPECT_EQ("C:\\Program Files", setup::v0::ProgramFilesFolder());
+    EXPECT_NE(INVALID_FILE_ATTRIBUTES,
+              GetFileAttributesA((setup::v0::SystemFolder() + "\\kernel32.dll").c_str()));
+    EXPECT_EQ("C:\\FIRMWARE", setup::v0::DefaultFirmwareRoot()); // without a fixed disk D:
+}
+
+TEST(SystemPlaces, The_folder_of_a_path_keeps_the_root_of_a_drive)
+{
+    EXPECT_EQ("C:\\a b", setup::v0::FolderOf("C:\\a b\\c.txt"));
+    EXPECT_EQ("C:\\", setup::v0::FolderOf("C:\\c.txt"));
+    EXPECT_EQ("C:\\", setup::v0::FolderOf("C:\\"));
+    EXPECT_EQ("", setup::v0::FolderOf("c.txt"));
+    EXPECT_NE("", setup::v0::FolderOf(setup::v0::OwnProgram()));
+}
+
+} // namespace vqrx::test
