@@ -1,5 +1,7 @@
 #include "Weaknesses.h"
 
+#include <cstddef>
+
 namespace vqrx::client::v0 {
 namespace {
 
@@ -23,6 +25,14 @@ constexpr std::uint32_t kReplace = kDeleteChild | kWriteAttributes | kDelete | k
 constexpr std::uint32_t kChange = kReplace | kWriteData | kAppendData | kWriteExtended;
 constexpr std::uint32_t kChangeKey = kWriteData | kAppendData | kMakeLink | kDelete | kWriteRights |
                                      kWriteOwner | kGenericAll | kGenericWrite;
+
+// Nobody can rename the root of a drive, remove it, or make a junction of it while something lies in it.
+// On data drives everybody often has the right to change it, which on other folders allows just that.
+std::uint32_t ReplaceMaskOf(const ObjectRights& rights)
+{
+    constexpr std::size_t kRootLength = 3; // of "D:\"
+    return rights.path.size() == kRootLength ? kReplace & ~(kDelete | kWriteAttributes) : kReplace;
+}
 
 std::uint32_t ChangeMaskOf(const ObjectRights& rights)
 {
@@ -76,7 +86,7 @@ std::vector<std::string> Weaknesses(const ObjectRights& rights, const TrustedSid
 
 std::vector<std::string> WeaknessesOfParent(const ObjectRights& rights, const TrustedSids& trusted)
 {
-    return Judge(rights, trusted, kReplace);
+    return Judge(rights, trusted, ReplaceMaskOf(rights));
 }
 
 std::vector<GrantedRight> GrantsToStrangers(const ObjectRights& rights, const TrustedSids& trusted)
@@ -87,7 +97,7 @@ std::vector<GrantedRight> GrantsToStrangers(const ObjectRights& rights, const Tr
 std::vector<GrantedRight> GrantsToStrangersOfParent(const ObjectRights& rights,
                                                     const TrustedSids& trusted)
 {
-    return DangerousGrants(rights, trusted, kReplace);
+    return DangerousGrants(rights, trusted, ReplaceMaskOf(rights));
 }
 
 } // namespace vqrx::client::v0

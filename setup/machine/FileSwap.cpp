@@ -100,12 +100,6 @@ void RemoveEmptyFolder(const std::string& path, bool later) noexcept
     }
 }
 
-FileSwap::~FileSwap()
-{
-    TakeBack();
-    RemoveUnpacked();
-}
-
 void FileSwap::Unpack(const std::vector<PayloadFile>& files)
 {
     const std::string fresh = folder_ + "\\" + RandomName("~new-");
@@ -220,8 +214,9 @@ void FileSwap::SetAside(const std::string& name)
     Move(folder_ + "\\" + name, oldFolder_ + "\\" + name);
 }
 
-void FileSwap::RemoveUnpacked() noexcept
+void FileSwap::Discard() noexcept
 {
+    TakeBack();
     if (newFolder_.empty()) {
         return;
     }
@@ -232,6 +227,7 @@ void FileSwap::RemoveUnpacked() noexcept
         RemoveEmptyFolder(newFolder_ + "\\" + folder, true);
     }
     RemoveEmptyFolder(newFolder_, true);
+    newFolder_.clear();
 }
 
 } // namespace vqrx::setup::v0

@@ -22,8 +22,7 @@ public:
     }
     FileSwap(const FileSwap&) = delete;
     FileSwap& operator=(const FileSwap&) = delete;
-    /// Calls TakeBack(), unless Keep() was called, and removes the unpacked files.
-    ~FileSwap();
+    ~FileSwap() { Discard(); }
 
     /// Makes the fresh folder and writes the files into it.
     /// @throws SetupError if not every file could be written
@@ -37,6 +36,9 @@ public:
     /// Moves all files back to where they were before SwapIn().
     void TakeBack() noexcept;
 
+    /// Calls TakeBack(), unless Keep() was called, and removes the unpacked files.
+    void Discard() noexcept;
+
     /// Deletes the former files. Those that are in use go at the next start of Windows.
     void Keep() noexcept;
 
@@ -46,7 +48,6 @@ public:
 private:
     void Move(const std::string& from, const std::string& to);
     void SetAside(const std::string& name);
-    void RemoveUnpacked() noexcept;
 
     std::string folder_;
     std::string newFolder_;

@@ -1,6 +1,7 @@
 #include "InstallationSteps.h"
 
 #include "Installation.h"
+#include "InstalledFiles.h"
 #include "MachineKey.h"
 #include "ProtectedObjects.h"
 #include "ProxyRegistration.h"
@@ -143,8 +144,14 @@ void InstallationSteps::StartSupervisor()
 
 void InstallationSteps::Keep()
 {
+    const MachineKey notes = InstallationKey();
+    const std::string formerFolder = notes.Text("InstallLocation");
+    const std::vector<std::string> formerFiles = notes.List("Files");
     WriteNotes();
     swap_.Keep();
+    if (!formerFolder.empty() && formerFolder != folder_) {
+        RemoveInstalledFiles(formerFolder, formerFiles); // nobody keeps them up to date any more
+    }
 }
 
 int InstallationSteps::HandOver()
@@ -173,8 +180,6 @@ void InstallationSteps::GoBack() noexcept
         swap_.TakeBack();
         if (change_.Ended()) {
             StartFormer();
-        } else if (folders_) {
-            folders_->RemoveMade();
         }
     } catch (const std::exception& error) {
         conversation_.Say(
@@ -182,6 +187,10 @@ void InstallationSteps::GoBack() noexcept
             "\nStart it, then: daemonctl reattach" +
             (change_.Listing().empty() ? std::string() : " --from \"" + change_.Listing() + "\"") +
             "\n");
+    }
+    swap_.Discard();
+    if (folders_) {
+        folders_->RemoveMade();
     }
 }
 

@@ -2,9 +2,9 @@
 
 #include "FileSwap.h"
 #include "FirmwarePlace.h"
+#include "InstalledFiles.h"
 #include "MachineKey.h"
 #include "ObjectRights.h"
-#include "Payload.h"
 #include "ProcessFacts.h"
 #include "ProxyRegistration.h"
 #include "RandomName.h"
@@ -17,7 +17,6 @@
 
 #include <exception>
 #include <string>
-#include <vector>
 
 namespace vqrx::setup::v0 {
 namespace {
@@ -35,42 +34,6 @@ std::string InstalledFolder()
                          (folder.empty() ? std::string(".") : ", which is in " + folder + "."));
     }
     return folder;
-}
-
-// A file that is in use gets another name, so that a new installation is not disturbed when Windows
-// deletes the file at its next start.
-void RemoveInstalledFile(const std::string& folder, const std::string& name)
-{
-    const std::string path = folder + "\\" + name;
-    if (DeleteFileW(Wide(path).c_str()) != FALSE || GetLastError() == ERROR_FILE_NOT_FOUND ||
-        GetLastError() == ERROR_PATH_NOT_FOUND) {
-        return;
-    }
-    const std::string aside = folder + "\\" + RandomName("~removed-") + ".exe";
-    if (MoveFileExW(Wide(path).c_str(), Wide(aside).c_str(), 0) != FALSE) {
-        DeleteOrLater(aside);
-    } else {
-        DeleteOrLater(path);
-    }
-}
-
-void RemoveFiles(const std::string& folder)
-{
-    std::vector<std::string> folders;
-    for (const std::string& name : InstallationKey().List("Files")) {
-        if (IsNameBelow(name)) {
-            RemoveInstalledFile(folder, name);
-            const std::vector<std::string> more = FoldersOfName(name);
-            folders.insert(folders.end(), more.rbegin(), more.rend());
-        }
-    }
-    // A folder is tried once for each of its files; it goes when it is empty. Outer ones come last.
-    for (std::size_t round = 0; round < 2; ++round) {
-        for (const std::string& inside : folders) {
-            RemoveEmptyFolder(std::string(folder).append("\\").append(inside), false);
-        }
-    }
-    RemoveEmptyFolder(folder, true);
 }
 
 void RemoveLog(const SetupOptions& options, Conversation& conversation)
@@ -107,7 +70,7 @@ void RemoveAll(const SetupOptions& options, Conversation& conversation)
     change.End(listing);
     DeleteOrLater(listing);
     UnregisterProxy(folder + "\\DaemonMgrPS.dll"); // that of another installation stays
-    RemoveFiles(folder);
+    RemoveInstalledFiles(folder, InstallationKey().List("Files"));
     RemoveRegisteredRoot();
     RemoveLog(options, conversation);
     RemoveMadeFolders();

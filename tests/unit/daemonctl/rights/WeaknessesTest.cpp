@@ -49,6 +49,20 @@ TEST(Weaknesses, of_a_folder_that_administrators_own_and_users_read_are_none)
     EXPECT_THAT(Weaknesses(With(0x1200A9), kTrusted), IsEmpty());
 }
 
+// Windows gives everybody who has logged on the right to change the root of a data drive.
+TEST(Weaknesses, of_the_root_of_a_drive_as_a_place_are_only_those_that_reach_the_folders_in_it)
+{
+    ObjectRights root = With(0x1301BF);
+    root.path = "D:\\";
+    EXPECT_THAT(WeaknessesOfParent(root, kTrusted), IsEmpty());
+    EXPECT_THAT(GrantsToStrangersOfParent(root, kTrusted), IsEmpty());
+    EXPECT_THAT(Weaknesses(root, kTrusted), ElementsAre("Everyone may write to D:\\"));
+    root.granted.back().mask = 0x1301FF; // with the right to delete what lies in it
+    EXPECT_THAT(WeaknessesOfParent(root, kTrusted), ElementsAre("Everyone may write to D:\\"));
+    EXPECT_THAT(WeaknessesOfParent(With(0x1301BF), kTrusted),
+                ElementsAre("Everyone may write to C:\\FW"));
+}
+
 TEST(Weaknesses, name_a_link_a_stranger_as_owner_and_everybody_who_may_write)
 {
     ObjectRights rights = With(0x1301BF);

@@ -1,0 +1,107 @@
+"""Installations that fail half-way, and versions that must not be replaced without a question."""
+import subprocess
+import sys
+import zipfile
+
+import windows_machine as machine
+from installation import OWN_KEY, PROXY_KEY, InstallationTest
+from packages import NAME, OUTPUT, VERSION
+
+sys.path.insert(0, str(machine.SOURCE / "packaging"))
+from payload import make_installer  # noqa: E402
+
+
+def installer_with(program, content):
+    """Makes an installer in which one program has other bytes. @return its path"""
+    stub = OUTPUT / "stub.exe"
+    subprocess.run(["x86_64-w64-mingw32-strip", "-o", stub,
+                    machine.BUILD / "bin/DaemonManagerSetup.exe"], check=True)
+    with zipfile.ZipFile(OUTPUT / f"{NAME}.zip") as archive:
+        files = {name.removeprefix(NAME + "/"): archive.read(name) for name in archive.namelist()}
+    files["Uninstall.exe"] = stub.read_bytes()
+    files[program] = content
+    path = OUTPUT / "other-setup.exe"
+    path.write_bytes(make_installer(stub.read_bytes(), sorted(files.items())))
+    return path
+
+
+class Failure(InstallationTest):
+    def test_a_supervisor_that_does_not_come_up_gives_way_to_the_former_one(self):
+        self.install_below_root()
+        supervisor = self.supervisor()
+        workers = {self.launch_worker(argument) for argument in ("one", "two words")}
+        before = (machine.host_path(self.folder) / "DaemonManager.exe").read_bytes()
+        # This program ends at once, as a supervisor that cannot start.
+        broken = installer_with("DaemonManager.exe",
+                                (machine.BUILD / "tests/programs/exits_with.exe").read_bytes())
+        code, self.said = machine.call(str(broken), "/S")
+        self.assertEqual(supervisor.end(), 0)
+        self.assertEqual(code, 2, self.said)
+        self.assertIn("DaemonManager.exe ended at once", self.said)
+        self.assertIn("The former supervisor runs again.", self.said)
+        self.assertEqual((machine.host_path(self.folder) / "DaemonManager.exe").read_bytes(), before)
+        self.assertEqual(len(machine.processes("DaemonManager.exe")), 1)
+        self.assertEqual(machine.processes("no_windows.exe"), workers)
+        for daemon in ("0", "1"):
+            self.assertEqual(self.daemonctl("detach", daemon)[0], 0)
+        left = [entry.name for entry in machine.host_path(self.folder).iterdir() if "~" in entry.name]
+        self.assertEqual(left, [])
+
+    def test_an_installation_that_cannot_unpack_leaves_the_old_supervisor_running(self):
+        self.install_below_root()
+        supervisor = self.supervisor()
+        worker = self.launch_worker("one")
+        broken = installer_with("x" * 300, b"a name that is too long for a file")
+        code, self.said = machine.call(str(broken), "/S")
+        self.assertEqual(code, 2)
+        self.assertIn("cannot be written", self.said)
+        self.assertEqual(machine.processes("no_windows.exe"), {worker})
+        self.assertEqual(self.daemonctl("stop", "0"), (0, "daemon 0 stopped\n"))
+        self.assertEqual(self.daemonctl("exit")[0], 0)
+        self.assertEqual(supervisor.end(), 0)
+        left = [entry.name for entry in machine.host_path(self.folder).iterdir() if "~" in entry.name]
+        self.assertEqual(left, [])
+
+    def test_a_first_installation_that_fails_leaves_nothing(self):
+        before = machine.snapshot()
+        broken = installer_with("DaemonMgrPS.dll", b"no library")
+        code, self.said = machine.call(str(broken), "/S", f"/ROOT={self.ROOT}")
+        self.assertEqual(code, 2)
+        self.assertIn("DaemonMgrPS.dll cannot be registered", self.said)
+        after = machine.snapshot()
+        self.assertEqual(sorted(name for name in {*before, *after}
+                                if before.get(name) != after.get(name)), [])
+
+    def test_a_newer_version_is_replaced_only_on_request(self):
+        self.install_below_root()
+        machine.run("reg", "add", OWN_KEY, "/v", "DisplayVersion", "/d", "99.0.0", "/f")
+        self.assertEqual(self.install(), 2)
+        self.assertIn("/DOWNGRADE", self.said)
+        self.assertEqual(machine.value(OWN_KEY, "DisplayVersion"), "99.0.0")
+        self.assertEqual(self.install("/DOWNGRADE"), 0, self.said)
+        self.assertEqual(machine.value(OWN_KEY, "DisplayVersion"), VERSION)
+
+    def test_another_folder_replaces_the_installation_and_leaves_one_supervisor(self):
+        self.install_below_root()
+        supervisor = self.supervisor()
+        former = self.folder
+        worker = self.launch_worker("one")
+        self.folder = self.ROOT + r"\Programs"
+        self.assertEqual(self.install("/D=" + self.folder), 0, self.said)
+        self.assertEqual(supervisor.end(), 0)
+        self.assertEqual(len(machine.processes("DaemonManager.exe")), 1)
+        self.assertEqual(len(machine.processes(self.folder + r"\DaemonManager.exe")), 1)
+        self.assertEqual(machine.processes("no_windows.exe"), {worker})
+        self.assertFalse(machine.host_path(former).exists())
+        self.assertIn(self.installed("DaemonMgrPS.dll"), machine.registry(PROXY_KEY))
+
+    def test_an_unknown_option_or_account_is_refused(self):
+        self.assertEqual(self.install("/X"), 2)
+        self.assertIn("Unknown option: /X", self.said)
+        self.assertEqual(self.install(f"/ROOT={self.ROOT}", "/ACCOUNT=nobody of this name"), 2)
+        self.assertIn("There is no account nobody of this name.", self.said)
+        self.assertFalse(machine.host_path(self.ROOT).exists())
+
+    def test_the_account_of_the_supervisor_is_noted(self):
+        self.install_below_root("/ACCOUNT=S-1-5-19")
+        self.assertEqual(machine.value(OWN_KEY, "Account"), "S-1-5-19")
