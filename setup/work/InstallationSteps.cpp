@@ -164,7 +164,7 @@ int InstallationSteps::HandOver()
         return kSetupDone;
     }
     if (change_.Ran() && !change_.HandOver(options_.allowWeak)) {
-        conversation_.Say("Installed, and the supervisor runs.\n");
+        conversation_.Say("Installed.\n");
         return kSetupIncomplete;
     }
     DeleteOrLater(change_.Listing());

@@ -138,6 +138,10 @@ bool SupervisorChange::HandOver(bool trust)
         arguments.push_back(listing_);
     }
     const ProgramAnswer answer = Client(arguments);
+    if (WaitForSingleObject(started_.Get(), 0) != WAIT_TIMEOUT) {
+        conversation_.Say("The supervisor has ended again. Its log says why.\n");
+        return false;
+    }
     if (answer.exitCode == kClientDone || answer.exitCode == kNothingToHandOver) {
         return true;
     }

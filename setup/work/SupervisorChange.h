@@ -51,7 +51,8 @@ public:
 
     /// Hands the daemons of the list, or of the log, over to the supervisor that runs.
     /// @param trust  believe the log, whoever may have written it
-    /// @return whether all were handed over
+    /// @return whether all were handed over, and the supervisor still runs after that: until it has published
+    ///         its object, another program could answer in its place
     [[nodiscard]] bool HandOver(bool trust);
 
     /// Returns the file with the list of the daemons; empty if there is none.

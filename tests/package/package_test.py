@@ -17,6 +17,7 @@ from programs_test import Programs, UnprotectedProgram  # noqa: F401
 from replacement_test import Replacement  # noqa: F401
 from rights_test import Rights  # noqa: F401
 from signing_test import Signing  # noqa: F401
+from stranger_test import Stranger  # noqa: F401
 
 
 def main():

@@ -3,6 +3,7 @@
 #include "ImportPatch.h"
 #include "SetupError.h"
 #include "TempFolder.h"
+#include "Wine.h"
 
 #include <windows.h>
 
@@ -125,8 +126,12 @@ TEST(SafeFolders, A_file_that_everybody_may_change_is_refused_and_a_missing_one_
 
 TEST(SafeFolders, A_link_is_refused)
 {
-    SafeFolders folders("", false); // drive Z: of Wine is a link to the root of the host
-    EXPECT_TRUE(Contains(ReasonOfRefusal(folders, "Z:\\usr"), "is a junction or a link"));
+    // Drive Z: of Wine is a link to the root of the host. Windows has a junction of this name.
+    SafeFolders folders("", false);
+    EXPECT_TRUE(
+        Contains(ReasonOfRefusal(folders, RunsUnderWine() ? "Z:\\usr"
+                                                          : "C:\\Documents and Settings\\Public"),
+                 "is a junction or a link"));
 }
 
 TEST(SafeFolders, With_ALLOWWEAK_every_existing_folder_is_accepted)

@@ -11,7 +11,8 @@ TEST(SystemPlaces, Windows_names_its_folders)
     EXPECT_EQ("C:\\Program Files", setup::v0::ProgramFilesFolder());
     EXPECT_NE(INVALID_FILE_ATTRIBUTES,
               GetFileAttributesA((setup::v0::SystemFolder() + "\\kernel32.dll").c_str()));
-    EXPECT_EQ("C:\\FIRMWARE", setup::v0::DefaultFirmwareRoot()); // without a fixed disk D:
+    EXPECT_EQ(GetDriveTypeA("D:\\") == DRIVE_FIXED ? "D:\\FIRMWARE" : "C:\\FIRMWARE",
+              setup::v0::DefaultFirmwareRoot());
 }
 
 TEST(SystemPlaces, The_folder_of_a_path_keeps_the_root_of_a_drive)
