@@ -52,6 +52,7 @@ int Run()
     AddRecordCommand(app, exitCode, DefaultLogPath);
     AddDoctorCommand(app, exitCode);
     AddRightsCommand(app, exitCode);
+    AddAutostartCommand(app, exitCode);
     AddCompletionCommand(app, exitCode);
 
     std::vector<const char*> pointers;

@@ -53,6 +53,9 @@ void AddReattachCommand(CLI::App& app, int& exitCode);
 /// Adds doctor, which checks everything on the machine that the supervisor needs.
 void AddDoctorCommand(CLI::App& app, int& exitCode);
 
+/// Adds autostart, which lets Windows start the guard, and with it the supervisor.
+void AddAutostartCommand(CLI::App& app, int& exitCode);
+
 /// Adds metrics, which writes figures about supervisor and daemons for a monitoring system.
 void AddMetricsCommand(CLI::App& app, int& exitCode);
 

@@ -2,6 +2,7 @@
 
 #include "Bounded.h"
 #include "ExitReason.h"
+#include "GatherAutostart.h"
 #include "InstalledPaths.h"
 #include "LogFile.h"
 #include "ThisMachine.h"
@@ -152,6 +153,7 @@ DoctorFacts GatherDoctorFacts()
                     return GatherWmiFacts();
                 }).value_or(WmiFacts());
     facts.crashDialogs = GatherCrashDialogFacts();
+    facts.autostart = GatherAutostartFacts();
     return facts;
 }
 

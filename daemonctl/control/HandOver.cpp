@@ -27,16 +27,18 @@ std::string NameOfFormer(const FormerDaemon& former)
     return name + " (" + Printable(former.command) + "): ";
 }
 
-ProcessFamily FamilyOfThisMachine()
+ProcessFamily FamilyOfThisMachine(const std::vector<FormerSupervisor>& supervisors)
 {
-    return {ParentOfProcess, [](std::uint32_t parentId) {
+    return {ParentOfProcess,
+            [](std::uint32_t parentId) {
                 std::vector<RunningProgram> children;
                 for (ProcessFacts& child : RunningChildren(parentId)) {
                     std::vector<std::string> arguments = ArgumentsOfProcess(child.processId);
                     children.push_back({std::move(child), std::move(arguments)});
                 }
                 return children;
-            }};
+            },
+            supervisors};
 }
 
 // Carries out a plan, daemon by daemon.
@@ -102,6 +104,7 @@ private:
             *former.processId, Wide(arguments.value_or(std::vector<std::string>())));
         if (!answer.done) {
             ++count_.lost;
+            ++count_.refused;
             reporter_.failed(NameOfFormer(former) +
                              "the supervisor could not attach it; to find the reason: daemonctl "
                              "doctor");
@@ -150,8 +153,9 @@ HandOverCount HandOver(SupervisorClient& supervisor, const HandOverOptions& opti
         timeline = ReadTimelineAfter(options.formerLog);
     }
     Handing handing(&supervisor, options, reporter);
-    auto plan = PlanReattachment(timeline, RunOfThisMachine(timeline), options.listed,
-                                 SourceOfThisMachine(), FamilyOfThisMachine());
+    auto plan =
+        PlanReattachment(timeline, RunOfThisMachine(timeline), options.listed,
+                         SourceOfThisMachine(), FamilyOfThisMachine(options.formerSupervisors));
     if (options.review) {
         options.review(plan);
     }
@@ -171,7 +175,7 @@ HandOverCount ReportUnwatched(const Reporter& reporter)
     const HandOverOptions options;
     Handing handing(nullptr, options, reporter);
     for (const FormerDaemon& former :
-         PlanReattachment(timeline, none, {}, SourceOfThisMachine(), FamilyOfThisMachine())) {
+         PlanReattachment(timeline, none, {}, SourceOfThisMachine(), FamilyOfThisMachine({}))) {
         if (former.plan == HandOverPlan::attach) {
             handing.Carry(former);
         }

@@ -18,6 +18,9 @@ struct HandOverOptions {
     /// Lines of a fleet file: a line that names a service gives its arguments for a restart, which
     /// the log does not show.
     std::vector<ExpectedProgram> fleet;
+    /// Former supervisors whose processes the caller knows. Their daemons are found even if the log
+    /// names none of them.
+    std::vector<FormerSupervisor> formerSupervisors;
     /// UTF-8 path of a log whose records come before those of the present log; empty: none
     std::string formerLog;
     /// May change the plan before it is carried out; empty: nobody looks at it.
@@ -28,9 +31,10 @@ struct HandOverOptions {
 /// What HandOver() did, in numbers of daemons. In a dry run: what it would do.
 struct HandOverCount {
     std::size_t attached = 0;
-    std::size_t already = 0;    ///< the running supervisor supervises them already
-    std::size_t neverRan = 0;   ///< they never had a process
-    std::size_t lost = 0;       ///< they could not be attached
+    std::size_t already = 0;  ///< the running supervisor supervises them already
+    std::size_t neverRan = 0; ///< they never had a process
+    std::size_t lost = 0;     ///< they could not be attached
+    std::size_t refused = 0;  ///< of the lost ones: the supervisor refused; it may not do so later
     bool formerRunSeen = false; ///< the logs show a run before the present one
 };
 

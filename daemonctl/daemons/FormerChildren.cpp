@@ -78,6 +78,9 @@ FindFormerChildren(const std::vector<StartedProcess>& started, const Timeline& t
                    const ProcessFamily& family)
 {
     ParentFinder finder(current.startedMs.value_or(current.firstMs), facts);
+    for (const FormerSupervisor& supervisor : family.supervisors) {
+        finder.Add(supervisor.processId, supervisor.createdMs, supervisor.createdMs);
+    }
     for (const StartedProcess& process : started) {
         if (const auto parent = family.parentOf(process.facts.processId)) {
             finder.Add(*parent, process.facts.createdMs,

@@ -10,13 +10,20 @@
 
 namespace vqrx::client::v0 {
 
+/// A supervisor that has ended.
+struct FormerSupervisor {
+    std::uint32_t processId = 0;
+    std::int64_t createdMs = 0; ///< when Windows created it, milliseconds since 1970, UTC
+};
+
 /// The questions about parents and children among the processes of this machine, as functions that a
-/// test can replace.
+/// test can replace; and what the caller knows about former supervisors.
 struct ProcessFamily {
     /// Returns the id of the process that has started a process; nothing if no process has this id.
     std::function<std::optional<std::uint32_t>(std::uint32_t processId)> parentOf;
     /// Returns the running processes that a process with this id has started, except console hosts.
     std::function<std::vector<RunningProgram>(std::uint32_t parentId)> childrenOf;
+    std::vector<FormerSupervisor> supervisors; ///< may be empty
 };
 
 /// A process that a former supervisor has started, as the log shows.

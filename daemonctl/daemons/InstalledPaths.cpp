@@ -33,4 +33,9 @@ std::string DefaultAppFolder()
     return AnsiToUtf8(installation::AppFolder(FirmwareRoot()));
 }
 
+std::string DefaultFleetPath()
+{
+    return AnsiToUtf8(installation::DefaultFleetFile(FirmwareRoot()));
+}
+
 } // namespace vqrx::client::v0

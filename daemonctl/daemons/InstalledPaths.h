@@ -14,4 +14,8 @@ namespace vqrx::client::v0 {
 /// @throws std::runtime_error if the registry does not name the firmware root
 [[nodiscard]] std::string DefaultAppFolder();
 
+/// Returns the fleet file that is applied at power-on if no other one is named.
+/// @throws std::runtime_error if the registry does not name the firmware root
+[[nodiscard]] std::string DefaultFleetPath();
+
 } // namespace vqrx::client::v0

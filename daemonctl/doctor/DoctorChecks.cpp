@@ -8,7 +8,7 @@ namespace vqrx::client::v0 {
 
 std::vector<Finding> Judge(const DoctorFacts& facts)
 {
-    return {
+    std::vector<Finding> findings{
         JudgeRights(facts.installation),
         JudgeRegistry(facts.installation),
         JudgeApp(facts.installation),
@@ -25,7 +25,12 @@ std::vector<Finding> Judge(const DoctorFacts& facts)
         JudgeErrorBoxes(facts.crashDialogs),
         JudgeDaemons(facts.daemons),
         JudgeFirewallRules(facts.firewallRules),
+        JudgeAutostart(facts.autostart),
     };
+    if (UsesFleetFile(facts.autostart)) {
+        findings.push_back(JudgeFleetFile(facts.autostart));
+    }
+    return findings;
 }
 
 int ExitCodeOf(const std::vector<Finding>& findings)

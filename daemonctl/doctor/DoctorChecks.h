@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AutostartChecks.h"
 #include "ComSecurityCheck.h"
 #include "ConnectionChecks.h"
 #include "CrashDialogChecks.h"
@@ -30,9 +31,10 @@ struct DoctorFacts {
     RightsFacts rights;
     std::vector<ProxyOverride> proxyOverrides;
     ComSecurityFacts comSecurity;
+    AutostartFacts autostart;
 };
 
-/// Makes all checks. Pure.
+/// Makes all checks. The check "fleet-file" is made only if a guard uses such a file. Pure.
 /// @return one finding for each check, in the order in which the operator best follows the remedies
 [[nodiscard]] std::vector<Finding> Judge(const DoctorFacts& facts);
 

@@ -160,7 +160,7 @@ class Header:
 
 def check_docstrings(tree):
     """Types, free functions and public member functions in headers have docstrings."""
-    for path in tree.below("src", "daemonctl", "setup", "sdk"):
+    for path in tree.below("src", "daemonctl", "guard", "setup", "sdk"):
         if path.endswith(".h"):
             for line, name in Header(path, tree.text(path)).undocumented():
                 yield Finding("docstrings", f"{path}:{line}", f"{name} has no docstring (///)")

@@ -28,6 +28,7 @@ MAY_INCLUDE = {
     "src/app": ("src/daemon_mgr", "src/system/installation", "src/system/ring_format"),
     # The operator's client, from the bottom to the top.
     "daemonctl/text": ("src/system",),
+    "daemonctl/autostart": ("daemonctl/text", "src/system"),
     "daemonctl/output": ("daemonctl/text",),
     "daemonctl/log_reader": ("daemonctl/text", "src/system/ring_format", "src/system"),
     "daemonctl/history": ("daemonctl/log_reader",),
@@ -36,13 +37,18 @@ MAY_INCLUDE = {
     "daemonctl/rights": ("daemonctl/text", "src/system"),
     "daemonctl/daemons": ("daemonctl/history", "daemonctl/process", "daemonctl/rights", "sdk",
                           "src/system/installation"),
-    "daemonctl/doctor": ("daemonctl/process", "daemonctl/output", "daemonctl/rights", "sdk",
-                         "src/system/installation", "src/system/ring_format", "src/system/wmi"),
+    "daemonctl/doctor": ("daemonctl/autostart", "daemonctl/process", "daemonctl/output",
+                         "daemonctl/rights", "sdk", "src/system/installation", "src/system/ring_format", "src/system/wmi"),
     "daemonctl/control": ("daemonctl/daemons", "sdk", "src/system/end_process"),
     "daemonctl/event_log": ("daemonctl/daemons", "src/system"),
     "daemonctl/commands": ("daemonctl/control", "daemonctl/daemons", "daemonctl/doctor",
                            "daemonctl/event_log", "daemonctl/report", "daemonctl/output", "daemonctl/rights", "sdk"),
     "daemonctl": ("daemonctl/commands",),
+    # The guard. It hands over and applies a fleet file as the client does.
+    "guard/decisions": ("daemonctl/history",),
+    "guard/watch": ("guard/decisions", "daemonctl/autostart", "daemonctl/control", "daemonctl/doctor",
+                    "src/log/log_perf", "src/system/installation"),
+    "guard": ("guard/watch",),
     # The installer, from the bottom to the top.
     "setup/plan": (),
     "setup/machine": ("setup/plan", "daemonctl/rights", "daemonctl/process", "src/cpp_utils",
@@ -56,6 +62,7 @@ MAY_INCLUDE = {
 # each with the reason.
 NOT_MIRRORED = {
     "daemonctl": "holds only the main functions; the integration tests run the programs",
+    "guard": "holds only the main function; the integration tests run the program",
     "tests/unit/sdk/ArgumentRulesRandomTest.cpp": "tests a source of sdk, which lies beside src",
     "setup": "holds only the main function; the tests of the packages run the program",
     "setup/window": "the tests of the packages run the program",
@@ -75,6 +82,19 @@ NO_MESSAGES = {
 # Sources that have no test file of their own name: the test file with the cases that fail when the
 # source is wrong.
 TESTED_BY = {
+    "daemonctl/autostart/GuardRunValue.cpp": "tests/unit/daemonctl/autostart/AutostartTest.cpp",
+    "daemonctl/autostart/GuardServiceEntry.cpp": "tests/unit/daemonctl/autostart/AutostartTest.cpp",
+    "daemonctl/commands/AutostartCommand.cpp": "tests/integration/AutostartTest.cpp",
+    "daemonctl/commands/GatherAutostart.cpp": "tests/integration/AutostartTest.cpp",
+    "guard/watch/GuardProgram.cpp": "tests/integration/GuardTest.cpp",
+    "guard/watch/GuardService.cpp": "tests/integration/AutostartTest.cpp",
+    "guard/watch/HangDump.cpp": "tests/integration/GuardHangTest.cpp",
+    "guard/watch/SupervisorCheck.cpp": "tests/integration/GuardHangTest.cpp",
+    "guard/watch/SupervisorEnd.cpp": "tests/integration/GuardHangTest.cpp",
+    "guard/watch/SupervisorProgram.cpp": "tests/integration/GuardTest.cpp",
+    "guard/watch/TakeOver.cpp": "tests/integration/GuardTest.cpp",
+    "guard/watch/TakeOverTask.cpp": "tests/integration/GuardTest.cpp",
+    "guard/watch/Watch.cpp": "tests/integration/GuardTest.cpp",
     "daemonctl/commands/ApplyCommand.cpp": "tests/integration/FleetTest.cpp",
     "daemonctl/commands/CalledProgram.cpp": "tests/operator/trouble_test.py",
     "daemonctl/commands/CheckCommand.cpp": "tests/integration/OperatorTest.cpp",

@@ -5,7 +5,7 @@ from layout import lists
 from layout.tree import Finding, folder_of, line_of, name_of
 
 MAX_LINES = 300
-LONG_FOLDERS = ("src", "daemonctl", "setup", "sdk", "interface", "tests", "benchmarks", "tools")
+LONG_FOLDERS = ("src", "daemonctl", "guard", "setup", "sdk", "interface", "tests", "benchmarks", "tools")
 DATA_SUFFIXES = (".svg", ".csv", ".json", ".md", ".txt", ".log")
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]+"([^"]+)"', re.MULTILINE)
 ATOMIC = re.compile(r"\bstd::atomic(?:_\w+)?(?:<[^;{}()]*?>)?\s+(\w+)")
@@ -44,7 +44,7 @@ def reachable(room):
 
 def check_arrows(tree):
     """A file includes only its own folder and the folders listed for it."""
-    code = [path for path in tree.below("src", "daemonctl", "setup", "sdk", "interface")
+    code = [path for path in tree.below("src", "daemonctl", "guard", "setup", "sdk", "interface")
             if path.endswith((".h", ".cpp"))]
     for room in lists.MAY_INCLUDE:
         if not tree.below(room):
@@ -71,7 +71,7 @@ def check_arrows(tree):
 def mirrored_folder(path):
     """The folder of sources that belongs to a file below tests/unit."""
     folder = folder_of(path).removeprefix("tests/unit").lstrip("/")
-    return folder if folder.split("/")[0] in ("daemonctl", "setup") else f"src/{folder}".rstrip("/")
+    return folder if folder.split("/")[0] in ("daemonctl", "guard", "setup") else f"src/{folder}".rstrip("/")
 
 
 def check_tested(tree, folders):
@@ -96,9 +96,9 @@ def check_tested(tree, folders):
 
 
 def check_mirror(tree):
-    """tests/unit mirrors src, daemonctl and setup: folder by folder, and each source has its test file."""
+    """tests/unit mirrors src, daemonctl, guard and setup: folder by folder, and each source has its test file."""
     stems = {}
-    for path in tree.below("src", "daemonctl", "setup"):
+    for path in tree.below("src", "daemonctl", "guard", "setup"):
         if path.endswith((".h", ".cpp")):
             stems.setdefault(folder_of(path), set()).add(name_of(path).partition(".")[0])
     tested = set()
@@ -138,7 +138,7 @@ def check_waits(tree):
     libstdc++ 12 has a gap on Windows between its look at the value and its wait: a notification in
     this gap is lost, and the thread waits for ever (bits/atomic_wait.h, _M_do_wait).
     """
-    for path in tree.below("src", "daemonctl", "setup", "sdk", "interface", "tests", "benchmarks"):
+    for path in tree.below("src", "daemonctl", "guard", "setup", "sdk", "interface", "tests", "benchmarks"):
         if not path.endswith((".h", ".cpp")):
             continue
         text = tree.text(path)

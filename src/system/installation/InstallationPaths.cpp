@@ -6,6 +6,10 @@ namespace {
 constexpr const char* kAppFolder = "\\App";
 constexpr const char* kLogFolder = "\\Logs";
 constexpr const char* kLogFile = "\\DaemonManager.log";
+constexpr const char* kGuardLogFile = "\\DaemonGuard.log";
+constexpr const char* kGuardLockFile = "\\DaemonGuard.lock";
+constexpr const char* kDumpFile = "\\DaemonManager.dmp";
+constexpr const char* kFleetFile = "\\fleet.txt";
 
 } // namespace
 
@@ -27,6 +31,26 @@ std::string LogFolder(const std::string& root)
 std::string LogFile(const std::string& root)
 {
     return LogFolder(root) + kLogFile;
+}
+
+std::string GuardLogFile(const std::string& root)
+{
+    return LogFolder(root) + kGuardLogFile;
+}
+
+std::string GuardLockFile(const std::string& root)
+{
+    return LogFolder(root) + kGuardLockFile;
+}
+
+std::string DumpFile(const std::string& root)
+{
+    return LogFolder(root) + kDumpFile;
+}
+
+std::string DefaultFleetFile(const std::string& root)
+{
+    return AppFolder(root) + kFleetFile;
 }
 
 } // namespace vqrx::system::installation::v1

@@ -20,4 +20,16 @@ namespace vqrx::system::installation::v1 {
 /// Returns the supervisor's log file.
 [[nodiscard]] std::string LogFile(const std::string& root);
 
+/// Returns the guard's log file.
+[[nodiscard]] std::string GuardLogFile(const std::string& root);
+
+/// Returns the file that a running guard keeps open, so that there is only one guard.
+[[nodiscard]] std::string GuardLockFile(const std::string& root);
+
+/// Returns the file with the memory of the last supervisor that did not answer and was ended.
+[[nodiscard]] std::string DumpFile(const std::string& root);
+
+/// Returns the fleet file that is applied if no other one is named.
+[[nodiscard]] std::string DefaultFleetFile(const std::string& root);
+
 } // namespace vqrx::system::installation::v1

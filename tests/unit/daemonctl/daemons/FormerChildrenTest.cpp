@@ -35,7 +35,8 @@ protected:
     }
 
     // Starts the next supervisor. Returns the ids of the found processes.
-    std::vector<std::uint32_t> Find(const std::vector<StartedProcess>& started)
+    std::vector<std::uint32_t> Find(const std::vector<StartedProcess>& started,
+                                    const std::vector<FormerSupervisor>& supervisors = {})
     {
         FakeLog log = log_;
         const Timeline timeline = log.Begin().Timeline();
@@ -53,6 +54,7 @@ protected:
             }
             return children;
         };
+        family.supervisors = supervisors;
         std::vector<std::uint32_t> processes;
         for (const RunningProgram& child : FindFormerChildren(
                  started, timeline, timeline.runs.back(), machine_.Source().facts, family)) {
@@ -132,10 +134,11 @@ TEST_F(FormerChildren, Process_with_the_id_of_an_earlier_daemon_is_found)
     EXPECT_EQ(Find(Daemon0()), Ids{13});
 }
 
-TEST_F(FormerChildren, Process_is_not_found_without_another_daemon_of_its_supervisor)
+TEST_F(FormerChildren, Supervisor_that_the_caller_knows_needs_no_daemon_in_the_log)
 {
     Run(13, 100, log_.NowMs());
     EXPECT_EQ(Find({}), Ids{});
+    EXPECT_EQ(Find({}, {{100, startedMs_}}), Ids{13});
 }
 
 TEST_F(FormerChildren, Command_of_a_process_is_its_path_and_its_arguments)

@@ -52,7 +52,7 @@ TEST(DoctorChecks, On_a_healthy_machine_every_check_is_ok_and_the_order_is_fixed
                                                 "proxy", "proxy-users", "file-rights", "key-rights",
                                                 "firewall-service", "supervisor", "com-security",
                                                 "wmi", "crash-dialogs", "error-boxes", "daemons",
-                                                "firewall-rules"}));
+                                                "firewall-rules", "autostart"}));
     EXPECT_EQ(ExitCodeOf(findings), 0);
 }
 

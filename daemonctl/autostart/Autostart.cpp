@@ -1,0 +1,87 @@
+#include "Autostart.h"
+
+#include "GuardRunValue.h"
+#include "GuardServiceEntry.h"
+#include "Utf8.h"
+#include "win32/UniqueHandle.h"
+
+#include <windows.h>
+
+#include <cstddef>
+#include <stdexcept>
+#include <utility>
+
+namespace vqrx::client::v0 {
+namespace {
+
+constexpr std::size_t kLongestPath = 32768;
+
+void StartInThisSession(const GuardCommand& command)
+{
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION started{};
+    std::wstring commandLine = Wide(CommandLineOf(command));
+    if (CreateProcessW(Wide(command.program).c_str(), commandLine.data(), nullptr, nullptr, FALSE,
+                       DETACHED_PROCESS, nullptr, nullptr, &startup, &started) == FALSE) {
+        const DWORD error = GetLastError();
+        throw std::runtime_error(command.program + " cannot be started: Windows error " +
+                                 std::to_string(error));
+    }
+    const system::win32::v1::UniqueKernelHandle process(started.hProcess); // only to close them
+    const system::win32::v1::UniqueKernelHandle thread(started.hThread);
+}
+
+} // namespace
+
+std::vector<AutostartEntry> ReadAutostart()
+{
+    std::vector<AutostartEntry> entries;
+    if (auto service = ReadGuardService()) {
+        entries.push_back(std::move(*service));
+    }
+    const std::string value = ReadGuardRunValue();
+    if (!value.empty()) {
+        AutostartEntry session;
+        session.mode = GuardMode::session;
+        session.commandLine = value;
+        entries.push_back(std::move(session));
+    }
+    return entries;
+}
+
+void InstallAutostart(const GuardCommand& command)
+{
+    // The new entry first: if it cannot be made, the machine keeps the one that it has.
+    if (command.arguments.mode == GuardMode::service) {
+        MakeGuardService(CommandLineOf(command));
+        RemoveGuardRunValue();
+    } else {
+        WriteGuardRunValue(CommandLineOf(command));
+        RemoveGuardService();
+    }
+}
+
+bool RemoveAutostart()
+{
+    const bool wasService = RemoveGuardService();
+    return RemoveGuardRunValue() || wasService;
+}
+
+std::string PathBesideThisProgram(const std::wstring& fileName)
+{
+    std::wstring path(kLongestPath, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return Utf8(path.substr(0, path.find_last_of(L"\\/") + 1) + fileName);
+}
+
+void StartGuard(const GuardCommand& command)
+{
+    if (command.arguments.mode == GuardMode::service) {
+        StartGuardService();
+    } else {
+        StartInThisSession(command);
+    }
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,187 @@
+#include "Commands.h"
+
+#include "Autostart.h"
+#include "DoctorChecks.h"
+#include "DoctorReport.h"
+#include "ExitCode.h"
+#include "GatherAutostart.h"
+#include "InstalledPaths.h"
+#include "ObjectRights.h"
+#include "PrintText.h"
+#include "Printable.h"
+#include "Utf8.h"
+
+#include <windows.h>
+
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+namespace {
+
+constexpr const wchar_t* kGuardProgram = L"DaemonGuard.exe";
+
+struct AutostartOptions {
+    std::string action;
+    bool service = false;
+    bool session = false;
+    bool noStart = false;
+    std::string fleet;
+};
+
+int RefuseAutostart(int exitCode, const std::string& text)
+{
+    std::cerr << "daemonctl: " << Printable(text) << std::endl;
+    return exitCode;
+}
+
+// The guard runs in another folder than this command.
+std::string FullPath(const std::string& path)
+{
+    std::wstring full(32768, L'\0');
+    full.resize(GetFullPathNameW(Wide(path).c_str(), static_cast<DWORD>(full.size()), full.data(),
+                                 nullptr));
+    return full.empty() ? path : Utf8(full);
+}
+
+// Prints what is wrong with a fleet file. @return whether the guard can launch its programs
+bool CheckFleet(const std::string& path)
+{
+    AutostartFacts facts;
+    ReadFleetFacts(path, facts);
+    if (!facts.fleetThere) {
+        std::cerr << "daemonctl: " << Printable(path) << " does not exist" << std::endl;
+    }
+    for (const std::string& error : facts.fleetErrors) {
+        std::cerr << "daemonctl: " << Printable(path) << ", " << Printable(error) << std::endl;
+    }
+    for (const std::string& warning : facts.fleetWarnings) {
+        std::cerr << "daemonctl: warning: " << Printable(path) << ", " << Printable(warning)
+                  << std::endl;
+    }
+    return facts.fleetThere && facts.fleetErrors.empty();
+}
+
+// A service has all rights. Whoever can change its programs has them, too.
+void WarnOfWeakPaths(const GuardCommand& command)
+{
+    std::vector<std::string> paths{command.program, DefaultAppFolder()};
+    if (!command.arguments.fleet.empty()) {
+        paths.push_back(command.arguments.fleet);
+    }
+    for (const std::string& path : paths) {
+        for (const std::string& weakness : WeaknessesOfPath(path, TrustedAdministrators())) {
+            std::cerr << "daemonctl: warning: the service runs with all rights, but others than "
+                         "administrators can change what it starts: "
+                      << Printable(weakness) << std::endl;
+        }
+    }
+}
+
+int Install(const AutostartOptions& options)
+{
+    GuardCommand command;
+    command.program = PathBesideThisProgram(kGuardProgram);
+    command.arguments.mode = options.session ? GuardMode::session : GuardMode::service;
+    if (GetFileAttributesW(Wide(command.program).c_str()) == INVALID_FILE_ATTRIBUTES) {
+        return RefuseAutostart(kRefused, command.program + " does not exist; nothing was done");
+    }
+    if (!options.fleet.empty()) {
+        command.arguments.fleet = FullPath(options.fleet);
+        if (!CheckFleet(command.arguments.fleet)) {
+            return RefuseAutostart(kWrongUsage, "nothing was done");
+        }
+    }
+    InstallAutostart(command);
+    if (!options.session) {
+        WarnOfWeakPaths(command);
+    }
+    const std::string how = options.session
+                                ? "the guard starts when a user logs on: "
+                                : "the guard starts with Windows, as the service DaemonGuard: ";
+    PrintText(how + Printable(CommandLineOf(command)) + "\n");
+    if (!options.noStart) {
+        StartGuard(command);
+        PrintText("the guard was started now; to wait for the supervisor: daemonctl wait --for "
+                  "supervisor\n");
+    }
+    return kDone;
+}
+
+int Remove()
+{
+    if (!RemoveAutostart()) {
+        PrintText("nothing starts a guard at power-on\n");
+        return kNothingToDo;
+    }
+    PrintText(
+        "no guard starts at power-on any more; a guard that runs goes on until daemonctl exit\n");
+    return kDone;
+}
+
+int PrintStatus()
+{
+    const AutostartFacts facts = GatherAutostartFacts();
+    std::vector<Finding> findings{JudgeAutostart(facts)};
+    if (UsesFleetFile(facts)) {
+        findings.push_back(JudgeFleetFile(facts));
+    }
+    PrintText(DoctorText(findings));
+    return facts.error.empty() && facts.entries.empty() ? static_cast<int>(kNothingToDo)
+                                                        : ExitCodeOf(findings);
+}
+
+int Autostart(const AutostartOptions& options)
+{
+    if (options.action != "install" &&
+        (options.service || options.session || options.noStart || !options.fleet.empty())) {
+        return RefuseAutostart(kWrongUsage, "this option needs autostart install");
+    }
+    try {
+        if (options.action == "install") {
+            return Install(options);
+        }
+        return options.action == "remove" ? Remove() : PrintStatus();
+    } catch (const std::exception& exception) {
+        return RefuseAutostart(kRefused, exception.what());
+    }
+}
+
+} // namespace
+
+void AddAutostartCommand(CLI::App& app, int& exitCode)
+{
+    const auto options = std::make_shared<AutostartOptions>();
+    CLI::App* const command = app.add_subcommand(
+        "autostart", "Let Windows start the supervisor, and a guard that keeps it running");
+    command->add_option("ACTION", options->action, "install, remove, or show the present status")
+        ->check(CLI::IsMember({"install", "remove", "status"}))
+        ->required();
+    CLI::Option* const service = command->add_flag(
+        "--service", options->service, "Start the guard with Windows, as a service (default)");
+    command
+        ->add_flag("--session", options->session,
+                   "Start the guard when a user logs on, for workers that need a desktop")
+        ->excludes(service);
+    command->add_option("--fleet", options->fleet,
+                        "Launch what this file names; default: fleet.txt in \\App, if it exists");
+    command->add_flag("--no-start", options->noStart, "Do not start the guard now");
+    command->footer(
+        "Examples:\n"
+        "  daemonctl autostart install --fleet C:\\FW\\App\\fleet.txt\n"
+        "  daemonctl autostart install --session\n"
+        "  daemonctl autostart status\n"
+        "  daemonctl autostart remove\n"
+        "The guard starts the supervisor, hands over what still runs of a former one, launches what\n"
+        "the fleet file names, and starts the supervisor again if it ends without an order. The\n"
+        "order daemonctl exit also ends the guard, until it is started again.\n"
+        "install and remove need the rights of an administrator.\n"
+        "Exit code 0: done, or all is well; 1: nothing is set up, or there are warnings; 2: the fleet\n"
+        "file has a fault; 4: something failed.");
+    command->callback([&exitCode, options] { exitCode = Autostart(*options); });
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,61 @@
+#include "GatherAutostart.h"
+
+#include "ApplyFleet.h"
+#include "FleetSource.h"
+#include "InstalledPaths.h"
+#include "Utf8.h"
+
+#include <windows.h>
+
+#include <exception>
+
+namespace vqrx::client::v0 {
+namespace {
+
+bool IsThere(const std::string& path)
+{
+    return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+} // namespace
+
+void ReadFleetFacts(const std::string& path, AutostartFacts& facts)
+{
+    facts.fleet = path;
+    facts.fleetThere = IsThere(path);
+    if (!facts.fleetThere) {
+        return;
+    }
+    const ExpectFile fleet = ReadFleetFile(path);
+    facts.fleetErrors = fleet.errors;
+    facts.fleetPrograms = fleet.programs.size();
+    FleetSource source = FleetSourceOfThisMachine();
+    source.orphansOf = [](const std::string&) { return std::vector<UnwatchedProgram>(); };
+    const FleetPlan plan = PlanFleet(fleet.programs, {}, source);
+    facts.fleetErrors.insert(facts.fleetErrors.end(), plan.errors.begin(), plan.errors.end());
+    facts.fleetWarnings = plan.warnings;
+}
+
+AutostartFacts GatherAutostartFacts()
+{
+    AutostartFacts facts;
+    try {
+        facts.entries = ReadAutostart();
+        if (facts.entries.size() != 1) {
+            return facts;
+        }
+        const auto command = ParseGuardCommand(facts.entries.front().commandLine);
+        if (command) {
+            facts.command = *command;
+            facts.programThere = IsThere(command->program);
+            ReadFleetFacts(command->arguments.fleet.empty() ? DefaultFleetPath()
+                                                            : command->arguments.fleet,
+                           facts);
+        }
+    } catch (const std::exception& exception) {
+        facts.error = exception.what();
+    }
+    return facts;
+}
+
+} // namespace vqrx::client::v0

@@ -1,0 +1,98 @@
+#include "AutostartChecks.h"
+
+namespace vqrx::client::v0 {
+namespace {
+
+constexpr const char* kInstallAgain =
+    "As administrator, with the options that you need: daemonctl autostart install";
+
+Finding JudgeServiceEntry(const AutostartEntry& entry)
+{
+    constexpr const char* check = "autostart";
+    if (!entry.isAutomatic) {
+        return Warning(check,
+                       "the service DaemonGuard exists, but Windows does not start it by itself",
+                       kInstallAgain);
+    }
+    if (!entry.isRunning) {
+        return Warning(
+            check,
+            "the service DaemonGuard starts the supervisor with Windows, but it does not "
+            "run now: if the supervisor ends, nobody starts it again",
+            "As administrator: sc start DaemonGuard");
+    }
+    return Ok(check,
+              "the service DaemonGuard starts the supervisor with Windows: " + entry.commandLine);
+}
+
+std::string JoinedFaults(const std::vector<std::string>& faults)
+{
+    std::string text;
+    for (const std::string& fault : faults) {
+        text += "\n" + fault;
+    }
+    return text;
+}
+
+} // namespace
+
+Finding JudgeAutostart(const AutostartFacts& facts)
+{
+    constexpr const char* check = "autostart";
+    if (!facts.error.empty()) {
+        return Warning(check, facts.error, "Run this command as administrator.");
+    }
+    if (facts.entries.empty()) {
+        return Ok(check, "no guard starts the supervisor at power-on (see daemonctl autostart)");
+    }
+    const AutostartEntry& entry = facts.entries.front();
+    if (facts.entries.size() > 1) {
+        return Warning(check,
+                       "both the service DaemonGuard and the machine's Run key start a guard",
+                       kInstallAgain);
+    }
+    if (facts.command.program.empty()) {
+        return Failure(check, "this command line starts no guard: " + entry.commandLine,
+                       kInstallAgain);
+    }
+    if (!facts.programThere) {
+        return Failure(check, facts.command.program + " does not exist", kInstallAgain);
+    }
+    if (entry.mode == GuardMode::session) {
+        return Ok(check, "the machine's Run key starts the supervisor when a user logs on: " +
+                             entry.commandLine);
+    }
+    return JudgeServiceEntry(entry);
+}
+
+bool UsesFleetFile(const AutostartFacts& facts)
+{
+    return facts.error.empty() && facts.entries.size() == 1 && !facts.command.program.empty();
+}
+
+Finding JudgeFleetFile(const AutostartFacts& facts)
+{
+    constexpr const char* check = "fleet-file";
+    if (!facts.fleetThere) {
+        return facts.command.arguments.fleet.empty()
+                   ? Ok(check,
+                        "there is no " + facts.fleet + ": the guard launches nothing at power-on")
+                   : Failure(check, facts.fleet + " does not exist",
+                             "Write the file, or name another one: daemonctl autostart install");
+    }
+    if (!facts.fleetErrors.empty()) {
+        return Failure(check,
+                       facts.fleet + ": the guard launches nothing" +
+                           JoinedFaults(facts.fleetErrors) + JoinedFaults(facts.fleetWarnings),
+                       "Mend the file. To test it: daemonctl apply --dry-run \"" + facts.fleet +
+                           '"');
+    }
+    if (!facts.fleetWarnings.empty()) {
+        return Warning(check, facts.fleet + JoinedFaults(facts.fleetWarnings),
+                       "Mend the file, or put the programs in place.");
+    }
+    return Ok(check, facts.fleet + ": " + std::to_string(facts.fleetPrograms) +
+                         (facts.fleetPrograms == 1 ? " program" : " programs"));
+}
+
+} // namespace vqrx::client::v0

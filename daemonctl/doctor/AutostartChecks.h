@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Autostart.h"
+#include "Finding.h"
+
+#include <string>
+#include <vector>
+
+namespace vqrx::client::v0 {
+
+/// How the supervisor is started at power-on, and what the guard launches then. Texts are UTF-8.
+struct AutostartFacts {
+    std::string error; ///< why Windows does not tell; empty: it does
+    std::vector<AutostartEntry> entries;
+    // The other members are set if there is one entry whose command line starts a guard.
+    GuardCommand command;
+    bool programThere = false; ///< the guard's program exists
+    std::string fleet;         ///< path of the fleet file
+    bool fleetThere = false;
+    std::vector<std::string> fleetErrors;   ///< because of which nothing is launched: "line 3: ..."
+    std::vector<std::string> fleetWarnings; ///< "line 3: ..."; a program does not exist
+    std::size_t fleetPrograms = 0;          ///< lines with a program
+};
+
+/// The check "autostart": whether and how Windows starts the guard, which starts the supervisor. Pure.
+[[nodiscard]] Finding JudgeAutostart(const AutostartFacts& facts);
+
+/// Returns whether a guard will look for a fleet file, so that the check "fleet-file" has a sense. Pure.
+[[nodiscard]] bool UsesFleetFile(const AutostartFacts& facts);
+
+/// The check "fleet-file": whether the guard can launch what its fleet file names. Pure.
+[[nodiscard]] Finding JudgeFleetFile(const AutostartFacts& facts);
+
+} // namespace vqrx::client::v0

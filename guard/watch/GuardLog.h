@@ -1,0 +1,31 @@
+#pragma once
+
+#include "LogLevel.h"
+#include "log_perf/LibLogPerf.h"
+#include "log_perf/ring/LogFileSink.h"
+
+#include <string>
+
+namespace vqrx::guard::v0 {
+
+/// The guard's own log: a ring file of at most 1 MiB. Any thread.
+class GuardLog {
+public:
+    /// @param file  path in the ANSI code page
+    /// @throws ATL::CAtlException if a lock cannot be made; std::bad_alloc
+    explicit GuardLog(const std::string& file);
+    GuardLog(const GuardLog&) = delete;
+    GuardLog& operator=(const GuardLog&) = delete;
+
+    /// Writes one record. A line feed in the text becomes a blank.
+    /// @param level  see LogLevel.h
+    /// @param text   UTF-8
+    void Log(int level, const std::string& text);
+
+private:
+    log::log_perf::v2::LogFileSink sink_;
+    log::log_perf::v2::LibLogPerf
+        logger_; // last: it delivers its records to the sink when destroyed
+};
+
+} // namespace vqrx::guard::v0

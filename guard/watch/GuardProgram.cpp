@@ -1,0 +1,71 @@
+#include "GuardProgram.h"
+
+#include "Autostart.h"
+#include "GuardLog.h"
+#include "SingleGuard.h"
+#include "TextEncoding.h"
+#include "Watch.h"
+#include "com/ComApartment.h"
+#include "installation/FirmwareRoot.h"
+#include "installation/InstallationPaths.h"
+
+#include <memory>
+#include <stdexcept>
+
+namespace vqrx::guard::v0 {
+namespace {
+
+namespace installation = system::installation::v1;
+
+using client::v0::AnsiToUtf8;
+using client::v0::GuardArguments;
+using client::v0::GuardMode;
+using log::i_logger::v0::kLevelError;
+using log::i_logger::v0::kLevelInformation;
+
+constexpr DWORD kFormerGuardMs = 10000; // for a guard that was terminated to be gone
+
+WatchSettings SettingsOf(const GuardArguments& arguments, const std::string& root)
+{
+    WatchSettings settings;
+    settings.program = client::v0::PathBesideThisProgram(L"DaemonManager.exe");
+    settings.showConsole = arguments.mode == GuardMode::session;
+    settings.fleetNamed = !arguments.fleet.empty();
+    settings.fleet =
+        settings.fleetNamed ? arguments.fleet : AnsiToUtf8(installation::DefaultFleetFile(root));
+    settings.dumpFile = installation::DumpFile(root);
+    return settings;
+}
+
+} // namespace
+
+void RunGuard(const GuardArguments& arguments, HANDLE stop, const std::function<void()>& onReady,
+              const std::function<void()>& onEnding)
+{
+    std::string root; // ANSI code page
+    if (!installation::TryGetFirmwareRoot(root)) {
+        throw std::runtime_error("the registry does not name the firmware root");
+    }
+    CreateDirectoryA(installation::LogFolder(root).c_str(), nullptr); // it may exist already
+    const SingleGuard single(installation::GuardLockFile(root), kFormerGuardMs);
+    const auto log = std::make_shared<GuardLog>(installation::GuardLogFile(root));
+    const system::com::v1::ComApartment apartment;
+    WatchSettings settings = SettingsOf(arguments, root);
+    settings.onEnding = onEnding;
+    log->Log(kLevelInformation,
+             std::string("Guard " DM_VERSION " begins, ") +
+                 (arguments.mode == GuardMode::service ? "as a service" : "in a session") +
+                 "; program: " + settings.program + "; fleet file: " + settings.fleet);
+    if (onReady) {
+        onReady();
+    }
+    try {
+        Watch(std::move(settings), log, stop).Run();
+    } catch (const std::exception& exception) {
+        log->Log(kLevelError, std::string("Guard fails: ") + exception.what());
+        throw;
+    }
+    log->Log(kLevelInformation, "Guard ends");
+}
+
+} // namespace vqrx::guard::v0

@@ -1,0 +1,66 @@
+#include "SupervisorCheck.h"
+
+#include "Bounded.h"
+#include "com/ComApartment.h"
+#include "com/ComPtr.h"
+#include "daemon_manager/SupervisorClient.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+
+#include <atomic>
+#include <cstdint>
+#include <exception>
+#include <memory>
+
+namespace vqrx::guard::v0 {
+namespace {
+
+using system::com::v1::ComPtr;
+
+constexpr std::uint32_t kIdNeverGivenOut = 0xFFFFFFFF; // the supervisor counts from 0
+
+SupervisorCheck Call(std::atomic<bool>& isConnected)
+{
+    try {
+        const system::com::v1::ComApartment apartment;
+        daemon_manager::SupervisorClient supervisor;
+        isConnected = true;
+        supervisor.Detach(kIdNeverGivenOut);
+        return {CheckResult::answers, {}};
+    } catch (const daemon_manager::SupervisorNotRunning& exception) {
+        return {CheckResult::withdrawn, exception.what()};
+    } catch (const daemon_manager::ProxyNotRegistered& exception) {
+        return {CheckResult::unknown, exception.what()};
+    } catch (const daemon_manager::SupervisorNotTrusted& exception) {
+        return {CheckResult::unknown, exception.what()};
+    } catch (const std::exception& exception) {
+        return {CheckResult::silent, exception.what()};
+    }
+}
+
+} // namespace
+
+bool IsPublished() noexcept
+{
+    ComPtr<IRunningObjectTable> table;
+    ComPtr<IMoniker> name;
+    return SUCCEEDED(GetRunningObjectTable(0, table.Put())) &&
+           SUCCEEDED(CreateItemMoniker(L"!", L"DaemonManager", name.Put())) &&
+           table->IsRunning(name.Get()) == S_OK;
+}
+
+SupervisorCheck CheckSupervisor(std::chrono::milliseconds limit)
+{
+    const auto isConnected = std::make_shared<std::atomic<bool>>(false);
+    const auto check =
+        client::v0::Bounded<SupervisorCheck>(limit, [isConnected] { return Call(*isConnected); });
+    if (check) {
+        return *check;
+    }
+    return {*isConnected ? CheckResult::busy : CheckResult::silent,
+            "no answer within " + std::to_string(limit.count()) + " ms"};
+}
+
+} // namespace vqrx::guard::v0

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "GuardLog.h"
+#include "SupervisorProgram.h"
+
+#include <windows.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace vqrx::guard::v0 {
+
+/// Writes a dump of a supervisor that does not answer, and terminates its process. Logs both. Takes at
+/// most 70 s.
+/// @param dumpFile  ANSI code page
+/// @throws std::bad_alloc
+void EndHanging(const SupervisorProgram& supervisor, const std::string& dumpFile, GuardLog& log);
+
+/// Orders a published supervisor to end, and waits for the end of its process. Logs both.
+/// @param log       shared with the thread of the call, which may run on
+/// @param limitMs   milliseconds to wait at most; after that the supervisor runs on
+/// @param onEnding  called about every second meanwhile; may be empty
+/// @throws std::bad_alloc
+void EndInOrder(const SupervisorProgram& supervisor, const std::shared_ptr<GuardLog>& log,
+                DWORD limitMs, const std::function<void()>& onEnding);
+
+} // namespace vqrx::guard::v0

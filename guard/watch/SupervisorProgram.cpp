@@ -1,0 +1,101 @@
+#include "SupervisorProgram.h"
+
+#include "ProcessFacts.h"
+#include "ProcessList.h"
+#include "Utf8.h"
+#include "win32/FileTime.h"
+
+#include <stdexcept>
+#include <vector>
+
+namespace vqrx::guard::v0 {
+namespace {
+
+namespace win32 = system::win32::v1;
+
+constexpr const wchar_t* kProgramName = L"DaemonManager.exe";
+constexpr DWORD kTerminationPatienceMs = 10000;
+constexpr DWORD kUnreadableCode = 0xFFFFFFFF;
+constexpr DWORD kAccess = SYNCHRONIZE | PROCESS_TERMINATE | PROCESS_QUERY_INFORMATION |
+                          PROCESS_VM_READ | PROCESS_DUP_HANDLE;
+
+std::int64_t CreatedMs(HANDLE process)
+{
+    FILETIME created{};
+    FILETIME ended{};
+    FILETIME kernel{};
+    FILETIME user{};
+    return GetProcessTimes(process, &created, &ended, &kernel, &user) != FALSE
+               ? win32::UnixMilliseconds(created)
+               : 0;
+}
+
+} // namespace
+
+std::optional<SupervisorProgram> FindSupervisor(const std::string& program)
+{
+    std::optional<SupervisorProgram> youngest;
+    for (const client::v0::ImageFacts& image : client::v0::ProcessesOfImage(kProgramName)) {
+        if (!image.path.empty() && !client::v0::IsSameFile(image.path, program)) {
+            continue;
+        }
+        win32::UniqueKernelHandle process(OpenProcess(kAccess, FALSE, image.processId));
+        if (!process) {
+            const DWORD error = GetLastError();
+            if (error == ERROR_INVALID_PARAMETER || image.path.empty()) {
+                continue; // it has ended since, or it is somebody else's program of this name
+            }
+            throw std::runtime_error("process " + std::to_string(image.processId) +
+                                     " of the supervisor cannot be opened: error " +
+                                     std::to_string(error));
+        }
+        if (WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0) {
+            continue;
+        }
+        SupervisorProgram found{std::move(process), image.processId, 0};
+        found.createdMs = CreatedMs(found.process.Get());
+        if (!youngest || found.createdMs >= youngest->createdMs) {
+            youngest = std::move(found);
+        }
+    }
+    return youngest;
+}
+
+SupervisorProgram StartSupervisor(const std::string& program, bool showConsole)
+{
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION started{};
+    const std::wstring path = client::v0::Wide(program);
+    std::wstring commandLine = L"\"" + path + L"\"";
+    if (CreateProcessW(path.c_str(), commandLine.data(), nullptr, nullptr, FALSE,
+                       showConsole ? CREATE_NEW_CONSOLE : CREATE_NO_WINDOW, nullptr, nullptr,
+                       &startup, &started) == FALSE) {
+        const DWORD error = GetLastError();
+        throw std::runtime_error(program + " cannot be started: error " + std::to_string(error));
+    }
+    const win32::UniqueKernelHandle primaryThread(started.hThread); // only to close it
+    SupervisorProgram supervisor{win32::UniqueKernelHandle(started.hProcess), started.dwProcessId,
+                                 0};
+    supervisor.createdMs = CreatedMs(supervisor.process.Get());
+    return supervisor;
+}
+
+std::string NameOf(const SupervisorProgram& supervisor)
+{
+    return "process " + std::to_string(supervisor.processId);
+}
+
+bool TerminateSupervisor(const SupervisorProgram& supervisor) noexcept
+{
+    TerminateProcess(supervisor.process.Get(), 1); // a process that ends just now refuses
+    return WaitForSingleObject(supervisor.process.Get(), kTerminationPatienceMs) == WAIT_OBJECT_0;
+}
+
+std::uint32_t ExitCodeOf(const SupervisorProgram& supervisor) noexcept
+{
+    DWORD code = 0;
+    return GetExitCodeProcess(supervisor.process.Get(), &code) != FALSE ? code : kUnreadableCode;
+}
+
+} // namespace vqrx::guard::v0

@@ -1,0 +1,186 @@
+#include "TakeOver.h"
+
+#include "ApplyFleet.h"
+#include "FleetSource.h"
+#include "HandOver.h"
+#include "InstalledPaths.h"
+#include "SupervisorProcesses.h"
+#include "TextFile.h"
+#include "TrustedSources.h"
+#include "Utf8.h"
+#include "WaitForLog.h"
+#include "com/ComApartment.h"
+#include "daemon_manager/SupervisorClient.h"
+
+#include <windows.h>
+
+#include <cstdint>
+#include <exception>
+#include <stdexcept>
+
+namespace vqrx::guard::v0 {
+namespace {
+
+using namespace client::v0; // NOLINT(google-build-using-namespace): the operations of the client
+using daemon_manager::SupervisorClient;
+using log::i_logger::v0::kLevelError;
+using log::i_logger::v0::kLevelInformation;
+using log::i_logger::v0::kLevelWarning;
+
+// The former supervisor's own limits are 90 s for calls of clients and 10 s for leaving COM.
+constexpr std::uint64_t kFormerMs = 120000;
+
+bool IsThere(const std::string& path)
+{
+    return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+// One try of a hand-over.
+class TakingOver {
+public:
+    TakingOver(const TakeOverOrder& order, GuardLog& log)
+        : order_(order)
+        , log_(log)
+    {
+    }
+
+    // @return as TakeOver()
+    bool Run()
+    {
+        const system::com::v1::ComApartment apartment;
+        SupervisorClient supervisor;
+        // A connection that was made before the supervisor ended cannot reach the next one.
+        StopIfAbandoned();
+        WaitForFormerSupervisor();
+        const bool hasFleet = ReadFleet();
+        const bool isHandedOver = HandDaemonsOver(supervisor);
+        return (hasFleet ? Apply(supervisor) : !isUnreadable_) && isHandedOver;
+    }
+
+private:
+    void StopIfAbandoned() const
+    {
+        if (*order_.isAbandoned) {
+            throw std::runtime_error("the supervisor has ended");
+        }
+    }
+
+    // Makes a reporter that writes to the log, and throws an exception when nothing more is to be done.
+    Reporter ReporterFor(const std::string& prefix) const
+    {
+        const auto at = [this, prefix](int level) {
+            return [this, prefix, level](const std::string& line) {
+                log_.Log(level, prefix + line);
+                StopIfAbandoned();
+            };
+        };
+        return {at(kLevelInformation), at(kLevelInformation), at(kLevelWarning)};
+    }
+
+    // A former supervisor restarts its daemons until its process ends.
+    void WaitForFormerSupervisor() const
+    {
+        const SupervisorProcesses processes;
+        if (processes.Running().size() <= 1) {
+            return;
+        }
+        log_.Log(kLevelInformation, "Hand-over: waits until the former supervisor has ended");
+        if (!processes.WaitUntilAtMost(1, kFormerMs)) {
+            throw std::runtime_error("the former supervisor still runs");
+        }
+        StopIfAbandoned();
+    }
+
+    // @return whether there is a fleet file without faults
+    bool ReadFleet()
+    {
+        if (!order_.fleetNamed && !IsThere(order_.fleet)) {
+            log_.Log(kLevelInformation, "Fleet: there is no " + order_.fleet);
+            return false;
+        }
+        try {
+            fleet_ = ParseExpectFile(ReadTextFile(order_.fleet));
+        } catch (const std::runtime_error& error) {
+            isUnreadable_ = true;
+            return HasNoFaults({error.what()});
+        }
+        return HasNoFaults(fleet_.errors);
+    }
+
+    // Logs what is wrong with the fleet file. @return whether nothing is
+    bool HasNoFaults(const std::vector<std::string>& faults) const
+    {
+        for (const std::string& fault : faults) {
+            log_.Log(kLevelError, "Fleet: " + order_.fleet + ", " + fault);
+        }
+        if (!faults.empty()) {
+            log_.Log(kLevelError, "Fleet: nothing was launched");
+        }
+        return faults.empty();
+    }
+
+    // Nobody is there to ask, and no daemon may be lost. So daemons are handed over even if others
+    // than administrators may write to the log; the record names them.
+    void WarnOfWeaknesses() const
+    {
+        if (!IsElevated()) {
+            return;
+        }
+        for (const std::string& weakness : WeaknessesOfSource(DefaultLogPath())) {
+            log_.Log(kLevelWarning, "Hand-over: believes a log that others may write: " + weakness);
+        }
+    }
+
+    // @return whether the supervisor refused none
+    bool HandDaemonsOver(SupervisorClient& supervisor) const
+    {
+        HandOverOptions options;
+        options.fleet = fleet_.programs;
+        options.formerSupervisors = order_.formerSupervisors;
+        const HandOverCount count = HandOver(supervisor, options, ReporterFor("Hand-over: "));
+        if (count.attached != 0) {
+            WarnOfWeaknesses();
+        }
+        log_.Log(kLevelInformation, "Hand-over: " + DescribeCount(count, false));
+        return count.refused == 0;
+    }
+
+    // @return whether a later try could mend nothing
+    bool Apply(SupervisorClient& supervisor) const
+    {
+        const auto [run, nowMs, daemons] = ReadDaemonsOfRunning(ChildrenOfSupervisor());
+        FleetSource source = FleetSourceOfThisMachine();
+        source.attachedKnown = run.beginningSeen;
+        const FleetPlan plan = PlanFleet(fleet_.programs, daemons, source);
+        if (!HasNoFaults(plan.errors)) {
+            return true; // a person must mend the file
+        }
+        const ApplyOptions options;
+        const AppliedCount count =
+            ApplyFleet(supervisor, plan, daemons, options, ReporterFor("Fleet: "));
+        log_.Log(kLevelInformation, "Fleet: " + DescribeCount(count, options));
+        return count.failed == 0;
+    }
+
+    const TakeOverOrder& order_;
+    GuardLog& log_;
+    ExpectFile fleet_;
+    bool isUnreadable_ = false;
+};
+
+} // namespace
+
+bool TakeOver(const TakeOverOrder& order, GuardLog& log) noexcept
+{
+    try {
+        try {
+            return TakingOver(order, log).Run();
+        } catch (const std::exception& exception) {
+            log.Log(kLevelError, std::string("Hand-over: given up: ") + exception.what());
+        }
+    } catch (...) { // NOLINT(bugprone-empty-catch): memory ran out; the next try reports it
+    }
+    return false;
+}
+
+} // namespace vqrx::guard::v0

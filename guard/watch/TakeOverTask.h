@@ -1,0 +1,49 @@
+#pragma once
+
+#include "BackgroundTask.h"
+#include "GuardLog.h"
+#include "StartDelays.h"
+#include "TakeOver.h"
+
+#include <windows.h>
+
+#include <atomic>
+#include <memory>
+
+namespace vqrx::guard::v0 {
+
+/// Hands over on a thread of its own, so that the watch goes on meanwhile. If a hand-over is not
+/// complete, for example because WMI is not ready after power-on, tries again after 1, 2, 4, ... at
+/// most 60 seconds, ten times. All functions on one thread.
+class TakeOverTask {
+public:
+    /// @param log  shared with the thread, which may run on after this object
+    explicit TakeOverTask(std::shared_ptr<GuardLog> log);
+
+    /// Begins the first try for a supervisor that has just been published. Overwrites isAbandoned.
+    void Begin(TakeOverOrder order);
+
+    /// Begins the next try if the last one was not complete and its wait is over. Call it often.
+    void TryAgain();
+
+    /// Lets the thread do nothing more. Call it as soon as the supervisor has ended, before another
+    /// one is started.
+    void Abandon() noexcept;
+
+    /// Waits at most `limitMs` milliseconds until the thread has ended.
+    void Wait(DWORD limitMs) const noexcept { static_cast<void>(task_.Wait(limitMs)); }
+
+private:
+    void BeginTry();
+
+    std::shared_ptr<GuardLog> log_;
+    TakeOverOrder order_;
+    std::shared_ptr<std::atomic<bool>> isAbandoned_ = std::make_shared<std::atomic<bool>>(true);
+    std::shared_ptr<std::atomic<bool>> isComplete_ = std::make_shared<std::atomic<bool>>(true);
+    BackgroundTask task_;
+    StartDelays delays_;         // between two tries
+    unsigned tries_ = 0;         // for this supervisor
+    ULONGLONG tryAgainTick_ = 0; // of the next try; 0: none is planned
+};
+
+} // namespace vqrx::guard::v0

@@ -1,0 +1,269 @@
+#include "Watch.h"
+
+#include "InstalledPaths.h"
+#include "LogFile.h"
+#include "OrderlyEnd.h"
+#include "SupervisorCheck.h"
+#include "SupervisorEnd.h"
+#include "TimeText.h"
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <cstdio>
+#include <exception>
+#include <utility>
+
+namespace vqrx::guard::v0 {
+namespace {
+
+using log::i_logger::v0::kLevelError;
+using log::i_logger::v0::kLevelInformation;
+using log::i_logger::v0::kLevelWarning;
+
+constexpr DWORD kTakeOverLimitMs = 15000; // for a hand-over that is given up to end
+constexpr std::size_t kMostFormer = 100;
+constexpr ULONGLONG kSayAgainMs = 60000;
+
+std::string Hex(std::uint32_t code)
+{
+    std::array<char, 16> text{};
+    std::snprintf(text.data(), text.size(), "0x%x", static_cast<unsigned>(code));
+    return text.data();
+}
+
+std::string Seconds(std::uint64_t milliseconds)
+{
+    return std::to_string(milliseconds / 1000) + " s";
+}
+
+std::vector<client::v0::Record> RecordsOfSupervisor()
+{
+    try {
+        return client::v0::ReadLogFile(client::v0::DefaultLogPath());
+    } catch (const std::exception&) {
+        return {}; // without a log nothing shows an order
+    }
+}
+
+SupervisorCheck Check(DWORD limitMs)
+{
+    try {
+        return CheckSupervisor(std::chrono::milliseconds(limitMs));
+    } catch (const std::exception& exception) {
+        return {CheckResult::unknown, exception.what()};
+    }
+}
+
+// Returns whether the supervisor that the table names answers, or nobody can find out. The table may
+// still name a supervisor that has ended.
+bool Answers(DWORD limitMs)
+{
+    const CheckResult result = Check(limitMs).result;
+    return result != CheckResult::silent && result != CheckResult::withdrawn;
+}
+
+} // namespace
+
+Watch::Watch(WatchSettings settings, std::shared_ptr<GuardLog> log, HANDLE stop)
+    : settings_(std::move(settings))
+    , log_(std::move(log))
+    , stop_(stop)
+    , takeOver_(log_)
+{
+}
+
+void Watch::Run()
+{
+    sinceMs_ = client::v0::NowMs();
+    for (;;) {
+        SupervisorProgram supervisor;
+        if (FindOrStart(supervisor)) {
+            const End end = WatchOver(supervisor);
+            if (end != End::unordered) {
+                takeOver_.Wait(kTakeOverLimitMs);
+                return;
+            }
+            Remember(supervisor);
+        }
+        if (!WaitBeforeStart()) {
+            return;
+        }
+    }
+}
+
+// @return false if there is no supervisor; the log then shows the reason
+bool Watch::FindOrStart(SupervisorProgram& supervisor)
+{
+    try {
+        if (auto found = FindSupervisor(settings_.program)) {
+            supervisor = std::move(*found);
+            Log(kLevelInformation, "Supervisor runs already: " + NameOf(supervisor));
+        } else {
+            AwaitStalePublication();
+            supervisor = StartSupervisor(settings_.program, settings_.showConsole);
+            Log(kLevelInformation, "Supervisor started: " + NameOf(supervisor));
+        }
+        return true;
+    } catch (const std::exception& exception) {
+        Log(kLevelError, std::string("Supervisor not started: ") + exception.what());
+        return false;
+    }
+}
+
+// The table may still name a supervisor that was terminated a moment ago. It would refuse the next one.
+void Watch::AwaitStalePublication() const
+{
+    const ULONGLONG start = GetTickCount64();
+    while (IsPublished() && GetTickCount64() - start < settings_.times.staleMs &&
+           WaitForSingleObject(stop_, settings_.times.lookMs) == WAIT_TIMEOUT) {
+    }
+}
+
+void Watch::Remember(const SupervisorProgram& supervisor)
+{
+    if (former_.size() == kMostFormer) {
+        former_.erase(former_.begin());
+    }
+    former_.push_back({supervisor.processId, supervisor.createdMs});
+}
+
+// @return false if the watch is to end
+bool Watch::WaitBeforeStart()
+{
+    const std::uint32_t wait = delays_.NextMs(GetTickCount64());
+    Log(kLevelWarning, "Next start of the supervisor in " + Seconds(wait));
+    return WaitForSingleObject(stop_, wait) == WAIT_TIMEOUT;
+}
+
+Watch::End Watch::WatchOver(const SupervisorProgram& supervisor)
+{
+    bool isPublished = false;
+    End end = AwaitPublication(supervisor, isPublished);
+    if (isPublished) {
+        takeOver_.Begin(OrderOfTakeOver());
+        end = CheckUntilEnd(supervisor);
+        takeOver_.Abandon();
+    }
+    if (end == End::stopped) {
+        if (isPublished) {
+            EndInOrder(supervisor, log_, settings_.times.exitMs, settings_.onEnding);
+        } else {
+            EndDuringStart(supervisor);
+        }
+    }
+    return end;
+}
+
+// Nobody can ask a supervisor that is not published, and it has no daemons yet.
+void Watch::EndDuringStart(const SupervisorProgram& supervisor)
+{
+    const bool hasEnded = TerminateSupervisor(supervisor);
+    Log(kLevelWarning, "Supervisor " + std::string(hasEnded ? "was ended" : "could not be ended") +
+                           " before it was published: " + NameOf(supervisor));
+}
+
+// @return how the wait ended, if the supervisor was not published
+Watch::End Watch::AwaitPublication(const SupervisorProgram& supervisor, bool& isPublished)
+{
+    const std::array<HANDLE, 2> events = {stop_, supervisor.process.Get()};
+    const ULONGLONG start = GetTickCount64();
+    ULONGLONG sayAtMs = settings_.times.stillStartingMs;
+    for (;;) {
+        isPublished = IsPublished() && Answers(settings_.times.answerMs);
+        const ULONGLONG waitedMs = GetTickCount64() - start;
+        if (isPublished) {
+            Log(kLevelInformation,
+                "Supervisor is published: " + NameOf(supervisor) + ", after " + Seconds(waitedMs));
+            return End::stopped;
+        }
+        if (waitedMs >= sayAtMs) {
+            Log(kLevelWarning, "Supervisor is not published yet after " + Seconds(waitedMs) +
+                                   ": it may wait for the firewall service; the guard waits on");
+            sayAtMs = waitedMs + kSayAgainMs;
+        }
+        switch (WaitForMultipleObjects(2, events.data(), FALSE, settings_.times.lookMs)) {
+        case WAIT_OBJECT_0:
+            return End::stopped;
+        case WAIT_OBJECT_0 + 1:
+            return JudgeEnd(supervisor, false);
+        default:
+            break;
+        }
+    }
+}
+
+Watch::End Watch::CheckUntilEnd(const SupervisorProgram& supervisor)
+{
+    const std::array<HANDLE, 2> events = {stop_, supervisor.process.Get()};
+    CheckCounter counter;
+    ULONGLONG checkTick = GetTickCount64() + settings_.times.checkMs;
+    for (;;) {
+        switch (WaitForMultipleObjects(2, events.data(), FALSE, settings_.times.lookMs)) {
+        case WAIT_OBJECT_0:
+            return End::stopped;
+        case WAIT_OBJECT_0 + 1:
+            return JudgeEnd(supervisor, true);
+        default:
+            break;
+        }
+        takeOver_.TryAgain();
+        if (GetTickCount64() < checkTick) {
+            continue;
+        }
+        if (Hangs(counter)) {
+            takeOver_.Abandon();
+            EndHanging(supervisor, settings_.dumpFile, *log_);
+            return End::unordered;
+        }
+        checkTick = GetTickCount64() + settings_.times.checkMs;
+    }
+}
+
+bool Watch::Hangs(CheckCounter& counter)
+{
+    const SupervisorCheck check = Check(settings_.times.answerMs);
+    const bool hangs = counter.Notice(check.result);
+    const std::uint32_t limit = CheckCounter::Limit(check.result);
+    if (limit != 0) {
+        Log(kLevelWarning, "Supervisor does not answer, " + std::to_string(counter.Count()) +
+                               " of " + std::to_string(limit) + ": " + check.detail);
+    } else if (check.result == CheckResult::unknown && counter.Count() == 1) {
+        Log(kLevelWarning, "Supervisor cannot be checked: " + check.detail);
+    }
+    return hangs;
+}
+
+Watch::End Watch::JudgeEnd(const SupervisorProgram& supervisor, bool wasPublished)
+{
+    takeOver_.Abandon();
+    EndedSupervisor ended;
+    ended.createdMs = supervisor.createdMs;
+    ended.watchedSinceMs = sinceMs_;
+    ended.exitCode = ExitCodeOf(supervisor);
+    ended.wasPublished = wasPublished;
+    if (WasOrdered(ended, RecordsOfSupervisor())) {
+        Log(kLevelInformation,
+            "Supervisor has ended on an order: " + NameOf(supervisor) + "; the watch ends");
+        return End::ordered;
+    }
+    Log(kLevelError, "Supervisor has ended without an order: " + NameOf(supervisor) +
+                         ", exit code " + Hex(ended.exitCode));
+    if (!wasPublished && IsPublished()) {
+        Log(kLevelError,
+            "Another object is published under the supervisor's name. It may be that of "
+            "a supervisor in another place or session; see daemonctl doctor");
+    }
+    return End::unordered;
+}
+
+TakeOverOrder Watch::OrderOfTakeOver() const
+{
+    TakeOverOrder order;
+    order.formerSupervisors = former_;
+    order.fleet = settings_.fleet;
+    order.fleetNamed = settings_.fleetNamed;
+    return order;
+}
+
+} // namespace vqrx::guard::v0

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "CheckCounter.h"
+#include "FormerChildren.h"
+#include "GuardLog.h"
+#include "StartDelays.h"
+#include "SupervisorProgram.h"
+#include "TakeOverTask.h"
+
+#include <windows.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vqrx::guard::v0 {
+
+/// The times of the watch, in milliseconds. Only tests change the defaults.
+struct WatchTimes {
+    DWORD lookMs = 100;            ///< between two looks whether the supervisor is published
+    DWORD checkMs = 10000;         ///< between two checks of the published supervisor
+    DWORD answerMs = 10000;        ///< the longest wait for the answer to a check
+    DWORD stillStartingMs = 10000; ///< until the log says that the supervisor is not published yet
+    DWORD staleMs = 5000;          ///< for the publication of an ended supervisor to vanish
+    DWORD exitMs = 120000;         ///< for the supervisor to end after an order
+};
+
+/// What the watch works on.
+struct WatchSettings {
+    std::string program;      ///< full path of DaemonManager.exe, UTF-8
+    bool showConsole = false; ///< whether the supervisor's console window is shown
+    std::string fleet;        ///< path of the fleet file, UTF-8
+    bool fleetNamed = false;  ///< see TakeOverOrder
+    std::string dumpFile;     ///< for the memory of a supervisor that hangs; ANSI code page
+    WatchTimes times;
+    /// Called about every second while the supervisor ends after `stop`. May be empty.
+    std::function<void()> onEnding;
+};
+
+/// Keeps the supervisor running: starts it, hands over what runs, applies the fleet file, checks it, and
+/// starts it again unless its end was ordered.
+class Watch {
+public:
+    /// @param log   shared with tasks that may run on after the watch
+    /// @param stop  borrowed: a manual-reset event that ends the watch when it is signalled
+    Watch(WatchSettings settings, std::shared_ptr<GuardLog> log, HANDLE stop);
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+
+    /// Returns after somebody ordered the end of the supervisor, or after `stop`: the function then ends
+    /// the supervisor in order first. The daemons run on in both cases. The calling thread must be a
+    /// member of COM's multithreaded apartment.
+    void Run();
+
+private:
+    enum class End {
+        stopped,   // `stop` is signalled
+        ordered,   // the supervisor has ended on an order
+        unordered, // it has ended in another way
+    };
+
+    [[nodiscard]] bool FindOrStart(SupervisorProgram& supervisor);
+    [[nodiscard]] End WatchOver(const SupervisorProgram& supervisor);
+    [[nodiscard]] End AwaitPublication(const SupervisorProgram& supervisor, bool& isPublished);
+    [[nodiscard]] End CheckUntilEnd(const SupervisorProgram& supervisor);
+    [[nodiscard]] bool Hangs(CheckCounter& counter);
+    [[nodiscard]] End JudgeEnd(const SupervisorProgram& supervisor, bool wasPublished);
+    [[nodiscard]] TakeOverOrder OrderOfTakeOver() const;
+    void Remember(const SupervisorProgram& supervisor);
+    void EndDuringStart(const SupervisorProgram& supervisor);
+    void AwaitStalePublication() const;
+    [[nodiscard]] bool WaitBeforeStart();
+    void Log(int level, const std::string& text) { log_->Log(level, text); }
+
+    WatchSettings settings_;
+    std::shared_ptr<GuardLog> log_;
+    HANDLE stop_;
+    std::int64_t sinceMs_ = 0; // begin of the watch, milliseconds since 1970, UTC
+    StartDelays delays_;
+    std::vector<client::v0::FormerSupervisor> former_; // that ended while this watch ran
+    TakeOverTask takeOver_;
+};
+
+} // namespace vqrx::guard::v0

@@ -1,0 +1,163 @@
+// The guard's watch in this program, with short times and the real supervisor.
+#include "ChildProcess.h"
+#include "GuardedMachine.h"
+#include "SupervisorProcess.h"
+#include "TestService.h"
+#include "Watch.h"
+#include "com/ComApartment.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <tlhelp32.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <thread>
+
+namespace vqrx::test {
+namespace {
+
+using system::win32::v1::UniqueKernelHandle;
+
+// Suspends all threads of a process, except those that end at this moment. @return whether there was one
+bool Suspend(DWORD processId)
+{
+    bool isSuspended = false;
+    const UniqueKernelHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = Thread32First(snapshot.Get(), &entry); more != FALSE;
+         more = Thread32Next(snapshot.Get(), &entry)) {
+        if (entry.th32OwnerProcessID == processId) {
+            const UniqueKernelHandle thread(
+                OpenThread(THREAD_SUSPEND_RESUME, FALSE, entry.th32ThreadID));
+            isSuspended = SuspendThread(thread.Get()) != static_cast<DWORD>(-1) || isSuspended;
+        }
+    }
+    return isSuspended;
+}
+
+class GuardHang : public ::testing::Test {
+protected:
+    GuardHang()
+    {
+        std::filesystem::create_directory(machine_.Root() + "\\Logs");
+        log_ = std::make_shared<guard::v0::GuardLog>(machine_.GuardLog());
+    }
+    ~GuardHang() override { StopWatch(); }
+    GuardHang(const GuardHang&) = delete;
+    GuardHang& operator=(const GuardHang&) = delete;
+
+    void StartWatch(const std::string& program = ProductProgram("DaemonManager.exe"))
+    {
+        guard::v0::WatchSettings settings;
+        settings.program = program;
+        settings.fleet = machine_.App() + "\\fleet.txt";
+        settings.dumpFile = Dump();
+        settings.times.checkMs = 100;
+        settings.times.answerMs = 1000;
+        settings.times.stillStartingMs = 100;
+        settings.onEnding = [this] { ++endings_; };
+        thread_ = std::thread([this, settings] {
+            const system::com::v1::ComApartment apartment;
+            guard::v0::Watch(settings, log_, stop_.Get()).Run();
+        });
+    }
+
+    void StopWatch()
+    {
+        SetEvent(stop_.Get());
+        if (thread_.joinable()) {
+            thread_.join();
+        }
+    }
+
+    std::string Dump() const { return machine_.Root() + "\\Logs\\DaemonManager.dmp"; }
+
+    GuardedMachine machine_;
+    std::shared_ptr<guard::v0::GuardLog> log_;
+    const UniqueKernelHandle stop_{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    int endings_ = 0;
+    std::thread thread_;
+};
+
+TEST_F(GuardHang, Supervisor_that_does_not_answer_three_times_is_dumped_ended_and_replaced)
+{
+    StartWatch();
+    ASSERT_TRUE(machine_.WaitForTakeOver());
+    const DWORD first = GuardedMachine::WaitForSupervisor();
+    ASSERT_TRUE(Suspend(first));
+    EXPECT_NE(
+        machine_.WaitForGuardLog("Supervisor does not answer, 1 of 3: no answer within 1000 ms"),
+        "");
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor does not answer, 3 of 3: "), "");
+    EXPECT_NE(
+        machine_.WaitForGuardLog("Supervisor hangs and is ended: process " + std::to_string(first)),
+        "");
+    EXPECT_EQ(machine_.WaitForGuardLog("Dump of the supervisor: "),
+              "Dump of the supervisor: written to " + Dump());
+    ASSERT_TRUE(machine_.WaitForTakeOver(2));
+    EXPECT_NE(GuardedMachine::WaitForSupervisor(), first);
+    const std::string dump = ReadText(Dump());
+    EXPECT_EQ(dump.substr(0, 4), "MDMP");
+    EXPECT_FALSE(std::filesystem::exists(Dump() + ".new"));
+}
+
+TEST_F(GuardHang, Stop_ends_the_supervisor_in_order_and_its_daemons_run_on)
+{
+    machine_.WriteFleet(TestProgram("no_windows") + "\n");
+    StartWatch();
+    ASSERT_TRUE(machine_.WaitForTakeOver());
+    ASSERT_TRUE(WaitUntil([] { return ProcessesNamed("no_windows.exe").size() == 1; }));
+    StopWatch();
+    EXPECT_TRUE(ProcessesNamed("DaemonManager.exe").empty());
+    EXPECT_EQ(ProcessesNamed("no_windows.exe").size(), 1U);
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor has ended: process "), "");
+    const auto records = ReadRingFile(machine_.SupervisorLog());
+    ASSERT_FALSE(records.empty());
+    EXPECT_EQ(records.back().text, "Deamon Thread is exiting...");
+}
+
+TEST_F(GuardHang, Supervisor_that_waits_for_the_firewall_is_waited_for_and_the_log_says_so)
+{
+    const ReadyEvent hold;
+    TestService firewall("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START, 0, hold.Name());
+    firewall.Start(false);
+    StartWatch();
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor is not published yet after 0 s: it may wait for "
+                                       "the firewall service; the guard waits on"),
+              "");
+    hold.Signal();
+    ASSERT_TRUE(machine_.WaitForTakeOver());
+}
+
+TEST_F(GuardHang, Stop_during_the_start_of_the_supervisor_ends_both)
+{
+    const ReadyEvent hold;
+    TestService firewall("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START, 0, hold.Name());
+    firewall.Start(false);
+    StartWatch();
+    const DWORD supervisor = GuardedMachine::WaitForSupervisor();
+    StopWatch();
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor was ended before it was published: process " +
+                                       std::to_string(supervisor)),
+              "");
+    EXPECT_TRUE(ProcessesNamed("DaemonManager.exe").empty());
+    hold.Signal();
+}
+
+TEST_F(GuardHang, Program_that_is_missing_is_reported_and_tried_again)
+{
+    StartWatch("C:\\no\\such\\DaemonManager.exe");
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor not started: C:\\no\\such\\DaemonManager.exe "
+                                       "cannot be started: error 3",
+                                       2),
+              "");
+    EXPECT_NE(machine_.WaitForGuardLog("Next start of the supervisor in 1 s"), "");
+}
+
+} // namespace
+} // namespace vqrx::test

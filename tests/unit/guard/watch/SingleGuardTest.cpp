@@ -1,0 +1,48 @@
+#include "SingleGuard.h"
+
+#include "TempFolder.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+namespace vqrx::test {
+namespace {
+
+using guard::v0::SingleGuard;
+
+std::string ReasonOf(const std::string& file)
+{
+    try {
+        const SingleGuard guard(file, 0);
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return {};
+}
+
+TEST(SingleGuard, Second_guard_is_refused_until_the_first_one_has_gone)
+{
+    const TempFolder folder;
+    const std::string file = folder.File("DaemonGuard.lock");
+    std::optional<SingleGuard> first(std::in_place, file, 0);
+    EXPECT_EQ(ReasonOf(file), "another guard runs: it holds " + file);
+    first.reset();
+    EXPECT_EQ(GetFileAttributesA(file.c_str()), INVALID_FILE_ATTRIBUTES);
+    EXPECT_EQ(ReasonOf(file), "");
+}
+
+TEST(SingleGuard, Folder_that_does_not_exist_is_no_other_guard)
+{
+    const TempFolder folder;
+    const std::string file = folder.File("missing") + "\\DaemonGuard.lock";
+    EXPECT_EQ(ReasonOf(file), file + " cannot be made: error 3");
+}
+
+} // namespace
+} // namespace vqrx::test
