@@ -9,17 +9,18 @@ import uuid
 
 PROGRAMS = {
     "DaemonManager.exe": "The supervisor",
+    "DaemonGuard.exe": "Keeps the supervisor running",
     "daemonctl.exe": "The operator's command line",
     "DaemonMgrPS.dll": "Carries calls of the supervisor's object between processes",
     "Uninstall.exe": "The uninstaller; the installer is this program with files behind it",
 }
 SDK = "sdk/"
-ALL_CPP = ["DaemonManager.exe", "daemonctl.exe", "Uninstall.exe"]
+ALL_CPP = ["DaemonManager.exe", "DaemonGuard.exe", "daemonctl.exe", "Uninstall.exe"]
 
 # Name in the bill, Debian package with the library, licence of the library, programs that contain it.
 LIBRARIES = [
     ("CLI11", "libcli11-dev", "BSD-3-Clause", ["daemonctl.exe"]),
-    ("nlohmann-json", "nlohmann-json3-dev", "MIT", ["daemonctl.exe"]),
+    ("nlohmann-json", "nlohmann-json3-dev", "MIT", ["daemonctl.exe", "DaemonGuard.exe"]),
     ("libstdc++", "g++-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1", ALL_CPP),
     ("libgcc", "gcc-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1",
      [*ALL_CPP, "DaemonMgrPS.dll"]),

@@ -22,6 +22,7 @@ class Packages(unittest.TestCase):
                      for path in (SOURCE / "docs").glob(pattern)]
         self.assertEqual(sorted(names), sorted([
             "CHANGELOG.md",
+            "DaemonGuard.exe",
             "DaemonManager.exe",
             "DaemonMgrPS.dll",
             "daemonctl.exe",

@@ -15,6 +15,8 @@ from program_file import ProgramFile
 IMPORTS = {
     "DaemonManager.exe": ["advapi32.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll",
                           "oleaut32.dll", "shell32.dll", "shlwapi.dll", "user32.dll"],
+    "DaemonGuard.exe": ["advapi32.dll", "kernel32.dll", "msvcrt.dll", "ntdll.dll", "ole32.dll",
+                        "oleaut32.dll", "shell32.dll", "shlwapi.dll", "user32.dll"],
     "daemonctl.exe": ["advapi32.dll", "kernel32.dll", "msvcrt.dll", "ntdll.dll", "ole32.dll",
                       "oleaut32.dll", "shell32.dll", "user32.dll"],
     "DaemonMgrPS.dll": ["advapi32.dll", "kernel32.dll", "msvcrt.dll", "oleaut32.dll",
@@ -24,7 +26,7 @@ IMPORTS = {
 }
 
 # No function of DaemonMgrPS.dll has a buffer on the stack.
-WITH_STACK_PROTECTOR = ["DaemonManager.exe", "daemonctl.exe", "setup.exe"]
+WITH_STACK_PROTECTOR = ["DaemonManager.exe", "DaemonGuard.exe", "daemonctl.exe", "setup.exe"]
 
 COMPILER = "x86_64-w64-mingw32-g++-posix"
 SOURCE_WITH_BUFFER = """
