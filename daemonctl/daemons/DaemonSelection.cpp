@@ -1,5 +1,6 @@
 #include "DaemonSelection.h"
 
+#include "BatchCommand.h"
 #include "ExpectFile.h"
 
 #include <charconv>
@@ -50,7 +51,8 @@ public:
         const ExpectedProgram program{0, name, {}};
         bool isKnown = false;
         for (std::size_t index = 0; index < daemons_.size(); ++index) {
-            if (IsCommandOf(program, daemons_[index].command)) {
+            if (IsCommandOf(program, daemons_[index].command) ||
+                IsCommandOf(program, LaunchCommandOf(daemons_[index]))) {
                 isKnown = true;
                 Select(index);
             }

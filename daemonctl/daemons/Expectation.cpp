@@ -1,5 +1,6 @@
 #include "Expectation.h"
 
+#include "BatchCommand.h"
 #include "ExitReason.h"
 
 #include <algorithm>
@@ -58,7 +59,7 @@ std::string ReasonOf(const ExpectedProgram& program, const std::vector<DaemonSta
                      const std::vector<bool>& taken, const Demand& demand)
 {
     for (std::size_t index = 0; index < daemons.size(); ++index) {
-        if (!taken[index] && IsCommandOf(program, daemons[index].command)) {
+        if (!taken[index] && IsCommandOf(program, LaunchCommandOf(daemons[index]))) {
             return DescribeState(daemons[index], demand);
         }
     }
@@ -75,7 +76,7 @@ std::vector<ExpectationResult> CheckExpectations(const std::vector<ExpectedProgr
     std::vector<std::string> commands;
     commands.reserve(daemons.size());
     for (const DaemonStatus& daemon : daemons) {
-        commands.push_back(IsUpLongEnough(daemon, demand) ? daemon.command : "");
+        commands.push_back(IsUpLongEnough(daemon, demand) ? LaunchCommandOf(daemon) : "");
     }
     const auto places = Assign(programs, commands);
     std::vector<bool> taken(daemons.size());

@@ -1,6 +1,7 @@
 #include "FleetPlan.h"
 
 #include "AsciiCase.h"
+#include "BatchCommand.h"
 
 #include <algorithm>
 #include <optional>
@@ -92,11 +93,16 @@ private:
         }
     }
 
+    bool Fits(const ExpectedProgram& line, const std::string& command) const
+    {
+        return IsExactCommandOf(line, command, source_.appFolder, source_.sameFile);
+    }
+
     bool TakeDaemon(FleetMember& member)
     {
         for (std::size_t index = 0; index < daemons_.size(); ++index) {
-            if (!taken_[index] && IsExactCommandOf(member.program, daemons_[index].command,
-                                                   source_.appFolder, source_.sameFile)) {
+            if (!taken_[index] && (Fits(member.program, daemons_[index].command) ||
+                                   Fits(member.program, LaunchCommandOf(daemons_[index])))) {
                 taken_[index] = true;
                 member.daemon = index;
                 member.path = daemons_[index].service ? member.program.program : member.path;

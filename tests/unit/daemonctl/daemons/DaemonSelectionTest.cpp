@@ -53,6 +53,16 @@ TEST(DaemonSelection, Id_that_the_log_does_not_show_is_selected_once)
     EXPECT_EQ(Selected({{"9", "9"}, false}), (Lines{"?9"}));
 }
 
+TEST(DaemonSelection, Name_of_a_batch_file_selects_the_interpreter_that_was_handed_over)
+{
+    std::vector<DaemonStatus> daemons(1);
+    daemons[0].id = 3;
+    daemons[0].attached = true;
+    daemons[0].command = R"(C:\windows\system32\cmd.exe /s/c C:\FW\App\run.bat  )";
+    EXPECT_EQ(SelectDaemons({{"run.bat"}, false}, daemons).daemons.size(), 1U);
+    EXPECT_EQ(SelectDaemons({{"cmd.exe"}, false}, daemons).daemons.size(), 1U);
+}
+
 TEST(DaemonSelection, Name_selects_every_daemon_of_the_program)
 {
     EXPECT_EQ(Selected({{"a.exe"}, false}), (Lines{"0", "4", R"(C:\FW\App\a.exe -z )"}));

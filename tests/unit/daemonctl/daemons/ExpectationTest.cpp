@@ -33,6 +33,18 @@ TEST(Expectation, Process_younger_than_the_minimum_does_not_count)
     EXPECT_EQ(CheckExpectations(programs, SomeDaemons(), 1'060'000, 60000)[0].daemon, 0U);
 }
 
+TEST(Expectation, Batch_file_that_was_handed_over_counts)
+{
+    auto daemons = SomeDaemons();
+    daemons.resize(1);
+    daemons[0].attached = true;
+    daemons[0].command = "C:\\windows\\system32\\cmd.exe /s/c C:\\FW\\run.bat 1  ";
+    const auto programs = ParseExpectFile("run.bat 1\n").programs;
+    EXPECT_EQ(CheckExpectations(programs, daemons, 1'100'000, 0)[0].daemon, 0U);
+    daemons[0].state = RunState::ended;
+    EXPECT_EQ(CheckExpectations(programs, daemons, 1'100'000, 0)[0].note, "daemon 0 has ended");
+}
+
 TEST(Expectation, Daemon_in_a_crash_loop_does_not_count_even_if_it_has_a_process)
 {
     auto daemons = SomeDaemons();

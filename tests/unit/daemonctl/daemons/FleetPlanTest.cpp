@@ -261,6 +261,15 @@ TEST_F(FleetPlanTest, Batch_file_that_runs_already_is_not_started_a_second_time)
                      R"(launch D:\x y\job.bat)"}));
 }
 
+TEST_F(FleetPlanTest, Batch_file_that_was_handed_over_is_there_already)
+{
+    files_.insert(R"(C:\FW\App\run.bat)");
+    Daemon(R"(C:\windows\system32\cmd.exe /s/c C:\FW\App\run.bat  )", true);
+    Daemon(R"(C:\windows\system32\cmd.exe /s/c C:\FW\App\run.bat 1  )", true);
+    EXPECT_EQ(PlanFor("run.bat\nC:\\FW\\App\\run.bat 1\nrun.bat 2\n"),
+              (Lines{"attached 0", "attached 1", R"(launch C:\FW\App\run.bat)"}));
+}
+
 TEST_F(FleetPlanTest, Arguments_that_the_client_refuses_are_an_error)
 {
     EXPECT_EQ(PlanFor("a.exe 1%\nSnmpSvc %\n"),
