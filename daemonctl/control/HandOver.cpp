@@ -78,6 +78,17 @@ public:
         }
     }
 
+    // The record of an attach reaches the log a moment after the call. The next hand-over reads the
+    // log, and would attach a process a second time without the record. The log shows the daemons in
+    // the order of the calls.
+    void WaitForTheirRecords() const
+    {
+        if (lastNewId_ && !WaitForDaemonInLog(*lastNewId_)) {
+            reporter_.failed("the log does not show all of them yet: do not repeat this command "
+                             "until daemonctl ps shows them");
+        }
+    }
+
     HandOverCount Count() const { return count_; }
 
 private:
@@ -119,12 +130,7 @@ private:
                            newId + ", daemonctl attach " + std::to_string(*former.processId) +
                            " ARG...");
         }
-        // The record of an attach reaches the log a moment after the call. The next hand-over reads
-        // the log, and would attach the process a second time without the record.
-        if (!WaitForDaemonInLog(answer.daemonId)) {
-            reporter_.failed("the log does not show it yet: do not repeat this command until "
-                             "daemonctl ps shows the daemon");
-        }
+        lastNewId_ = answer.daemonId;
     }
 
     // Returns the arguments of a service; nothing if the fleet file does not name it.
@@ -141,6 +147,7 @@ private:
     const HandOverOptions& options_;
     const Reporter& reporter_;
     HandOverCount count_;
+    std::optional<std::uint32_t> lastNewId_; // of the daemon that was attached last
 };
 
 } // namespace
@@ -162,6 +169,7 @@ HandOverCount HandOver(SupervisorClient& supervisor, const HandOverOptions& opti
     for (const FormerDaemon& former : plan) {
         handing.Carry(former);
     }
+    handing.WaitForTheirRecords();
     HandOverCount count = handing.Count();
     count.formerRunSeen = timeline.runs.size() > 1;
     return count;
