@@ -16,6 +16,7 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,8 @@ namespace vqrx::client::v0 {
 namespace {
 
 constexpr const wchar_t* kGuardProgram = L"DaemonGuard.exe";
+constexpr const char* kStarted =
+    "the guard was started now; to wait for the supervisor: daemonctl wait --for supervisor\n";
 
 struct AutostartOptions {
     std::string action;
@@ -105,8 +108,7 @@ int Install(const AutostartOptions& options)
     PrintText(how + Printable(CommandLineOf(command)) + "\n");
     if (!options.noStart) {
         StartGuard(command);
-        PrintText("the guard was started now; to wait for the supervisor: daemonctl wait --for "
-                  "supervisor\n");
+        PrintText(kStarted);
     }
     return kDone;
 }
@@ -119,6 +121,20 @@ int Remove()
     }
     PrintText(
         "no guard starts at power-on any more; a guard that runs goes on until daemonctl exit\n");
+    return kDone;
+}
+
+int Start()
+{
+    const std::vector<AutostartEntry> entries = ReadAutostart();
+    const auto command =
+        entries.empty() ? std::nullopt : ParseGuardCommand(entries.front().commandLine);
+    if (!command) {
+        PrintText("no guard is set up; see daemonctl autostart --help\n");
+        return kNothingToDo;
+    }
+    StartGuard(*command);
+    PrintText(kStarted);
     return kDone;
 }
 
@@ -144,6 +160,9 @@ int Autostart(const AutostartOptions& options)
         if (options.action == "install") {
             return Install(options);
         }
+        if (options.action == "start") {
+            return Start();
+        }
         return options.action == "remove" ? Remove() : PrintStatus();
     } catch (const std::exception& exception) {
         return RefuseAutostart(kRefused, exception.what());
@@ -157,8 +176,10 @@ void AddAutostartCommand(CLI::App& app, int& exitCode)
     const auto options = std::make_shared<AutostartOptions>();
     CLI::App* const command = app.add_subcommand(
         "autostart", "Let Windows start the supervisor, and a guard that keeps it running");
-    command->add_option("ACTION", options->action, "install, remove, or show the present status")
-        ->check(CLI::IsMember({"install", "remove", "status"}))
+    command
+        ->add_option("ACTION", options->action,
+                     "install, remove, or show the present status; start: start the guard now")
+        ->check(CLI::IsMember({"install", "remove", "status", "start"}))
         ->required();
     CLI::Option* const service = command->add_flag(
         "--service", options->service, "Start the guard with Windows, as a service (default)");

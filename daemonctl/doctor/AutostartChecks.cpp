@@ -19,7 +19,7 @@ Finding JudgeServiceEntry(const AutostartEntry& entry)
             check,
             "the service DaemonGuard starts the supervisor with Windows, but it does not "
             "run now: if the supervisor ends, nobody starts it again",
-            "As administrator: sc start DaemonGuard");
+            "As administrator: daemonctl autostart start");
     }
     return Ok(check,
               "the service DaemonGuard starts the supervisor with Windows: " + entry.commandLine);

@@ -65,6 +65,8 @@ TEST_F(Autostart, Machine_on_which_nothing_is_set_up)
             ""}));
     EXPECT_EQ(Daemonctl("autostart remove"),
               (Answer{1, "nothing starts a guard at power-on\n", ""}));
+    EXPECT_EQ(Daemonctl("autostart start"),
+              (Answer{1, "no guard is set up; see daemonctl autostart --help\n", ""}));
 }
 
 TEST_F(Autostart, Service_starts_supervisor_and_fleet_and_its_stop_leaves_the_daemons_running)
@@ -107,6 +109,12 @@ TEST_F(Autostart, Order_to_exit_stops_the_service_too)
         "warning  autostart         the service DaemonGuard starts the supervisor with Windows, but it "
         "does not run now: if the supervisor ends, nobody starts it again\n"))
         << status;
+    EXPECT_EQ(Daemonctl("autostart start"),
+              (Answer{0,
+                      "the guard was started now; to wait for the supervisor: daemonctl wait --for "
+                      "supervisor\n",
+                      ""}));
+    EXPECT_TRUE(machine_.WaitForTakeOver(2));
 }
 
 TEST_F(Autostart, Session_is_an_entry_of_the_Run_key_with_the_fleet_file)

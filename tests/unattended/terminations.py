@@ -41,7 +41,7 @@ class Fleet:
         lines += [f"{guarded.WINDOW} - window{n}" for n in range(WINDOWS)]
         lines += [f"run{n}.bat" for n in range(BATCHES)]
         lines += [f"{guarded.WORKER} steady external{n}" for n in range(EXTERNAL)]
-        lines.append(guarded.SERVICE)
+        lines.append(f"{guarded.SERVICE} --note {guarded.ROOT}\\note.txt")  # the arguments of a restart
         (guarded.host("App") / "fleet.txt").write_text("\r\n".join(lines) + "\r\n", encoding="ascii")
         for number in range(BATCHES):
             (guarded.host("App") / f"run{number}.bat").write_text(
