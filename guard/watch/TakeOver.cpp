@@ -119,15 +119,15 @@ private:
         return faults.empty();
     }
 
-    // Nobody is there to ask, and no daemon may be lost. So daemons are handed over even if others
-    // than administrators may write to the log; the record names them.
-    void WarnOfWeaknesses() const
+    // Nobody is there to ask, and no daemon may be lost. So the guard believes the log and the fleet file
+    // even if others than administrators may write them; the record names them.
+    void WarnOfWeaknesses(const std::string& beginning, const std::string& path) const
     {
         if (!IsElevated()) {
             return;
         }
-        for (const std::string& weakness : WeaknessesOfSource(DefaultLogPath())) {
-            log_.Log(kLevelWarning, "Hand-over: believes a log that others may write: " + weakness);
+        for (const std::string& weakness : WeaknessesOfSource(path)) {
+            log_.Log(kLevelWarning, beginning + weakness);
         }
     }
 
@@ -139,7 +139,7 @@ private:
         options.formerSupervisors = order_.formerSupervisors;
         const HandOverCount count = HandOver(supervisor, options, ReporterFor("Hand-over: "));
         if (count.attached != 0) {
-            WarnOfWeaknesses();
+            WarnOfWeaknesses("Hand-over: believes a log that others may write: ", DefaultLogPath());
         }
         log_.Log(kLevelInformation, "Hand-over: " + DescribeCount(count, false));
         return count.refused == 0;
@@ -155,6 +155,7 @@ private:
         if (!HasNoFaults(plan.errors)) {
             return true; // a person must mend the file
         }
+        WarnOfWeaknesses("Fleet: believes a file that others may write: ", order_.fleet);
         const ApplyOptions options;
         const AppliedCount count =
             ApplyFleet(supervisor, plan, daemons, options, ReporterFor("Fleet: "));
