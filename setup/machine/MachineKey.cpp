@@ -125,4 +125,9 @@ MachineKey InstallationKey()
     return MachineKey(R"(SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager)");
 }
 
+MachineKey EventSourceKey()
+{
+    return MachineKey(R"(SYSTEM\CurrentControlSet\Services\EventLog\Application\DaemonManager)");
+}
+
 } // namespace vqrx::setup::v0

@@ -55,4 +55,8 @@ private:
 /// installation made; the uninstaller removes only that.
 [[nodiscard]] MachineKey InstallationKey();
 
+/// The key of the source "DaemonManager" of Windows' event log. It names the program that holds the
+/// texts of the events (ReportEvent, "Event Sources").
+[[nodiscard]] MachineKey EventSourceKey();
+
 } // namespace vqrx::setup::v0

@@ -23,6 +23,7 @@ namespace {
 using client::v0::FolderUse;
 
 constexpr const char* kSupervisor = "\\DaemonManager.exe";
+constexpr const char* kClient = "\\daemonctl.exe";
 constexpr const char* kProxy = "\\DaemonMgrPS.dll";
 
 std::string LogFolderOf(const FirmwarePlace& place)
@@ -262,6 +263,9 @@ void InstallationSteps::WriteNotes()
     notes.SetText("QuietUninstallString", "\"" + folder_ + "\\Uninstall.exe\" /S");
     notes.SetNumber("NoModify", 1);
     notes.SetNumber("NoRepair", 1);
+    const MachineKey events = EventSourceKey();
+    events.SetText("EventMessageFile", folder_ + kClient);
+    events.SetNumber("TypesSupported", EVENTLOG_ERROR_TYPE | EVENTLOG_INFORMATION_TYPE);
     notes.SetNumber("EstimatedSize", static_cast<std::uint32_t>(bytes / kKibibyte));
 }
 

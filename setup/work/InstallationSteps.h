@@ -35,7 +35,7 @@ public:
     /// Starts the new supervisor, if one ran and the options do not forbid it.
     void StartSupervisor();
 
-    /// Notes what was made and deletes the former files. There is no way back after that.
+    /// Notes what was made, registers the source of the event log, and deletes the former files. There is no way back after that.
     void Keep();
 
     /// Hands the daemons over. @return one of SetupExitCode

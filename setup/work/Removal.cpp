@@ -74,6 +74,9 @@ void RemoveAll(const SetupOptions& options, Conversation& conversation)
     RemoveRegisteredRoot();
     RemoveLog(options, conversation);
     RemoveMadeFolders();
+    if (EventSourceKey().Text("EventMessageFile") == folder + "\\daemonctl.exe") {
+        EventSourceKey().Remove();
+    }
     InstallationKey().Remove();
     conversation.Say("Removed.\n");
 }

@@ -10,6 +10,7 @@ from packages import NAME, OUTPUT
 OWN_KEY = r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager"
 FIRMWARE_KEY = r"HKLM\SOFTWARE\UnitWarden\CurrentVersion"
 OLDER_FIRMWARE_KEY = r"HKLM\SOFTWARE\VANTORO_QRX\CurrentVersion"
+EVENTS_KEY = r"HKLM\SYSTEM\CurrentControlSet\Services\EventLog\Application\DaemonManager"
 PROXY_KEY = r"HKLM\Software\Classes\CLSID\{C307E9F6-67C0-4C74-B1BD-37EFB9882701}"
 
 

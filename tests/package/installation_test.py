@@ -3,7 +3,7 @@ import re
 import shutil
 
 import windows_machine as machine
-from installation import (FIRMWARE_KEY, OLDER_FIRMWARE_KEY, OWN_KEY, PROXY_KEY,
+from installation import (EVENTS_KEY, FIRMWARE_KEY, OLDER_FIRMWARE_KEY, OWN_KEY, PROXY_KEY,
                           InstallationTest)
 from packages import VERSION
 
@@ -15,6 +15,7 @@ class Installation(InstallationTest):
         self.assertEqual(machine.value(FIRMWARE_KEY, "Pathname"), self.ROOT + r"\App")
         self.assertIn(self.folder + r"\DaemonMgrPS.dll", machine.registry(PROXY_KEY))
         self.assertEqual(machine.value(OWN_KEY, "DisplayVersion"), VERSION)
+        self.assertEqual(machine.value(EVENTS_KEY, "EventMessageFile"), self.folder + r"\daemonctl.exe")
         self.supervisor()
         self.launch_worker("x")
         self.assertEqual(self.passed_doctor_checks(), {
@@ -22,6 +23,7 @@ class Installation(InstallationTest):
             "supervisor", "com-security", "wmi", "daemons"})
         self.assertEqual(self.daemonctl("stop", "0"), (0, "daemon 0 stopped\n"))
         self.uninstall()
+        self.assertIsNone(machine.registry(EVENTS_KEY))
         self.assertLessEqual(len(list(machine.host_path(self.folder).iterdir())), 1)
         self.assertIsNone(machine.registry(OWN_KEY))
         self.assertEqual(machine.processes("DaemonManager.exe"), set())
