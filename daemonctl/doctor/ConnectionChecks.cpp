@@ -1,5 +1,7 @@
 #include "ConnectionChecks.h"
 
+#include "PasteableText.h"
+
 #include <algorithm>
 
 namespace vqrx::client::v0 {
@@ -50,7 +52,11 @@ std::vector<ImageFacts> PossibleSupervisors(const SupervisorFacts& facts)
 Finding JudgeProxy(const ProxyFacts& facts, const std::string& version)
 {
     constexpr const char* check = "proxy";
-    constexpr const char* regsvr = "As administrator: regsvr32 DaemonMgrPS.dll";
+    const std::string path = QuotedForPasting(facts.besideThisProgram);
+    const std::string regsvr =
+        path.empty()
+            ? "As administrator, with the full path of the library: regsvr32 DaemonMgrPS.dll"
+            : "As administrator: regsvr32 " + path;
     if (facts.interfaceError != 0) {
         return Failure(
             check, "DaemonMgrPS.dll is not registered: no client can call the supervisor", regsvr);

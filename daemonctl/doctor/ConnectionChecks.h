@@ -15,6 +15,8 @@ struct ProxyFacts {
     std::uint32_t libraryError = 0;   ///< Windows error of reading the library's path; 0 = read
     ImageFacts library;               ///< path and version; its process id means nothing
     bool libraryThere = false;        ///< the library file exists
+    std::string
+        besideThisProgram; ///< DaemonMgrPS.dll in the folder of this program; empty: none is there
 };
 
 /// A process that runs a file named DaemonManager.exe and is not the installed supervisor. UTF-8.
