@@ -32,12 +32,13 @@ struct RightsFacts {
     /// In the order in which the rights are best repaired. What does not exist has error 2 or 3.
     std::vector<PlaceFacts> places;
     std::vector<std::string> unjudged; ///< paths on a network, whose rights prove nothing; UTF-8
-    std::vector<ObjectRights> keys;    ///< the firmware root's, the proxy/stub's and those above
+    std::vector<ObjectRights>
+        keys; ///< the firmware root's, the proxy/stub's, the guard's and those above
 };
 
-/// Reads owners and access lists of the firmware root, \App, \Logs, the log, the folder of the installed
-/// programs, the programs, the proxy/stub, the given programs, the folders above all of them, and the
-/// registry keys. Changes nothing. Windows only.
+/// Reads owners and access lists of the firmware root, \App, its fleet file, \Logs, the log, the folder of
+/// the installed programs, the programs, the proxy/stub, the given programs, the folders above all of
+/// them, and the registry keys, also those that start the guard. Changes nothing. Windows only.
 /// @param root      the firmware root, UTF-8; empty: not known
 /// @param programs  full paths of the programs that the supervisor runs, UTF-8
 [[nodiscard]] RightsFacts GatherRightsFacts(const std::string& root,

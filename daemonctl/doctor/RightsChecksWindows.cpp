@@ -90,6 +90,7 @@ void AddInstallation(const std::string& installedProgram, Places& places)
         places.Add(folder, Role::programs);
         places.Add(installedProgram, Role::program);
         places.Add(folder + "\\DaemonMgrPS.dll", Role::program);
+        places.Add(folder + "\\DaemonGuard.exe", Role::program);
     }
     places.Add(PathOfThisProgram(), Role::program);
 }
@@ -108,6 +109,9 @@ void AddKeys(RightsFacts& facts)
     keys.insert(keys.end(), {classKey, classKey + R"(\InProcServer32)", interfaceKey,
                              interfaceKey + R"(\ProxyStubClsid32)"});
     keys.emplace_back(R"(SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager)");
+    // Those that start the guard.
+    keys.emplace_back(R"(SYSTEM\CurrentControlSet\Services\DaemonGuard)");
+    keys.emplace_back(R"(SOFTWARE\Microsoft\Windows\CurrentVersion\Run)");
     for (const std::string& key : keys) {
         facts.keys.push_back(ReadKeyRights(key));
     }
@@ -144,6 +148,7 @@ RightsFacts GatherRightsFacts(const std::string& root, const std::vector<std::st
     Places places(facts);
     if (!root.empty()) {
         places.Add(root + "\\App", Role::programs);
+        places.Add(root + "\\App\\fleet.txt", Role::program); // the guard launches what it names
         places.Add(root + "\\Logs", Role::logs);
         places.Add(root + "\\Logs\\DaemonManager.log", Role::logFile);
     }

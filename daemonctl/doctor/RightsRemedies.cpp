@@ -103,6 +103,7 @@ std::vector<std::string> RemediesForKey(const ObjectRights& key)
 {
     const std::string shell = "HKLM:" + key.path.substr(key.path.find('\\'));
     if (key.path == R"(HKLM\SOFTWARE)" || key.path == R"(HKLM\SOFTWARE\Classes)" ||
+        key.path == R"(HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Run)" ||
         shell.find('\'') != std::string::npos) {
         return {key.path +
                 " belongs to Windows: give it the rights that it has on another machine."};

@@ -33,11 +33,13 @@ protected:
         std::filesystem::create_directory(folder_.Path() / "Logs");
         std::ofstream(Log()) << "x";
         std::ofstream(Worker()) << "x";
+        std::ofstream(Fleet()) << "x";
     }
 
     [[nodiscard]] std::string Root() const { return folder_.Path().string(); }
     [[nodiscard]] std::string App() const { return Root() + "\\App"; }
     [[nodiscard]] std::string Log() const { return Root() + "\\Logs\\DaemonManager.log"; }
+    [[nodiscard]] std::string Fleet() const { return App() + "\\fleet.txt"; }
     [[nodiscard]] std::string Worker() const { return App() + "\\worker.exe"; }
 
     TempFolder folder_;
@@ -89,6 +91,9 @@ TEST_F(RightsFactsTest, A_program_or_a_folder_that_everybody_may_change_is_found
     OpenToAll(App());
     EXPECT_THAT(JudgeFileRights(GatherRightsFacts(Root(), {})).text,
                 HasSubstr("may write to " + App()));
+    OpenToAll(Fleet());
+    EXPECT_THAT(JudgeFileRights(GatherRightsFacts(Root(), {})).text,
+                HasSubstr("may write to " + Fleet()));
     OpenToAll(Worker());
     EXPECT_THAT(JudgeFileRights(GatherRightsFacts(Root(), {Worker()})).text,
                 HasSubstr("may write to " + Worker()));
@@ -116,6 +121,19 @@ TEST_F(RightsFactsTest, The_account_that_was_noted_for_the_supervisor_may_write_
     ASSERT_EQ(RegOpenKeyA(HKEY_LOCAL_MACHINE, kParent, &parent), ERROR_SUCCESS);
     EXPECT_EQ(RegDeleteKeyA(parent, "DaemonManager"), ERROR_SUCCESS);
     RegCloseKey(parent);
+}
+
+TEST_F(RightsFactsTest, The_key_of_the_service_that_starts_the_guard_is_looked_at)
+{
+    constexpr const char* kKey = R"(SYSTEM\CurrentControlSet\Services\DaemonGuard)";
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyA(HKEY_LOCAL_MACHINE, kKey, &key), ERROR_SUCCESS);
+    RegCloseKey(key);
+    const bool isOpen = HasEverybodysKey(kKey);
+    const Finding finding = JudgeKeyRights(GatherRightsFacts("", {}));
+    EXPECT_EQ(RegDeleteKeyA(HKEY_LOCAL_MACHINE, kKey), ERROR_SUCCESS);
+    ASSERT_TRUE(isOpen);
+    EXPECT_THAT(finding.text, HasSubstr(std::string("may write to HKLM\\") + kKey));
 }
 
 TEST_F(RightsFactsTest, A_registry_key_without_an_access_list_is_found)
