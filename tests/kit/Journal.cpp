@@ -53,6 +53,8 @@ std::vector<WatchedKey> KeysThatTestsChange()
         // Decide whether Windows shows a box for a crashed program.
         {true, R"(SOFTWARE\Microsoft\Windows\Windows Error Reporting)", false},
         {true, R"(SYSTEM\CurrentControlSet\Control\Windows)", false},
+        // Windows keeps the settings of new consoles here.
+        {false, "Console", true},
         // The stand-ins keep their rules and orders here.
         {false, R"(Software\DaemonManagerTest)", true},
     };
@@ -66,6 +68,13 @@ std::vector<WatchedKey> KeysThatTestsChange()
           "{4590F811-1D3A-11D0-891F-00AA004B2E24}"}) {
         keys.push_back({true, classes + "CLSID\\" + id, true});
     }
+    // What a user has prepared against the proxy, and the keys above it, which a new user has not.
+    const std::string proxy = "\\{C307E9F6-67C0-4C74-B1BD-37EFB9882701}";
+    for (const char* kind : {"Interface", "CLSID"}) {
+        keys.push_back({false, R"(Software\Classes\)" + (kind + proxy), true});
+        keys.push_back({false, std::string(R"(Software\Classes\)") + kind, false});
+    }
+    keys.push_back({false, R"(Software\Classes)", false});
     return keys;
 }
 

@@ -4,6 +4,7 @@
 #include "KitProcesses.h"
 #include "MachineFacts.h"
 #include "RegistryText.h"
+#include "RemoveTree.h"
 #include "StopRequest.h"
 #include "TestRun.h"
 #include "Undo.h"

@@ -138,11 +138,12 @@ bool RestoreContent(const SavedKey& saved)
 {
     const WatchedKey& key = saved.key;
     if (!key.withKeysBelow && !saved.before.exists) {
-        // Keys below it are not watched, so the key must stay for them: only its values go.
+        // Keys below it are not watched: the key must stay for them.
         RegistryTree empty;
         empty.exists = true;
         if (ReadContent(key).exists) {
             WriteTree(RootOf(key), key.path, empty, false);
+            RegDeleteKeyW(RootOf(key), Wide(key.path).c_str()); // fails if there are keys below it
         }
         return ReadContent(key).values.empty();
     }

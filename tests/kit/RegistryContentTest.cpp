@@ -74,6 +74,9 @@ TEST_F(RegistryContent, Keys_below_a_key_whose_values_alone_are_watched_stay_as_
     EXPECT_TRUE(RestoreContent(saved));
     EXPECT_EQ(Get("", "new"), 0U);
     EXPECT_EQ(Get("\\below", "x"), 2U);
+    RegDeleteTreeA(HKEY_CURRENT_USER, (std::string(kKey) + "\\below").c_str());
+    EXPECT_TRUE(RestoreContent(saved)); // nothing needs the key any more
+    EXPECT_FALSE(ReadContent(kValuesOnly).exists);
 }
 
 } // namespace

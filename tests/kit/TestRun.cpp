@@ -1,5 +1,7 @@
 #include "TestRun.h"
 
+#include "RemoveTree.h"
+
 #include "Utf8.h"
 
 #include <algorithm>
@@ -40,13 +42,6 @@ std::string CommandLine(const TestProgram& program, const fs::path& kit, const f
 }
 
 } // namespace
-
-bool RemoveTree(const fs::path& folder)
-{
-    std::error_code ignored;
-    fs::remove_all(fs::path(L"\\\\?\\" + folder.wstring()), ignored);
-    return !fs::exists(folder, ignored);
-}
 
 TestRun::TestRun(std::vector<TestProgram> programs, RunSettings settings,
                  std::function<void()> cleanUp)

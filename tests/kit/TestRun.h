@@ -22,10 +22,6 @@ struct RunSettings {
     HANDLE stop = nullptr;           ///< event: ends all programs and starts no further one
 };
 
-/// Removes a folder with its content, also if paths below it are longer than 260 characters.
-/// @return false if a part of it is left
-bool RemoveTree(const std::filesystem::path& folder);
-
 /// Runs programs one after another, or some at a time. One line of standard output for each program.
 /// For one thread.
 class TestRun {

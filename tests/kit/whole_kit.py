@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Runs a whole test kit from its ZIP, as a stranger would: unpacked far from the repository, in a fresh Wine
-prefix, without the repository's tools in the path. Compares the drive, the registry and the processes before
+"""Runs a whole test kit from its ZIP, as a stranger would: unpacked to C:\\kit of a fresh Wine prefix, without
+the repository's tools in the path. Compares the drive, the registry and the processes before
 and after. By hand; it takes as long as all tests, one after another.
 
   tests/kit/whole_kit.py ZIP                   run it
@@ -19,16 +19,13 @@ import tempfile
 import time
 import zipfile
 
+RUNNER = r"C:\kit\run-tests.exe"
 SOURCE = pathlib.Path(__file__).resolve().parents[2]
 LEFT = ("undo.json", "work")
 
 
 def prepare(folder, archive):
-    """Unpacks the kit and makes a prefix. @return the kit's folder"""
-    with zipfile.ZipFile(archive) as content:
-        content.extractall(folder)
-    kit = next(path for path in folder.iterdir() if path.is_dir())
-    kit = kit.rename(folder / "kit")
+    """Makes a prefix and unpacks the kit there. @return the kit's folder"""
     environment = {**os.environ, "WINEPREFIX": str(folder / "prefix"), "WINEDEBUG": "-all",
                    "WINEDLLOVERRIDES": "mscoree=d;mshtml=d"}
     quiet = {"env": environment, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL, "check": True}
@@ -41,7 +38,9 @@ def prepare(folder, archive):
     subprocess.run(["wineserver", "-k"], **quiet)
     subprocess.run(["wineserver", "-w"], **quiet)
     subprocess.run(["wineserver", "-p"], **quiet)
-    return kit
+    with zipfile.ZipFile(archive) as content:
+        content.extractall(folder / "unpacked")
+    return next((folder / "unpacked").iterdir()).rename(folder / "prefix/drive_c/kit")
 
 
 def load_machine(prefix):
@@ -51,20 +50,23 @@ def load_machine(prefix):
     return windows_machine
 
 
-def start(kit, machine, options):
-    output = open(kit.parent / "output.txt", "ab")
-    runner = machine.windows_path(kit / "run-tests.exe")
-    command = ["setarch", "-R", "wine", runner, "--yes", *options]
+def output_of(kit):
+    return kit.parents[2] / "output.txt"
+
+
+def start(kit, options):
+    output = open(output_of(kit), "ab")
+    command = ["setarch", "-R", "wine", RUNNER, "--yes", *options]
     return subprocess.Popen(command, cwd=kit, stdin=subprocess.DEVNULL, stdout=output,
                             stderr=subprocess.STDOUT)
 
 
 def text_of(kit):
-    return (kit.parent / "output.txt").read_text(encoding="utf-8", errors="replace")
+    return output_of(kit).read_text(encoding="utf-8", errors="replace")
 
 
 def kill_after(kit, machine, options, count):
-    process = start(kit, machine, options)
+    process = start(kit, options)
     machine.DEADLINE = 1800
     machine.wait_until(lambda: text_of(kit).count("\n[") >= count + 1, f"{count} programs")
     machine.end_processes("run-tests.exe")
@@ -73,8 +75,10 @@ def kill_after(kit, machine, options, count):
           f"{[name for name in LEFT if (kit / name).exists()]}", flush=True)
 
 
-def programs_below(folder, machine):
-    return machine.processes(str(folder).replace("/", "\\"))
+def state(kit, machine):
+    """The drive without the kit, and the registry."""
+    return {name: content for name, content in machine.snapshot().items()
+            if not name.startswith(str(kit))}
 
 
 def main():
@@ -87,15 +91,15 @@ def main():
     folder = pathlib.Path(tempfile.mkdtemp(prefix="kit"))
     kit = prepare(folder, options.archive)
     machine = load_machine(folder / "prefix")
-    before = machine.snapshot()
+    before = state(kit, machine)
     begin = time.monotonic()
     if options.kill:
         kill_after(kit, machine, options.options, options.kill)
-    code = start(kit, machine, options.options).wait()
+    code = start(kit, options.options).wait()
     seconds = time.monotonic() - begin
-    after = machine.snapshot()
+    after = state(kit, machine)
     changed = sorted(name for name in before.keys() | after.keys() if before.get(name) != after.get(name))
-    left = [name for name in LEFT if (kit / name).exists()] + sorted(programs_below(kit, machine))
+    left = [name for name in LEFT if (kit / name).exists()] + sorted(machine.processes("C:\\kit\\"))
     subprocess.run(["wineserver", "-k"], check=False)
     print(text_of(kit))
     report = json.loads((kit / "report/report.json").read_text(encoding="utf-8"))

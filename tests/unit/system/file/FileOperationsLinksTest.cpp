@@ -36,10 +36,12 @@ BOOL WINAPI NoteRemoval(LPCSTR path)
 
 void MakeLink(const std::string& link, const std::string& target, DWORD flags)
 {
-    if (CreateSymbolicLinkA(link.c_str(), target.c_str(), flags) == FALSE ||
-        (GetFileAttributesA(link.c_str()) & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
-        throw HostRefusal("no symbolic link can be made (error " + std::to_string(GetLastError()) +
-                          ")");
+    const bool made = CreateSymbolicLinkA(link.c_str(), target.c_str(), flags) != FALSE;
+    const DWORD error = made ? 0 : GetLastError();
+    const DWORD attributes = GetFileAttributesA(link.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || // Wine reports success and makes nothing
+        (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+        throw HostRefusal("no symbolic link can be made (error " + std::to_string(error) + ")");
     }
 }
 

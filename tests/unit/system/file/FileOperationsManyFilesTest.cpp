@@ -28,12 +28,6 @@ const std::wstring kLongPath = L"\\\\?\\";
 // new file, and at every level above for each new folder. On Windows the test itself makes them.
 class ManyFiles : public testing::Test {
 protected:
-    ~ManyFiles() override
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(kLongPath + own_.Path().wstring(), ignored);
-    }
-
     std::string Made(const std::string& name)
     {
         if (const char* const folder = std::getenv("DM_MANY_FILES")) {
