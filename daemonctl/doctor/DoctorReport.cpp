@@ -38,6 +38,7 @@ std::string Indented(const std::string& text)
 {
     std::string result;
     std::istringstream lines(text);
+    lines.exceptions(std::ios::badbit); // if memory runs out: throw, do not leave lines out
     for (std::string line; std::getline(lines, line);) {
         if (!result.empty()) {
             result.append(1, '\n').append(kVerdictWidth + kCheckWidth + 2, ' ');

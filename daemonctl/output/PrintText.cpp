@@ -11,6 +11,7 @@ void PrintText(const std::string& utf8)
 {
     const auto output = MakeLineOutput(LineOutput::Colour::kAuto);
     std::istringstream lines(utf8);
+    lines.exceptions(std::ios::badbit); // if memory runs out: throw, do not leave lines out
     for (std::string line; std::getline(lines, line);) {
         output->Write(-1, line);
     }

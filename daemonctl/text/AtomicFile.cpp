@@ -14,6 +14,7 @@ std::filesystem::path TemporaryName(const std::filesystem::path& name)
 {
     std::random_device random;
     std::ostringstream ending;
+    ending.exceptions(std::ios::badbit); // if memory runs out: throw, do not cut the name
     ending << '.' << std::hex << random() << random() << ".tmp";
     std::filesystem::path temporary = name;
     temporary += ending.str();

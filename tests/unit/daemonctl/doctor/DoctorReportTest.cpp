@@ -1,7 +1,11 @@
 #include "DoctorReport.h"
 
+#include "AllocationFault.h"
+
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -39,6 +43,29 @@ TEST(DoctorReport, Control_characters_are_visible_in_the_text)
 TEST(DoctorReport, Text_without_findings_is_the_count_only)
 {
     EXPECT_EQ(DoctorText({}), "0 ok, 0 warnings, 0 failures\n");
+}
+
+TEST(DoctorReport, Memory_that_runs_out_is_an_exception_and_no_line_is_left_out)
+{
+    const std::string line(200, 'x'); // longer than what a string holds without memory
+    const std::vector<Finding> findings = {{"check", Verdict::ok, line + "\n" + line, ""}};
+    const std::string complete = DoctorText(findings);
+    bool happened = true;
+    std::size_t failures = 0;
+    for (std::size_t succeeding = 0; happened && succeeding < 100; ++succeeding) {
+        std::string text = "bad_alloc";
+        {
+            const AllocationFault fault(succeeding);
+            try {
+                text = DoctorText(findings);
+            } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): text shows it
+            }
+            happened = fault.Happened();
+        }
+        EXPECT_EQ(text, happened ? "bad_alloc" : complete) << "after " << succeeding;
+        failures += happened ? 1U : 0U;
+    }
+    EXPECT_LT(0U, failures);
 }
 
 TEST(DoctorReport, Json_has_the_documented_fields)
