@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,10 +12,16 @@
 namespace vqrx::client::v0 {
 namespace {
 
+[[noreturn]] void ThrowUnreadable(const std::string& path, int error)
+{
+    throw std::runtime_error(path + " cannot be read: " + std::generic_category().message(error));
+}
+
 class PosixFile : public InputFile {
 public:
-    explicit PosixFile(int descriptor) noexcept
-        : descriptor_(descriptor)
+    PosixFile(std::string path, int descriptor) noexcept
+        : path_(std::move(path))
+        , descriptor_(descriptor)
     {
     }
 
@@ -48,7 +55,10 @@ public:
             if (got < 0 && errno == EINTR) {
                 continue;
             }
-            if (got <= 0) {
+            if (got < 0) {
+                ThrowUnreadable(path_, errno);
+            }
+            if (got == 0) {
                 break;
             }
             done += static_cast<std::size_t>(got);
@@ -57,14 +67,10 @@ public:
     }
 
 private:
+    std::string path_;
     int descriptor_;
     std::uint64_t size_ = 0;
 };
-
-[[noreturn]] void ThrowUnreadable(const std::string& path, int error)
-{
-    throw std::runtime_error(path + " cannot be read: " + std::generic_category().message(error));
-}
 
 } // namespace
 
@@ -74,7 +80,7 @@ std::unique_ptr<InputFile> InputFile::Open(const std::string& path)
     if (descriptor < 0) {
         ThrowUnreadable(path, errno);
     }
-    auto file = std::make_unique<PosixFile>(descriptor);
+    auto file = std::make_unique<PosixFile>(path, descriptor);
     if (const int error = file->Measure(); error != 0) {
         ThrowUnreadable(path, error);
     }

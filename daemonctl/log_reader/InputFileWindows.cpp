@@ -16,10 +16,17 @@ using system::win32::v1::UniqueKernelHandle;
 
 constexpr std::size_t kLargestRead = std::size_t{1024} * 1024; // bytes
 
+[[noreturn]] void ThrowUnreadable(const std::string& path, DWORD error)
+{
+    throw std::runtime_error(
+        path + " cannot be read: " + std::system_category().message(static_cast<int>(error)));
+}
+
 class WindowsFile : public InputFile {
 public:
-    WindowsFile(UniqueKernelHandle file, std::uint64_t size) noexcept
-        : file_(std::move(file))
+    WindowsFile(std::string path, UniqueKernelHandle file, std::uint64_t size) noexcept
+        : path_(std::move(path))
+        , file_(std::move(file))
         , size_(size)
     {
     }
@@ -35,8 +42,14 @@ public:
             position.OffsetHigh = static_cast<DWORD>((offset + done) >> 32U);
             const DWORD wanted = static_cast<DWORD>(std::min(buffer.size() - done, kLargestRead));
             DWORD got = 0;
-            if (ReadFile(file_.Get(), buffer.data() + done, wanted, &got, &position) == FALSE ||
-                got == 0) {
+            if (ReadFile(file_.Get(), buffer.data() + done, wanted, &got, &position) == FALSE) {
+                const DWORD error = GetLastError();
+                if (error != ERROR_HANDLE_EOF) {
+                    ThrowUnreadable(path_, error);
+                }
+                break;
+            }
+            if (got == 0) {
                 break;
             }
             done += got;
@@ -45,15 +58,10 @@ public:
     }
 
 private:
+    std::string path_;
     UniqueKernelHandle file_;
     std::uint64_t size_;
 };
-
-[[noreturn]] void ThrowUnreadable(const std::string& path, DWORD error)
-{
-    throw std::runtime_error(
-        path + " cannot be read: " + std::system_category().message(static_cast<int>(error)));
-}
 
 } // namespace
 
@@ -74,7 +82,7 @@ std::unique_ptr<InputFile> InputFile::Open(const std::string& path)
         const DWORD error = GetLastError();
         ThrowUnreadable(path, error);
     }
-    return std::make_unique<WindowsFile>(std::move(file),
+    return std::make_unique<WindowsFile>(path, std::move(file),
                                          static_cast<std::uint64_t>(size.QuadPart));
 }
 
