@@ -27,7 +27,7 @@ using WmiServices = system::com::v1::ComPtr<IWbemServices>;
 WmiServices Connect(std::string& failure)
 {
     try {
-        system::com::v1::RequireTrustedUnmarshalers();
+        ThrowIfFailed(system::com::v1::RequireTrustedUnmarshalers());
         ThrowIfFailed(wmi::SetComSecurity());
         system::com::v1::PermitUnmarshalerOfWmi();
         const auto locator = wmi::MakeLocator();

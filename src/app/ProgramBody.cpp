@@ -8,6 +8,7 @@
 #include "RotRegistration.h"
 #include "WorkingDirectory.h"
 #include "com/UnmarshalPolicy.h"
+#include "exception_utils/HResultText.h"
 #include "installation/FirmwareRoot.h"
 #include "installation/InstallationPaths.h"
 #include "log_perf/LibLogPerf.h"
@@ -31,6 +32,7 @@ namespace {
 namespace com = system::com::v1;
 namespace installation = system::installation::v1;
 
+using cpp_utils::exception_utils::v1::HResultText;
 using log::log_perf::v2::ConsoleSink;
 using log::log_perf::v2::LibLogPerf;
 using log::log_perf::v2::LogFileSink;
@@ -115,7 +117,11 @@ void Supervise()
     std::unique_ptr<RotRegistration> registration;
     try {
         apartment.emplace(logger, forcedEnd);
-        com::RequireTrustedUnmarshalers();
+        if (const HRESULT hr = com::RequireTrustedUnmarshalers(); FAILED(hr)) {
+            logger.Log(log::i_logger::v0::kLevelError,
+                       "The classes that may rebuild clients' objects are not limited: %s",
+                       HResultText(hr).c_str());
+        }
         SetConsoleTitleA("DaemonManager");
         MakeMessageQueue();
         manager.emplace(GetCurrentThreadId(), kCheckInterval, &logger, forcedEnd);

@@ -21,13 +21,16 @@ constexpr CLSID kWmiObject{
 
 } // namespace
 
-void RequireTrustedUnmarshalers() noexcept
+HRESULT RequireTrustedUnmarshalers() noexcept
 {
     ComPtr<IGlobalOptions> options;
-    if (SUCCEEDED(CoCreateInstance(kGlobalOptions, nullptr, CLSCTX_INPROC_SERVER,
-                                   __uuidof(IGlobalOptions), options.PutVoid()))) {
-        options->Set(COMGLB_UNMARSHALING_POLICY, COMGLB_UNMARSHALING_POLICY_STRONG);
+    HRESULT hr = CoCreateInstance(kGlobalOptions, nullptr, CLSCTX_INPROC_SERVER,
+                                  __uuidof(IGlobalOptions), options.PutVoid());
+    if (SUCCEEDED(hr)) {
+        hr = options->Set(COMGLB_UNMARSHALING_POLICY, COMGLB_UNMARSHALING_POLICY_STRONG);
     }
+    const bool isUnknown = hr == REGDB_E_CLASSNOTREG || hr == E_NOINTERFACE || hr == E_INVALIDARG;
+    return isUnknown ? S_FALSE : hr;
 }
 
 void PermitUnmarshalerOfWmi() noexcept

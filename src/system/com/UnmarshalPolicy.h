@@ -1,5 +1,7 @@
 #pragma once
 
+#include <windows.h>
+
 namespace vqrx::system::com::v1 {
 
 // COM lets the sender of an object decide which class of the receiver's process rebuilds it. A hostile
@@ -10,7 +12,8 @@ namespace vqrx::system::com::v1 {
 
 /// Asks COM for its strong unmarshalling policy in this process. Call it after COM was initialised and
 /// before anything is called through COM. Does nothing on a Windows 7, which has no such policy.
-void RequireTrustedUnmarshalers() noexcept;
+/// @return a failure if the system has the policy and refuses to set it
+[[nodiscard]] HRESULT RequireTrustedUnmarshalers() noexcept;
 
 /// Permits the class that rebuilds WMI's answers, which the policy may not know. Call it after COM's
 /// security was set, as Windows demands. Does nothing on a Windows 7.

@@ -39,10 +39,11 @@ public:
     HRESULT STDMETHODCALLTYPE Set(GLOBALOPT_PROPERTIES property, ULONG_PTR value) override
     {
         set.emplace_back(static_cast<int>(property), value);
-        return S_OK;
+        return result;
     }
     HRESULT STDMETHODCALLTYPE Query(GLOBALOPT_PROPERTIES, ULONG_PTR*) override { return E_NOTIMPL; }
 
+    HRESULT result = S_OK; ///< of Set
     int released = 0;
     std::vector<std::pair<int, ULONG_PTR>> set;
 };
@@ -56,6 +57,11 @@ HRESULT WINAPI MakeNoting(REFCLSID classId, IUnknown*, DWORD, REFIID, void** obj
     classAsked = classId;
     *object = noting;
     return noting != nullptr ? S_OK : REGDB_E_CLASSNOTREG;
+}
+
+HRESULT WINAPI MakeNothing(REFCLSID, IUnknown*, DWORD, REFIID, void**)
+{
+    return E_OUTOFMEMORY;
 }
 
 HRESULT WINAPI NotePermitted(REFCLSID classId)
@@ -90,19 +96,36 @@ TEST(UnmarshalPolicy, The_strong_policy_is_set_in_the_options_of_the_process)
     NotingOptions options;
     noting = &options;
     const ImportPatch patch("CoCreateInstance", MakeNoting);
-    RequireTrustedUnmarshalers();
+    EXPECT_EQ(S_OK, RequireTrustedUnmarshalers());
     EXPECT_EQ(L"{0000034B-0000-0000-C000-000000000046}", TextOf(classAsked));
     EXPECT_THAT(options.set, ElementsAre(Pair(5, 1U))); // COMGLB_UNMARSHALING_POLICY, strong
     EXPECT_EQ(1, options.released);
 }
 
-TEST(UnmarshalPolicy, A_system_without_such_options_is_left_as_it_is)
+TEST(UnmarshalPolicy, A_system_without_such_options_or_policy_is_left_as_it_is)
 {
     noting = nullptr;
     classAsked = {};
     const ImportPatch patch("CoCreateInstance", MakeNoting);
-    RequireTrustedUnmarshalers();
+    EXPECT_EQ(S_FALSE, RequireTrustedUnmarshalers());
     EXPECT_EQ(L"{0000034B-0000-0000-C000-000000000046}", TextOf(classAsked));
+    NotingOptions options;
+    noting = &options;
+    options.result = E_INVALIDARG;
+    EXPECT_EQ(S_FALSE, RequireTrustedUnmarshalers());
+}
+
+TEST(UnmarshalPolicy, A_refusal_of_the_policy_is_returned)
+{
+    NotingOptions options;
+    noting = &options;
+    options.result = E_ACCESSDENIED;
+    {
+        const ImportPatch patch("CoCreateInstance", MakeNoting);
+        EXPECT_EQ(E_ACCESSDENIED, RequireTrustedUnmarshalers());
+    }
+    const ImportPatch patch("CoCreateInstance", MakeNothing);
+    EXPECT_EQ(E_OUTOFMEMORY, RequireTrustedUnmarshalers());
 }
 
 TEST(UnmarshalPolicy, The_class_of_WMIs_answers_is_permitted)
