@@ -29,7 +29,7 @@ struct DoctorFacts {
     CrashDialogFacts crashDialogs;
     DaemonFacts daemons;
     RightsFacts rights;
-    std::vector<ProxyOverride> proxyOverrides;
+    ProxyOverrideFacts proxyOverrides;
     ComSecurityFacts comSecurity;
     AutostartFacts autostart;
 };

@@ -2,6 +2,7 @@
 
 #include "Finding.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -16,11 +17,17 @@ struct ProxyOverride {
         library; ///< the library or class that it names; empty: none that this user may read
 };
 
-/// Looks for such registrations of all users whose part of the registry is loaded: those who are logged
-/// on. Changes nothing. Windows only.
-[[nodiscard]] std::vector<ProxyOverride> GatherProxyOverrides();
+/// The registrations of all users whose part of the registry is loaded: those who are logged on.
+struct ProxyOverrideFacts {
+    std::vector<ProxyOverride> found;
+    std::uint32_t error =
+        0; ///< of Windows, because of which registrations of some users may be missing
+};
+
+/// Looks for such registrations. Changes nothing. Windows only.
+[[nodiscard]] ProxyOverrideFacts GatherProxyOverrides();
 
 /// The check "proxy-users": whether every user gets the machine's proxy/stub. Pure.
-[[nodiscard]] Finding JudgeProxyOverrides(const std::vector<ProxyOverride>& overrides);
+[[nodiscard]] Finding JudgeProxyOverrides(const ProxyOverrideFacts& facts);
 
 } // namespace vqrx::client::v0

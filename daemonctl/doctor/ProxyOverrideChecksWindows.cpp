@@ -70,21 +70,23 @@ void AddOverridesOf(const std::wstring& classes, const std::wstring& sid,
 
 } // namespace
 
-std::vector<ProxyOverride> GatherProxyOverrides()
+ProxyOverrideFacts GatherProxyOverrides()
 {
-    std::vector<ProxyOverride> found;
+    ProxyOverrideFacts facts;
     std::array<wchar_t, 256> name{};
     for (DWORD index = 0;; ++index) {
         auto size = static_cast<DWORD>(name.size());
-        if (RegEnumKeyExW(HKEY_USERS, index, name.data(), &size, nullptr, nullptr, nullptr,
-                          nullptr) != ERROR_SUCCESS) {
-            return found;
+        const LSTATUS result = RegEnumKeyExW(HKEY_USERS, index, name.data(), &size, nullptr,
+                                             nullptr, nullptr, nullptr);
+        if (result != ERROR_SUCCESS) {
+            facts.error = result == ERROR_NO_MORE_ITEMS ? 0 : static_cast<std::uint32_t>(result);
+            return facts;
         }
         // Windows keeps the classes of a user in a key of their own; "Software\Classes" is a link to
         // it, which shows the registrations again.
         const std::wstring user(name.data(), size);
         if (!user.ends_with(L"_Classes")) {
-            AddOverridesOf(user + L"\\Software\\Classes", user, found);
+            AddOverridesOf(user + L"\\Software\\Classes", user, facts.found);
         }
     }
 }

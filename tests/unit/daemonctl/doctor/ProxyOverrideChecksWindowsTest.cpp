@@ -1,5 +1,7 @@
 #include "ProxyOverrideChecks.h"
 
+#include "ImportPatch.h"
+
 #include <windows.h>
 
 #include <gtest/gtest.h>
@@ -36,14 +38,27 @@ private:
 
 TEST(ProxyOverrides, Are_none_on_a_machine_whose_users_registered_nothing)
 {
-    EXPECT_EQ(GatherProxyOverrides().size(), 0U);
+    const ProxyOverrideFacts facts = GatherProxyOverrides();
+    EXPECT_EQ(facts.found.size(), 0U);
+    EXPECT_EQ(facts.error, 0U);
+}
+
+LSTATUS WINAPI RefuseEnumeration(HKEY, DWORD, LPWSTR, LPDWORD, LPDWORD, LPWSTR, LPDWORD, PFILETIME)
+{
+    return ERROR_ACCESS_DENIED;
+}
+
+TEST(ProxyOverrides, Are_not_called_none_if_Windows_does_not_list_the_users)
+{
+    const ImportPatch patch("RegEnumKeyExW", RefuseEnumeration);
+    EXPECT_EQ(GatherProxyOverrides().error, static_cast<std::uint32_t>(ERROR_ACCESS_DENIED));
 }
 
 TEST(ProxyOverrides, Are_found_for_the_class_and_for_the_interface)
 {
     const UsersRegistration library(kClass, R"(\InProcServer32)", R"(C:\guest\evil.dll)");
     const UsersRegistration other(kInterface, R"(\ProxyStubClsid32)", "{other}");
-    const std::vector<ProxyOverride> found = GatherProxyOverrides();
+    const std::vector<ProxyOverride> found = GatherProxyOverrides().found;
     ASSERT_EQ(found.size(), 2U);
     EXPECT_EQ(found[0].library, R"(C:\guest\evil.dll)");
     EXPECT_EQ(found[1].library, "{other}");
