@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
+#include <utility>
 
 namespace vqrx::test {
 
@@ -19,7 +21,9 @@ namespace vqrx::test {
 /// a killed process some time after the process has ended, and tells nobody.
 class PublishedControl {
 public:
-    PublishedControl()
+    /// @param onAttach  called in each Attach with the daemon id of the answer; empty: nothing more is done
+    explicit PublishedControl(std::function<void(DWORD daemonId)> onAttach = {})
+        : control_(std::move(onAttach))
     {
         system::com::v1::ComPtr<IMoniker> moniker;
         EXPECT_EQ(S_OK, GetRunningObjectTable(0, table_.Put()));
@@ -45,6 +49,10 @@ public:
 private:
     class Control final : public IDaemonMgrControl {
     public:
+        explicit Control(std::function<void(DWORD daemonId)> onAttach)
+            : onAttach_(std::move(onAttach))
+        {
+        }
         HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override
         {
             const bool known = id == IID_IUnknown || id == IID_IDaemonMgrControl;
@@ -60,7 +68,11 @@ private:
         HRESULT STDMETHODCALLTYPE Stop(DWORD) override { return Call(); }
         HRESULT STDMETHODCALLTYPE Attach(DWORD, LPSAFEARRAY*, DWORD* id) override
         {
-            return Call(id);
+            const HRESULT result = Call(id);
+            if (onAttach_) {
+                onAttach_(*id);
+            }
+            return result;
         }
         HRESULT STDMETHODCALLTYPE Detach(DWORD) override { return Call(); }
         HRESULT STDMETHODCALLTYPE Exit() override { return Call(); }
@@ -76,6 +88,8 @@ private:
             ++calls;
             return S_OK;
         }
+
+        std::function<void(DWORD daemonId)> onAttach_;
     };
 
     HRESULT Register(IMoniker* moniker)

@@ -31,72 +31,120 @@ constexpr const char* kAskedAgain = "the process is asked alone";
 // In the order of the alphabet, by library.
 constexpr CallKind kKinds[] = {
     // KERNEL32
+    {"AssignProcessToJobObject", 0, kLast, ERROR_ACCESS_DENIED},
     {"CopyFileA", 0, kLast, ERROR_DISK_FULL},
+    {"CreateConsoleScreenBuffer", kInvalidHandle, kLast, ERROR_NOT_ENOUGH_MEMORY},
     {"CreateDirectoryA", 0, kLast, ERROR_ACCESS_DENIED},
+    {"CreateDirectoryW", 0, kLast, ERROR_ACCESS_DENIED},
     {"CreateEventA", 0, kLast, ERROR_NOT_ENOUGH_MEMORY, kPolls},
+    {"CreateEventW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
     {"CreateFileA", kInvalidHandle, kLast, ERROR_ACCESS_DENIED},
     {"CreateFileW", kInvalidHandle, kLast, ERROR_ACCESS_DENIED},
+    {"CreateJobObjectW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
     {"CreateProcessA", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
+    {"CreateProcessW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
     {"CreateSemaphoreA", 0, kLast, ERROR_NOT_ENOUGH_MEMORY, kPolls},
     {"CreateTimerQueueTimer", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
     {"CreateToolhelp32Snapshot", kInvalidHandle, kLast, ERROR_NOT_ENOUGH_MEMORY},
     {"DeleteFileA", 0, kLast, ERROR_ACCESS_DENIED},
+    {"DeleteFileW", 0, kLast, ERROR_ACCESS_DENIED},
+    {"ExpandEnvironmentStringsW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
     {"FileTimeToSystemTime", 0, kLast, ERROR_INVALID_PARAMETER},
     {"FormatMessageA", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
     {"GetConsoleMode", 0, kLast, ERROR_INVALID_HANDLE},
+    {"GetConsoleScreenBufferInfo", 0, kLast, ERROR_INVALID_HANDLE, kNoColours},
+    {"GetDiskFreeSpaceExA", 0, kLast, ERROR_ACCESS_DENIED},
+    {"GetEnvironmentStringsW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
     {"GetExitCodeProcess", 0, kLast, ERROR_ACCESS_DENIED},
+    {"GetFileAttributesA", kMinusOne, kLast, ERROR_ACCESS_DENIED},
+    {"GetFileAttributesW", kMinusOne, kLast, ERROR_ACCESS_DENIED},
     {"GetFileInformationByHandle", 0, kLast, ERROR_IO_DEVICE},
+    {"GetFileSizeEx", 0, kLast, ERROR_IO_DEVICE},
+    {"GetFileType", 0, kLast, ERROR_INVALID_HANDLE},
+    {"GetFullPathNameW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
     {"GetProcessHandleCount", 0, kLast, ERROR_ACCESS_DENIED, kFigureIsZero},
     {"GetProcessTimes", 0, kLast, ERROR_ACCESS_DENIED, kFigureIsZero},
     {"GetStdHandle", kInvalidHandle, kLast, ERROR_INVALID_HANDLE, kNoColours},
     {"GetSystemDirectoryW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
     {"GetSystemTimes", 0, kLast, ERROR_ACCESS_DENIED, kFigureIsZero},
+    {"GetTempFileNameW", 0, kLast, ERROR_ACCESS_DENIED},
     {"GlobalMemoryStatusEx", 0, kLast, ERROR_NOT_ENOUGH_MEMORY, kFigureIsZero},
     {"InitializeCriticalSectionAndSpinCount", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
     {"K32GetProcessMemoryInfo", 0, kLast, ERROR_ACCESS_DENIED, kFigureIsZero},
     {"LoadLibraryExW", 0, kLast, ERROR_MOD_NOT_FOUND},
     {"MoveFileExA", 0, kLast, ERROR_ACCESS_DENIED},
+    {"MoveFileExW", 0, kLast, ERROR_ACCESS_DENIED},
     {"MultiByteToWideChar", 0, kLast, ERROR_INVALID_PARAMETER},
     {"OpenProcess", 0, kLast, ERROR_ACCESS_DENIED},
+    {"Process32FirstW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
+    {"Process32NextW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
+    {"ProcessIdToSessionId", 0, kLast, ERROR_ACCESS_DENIED},
     {"QueryFullProcessImageNameW", 0, kLast, ERROR_ACCESS_DENIED},
     {"ReadFile", 0, kLast, ERROR_IO_DEVICE},
+    {"ReadProcessMemory", 0, kLast, ERROR_PARTIAL_COPY},
     {"RemoveDirectoryA", 0, kLast, ERROR_ACCESS_DENIED},
+    {"SetConsoleActiveScreenBuffer", 0, kLast, ERROR_INVALID_HANDLE},
     {"SetConsoleCtrlHandler", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
+    {"SetConsoleCursorInfo", 0, kLast, ERROR_INVALID_HANDLE, kNoColours},
     {"SetConsoleMode", 0, kLast, ERROR_INVALID_HANDLE},
     {"SetConsoleTextAttribute", 0, kLast, ERROR_INVALID_HANDLE, kNoColours},
     {"SetConsoleTitleA", 0, kLast, ERROR_NOT_ENOUGH_MEMORY, kNoColours},
     {"SetCurrentDirectoryA", 0, kLast, ERROR_FILE_NOT_FOUND},
+    {"SetInformationJobObject", 0, kLast, ERROR_ACCESS_DENIED},
     {"SignalObjectAndWait", kMinusOne, kLast, ERROR_INVALID_HANDLE, kPolls},
     {"TerminateProcess", 0, kLast, ERROR_ACCESS_DENIED},
     {"WaitForMultipleObjects", kMinusOne, kLast, ERROR_NOT_ENOUGH_MEMORY, kAskedAgain},
     {"WaitForSingleObject", kMinusOne, kLast, ERROR_NOT_ENOUGH_MEMORY, kCountsAsEnded},
     {"WideCharToMultiByte", 0, kLast, ERROR_INVALID_PARAMETER},
+    {"WriteConsoleOutputW", 0, kLast, ERROR_INVALID_HANDLE},
     {"WriteConsoleW", 0, kLast, ERROR_INVALID_HANDLE},
     {"WriteFile", 0, kLast, ERROR_DISK_FULL},
     // ADVAPI32
+    {"ConvertSidToStringSidW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
+    {"ConvertStringSecurityDescriptorToSecurityDescriptorW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
+    {"ConvertStringSidToSidW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
     {"EnumServicesStatusExA", 0, kLast, ERROR_ACCESS_DENIED},
+    {"GetNamedSecurityInfoW", ERROR_ACCESS_DENIED, kNoError, 0},
+    {"GetTokenInformation", 0, kLast, ERROR_ACCESS_DENIED},
+    {"LookupAccountNameW", 0, kLast, ERROR_NONE_MAPPED},
+    {"LookupAccountSidW", 0, kLast, ERROR_NONE_MAPPED},
+    {"OpenProcessToken", 0, kLast, ERROR_ACCESS_DENIED},
     {"OpenSCManagerA", 0, kLast, ERROR_ACCESS_DENIED},
+    {"OpenSCManagerW", 0, kLast, ERROR_ACCESS_DENIED},
     {"OpenServiceA", 0, kLast, ERROR_ACCESS_DENIED},
+    {"OpenServiceW", 0, kLast, ERROR_ACCESS_DENIED},
     {"QueryServiceConfigA", 0, kLast, ERROR_ACCESS_DENIED},
+    {"QueryServiceConfigW", 0, kLast, ERROR_ACCESS_DENIED},
     {"QueryServiceStatus", 0, kLast, ERROR_ACCESS_DENIED},
+    {"QueryServiceStatusEx", 0, kLast, ERROR_ACCESS_DENIED},
+    {"RegEnumKeyExW", ERROR_ACCESS_DENIED, kNoError, 0},
+    {"RegGetValueA", ERROR_ACCESS_DENIED, kNoError, 0},
+    {"RegGetValueW", ERROR_ACCESS_DENIED, kNoError, 0},
     {"RegOpenKeyExA", ERROR_ACCESS_DENIED, kNoError, 0},
+    {"RegOpenKeyExW", ERROR_ACCESS_DENIED, kNoError, 0},
     {"RegQueryValueExA", ERROR_ACCESS_DENIED, kNoError, 0},
+    {"RegisterEventSourceW", 0, kLast, ERROR_ACCESS_DENIED},
+    {"ReportEventW", 0, kLast, ERROR_DISK_FULL},
+    {"StartServiceW", 0, kLast, ERROR_ACCESS_DENIED},
     // USER32
     {"EnumWindows", 0, kLast, ERROR_ACCESS_DENIED, kNoWindows},
-    {"GetMessageA", kMinusOne, kLast, ERROR_INVALID_HANDLE},
+    {"GetMessageA", kMinusOne, kLast, ERROR_INVALID_HANDLE, "the loop asks for the next message"},
     {"GetWindowThreadProcessId", 0, kLast, ERROR_INVALID_WINDOW_HANDLE, kNoWindows},
     {"PostMessageA", 0, kLast, ERROR_ACCESS_DENIED, kDeaf},
     {"PostThreadMessageA", 0, kLast, ERROR_INVALID_THREAD_ID, kDeaf},
-    // SHELL32, SHLWAPI, QUARTZ
+    // SHELL32, SHLWAPI, QUARTZ, ntdll
     {"AMGetErrorTextA", 0, kNoError, 0},
     {"CommandLineToArgvW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
+    {"NtQueryInformationProcess", 0xC0000022, kNoError, 0}, // STATUS_ACCESS_DENIED
     {"PathFileExistsA", 0, kLast, ERROR_ACCESS_DENIED, kCreatesAgain},
     // OLEAUT32
+    {"SafeArrayCreateVector", 0, kNoError, 0},
     {"SafeArrayDestroy", 0x8002000D, kNoError, 0},   // DISP_E_ARRAYISLOCKED
     {"SafeArrayGetLBound", 0x8002000B, kNoError, 0}, // DISP_E_BADINDEX
     {"SafeArrayGetUBound", 0x8002000B, kNoError, 0},
     {"SafeArrayGetVartype", 0x80070057, kNoError, 0}, // E_INVALIDARG
     {"SafeArrayLock", 0x8000FFFF, kNoError, 0},       // E_UNEXPECTED
+    {"SafeArrayPutElement", kNoMemoryResult, kNoError, 0},
     {"SysAllocString", 0, kNoError, 0},
     {"SysAllocStringLen", 0, kNoError, 0},
     // ole32
@@ -143,7 +191,40 @@ constexpr QuietPlace kQuietPlaces[] = {
      "standard error gets a line, and the next record tries again"},
     {"CreateRing", "_lseeki64", kHeaderFollows},
     {"CreateRing", "_write", kHeaderFollows},
+    {"ConsoleSink::Write", "fflush",
+     "standard output, which is tied to standard error, has nothing to flush"},
+    {"BoundedApartment::~BoundedApartment", "CreateTimerQueueTimer",
+     "the main thread leaves COM without a limit"},
+    {"IdentifySupervisor", "",
+     "what cannot be found out leaves open who answers; only a stranger is refused"},
+    {"ReasonToRefuse", "RegGetValueW",
+     "the code page of this program counts as that of the system"},
+    {"SupervisorClient::Attach", "SafeArrayDestroy", "nobody has locked the array"},
+    {"FindFormerChildren", "OpenProcess",
+     "a process that may not be opened counts as one that runs, and so as no former supervisor"},
+    {"FindFormerChildren", "QueryFullProcessImageNameW", "only its time of creation matters"},
+    {"GatherCrashDialogFacts", "RegGetValueA", "the value counts as not set, which is a warning"},
+    {"client::Doctor", "OpenProcess", "doctor shows only what is known to be wrong with a daemon"},
+    {"client::Doctor", "QueryFullProcessImageNameW",
+     "doctor shows only what is known to be wrong with a daemon"},
+    {"GatherFirewallRules", "ExpandEnvironmentStringsW",
+     "a path without variables is the same without it"},
+    {"ReadSecurity", "LookupAccountSidW", "the SID stands in place of the name"},
+    {"ReadSecurity", "ConvertSidToStringSidW", "no check trusts a user whose SID is not known"},
+    {"HasMachineLimits", "RegGetValueW", "the check says that it sees no limits"},
+    {"GatherRightsFacts", "RegGetValueW",
+     "without the account that was noted for the supervisor, one user less is trusted"},
+    {"GatherProxyFacts", "RegGetValueW", "the proxy counts as not registered, which is a failure"},
+    {"GatherInstallationFacts", "RegOpenKeyExA", "the other key names the firmware root"},
+    {"GatherInstallationFacts", "GetDiskFreeSpaceExA",
+     "the check is about the folder; too little room is a further warning"},
+    {"IsRecordFolder", "_wstat64", "the path counts as that of a file"},
+};
 
+constexpr FatalPlace kFatalPlaces[] = {
+    {"__emutls_get_address",
+     "libgcc calls abort if there is no memory for a thread's own variables, which libstdc++ needs for "
+     "the first exception of a thread and for its first output to a stream"},
 };
 
 } // namespace
@@ -151,6 +232,11 @@ constexpr QuietPlace kQuietPlaces[] = {
 std::span<const QuietPlace> QuietPlaces() noexcept
 {
     return kQuietPlaces;
+}
+
+std::span<const FatalPlace> FatalPlaces() noexcept
+{
+    return kFatalPlaces;
 }
 
 const CallKind* KindOf(std::string_view function) noexcept

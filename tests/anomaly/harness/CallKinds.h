@@ -27,7 +27,14 @@ struct CallKind {
 /// A function of the product in which the failure of a call may stay without a trace.
 struct QuietPlace {
     const char* place; ///< end of the function's name, as SymbolNames.h gives it
-    const char* call;
+    const char* call;  ///< empty: each call that leads through the place
+    const char* reason;
+};
+
+/// A function of a library that ends the process if a call in it fails. Nothing that the product does
+/// could change that.
+struct FatalPlace {
+    const char* place; ///< part of the name by which the linker knows the function
     const char* reason;
 };
 
@@ -63,6 +70,9 @@ struct Ownership {
 
 /// Returns the known quiet places.
 [[nodiscard]] std::span<const QuietPlace> QuietPlaces() noexcept;
+
+/// Returns the functions whose calls are left out, because no process survives their failure.
+[[nodiscard]] std::span<const FatalPlace> FatalPlaces() noexcept;
 
 /// Returns why a function cannot fail; null if it is not in the table of such functions.
 [[nodiscard]] const char* WhySure(std::string_view function) noexcept;

@@ -1,5 +1,6 @@
 #include "CallList.h"
 
+#include "CallKinds.h"
 #include "CallPath.h"
 #include "SymbolNames.h"
 
@@ -11,10 +12,26 @@
 #include <utility>
 
 namespace vqrx::test::anomaly {
+namespace {
+
+bool LeadsThroughFatalPlace(const CallPath& path)
+{
+    return std::any_of(path.frames, path.frames + path.depth, [](std::uint32_t frame) {
+        const std::string name = LinkNameAt(frame - 1); // the call may be the function's last code
+        return std::ranges::any_of(FatalPlaces(), [&](const FatalPlace& fatal) {
+            return name.find(fatal.place) != std::string::npos;
+        });
+    });
+}
+
+} // namespace
 
 void CallList::AddTakenPaths()
 {
     for (const CallPath* const taken : TakenPaths()) {
+        if (LeadsThroughFatalPlace(*taken)) {
+            continue;
+        }
         ListedPath& path = paths_[taken->key];
         path.key = taken->key;
         path.calls = std::max(path.calls, taken->calls.load());

@@ -21,7 +21,8 @@ struct ListedPath {
 /// process that reports.
 class CallList {
 public:
-    /// Adds the paths that were taken in the run that has just ended.
+    /// Adds the paths that were taken in the run that has just ended, without those that lead through
+    /// a FatalPlace.
     void AddTakenPaths();
 
     /// @throws std::runtime_error if the file cannot be written

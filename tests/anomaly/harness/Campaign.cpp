@@ -23,7 +23,7 @@
 namespace vqrx::test::anomaly {
 namespace {
 
-constexpr std::uint32_t kSampleSeconds = 2;
+constexpr std::uint32_t kSampleSeconds = 1;
 constexpr int kMaxEarlyEnds = 50;
 constexpr auto kUndisturbed = ~std::size_t{0}; // as the number of a call
 

@@ -202,6 +202,31 @@ TEST(AnomalyHarness, Thread_that_outlives_its_owner_is_found)
     }
 }
 
+TEST(AnomalyHarness, Memory_for_the_own_variables_of_a_thread_is_left_out)
+{
+    const auto report = Try([](RunNotes& notes) {
+        const auto thread = reinterpret_cast<HANDLE>(_beginthreadex(
+            nullptr, 0,
+            [](void*) -> unsigned {
+                thread_local volatile int ofThread = 1; // the first look at it allocates
+                return static_cast<unsigned>(ofThread);
+            },
+            nullptr, 0, nullptr));
+        if (thread == nullptr) {
+            notes.Saw("no thread");
+            return;
+        }
+        while (WaitForSingleObject(thread, INFINITE) == WAIT_FAILED) {
+            Sleep(1);
+        }
+        CloseHandle(thread);
+    });
+    if (report) {
+        EXPECT_THAT(report->findings, IsEmpty());
+        EXPECT_EQ(2U, report->calls); // the thread and the wait
+    }
+}
+
 TEST(AnomalyHarness, Fault_of_the_undisturbed_steps_is_found)
 {
     const auto report = Try([](RunNotes& notes) { notes.Broke("a promise"); });

@@ -5,7 +5,6 @@
 #include <cctype>
 
 namespace vqrx::test::anomaly {
-namespace {
 
 std::string WithoutNumbers(const std::string& text)
 {
@@ -19,8 +18,6 @@ std::string WithoutNumbers(const std::string& text)
     }
     return plain;
 }
-
-} // namespace
 
 void RunNotes::Saw(const std::string& text)
 {

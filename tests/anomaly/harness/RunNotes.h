@@ -7,11 +7,14 @@
 
 namespace vqrx::test::anomaly {
 
+/// Returns the text with "#" in place of each number, because ids and times differ from run to run.
+[[nodiscard]] std::string WithoutNumbers(const std::string& text);
+
 /// What one run of a scenario shows. Any thread may call.
 class RunNotes {
 public:
-    /// Notes what a client or an operator sees: the result of a request, a line of the log. Digits
-    /// count as the same, because ids and times differ from run to run.
+    /// Notes what a client or an operator sees: the result of a request, a line of the log. All numbers
+    /// count as the same.
     void Saw(const std::string& text);
     /// Notes a broken promise.
     void Broke(const std::string& text);

@@ -72,6 +72,13 @@ std::vector<HANDLE> StartedProcesses()
     return startedProcesses.All();
 }
 
+void WaitForStartedThreads()
+{
+    for (const HANDLE thread : startedThreads.All()) {
+        WaitForSingleObject(thread, INFINITE);
+    }
+}
+
 bool AllThreadsHaveEnded()
 {
     const std::vector<HANDLE> threads = startedThreads.All();

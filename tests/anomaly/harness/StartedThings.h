@@ -17,6 +17,8 @@ void ForgetStarted() noexcept;
 /// until the next run begins.
 [[nodiscard]] std::vector<HANDLE> StartedProcesses();
 
+/// Waits until all threads that the product has started in this run have ended.
+void WaitForStartedThreads();
 /// Reports whether all threads that the product has started in this run have ended.
 [[nodiscard]] bool AllThreadsHaveEnded();
 

@@ -15,10 +15,10 @@ namespace {
 
 Structure StructureOf(std::string_view function) noexcept
 {
-    return function == "CreateProcessA"   ? Structure::startedProcess
-           : function == "VariantClear"   ? Structure::clearedVariant
-           : function == "_beginthreadex" ? Structure::startedThread
-                                          : Structure::none;
+    return function == "CreateProcessA" || function == "CreateProcessW" ? Structure::startedProcess
+           : function == "VariantClear"                                 ? Structure::clearedVariant
+           : function == "_beginthreadex"                               ? Structure::startedThread
+                                                                        : Structure::none;
 }
 
 void Watch(const ImportSlot& import)

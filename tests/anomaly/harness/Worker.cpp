@@ -56,7 +56,7 @@ bool IsMemory(std::string_view name)
 
 bool LeadsThrough(const CallPath& path, const QuietPlace& place)
 {
-    return std::string_view(path.name) == place.call &&
+    return (*place.call == '\0' || std::string_view(path.name) == place.call) &&
            std::any_of(path.frames, path.frames + path.depth,
                        [&](std::uint32_t frame) { return NameAt(frame).ends_with(place.place); });
 }
