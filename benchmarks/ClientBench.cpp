@@ -1,5 +1,5 @@
-// What one look of the client costs, without the questions to Windows about each process: the ring file is
-// read, its records become a timeline, the timeline becomes a table, metrics or a page.
+// What one look of the client costs, without the questions to Windows about each process: the ring
+// file is read, its records become a timeline, the timeline becomes a table, metrics or a page.
 #include "DaemonStatus.h"
 #include "DaemonTable.h"
 #include "LogFile.h"

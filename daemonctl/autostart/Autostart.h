@@ -7,8 +7,8 @@
 
 namespace vqrx::client::v0 {
 
-// How Windows starts the guard at power-on: as a service, or from the machine's Run key when a user logs
-// on. Changes need the rights of an administrator.
+// How Windows starts the guard at power-on: as a service, or from the machine's Run key when a user
+// logs on. Changes need the rights of an administrator.
 
 /// One way in which Windows starts the guard.
 struct AutostartEntry {
@@ -22,14 +22,14 @@ struct AutostartEntry {
 /// @throws std::runtime_error if Windows does not answer
 [[nodiscard]] std::vector<AutostartEntry> ReadAutostart();
 
-/// Lets Windows start the guard at power-on, in one way: an entry of the other kind is removed, one of
-/// this kind is changed. The service starts automatically, has a description, and the service manager
-/// starts it again if its process ends without an order. A guard that runs is left alone.
+/// Lets Windows start the guard at power-on, in one way: an entry of the other kind is removed, one
+/// of this kind is changed. The service starts automatically, has a description, and the service
+/// manager starts it again if its process ends without an order. A guard that runs is left alone.
 /// @throws std::runtime_error with the reason
 void InstallAutostart(const GuardCommand& command);
 
-/// Removes both kinds of entries. A guard that runs is left alone; Windows deletes its service when it
-/// ends.
+/// Removes both kinds of entries. A guard that runs is left alone; Windows deletes its service when
+/// it ends.
 /// @return whether there was one
 /// @throws std::runtime_error with the reason
 bool RemoveAutostart();
@@ -37,8 +37,8 @@ bool RemoveAutostart();
 /// Returns the path of a file in the folder of this program, UTF-8.
 [[nodiscard]] std::string PathBesideThisProgram(const std::wstring& fileName);
 
-/// Starts the guard now: the service, or the program in this session. Does nothing if the service runs
-/// already. Does not wait for the supervisor.
+/// Starts the guard now: the service, or the program in this session. Does nothing if the service
+/// runs already. Does not wait for the supervisor.
 /// @throws std::runtime_error with the reason
 void StartGuard(const GuardCommand& command);
 

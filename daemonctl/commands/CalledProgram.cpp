@@ -49,8 +49,8 @@ std::wstring EnvironmentWith(const std::map<std::string, std::string>& further)
     return block.append(1, L'\0');
 }
 
-// Makes a file that holds the input and that Windows removes after the last handle of it is closed. A
-// pipe would block this program if the called one does not read.
+// Makes a file that holds the input and that Windows removes after the last handle of it is closed.
+// A pipe would block this program if the called one does not read.
 UniqueKernelHandle InputFileWith(const std::string& input)
 {
     std::array<wchar_t, MAX_PATH + 1> folder{};

@@ -7,8 +7,8 @@
 
 namespace vqrx::client::v0 {
 
-/// A program that was called with a text on its standard input. The destructor ends it, and with it all
-/// programs that it has started.
+/// A program that was called with a text on its standard input. The destructor ends it, and with it
+/// all programs that it has started.
 class CalledProgram {
 public:
     /// Starts the program without a window.

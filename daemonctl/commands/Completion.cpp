@@ -108,8 +108,8 @@ std::string BashList(const Words& words)
     return "'" + Joined(words, "", " ") + "'";
 }
 
-// Offers the daemon ids. When bash lists what it offers (COMP_TYPE 63, the code of "?"), each id has its
-// command beside it.
+// Offers the daemon ids. When bash lists what it offers (COMP_TYPE 63, the code of "?"), each id
+// has its command beside it.
 std::string BashDaemons(const std::string& program, const std::string& commands)
 {
     return commands.empty()

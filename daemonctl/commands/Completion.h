@@ -6,8 +6,9 @@
 
 namespace vqrx::client::v0 {
 
-// Each script completes the commands of the program, their options, and the values of an option that
-// has a fixed set of values. The script is made from the definition of the command line in app.
+// Each script completes the commands of the program, their options, and the values of an option
+// that has a fixed set of values. The script is made from the definition of the command line in
+// app.
 
 /// Returns a script that bash runs with `source`.
 [[nodiscard]] std::string BashCompletion(const CLI::App& app);

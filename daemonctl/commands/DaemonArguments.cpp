@@ -8,7 +8,8 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// Returns how many arguments an option of "launch" or "attach" takes, itself included; 0: it is none.
+// Returns how many arguments an option of "launch" or "attach" takes, itself included; 0: it is
+// none.
 std::size_t CountOfOption(const std::string& argument, bool launches)
 {
     if (argument == "--raw" || (launches && argument.starts_with("--wait="))) {

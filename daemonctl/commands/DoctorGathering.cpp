@@ -37,8 +37,8 @@ FirewallRulesFacts RulesOrTimeout()
     return facts.value_or(timeout);
 }
 
-// Returns the running daemons. If the log cannot be read, these are the supervisor's child processes
-// only.
+// Returns the running daemons. If the log cannot be read, these are the supervisor's child
+// processes only.
 // @param logIsThere  set to whether the log shows the running supervisor
 std::vector<DaemonStatus> RunningDaemons(bool& logIsThere)
 {
@@ -90,8 +90,8 @@ std::vector<std::string> AddDaemons(DoctorFacts& facts)
     return programs;
 }
 
-// Returns whether the log holds the start of the running supervisor, or a record after that; nothing if
-// it is not known which process that is.
+// Returns whether the log holds the start of the running supervisor, or a record after that;
+// nothing if it is not known which process that is.
 std::optional<bool> LogIsCurrent(const SupervisorFacts& supervisor)
 {
     const std::vector<ImageFacts> possible = PossibleSupervisors(supervisor);

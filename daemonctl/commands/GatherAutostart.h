@@ -4,7 +4,8 @@
 
 namespace vqrx::client::v0 {
 
-/// Asks Windows how the guard is started, and reads its fleet file as the guard does. Changes nothing.
+/// Asks Windows how the guard is started, and reads its fleet file as the guard does. Changes
+/// nothing.
 /// @throws std::bad_alloc
 [[nodiscard]] AutostartFacts GatherAutostartFacts();
 

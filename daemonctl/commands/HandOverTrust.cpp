@@ -21,8 +21,8 @@ bool HasConsole()
     return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != FALSE;
 }
 
-// Prints who else than administrators and the supervisor's account may change the files. An empty path is
-// no file.
+// Prints who else than administrators and the supervisor's account may change the files. An empty
+// path is no file.
 bool AreSound(const std::vector<std::string>& files)
 {
     bool sound = true;

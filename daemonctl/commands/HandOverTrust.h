@@ -7,13 +7,14 @@
 
 namespace vqrx::client::v0 {
 
-// The supervisor starts programs with its own rights. So an administrator must neither attach nor launch
-// what somebody with lesser rights has chosen.
+// The supervisor starts programs with its own rights. So an administrator must neither attach nor
+// launch what somebody with lesser rights has chosen.
 
-/// Returns whether this process may believe the log and other files. A process without the full rights of
-/// an administrator may: it can hand nobody more rights than he has. Otherwise prints on standard error
-/// who else may have written them.
-/// @param files  paths of the listing, of a former log and of a fleet file, UTF-8; an empty path is none
+/// Returns whether this process may believe the log and other files. A process without the full
+/// rights of an administrator may: it can hand nobody more rights than he has. Otherwise prints on
+/// standard error who else may have written them.
+/// @param files  paths of the listing, of a former log and of a fleet file, UTF-8; an empty path is
+///               none
 /// @throws std::runtime_error if the registry does not name the firmware root
 [[nodiscard]] bool CanBelieve(const std::vector<std::string>& files);
 

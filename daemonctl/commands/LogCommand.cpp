@@ -57,8 +57,8 @@ RecordFilter FilterOf(const LogArguments& arguments)
     return filter;
 }
 
-/// Writes the records that the operator asked for. With --tail it keeps the last lines in memory until
-/// the end of the log file is reached.
+/// Writes the records that the operator asked for. With --tail it keeps the last lines in memory
+/// until the end of the log file is reached.
 class Printer {
 public:
     Printer(const LogArguments& arguments, LineOutput& output)

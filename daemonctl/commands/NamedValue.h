@@ -13,8 +13,8 @@ namespace vqrx::client::v0 {
 template <typename Value>
 using NamedValues = std::vector<std::pair<std::string, Value>>;
 
-/// Makes a transformation for an option with a fixed set of values: it reads the name of a value. The
-/// help and the completion list the names. The error text for any other name lists them, too.
+/// Makes a transformation for an option with a fixed set of values: it reads the name of a value.
+/// The help and the completion list the names. The error text for any other name lists them, too.
 /// @tparam Value  an enumeration, or std::string
 template <typename Value>
 [[nodiscard]] CLI::Validator NamedValue(const NamedValues<Value>& values)

@@ -104,8 +104,8 @@ int Report(const ReportArguments& arguments, const LogPath& defaultPath,
     return ReportDamage(arguments, report.path, report.summary);
 }
 
-// Writes the page again and again, until the program is ended. A failure is printed and ends nothing:
-// the log may be locked, or the disk full, for a moment only.
+// Writes the page again and again, until the program is ended. A failure is printed and ends
+// nothing: the log may be locked, or the disk full, for a moment only.
 int ReportAgainAndAgain(const ReportArguments& arguments, const LogPath& defaultPath,
                         const SupervisorNow& supervisor)
 {

@@ -63,8 +63,8 @@ AttachedProcess Ask(const DaemonStatus& daemon)
                                                               : AttachedProcess::leave;
 }
 
-// Returns the child processes of the supervisor. They matter only for a daemon that the log does not
-// show, and whose id is unknown. So an operator who gives ids does not need them.
+// Returns the child processes of the supervisor. They matter only for a daemon that the log does
+// not show, and whose id is unknown. So an operator who gives ids does not need them.
 std::vector<ProcessFacts> ChildrenIfNeeded(bool isByIdOnly)
 {
     try {
@@ -77,8 +77,8 @@ std::vector<ProcessFacts> ChildrenIfNeeded(bool isByIdOnly)
     return {};
 }
 
-// Lists the daemons of the running supervisor. Without a readable log the list is empty: a daemon can
-// still be stopped by its id.
+// Lists the daemons of the running supervisor. Without a readable log the list is empty: a daemon
+// can still be stopped by its id.
 std::vector<DaemonStatus> Daemons(const DaemonSelection& selection)
 {
     const bool isByIdOnly = !selection.all && std::all_of(selection.targets.begin(),
@@ -93,8 +93,8 @@ std::vector<DaemonStatus> Daemons(const DaemonSelection& selection)
     return {};
 }
 
-// Calls an operation for each selected daemon of the running supervisor. If it fails for one daemon,
-// the others get their turn; only the end of the supervisor ends the function.
+// Calls an operation for each selected daemon of the running supervisor. If it fails for one
+// daemon, the others get their turn; only the end of the supervisor ends the function.
 // @return the exit code
 int ForEachSelected(const DaemonSelection& selection, const Reporter& reporter,
                     const std::function<bool(const DaemonStatus& daemon)>& operation)

@@ -40,8 +40,8 @@ struct WatchOptions {
     std::uint32_t timeoutSeconds = 30;
 };
 
-/// Calls the operator's program with the changes that wait: one call at a time, and not more often than
-/// the operator asked.
+/// Calls the operator's program with the changes that wait: one call at a time, and not more often
+/// than the operator asked.
 class Caller {
 public:
     explicit Caller(const WatchOptions& options)

@@ -15,9 +15,9 @@ enum class WatchEnd { fulfilled, timeOver, supervisorEnded };
 /// @param now    the latest observation
 using WatchAim = std::function<bool(const Observation& first, const Observation& now)>;
 
-/// Observes a daemon of the running supervisor five times a second, until the aim is reached, the time
-/// is over, or the supervisor has ended. The next supervisor gives the same ids to other daemons, so
-/// its daemons do not count. Looks at least once.
+/// Observes a daemon of the running supervisor five times a second, until the aim is reached, the
+/// time is over, or the supervisor has ended. The next supervisor gives the same ids to other
+/// daemons, so its daemons do not count. Looks at least once.
 /// @param seconds  time to watch at most
 /// @param source   asked about the processes of the machine
 /// @param now      gets the last observation

@@ -16,7 +16,8 @@ WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& oper
 
 /// Connects to the supervisor and runs an operation that also reads the supervisor's log. A failure
 /// is printed on standard error.
-/// @return the exit code of the operation; kNoSupervisor, kRefused or kLogUnreadable after a failure
+/// @return the exit code of the operation; kNoSupervisor, kRefused or kLogUnreadable after a
+///         failure
 [[nodiscard]] int
 WithSupervisorAndLog(const std::function<int(daemon_manager::SupervisorClient&)>& operation);
 

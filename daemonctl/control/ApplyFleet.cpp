@@ -176,8 +176,8 @@ private:
         }
     }
 
-    // The log shows the daemon, but has no line for the stop of a daemon that never had a process. A
-    // launch of the same command settles it: the supervisor registers no command twice.
+    // The log shows the daemon, but has no line for the stop of a daemon that never had a process.
+    // A launch of the same command settles it: the supervisor registers no command twice.
     void Confirm(const FleetMember& member)
     {
         const DaemonStatus& daemon = daemons_[*member.daemon];

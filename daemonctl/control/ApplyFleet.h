@@ -25,12 +25,12 @@ struct AppliedCount {
     std::size_t failed = 0; ///< lines without a daemon now, and daemons that could not be stopped
 };
 
-/// Carries out the plan for a fleet file. Launches each program of the file that no daemon runs, and
-/// attaches its process if one runs unwatched. On request, stops each daemon that the file does not
-/// name. Reports one line for each line of the file and for each stopped daemon. If a line or a stop
-/// fails, the function goes on with the others. After an attach the function waits until the log shows
-/// the daemon: the next plan reads the log, and would attach the process a second time without the
-/// record.
+/// Carries out the plan for a fleet file. Launches each program of the file that no daemon runs,
+/// and attaches its process if one runs unwatched. On request, stops each daemon that the file does
+/// not name. Reports one line for each line of the file and for each stopped daemon. If a line or a
+/// stop fails, the function goes on with the others. After an attach the function waits until the
+/// log shows the daemon: the next plan reads the log, and would attach the process a second time
+/// without the record.
 /// @param plan     without errors
 /// @param daemons  the daemons that the plan was made for
 /// @throws SupervisorNotRunning if the supervisor has ended; std::bad_alloc

@@ -79,8 +79,8 @@ public:
     }
 
     // The record of an attach reaches the log a moment after the call. The next hand-over reads the
-    // log, and would attach a process a second time without the record. The log shows the daemons in
-    // the order of the calls.
+    // log, and would attach a process a second time without the record. The log shows the daemons
+    // in the order of the calls.
     void WaitForTheirRecords() const
     {
         if (lastNewId_ && !WaitForDaemonInLog(*lastNewId_)) {
@@ -99,8 +99,9 @@ private:
                          "\n  To run the program again: daemonctl launch ...");
     }
 
-    // The supervisor receives only a process id, and the plan may be old: another process can have the
-    // id by now. So this function holds the process open, which reserves its id, and checks it again.
+    // The supervisor receives only a process id, and the plan may be old: another process can have
+    // the id by now. So this function holds the process open, which reserves its id, and checks it
+    // again.
     void AttachFormer(const FormerDaemon& former)
     {
         const HeldProcess process(*former.processId);

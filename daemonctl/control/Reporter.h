@@ -5,8 +5,8 @@
 
 namespace vqrx::client::v0 {
 
-/// Receives the lines that describe the progress of an operation. daemonctl prints them. Each line is
-/// UTF-8 without a line end; Printable() has been applied to texts of daemons.
+/// Receives the lines that describe the progress of an operation. daemonctl prints them. Each line
+/// is UTF-8 without a line end; Printable() has been applied to texts of daemons.
 struct Reporter {
     using Line = std::function<void(const std::string& line)>;
     Line done;    ///< something was done, or needed not be done

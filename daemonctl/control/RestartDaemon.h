@@ -7,8 +7,8 @@
 
 namespace vqrx::client::v0 {
 
-/// Ends the process of a daemon, launched or attached, in the steps in which the supervisor ends the
-/// process of a launched daemon. Then waits until the supervisor has started the program again.
+/// Ends the process of a daemon, launched or attached, in the steps in which the supervisor ends
+/// the process of a launched daemon. Then waits until the supervisor has started the program again.
 /// A daemon without a process is only waited for.
 /// @param daemon     of the running supervisor
 /// @param timeoutMs  milliseconds to wait for the start

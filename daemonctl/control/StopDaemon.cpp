@@ -21,8 +21,8 @@ namespace {
 
 using daemon_manager::SupervisorClient;
 
-// Finds the process that an attached daemon had when it was detached: the record of the detach names
-// it. The listing that the caller has may be older than the last restart.
+// Finds the process that an attached daemon had when it was detached: the record of the detach
+// names it. The listing that the caller has may be older than the last restart.
 // @return nothing if the log does not show the record in time, or cannot be read
 std::optional<LoggedProcess> DetachedProcess(const DaemonStatus& daemon,
                                              const ProcessSource& source)
@@ -44,8 +44,8 @@ try {
     return std::nullopt;
 }
 
-// Only the log says that a process belongs to a daemon, unless the supervisor has started it. So whoever
-// may write the log could choose which process an administrator ends.
+// Only the log says that a process belongs to a daemon, unless the supervisor has started it. So
+// whoever may write the log could choose which process an administrator ends.
 // @return why this process must not be ended; empty if it may
 std::string WhyNotToBelieveLog(std::uint32_t processId)
 {

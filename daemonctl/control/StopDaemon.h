@@ -10,7 +10,8 @@ namespace vqrx::client::v0 {
 
 /// What becomes of the process of an attached daemon that is stopped.
 enum class AttachedProcess {
-    end, ///< it is ended, in the steps in which the supervisor ends the process of a launched daemon
+    /// It is ended, in the steps in which the supervisor ends the process of a launched daemon.
+    end,
     leave ///< it runs on
 };
 
@@ -23,18 +24,18 @@ enum class AttachedProcess {
 /// @param daemon    of the running supervisor. If inLog is false, it is not known whether it is
 ///                  attached: the function then finds out by the answer to a detach
 /// @param reporter  gets one line about the result, and before it a line about a wait
-/// @return false if the daemon has no known id, if its process runs on although it should not, or if
-///         the process may not be ended (WhyNotToEnd); the daemon is then not detached either
+/// @return false if the daemon has no known id, if its process runs on although it should not, or
+///         if the process may not be ended (WhyNotToEnd); the daemon is then not detached either
 /// @throws SupervisorError; std::bad_alloc
 [[nodiscard]] bool StopDaemon(daemon_manager::SupervisorClient& supervisor,
                               const DaemonStatus& daemon, AttachedProcess attached,
                               const Reporter& reporter);
 
 /// Finds out why daemonctl must not end the process of a daemon:
-/// - It is that of a Windows service. If it ended by force, Windows would report a crash, and could start
-///   the service beside the supervisor.
-/// - This process has the full rights of an administrator, others may change the log, and only the log
-///   says that the process is the daemon's: the supervisor has not started it.
+/// - It is that of a Windows service. If it ended by force, Windows would report a crash, and could
+///   start the service beside the supervisor.
+/// - This process has the full rights of an administrator, others may change the log, and only the
+///   log says that the process is the daemon's: the supervisor has not started it.
 /// @return the reason with advice, one line; empty if the process may be ended. The program of
 ///         a service that the supervisor itself started may be ended
 [[nodiscard]] std::string WhyNotToEnd(const DaemonStatus& daemon);

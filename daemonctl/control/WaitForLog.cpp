@@ -15,8 +15,8 @@ constexpr DWORD kReadAgainMs = 100;
 // Windows and the supervisor read the time of a start from clocks of different resolution.
 constexpr std::int64_t kStartGrainMs = 1000;
 
-// Returns when the process of the running supervisor was created; 0 if this user may not examine it, or
-// if Windows does not list the processes.
+// Returns when the process of the running supervisor was created; 0 if this user may not examine
+// it, or if Windows does not list the processes.
 std::int64_t SupervisorCreatedMs()
 {
     try {

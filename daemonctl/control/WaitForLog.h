@@ -9,19 +9,20 @@
 
 namespace vqrx::client::v0 {
 
-/// The longest time, in milliseconds, that a record needs to reach the log after the call that it is
-/// about. The supervisor writes records on a thread of its own.
+/// The longest time, in milliseconds, that a record needs to reach the log after the call that it
+/// is about. The supervisor writes records on a thread of its own.
 inline constexpr std::uint64_t kLogPatienceMs = 10000;
 
-/// Reads the log of this machine and makes its timeline, in which the last run is that of the running
-/// supervisor. A supervisor that has just been started may not have written its first records yet, and
-/// the log of one that was killed looks as if it still ran. So the function reads the log until it
-/// shows a start that is not older than the supervisor's process, at most kLogPatienceMs.
+/// Reads the log of this machine and makes its timeline, in which the last run is that of the
+/// running supervisor. A supervisor that has just been started may not have written its first
+/// records yet, and the log of one that was killed looks as if it still ran. So the function reads
+/// the log until it shows a start that is not older than the supervisor's process, at most
+/// kLogPatienceMs.
 /// @throws LogUnreadable also if the log does not show the running supervisor by then
 [[nodiscard]] Timeline ReadTimelineOfRunning();
 
-/// Finds the state of all daemons of the running supervisor, as ReadDaemons() does, but waits for the
-/// first records of a supervisor that has just been started.
+/// Finds the state of all daemons of the running supervisor, as ReadDaemons() does, but waits for
+/// the first records of a supervisor that has just been started.
 /// @param children  as ReadDaemons() gets them
 /// @throws as ReadTimelineOfRunning() and SourceOfThisMachine()
 [[nodiscard]] DaemonsNow ReadDaemonsOfRunning(const std::vector<ProcessFacts>& children);

@@ -9,7 +9,8 @@ namespace {
 
 constexpr std::string_view kInterpreter = "\\cmd.exe ";
 
-// Returns whether a text without quotes begins with the path of a batch file. The path may hold blanks.
+// Returns whether a text without quotes begins with the path of a batch file. The path may hold
+// blanks.
 bool BeginsWithBatchFile(const std::string& text)
 {
     const std::string lower = LowerAscii(text) + " ";

@@ -9,16 +9,17 @@
 
 namespace vqrx::client::v0 {
 
-/// Writes what a reader of the listing needs to know besides it: what the log no longer shows, and how
-/// to learn an id that no record shows. Pure.
+/// Writes what a reader of the listing needs to know besides it: what the log no longer shows, and
+/// how to learn an id that no record shows. Pure.
 /// @param run  the run of the supervisor whose daemons these are
 /// @return a sentence or two each, without a line end; empty if there is nothing to say
 [[nodiscard]] std::vector<std::string> ListingNotes(const std::vector<DaemonStatus>& daemons,
                                                     const SupervisorRun& run);
 
 /// Writes the daemons for programs: one JSON object and a line feed after it. docs/daemonctl.md
-/// describes the fields, whose names are fixed. Letters beyond ASCII are escaped ("\\u00fc"), so that
-/// a shell that converts the text does not lose them. Bytes that are no UTF-8 become U+FFFD. Pure.
+/// describes the fields, whose names are fixed. Letters beyond ASCII are escaped ("\\u00fc"), so
+/// that a shell that converts the text does not lose them. Bytes that are no UTF-8 become U+FFFD.
+/// Pure.
 /// @param nowMs    the current time, milliseconds since 1970, UTC
 /// @param version  the version of daemonctl
 [[nodiscard]] std::string ListingJson(const std::vector<DaemonStatus>& daemons, std::int64_t nowMs,

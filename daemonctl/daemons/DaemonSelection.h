@@ -16,8 +16,8 @@ struct DaemonSelection {
 
 /// The daemons that a selection names.
 struct SelectedDaemons {
-    /// In the order of the targets, each daemon once. An id that the log does not show gives a daemon
-    /// with this id and inLog = false.
+    /// In the order of the targets, each daemon once. An id that the log does not show gives a
+    /// daemon with this id and inLog = false.
     std::vector<DaemonStatus> daemons;
     std::vector<std::string> unknownNames; ///< names of programs that no daemon runs
 };

@@ -36,7 +36,8 @@ struct ProcessSource {
 enum class RunState {
     running,    ///< the process that the log names runs
     restarting, ///< the daemon is in a crash loop (RecentRestarts), whether it has a process or not
-    ended, ///< that process has ended; the supervisor starts the next one, unless the exit code is 259
+    /// That process has ended. The supervisor starts the next one, unless the exit code is 259.
+    ended,
     cannotStart, ///< the last start failed; the supervisor tries again every second
     unknown      ///< a process has this id, but this user may not examine it
 };
@@ -78,8 +79,8 @@ struct DaemonStatus {
 [[nodiscard]] bool WasTriedLately(const std::vector<std::int64_t>& failedStarts,
                                   std::int64_t nowMs);
 
-/// Returns a daemon's last process as the log shows it. Asks `source` nothing but the command line of
-/// a service.
+/// Returns a daemon's last process as the log shows it. Asks `source` nothing but the command line
+/// of a service.
 /// @return nothing if the log shows no process, or shows that the process ended or that a client
 /// stopped or detached it
 [[nodiscard]] std::optional<LoggedProcess> LastProcessOf(const DaemonHistory& daemon,
@@ -89,8 +90,8 @@ struct DaemonStatus {
 /// @param run       the run of the supervisor
 /// @param nowMs     the current time, milliseconds since 1970, UTC; see WasTriedLately()
 /// @param children  the running processes that the supervisor has started. The supervisor starts a
-/// process before it logs the start. So a child that the log does not show yet counts as the process
-/// of a daemon that has none, if program and arguments fit.
+/// process before it logs the start. So a child that the log does not show yet counts as the
+/// process of a daemon that has none, if program and arguments fit.
 /// @return first the daemons with an id, by id; then the commands that could never be started; then
 /// the other children that the log does not show
 [[nodiscard]] std::vector<DaemonStatus> StatusOfDaemons(const SupervisorRun& run,

@@ -19,14 +19,14 @@ struct TableStyle {
     std::int64_t nowMs = 0;           ///< milliseconds since 1970, UTC
     TimeWriter timeText;              ///< "2026-11-21 08:40:42"
     std::optional<std::size_t> width; ///< characters of a line of the terminal; nothing: no limit
-    /// The daemons at an earlier look; null: none. Then CPU is the share of the time since that look,
-    /// and behind MEMORY stands the change since then.
+    /// The daemons at an earlier look; null: none. Then CPU is the share of the time since that
+    /// look, and behind MEMORY stands the change since then.
     const std::vector<DaemonStatus>* before = nullptr;
     std::int64_t beforeMs = 0; ///< of that look
 };
 
-/// A line of the table, UTF-8, without a line end. Control characters are visible ("\x1B"), so that no
-/// argument of a program commands the terminal.
+/// A line of the table, UTF-8, without a line end. Control characters are visible ("\x1B"), so that
+/// no argument of a program commands the terminal.
 struct TableLine {
     std::string text;
     /// Level of a record whose colour fits the state: kErrorRecord for a daemon in trouble,
@@ -34,9 +34,9 @@ struct TableLine {
     int level = -1;
 };
 
-/// Writes the daemons as a table for people: a line of titles, and a line for each daemon. If the table
-/// is wider than the terminal, it has no last exits, no folders of programs, and short times. A line that
-/// is still too long is cut. Pure except for timeText.
+/// Writes the daemons as a table for people: a line of titles, and a line for each daemon. If the
+/// table is wider than the terminal, it has no last exits, no folders of programs, and short times.
+/// A line that is still too long is cut. Pure except for timeText.
 [[nodiscard]] std::vector<TableLine> TableOf(const std::vector<DaemonStatus>& daemons,
                                              const TableStyle& style);
 

@@ -32,8 +32,8 @@ struct ExpectFile {
 /// @param content  UTF-8, with or without a byte order mark
 [[nodiscard]] ExpectFile ParseExpectFile(std::string_view content);
 
-/// Returns whether a text can be the folder in front of a program's name in a command. A folder has a
-/// colon only after its drive letter, and does not hold the path of another program. Pure.
+/// Returns whether a text can be the folder in front of a program's name in a command. A folder has
+/// a colon only after its drive letter, and does not hold the path of another program. Pure.
 /// @param text  the command before the name of the program; may be empty
 [[nodiscard]] bool CanBeFolder(std::string_view text);
 

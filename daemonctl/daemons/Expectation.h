@@ -17,8 +17,8 @@ struct ExpectationResult {
     std::string note;                  ///< why no daemon runs it; empty if one does
 };
 
-/// Finds a running daemon for each expected program. No daemon is used for two programs. A daemon in
-/// a crash loop (RecentRestarts) does not count as running, even if it has a process. Pure.
+/// Finds a running daemon for each expected program. No daemon is used for two programs. A daemon
+/// in a crash loop (RecentRestarts) does not count as running, even if it has a process. Pure.
 /// @param nowMs        the current time, milliseconds since 1970, UTC
 /// @param minUptimeMs  a process that is younger, in milliseconds, does not count as running
 /// @return one result for each program, in the order of the programs

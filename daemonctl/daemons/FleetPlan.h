@@ -54,8 +54,8 @@ struct FleetSource {
     SameFile sameFile;
     /// Returns whether a file, not a folder, has this path.
     std::function<bool(const std::string& path)> fileExists;
-    /// Returns whether there is a Windows service of this name. Throws std::runtime_error if Windows
-    /// does not answer.
+    /// Returns whether there is a Windows service of this name. Throws std::runtime_error if
+    /// Windows does not answer.
     std::function<bool(const std::string& name)> serviceExists;
     /// Returns the processes that no running process has started and that run a file of this name.
     std::function<std::vector<UnwatchedProgram>(const std::string& fileName)> orphansOf;
@@ -63,25 +63,26 @@ struct FleetSource {
     /// path is empty for a service.
     std::function<std::string(const std::string& path, const std::vector<std::string>& arguments)>
         reasonToRefuse;
-    /// Whether the daemons given to PlanFleet() include all attached daemons. If not, a process that
-    /// seems to be unsupervised may be attached already, and is not attached again.
+    /// Whether the daemons given to PlanFleet() include all attached daemons. If not, a process
+    /// that seems to be unsupervised may be attached already, and is not attached again.
     bool attachedKnown = true;
 };
 
 /// Compares the lines of a fleet file with the daemons of the supervisor.
 ///
 /// A daemon fits a line if it has the program of the line and exactly its arguments; a line without
-/// arguments wants a daemon without arguments. A program without a folder stands for a daemon in any
-/// folder. If there is none, it stands for the file of this name in \App, or for the Windows service
-/// of this name. Each daemon fits one line only.
+/// arguments wants a daemon without arguments. A program without a folder stands for a daemon in
+/// any folder. If there is none, it stands for the file of this name in \App, or for the Windows
+/// service of this name. Each daemon fits one line only.
 ///
-/// A process that nobody supervises and that fits a line is not started a second time: it is attached.
-/// If that is not possible, the line is refused. A batch file is one such case: its process is the
-/// command interpreter, and the supervisor would register that instead of the batch file.
+/// A process that nobody supervises and that fits a line is not started a second time: it is
+/// attached. If that is not possible, the line is refused. A batch file is one such case: its
+/// process is the command interpreter, and the supervisor would register that instead of the batch
+/// file.
 ///
-/// Two lines that mean the same program with the same arguments are an error: the supervisor does not
-/// launch a program twice with the same arguments. Arguments that the client refuses are an error, too.
-/// Pure except for `source`.
+/// Two lines that mean the same program with the same arguments are an error: the supervisor does
+/// not launch a program twice with the same arguments. Arguments that the client refuses are an
+/// error, too. Pure except for `source`.
 [[nodiscard]] FleetPlan PlanFleet(const std::vector<ExpectedProgram>& lines,
                                   const std::vector<DaemonStatus>& daemons,
                                   const FleetSource& source);

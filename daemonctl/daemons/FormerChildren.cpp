@@ -50,8 +50,8 @@ private:
     FormerParents parents_;
 };
 
-// Returns whether a record of the log names this process. A record from before its creation names an
-// earlier process with its id.
+// Returns whether a record of the log names this process. A record from before its creation names
+// an earlier process with its id.
 bool IsNamed(const Timeline& timeline, const ProcessFacts& process)
 {
     constexpr std::int64_t clockGrainMs = 1000;

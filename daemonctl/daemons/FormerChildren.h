@@ -16,8 +16,8 @@ struct FormerSupervisor {
     std::int64_t createdMs = 0; ///< when Windows created it, milliseconds since 1970, UTC
 };
 
-/// The questions about parents and children among the processes of this machine, as functions that a
-/// test can replace; and what the caller knows about former supervisors.
+/// The questions about parents and children among the processes of this machine, as functions that
+/// a test can replace; and what the caller knows about former supervisors.
 struct ProcessFamily {
     /// Returns the id of the process that has started a process; nothing if no process has this id.
     std::function<std::optional<std::uint32_t>(std::uint32_t processId)> parentOf;
@@ -33,8 +33,8 @@ struct StartedProcess {
 };
 
 /// Finds the processes that former supervisors have started and that the log does not name. A
-/// supervisor that is killed may have started a process without a record in the log, and the ring may
-/// have overwritten the record of an old start.
+/// supervisor that is killed may have started a process without a record in the log, and the ring
+/// may have overwritten the record of an old start.
 ///
 /// Such a process has the parent of the other daemons, and this parent runs no more. Windows gives
 /// ids again, so a process counts only if it was created while the former supervisor ran.

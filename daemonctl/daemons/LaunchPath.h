@@ -20,8 +20,8 @@ enum class PathKind {
 
 /// Finds out what speaks against launching a program by this path. Pure except for kindOf.
 /// @param path       UTF-8, as the operator gave it
-/// @param appFolder  the supervisor's working folder, where it looks for a relative path; empty: not
-///                   known
+/// @param appFolder  the supervisor's working folder, where it looks for a relative path; empty:
+///                   not known
 /// @param kindOf     gets a full path
 /// @return warnings for people; empty if nothing speaks against it
 [[nodiscard]] std::vector<std::string>

@@ -23,19 +23,19 @@ struct MachineMetrics {
     std::uint64_t latePasses = 0;     ///< see CountLatePasses()
 };
 
-/// Writes the metrics of a machine. The text is OpenMetrics and also the text format of Prometheus: all
-/// families are gauges. A counter must not fall, but every figure here can fall: with a new process, or
-/// when the log loses its oldest records. docs/fleet.md describes the families, whose names are fixed. At most 1000
-/// daemons are written one by one, those in trouble first, then by id; the families that count daemons
-/// count all. A label has at most 200 bytes. Pure.
+/// Writes the metrics of a machine. The text is OpenMetrics and also the text format of Prometheus:
+/// all families are gauges. A counter must not fall, but every figure here can fall: with a new
+/// process, or when the log loses its oldest records. docs/fleet.md describes the families, whose
+/// names are fixed. At most 1000 daemons are written one by one, those in trouble first, then by
+/// id; the families that count daemons count all. A label has at most 200 bytes. Pure.
 /// @param daemons  empty if no supervisor is up
 /// @return UTF-8; the last line, "# EOF", is ended
 [[nodiscard]] std::string MetricsText(const MachineMetrics& machine,
                                       const std::vector<DaemonStatus>& daemons);
 
-/// Counts the passes of the supervisor that came late. Only a daemon that cannot be started shows the
-/// passes: the supervisor logs its failed start in each. Two failed starts of one daemon that are 2 to
-/// 15 seconds apart count as one late pass. Pure.
+/// Counts the passes of the supervisor that came late. Only a daemon that cannot be started shows
+/// the passes: the supervisor logs its failed start in each. Two failed starts of one daemon that
+/// are 2 to 15 seconds apart count as one late pass. Pure.
 [[nodiscard]] std::uint64_t CountLatePasses(const SupervisorRun& run);
 
 } // namespace vqrx::client::v0

@@ -12,8 +12,8 @@
 
 namespace vqrx::client::v0 {
 
-/// Returns a text as the value of a label: at most 200 bytes, with "..." after a text that was longer,
-/// control characters spelt out, and quotes and backslashes escaped. Pure.
+/// Returns a text as the value of a label: at most 200 bytes, with "..." after a text that was
+/// longer, control characters spelt out, and quotes and backslashes escaped. Pure.
 /// @param text  valid UTF-8
 [[nodiscard]] std::string MetricLabel(const std::string& text);
 
@@ -24,15 +24,15 @@ namespace vqrx::client::v0 {
     return static_cast<double>(timeMs) / perSecond;
 }
 
-/// Writes metrics, family after family. Names and help texts hold no line end; the help texts hold no
-/// backslash either.
+/// Writes metrics, family after family. Names and help texts hold no line end; the help texts hold
+/// no backslash either.
 class MetricsWriter {
 public:
     /// Returns the value of a daemon; nothing if the family has no sample for it.
     using Sample = std::function<std::optional<double>(const DaemonStatus& daemon)>;
 
-    /// @param daemons  must outlive the writer. At most 1000 of them get samples: those in trouble come
-    ///                 first
+    /// @param daemons  must outlive the writer. At most 1000 of them get samples: those in trouble
+    ///                 come first
     explicit MetricsWriter(const std::vector<DaemonStatus>& daemons);
 
     /// Adds a family with one sample.

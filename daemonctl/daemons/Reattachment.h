@@ -54,8 +54,8 @@ struct FormerDaemon {
 /// Finds out whether a process is still the one that the plan was made for. Pure.
 /// @param former  a daemon with the plan `attach`
 /// @param facts   the process that has the planned process id now
-/// @return `same` if time of creation and program are those of the plan; any other value says in what
-///         the process differs
+/// @return `same` if time of creation and program are those of the plan; any other value says in
+///         what the process differs
 [[nodiscard]] ProcessFit FitPlan(const FormerDaemon& former, const ProcessFacts& facts);
 
 } // namespace vqrx::client::v0

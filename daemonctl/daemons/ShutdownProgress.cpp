@@ -3,8 +3,8 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// Returns the run in the log; null if the log does not show it. The last run in the log is a former one
-// if the records of this one are missing.
+// Returns the run in the log; null if the log does not show it. The last run in the log is a former
+// one if the records of this one are missing.
 const SupervisorRun* Find(const Timeline& timeline, const std::optional<RunMark>& run)
 {
     if (!run || timeline.runs.empty()) {

@@ -13,21 +13,22 @@ namespace vqrx::client::v0 {
 /// Describes, for people, how far the shutdown of the supervisor has come and what it waits for.
 /// Pure.
 /// @param timeline  of the log
-/// @param run       the run of the supervisor that ends, from before the order; nothing: the log did
-///                  not show it
+/// @param run       the run of the supervisor that ends, from before the order; nothing: the log
+///                  did not show it
 [[nodiscard]] std::string DescribeShutdown(const Timeline& timeline,
                                            const std::optional<RunMark>& run);
 
-/// Returns whether the log shows that a client has ordered the supervisor to end. It does so a moment
-/// after the order. Pure.
+/// Returns whether the log shows that a client has ordered the supervisor to end. It does so a
+/// moment after the order. Pure.
 /// @param timeline  of the log; the last run is that of the supervisor that ends
 [[nodiscard]] bool ShowsOrder(const Timeline& timeline, const std::optional<RunMark>& run);
 
-/// Describes, for people, what the supervisor left behind when it ended: "the supervisor has ended; 3
-/// daemons run on without it". It states a number only if the log shows the end of this run. Pure.
+/// Describes, for people, what the supervisor left behind when it ended: "the supervisor has ended;
+/// 3 daemons run on without it". It states a number only if the log shows the end of this run.
+/// Pure.
 /// @param timeline  of the log
-/// @param run       the run of the supervisor that has ended, from before the order; nothing: the log
-///                  did not show it
+/// @param run       the run of the supervisor that has ended, from before the order; nothing: the
+///                  log did not show it
 [[nodiscard]] std::string DescribeEnd(const Timeline& timeline, const std::optional<RunMark>& run);
 
 /// Names processes for people: "process 12 (C:\App\DaemonManager.exe), process 15". Pure.

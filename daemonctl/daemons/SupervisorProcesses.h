@@ -10,10 +10,10 @@
 namespace vqrx::client::v0 {
 
 /// Finds the processes that run the installed supervisor's program as an expected user: the
-/// supervisor, and any former supervisor that has not ended yet. A process that only has the name of
-/// the program does not count, whoever runs it.
-/// - If this user may examine no such process, the processes that have the program's name and that this
-///   user may not examine count. The supervisor is one of them.
+/// supervisor, and any former supervisor that has not ended yet. A process that only has the name
+/// of the program does not count, whoever runs it.
+/// - If this user may examine no such process, the processes that have the program's name and that
+///   this user may not examine count. The supervisor is one of them.
 /// - If nothing on this machine names the installed program, every process of the name counts.
 /// @throws ProcessListUnreadable; std::bad_alloc
 [[nodiscard]] std::vector<std::uint32_t> FindSupervisors();
@@ -22,8 +22,8 @@ namespace vqrx::client::v0 {
 /// Windows does not give its id to another process meanwhile.
 class SupervisorProcesses {
 public:
-    /// @throws ProcessListUnreadable; std::bad_alloc; CodePageError if a path cannot be converted to
-    ///         UTF-8
+    /// @throws ProcessListUnreadable; std::bad_alloc; CodePageError if a path cannot be converted
+    ///         to UTF-8
     SupervisorProcesses();
 
     /// Returns the processes that still run, in the order of their creation. A process that this

@@ -27,7 +27,8 @@ public:
 /// @throws LogUnreadable if the log's path is not known or a log cannot be read
 [[nodiscard]] Timeline ReadTimelineAfter(const std::string& formerLog);
 
-/// Returns the damaged logs that the supervisor has set aside and that still lie beside its log, UTF-8.
+/// Returns the damaged logs that the supervisor has set aside and that still lie beside its log,
+/// UTF-8.
 /// @throws LogUnreadable if the log's path is not known
 [[nodiscard]] std::vector<std::string> DamagedLogs();
 
@@ -61,9 +62,9 @@ struct DaemonsNow {
 [[nodiscard]] DaemonsNow DaemonsIn(const Timeline& timeline,
                                    const std::vector<ProcessFacts>& children);
 
-/// Finds the running processes that the supervisor has started (see FindSupervisors()), except console
-/// hosts and processes that this user may not open. While a former supervisor still ends, its processes
-/// are among them.
+/// Finds the running processes that the supervisor has started (see FindSupervisors()), except
+/// console hosts and processes that this user may not open. While a former supervisor still ends,
+/// its processes are among them.
 /// @throws ProcessListUnreadable
 [[nodiscard]] std::vector<ProcessFacts> ChildrenOfSupervisor();
 

@@ -34,8 +34,9 @@ struct Trouble {
 };
 
 /// Finds in a series of looks what somebody should be told. Trouble that is there at the first look
-/// counts as begun then. A daemon that a client stopped or detached is forgotten. While no supervisor
-/// answers, nothing is known of the daemons, and they count as new when it is back. Pure.
+/// counts as begun then. A daemon that a client stopped or detached is forgotten. While no
+/// supervisor answers, nothing is known of the daemons, and they count as new when it is back.
+/// Pure.
 class TroubleWatch {
 public:
     /// @param downMs  how long a daemon may be without a process, milliseconds
@@ -75,8 +76,8 @@ private:
 /// Describes a change in a sentence for people.
 [[nodiscard]] std::string DescribeChange(const Trouble& trouble);
 
-/// Writes changes for programs: one JSON object and a line feed after it. docs/daemonctl.md describes
-/// the fields, whose names are fixed. Letters beyond ASCII are escaped.
+/// Writes changes for programs: one JSON object and a line feed after it. docs/daemonctl.md
+/// describes the fields, whose names are fixed. Letters beyond ASCII are escaped.
 /// @param nowMs  milliseconds since 1970, UTC
 [[nodiscard]] std::string TroublesJson(const std::vector<Trouble>& troubles, std::int64_t nowMs,
                                        const std::string& version);

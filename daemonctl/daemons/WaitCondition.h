@@ -26,8 +26,9 @@ struct RunMark {
 /// @param now     mark of the unended run at a later reading
 [[nodiscard]] bool IsSameRun(const RunMark& before, const RunMark& now);
 
-/// Returns whether the log shows the run of a supervisor's process. Pure. The clock may have been set
-/// back since the process was created, so the first record of the run decides, if the log has it.
+/// Returns whether the log shows the run of a supervisor's process. Pure. The clock may have been
+/// set back since the process was created, so the first record of the run decides, if the log has
+/// it.
 /// @param createdMs  when Windows created the process, milliseconds since 1970, UTC
 [[nodiscard]] bool ShowsRunOfProcess(const Timeline& timeline, std::int64_t createdMs);
 

@@ -32,10 +32,10 @@ struct ScreenLine {
     bool marked = false; ///< the line has changed since the look before
 };
 
-/// Composes the content of a window: a line about the watch, the table of the daemons, and below it the
-/// newest records as far as the window has room. Pure except for timeText.
-/// @param before    the look before; null: none. Daemons whose state, process or number of restarts is
-///                  another one are marked, and so are the records that are new
+/// Composes the content of a window: a line about the watch, the table of the daemons, and below it
+/// the newest records as far as the window has room. Pure except for timeText.
+/// @param before    the look before; null: none. Daemons whose state, process or number of restarts
+///                  is another one are marked, and so are the records that are new
 /// @param timeText  writes a time for people
 /// @return at most size.height lines
 [[nodiscard]] std::vector<ScreenLine> ComposeScreen(const WatchLook* before, const WatchLook& now,
@@ -43,8 +43,8 @@ struct ScreenLine {
                                                     std::uint32_t everySeconds,
                                                     const TimeWriter& timeText);
 
-/// Returns whether a record is about a daemon or about the supervisor's start or end, so that a watcher
-/// wants to see it. Pure.
+/// Returns whether a record is about a daemon or about the supervisor's start or end, so that a
+/// watcher wants to see it. Pure.
 [[nodiscard]] bool IsWorthWatching(const AttributedRecord& record);
 
 } // namespace vqrx::client::v0

@@ -22,10 +22,12 @@ struct AutostartFacts {
     std::size_t fleetPrograms = 0;          ///< lines with a program
 };
 
-/// The check "autostart": whether and how Windows starts the guard, which starts the supervisor. Pure.
+/// The check "autostart": whether and how Windows starts the guard, which starts the supervisor.
+/// Pure.
 [[nodiscard]] Finding JudgeAutostart(const AutostartFacts& facts);
 
-/// Returns whether a guard will look for a fleet file, so that the check "fleet-file" has a sense. Pure.
+/// Returns whether a guard will look for a fleet file, so that the check "fleet-file" has a sense.
+/// Pure.
 [[nodiscard]] bool UsesFleetFile(const AutostartFacts& facts);
 
 /// The check "fleet-file": whether the guard can launch what its fleet file names. Pure.

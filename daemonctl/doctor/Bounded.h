@@ -17,8 +17,8 @@ namespace vqrx::client::v0 {
 /// Runs `work` on a thread of its own and waits at most `limit` for its result.
 /// A thread that is not done within the limit runs on, at most until this process ends. So `work`
 /// must own everything that it uses.
-/// @return the result of `work`; nothing if `work` was not done within `limit`, or if Windows refuses
-///         the wait
+/// @return the result of `work`; nothing if `work` was not done within `limit`, or if Windows
+///         refuses the wait
 /// @throws std::system_error if Windows starts no thread; `work` is not called then
 /// @throws whatever `work` throws within `limit`
 template <typename Result>

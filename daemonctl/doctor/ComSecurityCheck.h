@@ -9,7 +9,8 @@ namespace vqrx::client::v0 {
 
 /// How COM checks the callers of the running supervisor.
 struct ComSecurityFacts {
-    /// The log shows how the running supervisor started. Not gathered with machineLimits, as failures.
+    /// The log shows how the running supervisor started. Not gathered with machineLimits, as
+    /// failures.
     bool known = false;
     std::vector<std::string> failures; ///< its records that COM security could not be set, UTF-8
     bool machineLimits = false;        ///< the registry holds limits for all callers of the machine

@@ -40,8 +40,8 @@ struct SupervisorFacts {
     Answer answer = Answer::notRunning;
     std::string detail;                ///< failed, stranger: text of the error, UTF-8
     std::vector<ImageFacts> processes; ///< all processes that run a file named DaemonManager.exe
-    /// Those of them that run another file than the installed program, or run it as somebody who is not
-    /// expected to. Empty if nothing on this machine names the installed program.
+    /// Those of them that run another file than the installed program, or run it as somebody who is
+    /// not expected to. Empty if nothing on this machine names the installed program.
     std::vector<Namesake> namesakes;
 };
 

@@ -69,7 +69,8 @@ SupervisorFacts CallSupervisor()
     return facts;
 }
 
-// A process that this user may not examine can be the supervisor, so it counts only beside one that is.
+// A process that this user may not examine can be the supervisor, so it counts only beside one that
+// is.
 std::vector<Namesake> FindNamesakes()
 {
     const daemon_manager::SupervisorIdentity identity = daemon_manager::IdentifySupervisor();

@@ -42,8 +42,8 @@ struct FirewallRulesFacts {
     /// would not add it again.
     std::vector<std::string> commandsInUse;
     /// Path and arguments of each launched daemon whose rule the supervisor has made; empty if the
-    /// supervisor cannot make rules. The rule of a program is gone if another daemon of this program was
-    /// stopped.
+    /// supervisor cannot make rules. The rule of a program is gone if another daemon of this
+    /// program was stopped.
     std::vector<std::string> launchedCommands = {};
 };
 
@@ -61,18 +61,19 @@ struct FirewallRulesFacts {
 /// @return the HRESULT: negative if the rule does not exist or may not be removed
 [[nodiscard]] long RemoveFirewallRule(const std::string& name);
 
-/// Returns whether the supervisor made the rule: the name is kFirewallRulePrefix and the path of the
-/// very program that the rule lets through. The letter case of the path does not count. Pure.
+/// Returns whether the supervisor made the rule: the name is kFirewallRulePrefix and the path of
+/// the very program that the rule lets through. The letter case of the path does not count. Pure.
 [[nodiscard]] bool IsSupervisorsRule(const FirewallRuleFacts& rule);
 
 /// Finds the supervisor's rules (IsSupervisorsRule) whose program is gone and that no daemon needs.
 /// Pure.
-/// @return the names of these rules. A name that n dead rules share is in the result n times. A name
+/// @return the names of these rules. A name that n dead rules share is in the result n times. A
+///         name
 /// that a rule to be kept also has is left out, because Windows removes rules by name.
 [[nodiscard]] std::vector<std::string> DeadRules(const FirewallRulesFacts& facts);
 
-/// Finds the rules that have the name of a rule of the supervisor, with a path after the prefix, but let
-/// another program through. Such a rule keeps the supervisor from making its own. Pure.
+/// Finds the rules that have the name of a rule of the supervisor, with a path after the prefix,
+/// but let another program through. Such a rule keeps the supervisor from making its own. Pure.
 [[nodiscard]] std::vector<FirewallRuleFacts>
 ForeignRules(const std::vector<FirewallRuleFacts>& rules);
 

@@ -8,8 +8,8 @@
 
 namespace vqrx::client::v0 {
 
-/// A registration of the supervisor's proxy/stub that holds for one user only. In programs of this user
-/// it takes the place of the registration for the machine. Texts are UTF-8.
+/// A registration of the supervisor's proxy/stub that holds for one user only. In programs of this
+/// user it takes the place of the registration for the machine. Texts are UTF-8.
 struct ProxyOverride {
     std::string key;  ///< "HKU\S-1-5-21-...\Software\Classes\CLSID\{...}"
     std::string user; ///< "DOMAIN\name", or the SID if it has no name

@@ -82,8 +82,8 @@ ProxyOverrideFacts GatherProxyOverrides()
             facts.error = result == ERROR_NO_MORE_ITEMS ? 0 : static_cast<std::uint32_t>(result);
             return facts;
         }
-        // Windows keeps the classes of a user in a key of their own; "Software\Classes" is a link to
-        // it, which shows the registrations again.
+        // Windows keeps the classes of a user in a key of their own; "Software\Classes" is a link
+        // to it, which shows the registrations again.
         const std::wstring user(name.data(), size);
         if (!user.ends_with(L"_Classes")) {
             AddOverridesOf(user + L"\\Software\\Classes", user, facts.found);

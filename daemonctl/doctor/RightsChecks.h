@@ -8,8 +8,8 @@
 
 namespace vqrx::client::v0 {
 
-/// A file or a folder whose content runs with the supervisor's rights, or is believed, or that lies on
-/// the way to such a one.
+/// A file or a folder whose content runs with the supervisor's rights, or is believed, or that lies
+/// on the way to such a one.
 struct PlaceFacts {
     /// What the place is to the installation.
     enum class Role {
@@ -26,8 +26,8 @@ struct PlaceFacts {
 /// Who may change the places and the registry keys on which the supervisor relies.
 struct RightsFacts {
     TrustedSids administrators; ///< those who may change everything
-    /// The account of the supervisor, which may also write the log: that of the running one, else the
-    /// one that was noted for the machine. Empty: not known, or an administrator's.
+    /// The account of the supervisor, which may also write the log: that of the running one, else
+    /// the one that was noted for the machine. Empty: not known, or an administrator's.
     std::string supervisorSid;
     /// In the order in which the rights are best repaired. What does not exist has error 2 or 3.
     std::vector<PlaceFacts> places;
@@ -36,9 +36,10 @@ struct RightsFacts {
         keys; ///< the firmware root's, the proxy/stub's, the guard's and those above
 };
 
-/// Reads owners and access lists of the firmware root, \App, its fleet file, \Logs, the log, the folder of
-/// the installed programs, the programs, the proxy/stub, the given programs, the folders above all of
-/// them, and the registry keys, also those that start the guard. Changes nothing. Windows only.
+/// Reads owners and access lists of the firmware root, \App, its fleet file, \Logs, the log, the
+/// folder of the installed programs, the programs, the proxy/stub, the given programs, the folders
+/// above all of them, and the registry keys, also those that start the guard. Changes nothing.
+/// Windows only.
 /// @param root      the firmware root, UTF-8; empty: not known
 /// @param programs  full paths of the programs that the supervisor runs, UTF-8
 [[nodiscard]] RightsFacts GatherRightsFacts(const std::string& root,

@@ -117,7 +117,8 @@ void AddKeys(RightsFacts& facts)
     }
 }
 
-// Returns the SID of the account that the installer noted for the supervisor; empty if it noted none.
+// Returns the SID of the account that the installer noted for the supervisor; empty if it noted
+// none.
 std::string NotedAccount()
 {
     std::wstring sid(256, L'\0');

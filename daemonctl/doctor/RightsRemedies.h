@@ -7,18 +7,18 @@
 
 namespace vqrx::client::v0 {
 
-/// Returns the commands that take the rights to change a place away from others than administrators,
-/// one a line, for the command interpreter and for PowerShell. A name that would do something else when
-/// it is pasted is in no command. A folder keeps the right of users to read and to execute; \Logs is
-/// for administrators and the supervisor's account alone. Pure.
+/// Returns the commands that take the rights to change a place away from others than
+/// administrators, one a line, for the command interpreter and for PowerShell. A name that would do
+/// something else when it is pasted is in no command. A folder keeps the right of users to read and
+/// to execute; \Logs is for administrators and the supervisor's account alone. Pure.
 /// @param trusted        those who may change the place
 /// @param supervisorSid  gets full access to \Logs; empty: not known
 /// @return sentences where no command helps; nothing if the place has no weakness
 [[nodiscard]] std::vector<std::string>
 RemediesFor(const PlaceFacts& place, const TrustedSids& trusted, const std::string& supervisorSid);
 
-/// Returns the commands of PowerShell that give a registry key of the installation the rights that an
-/// administrator's key has, one a line. Pure.
+/// Returns the commands of PowerShell that give a registry key of the installation the rights that
+/// an administrator's key has, one a line. Pure.
 /// @return a sentence for a key of Windows itself
 [[nodiscard]] std::vector<std::string> RemediesForKey(const ObjectRights& key);
 

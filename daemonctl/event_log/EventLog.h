@@ -14,19 +14,20 @@ struct EventOfKind {
     DWORD id = 0;
 };
 
-/// Returns the event for a kind of change. Fixed, because operators filter by it: docs/daemonctl.md.
+/// Returns the event for a kind of change. Fixed, because operators filter by it:
+/// docs/daemonctl.md.
 [[nodiscard]] EventOfKind EventOf(Trouble::Kind kind) noexcept;
 
 /// Writes to Windows' event log "Application", under the source "DaemonManager". Windows finds the
-/// message texts through the registry key of the source, which the installer makes; without the key it
-/// shows the events with a remark that the description is missing. Any thread, one at a time.
+/// message texts through the registry key of the source, which the installer makes; without the key
+/// it shows the events with a remark that the description is missing. Any thread, one at a time.
 class EventLog {
 public:
     /// @throws std::runtime_error with the Windows error if the event log cannot be opened
     EventLog();
 
-    /// Writes one event. Its text is DescribeChange(trouble), at most 31,000 characters of it, because
-    /// Windows refuses 31,839 and more (ReportEvent).
+    /// Writes one event. Its text is DescribeChange(trouble), at most 31,000 characters of it,
+    /// because Windows refuses 31,839 and more (ReportEvent).
     /// @throws std::runtime_error with the Windows error; std::bad_alloc
     void Write(const Trouble& trouble);
 

@@ -16,7 +16,8 @@ bool BeginsRun(EventKind kind)
            kind == EventKind::kSupervisionStarted;
 }
 
-// A daemon that starts for the first time had no process that can have ended. A restart is a warning.
+// A daemon that starts for the first time had no process that can have ended. A restart is a
+// warning.
 bool IsFirstStart(const Event& start, int level)
 {
     return start.kind == EventKind::kStarted && level >= kInformationRecord;

@@ -42,14 +42,15 @@ struct AttributedRecord {
 /// - The attribution is kNone if
 ///   - the start message is missing;
 ///   - the two messages name different services, or only one of them names a service;
-///   - the daemon in the start message had no process that could end: it is its first start (level 2),
-///     or its last start had failed.
-/// - If the supervisor runs out of memory between the two messages, it writes "Exception occured : "
-///   or "Unknown exception occured" in place of the start message: the attribution is kNone.
+///   - the daemon in the start message had no process that could end: it is its first start (level
+///     2), or its last start had failed.
+/// - If the supervisor runs out of memory between the two messages, it writes "Exception occured :
+///   " or "Unknown exception occured" in place of the start message: the attribution is kNone.
 ///
-/// A failed start of a program that never had a process states only the program's path, which a client
-/// chooses: "DaemonId(7) PId(70) : a.exe" may be such a path. So a failed start that names a daemon is
-/// taken for such a path, and about no daemon, if the log is sure that it cannot be about that daemon:
+/// A failed start of a program that never had a process states only the program's path, which a
+/// client chooses: "DaemonId(7) PId(70) : a.exe" may be such a path. So a failed start that names a
+/// daemon is taken for such a path, and about no daemon, if the log is sure that it cannot be about
+/// that daemon:
 ///   - the daemon's process runs, and no end stands before the failed start, or
 ///   - the log has every record since the supervisor's start, and none about this daemon.
 ///
@@ -61,9 +62,9 @@ public:
     /// @param found  gets every record, in the order in which Add got them
     explicit Attributor(Found found);
 
-    /// Takes the next record of the log. Keeps an end, and the records after it, until the daemon of
-    /// the end is known. After 256 kept records it gives up and hands all of them out; the end gets
-    /// kNone.
+    /// Takes the next record of the log. Keeps an end, and the records after it, until the daemon
+    /// of the end is known. After 256 kept records it gives up and hands all of them out; the end
+    /// gets kNone.
     void Add(Record record);
 
     /// Hands out the records that are kept. Call it after the last Add.

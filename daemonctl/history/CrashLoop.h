@@ -7,8 +7,8 @@
 
 namespace vqrx::client::v0 {
 
-/// How often the supervisor restarted a daemon lately. A daemon that is restarted again and again is
-/// in a crash loop, even if it has a process at this moment.
+/// How often the supervisor restarted a daemon lately. A daemon that is restarted again and again
+/// is in a crash loop, even if it has a process at this moment.
 struct RecentRestarts {
     /// A daemon with this many restarts in the last ten minutes is in a crash loop. One that ends
     /// every two minutes has this many.

@@ -19,7 +19,8 @@ Json Optional(const std::optional<std::string>& text)
     return text ? Json(*text) : Json(nullptr);
 }
 
-// Writes what daemonctl knows about an end beside the text of its record; empty if it knows nothing.
+// Writes what daemonctl knows about an end beside the text of its record; empty if it knows
+// nothing.
 std::string NoteOfEnd(const AttributedRecord& attributed)
 {
     const Event& event = attributed.event;

@@ -12,8 +12,8 @@ namespace vqrx::client::v0 {
 /// Formats a record as one line for people, without a line end: date and text. After the text of an
 /// "Exception caught in" message stands what daemonctl found out: "[daemon 3, process 12]", or
 /// "[probably daemon 3, ...]"; for an exit code that the log calls unknown, also that code in
-/// ReadableReason()'s words: "[daemon 3, process 12, exit code 0]". Control characters are spelt out
-/// ("\x1B").
+/// ReadableReason()'s words: "[daemon 3, process 12, exit code 0]". Control characters are spelt
+/// out ("\x1B").
 [[nodiscard]] std::string ToText(const AttributedRecord& attributed);
 
 /// Formats a record as one line for programs, without a line end: a JSON object. Programs depend on

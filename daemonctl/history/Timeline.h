@@ -73,8 +73,8 @@ struct DaemonHistory {
     /// Returns the last interval that has ended; null if none has.
     [[nodiscard]] const ProcessInterval* LastEnded() const noexcept;
 
-    /// Returns how many restarts the log still shows. The first start is none. It is the first interval
-    /// if beginningSeen is true, or if that interval began before the log.
+    /// Returns how many restarts the log still shows. The first start is none. It is the first
+    /// interval if beginningSeen is true, or if that interval began before the log.
     [[nodiscard]] std::size_t Restarts() const noexcept
     {
         const bool firstIsRestart =
@@ -83,7 +83,8 @@ struct DaemonHistory {
     }
 };
 
-/// The end of a process whose daemon is unknown: its attribution is kNone. Attributor lists the reasons.
+/// The end of a process whose daemon is unknown: its attribution is kNone. Attributor lists the
+/// reasons.
 struct UnknownEnd {
     std::int64_t timeMs = 0;
     std::string service; ///< name of the service; empty for a program
@@ -143,8 +144,9 @@ struct Timeline {
     std::uint64_t records = 0;
 };
 
-/// Finds the run of the supervisor that has not ended: the last run of the timeline, without the runs
-/// of refused supervisors. Such a supervisor found another one running and ended at once. Pure.
+/// Finds the run of the supervisor that has not ended: the last run of the timeline, without the
+/// runs of refused supervisors. Such a supervisor found another one running and ended at once.
+/// Pure.
 /// @return the run in the timeline; null if that run has ended. Earlier runs do not count, even one
 /// without an end
 [[nodiscard]] const SupervisorRun* RunThatGoesOn(const Timeline& timeline);

@@ -19,8 +19,8 @@ struct FollowSettings {
 
 /// The calls that FollowLog makes, all on the caller's thread.
 struct FollowEvents {
-    /// Called before the first record that follows missing records, and before the first record of a
-    /// new log file.
+    /// Called before the first record that follows missing records, and before the first record of
+    /// a new log file.
     std::function<void(const NewRecords&)> gap;
     RecordCallback record;      ///< for each record, in the order of writing
     std::function<bool()> goOn; ///< after each read of the file; false ends the following

@@ -149,8 +149,8 @@ void OlderRecords::GiveUnconfirmed()
     unconfirmed_.clear();
 }
 
-// Returns how many lines there are up to the last one that is later than all records before it. Such
-// a line is no remainder, because a remainder is older than a record before it.
+// Returns how many lines there are up to the last one that is later than all records before it.
+// Such a line is no remainder, because a remainder is older than a record before it.
 std::size_t OlderRecords::CountUpToTheLatest() const
 {
     std::size_t count = 0;

@@ -19,17 +19,19 @@ struct RecordFolderLimits {
     std::uint64_t folderBytes = std::uint64_t{1024} * 1024 * 1024; ///< of all files together
 };
 
-/// Writes records into a folder of files. Each file holds lines as the log has them, in UTF-8, and its
-/// name begins with a number that grows: "000012-2026-11-22T04-36-42.log". A line that begins with "#" is
-/// a remark. Not for use by several threads or programs at once.
+/// Writes records into a folder of files. Each file holds lines as the log has them, in UTF-8, and
+/// its name begins with a number that grows: "000012-2026-11-22T04-36-42.log". A line that begins
+/// with "#" is a remark. Not for use by several threads or programs at once.
 class RecordFolder {
 public:
-    /// Makes the folder, or continues an existing one: what a power failure left of a line is removed.
+    /// Makes the folder, or continues an existing one: what a power failure left of a line is
+    /// removed.
     /// @param path  UTF-8
     /// @throws std::runtime_error if the folder cannot be made or read
     RecordFolder(const std::string& path, const RecordFolderLimits& limits);
 
-    /// Returns the record that was added last, also by an earlier program; nothing if there is none.
+    /// Returns the record that was added last, also by an earlier program; nothing if there is
+    /// none.
     [[nodiscard]] const std::optional<Record>& Last() const noexcept { return last_; }
 
     /// Adds a record. Begins a new file if the present one is too large or too old, and removes the
@@ -67,7 +69,8 @@ private:
 /// Reads all records of a folder that a RecordFolder has written, in the order of writing. A line
 /// without a line end, which a recorder may be writing, counts as torn.
 /// @param path  UTF-8
-/// @throws std::runtime_error "... cannot be read: ..." if the folder or a file cannot be read, or the
+/// @throws std::runtime_error "... cannot be read: ..." if the folder or a file cannot be read, or
+///         the
 /// folder has no such file
 [[nodiscard]] ScanSummary ReadRecordFolder(const std::string& path, const RecordCallback& onRecord);
 

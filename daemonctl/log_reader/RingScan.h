@@ -21,9 +21,9 @@ namespace vqrx::client::v0 {
 ///
 /// The order of writing is 1238, 1239, 1240, 1241.
 ///
-/// A torn line, a remainder and a record that is being written can look like whole records. The text of
-/// a record may even hold a whole record, because clients choose it, and P may cut the record just
-/// before that. So the scan compares the numbers of neighbours and hands out
+/// A torn line, a remainder and a record that is being written can look like whole records. The
+/// text of a record may even hold a whole record, because clients choose it, and P may cut the
+/// record just before that. So the scan compares the numbers of neighbours and hands out
 ///  - the first line after P only if P is 12, where every record begins, and the number of the next
 ///    line continues its number,
 ///  - no line that begins beyond the size limit of the ring, because no record begins there,

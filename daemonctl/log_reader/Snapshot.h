@@ -9,8 +9,8 @@
 
 namespace vqrx::client::v0 {
 
-/// Opens the log file, for each read once more: an open source keeps the size that the file had when
-/// it was opened.
+/// Opens the log file, for each read once more: an open source keeps the size that the file had
+/// when it was opened.
 using OpenSource = std::function<std::unique_ptr<ByteSource>()>;
 
 /// Reads a log file as it was at one moment. The supervisor may add records meanwhile, so the

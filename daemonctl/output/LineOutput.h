@@ -10,8 +10,8 @@ class LineOutput {
 public:
     /// When to colour the lines.
     enum class Colour {
-        /// Colours on a console, unless the environment variable NO_COLOR is set and not empty; none
-        /// in a file or a pipe.
+        /// Colours on a console, unless the environment variable NO_COLOR is set and not empty;
+        /// none in a file or a pipe.
         kAuto,
         kAlways,
         kNever
@@ -32,8 +32,8 @@ public:
     [[nodiscard]] virtual bool Flush() = 0;
 };
 
-/// Makes the output for what standard output is: a console, or a file or a pipe. In a file or a pipe,
-/// colours are escape sequences.
+/// Makes the output for what standard output is: a console, or a file or a pipe. In a file or a
+/// pipe, colours are escape sequences.
 [[nodiscard]] std::unique_ptr<LineOutput> MakeLineOutput(LineOutput::Colour colour);
 
 } // namespace vqrx::client::v0

@@ -26,8 +26,8 @@ struct LiveLine {
     bool marked = false; ///< shown with swapped colours
 };
 
-/// Shows lines in place, in a screen of its own. The destructor restores the screen of before. So does
-/// Windows, if the program is ended. For one thread. Windows only.
+/// Shows lines in place, in a screen of its own. The destructor restores the screen of before. So
+/// does Windows, if the program is ended. For one thread. Windows only.
 class LiveScreen {
 public:
     LiveScreen() = default;

@@ -10,8 +10,8 @@ namespace {
 
 constexpr std::size_t kMostWaitingBytes = std::size_t{64} * 1024;
 
-// One colour for each level: bright red, bright yellow, that of the terminal, bright green. A console
-// of Windows shows the same colours.
+// One colour for each level: bright red, bright yellow, that of the terminal, bright green. A
+// console of Windows shows the same colours.
 constexpr std::array<const char*, 4> kSequences = {"\x1b[91m", "\x1b[93m", "", "\x1b[92m"};
 
 } // namespace

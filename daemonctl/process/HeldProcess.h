@@ -11,8 +11,8 @@ namespace vqrx::client::v0 {
 /// to another process, even if the process ends.
 class HeldProcess {
 public:
-    /// Opens the process. If no process has this id, or Windows refuses to open it, nothing is held,
-    /// and Facts() reports which of the two it was.
+    /// Opens the process. If no process has this id, or Windows refuses to open it, nothing is
+    /// held, and Facts() reports which of the two it was.
     explicit HeldProcess(std::uint32_t processId);
 
     /// Reads the facts about the process that was opened, as they are now.

@@ -53,8 +53,8 @@ ProcessListUnreadable::ProcessListUnreadable(std::uint32_t error)
 {
 }
 
-// version.dll is loaded from the system folder and not imported, because Windows would take a file of
-// this name beside the program.
+// version.dll is loaded from the system folder and not imported, because Windows would take a file
+// of this name beside the program.
 std::string VersionOfImage(const std::wstring& path)
 {
     using GetSize = DWORD WINAPI(LPCWSTR path, LPDWORD ignored);
@@ -141,7 +141,8 @@ std::vector<std::uint32_t> OrphansOfImage(const std::wstring& fileName)
     });
     std::vector<std::uint32_t> orphans;
     for (const PROCESSENTRY32W& entry : found) {
-        // Windows gives ids again. If the parent is younger than the process, it is another process.
+        // Windows gives ids again. If the parent is younger than the process, it is another
+        // process.
         const DWORD parent = entry.th32ParentProcessID;
         const ProcessFacts facts = ReadProcessFacts(parent);
         const bool isYounger = facts.state == ProcessFacts::State::running &&

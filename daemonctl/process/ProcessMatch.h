@@ -31,7 +31,8 @@ using SameFile = std::function<bool(const std::string& left, const std::string& 
 /// Returns the path of a program as the supervisor takes it: a relative path begins in \App. Pure.
 [[nodiscard]] std::string AbsolutePath(const std::string& path, const std::string& appFolder);
 
-/// Returns whether a path is that of a batch file, which the command interpreter cmd.exe runs. Pure.
+/// Returns whether a path is that of a batch file, which the command interpreter cmd.exe runs.
+/// Pure.
 [[nodiscard]] bool IsBatchFile(const std::string& path);
 
 /// Returns whether two paths lead to one file. Letter case, the kind of slash, "." and ".." do not
@@ -46,12 +47,13 @@ using SameFile = std::function<bool(const std::string& left, const std::string& 
 ///
 /// Windows gives an id again, but not while the process runs or somebody holds a handle of it. The
 /// supervisor held a handle when it wrote the record. So a process that was created more than
-/// a second after the record is another one. The process of a start is at most 60 seconds older than its record; that
-/// of an attach may be of any age. Clocks can be set back, so the programs are compared too. Pure
-/// except for sameFile.
+/// a second after the record is another one. The process of a start is at most 60 seconds older
+/// than its record; that of an attach may be of any age. Clocks can be set back, so the programs
+/// are compared too. Pure except for sameFile.
 ///
 /// @param facts      of the process that has the id now
-/// @param appFolder  the supervisor's working folder, to which a relative path in the command refers
+/// @param appFolder  the supervisor's working folder, to which a relative path in the command
+///                   refers
 /// @param sameFile   called if the two paths differ as texts
 [[nodiscard]] ProcessFit FitProcess(const LoggedProcess& logged, const ProcessFacts& facts,
                                     const std::string& appFolder, const SameFile& sameFile);

@@ -96,8 +96,8 @@ std::uint32_t RunService(const std::string& name, const std::vector<std::string>
         if (status.dwCurrentState == SERVICE_RUNNING && status.dwProcessId != 0) {
             return status.dwProcessId;
         }
-        // A service that was about to stop is started after its stop. One start is enough: a service
-        // that stops again does not want to run.
+        // A service that was about to stop is started after its stop. One start is enough: a
+        // service that stops again does not want to run.
         if (status.dwCurrentState == SERVICE_STOPPED && !isStarted) {
             isStarted = true;
             Start(service.Get(), arguments);

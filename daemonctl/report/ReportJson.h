@@ -8,8 +8,8 @@
 namespace vqrx::client::v0 {
 
 /// Writes the figures of the report for programs: one JSON object and a line feed after it.
-/// docs/daemonctl-log.md describes the fields, whose names are fixed. Letters beyond ASCII are escaped;
-/// bytes that are no UTF-8 become U+FFFD.
+/// docs/daemonctl-log.md describes the fields, whose names are fixed. Letters beyond ASCII are
+/// escaped; bytes that are no UTF-8 become U+FFFD.
 /// @param source   name of the log file, UTF-8
 /// @param version  the version of daemonctl
 [[nodiscard]] std::string ReportJson(const ReportModel& model, std::string_view source,

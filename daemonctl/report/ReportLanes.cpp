@@ -208,8 +208,8 @@ constexpr const char* kLegend =
     "<span><svg><rect class=\"gap\" x=\"2\" y=\"1\" width=\"22\" height=\"16\"/></svg>"
     "no supervisor, or records missing</span></div>\n";
 
-// Returns the last hour, the last day and the whole log; a shorter log has fewer ranges. The whole comes
-// last: the style sheet shows it unless a link has chosen a range before it.
+// Returns the last hour, the last day and the whole log; a shorter log has fewer ranges. The whole
+// comes last: the style sheet shows it unless a link has chosen a range before it.
 std::vector<Range> RangesOf(const ReportModel& model)
 {
     constexpr std::int64_t hourMs = std::int64_t{60} * 60 * 1000;

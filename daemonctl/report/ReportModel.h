@@ -21,7 +21,8 @@ enum class SupervisorState {
     notRunning
 };
 
-/// The moment of the report, and the state of the supervisor at that moment, which the log does not show.
+/// The moment of the report, and the state of the supervisor at that moment, which the log does not
+/// show.
 struct ReportMoment {
     SupervisorState supervisor = SupervisorState::unknown;
     std::int64_t nowMs = 0; ///< 0: not known; then the report ends at the last record
@@ -47,8 +48,8 @@ struct ReportLane {
     bool isRegistered = false;
     RecentRestarts recent; ///< before the moment of the report, or before the last record
     /// Share of its registered time in which it had a process, 0 to 1. A process that ended within
-    /// about one pass of the supervisor counts as none: most of that time passed after its end, until
-    /// the next pass found it.
+    /// about one pass of the supervisor counts as none: most of that time passed after its end,
+    /// until the next pass found it.
     std::optional<double> availability;
     std::optional<std::int64_t> longestMs;
     std::optional<std::int64_t> medianMs;      ///< of the processes that have ended

@@ -6,9 +6,9 @@
 
 namespace vqrx::client::v0 {
 
-/// Writes the part of the report about the present, as HTML: a warning if the supervisor does not run,
-/// a sentence for each crash loop, and a table of the daemons that the supervisor watches, those in
-/// trouble first.
+/// Writes the part of the report about the present, as HTML: a warning if the supervisor does not
+/// run, a sentence for each crash loop, and a table of the daemons that the supervisor watches,
+/// those in trouble first.
 /// @param offsetMinutes  how far the local time of the report is ahead of UTC
 [[nodiscard]] std::string NowHtml(const ReportModel& model, int offsetMinutes);
 

@@ -81,8 +81,8 @@ std::string TableCell(const char* name, const std::string& text, bool isNumber)
            " data-name=\"" + name + "\">" + EscapeHtml(text) + "</td>";
 }
 
-// On a narrow screen the style sheet shows each row as a block, after which browsers no longer take the
-// elements for a table. The roles keep it a table for screen readers.
+// On a narrow screen the style sheet shows each row as a block, after which browsers no longer take
+// the elements for a table. The roles keep it a table for screen readers.
 std::string TableHead(const char* id, const std::vector<TableColumn>& columns)
 {
     std::string html = std::string(R"(<table role="table" id=")") + id +

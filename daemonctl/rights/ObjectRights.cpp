@@ -46,8 +46,9 @@ std::string NameOfSid(PSID sid)
 }
 
 // Adds the entry of an access list if it grants something on the object itself. Every entry that
-// grants a right begins like ACCESS_ALLOWED_ACE, also one with a condition; the SID of an entry for a
-// kind of objects, which files do not have, stands elsewhere, so that entry counts as everybody's.
+// grants a right begins like ACCESS_ALLOWED_ACE, also one with a condition; the SID of an entry for
+// a kind of objects, which files do not have, stands elsewhere, so that entry counts as
+// everybody's.
 void AddEntry(const ACE_HEADER& header, std::vector<GrantedRight>& granted)
 {
     constexpr BYTE kAllowed = 0;

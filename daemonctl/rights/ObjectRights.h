@@ -7,8 +7,8 @@
 
 namespace vqrx::client::v0 {
 
-/// Reads owner and access list of a file or a folder. Follows no link at the end of the path. Windows
-/// only, as are the next functions.
+/// Reads owner and access list of a file or a folder. Follows no link at the end of the path.
+/// Windows only, as are the next functions.
 /// @param path  UTF-8, a full path
 [[nodiscard]] ObjectRights ReadRights(const std::string& path);
 
@@ -16,9 +16,9 @@ namespace vqrx::client::v0 {
 /// @param key  below HKEY_LOCAL_MACHINE, without a name of it: "SOFTWARE\X"
 [[nodiscard]] ObjectRights ReadKeyRights(const std::string& key);
 
-/// Returns the SIDs of SYSTEM, of the administrators, of Windows' own installer, and, if this process
-/// has the full rights of an administrator, of its user: an administrator's own account counts as an
-/// administrator.
+/// Returns the SIDs of SYSTEM, of the administrators, of Windows' own installer, and, if this
+/// process has the full rights of an administrator, of its user: an administrator's own account
+/// counts as an administrator.
 [[nodiscard]] TrustedSids TrustedAdministrators();
 
 /// Returns the full path of a file or a folder, and then the folders above it up to the root of the
@@ -27,8 +27,8 @@ namespace vqrx::client::v0 {
 /// @return empty for a path on a network, and for a text that is no path
 [[nodiscard]] std::vector<std::string> WayTo(const std::string& path);
 
-/// Returns why somebody who is not trusted can change a file or a folder, or put another object in its
-/// place: its own weaknesses, and those of each folder above it.
+/// Returns why somebody who is not trusted can change a file or a folder, or put another object in
+/// its place: its own weaknesses, and those of each folder above it.
 /// @param path  UTF-8; a relative path starts in the working folder
 /// @return one sentence for each reason; one for a path on a network, whose rights prove nothing
 [[nodiscard]] std::vector<std::string> WeaknessesOfPath(const std::string& path,

@@ -18,8 +18,8 @@ using system::win32::v1::UniqueKernelHandle;
 using system::win32::v1::UniqueLocalMemory;
 
 // Access lists in Windows' text form: P keeps the rights of the folder above away, OICI hands these
-// rights on to everything inside, FA is full access, 0x1200a9 is to read and execute. SY is SYSTEM, BA
-// the administrators, BU the users, OW the owner.
+// rights on to everything inside, FA is full access, 0x1200a9 is to read and execute. SY is SYSTEM,
+// BA the administrators, BU the users, OW the owner.
 constexpr const wchar_t* kForPrograms =
     L"D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)";
 constexpr const wchar_t* kForLogs = L"D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)";

@@ -26,8 +26,9 @@ constexpr std::uint32_t kChange = kReplace | kWriteData | kAppendData | kWriteEx
 constexpr std::uint32_t kChangeKey = kWriteData | kAppendData | kMakeLink | kDelete | kWriteRights |
                                      kWriteOwner | kGenericAll | kGenericWrite;
 
-// Nobody can rename the root of a drive, remove it, or make a junction of it while something lies in it.
-// On data drives everybody often has the right to change it, which on other folders allows just that.
+// Nobody can rename the root of a drive, remove it, or make a junction of it while something lies
+// in it. On data drives everybody often has the right to change it, which on other folders allows
+// just that.
 std::uint32_t ReplaceMaskOf(const ObjectRights& rights)
 {
     constexpr std::size_t kRootLength = 3; // of "D:\"

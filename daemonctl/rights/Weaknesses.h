@@ -40,8 +40,8 @@ using TrustedSids = std::set<std::string>;
 [[nodiscard]] std::vector<std::string> Weaknesses(const ObjectRights& rights,
                                                   const TrustedSids& trusted);
 
-/// Returns the granted rights with which somebody who is not trusted can change an object, the first one
-/// of each SID. Pure.
+/// Returns the granted rights with which somebody who is not trusted can change an object, the
+/// first one of each SID. Pure.
 [[nodiscard]] std::vector<GrantedRight> GrantsToStrangers(const ObjectRights& rights,
                                                           const TrustedSids& trusted);
 

@@ -8,7 +8,8 @@ namespace vqrx::client::v0 {
 /// The encoding that the texts of a log file are read in.
 enum class TextEncoding {
     kAuto, ///< UTF-8 for each text that is valid UTF-8, otherwise kAnsi
-    kAnsi, ///< on Windows the ANSI code page, in which the supervisor writes; elsewhere kWindows1252
+    /// On Windows the ANSI code page, in which the supervisor writes; elsewhere kWindows1252.
+    kAnsi,
     kWindows1252, ///< Western European
     kUtf8
 };

@@ -17,14 +17,14 @@ struct EndedSupervisor {
     bool wasPublished = false;  ///< it was seen published, so its start was complete
 };
 
-/// Finds out whether somebody ordered the end of a supervisor: by "daemonctl exit", by Ctrl+C in its
-/// console, or by a shutdown of Windows. The exit code alone does not show that: whoever terminates a
-/// process chooses its exit code. Pure.
+/// Finds out whether somebody ordered the end of a supervisor: by "daemonctl exit", by Ctrl+C in
+/// its console, or by a shutdown of Windows. The exit code alone does not show that: whoever
+/// terminates a process chooses its exit code. Pure.
 ///
 /// The end was ordered if the records of this process show
 /// - a client's request to exit since the begin of the watch; or
-/// - "Deamon Thread is exiting...", and the process was published and ended with exit code 0 or with 2,
-///   the code of a shutdown that was given up; or
+/// - "Deamon Thread is exiting...", and the process was published and ended with exit code 0 or
+///   with 2, the code of a shutdown that was given up; or
 /// - that a shutdown was given up, and the exit code is 2.
 /// A start that fails also logs "Deamon Thread is exiting...". It is no ordered end.
 /// @param records  of the supervisor's log, read after the end

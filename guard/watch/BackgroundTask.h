@@ -17,7 +17,8 @@ class BackgroundTask {
 public:
     /// A task that has nothing to do.
     BackgroundTask() = default;
-    /// Starts the thread. If Windows starts none, the function is not called, and the task has ended.
+    /// Starts the thread. If Windows starts none, the function is not called, and the task has
+    /// ended.
     /// @throws std::bad_alloc
     explicit BackgroundTask(std::function<void()> work)
         : thread_(std::make_unique<system::thread::v1::Thread>(std::move(work)))

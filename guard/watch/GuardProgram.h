@@ -9,9 +9,9 @@
 
 namespace vqrx::guard::v0 {
 
-/// Runs the guard of this machine until its watch ends: makes its log, refuses to run beside another
-/// guard, and watches over the DaemonManager.exe beside this program. On the main thread, or on the
-/// thread of the service.
+/// Runs the guard of this machine until its watch ends: makes its log, refuses to run beside
+/// another guard, and watches over the DaemonManager.exe beside this program. On the main thread,
+/// or on the thread of the service.
 /// @param stop      borrowed: a manual-reset event that ends the watch
 /// @param onReady   called when the guard has begun to watch. May be empty
 /// @param onEnding  see WatchSettings. May be empty

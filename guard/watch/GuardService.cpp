@@ -15,8 +15,8 @@ using client::v0::GuardArguments;
 constexpr DWORD kWaitHintMs = 30000; // until the next checkpoint
 constexpr DWORD kGuardFailed = ERROR_SERVICE_SPECIFIC_ERROR;
 
-// The service control manager calls the functions below without a parameter for an object. So the one
-// service of the process is here.
+// The service control manager calls the functions below without a parameter for an object. So the
+// one service of the process is here.
 struct Service {
     GuardArguments arguments;
     SERVICE_STATUS_HANDLE handle = nullptr;

@@ -9,8 +9,8 @@
 namespace vqrx::guard::v0 {
 
 /// Makes sure that one guard runs on a machine: keeps a file open that no second process can open.
-/// Windows closes and deletes the file with the process, however the process ends. Only somebody who may
-/// write to the folder of the logs can keep a guard from running.
+/// Windows closes and deletes the file with the process, however the process ends. Only somebody
+/// who may write to the folder of the logs can keep a guard from running.
 class SingleGuard {
 public:
     /// Waits at most `limitMs` until the file can be opened: a former guard may end just now.

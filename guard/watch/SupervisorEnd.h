@@ -11,8 +11,8 @@
 
 namespace vqrx::guard::v0 {
 
-/// Writes a dump of a supervisor that does not answer, and terminates its process. Logs both. Takes at
-/// most 70 s.
+/// Writes a dump of a supervisor that does not answer, and terminates its process. Logs both. Takes
+/// at most 70 s.
 /// @param dumpFile  ANSI code page
 /// @throws std::bad_alloc
 void EndHanging(const SupervisorProgram& supervisor, const std::string& dumpFile, GuardLog& log);

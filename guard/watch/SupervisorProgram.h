@@ -23,8 +23,8 @@ struct SupervisorProgram {
 /// older one ends, and a younger one that is refused ends at once.
 /// @param program  full path of DaemonManager.exe, UTF-8
 /// @return nothing if none runs
-/// @throws std::runtime_error if the processes cannot be listed, or if a supervisor's process cannot be
-///         opened
+/// @throws std::runtime_error if the processes cannot be listed, or if a supervisor's process
+///         cannot be opened
 [[nodiscard]] std::optional<SupervisorProgram> FindSupervisor(const std::string& program);
 
 /// Starts the supervisor with a console of its own.

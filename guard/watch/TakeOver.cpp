@@ -65,7 +65,8 @@ private:
         }
     }
 
-    // Makes a reporter that writes to the log, and throws an exception when nothing more is to be done.
+    // Makes a reporter that writes to the log, and throws an exception when nothing more is to be
+    // done.
     Reporter ReporterFor(const std::string& prefix) const
     {
         const auto at = [this, prefix](int level) {
@@ -119,8 +120,8 @@ private:
         return faults.empty();
     }
 
-    // Nobody is there to ask, and no daemon may be lost. So the guard believes the log and the fleet file
-    // even if others than administrators may write them; the record names them.
+    // Nobody is there to ask, and no daemon may be lost. So the guard believes the log and the
+    // fleet file even if others than administrators may write them; the record names them.
     void WarnOfWeaknesses(const std::string& beginning, const std::string& path) const
     {
         if (!IsElevated()) {

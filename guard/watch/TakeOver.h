@@ -17,14 +17,14 @@ struct TakeOverOrder {
     std::string fleet; ///< path of the fleet file, UTF-8
     /// Whether the file must exist: it was named by the operator. The default file need not.
     bool fleetNamed = false;
-    /// Becomes true when the supervisor has ended that was running at the begin of the function. The
-    /// function then does nothing to the next supervisor. Never null.
+    /// Becomes true when the supervisor has ended that was running at the begin of the function.
+    /// The function then does nothing to the next supervisor. Never null.
     std::shared_ptr<const std::atomic<bool>> isAbandoned = std::make_shared<std::atomic<bool>>();
 };
 
-/// Gives the running supervisor what it should have: first the daemons of former supervisors that still
-/// run, then what the fleet file names and nobody runs. Waits first until the process of a former
-/// supervisor has ended, at most two minutes. Logs each step. Catches its exceptions.
+/// Gives the running supervisor what it should have: first the daemons of former supervisors that
+/// still run, then what the fleet file names and nobody runs. Waits first until the process of a
+/// former supervisor has ended, at most two minutes. Logs each step. Catches its exceptions.
 /// @return whether nothing is left that a later try could mend
 [[nodiscard]] bool TakeOver(const TakeOverOrder& order, GuardLog& log) noexcept;
 

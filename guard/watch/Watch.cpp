@@ -55,8 +55,8 @@ SupervisorCheck Check(DWORD limitMs)
     }
 }
 
-// Returns whether the supervisor that the table names answers, or nobody can find out. The table may
-// still name a supervisor that has ended.
+// Returns whether the supervisor that the table names answers, or nobody can find out. The table
+// may still name a supervisor that has ended.
 bool Answers(DWORD limitMs)
 {
     const CheckResult result = Check(limitMs).result;
@@ -111,7 +111,8 @@ bool Watch::FindOrStart(SupervisorProgram& supervisor)
     }
 }
 
-// The table may still name a supervisor that was terminated a moment ago. It would refuse the next one.
+// The table may still name a supervisor that was terminated a moment ago. It would refuse the next
+// one.
 void Watch::AwaitStalePublication() const
 {
     const ULONGLONG start = GetTickCount64();

@@ -39,8 +39,8 @@ struct WatchSettings {
     std::function<void()> onEnding;
 };
 
-/// Keeps the supervisor running: starts it, hands over what runs, applies the fleet file, checks it, and
-/// starts it again unless its end was ordered.
+/// Keeps the supervisor running: starts it, hands over what runs, applies the fleet file, checks
+/// it, and starts it again unless its end was ordered.
 class Watch {
 public:
     /// @param log   shared with tasks that may run on after the watch
@@ -49,9 +49,9 @@ public:
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
 
-    /// Returns after somebody ordered the end of the supervisor, or after `stop`: the function then ends
-    /// the supervisor in order first. The daemons run on in both cases. The calling thread must be a
-    /// member of COM's multithreaded apartment.
+    /// Returns after somebody ordered the end of the supervisor, or after `stop`: the function then
+    /// ends the supervisor in order first. The daemons run on in both cases. The calling thread
+    /// must be a member of COM's multithreaded apartment.
     void Run();
 
 private:

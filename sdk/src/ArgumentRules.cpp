@@ -23,8 +23,8 @@ constexpr const wchar_t* kActiveInsideQuotes = L"%!\r\n";
 // It acts upon these outside quotes: they start programs, redirect files, or separate arguments.
 constexpr const wchar_t* kActiveOutsideQuotes = L"&|<>^()@,;=";
 
-// The code page of programs that do not choose one in their manifest, such as the supervisor. GetACP
-// would return the choice of this program.
+// The code page of programs that do not choose one in their manifest, such as the supervisor.
+// GetACP would return the choice of this program.
 UINT SystemCodePage()
 {
     wchar_t text[16] = {};

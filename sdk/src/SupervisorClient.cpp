@@ -131,8 +131,8 @@ void RefuseUnsafe(const std::wstring& path, const std::vector<std::wstring>& arg
 }
 
 // Encrypts the calls through a proxy, and lets the server learn the caller's name only. By default
-// the machine's settings would decide that. An object of this apartment has no proxy and needs none,
-// and Wine has no such settings.
+// the machine's settings would decide that. An object of this apartment has no proxy and needs
+// none, and Wine has no such settings.
 void ProtectCalls(IUnknown* proxy)
 {
     const HRESULT hr = CoSetProxyBlanket(proxy, RPC_C_AUTHN_DEFAULT, RPC_C_AUTHZ_DEFAULT,

@@ -52,8 +52,8 @@ const Structure* In(const std::vector<std::byte>& buffer)
                                              : reinterpret_cast<const Structure*>(buffer.data());
 }
 
-// Groups that Windows adds because of how a user logged on: a console, a batch job, a network, a remote
-// desktop; and the number of the logon itself.
+// Groups that Windows adds because of how a user logged on: a console, a batch job, a network, a
+// remote desktop; and the number of the logon itself.
 bool SaysHowUserLoggedOn(std::string_view sid)
 {
     constexpr std::array<std::string_view, 8> kLogons{"S-1-5-1",  "S-1-5-2",  "S-1-5-3", "S-1-5-4",

@@ -28,7 +28,8 @@ bool FileExists(const std::string& path)
                      std::to_string(error) + ").");
 }
 
-// A file that is on the disk before its name changes: a power failure must not leave an empty program.
+// A file that is on the disk before its name changes: a power failure must not leave an empty
+// program.
 void WriteNewFile(const std::string& path, std::string_view content)
 {
     const UniqueKernelHandle file(CreateFileW(Wide(path).c_str(), GENERIC_WRITE, 0, nullptr,

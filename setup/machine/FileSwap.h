@@ -8,14 +8,15 @@
 
 namespace vqrx::setup::v0 {
 
-/// Replaces the files of an installation. The new files are unpacked into a fresh folder with a random
-/// name below the folder of the programs, while the supervisor keeps running, because unpacking may
-/// fail for lack of space. After that the files only change their names, so programs that run and
-/// libraries that are loaded can be replaced too, and every step can be taken back.
+/// Replaces the files of an installation. The new files are unpacked into a fresh folder with a
+/// random name below the folder of the programs, while the supervisor keeps running, because
+/// unpacking may fail for lack of space. After that the files only change their names, so programs
+/// that run and libraries that are loaded can be replaced too, and every step can be taken back.
 /// Files are removed by their names only: nothing is deleted with all that a folder holds.
 class FileSwap {
 public:
-    /// @param folder  the folder of the programs, UTF-8; nobody else than administrators may write there
+    /// @param folder  the folder of the programs, UTF-8; nobody else than administrators may write
+    ///                there
     explicit FileSwap(std::string folder)
         : folder_(std::move(folder))
     {
@@ -29,7 +30,8 @@ public:
     void Unpack(const std::vector<PayloadFile>& files);
 
     /// Sets the former files aside and moves the new ones to their places.
-    /// @param former  names of the files of the former installation; those that the new one lacks go too
+    /// @param former  names of the files of the former installation; those that the new one lacks
+    ///                go too
     /// @throws SetupError if a file could not be moved; then everything was taken back
     void SwapIn(const std::vector<std::string>& former);
 
@@ -59,7 +61,8 @@ private:
     bool swapped_ = false;
 };
 
-/// Returns the folders of a name, the outermost first: "sdk" and "sdk\src" for "sdk\src\a.cpp". Pure.
+/// Returns the folders of a name, the outermost first: "sdk" and "sdk\src" for "sdk\src\a.cpp".
+/// Pure.
 [[nodiscard]] std::vector<std::string> FoldersOfName(const std::string& name);
 
 /// Deletes a file. If a program uses it, Windows deletes it at its next start.

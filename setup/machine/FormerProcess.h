@@ -10,8 +10,9 @@
 
 namespace vqrx::setup::v0 {
 
-/// A running process whose account and rights are kept, so that after its end another process can be
-/// started with them. Windows does not give its id to another process as long as this object exists.
+/// A running process whose account and rights are kept, so that after its end another process can
+/// be started with them. Windows does not give its id to another process as long as this object
+/// exists.
 class FormerProcess {
 public:
     /// @param program  full path of its program, UTF-8
@@ -28,7 +29,8 @@ public:
 
     /// Waits for the end of the process.
     /// @param limitMs  milliseconds to wait at most
-    /// @return whether it has ended; true also if it could not be opened, because it had ended before
+    /// @return whether it has ended; true also if it could not be opened, because it had ended
+    ///         before
     [[nodiscard]] bool WaitForEnd(DWORD limitMs) const;
 
 private:

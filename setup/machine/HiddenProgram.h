@@ -12,8 +12,8 @@ struct ProgramAnswer {
     std::string output; ///< standard output and standard error together
 };
 
-/// Runs a console program without a window and waits for its end. It works in the system folder, and
-/// inherits no handle but its output.
+/// Runs a console program without a window and waits for its end. It works in the system folder,
+/// and inherits no handle but its output.
 /// @param program  full path, UTF-8
 /// @throws SetupError if it cannot be started
 [[nodiscard]] ProgramAnswer RunHidden(const std::string& program,

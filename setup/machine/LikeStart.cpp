@@ -125,8 +125,8 @@ void StartWithOwnRights(const FormerProcess& former, const std::string& program,
     process.Take(started);
 }
 
-// The service accounts may start a process with any token. An administrator may do so too, but through a
-// service of Windows, which makes the variables of the profile itself.
+// The service accounts may start a process with any token. An administrator may do so too, but
+// through a service of Windows, which makes the variables of the profile itself.
 void StartWithToken(const FormerProcess& former, const std::string& program,
                     StartedProcess& process)
 {

@@ -6,8 +6,8 @@
 
 namespace vqrx::setup::v0 {
 
-/// A registry key below HKEY_LOCAL_MACHINE, and its values. Names and texts are UTF-8. The key is opened
-/// for each call; it need not exist.
+/// A registry key below HKEY_LOCAL_MACHINE, and its values. Names and texts are UTF-8. The key is
+/// opened for each call; it need not exist.
 class MachineKey {
 public:
     explicit MachineKey(std::string path)

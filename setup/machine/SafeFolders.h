@@ -12,8 +12,8 @@ namespace vqrx::setup::v0 {
 /// change them.
 class SafeFolders {
 public:
-    /// @param accountSid  the account of the supervisor, which may write into \Logs; empty: SYSTEM or an
-    ///                    administrator
+    /// @param accountSid  the account of the supervisor, which may write into \Logs; empty: SYSTEM
+    ///                    or an administrator
     /// @param allowWeak   accept every folder that exists
     SafeFolders(std::string accountSid, bool allowWeak);
 
@@ -21,8 +21,8 @@ public:
     /// moment on. The rights are read back. Changes nothing in a folder that exists.
     /// @param path  UTF-8, a full path
     /// @return whether the folder was made
-    /// @throws SetupError if the folder cannot be made, or if others may change it or a folder above it:
-    ///         the text names them and says what to do
+    /// @throws SetupError if the folder cannot be made, or if others may change it or a folder
+    ///         above it: the text names them and says what to do
     bool Prepare(const std::string& path, client::v0::FolderUse use);
 
     /// Checks a file or a folder; does nothing if it does not exist.

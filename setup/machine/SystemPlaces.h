@@ -13,8 +13,8 @@ namespace vqrx::setup::v0 {
 /// Returns Windows' system folder.
 [[nodiscard]] std::string SystemFolder();
 
-/// Returns where the firmware is put if nothing names its root: D:\FIRMWARE, or FIRMWARE on the drive of
-/// Windows if D: is no fixed disk.
+/// Returns where the firmware is put if nothing names its root: D:\FIRMWARE, or FIRMWARE on the
+/// drive of Windows if D: is no fixed disk.
 [[nodiscard]] std::string DefaultFirmwareRoot();
 
 /// Returns the full path of the program that this process runs.

@@ -22,16 +22,18 @@ struct PayloadFile {
 /// Reads the files that follow a program. Their layout, numbers little-endian:
 ///   8 bytes   "DMSETUP1"
 ///   8 bytes   length of all that follows
-///   4 bytes   number of the files, then for each: 4 bytes length of the name, the name, 8 bytes length
-///   the contents, without gaps
-/// @param bytes   begins after the program; bytes after the contents, such as a signature, are ignored
-/// @param digest  SHA-256 of all that follows the first two fields. The running program itself holds it,
-///                so that nobody can put other files beside a program that runs already
-/// @throws SetupError if the bytes are damaged, or if a name leads out of the folder of the programs
+///   4 bytes   number of the files, then for each: 4 bytes length of the name, the name, 8 bytes
+///   length the contents, without gaps
+/// @param bytes   begins after the program; bytes after the contents, such as a signature, are
+///                ignored
+/// @param digest  SHA-256 of all that follows the first two fields. The running program itself
+///                holds it, so that nobody can put other files beside a program that runs already
+/// @throws SetupError if the bytes are damaged, or if a name leads out of the folder of the
+///         programs
 [[nodiscard]] std::vector<PayloadFile> ReadPayload(std::string_view bytes, std::string_view digest);
 
-/// Returns whether a name stays below the folder that it is put into: no drive, no empty part, no "..",
-/// no part that Windows reads as another name.
+/// Returns whether a name stays below the folder that it is put into: no drive, no empty part, no
+/// "..", no part that Windows reads as another name.
 [[nodiscard]] bool IsNameBelow(std::string_view name);
 
 } // namespace vqrx::setup::v0

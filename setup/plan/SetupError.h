@@ -4,7 +4,8 @@
 
 namespace vqrx::setup::v0 {
 
-/// A step of the installation failed. what() is a text for the operator, UTF-8, which says what to do.
+/// A step of the installation failed. what() is a text for the operator, UTF-8, which says what to
+/// do.
 class SetupError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };

@@ -5,7 +5,8 @@
 
 namespace vqrx::setup::v0 {
 
-/// The options of the installer and of the uninstaller. Texts are UTF-8; an empty text was not given.
+/// The options of the installer and of the uninstaller. Texts are UTF-8; an empty text was not
+/// given.
 struct SetupOptions {
     bool silent = false;    ///< /S: no window, no question
     bool noStart = false;   ///< /NOSTART: do not start the new supervisor
@@ -17,8 +18,8 @@ struct SetupOptions {
     std::string folder;     ///< /D=: the folder of the programs
 };
 
-/// Reads the options. Letter case counts. "/D=" takes the rest of the command line, so that its folder
-/// needs no quotation marks. Pure.
+/// Reads the options. Letter case counts. "/D=" takes the rest of the command line, so that its
+/// folder needs no quotation marks. Pure.
 /// @param arguments  without the name of the program
 /// @throws SetupError for an unknown option
 [[nodiscard]] SetupOptions ReadSetupOptions(const std::vector<std::string>& arguments);

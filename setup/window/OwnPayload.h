@@ -10,8 +10,8 @@ namespace vqrx::setup::v0 {
 /// The files at the end of the program that this process runs.
 class OwnPayload {
 public:
-    /// @throws SetupError if the file of the program cannot be read, or if its end is not the one that was
-    ///         put there when the packages were made
+    /// @throws SetupError if the file of the program cannot be read, or if its end is not the one
+    ///         that was put there when the packages were made
     OwnPayload();
 
     /// Returns the files; empty if this program is the uninstaller.

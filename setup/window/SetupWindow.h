@@ -7,8 +7,8 @@
 
 namespace vqrx::setup::v0 {
 
-/// Shows the window of the installer or of the uninstaller, and does what the operator chooses there.
-/// Returns after he has closed it.
+/// Shows the window of the installer or of the uninstaller, and does what the operator chooses
+/// there. Returns after he has closed it.
 /// @param files  the files to install; empty: this is the uninstaller
 /// @return one of SetupExitCode
 [[nodiscard]] int ShowSetupWindow(const SetupOptions& options,

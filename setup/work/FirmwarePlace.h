@@ -10,8 +10,8 @@ struct FirmwarePlace {
     bool isRegistered = true; ///< false: no registry value names the root yet
 };
 
-/// Looks for the firmware root in the registry, as the supervisor does; then takes the root that was
-/// asked for, or the default.
+/// Looks for the firmware root in the registry, as the supervisor does; then takes the root that
+/// was asked for, or the default.
 /// @param wantedRoot  empty: none was asked for
 /// @throws SetupError if a registered value cannot be read or names no folder
 [[nodiscard]] FirmwarePlace FindFirmwarePlace(const std::string& wantedRoot);

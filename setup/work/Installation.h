@@ -9,14 +9,14 @@
 
 namespace vqrx::setup::v0 {
 
-/// Returns the folder that the programs go to if nobody chooses one: that of the former installation, or
-/// DaemonManager below Windows' folder of programs. UTF-8.
+/// Returns the folder that the programs go to if nobody chooses one: that of the former
+/// installation, or DaemonManager below Windows' folder of programs. UTF-8.
 /// @throws SetupError if Windows names no folder for programs
 [[nodiscard]] std::string DefaultProgramFolder();
 
-/// Installs the files, replaces a supervisor that runs, and hands its daemons over. Before the supervisor
-/// is ended, everything that can fail without it is done or tried; after that, a failure puts the former
-/// files back and starts the former supervisor again.
+/// Installs the files, replaces a supervisor that runs, and hands its daemons over. Before the
+/// supervisor is ended, everything that can fail without it is done or tried; after that, a failure
+/// puts the former files back and starts the former supervisor again.
 /// @return one of SetupExitCode; the conversation has the reason
 [[nodiscard]] int Install(const SetupOptions& options, const std::vector<PayloadFile>& files,
                           Conversation& conversation);

@@ -36,8 +36,8 @@ std::string LogFileOf(const FirmwarePlace& place)
     return LogFolderOf(place) + "\\DaemonManager.log";
 }
 
-// The account that may write into \Logs beside administrators: the one that was named now, that of the
-// supervisor that runs, or the one that was named before.
+// The account that may write into \Logs beside administrators: the one that was named now, that of
+// the supervisor that runs, or the one that was named before.
 std::string FindAccount(const std::string& name, const std::string& running)
 {
     if (!name.empty()) {
@@ -204,7 +204,8 @@ void InstallationSteps::StartFormer()
     conversation_.Say("The former supervisor runs again.\n");
 }
 
-// Runs while the new files are in their places, because a library must be loaded to be unregistered.
+// Runs while the new files are in their places, because a library must be loaded to be
+// unregistered.
 void InstallationSteps::RestoreRegistry() noexcept
 {
     if (!wroteRegistry_) {

@@ -22,8 +22,8 @@ public:
     InstallationSteps(const SetupOptions& options, const std::vector<PayloadFile>& files,
                       Conversation& conversation);
 
-    /// Makes or checks the folders, unpacks the files, and tries whether the supervisor can be started
-    /// again. A supervisor that runs is not disturbed.
+    /// Makes or checks the folders, unpacks the files, and tries whether the supervisor can be
+    /// started again. A supervisor that runs is not disturbed.
     void Prepare();
 
     /// Ends the supervisor that runs.
@@ -35,14 +35,15 @@ public:
     /// Starts the new supervisor, if one ran and the options do not forbid it.
     void StartSupervisor();
 
-    /// Notes what was made, registers the source of the event log, and deletes the former files. There is no way back after that.
+    /// Notes what was made, registers the source of the event log, and deletes the former files.
+    /// There is no way back after that.
     void Keep();
 
     /// Hands the daemons over. @return one of SetupExitCode
     [[nodiscard]] int HandOver();
 
-    /// Takes all steps back, in reverse order. If the supervisor was ended, the former one is started and
-    /// gets its daemons.
+    /// Takes all steps back, in reverse order. If the supervisor was ended, the former one is
+    /// started and gets its daemons.
     void GoBack() noexcept;
 
 private:

@@ -13,15 +13,16 @@
 namespace vqrx::setup::v0 {
 namespace {
 
-// No daemon has this number: the request changes nothing. daemonctl ends with 1 if a supervisor answers.
+// No daemon has this number: the request changes nothing. daemonctl ends with 1 if a supervisor
+// answers.
 constexpr const char* kNoDaemon = "4294967295";
 constexpr std::uint32_t kSupervisorAnswered = 1;
 
 constexpr std::uint32_t kClientDone = 0;
 constexpr std::uint32_t kNothingToHandOver = 1;
 
-// The supervisor finishes a stop that is under way before it ends, which may take a minute. "daemonctl
-// exit" waits two minutes; then its process is waited for once more.
+// The supervisor finishes a stop that is under way before it ends, which may take a minute.
+// "daemonctl exit" waits two minutes; then its process is waited for once more.
 constexpr DWORD kEndLimitMs = 120000;
 // At its start the supervisor waits for a firewall service that is starting, at most two minutes.
 constexpr ULONGLONG kStartLimitMs = 120000;

@@ -11,9 +11,9 @@
 
 namespace vqrx::setup::v0 {
 
-/// Ends the running supervisor, starts one with the same account and rights, and hands the daemons over.
-/// daemonctl does the calls. Everything goes by the processes and not by the published object: another
-/// program may have published it.
+/// Ends the running supervisor, starts one with the same account and rights, and hands the daemons
+/// over. daemonctl does the calls. Everything goes by the processes and not by the published
+/// object: another program may have published it.
 class SupervisorChange {
 public:
     /// Finds the supervisors that run: processes of the installed program, run by an expected user.
@@ -27,8 +27,8 @@ public:
     /// Whether End() has ended it.
     [[nodiscard]] bool Ended() const noexcept { return ended_; }
 
-    /// Returns the account of the supervisor that ran; empty if it ran as SYSTEM or as administrator, or
-    /// if none ran.
+    /// Returns the account of the supervisor that ran; empty if it ran as SYSTEM or as
+    /// administrator, or if none ran.
     [[nodiscard]] std::string LimitedAccountSid() const;
 
     /// Makes sure that Windows starts a program with the rights of the supervisor that runs.
@@ -38,11 +38,12 @@ public:
 
     /// Lists the daemons and ends the supervisor; they run on. Returns after its process has ended.
     /// @param listing  the file for the list; it must not exist
-    /// @throws SetupError if the process did not end within four minutes; the text says whether it runs
-    ///         on or ends later
+    /// @throws SetupError if the process did not end within four minutes; the text says whether it
+    ///         runs on or ends later
     void End(const std::string& listing);
 
-    /// Starts a supervisor with the account and the rights of the one that ran, and waits until it answers.
+    /// Starts a supervisor with the account and the rights of the one that ran, and waits until it
+    /// answers.
     /// @throws SetupError if it could not be started; CameNotUp if it ended or did not answer
     void Start(const std::string& program);
 
@@ -51,8 +52,8 @@ public:
 
     /// Hands the daemons of the list, or of the log, over to the supervisor that runs.
     /// @param trust  believe the log, whoever may have written it
-    /// @return whether all were handed over, and the supervisor still runs after that: until it has published
-    ///         its object, another program could answer in its place
+    /// @return whether all were handed over, and the supervisor still runs after that: until it has
+    ///         published its object, another program could answer in its place
     [[nodiscard]] bool HandOver(bool trust);
 
     /// Returns the file with the list of the daemons; empty if there is none.

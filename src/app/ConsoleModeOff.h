@@ -11,8 +11,9 @@ namespace vqrx::app::v0 {
 /// that is terminated does not restore the mode.
 class ConsoleModeOff {
 public:
-    /// The QuickEdit mode. In it a click into the window selects text, and Windows stops every write
-    /// to the console until the selection ends: the log would stop, and at the end the process.
+    /// The QuickEdit mode. In it a click into the window selects text, and Windows stops every
+    /// write to the console until the selection ends: the log would stop, and at the end the
+    /// process.
     [[nodiscard]] static ConsoleModeOff QuickEdit() noexcept;
 
     /// The processing of escape sequences. Paths and arguments of daemons stand in the log, so a

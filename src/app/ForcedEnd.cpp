@@ -13,7 +13,8 @@ using log::i_logger::v0::kLevelError;
 
 constexpr DWORD kLookAgainMs = 10;
 
-// The level of the record after the reason. Every other sink drops it, because its threshold is lower.
+// The level of the record after the reason. Every other sink drops it, because its threshold is
+// lower.
 constexpr int kLevelOfMark = std::numeric_limits<int>::max();
 
 void WriteLine(const char* text) noexcept

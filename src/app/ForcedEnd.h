@@ -10,9 +10,9 @@
 
 namespace vqrx::app::v0 {
 
-/// The last resort of the shutdown: says why, and ends the process without the rest of the shutdown.
-/// It is also a sink of the logger, so that it knows when the other sinks have written the reason.
-/// It writes nothing in that role.
+/// The last resort of the shutdown: says why, and ends the process without the rest of the
+/// shutdown. It is also a sink of the logger, so that it knows when the other sinks have written
+/// the reason. It writes nothing in that role.
 class ForcedEnd final : public log::log_perf::v2::ILogSink {
 public:
     /// Ends the process. EndThisProcess does not return; the function of a test may.
@@ -36,10 +36,11 @@ public:
 
     /// Ends the process:
     /// 1. Logs the reason at level error. The console sink writes it to standard error.
-    /// 2. If the sinks do not write it within the limit, writes it to standard error itself, and waits
-    ///    for that at most the limit too: a stopped console must not keep the process. If there is no
-    ///    thread for that, it writes only what cannot stop: not to a console.
-    /// 3. If the program had failed, writes the line of the failure to standard error, in the same way.
+    /// 2. If the sinks do not write it within the limit, writes it to standard error itself, and
+    ///    waits for that at most the limit too: a stopped console must not keep the process. If
+    ///    there is no thread for that, it writes only what cannot stop: not to a console.
+    /// 3. If the program had failed, writes the line of the failure to standard error, in the same
+    ///    way.
     /// 4. Ends the process with kExitCode, or with kExitCodeOfFailure.
     /// Any thread.
     /// @param logger  the logger that this sink was added to
@@ -48,8 +49,8 @@ public:
 
     void Write(int level, const log::log_perf::v2::Timestamp* timestamp, const char* text) override;
 
-    /// Ends this process at once, with TerminateProcess. ExitProcess would call the clean-up code of
-    /// the libraries, COM among them, which may block.
+    /// Ends this process at once, with TerminateProcess. ExitProcess would call the clean-up code
+    /// of the libraries, COM among them, which may block.
     static void EndThisProcess(UINT exitCode) noexcept;
 
 private:

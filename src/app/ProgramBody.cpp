@@ -110,8 +110,8 @@ void Supervise()
     AddLogFile(fileSink, logger);
     logger.AddSink(&forcedEnd);
 
-    // Outside of the block below, so that forcedEnd knows of an exception before they are destroyed:
-    // their destruction may end the process.
+    // Outside of the block below, so that forcedEnd knows of an exception before they are
+    // destroyed: their destruction may end the process.
     std::optional<BoundedApartment> apartment;
     std::optional<ManagerReference> manager;
     std::unique_ptr<RotRegistration> registration;

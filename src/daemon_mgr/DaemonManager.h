@@ -37,24 +37,25 @@ struct ManagerOptions {
 /// Locks: tableLock_ guards the daemon table and every ProcessInfo in it. LockTable takes it; so
 /// does PutBack, which must not allocate. A supervision pass holds it during the whole pass, Launch
 /// and PutBack during their firewall call. Stop releases it before its slow work; Attach takes it
-/// after its own. The other members are atomic, or do not change between constructor and destructor.
+/// after its own. The other members are atomic, or do not change between constructor and
+/// destructor.
 ///
 /// Made with new. The last Release deletes the object, or lets its maker delete it: see
 /// ManagerOptions::releasedEvent.
 // NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): the vtable's order is COM's
 class DaemonManager final : public IDaemonMgrControl {
 public:
-    /// Connects to the firewall and to WMI, and starts the supervision thread. If the firewall service
-    /// is enabled, waits without limit until it runs. Otherwise logs the reason and goes on without
-    /// the firewall. The calling thread must be a member of the multithreaded apartment.
+    /// Connects to the firewall and to WMI, and starts the supervision thread. If the firewall
+    /// service is enabled, waits without limit until it runs. Otherwise logs the reason and goes on
+    /// without the firewall. The calling thread must be a member of the multithreaded apartment.
     /// The reference count starts at 0: the caller calls AddRef.
     /// @param mainThreadId   id of the thread to which Exit posts WM_QUIT
     /// @param checkInterval  milliseconds from the end of a pass to the start of the next
     /// @param logger         borrowed; must outlive the object
     /// @throws ATL::CAtlException  the table lock cannot be made, memory is exhausted
     /// @throws COMException  COM cannot be initialised on this thread
-    /// @throws std::runtime_error  "Could not create supervision thread": without it no daemon would
-    ///         ever be started
+    /// @throws std::runtime_error  "Could not create supervision thread": without it no daemon
+    ///         would ever be started
     /// @throws std::bad_alloc
     DaemonManager(DWORD mainThreadId, DWORD checkInterval, log::log_perf::v2::LibLogPerf* logger,
                   const ManagerOptions& options = {});
@@ -107,8 +108,8 @@ private:
 
     // Waits for the table lock. @throws std::bad_alloc, without the lock
     [[nodiscard]] LockedTable LockTable();
-    // Puts an entry that Stop took out into the table again. Tries to restore its firewall rule, while
-    // it holds the table lock.
+    // Puts an entry that Stop took out into the table again. Tries to restore its firewall rule,
+    // while it holds the table lock.
     void PutBack(DaemonTable::node_type taken) noexcept;
     // The body of the supervision thread: a pass after every checkInterval_, until stopEvent_.
     void Supervise() noexcept;

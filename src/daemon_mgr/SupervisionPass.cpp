@@ -31,8 +31,8 @@ DWORD ExitCodeOf(ProcessInfo& daemon) noexcept
 void Start(ProcessInfo& daemon, ILogger& logger)
 {
     auto process = LaunchProcess(daemon.executablePath, daemon.arguments);
-    // The handle of the ended process stays open, one for each restart. As long as it is open, Windows
-    // gives the process id to no other process.
+    // The handle of the ended process stays open, one for each restart. As long as it is open,
+    // Windows gives the process id to no other process.
     static_cast<void>(daemon.process.Release());
     daemon.process = std::move(process);
     const bool isFirstStart = daemon.restarts == 0 && !daemon.attached;

@@ -1,6 +1,6 @@
-// Fuzzer for the plan of a hand-over: any bytes as the log and as the listing, up to and after the first
-// NUL. Whatever they claim, only a process is attached that runs, with the program and the time of
-// creation that the machine has for it, and none is attached twice.
+// Fuzzer for the plan of a hand-over: any bytes as the log and as the listing, up to and after the
+// first NUL. Whatever they claim, only a process is attached that runs, with the program and the
+// time of creation that the machine has for it, and none is attached twice.
 #include "Check.h"
 #include "DaemonListing.h"
 #include "Reattachment.h"

@@ -1,7 +1,7 @@
 // Fuzzer for LogFileSink with any bytes as the existing log file, opened three times. Each opening
-// appends records to the file, and the next opening reads these records. The sink may throw only if a line of
-// the file has a time or a level that is no number and no NUL; then it keeps the file beside a new
-// one, which it never refuses.
+// appends records to the file, and the next opening reads these records. The sink may throw only if
+// a line of the file has a time or a level that is no number and no NUL; then it keeps the file
+// beside a new one, which it never refuses.
 #include "Check.h"
 #include "DamagedLines.h"
 #include "log_perf/ring/LogFileSink.h"

@@ -191,7 +191,8 @@ TEST(Daemonctl, Attach_reports_a_process_that_cannot_be_attached)
                 "it is denied, or WMI does not know it\n"}));
 }
 
-// A supervisor whose shutdown waits for a stop: the daemon with the id 0 ends when the test says so.
+// A supervisor whose shutdown waits for a stop: the daemon with the id 0 ends when the test says
+// so.
 class DaemonctlExit : public ::testing::Test {
 protected:
     DaemonctlExit()

@@ -214,7 +214,8 @@ TEST_F(Fleet, Apply_warns_of_a_program_that_does_not_exist)
                       "daemonctl: line 1: C:\\no\\such.exe does not exist; the supervisor tries "
                       "every second to start it\n"}));
     ASSERT_TRUE(supervisor_.WaitForLog(1, "Unable to start C:\\no\\such.exe "));
-    // The log shows no id of such a daemon; apply finds it nevertheless, and registers nothing twice.
+    // The log shows no id of such a daemon; apply finds it nevertheless, and registers nothing
+    // twice.
     EXPECT_EQ(Daemonctl("apply " + file).output,
               "there already     C:\\no\\such.exe: daemon 0\n"
               "0 launched, 0 attached, 1 there already, 0 not\n");

@@ -22,7 +22,8 @@ namespace {
 
 using system::win32::v1::UniqueKernelHandle;
 
-// Suspends all threads of a process, except those that end at this moment. @return whether there was one
+// Suspends all threads of a process, except those that end at this moment. @return whether there
+// was one
 bool Suspend(DWORD processId)
 {
     bool isSuspended = false;

@@ -1,5 +1,5 @@
-// What daemonctl reattach and ps do after the supervisor was killed: daemons without a record in the
-// log, programs that never ran, services, and no supervisor at all.
+// What daemonctl reattach and ps do after the supervisor was killed: daemons without a record in
+// the log, programs that never ran, services, and no supervisor at all.
 #include "ChildProcess.h"
 #include "Daemonctl.h"
 #include "PrefixClass.h"

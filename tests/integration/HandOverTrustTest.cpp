@@ -1,5 +1,5 @@
-// What an administrator's reattach believes, and what ps and exit take for the supervisor, beside other
-// users of the machine.
+// What an administrator's reattach believes, and what ps and exit take for the supervisor, beside
+// other users of the machine.
 #include "ChildProcess.h"
 #include "Daemonctl.h"
 #include "OpenToAll.h"

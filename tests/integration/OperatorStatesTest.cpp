@@ -1,5 +1,5 @@
-// States of daemons as ps, check, doctor and report show them, and the other names of commands, with
-// the real supervisor.
+// States of daemons as ps, check, doctor and report show them, and the other names of commands,
+// with the real supervisor.
 #include "ChildProcess.h"
 #include "Daemonctl.h"
 #include "SupervisorProcess.h"

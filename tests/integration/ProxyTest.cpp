@@ -116,8 +116,8 @@ TEST(Proxy, Non_ASCII_letters_of_the_code_page_arrive)
               "e \"\xC3\xA9\xC3\xA0 \xC3\xA7\" ");
 }
 
-// Windows stores a registration below HKEY_CURRENT_USER if a program of the user has prepared the keys
-// there. Wine does not, so the test leads HKEY_CLASSES_ROOT to the user's classes.
+// Windows stores a registration below HKEY_CURRENT_USER if a program of the user has prepared the
+// keys there. Wine does not, so the test leads HKEY_CLASSES_ROOT to the user's classes.
 TEST(Proxy, The_registration_is_for_the_machine_also_if_a_user_has_prepared_its_keys)
 {
     constexpr const char* kPrepared = "Software\\prepared classes of this test";

@@ -116,8 +116,8 @@ long long EndOf(const CapturedProgram& program)
     return system::win32::v1::UnixMilliseconds(ended);
 }
 
-// The former supervisor has two workers, and its shutdown waits for a stop. The new one has a log of
-// its own, so that each log shows what one of them did.
+// The former supervisor has two workers, and its shutdown waits for a stop. The new one has a log
+// of its own, so that each log shows what one of them did.
 TEST_F(Upgrade, The_new_supervisor_gets_a_worker_only_after_the_former_one_has_ended)
 {
     const std::vector<DWORD> processes = LaunchWorkers(2);

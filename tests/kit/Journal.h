@@ -49,9 +49,9 @@ struct SavedKey {
     bool operator==(const SavedKey&) const = default;
 };
 
-/// What a run has to put back. The runner writes it to a file before the first test and removes the file
-/// after everything is put back. A file that is there at the start belongs to a run that did not end in
-/// order.
+/// What a run has to put back. The runner writes it to a file before the first test and removes the
+/// file after everything is put back. A file that is there at the start belongs to a run that did
+/// not end in order.
 struct Journal {
     std::vector<SavedKey> keys;
 

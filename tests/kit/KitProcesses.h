@@ -7,8 +7,8 @@
 
 namespace vqrx::kit {
 
-/// Returns whether a text, such as a path or a command line, names a file below a folder. Letter case
-/// does not count.
+/// Returns whether a text, such as a path or a command line, names a file below a folder. Letter
+/// case does not count.
 /// @param folder  full path without a backslash at the end, UTF-8
 [[nodiscard]] bool NamesFileBelow(const std::string& text, const std::string& folder);
 

@@ -5,8 +5,8 @@
 namespace vqrx::kit {
 
 /// Runs the kit in whose folder this program is: puts back what an earlier run has left, shows the
-/// machine, asks, runs the programs, puts everything back and writes the reports. Speaks with the person
-/// over the console.
+/// machine, asks, runs the programs, puts everything back and writes the reports. Speaks with the
+/// person over the console.
 /// @return exit code, see HelpText()
 /// @throws std::runtime_error  with the reason for which nothing was run; UsageError
 [[nodiscard]] int RunKit(const Options& options);

@@ -8,9 +8,9 @@
 namespace vqrx::kit {
 
 /// Asks the machine for everything that may explain a difference between two machines: version of
-/// Windows, code pages, console, session, rights, firewall, WMI, virus scanner, clock, processors and
-/// memory. Changes nothing. A fact that cannot be had has the value "not known". The calling thread must
-/// be in the multithreaded COM apartment.
+/// Windows, code pages, console, session, rights, firewall, WMI, virus scanner, clock, processors
+/// and memory. Changes nothing. A fact that cannot be had has the value "not known". The calling
+/// thread must be in the multithreaded COM apartment.
 /// @param kitFolder  full path, UTF-8
 [[nodiscard]] std::vector<Fact> GatherMachineFacts(const std::string& kitFolder);
 

@@ -36,7 +36,8 @@ struct Manifest {
 /// @throws std::runtime_error  if the text is no manifest
 [[nodiscard]] Manifest ReadManifest(std::string_view json);
 
-/// Returns whether the program changes something that only administrators may change. Its locks tell.
+/// Returns whether the program changes something that only administrators may change. Its locks
+/// tell.
 [[nodiscard]] bool NeedsAdministrator(const TestProgram& program);
 
 } // namespace vqrx::kit

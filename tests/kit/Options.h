@@ -34,8 +34,9 @@ class UsageError : public std::runtime_error {
 /// @throws UsageError  if the kit has no program of a wanted name
 [[nodiscard]] std::vector<TestProgram> Chosen(const Manifest& manifest, const Options& options);
 
-/// Looks for a reason why tests in this folder would fail. They name files of the kit in command lines,
-/// in paths of limited length and in ANSI texts, and the firmware root ends before the first "\App".
+/// Looks for a reason why tests in this folder would fail. They name files of the kit in command
+/// lines, in paths of limited length and in ANSI texts, and the firmware root ends before the first
+/// "\App".
 /// @param folder  full path of the kit's folder
 /// @return what is wrong with the folder; empty: nothing
 [[nodiscard]] std::string ObjectionTo(const std::string& folder);

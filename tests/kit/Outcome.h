@@ -42,8 +42,8 @@ struct ProgramEnd {
     unsigned exitCode = 0;    ///< of a program that ended by itself
 };
 
-/// Reads the results that a GoogleTest program wrote with --gtest_output=json. Cases that the program
-/// did not run are left out.
+/// Reads the results that a GoogleTest program wrote with --gtest_output=json. Cases that the
+/// program did not run are left out.
 /// @return empty if the text is no such result, for example because the program crashed
 [[nodiscard]] std::vector<CaseResult> ReadCases(std::string_view json);
 

@@ -7,8 +7,8 @@
 namespace vqrx::kit {
 namespace {
 
-// As GoogleTest writes it: one case that passed, one that failed, one that the machine refused, and one
-// that was not chosen.
+// As GoogleTest writes it: one case that passed, one that failed, one that the machine refused, and
+// one that was not chosen.
 constexpr const char* kResults = R"({"tests": 4, "testsuites": [
   {"name": "Ring", "testsuite": [
     {"name": "A_passes", "status": "RUN", "result": "COMPLETED", "time": "0.25s", "classname": "Ring"},

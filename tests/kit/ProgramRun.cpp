@@ -32,8 +32,8 @@ UniqueKernelHandle MakeJob()
     return job;
 }
 
-// Returns the environment of this process with another temporary folder: "NAME=value" texts, each with a
-// zero at its end, and one more zero.
+// Returns the environment of this process with another temporary folder: "NAME=value" texts, each
+// with a zero at its end, and one more zero.
 std::wstring EnvironmentWith(const std::wstring& temporaryFolder)
 {
     std::wstring block;

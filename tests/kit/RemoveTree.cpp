@@ -11,8 +11,8 @@
 namespace vqrx::kit {
 namespace {
 
-// The C library opens no folder whose path has more than 260 characters, even with the prefix "\\?\", so
-// std::filesystem::remove_all leaves such folders.
+// The C library opens no folder whose path has more than 260 characters, even with the prefix
+// "\\?\", so std::filesystem::remove_all leaves such folders.
 // @return the entries of a folder, without the two that lead to itself and upwards
 std::vector<WIN32_FIND_DATAW> EntriesOf(const std::wstring& folder)
 {

@@ -42,8 +42,8 @@ struct Counts {
 /// Counts the cases of all programs by their verdicts.
 [[nodiscard]] Counts CountCases(const RunReport& report);
 
-/// Returns whether the run shows that all is well: nothing failed, nothing was left over, and nobody
-/// stopped the run.
+/// Returns whether the run shows that all is well: nothing failed, nothing was left over, and
+/// nobody stopped the run.
 [[nodiscard]] bool IsGreen(const RunReport& report);
 
 /// Writes the report for machines: one JSON object.

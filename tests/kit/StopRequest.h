@@ -6,9 +6,9 @@
 
 namespace vqrx::kit {
 
-/// Turns Ctrl+C, Ctrl+Break and the end of the console into an event. If the console ends, Windows ends
-/// this process soon after; the handler waits for the destructor, for as long as Windows lets it.
-/// At most one object at a time.
+/// Turns Ctrl+C, Ctrl+Break and the end of the console into an event. If the console ends, Windows
+/// ends this process soon after; the handler waits for the destructor, for as long as Windows lets
+/// it. At most one object at a time.
 class StopRequest {
 public:
     /// @throws std::runtime_error  if Windows makes no event or refuses the handler

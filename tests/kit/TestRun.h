@@ -22,17 +22,17 @@ struct RunSettings {
     HANDLE stop = nullptr;           ///< event: ends all programs and starts no further one
 };
 
-/// Runs programs one after another, or some at a time. One line of standard output for each program.
-/// For one thread.
+/// Runs programs one after another, or some at a time. One line of standard output for each
+/// program. For one thread.
 class TestRun {
 public:
-    /// @param cleanUp  is called after a program that did not pass, while no other one runs: puts the
-    ///                 machine back for the programs that follow
+    /// @param cleanUp  is called after a program that did not pass, while no other one runs: puts
+    ///                 the machine back for the programs that follow
     TestRun(std::vector<TestProgram> programs, RunSettings settings, std::function<void()> cleanUp);
 
     /// Runs all programs, or those until the stop event.
-    /// @return what came of each program, in the order of their ends; those that were not started are
-    ///         left out, at the end
+    /// @return what came of each program, in the order of their ends; those that were not started
+    ///         are left out, at the end
     [[nodiscard]] std::vector<ProgramOutcome> Run();
 
 private:

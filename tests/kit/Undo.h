@@ -21,7 +21,8 @@ struct UndoResult {
 /// - removes services whose program is one of the kit,
 /// - removes firewall rules for programs of the kit,
 /// - gives the registry keys of the journal their former content.
-/// Nothing of the kit may run beside it. The calling thread must be in the multithreaded COM apartment.
+/// Nothing of the kit may run beside it. The calling thread must be in the multithreaded COM
+/// apartment.
 /// @param kitFolder  full path, UTF-8, without a backslash at the end
 [[nodiscard]] UndoResult UndoChanges(const Journal& journal, const std::string& kitFolder);
 

@@ -1,5 +1,5 @@
-// run-tests.exe: tests DaemonManager on this machine, with the programs of the kit beside it, and writes
-// the reports. See HelpText() for options and exit codes.
+// run-tests.exe: tests DaemonManager on this machine, with the programs of the kit beside it, and
+// writes the reports. See HelpText() for options and exit codes.
 #include "KitSession.h"
 #include "Options.h"
 

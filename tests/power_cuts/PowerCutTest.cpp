@@ -177,7 +177,8 @@ TEST_F(PowerCut, Costs_only_records_that_were_not_flushed_where_the_log_of_the_p
 } // namespace
 } // namespace vqrx::test
 
-// Memory is allocated often here: no stack of each allocation is kept, and freed memory is used again.
+// Memory is allocated often here: no stack of each allocation is kept, and freed memory is used
+// again.
 extern "C" const char* __asan_default_options() // NOLINT(bugprone-reserved-identifier)
 {
     return "malloc_context_size=0:quarantine_size_mb=0:thread_local_quarantine_size_kb=0";

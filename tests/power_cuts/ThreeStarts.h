@@ -7,14 +7,14 @@
 
 namespace vqrx::test {
 
-/// Starts the supervisor three times on what a power failure left, each time with the real sink, and
-/// lets daemonctl read the file each time.
+/// Starts the supervisor three times on what a power failure left, each time with the real sink,
+/// and lets daemonctl read the file each time.
 /// - No start throws, and each writes its record to the file.
-/// - Every record whose line is whole in the file is in the sink's history. Only the first one after
-///   the write position may be missing, because it gives only its number.
-/// - daemonctl shows the new record, and every record whose line is whole. Two of those after the write
-///   position may be missing: they look like records that are being overwritten, or that are left of
-///   an earlier round through the ring.
+/// - Every record whose line is whole in the file is in the sink's history. Only the first one
+///   after the write position may be missing, because it gives only its number.
+/// - daemonctl shows the new record, and every record whose line is whole. Two of those after the
+///   write position may be missing: they look like records that are being overwritten, or that are
+///   left of an earlier round through the ring.
 class ThreeStarts {
 public:
     /// @param name  of the file that each image is put into

@@ -1,5 +1,5 @@
-// Makes a file with the name of this library and ".loaded" when it is loaded. Has the functions that the
-// product calls in the libraries in whose place it is planted.
+// Makes a file with the name of this library and ".loaded" when it is loaded. Has the functions
+// that the product calls in the libraries in whose place it is planted.
 #include <windows.h>
 
 #include <string>

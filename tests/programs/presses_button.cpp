@@ -1,6 +1,6 @@
-// Presses a button in a window of another program, as a person would: waits, at most a minute, until there
-// is a window with the title in the first argument, with a button that can be pressed and that has the
-// number in the second argument. Exit code 0: pressed; 1: no such button.
+// Presses a button in a window of another program, as a person would: waits, at most a minute,
+// until there is a window with the title in the first argument, with a button that can be pressed
+// and that has the number in the second argument. Exit code 0: pressed; 1: no such button.
 #include "ChildProgram.h"
 
 #include <string>

@@ -1,5 +1,6 @@
-// Publishes an object of its own under the supervisor's name, as soon as the name is free: a program that
-// wants to be taken for the supervisor. Writes "taken" then, and runs until it is ended.
+// Publishes an object of its own under the supervisor's name, as soon as the name is free: a
+// program that wants to be taken for the supervisor. Writes "taken" then, and runs until it is
+// ended.
 #include <windows.h>
 
 #include <objbase.h>

@@ -57,8 +57,8 @@ public:
         hook_ = std::move(hook);
     }
 
-    /// Makes the next Write block, without a limit, until Release. The test must call Release before
-    /// the logger is destroyed. The Write keeps its record after Release.
+    /// Makes the next Write block, without a limit, until Release. The test must call Release
+    /// before the logger is destroyed. The Write keeps its record after Release.
     void BlockNextWrite()
     {
         const std::lock_guard lock(mutex_);

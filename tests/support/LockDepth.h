@@ -6,8 +6,8 @@
 
 namespace vqrx::test {
 
-/// Counts the critical sections that one thread is inside: the thread that made this object. Make it
-/// before the object under test, because no other thread may use a critical section meanwhile.
+/// Counts the critical sections that one thread is inside: the thread that made this object. Make
+/// it before the object under test, because no other thread may use a critical section meanwhile.
 class LockDepth {
 public:
     LockDepth()

@@ -17,11 +17,12 @@ namespace vqrx::test {
 
 /// An object of this process, published under the supervisor's name until the destructor runs. It
 /// answers every call of the supervisor's interface with success, and counts the calls. Needs COM.
-/// The constructor waits until the name is free, for at most a minute: the table removes the entry of
-/// a killed process some time after the process has ended, and tells nobody.
+/// The constructor waits until the name is free, for at most a minute: the table removes the entry
+/// of a killed process some time after the process has ended, and tells nobody.
 class PublishedControl {
 public:
-    /// @param onAttach  called in each Attach with the daemon id of the answer; empty: nothing more is done
+    /// @param onAttach  called in each Attach with the daemon id of the answer; empty: nothing more
+    ///                  is done
     explicit PublishedControl(std::function<void(DWORD daemonId)> onAttach = {})
         : control_(std::move(onAttach))
     {

@@ -38,9 +38,9 @@ public:
     }
 
 private:
-    // A firmware root ends before the first "\App", which the usual folder of Windows contains: then the
-    // root of its drive takes its place. A name such as ADMINI~1 becomes the long one, because other
-    // programs report the long one.
+    // A firmware root ends before the first "\App", which the usual folder of Windows contains:
+    // then the root of its drive takes its place. A name such as ADMINI~1 becomes the long one,
+    // because other programs report the long one.
     static std::filesystem::path Parent()
     {
         std::filesystem::path parent = std::filesystem::temp_directory_path();

@@ -7,9 +7,10 @@
 
 namespace vqrx::test {
 
-/// A value that some threads change and others wait for. Tests use it in place of std::atomic::wait,
-/// std::latch and std::counting_semaphore: on Windows libstdc++ 12 loses a notification that comes
-/// between the look at the value and the wait (bits/atomic_wait.h, _M_do_wait).
+/// A value that some threads change and others wait for. Tests use it in place of
+/// std::atomic::wait, std::latch and std::counting_semaphore: on Windows libstdc++ 12 loses a
+/// notification that comes between the look at the value and the wait (bits/atomic_wait.h,
+/// _M_do_wait).
 template <typename Value>
 class Watched {
 public:

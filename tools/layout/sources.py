@@ -8,6 +8,9 @@ MAX_LINES = 300
 LONG_FOLDERS = ("src", "daemonctl", "guard", "setup", "sdk", "interface", "tests", "benchmarks", "tools")
 DATA_SUFFIXES = (".svg", ".csv", ".json", ".md", ".txt", ".log")
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]+"([^"]+)"', re.MULTILINE)
+MAX_COLUMNS = 100
+COMMENT = re.compile(r"^\s*//|//[/!]?< ")
+NOT_WRAPPED = re.compile(r"NOLINT|https?://")
 ATOMIC = re.compile(r"\bstd::atomic(?:_\w+)?(?:<[^;{}()]*?>)?\s+(\w+)")
 BUILT_ON_ATOMIC_WAIT = re.compile(r"#[ \t]*include[ \t]+<(?:latch|barrier|semaphore)>")
 MACHINE_PATH = re.compile(r"(?<![\w.*$}\]])/(?:home|root|work|mnt|media|srv|Users)/[\w.-]+")
@@ -20,6 +23,17 @@ def check_length(tree):
         lines = text.count("\n") if text is not None else 0
         if lines > MAX_LINES:
             yield Finding("length", path, f"{lines} lines, {MAX_LINES} are allowed")
+
+
+def check_columns(tree):
+    """No comment of a C++ source is longer than 100 columns: the formatter does not wrap comments."""
+    for path in tree.below(*LONG_FOLDERS):
+        if not path.endswith((".h", ".cpp")):
+            continue
+        for number, line in enumerate(tree.text(path).splitlines(), 1):
+            comment = COMMENT.search(line)
+            if len(line) > MAX_COLUMNS and comment and not NOT_WRAPPED.search(line):
+                yield Finding("columns", f"{path}:{number}", f"a comment ends in column {len(line)}")
 
 
 def room_of(path):

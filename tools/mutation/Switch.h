@@ -3,8 +3,8 @@
 #include <optional>
 #include <type_traits>
 
-/// Switches between the code as it is written and one small change of it. tools/mutants puts this header
-/// before the first line of each source that it changes, in a copy of the repository.
+/// Switches between the code as it is written and one small change of it. tools/mutants puts this
+/// header before the first line of each source that it changes, in a copy of the repository.
 namespace mutant {
 
 /// Returns whether the environment variable DM_MUTANT has this number. Notes that the place was
@@ -34,8 +34,8 @@ concept Container = requires(T value)
 template <typename T>
 concept Changeable = std::is_scalar_v<T> || kIsOptional<T> || Container<T>;
 
-/// Returns another value of the type: 1 for 0, 0 for 1, the opposite, the next number or enumerator,
-/// null, empty, or not empty.
+/// Returns another value of the type: 1 for 0, 0 for 1, the opposite, the next number or
+/// enumerator, null, empty, or not empty.
 template <Changeable T>
 constexpr T Changed(const T& value)
 {

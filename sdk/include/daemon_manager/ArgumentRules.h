@@ -7,11 +7,12 @@ namespace daemon_manager {
 
 /// Finds out why a program would not get its arguments as they are given here, or why they could do
 /// more than they seem to. The supervisor converts path and arguments to the ANSI code page of the
-/// system, puts quotes around each part that contains a blank, and joins the parts with blanks. So it
-/// matters if
+/// system, puts quotes around each part that contains a blank, and joins the parts with blanks. So
+/// it matters if
 /// - a text is not the same after the conversion and back, or contains a zero,
 /// - a text contains a double quote,
-/// - an argument is empty, ends with a backslash and contains a blank, or contains a tab and no blank,
+/// - an argument is empty, ends with a backslash and contains a blank, or contains a tab and no
+///   blank,
 /// - the program is a batch file (.bat, .cmd), and a text contains characters that the command
 ///   interpreter acts upon.
 /// Any thread; never throws anything but std::bad_alloc.

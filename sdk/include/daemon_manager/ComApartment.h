@@ -15,7 +15,8 @@ class ComApartment {
 public:
     /// A thread that is a member already joins once more.
     /// @throws SupervisorError  if COM refuses, for example because the thread is in a
-    ///         single-threaded apartment. Such a thread can use SupervisorClient without this class.
+    ///         single-threaded apartment. Such a thread can use SupervisorClient without this
+    ///         class.
     ComApartment();
     ComApartment(const ComApartment&) = delete;
     ComApartment& operator=(const ComApartment&) = delete;

@@ -45,8 +45,8 @@ public:
     using SupervisorError::SupervisorError;
 };
 
-/// A path or an argument would not reach the program as it is; what() says why. Nothing was asked of
-/// the supervisor.
+/// A path or an argument would not reach the program as it is; what() says why. Nothing was asked
+/// of the supervisor.
 class UnsafeArgument : public SupervisorError {
 public:
     using SupervisorError::SupervisorError;

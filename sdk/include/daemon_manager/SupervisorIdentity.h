@@ -25,7 +25,8 @@ enum class SupervisorTrust {
     /// names that process.
     known,
     unknown, ///< it cannot be found out; reason says why
-    stranger ///< the installed program does not run, or somebody else runs it; reason says what is wrong
+    /// The installed program does not run, or somebody else runs it; reason says what is wrong.
+    stranger
 };
 
 /// Who can have published the supervisor's object.
@@ -40,22 +41,22 @@ struct SupervisorIdentity {
 };
 
 /// Finds out whether the installed supervisor runs, and who runs it. COM does not say which process
-/// has published an object. So this function looks at the processes of the machine: a supervisor that
-/// finds another object published ends at once, so while it runs, the object is usually its own. A
-/// process that publishes its own object while the supervisor is starting is not noticed.
-/// - The installed program is DaemonManager.exe beside the registered DaemonMgrPS.dll, or else in the
-///   folder that the installer noted. Both are read from HKEY_LOCAL_MACHINE only.
-/// - Expected users are the user of this process, Windows' service accounts, administrators with full
-///   rights, and the account that the installer or an administrator noted: its SID in the value
-///   "Account" of the registry key
-///   HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager. Only administrators can
-///   write there.
+/// has published an object. So this function looks at the processes of the machine: a supervisor
+/// that finds another object published ends at once, so while it runs, the object is usually its
+/// own. A process that publishes its own object while the supervisor is starting is not noticed.
+/// - The installed program is DaemonManager.exe beside the registered DaemonMgrPS.dll, or else in
+///   the folder that the installer noted. Both are read from HKEY_LOCAL_MACHINE only.
+/// - Expected users are the user of this process, Windows' service accounts, administrators with
+///   full rights, and the account that the installer or an administrator noted: its SID in the
+///   value "Account" of the registry key
+///   HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager. Only administrators
+///   can write there.
 /// Needs no COM. Any thread.
 /// @throws std::bad_alloc
 [[nodiscard]] SupervisorIdentity IdentifySupervisor();
 
-/// Sets trust and reason of identity from its other members, as IdentifySupervisor describes. Does not
-/// look at the machine. Any thread.
+/// Sets trust and reason of identity from its other members, as IdentifySupervisor describes. Does
+/// not look at the machine. Any thread.
 /// @throws std::bad_alloc
 void JudgeIdentity(SupervisorIdentity& identity);
 

@@ -4,9 +4,9 @@
 
 namespace vqrx::cpp_utils::system_library::v1 {
 
-/// Loads a library of Windows from the system folder. A library of this name in any other folder, for
-/// example beside the program, is not looked for. Use it for a library that not every Windows has,
-/// or that Windows would look for beside the program first. The library stays loaded until the
+/// Loads a library of Windows from the system folder. A library of this name in any other folder,
+/// for example beside the program, is not looked for. Use it for a library that not every Windows
+/// has, or that Windows would look for beside the program first. The library stays loaded until the
 /// process ends.
 /// @param fileName  file name of the library without a folder
 /// @return null if the system folder has no such library, or if it cannot be loaded

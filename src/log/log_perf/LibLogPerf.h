@@ -31,8 +31,8 @@ public:
     ~LibLogPerf() override;
 
     /// Adds a sink. The sink gets every message that the worker delivers from now on; messages that
-    /// are in the queue already are among them. A null pointer is ignored; a sink that is added twice gets each message once. A sink
-    /// cannot be removed. Any thread.
+    /// are in the queue already are among them. A null pointer is ignored; a sink that is added
+    /// twice gets each message once. A sink cannot be removed. Any thread.
     /// @param sink  not owned: must outlive the logger
     /// @throws std::bad_alloc, with the sinks unchanged
     void AddSink(ILogSink* sink);
@@ -50,8 +50,8 @@ public:
     void NotifyBufferFull(const char* name) override;
 
     /// Sets the sink that gets the rows of the report, the header row first. Any thread.
-    /// @param sink  null: nobody gets them. Not owned: must outlive the logger, even if another sink
-    ///              is set later
+    /// @param sink  null: nobody gets them. Not owned: must outlive the logger, even if another
+    ///              sink is set later
     void SetPerformanceSink(ILogSink* sink);
 
     /// Sets the observer that gets the key figures of each report. Any thread.
@@ -61,8 +61,8 @@ public:
     /// Sets how CheckBufferFullPeriod judges from now on. Counts are kept. Any thread.
     void SetBufferFullSettings(const BufferFullSettings& settings);
 
-    /// Judges one period: the notices of full buffers of all pins since the call before. Call it at a
-    /// steady pace. Any thread.
+    /// Judges one period: the notices of full buffers of all pins since the call before. Call it at
+    /// a steady pace. Any thread.
     void CheckBufferFullPeriod();
 
 private:

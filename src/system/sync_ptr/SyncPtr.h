@@ -9,9 +9,9 @@
 namespace vqrx::system::sync_ptr::v1 {
 
 /// A pointer to a shared object together with a hold of the lock that guards the object. The hold
-/// lasts until the sync_ptr is destroyed; the lock is free when all holds are gone. The plain pointer
-/// is not accessible, so nobody reaches the object through a sync_ptr without the lock. Movable;
-/// Clone() makes a second one.
+/// lasts until the sync_ptr is destroyed; the lock is free when all holds are gone. The plain
+/// pointer is not accessible, so nobody reaches the object through a sync_ptr without the lock.
+/// Movable; Clone() makes a second one.
 /// Use and destroy it on the thread that made it, and keep it only as long as the object is needed.
 /// @tparam T  a raw or shared pointer to the guarded object
 template <typename T>

@@ -7,8 +7,8 @@
 
 namespace vqrx::system::thread::v1 {
 
-/// Waits without limit until a thread has ended. If Windows refuses the wait, asks again every 10 ms:
-/// the caller is about to destroy what the thread uses.
+/// Waits without limit until a thread has ended. If Windows refuses the wait, asks again every 10
+/// ms: the caller is about to destroy what the thread uses.
 /// @param thread  null: returns at once
 void WaitForEnd(HANDLE thread) noexcept;
 

@@ -1,5 +1,6 @@
-// The whole program from its start to Ctrl+C, each time with another call that fails: it runs and ends in
-// order, or it says why it cannot; afterwards it is not published, and the next start succeeds.
+// The whole program from its start to Ctrl+C, each time with another call that fails: it runs and
+// ends in order, or it says why it cannot; afterwards it is not published, and the next start
+// succeeds.
 #include "ConsoleControl.h"
 #include "FirmwareRegistry.h"
 #include "PrintedText.h"
@@ -109,8 +110,8 @@ public:
 private:
     static constexpr const char* kUnpublished = "RotRegistration errror";
 
-    // Runs the program on this thread. A user on another thread presses Ctrl+C again and again after
-    // the program is published, or has printed why it is not.
+    // Runs the program on this thread. A user on another thread presses Ctrl+C again and again
+    // after the program is published, or has printed why it is not.
     int RunUntilCtrlC()
     {
         wasPublished_ = false;

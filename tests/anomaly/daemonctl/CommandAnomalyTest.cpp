@@ -42,8 +42,8 @@ public:
     }
 };
 
-/// A page about a copy of a log: it does not depend on the present time. Without --json: the library for
-/// JSON ends the process, or leaks, if memory runs out.
+/// A page about a copy of a log: it does not depend on the present time. Without --json: the
+/// library for JSON ends the process, or leaks, if memory runs out.
 class ReportOfCopy : public LookingCommand {
 public:
     explicit ReportOfCopy(RunNotes& notes)

@@ -4,8 +4,8 @@
 
 namespace vqrx::test::anomaly {
 
-/// Makes what all runs of this process share, once: COM, firewall, WMI, and a supervisor's object that
-/// this process publishes itself. The object answers Attach with a record in the log.
+/// Makes what all runs of this process share, once: COM, firewall, WMI, and a supervisor's object
+/// that this process publishes itself. The object answers Attach with a record in the log.
 void MakeCommandMachine();
 
 /// Returns how often a client has called Attach since the log was written.
@@ -15,8 +15,8 @@ void MakeCommandMachine();
 /// started again. No command prints anything else about it after some time.
 void WriteLogOfOneRun();
 
-/// Writes the log of two supervisors. This process was daemon 0 of the first one. The second one runs
-/// and has no daemons.
+/// Writes the log of two supervisors. This process was daemon 0 of the first one. The second one
+/// runs and has no daemons.
 void WriteLogOfTwoRuns();
 
 } // namespace vqrx::test::anomaly

@@ -1,5 +1,5 @@
-// The hand-over from a former supervisor, each time with another call that fails: no process is attached
-// twice, a process that was not attached is no secret, and the next hand-over attaches it.
+// The hand-over from a former supervisor, each time with another call that fails: no process is
+// attached twice, a process that was not attached is no secret, and the next hand-over attaches it.
 #include "CommandMachine.h"
 #include "CommandScenario.h"
 #include "Commands.h"

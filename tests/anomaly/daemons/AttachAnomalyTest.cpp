@@ -1,5 +1,5 @@
-// Attach, detach and stop of an attached daemon, each time with another call that fails: an attach that
-// fails leaves nothing, the process is never ended, and the next requests work.
+// Attach, detach and stop of an attached daemon, each time with another call that fails: an attach
+// that fails leaves nothing, the process is never ended, and the next requests work.
 #include "ChildProcess.h"
 #include "ManagerScenario.h"
 #include "StandInWmi.h"
@@ -58,7 +58,8 @@ public:
             return;
         }
         AwaitLog();
-        // A manager that could not connect to WMI when it was made attaches nothing, for all its life.
+        // A manager that could not connect to WMI when it was made attaches nothing, for all its
+        // life.
         if (notes_.HasSeen("log, level a: Init WMI errror ") ||
             notes_.HasSeen("log, level a: CoInitializeSecurity error ")) {
             return;

@@ -1,5 +1,5 @@
-// Launch, restart and stop of a daemon, each time with another call that fails: no daemon is lost or
-// started twice, nothing leaks, the failure is seen, and the next requests work.
+// Launch, restart and stop of a daemon, each time with another call that fails: no daemon is lost
+// or started twice, nothing leaks, the failure is seen, and the next requests work.
 #include "ManagerScenario.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-// What the scenarios need on the machine, for as long as the process that reports lives. The processes
-// of the runs may end early, so they leave nothing on the machine.
+// What the scenarios need on the machine, for as long as the process that reports lives. The
+// processes of the runs may end early, so they leave nothing on the machine.
 #include "Scenario.h"
 #include "TestService.h"
 

@@ -42,8 +42,8 @@ private:
     system::win32::v1::UniqueKernelHandle event_;
 };
 
-/// A real DaemonManager with a real logger and a short time between two passes, which looks after real
-/// processes. Firewall and WMI are stand-ins. Ends all processes that the manager has started.
+/// A real DaemonManager with a real logger and a short time between two passes, which looks after
+/// real processes. Firewall and WMI are stand-ins. Ends all processes that the manager has started.
 class ManagerScenario : public Scenario {
 public:
     explicit ManagerScenario(RunNotes& notes);

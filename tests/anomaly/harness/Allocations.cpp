@@ -1,5 +1,5 @@
-// operator new and delete of the test programs: the allocations of the product are counted, can fail,
-// and are in the ledger.
+// operator new and delete of the test programs: the allocations of the product are counted, can
+// fail, and are in the ledger.
 #include "Allocations.h"
 
 #include "Injection.h"

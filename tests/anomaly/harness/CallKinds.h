@@ -31,8 +31,8 @@ struct QuietPlace {
     const char* reason;
 };
 
-/// A function of a library that ends the process if a call in it fails. Nothing that the product does
-/// could change that.
+/// A function of a library that ends the process if a call in it fails. Nothing that the product
+/// does could change that.
 struct FatalPlace {
     const char* place; ///< part of the name by which the linker knows the function
     const char* reason;
@@ -77,8 +77,8 @@ struct Ownership {
 /// Returns why a function cannot fail; null if it is not in the table of such functions.
 [[nodiscard]] const char* WhySure(std::string_view function) noexcept;
 
-/// Reports whether only the test calls a function: GoogleTest, the start of the program, or a step of a
-/// scenario. The product does not call it.
+/// Reports whether only the test calls a function: GoogleTest, the start of the program, or a step
+/// of a scenario. The product does not call it.
 [[nodiscard]] bool IsOfTheTest(std::string_view function) noexcept;
 
 /// Returns what a function acquires and gives back.

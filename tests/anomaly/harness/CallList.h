@@ -17,12 +17,12 @@ struct ListedPath {
     std::vector<std::uint32_t> frames;
 };
 
-/// The calls of a scenario. A process of the runs writes them to a file for its successor and for the
-/// process that reports.
+/// The calls of a scenario. A process of the runs writes them to a file for its successor and for
+/// the process that reports.
 class CallList {
 public:
-    /// Adds the paths that were taken in the run that has just ended, without those that lead through
-    /// a FatalPlace.
+    /// Adds the paths that were taken in the run that has just ended, without those that lead
+    /// through a FatalPlace.
     void AddTakenPaths();
 
     /// @throws std::runtime_error if the file cannot be written

@@ -10,7 +10,8 @@ namespace vqrx::test::anomaly {
 inline constexpr std::size_t kMaxFrames = 14;
 
 /// A way through this program to a function that can fail: the function, and the places in the
-/// program that called each other on the way to it, the last one first. One path may be taken often.
+/// program that called each other on the way to it, the last one first. One path may be taken
+/// often.
 struct CallPath {
     std::uint64_t key = 0; ///< a hash of the rest; the same in each process of one build
     const char* name = ""; ///< the function, as ThunkedCall has it
@@ -20,12 +21,13 @@ struct CallPath {
     std::atomic<std::uint32_t> failedAnyway = 0; ///< how many of these calls failed by themselves
 };
 
-/// Returns the path that leads to a call. The same path gives the same object. Any thread; allocates
-/// nothing. Only frames in this program count: a path leads through Windows' own functions.
+/// Returns the path that leads to a call. The same path gives the same object. Any thread;
+/// allocates nothing. Only frames in this program count: a path leads through Windows' own
+/// functions.
 /// @param name    name of the function, which must live as long as the process
 /// @param caller  where the call returns to
-/// @param root    an address on the thread's stack: the functions that lie beyond it do not belong to
-///                the path. Null: the path begins where the thread does
+/// @param root    an address on the thread's stack: the functions that lie beyond it do not belong
+///                to the path. Null: the path begins where the thread does
 [[nodiscard]] CallPath& PathTo(const char* name, const void* caller, const void* root) noexcept;
 
 /// Returns the offset of an address of this program from its beginning.

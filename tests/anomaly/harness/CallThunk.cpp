@@ -5,10 +5,11 @@
 #include <cstring>
 #include <stdexcept>
 
-// The part that all thunks share; r11 points to the ThunkedCall. It keeps the arguments of the call,
-// asks AnomalyDecide, and calls the function with a copy of the arguments, so that it sees the result.
-// The stack frame is a CallFrame. Its description for the unwinder (seh_...) lets exceptions of
-// callbacks pass, and lets CallPath.cpp walk from a call to the functions that led to it.
+// The part that all thunks share; r11 points to the ThunkedCall. It keeps the arguments of the
+// call, asks AnomalyDecide, and calls the function with a copy of the arguments, so that it sees
+// the result. The stack frame is a CallFrame. Its description for the unwinder (seh_...) lets
+// exceptions of callbacks pass, and lets CallPath.cpp walk from a call to the functions that led to
+// it.
 asm(R"(
     .text
     .globl AnomalyThunk

@@ -1,5 +1,5 @@
-// The process that reports: it starts the process of the runs, again if that ends early, and turns what
-// it wrote into a report.
+// The process that reports: it starts the process of the runs, again if that ends early, and turns
+// what it wrote into a report.
 #include "Campaign.h"
 
 #include "CallList.h"

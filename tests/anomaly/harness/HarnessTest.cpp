@@ -1,5 +1,5 @@
-// The harness finds what it promises to find: each case has a small program with one defect, which shows
-// only if one of its calls fails.
+// The harness finds what it promises to find: each case has a small program with one defect, which
+// shows only if one of its calls fails.
 #include "CallKinds.h"
 #include "Campaign.h"
 #include "ImportSlots.h"

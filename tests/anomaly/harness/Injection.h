@@ -18,8 +18,8 @@ struct CallPoint {
 
 /// Puts thunks into the import table and into the tables of methods of the stand-ins, once for the
 /// process. From then on AnomalyDecide sees every call.
-/// @throws std::runtime_error if the program imports a function that the tables of CallKinds.h do not
-///         know, or has delayed imports
+/// @throws std::runtime_error if the program imports a function that the tables of CallKinds.h do
+///         not know, or has delayed imports
 void InstallThunks();
 
 /// Returns the imported functions that the tables of CallKinds.h do not know, as LIBRARY:FUNCTION.
@@ -50,8 +50,8 @@ void EndRun() noexcept;
 /// @return the path; null if the allocation is the test's own
 [[nodiscard]] const CallPath* CountAllocation(const void* caller, bool& fails) noexcept;
 
-/// Marks what the current thread does as the test's own work, until the destructor. Its calls are not
-/// counted. A thread that never had such a mark belongs to the product.
+/// Marks what the current thread does as the test's own work, until the destructor. Its calls are
+/// not counted. A thread that never had such a mark belongs to the product.
 class OfTheTest {
 public:
     OfTheTest() noexcept;

@@ -9,8 +9,8 @@
 namespace vqrx::test::anomaly {
 
 /// Writes down why this process ends before its time, and ends it: after an exception that nobody
-/// catches, a call of std::terminate or abort, or when a run takes longer than its deadline. One object
-/// in a process.
+/// catches, a call of std::terminate or abort, or when a run takes longer than its deadline. One
+/// object in a process.
 class LastWords {
 public:
     /// @param write  gets the text; the process ends after it returns

@@ -9,8 +9,8 @@
 
 namespace vqrx::test::anomaly {
 
-/// Takes what the program prints on a stream, until the destructor. Its own work belongs to the test, so
-/// no call of it fails. Any thread may print.
+/// Takes what the program prints on a stream, until the destructor. Its own work belongs to the
+/// test, so no call of it fails. Any thread may print.
 class PrintedText : public std::streambuf {
 public:
     /// @param stream  std::cout or std::cerr; must outlive this object

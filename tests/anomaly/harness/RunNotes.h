@@ -13,8 +13,8 @@ namespace vqrx::test::anomaly {
 /// What one run of a scenario shows. Any thread may call.
 class RunNotes {
 public:
-    /// Notes what a client or an operator sees: the result of a request, a line of the log. All numbers
-    /// count as the same.
+    /// Notes what a client or an operator sees: the result of a request, a line of the log. All
+    /// numbers count as the same.
     void Saw(const std::string& text);
     /// Notes a broken promise.
     void Broke(const std::string& text);

@@ -20,7 +20,8 @@
 namespace vqrx::test::anomaly {
 namespace {
 
-// The compiler writes for each class a type_info and, for each base with virtual functions, a table:
+// The compiler writes for each class a type_info and, for each base with virtual functions, a
+// table:
 //   offset of the base (0 or negative), address of the type_info, address of each virtual function.
 // All of them lie in the section of constants, so a walk over it finds every table of the program.
 

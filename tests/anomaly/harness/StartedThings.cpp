@@ -9,8 +9,8 @@
 namespace vqrx::test::anomaly {
 namespace {
 
-// Handles of the harness's own to what the product has started. They are copies, because the product
-// closes its handles.
+// Handles of the harness's own to what the product has started. They are copies, because the
+// product closes its handles.
 class HandleList {
 public:
     void Add(HANDLE handle) noexcept

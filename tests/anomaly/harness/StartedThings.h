@@ -13,8 +13,8 @@ void NoteStartedThread(HANDLE thread) noexcept;
 /// Forgets all processes and threads, and closes the handles to them.
 void ForgetStarted() noexcept;
 
-/// Returns a handle for each process that the product has started in this run. The handles are valid
-/// until the next run begins.
+/// Returns a handle for each process that the product has started in this run. The handles are
+/// valid until the next run begins.
 [[nodiscard]] std::vector<HANDLE> StartedProcesses();
 
 /// Waits until all threads that the product has started in this run have ended.

@@ -6,8 +6,8 @@
 
 namespace vqrx::test::anomaly {
 
-/// Returns the name of the function that lies at an offset in this program, as the compiler made it.
-/// Empty if the program's file has no name for it.
+/// Returns the name of the function that lies at an offset in this program, as the compiler made
+/// it. Empty if the program's file has no name for it.
 [[nodiscard]] std::string LinkNameAt(std::uint32_t offset);
 
 /// Returns the name as the sources write it, without parameters and namespaces of the project.

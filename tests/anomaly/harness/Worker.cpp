@@ -214,8 +214,8 @@ private:
         }
         std::vector<std::string> broken = outcome.broken;
         if (!NewLeftovers(outcome).empty()) {
-            // The failure may have led to something for the first time that stays for the life of the
-            // process. A leak shows again.
+            // The failure may have led to something for the first time that stays for the life of
+            // the process. A leak shows again.
             const Outcome second = RunOnce(&point);
             for (const Leftover& leftover : NewLeftovers(second)) {
                 broken.push_back(TextOfLeftover(leftover, second.leftovers.at(leftover)));

@@ -1,5 +1,6 @@
-// The log file through a wrap and a reopening, each time with another call that fails: at most the record
-// of the failed call is missing, the rest stays in order and readable, and later records are written.
+// The log file through a wrap and a reopening, each time with another call that fails: at most the
+// record of the failed call is missing, the rest stays in order and readable, and later records are
+// written.
 #include "Scenario.h"
 #include "TempFolder.h"
 #include "log_perf/ring/LogFileSink.h"

@@ -16,8 +16,9 @@
 
 namespace vqrx::test {
 
-/// A machine on which a guard can run: a firmware root of its own, the registered proxy/stub and the
-/// stand-in of WMI. The destructor ends the guard, all supervisors and all programs of tests/programs.
+/// A machine on which a guard can run: a firmware root of its own, the registered proxy/stub and
+/// the stand-in of WMI. The destructor ends the guard, all supervisors and all programs of
+/// tests/programs.
 class GuardedMachine {
 public:
     /// Makes the firmware root with the folder App.
@@ -34,8 +35,8 @@ public:
     /// Writes the fleet file that is applied if no other one is named.
     void WriteFleet(const std::string& text) const;
 
-    /// Starts "DaemonGuard.exe --session" with further arguments. The guard runs until EndGuard(), or
-    /// until it ends by itself.
+    /// Starts "DaemonGuard.exe --session" with further arguments. The guard runs until EndGuard(),
+    /// or until it ends by itself.
     CapturedProgram& StartGuard(const std::string& arguments = {});
     /// Terminates the guard and not what it has started.
     void KillGuard();

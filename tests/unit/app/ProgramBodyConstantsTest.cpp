@@ -1,5 +1,5 @@
-// The two constants that only the program itself gives: the interval of the supervision and the size
-// of the log.
+// The two constants that only the program itself gives: the interval of the supervision and the
+// size of the log.
 #include "ImportPatch.h"
 #include "ProgramBodyFixture.h"
 

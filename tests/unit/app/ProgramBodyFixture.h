@@ -37,9 +37,9 @@ private:
     std::streambuf* old_;
 };
 
-/// Makes this process's connection to the Running Object Table before several threads use it. Wine 8
-/// puts two connections that are made at the same time into two association groups; a Revoke over one
-/// of them does not find what a Register over the other entered (docs/dev/wine.md).
+/// Makes this process's connection to the Running Object Table before several threads use it. Wine
+/// 8 puts two connections that are made at the same time into two association groups; a Revoke over
+/// one of them does not find what a Register over the other entered (docs/dev/wine.md).
 inline void ConnectToTable()
 {
     const system::com::v1::ComApartment apartment;

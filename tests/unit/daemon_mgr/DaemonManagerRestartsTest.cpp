@@ -105,8 +105,8 @@ TEST(DaemonManagerRestartsTest, Ten_thousand_restarts_keep_one_process_handle_ea
     // For each daemon, all handles but that of the last process stay open.
     EXPECT_EQ(started - kDaemons, OpenProcesses());
     EXPECT_TRUE(threads.empty());
-    // This test allocates one entry of `processes` per restart. The logger's queue holds at most 1000
-    // records with two allocations each, the node and the text.
+    // This test allocates one entry of `processes` per restart. The logger's queue holds at most
+    // 1000 records with two allocations each, the node and the text.
     EXPECT_GE(2100 + static_cast<std::ptrdiff_t>(started), late - early);
     const std::set<HANDLE> open = processes;
     for (const HANDLE handle : open) {

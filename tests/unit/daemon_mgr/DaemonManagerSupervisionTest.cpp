@@ -31,8 +31,8 @@ BOOL WINAPI BlockInCreation(LPCSTR, LPSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATT
 
 std::function<void()> beforeRelease;
 
-// Replaces SignalObjectAndWait in the destructor. Lets the pass end after the destructor has signalled
-// the end.
+// Replaces SignalObjectAndWait in the destructor. Lets the pass end after the destructor has
+// signalled the end.
 DWORD WINAPI SignalReleaseAndWait(HANDLE toSignal, HANDLE toWaitOn, DWORD milliseconds, BOOL)
 {
     SetEvent(toSignal);

@@ -165,8 +165,8 @@ TEST_F(DaemonManagerTest, Without_a_stop_event_the_supervision_thread_runs_passe
     using CreateEventFunction = HANDLE WINAPI(LPSECURITY_ATTRIBUTES, BOOL, BOOL, LPCSTR);
     static CreateEventFunction* const real = reinterpret_cast<CreateEventFunction*>(
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kernel32"), "CreateEventA")));
-    // The first event of this thread is the stop event. Later ones and those of other threads may belong
-    // to a std::mutex of the test, which could not wait without them.
+    // The first event of this thread is the stop event. Later ones and those of other threads may
+    // belong to a std::mutex of the test, which could not wait without them.
     static std::atomic<DWORD> refusedThread = 0;
     static const auto refuseOnce =
         +[](LPSECURITY_ATTRIBUTES security, BOOL isManual, BOOL isSet, LPCSTR name) -> HANDLE {

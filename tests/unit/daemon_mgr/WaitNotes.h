@@ -8,8 +8,8 @@
 
 namespace vqrx::test {
 
-/// Notes how long the calling program sleeps and waits for an object, in the order of the calls, and
-/// passes the calls on. One object at a time.
+/// Notes how long the calling program sleeps and waits for an object, in the order of the calls,
+/// and passes the calls on. One object at a time.
 class WaitNotes {
 public:
     WaitNotes()

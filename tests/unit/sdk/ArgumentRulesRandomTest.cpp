@@ -1,6 +1,6 @@
-// Random hostile arguments: whatever the rules let pass reaches the program as it was given. The test
-// goes the way of a launch: conversion to the code page, the supervisor's command line, and Windows'
-// own splitter.
+// Random hostile arguments: whatever the rules let pass reaches the program as it was given. The
+// test goes the way of a launch: conversion to the code page, the supervisor's command line, and
+// Windows' own splitter.
 #include "CommandLine.h"
 #include "daemon_manager/ArgumentRules.h"
 #include "win32/LocalMemory.h"
@@ -25,8 +25,8 @@ using system::win32::v1::UniqueLocalMemory;
 
 using Words = std::vector<std::wstring>;
 
-// Letters that do no harm, those that split or join arguments, those of the interpreter, and those that
-// become a quote, a backslash or a question mark in a code page.
+// Letters that do no harm, those that split or join arguments, those of the interpreter, and those
+// that become a quote, a backslash or a question mark in a code page.
 const std::wstring kLetters =
     L"abc-1  \\\\\"\"\t\n&|<>^%!()\u00FC\u00A0\uFF02\uFF3C\u2033\u201D\u4E2D\xD800";
 

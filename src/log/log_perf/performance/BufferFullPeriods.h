@@ -24,8 +24,8 @@ public:
     /// Counts one notice.
     void Notice() noexcept { ++total_; }
 
-    /// Ends a period and judges its notices. Until judgeAfterMs have passed (each call adds stepMs),
-    /// it judges nothing. The need for a restart is never cleared.
+    /// Ends a period and judges its notices. Until judgeAfterMs have passed (each call adds
+    /// stepMs), it judges nothing. The need for a restart is never cleared.
     void Check() noexcept
     {
         if (elapsedMs_ < settings_.judgeAfterMs) {

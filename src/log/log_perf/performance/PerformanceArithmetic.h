@@ -16,7 +16,8 @@ struct SystemLoad {
     std::int64_t totalCpu = 0;   ///< share of all processors, percent; 100 if totalDelta is 0
 };
 
-/// The load between two samples of the machine. Counters that wrapped or ran backwards are accepted.
+/// The load between two samples of the machine. Counters that wrapped or ran backwards are
+/// accepted.
 [[nodiscard]] SystemLoad LoadBetween(const SystemTimes& previous, const SystemTimes& now) noexcept;
 
 /// The process's share of all processors, percent.

@@ -14,8 +14,8 @@ bool IsHeader(std::string_view row) noexcept
     return row.substr(0, 4) == "Cpu,"; // a value row starts with a number
 }
 
-// Whether the file is empty or ends with a line end. A power failure or a full disk can leave a part
-// of a row, or NULs.
+// Whether the file is empty or ends with a line end. A power failure or a full disk can leave a
+// part of a row, or NULs.
 bool EndsWithLine(const std::string& fileName)
 {
     std::ifstream file(fileName, std::ios::binary | std::ios::ate);
@@ -77,8 +77,8 @@ void PerformanceCsvSink::StartNewFile()
 {
     stream_.close();
     const std::string previous = fileName_ + ".1";
-    // Windows cannot rename to a name that exists. If a reader keeps the file from being renamed, the
-    // file is emptied instead, because the bound must hold.
+    // Windows cannot rename to a name that exists. If a reader keeps the file from being renamed,
+    // the file is emptied instead, because the bound must hold.
     std::remove(previous.c_str());                    // NOLINT(cert-err33-c): may not exist
     std::rename(fileName_.c_str(), previous.c_str()); // NOLINT(cert-err33-c): see above
     stream_.clear();

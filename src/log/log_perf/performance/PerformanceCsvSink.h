@@ -11,10 +11,11 @@ namespace vqrx::log::log_perf::v2 {
 /// A performance sink that appends the rows to a CSV file of bounded size, each as a line that ends
 /// with CR LF. Each row is flushed to the file at once.
 /// If a row no longer fits, the file is renamed to "<name>.1", which replaces an older file of that
-/// name, and a new file starts with the header. So both files together take at most twice the bound.
-/// A file that exists is continued. A header row in its middle marks a start of the program, or a
-/// call of LibLogPerf::SetPerformanceSink. If the last line of the file is torn, it gets a line end,
-/// so that the next row has a line of its own. The supervisor's start-up does not set this sink.
+/// name, and a new file starts with the header. So both files together take at most twice the
+/// bound. A file that exists is continued. A header row in its middle marks a start of the program,
+/// or a call of LibLogPerf::SetPerformanceSink. If the last line of the file is torn, it gets a
+/// line end, so that the next row has a line of its own. The supervisor's start-up does not set
+/// this sink.
 class PerformanceCsvSink final : public ILogSink {
 public:
     /// Opens nothing yet.

@@ -31,8 +31,8 @@ struct PerformanceFigures {
     bool needRestart = false;                               ///< see BufferFullPeriods
 };
 
-/// Formats the row of column names. A comma follows every field, the last included; there is no line
-/// end. A pin's name is not escaped: a comma in it makes a further column.
+/// Formats the row of column names. A comma follows every field, the last included; there is no
+/// line end. A pin's name is not escaped: a comma in it makes a further column.
 /// @param figures  only the pins are used: one column for each
 /// @throws std::bad_alloc
 [[nodiscard]] std::string PerformanceHeaderRow(const PerformanceFigures& figures);

@@ -16,8 +16,8 @@ std::size_t CleanMessage(char* text, std::size_t length) noexcept
     return static_cast<std::size_t>(out - text);
 }
 
-// If msvcrt cuts a text or cannot format it, it writes no NUL. The count passed is one less than the
-// buffer, whose last byte stays 0, so that the text is terminated in any case.
+// If msvcrt cuts a text or cannot format it, it writes no NUL. The count passed is one less than
+// the buffer, whose last byte stays 0, so that the text is terminated in any case.
 std::string_view FormatMessageInto(MessageBuffer& buffer, const char* format,
                                    std::va_list arguments) noexcept
 {

@@ -129,9 +129,9 @@ void Worker::MakeReport() noexcept
     }
 }
 
-// A wait that failed makes a report, as a wait that timed out does. Until the next report is due, the
-// worker looks at the queue again and again and waits for nothing: every wait may fail. The pauses
-// leave the processor to others.
+// A wait that failed makes a report, as a wait that timed out does. Until the next report is due,
+// the worker looks at the queue again and again and waits for nothing: every wait may fail. The
+// pauses leave the processor to others.
 void Worker::WorkWithoutSignal() noexcept
 {
     DeliverAll();

@@ -14,9 +14,9 @@ namespace vqrx::log::log_perf::v2 {
 
 /// The logger's thread: takes records from the queue, hands each one to every sink, and makes a
 /// report once a period when no record waits.
-/// If the thread cannot be started, each record tries again, and the destructor delivers the records
-/// that no thread has delivered. If the kernel objects that wake the thread cannot be made, it looks
-/// at the queue every 10 ms instead.
+/// If the thread cannot be started, each record tries again, and the destructor delivers the
+/// records that no thread has delivered. If the kernel objects that wake the thread cannot be made,
+/// it looks at the queue every 10 ms instead.
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): see MessageQueue::kCacheLine
 class Worker {
 public:

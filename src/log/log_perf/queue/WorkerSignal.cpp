@@ -49,8 +49,9 @@ WorkerSignal::Result WorkerSignal::Wait(std::uint32_t timeoutMs) noexcept
     return result;
 }
 
-// Records come in bursts. If the next record finds the worker awake, its caller need not wake it. On
-// a busy machine SwitchToThread may return only after many milliseconds; they count as waiting time.
+// Records come in bursts. If the next record finds the worker awake, its caller need not wake it.
+// On a busy machine SwitchToThread may return only after many milliseconds; they count as waiting
+// time.
 bool WorkerSignal::TakeSoon(std::uint32_t& timeoutMs) noexcept
 {
     for (int look = 0; look < kLooks && timeoutMs != 0 && !stopping_; ++look) {

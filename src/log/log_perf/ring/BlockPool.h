@@ -6,9 +6,9 @@
 
 namespace vqrx::log::log_perf::v2 {
 
-/// Memory for very many small objects, in chunks of equal blocks. A block that was given back serves
-/// the next object of about its size; the chunks go back only when the pool is destroyed. The caller
-/// sees to it that only one thread at a time uses the pool.
+/// Memory for very many small objects, in chunks of equal blocks. A block that was given back
+/// serves the next object of about its size; the chunks go back only when the pool is destroyed.
+/// The caller sees to it that only one thread at a time uses the pool.
 ///
 /// std::pmr::unsynchronized_pool_resource would do, but libstdc++ 12 uses a chunk that it does not
 /// have after its list of chunks could not grow (LogHistoryTest: "...without memory...").

@@ -29,8 +29,8 @@ public:
                                         std::int64_t& outFirst, std::int64_t& outLast) = 0;
 
     /// Copies the records of a range, first and last included, in ascending order. Records that are
-    /// not kept are left out. Numbers may be negative, as for GetRange. Returns nothing if no record is
-    /// kept at all.
+    /// not kept are left out. Numbers may be negative, as for GetRange. Returns nothing if no
+    /// record is kept at all.
     /// @throws std::bad_alloc
     [[nodiscard]] virtual Entries GetEntries(std::int64_t first, std::int64_t last) = 0;
 

@@ -19,8 +19,8 @@ namespace {
 using system::ring_format::v1::kRingStart;
 using system::ring_format::v1::ReadRingHeader;
 
-// Whether the system gives every byte of the file. Another program needs only the right to read it to
-// lock some. The file's read position changes.
+// Whether the system gives every byte of the file. Another program needs only the right to read it
+// to lock some. The file's read position changes.
 bool CanBeRead(std::istream& file)
 {
     std::array<char, 16384> buffer{};

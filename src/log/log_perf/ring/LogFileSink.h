@@ -19,8 +19,8 @@
 namespace vqrx::log::log_perf::v2 {
 
 /// Writes records into one text file of bounded size that is used as a ring, and keeps the latest
-/// records in memory. At the end of each Write, Windows has the record and the header, so that other
-/// programs can read them. docs/log-format.md describes the file.
+/// records in memory. At the end of each Write, Windows has the record and the header, so that
+/// other programs can read them. docs/log-format.md describes the file.
 class LogFileSink : public ILogSink, public ILogRetriever, public ISinkReports {
 public:
     /// Without a file and a size limit; writes all four levels.
@@ -48,15 +48,15 @@ public:
     void SetNotesOutages(bool notes) noexcept;
 
     /// Writes one record; worker thread only. If the file cannot be opened, read or written, for
-    /// example because another program has locked a part of it, only the history gets the record, and
-    /// the next Write tries to open the file again. It reads the file again only if somebody else has
-    /// changed it. When the file can be written again, the history loses the records that the file
-    /// lacks.
+    /// example because another program has locked a part of it, only the history gets the record,
+    /// and the next Write tries to open the file again. It reads the file again only if somebody
+    /// else has changed it. When the file can be written again, the history loses the records that
+    /// the file lacks.
     /// @throws DamagedLogFile of std::invalid_argument or of std::out_of_range if this Write opened
     ///         the file and ReloadRing refused it. Before it throws, this Write sets the file aside
-    ///         (DamagedRingsOf) and writes the record to a new file. If the file cannot be set aside,
-    ///         only the history gets the record; a later call tries again, if its record is at least
-    ///         a second younger, and does not throw.
+    ///         (DamagedRingsOf) and writes the record to a new file. If the file cannot be set
+    ///         aside, only the history gets the record; a later call tries again, if its record is
+    ///         at least a second younger, and does not throw.
     ///         std::bad_alloc: the history lacks the record, and the file may lack it
     void Write(int level, const Timestamp* timestamp, const char* text) override;
 

@@ -32,8 +32,8 @@ void SplitLogLine(std::string_view line, std::vector<std::string_view>& fields);
 /// Makes the entry of a line.
 /// @param fields  the line's fields, kLogLineFields of them
 /// @throws std::invalid_argument if the third or the fourth field is not a decimal number;
-///         std::out_of_range if the third does not fit into 64 bits or the fourth into 32. The texts
-///         are those of std::stoll and std::stoi. std::bad_alloc
+///         std::out_of_range if the third does not fit into 64 bits or the fourth into 32. The
+///         texts are those of std::stoll and std::stoi. std::bad_alloc
 [[nodiscard]] LogHistoryEntry ParseLogEntry(const std::vector<std::string_view>& fields);
 
 /// Makes the entry of a line like the function above.
@@ -42,7 +42,8 @@ void ParseLogEntry(const std::vector<std::string_view>& fields, LogHistoryEntry&
 
 /// Parses the number of a record.
 /// @param field  the first field of a line
-/// @return the decimal number at the start of the field; nothing if there is none, as in a torn line
+/// @return the decimal number at the start of the field; nothing if there is none, as in a torn
+///         line
 [[nodiscard]] std::optional<std::int64_t> ParseRecordNumber(std::string_view field);
 
 } // namespace vqrx::log::log_perf::v2

@@ -11,14 +11,14 @@ namespace vqrx::log::log_perf::v2 {
 /// Receives each record that was found, oldest first. The entry is valid only during the call.
 using RecordFound = std::function<void(std::int64_t number, const LogHistoryEntry& entry)>;
 
-/// Reads the records of a ring file and hands them out, oldest first. The older records lie from the
-/// write position to the end of the file, the newer ones from the header to the write position.
-/// 1. It reads the older records. The first complete line (kLogLineFields fields, a readable number,
-///    no NUL) is not handed out: usually it is the remainder of an overwritten record. Its number
-///    becomes the number of the first record that is handed out.
+/// Reads the records of a ring file and hands them out, oldest first. The older records lie from
+/// the write position to the end of the file, the newer ones from the header to the write position.
+/// 1. It reads the older records. The first complete line (kLogLineFields fields, a readable
+///    number, no NUL) is not handed out: usually it is the remainder of an overwritten record. Its
+///    number becomes the number of the first record that is handed out.
 /// 2. It reads the newer records.
-/// Each further record gets the next number. Without such a line the first number is 0. The number in
-/// every other line is ignored. These lines are skipped and use up no number:
+/// Each further record gets the next number. Without such a line the first number is 0. The number
+/// in every other line is ignored. These lines are skipped and use up no number:
 /// - a line before the first complete one,
 /// - a line with fewer than kLogLineFields fields (LogLine.h),
 /// - a line that holds a NUL,

@@ -36,8 +36,8 @@ std::streamoff BytesOnDisk(const std::string& written) noexcept
 
 } // namespace
 
-// Without a buffer. A stream with a buffer writes it once more when it is closed, after a write that
-// failed: the header of a record that counts as lost would reach the file then.
+// Without a buffer. A stream with a buffer writes it once more when it is closed, after a write
+// that failed: the header of a record that counts as lost would reach the file then.
 RingStream::RingStream()
 {
     stream_.rdbuf()->pubsetbuf(nullptr, 0);

@@ -38,9 +38,10 @@ public:
     /// Writes a record and the header. After that Windows has both, and other programs can read
     /// them.
     /// @param number     number of the record
-    /// @param sizeLimit  bytes; the next record starts at the front if this one ends beyond; 0: none
-    /// @return false if the file is not writable, or if a write fails. The position then stays as it
-    ///         is: after Open the next record takes the place of this one
+    /// @param sizeLimit  bytes; the next record starts at the front if this one ends beyond; 0:
+    ///                   none
+    /// @return false if the file is not writable, or if a write fails. The position then stays as
+    ///         it is: after Open the next record takes the place of this one
     /// @throws std::bad_alloc before anything is written
     [[nodiscard]] bool Write(std::int64_t number, const LogHistoryEntry& entry,
                              std::uint32_t sizeLimit);

@@ -7,7 +7,8 @@
 
 namespace vqrx::log::log_perf::v2 {
 
-/// Bytes that a disk writes as a whole. After a power failure a sector has its old or its new bytes.
+/// Bytes that a disk writes as a whole. After a power failure a sector has its old or its new
+/// bytes.
 inline constexpr std::uint64_t kSectorSize = 512;
 
 /// Returns whether a cut of the file or a power failure can have damaged a line. Call it for a line

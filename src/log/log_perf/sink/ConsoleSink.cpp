@@ -11,8 +11,8 @@ namespace {
 
 constexpr WORD kGrey = 7; // the console's default
 
-// Console attributes by level: bright red, bright yellow, grey, bright green (FOREGROUND_* values of
-// wincon.h).
+// Console attributes by level: bright red, bright yellow, grey, bright green (FOREGROUND_* values
+// of wincon.h).
 constexpr std::array<WORD, 4> kLevelColours = {12, 14, kGrey, 10};
 
 WORD ColourOf(int level) noexcept

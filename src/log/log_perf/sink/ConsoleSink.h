@@ -7,8 +7,8 @@
 
 namespace vqrx::log::log_perf::v2 {
 
-/// Writes each record as one coloured line on the console. It sets the colour on the standard output
-/// handle and writes the text to standard error; on a console both are the same screen.
+/// Writes each record as one coloured line on the console. It sets the colour on the standard
+/// output handle and writes the text to standard error; on a console both are the same screen.
 class ConsoleSink : public ILogSink {
 public:
     /// Until a threshold is set, only errors are shown.

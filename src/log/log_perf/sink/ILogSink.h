@@ -14,8 +14,8 @@ public:
     virtual ~ILogSink() = default;
 
     /// Writes one record. Called by the logger's worker thread only, one record at a time. If it
-    /// throws, the other sinks still get the record. If the exception is a SinkNotice, they also get
-    /// its line. See ISinkReports for trouble that is no exception.
+    /// throws, the other sinks still get the record. If the exception is a SinkNotice, they also
+    /// get its line. See ISinkReports for trouble that is no exception.
     /// @param level      severity, see LogLevel.h
     /// @param timestamp  valid only during the call
     /// @param text       one line, NUL-terminated, valid only during the call

@@ -11,8 +11,8 @@
 
 namespace vqrx::log::log_perf::v2 {
 
-/// The sinks in the order of their addresses. The value is the same sink as an ISinkReports; null if
-/// the sink is none.
+/// The sinks in the order of their addresses. The value is the same sink as an ISinkReports; null
+/// if the sink is none.
 using SinkSet = std::map<ILogSink*, ISinkReports*>;
 
 /// Everything that receives the logger's output. None of it is owned.
@@ -22,8 +22,8 @@ struct Receivers {
     std::shared_ptr<const SinkSet> sinks = std::make_shared<const SinkSet>();
 
     ILogSink* performanceSink = nullptr;
-    /// Counts the calls that set performanceSink. The report writes its row without the lock, and then
-    /// sees whether another sink, which has no header yet, was set meanwhile.
+    /// Counts the calls that set performanceSink. The report writes its row without the lock, and
+    /// then sees whether another sink, which has no header yet, was set meanwhile.
     std::uint32_t performanceSinkChanges = 0;
     bool headerWritten = false; ///< performanceSink has its header row
     IPerformanceObserver* observer = nullptr;

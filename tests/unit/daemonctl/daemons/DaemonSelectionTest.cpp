@@ -10,7 +10,8 @@ namespace {
 
 using namespace client::v0;
 
-// Three daemons: 0 and 4 run a.exe, 2 runs b.exe; and a child that the log does not show runs a.exe.
+// Three daemons: 0 and 4 run a.exe, 2 runs b.exe; and a child that the log does not show runs
+// a.exe.
 std::vector<DaemonStatus> FourDaemons()
 {
     std::vector<DaemonStatus> daemons(4);

@@ -41,7 +41,7 @@ protected:
     }
 
     // Plans for the lines of a file. Returns "launch PATH", "there 0", "attached 0", "process 12",
-    // "service NAME" or "refused REASON" for each line, then "surplus 0", "error ..." and "warning ...".
+    // "service NAME" or "refused REASON" for each line, then "surplus 0", errors and warnings.
     std::vector<std::string> PlanFor(const std::string& file)
     {
         const ExpectFile fleet = ParseExpectFile(file);

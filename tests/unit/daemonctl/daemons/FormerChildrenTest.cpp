@@ -15,8 +15,8 @@ namespace {
 
 using namespace client::v0;
 
-// A supervisor, process 100, ran from the first record of the log until it was killed. Its daemon 0 is
-// process 12. Then the next supervisor started.
+// A supervisor, process 100, ran from the first record of the log until it was killed. Its daemon 0
+// is process 12. Then the next supervisor started.
 class FormerChildren : public ::testing::Test {
 protected:
     FormerChildren()

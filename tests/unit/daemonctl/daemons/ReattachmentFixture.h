@@ -34,8 +34,8 @@ protected:
                R"() : C:\FW\App\a.exe )" + argument + " ";
     }
 
-    /// Returns the plan as lines: "0/12 attach" or "0/12 already 3" or "0/12 lost: reason", with the
-    /// former daemon id and the process id in front.
+    /// Returns the plan as lines: "0/12 attach" or "0/12 already 3" or "0/12 lost: reason", with
+    /// the former daemon id and the process id in front.
     std::vector<std::string> PlanNow(const std::vector<ListedProcess>& listed = {})
     {
         const Timeline timeline = log_.Timeline();

@@ -40,7 +40,8 @@ TEST(Attribution, of_an_end_comes_from_the_next_start)
     EXPECT_EQ(records[2].event.processId, 11U);
 }
 
-// A client may launch a program with the path "DaemonId(0) PId(10) : a.exe", which cannot be started.
+// A client may launch a program with the path "DaemonId(0) PId(10) : a.exe", which cannot be
+// started.
 TEST(Attribution, of_a_failed_start_is_unknown_if_the_process_that_it_names_runs)
 {
     const std::string forged = "Unable to start DaemonId(0) PId(10) : a.exe ";

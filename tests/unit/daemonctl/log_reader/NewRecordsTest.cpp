@@ -41,8 +41,8 @@ TEST(FindNew, tells_two_records_of_one_number_apart)
 
 TEST(FindNew, skips_older_records_after_the_record_shown_last)
 {
-    // 4 is the last record of a second supervisor that was refused. The first supervisor wrote 75 to
-    // 91 earlier, 92 and 93 later.
+    // 4 is the last record of a second supervisor that was refused. The first supervisor wrote 75
+    // to 91 earlier, 92 and 93 later.
     const std::vector<Record> records = {Of(4, 900),  Of(75, 50),  Of(76, 60),
                                          Of(91, 880), Of(92, 900), Of(93, 910)};
     const NewRecords found = FindNew(Of(4, 900), records);

@@ -15,8 +15,8 @@ namespace {
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 
-// A client chooses paths and arguments, so the text of a record may hold a whole record. It stands at
-// the begin of a line where the write position cuts the record before it.
+// A client chooses paths and arguments, so the text of a record may hold a whole record. It stands
+// at the begin of a line where the write position cuts the record before it.
 TEST(RingScanForged, believes_no_record_in_the_text_of_a_torn_record)
 {
     const std::string newer = Line("1240", "new") + Line("1241", "newer");
@@ -29,8 +29,8 @@ TEST(RingScanForged, believes_no_record_in_the_text_of_a_torn_record)
     EXPECT_THAT(Texts(Scan(header + newer + Line("1239", "forged"))), ElementsAre("new", "newer"));
 }
 
-// A file that was full: the last record crosses the limit of 1 MiB, and after its end stands the rest of
-// a longer one.
+// A file that was full: the last record crosses the limit of 1 MiB, and after its end stands the
+// rest of a longer one.
 TEST(RingScanForged, believes_no_record_that_begins_beyond_the_limit)
 {
     const std::string newer = Line("2000", "new");

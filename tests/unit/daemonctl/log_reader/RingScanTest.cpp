@@ -55,7 +55,8 @@ TEST(RingScan, returns_the_older_records_after_the_write_position_first)
 
 TEST(RingScan, leaves_out_a_record_whose_number_has_lost_digits)
 {
-    // Record 1237: the newest record has overwritten the digits 1 and 2 of its number, nothing else.
+    // Record 1237: the newest record has overwritten the digits 1 and 2 of its number, nothing
+    // else.
     const std::string newer = Line("2000", "new") + Line("2001", "newer");
     const std::string bytes = Header(static_cast<unsigned>(12 + newer.size())) + newer +
                               Line("37", "torn") + Line("1238", "older") + Line("1239", "old");

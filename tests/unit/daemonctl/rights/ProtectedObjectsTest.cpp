@@ -22,8 +22,8 @@ using client::v0::MakeProtectedFolder;
 using client::v0::SidOfAccount;
 using client::v0::WriteProtectedFile;
 
-// Windows keeps the access list as it is given; Wine keeps only parts of it. So the tests look at what
-// Windows is given.
+// Windows keeps the access list as it is given; Wine keeps only parts of it. So the tests look at
+// what Windows is given.
 std::string listGiven;
 
 void NoteList(const SECURITY_ATTRIBUTES* attributes)

@@ -14,8 +14,8 @@ using guard::v0::WasOrdered;
 
 constexpr std::int64_t kCreatedMs = 1'000'000'000'000;
 
-// Makes records that are one second apart. The first one is written 100 ms after the creation of the
-// supervisor.
+// Makes records that are one second apart. The first one is written 100 ms after the creation of
+// the supervisor.
 std::vector<client::v0::Record> Records(const std::vector<std::string>& texts,
                                         std::int64_t firstMs = kCreatedMs + 100)
 {

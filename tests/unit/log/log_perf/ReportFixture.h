@@ -57,8 +57,8 @@ inline FILETIME TimeOf(std::uint64_t value)
     return {static_cast<DWORD>(value), static_cast<DWORD>(value >> 32)};
 }
 
-/// Each call adds systemBusyStep to the busy time: half of it kernel time, half user time. A quarter
-/// of it is idle time.
+/// Each call adds systemBusyStep to the busy time: half of it kernel time, half user time. A
+/// quarter of it is idle time.
 inline BOOL WINAPI SystemTimesInSteps(FILETIME* idle, FILETIME* kernel, FILETIME* user)
 {
     ++systemAsked;

@@ -9,8 +9,8 @@
 
 namespace vqrx::test {
 
-/// Returns the token of this process as an administrator has it before Windows asks for his consent: the
-/// group of the administrators takes rights away only, and a privilege is missing.
+/// Returns the token of this process as an administrator has it before Windows asks for his
+/// consent: the group of the administrators takes rights away only, and a privilege is missing.
 inline system::win32::v1::UniqueKernelHandle LimitedToken()
 {
     system::win32::v1::UniqueKernelHandle own;

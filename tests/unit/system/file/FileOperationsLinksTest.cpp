@@ -45,10 +45,10 @@ void MakeLink(const std::string& link, const std::string& target, DWORD flags)
     }
 }
 
-/// A folder "target" with the file "precious", and a folder "t" with the file "a" and links to both.
-/// The host of Wine makes them (make_links.sh), because Wine makes no links; on Windows the test itself
-/// does. Nothing is really removed: under Wine the system's functions remove the target of such a link,
-/// on Windows the link.
+/// A folder "target" with the file "precious", and a folder "t" with the file "a" and links to
+/// both. The host of Wine makes them (make_links.sh), because Wine makes no links; on Windows the
+/// test itself does. Nothing is really removed: under Wine the system's functions remove the target
+/// of such a link, on Windows the link.
 class FileOperationsLinks : public testing::Test {
 protected:
     FileOperationsLinks()

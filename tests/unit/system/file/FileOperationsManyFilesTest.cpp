@@ -23,9 +23,10 @@ using namespace system::file::v2;
 // Only the wide functions, with this prefix, accept very long paths.
 const std::wstring kLongPath = L"\\\\?\\";
 
-// A folder "many" with a hundred thousand empty files, and a folder "deep" with a thousand levels of
-// folders. The host of Wine makes them (make_many_files.sh): Wine looks at every file of a folder for each
-// new file, and at every level above for each new folder. On Windows the test itself makes them.
+// A folder "many" with a hundred thousand empty files, and a folder "deep" with a thousand levels
+// of folders. The host of Wine makes them (make_many_files.sh): Wine looks at every file of a
+// folder for each new file, and at every level above for each new folder. On Windows the test
+// itself makes them.
 class ManyFiles : public testing::Test {
 protected:
     std::string Made(const std::string& name)

@@ -1,5 +1,6 @@
-// Another program has locked bytes of the log file. A lock needs only the right to read the file, and
-// Windows then refuses every other program these bytes. Wine does not, so the test refuses them.
+// Another program has locked bytes of the log file. A lock needs only the right to read the file,
+// and Windows then refuses every other program these bytes. Wine does not, so the test refuses
+// them.
 #include "log_perf/ring/LogFileSink.h"
 
 #include "ImportPatch.h"
