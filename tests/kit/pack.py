@@ -59,7 +59,8 @@ def entry_of(test, program, arguments, build):
         "timeoutSeconds": round(property_of(test, "TIMEOUT", 600)),
         "cost": property_of(test, "COST", 0),
         "takesLong": "long" in labels,
-        "googleTest": b"gtest_output" in program.read_bytes(),
+        # What GoogleTest's own main prints. Other programs use the library, too, but take no options of it.
+        "googleTest": b"Running main() from" in program.read_bytes(),
     }
 
 
