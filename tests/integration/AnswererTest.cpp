@@ -37,7 +37,9 @@ void ExpectRefused(const PublishedControl& impostor)
             << command;
     }
     const Answer doctor = Daemonctl("doctor");
-    EXPECT_EQ(doctor.exitCode, 4U) << doctor;
+    // WMI of Wine 8 is a second failure; that of Windows and of Wine 10 is none.
+    const bool nothingElse = doctor.output.find(", 1 failure\n") != std::string::npos;
+    EXPECT_EQ(doctor.exitCode, nothingElse ? 3U : 4U) << doctor;
     EXPECT_NE(doctor.output.find("failure  supervisor"), std::string::npos) << doctor;
     EXPECT_NE(doctor.output.find(Reason()), std::string::npos) << doctor;
     EXPECT_EQ(impostor.Calls(), 0);
