@@ -7,12 +7,12 @@ namespace vqrx::bench {
 /// Options of dm_bench.
 struct Settings {
     int rounds = 7;
-    bool quick = false;      ///< small numbers, only to see that everything works
-    std::string manyFiles;   ///< a folder with 100,000 files
-    std::string tree;        ///< a folder with 10,000 files in 100 folders
-    std::string scratch;     ///< an empty folder
-    std::string supervisor;  ///< DaemonManager.exe
-    double idleSeconds = 60; ///< duration of the measurement of an idle supervisor
+    bool quick = false;        ///< small numbers, only to see that everything works
+    std::string manyFiles;     ///< a folder with 100,000 files
+    std::string tree;          ///< a folder with 10,000 files in 100 folders
+    std::string scratch = "."; ///< an empty folder
+    std::string supervisor;    ///< DaemonManager.exe
+    double idleSeconds = 60;   ///< duration of the measurement of an idle supervisor
 };
 
 /// Measures the time since its construction.
