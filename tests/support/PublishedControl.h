@@ -44,6 +44,9 @@ public:
     /// How often a method of the interface was called.
     [[nodiscard]] int Calls() const { return control_.calls; }
 
+    /// Sets what the object answers to Exit from now on.
+    void AnswerToExit(HRESULT answer) { control_.answerToExit = answer; }
+
     /// The object as clients in this apartment see it. Valid as long as this object.
     [[nodiscard]] IUnknown* Object() { return &control_; }
 
@@ -76,9 +79,14 @@ private:
             return result;
         }
         HRESULT STDMETHODCALLTYPE Detach(DWORD) override { return Call(); }
-        HRESULT STDMETHODCALLTYPE Exit() override { return Call(); }
+        HRESULT STDMETHODCALLTYPE Exit() override
+        {
+            Call();
+            return answerToExit;
+        }
 
         std::atomic<int> calls = 0;
+        std::atomic<HRESULT> answerToExit = S_OK;
 
     private:
         HRESULT Call(DWORD* id = nullptr)

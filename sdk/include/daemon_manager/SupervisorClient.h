@@ -113,7 +113,8 @@ public:
     /// @return false if no daemon has this number or the daemon is not attached
     bool Detach(std::uint32_t daemonId);
 
-    /// Ends the supervisor; its daemons keep running. Returns before the supervisor has ended.
+    /// Ends the supervisor; its daemons keep running. Usually returns before the supervisor has
+    /// ended. An answer that is lost because the supervisor has ended already is no error.
     void Exit();
 
 private:

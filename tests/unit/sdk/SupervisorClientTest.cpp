@@ -99,4 +99,13 @@ TEST_F(SupervisorClientTest, Unsafe_arguments_are_refused_unless_they_are_sent_a
     EXPECT_EQ(3, control.Calls());
 }
 
+TEST_F(SupervisorClientTest, An_exit_whose_answer_is_lost_because_the_supervisor_has_ended_is_done)
+{
+    SupervisorClient client(Answerer::anybody);
+    control.AnswerToExit(static_cast<HRESULT>(0x800706BE)); // RPC_S_CALL_FAILED
+    EXPECT_NO_THROW(client.Exit());
+    control.AnswerToExit(static_cast<HRESULT>(0x800706BA)); // RPC_S_SERVER_UNAVAILABLE: not called
+    EXPECT_THROW(client.Exit(), daemon_manager::SupervisorError);
+}
+
 } // namespace vqrx::test
