@@ -14,6 +14,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -22,23 +23,37 @@ namespace {
 
 using system::win32::v1::UniqueKernelHandle;
 
-// Suspends all threads of a process, except those that end at this moment. @return whether there
-// was one
-bool Suspend(DWORD processId)
+// Suspends the threads of a process that are not in `suspended`, except those that end at this
+// moment.
+// @return whether there was one
+bool SuspendNewThreads(DWORD processId, std::set<DWORD>& suspended)
 {
-    bool isSuspended = false;
+    bool wasThere = false;
     const UniqueKernelHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
     THREADENTRY32 entry{};
     entry.dwSize = sizeof entry;
     for (BOOL more = Thread32First(snapshot.Get(), &entry); more != FALSE;
          more = Thread32Next(snapshot.Get(), &entry)) {
-        if (entry.th32OwnerProcessID == processId) {
+        if (entry.th32OwnerProcessID == processId && !suspended.contains(entry.th32ThreadID)) {
             const UniqueKernelHandle thread(
                 OpenThread(THREAD_SUSPEND_RESUME, FALSE, entry.th32ThreadID));
-            isSuspended = SuspendThread(thread.Get()) != static_cast<DWORD>(-1) || isSuspended;
+            if (SuspendThread(thread.Get()) != static_cast<DWORD>(-1)) {
+                suspended.insert(entry.th32ThreadID);
+                wasThere = true;
+            }
         }
     }
-    return isSuspended;
+    return wasThere;
+}
+
+// Suspends all threads of a process, also those that its threads make meanwhile. A single one that
+// runs on could answer for COM. @return whether there was one
+bool Suspend(DWORD processId)
+{
+    std::set<DWORD> suspended;
+    while (SuspendNewThreads(processId, suspended)) {
+    }
+    return !suspended.empty();
 }
 
 class GuardHang : public ::testing::Test {
