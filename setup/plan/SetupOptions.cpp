@@ -2,7 +2,9 @@
 
 #include "SetupError.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <string_view>
 
 namespace vqrx::setup::v0 {
@@ -45,7 +47,8 @@ bool Take(std::string_view argument, SetupOptions& options)
            TakeFlag(argument, "/DOWNGRADE", options.downgrade) ||
            TakeFlag(argument, "/KEEPLOG", options.keepLog) ||
            TakeText(argument, "/ROOT=", options.root) ||
-           TakeText(argument, "/ACCOUNT=", options.account);
+           TakeText(argument, "/ACCOUNT=", options.account) ||
+           TakeText(argument, "/AUTOSTART=", options.autostart);
 }
 
 } // namespace
@@ -60,10 +63,16 @@ SetupOptions ReadSetupOptions(const std::vector<std::string>& arguments)
         } else if (TakeText(argument, "/D=", options.folder)) {
             isFolder = true;
         } else if (!Take(argument, options)) {
-            throw SetupError("Unknown option: " + argument +
-                             "\nOptions: /S /ROOT=FOLDER /ACCOUNT=NAME /NOSTART /ALLOWWEAK "
-                             "/DOWNGRADE /KEEPLOG /D=FOLDER (the last one)");
+            throw SetupError(
+                "Unknown option: " + argument +
+                "\nOptions: /S /ROOT=FOLDER /ACCOUNT=NAME /AUTOSTART=service|session|none "
+                "/NOSTART /ALLOWWEAK /DOWNGRADE /KEEPLOG /D=FOLDER (the last one)");
         }
+    }
+    constexpr std::string_view kKnown[] = {"", "service", "session", "none"};
+    if (std::ranges::find(kKnown, options.autostart) == std::end(kKnown)) {
+        throw SetupError("Unknown value: /AUTOSTART=" + options.autostart +
+                         "\nIt is one of service, session, none.");
     }
     options.root = WithoutLastSeparators(options.root);
     options.folder = WithoutLastSeparators(options.folder);

@@ -15,13 +15,14 @@ struct SetupOptions {
     bool keepLog = false;   ///< /KEEPLOG: the uninstaller keeps the log
     std::string root;       ///< /ROOT=: the firmware root
     std::string account;    ///< /ACCOUNT=: the account of the supervisor, if it is no administrator
+    std::string autostart;  ///< /AUTOSTART=: "service", "session" or "none"
     std::string folder;     ///< /D=: the folder of the programs
 };
 
 /// Reads the options. Letter case counts. "/D=" takes the rest of the command line, so that its
 /// folder needs no quotation marks. Pure.
 /// @param arguments  without the name of the program
-/// @throws SetupError for an unknown option
+/// @throws SetupError for an unknown option, or an unknown value of /AUTOSTART=
 [[nodiscard]] SetupOptions ReadSetupOptions(const std::vector<std::string>& arguments);
 
 } // namespace vqrx::setup::v0

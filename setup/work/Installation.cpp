@@ -57,7 +57,8 @@ int Install(const SetupOptions& options, const std::vector<PayloadFile>& files,
             steps.GoBack();
             return kSetupFailed;
         }
-        return steps.HandOver();
+        const int result = steps.HandOver();
+        return steps.SetUpAutostart() ? result : kSetupIncomplete;
     } catch (const std::exception& error) {
         Fail(conversation, error.what());
         return kSetupFailed;

@@ -173,6 +173,21 @@ int InstallationSteps::HandOver()
     return kSetupDone;
 }
 
+bool InstallationSteps::SetUpAutostart()
+{
+    if (options_.autostart == "none") {
+        return change_.Autostart({"remove"});
+    }
+    if (!options_.autostart.empty()) {
+        std::vector<std::string> arguments{"install", "--" + options_.autostart};
+        if (options_.noStart) {
+            arguments.emplace_back("--no-start");
+        }
+        return change_.Autostart(arguments);
+    }
+    return !change_.Ran() || options_.noStart || change_.Autostart({"start"});
+}
+
 void InstallationSteps::GoBack() noexcept
 {
     try {

@@ -42,6 +42,11 @@ public:
     /// Hands the daemons over. @return one of SetupExitCode
     [[nodiscard]] int HandOver();
 
+    /// Sets up what Windows starts at power-on, as the options say. Without such an option a guard
+    /// that is set up is started again: it ended with the supervisor.
+    /// @return whether that succeeded; the conversation has the reason
+    [[nodiscard]] bool SetUpAutostart();
+
     /// Takes all steps back, in reverse order. If the supervisor was ended, the former one is
     /// started and gets its daemons.
     void GoBack() noexcept;

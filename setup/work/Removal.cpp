@@ -66,6 +66,9 @@ void RemoveAll(const SetupOptions& options, Conversation& conversation)
 {
     const std::string folder = InstalledFolder();
     SupervisorChange change(conversation, [folder] { return folder + "\\daemonctl.exe"; });
+    if (!change.Autostart({"remove"})) { // otherwise Windows would start a program that is gone
+        throw SetupError("The guard is still set up.");
+    }
     const std::string listing = folder + "\\" + RandomName("before-setup-") + ".json";
     change.End(listing);
     DeleteOrLater(listing);

@@ -20,6 +20,7 @@ constexpr std::uint32_t kSupervisorAnswered = 1;
 
 constexpr std::uint32_t kClientDone = 0;
 constexpr std::uint32_t kNothingToHandOver = 1;
+constexpr std::uint32_t kNothingSetUp = 1;
 
 // The supervisor finishes a stop that is under way before it ends, which may take a minute.
 // "daemonctl exit" waits two minutes; then its process is waited for once more.
@@ -149,6 +150,19 @@ bool SupervisorChange::HandOver(bool trust)
     conversation_.Say("Not every daemon was handed over (exit code " +
                       std::to_string(answer.exitCode) + "):\n" + answer.output);
     return false;
+}
+
+bool SupervisorChange::Autostart(const std::vector<std::string>& arguments) const
+{
+    std::vector<std::string> all{"autostart"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    const ProgramAnswer answer = Client(all);
+    const bool isDone = answer.exitCode == kClientDone || answer.exitCode == kNothingSetUp;
+    if (!isDone) {
+        conversation_.Say("daemonctl autostart " + arguments.front() + " failed (exit code " +
+                          std::to_string(answer.exitCode) + "):\n" + answer.output);
+    }
+    return isDone;
 }
 
 ProgramAnswer SupervisorChange::Client(const std::vector<std::string>& arguments) const

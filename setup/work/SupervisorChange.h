@@ -56,6 +56,10 @@ public:
     ///         published its object, another program could answer in its place
     [[nodiscard]] bool HandOver(bool trust);
 
+    /// Runs "daemonctl autostart". Says what failed.
+    /// @return false if it failed; true also if there was nothing to do, or a warning
+    [[nodiscard]] bool Autostart(const std::vector<std::string>& arguments) const;
+
     /// Returns the file with the list of the daemons; empty if there is none.
     [[nodiscard]] const std::string& Listing() const noexcept { return listing_; }
 

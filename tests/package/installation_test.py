@@ -19,7 +19,7 @@ class Installation(InstallationTest):
         self.supervisor()
         self.launch_worker("x")
         self.assertEqual(self.passed_doctor_checks(), {
-            "rights", "registry", "app-folder", "log-folder", "proxy", "proxy-users", "key-rights",
+            "rights", "registry", "app-folder", "log-folder", "proxy", "proxy-users", "key-rights", "autostart",
             "supervisor", "com-security", "wmi", "daemons"})
         self.assertEqual(self.daemonctl("stop", "0"), (0, "daemon 0 stopped\n"))
         self.uninstall()
@@ -51,6 +51,20 @@ class Installation(InstallationTest):
         self.assertEqual(machine.value(FIRMWARE_KEY, "Pathname"), pathname)
         self.assertEqual(log.read_bytes(), b"0x00000010 what was logged before\r\n")
         self.assertEqual(log.stat().st_mtime_ns, status.st_mtime_ns)
+
+    def test_the_installer_sets_the_guard_up_and_an_upgrade_starts_it_again(self):
+        run_key = r"HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Run"
+        self.install_below_root("/AUTOSTART=session")
+        self.addCleanup(machine.end_processes, "DaemonGuard.exe")
+        self.assertIn("DaemonGuard.exe", str(machine.registry(run_key)))
+        self.assertEqual(self.daemonctl("wait", "--for", "supervisor")[0], 0)
+        self.launch_worker("x")
+        self.assertEqual(self.install(), 0, self.said)
+        self.assertEqual(len(machine.processes("DaemonGuard.exe")), 1)
+        self.assertEqual(self.daemonctl("wait", "no_windows.exe")[0], 0)
+        self.uninstall()
+        self.assertNotIn("DaemonGuard.exe", str(machine.registry(run_key)))
+        machine.wait_until(lambda: not machine.processes("DaemonGuard.exe"), "the guard ends")
 
     def test_the_older_registry_key_names_the_root_too(self):
         pathname = self.ROOT + r"\App"

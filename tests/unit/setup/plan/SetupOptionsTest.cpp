@@ -15,18 +15,19 @@ TEST(SetupOptions, Without_arguments_nothing_is_chosen)
     const SetupOptions options = ReadSetupOptions({});
     EXPECT_FALSE(options.silent || options.noStart || options.allowWeak || options.downgrade ||
                  options.keepLog);
-    EXPECT_EQ("", options.root + options.account + options.folder);
+    EXPECT_EQ("", options.root + options.account + options.autostart + options.folder);
 }
 
 TEST(SetupOptions, Every_option_is_read)
 {
-    const SetupOptions options =
-        ReadSetupOptions({"/S", "/NOSTART", "/ALLOWWEAK", "/DOWNGRADE", "/KEEPLOG",
-                          R"(/ROOT=E:\F W\)", "/ACCOUNT=video", R"(/D=E:\Programs)"});
+    const SetupOptions options = ReadSetupOptions({"/S", "/NOSTART", "/ALLOWWEAK", "/DOWNGRADE",
+                                                   "/KEEPLOG", R"(/ROOT=E:\F W\)", "/ACCOUNT=video",
+                                                   "/AUTOSTART=session", R"(/D=E:\Programs)"});
     EXPECT_TRUE(options.silent && options.noStart && options.allowWeak && options.downgrade &&
                 options.keepLog);
     EXPECT_EQ(R"(E:\F W)", options.root);
     EXPECT_EQ("video", options.account);
+    EXPECT_EQ("session", options.autostart);
     EXPECT_EQ(R"(E:\Programs)", options.folder);
 }
 
@@ -44,7 +45,8 @@ TEST(SetupOptions, The_root_of_a_drive_keeps_its_separator)
 
 TEST(SetupOptions, An_unknown_option_is_refused)
 {
-    for (const char* const option : {"/s", "/X", "S", "", "/NOSTARTS", "/ROOT"}) {
+    for (const char* const option :
+         {"/s", "/X", "S", "", "/NOSTARTS", "/ROOT", "/AUTOSTART=SERVICE"}) {
         EXPECT_THROW(static_cast<void>(ReadSetupOptions({option})), SetupError) << option;
     }
 }
