@@ -57,12 +57,12 @@ def main():
         wait_until(lambda: "cannot-start" in all_events(folder), "the missing program is told")
         assert appliance.daemonctl("exit")[0] == 0
         wait_until(lambda: "supervisor-lost" in all_events(folder), "the lost supervisor is told")
+        for words in ("ends again and again", "cannot be started", "the supervisor does not run"):
+            wait_until(lambda words=words: words in shown.read_text(errors="replace"), f"an event: {words}")
         appliance.start_supervisor()
         wait_until(lambda: "supervisor-back" in all_events(folder), "the supervisor is back")
         assert watcher.poll() is None
         assert all_events(folder).count("crash-loop-began") == 1, all_events(folder)
-        for words in ("ends again and again", "cannot be started", "the supervisor does not run"):
-            wait_until(lambda words=words: words in shown.read_text(errors="replace"), f"an event: {words}")
 
         # A program that hangs is ended, and the next call is made.
         appliance.start(appliance.programs / "daemonctl.exe", "watch", "--every", "1", "--timeout",
