@@ -114,6 +114,14 @@ bool GiveToItsDaemon(const ProcessFacts& child, const ProcessSource& source,
     return true;
 }
 
+// Returns whether a child that was seen before has not ended meanwhile. The arguments of a child
+// that has ended cannot be read, so it fits no daemon.
+bool StillRuns(const ProcessFacts& child, const ProcessSource& source)
+{
+    const ProcessFacts now = source.facts(child.processId);
+    return now.state != ProcessFacts::State::gone && now.createdMs == child.createdMs;
+}
+
 DaemonStatus StatusOfChild(const ProcessFacts& child, const ProcessSource& source)
 {
     DaemonStatus status;
@@ -171,7 +179,8 @@ std::vector<DaemonStatus> StatusOfDaemons(const SupervisorRun& run, const Proces
         }
     }
     for (const ProcessFacts& child : children) {
-        if (inLog.count(child.processId) == 0 && !GiveToItsDaemon(child, source, result)) {
+        if (inLog.count(child.processId) == 0 && !GiveToItsDaemon(child, source, result) &&
+            StillRuns(child, source)) {
             result.push_back(StatusOfChild(child, source));
         }
     }

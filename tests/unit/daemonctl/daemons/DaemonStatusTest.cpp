@@ -172,6 +172,19 @@ TEST(DaemonStatus, Child_of_the_supervisor_without_a_record_is_shown_without_an_
     EXPECT_EQ(daemons[1].command, R"(C:\b.exe -x y z )");
 }
 
+TEST(DaemonStatus, Child_that_has_ended_meanwhile_is_no_daemon_of_its_own)
+{
+    FakeLog log;
+    FakeMachine machine;
+    log.Begin().Add(2, R"(Start DaemonId(0) PId(12) : C:\FW\App\a.exe -q )");
+    machine.Run(13, kImage, log.NowMs()); // its arguments can no longer be read
+    const auto children = std::vector{machine.processes[13]};
+    machine.processes.clear();
+    EXPECT_EQ(StatusOf(log, machine, children).size(), 1U);
+    machine.Run(13, R"(C:\b.exe)", log.NowMs() + 60000); // another process has got the id
+    EXPECT_EQ(StatusOf(log, machine, children).size(), 1U);
+}
+
 TEST(DaemonStatus, Child_whose_start_is_not_in_the_log_yet_belongs_to_the_daemon_that_has_ended)
 {
     FakeLog log;
