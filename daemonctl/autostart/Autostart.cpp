@@ -14,7 +14,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr std::size_t kLongestPath = 32768;
+constexpr std::size_t kLongestGuardPath = 32768;
 
 void StartInThisSession(const GuardCommand& command)
 {
@@ -70,7 +70,7 @@ bool RemoveAutostart()
 
 std::string PathBesideThisProgram(const std::wstring& fileName)
 {
-    std::wstring path(kLongestPath, L'\0');
+    std::wstring path(kLongestGuardPath, L'\0');
     path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
     return Utf8(path.substr(0, path.find_last_of(L"\\/") + 1) + fileName);
 }

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <iterator>
 #include <set>
 
@@ -230,11 +231,7 @@ void InstallationSteps::RestoreRegistry() noexcept
     if (formerProxy_.empty()) {
         UnregisterProxy(proxy);
     } else if (formerProxy_ != proxy) {
-        try {
-            RegisterProxy(formerProxy_);
-        } catch (const SetupError& error) {
-            conversation_.Say(std::string(error.what()) + "\n");
-        }
+        Try([&] { RegisterProxy(formerProxy_); });
     }
     if (!place_.isRegistered) {
         RemoveRegisteredRoot();
@@ -242,9 +239,19 @@ void InstallationSteps::RestoreRegistry() noexcept
     const MachineKey notes = InstallationKey();
     if (!hadNotes_) {
         notes.Remove();
+    } else if (!options_.account.empty() && formerAccount_.empty()) {
+        notes.RemoveValue("Account");
     } else if (!options_.account.empty()) {
-        formerAccount_.empty() ? notes.RemoveValue("Account")
-                               : notes.SetText("Account", formerAccount_);
+        Try([&] { notes.SetText("Account", formerAccount_); });
+    }
+}
+
+void InstallationSteps::Try(const std::function<void()>& step) noexcept
+{
+    try {
+        step();
+    } catch (const std::exception& error) {
+        conversation_.Say(std::string(error.what()) + "\n");
     }
 }
 

@@ -8,6 +8,7 @@
 #include "SetupOptions.h"
 #include "SupervisorChange.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -54,6 +55,7 @@ public:
 private:
     void PrepareFolders();
     void RestoreRegistry() noexcept;
+    void Try(const std::function<void()>& step) noexcept; ///< says what failed, and goes on
     void StartFormer();
     void WriteNotes();
     void NoteIfMade(const std::string& what, const std::string& folder) const;
