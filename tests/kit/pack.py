@@ -11,6 +11,7 @@ import pathlib
 import shutil
 import subprocess
 import sys
+import tempfile
 
 SOURCE = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(SOURCE / "packaging"))
@@ -24,9 +25,13 @@ LICENCES = {"cli11": "libcli11-dev", "nlohmann-json": "nlohmann-json3-dev", "goo
 
 
 def listed(build):
-    """The tests of a build as ctest describes them."""
-    answer = subprocess.run(["ctest", "--test-dir", build, "--show-only=json-v1"],
-                            stdout=subprocess.PIPE, check=True, text=True)
+    """The tests of a build as ctest describes them. ctest works in a folder of its own: in that of the build
+    it would begin the log of the tests anew, and the test of the kit runs while ctest writes it."""
+    with tempfile.TemporaryDirectory() as folder:
+        (pathlib.Path(folder) / "CTestTestfile.cmake").write_text(
+            f'subdirs("{pathlib.Path(build).resolve()}")\n', encoding="utf-8")
+        answer = subprocess.run(["ctest", "--test-dir", folder, "--show-only=json-v1"],
+                                stdout=subprocess.PIPE, check=True, text=True)
     return json.loads(answer.stdout)["tests"]
 
 
