@@ -50,7 +50,8 @@ std::string FullPath(const std::string& path)
     return full.empty() ? path : Utf8(full);
 }
 
-// Prints what is wrong with a fleet file. @return whether the guard can launch its programs
+// Prints the faults of a fleet file.
+// @return whether the file exists and has no fault; a warning is none
 bool CheckFleet(const std::string& path)
 {
     AutostartFacts facts;

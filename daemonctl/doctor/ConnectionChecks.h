@@ -45,7 +45,8 @@ struct SupervisorFacts {
     std::vector<Namesake> namesakes;
 };
 
-/// Returns the processes that can be the supervisor: those that are no namesakes. Pure.
+/// Returns the processes that can be the supervisor: all processes of its name without the
+/// namesakes. Pure.
 [[nodiscard]] std::vector<ImageFacts> PossibleSupervisors(const SupervisorFacts& facts);
 
 /// Reads the registration of the proxy/stub and the version of its library. Changes nothing.

@@ -1,20 +1,17 @@
 #include "ProxyOverrideChecks.h"
 
 #include "IDaemonMgrControl.h"
+#include "ObjectRights.h"
 #include "Utf8.h"
-#include "win32/LocalMemory.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
-
-#include <sddl.h>
 
 #include <array>
 
 namespace vqrx::client::v0 {
 namespace {
 
-using system::win32::v1::UniqueLocalMemory;
 using system::win32::v1::UniqueRegistryKey;
 
 std::wstring IdText(const GUID& id)
@@ -22,26 +19,6 @@ std::wstring IdText(const GUID& id)
     std::array<wchar_t, 40> text{};
     StringFromGUID2(id, text.data(), static_cast<int>(text.size()));
     return text.data();
-}
-
-// Returns the name of the user to whom a key below HKEY_USERS belongs.
-std::string UserOfKey(const std::wstring& sidText)
-{
-    PSID sid = nullptr;
-    if (ConvertStringSidToSidW(sidText.c_str(), &sid) == FALSE) {
-        return Utf8(sidText);
-    }
-    const UniqueLocalMemory<void> owner(sid);
-    std::array<wchar_t, 256> name{};
-    std::array<wchar_t, 256> domain{};
-    auto nameSize = static_cast<DWORD>(name.size());
-    auto domainSize = static_cast<DWORD>(domain.size());
-    SID_NAME_USE use{};
-    if (LookupAccountSidW(nullptr, sid, name.data(), &nameSize, domain.data(), &domainSize, &use) ==
-        FALSE) {
-        return Utf8(sidText);
-    }
-    return Utf8(domain.data()) + "\\" + Utf8(name.data());
 }
 
 // Adds the key if it exists, also if this user may not read it.
@@ -57,7 +34,8 @@ void AddIfThere(const std::wstring& key, const wchar_t* subkey, const std::wstri
     auto size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
     const bool isRead = RegGetValueW(HKEY_USERS, (key + subkey).c_str(), nullptr, RRF_RT_REG_SZ,
                                      nullptr, text.data(), &size) == ERROR_SUCCESS;
-    found.push_back({"HKU\\" + Utf8(key), UserOfKey(sid), isRead ? Utf8(text.data()) : ""});
+    found.push_back(
+        {"HKU\\" + Utf8(key), NameOfAccount(Utf8(sid)), isRead ? Utf8(text.data()) : ""});
 }
 
 void AddOverridesOf(const std::wstring& classes, const std::wstring& sid,

@@ -8,8 +8,9 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// Other checks report what is missing. ERROR_FILE_NOT_FOUND is 2, ERROR_PATH_NOT_FOUND is 3; their
-// header is not there in a native build.
+// Returns whether a file or a key does not exist. Then this check says nothing about it: other
+// checks report it. The numbers are ERROR_FILE_NOT_FOUND and ERROR_PATH_NOT_FOUND (winerror.h,
+// which a native build lacks).
 bool IsMissing(const ObjectRights& rights)
 {
     return rights.error == 2 || rights.error == 3;

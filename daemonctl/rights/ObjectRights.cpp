@@ -143,6 +143,16 @@ void AddParents(const std::vector<std::string>& way, std::size_t first, const Tr
 
 } // namespace
 
+std::string NameOfAccount(const std::string& sid)
+{
+    PSID converted = nullptr;
+    if (ConvertStringSidToSidW(Wide(sid).c_str(), &converted) == FALSE) {
+        return sid;
+    }
+    const UniqueLocalMemory<void> owner(converted);
+    return NameOfSid(converted);
+}
+
 ObjectRights ReadRights(const std::string& path)
 {
     ObjectRights rights;

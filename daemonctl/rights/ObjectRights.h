@@ -21,6 +21,11 @@ namespace vqrx::client::v0 {
 /// counts as an administrator.
 [[nodiscard]] TrustedSids TrustedAdministrators();
 
+/// Returns the name of an account, with its domain: "NT AUTHORITY\SYSTEM". UTF-8.
+/// @param sid  as text: "S-1-5-18"
+/// @return the SID itself if Windows knows no name for it
+[[nodiscard]] std::string NameOfAccount(const std::string& sid);
+
 /// Returns the full path of a file or a folder, and then the folders above it up to the root of the
 /// drive. Looks at nothing on the disk.
 /// @param path  UTF-8; a relative path starts in the working folder

@@ -5,9 +5,10 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// Inside double quotes the interpreter replaces what stands between percent signs or exclamation
-// marks, and PowerShell what follows a dollar sign or a backtick. Beyond ASCII there are characters
-// that PowerShell takes for quotes.
+// Returns whether a character keeps its meaning inside double quotes. These do not:
+// - percent signs and exclamation marks: cmd.exe replaces the text between two of them,
+// - a dollar sign and a backtick: PowerShell replaces the text after them,
+// - some characters beyond ASCII: PowerShell takes them for quotes.
 bool StaysAsItIs(char character)
 {
     constexpr std::string_view kActive = "\"%!$`";

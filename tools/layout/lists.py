@@ -53,8 +53,8 @@ MAY_INCLUDE = {
     "setup/plan": (),
     "setup/machine": ("setup/plan", "daemonctl/rights", "daemonctl/process", "src/cpp_utils",
                       "src/system/installation"),
-    "setup/work": ("setup/machine", "sdk"),
-    "setup/window": ("setup/work",),
+    "setup/steps": ("setup/machine", "sdk"),
+    "setup/window": ("setup/steps",),
     "setup": ("setup/window",),
 }
 
@@ -66,7 +66,7 @@ NOT_MIRRORED = {
     "tests/unit/sdk/ArgumentRulesRandomTest.cpp": "tests a source of sdk, which lies beside src",
     "setup": "holds only the main function; the tests of the packages run the program",
     "setup/window": "the tests of the packages run the program",
-    "setup/work": "the tests of the packages run the program",
+    "setup/steps": "the tests of the packages run the program",
     "tests/unit/sdk/ArgumentRulesTest.cpp": "tests a source of sdk, which lies beside src",
     "tests/unit/sdk/ComApartmentTest.cpp": "tests a header of sdk, which lies beside src",
     "tests/unit/sdk/SupervisorClientTest.cpp": "tests a source of sdk, which lies beside src",
