@@ -53,7 +53,7 @@ ProcessSource MachineWhereAllRun(int records, int daemons)
         const int record = static_cast<int>(processId) - 10000;
         facts.processId = processId;
         if (record >= records - daemons) {
-            facts.state = ProcessFacts::State::running;
+            facts.state = ProcessFacts::State::kRunning;
             facts.image = kImage;
             facts.createdMs = (kBegin + record) * 1000;
         }

@@ -33,7 +33,7 @@ int Run()
                "To start the guard with Windows: daemonctl autostart install\n";
         return kWrongUsage;
     }
-    if (arguments->mode == client::v0::GuardMode::service) {
+    if (arguments->mode == client::v0::GuardMode::kService) {
         return guard::v0::RunAsService(*arguments);
     }
     const system::win32::v1::UniqueKernelHandle stop(CreateEventW(nullptr, TRUE, FALSE, nullptr));

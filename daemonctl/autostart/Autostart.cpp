@@ -43,7 +43,7 @@ std::vector<AutostartEntry> ReadAutostart()
     const std::string value = ReadGuardRunValue();
     if (!value.empty()) {
         AutostartEntry session;
-        session.mode = GuardMode::session;
+        session.mode = GuardMode::kSession;
         session.commandLine = value;
         entries.push_back(std::move(session));
     }
@@ -53,7 +53,7 @@ std::vector<AutostartEntry> ReadAutostart()
 void InstallAutostart(const GuardCommand& command)
 {
     // The new entry first: if it cannot be made, the machine keeps the one that it has.
-    if (command.arguments.mode == GuardMode::service) {
+    if (command.arguments.mode == GuardMode::kService) {
         MakeGuardService(CommandLineOf(command));
         RemoveGuardRunValue();
     } else {
@@ -77,7 +77,7 @@ std::string PathBesideThisProgram(const std::wstring& fileName)
 
 void StartGuard(const GuardCommand& command)
 {
-    if (command.arguments.mode == GuardMode::service) {
+    if (command.arguments.mode == GuardMode::kService) {
         StartGuardService();
     } else {
         StartInThisSession(command);

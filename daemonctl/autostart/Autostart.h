@@ -12,7 +12,7 @@ namespace vqrx::client::v0 {
 
 /// One way in which Windows starts the guard.
 struct AutostartEntry {
-    GuardMode mode = GuardMode::service;
+    GuardMode mode = GuardMode::kService;
     std::string commandLine; ///< UTF-8
     bool isAutomatic = true; ///< service: it starts with Windows
     bool isRunning = false;  ///< service: it runs now

@@ -44,7 +44,7 @@ std::optional<GuardArguments> ParseGuardArguments(const std::vector<std::string>
                 return std::nullopt;
             }
             hasMode = true;
-            result.mode = isService ? GuardMode::service : GuardMode::session;
+            result.mode = isService ? GuardMode::kService : GuardMode::kSession;
         } else if (argument == "--fleet" && result.fleet.empty() && index + 1 < arguments.size() &&
                    !arguments[index + 1].empty()) {
             result.fleet = arguments[++index];
@@ -59,7 +59,7 @@ std::string CommandLineOf(const GuardCommand& command)
 {
     // Always in quotes: without them Windows would first try the part of the path before a blank.
     std::string text = '"' + command.program + '"';
-    text += command.arguments.mode == GuardMode::service ? " --service" : " --session";
+    text += command.arguments.mode == GuardMode::kService ? " --service" : " --session";
     if (!command.arguments.fleet.empty()) {
         text += " --fleet \"" + command.arguments.fleet + '"';
     }

@@ -11,13 +11,13 @@ inline constexpr const wchar_t* kGuardName = L"DaemonGuard";
 
 /// How the guard runs.
 enum class GuardMode {
-    service, ///< started by the service control manager
-    session  ///< started in the desktop session of a user
+    kService, ///< started by the service control manager
+    kSession  ///< started in the desktop session of a user
 };
 
 /// The command line of the guard: "DaemonGuard.exe --service --fleet C:\FW\App\fleet.txt".
 struct GuardArguments {
-    GuardMode mode = GuardMode::session;
+    GuardMode mode = GuardMode::kSession;
     std::string fleet; ///< path of the fleet file, UTF-8; empty: the default, if it exists
 
     bool operator==(const GuardArguments&) const = default;

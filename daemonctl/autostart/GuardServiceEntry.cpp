@@ -93,7 +93,7 @@ std::optional<AutostartEntry> ReadGuardService()
         ThrowGuardServiceError("read", GetLastError());
     }
     AutostartEntry entry;
-    entry.mode = GuardMode::service;
+    entry.mode = GuardMode::kService;
     entry.commandLine = Utf8(config->lpBinaryPathName);
     entry.isAutomatic = config->dwStartType == SERVICE_AUTO_START;
     entry.isRunning = status.dwCurrentState != SERVICE_STOPPED;

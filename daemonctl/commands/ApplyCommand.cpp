@@ -51,7 +51,7 @@ int Apply(SupervisorClient& supervisor, const ApplyArguments& arguments, const E
         return kWrongUsage;
     }
     if (std::any_of(plan.members.begin(), plan.members.end(), [](const FleetMember& member) {
-            return member.plan == FleetMember::Plan::refused;
+            return member.plan == FleetMember::Plan::kRefused;
         })) {
         PrintNotes(daemons, run);
     }

@@ -89,7 +89,7 @@ int Install(const AutostartOptions& options)
 {
     GuardCommand command;
     command.program = PathBesideThisProgram(kGuardProgram);
-    command.arguments.mode = options.session ? GuardMode::session : GuardMode::service;
+    command.arguments.mode = options.session ? GuardMode::kSession : GuardMode::kService;
     if (GetFileAttributesW(Wide(command.program).c_str()) == INVALID_FILE_ATTRIBUTES) {
         return RefuseAutostart(kRefused, command.program + " does not exist; nothing was done");
     }

@@ -29,7 +29,7 @@ struct Arguments {
 
     [[nodiscard]] ArgumentCheck Check() const
     {
-        return raw ? ArgumentCheck::none : ArgumentCheck::refuse;
+        return raw ? ArgumentCheck::kNone : ArgumentCheck::kRefuse;
     }
 };
 

@@ -62,7 +62,7 @@ TroubledDaemon DescribeTrouble(const DaemonStatus& daemon)
 {
     TroubledDaemon troubled;
     troubled.command = WithoutBlank(daemon.command);
-    troubled.cannotStart = daemon.state == RunState::cannotStart;
+    troubled.cannotStart = daemon.state == RunState::kCannotStart;
     troubled.restartsLastHour = daemon.recent.lastHour;
     troubled.lastExit = daemon.lastExit ? ReadableReason(daemon.lastExit->reason) : std::string();
     return troubled;
@@ -82,7 +82,7 @@ std::vector<std::string> AddDaemons(DoctorFacts& facts)
             facts.firewallRules.launchedCommands.push_back(daemon.command);
         }
         ++facts.daemons.count;
-        if (daemon.state == RunState::cannotStart || daemon.state == RunState::restarting) {
+        if (daemon.state == RunState::kCannotStart || daemon.state == RunState::kRestarting) {
             facts.daemons.troubled.push_back(DescribeTrouble(daemon));
         }
     }
@@ -95,11 +95,11 @@ std::vector<std::string> AddDaemons(DoctorFacts& facts)
 std::optional<bool> LogIsCurrent(const SupervisorFacts& supervisor)
 {
     const std::vector<ImageFacts> possible = PossibleSupervisors(supervisor);
-    if (supervisor.answer != SupervisorFacts::Answer::answers || possible.size() != 1) {
+    if (supervisor.answer != SupervisorFacts::Answer::kAnswers || possible.size() != 1) {
         return std::nullopt;
     }
     const ProcessFacts process = ReadProcessFacts(possible.front().processId);
-    if (process.state != ProcessFacts::State::running) {
+    if (process.state != ProcessFacts::State::kRunning) {
         return std::nullopt;
     }
     try {

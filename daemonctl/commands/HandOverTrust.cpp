@@ -80,7 +80,7 @@ void AskAboutOutside(std::vector<FormerDaemon>& plan)
     }
     const std::string folder = DefaultAppFolder();
     const auto isOutside = [&](const FormerDaemon& former) {
-        return former.plan == Plan::attach && !IsBelow(former.image, folder);
+        return former.plan == Plan::kAttach && !IsBelow(former.image, folder);
     };
     if (std::none_of(plan.begin(), plan.end(), isOutside)) {
         return;
@@ -102,7 +102,7 @@ void AskAboutOutside(std::vector<FormerDaemon>& plan)
     }
     for (FormerDaemon& former : plan) {
         if (isOutside(former)) {
-            former.plan = Plan::lost;
+            former.plan = Plan::kLost;
             former.note = "its program lies outside " + folder +
                           "; to attach it: daemonctl reattach --outside";
         }

@@ -23,7 +23,8 @@ namespace vqrx::client::v0 {
 [[nodiscard]] bool CanBelieveFleet(const std::string& file);
 
 /// Shows the programs outside the folder App that would be attached, and asks the operator on the
-/// console. Without a yes they become Plan::lost. Asks nothing if this process is no administrator.
+/// console. Without a yes they become Plan::kLost. Asks nothing if this process is no
+/// administrator.
 /// @throws std::runtime_error if the registry does not name the firmware root
 void AskAboutOutside(std::vector<FormerDaemon>& plan);
 

@@ -24,10 +24,10 @@ PathKind KindOfPath(const std::string& path)
     const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         const DWORD error = GetLastError();
-        return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? PathKind::missing
-                                                                              : PathKind::unknown;
+        return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? PathKind::kMissing
+                                                                              : PathKind::kUnknown;
     }
-    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? PathKind::folder : PathKind::file;
+    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? PathKind::kFolder : PathKind::kFile;
 }
 
 std::string DescribeAbsence(const Observation& now)
@@ -65,14 +65,14 @@ int WaitUntilItRuns(std::uint32_t daemonId, std::uint32_t seconds)
     };
     Observation now;
     switch (WatchDaemon(daemonId, seconds, SourceOfThisMachine(), runsForGood, now)) {
-    case WatchEnd::fulfilled:
+    case WatchEnd::kFulfilled:
         std::cout << "daemon " << daemonId << " runs as process " << *now.processId << std::endl;
         return kDone;
-    case WatchEnd::timeOver:
+    case WatchEnd::kTimeOver:
         std::cerr << "daemonctl: daemon " << daemonId << " has not run for 2 s after " << seconds
                   << " s: " << DescribeAbsence(now) << std::endl;
         return kNothingToDo;
-    case WatchEnd::supervisorEnded:
+    case WatchEnd::kSupervisorEnded:
         break;
     }
     std::cerr << "daemonctl: the supervisor has ended" << std::endl;

@@ -73,7 +73,7 @@ std::string MakeMetrics()
     const Timeline timeline = ReadLogFor(machine);
     machine.nowMs = NowMs();
     const std::vector<ProcessFacts> supervisors = SupervisorProcesses().Running();
-    if (supervisors.size() == 1 && supervisors.front().state == ProcessFacts::State::running) {
+    if (supervisors.size() == 1 && supervisors.front().state == ProcessFacts::State::kRunning) {
         machine.supervisor = supervisors.front();
     }
     const SupervisorRun* const run = RunThatGoesOn(timeline);

@@ -75,7 +75,7 @@ int Rights(const RightsOptions& options)
         if (options.make.empty()) {
             exitCode = PrintWeaknesses(path) ? exitCode : static_cast<int>(kNothingToDo);
         } else if (const int made =
-                       Make(path, options.make == "logs" ? FolderUse::logs : FolderUse::programs,
+                       Make(path, options.make == "logs" ? FolderUse::kLogs : FolderUse::kPrograms,
                             accountSid);
                    made != kDone) {
             return made;

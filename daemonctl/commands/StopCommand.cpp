@@ -51,7 +51,7 @@ struct RestartOptions {
 AttachedProcess Ask(const DaemonStatus& daemon)
 {
     if (_isatty(_fileno(stdin)) == 0 || _isatty(_fileno(stderr)) == 0) {
-        return AttachedProcess::leave;
+        return AttachedProcess::kLeave;
     }
     std::cerr << NameOfDaemon(daemon)
               << " is attached, so the supervisor lets its process run on.\n"
@@ -59,8 +59,8 @@ AttachedProcess Ask(const DaemonStatus& daemon)
               << std::flush;
     std::string answer;
     std::getline(std::cin, answer);
-    return answer.starts_with('y') || answer.starts_with('Y') ? AttachedProcess::end
-                                                              : AttachedProcess::leave;
+    return answer.starts_with('y') || answer.starts_with('Y') ? AttachedProcess::kEnd
+                                                              : AttachedProcess::kLeave;
 }
 
 // Returns the child processes of the supervisor. They matter only for a daemon that the log does
@@ -132,7 +132,7 @@ int StopAll(SupervisorClient& supervisor, const StopOptions& options)
 {
     const Reporter reporter = ConsoleReporter();
     return ForEachSelected(options.selection, reporter, [&](const DaemonStatus& daemon) {
-        AttachedProcess attached = options.end ? AttachedProcess::end : AttachedProcess::leave;
+        AttachedProcess attached = options.end ? AttachedProcess::kEnd : AttachedProcess::kLeave;
         if (daemon.attached && !options.end && !options.leave) {
             attached = Ask(daemon);
         }

@@ -33,7 +33,7 @@ constexpr const char* kSupervisor = "supervisor";
 constexpr const char* kNoSupervisorRuns = "no-supervisor";
 
 const std::map<std::string, WaitFor> kConditions = {
-    {"running", WaitFor::running}, {"ended", WaitFor::ended}, {"restarted", WaitFor::restarted}};
+    {"running", WaitFor::kRunning}, {"ended", WaitFor::kEnded}, {"restarted", WaitFor::kRestarted}};
 
 struct WaitOptions {
     std::string target;              // as typed; empty for the conditions about the supervisor
@@ -101,11 +101,11 @@ int Wait(const WaitOptions& options)
         return IsFulfilled(what, first, latest, source.facts);
     };
     switch (WatchDaemon(*options.id, options.timeoutSeconds, source, reached, now)) {
-    case WatchEnd::fulfilled:
+    case WatchEnd::kFulfilled:
         return PrintResult(options, now);
-    case WatchEnd::timeOver:
+    case WatchEnd::kTimeOver:
         return PrintTimeout(options, now);
-    case WatchEnd::supervisorEnded:
+    case WatchEnd::kSupervisorEnded:
         break;
     }
     std::cerr << "daemonctl: the supervisor has ended" << std::endl;
@@ -159,14 +159,14 @@ int WaitForSupervisor(const WaitOptions& options)
     const ULONGLONG start = GetTickCount64();
     for (;;) {
         const SupervisorFacts facts = GatherSupervisorFacts();
-        const bool answers = facts.answer == SupervisorFacts::Answer::answers;
+        const bool answers = facts.answer == SupervisorFacts::Answer::kAnswers;
         const bool isGone =
-            facts.answer == SupervisorFacts::Answer::notRunning && facts.processes.empty();
+            facts.answer == SupervisorFacts::Answer::kNotRunning && facts.processes.empty();
         if (wanted ? answers : isGone) {
             std::cout << (wanted ? "the supervisor answers" : "no supervisor runs") << std::endl;
             return kDone;
         }
-        if (facts.answer == SupervisorFacts::Answer::proxyNotRegistered && wanted) {
+        if (facts.answer == SupervisorFacts::Answer::kProxyNotRegistered && wanted) {
             std::cerr << "daemonctl: the supervisor runs, but DaemonMgrPS.dll is not registered\n"
                          "  As administrator: regsvr32 DaemonMgrPS.dll"
                       << std::endl;

@@ -23,16 +23,16 @@ WatchEnd WatchDaemon(std::uint32_t daemonId, std::uint32_t seconds, const Proces
         const Timeline timeline = ReadTimeline();
         const SupervisorRun* const run = RunThatGoesOn(timeline);
         if (run == nullptr || (lastLook && !IsSameRun(*lastLook, MarkOf(*run)))) {
-            return WatchEnd::supervisorEnded;
+            return WatchEnd::kSupervisorEnded;
         }
         lastLook = MarkOf(*run);
         now = Observe(*run, daemonId, source);
         first = first.known ? first : now;
         if (reached(first, now)) {
-            return WatchEnd::fulfilled;
+            return WatchEnd::kFulfilled;
         }
         if (GetTickCount64() - start >= ULONGLONG{seconds} * 1000) {
-            return WatchEnd::timeOver;
+            return WatchEnd::kTimeOver;
         }
         Sleep(kBetweenLooksMs);
     }

@@ -8,7 +8,7 @@
 namespace vqrx::client::v0 {
 
 /// Why WatchDaemon returned.
-enum class WatchEnd { fulfilled, timeOver, supervisorEnded };
+enum class WatchEnd { kFulfilled, kTimeOver, kSupervisorEnded };
 
 /// Returns whether the watch has reached its aim.
 /// @param first  the first observation in which the daemon is known

@@ -39,10 +39,10 @@ std::string WhyNoSupervisorAnswers()
 SupervisorState StateWithoutObject()
 {
     try {
-        return SupervisorProcesses().Running().empty() ? SupervisorState::notRunning
-                                                       : SupervisorState::unknown;
+        return SupervisorProcesses().Running().empty() ? SupervisorState::kNotRunning
+                                                       : SupervisorState::kUnknown;
     } catch (const std::exception&) { // the list of processes cannot be read
-        return SupervisorState::unknown;
+        return SupervisorState::kUnknown;
     }
 }
 
@@ -97,7 +97,7 @@ void PrintNotes(const std::vector<DaemonStatus>& daemons, const SupervisorRun& r
 
 bool IsSupervisorThere()
 {
-    return StateOfSupervisor() == SupervisorState::running;
+    return StateOfSupervisor() == SupervisorState::kRunning;
 }
 
 SupervisorState StateOfSupervisor()
@@ -105,11 +105,11 @@ SupervisorState StateOfSupervisor()
     try {
         const system::com::v1::ComApartment apartment;
         const daemon_manager::SupervisorClient supervisor;
-        return SupervisorState::running;
+        return SupervisorState::kRunning;
     } catch (const daemon_manager::SupervisorNotRunning&) {
         return StateWithoutObject();
     } catch (const std::exception&) { // a supervisor may run that this user cannot call
-        return SupervisorState::unknown;
+        return SupervisorState::kUnknown;
     }
 }
 

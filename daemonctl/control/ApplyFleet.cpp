@@ -63,7 +63,7 @@ public:
         try {
             const bool isDone =
                 options_.dryRun ? ForetellStop(daemon)
-                                : StopDaemon(supervisor_, daemon, AttachedProcess::end, reporter_);
+                                : StopDaemon(supervisor_, daemon, AttachedProcess::kEnd, reporter_);
             ++(isDone ? count_.stopped : count_.failed);
         } catch (const SupervisorNotRunning&) {
             throw;
@@ -111,23 +111,23 @@ private:
     void Foretell(const FleetMember& member)
     {
         switch (member.plan) {
-        case Plan::launch:
+        case Plan::kLaunch:
             ++count_.launched;
             reporter_.done(LineOfVerdict("would launch", CommandOf(member)));
             return;
-        case Plan::takeOver:
+        case Plan::kTakeOver:
             ++count_.attached;
             Report("would attach", member, "process " + std::to_string(member.process.processId));
             return;
-        case Plan::service:
+        case Plan::kService:
             ++count_.attached;
             reporter_.done(LineOfVerdict("would attach", CommandOf(member)));
             return;
-        case Plan::registered:
-        case Plan::attached:
+        case Plan::kRegistered:
+        case Plan::kAttached:
             ReportThere(member, IdAndProcess(daemons_[*member.daemon]));
             return;
-        case Plan::refused:
+        case Plan::kRefused:
             Fail(member, member.reason);
             return;
         }
@@ -136,22 +136,22 @@ private:
     void Do(const FleetMember& member)
     {
         switch (member.plan) {
-        case Plan::launch:
+        case Plan::kLaunch:
             Launch(member);
             return;
-        case Plan::takeOver:
+        case Plan::kTakeOver:
             TakeOver(member);
             return;
-        case Plan::service:
+        case Plan::kService:
             AttachService(member);
             return;
-        case Plan::registered:
+        case Plan::kRegistered:
             Confirm(member);
             return;
-        case Plan::attached:
+        case Plan::kAttached:
             ReportThere(member, IdAndProcess(daemons_[*member.daemon]));
             return;
-        case Plan::refused:
+        case Plan::kRefused:
             Fail(member, member.reason);
             return;
         }
@@ -160,7 +160,7 @@ private:
     void ReportThere(const FleetMember& member, const std::string& what)
     {
         ++count_.there;
-        Report(member.plan == Plan::attached ? "attached already" : "there already", member, what);
+        Report(member.plan == Plan::kAttached ? "attached already" : "there already", member, what);
     }
 
     void Launch(const FleetMember& member)
@@ -198,7 +198,7 @@ private:
     {
         const HeldProcess held(member.process.processId);
         const ProcessFacts facts = held.Facts();
-        if (facts.state != ProcessFacts::State::running ||
+        if (facts.state != ProcessFacts::State::kRunning ||
             facts.createdMs != member.process.createdMs) {
             Launch(member);
             return;

@@ -28,11 +28,11 @@ std::string DescribeRefusal(DWORD error)
 std::string DescribeMethod(end_process::StopMethod method)
 {
     switch (method) {
-    case end_process::StopMethod::keystrokes:
+    case end_process::StopMethod::kKeystrokes:
         return "closed its windows after the keystrokes";
-    case end_process::StopMethod::quitMessage:
+    case end_process::StopMethod::kQuitMessage:
         return "ended after the quit message";
-    case end_process::StopMethod::termination:
+    case end_process::StopMethod::kTermination:
         break;
     }
     return "terminated";

@@ -20,7 +20,7 @@ std::vector<UnwatchedProgram> OrphansOf(const std::string& fileName)
     std::vector<UnwatchedProgram> orphans;
     for (const std::uint32_t processId : OrphansOfImage(Wide(fileName))) {
         const ProcessFacts facts = ReadProcessFacts(processId);
-        if (facts.state == ProcessFacts::State::running) {
+        if (facts.state == ProcessFacts::State::kRunning) {
             orphans.push_back({facts, ReadArguments(processId)});
         }
     }

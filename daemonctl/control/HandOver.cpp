@@ -54,19 +54,19 @@ public:
     void Carry(const FormerDaemon& former)
     {
         switch (former.plan) {
-        case HandOverPlan::already:
+        case HandOverPlan::kAlready:
             ++count_.already;
             reporter_.done(NameOfFormer(former) + "is daemon " + std::to_string(*former.newId) +
                            " already");
             return;
-        case HandOverPlan::neverRan:
+        case HandOverPlan::kNeverRan:
             ++count_.neverRan;
             reporter_.done(NameOfFormer(former) + former.note);
             return;
-        case HandOverPlan::lost:
+        case HandOverPlan::kLost:
             ReportLost(former, former.note);
             return;
-        case HandOverPlan::attach:
+        case HandOverPlan::kAttach:
             break;
         }
         if (supervisor_ == nullptr || options_.dryRun) {
@@ -107,7 +107,7 @@ private:
         const HeldProcess process(*former.processId);
         const ProcessFacts facts = process.Facts();
         const ProcessFit fit = FitPlan(former, facts);
-        if (fit != ProcessFit::same) {
+        if (fit != ProcessFit::kSame) {
             ReportLost(former, DescribeMisfit(fit, facts));
             return;
         }
@@ -185,7 +185,7 @@ HandOverCount ReportUnwatched(const Reporter& reporter)
     Handing handing(nullptr, options, reporter);
     for (const FormerDaemon& former :
          PlanReattachment(timeline, none, {}, SourceOfThisMachine(), FamilyOfThisMachine({}))) {
-        if (former.plan == HandOverPlan::attach) {
+        if (former.plan == HandOverPlan::kAttach) {
             handing.Carry(former);
         }
     }

@@ -66,7 +66,7 @@ bool RestartDaemon(const DaemonStatus& daemon, std::uint64_t timeoutMs, const Re
         }
         const HeldProcess held(*before.processId);
         const ProcessFacts facts = held.Facts();
-        if (facts.state == ProcessFacts::State::running && facts.createdMs == before.createdMs) {
+        if (facts.state == ProcessFacts::State::kRunning && facts.createdMs == before.createdMs) {
             const EndedResult result = EndHeldProcess(held, id + ", " + process, reporter);
             if (!result.isGone) {
                 reporter.failed(id + ": " + process + " " + result.text);

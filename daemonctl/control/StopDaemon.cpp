@@ -82,12 +82,12 @@ bool EndDetached(const DaemonStatus& daemon, const Reporter& reporter)
     const HeldProcess held(logged->processId);
     const ProcessFacts facts = held.Facts();
     const ProcessFit fit = FitProcess(*logged, facts, source.appFolder, source.sameFile);
-    if (fit == ProcessFit::hidden || fit == ProcessFit::otherProgram) {
+    if (fit == ProcessFit::kHidden || fit == ProcessFit::kOtherProgram) {
         reporter.failed(id + " was detached: " + Printable(DescribeMisfit(fit, facts)) +
                         "; it was not ended");
         return false;
     }
-    if (fit != ProcessFit::same) {
+    if (fit != ProcessFit::kSame) {
         reporter.done(id + " stopped: " + process + " had ended already");
         return true;
     }
@@ -119,7 +119,7 @@ bool StopDaemon(SupervisorClient& supervisor, const DaemonStatus& daemon, Attach
     const std::string id = "daemon " + std::to_string(*daemon.id);
     if (!daemon.inLog && supervisor.Detach(*daemon.id)) {
         reporter.failed(id + " was detached; the log does not show its process, which runs on");
-        return attached == AttachedProcess::leave;
+        return attached == AttachedProcess::kLeave;
     }
     if (!daemon.attached) {
         if (daemon.processId) {
@@ -133,7 +133,7 @@ bool StopDaemon(SupervisorClient& supervisor, const DaemonStatus& daemon, Attach
         return isStopped;
     }
     const std::string reason =
-        attached == AttachedProcess::end ? WhyNotToEnd(daemon) : std::string();
+        attached == AttachedProcess::kEnd ? WhyNotToEnd(daemon) : std::string();
     if (!reason.empty()) {
         reporter.failed(reason);
         return false;
@@ -142,7 +142,7 @@ bool StopDaemon(SupervisorClient& supervisor, const DaemonStatus& daemon, Attach
         reporter.failed(id + " is unknown: somebody else stopped or detached it");
         return false;
     }
-    if (attached == AttachedProcess::leave) {
+    if (attached == AttachedProcess::kLeave) {
         reporter.done(id + " detached, its process runs on");
         return true;
     }

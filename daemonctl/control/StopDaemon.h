@@ -11,8 +11,8 @@ namespace vqrx::client::v0 {
 /// What becomes of the process of an attached daemon that is stopped.
 enum class AttachedProcess {
     /// It is ended, in the steps in which the supervisor ends the process of a launched daemon.
-    end,
-    leave ///< it runs on
+    kEnd,
+    kLeave ///< it runs on
 };
 
 /// Stops a daemon: the supervisor no longer starts it.

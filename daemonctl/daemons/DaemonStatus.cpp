@@ -37,10 +37,10 @@ std::optional<LastExit> LastExitOf(const DaemonHistory& daemon)
 
 RunState StateOf(ProcessFit fit)
 {
-    if (fit == ProcessFit::same) {
-        return RunState::running;
+    if (fit == ProcessFit::kSame) {
+        return RunState::kRunning;
     }
-    return fit == ProcessFit::hidden ? RunState::unknown : RunState::ended;
+    return fit == ProcessFit::kHidden ? RunState::kUnknown : RunState::kEnded;
 }
 
 DaemonStatus StatusOf(const DaemonHistory& daemon, const ProcessSource& source, std::int64_t nowMs)
@@ -55,20 +55,20 @@ DaemonStatus StatusOf(const DaemonHistory& daemon, const ProcessSource& source, 
     status.service = daemon.IsService();
     status.command = daemon.command;
     if (daemon.state == DaemonState::kCannotStart) {
-        status.state = RunState::cannotStart;
+        status.state = RunState::kCannotStart;
         return status;
     }
-    status.state = RunState::ended;
+    status.state = RunState::kEnded;
     if (const std::optional<LoggedProcess> logged = LastProcessOf(daemon, source)) {
         status.process = source.facts(logged->processId);
         status.state =
             StateOf(FitProcess(*logged, status.process, source.appFolder, source.sameFile));
-        if (status.state != RunState::ended) {
+        if (status.state != RunState::kEnded) {
             status.processId = logged->processId;
         }
     }
-    if (status.state != RunState::unknown && status.recent.IsCrashLoop()) {
-        status.state = RunState::restarting;
+    if (status.state != RunState::kUnknown && status.recent.IsCrashLoop()) {
+        status.state = RunState::kRestarting;
     }
     return status;
 }
@@ -76,7 +76,7 @@ DaemonStatus StatusOf(const DaemonHistory& daemon, const ProcessSource& source, 
 DaemonStatus StatusOfNeverStarted(const std::string& command, std::size_t failedStarts)
 {
     DaemonStatus status;
-    status.state = RunState::cannotStart;
+    status.state = RunState::kCannotStart;
     status.restarts = failedStarts - 1; // the first of them was not a restart
     status.restartsComplete = false;    // these may be the starts of two daemons of one command
     status.command = command;
@@ -100,7 +100,7 @@ bool GiveToItsDaemon(const ProcessFacts& child, const ProcessSource& source,
 {
     const std::string arguments = " " + ArgumentsText(child, source);
     const auto isItsDaemon = [&](const DaemonStatus& daemon) {
-        return (daemon.state == RunState::ended || daemon.state == RunState::restarting) &&
+        return (daemon.state == RunState::kEnded || daemon.state == RunState::kRestarting) &&
                !daemon.processId && daemon.command.ends_with(arguments) &&
                IsImageOfCommand(child.image, daemon.command, source.appFolder, source.sameFile);
     };
@@ -110,7 +110,7 @@ bool GiveToItsDaemon(const ProcessFacts& child, const ProcessSource& source,
     }
     found->processId = child.processId;
     found->process = child;
-    found->state = found->state == RunState::ended ? RunState::running : found->state;
+    found->state = found->state == RunState::kEnded ? RunState::kRunning : found->state;
     return true;
 }
 
@@ -119,13 +119,13 @@ bool GiveToItsDaemon(const ProcessFacts& child, const ProcessSource& source,
 bool StillRuns(const ProcessFacts& child, const ProcessSource& source)
 {
     const ProcessFacts now = source.facts(child.processId);
-    return now.state != ProcessFacts::State::gone && now.createdMs == child.createdMs;
+    return now.state != ProcessFacts::State::kGone && now.createdMs == child.createdMs;
 }
 
 DaemonStatus StatusOfChild(const ProcessFacts& child, const ProcessSource& source)
 {
     DaemonStatus status;
-    status.state = RunState::running;
+    status.state = RunState::kRunning;
     status.processId = child.processId;
     status.process = child;
     status.restartsComplete = false;
@@ -190,15 +190,15 @@ std::vector<DaemonStatus> StatusOfDaemons(const SupervisorRun& run, const Proces
 std::string_view NameOf(RunState state) noexcept
 {
     switch (state) {
-    case RunState::running:
+    case RunState::kRunning:
         return "running";
-    case RunState::restarting:
+    case RunState::kRestarting:
         return "restarting";
-    case RunState::ended:
+    case RunState::kEnded:
         return "ended";
-    case RunState::cannotStart:
+    case RunState::kCannotStart:
         return "cannot start";
-    case RunState::unknown:
+    case RunState::kUnknown:
         break;
     }
     return "unknown";

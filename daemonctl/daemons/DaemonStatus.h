@@ -34,12 +34,12 @@ struct ProcessSource {
 
 /// Whether the process of a daemon runs at this moment.
 enum class RunState {
-    running,    ///< the process that the log names runs
-    restarting, ///< the daemon is in a crash loop (RecentRestarts), whether it has a process or not
+    kRunning,    ///< the process that the log names runs
+    kRestarting, ///< the daemon is in a crash loop (RecentRestarts), with or without a process
     /// That process has ended. The supervisor starts the next one, unless the exit code is 259.
-    ended,
-    cannotStart, ///< the last start failed; the supervisor tries again every second
-    unknown      ///< a process has this id, but this user may not examine it
+    kEnded,
+    kCannotStart, ///< the last start failed; the supervisor tries again every second
+    kUnknown      ///< a process has this id, but this user may not examine it
 };
 
 /// The last end of a process of a daemon.
@@ -52,7 +52,7 @@ struct LastExit {
 /// A daemon of the running supervisor at this moment.
 struct DaemonStatus {
     std::optional<std::uint32_t> id; ///< nothing: no record of the log shows the id
-    RunState state = RunState::unknown;
+    RunState state = RunState::kUnknown;
     std::optional<std::uint32_t> processId; ///< of the process that runs or is unknown
     ProcessFacts process;                   ///< valid only if Runs()
     std::size_t restarts = 0;               ///< restarts that the log still shows
@@ -67,7 +67,7 @@ struct DaemonStatus {
     /// Returns whether a process of the daemon runs at this moment, and this user may examine it.
     [[nodiscard]] bool Runs() const noexcept
     {
-        return processId.has_value() && state != RunState::unknown;
+        return processId.has_value() && state != RunState::kUnknown;
     }
 };
 

@@ -125,13 +125,13 @@ std::string ShortTime(const std::string& time, const std::string& now)
 int LevelOf(RunState state)
 {
     switch (state) {
-    case RunState::restarting:
-    case RunState::cannotStart:
+    case RunState::kRestarting:
+    case RunState::kCannotStart:
         return kErrorRecord;
-    case RunState::ended:
-    case RunState::unknown:
+    case RunState::kEnded:
+    case RunState::kUnknown:
         return kWarningRecord;
-    case RunState::running:
+    case RunState::kRunning:
         break;
     }
     return -1;

@@ -15,7 +15,7 @@ struct Demand {
 
 bool IsUpLongEnough(const DaemonStatus& daemon, const Demand& demand)
 {
-    return daemon.state == RunState::running &&
+    return daemon.state == RunState::kRunning &&
            demand.nowMs - daemon.process.createdMs >= demand.minUptimeMs;
 }
 
@@ -39,16 +39,16 @@ std::string DescribeState(const DaemonStatus& daemon, const Demand& demand)
     const std::string name =
         daemon.id ? "daemon " + std::to_string(*daemon.id) : "a daemon of this program";
     switch (daemon.state) {
-    case RunState::running:
+    case RunState::kRunning:
         return name + " has run for " + Seconds(demand.nowMs - daemon.process.createdMs) +
                ", which is less than " + Seconds(demand.minUptimeMs);
-    case RunState::restarting:
+    case RunState::kRestarting:
         return name + DescribeCrashLoop(daemon);
-    case RunState::ended:
+    case RunState::kEnded:
         return name + " has ended";
-    case RunState::cannotStart:
+    case RunState::kCannotStart:
         return name + " cannot be started";
-    case RunState::unknown:
+    case RunState::kUnknown:
         break;
     }
     return name + " may not be asked about";

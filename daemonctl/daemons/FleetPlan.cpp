@@ -106,8 +106,8 @@ private:
                 taken_[index] = true;
                 member.daemon = index;
                 member.path = daemons_[index].service ? member.program.program : member.path;
-                member.plan = daemons_[index].attached ? FleetMember::Plan::attached
-                                                       : FleetMember::Plan::registered;
+                member.plan = daemons_[index].attached ? FleetMember::Plan::kAttached
+                                                       : FleetMember::Plan::kRegistered;
                 return true;
             }
         }
@@ -147,7 +147,7 @@ private:
             return;
         }
         CheckArguments(member, place, {});
-        member.plan = FleetMember::Plan::service;
+        member.plan = FleetMember::Plan::kService;
         member.path = name;
         if (!source_.attachedKnown) {
             Refuse(member, "the service may be a daemon already: the log no longer shows all "
@@ -166,7 +166,7 @@ private:
 
     static void Refuse(FleetMember& member, const std::string& reason)
     {
-        member.plan = FleetMember::Plan::refused;
+        member.plan = FleetMember::Plan::kRefused;
         member.reason = reason;
     }
 
@@ -215,10 +215,10 @@ private:
         if (daemon) {
             taken_[*daemon] = true;
             member.daemon = daemon;
-            member.plan = FleetMember::Plan::attached;
+            member.plan = FleetMember::Plan::kAttached;
             return;
         }
-        member.plan = FleetMember::Plan::takeOver;
+        member.plan = FleetMember::Plan::kTakeOver;
         member.process = process.facts;
         if (!source_.attachedKnown) {
             const std::string id = std::to_string(process.facts.processId);

@@ -16,14 +16,14 @@ namespace vqrx::client::v0 {
 /// A line of a fleet file, and how its program becomes a daemon. Texts are UTF-8.
 struct FleetMember {
     enum class Plan {
-        launch,     ///< nothing runs it: launch it
-        registered, ///< a launched daemon has this program and these arguments
-        attached,   ///< an attached daemon has them, or is the service
-        takeOver,   ///< a process runs it that nobody supervises: attach the process
-        service,    ///< the line names a Windows service that is no daemon: attach the service
-        refused     ///< it may run already, and cannot be attached: do nothing
+        kLaunch,     ///< nothing runs it: launch it
+        kRegistered, ///< a launched daemon has this program and these arguments
+        kAttached,   ///< an attached daemon has them, or is the service
+        kTakeOver,   ///< a process runs it that nobody supervises: attach the process
+        kService,    ///< the line names a Windows service that is no daemon: attach the service
+        kRefused     ///< it may run already, and cannot be attached: do nothing
     };
-    Plan plan = Plan::launch;
+    Plan plan = Plan::kLaunch;
     ExpectedProgram program;
     std::string path;                  ///< full path of the program; of a service its name
     std::optional<std::size_t> daemon; ///< registered, attached: index of the daemon

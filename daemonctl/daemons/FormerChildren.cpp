@@ -31,9 +31,9 @@ public:
     void Add(std::uint32_t parentId, std::int64_t startMs, std::int64_t sinceMs)
     {
         const ProcessFacts holder = facts_(parentId);
-        const bool isGone = holder.state == ProcessFacts::State::gone;
+        const bool isGone = holder.state == ProcessFacts::State::kGone;
         const bool isSuccessor =
-            holder.state == ProcessFacts::State::running && holder.createdMs > startMs;
+            holder.state == ProcessFacts::State::kRunning && holder.createdMs > startMs;
         if (!isGone && !isSuccessor) {
             return;
         }

@@ -26,15 +26,15 @@ WarningsAboutPath(const std::string& path, const std::string& appFolder,
         fullPath = appFolder + "\\" + path;
     }
     switch (kindOf(fullPath)) {
-    case PathKind::missing:
+    case PathKind::kMissing:
         warnings.push_back(fullPath + " does not exist; the supervisor tries to start it every "
                                       "second");
         break;
-    case PathKind::folder:
+    case PathKind::kFolder:
         warnings.push_back(fullPath + " is a folder, no program");
         break;
-    case PathKind::file:
-    case PathKind::unknown:
+    case PathKind::kFile:
+    case PathKind::kUnknown:
         break;
     }
     return warnings;

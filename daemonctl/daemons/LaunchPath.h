@@ -12,10 +12,10 @@ namespace vqrx::client::v0 {
 
 /// What a path leads to.
 enum class PathKind {
-    file,
-    folder,
-    missing,
-    unknown ///< this user may not look
+    kFile,
+    kFolder,
+    kMissing,
+    kUnknown ///< this user may not look
 };
 
 /// Finds out what speaks against launching a program by this path. Pure except for kindOf.

@@ -54,13 +54,13 @@ void AddCounts(MetricsWriter& metrics, const std::vector<DaemonStatus>& daemons)
                 static_cast<double>(daemons.size()));
     metrics.Add(
         "daemonmanager_daemons_running", "Daemons that run and are in no crash loop.",
-        count([](const DaemonStatus& daemon) { return daemon.state == RunState::running; }));
+        count([](const DaemonStatus& daemon) { return daemon.state == RunState::kRunning; }));
     metrics.Add(
         "daemonmanager_daemons_crash_loop", "Daemons in a crash loop.",
-        count([](const DaemonStatus& daemon) { return daemon.state == RunState::restarting; }));
+        count([](const DaemonStatus& daemon) { return daemon.state == RunState::kRestarting; }));
     metrics.Add(
         "daemonmanager_daemons_cannot_start", "Daemons that cannot be started.",
-        count([](const DaemonStatus& daemon) { return daemon.state == RunState::cannotStart; }));
+        count([](const DaemonStatus& daemon) { return daemon.state == RunState::kCannotStart; }));
 }
 
 std::optional<double> If(bool condition, double value)
@@ -75,7 +75,7 @@ void AddDaemonFamilies(MetricsWriter& metrics)
     metrics.AddForDaemons("daemonmanager_daemon_crash_loop",
                           "1 if the daemon was restarted at least 5 times in 10 minutes.",
                           [](const DaemonStatus& daemon) {
-                              return daemon.state == RunState::restarting ? 1.0 : 0.0;
+                              return daemon.state == RunState::kRestarting ? 1.0 : 0.0;
                           });
     metrics.AddForDaemons("daemonmanager_daemon_start_time_seconds",
                           "Start of the daemon's present process.", [](const DaemonStatus& daemon) {

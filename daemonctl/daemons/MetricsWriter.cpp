@@ -38,8 +38,8 @@ std::string ValueText(double value)
 
 bool IsTroubled(const DaemonStatus& daemon)
 {
-    return daemon.state == RunState::restarting || daemon.state == RunState::cannotStart ||
-           daemon.state == RunState::ended;
+    return daemon.state == RunState::kRestarting || daemon.state == RunState::kCannotStart ||
+           daemon.state == RunState::kEnded;
 }
 
 } // namespace

@@ -36,20 +36,20 @@ void AddRun(LeftProcesses& left, const SupervisorRun& run, const ProcessSource& 
 // A former daemon, and whether its process is still the same.
 struct Candidate {
     FormerDaemon daemon;
-    ProcessFit fit = ProcessFit::gone;
+    ProcessFit fit = ProcessFit::kGone;
     ProcessFacts facts;
 };
 
 // Compares a process with the time of creation and the program that Windows reported earlier.
 ProcessFit FitKnown(std::int64_t createdMs, const std::string& image, const ProcessFacts& facts)
 {
-    if (facts.state != ProcessFacts::State::running) {
-        return facts.state == ProcessFacts::State::gone ? ProcessFit::gone : ProcessFit::hidden;
+    if (facts.state != ProcessFacts::State::kRunning) {
+        return facts.state == ProcessFacts::State::kGone ? ProcessFit::kGone : ProcessFit::kHidden;
     }
     if (facts.createdMs != createdMs) {
-        return ProcessFit::otherTime;
+        return ProcessFit::kOtherTime;
     }
-    return facts.image == image ? ProcessFit::same : ProcessFit::otherProgram;
+    return facts.image == image ? ProcessFit::kSame : ProcessFit::kOtherProgram;
 }
 
 // Returns whether the listed process ended while the last former supervisor still ran. The log
@@ -80,10 +80,10 @@ public:
     {
         const ProcessFacts facts = source_.facts(left.logged.processId);
         const ProcessFit fit = Fit(left.logged, facts);
-        if (WasLetGo(left.logged.processId) || (fit != ProcessFit::same && !left.byLastRun)) {
+        if (WasLetGo(left.logged.processId) || (fit != ProcessFit::kSame && !left.byLastRun)) {
             return;
         }
-        if (fit == ProcessFit::same && !left.logged.attached) {
+        if (fit == ProcessFit::kSame && !left.logged.attached) {
             started_.push_back({facts, left.supervisorSinceMs.value_or(facts.createdMs)});
         }
         FormerDaemon former = Describe(*left.daemon);
@@ -99,7 +99,7 @@ public:
         }
         const ProcessFacts facts = source_.facts(listed.processId);
         const ProcessFit fit = FitKnown(listed.createdMs, listed.image, facts);
-        if (fit != ProcessFit::same && last != nullptr && IsOutdated(listed, *last)) {
+        if (fit != ProcessFit::kSame && last != nullptr && IsOutdated(listed, *last)) {
             return;
         }
         FormerDaemon former;
@@ -115,7 +115,7 @@ public:
     {
         FormerDaemon former = Describe(daemon);
         former.note = "it had no process when its supervisor ended";
-        candidates_.push_back({std::move(former), ProcessFit::gone, {}});
+        candidates_.push_back({std::move(former), ProcessFit::kGone, {}});
     }
 
     // Adds a command that could never be started. No record shows the id of such a daemon.
@@ -128,9 +128,9 @@ public:
         daemon.command = command;
         FormerDaemon former = Describe(daemon);
         former.id = std::nullopt;
-        former.plan = FormerDaemon::Plan::neverRan;
+        former.plan = FormerDaemon::Plan::kNeverRan;
         former.note = "its supervisor could never start it";
-        candidates_.push_back({std::move(former), ProcessFit::gone, {}});
+        candidates_.push_back({std::move(former), ProcessFit::kGone, {}});
     }
 
     // Adds the processes that former supervisors have started and that the log does not name.
@@ -141,7 +141,7 @@ public:
             FormerDaemon former;
             former.processId = child.facts.processId;
             former.command = CommandOf(child);
-            candidates_.push_back({std::move(former), ProcessFit::same, child.facts});
+            candidates_.push_back({std::move(former), ProcessFit::kSame, child.facts});
         }
     }
 
@@ -155,8 +155,8 @@ public:
         // First match the daemons whose process still runs, by that process. Then match the rest
         // by command with the daemons that are left.
         for (Candidate& candidate : candidates_) {
-            if (candidate.fit == ProcessFit::same) {
-                candidate.daemon.plan = FormerDaemon::Plan::attach;
+            if (candidate.fit == ProcessFit::kSame) {
+                candidate.daemon.plan = FormerDaemon::Plan::kAttach;
                 candidate.daemon.createdMs = candidate.facts.createdMs;
                 candidate.daemon.image = candidate.facts.image;
                 FindAmongCurrent(candidate, [&](const DaemonHistory& daemon) {
@@ -165,7 +165,7 @@ public:
             }
         }
         for (Candidate& candidate : candidates_) {
-            if (candidate.fit != ProcessFit::same) {
+            if (candidate.fit != ProcessFit::kSame) {
                 if (candidate.daemon.processId) {
                     candidate.daemon.note = DescribeMisfit(candidate.fit, candidate.facts);
                 }
@@ -200,7 +200,7 @@ private:
     {
         const auto logged = LastProcessOf(daemon, source_);
         return logged && logged->processId == facts.processId &&
-               Fit(*logged, facts) == ProcessFit::same;
+               Fit(*logged, facts) == ProcessFit::kSame;
     }
 
     // Returns whether the running supervisor had the process, and a client stopped or detached it.
@@ -221,7 +221,7 @@ private:
         for (const auto& [id, daemon] : current_.daemons) {
             if (daemon.IsRegistered() && taken_.count(id) == 0 && isTheOne(daemon)) {
                 taken_.insert(id);
-                candidate.daemon.plan = FormerDaemon::Plan::already;
+                candidate.daemon.plan = FormerDaemon::Plan::kAlready;
                 candidate.daemon.newId = id;
                 candidate.daemon.note.clear();
                 return;

@@ -15,12 +15,12 @@ namespace vqrx::client::v0 {
 struct FormerDaemon {
     /// How the running supervisor gets the daemon.
     enum class Plan {
-        attach,   ///< the process still runs, and no supervisor supervises it: attach it
-        already,  ///< the running supervisor supervises it already
-        neverRan, ///< it never had a process, so there is nothing to attach; note says so
-        lost      ///< it cannot be attached; note says why
+        kAttach,   ///< the process still runs, and no supervisor supervises it: attach it
+        kAlready,  ///< the running supervisor supervises it already
+        kNeverRan, ///< it never had a process, so there is nothing to attach; note says so
+        kLost      ///< it cannot be attached; note says why
     };
-    Plan plan = Plan::lost;
+    Plan plan = Plan::kLost;
     std::optional<std::uint32_t> id; ///< in the former supervisor; nothing: not known
     /// Nothing: the daemon had no process when that supervisor ended.
     std::optional<std::uint32_t> processId;

@@ -25,8 +25,8 @@ bool IsListed(std::uint32_t processId)
 
 bool StillRuns(const ProcessFacts& facts)
 {
-    return facts.state == ProcessFacts::State::running ||
-           (facts.state == ProcessFacts::State::hidden && IsListed(facts.processId));
+    return facts.state == ProcessFacts::State::kRunning ||
+           (facts.state == ProcessFacts::State::kHidden && IsListed(facts.processId));
 }
 
 } // namespace

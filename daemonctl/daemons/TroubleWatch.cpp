@@ -52,7 +52,7 @@ std::vector<Trouble> TroubleWatch::Look(std::int64_t nowMs,
     const bool isThere = daemons.has_value();
     if (isThere != isThere_.value_or(true)) {
         found.push_back(ChangeOf(
-            isThere ? Trouble::Kind::supervisorBack : Trouble::Kind::supervisorLost, nowMs));
+            isThere ? Trouble::Kind::kSupervisorBack : Trouble::Kind::kSupervisorLost, nowMs));
     }
     isThere_ = isThere;
     const std::map<Key, Known> before = std::exchange(known_, {});
@@ -78,37 +78,37 @@ void TroubleWatch::LookAt(const DaemonStatus& daemon, std::int64_t nowMs, Known&
         }
         before = now;
     };
-    note(known.inCrashLoop, daemon.state == RunState::restarting, Trouble::Kind::crashLoopBegan,
-         Trouble::Kind::crashLoopEnded);
-    note(known.cannotStart, daemon.state == RunState::cannotStart, Trouble::Kind::cannotStart,
-         Trouble::Kind::startsAgain);
-    if (daemon.state != RunState::ended) {
+    note(known.inCrashLoop, daemon.state == RunState::kRestarting, Trouble::Kind::kCrashLoopBegan,
+         Trouble::Kind::kCrashLoopEnded);
+    note(known.cannotStart, daemon.state == RunState::kCannotStart, Trouble::Kind::kCannotStart,
+         Trouble::Kind::kStartsAgain);
+    if (daemon.state != RunState::kEnded) {
         known.downSinceMs.reset();
     } else if (!known.downSinceMs) {
         known.downSinceMs = nowMs;
     }
     note(known.isDown, known.downSinceMs && nowMs - *known.downSinceMs >= downMs_,
-         Trouble::Kind::down, Trouble::Kind::upAgain);
+         Trouble::Kind::kDown, Trouble::Kind::kUpAgain);
 }
 
 std::string_view NameOf(Trouble::Kind kind) noexcept
 {
     switch (kind) {
-    case Trouble::Kind::supervisorLost:
+    case Trouble::Kind::kSupervisorLost:
         return "supervisor-lost";
-    case Trouble::Kind::supervisorBack:
+    case Trouble::Kind::kSupervisorBack:
         return "supervisor-back";
-    case Trouble::Kind::crashLoopBegan:
+    case Trouble::Kind::kCrashLoopBegan:
         return "crash-loop-began";
-    case Trouble::Kind::crashLoopEnded:
+    case Trouble::Kind::kCrashLoopEnded:
         return "crash-loop-ended";
-    case Trouble::Kind::cannotStart:
+    case Trouble::Kind::kCannotStart:
         return "cannot-start";
-    case Trouble::Kind::startsAgain:
+    case Trouble::Kind::kStartsAgain:
         return "starts-again";
-    case Trouble::Kind::down:
+    case Trouble::Kind::kDown:
         return "down";
-    case Trouble::Kind::upAgain:
+    case Trouble::Kind::kUpAgain:
         break;
     }
     return "up-again";
@@ -117,24 +117,24 @@ std::string_view NameOf(Trouble::Kind kind) noexcept
 std::string DescribeChange(const Trouble& trouble)
 {
     switch (trouble.kind) {
-    case Trouble::Kind::supervisorLost:
+    case Trouble::Kind::kSupervisorLost:
         return "the supervisor does not run";
-    case Trouble::Kind::supervisorBack:
+    case Trouble::Kind::kSupervisorBack:
         return "the supervisor runs again";
-    case Trouble::Kind::crashLoopBegan:
+    case Trouble::Kind::kCrashLoopBegan:
         return trouble.command +
                " ends again and again: " + std::to_string(trouble.restartsLastHour) +
                " restarts in the last hour" +
                (trouble.lastExit.empty() ? "" : ", last exit: " + trouble.lastExit);
-    case Trouble::Kind::crashLoopEnded:
+    case Trouble::Kind::kCrashLoopEnded:
         return trouble.command + " no longer ends again and again";
-    case Trouble::Kind::cannotStart:
+    case Trouble::Kind::kCannotStart:
         return trouble.command + " cannot be started";
-    case Trouble::Kind::startsAgain:
+    case Trouble::Kind::kStartsAgain:
         return trouble.command + " can be started again";
-    case Trouble::Kind::down:
+    case Trouble::Kind::kDown:
         return trouble.command + " does not run";
-    case Trouble::Kind::upAgain:
+    case Trouble::Kind::kUpAgain:
         break;
     }
     return trouble.command + " runs again";

@@ -15,16 +15,16 @@ namespace vqrx::client::v0 {
 /// A change that somebody should be told: trouble that began, or that ended.
 struct Trouble {
     enum class Kind {
-        supervisorLost,
-        supervisorBack,
-        crashLoopBegan,
-        crashLoopEnded,
-        cannotStart,
-        startsAgain,
-        down, ///< the daemon has had no process for as long as the watch was told to wait
-        upAgain
+        kSupervisorLost,
+        kSupervisorBack,
+        kCrashLoopBegan,
+        kCrashLoopEnded,
+        kCannotStart,
+        kStartsAgain,
+        kDown, ///< the daemon has had no process for as long as the watch was told to wait
+        kUpAgain
     };
-    Kind kind = Kind::supervisorLost;
+    Kind kind = Kind::kSupervisorLost;
     std::int64_t timeMs = 0; ///< when it was seen, milliseconds since 1970, UTC
     // The other members are set only for a daemon.
     std::optional<std::uint32_t> daemonId; ///< nothing: no record of the log shows it

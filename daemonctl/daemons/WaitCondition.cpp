@@ -23,8 +23,8 @@ std::optional<LoggedProcess> LastProcessOrLetGo(const DaemonHistory& daemon,
 // time of creation is different.
 bool HasEnded(const Observation& first, const ProcessFacts& facts)
 {
-    return facts.state == ProcessFacts::State::gone ||
-           (facts.state == ProcessFacts::State::running && facts.createdMs != first.createdMs);
+    return facts.state == ProcessFacts::State::kGone ||
+           (facts.state == ProcessFacts::State::kRunning && facts.createdMs != first.createdMs);
 }
 
 } // namespace
@@ -70,7 +70,7 @@ Observation Observe(const SupervisorRun& run, std::uint32_t daemonId, const Proc
         return observation;
     }
     const ProcessFacts facts = source.facts(logged->processId);
-    if (FitProcess(*logged, facts, source.appFolder, source.sameFile) == ProcessFit::same) {
+    if (FitProcess(*logged, facts, source.appFolder, source.sameFile) == ProcessFit::kSame) {
         observation.running = daemon->IsRegistered();
         observation.letGo = !observation.running;
         observation.processId = logged->processId;
@@ -84,12 +84,12 @@ bool IsFulfilled(WaitFor what, const Observation& first, const Observation& now,
                  const std::function<ProcessFacts(std::uint32_t processId)>& facts)
 {
     switch (what) {
-    case WaitFor::running:
+    case WaitFor::kRunning:
         return now.running;
-    case WaitFor::ended:
+    case WaitFor::kEnded:
         return now.known && (first.processId ? HasEnded(first, facts(*first.processId))
                                              : !now.processId.has_value());
-    case WaitFor::restarted:
+    case WaitFor::kRestarted:
         break;
     }
     return now.known && now.running && now != first;

@@ -48,9 +48,9 @@ struct Observation {
 
 /// The event that `daemonctl wait` waits for.
 enum class WaitFor {
-    running,  ///< the daemon has a process
-    ended,    ///< the first process has ended, or the daemon had none and has none
-    restarted ///< a process other than the first one runs
+    kRunning,  ///< the daemon has a process
+    kEnded,    ///< the first process has ended, or the daemon had none and has none
+    kRestarted ///< a process other than the first one runs
 };
 
 /// Observes a daemon in the log and among the processes. Asks only `source` about the machine.

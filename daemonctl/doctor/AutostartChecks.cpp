@@ -58,7 +58,7 @@ Finding JudgeAutostart(const AutostartFacts& facts)
     if (!facts.programThere) {
         return Failure(check, facts.command.program + " does not exist", kInstallAgain);
     }
-    if (entry.mode == GuardMode::session) {
+    if (entry.mode == GuardMode::kSession) {
         return Ok(check, "the machine's Run key starts the supervisor when a user logs on: " +
                              entry.commandLine);
     }

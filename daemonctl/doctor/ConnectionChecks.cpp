@@ -85,21 +85,21 @@ std::string DescribeSupervisor(const SupervisorFacts& facts)
     using Answer = SupervisorFacts::Answer;
     const std::string processes = Describe(facts.processes);
     switch (facts.answer) {
-    case Answer::answers:
+    case Answer::kAnswers:
         break;
-    case Answer::notRunning:
+    case Answer::kNotRunning:
         return processes.empty()
                    ? "no supervisor is running on this machine"
                    : "DaemonManager.exe runs (" + processes +
                          ") but is not published: it is starting and waits for the firewall "
                          "service, or its publication failed, or another user runs it";
-    case Answer::proxyNotRegistered:
+    case Answer::kProxyNotRegistered:
         return "the supervisor runs, but no client can call it without its proxy/stub";
-    case Answer::stranger:
+    case Answer::kStranger:
         return facts.detail;
-    case Answer::silent:
+    case Answer::kSilent:
         return "the supervisor is published, but does not answer";
-    case Answer::failed:
+    case Answer::kFailed:
         return "the supervisor is published, but a call fails: " + facts.detail;
     }
     return "published and answering" + (processes.empty() ? "" : " (" + processes + ")");
@@ -112,22 +112,22 @@ Finding JudgeSupervisor(const SupervisorFacts& facts, const std::string& version
     const std::string found = DescribeSupervisor(facts);
     constexpr const char* showRecords = "Show its last records: daemonctl log --tail 20";
     switch (facts.answer) {
-    case Answer::answers:
+    case Answer::kAnswers:
         break;
-    case Answer::notRunning:
+    case Answer::kNotRunning:
         return Failure(check, found,
                        facts.processes.empty()
                            ? "Start DaemonManager.exe as this user or as administrator."
                            : showRecords);
-    case Answer::proxyNotRegistered:
+    case Answer::kProxyNotRegistered:
         return Failure(check, found, "First follow the advice for the check proxy.");
-    case Answer::stranger:
+    case Answer::kStranger:
         return Failure(check, found,
                        "Find the program that published the object and end it; then start "
                        "DaemonManager.exe. Trust no answer of this object.");
-    case Answer::silent:
+    case Answer::kSilent:
         return Failure(check, found, showRecords);
-    case Answer::failed:
+    case Answer::kFailed:
         return Failure(check, found,
                        "Run this command as the supervisor's user or as administrator.");
     }

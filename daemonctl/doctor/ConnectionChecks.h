@@ -30,14 +30,14 @@ struct Namesake {
 struct SupervisorFacts {
     /// How the supervisor answered.
     enum class Answer {
-        answers,            ///< the call succeeded
-        notRunning,         ///< no supervisor is published
-        proxyNotRegistered, ///< a supervisor is published, but its proxy/stub is not registered
-        stranger,           ///< somebody else published the object; see detail. It was not called
-        silent,             ///< the call took longer than 10 seconds
-        failed              ///< the call failed; see detail
+        kAnswers,            ///< the call succeeded
+        kNotRunning,         ///< no supervisor is published
+        kProxyNotRegistered, ///< a supervisor is published, but its proxy/stub is not registered
+        kStranger,           ///< somebody else published the object; see detail. It was not called
+        kSilent,             ///< the call took longer than 10 seconds
+        kFailed              ///< the call failed; see detail
     };
-    Answer answer = Answer::notRunning;
+    Answer answer = Answer::kNotRunning;
     std::string detail;                ///< failed, stranger: text of the error, UTF-8
     std::vector<ImageFacts> processes; ///< all processes that run a file named DaemonManager.exe
     /// Those of them that run another file than the installed program, or run it as somebody who is

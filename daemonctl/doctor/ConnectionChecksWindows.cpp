@@ -54,16 +54,16 @@ SupervisorFacts CallSupervisor()
         const system::com::v1::ComApartment apartment;
         daemon_manager::SupervisorClient supervisor;
         supervisor.Detach(kIdNeverGivenOut);
-        facts.answer = Answer::answers;
+        facts.answer = Answer::kAnswers;
     } catch (const daemon_manager::SupervisorNotRunning&) {
-        facts.answer = Answer::notRunning;
+        facts.answer = Answer::kNotRunning;
     } catch (const daemon_manager::ProxyNotRegistered&) {
-        facts.answer = Answer::proxyNotRegistered;
+        facts.answer = Answer::kProxyNotRegistered;
     } catch (const daemon_manager::SupervisorNotTrusted& exception) {
-        facts.answer = Answer::stranger;
+        facts.answer = Answer::kStranger;
         facts.detail = exception.what();
     } catch (const std::exception& exception) {
-        facts.answer = Answer::failed;
+        facts.answer = Answer::kFailed;
         facts.detail = exception.what();
     }
     return facts;
@@ -121,7 +121,7 @@ SupervisorFacts GatherSupervisorFacts()
     if (const auto answer = Bounded<SupervisorFacts>(kPatience, CallSupervisor)) {
         facts = *answer;
     } else {
-        facts.answer = SupervisorFacts::Answer::silent;
+        facts.answer = SupervisorFacts::Answer::kSilent;
     }
     facts.processes = ProcessesOfImage(L"DaemonManager.exe");
     facts.namesakes = FindNamesakes();

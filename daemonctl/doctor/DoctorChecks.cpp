@@ -37,10 +37,10 @@ int ExitCodeOf(const std::vector<Finding>& findings)
 {
     int worst = kDone;
     for (const Finding& finding : findings) {
-        if (finding.verdict == Verdict::failure) {
+        if (finding.verdict == Verdict::kFailure) {
             const bool connection = finding.check == "supervisor" || finding.check == "proxy";
             worst = std::max<int>(worst, connection ? kNoSupervisor : kRefused);
-        } else if (finding.verdict == Verdict::warning) {
+        } else if (finding.verdict == Verdict::kWarning) {
             worst = std::max<int>(worst, kNothingToDo);
         }
     }

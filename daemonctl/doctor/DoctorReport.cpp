@@ -16,11 +16,11 @@ constexpr std::size_t kVerdictWidth = 9;
 const char* Word(Verdict verdict)
 {
     switch (verdict) {
-    case Verdict::ok:
+    case Verdict::kOk:
         return "ok";
-    case Verdict::warning:
+    case Verdict::kWarning:
         return "warning";
-    case Verdict::failure:
+    case Verdict::kFailure:
         break;
     }
     return "failure";
@@ -68,9 +68,9 @@ std::string DoctorText(const std::vector<Finding>& findings)
                     Indented(finding.remedy) + "\n";
         }
     }
-    const std::size_t warnings = Count(findings, Verdict::warning);
-    const std::size_t failures = Count(findings, Verdict::failure);
-    return text + std::to_string(Count(findings, Verdict::ok)) + " ok, " +
+    const std::size_t warnings = Count(findings, Verdict::kWarning);
+    const std::size_t failures = Count(findings, Verdict::kFailure);
+    return text + std::to_string(Count(findings, Verdict::kOk)) + " ok, " +
            std::to_string(warnings) + (warnings == 1 ? " warning, " : " warnings, ") +
            std::to_string(failures) + (failures == 1 ? " failure\n" : " failures\n");
 }
@@ -79,7 +79,7 @@ std::string DoctorJson(const std::vector<Finding>& findings, const std::string& 
                        const std::vector<std::string>& removedRules)
 {
     using Json = nlohmann::ordered_json;
-    Verdict worst = Verdict::ok;
+    Verdict worst = Verdict::kOk;
     Json checks = Json::array();
     for (const Finding& finding : findings) {
         worst = std::max(worst, finding.verdict);

@@ -85,7 +85,7 @@ std::vector<std::string> DeadRules(const FirewallRulesFacts& facts)
     }
     std::vector<std::string> dead;
     for (const FirewallRuleFacts& rule : facts.rules) {
-        if (rule.program == FirewallRuleFacts::Program::gone && kept.count(rule.name) == 0) {
+        if (rule.program == FirewallRuleFacts::Program::kGone && kept.count(rule.name) == 0) {
             dead.push_back(rule.name);
         }
     }

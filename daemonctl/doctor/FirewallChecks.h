@@ -24,13 +24,13 @@ struct FirewallServiceFacts {
 struct FirewallRuleFacts {
     /// Whether the file of the rule's program exists.
     enum class Program {
-        there,
-        gone,
-        unknown ///< the drive is missing, the path has no drive, or the file cannot be examined
+        kThere,
+        kGone,
+        kUnknown ///< the drive is missing, the path has no drive, or the file cannot be examined
     };
     std::string name;
     std::string application; ///< path of the program that the rule lets through
-    Program program = Program::unknown;
+    Program program = Program::kUnknown;
 };
 
 /// The firewall's rules, and the commands that need their rules.

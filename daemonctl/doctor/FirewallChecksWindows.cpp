@@ -49,15 +49,15 @@ FirewallRuleFacts::Program LookForProgram(std::wstring path)
         path = expanded;
     }
     if (GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) {
-        return Program::there;
+        return Program::kThere;
     }
     const DWORD error = GetLastError();
     const bool hasDrive = path.size() > 2 && path[1] == L':';
     if (!hasDrive || GetDriveTypeW(path.substr(0, 2).append(L"\\").c_str()) == DRIVE_NO_ROOT_DIR) {
-        return Program::unknown;
+        return Program::kUnknown;
     }
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? Program::gone
-                                                                          : Program::unknown;
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? Program::kGone
+                                                                          : Program::kUnknown;
 }
 
 // @return false for a rule that cannot be read, or whose name does not begin with the prefix

@@ -19,7 +19,7 @@ bool IsMissing(const ObjectRights& rights)
 TrustedSids TrustedWith(const RightsFacts& facts, PlaceFacts::Role role)
 {
     TrustedSids trusted = facts.administrators;
-    const bool ofTheLog = role == PlaceFacts::Role::logs || role == PlaceFacts::Role::logFile;
+    const bool ofTheLog = role == PlaceFacts::Role::kLogs || role == PlaceFacts::Role::kLogFile;
     if (ofTheLog && !facts.supervisorSid.empty()) {
         trusted.insert(facts.supervisorSid);
     }
@@ -76,8 +76,8 @@ Finding JudgeFileRights(const RightsFacts& facts)
         }
         ++there;
         const TrustedSids trusted = TrustedWith(facts, place.role);
-        weak.Add(place.role == PlaceFacts::Role::above ? WeaknessesOfParent(place.rights, trusted)
-                                                       : Weaknesses(place.rights, trusted),
+        weak.Add(place.role == PlaceFacts::Role::kAbove ? WeaknessesOfParent(place.rights, trusted)
+                                                        : Weaknesses(place.rights, trusted),
                  RemediesFor(place, trusted, facts.supervisorSid));
     }
     for (const std::string& path : facts.unjudged) {

@@ -13,14 +13,14 @@ namespace vqrx::client::v0 {
 struct PlaceFacts {
     /// What the place is to the installation.
     enum class Role {
-        programs, ///< a folder of programs: nobody else may add or change anything
-        logs,     ///< the folder of the log: nobody else may add or change anything
-        logFile,  ///< the log
-        program,  ///< the file of a program or a library
-        above     ///< a folder above one of the others: nobody else may replace what lies in it
+        kPrograms, ///< a folder of programs: nobody else may add or change anything
+        kLogs,     ///< the folder of the log: nobody else may add or change anything
+        kLogFile,  ///< the log
+        kProgram,  ///< the file of a program or a library
+        kAbove     ///< a folder above one of the others: nobody else may replace what lies in it
     };
     ObjectRights rights;
-    Role role = Role::programs;
+    Role role = Role::kPrograms;
 };
 
 /// Who may change the places and the registry keys on which the supervisor relies.

@@ -52,7 +52,7 @@ public:
                          });
         const auto below = static_cast<std::ptrdiff_t>(facts_.places.size());
         for (const std::string& folder : above_) {
-            AddOnce(folder, Role::above);
+            AddOnce(folder, Role::kAbove);
         }
         std::rotate(facts_.places.begin(), facts_.places.begin() + below, facts_.places.end());
     }
@@ -87,12 +87,12 @@ void AddInstallation(const std::string& installedProgram, Places& places)
 {
     const std::string folder = FolderOf(installedProgram);
     if (!folder.empty()) {
-        places.Add(folder, Role::programs);
-        places.Add(installedProgram, Role::program);
-        places.Add(folder + "\\DaemonMgrPS.dll", Role::program);
-        places.Add(folder + "\\DaemonGuard.exe", Role::program);
+        places.Add(folder, Role::kPrograms);
+        places.Add(installedProgram, Role::kProgram);
+        places.Add(folder + "\\DaemonMgrPS.dll", Role::kProgram);
+        places.Add(folder + "\\DaemonGuard.exe", Role::kProgram);
     }
-    places.Add(PathOfThisProgram(), Role::program);
+    places.Add(PathOfThisProgram(), Role::kProgram);
 }
 
 void AddKeys(RightsFacts& facts)
@@ -148,14 +148,14 @@ RightsFacts GatherRightsFacts(const std::string& root, const std::vector<std::st
     }
     Places places(facts);
     if (!root.empty()) {
-        places.Add(root + "\\App", Role::programs);
-        places.Add(root + "\\App\\fleet.txt", Role::program); // the guard launches what it names
-        places.Add(root + "\\Logs", Role::logs);
-        places.Add(root + "\\Logs\\DaemonManager.log", Role::logFile);
+        places.Add(root + "\\App", Role::kPrograms);
+        places.Add(root + "\\App\\fleet.txt", Role::kProgram); // the guard launches what it names
+        places.Add(root + "\\Logs", Role::kLogs);
+        places.Add(root + "\\Logs\\DaemonManager.log", Role::kLogFile);
     }
     AddInstallation(Utf8(identity.installedProgram), places);
     for (const std::string& program : programs) {
-        places.Add(program, Role::program);
+        places.Add(program, Role::kProgram);
     }
     places.AddFoldersAbove();
     AddKeys(facts);

@@ -49,18 +49,18 @@ void Repair(const std::string& icacls, const PlaceFacts& place, const TrustedSid
     if (grants.empty() && !place.rights.unprotected) {
         return;
     }
-    if (place.role == Role::program || place.role == Role::logFile) {
+    if (place.role == Role::kProgram || place.role == Role::kLogFile) {
         commands.push_back(icacls + " /reset"); // the rights of the folder, which is repaired first
         return;
     }
     std::string command = icacls + kOnlyAdministrators;
-    if (place.role == Role::programs) {
+    if (place.role == Role::kPrograms) {
         command.append(" ").append(kUsersRead);
     } else if (!supervisorSid.empty()) {
         command += " \"*" + supervisorSid + ":(OI)(CI)F\"";
     }
     commands.push_back(command);
-    TakeAway(icacls, grants, place.role == Role::logs, commands);
+    TakeAway(icacls, grants, place.role == Role::kLogs, commands);
 }
 
 } // namespace
@@ -69,7 +69,7 @@ std::vector<std::string> RemediesFor(const PlaceFacts& place, const TrustedSids&
                                      const std::string& supervisorSid)
 {
     const ObjectRights& rights = place.rights;
-    const bool isAbove = place.role == Role::above;
+    const bool isAbove = place.role == Role::kAbove;
     if ((isAbove ? WeaknessesOfParent(rights, trusted) : Weaknesses(rights, trusted)).empty()) {
         return {};
     }

@@ -26,19 +26,19 @@ constexpr DWORD kError = 0xC0000000;
 EventOfKind EventOf(Trouble::Kind kind) noexcept
 {
     switch (kind) {
-    case Trouble::Kind::supervisorLost:
+    case Trouble::Kind::kSupervisorLost:
         return {EVENTLOG_ERROR_TYPE, kError | 1};
-    case Trouble::Kind::supervisorBack:
+    case Trouble::Kind::kSupervisorBack:
         return {EVENTLOG_INFORMATION_TYPE, kInformation | 2};
-    case Trouble::Kind::crashLoopBegan:
+    case Trouble::Kind::kCrashLoopBegan:
         return {EVENTLOG_ERROR_TYPE, kError | 3};
-    case Trouble::Kind::crashLoopEnded:
+    case Trouble::Kind::kCrashLoopEnded:
         return {EVENTLOG_INFORMATION_TYPE, kInformation | 4};
-    case Trouble::Kind::cannotStart:
+    case Trouble::Kind::kCannotStart:
         return {EVENTLOG_ERROR_TYPE, kError | 5};
-    case Trouble::Kind::startsAgain:
+    case Trouble::Kind::kStartsAgain:
         return {EVENTLOG_INFORMATION_TYPE, kInformation | 6};
-    case Trouble::Kind::down:
+    case Trouble::Kind::kDown:
         return {EVENTLOG_ERROR_TYPE, kError | 7};
     default:
         return {EVENTLOG_INFORMATION_TYPE, kInformation | 8};

@@ -44,13 +44,13 @@ ProcessFacts HeldProcess::Facts() const
     ProcessFacts facts;
     facts.processId = processId_;
     if (!process_) {
-        facts.state = hidden_ ? ProcessFacts::State::hidden : ProcessFacts::State::gone;
+        facts.state = hidden_ ? ProcessFacts::State::kHidden : ProcessFacts::State::kGone;
         return facts;
     }
     if (WaitForSingleObject(process_.Get(), 0) == WAIT_OBJECT_0) {
         return facts;
     }
-    facts.state = ProcessFacts::State::running;
+    facts.state = ProcessFacts::State::kRunning;
     facts.image = Utf8(ImageOf(process_.Get()));
     FILETIME created{};
     FILETIME ended{};

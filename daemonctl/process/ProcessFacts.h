@@ -10,12 +10,12 @@ namespace vqrx::client::v0 {
 /// A process id, and the process that has this id at one moment.
 struct ProcessFacts {
     enum class State {
-        running,
-        gone,   ///< no process has this id, or the process has ended
-        hidden, ///< a process has this id, but Windows refuses to open it for this user
+        kRunning,
+        kGone,   ///< no process has this id, or the process has ended
+        kHidden, ///< a process has this id, but Windows refuses to open it for this user
     };
     std::uint32_t processId = 0;
-    State state = State::gone;
+    State state = State::kGone;
     // The other members are set only for a running process.
     std::string image;             ///< full path of the program file, UTF-8; empty if not known
     std::int64_t createdMs = 0;    ///< start of the process, milliseconds since 1970, UTC

@@ -122,7 +122,7 @@ std::vector<ProcessFacts> RunningChildren(std::uint32_t parentId)
     std::vector<ProcessFacts> children;
     for (const std::uint32_t processId : ChildrenOfProcess(parentId)) {
         ProcessFacts facts = ReadProcessFacts(processId);
-        if (facts.state == ProcessFacts::State::running && !IsConsoleHost(facts.image)) {
+        if (facts.state == ProcessFacts::State::kRunning && !IsConsoleHost(facts.image)) {
             children.push_back(std::move(facts));
         }
     }
@@ -145,7 +145,7 @@ std::vector<std::uint32_t> OrphansOfImage(const std::wstring& fileName)
         // process.
         const DWORD parent = entry.th32ParentProcessID;
         const ProcessFacts facts = ReadProcessFacts(parent);
-        const bool isYounger = facts.state == ProcessFacts::State::running &&
+        const bool isYounger = facts.state == ProcessFacts::State::kRunning &&
                                facts.createdMs > ReadProcessFacts(entry.th32ProcessID).createdMs;
         if (running.count(parent) == 0 || isYounger) {
             orphans.push_back(entry.th32ProcessID);

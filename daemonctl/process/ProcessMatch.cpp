@@ -136,36 +136,36 @@ ProcessFit FitProcess(const LoggedProcess& logged, const ProcessFacts& facts,
                       const std::string& appFolder, const SameFile& sameFile)
 {
     switch (facts.state) {
-    case ProcessFacts::State::gone:
-        return ProcessFit::gone;
-    case ProcessFacts::State::hidden:
-        return ProcessFit::hidden;
-    case ProcessFacts::State::running:
+    case ProcessFacts::State::kGone:
+        return ProcessFit::kGone;
+    case ProcessFacts::State::kHidden:
+        return ProcessFit::kHidden;
+    case ProcessFacts::State::kRunning:
         break;
     }
     const bool beganLater = facts.createdMs > logged.loggedMs + kClockGrainMs;
     const bool beganLongBefore = facts.createdMs < logged.loggedMs - kLongestStartMs;
     if (beganLater || (beganLongBefore && !logged.attached)) {
-        return ProcessFit::otherTime;
+        return ProcessFit::kOtherTime;
     }
     return IsImageOfCommand(facts.image, logged.command, appFolder, sameFile)
-               ? ProcessFit::same
-               : ProcessFit::otherProgram;
+               ? ProcessFit::kSame
+               : ProcessFit::kOtherProgram;
 }
 
 std::string DescribeMisfit(ProcessFit fit, const ProcessFacts& facts)
 {
     const std::string process = "process " + std::to_string(facts.processId);
     switch (fit) {
-    case ProcessFit::same:
+    case ProcessFit::kSame:
         return process + " runs";
-    case ProcessFit::gone:
+    case ProcessFit::kGone:
         return process + " has ended";
-    case ProcessFit::hidden:
+    case ProcessFit::kHidden:
         return process + " may not be opened by this user: run this command as administrator";
-    case ProcessFit::otherTime:
+    case ProcessFit::kOtherTime:
         return process + " has ended; the id belongs to another process now, " + facts.image;
-    case ProcessFit::otherProgram:
+    case ProcessFit::kOtherProgram:
         break;
     }
     return process + " runs another program, " + facts.image;

@@ -18,11 +18,11 @@ struct LoggedProcess {
 
 /// How the process that has an id now relates to the process of a log record.
 enum class ProcessFit {
-    same,         ///< the process of the record still runs
-    gone,         ///< no process has the id
-    hidden,       ///< this user may not open the process that has the id
-    otherTime,    ///< the process that has the id was created at another time
-    otherProgram, ///< the process that has the id runs another program
+    kSame,         ///< the process of the record still runs
+    kGone,         ///< no process has the id
+    kHidden,       ///< this user may not open the process that has the id
+    kOtherTime,    ///< the process that has the id was created at another time
+    kOtherProgram, ///< the process that has the id runs another program
 };
 
 /// Returns whether two paths lead to one file.

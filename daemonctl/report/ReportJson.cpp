@@ -22,11 +22,11 @@ ReportObject ValueOrNull(const std::optional<Value>& value)
 const char* NameOfSupervisor(SupervisorState state)
 {
     switch (state) {
-    case SupervisorState::running:
+    case SupervisorState::kRunning:
         return "running";
-    case SupervisorState::notRunning:
+    case SupervisorState::kNotRunning:
         return "not_running";
-    case SupervisorState::unknown:
+    case SupervisorState::kUnknown:
         break;
     }
     return "unknown";

@@ -182,7 +182,7 @@ private:
         return title + " to " + At(shown.endMs) + " (" + DurationText(shown.endMs - shown.beginMs) +
                "): " + EndText(interval) +
                (interval.end == IntervalEnd::kRunning &&
-                        model_.moment.supervisor != SupervisorState::running
+                        model_.moment.supervisor != SupervisorState::kRunning
                     ? " at the last record"
                     : "");
     }

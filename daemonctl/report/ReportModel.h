@@ -16,15 +16,15 @@ namespace vqrx::client::v0 {
 
 /// Whether the supervisor of the log runs at the moment of the report.
 enum class SupervisorState {
-    unknown, ///< the log is a copy, or nobody asked
-    running,
-    notRunning
+    kUnknown, ///< the log is a copy, or nobody asked
+    kRunning,
+    kNotRunning
 };
 
 /// The moment of the report, and the state of the supervisor at that moment, which the log does not
 /// show.
 struct ReportMoment {
-    SupervisorState supervisor = SupervisorState::unknown;
+    SupervisorState supervisor = SupervisorState::kUnknown;
     std::int64_t nowMs = 0; ///< 0: not known; then the report ends at the last record
 };
 

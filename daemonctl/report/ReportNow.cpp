@@ -104,7 +104,7 @@ std::vector<const ReportLane*> WatchedDaemons(const ReportModel& model)
 std::string NowHtml(const ReportModel& model, int offsetMinutes)
 {
     std::string html;
-    if (model.moment.supervisor == SupervisorState::notRunning) {
+    if (model.moment.supervisor == SupervisorState::kNotRunning) {
         html += "<p class=\"alarm\" role=\"alert\">The supervisor is not running. Nobody starts a "
                 "program again that ends. The page shows the log up to its last record.</p>\n";
     }
@@ -119,8 +119,8 @@ std::string NowHtml(const ReportModel& model, int offsetMinutes)
     if (watched.empty()) {
         return html;
     }
-    html += model.moment.supervisor == SupervisorState::running ? "<h2>Now</h2>\n"
-                                                                : "<h2>At the last record</h2>\n";
+    html += model.moment.supervisor == SupervisorState::kRunning ? "<h2>Now</h2>\n"
+                                                                 : "<h2>At the last record</h2>\n";
     html += TableHead("now", {{"Id", false},
                               {"State", false},
                               {"Command", false},

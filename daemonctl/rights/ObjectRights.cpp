@@ -164,7 +164,7 @@ ObjectRights ReadRights(const std::string& path)
         return rights;
     }
     const bool isFolder = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    rights.kind = isFolder ? ObjectRights::Kind::folder : ObjectRights::Kind::file;
+    rights.kind = isFolder ? ObjectRights::Kind::kFolder : ObjectRights::Kind::kFile;
     rights.reparsePoint = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
     ReadSecurity(wide, SE_FILE_OBJECT, rights);
     return rights;
@@ -174,7 +174,7 @@ ObjectRights ReadKeyRights(const std::string& key)
 {
     ObjectRights rights;
     rights.path = "HKLM\\" + key;
-    rights.kind = ObjectRights::Kind::registryKey;
+    rights.kind = ObjectRights::Kind::kRegistryKey;
     ReadSecurity(L"MACHINE\\" + Wide(key), SE_REGISTRY_KEY, rights);
     return rights;
 }

@@ -53,8 +53,8 @@ private:
 std::uint32_t MakeProtectedFolder(const std::string& path, FolderUse use,
                                   const std::string& accountSid)
 {
-    std::wstring list = use == FolderUse::programs ? kForPrograms : kForLogs;
-    if (use == FolderUse::logs && !accountSid.empty()) {
+    std::wstring list = use == FolderUse::kPrograms ? kForPrograms : kForLogs;
+    if (use == FolderUse::kLogs && !accountSid.empty()) {
         list += L"(A;OICI;FA;;;" + Wide(accountSid) + L")";
     }
     Attributes attributes(list);

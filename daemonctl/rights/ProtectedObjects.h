@@ -7,8 +7,8 @@ namespace vqrx::client::v0 {
 
 /// Who may do what in a folder that is made.
 enum class FolderUse {
-    programs, ///< SYSTEM and administrators everything, users read and execute
-    logs ///< SYSTEM, administrators and the supervisor's account everything, nobody else anything
+    kPrograms, ///< SYSTEM and administrators everything, users read and execute
+    kLogs ///< SYSTEM, administrators and the supervisor's account everything, nobody else anything
 };
 
 /// Makes a folder with its access list, so that there is no moment without it. Rights of the folder

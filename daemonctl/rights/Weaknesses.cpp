@@ -37,7 +37,7 @@ std::uint32_t ReplaceMaskOf(const ObjectRights& rights)
 
 std::uint32_t ChangeMaskOf(const ObjectRights& rights)
 {
-    return rights.kind == ObjectRights::Kind::registryKey ? kChangeKey : kChange;
+    return rights.kind == ObjectRights::Kind::kRegistryKey ? kChangeKey : kChange;
 }
 
 std::vector<GrantedRight> DangerousGrants(const ObjectRights& rights, const TrustedSids& trusted,

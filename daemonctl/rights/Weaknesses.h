@@ -16,10 +16,10 @@ struct GrantedRight {
 
 /// Owner and access list of a file, a folder or a registry key. Texts are UTF-8.
 struct ObjectRights {
-    enum class Kind { file, folder, registryKey };
+    enum class Kind { kFile, kFolder, kRegistryKey };
 
     std::string path;
-    Kind kind = Kind::file;
+    Kind kind = Kind::kFile;
     std::uint32_t error =
         0; ///< Windows error of reading the rights; 0 = read, else all below is unset
     bool reparsePoint = false; ///< a junction or a link: the path leads somewhere else

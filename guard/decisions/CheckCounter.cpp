@@ -15,13 +15,13 @@ std::uint32_t CheckCounter::Limit(CheckResult result) noexcept
     constexpr std::uint32_t silentChecks = 3;
     constexpr std::uint32_t longChecks = 15;
     switch (result) {
-    case CheckResult::silent:
+    case CheckResult::kSilent:
         return silentChecks;
-    case CheckResult::busy:
-    case CheckResult::withdrawn:
+    case CheckResult::kBusy:
+    case CheckResult::kWithdrawn:
         return longChecks;
-    case CheckResult::answers:
-    case CheckResult::unknown:
+    case CheckResult::kAnswers:
+    case CheckResult::kUnknown:
         break;
     }
     return 0;

@@ -6,11 +6,11 @@ namespace vqrx::guard::v0 {
 
 /// What one check of the supervisor showed.
 enum class CheckResult {
-    answers,   ///< a call of the supervisor succeeded
-    silent,    ///< COM in the supervisor did not answer in time, or the call failed
-    busy,      ///< COM answered, but the supervisor did not serve a call in time
-    withdrawn, ///< the supervisor's process runs, but its object is not published
-    unknown,   ///< the call cannot be made, so nothing is known
+    kAnswers,   ///< a call of the supervisor succeeded
+    kSilent,    ///< COM in the supervisor did not answer in time, or the call failed
+    kBusy,      ///< COM answered, but the supervisor did not serve a call in time
+    kWithdrawn, ///< the supervisor's process runs, but its object is not published
+    kUnknown,   ///< the call cannot be made, so nothing is known
 };
 
 /// Decides from the checks of a published supervisor whether it hangs. The checks come about every
@@ -35,7 +35,7 @@ public:
     [[nodiscard]] static std::uint32_t Limit(CheckResult result) noexcept;
 
 private:
-    CheckResult last_ = CheckResult::answers;
+    CheckResult last_ = CheckResult::kAnswers;
     std::uint32_t count_ = 0;
 };
 

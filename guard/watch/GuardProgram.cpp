@@ -29,7 +29,7 @@ WatchSettings SettingsOf(const GuardArguments& arguments, const std::string& roo
 {
     WatchSettings settings;
     settings.program = client::v0::PathBesideThisProgram(L"DaemonManager.exe");
-    settings.showConsole = arguments.mode == GuardMode::session;
+    settings.showConsole = arguments.mode == GuardMode::kSession;
     settings.fleetNamed = !arguments.fleet.empty();
     settings.fleet =
         settings.fleetNamed ? arguments.fleet : AnsiToUtf8(installation::DefaultFleetFile(root));
@@ -54,7 +54,7 @@ void RunGuard(const GuardArguments& arguments, HANDLE stop, const std::function<
     settings.onEnding = onEnding;
     log->Log(kLevelInformation,
              std::string("Guard " DM_VERSION " begins, ") +
-                 (arguments.mode == GuardMode::service ? "as a service" : "in a session") +
+                 (arguments.mode == GuardMode::kService ? "as a service" : "in a session") +
                  "; program: " + settings.program + "; fleet file: " + settings.fleet);
     if (onReady) {
         onReady();

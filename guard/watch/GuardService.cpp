@@ -5,7 +5,6 @@
 #include <windows.h>
 
 #include <atomic>
-#include <exception>
 
 namespace vqrx::guard::v0 {
 namespace {
@@ -78,7 +77,7 @@ void WINAPI ServiceMain(DWORD, wchar_t**) noexcept
     try {
         RunGuard(theService->arguments, theService->stop.Get(), OnReady,
                  [] { Report(SERVICE_STOP_PENDING); });
-    } catch (const std::exception&) { // RunGuard has logged it, if there is a log
+    } catch (...) { // RunGuard has logged it, if there is a log
         exitCode = kGuardFailed;
     }
     theService->exitCode = exitCode;

@@ -28,15 +28,15 @@ SupervisorCheck Call(std::atomic<bool>& isConnected)
         daemon_manager::SupervisorClient supervisor;
         isConnected = true;
         supervisor.Detach(kIdNeverGivenOut);
-        return {CheckResult::answers, {}};
+        return {CheckResult::kAnswers, {}};
     } catch (const daemon_manager::SupervisorNotRunning& exception) {
-        return {CheckResult::withdrawn, exception.what()};
+        return {CheckResult::kWithdrawn, exception.what()};
     } catch (const daemon_manager::ProxyNotRegistered& exception) {
-        return {CheckResult::unknown, exception.what()};
+        return {CheckResult::kUnknown, exception.what()};
     } catch (const daemon_manager::SupervisorNotTrusted& exception) {
-        return {CheckResult::unknown, exception.what()};
+        return {CheckResult::kUnknown, exception.what()};
     } catch (const std::exception& exception) {
-        return {CheckResult::silent, exception.what()};
+        return {CheckResult::kSilent, exception.what()};
     }
 }
 
@@ -59,7 +59,7 @@ SupervisorCheck CheckSupervisor(std::chrono::milliseconds limit)
     if (check) {
         return *check;
     }
-    return {*isConnected ? CheckResult::busy : CheckResult::silent,
+    return {*isConnected ? CheckResult::kBusy : CheckResult::kSilent,
             "no answer within " + std::to_string(limit.count()) + " ms"};
 }
 

@@ -9,7 +9,7 @@ namespace vqrx::guard::v0 {
 
 /// The result of CheckSupervisor().
 struct SupervisorCheck {
-    CheckResult result = CheckResult::unknown;
+    CheckResult result = CheckResult::kUnknown;
     std::string detail; ///< for people, UTF-8: why the call failed or cannot be made; may be empty
 };
 

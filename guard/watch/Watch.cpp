@@ -51,7 +51,7 @@ SupervisorCheck Check(DWORD limitMs)
     try {
         return CheckSupervisor(std::chrono::milliseconds(limitMs));
     } catch (const std::exception& exception) {
-        return {CheckResult::unknown, exception.what()};
+        return {CheckResult::kUnknown, exception.what()};
     }
 }
 
@@ -60,7 +60,7 @@ SupervisorCheck Check(DWORD limitMs)
 bool Answers(DWORD limitMs)
 {
     const CheckResult result = Check(limitMs).result;
-    return result != CheckResult::silent && result != CheckResult::withdrawn;
+    return result != CheckResult::kSilent && result != CheckResult::kWithdrawn;
 }
 
 } // namespace
@@ -80,7 +80,7 @@ void Watch::Run()
         SupervisorProgram supervisor;
         if (FindOrStart(supervisor)) {
             const End end = WatchOver(supervisor);
-            if (end != End::unordered) {
+            if (end != End::kUnordered) {
                 takeOver_.Wait(kTakeOverLimitMs);
                 return;
             }
@@ -146,7 +146,7 @@ Watch::End Watch::WatchOver(const SupervisorProgram& supervisor)
         end = CheckUntilEnd(supervisor);
         takeOver_.Abandon();
     }
-    if (end == End::stopped) {
+    if (end == End::kStopped) {
         if (isPublished) {
             EndInOrder(supervisor, log_, settings_.times.exitMs, settings_.onEnding);
         } else {
@@ -176,7 +176,7 @@ Watch::End Watch::AwaitPublication(const SupervisorProgram& supervisor, bool& is
         if (isPublished) {
             Log(kLevelInformation,
                 "Supervisor is published: " + NameOf(supervisor) + ", after " + Seconds(waitedMs));
-            return End::stopped;
+            return End::kStopped;
         }
         if (waitedMs >= sayAtMs) {
             Log(kLevelWarning, "Supervisor is not published yet after " + Seconds(waitedMs) +
@@ -185,7 +185,7 @@ Watch::End Watch::AwaitPublication(const SupervisorProgram& supervisor, bool& is
         }
         switch (WaitForMultipleObjects(2, events.data(), FALSE, settings_.times.lookMs)) {
         case WAIT_OBJECT_0:
-            return End::stopped;
+            return End::kStopped;
         case WAIT_OBJECT_0 + 1:
             return JudgeEnd(supervisor, false);
         default:
@@ -202,7 +202,7 @@ Watch::End Watch::CheckUntilEnd(const SupervisorProgram& supervisor)
     for (;;) {
         switch (WaitForMultipleObjects(2, events.data(), FALSE, settings_.times.lookMs)) {
         case WAIT_OBJECT_0:
-            return End::stopped;
+            return End::kStopped;
         case WAIT_OBJECT_0 + 1:
             return JudgeEnd(supervisor, true);
         default:
@@ -215,7 +215,7 @@ Watch::End Watch::CheckUntilEnd(const SupervisorProgram& supervisor)
         if (Hangs(counter)) {
             takeOver_.Abandon();
             EndHanging(supervisor, settings_.dumpFile, *log_);
-            return End::unordered;
+            return End::kUnordered;
         }
         checkTick = GetTickCount64() + settings_.times.checkMs;
     }
@@ -229,7 +229,7 @@ bool Watch::Hangs(CheckCounter& counter)
     if (limit != 0) {
         Log(kLevelWarning, "Supervisor does not answer, " + std::to_string(counter.Count()) +
                                " of " + std::to_string(limit) + ": " + check.detail);
-    } else if (check.result == CheckResult::unknown && counter.Count() == 1) {
+    } else if (check.result == CheckResult::kUnknown && counter.Count() == 1) {
         Log(kLevelWarning, "Supervisor cannot be checked: " + check.detail);
     }
     return hangs;
@@ -246,7 +246,7 @@ Watch::End Watch::JudgeEnd(const SupervisorProgram& supervisor, bool wasPublishe
     if (WasOrdered(ended, RecordsOfSupervisor())) {
         Log(kLevelInformation,
             "Supervisor has ended on an order: " + NameOf(supervisor) + "; the watch ends");
-        return End::ordered;
+        return End::kOrdered;
     }
     Log(kLevelError, "Supervisor has ended without an order: " + NameOf(supervisor) +
                          ", exit code " + Hex(ended.exitCode));
@@ -255,7 +255,7 @@ Watch::End Watch::JudgeEnd(const SupervisorProgram& supervisor, bool wasPublishe
             "Another object is published under the supervisor's name. It may be that of "
             "a supervisor in another place or session; see daemonctl doctor");
     }
-    return End::unordered;
+    return End::kUnordered;
 }
 
 TakeOverOrder Watch::OrderOfTakeOver() const

@@ -56,9 +56,9 @@ public:
 
 private:
     enum class End {
-        stopped,   // `stop` is signalled
-        ordered,   // the supervisor has ended on an order
-        unordered, // it has ended in another way
+        kStopped,   // `stop` is signalled
+        kOrdered,   // the supervisor has ended on an order
+        kUnordered, // it has ended in another way
     };
 
     [[nodiscard]] bool FindOrStart(SupervisorProgram& supervisor);

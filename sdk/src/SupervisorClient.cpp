@@ -112,7 +112,7 @@ Owned<IUnknown> FindObject()
 void RefuseStranger()
 {
     const SupervisorIdentity identity = IdentifySupervisor();
-    if (identity.trust == SupervisorTrust::stranger) {
+    if (identity.trust == SupervisorTrust::kStranger) {
         throw SupervisorNotTrusted("not the installed supervisor answers: " + identity.reason,
                                    E_ACCESSDENIED);
     }
@@ -121,7 +121,7 @@ void RefuseStranger()
 void RefuseUnsafe(const std::wstring& path, const std::vector<std::wstring>& arguments,
                   ArgumentCheck check)
 {
-    if (check == ArgumentCheck::none) {
+    if (check == ArgumentCheck::kNone) {
         return;
     }
     const std::string reason = ReasonToRefuse(path, arguments);
@@ -158,7 +158,7 @@ void SupervisorClient::Releaser::operator()(IDaemonMgrControl* control) const no
 SupervisorClient::SupervisorClient(Answerer answerer)
 {
     const Owned<IUnknown> object = FindObject();
-    if (answerer == Answerer::installed) {
+    if (answerer == Answerer::kInstalled) {
         RefuseStranger();
     }
     ProtectCalls(object.get());

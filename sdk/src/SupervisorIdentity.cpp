@@ -247,7 +247,7 @@ SupervisorIdentity IdentifySupervisor()
 
 void JudgeIdentity(SupervisorIdentity& identity)
 {
-    identity.trust = SupervisorTrust::unknown;
+    identity.trust = SupervisorTrust::kUnknown;
     identity.reason.clear();
     if (identity.installedProgram.empty()) {
         identity.reason = "nothing on this machine names the installed supervisor: DaemonMgrPS.dll "
@@ -269,17 +269,17 @@ void JudgeIdentity(SupervisorIdentity& identity)
                           Utf8(ofOther->user) + ", who is not expected to run the supervisor";
     }
     if (installed != nullptr) {
-        identity.trust = SupervisorTrust::known;
+        identity.trust = SupervisorTrust::kKnown;
     } else if (identity.listError != 0) {
         identity.reason = "the list of processes cannot be read: Windows error " +
                           std::to_string(identity.listError);
     } else if (ofOther != nullptr) {
-        identity.trust = SupervisorTrust::stranger;
+        identity.trust = SupervisorTrust::kStranger;
     } else if (hidden != nullptr) {
         identity.reason =
             "this user may not examine " + ProcessName(*hidden) + ", which may be the supervisor";
     } else {
-        identity.trust = SupervisorTrust::stranger;
+        identity.trust = SupervisorTrust::kStranger;
         identity.reason =
             "no process runs " + Utf8(identity.installedProgram) +
             ", so another program has published an object under the supervisor's name";

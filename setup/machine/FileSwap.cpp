@@ -105,7 +105,7 @@ void FileSwap::Unpack(const std::vector<PayloadFile>& files)
 {
     const std::string fresh = folder_ + "\\" + RandomName("~new-");
     if (const std::uint32_t error =
-            client::v0::MakeProtectedFolder(fresh, client::v0::FolderUse::programs, std::string());
+            client::v0::MakeProtectedFolder(fresh, client::v0::FolderUse::kPrograms, std::string());
         error != ERROR_SUCCESS) {
         FailForFile("made", fresh, error);
     }
@@ -204,7 +204,7 @@ void FileSwap::SetAside(const std::string& name)
     if (oldFolder_.empty()) {
         const std::string fresh = folder_ + "\\" + RandomName("~old-");
         if (const std::uint32_t error = client::v0::MakeProtectedFolder(
-                fresh, client::v0::FolderUse::programs, std::string());
+                fresh, client::v0::FolderUse::kPrograms, std::string());
             error != ERROR_SUCCESS) {
             FailForFile("made", fresh, error);
         }

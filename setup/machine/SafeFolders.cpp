@@ -68,7 +68,7 @@ bool SafeFolders::Prepare(const std::string& path, FolderUse use)
     if (ExistsOnDisk(above)) {
         CheckPath(above, true);
     } else {
-        Prepare(above, FolderUse::programs);
+        Prepare(above, FolderUse::kPrograms);
     }
     Make(path, use);
     CheckPath(path, false); // a file system without rights does not keep them

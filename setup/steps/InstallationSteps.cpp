@@ -98,10 +98,10 @@ void InstallationSteps::PrepareFolders()
     folders_.emplace(accountSid_, options_.allowWeak);
     logExisted_ =
         GetFileAttributesW(client::v0::Wide(LogFileOf(place_)).c_str()) != INVALID_FILE_ATTRIBUTES;
-    folders_->Prepare(folder_, FolderUse::programs);
-    folders_->Prepare(place_.root, FolderUse::programs);
-    folders_->Prepare(place_.root + "\\App", FolderUse::programs);
-    folders_->Prepare(LogFolderOf(place_), FolderUse::logs);
+    folders_->Prepare(folder_, FolderUse::kPrograms);
+    folders_->Prepare(place_.root, FolderUse::kPrograms);
+    folders_->Prepare(place_.root + "\\App", FolderUse::kPrograms);
+    folders_->Prepare(LogFolderOf(place_), FolderUse::kLogs);
     folders_->Check(LogFileOf(place_)); // the hand-over believes it
     std::set<std::string> inside;
     for (const PayloadFile& file : files_) {

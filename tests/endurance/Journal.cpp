@@ -24,10 +24,10 @@ Journal ReadJournal(const std::string& path)
 {
     using State = JournalDaemon::State;
     static const std::map<std::string, State> states = {
-        {"begin launch", State::launching}, {"end launch", State::launched},
-        {"begin stop", State::stopping},    {"end stop", State::stopped},
-        {"begin attach", State::attaching}, {"end attach", State::attached},
-        {"begin detach", State::detaching}, {"end detach", State::detached},
+        {"begin launch", State::kLaunching}, {"end launch", State::kLaunched},
+        {"begin stop", State::kStopping},    {"end stop", State::kStopped},
+        {"begin attach", State::kAttaching}, {"end attach", State::kAttached},
+        {"begin detach", State::kDetaching}, {"end detach", State::kDetached},
     };
     Journal journal;
     std::ifstream file(path, std::ios::binary);
@@ -54,7 +54,7 @@ Journal ReadJournal(const std::string& path)
         daemon.state = state->second;
         if (moment == "begin" && daemon.kind.empty()) {
             fields >> daemon.kind;
-        } else if (state->second == State::launched || state->second == State::attached) {
+        } else if (state->second == State::kLaunched || state->second == State::kAttached) {
             fields >> daemon.id;
         }
     }

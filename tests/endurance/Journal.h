@@ -22,16 +22,16 @@ private:
 /// A daemon in a journal.
 struct JournalDaemon {
     enum class State {
-        launching, ///< the call has begun and has not returned; likewise for the other calls
-        launched,
-        stopping,
-        stopped,
-        attaching,
-        attached,
-        detaching,
-        detached,
+        kLaunching, ///< the call has begun and has not returned; likewise for the other calls
+        kLaunched,
+        kStopping,
+        kStopped,
+        kAttaching,
+        kAttached,
+        kDetaching,
+        kDetached,
     };
-    State state = State::launching;
+    State state = State::kLaunching;
     std::string kind;
     std::uint32_t id = 0;
 };

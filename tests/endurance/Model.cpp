@@ -39,10 +39,10 @@ std::string Model::Differences() const
     }
     for (const auto& [name, daemon] : clients_.Daemons()) {
         const bool runs = HoldsName(name);
-        if ((daemon.state == State::launched || daemon.state == State::attached) && !runs) {
+        if ((daemon.state == State::kLaunched || daemon.state == State::kAttached) && !runs) {
             text << name << " does not run; ";
         }
-        if ((daemon.state == State::stopped || daemon.state == State::detached) && runs) {
+        if ((daemon.state == State::kStopped || daemon.state == State::kDetached) && runs) {
             text << name << " runs; ";
         }
     }
@@ -97,7 +97,7 @@ void Model::CheckIds()
         record(daemon.id, daemon.name);
     }
     for (const auto& [name, daemon] : clients_.Daemons()) {
-        if (daemon.state != State::launching && daemon.state != State::attaching) {
+        if (daemon.state != State::kLaunching && daemon.state != State::kAttaching) {
             record(daemon.id, name); // A client that was killed in the call did not receive the id.
         }
     }
@@ -118,25 +118,24 @@ Model::Registered Model::Settle()
     std::size_t unknown = 0;
     for (const auto& [name, daemon] : clients_.Daemons()) {
         switch (daemon.state) {
-        case State::launched:
-        case State::attached:
+        case State::kLaunched:
+        case State::kAttached:
             ++registered;
             break;
-        case State::launching: // A second launch returns the first id, or launches the daemon now.
+        case State::kLaunching: // A second launch returns the first id, or launches the daemon now.
             supervisor_.Client().Launch(Wide(EnduranceProgram(daemon.kind)),
                                         {Wide(daemon.kind), Wide(name)});
             ++registered;
             started.push_back(name);
             break;
-        case State::
-            stopping: // The killed call stopped the daemon, or did not reach the supervisor.
+        case State::kStopping: // The killed call stopped the daemon, or it did nothing.
             supervisor_.Client().Stop(daemon.id);
             ended.push_back(name);
             break;
-        case State::detaching:
+        case State::kDetaching:
             supervisor_.Client().Detach(daemon.id);
             break;
-        case State::attaching: // The client did not receive the id, so the test cannot detach.
+        case State::kAttaching: // The client did not receive the id, so the test cannot detach.
             ++unknown;
             break;
         default:
@@ -166,11 +165,11 @@ void Model::CheckLinesOfDaemons()
     }
     for (const auto& [name, daemon] : clients_.Daemons()) {
         const DaemonLines lines = ledger.Of(daemon.id);
-        const bool launched = daemon.state <= State::stopped && daemon.kind != "";
-        if ((daemon.state == State::launched && lines.firstStarts != 1) ||
-            (daemon.state == State::stopped && lines.stops != lines.firstStarts) ||
-            (daemon.state == State::attached && lines.attaches != 1) ||
-            (daemon.state == State::detached && (lines.attaches != 1 || lines.detaches != 1)) ||
+        const bool launched = daemon.state <= State::kStopped && daemon.kind != "";
+        if ((daemon.state == State::kLaunched && lines.firstStarts != 1) ||
+            (daemon.state == State::kStopped && lines.stops != lines.firstStarts) ||
+            (daemon.state == State::kAttached && lines.attaches != 1) ||
+            (daemon.state == State::kDetached && (lines.attaches != 1 || lines.detaches != 1)) ||
             (launched && lines.firstStarts > 1)) {
             failures_.Add("the log does not show each line of " + name + " once");
         }

@@ -28,7 +28,7 @@ ProcessFacts FactsOf(std::uint32_t processId)
     ProcessFacts facts;
     facts.processId = processId;
     if (processId >= 1 && processId <= 20) {
-        facts.state = ProcessFacts::State::running;
+        facts.state = ProcessFacts::State::kRunning;
         facts.image = R"(C:\FW\App\w)" + std::to_string(processId) + ".exe";
         facts.createdMs = kCreatedMs;
     }
@@ -70,15 +70,15 @@ void CheckPlan(const std::vector<FormerDaemon>& plan)
 {
     std::set<std::uint32_t> attached;
     for (const FormerDaemon& former : plan) {
-        if (former.plan != FormerDaemon::Plan::attach) {
+        if (former.plan != FormerDaemon::Plan::kAttach) {
             continue;
         }
         FUZZ_CHECK(former.processId.has_value());
         const ProcessFacts facts = FactsOf(*former.processId);
-        FUZZ_CHECK(facts.state == ProcessFacts::State::running);
+        FUZZ_CHECK(facts.state == ProcessFacts::State::kRunning);
         FUZZ_CHECK(former.image == facts.image);
         FUZZ_CHECK(former.createdMs == facts.createdMs);
-        FUZZ_CHECK(FitPlan(former, facts) == ProcessFit::same);
+        FUZZ_CHECK(FitPlan(former, facts) == ProcessFit::kSame);
         FUZZ_CHECK(attached.insert(*former.processId).second);
     }
 }

@@ -20,7 +20,7 @@ DaemonRequest Launch(SupervisorProcess& supervisor, const std::string& program,
 {
     return supervisor.Client().Launch(
         system::code_page::v1::NarrowToWide(TestProgram(program), CP_UTF8), arguments,
-        daemon_manager::ArgumentCheck::none);
+        daemon_manager::ArgumentCheck::kNone);
 }
 
 std::string Describe(DWORD daemonId, DWORD processId, const std::string& command)

@@ -83,7 +83,7 @@ TEST(Daemonctl, Commands_without_the_proxy_print_how_to_register_it)
     const TempFolder root;
     std::filesystem::create_directory(root.Path() / "App");
     FirmwareRegistry registry;
-    registry.SetPathname(FirmwareRegistry::current, root.Path().string());
+    registry.SetPathname(FirmwareRegistry::kCurrent, root.Path().string());
     const system::com::v1::ComApartment apartment;
     const CapturedProgram supervisor(ProductProgram("DaemonManager.exe"));
     ASSERT_TRUE(WaitUntil([] { return static_cast<bool>(FindPublished()); }));

@@ -96,7 +96,7 @@ TEST(Doctor, Doctor_reports_failures_on_a_machine_without_an_installation)
 
 TEST(Doctor, Doctor_reports_no_failure_on_a_healthy_machine_and_changes_nothing)
 {
-    const PrefixStandIns standIns(PrefixStandIns::Wmi::standIn);
+    const PrefixStandIns standIns(PrefixStandIns::Wmi::kStandIn);
     const QuietCrashes quiet;
     TestService firewall("MpsSvc");
     firewall.Start();
@@ -191,7 +191,7 @@ TEST(Doctor, Doctor_names_a_folder_that_others_may_change_and_a_proxy_of_one_use
 
 TEST(Doctor, Doctor_ends_with_exit_code_3_if_only_the_supervisor_is_missing)
 {
-    const PrefixStandIns standIns(PrefixStandIns::Wmi::standIn);
+    const PrefixStandIns standIns(PrefixStandIns::Wmi::kStandIn);
     const QuietCrashes quiet;
     TestService firewall("MpsSvc");
     firewall.Start();
@@ -211,7 +211,7 @@ TEST(Doctor, Doctor_reports_a_supervisor_that_waits_for_the_firewall_service)
     const TempFolder root;
     std::filesystem::create_directory(root.Path() / "App");
     FirmwareRegistry registry;
-    registry.SetPathname(FirmwareRegistry::current, root.Path().string());
+    registry.SetPathname(FirmwareRegistry::kCurrent, root.Path().string());
     const CapturedProgram supervisor(ProductProgram("DaemonManager.exe"));
     ASSERT_TRUE(WaitUntil(
         [&] { return supervisor.Error().find("Firewall: Waiting 1 s") != std::string::npos; }));
@@ -230,7 +230,7 @@ TEST(Doctor, Doctor_reports_a_supervisor_that_waits_for_the_firewall_service)
 
 TEST(Doctor, Doctor_shows_dead_rules_and_removes_them_only_with_prune)
 {
-    const PrefixStandIns standIns(PrefixStandIns::Wmi::standIn);
+    const PrefixStandIns standIns(PrefixStandIns::Wmi::kStandIn);
     const std::string own = TestProgram("quits");
     const std::wstring wideOwn(own.begin(), own.end());
     StoreFirewallRule(L"allowing " + wideOwn, {wideOwn});

@@ -40,7 +40,7 @@ protected:
     }
 
     using Lines = std::vector<std::string>;
-    const PrefixStandIns standIns_{PrefixStandIns::Wmi::standIn};
+    const PrefixStandIns standIns_{PrefixStandIns::Wmi::kStandIn};
     const std::string worker_ = TestProgram("no_windows");
     SupervisorProcess supervisor_;
 };

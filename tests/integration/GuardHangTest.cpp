@@ -10,11 +10,8 @@
 
 #include <gtest/gtest.h>
 
-#include <tlhelp32.h>
-
 #include <filesystem>
 #include <memory>
-#include <set>
 #include <string>
 #include <thread>
 
@@ -23,37 +20,16 @@ namespace {
 
 using system::win32::v1::UniqueKernelHandle;
 
-// Suspends the threads of a process that are not in `suspended`, except those that end at this
-// moment.
-// @return whether there was one
-bool SuspendNewThreads(DWORD processId, std::set<DWORD>& suspended)
-{
-    bool wasThere = false;
-    const UniqueKernelHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
-    THREADENTRY32 entry{};
-    entry.dwSize = sizeof entry;
-    for (BOOL more = Thread32First(snapshot.Get(), &entry); more != FALSE;
-         more = Thread32Next(snapshot.Get(), &entry)) {
-        if (entry.th32OwnerProcessID == processId && !suspended.contains(entry.th32ThreadID)) {
-            const UniqueKernelHandle thread(
-                OpenThread(THREAD_SUSPEND_RESUME, FALSE, entry.th32ThreadID));
-            if (SuspendThread(thread.Get()) != static_cast<DWORD>(-1)) {
-                suspended.insert(entry.th32ThreadID);
-                wasThere = true;
-            }
-        }
-    }
-    return wasThere;
-}
-
-// Suspends all threads of a process, also those that its threads make meanwhile. A single one that
-// runs on could answer for COM. @return whether there was one
+// Suspends a process, with the threads that its threads are about to make. SuspendThread for each
+// thread would miss those, and a single thread that runs on can answer for COM.
+// @return whether the process is suspended
 bool Suspend(DWORD processId)
 {
-    std::set<DWORD> suspended;
-    while (SuspendNewThreads(processId, suspended)) {
-    }
-    return !suspended.empty();
+    using NtSuspendProcess = LONG(WINAPI*)(HANDLE process); // ntdll.dll; no header declares it
+    const auto suspend = reinterpret_cast<NtSuspendProcess>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtSuspendProcess")));
+    const UniqueKernelHandle process(OpenProcess(PROCESS_SUSPEND_RESUME, FALSE, processId));
+    return suspend != nullptr && process && suspend(process.Get()) >= 0;
 }
 
 class GuardHang : public ::testing::Test {

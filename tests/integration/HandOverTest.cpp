@@ -41,7 +41,7 @@ protected:
     {
         successor_ = std::make_unique<SupervisorProcess>(
             [this](FirmwareRegistry& registry, const std::string&) {
-                registry.SetPathname(FirmwareRegistry::current, former_.Root() + "\\App\\bin");
+                registry.SetPathname(FirmwareRegistry::kCurrent, former_.Root() + "\\App\\bin");
             });
     }
 
@@ -64,7 +64,7 @@ protected:
         return "process " + std::to_string(process) + " (" + worker_ + " " + argument + "): ";
     }
 
-    const PrefixStandIns standIns_{PrefixStandIns::Wmi::standIn};
+    const PrefixStandIns standIns_{PrefixStandIns::Wmi::kStandIn};
     const std::string worker_ = TestProgram("no_windows");
     SupervisorProcess former_;
     std::unique_ptr<SupervisorProcess> successor_;

@@ -59,11 +59,11 @@ protected:
         EXPECT_EQ(Daemonctl("exit").exitCode, 0U);
         successor_ = std::make_unique<SupervisorProcess>(
             [this](FirmwareRegistry& registry, const std::string&) {
-                registry.SetPathname(FirmwareRegistry::current, former_.Root() + "\\App\\bin");
+                registry.SetPathname(FirmwareRegistry::kCurrent, former_.Root() + "\\App\\bin");
             });
     }
 
-    const PrefixStandIns standIns_{PrefixStandIns::Wmi::standIn};
+    const PrefixStandIns standIns_{PrefixStandIns::Wmi::kStandIn};
     SupervisorProcess former_;
     std::unique_ptr<SupervisorProcess> successor_;
     ProcessReaper reaper_;
@@ -153,7 +153,7 @@ TEST_F(HandOverTrust,
               (Answer{0, "the supervisor has ended; 2 daemons run on without it\n", ""}));
     successor_ =
         std::make_unique<SupervisorProcess>([this](FirmwareRegistry& registry, const std::string&) {
-            registry.SetPathname(FirmwareRegistry::current, former_.Root() + "\\App\\bin");
+            registry.SetPathname(FirmwareRegistry::kCurrent, former_.Root() + "\\App\\bin");
         });
     const Answer answer = Daemonctl("reattach --outside");
     EXPECT_EQ(answer.exitCode, 0U) << answer;

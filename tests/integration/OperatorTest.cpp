@@ -253,7 +253,7 @@ TEST(Operator, Check_compares_the_daemons_with_a_list_of_programs)
 TEST(Operator, Commands_end_with_exit_code_5_if_the_log_cannot_be_read)
 {
     const SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
-        registry.SetPathname(FirmwareRegistry::current, root);
+        registry.SetPathname(FirmwareRegistry::kCurrent, root);
         std::ofstream(root + "\\Logs") << "in the way";
     });
     for (const char* arguments : {"ps", "wait 0", "restart 0", "stop --all", "reattach"}) {

@@ -65,7 +65,7 @@ TEST(PlantedLibrary, The_supervisor_loads_none_from_its_folder)
     const TempFolder root;
     std::filesystem::create_directory(root.Path() / "App");
     FirmwareRegistry registry;
-    registry.SetPathname(FirmwareRegistry::current, root.Path().string());
+    registry.SetPathname(FirmwareRegistry::kCurrent, root.Path().string());
     const PrefixClass wmi(kWbemLocator, kBareName);
     const system::com::v1::ComApartment apartment;
     const CapturedProgram supervisor("\"" + planted.Program("DaemonManager.exe") + "\"");

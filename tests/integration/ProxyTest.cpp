@@ -29,7 +29,7 @@ std::string Received(SupervisorProcess& supervisor, std::vector<std::wstring> ar
     const std::string program = TestProgram("writes_command_line");
     arguments.insert(arguments.begin(), L"out.txt");
     supervisor.Client().Launch(NarrowToWide(program, CP_UTF8), arguments,
-                               daemon_manager::ArgumentCheck::none);
+                               daemon_manager::ArgumentCheck::kNone);
     const std::string text = WaitForNote(supervisor.App() + "\\out.txt");
     const std::string start = program + " out.txt ";
     return text.starts_with(start) ? text.substr(start.size()) : "unexpected: " + text;
@@ -40,7 +40,7 @@ TEST(Proxy, A_client_gets_the_interface_only_while_the_proxy_is_registered)
     const TempFolder root;
     std::filesystem::create_directory(root.Path() / "App");
     FirmwareRegistry registry;
-    registry.SetPathname(FirmwareRegistry::current, root.Path().string());
+    registry.SetPathname(FirmwareRegistry::kCurrent, root.Path().string());
     const ComApartment apartment;
     const CapturedProgram program(ProductProgram("DaemonManager.exe"));
     ComPtr<IUnknown> object;

@@ -135,7 +135,7 @@ TEST_F(FailedAttachScene, Attach_refuses_an_argument_array_that_begins_at_1_and_
 
 TEST(FailedAttachSceneWithBadWmi, Attach_returns_the_result_of_a_failed_query_and_logs_no_line)
 {
-    const PrefixStandIns standIns(PrefixStandIns::Wmi::standIn);
+    const PrefixStandIns standIns(PrefixStandIns::Wmi::kStandIn);
     TestService listed("DmSceneListed");
     listed.Start();
     auto failure = std::make_unique<QueriesFail>(kServerUnavailable);
@@ -154,7 +154,7 @@ TEST(FailedAttachSceneWithBadWmi, Attach_returns_the_result_of_a_failed_query_an
 
 TEST(FailedAttachSceneWithBadWmi, Without_WMI_every_attach_fails_and_logs_a_line)
 {
-    const PrefixStandIns standIns(PrefixStandIns::Wmi::broken);
+    const PrefixStandIns standIns(PrefixStandIns::Wmi::kBroken);
     SupervisorProcess supervisor;
     bool logged = false;
     for (const RingRecord& record : supervisor.Log()) {

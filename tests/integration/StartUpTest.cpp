@@ -50,8 +50,8 @@ TEST(StartUp, A_start_with_a_first_key_without_a_value_fails_and_ignores_the_sec
     const TempFolder root;
     std::filesystem::create_directory(root.Path() / "App");
     FirmwareRegistry registry;
-    registry.Create(Key::current);
-    registry.SetPathname(Key::older, root.Path().string());
+    registry.Create(Key::kCurrent);
+    registry.SetPathname(Key::kOlder, root.Path().string());
     EXPECT_EQ(ErrorOfFailedStart(), "Exception occured : could not get firmware root path\n");
 }
 
@@ -59,7 +59,7 @@ TEST(StartUp, A_start_with_a_value_of_more_than_255_bytes_fails)
 {
     FirmwareRegistry registry;
     // 256 bytes with the terminating zero
-    registry.SetPathname(Key::current, "C:\\" + std::string(252, 'x'));
+    registry.SetPathname(Key::kCurrent, "C:\\" + std::string(252, 'x'));
     EXPECT_EQ(ErrorOfFailedStart(), "Exception occured : could not get firmware root path\n");
 }
 
@@ -67,7 +67,7 @@ TEST(StartUp, A_value_of_255_bytes_without_a_terminating_zero_is_read_completely
 {
     FirmwareRegistry registry;
     const std::string root = "C:\\" + std::string(252, 'x');
-    registry.SetPathname(Key::current, REG_BINARY, root);
+    registry.SetPathname(Key::kCurrent, REG_BINARY, root);
     const std::string error = ErrorOfFailedStart();
     EXPECT_TRUE(error.starts_with("Exception occured : cannot switch to directory " + root +
                                   "\\App. Error "))
@@ -78,7 +78,7 @@ TEST(StartUp, A_start_without_the_folder_App_fails_and_names_the_folder)
 {
     const TempFolder root;
     FirmwareRegistry registry;
-    registry.SetPathname(Key::current, root.Path().string());
+    registry.SetPathname(Key::kCurrent, root.Path().string());
     EXPECT_EQ(ErrorOfFailedStart(), "Exception occured : cannot switch to directory " +
                                         root.Path().string() + "\\App. Error 2\n");
     EXPECT_FALSE(std::filesystem::exists(root.Path() / "Logs"));
@@ -94,7 +94,7 @@ TEST(StartUp, The_root_is_the_part_before_App_and_the_supervisor_works_in_App_an
 TEST(StartUp, A_value_without_App_is_the_root)
 {
     SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
-        registry.SetPathname(Key::current, root);
+        registry.SetPathname(Key::kCurrent, root);
     });
     EXPECT_EQ(WorkingFolderOf(supervisor), supervisor.App());
     EXPECT_TRUE(supervisor.WaitForLog(2, "Deamon Thread started"));
@@ -103,7 +103,7 @@ TEST(StartUp, A_value_without_App_is_the_root)
 TEST(StartUp, The_root_ends_before_any_folder_whose_name_begins_with_App)
 {
     SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
-        registry.SetPathname(Key::current, root + "\\Apps\\x");
+        registry.SetPathname(Key::kCurrent, root + "\\Apps\\x");
     });
     EXPECT_EQ(WorkingFolderOf(supervisor), supervisor.App());
 }
@@ -111,7 +111,7 @@ TEST(StartUp, The_root_ends_before_any_folder_whose_name_begins_with_App)
 TEST(StartUp, The_supervisor_uses_the_older_key_if_the_first_key_is_missing)
 {
     SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
-        registry.SetPathname(Key::older, root + "\\App\\bin");
+        registry.SetPathname(Key::kOlder, root + "\\App\\bin");
     });
     EXPECT_EQ(WorkingFolderOf(supervisor), supervisor.App());
     EXPECT_TRUE(supervisor.WaitForLog(2, "Deamon Thread started"));
@@ -120,8 +120,8 @@ TEST(StartUp, The_supervisor_uses_the_older_key_if_the_first_key_is_missing)
 TEST(StartUp, The_supervisor_prefers_the_first_key)
 {
     SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
-        registry.SetPathname(Key::current, root);
-        registry.SetPathname(Key::older, "C:\\nowhere");
+        registry.SetPathname(Key::kCurrent, root);
+        registry.SetPathname(Key::kOlder, "C:\\nowhere");
     });
     EXPECT_EQ(WorkingFolderOf(supervisor), supervisor.App());
 }
@@ -130,7 +130,7 @@ TEST(StartUp, The_supervisor_accepts_a_value_of_any_type)
 {
     SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
         // without a terminating zero
-        registry.SetPathname(Key::current, REG_BINARY, root + "\\App");
+        registry.SetPathname(Key::kCurrent, REG_BINARY, root + "\\App");
     });
     EXPECT_EQ(WorkingFolderOf(supervisor), supervisor.App());
 }
@@ -142,7 +142,7 @@ TEST(StartUp, The_supervisor_appends_to_an_existing_log_file)
         std::ofstream(root + "\\Logs\\DaemonManager.log", std::ios::binary)
             << "0x00000047\r\n"
                "41;Sat Nov 21 05:17:54.470;1795238274470;2;an earlier run\r\n";
-        registry.SetPathname(Key::current, root);
+        registry.SetPathname(Key::kCurrent, root);
     });
     ASSERT_TRUE(supervisor.WaitForLog(2, "Deamon Thread started"));
     const auto records = supervisor.Log();
@@ -155,7 +155,7 @@ TEST(StartUp, The_supervisor_logs_only_to_the_console_if_it_cannot_create_the_lo
 {
     SupervisorProcess supervisor([](FirmwareRegistry& registry, const std::string& root) {
         std::ofstream(root + "\\Logs") << "a file where the folder should be";
-        registry.SetPathname(Key::current, root);
+        registry.SetPathname(Key::kCurrent, root);
     });
     EXPECT_TRUE(WaitUntil([&] {
         return supervisor.Process().Error().find(" Deamon Thread started\n") != std::string::npos;

@@ -41,7 +41,7 @@ protected:
         return nlohmann::json::parse(Daemonctl("ps --json").output).at("daemons").size();
     }
 
-    const PrefixStandIns standIns_{PrefixStandIns::Wmi::standIn};
+    const PrefixStandIns standIns_{PrefixStandIns::Wmi::kStandIn};
     const std::string worker_ = TestProgram("no_windows");
     SupervisorProcess supervisor_;
 

@@ -32,7 +32,7 @@ protected:
     {
         successor_ = std::make_unique<SupervisorProcess>(
             [this](FirmwareRegistry& registry, const std::string&) {
-                registry.SetPathname(FirmwareRegistry::current, former_.Root() + "\\App\\bin");
+                registry.SetPathname(FirmwareRegistry::kCurrent, former_.Root() + "\\App\\bin");
             });
     }
 
@@ -66,7 +66,7 @@ protected:
                worker_ + " " + std::to_string(id) + "): " + what + "\n";
     }
 
-    const PrefixStandIns standIns_{PrefixStandIns::Wmi::standIn};
+    const PrefixStandIns standIns_{PrefixStandIns::Wmi::kStandIn};
     const std::string worker_ = TestProgram("no_windows");
     SupervisorProcess former_;
     std::unique_ptr<SupervisorProcess> successor_;
@@ -283,7 +283,7 @@ TEST_F(Upgrade, Reattach_reports_a_process_that_the_supervisor_refuses_to_attach
     const std::vector<DWORD> processes = LaunchWorkers(1);
     EXPECT_EQ(Daemonctl("exit").exitCode, 0U);
     {
-        const PrefixStandIns broken(PrefixStandIns::Wmi::broken);
+        const PrefixStandIns broken(PrefixStandIns::Wmi::kBroken);
         StartNew();
     }
     const Answer answer = Daemonctl("reattach --outside");

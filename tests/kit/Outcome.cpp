@@ -28,11 +28,11 @@ CaseResult ReadCase(const std::string& suite, const nlohmann::json& item)
         (IsRefusal(text) ? refused : failed) = true;
     }
     if (item.value("result", "") == "SKIPPED") {
-        result.verdict = Verdict::leftOut; // the set-up of its suite failed
+        result.verdict = Verdict::kLeftOut; // the set-up of its suite failed
     } else if (failed) {
-        result.verdict = Verdict::failed;
+        result.verdict = Verdict::kFailed;
     } else if (refused) {
-        result.verdict = Verdict::notPossible;
+        result.verdict = Verdict::kNotPossible;
     }
     return result;
 }
@@ -54,8 +54,8 @@ std::string LineWithRefusal(const std::string& output)
 void ExplainSkippedCases(ProgramOutcome& outcome)
 {
     for (CaseResult& result : outcome.cases) {
-        if (result.verdict == Verdict::leftOut && IsRefusal(outcome.output)) {
-            result.verdict = Verdict::notPossible;
+        if (result.verdict == Verdict::kLeftOut && IsRefusal(outcome.output)) {
+            result.verdict = Verdict::kNotPossible;
             result.message = LineWithRefusal(outcome.output);
         }
     }
@@ -66,11 +66,11 @@ void ExplainSkippedCases(ProgramOutcome& outcome)
 const char* TextOf(Verdict verdict)
 {
     switch (verdict) {
-    case Verdict::passed:
+    case Verdict::kPassed:
         return "passed";
-    case Verdict::failed:
+    case Verdict::kFailed:
         return "failed";
-    case Verdict::notPossible:
+    case Verdict::kNotPossible:
         return "not possible";
     default:
         return "left out";
@@ -98,25 +98,25 @@ std::vector<CaseResult> ReadCases(std::string_view json)
 void Judge(ProgramOutcome& outcome, const ProgramEnd& end)
 {
     ExplainSkippedCases(outcome);
-    const std::size_t failed = CountCases(outcome, Verdict::failed);
-    const std::size_t refused = CountCases(outcome, Verdict::notPossible);
-    outcome.verdict = Verdict::failed;
+    const std::size_t failed = CountCases(outcome, Verdict::kFailed);
+    const std::size_t refused = CountCases(outcome, Verdict::kNotPossible);
+    outcome.verdict = Verdict::kFailed;
     if (end.interrupted) {
-        outcome.verdict = Verdict::leftOut;
+        outcome.verdict = Verdict::kLeftOut;
         outcome.reason = "the run was stopped while this program ran";
     } else if (end.timeLimit) {
         outcome.reason = "did not end within its time limit and was ended";
     } else if (end.exitCode == 0) {
-        outcome.verdict = Verdict::passed;
+        outcome.verdict = Verdict::kPassed;
     } else if (failed != 0) {
         outcome.reason = std::to_string(failed) + " of " + std::to_string(outcome.cases.size()) +
                          " cases failed";
     } else if (refused != 0) {
-        outcome.verdict = Verdict::notPossible;
+        outcome.verdict = Verdict::kNotPossible;
         outcome.reason = std::to_string(refused) + " of " + std::to_string(outcome.cases.size()) +
                          " cases are not possible on this machine";
     } else if (outcome.cases.empty() && IsRefusal(outcome.output)) {
-        outcome.verdict = Verdict::notPossible;
+        outcome.verdict = Verdict::kNotPossible;
         outcome.reason = LineWithRefusal(outcome.output);
     } else {
         outcome.reason = "ended with exit code " + std::to_string(end.exitCode);

@@ -8,10 +8,10 @@ namespace vqrx::kit {
 
 /// What came of a case or of a program.
 enum class Verdict {
-    passed,
-    failed,
-    notPossible, ///< this machine does not allow what the test needs (HostRefusal.h)
-    leftOut      ///< the program was not started
+    kPassed,
+    kFailed,
+    kNotPossible, ///< this machine does not allow what the test needs (HostRefusal.h)
+    kLeftOut      ///< the program was not started
 };
 
 /// Returns "passed", "failed", "not possible" or "left out".
@@ -20,7 +20,7 @@ enum class Verdict {
 /// One case of a GoogleTest program. Texts are UTF-8.
 struct CaseResult {
     std::string name; ///< "Suite.Case"
-    Verdict verdict = Verdict::passed;
+    Verdict verdict = Verdict::kPassed;
     double seconds = 0;
     std::string message; ///< of a case that did not pass
 };
@@ -28,7 +28,7 @@ struct CaseResult {
 /// What came of one program. Texts are UTF-8.
 struct ProgramOutcome {
     std::string name;
-    Verdict verdict = Verdict::leftOut;
+    Verdict verdict = Verdict::kLeftOut;
     double seconds = 0;
     std::string reason; ///< in one line, of a program that did not pass
     std::vector<CaseResult> cases;

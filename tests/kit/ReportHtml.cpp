@@ -20,9 +20,9 @@ pre{background:#f5f5f5;padding:.8em;overflow:auto;white-space:pre-wrap}
 const char* ClassOf(Verdict verdict)
 {
     switch (verdict) {
-    case Verdict::passed:
+    case Verdict::kPassed:
         return "passed";
-    case Verdict::failed:
+    case Verdict::kFailed:
         return "failed";
     default:
         return "other";
@@ -91,12 +91,12 @@ std::string Details(const RunReport& report)
 {
     std::string text;
     for (const ProgramOutcome& program : report.programs) {
-        if (program.verdict == Verdict::passed || program.verdict == Verdict::leftOut) {
+        if (program.verdict == Verdict::kPassed || program.verdict == Verdict::kLeftOut) {
             continue;
         }
         text += "<h3>" + MarkupText(program.name) + ": " + TextOf(program.verdict) + "</h3>\n";
         for (const CaseResult& result : program.cases) {
-            if (result.verdict != Verdict::passed) {
+            if (result.verdict != Verdict::kPassed) {
                 text += "<p>" + MarkupText(result.name) + "</p>\n<pre>" +
                         MarkupText(result.message) + "</pre>\n";
             }
@@ -112,7 +112,7 @@ std::string Figures(const RunReport& report)
 {
     std::string text;
     for (const ProgramOutcome& program : report.programs) {
-        if (program.verdict == Verdict::passed && !program.output.empty()) {
+        if (program.verdict == Verdict::kPassed && !program.output.empty()) {
             text += "<details><summary>" + MarkupText(program.name) + "</summary>\n<pre>" +
                     MarkupText(program.output) + "</pre></details>\n";
         }

@@ -15,9 +15,9 @@ std::string Element(const ProgramOutcome& program, const std::string& name, Verd
     std::string text = "    <testcase" + Attribute("classname", program.name) +
                        Attribute("name", name) + Attribute("time", SecondsText(seconds));
     switch (verdict) {
-    case Verdict::passed:
+    case Verdict::kPassed:
         return text + "/>\n";
-    case Verdict::failed:
+    case Verdict::kFailed:
         return text + ">\n      <failure>" + MarkupText(message) + "</failure>\n    </testcase>\n";
     default:
         return text + ">\n      <skipped" + Attribute("message", message) + "/>\n    </testcase>\n";
@@ -30,11 +30,11 @@ bool IsCaseItself(const ProgramOutcome& program)
     if (program.cases.empty()) {
         return true;
     }
-    if (program.verdict != Verdict::failed) {
+    if (program.verdict != Verdict::kFailed) {
         return false;
     }
     for (const CaseResult& result : program.cases) {
-        if (result.verdict == Verdict::failed) {
+        if (result.verdict == Verdict::kFailed) {
             return false;
         }
     }
@@ -51,15 +51,15 @@ std::string Suite(const ProgramOutcome& program)
                          const std::string& message) {
         elements += Element(program, name, verdict, seconds, message);
         ++tests;
-        failures += verdict == Verdict::failed ? 1U : 0U;
-        skipped += verdict != Verdict::failed && verdict != Verdict::passed ? 1U : 0U;
+        failures += verdict == Verdict::kFailed ? 1U : 0U;
+        skipped += verdict != Verdict::kFailed && verdict != Verdict::kPassed ? 1U : 0U;
     };
     for (const CaseResult& result : program.cases) {
         add(result.name, result.verdict, result.seconds, result.message);
     }
     if (IsCaseItself(program)) {
         add(program.name, program.verdict, program.seconds,
-            program.reason + (program.verdict == Verdict::failed ? "\n" + program.output : ""));
+            program.reason + (program.verdict == Verdict::kFailed ? "\n" + program.output : ""));
     }
     return "  <testsuite" + Attribute("name", program.name) +
            Attribute("tests", std::to_string(tests)) +

@@ -8,13 +8,13 @@ namespace {
 void Count(Counts& counts, Verdict verdict)
 {
     switch (verdict) {
-    case Verdict::passed:
+    case Verdict::kPassed:
         ++counts.passed;
         break;
-    case Verdict::failed:
+    case Verdict::kFailed:
         ++counts.failed;
         break;
-    case Verdict::notPossible:
+    case Verdict::kNotPossible:
         ++counts.notPossible;
         break;
     default:

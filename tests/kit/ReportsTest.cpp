@@ -18,19 +18,19 @@ RunReport Example()
     report.facts = {{"Windows", "11 <home>"}};
     ProgramOutcome good;
     good.name = "unit_good";
-    good.verdict = Verdict::passed;
+    good.verdict = Verdict::kPassed;
     good.seconds = 1.5;
-    good.cases = {{"A.b", Verdict::passed, 0.5, ""}};
+    good.cases = {{"A.b", Verdict::kPassed, 0.5, ""}};
     ProgramOutcome bad;
     bad.name = "unit_bad";
-    bad.verdict = Verdict::failed;
+    bad.verdict = Verdict::kFailed;
     bad.reason = "1 of 2 cases failed";
-    bad.cases = {{"C.d", Verdict::failed, 0, "x < y"},
-                 {"C.e", Verdict::notPossible, 0, "not possible on this machine: z"}};
+    bad.cases = {{"C.d", Verdict::kFailed, 0, "x < y"},
+                 {"C.e", Verdict::kNotPossible, 0, "not possible on this machine: z"}};
     bad.output = "it printed this";
     ProgramOutcome crashed;
     crashed.name = "unit_crashed";
-    crashed.verdict = Verdict::failed;
+    crashed.verdict = Verdict::kFailed;
     crashed.reason = "ended with exit code 5";
     ProgramOutcome waiting;
     waiting.name = "unit_waiting";

@@ -33,10 +33,10 @@ public:
     [[nodiscard]] std::size_t Count() const { return entries_.size(); }
 
 private:
-    enum class State { waiting, running, ended };
+    enum class State { kWaiting, kRunning, kEnded };
     struct Entry {
         TestProgram program;
-        State state = State::waiting;
+        State state = State::kWaiting;
     };
 
     [[nodiscard]] bool SharesLockWithRunning(const TestProgram& program) const;

@@ -101,7 +101,7 @@ void TestRun::Start(std::size_t number)
     } catch (const std::exception& error) {
         ProgramOutcome outcome;
         outcome.name = program.name;
-        outcome.verdict = Verdict::failed;
+        outcome.verdict = Verdict::kFailed;
         outcome.reason = error.what();
         schedule_.Ended(number);
         Note(number, outcome);
@@ -153,12 +153,12 @@ void TestRun::Finish(Running& running, const ProgramEnd& end)
     outcome.cases = ReadCases(ContentOf(work / kResults));
     outcome.output = ContentOf(work / kPrinted);
     Judge(outcome, end);
-    if (outcome.verdict == Verdict::passed && !outcome.cases.empty()) {
+    if (outcome.verdict == Verdict::kPassed && !outcome.cases.empty()) {
         outcome.output.clear(); // other programs print figures
     } else if (outcome.output.size() > kMostOutput) {
         outcome.output = "... " + outcome.output.substr(outcome.output.size() - kMostOutput);
     }
-    mustCleanUp_ = mustCleanUp_ || outcome.verdict != Verdict::passed;
+    mustCleanUp_ = mustCleanUp_ || outcome.verdict != Verdict::kPassed;
     RemoveTree(work); // what cannot be removed now goes with the whole folder
     schedule_.Ended(number);
     Note(number, outcome);

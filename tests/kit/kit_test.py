@@ -107,12 +107,15 @@ class Kit(unittest.TestCase):
         self.assertFalse((self.folder / "work").exists())
 
     def test_a_killed_run_is_put_back_at_the_next_start(self):
-        self.use(("hangs", r"tests\programs\no_windows.exe", [], 600))
+        program = "writes_command_line.exe"
+        self.use(("hangs", rf"tests\programs\{program}", ["mark.txt"], 600))
         with machine.Background(self.runner, "--yes"):
-            machine.wait_until(lambda: machine.processes("no_windows.exe"), "the start of a program")
+            # A process exists before it is part of the run's job. The file shows that it runs.
+            machine.wait_until(lambda: any((self.folder / "work").rglob("mark.txt")),
+                               "the start of a program")
             self.assertTrue((self.folder / "undo.json").exists())
             machine.end_processes("run-tests.exe")
-            machine.wait_until(lambda: not machine.processes("no_windows.exe"), "the end of the program")
+            machine.wait_until(lambda: not machine.processes(program), "the end of the program")
         # What a killed test leaves: a key, and a service with a program of the kit.
         machine.run("reg", "add", ROOT_KEY, "/v", "Pathname", "/d", r"C:\nowhere", "/f")
         service = machine.windows_path(self.folder / r"tests/programs/test_service.exe")

@@ -32,16 +32,16 @@ void Delete(FirmwareRegistry::Key key)
 } // namespace
 
 FirmwareRegistry::FirmwareRegistry()
-    : saved_{Save(current), Save(older)}
+    : saved_{Save(kCurrent), Save(kOlder)}
 {
-    Delete(current);
-    Delete(older);
+    Delete(kCurrent);
+    Delete(kOlder);
 }
 
 FirmwareRegistry::~FirmwareRegistry()
 {
-    Restore(current);
-    Restore(older);
+    Restore(kCurrent);
+    Restore(kOlder);
 }
 
 FirmwareRegistry::Saved FirmwareRegistry::Save(Key key)

@@ -12,7 +12,7 @@ namespace vqrx::test {
 /// keys. The destructor restores them.
 class FirmwareRegistry {
 public:
-    enum Key { current, older };
+    enum Key { kCurrent, kOlder };
 
     /// @throws std::runtime_error  if a key holds more than its value "Pathname"
     FirmwareRegistry();

@@ -54,14 +54,14 @@ public:
 
 /// Whether a connection is refused if somebody else than the installed supervisor answers.
 enum class Answerer {
-    installed, ///< refuse a stranger; see SupervisorTrust in SupervisorIdentity.h
-    anybody    ///< do not look; for a supervisor that is not installed
+    kInstalled, ///< refuse a stranger; see SupervisorTrust in SupervisorIdentity.h
+    kAnybody    ///< do not look; for a supervisor that is not installed
 };
 
 /// What becomes of arguments that would not reach the program as they are.
 enum class ArgumentCheck {
-    refuse, ///< throw UnsafeArgument; ArgumentRules.h has the rules
-    none    ///< send them as they are
+    kRefuse, ///< throw UnsafeArgument; ArgumentRules.h has the rules
+    kNone    ///< send them as they are
 };
 
 /// The answer of the supervisor to Launch and Attach.
@@ -81,7 +81,7 @@ public:
     /// Connects to the supervisor. The calling thread must have initialised COM. All calls are
     /// encrypted, and the supervisor learns who calls but may not act as the caller.
     /// @throws SupervisorNotRunning, ProxyNotRegistered, SupervisorNotTrusted, SupervisorError
-    explicit SupervisorClient(Answerer answerer = Answerer::installed);
+    explicit SupervisorClient(Answerer answerer = Answerer::kInstalled);
     SupervisorClient(SupervisorClient&&) noexcept;
     SupervisorClient& operator=(SupervisorClient&&) noexcept;
     SupervisorClient(const SupervisorClient&) = delete;
@@ -95,7 +95,7 @@ public:
     ///         is the number of that daemon
     /// @throws UnsafeArgument
     DaemonRequest Launch(const std::wstring& path, const std::vector<std::wstring>& arguments = {},
-                         ArgumentCheck check = ArgumentCheck::refuse);
+                         ArgumentCheck check = ArgumentCheck::kRefuse);
 
     /// Ends the process of a daemon and removes the daemon. May take a minute.
     /// @return false: the id is unknown, the daemon was attached, or Windows refused to end its
@@ -107,7 +107,7 @@ public:
     /// @return done is false if the supervisor could not inspect the process
     /// @throws UnsafeArgument
     DaemonRequest Attach(std::uint32_t processId, const std::vector<std::wstring>& arguments = {},
-                         ArgumentCheck check = ArgumentCheck::refuse);
+                         ArgumentCheck check = ArgumentCheck::kRefuse);
 
     /// Removes an attached daemon; its process keeps running.
     /// @return false if no daemon has this number or the daemon is not attached

@@ -23,15 +23,15 @@ struct SupervisorProcess {
 enum class SupervisorTrust {
     /// The installed program runs as an expected user. If it also runs as an unexpected one, reason
     /// names that process.
-    known,
-    unknown, ///< it cannot be found out; reason says why
+    kKnown,
+    kUnknown, ///< it cannot be found out; reason says why
     /// The installed program does not run, or somebody else runs it; reason says what is wrong.
-    stranger
+    kStranger
 };
 
 /// Who can have published the supervisor's object.
 struct SupervisorIdentity {
-    SupervisorTrust trust = SupervisorTrust::unknown;
+    SupervisorTrust trust = SupervisorTrust::kUnknown;
     std::string reason;            ///< for people, UTF-8; empty if nothing is wrong
     std::wstring installedProgram; ///< full path; empty: nothing on this machine names it
     /// Every process, of all sessions, whose file is named DaemonManager.exe.

@@ -52,16 +52,16 @@ bool PostQuit(DWORD processId)
 bool EndProcess(const EndedProcess& ended, const StopTimings& timings, StopMethod& method)
 {
     if (IsSnmpAgent(ended.executablePath) && CloseAgentWindows(ended.processId, timings)) {
-        method = StopMethod::keystrokes;
+        method = StopMethod::kKeystrokes;
         return true;
     }
     if (PostQuit(ended.processId) &&
         WaitForSingleObject(ended.process, timings.quitWaitMs) != WAIT_TIMEOUT) {
-        method = StopMethod::quitMessage;
+        method = StopMethod::kQuitMessage;
         return true;
     }
     if (TerminateProcess(ended.process, 0) != FALSE) {
-        method = StopMethod::termination;
+        method = StopMethod::kTermination;
         return true;
     }
     return false;

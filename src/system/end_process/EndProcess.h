@@ -16,9 +16,9 @@ struct StopTimings {
 
 /// How a process was ended. The log shows the number.
 enum class StopMethod : std::uint32_t {
-    keystrokes = 0,  ///< the SNMP agent closed its windows after keystrokes
-    quitMessage = 1, ///< the process ended after WM_QUIT
-    termination = 2, ///< TerminateProcess
+    kKeystrokes = 0,  ///< the SNMP agent closed its windows after keystrokes
+    kQuitMessage = 1, ///< the process ended after WM_QUIT
+    kTermination = 2, ///< TerminateProcess
 };
 
 /// A process to end.

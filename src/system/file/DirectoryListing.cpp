@@ -27,7 +27,7 @@ bool IsMissing(const File& dir, const std::string& pattern, DWORD error)
     // Windows answers ERROR_FILE_NOT_FOUND if no name in the folder matches. It answers
     // ERROR_PATH_NOT_FOUND if the folder is missing, but also if the path is too long.
     return error == ERROR_FILE_NOT_FOUND ||
-           (error == ERROR_PATH_NOT_FOUND && KindOf(dir) == FileKind::nothing &&
+           (error == ERROR_PATH_NOT_FOUND && KindOf(dir) == FileKind::kNothing &&
             !IsTooLong(pattern));
 }
 
@@ -62,7 +62,7 @@ void ForEachEntry(const File& dir, const EntryCallback& callback)
 
 void EnumerateDirectory(const File& dir, const EntryCallback& callback)
 {
-    if (KindOf(dir) != FileKind::directory) {
+    if (KindOf(dir) != FileKind::kDirectory) {
         throw std::runtime_error(dir.Path() + " is not a directory");
     }
     ForEachEntry(dir, callback);

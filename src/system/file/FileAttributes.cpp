@@ -15,9 +15,9 @@ FileKind KindOfPath(const std::string& path) noexcept
 {
     const DWORD attributes = GetFileAttributesA(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
-        return FileKind::nothing;
+        return FileKind::kNothing;
     }
-    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? FileKind::directory : FileKind::file;
+    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? FileKind::kDirectory : FileKind::kFile;
 }
 
 bool IsLink(const File& file) noexcept

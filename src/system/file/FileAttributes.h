@@ -7,7 +7,7 @@
 namespace vqrx::system::file::v2 {
 
 /// Kind of the entry at a path; nothing if there is no entry or Windows refuses to look.
-enum class FileKind { nothing, file, directory };
+enum class FileKind { kNothing, kFile, kDirectory };
 
 /// Returns the kind of the entry at a path. A link to a directory counts as a directory.
 [[nodiscard]] FileKind KindOf(const File& file) noexcept;

@@ -83,12 +83,12 @@ void CreateDirectories(const File& dir)
     std::size_t existing = ends.size(); // the number of levels that exist
     while (existing != 0) {
         const std::string level = path.substr(0, ends[existing - 1]);
-        const FileKind kind = level.size() > kLongestPath ? FileKind::nothing : KindOfPath(level);
-        if (kind == FileKind::directory) {
+        const FileKind kind = level.size() > kLongestPath ? FileKind::kNothing : KindOfPath(level);
+        if (kind == FileKind::kDirectory) {
             break;
         }
         --existing;
-        if (kind == FileKind::file) {
+        if (kind == FileKind::kFile) {
             RemoveFile(File(level));
             break;
         }
@@ -116,12 +116,12 @@ void RemoveDirectory(const File& dir)
 void Remove(const File& f)
 {
     switch (KindOf(f)) {
-    case FileKind::nothing:
+    case FileKind::kNothing:
         return;
-    case FileKind::directory:
+    case FileKind::kDirectory:
         RemoveDirectory(f);
         return;
-    case FileKind::file:
+    case FileKind::kFile:
         RemoveFile(f);
         return;
     }
@@ -130,7 +130,7 @@ void Remove(const File& f)
 void CopyTo(const File& source, const std::string& destinationDir)
 {
     const File target(destinationDir + "\\" + source.Components().back());
-    const bool isFile = KindOf(source) == FileKind::file;
+    const bool isFile = KindOf(source) == FileKind::kFile;
     RefuseToCopyIntoItself(source, target, isFile);
     if (isFile) {
         Remove(target);

@@ -43,7 +43,7 @@ public:
         root_.emplace();
         std::filesystem::create_directory(root_->Path() / "App");
         registry_.emplace();
-        registry_->SetPathname(FirmwareRegistry::current, root_->Path().string());
+        registry_->SetPathname(FirmwareRegistry::kCurrent, root_->Path().string());
         firewallService_.emplace("MpsSvc");
         firewallService_->Start();
     }

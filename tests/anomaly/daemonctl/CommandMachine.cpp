@@ -37,7 +37,7 @@ public:
         std::filesystem::create_directory(root_->Path() / "App");
         std::filesystem::create_directory(root_->Path() / "Logs");
         registry_.emplace();
-        registry_->SetPathname(FirmwareRegistry::current, root_->Path().string());
+        registry_->SetPathname(FirmwareRegistry::kCurrent, root_->Path().string());
         firewallService_.emplace("MpsSvc");
         firewallService_->Start();
     }

@@ -25,7 +25,7 @@ void* AllocateCounted(std::size_t size, const void* caller)
     } else {
         const OfTheTest mark; // malloc itself is not counted a second time
         memory = std::malloc(bytes);
-        NoteAcquired(Resource::memory, reinterpret_cast<std::uint64_t>(memory), path);
+        NoteAcquired(Resource::kMemory, reinterpret_cast<std::uint64_t>(memory), path);
     }
     if (memory == nullptr) {
         throw std::bad_alloc();

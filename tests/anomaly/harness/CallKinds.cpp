@@ -8,9 +8,9 @@
 namespace vqrx::test::anomaly {
 namespace {
 
-constexpr auto kNoError = ErrorPlace::none;
-constexpr auto kLast = ErrorPlace::lastError;
-constexpr auto kErrno = ErrorPlace::errnoValue;
+constexpr auto kNoError = ErrorPlace::kNone;
+constexpr auto kLast = ErrorPlace::kLastError;
+constexpr auto kErrno = ErrorPlace::kErrnoValue;
 
 constexpr std::uint64_t kInvalidHandle = ~std::uint64_t{0};
 constexpr std::uint64_t kMinusOne = 0xFFFFFFFF;       // as int and as DWORD

@@ -9,7 +9,7 @@
 namespace vqrx::test::anomaly {
 
 /// Where a failed call leaves the number of its error.
-enum class ErrorPlace : std::uint8_t { none, lastError, errnoValue };
+enum class ErrorPlace : std::uint8_t { kNone, kLastError, kErrnoValue };
 
 /// How a function fails, as the product sees it.
 struct CallKind {
@@ -46,14 +46,14 @@ struct SureCall {
 
 /// Where a call has the thing that it acquires or gives back.
 enum class Where : std::uint8_t {
-    result,           ///< it is the result
-    parameter,        ///< it is a parameter
-    throughParameter, ///< a parameter points to it
-    thread,           ///< it is the calling thread
+    kResult,           ///< it is the result
+    kParameter,        ///< it is a parameter
+    kThroughParameter, ///< a parameter points to it
+    kThread,           ///< it is the calling thread
 };
 
 /// Which results of an acquiring call mean that it succeeded.
-enum class Success : std::uint8_t { always, handle, notZero, zero, notNegative };
+enum class Success : std::uint8_t { kAlways, kHandle, kNotZero, kZero, kNotNegative };
 
 /// What a function acquires, or gives back.
 struct Ownership {
@@ -62,7 +62,7 @@ struct Ownership {
     bool acquires;
     Where where;
     int number = 0; ///< of the parameter, from 1
-    Success success = Success::always;
+    Success success = Success::kAlways;
 };
 
 /// Returns how a function fails; null if it is not in the table of functions that can fail.

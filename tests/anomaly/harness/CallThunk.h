@@ -10,7 +10,7 @@ struct CallKind;
 struct Ownership;
 
 /// What the harness does besides noting resources.
-enum class Structure : std::uint8_t { none, startedProcess, startedThread, clearedVariant };
+enum class Structure : std::uint8_t { kNone, kStartedProcess, kStartedThread, kClearedVariant };
 
 /// One function or method whose calls go through a thunk.
 struct ThunkedCall {
@@ -21,14 +21,14 @@ struct ThunkedCall {
     bool isStandIn = false;         ///< a method of a stand-in: what it calls belongs to the test
     bool isOfTheTest = false;       ///< the product does not call it
     std::span<const Ownership> ownerships; ///< what it acquires and gives back
-    Structure structure = Structure::none;
+    Structure structure = Structure::kNone;
 };
 
 /// What becomes of one call.
 enum class Decision : std::uint64_t {
-    pass = 0,         ///< the function is called
-    fail = 1,         ///< the function is not called
-    passThenFail = 2, ///< the function is called, and its result is replaced
+    kPass = 0,         ///< the function is called
+    kFail = 1,         ///< the function is not called
+    kPassThenFail = 2, ///< the function is called, and its result is replaced
 };
 
 struct CallPath;

@@ -62,13 +62,13 @@ private:
 bool Succeeded(const Ownership& ownership, std::uint64_t result) noexcept
 {
     switch (ownership.success) {
-    case Success::handle:
+    case Success::kHandle:
         return result != 0 && result != ~std::uint64_t{0};
-    case Success::notZero:
+    case Success::kNotZero:
         return result != 0;
-    case Success::zero:
+    case Success::kZero:
         return static_cast<std::uint32_t>(result) == 0;
-    case Success::notNegative:
+    case Success::kNotNegative:
         return static_cast<std::int32_t>(result) >= 0;
     default:
         return true;
@@ -78,12 +78,12 @@ bool Succeeded(const Ownership& ownership, std::uint64_t result) noexcept
 std::uint64_t ThingOf(const Ownership& ownership, const CallFrame& frame) noexcept
 {
     switch (ownership.where) {
-    case Where::parameter:
+    case Where::kParameter:
         return frame.arguments[ownership.number - 1];
-    case Where::throughParameter:
+    case Where::kThroughParameter:
         return *reinterpret_cast<const std::uint64_t*>( // NOLINT(performance-no-int-to-ptr)
             frame.arguments[ownership.number - 1]);
-    case Where::thread:
+    case Where::kThread:
         return GetCurrentThreadId();
     default:
         return frame.result;
@@ -92,8 +92,8 @@ std::uint64_t ThingOf(const Ownership& ownership, const CallFrame& frame) noexce
 
 void NoteProcess(const PROCESS_INFORMATION& process, const CallPath* path) noexcept
 {
-    NoteAcquired(Resource::process, reinterpret_cast<std::uint64_t>(process.hProcess), path);
-    NoteAcquired(Resource::handle, reinterpret_cast<std::uint64_t>(process.hThread), path);
+    NoteAcquired(Resource::kProcess, reinterpret_cast<std::uint64_t>(process.hProcess), path);
+    NoteAcquired(Resource::kHandle, reinterpret_cast<std::uint64_t>(process.hThread), path);
     NoteStartedProcess(process.hProcess);
 }
 
@@ -104,10 +104,10 @@ void NoteReleases(const CallFrame& frame) noexcept
             NoteReleased(ownership.resource, ThingOf(ownership, frame));
         }
     }
-    if (frame.call->structure == Structure::clearedVariant) {
+    if (frame.call->structure == Structure::kClearedVariant) {
         const auto* const variant = reinterpret_cast<const VARIANT*>(frame.arguments[0]);
         if (variant->vt == VT_BSTR) {
-            NoteReleased(Resource::text, reinterpret_cast<std::uint64_t>(variant->bstrVal));
+            NoteReleased(Resource::kText, reinterpret_cast<std::uint64_t>(variant->bstrVal));
         }
     }
 }
@@ -132,9 +132,9 @@ bool FailsAnyway(const ThunkedCall& call, std::uint64_t result) noexcept
 
 void SetError(const CallKind& kind, KeptError& kept) noexcept
 {
-    if (kind.place == ErrorPlace::lastError) {
+    if (kind.place == ErrorPlace::kLastError) {
         kept.Replace(kind.error);
-    } else if (kind.place == ErrorPlace::errnoValue) {
+    } else if (kind.place == ErrorPlace::kErrnoValue) {
         errno = static_cast<int>(kind.error);
     }
 }
@@ -168,7 +168,7 @@ extern "C" void AnomalyDecide(CallFrame* frame) noexcept
 {
     KeptError kept;
     const ThunkedCall& call = *frame->call;
-    frame->decision = Decision::pass;
+    frame->decision = Decision::kPass;
     frame->path = nullptr;
     if (running && Marks() == 0) {
         CallPath& path = PathTo(call.name, frame->caller, TlsGetValue(roots));
@@ -176,10 +176,11 @@ extern "C" void AnomalyDecide(CallFrame* frame) noexcept
         if (call.isOfTheTest) {
             NoteUnexpected(call.name);
         } else if (counting && call.kind != nullptr && CountCall(path)) {
-            frame->decision = call.kind->worksAllTheSame ? Decision::passThenFail : Decision::fail;
+            frame->decision =
+                call.kind->worksAllTheSame ? Decision::kPassThenFail : Decision::kFail;
         }
     }
-    if (frame->decision == Decision::fail) {
+    if (frame->decision == Decision::kFail) {
         SetError(*call.kind, kept);
         return;
     }
@@ -196,7 +197,7 @@ extern "C" void AnomalyReturned(CallFrame* frame) noexcept
     if (call.isStandIn) {
         SetMarks(Marks() - 1);
     }
-    if (frame->decision == Decision::passThenFail) {
+    if (frame->decision == Decision::kPassThenFail) {
         SetError(*call.kind, kept);
     }
     if (frame->path == nullptr) {
@@ -210,10 +211,10 @@ extern "C" void AnomalyReturned(CallFrame* frame) noexcept
             NoteAcquired(ownership.resource, ThingOf(ownership, *frame), frame->path);
         }
     }
-    if (call.structure == Structure::startedProcess && frame->result != 0) {
+    if (call.structure == Structure::kStartedProcess && frame->result != 0) {
         NoteProcess(*reinterpret_cast<const PROCESS_INFORMATION*>(frame->arguments[9]),
                     frame->path);
-    } else if (call.structure == Structure::startedThread && frame->result != 0) {
+    } else if (call.structure == Structure::kStartedThread && frame->result != 0) {
         NoteStartedThread(reinterpret_cast<HANDLE>(frame->result)); // NOLINT
     }
 }

@@ -16,7 +16,7 @@ struct LedgerEntry {
     std::uint64_t value = 0;
     const CallPath* path = nullptr;
     LedgerEntry* next = nullptr;
-    Resource resource = Resource::memory;
+    Resource resource = Resource::kMemory;
 };
 
 LedgerEntry entries[kMaxEntries];

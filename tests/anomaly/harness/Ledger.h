@@ -10,19 +10,19 @@ struct CallPath;
 
 /// What a call acquires and another call gives back.
 enum class Resource : std::uint8_t {
-    memory,
-    handle,
-    process, ///< the handle of a process that was started
-    serviceHandle,
-    registryKey,
-    text, ///< BSTR
-    criticalSection,
-    localMemory,
-    file,
-    search,
-    timer,
-    apartment, ///< a thread's membership
-    arrayLock,
+    kMemory,
+    kHandle,
+    kProcess, ///< the handle of a process that was started
+    kServiceHandle,
+    kRegistryKey,
+    kText, ///< BSTR
+    kCriticalSection,
+    kLocalMemory,
+    kFile,
+    kSearch,
+    kTimer,
+    kApartment, ///< a thread's membership
+    kArrayLock,
 };
 
 /// Returns a word for a resource, for the text of a finding.

@@ -30,9 +30,9 @@ constexpr const char* kUnknown = "8IUnknown";
 constexpr std::size_t kReleaseSlot = 2; // IUnknown: QueryInterface, AddRef, Release
 
 // A result that any method may have: E_OUTOFMEMORY.
-constexpr CallKind kMethodFails{"", 0x8007000E, ErrorPlace::none, 0};
+constexpr CallKind kMethodFails{"", 0x8007000E, ErrorPlace::kNone, 0};
 // E_NOINTERFACE
-constexpr CallKind kQueryFails{"", 0x80004002, ErrorPlace::none, 0};
+constexpr CallKind kQueryFails{"", 0x80004002, ErrorPlace::kNone, 0};
 
 struct Section {
     std::uint64_t begin = 0;

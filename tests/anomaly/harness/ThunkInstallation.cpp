@@ -15,10 +15,10 @@ namespace {
 
 Structure StructureOf(std::string_view function) noexcept
 {
-    return function == "CreateProcessA" || function == "CreateProcessW" ? Structure::startedProcess
-           : function == "VariantClear"                                 ? Structure::clearedVariant
-           : function == "_beginthreadex"                               ? Structure::startedThread
-                                                                        : Structure::none;
+    return function == "CreateProcessA" || function == "CreateProcessW" ? Structure::kStartedProcess
+           : function == "VariantClear"                                 ? Structure::kClearedVariant
+           : function == "_beginthreadex"                               ? Structure::kStartedThread
+                                                                        : Structure::kNone;
 }
 
 void Watch(const ImportSlot& import)
@@ -29,7 +29,7 @@ void Watch(const ImportSlot& import)
     const bool ofTheTest = IsOfTheTest(import.function);
     const auto ownerships = OwnershipsOf(import.function);
     const Structure structure = StructureOf(import.function);
-    if (kind == nullptr && !ofTheTest && ownerships.empty() && structure == Structure::none) {
+    if (kind == nullptr && !ofTheTest && ownerships.empty() && structure == Structure::kNone) {
         return;
     }
     ThunkedCall& call = calls.emplace_back();

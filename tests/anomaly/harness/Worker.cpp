@@ -186,7 +186,7 @@ private:
         std::vector<Leftover> found;
         for (const auto& [leftover, count] : outcome.leftovers) {
             const auto usual = usualLeftovers_.find(leftover);
-            if (leftover.resource == Resource::process) {
+            if (leftover.resource == Resource::kProcess) {
                 continue; // the manager keeps the handle of each process that it has replaced
             }
             if (count > (usual == usualLeftovers_.end() ? 0 : usual->second)) {

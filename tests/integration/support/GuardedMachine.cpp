@@ -29,7 +29,7 @@ GuardedMachine::GuardedMachine()
 {
     static_cast<void>(GetDesktopWindow()); // see SupervisorProcess
     std::filesystem::create_directory(App());
-    registry_.SetPathname(FirmwareRegistry::current, App());
+    registry_.SetPathname(FirmwareRegistry::kCurrent, App());
 }
 
 GuardedMachine::~GuardedMachine()

@@ -51,7 +51,7 @@ public:
     [[nodiscard]] static DWORD WaitForSupervisor();
 
 private:
-    PrefixStandIns standIns_{PrefixStandIns::Wmi::standIn};
+    PrefixStandIns standIns_{PrefixStandIns::Wmi::kStandIn};
     ProxyRegistration proxy_;
     FirmwareRegistry registry_;
     TempFolder root_;

@@ -94,15 +94,15 @@ PrefixStandIns::PrefixStandIns(Wmi wmi)
     for (const CLSID& classId : kFirewallClasses) {
         classes_.push_back(std::make_unique<PrefixClass>(classId, library));
     }
-    if (wmi == Wmi::broken) {
+    if (wmi == Wmi::kBroken) {
         classes_.push_back(std::make_unique<PrefixClass>(kWbemLocator, L"there_is_none.dll"));
         whoseWmi_ = "none";
-    } else if (wmi == Wmi::asComplete && HostWmiIsComplete()) {
+    } else if (wmi == Wmi::kAsComplete && HostWmiIsComplete()) {
         whoseWmi_ = "WMI of the host";
     } else {
         classes_.push_back(std::make_unique<PrefixClass>(kWbemLocator, library));
-        whoseWmi_ = wmi == Wmi::standIn ? "the stand-in"
-                                        : "the stand-in, because WMI of the host is incomplete";
+        whoseWmi_ = wmi == Wmi::kStandIn ? "the stand-in"
+                                         : "the stand-in, because WMI of the host is incomplete";
     }
     EraseAllFirewallRules();
 }

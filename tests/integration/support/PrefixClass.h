@@ -29,15 +29,15 @@ private:
 class PrefixStandIns {
 public:
     enum class Wmi {
-        asComplete, ///< WMI of the host if it knows path and command line, else the stand-in
-        standIn,    ///< always the stand-in
-        broken,     ///< the class of WMI cannot be created
+        kAsComplete, ///< WMI of the host if it knows path and command line, else the stand-in
+        kStandIn,    ///< always the stand-in
+        kBroken,     ///< the class of WMI cannot be created
     };
 
     /// Removes all rules of the stand-in firewall.
     /// @throws HostRefusal  if the machine protects its classes, as Windows does
     /// @throws std::runtime_error  if the registry cannot be read or written
-    explicit PrefixStandIns(Wmi wmi = Wmi::asComplete);
+    explicit PrefixStandIns(Wmi wmi = Wmi::kAsComplete);
     PrefixStandIns(const PrefixStandIns&) = delete;
     PrefixStandIns& operator=(const PrefixStandIns&) = delete;
     ~PrefixStandIns();

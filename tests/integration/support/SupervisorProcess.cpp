@@ -67,7 +67,7 @@ ComPtr<IUnknown> FindPublished()
 
 void SupervisorProcess::InstalledInApp(FirmwareRegistry& registry, const std::string& root)
 {
-    registry.SetPathname(FirmwareRegistry::current, root + "\\App\\bin");
+    registry.SetPathname(FirmwareRegistry::kCurrent, root + "\\App\\bin");
 }
 
 SupervisorProcess::SupervisorProcess(const Configure& configure)

@@ -51,7 +51,7 @@ struct ProgramBodyTest : testing::Test {
     ProgramBodyTest()
     {
         std::filesystem::create_directory(root.Path() / "App");
-        registry.SetPathname(FirmwareRegistry::current, root.Path().string());
+        registry.SetPathname(FirmwareRegistry::kCurrent, root.Path().string());
         ConnectToTable();
     }
     ~ProgramBodyTest() override { std::filesystem::current_path(before); }

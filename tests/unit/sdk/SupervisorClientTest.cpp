@@ -60,7 +60,7 @@ struct SupervisorClientTest : testing::Test {
 TEST_F(SupervisorClientTest, Calls_are_encrypted_and_the_caller_is_only_identified)
 {
     const ImportPatch patch("CoSetProxyBlanket", NoteBlanket);
-    const SupervisorClient client(Answerer::anybody);
+    const SupervisorClient client(Answerer::kAnybody);
     ASSERT_EQ(2U, blankets.size()); // of the object and of the interface
     for (const Blanket& blanket : blankets) {
         EXPECT_EQ(control.Object(), blanket.proxy);
@@ -78,30 +78,30 @@ TEST_F(SupervisorClientTest, A_connection_whose_calls_cannot_be_protected_is_ref
 {
     const ImportPatch patch("CoSetProxyBlanket", NoteBlanket);
     blanketResult = E_ACCESSDENIED;
-    EXPECT_THROW(SupervisorClient{Answerer::anybody}, daemon_manager::SupervisorError);
+    EXPECT_THROW(SupervisorClient{Answerer::kAnybody}, daemon_manager::SupervisorError);
     for (const HRESULT without :
          {E_NOINTERFACE, E_NOTIMPL}) { // an object without a proxy, and Wine
         blanketResult = without;
-        EXPECT_NO_THROW(SupervisorClient{Answerer::anybody});
+        EXPECT_NO_THROW(SupervisorClient{Answerer::kAnybody});
     }
 }
 
 TEST_F(SupervisorClientTest, Unsafe_arguments_are_refused_unless_they_are_sent_as_they_are)
 {
-    SupervisorClient client(Answerer::anybody);
+    SupervisorClient client(Answerer::kAnybody);
     EXPECT_THROW(client.Launch(L"C:\\a.bat", {L"a&b"}), daemon_manager::UnsafeArgument);
     EXPECT_THROW(client.Launch(L"C:\\a\".exe"), daemon_manager::UnsafeArgument);
     EXPECT_THROW(client.Attach(12, {L"a\"b"}), daemon_manager::UnsafeArgument);
     EXPECT_EQ(0, control.Calls());
-    EXPECT_EQ(5U, client.Launch(L"C:\\a.bat", {L"a&b"}, ArgumentCheck::none).daemonId);
-    EXPECT_EQ(5U, client.Attach(12, {L"a\"b"}, ArgumentCheck::none).daemonId);
+    EXPECT_EQ(5U, client.Launch(L"C:\\a.bat", {L"a&b"}, ArgumentCheck::kNone).daemonId);
+    EXPECT_EQ(5U, client.Attach(12, {L"a\"b"}, ArgumentCheck::kNone).daemonId);
     EXPECT_EQ(5U, client.Launch(L"C:\\a.exe", {L"a&b"}).daemonId);
     EXPECT_EQ(3, control.Calls());
 }
 
 TEST_F(SupervisorClientTest, An_exit_whose_answer_is_lost_because_the_supervisor_has_ended_is_done)
 {
-    SupervisorClient client(Answerer::anybody);
+    SupervisorClient client(Answerer::kAnybody);
     control.AnswerToExit(static_cast<HRESULT>(0x800706BE)); // RPC_S_CALL_FAILED
     EXPECT_NO_THROW(client.Exit());
     control.AnswerToExit(static_cast<HRESULT>(0x800706BA)); // RPC_S_SERVER_UNAVAILABLE: not called

@@ -131,21 +131,21 @@ constexpr const char* kGuest = "process 7 runs C:\\FW\\DaemonManager.exe as PC\\
 TEST(SupervisorIdentity, The_installed_program_of_an_expected_user_is_known)
 {
     const SupervisorIdentity identity = Judged({OtherProgram(3), InstalledProcess(4), Hidden(5)});
-    EXPECT_EQ(SupervisorTrust::known, identity.trust);
+    EXPECT_EQ(SupervisorTrust::kKnown, identity.trust);
     EXPECT_EQ("", identity.reason);
 }
 
 TEST(SupervisorIdentity, The_installed_program_of_another_user_is_a_stranger)
 {
     const SupervisorIdentity identity = Judged({OfStranger(7), Hidden(5)});
-    EXPECT_EQ(SupervisorTrust::stranger, identity.trust);
+    EXPECT_EQ(SupervisorTrust::kStranger, identity.trust);
     EXPECT_EQ(kGuest, identity.reason);
 }
 
 TEST(SupervisorIdentity, Another_user_beside_an_expected_one_is_named)
 {
     const SupervisorIdentity identity = Judged({OfStranger(7), InstalledProcess(4)});
-    EXPECT_EQ(SupervisorTrust::known, identity.trust);
+    EXPECT_EQ(SupervisorTrust::kKnown, identity.trust);
     EXPECT_EQ(kGuest, identity.reason);
 }
 
@@ -153,7 +153,7 @@ TEST(SupervisorIdentity, Without_a_process_of_the_installed_program_a_stranger_a
 {
     for (const auto& processes : {std::vector<SupervisorProcess>{}, {OtherProgram(3)}}) {
         const SupervisorIdentity identity = Judged(processes);
-        EXPECT_EQ(SupervisorTrust::stranger, identity.trust);
+        EXPECT_EQ(SupervisorTrust::kStranger, identity.trust);
         EXPECT_EQ("no process runs C:\\FW\\DaemonManager.exe, so another program has published an "
                   "object under the supervisor's name",
                   identity.reason);
@@ -166,7 +166,7 @@ TEST(SupervisorIdentity, A_process_that_may_not_be_examined_proves_nothing)
     withoutUser.userKnown = false;
     for (const SupervisorProcess& process : {Hidden(5), withoutUser}) {
         const SupervisorIdentity identity = Judged({process, OtherProgram(3)});
-        EXPECT_EQ(SupervisorTrust::unknown, identity.trust);
+        EXPECT_EQ(SupervisorTrust::kUnknown, identity.trust);
         EXPECT_EQ("this user may not examine process 5, which may be the supervisor",
                   identity.reason);
     }
@@ -175,16 +175,16 @@ TEST(SupervisorIdentity, A_process_that_may_not_be_examined_proves_nothing)
 TEST(SupervisorIdentity, An_incomplete_list_of_processes_proves_nothing)
 {
     for (const auto& [processes, trust] :
-         {std::pair{std::vector<SupervisorProcess>{}, SupervisorTrust::unknown},
-          {{OfStranger(7)}, SupervisorTrust::unknown},
-          {{InstalledProcess(4)}, SupervisorTrust::known}}) {
+         {std::pair{std::vector<SupervisorProcess>{}, SupervisorTrust::kUnknown},
+          {{OfStranger(7)}, SupervisorTrust::kUnknown},
+          {{InstalledProcess(4)}, SupervisorTrust::kKnown}}) {
         SupervisorIdentity identity;
         identity.installedProgram = kInstalled;
         identity.processes = processes;
         identity.listError = ERROR_NOT_ENOUGH_MEMORY;
         JudgeIdentity(identity);
         EXPECT_EQ(trust, identity.trust);
-        EXPECT_EQ(trust == SupervisorTrust::known
+        EXPECT_EQ(trust == SupervisorTrust::kKnown
                       ? ""
                       : "the list of processes cannot be read: Windows error 8",
                   identity.reason);
@@ -207,7 +207,7 @@ TEST(SupervisorIdentity, An_error_of_Windows_during_the_look_at_the_processes_is
 TEST(SupervisorIdentity, Without_an_installation_nothing_is_known)
 {
     const SupervisorIdentity identity = Judged({InstalledProcess(4)}, L"");
-    EXPECT_EQ(SupervisorTrust::unknown, identity.trust);
+    EXPECT_EQ(SupervisorTrust::kUnknown, identity.trust);
     EXPECT_EQ("nothing on this machine names the installed supervisor: DaemonMgrPS.dll is not "
               "registered beside DaemonManager.exe",
               identity.reason);

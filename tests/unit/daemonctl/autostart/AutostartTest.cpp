@@ -21,8 +21,8 @@ namespace {
 using namespace client::v0;
 using system::win32::v1::UniqueServiceHandle;
 
-const GuardCommand kService{"C:\\No Such\\DaemonGuard.exe", {GuardMode::service, "D:\\fleet.txt"}};
-const GuardCommand kSession{"C:\\No Such\\DaemonGuard.exe", {GuardMode::session, ""}};
+const GuardCommand kService{"C:\\No Such\\DaemonGuard.exe", {GuardMode::kService, "D:\\fleet.txt"}};
+const GuardCommand kSession{"C:\\No Such\\DaemonGuard.exe", {GuardMode::kSession, ""}};
 
 // What ChangeServiceConfig2W was asked to set.
 struct Recovery {
@@ -89,7 +89,7 @@ TEST_F(Autostart, Service_starts_with_Windows_and_has_a_description)
     InstallAutostart(kService);
     const auto entries = ReadAutostart();
     ASSERT_EQ(entries.size(), 1U);
-    EXPECT_EQ(entries[0].mode, GuardMode::service);
+    EXPECT_EQ(entries[0].mode, GuardMode::kService);
     EXPECT_EQ(entries[0].commandLine,
               R"("C:\No Such\DaemonGuard.exe" --service --fleet "D:\fleet.txt")");
     EXPECT_TRUE(entries[0].isAutomatic);
@@ -112,17 +112,17 @@ TEST_F(Autostart, Second_installation_changes_the_entry_and_replaces_one_of_the_
     InstallAutostart(kSession);
     auto entries = ReadAutostart();
     ASSERT_EQ(entries.size(), 1U);
-    EXPECT_EQ(entries[0].mode, GuardMode::session);
+    EXPECT_EQ(entries[0].mode, GuardMode::kSession);
     EXPECT_EQ(entries[0].commandLine, R"("C:\No Such\DaemonGuard.exe" --session)");
     InstallAutostart(kService);
-    InstallAutostart({"C:\\b.exe", {GuardMode::service, ""}});
+    InstallAutostart({"C:\\b.exe", {GuardMode::kService, ""}});
     entries = ReadAutostart();
     ASSERT_EQ(entries.size(), 1U);
     EXPECT_EQ(entries[0].commandLine, R"("C:\b.exe" --service)");
     InstallAutostart(kSession);
     entries = ReadAutostart();
     ASSERT_EQ(entries.size(), 1U);
-    EXPECT_EQ(entries[0].mode, GuardMode::session);
+    EXPECT_EQ(entries[0].mode, GuardMode::kSession);
     EXPECT_TRUE(RemoveAutostart());
     EXPECT_TRUE(ReadAutostart().empty());
 }

@@ -16,11 +16,11 @@ TEST(GuardArguments, Mode_and_fleet_file_are_read_in_any_order)
 {
     const auto service = ParseGuardArguments({"--service"});
     ASSERT_TRUE(service);
-    EXPECT_EQ(service->mode, GuardMode::service);
+    EXPECT_EQ(service->mode, GuardMode::kService);
     EXPECT_EQ(service->fleet, "");
     const auto session = ParseGuardArguments({"--fleet", R"(C:\My Fleet.txt)", "--session"});
     ASSERT_TRUE(session);
-    EXPECT_EQ(session->mode, GuardMode::session);
+    EXPECT_EQ(session->mode, GuardMode::kSession);
     EXPECT_EQ(session->fleet, R"(C:\My Fleet.txt)");
 }
 
@@ -37,10 +37,10 @@ TEST(GuardArguments, Wrong_arguments_are_refused)
 
 TEST(GuardArguments, Command_line_quotes_the_paths_and_is_read_again)
 {
-    const GuardCommand service{R"(C:\Program Files\DaemonGuard.exe)", {GuardMode::service, ""}};
+    const GuardCommand service{R"(C:\Program Files\DaemonGuard.exe)", {GuardMode::kService, ""}};
     EXPECT_EQ(CommandLineOf(service), R"("C:\Program Files\DaemonGuard.exe" --service)");
     EXPECT_EQ(ParseGuardCommand(CommandLineOf(service)), service);
-    const GuardCommand session{R"(C:\DaemonGuard.exe)", {GuardMode::session, R"(D:\a b.txt)"}};
+    const GuardCommand session{R"(C:\DaemonGuard.exe)", {GuardMode::kSession, R"(D:\a b.txt)"}};
     EXPECT_EQ(CommandLineOf(session), R"("C:\DaemonGuard.exe" --session --fleet "D:\a b.txt")");
     EXPECT_EQ(ParseGuardCommand(CommandLineOf(session)), session);
 }
@@ -48,7 +48,7 @@ TEST(GuardArguments, Command_line_quotes_the_paths_and_is_read_again)
 TEST(GuardArguments, Command_line_of_a_person_is_read_too)
 {
     EXPECT_EQ(ParseGuardCommand(R"(  C:\DaemonGuard.exe	--fleet   D:\"a b".txt --session )"),
-              (GuardCommand{R"(C:\DaemonGuard.exe)", {GuardMode::session, R"(D:\a b.txt)"}}));
+              (GuardCommand{R"(C:\DaemonGuard.exe)", {GuardMode::kSession, R"(D:\a b.txt)"}}));
     for (const char* commandLine : {"", "   ", "C:\\DaemonGuard.exe", "notepad.exe C:\\a.txt"}) {
         EXPECT_FALSE(ParseGuardCommand(commandLine)) << commandLine;
     }

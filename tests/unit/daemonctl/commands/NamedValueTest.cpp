@@ -7,7 +7,7 @@
 namespace vqrx::test {
 namespace {
 
-enum class Fruit { apple, pear };
+enum class Fruit { kApple, kPear };
 
 struct Basket {
     Basket()
@@ -15,17 +15,17 @@ struct Basket {
         app.add_option("--fruit", fruit)
             ->type_name("NAME")
             ->transform(
-                client::v0::NamedValue<Fruit>({{"pear", Fruit::pear}, {"apple", Fruit::apple}}));
+                client::v0::NamedValue<Fruit>({{"pear", Fruit::kPear}, {"apple", Fruit::kApple}}));
     }
     CLI::App app;
-    Fruit fruit = Fruit::apple;
+    Fruit fruit = Fruit::kApple;
 };
 
 TEST(NamedValue, reads_the_value_of_a_name)
 {
     Basket basket;
     basket.app.parse("--fruit pear");
-    EXPECT_EQ(basket.fruit, Fruit::pear);
+    EXPECT_EQ(basket.fruit, Fruit::kPear);
 }
 
 TEST(NamedValue, refuses_any_other_name_and_lists_the_permitted_ones)

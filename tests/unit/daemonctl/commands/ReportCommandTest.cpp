@@ -123,10 +123,10 @@ TEST_F(ReportCommand, reaches_to_now_and_warns_only_if_it_is_known_whether_the_s
         EXPECT_EQ(Run("-", {}, supervisor), 0);
         return output_;
     };
-    EXPECT_THAT(page([] { return SupervisorState::running; }), HasSubstr("<h2>Now</h2>"));
-    EXPECT_THAT(page([] { return SupervisorState::notRunning; }),
+    EXPECT_THAT(page([] { return SupervisorState::kRunning; }), HasSubstr("<h2>Now</h2>"));
+    EXPECT_THAT(page([] { return SupervisorState::kNotRunning; }),
                 HasSubstr("The supervisor is not running."));
-    EXPECT_THAT(page([] { return SupervisorState::unknown; }),
+    EXPECT_THAT(page([] { return SupervisorState::kUnknown; }),
                 AllOf(HasSubstr("<h2>At the last record</h2>"), Not(HasSubstr("is not running"))));
     EXPECT_THAT(page({}), HasSubstr("<h2>At the last record</h2>"));
 }

@@ -90,7 +90,7 @@ TEST(DaemonListing, Process_of_a_daemon_in_a_crash_loop_is_listed_and_read_back)
 {
     auto daemons = SomeDaemons();
     daemons.resize(1);
-    daemons[0].state = RunState::restarting;
+    daemons[0].state = RunState::kRestarting;
     daemons[0].recent.lastHour = 41;
     const std::string json = ListingJson(daemons, 0, "1");
     EXPECT_NE(json.find("\"state\": \"restarting\""), std::string::npos) << json;

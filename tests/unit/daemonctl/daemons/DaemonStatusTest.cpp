@@ -34,7 +34,7 @@ TEST(DaemonStatus, Daemon_is_running_while_its_logged_process_runs)
     const auto daemons = StatusOf(log, machine);
     ASSERT_EQ(daemons.size(), 1U);
     EXPECT_EQ(daemons[0].id, 0U);
-    EXPECT_EQ(daemons[0].state, RunState::running);
+    EXPECT_EQ(daemons[0].state, RunState::kRunning);
     EXPECT_EQ(daemons[0].processId, 12U);
     EXPECT_EQ(daemons[0].process.image, kImage);
     EXPECT_EQ(daemons[0].restarts, 0U);
@@ -51,12 +51,12 @@ TEST(DaemonStatus, Daemon_is_ended_if_its_process_is_gone_or_another_process_has
     FakeLog log;
     FakeMachine machine;
     log.Begin().Add(2, R"(Start DaemonId(0) PId(12) : C:\FW\App\a.exe )");
-    EXPECT_EQ(StatusOf(log, machine)[0].state, RunState::ended);
+    EXPECT_EQ(StatusOf(log, machine)[0].state, RunState::kEnded);
     EXPECT_EQ(StatusOf(log, machine)[0].processId, std::nullopt);
     machine.Run(12, kImage, log.NowMs() + 5000);
-    EXPECT_EQ(StatusOf(log, machine)[0].state, RunState::ended);
+    EXPECT_EQ(StatusOf(log, machine)[0].state, RunState::kEnded);
     machine.Run(12, R"(C:\other.exe)", log.NowMs() - 1000);
-    EXPECT_EQ(StatusOf(log, machine)[0].state, RunState::ended);
+    EXPECT_EQ(StatusOf(log, machine)[0].state, RunState::kEnded);
 }
 
 TEST(DaemonStatus, State_is_unknown_if_the_process_may_not_be_examined)
@@ -64,8 +64,8 @@ TEST(DaemonStatus, State_is_unknown_if_the_process_may_not_be_examined)
     FakeLog log;
     FakeMachine machine;
     log.Begin().Add(2, R"(Start DaemonId(0) PId(12) : C:\FW\App\a.exe )");
-    machine.processes[12].state = ProcessFacts::State::hidden;
-    EXPECT_EQ(StatusOf(log, machine)[0].state, RunState::unknown);
+    machine.processes[12].state = ProcessFacts::State::kHidden;
+    EXPECT_EQ(StatusOf(log, machine)[0].state, RunState::kUnknown);
     EXPECT_EQ(StatusOf(log, machine)[0].processId, 12U);
 }
 
@@ -128,10 +128,10 @@ TEST(DaemonStatus, Daemon_cannot_start_until_the_supervisor_no_longer_tries)
     auto daemons = StatusOf(log, machine);
     ASSERT_EQ(daemons.size(), 2U);
     EXPECT_EQ(daemons[0].id, 0U);
-    EXPECT_EQ(daemons[0].state, RunState::cannotStart);
+    EXPECT_EQ(daemons[0].state, RunState::kCannotStart);
     EXPECT_EQ(daemons[0].lastExit->reason, "Unknown (0x3)");
     EXPECT_EQ(daemons[1].id, std::nullopt);
-    EXPECT_EQ(daemons[1].state, RunState::cannotStart);
+    EXPECT_EQ(daemons[1].state, RunState::kCannotStart);
     EXPECT_EQ(daemons[1].command, R"(C:\no.exe )");
     EXPECT_EQ(daemons[1].restarts, 0U); // the failed start was the first one
     EXPECT_FALSE(daemons[1].restartsComplete);
@@ -150,7 +150,7 @@ TEST(DaemonStatus, Service_is_running_if_its_configured_program_runs)
     log.Begin().Add(2, "Attach DaemonId(0) PId(12) : SnmpSvc");
     const auto daemons = StatusOf(log, machine);
     ASSERT_EQ(daemons.size(), 1U);
-    EXPECT_EQ(daemons[0].state, RunState::running);
+    EXPECT_EQ(daemons[0].state, RunState::kRunning);
     EXPECT_TRUE(daemons[0].service);
     EXPECT_TRUE(daemons[0].attached);
 }
@@ -167,7 +167,7 @@ TEST(DaemonStatus, Child_of_the_supervisor_without_a_record_is_shown_without_an_
     ASSERT_EQ(daemons.size(), 2U);
     EXPECT_EQ(daemons[1].id, std::nullopt);
     EXPECT_EQ(daemons[1].processId, 13U);
-    EXPECT_EQ(daemons[1].state, RunState::running);
+    EXPECT_EQ(daemons[1].state, RunState::kRunning);
     EXPECT_FALSE(daemons[1].inLog);
     EXPECT_EQ(daemons[1].command, R"(C:\b.exe -x y z )");
 }
@@ -196,8 +196,8 @@ TEST(DaemonStatus, Child_whose_start_is_not_in_the_log_yet_belongs_to_the_daemon
     machine.Run(13, kImage, log.NowMs());
     const auto daemons = StatusOf(log, machine, {machine.processes[13]});
     ASSERT_EQ(daemons.size(), 2U);
-    EXPECT_EQ(daemons[0].state, RunState::ended); // it has other arguments
-    EXPECT_EQ(daemons[1].state, RunState::running);
+    EXPECT_EQ(daemons[0].state, RunState::kEnded); // it has other arguments
+    EXPECT_EQ(daemons[1].state, RunState::kRunning);
     EXPECT_EQ(daemons[1].processId, 13U);
 }
 
@@ -207,17 +207,17 @@ TEST(DaemonStatus, Daemon_in_a_crash_loop_is_restarting_with_and_without_a_proce
     FakeMachine machine;
     log.Begin().Add(2, R"(Start DaemonId(0) PId(12) : C:\FW\App\a.exe )");
     for (int restart = 1; restart <= 5; ++restart) {
-        EXPECT_EQ(StatusOf(log, machine)[0].state, RunState::ended);
+        EXPECT_EQ(StatusOf(log, machine)[0].state, RunState::kEnded);
         log.Add(0, "Exception caught in : Access violation")
             .Add(1, R"(Start DaemonId(0) PId(12) : C:\FW\App\a.exe )");
     }
     DaemonStatus daemon = StatusOf(log, machine)[0];
-    EXPECT_EQ(daemon.state, RunState::restarting);
+    EXPECT_EQ(daemon.state, RunState::kRestarting);
     EXPECT_EQ(daemon.recent.lastHour, 5U);
     EXPECT_FALSE(daemon.Runs());
     machine.Run(12, kImage, log.NowMs() - 1000);
     daemon = StatusOf(log, machine)[0];
-    EXPECT_EQ(daemon.state, RunState::restarting);
+    EXPECT_EQ(daemon.state, RunState::kRestarting);
     EXPECT_EQ(daemon.processId, 12U);
     EXPECT_TRUE(daemon.Runs());
 }
@@ -233,7 +233,7 @@ TEST(DaemonStatus, Refused_second_supervisor_does_not_hide_the_daemons_of_the_fi
         .Add(2, "Deamon Thread is exiting...");
     const auto daemons = StatusOf(log, machine);
     ASSERT_EQ(daemons.size(), 1U);
-    EXPECT_EQ(daemons[0].state, RunState::running);
+    EXPECT_EQ(daemons[0].state, RunState::kRunning);
 }
 
 TEST(DaemonStatus, Rest_of_a_refused_run_at_the_beginning_of_the_log_does_not_hide_the_daemons)
@@ -245,7 +245,7 @@ TEST(DaemonStatus, Rest_of_a_refused_run_at_the_beginning_of_the_log_does_not_hi
     log.Add(1, R"(Start DaemonId(0) PId(12) : C:\FW\App\a.exe )");
     const auto daemons = StatusOf(log, machine);
     ASSERT_EQ(daemons.size(), 1U);
-    EXPECT_EQ(daemons[0].state, RunState::running);
+    EXPECT_EQ(daemons[0].state, RunState::kRunning);
     EXPECT_FALSE(daemons[0].restartsComplete);
 }
 

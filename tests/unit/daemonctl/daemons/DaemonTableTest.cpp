@@ -47,7 +47,7 @@ TEST(DaemonTable, Control_characters_are_visible)
 {
     DaemonStatus daemon;
     daemon.id = 1;
-    daemon.state = RunState::ended;
+    daemon.state = RunState::kEnded;
     daemon.lastExit = LastExit{1, "\x1B[2J", true};
     daemon.command = "a.exe \n 2  running \x1B]0;x\x07\xC2\x9B ";
     EXPECT_EQ(TableText({daemon}, Style(0)),
@@ -81,13 +81,13 @@ TEST(DaemonTable, On_a_narrow_terminal_is_one_line_a_daemon)
 TEST(DaemonTable, Lines_of_daemons_in_trouble_have_a_colour)
 {
     auto daemons = SomeDaemons();
-    daemons[2].state = RunState::ended;
+    daemons[2].state = RunState::kEnded;
     const auto lines = TableOf(daemons, Style(0));
     EXPECT_EQ(lines[0].level, -1);
     EXPECT_EQ(lines[1].level, -1); // running
     EXPECT_EQ(lines[2].level, 0);  // cannot start
     EXPECT_EQ(lines[3].level, 1);  // ended
-    daemons[0].state = RunState::restarting;
+    daemons[0].state = RunState::kRestarting;
     EXPECT_EQ(TableOf(daemons, Style(0))[1].level, 0);
 }
 

@@ -41,7 +41,7 @@ TEST(Expectation, Batch_file_that_was_handed_over_counts)
     daemons[0].command = "C:\\windows\\system32\\cmd.exe /s/c C:\\FW\\run.bat 1  ";
     const auto programs = ParseExpectFile("run.bat 1\n").programs;
     EXPECT_EQ(CheckExpectations(programs, daemons, 1'100'000, 0)[0].daemon, 0U);
-    daemons[0].state = RunState::ended;
+    daemons[0].state = RunState::kEnded;
     EXPECT_EQ(CheckExpectations(programs, daemons, 1'100'000, 0)[0].note, "daemon 0 has ended");
 }
 
@@ -49,7 +49,7 @@ TEST(Expectation, Daemon_in_a_crash_loop_does_not_count_even_if_it_has_a_process
 {
     auto daemons = SomeDaemons();
     daemons.resize(1);
-    daemons[0].state = RunState::restarting;
+    daemons[0].state = RunState::kRestarting;
     daemons[0].recent.lastHour = 41;
     const auto programs = ParseExpectFile("a.exe\n").programs;
     const auto results = CheckExpectations(programs, daemons, 1'100'000, 0);

@@ -21,7 +21,7 @@ struct FakeMachine {
     {
         client::v0::ProcessFacts facts;
         facts.processId = processId;
-        facts.state = client::v0::ProcessFacts::State::running;
+        facts.state = client::v0::ProcessFacts::State::kRunning;
         facts.image = image;
         facts.createdMs = createdMs;
         processes[processId] = facts;

@@ -21,7 +21,7 @@ protected:
     {
         DaemonStatus daemon;
         daemon.id = static_cast<std::uint32_t>(daemons_.size());
-        daemon.state = RunState::running;
+        daemon.state = RunState::kRunning;
         daemon.processId = 100 + *daemon.id;
         daemon.attached = attached;
         daemon.service = !command.ends_with(' ');
@@ -34,7 +34,7 @@ protected:
     {
         UnwatchedProgram program;
         program.facts.processId = processId;
-        program.facts.state = ProcessFacts::State::running;
+        program.facts.state = ProcessFacts::State::kRunning;
         program.facts.image = image;
         program.arguments = arguments;
         orphans_[image.substr(image.rfind('\\') + 1)].push_back(program);
@@ -72,17 +72,17 @@ private:
     static std::string Describe(const FleetMember& member)
     {
         switch (member.plan) {
-        case FleetMember::Plan::launch:
+        case FleetMember::Plan::kLaunch:
             return "launch " + member.path;
-        case FleetMember::Plan::registered:
+        case FleetMember::Plan::kRegistered:
             return "there " + std::to_string(*member.daemon);
-        case FleetMember::Plan::attached:
+        case FleetMember::Plan::kAttached:
             return "attached " + std::to_string(*member.daemon);
-        case FleetMember::Plan::takeOver:
+        case FleetMember::Plan::kTakeOver:
             return "process " + std::to_string(member.process.processId);
-        case FleetMember::Plan::service:
+        case FleetMember::Plan::kService:
             return "service " + member.path;
-        case FleetMember::Plan::refused:
+        case FleetMember::Plan::kRefused:
             return "refused " + member.reason;
         }
         return "?";

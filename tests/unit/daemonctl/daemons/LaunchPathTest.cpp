@@ -14,7 +14,7 @@ namespace {
 using namespace client::v0;
 using Warnings = std::vector<std::string>;
 
-Warnings WarningsOf(const std::string& path, PathKind kind = PathKind::file)
+Warnings WarningsOf(const std::string& path, PathKind kind = PathKind::kFile)
 {
     return WarningsAboutPath(path, R"(C:\FW\App)", [kind](const std::string&) { return kind; });
 }
@@ -24,16 +24,16 @@ TEST(LaunchPath, Full_path_of_a_file_gives_no_warning)
     for (const char* path : {R"(C:\FW\App\a.exe)", "c:/FW/a.exe", R"(\\server\share\a.exe)"}) {
         EXPECT_EQ(WarningsOf(path), Warnings{}) << path;
     }
-    EXPECT_EQ(WarningsOf(R"(C:\secret\a.exe)", PathKind::unknown), Warnings{});
+    EXPECT_EQ(WarningsOf(R"(C:\secret\a.exe)", PathKind::kUnknown), Warnings{});
 }
 
 TEST(LaunchPath, Missing_file_and_folder_give_a_warning)
 {
     EXPECT_EQ(
-        WarningsOf(R"(C:\no\such.exe)", PathKind::missing),
+        WarningsOf(R"(C:\no\such.exe)", PathKind::kMissing),
         Warnings{
             R"(C:\no\such.exe does not exist; the supervisor tries to start it every second)"});
-    EXPECT_EQ(WarningsOf(R"(C:\FW)", PathKind::folder),
+    EXPECT_EQ(WarningsOf(R"(C:\FW)", PathKind::kFolder),
               Warnings{R"(C:\FW is a folder, no program)"});
 }
 
@@ -42,7 +42,7 @@ TEST(LaunchPath, Relative_path_is_looked_for_in_the_working_folder_of_the_superv
     std::string asked;
     const auto warnings = WarningsAboutPath("a.exe", R"(C:\FW\App)", [&](const std::string& path) {
         asked = path;
-        return PathKind::missing;
+        return PathKind::kMissing;
     });
     EXPECT_EQ(asked, R"(C:\FW\App\a.exe)");
     EXPECT_EQ(
@@ -58,7 +58,7 @@ TEST(LaunchPath, Relative_path_is_not_looked_for_if_the_working_folder_is_not_kn
 {
     const auto warnings = WarningsAboutPath("a.exe", "", [](const std::string&) {
         ADD_FAILURE() << "looked";
-        return PathKind::missing;
+        return PathKind::kMissing;
     });
     EXPECT_EQ(
         warnings,

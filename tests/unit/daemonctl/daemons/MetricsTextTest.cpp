@@ -109,11 +109,11 @@ TEST(MetricsText, Of_very_many_daemons_shows_a_thousand_with_those_in_trouble_an
     std::vector<DaemonStatus> daemons(10'000);
     for (std::size_t index = 0; index < daemons.size(); ++index) {
         daemons[index].id = static_cast<std::uint32_t>(index);
-        daemons[index].state = RunState::running;
+        daemons[index].state = RunState::kRunning;
         daemons[index].processId = 12;
         daemons[index].command = "a.exe ";
     }
-    daemons.back().state = RunState::restarting;
+    daemons.back().state = RunState::kRestarting;
     const std::string text = MetricsText(Machine(), daemons);
     EXPECT_THAT(text, HasSubstr("\ndaemonmanager_daemons 10000\n"));
     EXPECT_THAT(text, HasSubstr("daemonmanager_daemon_crash_loop{id=\"9999\""));

@@ -45,11 +45,11 @@ protected:
              PlanReattachment(timeline, *current, listed, machine_.Source(), family_)) {
             std::string line = (former.id ? std::to_string(*former.id) : "-") + "/" +
                                (former.processId ? std::to_string(*former.processId) : "-");
-            line += former.plan == FormerDaemon::Plan::attach ? " attach"
-                    : former.plan == FormerDaemon::Plan::already
+            line += former.plan == FormerDaemon::Plan::kAttach ? " attach"
+                    : former.plan == FormerDaemon::Plan::kAlready
                         ? " already " + std::to_string(*former.newId)
-                    : former.plan == FormerDaemon::Plan::neverRan ? " never ran: " + former.note
-                                                                  : " lost: " + former.note;
+                    : former.plan == FormerDaemon::Plan::kNeverRan ? " never ran: " + former.note
+                                                                   : " lost: " + former.note;
             lines.push_back(line);
         }
         return lines;

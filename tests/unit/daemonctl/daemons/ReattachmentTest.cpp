@@ -199,19 +199,19 @@ TEST_F(Reattachment, Plan_fits_only_the_process_that_it_was_made_for)
     const Timeline timeline = log_.Timeline();
     const auto plan = PlanReattachment(timeline, timeline.runs[1], {}, machine_.Source());
     ASSERT_EQ(plan.size(), 1U);
-    ASSERT_EQ(plan[0].plan, FormerDaemon::Plan::attach);
+    ASSERT_EQ(plan[0].plan, FormerDaemon::Plan::kAttach);
     const ProcessFacts planned = machine_.processes[12];
-    EXPECT_EQ(FitPlan(plan[0], planned), ProcessFit::same);
+    EXPECT_EQ(FitPlan(plan[0], planned), ProcessFit::kSame);
     ProcessFacts now = planned;
     now.createdMs += 1;
-    EXPECT_EQ(FitPlan(plan[0], now), ProcessFit::otherTime);
+    EXPECT_EQ(FitPlan(plan[0], now), ProcessFit::kOtherTime);
     now = planned;
     now.image = R"(C:\other.exe)";
-    EXPECT_EQ(FitPlan(plan[0], now), ProcessFit::otherProgram);
-    now.state = ProcessFacts::State::gone;
-    EXPECT_EQ(FitPlan(plan[0], now), ProcessFit::gone);
-    now.state = ProcessFacts::State::hidden;
-    EXPECT_EQ(FitPlan(plan[0], now), ProcessFit::hidden);
+    EXPECT_EQ(FitPlan(plan[0], now), ProcessFit::kOtherProgram);
+    now.state = ProcessFacts::State::kGone;
+    EXPECT_EQ(FitPlan(plan[0], now), ProcessFit::kGone);
+    now.state = ProcessFacts::State::kHidden;
+    EXPECT_EQ(FitPlan(plan[0], now), ProcessFit::kHidden);
 }
 
 TEST_F(Reattachment, Plan_of_the_first_supervisor_is_empty)

@@ -14,7 +14,7 @@ inline std::vector<client::v0::DaemonStatus> SomeDaemons()
     using namespace client::v0;
     DaemonStatus running;
     running.id = 0;
-    running.state = RunState::running;
+    running.state = RunState::kRunning;
     running.processId = 1234;
     running.process.processId = 1234;
     running.process.image = R"(C:\FW\App\a.exe)";
@@ -25,7 +25,7 @@ inline std::vector<client::v0::DaemonStatus> SomeDaemons()
     running.lastExit = LastExit{999'000, "Unknown (0x3)", true};
     running.command = "C:\\FW\\App\\a.exe \xC3\xBC ";
     DaemonStatus broken;
-    broken.state = RunState::cannotStart;
+    broken.state = RunState::kCannotStart;
     broken.restarts = 7;
     broken.restartsComplete = false;
     broken.lastExit = LastExit{998'000, "", false};

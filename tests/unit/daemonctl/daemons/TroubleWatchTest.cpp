@@ -50,62 +50,62 @@ protected:
 
 TEST_F(TroubleWatchTest, Healthy_daemon_is_no_news)
 {
-    EXPECT_THAT(Look(0, RunState::running), IsEmpty());
-    EXPECT_THAT(Look(1, RunState::ended), IsEmpty());
-    EXPECT_THAT(Look(2, RunState::running), IsEmpty());
-    EXPECT_THAT(Look(3, RunState::unknown), IsEmpty());
+    EXPECT_THAT(Look(0, RunState::kRunning), IsEmpty());
+    EXPECT_THAT(Look(1, RunState::kEnded), IsEmpty());
+    EXPECT_THAT(Look(2, RunState::kRunning), IsEmpty());
+    EXPECT_THAT(Look(3, RunState::kUnknown), IsEmpty());
 }
 
 TEST_F(TroubleWatchTest, Crash_loop_is_told_once_when_it_begins_and_once_when_it_ends)
 {
-    EXPECT_THAT(Look(0, RunState::restarting),
-                ElementsAre(Kind::crashLoopBegan)); // at the first look
-    EXPECT_THAT(Look(1, RunState::restarting), IsEmpty());
-    EXPECT_THAT(Look(2, RunState::running), ElementsAre(Kind::crashLoopEnded));
-    EXPECT_THAT(Look(3, RunState::running), IsEmpty());
-    EXPECT_THAT(Look(4, RunState::restarting), ElementsAre(Kind::crashLoopBegan));
+    EXPECT_THAT(Look(0, RunState::kRestarting),
+                ElementsAre(Kind::kCrashLoopBegan)); // at the first look
+    EXPECT_THAT(Look(1, RunState::kRestarting), IsEmpty());
+    EXPECT_THAT(Look(2, RunState::kRunning), ElementsAre(Kind::kCrashLoopEnded));
+    EXPECT_THAT(Look(3, RunState::kRunning), IsEmpty());
+    EXPECT_THAT(Look(4, RunState::kRestarting), ElementsAre(Kind::kCrashLoopBegan));
 }
 
 TEST_F(TroubleWatchTest, Failed_start_is_told_when_it_begins_and_ends)
 {
-    EXPECT_THAT(Look(0, RunState::cannotStart), ElementsAre(Kind::cannotStart));
-    EXPECT_THAT(Look(1, RunState::cannotStart), IsEmpty());
-    EXPECT_THAT(Look(2, RunState::running), ElementsAre(Kind::startsAgain));
+    EXPECT_THAT(Look(0, RunState::kCannotStart), ElementsAre(Kind::kCannotStart));
+    EXPECT_THAT(Look(1, RunState::kCannotStart), IsEmpty());
+    EXPECT_THAT(Look(2, RunState::kRunning), ElementsAre(Kind::kStartsAgain));
 }
 
 TEST_F(TroubleWatchTest, Daemon_is_down_only_after_the_time_without_a_process)
 {
-    EXPECT_THAT(Look(0, RunState::ended), IsEmpty());
-    EXPECT_THAT(Look(29'999, RunState::ended), IsEmpty());
-    EXPECT_THAT(Look(30'000, RunState::ended), ElementsAre(Kind::down));
-    EXPECT_THAT(Look(90'000, RunState::ended), IsEmpty());
-    EXPECT_THAT(Look(90'001, RunState::running), ElementsAre(Kind::upAgain));
-    EXPECT_THAT(Look(90'002, RunState::ended), IsEmpty()); // the time begins again
-    EXPECT_THAT(Look(120'002, RunState::ended), ElementsAre(Kind::down));
+    EXPECT_THAT(Look(0, RunState::kEnded), IsEmpty());
+    EXPECT_THAT(Look(29'999, RunState::kEnded), IsEmpty());
+    EXPECT_THAT(Look(30'000, RunState::kEnded), ElementsAre(Kind::kDown));
+    EXPECT_THAT(Look(90'000, RunState::kEnded), IsEmpty());
+    EXPECT_THAT(Look(90'001, RunState::kRunning), ElementsAre(Kind::kUpAgain));
+    EXPECT_THAT(Look(90'002, RunState::kEnded), IsEmpty()); // the time begins again
+    EXPECT_THAT(Look(120'002, RunState::kEnded), ElementsAre(Kind::kDown));
 }
 
 TEST_F(TroubleWatchTest, Lost_supervisor_is_told_and_its_daemons_are_new_when_it_is_back)
 {
-    EXPECT_THAT(Look(0, RunState::restarting), ElementsAre(Kind::crashLoopBegan));
-    EXPECT_THAT(Look(1, std::nullopt), ElementsAre(Kind::supervisorLost));
+    EXPECT_THAT(Look(0, RunState::kRestarting), ElementsAre(Kind::kCrashLoopBegan));
+    EXPECT_THAT(Look(1, std::nullopt), ElementsAre(Kind::kSupervisorLost));
     EXPECT_THAT(Look(2, std::nullopt), IsEmpty());
-    EXPECT_THAT(Look(3, RunState::restarting),
-                ElementsAre(Kind::supervisorBack, Kind::crashLoopBegan));
-    EXPECT_THAT(Kinds(TroubleWatch(0).Look(0, std::nullopt)), ElementsAre(Kind::supervisorLost));
+    EXPECT_THAT(Look(3, RunState::kRestarting),
+                ElementsAre(Kind::kSupervisorBack, Kind::kCrashLoopBegan));
+    EXPECT_THAT(Kinds(TroubleWatch(0).Look(0, std::nullopt)), ElementsAre(Kind::kSupervisorLost));
     EXPECT_THAT(Kinds(TroubleWatch(0).Look(0, std::vector<DaemonStatus>())), IsEmpty());
 }
 
 TEST_F(TroubleWatchTest, Stopped_daemon_is_forgotten)
 {
-    EXPECT_THAT(Look(0, RunState::restarting), ElementsAre(Kind::crashLoopBegan));
+    EXPECT_THAT(Look(0, RunState::kRestarting), ElementsAre(Kind::kCrashLoopBegan));
     EXPECT_THAT(Look(1, std::vector<DaemonStatus>()), IsEmpty());
-    EXPECT_THAT(Look(2, RunState::running), IsEmpty());
+    EXPECT_THAT(Look(2, RunState::kRunning), IsEmpty());
 }
 
 TEST_F(TroubleWatchTest, Change_of_a_daemon_has_its_facts_as_text_and_as_JSON)
 {
     const auto troubles =
-        watch_.Look(1000, std::vector<DaemonStatus>{InState(RunState::restarting)});
+        watch_.Look(1000, std::vector<DaemonStatus>{InState(RunState::kRestarting)});
     EXPECT_EQ(
         DescribeChange(troubles.at(0)),
         "a.exe -x ends again and again: 41 restarts in the last hour, last exit: exit code 3");

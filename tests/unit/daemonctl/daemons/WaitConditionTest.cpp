@@ -24,7 +24,7 @@ protected:
     {
         runs.Run(12, kProgramPath, 990);
         isAnother.Run(12, kProgramPath, 1990);
-        isHidden.processes[12].state = ProcessFacts::State::hidden;
+        isHidden.processes[12].state = ProcessFacts::State::kHidden;
     }
 
     static bool IsFulfilled(WaitFor what, const Observation& begun, const Observation& now,
@@ -46,33 +46,33 @@ protected:
 
 TEST_F(WaitConditionOfOneDaemon, Running_is_fulfilled_while_the_daemon_has_a_process)
 {
-    EXPECT_TRUE(IsFulfilled(WaitFor::running, first, first, runs));
-    EXPECT_TRUE(IsFulfilled(WaitFor::running, down, next, isGone));
-    EXPECT_FALSE(IsFulfilled(WaitFor::running, first, down, isGone));
-    EXPECT_FALSE(IsFulfilled(WaitFor::running, unknown, unknown, isGone));
+    EXPECT_TRUE(IsFulfilled(WaitFor::kRunning, first, first, runs));
+    EXPECT_TRUE(IsFulfilled(WaitFor::kRunning, down, next, isGone));
+    EXPECT_FALSE(IsFulfilled(WaitFor::kRunning, first, down, isGone));
+    EXPECT_FALSE(IsFulfilled(WaitFor::kRunning, unknown, unknown, isGone));
 }
 
 TEST_F(WaitConditionOfOneDaemon, Ended_is_fulfilled_when_the_first_process_is_gone)
 {
-    EXPECT_FALSE(IsFulfilled(WaitFor::ended, first, first, runs));
-    EXPECT_TRUE(IsFulfilled(WaitFor::ended, first, down, isGone));
-    EXPECT_FALSE(IsFulfilled(WaitFor::ended, first, down, runs));
-    EXPECT_FALSE(IsFulfilled(WaitFor::ended, first, down, isHidden));
-    EXPECT_TRUE(IsFulfilled(WaitFor::ended, first, next, isGone)); // the next one runs already
-    EXPECT_TRUE(IsFulfilled(WaitFor::ended, first, sameId, isAnother));
-    EXPECT_TRUE(IsFulfilled(WaitFor::ended, down, down, isGone));
-    EXPECT_FALSE(IsFulfilled(WaitFor::ended, down, next, isGone));
-    EXPECT_FALSE(IsFulfilled(WaitFor::ended, unknown, unknown, isGone));
+    EXPECT_FALSE(IsFulfilled(WaitFor::kEnded, first, first, runs));
+    EXPECT_TRUE(IsFulfilled(WaitFor::kEnded, first, down, isGone));
+    EXPECT_FALSE(IsFulfilled(WaitFor::kEnded, first, down, runs));
+    EXPECT_FALSE(IsFulfilled(WaitFor::kEnded, first, down, isHidden));
+    EXPECT_TRUE(IsFulfilled(WaitFor::kEnded, first, next, isGone)); // the next one runs already
+    EXPECT_TRUE(IsFulfilled(WaitFor::kEnded, first, sameId, isAnother));
+    EXPECT_TRUE(IsFulfilled(WaitFor::kEnded, down, down, isGone));
+    EXPECT_FALSE(IsFulfilled(WaitFor::kEnded, down, next, isGone));
+    EXPECT_FALSE(IsFulfilled(WaitFor::kEnded, unknown, unknown, isGone));
 }
 
 TEST_F(WaitConditionOfOneDaemon, Restarted_is_fulfilled_when_another_process_runs)
 {
-    EXPECT_FALSE(IsFulfilled(WaitFor::restarted, first, first, runs));
-    EXPECT_FALSE(IsFulfilled(WaitFor::restarted, first, down, isGone));
-    EXPECT_TRUE(IsFulfilled(WaitFor::restarted, first, next, isGone));
-    EXPECT_TRUE(IsFulfilled(WaitFor::restarted, first, sameId, isAnother));
-    EXPECT_TRUE(IsFulfilled(WaitFor::restarted, down, next, isGone));
-    EXPECT_FALSE(IsFulfilled(WaitFor::restarted, unknown, unknown, isGone));
+    EXPECT_FALSE(IsFulfilled(WaitFor::kRestarted, first, first, runs));
+    EXPECT_FALSE(IsFulfilled(WaitFor::kRestarted, first, down, isGone));
+    EXPECT_TRUE(IsFulfilled(WaitFor::kRestarted, first, next, isGone));
+    EXPECT_TRUE(IsFulfilled(WaitFor::kRestarted, first, sameId, isAnother));
+    EXPECT_TRUE(IsFulfilled(WaitFor::kRestarted, down, next, isGone));
+    EXPECT_FALSE(IsFulfilled(WaitFor::kRestarted, unknown, unknown, isGone));
 }
 
 TEST(WaitCondition, Process_that_was_detached_or_could_not_be_stopped_has_not_ended)
@@ -90,15 +90,15 @@ TEST(WaitCondition, Process_that_was_detached_or_could_not_be_stopped_has_not_en
         const Timeline timeline = log.Timeline();
         const Observation now = Observe(timeline.runs[0], 3, source);
         EXPECT_TRUE(now.letGo) << line;
-        EXPECT_FALSE(IsFulfilled(WaitFor::ended, first, now, source.facts)) << line;
-        EXPECT_FALSE(IsFulfilled(WaitFor::ended, now, now, source.facts))
+        EXPECT_FALSE(IsFulfilled(WaitFor::kEnded, first, now, source.facts)) << line;
+        EXPECT_FALSE(IsFulfilled(WaitFor::kEnded, now, now, source.facts))
             << line; // the wait began later
-        EXPECT_FALSE(IsFulfilled(WaitFor::running, first, now, source.facts)) << line;
-        EXPECT_FALSE(IsFulfilled(WaitFor::restarted, first, now, source.facts)) << line;
+        EXPECT_FALSE(IsFulfilled(WaitFor::kRunning, first, now, source.facts)) << line;
+        EXPECT_FALSE(IsFulfilled(WaitFor::kRestarted, first, now, source.facts)) << line;
         machine.processes.erase(12);
         const Observation later = Observe(timeline.runs[0], 3, source);
         EXPECT_FALSE(later.letGo) << line;
-        EXPECT_TRUE(IsFulfilled(WaitFor::ended, first, later, source.facts)) << line;
+        EXPECT_TRUE(IsFulfilled(WaitFor::kEnded, first, later, source.facts)) << line;
     }
 }
 

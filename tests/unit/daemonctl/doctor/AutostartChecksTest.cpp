@@ -12,8 +12,8 @@ using namespace client::v0;
 AutostartFacts FactsOfService()
 {
     AutostartFacts facts;
-    facts.command = {R"(C:\FW\DaemonGuard.exe)", {GuardMode::service, ""}};
-    facts.entries = {{GuardMode::service, CommandLineOf(facts.command), true, true}};
+    facts.command = {R"(C:\FW\DaemonGuard.exe)", {GuardMode::kService, ""}};
+    facts.entries = {{GuardMode::kService, CommandLineOf(facts.command), true, true}};
     facts.programThere = true;
     facts.fleet = R"(C:\FW\App\fleet.txt)";
     facts.fleetThere = true;
@@ -24,7 +24,7 @@ AutostartFacts FactsOfService()
 TEST(AutostartCheck, Machine_on_which_nothing_starts_the_supervisor_is_ok)
 {
     const AutostartFacts facts;
-    ExpectFinding(JudgeAutostart(facts), Verdict::ok,
+    ExpectFinding(JudgeAutostart(facts), Verdict::kOk,
                   "no guard starts the supervisor at power-on (see daemonctl autostart)");
     EXPECT_FALSE(UsesFleetFile(facts));
 }
@@ -32,12 +32,12 @@ TEST(AutostartCheck, Machine_on_which_nothing_starts_the_supervisor_is_ok)
 TEST(AutostartCheck, Service_that_runs_and_logon_are_ok)
 {
     AutostartFacts facts = FactsOfService();
-    ExpectFinding(JudgeAutostart(facts), Verdict::ok,
+    ExpectFinding(JudgeAutostart(facts), Verdict::kOk,
                   "the service DaemonGuard starts the supervisor with Windows: "
                   R"("C:\FW\DaemonGuard.exe" --service)");
     EXPECT_TRUE(UsesFleetFile(facts));
-    facts.entries = {{GuardMode::session, "the command", true, false}};
-    ExpectFinding(JudgeAutostart(facts), Verdict::ok,
+    facts.entries = {{GuardMode::kSession, "the command", true, false}};
+    ExpectFinding(JudgeAutostart(facts), Verdict::kOk,
                   "the machine's Run key starts the supervisor when a user logs on: the command");
 }
 
@@ -45,19 +45,19 @@ TEST(AutostartCheck, Warns_of_a_service_that_is_stopped_or_not_automatic)
 {
     AutostartFacts facts = FactsOfService();
     facts.entries[0].isRunning = false;
-    ExpectFinding(JudgeAutostart(facts), Verdict::warning,
+    ExpectFinding(JudgeAutostart(facts), Verdict::kWarning,
                   "the service DaemonGuard starts the supervisor with Windows, but it does not run "
                   "now: if the supervisor ends, nobody starts it again");
     facts.entries[0].isAutomatic = false;
-    ExpectFinding(JudgeAutostart(facts), Verdict::warning,
+    ExpectFinding(JudgeAutostart(facts), Verdict::kWarning,
                   "the service DaemonGuard exists, but Windows does not start it by itself");
 }
 
 TEST(AutostartCheck, Two_entries_are_a_warning)
 {
     AutostartFacts facts = FactsOfService();
-    facts.entries.push_back({GuardMode::session, "x", true, false});
-    ExpectFinding(JudgeAutostart(facts), Verdict::warning,
+    facts.entries.push_back({GuardMode::kSession, "x", true, false});
+    ExpectFinding(JudgeAutostart(facts), Verdict::kWarning,
                   "both the service DaemonGuard and the machine's Run key start a guard");
     EXPECT_FALSE(UsesFleetFile(facts));
 }
@@ -66,11 +66,11 @@ TEST(AutostartCheck, Entry_that_starts_no_guard_is_a_failure)
 {
     AutostartFacts facts = FactsOfService();
     facts.programThere = false;
-    ExpectFinding(JudgeAutostart(facts), Verdict::failure,
+    ExpectFinding(JudgeAutostart(facts), Verdict::kFailure,
                   R"(C:\FW\DaemonGuard.exe does not exist)");
     facts.command = {};
     facts.entries[0].commandLine = "notepad.exe";
-    ExpectFinding(JudgeAutostart(facts), Verdict::failure,
+    ExpectFinding(JudgeAutostart(facts), Verdict::kFailure,
                   "this command line starts no guard: notepad.exe");
 }
 
@@ -78,18 +78,18 @@ TEST(AutostartCheck, Warns_if_Windows_does_not_answer)
 {
     AutostartFacts facts;
     facts.error = "the service DaemonGuard cannot be read: Windows error 5";
-    ExpectFinding(JudgeAutostart(facts), Verdict::warning, facts.error);
+    ExpectFinding(JudgeAutostart(facts), Verdict::kWarning, facts.error);
     EXPECT_FALSE(UsesFleetFile(facts));
 }
 
 TEST(FleetFileCheck, File_without_faults_is_ok_and_the_default_file_may_be_missing)
 {
     AutostartFacts facts = FactsOfService();
-    ExpectFinding(JudgeFleetFile(facts), Verdict::ok, R"(C:\FW\App\fleet.txt: 2 programs)");
+    ExpectFinding(JudgeFleetFile(facts), Verdict::kOk, R"(C:\FW\App\fleet.txt: 2 programs)");
     facts.fleetPrograms = 1;
-    ExpectFinding(JudgeFleetFile(facts), Verdict::ok, R"(C:\FW\App\fleet.txt: 1 program)");
+    ExpectFinding(JudgeFleetFile(facts), Verdict::kOk, R"(C:\FW\App\fleet.txt: 1 program)");
     facts.fleetThere = false;
-    ExpectFinding(JudgeFleetFile(facts), Verdict::ok,
+    ExpectFinding(JudgeFleetFile(facts), Verdict::kOk,
                   R"(there is no C:\FW\App\fleet.txt: the guard launches nothing at power-on)");
 }
 
@@ -98,17 +98,18 @@ TEST(FleetFileCheck, Named_file_that_is_missing_is_a_failure)
     AutostartFacts facts = FactsOfService();
     facts.command.arguments.fleet = facts.fleet;
     facts.fleetThere = false;
-    ExpectFinding(JudgeFleetFile(facts), Verdict::failure, R"(C:\FW\App\fleet.txt does not exist)");
+    ExpectFinding(JudgeFleetFile(facts), Verdict::kFailure,
+                  R"(C:\FW\App\fleet.txt does not exist)");
 }
 
 TEST(FleetFileCheck, Bad_lines_are_a_failure_and_missing_programs_a_warning)
 {
     AutostartFacts facts = FactsOfService();
     facts.fleetWarnings = {"line 2: C:\\x.exe does not exist"};
-    ExpectFinding(JudgeFleetFile(facts), Verdict::warning,
+    ExpectFinding(JudgeFleetFile(facts), Verdict::kWarning,
                   "C:\\FW\\App\\fleet.txt\nline 2: C:\\x.exe does not exist");
     facts.fleetErrors = {"line 1: a double quote is not closed"};
-    ExpectFinding(JudgeFleetFile(facts), Verdict::failure,
+    ExpectFinding(JudgeFleetFile(facts), Verdict::kFailure,
                   "C:\\FW\\App\\fleet.txt: the guard launches nothing\n"
                   "line 1: a double quote is not closed\nline 2: C:\\x.exe does not exist");
 }

@@ -13,11 +13,11 @@ TEST(ComSecurityCheck, Names_the_callers_and_the_limits_of_the_machine)
 {
     ComSecurityFacts facts;
     facts.known = true;
-    ExpectFinding(JudgeComSecurity(facts), Verdict::ok,
+    ExpectFinding(JudgeComSecurity(facts), Verdict::kOk,
                   "every authenticated caller may call the supervisor; Windows' own limits hold");
     facts.machineLimits = true;
     ExpectFinding(
-        JudgeComSecurity(facts), Verdict::ok,
+        JudgeComSecurity(facts), Verdict::kOk,
         "every authenticated caller may call the supervisor; the registry sets limits for "
         "all callers of this machine");
 }
@@ -27,7 +27,7 @@ TEST(ComSecurityCheck, Warns_if_the_running_supervisor_could_not_set_the_securit
     ComSecurityFacts facts;
     facts.known = true;
     facts.failures = {"CoInitializeSecurity error 0x80010106"};
-    ExpectFinding(JudgeComSecurity(facts), Verdict::warning,
+    ExpectFinding(JudgeComSecurity(facts), Verdict::kWarning,
                   "the supervisor could not set COM's security, so callers may go unchecked; "
                   "Windows' own limits hold\nCoInitializeSecurity error 0x80010106");
 }
@@ -35,7 +35,7 @@ TEST(ComSecurityCheck, Warns_if_the_running_supervisor_could_not_set_the_securit
 TEST(ComSecurityCheck, Claims_nothing_without_the_start_of_the_running_supervisor)
 {
     const Finding finding = JudgeComSecurity({});
-    ExpectFinding(finding, Verdict::ok,
+    ExpectFinding(finding, Verdict::kOk,
                   "not examined: no supervisor runs, or its log does not show its start any more");
 }
 

@@ -23,7 +23,7 @@ ProxyFacts HealthyProxy()
 SupervisorFacts HealthySupervisor()
 {
     SupervisorFacts facts;
-    facts.answer = Answer::answers;
+    facts.answer = Answer::kAnswers;
     facts.processes = {{12, R"(C:\FW\App\DaemonManager.exe)", "1.0.0"}};
     return facts;
 }
@@ -41,13 +41,13 @@ void ExpectSupervisor(const SupervisorFacts& facts, Verdict verdict, const std::
 TEST(ProxyCheck, Warns_if_the_library_has_another_version_or_none)
 {
     ProxyFacts facts = HealthyProxy();
-    ExpectProxy(facts, Verdict::ok, R"(C:\FW\App\DaemonMgrPS.dll, version 1.0.0)");
+    ExpectProxy(facts, Verdict::kOk, R"(C:\FW\App\DaemonMgrPS.dll, version 1.0.0)");
     facts.library.version = "0.9.0";
-    ExpectProxy(facts, Verdict::warning,
+    ExpectProxy(facts, Verdict::kWarning,
                 R"(C:\FW\App\DaemonMgrPS.dll has version 0.9.0, this program has version 1.0.0)");
     facts.library.version = "";
     ExpectProxy(
-        facts, Verdict::warning,
+        facts, Verdict::kWarning,
         R"(C:\FW\App\DaemonMgrPS.dll has an unknown version, this program has version 1.0.0)");
 }
 
@@ -55,13 +55,13 @@ TEST(ProxyCheck, Fails_and_names_the_part_of_the_registration_that_is_missing)
 {
     ProxyFacts facts = HealthyProxy();
     facts.libraryThere = false;
-    ExpectProxy(facts, Verdict::failure,
+    ExpectProxy(facts, Verdict::kFailure,
                 R"(C:\FW\App\DaemonMgrPS.dll is registered, but the file does not exist)");
     facts.libraryError = 2;
-    ExpectProxy(facts, Verdict::failure,
+    ExpectProxy(facts, Verdict::kFailure,
                 "the proxy/stub is registered, but without the path of its library");
     facts.interfaceError = 2;
-    ExpectProxy(facts, Verdict::failure,
+    ExpectProxy(facts, Verdict::kFailure,
                 "DaemonMgrPS.dll is not registered: no client can call the supervisor");
 }
 
@@ -82,9 +82,9 @@ TEST(ProxyCheck, Registers_the_library_beside_this_program_by_its_full_path)
 TEST(SupervisorCheck, Names_process_and_version_of_a_supervisor_that_answers)
 {
     SupervisorFacts facts = HealthySupervisor();
-    ExpectSupervisor(facts, Verdict::ok, "published and answering (process 12, version 1.0.0)");
+    ExpectSupervisor(facts, Verdict::kOk, "published and answering (process 12, version 1.0.0)");
     facts.processes.clear(); // the program's file may have another name
-    ExpectSupervisor(facts, Verdict::ok, "published and answering");
+    ExpectSupervisor(facts, Verdict::kOk, "published and answering");
 }
 
 TEST(SupervisorCheck, Warns_of_another_version_and_of_a_second_process)
@@ -92,10 +92,10 @@ TEST(SupervisorCheck, Warns_of_another_version_and_of_a_second_process)
     SupervisorFacts facts = HealthySupervisor();
     facts.processes[0].version = "0.9.0";
     ExpectSupervisor(
-        facts, Verdict::warning,
+        facts, Verdict::kWarning,
         "published and answering (process 12, version 0.9.0); this program has version 1.0.0");
     facts.processes.push_back({13, "", ""});
-    ExpectSupervisor(facts, Verdict::warning,
+    ExpectSupervisor(facts, Verdict::kWarning,
                      "published and answering (process 12, version 0.9.0, process 13)");
 }
 
@@ -106,7 +106,7 @@ TEST(SupervisorCheck, Warns_of_a_process_that_only_has_the_name_and_shows_how_to
     facts.processes.push_back({14, "", ""});
     facts.namesakes = {{13, R"(C:\Users\guest\DaemonManager.exe)", R"(PC\guest)"}, {14, "", ""}};
     ExpectSupervisor(
-        facts, Verdict::warning,
+        facts, Verdict::kWarning,
         "published and answering (process 12, version 1.0.0, process 13, process 14)\n"
         "process 13 only has the supervisor's name: it runs C:\\Users\\guest\\DaemonManager.exe as "
         "PC\\guest\n"
@@ -121,31 +121,31 @@ TEST(SupervisorCheck, Warns_of_a_process_that_only_has_the_name_and_shows_how_to
 TEST(SupervisorCheck, Fails_and_says_how_the_call_failed)
 {
     SupervisorFacts facts = HealthySupervisor();
-    facts.answer = Answer::silent;
-    ExpectSupervisor(facts, Verdict::failure, "the supervisor is published, but does not answer");
-    facts.answer = Answer::failed;
+    facts.answer = Answer::kSilent;
+    ExpectSupervisor(facts, Verdict::kFailure, "the supervisor is published, but does not answer");
+    facts.answer = Answer::kFailed;
     facts.detail = "detach: 0x80070005";
-    ExpectSupervisor(facts, Verdict::failure,
+    ExpectSupervisor(facts, Verdict::kFailure,
                      "the supervisor is published, but a call fails: detach: 0x80070005");
-    facts.answer = Answer::stranger;
+    facts.answer = Answer::kStranger;
     facts.detail = "not the installed supervisor answers: why";
-    ExpectSupervisor(facts, Verdict::failure, "not the installed supervisor answers: why");
-    facts.answer = Answer::proxyNotRegistered;
-    ExpectSupervisor(facts, Verdict::failure,
+    ExpectSupervisor(facts, Verdict::kFailure, "not the installed supervisor answers: why");
+    facts.answer = Answer::kProxyNotRegistered;
+    ExpectSupervisor(facts, Verdict::kFailure,
                      "the supervisor runs, but no client can call it without its proxy/stub");
 }
 
 TEST(SupervisorCheck, Fails_for_a_supervisor_that_is_not_published_or_does_not_run)
 {
     SupervisorFacts facts = HealthySupervisor();
-    facts.answer = Answer::notRunning;
+    facts.answer = Answer::kNotRunning;
     ExpectSupervisor(
-        facts, Verdict::failure,
+        facts, Verdict::kFailure,
         "DaemonManager.exe runs (process 12, version 1.0.0) but is not published: it is "
         "starting and waits for the firewall service, or its publication failed, or another "
         "user runs it");
     facts.processes.clear();
-    ExpectSupervisor(facts, Verdict::failure, "no supervisor is running on this machine");
+    ExpectSupervisor(facts, Verdict::kFailure, "no supervisor is running on this machine");
 }
 
 } // namespace

@@ -10,7 +10,7 @@ using namespace client::v0;
 TEST(JudgeDaemons, Daemons_that_run_are_counted)
 {
     const Finding finding = JudgeDaemons({true, 1, {}});
-    EXPECT_EQ(finding.verdict, Verdict::ok);
+    EXPECT_EQ(finding.verdict, Verdict::kOk);
     EXPECT_EQ(finding.text, "1 daemon, 0 in trouble");
 }
 
@@ -21,7 +21,7 @@ TEST(JudgeDaemons, Crash_loop_and_missing_program_are_warnings_with_the_reason)
                                           {{"C:\\a.exe -x", false, 41, "Access violation"},
                                            {"C:\\b.exe", false, 5, ""},
                                            {"C:\\no.exe", true, 0, ""}}});
-    EXPECT_EQ(finding.verdict, Verdict::warning);
+    EXPECT_EQ(finding.verdict, Verdict::kWarning);
     EXPECT_EQ(finding.text,
               "3 daemons, 3 in trouble\n"
               "ends again and again, 41 restarts in the last hour, last exit: Access violation: "
@@ -33,7 +33,7 @@ TEST(JudgeDaemons, Crash_loop_and_missing_program_are_warnings_with_the_reason)
 
 TEST(JudgeDaemons, Without_a_supervisor_nothing_is_wrong_with_its_daemons)
 {
-    EXPECT_EQ(JudgeDaemons({}).verdict, Verdict::ok);
+    EXPECT_EQ(JudgeDaemons({}).verdict, Verdict::kOk);
     EXPECT_EQ(JudgeDaemons({}).text, "not examined: no supervisor runs, or its log cannot be read");
 }
 

@@ -25,7 +25,7 @@ DoctorFacts FactsOfHealthyMachine()
     installation.freeBytes = 0x200000;
     facts.proxy.library = {0, R"(C:\FW\App\DaemonMgrPS.dll)", "1.0.0"};
     facts.proxy.libraryThere = true;
-    facts.supervisor.answer = SupervisorFacts::Answer::answers;
+    facts.supervisor.answer = SupervisorFacts::Answer::kAnswers;
     facts.supervisor.processes = {{12, R"(C:\FW\App\DaemonManager.exe)", "1.0.0"}};
     facts.firewallService.name = "MpsSvc";
     facts.firewallService.startType = 2;
@@ -44,7 +44,7 @@ TEST(DoctorChecks, On_a_healthy_machine_every_check_is_ok_and_the_order_is_fixed
     const std::vector<Finding> findings = Judge(FactsOfHealthyMachine());
     std::vector<std::string> checks;
     for (const Finding& finding : findings) {
-        EXPECT_EQ(finding.verdict, Verdict::ok) << finding.check << ": " << finding.text;
+        EXPECT_EQ(finding.verdict, Verdict::kOk) << finding.check << ": " << finding.text;
         EXPECT_EQ(finding.remedy, "") << finding.check;
         checks.push_back(finding.check);
     }
@@ -58,13 +58,13 @@ TEST(DoctorChecks, On_a_healthy_machine_every_check_is_ok_and_the_order_is_fixed
 
 TEST(DoctorChecks, Exit_code_is_that_of_the_worst_finding)
 {
-    const Finding warning{"wmi", Verdict::warning, "", ""};
-    const Finding failure{"wmi", Verdict::failure, "", ""};
+    const Finding warning{"wmi", Verdict::kWarning, "", ""};
+    const Finding failure{"wmi", Verdict::kFailure, "", ""};
     EXPECT_EQ(ExitCodeOf({}), 0);
     EXPECT_EQ(ExitCodeOf({warning}), 1);
-    EXPECT_EQ(ExitCodeOf({warning, {"supervisor", Verdict::failure, "", ""}}), 3);
-    EXPECT_EQ(ExitCodeOf({{"proxy", Verdict::failure, "", ""}, warning}), 3);
-    EXPECT_EQ(ExitCodeOf({{"proxy", Verdict::failure, "", ""}, failure}), 4);
+    EXPECT_EQ(ExitCodeOf({warning, {"supervisor", Verdict::kFailure, "", ""}}), 3);
+    EXPECT_EQ(ExitCodeOf({{"proxy", Verdict::kFailure, "", ""}, warning}), 3);
+    EXPECT_EQ(ExitCodeOf({{"proxy", Verdict::kFailure, "", ""}, failure}), 4);
 }
 
 } // namespace

@@ -15,9 +15,9 @@ namespace {
 using namespace client::v0;
 
 const std::vector<Finding> kFindings = {
-    {"rights", Verdict::ok, "this command runs as administrator", ""},
-    {"firewall-rules", Verdict::warning, "1 gone\ngone: \"allowing C:\\a.exe\"", "Prune."},
-    {"supervisor", Verdict::failure, "not running", "Start it."}};
+    {"rights", Verdict::kOk, "this command runs as administrator", ""},
+    {"firewall-rules", Verdict::kWarning, "1 gone\ngone: \"allowing C:\\a.exe\"", "Prune."},
+    {"supervisor", Verdict::kFailure, "not running", "Start it."}};
 
 TEST(DoctorReport, Text_has_a_line_for_each_finding_and_its_remedy_below)
 {
@@ -33,7 +33,7 @@ TEST(DoctorReport, Text_has_a_line_for_each_finding_and_its_remedy_below)
 
 TEST(DoctorReport, Control_characters_are_visible_in_the_text)
 {
-    EXPECT_EQ(DoctorText({{"firewall-rules", Verdict::ok, "gone: \x1B[2J\nok  \r", "\x07now"}}),
+    EXPECT_EQ(DoctorText({{"firewall-rules", Verdict::kOk, "gone: \x1B[2J\nok  \r", "\x07now"}}),
               "ok       firewall-rules    gone: \\x1B[2J\n"
               "                             ok  \\x0D\n"
               "                           -> \\x07now\n"
@@ -48,7 +48,7 @@ TEST(DoctorReport, Text_without_findings_is_the_count_only)
 TEST(DoctorReport, Memory_that_runs_out_is_an_exception_and_no_line_is_left_out)
 {
     const std::string line(200, 'x'); // longer than what a string holds without memory
-    const std::vector<Finding> findings = {{"check", Verdict::ok, line + "\n" + line, ""}};
+    const std::vector<Finding> findings = {{"check", Verdict::kOk, line + "\n" + line, ""}};
     const std::string complete = DoctorText(findings);
     bool happened = true;
     std::size_t failures = 0;
@@ -93,7 +93,7 @@ TEST(DoctorReport, Json_names_the_worst_verdict_and_replaces_bytes_that_are_no_U
 {
     EXPECT_NE(DoctorJson(kFindings, "1", {}).find(R"("worst": "failure")"), std::string::npos);
     EXPECT_NE(DoctorJson({}, "1", {}).find(R"("worst": "ok")"), std::string::npos);
-    EXPECT_NE(DoctorJson({{"x", Verdict::ok, "\xFF", ""}}, "1", {}).find("\\ufffd"),
+    EXPECT_NE(DoctorJson({{"x", Verdict::kOk, "\xFF", ""}}, "1", {}).find("\\ufffd"),
               std::string::npos);
 }
 

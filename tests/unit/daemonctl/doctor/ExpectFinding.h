@@ -14,7 +14,7 @@ inline void ExpectFinding(const client::v0::Finding& finding, client::v0::Verdic
 {
     EXPECT_EQ(finding.verdict, verdict) << finding.check << ": " << finding.text;
     EXPECT_EQ(finding.text, text);
-    EXPECT_EQ(finding.remedy.empty(), verdict == client::v0::Verdict::ok) << finding.remedy;
+    EXPECT_EQ(finding.remedy.empty(), verdict == client::v0::Verdict::kOk) << finding.remedy;
 }
 
 } // namespace vqrx::test

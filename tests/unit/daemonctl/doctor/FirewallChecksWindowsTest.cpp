@@ -56,10 +56,10 @@ TEST(FirewallFacts, Rules_are_listed_with_the_state_of_their_programs)
         EXPECT_EQ(rule.name, "allowing " + rule.application);
         programs[rule.application] = rule.program;
     }
-    EXPECT_EQ(programs, (std::map<std::string, Program>{{own, Program::there},
-                                                        {"C:\\gone\xC3\xBC.exe", Program::gone},
-                                                        {"Q:\\drive.exe", Program::unknown},
-                                                        {"%TEMP%", Program::there}}));
+    EXPECT_EQ(programs, (std::map<std::string, Program>{{own, Program::kThere},
+                                                        {"C:\\gone\xC3\xBC.exe", Program::kGone},
+                                                        {"Q:\\drive.exe", Program::kUnknown},
+                                                        {"%TEMP%", Program::kThere}}));
     EXPECT_EQ(TheFirewallScript().liveObjects, 0);
 }
 

@@ -29,8 +29,8 @@ TEST(InstallationFacts, Both_keys_have_an_error_if_neither_exists)
 TEST(InstallationFacts, Root_is_unknown_if_the_current_key_has_no_value)
 {
     FirmwareRegistry registry;
-    registry.Create(FirmwareRegistry::current);
-    registry.SetPathname(FirmwareRegistry::older, R"(C:\FW)");
+    registry.Create(FirmwareRegistry::kCurrent);
+    registry.SetPathname(FirmwareRegistry::kOlder, R"(C:\FW)");
     const InstallationFacts facts = GatherInstallationFacts();
     EXPECT_EQ(facts.currentKey.openError, 0U);
     EXPECT_EQ(facts.currentKey.valueError, 2U);
@@ -41,7 +41,7 @@ TEST(InstallationFacts, Root_is_unknown_if_the_current_key_has_no_value)
 TEST(InstallationFacts, Value_that_is_too_long_has_an_error)
 {
     FirmwareRegistry registry;
-    registry.SetPathname(FirmwareRegistry::current, std::string(300, 'x'));
+    registry.SetPathname(FirmwareRegistry::kCurrent, std::string(300, 'x'));
     EXPECT_EQ(GatherInstallationFacts().currentKey.valueError, 234U);
 }
 
@@ -51,7 +51,7 @@ TEST(InstallationFacts, Folders_and_log_file_are_opened_and_nothing_is_created)
     const std::string path = root.Path().string();
     std::filesystem::create_directory(root.Path() / "App");
     FirmwareRegistry registry;
-    registry.SetPathname(FirmwareRegistry::current, path + R"(\App\bin)");
+    registry.SetPathname(FirmwareRegistry::kCurrent, path + R"(\App\bin)");
     InstallationFacts facts = GatherInstallationFacts();
     EXPECT_EQ(facts.currentKey.pathname, path + R"(\App\bin)");
     EXPECT_EQ(facts.root, path);
@@ -86,7 +86,7 @@ TEST(InstallationFacts, File_in_place_of_a_folder_is_not_a_folder)
     const TempFolder root;
     std::ofstream(root.Path() / "Logs") << "x";
     FirmwareRegistry registry;
-    registry.SetPathname(FirmwareRegistry::older, root.Path().string());
+    registry.SetPathname(FirmwareRegistry::kOlder, root.Path().string());
     const InstallationFacts facts = GatherInstallationFacts();
     EXPECT_FALSE(facts.logs.isFolder);
     EXPECT_EQ(facts.app.error, 2U);

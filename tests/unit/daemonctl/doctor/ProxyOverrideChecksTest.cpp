@@ -11,13 +11,13 @@ using namespace client::v0;
 
 TEST(ProxyOverrideCheck, Is_ok_if_every_user_has_the_proxy_of_the_machine)
 {
-    ExpectFinding(JudgeProxyOverrides({}), Verdict::ok,
+    ExpectFinding(JudgeProxyOverrides({}), Verdict::kOk,
                   "no user who is logged on has a proxy/stub of his own");
 }
 
 TEST(ProxyOverrideCheck, Warns_if_the_users_are_not_all_known)
 {
-    ExpectFinding(JudgeProxyOverrides({{}, 5}), Verdict::warning,
+    ExpectFinding(JudgeProxyOverrides({{}, 5}), Verdict::kWarning,
                   "Windows does not list the users who are logged on: error 5");
     EXPECT_TRUE(
         JudgeProxyOverrides({{{"key", "user", "library"}}, 5})
@@ -30,7 +30,7 @@ TEST(ProxyOverrideCheck, Names_user_and_library_and_the_command_that_removes_the
         JudgeProxyOverrides({{{R"(HKU\S-1-5-21-1\Software\Classes\CLSID\{C3})", R"(PC\guest)",
                                R"(C:\Users\guest\evil.dll)"},
                               {R"(HKU\%x%\Software\Classes\Interface\{C3})", "%x%", ""}}});
-    ExpectFinding(finding, Verdict::warning,
+    ExpectFinding(finding, Verdict::kWarning,
                   "2 registrations of the proxy/stub for one user\n"
                   "programs of PC\\guest load C:\\Users\\guest\\evil.dll: "
                   "HKU\\S-1-5-21-1\\Software\\Classes\\CLSID\\{C3}\n"

@@ -38,11 +38,11 @@ RightsFacts SoundMachine()
     RightsFacts facts;
     facts.administrators = {"S-1-5-18", "S-1-5-32-544"};
     facts.supervisorSid = kVideo;
-    facts.places = {{Sound(R"(C:\)", Kind::folder), Role::above},
-                    {Sound(R"(C:\FW\App)", Kind::folder), Role::programs},
-                    {Sound(R"(C:\FW\Logs)", Kind::folder), Role::logs}};
-    facts.keys = {Sound(R"(HKLM\SOFTWARE)", Kind::registryKey),
-                  Sound(R"(HKLM\SOFTWARE\UnitWarden)", Kind::registryKey)};
+    facts.places = {{Sound(R"(C:\)", Kind::kFolder), Role::kAbove},
+                    {Sound(R"(C:\FW\App)", Kind::kFolder), Role::kPrograms},
+                    {Sound(R"(C:\FW\Logs)", Kind::kFolder), Role::kLogs}};
+    facts.keys = {Sound(R"(HKLM\SOFTWARE)", Kind::kRegistryKey),
+                  Sound(R"(HKLM\SOFTWARE\UnitWarden)", Kind::kRegistryKey)};
     for (ObjectRights& key : facts.keys) {
         key.granted.pop_back(); // the numbers mean other rights there
     }
@@ -52,15 +52,15 @@ RightsFacts SoundMachine()
 TEST(RightsCheck, Is_ok_if_only_administrators_can_change_what_is_there)
 {
     RightsFacts facts = SoundMachine();
-    ObjectRights missing = Sound(R"(C:\FW\Logs\DaemonManager.log)", Kind::file);
+    ObjectRights missing = Sound(R"(C:\FW\Logs\DaemonManager.log)", Kind::kFile);
     missing.error = 2;
-    facts.places.push_back({missing, Role::logFile});
+    facts.places.push_back({missing, Role::kLogFile});
     missing.error = 3;
     facts.keys.push_back(missing);
-    ExpectFinding(JudgeFileRights(facts), Verdict::ok,
+    ExpectFinding(JudgeFileRights(facts), Verdict::kOk,
                   "only administrators can change the 3 files and folders on which the supervisor "
                   "relies");
-    ExpectFinding(JudgeKeyRights(facts), Verdict::ok,
+    ExpectFinding(JudgeKeyRights(facts), Verdict::kOk,
                   "only administrators can change the 2 registry keys on which the supervisor "
                   "relies");
 }
@@ -69,11 +69,11 @@ TEST(RightsCheck, Lets_the_account_of_the_supervisor_write_the_log_and_no_progra
 {
     RightsFacts facts = SoundMachine();
     facts.places[2].rights = Granting(facts.places[2].rights, kVideo, 0x1F01FF);
-    EXPECT_EQ(JudgeFileRights(facts).verdict, Verdict::ok);
+    EXPECT_EQ(JudgeFileRights(facts).verdict, Verdict::kOk);
     facts.places[2].rights.ownerSid = kVideo;
-    EXPECT_EQ(JudgeFileRights(facts).verdict, Verdict::ok);
+    EXPECT_EQ(JudgeFileRights(facts).verdict, Verdict::kOk);
     facts.places[1].rights = Granting(facts.places[1].rights, kVideo, 0x1F01FF);
-    ExpectFinding(JudgeFileRights(facts), Verdict::warning,
+    ExpectFinding(JudgeFileRights(facts), Verdict::kWarning,
                   "others than administrators can change 1 of 3 files and folders on which the "
                   "supervisor relies\n" +
                       std::string(kVideo) + R"( may write to C:\FW\App)");
@@ -87,7 +87,7 @@ TEST(RightsCheck, Gives_commands_for_each_weak_place_in_the_order_of_the_places)
     facts.places[1].rights.ownerSid = "S-1-5-21-9";
     facts.places[1].rights.ownerName = R"(PC\guest)";
     const Finding finding = JudgeFileRights(facts);
-    ExpectFinding(finding, Verdict::warning,
+    ExpectFinding(finding, Verdict::kWarning,
                   "others than administrators can change 2 of 3 files and folders on which the "
                   "supervisor relies\nS-1-1-0 may write to C:\\\nPC\\guest owns C:\\FW\\App\n"
                   "S-1-1-0 may write to C:\\FW\\App");
@@ -104,7 +104,7 @@ TEST(RightsCheck, Proves_nothing_about_a_network)
 {
     RightsFacts facts = SoundMachine();
     facts.unjudged = {R"(\\server\share\worker.exe)"};
-    ExpectFinding(JudgeFileRights(facts), Verdict::warning,
+    ExpectFinding(JudgeFileRights(facts), Verdict::kWarning,
                   "others than administrators can change 1 of 4 files and folders on which the "
                   "supervisor relies\n\\\\server\\share\\worker.exe lies on a network, or is no "
                   "path: its rights prove nothing");
@@ -117,7 +117,7 @@ TEST(RightsCheck, Gives_commands_for_the_keys_of_the_installation_only)
         key = Granting(key, "S-1-1-0", 0x2);
     }
     const Finding finding = JudgeKeyRights(facts);
-    ExpectFinding(finding, Verdict::warning,
+    ExpectFinding(finding, Verdict::kWarning,
                   "others than administrators can change 2 of 2 registry keys on which the "
                   "supervisor relies\nS-1-1-0 may write to HKLM\\SOFTWARE\n"
                   "S-1-1-0 may write to HKLM\\SOFTWARE\\UnitWarden");

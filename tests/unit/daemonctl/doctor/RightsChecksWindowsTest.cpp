@@ -68,12 +68,12 @@ TEST_F(RightsFactsTest, Each_place_is_there_once_and_the_folders_above_come_firs
     const std::size_t number = facts.places.size();
     std::size_t lastAbove = 0;
     for (const std::string& above : {std::string("C:\\"), Root()}) {
-        ASSERT_LT(IndexOf(facts, above, Role::above), number) << above;
-        lastAbove = IndexOf(facts, above, Role::above);
+        ASSERT_LT(IndexOf(facts, above, Role::kAbove), number) << above;
+        lastAbove = IndexOf(facts, above, Role::kAbove);
     }
     for (const std::size_t index :
-         {IndexOf(facts, App(), Role::programs), IndexOf(facts, Root() + "\\Logs", Role::logs),
-          IndexOf(facts, Log(), Role::logFile), IndexOf(facts, Worker(), Role::program)}) {
+         {IndexOf(facts, App(), Role::kPrograms), IndexOf(facts, Root() + "\\Logs", Role::kLogs),
+          IndexOf(facts, Log(), Role::kLogFile), IndexOf(facts, Worker(), Role::kProgram)}) {
         ASSERT_LT(index, number);
         EXPECT_LT(lastAbove, index);
     }
@@ -81,7 +81,7 @@ TEST_F(RightsFactsTest, Each_place_is_there_once_and_the_folders_above_come_firs
         const PlaceFacts& place = facts.places[index];
         EXPECT_EQ(IndexOf(facts, place.rights.path, place.role), index) << place.rights.path;
     }
-    EXPECT_EQ(facts.places[IndexOf(facts, Log(), Role::logFile)].rights.error, 0U);
+    EXPECT_EQ(facts.places[IndexOf(facts, Log(), Role::kLogFile)].rights.error, 0U);
 }
 
 TEST_F(RightsFactsTest, A_program_or_a_folder_that_everybody_may_change_is_found)
@@ -139,9 +139,9 @@ TEST_F(RightsFactsTest, The_key_of_the_service_that_starts_the_guard_is_looked_a
 TEST_F(RightsFactsTest, A_registry_key_without_an_access_list_is_found)
 {
     FirmwareRegistry registry;
-    registry.SetPathname(FirmwareRegistry::current, App());
+    registry.SetPathname(FirmwareRegistry::kCurrent, App());
     const Finding sound = JudgeKeyRights(GatherRightsFacts("", {}));
-    EXPECT_EQ(sound.verdict, Verdict::ok) << sound.text;
+    EXPECT_EQ(sound.verdict, Verdict::kOk) << sound.text;
     ASSERT_TRUE(HasEverybodysKey(R"(SOFTWARE\UnitWarden\CurrentVersion)"));
     EXPECT_THAT(JudgeKeyRights(GatherRightsFacts("", {})).text,
                 HasSubstr(R"(may write to HKLM\SOFTWARE\UnitWarden\CurrentVersion)"));

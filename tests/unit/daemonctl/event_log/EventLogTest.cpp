@@ -17,10 +17,10 @@ using client::v0::EventLog;
 using client::v0::EventOf;
 using client::v0::Trouble;
 
-constexpr Trouble::Kind kKinds[] = {Trouble::Kind::supervisorLost, Trouble::Kind::supervisorBack,
-                                    Trouble::Kind::crashLoopBegan, Trouble::Kind::crashLoopEnded,
-                                    Trouble::Kind::cannotStart,    Trouble::Kind::startsAgain,
-                                    Trouble::Kind::down,           Trouble::Kind::upAgain};
+constexpr Trouble::Kind kKinds[] = {Trouble::Kind::kSupervisorLost, Trouble::Kind::kSupervisorBack,
+                                    Trouble::Kind::kCrashLoopBegan, Trouble::Kind::kCrashLoopEnded,
+                                    Trouble::Kind::kCannotStart,    Trouble::Kind::kStartsAgain,
+                                    Trouble::Kind::kDown,           Trouble::Kind::kUpAgain};
 
 std::vector<std::pair<DWORD, std::wstring>> reported; // id and text
 bool refuse = false;
@@ -84,7 +84,7 @@ TEST(EventLog, Writes_the_sentence_and_shortens_what_Windows_would_refuse)
     const ImportPatch patch("ReportEventW", NoteReport);
     EventLog eventLog;
     Trouble trouble;
-    trouble.kind = Trouble::Kind::down;
+    trouble.kind = Trouble::Kind::kDown;
     trouble.daemonId = 3;
     trouble.command = "C:\\a\xC3\xA4.exe";
     eventLog.Write(trouble);

@@ -22,7 +22,7 @@ TEST(ProcessFacts, Running_process_has_its_program_and_its_time_of_creation)
     GetSystemTimeAsFileTime(&before);
     const ChildProcess child('"' + program + '"');
     const ProcessFacts facts = ReadProcessFacts(child.Pid());
-    EXPECT_EQ(facts.state, ProcessFacts::State::running);
+    EXPECT_EQ(facts.state, ProcessFacts::State::kRunning);
     EXPECT_EQ(facts.processId, child.Pid());
     EXPECT_EQ(facts.image, program);
     const std::int64_t beforeMs =
@@ -39,9 +39,9 @@ TEST(ProcessFacts, Ended_process_is_gone_even_while_a_handle_of_it_is_open)
     const ChildProcess child('"' + TestProgram("no_windows") + '"');
     child.Kill();
     ASSERT_TRUE(child.Wait());
-    EXPECT_EQ(ReadProcessFacts(child.Pid()).state, ProcessFacts::State::gone);
-    EXPECT_EQ(ReadProcessFacts(4294967280U).state, ProcessFacts::State::gone);
-    EXPECT_EQ(ReadProcessFacts(0).state, ProcessFacts::State::gone);
+    EXPECT_EQ(ReadProcessFacts(child.Pid()).state, ProcessFacts::State::kGone);
+    EXPECT_EQ(ReadProcessFacts(4294967280U).state, ProcessFacts::State::kGone);
+    EXPECT_EQ(ReadProcessFacts(0).state, ProcessFacts::State::kGone);
 }
 
 TEST(ProcessFacts, Two_paths_of_one_file_are_the_same_file)

@@ -21,7 +21,7 @@ ProcessFacts Process(const std::string& image, std::int64_t createdMs)
 {
     ProcessFacts facts;
     facts.processId = 12;
-    facts.state = ProcessFacts::State::running;
+    facts.state = ProcessFacts::State::kRunning;
     facts.image = image;
     facts.createdMs = createdMs;
     return facts;
@@ -36,44 +36,44 @@ ProcessFit Fit(std::int64_t createdMs, bool attached = false,
 
 TEST(FitProcess, accepts_a_process_created_just_before_its_record)
 {
-    EXPECT_EQ(Fit(kLogged), ProcessFit::same);
-    EXPECT_EQ(Fit(kLogged - 500), ProcessFit::same);
-    EXPECT_EQ(Fit(kLogged - 60000), ProcessFit::same); // a slow start
-    EXPECT_EQ(Fit(kLogged + 1000), ProcessFit::same);  // clocks of different grain
+    EXPECT_EQ(Fit(kLogged), ProcessFit::kSame);
+    EXPECT_EQ(Fit(kLogged - 500), ProcessFit::kSame);
+    EXPECT_EQ(Fit(kLogged - 60000), ProcessFit::kSame); // a slow start
+    EXPECT_EQ(Fit(kLogged + 1000), ProcessFit::kSame);  // clocks of different grain
 }
 
 TEST(FitProcess, rejects_a_process_created_after_the_record)
 {
-    EXPECT_EQ(Fit(kLogged + 1001), ProcessFit::otherTime);
-    EXPECT_EQ(Fit(kLogged + 86400000), ProcessFit::otherTime);
-    EXPECT_EQ(Fit(kLogged + 1001, true), ProcessFit::otherTime);
+    EXPECT_EQ(Fit(kLogged + 1001), ProcessFit::kOtherTime);
+    EXPECT_EQ(Fit(kLogged + 86400000), ProcessFit::kOtherTime);
+    EXPECT_EQ(Fit(kLogged + 1001, true), ProcessFit::kOtherTime);
 }
 
 TEST(FitProcess, rejects_a_process_created_long_before_the_record_of_its_start)
 {
-    EXPECT_EQ(Fit(kLogged - 60001), ProcessFit::otherTime);
+    EXPECT_EQ(Fit(kLogged - 60001), ProcessFit::kOtherTime);
 }
 
 TEST(FitProcess, accepts_an_attached_process_of_any_age)
 {
-    EXPECT_EQ(Fit(kLogged - 86400000, true), ProcessFit::same);
+    EXPECT_EQ(Fit(kLogged - 86400000, true), ProcessFit::kSame);
 }
 
 TEST(FitProcess, rejects_a_process_that_runs_another_program)
 {
-    EXPECT_EQ(Fit(kLogged, false, R"(C:\FW\App\b.exe)"), ProcessFit::otherProgram);
-    EXPECT_EQ(Fit(kLogged, true, ""), ProcessFit::otherProgram);
+    EXPECT_EQ(Fit(kLogged, false, R"(C:\FW\App\b.exe)"), ProcessFit::kOtherProgram);
+    EXPECT_EQ(Fit(kLogged, true, ""), ProcessFit::kOtherProgram);
 }
 
 TEST(FitProcess, reports_a_process_that_is_gone_or_hidden)
 {
     ProcessFacts facts = Process(R"(C:\FW\App\a.exe)", kLogged);
-    facts.state = ProcessFacts::State::gone;
+    facts.state = ProcessFacts::State::kGone;
     EXPECT_EQ(FitProcess({12, kLogged, false, R"(C:\FW\App\a.exe )"}, facts, kApp, Never),
-              ProcessFit::gone);
-    facts.state = ProcessFacts::State::hidden;
+              ProcessFit::kGone);
+    facts.state = ProcessFacts::State::kHidden;
     EXPECT_EQ(FitProcess({12, kLogged, false, R"(C:\FW\App\a.exe )"}, facts, kApp, Never),
-              ProcessFit::hidden);
+              ProcessFit::kHidden);
 }
 
 bool Fits(const std::string& image, const std::string& command)
@@ -137,13 +137,13 @@ TEST(IsImageOfCommand, accepts_the_command_interpreter_for_a_batch_file)
 TEST(DescribeMisfit, explains_each_reason)
 {
     const ProcessFacts facts = Process(R"(C:\b.exe)", 0);
-    EXPECT_EQ(DescribeMisfit(ProcessFit::same, facts), "process 12 runs");
-    EXPECT_EQ(DescribeMisfit(ProcessFit::gone, facts), "process 12 has ended");
-    EXPECT_EQ(DescribeMisfit(ProcessFit::hidden, facts),
+    EXPECT_EQ(DescribeMisfit(ProcessFit::kSame, facts), "process 12 runs");
+    EXPECT_EQ(DescribeMisfit(ProcessFit::kGone, facts), "process 12 has ended");
+    EXPECT_EQ(DescribeMisfit(ProcessFit::kHidden, facts),
               "process 12 may not be opened by this user: run this command as administrator");
-    EXPECT_EQ(DescribeMisfit(ProcessFit::otherTime, facts),
+    EXPECT_EQ(DescribeMisfit(ProcessFit::kOtherTime, facts),
               R"(process 12 has ended; the id belongs to another process now, C:\b.exe)");
-    EXPECT_EQ(DescribeMisfit(ProcessFit::otherProgram, facts),
+    EXPECT_EQ(DescribeMisfit(ProcessFit::kOtherProgram, facts),
               R"(process 12 runs another program, C:\b.exe)");
 }
 

@@ -43,7 +43,7 @@ TEST(ReportHtml, loads_nothing_and_holds_no_script)
 TEST(ReportHtml, that_is_written_again_and_again_reloads_itself_and_shows_its_age)
 {
     const auto model =
-        MakeReportModel(BuildTimeline({}), {SupervisorState::running, 1763265156000});
+        MakeReportModel(BuildTimeline({}), {SupervisorState::kRunning, 1763265156000});
     const std::string page = ReportHtml(model, "a.log", 60, 10);
     EXPECT_THAT(page, HasSubstr("<meta http-equiv=\"refresh\" content=\"10\">"));
     EXPECT_THAT(page, HasSubstr("<time data-ms=\"1763265156000\" data-every=\"10\">"

@@ -22,7 +22,7 @@ TEST(ReportJson, has_the_documented_fields)
                        Record{1, 11000, 0, "", "Exception caught in : Unknown (0x3)"},
                        Record{2, 11000, 1, "", "Start DaemonId(3) PId(11) : \xC3\xBC.exe "}});
     EXPECT_EQ(
-        ReportJson(MakeReportModel(timeline, {SupervisorState::running, 21000}), "a.log", "1.0.0"),
+        ReportJson(MakeReportModel(timeline, {SupervisorState::kRunning, 21000}), "a.log", "1.0.0"),
         R"json({
   "version": "1.0.0",
   "written": {

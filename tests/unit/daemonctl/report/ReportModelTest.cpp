@@ -85,7 +85,7 @@ TEST(ReportModel, reaches_to_now_if_the_supervisor_runs)
     const Log log = Log().StartUp(100).At(100, "Start DaemonId(0) PId(10) : a.exe ", 2);
     const ReportModel copy = log.Model();
     EXPECT_EQ(copy.endMs, 100000);
-    const ReportModel live = log.Model({SupervisorState::running, 160000});
+    const ReportModel live = log.Model({SupervisorState::kRunning, 160000});
     EXPECT_EQ(live.endMs, 160000);
     EXPECT_EQ(live.lanes.at(0).longestMs, 60000);
     EXPECT_EQ(live.lanes.at(0).availability, 1.0);
@@ -100,7 +100,7 @@ TEST(ReportModel, reaches_to_now_although_a_second_supervisor_was_refused)
                                   .At(100, "Start DaemonId(0) PId(10) : a.exe ", 2)
                                   .StartUp(130)
                                   .At(131, "Deamon Thread is exiting...", 2)
-                                  .Model({SupervisorState::running, 160000});
+                                  .Model({SupervisorState::kRunning, 160000});
     EXPECT_EQ(model.endMs, 160000);
     EXPECT_EQ(model.lanes.at(0).state, "running");
     EXPECT_TRUE(model.lanes.at(0).isRegistered);
@@ -113,7 +113,7 @@ TEST(ReportModel, ends_at_the_last_record_if_the_supervisor_does_not_run)
     const ReportModel model = Log()
                                   .StartUp(100)
                                   .At(100, "Start DaemonId(0) PId(10) : a.exe ", 2)
-                                  .Model({SupervisorState::notRunning, 160000});
+                                  .Model({SupervisorState::kNotRunning, 160000});
     EXPECT_EQ(model.endMs, 100000);
     EXPECT_EQ(model.lanes.at(0).state, "left running");
     EXPECT_FALSE(model.lanes.at(0).isRegistered);
@@ -127,7 +127,7 @@ TEST(ReportModel, counts_a_process_that_ended_within_about_one_pass_as_down)
         log.At(second, "Exception caught in : Access violation", 0)
             .At(second, "Start DaemonId(0) PId(10) : a.exe ");
     }
-    const ReportLane lane = log.Model({SupervisorState::running, 200000}).lanes.at(0);
+    const ReportLane lane = log.Model({SupervisorState::kRunning, 200000}).lanes.at(0);
     EXPECT_EQ(lane.availability, 0.0);
     EXPECT_EQ(lane.state, "restarting");
     EXPECT_EQ(lane.recent.lastTenMinutes, 100U);

@@ -25,7 +25,7 @@ constexpr std::int64_t kBegin = 1763265156000; // 2025-11-16 03:52:36 UTC
 
 /// Writes the part about the present for a log with one record a second, one second after the last.
 std::string NowOf(const std::vector<std::string>& texts,
-                  SupervisorState state = SupervisorState::running)
+                  SupervisorState state = SupervisorState::kRunning)
 {
     std::vector<Record> records;
     for (const std::string& text : texts) {
@@ -66,7 +66,7 @@ TEST(ReportNow, names_a_program_that_cannot_be_started)
 TEST(ReportNow, warns_if_the_supervisor_does_not_run)
 {
     const std::string html =
-        NowOf({"Start DaemonId(0) PId(10) : a.exe "}, SupervisorState::notRunning);
+        NowOf({"Start DaemonId(0) PId(10) : a.exe "}, SupervisorState::kNotRunning);
     EXPECT_THAT(html, HasSubstr("The supervisor is not running."));
     EXPECT_THAT(html, Not(HasSubstr("<table")));
     EXPECT_THAT(NowOf({}), IsEmpty());
@@ -86,7 +86,7 @@ TEST(ReportNow, lists_the_watched_daemons_with_those_in_trouble_first)
     EXPECT_THAT(html, Not(HasSubstr("gone.exe")));
     EXPECT_LT(html.find("command\">bad.exe"), html.find("command\">good.exe"));
     EXPECT_THAT(html, HasSubstr("data-name=\"Restarts in the last hour\">6</td>"));
-    EXPECT_THAT(NowOf({"Start DaemonId(0) PId(10) : a.exe "}, SupervisorState::unknown),
+    EXPECT_THAT(NowOf({"Start DaemonId(0) PId(10) : a.exe "}, SupervisorState::kUnknown),
                 HasSubstr("<h2>At the last record</h2>"));
 }
 

@@ -34,7 +34,7 @@ struct ObjectRightsTest : testing::Test {
     ObjectRightsTest()
         : path(folder.File("sound"))
     {
-        EXPECT_EQ(0U, MakeProtectedFolder(path, FolderUse::programs, ""));
+        EXPECT_EQ(0U, MakeProtectedFolder(path, FolderUse::kPrograms, ""));
     }
 
     const TempFolder folder;
@@ -45,7 +45,7 @@ TEST_F(ObjectRightsTest, A_folder_made_for_programs_has_no_weakness)
 {
     const ObjectRights rights = ReadRights(path);
     EXPECT_EQ(0U, rights.error);
-    EXPECT_EQ(ObjectRights::Kind::folder, rights.kind);
+    EXPECT_EQ(ObjectRights::Kind::kFolder, rights.kind);
     EXPECT_FALSE(rights.reparsePoint);
     EXPECT_FALSE(rights.unprotected);
     EXPECT_TRUE(TrustedAdministrators().contains(rights.ownerSid)) << rights.ownerSid;
@@ -55,7 +55,7 @@ TEST_F(ObjectRightsTest, A_folder_made_for_programs_has_no_weakness)
 TEST_F(ObjectRightsTest, A_folder_or_a_parent_that_everybody_may_change_is_found)
 {
     const std::string inside = path + "\\inside";
-    ASSERT_EQ(0U, MakeProtectedFolder(inside, FolderUse::programs, ""));
+    ASSERT_EQ(0U, MakeProtectedFolder(inside, FolderUse::kPrograms, ""));
     std::ofstream(inside + "\\file") << "x";
     OpenToAll(path);
     const std::string weakness = "may write to " + path;
@@ -95,7 +95,7 @@ TEST(ObjectRights, Owner_and_access_list_of_a_registry_key_are_read)
 {
     const ObjectRights rights = ReadKeyRights("SOFTWARE");
     EXPECT_EQ(0U, rights.error);
-    EXPECT_EQ(ObjectRights::Kind::registryKey, rights.kind);
+    EXPECT_EQ(ObjectRights::Kind::kRegistryKey, rights.kind);
     EXPECT_EQ("HKLM\\SOFTWARE", rights.path);
     EXPECT_NE("", rights.ownerSid);
     EXPECT_NE(0U, ReadKeyRights("SOFTWARE\\no such key of ours").error);

@@ -58,28 +58,28 @@ HANDLE WINAPI NoteFile(LPCWSTR, DWORD, DWORD sharing, LPSECURITY_ATTRIBUTES attr
 TEST(ProtectedObjects, A_folder_for_programs_can_be_read_by_users_and_changed_by_administrators)
 {
     const ImportPatch patch("CreateDirectoryW", NoteFolder);
-    EXPECT_EQ(0U, MakeProtectedFolder("C:\\x", FolderUse::programs, "S-1-5-21-1-2-3-1001"));
+    EXPECT_EQ(0U, MakeProtectedFolder("C:\\x", FolderUse::kPrograms, "S-1-5-21-1-2-3-1001"));
     EXPECT_EQ("D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)", listGiven);
 }
 
 TEST(ProtectedObjects, A_folder_for_logs_is_for_administrators_and_the_account_of_the_supervisor)
 {
     const ImportPatch patch("CreateDirectoryW", NoteFolder);
-    EXPECT_EQ(0U, MakeProtectedFolder("C:\\x", FolderUse::logs, ""));
+    EXPECT_EQ(0U, MakeProtectedFolder("C:\\x", FolderUse::kLogs, ""));
     EXPECT_EQ("D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)", listGiven);
-    EXPECT_EQ(0U, MakeProtectedFolder("C:\\x", FolderUse::logs, "S-1-5-21-1-2-3-1001"));
+    EXPECT_EQ(0U, MakeProtectedFolder("C:\\x", FolderUse::kLogs, "S-1-5-21-1-2-3-1001"));
     EXPECT_EQ("D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;FA;;;S-1-5-21-1-2-3-1001)", listGiven);
-    EXPECT_NE(0U, MakeProtectedFolder("C:\\x", FolderUse::logs, "no SID)(A;;FA;;;WD"));
+    EXPECT_NE(0U, MakeProtectedFolder("C:\\x", FolderUse::kLogs, "no SID)(A;;FA;;;WD"));
 }
 
 TEST(ProtectedObjects, A_folder_that_exists_or_has_no_parent_is_not_made)
 {
     const TempFolder folder;
     const std::string path = folder.File("new");
-    EXPECT_EQ(0U, MakeProtectedFolder(path, FolderUse::logs, ""));
-    EXPECT_EQ(DWORD{ERROR_ALREADY_EXISTS}, MakeProtectedFolder(path, FolderUse::logs, ""));
+    EXPECT_EQ(0U, MakeProtectedFolder(path, FolderUse::kLogs, ""));
+    EXPECT_EQ(DWORD{ERROR_ALREADY_EXISTS}, MakeProtectedFolder(path, FolderUse::kLogs, ""));
     EXPECT_EQ(DWORD{ERROR_PATH_NOT_FOUND},
-              MakeProtectedFolder(folder.File("no\\new"), FolderUse::logs, ""));
+              MakeProtectedFolder(folder.File("no\\new"), FolderUse::kLogs, ""));
 }
 
 TEST(ProtectedObjects, A_file_has_its_rights_before_its_content)

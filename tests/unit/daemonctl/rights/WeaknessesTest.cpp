@@ -26,7 +26,7 @@ ObjectRights SoundFolder()
 {
     ObjectRights rights;
     rights.path = "C:\\FW";
-    rights.kind = ObjectRights::Kind::folder;
+    rights.kind = ObjectRights::Kind::kFolder;
     rights.ownerSid = "S-1-5-32-544";
     rights.ownerName = "BUILTIN\\Administrators";
     rights.granted = {{"S-1-5-18", "SYSTEM", 0x1F01FF},
@@ -122,13 +122,13 @@ TEST(Weaknesses, of_a_registry_key_are_the_rights_to_set_a_value_and_to_make_a_k
 {
     for (const std::uint32_t mask : {0x2U, 0x4U, 0x20U, 0x10000U, 0x40000U, 0x80000U}) {
         ObjectRights rights = With(mask);
-        rights.kind = ObjectRights::Kind::registryKey;
+        rights.kind = ObjectRights::Kind::kRegistryKey;
         rights.granted.erase(rights.granted.begin() + 2); // the numbers mean other rights here
         EXPECT_THAT(Weaknesses(rights, kTrusted), ElementsAre("Everyone may write to C:\\FW"))
             << mask;
     }
     ObjectRights rights = With(0x20019); // to read
-    rights.kind = ObjectRights::Kind::registryKey;
+    rights.kind = ObjectRights::Kind::kRegistryKey;
     rights.granted.erase(rights.granted.begin() + 2);
     EXPECT_THAT(Weaknesses(rights, kTrusted), IsEmpty());
 }

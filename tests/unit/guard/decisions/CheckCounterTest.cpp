@@ -22,28 +22,28 @@ int ChecksUntilHang(CheckResult result)
 
 TEST(CheckCounter, Three_silent_checks_mean_that_the_supervisor_hangs)
 {
-    EXPECT_EQ(ChecksUntilHang(CheckResult::silent), 3);
+    EXPECT_EQ(ChecksUntilHang(CheckResult::kSilent), 3);
 }
 
 TEST(CheckCounter, Busy_and_withdrawn_supervisors_get_more_time)
 {
-    EXPECT_EQ(ChecksUntilHang(CheckResult::busy), 15);
-    EXPECT_EQ(ChecksUntilHang(CheckResult::withdrawn), 15);
+    EXPECT_EQ(ChecksUntilHang(CheckResult::kBusy), 15);
+    EXPECT_EQ(ChecksUntilHang(CheckResult::kWithdrawn), 15);
 }
 
 TEST(CheckCounter, Supervisor_that_answers_or_cannot_be_asked_does_not_hang)
 {
-    EXPECT_EQ(ChecksUntilHang(CheckResult::answers), 0);
-    EXPECT_EQ(ChecksUntilHang(CheckResult::unknown), 0);
+    EXPECT_EQ(ChecksUntilHang(CheckResult::kAnswers), 0);
+    EXPECT_EQ(ChecksUntilHang(CheckResult::kUnknown), 0);
 }
 
 TEST(CheckCounter, Only_checks_one_after_the_other_count)
 {
     CheckCounter counter;
     for (const CheckResult between :
-         {CheckResult::answers, CheckResult::busy, CheckResult::unknown}) {
-        EXPECT_FALSE(counter.Notice(CheckResult::silent));
-        EXPECT_FALSE(counter.Notice(CheckResult::silent));
+         {CheckResult::kAnswers, CheckResult::kBusy, CheckResult::kUnknown}) {
+        EXPECT_FALSE(counter.Notice(CheckResult::kSilent));
+        EXPECT_FALSE(counter.Notice(CheckResult::kSilent));
         EXPECT_EQ(counter.Count(), 2U);
         EXPECT_FALSE(counter.Notice(between));
         EXPECT_EQ(counter.Count(), 1U);

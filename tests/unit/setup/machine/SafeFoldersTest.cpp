@@ -37,7 +37,7 @@ void OpenToEverybody(const std::string& path)
 std::string ReasonOfRefusal(SafeFolders& folders, const std::string& path)
 {
     try {
-        folders.Prepare(path, FolderUse::programs);
+        folders.Prepare(path, FolderUse::kPrograms);
     } catch (const SetupError& error) {
         return error.what();
     }
@@ -70,9 +70,9 @@ TEST(SafeFolders, Missing_folders_are_made_with_those_above_them_and_removed_aga
 {
     const TempFolder temp;
     SafeFolders folders("", false);
-    EXPECT_TRUE(folders.Prepare(temp.File("one\\two"), FolderUse::programs));
-    EXPECT_FALSE(folders.Prepare(temp.File("one"), FolderUse::programs));
-    EXPECT_TRUE(folders.Prepare(temp.File("one\\logs"), FolderUse::logs));
+    EXPECT_TRUE(folders.Prepare(temp.File("one\\two"), FolderUse::kPrograms));
+    EXPECT_FALSE(folders.Prepare(temp.File("one"), FolderUse::kPrograms));
+    EXPECT_TRUE(folders.Prepare(temp.File("one\\logs"), FolderUse::kLogs));
     EXPECT_EQ(
         (std::vector<std::string>{temp.File("one"), temp.File("one\\two"), temp.File("one\\logs")}),
         folders.Made());
@@ -84,7 +84,7 @@ TEST(SafeFolders, A_made_folder_that_is_not_empty_stays)
 {
     const TempFolder temp;
     SafeFolders folders("", false);
-    folders.Prepare(temp.File("one"), FolderUse::programs);
+    folders.Prepare(temp.File("one"), FolderUse::kPrograms);
     std::ofstream(temp.File("one\\file")) << "x";
     folders.RemoveMade();
     EXPECT_TRUE(std::filesystem::exists(temp.File("one\\file")));

@@ -59,8 +59,8 @@ protected:
                   "\\";
         removed.clear();
         EXPECT_TRUE(IsLink(In("t\\link")));
-        EXPECT_EQ(FileKind::file, KindOf(In("t\\link\\precious")));
-        EXPECT_EQ(FileKind::file, KindOf(In("t\\file_link")));
+        EXPECT_EQ(FileKind::kFile, KindOf(In("t\\link\\precious")));
+        EXPECT_EQ(FileKind::kFile, KindOf(In("t\\file_link")));
     }
 
     File In(const std::string& name) const { return File(folder_ + name); }
@@ -157,7 +157,7 @@ TEST_F(FileOperationsLinks, A_copy_of_a_folder_into_itself_through_a_link_is_ref
 {
     EXPECT_EQ("cannot copy " + folder_ + "target to " + folder_ + "t\\link\\target",
               Failure<std::runtime_error>([&] { CopyTo(In("target"), folder_ + "t\\link"); }));
-    EXPECT_EQ(FileKind::nothing, KindOf(In("target\\target")));
+    EXPECT_EQ(FileKind::kNothing, KindOf(In("target\\target")));
 }
 
 } // namespace vqrx::test

@@ -29,30 +29,30 @@ TEST_F(FirmwareRootTest, Root_is_the_default_if_neither_key_exists)
 
 TEST_F(FirmwareRootTest, Root_is_the_default_if_the_first_key_has_no_value)
 {
-    registry.Create(Key::current);
-    registry.SetPathname(Key::older, R"(E:\FW)");
+    registry.Create(Key::kCurrent);
+    registry.SetPathname(Key::kOlder, R"(E:\FW)");
     EXPECT_FALSE(TryGetFirmwareRoot(path));
     EXPECT_EQ(path, R"(D:\FIRMWARE)");
 }
 
 TEST_F(FirmwareRootTest, Root_comes_from_the_first_key_if_both_have_a_value)
 {
-    registry.SetPathname(Key::current, R"(E:\FW\App\bin)");
-    registry.SetPathname(Key::older, R"(F:\old)");
+    registry.SetPathname(Key::kCurrent, R"(E:\FW\App\bin)");
+    registry.SetPathname(Key::kOlder, R"(F:\old)");
     EXPECT_TRUE(TryGetFirmwareRoot(path));
     EXPECT_EQ(path, R"(E:\FW)");
 }
 
 TEST_F(FirmwareRootTest, Root_comes_from_the_second_key_if_the_first_cannot_be_opened)
 {
-    registry.SetPathname(Key::older, R"(F:\old\App)");
+    registry.SetPathname(Key::kOlder, R"(F:\old\App)");
     EXPECT_TRUE(TryGetFirmwareRoot(path));
     EXPECT_EQ(path, R"(F:\old)");
 }
 
 TEST_F(FirmwareRootTest, Root_ends_at_the_first_zero_of_the_value)
 {
-    registry.SetPathname(Key::current, REG_BINARY, std::string("E:\\FW\0\\x", 8));
+    registry.SetPathname(Key::kCurrent, REG_BINARY, std::string("E:\\FW\0\\x", 8));
     EXPECT_TRUE(TryGetFirmwareRoot(path));
     EXPECT_EQ(path, R"(E:\FW)");
 }
@@ -60,21 +60,21 @@ TEST_F(FirmwareRootTest, Root_ends_at_the_first_zero_of_the_value)
 TEST_F(FirmwareRootTest, Value_of_255_bytes_without_a_zero_is_read_whole)
 {
     const std::string longest = "E:\\" + std::string(252, 'x');
-    registry.SetPathname(Key::current, REG_BINARY, longest);
+    registry.SetPathname(Key::kCurrent, REG_BINARY, longest);
     EXPECT_TRUE(TryGetFirmwareRoot(path));
     EXPECT_EQ(path, longest);
 }
 
 TEST_F(FirmwareRootTest, Value_of_256_bytes_is_not_read)
 {
-    registry.SetPathname(Key::current, REG_BINARY, std::string(256, 'x'));
+    registry.SetPathname(Key::kCurrent, REG_BINARY, std::string(256, 'x'));
     EXPECT_FALSE(TryGetFirmwareRoot(path));
     EXPECT_EQ(path, R"(D:\FIRMWARE)");
 }
 
 TEST_F(FirmwareRootTest, Empty_value_gives_the_empty_root)
 {
-    registry.SetPathname(Key::current, REG_SZ, "");
+    registry.SetPathname(Key::kCurrent, REG_SZ, "");
     EXPECT_TRUE(TryGetFirmwareRoot(path));
     EXPECT_EQ(path, "");
 }
