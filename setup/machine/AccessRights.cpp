@@ -139,7 +139,8 @@ AccessRights RightsOfProcess(HANDLE process)
 std::string NameOfRights(const AccessRights& rights)
 {
     PSID sid = nullptr;
-    if (ConvertStringSidToSidW(client::v0::Wide(rights.userSid).c_str(), &sid) == FALSE) {
+    if (rights.userSid.empty() ||
+        ConvertStringSidToSidW(client::v0::Wide(rights.userSid).c_str(), &sid) == FALSE) {
         return "an unknown account";
     }
     const UniqueLocalMemory<void> owner(sid);
