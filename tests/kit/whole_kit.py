@@ -4,7 +4,8 @@ the repository's tools in the path. Compares the drive, the registry and the pro
 and after. By hand; it takes as long as all tests, one after another.
 
   tests/kit/whole_kit.py ZIP                   run it
-  tests/kit/whole_kit.py ZIP --kill 10         kill the runner after 10 programs, then start it again
+  tests/kit/whole_kit.py ZIP --kill 10         kill the runner while a supervisor runs, after 10 programs
+                                               or more, then start it again
   tests/kit/whole_kit.py ZIP -- --quick        options for run-tests.exe
 
 With another Wine: put its commands first in PATH (docs/dev/wine.md).
@@ -20,6 +21,7 @@ import time
 import zipfile
 
 RUNNER = r"C:\kit\run-tests.exe"
+SUPERVISOR = r"C:\kit\bin\DaemonManager.exe"
 SOURCE = pathlib.Path(__file__).resolve().parents[2]
 LEFT = ("undo.json", "work")
 
@@ -66,19 +68,25 @@ def text_of(kit):
 
 
 def kill_after(kit, machine, options, count):
+    """Kills the runner at a moment when a test has a supervisor: then keys, rules and often services are
+    changed, too."""
     process = start(kit, options)
-    machine.DEADLINE = 1800
-    machine.wait_until(lambda: text_of(kit).count("\n[") >= count + 1, f"{count} programs")
+    machine.DEADLINE = 3600
+    machine.wait_until(lambda: text_of(kit).count("\n[") >= count, f"{count} programs")
+    machine.wait_until(lambda: machine.processes(SUPERVISOR), "a supervisor")
     machine.end_processes("run-tests.exe")
     process.wait()
-    print(f"killed after {count} programs; left then: "
-          f"{[name for name in LEFT if (kit / name).exists()]}", flush=True)
 
 
 def state(kit, machine):
     """The drive without the kit, and the registry."""
     return {name: content for name, content in machine.snapshot().items()
             if not name.startswith(str(kit))}
+
+
+def difference(before, after):
+    """The names of what is new, gone or different."""
+    return sorted(name for name in before.keys() | after.keys() if before.get(name) != after.get(name))
 
 
 def main():
@@ -95,10 +103,12 @@ def main():
     begin = time.monotonic()
     if options.kill:
         kill_after(kit, machine, options.options, options.kill)
+        print(f"killed after {text_of(kit).count(chr(10) + '[')} programs; changed then: "
+              f"{difference(before, state(kit, machine)) or 'nothing'}; in the kit: "
+              f"{[name for name in LEFT if (kit / name).exists()]}", flush=True)
     code = start(kit, options.options).wait()
     seconds = time.monotonic() - begin
-    after = state(kit, machine)
-    changed = sorted(name for name in before.keys() | after.keys() if before.get(name) != after.get(name))
+    changed = difference(before, state(kit, machine))
     left = [name for name in LEFT if (kit / name).exists()] + sorted(machine.processes("C:\\kit\\"))
     subprocess.run(["wineserver", "-k"], check=False)
     print(text_of(kit))

@@ -146,8 +146,8 @@ def _exported(key):
 
 
 def snapshot():
-    """Returns all files and folders of drive C: and all registry keys. The values of two snapshots
-    differ if the content differs."""
+    """Returns all files and folders of drive C:, all services, and all registry keys of programs. The values
+    of two snapshots differ if the content differs."""
     entries = {}
     for folder, folders, files in os.walk(DRIVE_C):
         entries.update({os.path.join(folder, name): "folder" for name in folders})
@@ -156,5 +156,6 @@ def snapshot():
             status = os.lstat(path)
             entries[path] = (status.st_size, status.st_mtime_ns)
     entries.update(_exported(r"HKEY_LOCAL_MACHINE\Software"))
+    entries.update(_exported(r"HKEY_LOCAL_MACHINE\System\CurrentControlSet\Services"))
     entries.update(_exported("HKEY_CURRENT_USER"))
     return entries
