@@ -67,20 +67,20 @@ int Apply(SupervisorClient& supervisor, const ApplyArguments& arguments, const E
 
 } // namespace
 
-void AddApplyCommand(CLI::App& app, int& exitCode)
+void AddApplyCommand(const CommandDefinition& app, int& exitCode)
 {
     const auto arguments = std::make_shared<ApplyArguments>();
-    CLI::App* const command =
-        app.add_subcommand("apply", "Launch what a fleet file names and no daemon runs yet");
-    command->add_option("FILE", arguments->file, "The fleet file: one program per line, see check")
-        ->required();
-    command->add_flag("--prune", arguments->options.prune,
-                      "Also stop the daemons that the file does not name, attached ones too");
-    command->add_flag("--dry-run", arguments->options.dryRun,
-                      "Print what the command would do, and do nothing");
-    command->add_flag("--trust", arguments->trust,
-                      "Believe a fleet file that others than administrators may change");
-    command->footer(
+    const CommandDefinition command =
+        app.Command("apply", "Launch what a fleet file names and no daemon runs yet");
+    command.Option("FILE", arguments->file, "The fleet file: one program per line, see check")
+        .Required();
+    command.Flag("--prune", arguments->options.prune,
+                 "Also stop the daemons that the file does not name, attached ones too");
+    command.Flag("--dry-run", arguments->options.dryRun,
+                 "Print what the command would do, and do nothing");
+    command.Flag("--trust", arguments->trust,
+                 "Believe a fleet file that others than administrators may change");
+    command.Footer(
         "Examples:\n"
         "  daemonctl apply C:\\FW\\App\\fleet.txt --dry-run\n"
         "  daemonctl apply C:\\FW\\App\\fleet.txt\n"
@@ -95,7 +95,7 @@ void AddApplyCommand(CLI::App& app, int& exitCode)
         "a file that others may change (--trust).\n"
         "Exit code 0: everything in the file is registered; 1: --dry-run, and something is to be\n"
         "done; 2: the file cannot be read or has a fault; 4: something failed.");
-    command->callback([&exitCode, arguments] {
+    command.OnChosen([&exitCode, arguments] {
         const ExpectFile fleet = ReadFleetFile(arguments->file);
         if (!PrintErrors(arguments->file, fleet.errors)) {
             exitCode = kWrongUsage;

@@ -172,26 +172,26 @@ int Autostart(const AutostartOptions& options)
 
 } // namespace
 
-void AddAutostartCommand(CLI::App& app, int& exitCode)
+void AddAutostartCommand(const CommandDefinition& app, int& exitCode)
 {
     const auto options = std::make_shared<AutostartOptions>();
-    CLI::App* const command = app.add_subcommand(
+    const CommandDefinition command = app.Command(
         "autostart", "Let Windows start the supervisor, and a guard that keeps it running");
     command
-        ->add_option("ACTION", options->action,
-                     "install, remove, or show the present status; start: start the guard now")
-        ->check(CLI::IsMember({"install", "remove", "status", "start"}))
-        ->required();
-    CLI::Option* const service = command->add_flag(
+        .Option("ACTION", options->action,
+                "install, remove, or show the present status; start: start the guard now")
+        .OneOf({"install", "remove", "status", "start"})
+        .Required();
+    const OptionDefinition service = command.Flag(
         "--service", options->service, "Start the guard with Windows, as a service (default)");
     command
-        ->add_flag("--session", options->session,
-                   "Start the guard when a user logs on, for workers that need a desktop")
-        ->excludes(service);
-    command->add_option("--fleet", options->fleet,
-                        "Launch what this file names; default: fleet.txt in \\App, if it exists");
-    command->add_flag("--no-start", options->noStart, "Do not start the guard now");
-    command->footer(
+        .Flag("--session", options->session,
+              "Start the guard when a user logs on, for workers that need a desktop")
+        .Excludes(service);
+    command.Option("--fleet", options->fleet,
+                   "Launch what this file names; default: fleet.txt in \\App, if it exists");
+    command.Flag("--no-start", options->noStart, "Do not start the guard now");
+    command.Footer(
         "Examples:\n"
         "  daemonctl autostart install --fleet C:\\FW\\App\\fleet.txt\n"
         "  daemonctl autostart install --session\n"
@@ -203,7 +203,7 @@ void AddAutostartCommand(CLI::App& app, int& exitCode)
         "install and remove need the rights of an administrator.\n"
         "Exit code 0: done, or all is well; 1: nothing is set up, or there are warnings; 2: the fleet\n"
         "file has a fault; 4: something failed.");
-    command->callback([&exitCode, options] { exitCode = Autostart(*options); });
+    command.OnChosen([&exitCode, options] { exitCode = Autostart(*options); });
 }
 
 } // namespace vqrx::client::v0

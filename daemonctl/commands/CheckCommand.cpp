@@ -1,7 +1,6 @@
 #include "Commands.h"
 
 #include "DaemonListing.h"
-#include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "Expectation.h"
 #include "PrintText.h"
@@ -97,22 +96,20 @@ int Check(const CheckOptions& options, const ExpectFile& file)
 
 } // namespace
 
-void AddCheckCommand(CLI::App& app, int& exitCode)
+void AddCheckCommand(const CommandDefinition& app, int& exitCode)
 {
     const auto options = std::make_shared<CheckOptions>();
-    CLI::App* const command =
-        app.add_subcommand("check", "Check that a daemon runs for each program of a list");
+    const CommandDefinition command =
+        app.Command("check", "Check that a daemon runs for each program of a list");
+    command.Option("--expect", options->file, "Read the list from this file, one program per line")
+        .Required();
     command
-        ->add_option("--expect", options->file,
-                     "Read the list from this file, one program per line")
-        ->required();
-    command
-        ->add_option("--min-uptime", options->minUptimeSeconds,
-                     "Count a program as missing if its process is younger than this many seconds, "
-                     "so that a program that ends again and again is found")
-        ->transform(DecimalNumber());
-    command->add_flag("--json", options->json, "Print one JSON object");
-    command->footer(
+        .Option("--min-uptime", options->minUptimeSeconds,
+                "Count a program as missing if its process is younger than this many seconds, "
+                "so that a program that ends again and again is found")
+        .Decimal();
+    command.Flag("--json", options->json, "Print one JSON object");
+    command.Footer(
         "Examples:\n"
         "  daemonctl check --expect C:\\FW\\expected.txt\n"
         "  daemonctl check --expect C:\\FW\\expected.txt --min-uptime 60\n"
@@ -125,7 +122,7 @@ void AddCheckCommand(CLI::App& app, int& exitCode)
         "A line without arguments fits a daemon with any arguments. Two equal lines need two\n"
         "daemons.\n"
         "Exit code 1: a program of the list does not run; 2: the list cannot be read.");
-    command->callback([&exitCode, options] {
+    command.OnChosen([&exitCode, options] {
         ExpectFile file;
         if (!ReadExpectFile(options->file, file)) {
             exitCode = kWrongUsage;

@@ -1,5 +1,7 @@
 #include "Completion.h"
 
+#include <CLI/CLI.hpp>
+
 #include <functional>
 #include <map>
 #include <utility>

@@ -1,8 +1,10 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <string>
+
+namespace CLI {
+class App;
+} // namespace CLI
 
 namespace vqrx::client::v0 {
 

@@ -2,7 +2,6 @@
 
 #include "Completion.h"
 #include "ExitCode.h"
-#include "NamedValue.h"
 
 #include <fcntl.h>
 #include <io.h>
@@ -17,15 +16,16 @@ namespace vqrx::client::v0 {
 void AddCompletionCommand(CLI::App& app, int& exitCode)
 {
     const auto shell = std::make_shared<std::string>();
-    CLI::App* const command = app.add_subcommand(
+    const CommandDefinition command = CommandDefinition(app).Command(
         "completion", "Print a script with which a shell completes commands and options");
-    command->add_option("SHELL", *shell, "Name of the shell")
-        ->required()
-        ->transform(NamedValue<std::string>({{"bash", "bash"}, {"powershell", "powershell"}}));
-    command->footer("Examples:\n"
-                    "  source <(daemonctl completion bash)\n"
-                    "  daemonctl completion powershell | Out-String | Invoke-Expression");
-    command->callback([&app, &exitCode, shell] {
+    command
+        .Choice<std::string>("SHELL", *shell, {{"bash", "bash"}, {"powershell", "powershell"}},
+                             "Name of the shell")
+        .Required();
+    command.Footer("Examples:\n"
+                   "  source <(daemonctl completion bash)\n"
+                   "  daemonctl completion powershell | Out-String | Invoke-Expression");
+    command.OnChosen([&app, &exitCode, shell] {
         // bash would read a carriage return as part of a word.
         _setmode(_fileno(stdout), _O_BINARY);
         std::cout << (*shell == "bash" ? BashCompletion(app) : PowerShellCompletion(app));

@@ -1,6 +1,5 @@
 #include "Commands.h"
 
-#include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "LaunchedDaemon.h"
 #include "Utf8.h"
@@ -82,50 +81,49 @@ int Detach(SupervisorClient& supervisor, const Arguments& arguments)
 
 using Operation = int (*)(SupervisorClient&, const Arguments&);
 
-CLI::App* AddCommand(CLI::App& app, int& exitCode, const char* name, const char* description,
-                     Operation operation, const std::shared_ptr<Arguments>& arguments)
+CommandDefinition AddCommand(const CommandDefinition& app, int& exitCode, const char* name,
+                             const char* description, Operation operation,
+                             const std::shared_ptr<Arguments>& arguments)
 {
-    CLI::App* const command = app.add_subcommand(name, description);
-    command->callback([&exitCode, operation, arguments] {
+    const CommandDefinition command = app.Command(name, description);
+    command.OnChosen([&exitCode, operation, arguments] {
         exitCode = WithSupervisorAndLog(
             [&](SupervisorClient& supervisor) { return operation(supervisor, *arguments); });
     });
     return command;
 }
 
-void AddRaw(CLI::App& command, Arguments& arguments)
+void AddRaw(const CommandDefinition& command, Arguments& arguments)
 {
-    command.add_flag("--raw", arguments.raw,
-                     "Send the arguments as they are, even if the program gets others; must come "
-                     "first");
+    command.Flag("--raw", arguments.raw,
+                 "Send the arguments as they are, even if the program gets others; must come "
+                 "first");
 }
 
 } // namespace
 
-void AddControlCommands(CLI::App& app, int& exitCode,
+void AddControlCommands(const CommandDefinition& app, int& exitCode,
                         const std::vector<std::string>& daemonArguments)
 {
     const auto arguments = std::make_shared<Arguments>();
     arguments->rest = daemonArguments; // app parses none of them: ARG only stands in the help
 
-    CLI::App* command =
+    CommandDefinition command =
         AddCommand(app, exitCode, "launch",
                    "Start a program and keep it running; print its daemon id", Launch, arguments);
-    AddRaw(*command, *arguments);
-    command->add_option("PATH", arguments->path, "Full path of the program file")
-        ->required()
-        ->check(CLI::Validator(
-            [](const std::string& path) { return path.empty() ? "the path is empty" : ""; }, ""));
+    AddRaw(command, *arguments);
+    command.Option("PATH", arguments->path, "Full path of the program file")
+        .Required()
+        .Checked([](const std::string& path) { return path.empty() ? "the path is empty" : ""; });
     command
-        ->add_option(
-            "--wait", arguments->waitSeconds,
-            "Wait at most this many seconds until the program has run for two seconds, and "
-            "print whether it runs; stands before PATH")
-        ->type_name("SECONDS")
-        ->transform(DecimalNumber());
-    command->add_option("ARG", arguments->rest,
-                        "Arguments for the program: everything after PATH, also dashes");
-    command->footer(
+        .Option("--wait", arguments->waitSeconds,
+                "Wait at most this many seconds until the program has run for two seconds, and "
+                "print whether it runs; stands before PATH")
+        .Word("SECONDS")
+        .Decimal();
+    command.Option("ARG", arguments->rest,
+                   "Arguments for the program: everything after PATH, also dashes");
+    command.Footer(
         "Example:\n  daemonctl launch C:\\FW\\App\\video.exe --input 3 \"two words\"\n"
         "  daemonctl launch --wait 10 C:\\FW\\App\\video.exe\n"
         "The command refuses arguments that the program would get changed: double quotes, a backslash\n"
@@ -136,11 +134,10 @@ void AddControlCommands(CLI::App& app, int& exitCode,
 
     command = AddCommand(app, exitCode, "attach",
                          "Keep a running process alive; print its daemon id", Attach, arguments);
-    AddRaw(*command, *arguments);
-    command->add_option("PID", arguments->id, "Process id")->required()->transform(DecimalNumber());
-    command->add_option("ARG", arguments->rest,
-                        "Arguments for a restart, only for a Windows service");
-    command->footer(
+    AddRaw(command, *arguments);
+    command.Option("PID", arguments->id, "Process id").Required().Decimal();
+    command.Option("ARG", arguments->rest, "Arguments for a restart, only for a Windows service");
+    command.Footer(
         "Example:\n  daemonctl attach 1234\n"
         "A restart uses the path and the arguments that the process has now; for a Windows\n"
         "service it uses the arguments given here.\n"
@@ -149,11 +146,9 @@ void AddControlCommands(CLI::App& app, int& exitCode,
     command =
         AddCommand(app, exitCode, "detach",
                    "End the supervision of an attached process, which runs on", Detach, arguments);
-    command->add_option("ID", arguments->id, "Daemon id, as ps shows it")
-        ->required()
-        ->transform(DecimalNumber());
-    command->footer("Example:\n  daemonctl detach 4\n"
-                    "Exit code 1: the id is unknown, or the daemon was not attached.");
+    command.Option("ID", arguments->id, "Daemon id, as ps shows it").Required().Decimal();
+    command.Footer("Example:\n  daemonctl detach 4\n"
+                   "Exit code 1: the id is unknown, or the daemon was not attached.");
 }
 
 } // namespace vqrx::client::v0

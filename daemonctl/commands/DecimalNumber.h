@@ -1,12 +1,12 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <string>
 
 namespace vqrx::client::v0 {
 
-/// Returns a transformation for an option with an unsigned number, for CLI::Option::transform. It
-/// accepts decimal digits and removes leading zeros. Without it the library reads 010 as 8 and 0x10
-/// as 16.
-[[nodiscard]] CLI::Validator DecimalNumber();
+/// Reads an unsigned number of decimal digits, and removes its leading zeros. Otherwise the library
+/// that reads the command line would take 010 for 8 and 0x10 for 16.
+/// @return what is wrong with the text; empty: nothing
+[[nodiscard]] std::string ReadAsDecimal(std::string& text);
 
 } // namespace vqrx::client::v0

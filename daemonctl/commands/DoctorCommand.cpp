@@ -69,15 +69,15 @@ int Doctor(const DoctorOptions& options)
 
 } // namespace
 
-void AddDoctorCommand(CLI::App& app, int& exitCode)
+void AddDoctorCommand(const CommandDefinition& app, int& exitCode)
 {
     const auto options = std::make_shared<DoctorOptions>();
-    CLI::App* const command = app.add_subcommand(
-        "doctor", "Check what the supervisor needs, and print how to mend each fault");
-    command->add_flag("--json", options->json, "Print one JSON object");
-    command->add_flag("--prune", options->prune,
-                      "Print the firewall rules of programs that are gone, and remove them");
-    command->footer(
+    const CommandDefinition command =
+        app.Command("doctor", "Check what the supervisor needs, and print how to mend each fault");
+    command.Flag("--json", options->json, "Print one JSON object");
+    command.Flag("--prune", options->prune,
+                 "Print the firewall rules of programs that are gone, and remove them");
+    command.Footer(
         "Examples:\n"
         "  daemonctl doctor\n"
         "  daemonctl doctor --prune\n"
@@ -85,7 +85,7 @@ void AddDoctorCommand(CLI::App& app, int& exitCode)
         "Exit code 0: all is well; 1: there are warnings; 3: no supervisor runs, or its\n"
         "proxy/stub is not registered, and nothing else failed; 4: another check or a\n"
         "removal failed. Without --prune the command changes nothing.");
-    command->callback([&exitCode, options] { exitCode = Doctor(*options); });
+    command.OnChosen([&exitCode, options] { exitCode = Doctor(*options); });
 }
 
 } // namespace vqrx::client::v0

@@ -1,6 +1,5 @@
 #include "Commands.h"
 
-#include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "ProcessList.h"
 #include "ShutdownProgress.h"
@@ -104,25 +103,25 @@ int Exit(SupervisorClient& supervisor, const ExitOptions& options)
 
 } // namespace
 
-void AddExitCommand(CLI::App& app, int& exitCode)
+void AddExitCommand(const CommandDefinition& app, int& exitCode)
 {
     const auto options = std::make_shared<ExitOptions>();
-    CLI::App* const command = app.add_subcommand(
+    const CommandDefinition command = app.Command(
         "exit", "End the supervisor and wait for its end; the processes of its daemons run on");
-    CLI::Option* const noWait = command->add_flag(
+    const OptionDefinition noWait = command.Flag(
         "--no-wait", options->noWait, "Return as soon as the supervisor has accepted the order");
     command
-        ->add_option("--timeout", options->timeoutSeconds,
-                     "Wait at most this many seconds; default: 120")
-        ->transform(DecimalNumber())
-        ->excludes(noWait);
-    command->footer(
+        .Option("--timeout", options->timeoutSeconds,
+                "Wait at most this many seconds; default: 120")
+        .Decimal()
+        .Excludes(noWait);
+    command.Footer(
         "Example:\n  daemonctl exit\n"
         "The command returns after the process DaemonManager.exe has ended. A stop that\n"
         "is under way may delay that by a minute.\n"
         "Exit code 4: the process still runs after the timeout. It ends later, by\n"
         "itself or, if its console has stopped, after Esc in its window.");
-    command->callback([&exitCode, options] {
+    command.OnChosen([&exitCode, options] {
         exitCode = WithSupervisor(
             [&](SupervisorClient& supervisor) { return Exit(supervisor, *options); });
     });

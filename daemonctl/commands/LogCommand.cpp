@@ -2,12 +2,10 @@
 
 #include "LogOptions.h"
 
-#include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "ExpectFile.h"
 #include "FollowLog.h"
 #include "LineOutput.h"
-#include "NamedValue.h"
 #include "RecordFilter.h"
 #include "RecordText.h"
 #include "TimeText.h"
@@ -30,11 +28,9 @@ struct LogArguments : LogOptions {
     std::string since;
     std::string grep;
     std::string daemonProgram; // empty: the program of the daemon does not count
-    std::uint32_t daemonId = 0;
-    std::size_t tail = 0;
+    std::optional<std::uint32_t> daemonId;
+    std::optional<std::uint64_t> tail; // lines; nothing: all
     LineOutput::Colour colour = LineOutput::Colour::kAuto;
-    CLI::Option* daemonOption = nullptr;
-    CLI::Option* tailOption = nullptr;
 };
 
 RecordFilter FilterOf(const LogArguments& arguments)
@@ -46,9 +42,7 @@ RecordFilter FilterOf(const LogArguments& arguments)
     if (!arguments.since.empty()) {
         filter.sinceMs = ParseMoment(arguments.since, NowMs());
     }
-    if (arguments.daemonOption->count() != 0) {
-        filter.daemonId = arguments.daemonId;
-    }
+    filter.daemonId = arguments.daemonId;
     if (!arguments.daemonProgram.empty()) {
         filter.command = [program = ExpectedProgram{0, arguments.daemonProgram, {}}](
                              const std::string& command) { return IsCommandOf(program, command); };
@@ -65,7 +59,7 @@ public:
         : arguments_(arguments)
         , filter_(FilterOf(arguments))
         , output_(output)
-        , tail_(arguments.tailOption->count() != 0)
+        , tail_(arguments.tail.has_value())
         , attributor_([this](const AttributedRecord& record) { Take(record); })
     {
     }
@@ -149,7 +143,7 @@ private:
             return;
         }
         kept_.emplace_back(level, std::move(line));
-        if (kept_.size() > arguments_.tail) {
+        if (kept_.size() > *arguments_.tail) {
             kept_.pop_front();
         }
     }
@@ -185,7 +179,7 @@ int Show(const LogArguments& arguments, const std::string& path)
     return ReportDamage(arguments, path, summary);
 }
 
-// @return the error text for the library; empty if text is a time
+// @return what is wrong with the text; empty if it is a time
 std::string CheckMoment(const std::string& text)
 {
     return ParseMoment(text, NowMs())
@@ -193,57 +187,52 @@ std::string CheckMoment(const std::string& text)
                : "not a time: " + text + "; write for example 03:52, 2h or yesterday";
 }
 
-void AddOptions(CLI::App& command, LogArguments& arguments)
+void AddOptions(const CommandDefinition& command, LogArguments& arguments)
 {
-    command.add_flag("--follow,-f", arguments.follow,
-                     "Also show each record that is added from now on");
-    command.add_option("--tail,-n", arguments.tail, "Show only the last N lines")
-        ->type_name("N")
-        ->transform(DecimalNumber());
+    command.Flag("--follow,-f", arguments.follow,
+                 "Also show each record that is added from now on");
+    command.Option("--tail,-n", arguments.tail, "Show only the last N lines").Word("N").Decimal();
     command
-        .add_option("--level", arguments.level,
-                    "Show records up to this level: 0 errors, 1 also warnings, 2 also information, "
-                    "3 everything")
-        ->type_name("0-3")
-        ->transform(DecimalNumber())
-        ->check(CLI::Range(0, kEveryLevel).description(""));
+        .Option("--level", arguments.level,
+                "Show records up to this level: 0 errors, 1 also warnings, 2 also information, "
+                "3 everything")
+        .Word("0-3")
+        .Decimal()
+        .Between(0, kEveryLevel);
     command
-        .add_option(
-            "--since", arguments.since,
-            "Show only records from this time on: 2025-11-16T03:52[:36[.123]][Z], 03:52, 10m, "
-            "2h, 3d, today, yesterday")
-        ->type_name("TIME")
-        ->check(CLI::Validator(CheckMoment, ""));
-    arguments.daemonOption =
-        command.add_option("--daemon", arguments.daemonId, "Show only records of this daemon")
-            ->type_name("ID")
-            ->transform(DecimalNumber());
+        .Option("--since", arguments.since,
+                "Show only records from this time on: 2025-11-16T03:52[:36[.123]][Z], 03:52, 10m, "
+                "2h, 3d, today, yesterday")
+        .Word("TIME")
+        .Checked(CheckMoment);
+    command.Option("--daemon", arguments.daemonId, "Show only records of this daemon")
+        .Word("ID")
+        .Decimal();
     command
-        .add_option("--program", arguments.daemonProgram,
-                    "Show only records of daemons of this program, in all runs: a file name or a "
-                    "full path, or the name of a service")
-        ->type_name("NAME");
-    arguments.tailOption = command.get_option("--tail");
+        .Option("--program", arguments.daemonProgram,
+                "Show only records of daemons of this program, in all runs: a file name or a "
+                "full path, or the name of a service")
+        .Word("NAME");
     command
-        .add_option("--grep", arguments.grep,
-                    "Show only records that contain this text; letter case of A to Z is ignored")
-        ->type_name("TEXT");
-    command.add_flag("--json", arguments.json, "Print one JSON object per line, for programs");
+        .Option("--grep", arguments.grep,
+                "Show only records that contain this text; letter case of A to Z is ignored")
+        .Word("TEXT");
+    command.Flag("--json", arguments.json, "Print one JSON object per line, for programs");
     AddColourOption(command, arguments.colour);
 }
 
 } // namespace
 
-void AddLogCommand(CLI::App& app, int& exitCode, const LogPath& path)
+void AddLogCommand(const CommandDefinition& app, int& exitCode, const LogPath& path)
 {
     const auto arguments = std::make_shared<LogArguments>();
-    CLI::App* const command = app.add_subcommand(
+    const CommandDefinition command = app.Command(
         "log", "Show the supervisor's log: which programs started or ended, when and why");
-    command->alias("logs");
-    AddLogOptions(*command, *arguments, static_cast<bool>(path));
-    AddOptions(*command, *arguments);
-    const std::string program = app.get_name();
-    command->footer(
+    command.Alias("logs");
+    AddLogOptions(command, *arguments, static_cast<bool>(path));
+    AddOptions(command, *arguments);
+    const std::string program = app.Name();
+    command.Footer(
         "Examples:\n"
         "  " +
         program +
@@ -264,7 +253,7 @@ void AddLogCommand(CLI::App& app, int& exitCode, const LogPath& path)
         "\"Exception caught in : REASON  [daemon ID, process PID]\". REASON \"Unknown (0x1)\" is the\n"
         "ordinary exit code 1. Daemon ids start again at 0 in each run of the supervisor.\n"
         "Exit code 5: the file, or some lines of it, cannot be read; all other lines are shown.");
-    command->callback([&exitCode, arguments, path] {
+    command.OnChosen([&exitCode, arguments, path] {
         exitCode = WithLogFile(*arguments, path,
                                [&](const std::string& file) { return Show(*arguments, file); });
     });

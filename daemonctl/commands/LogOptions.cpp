@@ -1,7 +1,6 @@
 #include "LogOptions.h"
 
 #include "ExitCode.h"
-#include "NamedValue.h"
 
 #include <iostream>
 #include <new>
@@ -42,33 +41,35 @@ std::string DescribeDamage(const ScanSummary& summary)
 
 } // namespace
 
-void AddLogOptions(CLI::App& command, LogOptions& options, bool hasDefault)
+void AddLogOptions(const CommandDefinition& command, LogOptions& options, bool hasDefault)
 {
-    options.program = command.get_parent()->get_name();
-    CLI::Option* const file = command.add_option(
-        "--file", options.file,
-        hasDefault ? "Read this log file or copy, instead of the log of this machine"
-                   : "Read this log file or copy");
-    file->type_name("FILE")->required(!hasDefault);
+    options.program = command.NameOfProgram();
+    const OptionDefinition file =
+        command.Option("--file", options.file,
+                       hasDefault ? "Read this log file or copy, instead of the log of this machine"
+                                  : "Read this log file or copy");
+    file.Word("FILE").Required(!hasDefault);
     command
-        .add_option("--encoding", options.encoding,
-                    "Read the texts in this encoding; ansi is the code page of this machine")
-        ->type_name("NAME")
-        ->transform(NamedValue<TextEncoding>({{"auto", TextEncoding::kAuto},
-                                              {"ansi", TextEncoding::kAnsi},
-                                              {"windows-1252", TextEncoding::kWindows1252},
-                                              {"utf-8", TextEncoding::kUtf8}}));
+        .Choice<TextEncoding>(
+            "--encoding", options.encoding,
+            {{"auto", TextEncoding::kAuto},
+             {"ansi", TextEncoding::kAnsi},
+             {"windows-1252", TextEncoding::kWindows1252},
+             {"utf-8", TextEncoding::kUtf8}},
+            "Read the texts in this encoding; ansi is the code page of this machine")
+        .Word("NAME");
 }
 
-void AddColourOption(CLI::App& command, LineOutput::Colour& colour)
+void AddColourOption(const CommandDefinition& command, LineOutput::Colour& colour)
 {
     command
-        .add_option("--color", colour,
-                    "Colour the lines; auto does on a terminal, unless NO_COLOR is set")
-        ->type_name("WHEN")
-        ->transform(NamedValue<LineOutput::Colour>({{"auto", LineOutput::Colour::kAuto},
-                                                    {"always", LineOutput::Colour::kAlways},
-                                                    {"never", LineOutput::Colour::kNever}}));
+        .Choice<LineOutput::Colour>(
+            "--color", colour,
+            {{"auto", LineOutput::Colour::kAuto},
+             {"always", LineOutput::Colour::kAlways},
+             {"never", LineOutput::Colour::kNever}},
+            "Colour the lines; auto does on a terminal, unless NO_COLOR is set")
+        .Word("WHEN");
 }
 
 int WithLogFile(const LogOptions& options, const LogPath& defaultPath,

@@ -5,8 +5,6 @@
 #include "RingScan.h"
 #include "TextEncoding.h"
 
-#include <CLI/CLI.hpp>
-
 #include <functional>
 #include <string>
 
@@ -22,11 +20,11 @@ struct LogOptions {
 /// Adds --file and --encoding to a command, and stores the name of its program.
 /// @param options     must outlive command
 /// @param hasDefault  whether the operator may leave --file out
-void AddLogOptions(CLI::App& command, LogOptions& options, bool hasDefault);
+void AddLogOptions(const CommandDefinition& command, LogOptions& options, bool hasDefault);
 
 /// Adds --color to a command.
 /// @param colour  must outlive command
-void AddColourOption(CLI::App& command, LineOutput::Colour& colour);
+void AddColourOption(const CommandDefinition& command, LineOutput::Colour& colour);
 
 /// Finds the log file and runs a function that reads it. A failure is printed on standard error.
 /// @param defaultPath  called if the options name no file

@@ -1,7 +1,6 @@
 #include "Commands.h"
 
 #include "AtomicFile.h"
-#include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "InstalledPaths.h"
 #include "LogFile.h"
@@ -111,27 +110,27 @@ int WriteMetricsAgainAndAgain(const MetricsOptions& options)
 
 } // namespace
 
-void AddMetricsCommand(CLI::App& app, int& exitCode)
+void AddMetricsCommand(const CommandDefinition& app, int& exitCode)
 {
     const auto options = std::make_shared<MetricsOptions>();
-    CLI::App* const command = app.add_subcommand(
-        "metrics", "Write metrics of supervisor and daemons for a monitoring system");
+    const CommandDefinition command =
+        app.Command("metrics", "Write metrics of supervisor and daemons for a monitoring system");
     command
-        ->add_option("--output", options->output,
-                     "Replace this file, at once; its name should end with .prom")
-        ->type_name("FILE");
+        .Option("--output", options->output,
+                "Replace this file, at once; its name should end with .prom")
+        .Word("FILE");
     command
-        ->add_option("--every", options->everySeconds,
-                     "Write again after this many seconds, until Ctrl+C")
-        ->type_name("SECONDS")
-        ->transform(DecimalNumber());
-    command->footer(
+        .Option("--every", options->everySeconds,
+                "Write again after this many seconds, until Ctrl+C")
+        .Word("SECONDS")
+        .Decimal();
+    command.Footer(
         "Examples:\n"
         "  daemonctl metrics\n"
         "  daemonctl metrics --every 15 --output C:\\metrics\\daemonmanager.prom\n"
         "The text is OpenMetrics, as the textfile collectors of exporters read it. Exit code 0,\n"
         "also if no supervisor runs: daemonmanager_up is 0 then. 4: the file cannot be written.");
-    command->callback([&exitCode, options] {
+    command.OnChosen([&exitCode, options] {
         exitCode = options->everySeconds != 0 ? WriteMetricsAgainAndAgain(*options)
                                               : WriteMetrics(*options);
     });

@@ -2,7 +2,6 @@
 
 #include "DaemonListing.h"
 #include "DaemonTable.h"
-#include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "LineOutput.h"
 #include "LiveScreen.h"
@@ -93,35 +92,35 @@ int Ps(const PsOptions& options)
 
 } // namespace
 
-void AddPsCommand(CLI::App& app, int& exitCode)
+void AddPsCommand(const CommandDefinition& app, int& exitCode)
 {
     const auto options = std::make_shared<PsOptions>();
-    CLI::App* const command = app.add_subcommand(
+    const CommandDefinition command = app.Command(
         "ps", "List the daemons: state, process, restarts, last exit, processor time, memory");
-    command->alias("list")->alias("status");
-    CLI::Option* const json = command->add_flag("--json", options->json, "Print one JSON object");
-    CLI::Option* const watch = command->add_option(
-        "--watch", options->watchSeconds,
-        "Show the daemons and the newest records again and again, until Ctrl+C; "
-        "default: every 2 seconds");
-    watch->expected(0, 1)
-        ->type_name("[SECONDS]")
-        ->transform(DecimalNumber())
-        ->check(CLI::Range(std::uint32_t{1}, kMostSecondsBetweenLooks).description(""))
-        ->excludes(json);
+    command.Alias("list").Alias("status");
+    const OptionDefinition json = command.Flag("--json", options->json, "Print one JSON object");
+    const OptionDefinition watch =
+        command.Option("--watch", options->watchSeconds,
+                       "Show the daemons and the newest records again and again, until Ctrl+C; "
+                       "default: every 2 seconds");
+    watch.WithOrWithoutValue()
+        .Word("[SECONDS]")
+        .Decimal()
+        .Between(1, kMostSecondsBetweenLooks)
+        .Excludes(json);
     command
-        ->add_option("--log", options->log,
-                     "Read this folder, which record has made, in place of the log")
-        ->type_name("FOLDER")
-        ->excludes(watch);
-    AddColourOption(*command, options->colour);
+        .Option("--log", options->log,
+                "Read this folder, which record has made, in place of the log")
+        .Word("FOLDER")
+        .Excludes(watch);
+    AddColourOption(command, options->colour);
     command
-        ->add_option("--output,-o", options->output,
-                     "Write the JSON object to this new file, which only administrators and this "
-                     "user may read and write")
-        ->type_name("FILE")
-        ->excludes(watch);
-    command->footer(
+        .Option("--output,-o", options->output,
+                "Write the JSON object to this new file, which only administrators and this "
+                "user may read and write")
+        .Word("FILE")
+        .Excludes(watch);
+    command.Footer(
         "Examples:\n"
         "  daemonctl ps\n"
         "  daemonctl ps --watch\n"
@@ -131,8 +130,8 @@ void AddPsCommand(CLI::App& app, int& exitCode)
         "for a program that could never be started, and for a process that the log no longer shows\n"
         "(RESTARTS is then ?).\n"
         "12+ means that the log still shows 12 restarts and may have lost earlier ones.");
-    command->callback([&exitCode, options, watch] {
-        if (watch->count() != 0) {
+    command.OnChosen([&exitCode, options, watch] {
+        if (watch.IsGiven()) {
             const std::uint32_t seconds =
                 options->watchSeconds != 0 ? options->watchSeconds : kUsualSecondsBetweenLooks;
             exitCode = WatchDaemons(seconds, options->colour);

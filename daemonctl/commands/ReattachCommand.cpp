@@ -2,7 +2,6 @@
 
 #include "ApplyFleet.h"
 #include "ConsoleReporter.h"
-#include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "HandOver.h"
 #include "HandOverTrust.h"
@@ -127,37 +126,36 @@ int Reattach(SupervisorClient& supervisor, const ReattachOptions& options,
 
 } // namespace
 
-void AddReattachCommand(CLI::App& app, int& exitCode)
+void AddReattachCommand(const CommandDefinition& app, int& exitCode)
 {
     const auto options = std::make_shared<ReattachOptions>();
-    CLI::App* const command = app.add_subcommand(
+    const CommandDefinition command = app.Command(
         "reattach", "Attach the running daemons of the former supervisor, after an upgrade");
-    command->add_option("--from", options->from,
-                        "Read the daemons from this file, which ps --output made before the former "
-                        "supervisor ended");
-    command->add_option("--former-log", options->formerLog,
-                        "Read this log first, for example a damaged one that was set aside");
-    command->add_option("--fleet", options->fleet,
-                        "Take the arguments of Windows services from the lines of this fleet file");
-    command->add_flag("--trust", options->trust,
-                      "Believe the log and the listing although others than administrators may "
-                      "change them");
-    command->add_flag("--outside", options->outside,
-                      "Attach programs outside the folder App without a question");
-    command->add_flag(
-        "--dry-run", options->dryRun,
-        "Print what the command would do, and do nothing; without a supervisor, print "
-        "what runs unwatched");
-    CLI::Option* const noWait =
-        command->add_flag("--no-wait", options->noWait,
-                          "Do not wait for the end of other processes of the supervisor's program");
+    command.Option("--from", options->from,
+                   "Read the daemons from this file, which ps --output made before the former "
+                   "supervisor ended");
+    command.Option("--former-log", options->formerLog,
+                   "Read this log first, for example a damaged one that was set aside");
+    command.Option("--fleet", options->fleet,
+                   "Take the arguments of Windows services from the lines of this fleet file");
+    command.Flag("--trust", options->trust,
+                 "Believe the log and the listing although others than administrators may "
+                 "change them");
+    command.Flag("--outside", options->outside,
+                 "Attach programs outside the folder App without a question");
+    command.Flag("--dry-run", options->dryRun,
+                 "Print what the command would do, and do nothing; without a supervisor, print "
+                 "what runs unwatched");
+    const OptionDefinition noWait =
+        command.Flag("--no-wait", options->noWait,
+                     "Do not wait for the end of other processes of the supervisor's program");
     command
-        ->add_option("--timeout", options->timeoutSeconds,
-                     "Wait at most this many seconds for the end of the former supervisor; "
-                     "default: 120")
-        ->transform(DecimalNumber())
-        ->excludes(noWait);
-    command->footer(
+        .Option("--timeout", options->timeoutSeconds,
+                "Wait at most this many seconds for the end of the former supervisor; "
+                "default: 120")
+        .Decimal()
+        .Excludes(noWait);
+    command.Footer(
         "Examples:\n"
         "  daemonctl ps --output C:\\FW\\Logs\\before.json\n"
         "  daemonctl exit\n"
@@ -175,7 +173,7 @@ void AddReattachCommand(CLI::App& app, int& exitCode)
         "outside the folder App (--outside).\n"
         "Exit code 0: all are attached; 1: there was none to attach; 4: some could not be attached,\n"
         "the former supervisor still runs, or its log was set aside.");
-    command->callback([&exitCode, options] {
+    command.OnChosen([&exitCode, options] {
         HandOverOptions handOver;
         handOver.dryRun = options->dryRun;
         handOver.formerLog = options->formerLog;

@@ -2,7 +2,6 @@
 
 #include "LogOptions.h"
 
-#include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "FollowLog.h"
 #include "RecordFolder.h"
@@ -105,37 +104,37 @@ int RecordLog(const RecordArguments& arguments, const std::string& path)
 
 } // namespace
 
-void AddRecordCommand(CLI::App& app, int& exitCode, const LogPath& path)
+void AddRecordCommand(const CommandDefinition& app, int& exitCode, const LogPath& path)
 {
     const auto arguments = std::make_shared<RecordArguments>();
-    CLI::App* const command = app.add_subcommand(
+    const CommandDefinition command = app.Command(
         "record", "Record the log into a folder of files that keeps what the log overwrites");
-    AddLogOptions(*command, *arguments, static_cast<bool>(path));
-    command->add_option("--output", arguments->output, "Record into this folder")
-        ->type_name("FOLDER")
-        ->required();
+    AddLogOptions(command, *arguments, static_cast<bool>(path));
+    command.Option("--output", arguments->output, "Record into this folder")
+        .Word("FOLDER")
+        .Required();
     command
-        ->add_option("--max-file", arguments->fileMebibytes,
-                     "Begin a new file after this many MiB; default: 16")
-        ->type_name("MIB")
-        ->transform(DecimalNumber())
-        ->check(CLI::Range(1U, 4096U).description(""));
+        .Option("--max-file", arguments->fileMebibytes,
+                "Begin a new file after this many MiB; default: 16")
+        .Word("MIB")
+        .Decimal()
+        .Between(1U, 4096U);
     command
-        ->add_option("--max-age", arguments->fileHours,
-                     "Begin a new file after this many hours; default: 24")
-        ->type_name("HOURS")
-        ->transform(DecimalNumber())
-        ->check(CLI::Range(1U, 8784U).description(""));
+        .Option("--max-age", arguments->fileHours,
+                "Begin a new file after this many hours; default: 24")
+        .Word("HOURS")
+        .Decimal()
+        .Between(1U, 8784U);
     command
-        ->add_option("--max-total", arguments->folderMebibytes,
-                     "Remove the oldest files if all together exceed this many MiB; default: 1024")
-        ->type_name("MIB")
-        ->transform(DecimalNumber())
-        ->check(CLI::Range(1U, 1048576U).description(""));
-    command->add_flag("--once", arguments->once,
-                      "Record what the log holds now, and end; for a scheduled task");
-    const std::string program = app.get_name();
-    command->footer(
+        .Option("--max-total", arguments->folderMebibytes,
+                "Remove the oldest files if all together exceed this many MiB; default: 1024")
+        .Word("MIB")
+        .Decimal()
+        .Between(1U, 1048576U);
+    command.Flag("--once", arguments->once,
+                 "Record what the log holds now, and end; for a scheduled task");
+    const std::string program = app.Name();
+    command.Footer(
         "Examples:\n"
         "  " +
         program +
@@ -147,7 +146,7 @@ void AddRecordCommand(CLI::App& app, int& exitCode, const LogPath& path)
         "overwritten records meanwhile, a line in the files and on standard error says how many.\n"
         "log, report and ps --log read the folder in place of the log.\n"
         "Exit code 4: the folder cannot be written; 5: the log cannot be read (with --once).");
-    command->callback([&exitCode, arguments, path] {
+    command.OnChosen([&exitCode, arguments, path] {
         exitCode = WithLogFile(
             *arguments, path, [&](const std::string& file) { return RecordLog(*arguments, file); });
     });

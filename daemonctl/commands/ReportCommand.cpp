@@ -3,7 +3,6 @@
 #include "LogOptions.h"
 
 #include "AtomicFile.h"
-#include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "LogFile.h"
 #include "ReportHtml.h"
@@ -130,27 +129,26 @@ int RunReport(const ReportArguments& arguments, const LogPath& defaultPath,
 
 } // namespace
 
-void AddReportCommand(CLI::App& app, int& exitCode, const LogPath& path,
+void AddReportCommand(const CommandDefinition& app, int& exitCode, const LogPath& path,
                       const SupervisorNow& supervisor)
 {
     const auto arguments = std::make_shared<ReportArguments>();
-    CLI::App* const command = app.add_subcommand(
+    const CommandDefinition command = app.Command(
         "report", "Write an HTML page with the runs, restarts and availability of each daemon");
-    AddLogOptions(*command, *arguments, static_cast<bool>(path));
+    AddLogOptions(command, *arguments, static_cast<bool>(path));
     command
-        ->add_option(
-            "--output,-o", arguments->output,
-            "Write the page to this file; default: daemon-report.html; - for standard output")
-        ->type_name("FILE");
-    command->add_option("--json", arguments->json, "Also write the figures to this file, as JSON")
-        ->type_name("FILE");
+        .Option("--output,-o", arguments->output,
+                "Write the page to this file; default: daemon-report.html; - for standard output")
+        .Word("FILE");
+    command.Option("--json", arguments->json, "Also write the figures to this file, as JSON")
+        .Word("FILE");
     command
-        ->add_option("--every", arguments->everySeconds,
-                     "Write again after this many seconds, until Ctrl+C; the page reloads itself")
-        ->type_name("SECONDS")
-        ->transform(DecimalNumber());
-    const std::string program = app.get_name();
-    command->footer(
+        .Option("--every", arguments->everySeconds,
+                "Write again after this many seconds, until Ctrl+C; the page reloads itself")
+        .Word("SECONDS")
+        .Decimal();
+    const std::string program = app.Name();
+    command.Footer(
         "Examples:\n"
         "  " +
         program +
@@ -165,7 +163,7 @@ void AddReportCommand(CLI::App& app, int& exitCode, const LogPath& path,
         "covers the records that the log still holds.\n"
         "Exit code 4: the page cannot be written; 5: the log, or some lines of it, cannot\n"
         "be read.");
-    command->callback([&exitCode, arguments, path, supervisor] {
+    command.OnChosen([&exitCode, arguments, path, supervisor] {
         exitCode = RunReport(*arguments, path, supervisor);
     });
 }

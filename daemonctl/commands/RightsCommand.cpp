@@ -86,21 +86,21 @@ int Rights(const RightsOptions& options)
 
 } // namespace
 
-void AddRightsCommand(CLI::App& app, int& exitCode)
+void AddRightsCommand(const CommandDefinition& app, int& exitCode)
 {
     const auto options = std::make_shared<RightsOptions>();
-    CLI::App* const command = app.add_subcommand(
+    const CommandDefinition command = app.Command(
         "rights",
         "Show who else than administrators may change a file or folder, or make a folder");
-    command->add_option("PATH", options->paths, "Full path of a file or a folder")->required();
+    command.Option("PATH", options->paths, "Full path of a file or a folder").Required();
     command
-        ->add_option("--make", options->make,
-                     "Make the folder with rights of its own. programs: users may read and "
-                     "execute; logs: only SYSTEM, administrators and the account may enter")
-        ->check(CLI::IsMember({"programs", "logs"}));
-    command->add_option("--account", options->account,
-                        "Account of the supervisor, if it is no administrator; for --make logs");
-    command->footer(
+        .Option("--make", options->make,
+                "Make the folder with rights of its own. programs: users may read and "
+                "execute; logs: only SYSTEM, administrators and the account may enter")
+        .OneOf({"programs", "logs"});
+    command.Option("--account", options->account,
+                   "Account of the supervisor, if it is no administrator; for --make logs");
+    command.Footer(
         "Examples:\n"
         "  daemonctl rights C:\\FIRMWARE\\App\n"
         "  daemonctl rights --make programs C:\\FIRMWARE C:\\FIRMWARE\\App\n"
@@ -108,7 +108,7 @@ void AddRightsCommand(CLI::App& app, int& exitCode)
         "The command also looks at all folders above. Trusted are SYSTEM, administrators, Windows'\n"
         "own installer, and the administrator who runs the command.\n"
         "Exit code 1: somebody else can change a path; 4: a folder was not made.");
-    command->callback([&exitCode, options] { exitCode = Rights(*options); });
+    command.OnChosen([&exitCode, options] { exitCode = Rights(*options); });
 }
 
 } // namespace vqrx::client::v0

@@ -2,7 +2,6 @@
 
 #include "ConsoleReporter.h"
 #include "DaemonSelection.h"
-#include "DecimalNumber.h"
 #include "ExitCode.h"
 #include "Printable.h"
 #include "ProcessList.h"
@@ -149,39 +148,39 @@ int RestartAll(const RestartOptions& options)
 }
 
 // Adds the argument ID... and the option --all, of which a command needs one.
-void AddSelection(CLI::App& command, DaemonSelection& selection)
+void AddSelection(const CommandDefinition& command, DaemonSelection& selection)
 {
-    CLI::Option* const targets =
+    const OptionDefinition targets =
         command
-            .add_option("ID", selection.targets,
-                        "Daemon ids, as ps shows them, or names of programs, such as video.exe")
-            ->check(Target());
-    command.add_flag("--all", selection.all, "All daemons")->excludes(targets);
+            .Option("ID", selection.targets,
+                    "Daemon ids, as ps shows them, or names of programs, such as video.exe")
+            .Checked(CheckTarget);
+    command.Flag("--all", selection.all, "All daemons").Excludes(targets);
 }
 
-// @throws CLI::ParseError if the operator named no daemon
+// Throws as ThrowMissing if the operator named no daemon.
 void CheckSelection(const DaemonSelection& selection)
 {
     if (selection.targets.empty() && !selection.all) {
-        throw CLI::RequiredError("ID or --all");
+        ThrowMissing("ID or --all");
     }
 }
 
 } // namespace
 
-void AddStopCommand(CLI::App& app, int& exitCode)
+void AddStopCommand(const CommandDefinition& app, int& exitCode)
 {
     const auto options = std::make_shared<StopOptions>();
-    CLI::App* const command =
-        app.add_subcommand("stop", "End daemons and their processes; may take a minute for each");
-    AddSelection(*command, options->selection);
-    CLI::Option* const end = command->add_flag(
+    const CommandDefinition command =
+        app.Command("stop", "End daemons and their processes; may take a minute for each");
+    AddSelection(command, options->selection);
+    const OptionDefinition end = command.Flag(
         "--end", options->end, "End the processes of attached daemons, too; without asking");
     command
-        ->add_flag("--leave", options->leave,
-                   "Let the processes of attached daemons run on; without asking")
-        ->excludes(end);
-    command->footer(
+        .Flag("--leave", options->leave,
+              "Let the processes of attached daemons run on; without asking")
+        .Excludes(end);
+    command.Footer(
         "Examples:\n"
         "  daemonctl stop 3\n"
         "  daemonctl stop 0 video.exe --end\n"
@@ -192,24 +191,24 @@ void AddStopCommand(CLI::App& app, int& exitCode)
         "daemon and ends its process itself, in the same steps. On a terminal it asks first;\n"
         "otherwise --leave is the default. The process of a Windows service is not ended: use sc stop.\n"
         "Exit code 1: a daemon was not stopped.");
-    command->callback([&exitCode, options] {
+    command.OnChosen([&exitCode, options] {
         CheckSelection(options->selection);
         exitCode = WithSupervisorAndLog(
             [&](SupervisorClient& supervisor) { return StopAll(supervisor, *options); });
     });
 }
 
-void AddRestartCommand(CLI::App& app, int& exitCode)
+void AddRestartCommand(const CommandDefinition& app, int& exitCode)
 {
     const auto options = std::make_shared<RestartOptions>();
-    CLI::App* const command = app.add_subcommand(
+    const CommandDefinition command = app.Command(
         "restart", "End the processes of daemons and wait until the supervisor started them again");
-    AddSelection(*command, options->selection);
+    AddSelection(command, options->selection);
     command
-        ->add_option("--timeout", options->timeoutSeconds,
-                     "Wait at most this many seconds for each start; default: 60")
-        ->transform(DecimalNumber());
-    command->footer(
+        .Option("--timeout", options->timeoutSeconds,
+                "Wait at most this many seconds for each start; default: 60")
+        .Decimal();
+    command.Footer(
         "Examples:\n"
         "  daemonctl restart 3\n"
         "  daemonctl restart video.exe recorder.exe\n"
@@ -217,7 +216,7 @@ void AddRestartCommand(CLI::App& app, int& exitCode)
         "daemonctl ends each process in the steps of stop, one after the other. Attached daemons\n"
         "stay attached.\n"
         "Exit code 1: a daemon was not restarted.");
-    command->callback([&exitCode, options] {
+    command.OnChosen([&exitCode, options] {
         CheckSelection(options->selection);
         exitCode = WithSupervisorAndLog([&](SupervisorClient&) { return RestartAll(*options); });
     });

@@ -2,19 +2,13 @@
 
 #include "DaemonSelection.h"
 
-#include <string>
-
 namespace vqrx::client::v0 {
 
-CLI::Validator Target()
+std::string CheckTarget(const std::string& text)
 {
-    return {[](const std::string& text) {
-                return IsTarget(text) ? std::string()
-                                      : "neither a daemon id nor the name of a program, such as "
-                                        "video.exe: " +
-                                            text;
-            },
-            "", "TARGET"};
+    return IsTarget(text)
+               ? ""
+               : "neither a daemon id nor the name of a program, such as video.exe: " + text;
 }
 
 } // namespace vqrx::client::v0

@@ -1,10 +1,11 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <string>
 
 namespace vqrx::client::v0 {
 
-/// Makes the check of an option that names daemons: a daemon id, or the file name of a program.
-[[nodiscard]] CLI::Validator Target();
+/// Checks the value of an option that names daemons: a daemon id, or the file name of a program.
+/// @return what is wrong with the text; empty: nothing
+[[nodiscard]] std::string CheckTarget(const std::string& text);
 
 } // namespace vqrx::client::v0

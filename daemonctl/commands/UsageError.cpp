@@ -1,5 +1,7 @@
 #include "UsageError.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <array>
 #include <cstddef>

@@ -1,8 +1,11 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <string>
+
+namespace CLI {
+class App;
+class Error;
+} // namespace CLI
 
 namespace vqrx::client::v0 {
 

@@ -2,9 +2,7 @@
 
 #include "ConnectionChecks.h"
 #include "DaemonSelection.h"
-#include "DecimalNumber.h"
 #include "ExitCode.h"
-#include "NamedValue.h"
 #include "Printable.h"
 #include "Target.h"
 #include "ThisMachine.h"
@@ -179,40 +177,40 @@ int WaitForSupervisor(const WaitOptions& options)
     }
 }
 
-// @throws CLI::ParseError if a condition about a daemon has no daemon, or one about the supervisor
-//         has one
+// Throws as ThrowInvalid if a condition about a daemon has no daemon, or one about the supervisor
+// has one.
 void CheckWaitUsage(const WaitOptions& options)
 {
     if (IsAboutSupervisor(options.condition) != options.target.empty()) {
-        throw CLI::ValidationError("--for " + options.condition,
-                                   options.target.empty() ? "needs a daemon" : "takes no daemon");
+        ThrowInvalid("--for " + options.condition,
+                     options.target.empty() ? "needs a daemon" : "takes no daemon");
     }
 }
 
 } // namespace
 
-void AddWaitCommand(CLI::App& app, int& exitCode)
+void AddWaitCommand(const CommandDefinition& app, int& exitCode)
 {
     const auto options = std::make_shared<WaitOptions>();
-    CLI::App* const command =
-        app.add_subcommand("wait", "Wait until a daemon runs, has ended or was restarted, or until "
-                                   "the supervisor runs or has ended");
+    const CommandDefinition command =
+        app.Command("wait", "Wait until a daemon runs, has ended or was restarted, or until "
+                            "the supervisor runs or has ended");
     command
-        ->add_option("ID", options->target,
-                     "Daemon id, as ps shows it, or the name of a program, such as video.exe; none "
-                     "for the last two states")
-        ->check(Target());
-    command->add_option("--for", options->condition, "Wait for this state; default: running")
-        ->transform(NamedValue<std::string>({{"running", "running"},
-                                             {"ended", "ended"},
-                                             {"restarted", "restarted"},
-                                             {kSupervisor, kSupervisor},
-                                             {kNoSupervisorRuns, kNoSupervisorRuns}}));
+        .Option("ID", options->target,
+                "Daemon id, as ps shows it, or the name of a program, such as video.exe; none "
+                "for the last two states")
+        .Checked(CheckTarget);
+    command.Choice<std::string>("--for", options->condition,
+                                {{"running", "running"},
+                                 {"ended", "ended"},
+                                 {"restarted", "restarted"},
+                                 {kSupervisor, kSupervisor},
+                                 {kNoSupervisorRuns, kNoSupervisorRuns}},
+                                "Wait for this state; default: running");
     command
-        ->add_option("--timeout", options->timeoutSeconds,
-                     "Wait at most this many seconds; default: 60")
-        ->transform(DecimalNumber());
-    command->footer(
+        .Option("--timeout", options->timeoutSeconds, "Wait at most this many seconds; default: 60")
+        .Decimal();
+    command.Footer(
         "Examples:\n"
         "  daemonctl wait 3 --for running --timeout 10\n"
         "  daemonctl wait video.exe --for restarted\n"
@@ -223,7 +221,7 @@ void AddWaitCommand(CLI::App& app, int& exitCode)
         "restarted: the daemon has another process than when the command began.\n"
         "supervisor: a supervisor answers. no-supervisor: no process of a supervisor runs.\n"
         "Exit code 1: the state was not reached in this time.");
-    command->callback([&exitCode, options] {
+    command.OnChosen([&exitCode, options] {
         CheckWaitUsage(*options);
         if (IsAboutSupervisor(options->condition)) {
             exitCode = WaitForSupervisor(*options);

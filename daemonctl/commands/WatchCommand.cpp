@@ -1,7 +1,6 @@
 #include "Commands.h"
 
 #include "CalledProgram.h"
-#include "DecimalNumber.h"
 #include "EventLog.h"
 #include "ExitCode.h"
 #include "Interrupt.h"
@@ -166,40 +165,40 @@ int WatchForTrouble(const WatchOptions& options)
 
 } // namespace
 
-void AddWatchCommand(CLI::App& app, int& exitCode)
+void AddWatchCommand(const CommandDefinition& app, int& exitCode)
 {
     const auto options = std::make_shared<WatchOptions>();
-    CLI::App* const command = app.add_subcommand(
+    const CommandDefinition command = app.Command(
         "watch", "Call a program when a daemon or the supervisor gets into trouble, or out of it");
-    command->add_option("--exec", options->program, "Call this program file, without arguments")
-        ->type_name("PROGRAM");
-    command->add_flag("--event-log", options->eventLog,
-                      "Write each change to Windows' event log, source DaemonManager");
+    command.Option("--exec", options->program, "Call this program file, without arguments")
+        .Word("PROGRAM");
+    command.Flag("--event-log", options->eventLog,
+                 "Write each change to Windows' event log, source DaemonManager");
     command
-        ->add_option("--every", options->everySeconds,
-                     "Call at most once in this many seconds; default: 60")
-        ->type_name("SECONDS")
-        ->transform(DecimalNumber());
+        .Option("--every", options->everySeconds,
+                "Call at most once in this many seconds; default: 60")
+        .Word("SECONDS")
+        .Decimal();
     command
-        ->add_option("--down", options->downSeconds,
-                     "Tell that a daemon is down after this many seconds; default: 30")
-        ->type_name("SECONDS")
-        ->transform(DecimalNumber());
+        .Option("--down", options->downSeconds,
+                "Tell that a daemon is down after this many seconds; default: 30")
+        .Word("SECONDS")
+        .Decimal();
     command
-        ->add_option("--timeout", options->timeoutSeconds,
-                     "End a call that takes longer than this many seconds; default: 30")
-        ->type_name("SECONDS")
-        ->transform(DecimalNumber());
-    command->footer(
+        .Option("--timeout", options->timeoutSeconds,
+                "End a call that takes longer than this many seconds; default: 30")
+        .Word("SECONDS")
+        .Decimal();
+    command.Footer(
         "Example:\n"
         "  daemonctl watch --exec C:\\FW\\App\\send_mail.bat --every 300\n"
         "The program gets the first change in its environment (DAEMONMANAGER_EVENT,\n"
         "DAEMONMANAGER_TEXT, DAEMONMANAGER_DAEMON_ID, DAEMONMANAGER_COMMAND), their number in\n"
         "DAEMONMANAGER_EVENTS, and all of them as JSON on its standard input. Calls never overlap.\n"
         "The command runs until Ctrl+C and also prints each change.");
-    command->callback([&exitCode, options] {
+    command.OnChosen([&exitCode, options] {
         if (options->program.empty() && !options->eventLog) {
-            throw CLI::RequiredError("--exec PROGRAM or --event-log");
+            ThrowMissing("--exec PROGRAM or --event-log");
         }
         exitCode = WatchForTrouble(*options);
     });
