@@ -21,6 +21,7 @@ std::uint32_t CheckCounter::Limit(CheckResult result) noexcept
     case CheckResult::kWithdrawn:
         return longChecks;
     case CheckResult::kAnswers:
+    case CheckResult::kStranger:
     case CheckResult::kUnknown:
         break;
     }

@@ -10,6 +10,7 @@ enum class CheckResult {
     kSilent,    ///< COM in the supervisor did not answer in time, or the call failed
     kBusy,      ///< COM answered, but the supervisor did not serve a call in time
     kWithdrawn, ///< the supervisor's process runs, but its object is not published
+    kStranger,  ///< another program's object is published under the supervisor's name
     kUnknown,   ///< the call cannot be made, so nothing is known
 };
 

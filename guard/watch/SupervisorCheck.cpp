@@ -34,7 +34,7 @@ SupervisorCheck Call(std::atomic<bool>& isConnected)
     } catch (const daemon_manager::ProxyNotRegistered& exception) {
         return {CheckResult::kUnknown, exception.what()};
     } catch (const daemon_manager::SupervisorNotTrusted& exception) {
-        return {CheckResult::kUnknown, exception.what()};
+        return {CheckResult::kStranger, exception.what()};
     } catch (const std::exception& exception) {
         return {CheckResult::kSilent, exception.what()};
     }

@@ -56,11 +56,12 @@ SupervisorCheck Check(DWORD limitMs)
 }
 
 // Returns whether the supervisor that the table names answers, or nobody can find out. The table
-// may still name a supervisor that has ended.
+// may still name a supervisor that has ended, or another program may hold the name.
 bool Answers(DWORD limitMs)
 {
     const CheckResult result = Check(limitMs).result;
-    return result != CheckResult::kSilent && result != CheckResult::kWithdrawn;
+    return result != CheckResult::kSilent && result != CheckResult::kWithdrawn &&
+           result != CheckResult::kStranger;
 }
 
 } // namespace
@@ -229,7 +230,7 @@ bool Watch::Hangs(CheckCounter& counter)
     if (limit != 0) {
         Log(kLevelWarning, "Supervisor does not answer, " + std::to_string(counter.Count()) +
                                " of " + std::to_string(limit) + ": " + check.detail);
-    } else if (check.result == CheckResult::kUnknown && counter.Count() == 1) {
+    } else if (check.result != CheckResult::kAnswers && counter.Count() == 1) {
         Log(kLevelWarning, "Supervisor cannot be checked: " + check.detail);
     }
     return hangs;

@@ -14,6 +14,7 @@ endif()
 if(NOT TARGET DaemonManagerSdk::client)
     get_filename_component(_DaemonManagerSdk_root "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)
     add_library(daemon_manager_client STATIC EXCLUDE_FROM_ALL
+        "${_DaemonManagerSdk_root}/src/AnswererIdentity.cpp"
         "${_DaemonManagerSdk_root}/src/ArgumentRules.cpp"
         "${_DaemonManagerSdk_root}/src/SupervisorClient.cpp"
         "${_DaemonManagerSdk_root}/src/SupervisorIdentity.cpp")

@@ -1,8 +1,8 @@
 #include "daemon_manager/SupervisorClient.h"
 
+#include "daemon_manager/AnswererIdentity.h"
 #include "daemon_manager/ArgumentRules.h"
 #include "daemon_manager/ComApartment.h"
-#include "daemon_manager/SupervisorIdentity.h"
 
 #include "IDaemonMgrControl.h"
 
@@ -109,9 +109,9 @@ Owned<IUnknown> FindObject()
     return Owned<IUnknown>(object);
 }
 
-void RefuseStranger()
+void RefuseStranger(IUnknown* object)
 {
-    const SupervisorIdentity identity = IdentifySupervisor();
+    const SupervisorIdentity identity = IdentifyAnswerer(object);
     if (identity.trust == SupervisorTrust::kStranger) {
         throw SupervisorNotTrusted("not the installed supervisor answers: " + identity.reason,
                                    E_ACCESSDENIED);
@@ -159,7 +159,7 @@ SupervisorClient::SupervisorClient(Answerer answerer)
 {
     const Owned<IUnknown> object = FindObject();
     if (answerer == Answerer::kInstalled) {
-        RefuseStranger();
+        RefuseStranger(object.get());
     }
     ProtectCalls(object.get());
     void* control = nullptr;

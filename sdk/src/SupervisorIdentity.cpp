@@ -1,8 +1,9 @@
 #include "daemon_manager/SupervisorIdentity.h"
 
+#include "SidText.h"
+
 #include <windows.h>
 
-#include <sddl.h>
 #include <tlhelp32.h>
 
 #include <cstddef>
@@ -28,10 +29,6 @@ OwnedHandle Own(HANDLE handle) noexcept
 {
     return OwnedHandle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
 }
-
-struct LocalFreer {
-    void operator()(void* memory) const noexcept { LocalFree(memory); }
-};
 
 // Reads a text below HKEY_LOCAL_MACHINE; empty if there is none.
 std::wstring MachineText(const wchar_t* key, const wchar_t* value)
@@ -93,6 +90,7 @@ public:
         if (process != nullptr && OpenProcessToken(process, TOKEN_QUERY, &raw) != FALSE) {
             const OwnedHandle token(raw);
             user_ = Information(token.get(), TokenUser);
+            owner_ = Information(token.get(), TokenOwner);
             groups_ = Information(token.get(), TokenGroups);
         }
     }
@@ -102,6 +100,13 @@ public:
     [[nodiscard]] PSID User() const
     {
         return reinterpret_cast<const TOKEN_USER*>(user_.data())->User.Sid;
+    }
+
+    // Null if it is not known.
+    [[nodiscard]] PSID Owner() const
+    {
+        return owner_.empty() ? nullptr
+                              : reinterpret_cast<const TOKEN_OWNER*>(owner_.data())->Owner;
     }
 
     // Whether the process may use the rights of administrators.
@@ -134,18 +139,9 @@ private:
     }
 
     std::vector<unsigned char> user_;
+    std::vector<unsigned char> owner_;
     std::vector<unsigned char> groups_;
 };
-
-std::wstring SidText(PSID sid)
-{
-    wchar_t* text = nullptr;
-    if (ConvertSidToStringSidW(sid, &text) == FALSE) {
-        return {};
-    }
-    const std::unique_ptr<wchar_t, LocalFreer> owner(text);
-    return text;
-}
 
 std::wstring NameOf(PSID sid)
 {
@@ -160,7 +156,7 @@ std::wstring NameOf(PSID sid)
     return std::wstring(domain) + L"\\" + name;
 }
 
-bool IsExpected(const ProcessToken& token, const ProcessToken& own)
+bool IsExpected(const ProcessToken& token, const ProcessToken& own, const std::wstring& noted)
 {
     PSID const user = token.User();
     const std::wstring text = SidText(user);
@@ -169,10 +165,11 @@ bool IsExpected(const ProcessToken& token, const ProcessToken& own)
            IsWellKnownSid(user, WinLocalServiceSid) != FALSE ||
            IsWellKnownSid(user, WinNetworkServiceSid) != FALSE ||
            text.compare(0, 9, L"S-1-5-80-") == 0 || // a service's own account
-           (!text.empty() && text == MachineText(kInstallerKey, L"Account"));
+           (!text.empty() && text == noted);
 }
 
-SupervisorProcess Describe(DWORD processId, const std::wstring& installed, const ProcessToken& own)
+SupervisorProcess Describe(DWORD processId, const SupervisorIdentity& identity,
+                           const ProcessToken& own)
 {
     SupervisorProcess found;
     found.processId = processId;
@@ -186,7 +183,8 @@ SupervisorProcess Describe(DWORD processId, const std::wstring& installed, const
     DWORD length = 1024;
     if (process && QueryFullProcessImageNameW(process.get(), 0, path, &length) != FALSE) {
         found.program = path;
-        found.installedProgram = !installed.empty() && IsSameFile(found.program, installed);
+        found.installedProgram = !identity.installedProgram.empty() &&
+                                 IsSameFile(found.program, identity.installedProgram);
     }
     FILETIME created{};
     FILETIME other{};
@@ -199,7 +197,8 @@ SupervisorProcess Describe(DWORD processId, const std::wstring& installed, const
         found.userKnown = true;
         found.user = NameOf(token.User());
         found.userSid = SidText(token.User());
-        found.expectedUser = IsExpected(token, own);
+        found.ownerSid = token.Owner() != nullptr ? SidText(token.Owner()) : std::wstring();
+        found.expectedUser = IsExpected(token, own, identity.notedAccount);
     }
     return found;
 }
@@ -227,6 +226,7 @@ SupervisorIdentity IdentifySupervisor()
 {
     SupervisorIdentity identity;
     identity.installedProgram = InstalledProgram();
+    identity.notedAccount = MachineText(kInstallerKey, L"Account");
     const ProcessToken own(GetCurrentProcess());
     const OwnedHandle snapshot = Own(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
     PROCESSENTRY32W entry{};
@@ -234,8 +234,7 @@ SupervisorIdentity IdentifySupervisor()
     BOOL more = snapshot ? Process32FirstW(snapshot.get(), &entry) : FALSE;
     while (more != FALSE) {
         if (lstrcmpiW(entry.szExeFile, kProgram) == 0) {
-            identity.processes.push_back(
-                Describe(entry.th32ProcessID, identity.installedProgram, own));
+            identity.processes.push_back(Describe(entry.th32ProcessID, identity, own));
         }
         more = Process32NextW(snapshot.get(), &entry);
     }

@@ -1,5 +1,6 @@
 #include "RotRegistration.h"
 
+#include "OriginMark.h"
 #include "exception_utils/COMException.h"
 #include "exception_utils/HResultText.h"
 
@@ -28,6 +29,8 @@ RotRegistration::RotRegistration(IUnknown* object, const std::string& name)
 {
     ThrowIfFailed(GetRunningObjectTable(0, table_.Put()));
     const ComPtr<IMoniker> moniker = MakeItemMoniker(name);
+    // Before the object can be found: whoever finds it finds the mark, too.
+    resultOfMark_ = MakeOriginMark(object, mark_);
     const HRESULT hr =
         table_->Register(ROTFLAGS_REGISTRATIONKEEPSALIVE, object, moniker.Get(), &cookie_);
     if (hr == S_OK) {
@@ -57,6 +60,11 @@ void MakeRotRegistration(std::unique_ptr<RotRegistration>& registration, IUnknow
     registration.reset();
     try {
         registration = std::make_unique<RotRegistration>(object, "DaemonManager");
+        if (const HRESULT mark = registration->ResultOfMark(); FAILED(mark)) {
+            logger.Log(kLevelError,
+                       "The published object has no mark of its origin, so clients refuse it: %s",
+                       HResultText(mark).c_str());
+        }
     } catch (const COMException& exception) {
         logger.Log(kLevelError, "RotRegistration errror %s", exception.what());
     }

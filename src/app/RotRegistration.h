@@ -2,6 +2,7 @@
 
 #include "ILogger.h"
 #include "com/ComPtr.h"
+#include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
@@ -12,10 +13,12 @@
 
 namespace vqrx::app::v0 {
 
-/// Publishes an object in the Running Object Table, and withdraws it when destroyed.
+/// Publishes an object in the Running Object Table, with a mark of its origin, and withdraws it
+/// when destroyed.
 class RotRegistration {
 public:
-    /// Publishes `object` under the item name `name`. The table holds its own reference to it.
+    /// Makes the mark, then publishes `object` under the item name `name`. The table holds its own
+    /// reference to it.
     /// @param name  ASCII; each character becomes one UTF-16 character
     /// @throws COMException  the table or the moniker of the name cannot be obtained
     /// @throws std::runtime_error  the table gives any other result than S_OK: a second supervisor
@@ -25,8 +28,14 @@ public:
     RotRegistration& operator=(const RotRegistration&) = delete;
     ~RotRegistration();
 
+    /// Whether the object has a mark of its origin (OriginMark.h): S_OK, or the result of the call
+    /// that failed. Without a mark, clients do not believe the object.
+    [[nodiscard]] HRESULT ResultOfMark() const noexcept { return resultOfMark_; }
+
 private:
     system::com::v1::ComPtr<IRunningObjectTable> table_;
+    system::win32::v1::UniqueKernelHandle mark_;
+    HRESULT resultOfMark_ = E_UNEXPECTED; // before the mark was made
     DWORD cookie_ = 0;
 };
 

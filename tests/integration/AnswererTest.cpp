@@ -3,12 +3,13 @@
 #include "Daemonctl.h"
 #include "PublishedControl.h"
 #include "SupervisorProcess.h"
+#include "TestService.h"
 
 #include <windows.h>
 
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <filesystem>
 #include <string>
 
 namespace vqrx::test {
@@ -26,16 +27,23 @@ std::string Reason()
            ", so another program has published an object under the supervisor's name";
 }
 
-// Expects that no command calls the impostor, and that each says why.
-void ExpectRefused(const PublishedControl& impostor)
+// Expects that no command calls the impostor, and that each gives this reason.
+void ExpectNotCalled(const PublishedControl& impostor, const std::string& reason)
 {
     for (const char* command : kCommands) {
         EXPECT_EQ(Daemonctl(command),
                   (Answer{4, "",
-                          "daemonctl: " + Reason() +
+                          "daemonctl: " + reason +
                               "\n  Nothing was asked of it. To find out more: daemonctl doctor\n"}))
             << command;
     }
+    EXPECT_EQ(impostor.Calls(), 0);
+}
+
+// Expects that no command calls the impostor while no supervisor runs.
+void ExpectRefused(const PublishedControl& impostor)
+{
+    ExpectNotCalled(impostor, Reason());
     const Answer doctor = Daemonctl("doctor");
     // WMI of Wine 8 is a second failure; that of Windows and of Wine 10 is none.
     const bool nothingElse = doctor.output.find(", 1 failure\n") != std::string::npos;
@@ -64,6 +72,33 @@ TEST(Answerer, An_object_that_appears_between_two_supervisors_is_not_believed)
     const CapturedProgram next(ProductProgram("DaemonManager.exe"));
     EXPECT_EQ(next.ExitCode(), 1U);
     ExpectRefused(impostor);
+}
+
+TEST(Answerer, An_object_that_was_there_before_is_not_believed_while_the_supervisor_starts)
+{
+    const ComApartment apartment;
+    const ProxyRegistration proxy;
+    FirmwareRegistry registry;
+    const TempFolder root;
+    std::filesystem::create_directory(root.File("App"));
+    registry.SetPathname(FirmwareRegistry::kCurrent, root.File("App"));
+    const ReadyEvent hold;
+    TestService firewall("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START, 0, hold.Name());
+    firewall.Start(false);
+    const PublishedControl impostor;
+    const CapturedProgram supervisor(ProductProgram("DaemonManager.exe"));
+    const std::string reason =
+        "not the installed supervisor answers: another program has published "
+        "an object under the supervisor's name: the object lacks the mark "
+        "of the installed supervisor";
+    ExpectNotCalled(impostor, reason);
+    const Answer doctor = Daemonctl("doctor");
+    EXPECT_NE(doctor.output.find("failure  supervisor"), std::string::npos) << doctor;
+    EXPECT_NE(doctor.output.find(reason), std::string::npos) << doctor;
+    EXPECT_EQ(impostor.Calls(), 0);
+    EXPECT_TRUE(supervisor.Running()); // all that was while it started
+    hold.Signal();
+    EXPECT_EQ(supervisor.ExitCode(), 1U); // it finds the name taken
 }
 
 TEST(Answerer, An_object_that_appears_after_the_supervisor_was_killed_is_not_believed)

@@ -38,13 +38,17 @@ class Packages(unittest.TestCase):
             "sdk/examples/launch_program.cpp",
             "sdk/idl/IDaemonMgrControl.idl",
             "sdk/include/IDaemonMgrControl.h",
+            "sdk/include/ObjectOrigin.h",
+            "sdk/include/daemon_manager/AnswererIdentity.h",
             "sdk/include/daemon_manager/ArgumentRules.h",
             "sdk/include/daemon_manager/ComApartment.h",
             "sdk/include/daemon_manager/SupervisorClient.h",
             "sdk/include/daemon_manager/SupervisorIdentity.h",
             "sdk/src/IDaemonMgrControl_i.c",
             "sdk/src/SupervisorClient.cpp",
+            "sdk/src/AnswererIdentity.cpp",
             "sdk/src/ArgumentRules.cpp",
+            "sdk/src/SidText.h",
             "sdk/src/SupervisorIdentity.cpp",
         ]))
 

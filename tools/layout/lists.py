@@ -25,7 +25,7 @@ MAY_INCLUDE = {
     "src/daemon_mgr": ("src/daemon_mgr/wmi", "src/host", "src/log/log_perf",
                        "src/system/end_process", "interface"),
     "src/daemon_mgr/wmi": ("src/system/wmi", "src/log"),
-    "src/app": ("src/daemon_mgr", "src/system/installation", "src/system/ring_format"),
+    "src/app": ("src/daemon_mgr", "src/system/installation", "src/system/ring_format", "interface"),
     # The operator's client, from the bottom to the top.
     "daemonctl/text": ("src/system",),
     "daemonctl/autostart": ("daemonctl/text", "src/system"),
@@ -63,12 +63,14 @@ MAY_INCLUDE = {
 NOT_MIRRORED = {
     "daemonctl": "holds only the main functions; the integration tests run the programs",
     "guard": "holds only the main function; the integration tests run the program",
+    "tests/unit/sdk/AnswererIdentityTest.cpp": "tests a source of sdk, which lies beside src",
     "tests/unit/sdk/ArgumentRulesRandomTest.cpp": "tests a source of sdk, which lies beside src",
     "setup": "holds only the main function; the tests of the packages run the program",
     "setup/window": "the tests of the packages run the program",
     "setup/steps": "the tests of the packages run the program",
     "tests/unit/sdk/ArgumentRulesTest.cpp": "tests a source of sdk, which lies beside src",
     "tests/unit/sdk/ComApartmentTest.cpp": "tests a header of sdk, which lies beside src",
+    "tests/unit/sdk/StrangersObjects.h": "serves tests of a source of sdk, which lies beside src",
     "tests/unit/sdk/SupervisorClientTest.cpp": "tests a source of sdk, which lies beside src",
     "tests/unit/sdk/SupervisorIdentityTest.cpp": "tests a source of sdk, which lies beside src",
 }

@@ -14,6 +14,7 @@ struct SupervisorProcess {
     bool userKnown = false;        ///< false: the next members up to expectedUser mean nothing
     std::wstring user;             ///< "DOMAIN\name", or the SID if it has no name
     std::wstring userSid;
+    std::wstring ownerSid;     ///< the owner that Windows gives to what the process makes
     bool expectedUser = false; ///< see IdentifySupervisor
     std::uint32_t session = 0; ///< the desktop session of the process
     std::uint64_t created = 0; ///< when Windows created it, 100 ns since 1601, UTC; 0: not known
@@ -21,11 +22,12 @@ struct SupervisorProcess {
 
 /// Whether the object in the Running Object Table can belong to somebody else.
 enum class SupervisorTrust {
-    /// The installed program runs as an expected user. If it also runs as an unexpected one, reason
-    /// names that process.
+    /// The installed program runs as an expected user, and the object, if it was looked at, is its
+    /// own. If the program also runs as an unexpected user, reason names that process.
     kKnown,
     kUnknown, ///< it cannot be found out; reason says why
-    /// The installed program does not run, or somebody else runs it; reason says what is wrong.
+    /// The installed program does not run, somebody else runs it, or the object is not its own;
+    /// reason says what is wrong.
     kStranger
 };
 
@@ -34,16 +36,15 @@ struct SupervisorIdentity {
     SupervisorTrust trust = SupervisorTrust::kUnknown;
     std::string reason;            ///< for people, UTF-8; empty if nothing is wrong
     std::wstring installedProgram; ///< full path; empty: nothing on this machine names it
+    std::wstring notedAccount;     ///< SID, see IdentifySupervisor; empty: none was noted
     /// Every process, of all sessions, whose file is named DaemonManager.exe.
     std::vector<SupervisorProcess> processes;
     /// The Windows error because of which `processes` may lack some; 0: it has all.
     std::uint32_t listError = 0;
 };
 
-/// Finds out whether the installed supervisor runs, and who runs it. COM does not say which process
-/// has published an object. So this function looks at the processes of the machine: a supervisor
-/// that finds another object published ends at once, so while it runs, the object is usually its
-/// own. A process that publishes its own object while the supervisor is starting is not noticed.
+/// Finds out whether the installed supervisor runs, and who runs it. Does not look at the object in
+/// the Running Object Table: IdentifyAnswerer (ObjectOrigin.h) does.
 /// - The installed program is DaemonManager.exe beside the registered DaemonMgrPS.dll, or else in
 ///   the folder that the installer noted. Both are read from HKEY_LOCAL_MACHINE only.
 /// - Expected users are the user of this process, Windows' service accounts, administrators with

@@ -26,6 +26,7 @@ constexpr Ownership kOwnerships[] = {
     {"CreateJobObjectW", Resource::kHandle, true, kResult, 0, kHandle},
     {"CreateSemaphoreA", Resource::kHandle, true, kResult, 0, kHandle},
     {"CreateToolhelp32Snapshot", Resource::kHandle, true, kResult, 0, kHandle},
+    {"OpenEventW", Resource::kHandle, true, kResult, 0, kHandle},
     {"OpenProcess", Resource::kHandle, true, kResult, 0, kHandle},
     {"OpenProcessToken", Resource::kHandle, true, kThrough, 3, kNotZero},
     {"_beginthreadex", Resource::kHandle, true, kResult, 0, kHandle},

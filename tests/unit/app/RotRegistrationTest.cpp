@@ -1,5 +1,6 @@
 #include "RotRegistration.h"
 
+#include "AnsweringTable.h"
 #include "CapturingLogger.h"
 #include "ImportPatch.h"
 #include "PublishedObject.h"
@@ -27,58 +28,6 @@ using testing::IsEmpty;
 using testing::StartsWith;
 
 using RegistrationPointer = std::unique_ptr<app::v0::RotRegistration>;
-
-/// A Running Object Table that gives one result to every registration and keeps what it was given.
-class AnsweringTable : public IRunningObjectTable {
-public:
-    explicit AnsweringTable(HRESULT answer)
-        : answer_(answer)
-    {
-    }
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override
-    {
-        *object = nullptr;
-        return E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --references; }
-    HRESULT STDMETHODCALLTYPE Register(DWORD flags, IUnknown*, IMoniker*, DWORD* cookie) override
-    {
-        registeredFlags = flags;
-        *cookie = 4711;
-        return answer_;
-    }
-    HRESULT STDMETHODCALLTYPE Revoke(DWORD cookie) override
-    {
-        revoked.push_back(cookie);
-        return E_FAIL; // the result is ignored
-    }
-    HRESULT STDMETHODCALLTYPE IsRunning(IMoniker*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetObject(IMoniker*, IUnknown**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE NoteChangeTime(DWORD, FILETIME*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTimeOfLastChange(IMoniker*, FILETIME*) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE EnumRunning(IEnumMoniker**) override { return E_NOTIMPL; }
-
-    ULONG references = 0;
-    DWORD registeredFlags = 0;
-    std::vector<DWORD> revoked;
-
-private:
-    HRESULT answer_;
-};
-
-AnsweringTable* answeringTable = nullptr;
-
-HRESULT WINAPI GiveAnsweringTable(DWORD, IRunningObjectTable** table)
-{
-    answeringTable->AddRef();
-    *table = answeringTable;
-    return S_OK;
-}
 
 HRESULT WINAPI RefuseTable(DWORD, IRunningObjectTable** table)
 {

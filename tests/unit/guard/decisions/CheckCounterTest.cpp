@@ -35,6 +35,7 @@ TEST(CheckCounter, Supervisor_that_answers_or_cannot_be_asked_does_not_hang)
 {
     EXPECT_EQ(ChecksUntilHang(CheckResult::kAnswers), 0);
     EXPECT_EQ(ChecksUntilHang(CheckResult::kUnknown), 0);
+    EXPECT_EQ(ChecksUntilHang(CheckResult::kStranger), 0);
 }
 
 TEST(CheckCounter, Only_checks_one_after_the_other_count)
