@@ -71,8 +71,9 @@ std::uint32_t WriteProtectedFile(const std::string& path, const std::string& con
         return attributes.Error();
     }
     const UniqueKernelHandle file(CreateFileW(Wide(path).c_str(), GENERIC_WRITE, 0,
-                                              attributes.Get(), CREATE_NEW, FILE_ATTRIBUTE_NORMAL,
-                                              nullptr));
+                                              attributes.Get(), CREATE_NEW,
+                                              FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT,
+                                              nullptr)); // not through a link that leads nowhere
     if (!file) {
         return GetLastError();
     }

@@ -1,7 +1,9 @@
 #include "AtomicFile.h"
 
+#include "NewFile.h"
+
 #include <filesystem>
-#include <fstream>
+#include <ios>
 #include <random>
 #include <sstream>
 #include <system_error>
@@ -9,7 +11,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// Nobody can foresee the name, and so nobody can plant a link to another file under it.
+// Nobody can foresee the name, and so nobody can keep the file from being made under it.
 std::filesystem::path TemporaryName(const std::filesystem::path& name)
 {
     std::random_device random;
@@ -27,15 +29,12 @@ bool ReplaceContent(const std::string& path, std::string_view content)
 {
     const std::filesystem::path name(std::u8string(path.begin(), path.end()));
     const std::filesystem::path temporary = TemporaryName(name);
-    std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
-    file << content << std::flush;
-    bool good = file.good();
-    file.close();
-    std::error_code error;
-    if (good) {
-        std::filesystem::rename(temporary, name, error);
-        good = !error;
+    if (!WriteNewFile(temporary, content)) {
+        return false;
     }
+    std::error_code error;
+    std::filesystem::rename(temporary, name, error);
+    const bool good = !error;
     if (!good) {
         std::filesystem::remove(temporary, error);
     }

@@ -145,6 +145,8 @@ TESTED_BY = {
     "daemonctl/report/ReportScript.cpp": "tests/browser/report_test.py",
     "daemonctl/report/ReportStyle.cpp": "tests/browser/report_test.py",
     "daemonctl/report/ReportTable.cpp": "tests/unit/daemonctl/report/ReportHtmlTest.cpp",
+    "daemonctl/text/NewFilePosix.cpp": "tests/unit/daemonctl/text/NewFileTest.cpp",
+    "daemonctl/text/NewFileWindows.cpp": "tests/unit/daemonctl/text/NewFileTest.cpp",
     "daemonctl/text/TextFile.cpp": "tests/integration/UpgradeTest.cpp",
     "daemonctl/text/Utf8.cpp": "tests/unit/daemonctl/text/TextEncodingTest.cpp",
     "setup/machine/FormerProcess.cpp": "tests/unit/setup/machine/LikeStartTest.cpp",
