@@ -25,11 +25,13 @@ int Run()
     if (!arguments) {
         std::cerr
             << "DaemonGuard keeps the DaemonManager supervisor running.\n"
-               "Usage: DaemonGuard.exe --service | --session [--fleet FILE]\n"
+               "Usage: DaemonGuard.exe --service | --session [--fleet FILE] [--trust]\n"
                "  --service     run as a Windows service; only Windows starts it so\n"
                "  --session     run in this session, until the supervisor ends on an order\n"
                "  --fleet FILE  launch what this file names; default: \\App\\fleet.txt, if it "
                "exists\n"
+               "  --trust       believe a log and a fleet file that others than administrators may "
+               "change\n"
                "To start the guard with Windows: daemonctl autostart install\n";
         return kWrongUsage;
     }

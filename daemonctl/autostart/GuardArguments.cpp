@@ -48,6 +48,8 @@ std::optional<GuardArguments> ParseGuardArguments(const std::vector<std::string>
         } else if (argument == "--fleet" && result.fleet.empty() && index + 1 < arguments.size() &&
                    !arguments[index + 1].empty()) {
             result.fleet = arguments[++index];
+        } else if (argument == "--trust" && !result.trust) {
+            result.trust = true;
         } else {
             return std::nullopt;
         }
@@ -62,6 +64,9 @@ std::string CommandLineOf(const GuardCommand& command)
     text += command.arguments.mode == GuardMode::kService ? " --service" : " --session";
     if (!command.arguments.fleet.empty()) {
         text += " --fleet \"" + command.arguments.fleet + '"';
+    }
+    if (command.arguments.trust) {
+        text += " --trust";
     }
     return text;
 }

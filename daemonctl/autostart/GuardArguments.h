@@ -19,6 +19,9 @@ enum class GuardMode {
 struct GuardArguments {
     GuardMode mode = GuardMode::kSession;
     std::string fleet; ///< path of the fleet file, UTF-8; empty: the default, if it exists
+    /// A guard with the rights of an administrator believes a log and a fleet file that others may
+    /// change.
+    bool trust = false;
 
     bool operator==(const GuardArguments&) const = default;
 };

@@ -9,6 +9,7 @@
 #include "ObjectRights.h"
 #include "PrintText.h"
 #include "Printable.h"
+#include "TrustedSources.h"
 #include "Utf8.h"
 
 #include <windows.h>
@@ -32,6 +33,7 @@ struct AutostartOptions {
     bool service = false;
     bool session = false;
     bool noStart = false;
+    bool trust = false;
     std::string fleet;
 };
 
@@ -72,14 +74,28 @@ bool CheckFleet(const std::string& path)
 // A service has all rights. Whoever can change its programs has them, too.
 void WarnOfWeakPaths(const GuardCommand& command)
 {
-    std::vector<std::string> paths{command.program, DefaultAppFolder()};
-    if (!command.arguments.fleet.empty()) {
-        paths.push_back(command.arguments.fleet);
-    }
-    for (const std::string& path : paths) {
+    for (const std::string& path : {command.program, DefaultAppFolder()}) {
         for (const std::string& weakness : WeaknessesOfPath(path, TrustedAdministrators())) {
             std::cerr << "daemonctl: warning: the service runs with all rights, but others than "
                          "administrators can change what it starts: "
+                      << Printable(weakness) << std::endl;
+        }
+    }
+}
+
+// A guard with the rights of an administrator does not believe such files without --trust.
+void WarnOfWeakSources(const GuardCommand& command)
+{
+    const std::string& fleet = command.arguments.fleet;
+    for (const std::string& path : {DefaultLogPath(), fleet.empty() ? DefaultFleetPath() : fleet}) {
+        if (GetFileAttributesW(Wide(path).c_str()) == INVALID_FILE_ATTRIBUTES) {
+            continue;
+        }
+        for (const std::string& weakness : WeaknessesOfSource(path)) {
+            std::cerr << "daemonctl: warning: as an administrator's, the guard "
+                      << (command.arguments.trust ? "believes " : "does not believe ")
+                      << Printable(path)
+                      << ", because others than administrators may have written it: "
                       << Printable(weakness) << std::endl;
         }
     }
@@ -99,10 +115,12 @@ int Install(const AutostartOptions& options)
             return RefuseAutostart(kWrongUsage, "nothing was done");
         }
     }
+    command.arguments.trust = options.trust;
     InstallAutostart(command);
     if (!options.session) {
         WarnOfWeakPaths(command);
     }
+    WarnOfWeakSources(command);
     const std::string how = options.session
                                 ? "the guard starts when a user logs on: "
                                 : "the guard starts with Windows, as the service DaemonGuard: ";
@@ -153,8 +171,8 @@ int PrintStatus()
 
 int Autostart(const AutostartOptions& options)
 {
-    if (options.action != "install" &&
-        (options.service || options.session || options.noStart || !options.fleet.empty())) {
+    if (options.action != "install" && (options.service || options.session || options.noStart ||
+                                        options.trust || !options.fleet.empty())) {
         return RefuseAutostart(kWrongUsage, "this option needs autostart install");
     }
     try {
@@ -190,6 +208,9 @@ void AddAutostartCommand(const CommandDefinition& app, int& exitCode)
         .Excludes(service);
     command.Option("--fleet", options->fleet,
                    "Launch what this file names; default: fleet.txt in \\App, if it exists");
+    command.Flag("--trust", options->trust,
+                 "Let the guard believe a log and a fleet file that others than administrators "
+                 "may change");
     command.Flag("--no-start", options->noStart, "Do not start the guard now");
     command.Footer(
         "Examples:\n"
@@ -200,6 +221,8 @@ void AddAutostartCommand(const CommandDefinition& app, int& exitCode)
         "The guard starts the supervisor, hands over what still runs of a former one, launches what\n"
         "the fleet file names, and starts the supervisor again if it ends without an order. The\n"
         "order daemonctl exit also ends the guard, until it is started again.\n"
+        "With the rights of an administrator, which the service has, the guard neither hands over\n"
+        "what stands in a log that others may change, nor launches what such a file names (--trust).\n"
         "install and remove need the rights of an administrator.\n"
         "Exit code 0: done, or all is well; 1: nothing is set up, or there are warnings; 2: the fleet\n"
         "file has a fault; 4: something failed.");

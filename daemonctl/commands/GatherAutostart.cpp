@@ -3,6 +3,7 @@
 #include "ApplyFleet.h"
 #include "FleetSource.h"
 #include "InstalledPaths.h"
+#include "TrustedSources.h"
 #include "Utf8.h"
 
 #include <windows.h>
@@ -15,6 +16,11 @@ namespace {
 bool IsThere(const std::string& path)
 {
     return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+std::vector<std::string> WeaknessesOf(const std::string& path)
+{
+    return IsThere(path) ? WeaknessesOfSource(path) : std::vector<std::string>();
 }
 
 } // namespace
@@ -48,9 +54,11 @@ AutostartFacts GatherAutostartFacts()
         if (command) {
             facts.command = *command;
             facts.programThere = IsThere(command->program);
+            facts.logWeaknesses = WeaknessesOf(DefaultLogPath());
             ReadFleetFacts(command->arguments.fleet.empty() ? DefaultFleetPath()
                                                             : command->arguments.fleet,
                            facts);
+            facts.fleetWeaknesses = WeaknessesOf(facts.fleet);
         }
     } catch (const std::exception& exception) {
         facts.error = exception.what();

@@ -34,6 +34,27 @@ std::string JoinedFaults(const std::vector<std::string>& faults)
     return text;
 }
 
+// Judges a file that others than administrators can change. A service has all rights; a guard in a
+// session has those of its user, whom nobody knows before he logs on.
+Finding JudgeWeakSource(const char* check, const AutostartFacts& facts, const std::string& effect,
+                        const std::vector<std::string>& weaknesses)
+{
+    if (facts.command.arguments.trust) {
+        return Warning(check,
+                       "the guard was set up with --trust: it believes what others than "
+                       "administrators may have written" +
+                           JoinedFaults(weaknesses),
+                       "Let only administrators change the file: daemonctl rights FILE");
+    }
+    constexpr const char* remedy =
+        "To see who may change the file: daemonctl rights FILE. To let the guard believe it all the "
+        "same, with the options that you need: daemonctl autostart install --trust";
+    if (facts.command.arguments.mode == GuardMode::kService) {
+        return Failure(check, effect + JoinedFaults(weaknesses), remedy);
+    }
+    return Warning(check, "as an administrator's, " + effect + JoinedFaults(weaknesses), remedy);
+}
+
 } // namespace
 
 Finding JudgeAutostart(const AutostartFacts& facts)
@@ -58,6 +79,12 @@ Finding JudgeAutostart(const AutostartFacts& facts)
     if (!facts.programThere) {
         return Failure(check, facts.command.program + " does not exist", kInstallAgain);
     }
+    if (!facts.logWeaknesses.empty()) {
+        return JudgeWeakSource(check, facts,
+                               "the guard hands no daemon over: others than administrators may "
+                               "have written the supervisor's log",
+                               facts.logWeaknesses);
+    }
     if (entry.mode == GuardMode::kSession) {
         return Ok(check, "the machine's Run key starts the supervisor when a user logs on: " +
                              entry.commandLine);
@@ -79,6 +106,13 @@ Finding JudgeFleetFile(const AutostartFacts& facts)
                         "there is no " + facts.fleet + ": the guard launches nothing at power-on")
                    : Failure(check, facts.fleet + " does not exist",
                              "Write the file, or name another one: daemonctl autostart install");
+    }
+    if (!facts.fleetWeaknesses.empty()) {
+        return JudgeWeakSource(check, facts,
+                               "the guard launches nothing: others than administrators may have "
+                               "written " +
+                                   facts.fleet,
+                               facts.fleetWeaknesses);
     }
     if (!facts.fleetErrors.empty()) {
         return Failure(check,

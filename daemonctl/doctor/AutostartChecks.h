@@ -20,6 +20,10 @@ struct AutostartFacts {
     std::vector<std::string> fleetErrors;   ///< because of which nothing is launched: "line 3: ..."
     std::vector<std::string> fleetWarnings; ///< "line 3: ..."; a program does not exist
     std::size_t fleetPrograms = 0;          ///< lines with a program
+    // Why others than administrators can change the files, because of which a guard with the rights
+    // of an administrator does not believe them.
+    std::vector<std::string> fleetWeaknesses;
+    std::vector<std::string> logWeaknesses; ///< of the supervisor's log
 };
 
 /// The check "autostart": whether and how Windows starts the guard, which starts the supervisor.

@@ -31,6 +31,7 @@ WatchSettings SettingsOf(const GuardArguments& arguments, const std::string& roo
     settings.program = client::v0::PathBesideThisProgram(L"DaemonManager.exe");
     settings.showConsole = arguments.mode == GuardMode::kSession;
     settings.fleetNamed = !arguments.fleet.empty();
+    settings.trust = arguments.trust;
     settings.fleet =
         settings.fleetNamed ? arguments.fleet : AnsiToUtf8(installation::DefaultFleetFile(root));
     settings.dumpFile = installation::DumpFile(root);

@@ -30,6 +30,8 @@ using log::i_logger::v0::kLevelWarning;
 // The former supervisor's own limits are 90 s for calls of clients and 10 s for leaving COM.
 constexpr std::uint64_t kFormerMs = 120000;
 
+constexpr const char* kNothingLaunched = "Fleet: nothing was launched";
+
 bool IsThere(const std::string& path)
 {
     return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
@@ -99,6 +101,10 @@ private:
             log_.Log(kLevelInformation, "Fleet: there is no " + order_.fleet);
             return false;
         }
+        if (!CanBelieve("Fleet: ", order_.fleet)) { // before it is read: nobody can change it then
+            log_.Log(kLevelError, kNothingLaunched);
+            return false;
+        }
         try {
             fleet_ = ParseExpectFile(ReadTextFile(order_.fleet));
         } catch (const std::runtime_error& error) {
@@ -115,33 +121,42 @@ private:
             log_.Log(kLevelError, "Fleet: " + order_.fleet + ", " + fault);
         }
         if (!faults.empty()) {
-            log_.Log(kLevelError, "Fleet: nothing was launched");
+            log_.Log(kLevelError, kNothingLaunched);
         }
         return faults.empty();
     }
 
-    // Nobody is there to ask, and no daemon may be lost. So the guard believes the log and the
-    // fleet file even if others than administrators may write them; the record names them.
-    void WarnOfWeaknesses(const std::string& beginning, const std::string& path) const
+    // The supervisor starts programs with the rights of the guard. So a guard with the rights of an
+    // administrator must not do what somebody with lesser rights may have written. Nobody is there
+    // to ask: the log shows who may write the file.
+    // @param what  the beginning of the records
+    // @return whether the file can be believed
+    bool CanBelieve(const std::string& what, const std::string& path) const
     {
-        if (!IsElevated()) {
-            return;
+        const std::vector<std::string> weaknesses =
+            IsElevated() && IsThere(path) ? WeaknessesOfSource(path) : std::vector<std::string>();
+        for (const std::string& weakness : weaknesses) {
+            log_.Log(order_.trust ? kLevelWarning : kLevelError,
+                     what +
+                         (order_.trust ? "believes a file that others may write: "
+                                       : "does not believe a file that others may write: ") +
+                         weakness);
         }
-        for (const std::string& weakness : WeaknessesOfSource(path)) {
-            log_.Log(kLevelWarning, beginning + weakness);
-        }
+        return order_.trust || weaknesses.empty();
     }
 
     // @return whether the supervisor refused none
     bool HandDaemonsOver(SupervisorClient& supervisor) const
     {
+        if (!CanBelieve("Hand-over: ", DefaultLogPath())) {
+            log_.Log(kLevelError, "Hand-over: nothing was attached. When only administrators may "
+                                  "write the log: daemonctl reattach");
+            return true; // a person must look
+        }
         HandOverOptions options;
         options.fleet = fleet_.programs;
         options.formerSupervisors = order_.formerSupervisors;
         const HandOverCount count = HandOver(supervisor, options, ReporterFor("Hand-over: "));
-        if (count.attached != 0) {
-            WarnOfWeaknesses("Hand-over: believes a log that others may write: ", DefaultLogPath());
-        }
         log_.Log(kLevelInformation, "Hand-over: " + DescribeCount(count, false));
         return count.refused == 0;
     }
@@ -156,7 +171,6 @@ private:
         if (!HasNoFaults(plan.errors)) {
             return true; // a person must mend the file
         }
-        WarnOfWeaknesses("Fleet: believes a file that others may write: ", order_.fleet);
         const ApplyOptions options;
         const AppliedCount count =
             ApplyFleet(supervisor, plan, daemons, options, ReporterFor("Fleet: "));

@@ -17,6 +17,9 @@ struct TakeOverOrder {
     std::string fleet; ///< path of the fleet file, UTF-8
     /// Whether the file must exist: it was named by the operator. The default file need not.
     bool fleetNamed = false;
+    /// Whether a guard with the rights of an administrator believes a log and a fleet file that
+    /// others may change.
+    bool trust = false;
     /// Becomes true when the supervisor has ended that was running at the begin of the function.
     /// The function then does nothing to the next supervisor. Never null.
     std::shared_ptr<const std::atomic<bool>> isAbandoned = std::make_shared<std::atomic<bool>>();

@@ -265,6 +265,7 @@ TakeOverOrder Watch::OrderOfTakeOver() const
     order.formerSupervisors = former_;
     order.fleet = settings_.fleet;
     order.fleetNamed = settings_.fleetNamed;
+    order.trust = settings_.trust;
     return order;
 }
 

@@ -33,6 +33,7 @@ struct WatchSettings {
     bool showConsole = false; ///< whether the supervisor's console window is shown
     std::string fleet;        ///< path of the fleet file, UTF-8
     bool fleetNamed = false;  ///< see TakeOverOrder
+    bool trust = false;       ///< see TakeOverOrder
     std::string dumpFile;     ///< for the memory of a supervisor that hangs; ANSI code page
     WatchTimes times;
     /// Called about every second while the supervisor ends after `stop`. May be empty.

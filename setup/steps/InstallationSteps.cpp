@@ -184,6 +184,9 @@ bool InstallationSteps::SetUpAutostart()
         if (options_.noStart) {
             arguments.emplace_back("--no-start");
         }
+        if (options_.allowWeak) {
+            arguments.emplace_back("--trust");
+        }
         return change_.Autostart(arguments);
     }
     return !change_.Ran() || options_.noStart || change_.Autostart({"start"});

@@ -2,6 +2,7 @@
 #include "ChildProcess.h"
 #include "Daemonctl.h"
 #include "GuardedMachine.h"
+#include "OpenToAll.h"
 #include "SupervisorProcess.h"
 #include "win32/UniqueHandle.h"
 
@@ -163,10 +164,37 @@ TEST_F(Autostart, Fleet_file_that_is_missing_or_has_faults_is_refused_and_nothin
     EXPECT_EQ(Daemonctl("autostart status").exitCode, 1U);
 }
 
+TEST_F(Autostart, Fleet_file_that_others_may_write_is_a_failure_of_the_service_unless_it_is_trusted)
+{
+    machine_.WriteFleet(worker_ + " 1\n");
+    const std::string fleet = machine_.App() + "\\fleet.txt";
+    OpenToAll(fleet);
+    const Answer installed = Daemonctl("autostart install --no-start");
+    EXPECT_EQ(installed.exitCode, 0U) << installed;
+    EXPECT_NE(installed.error.find("the guard does not believe " + fleet), std::string::npos)
+        << installed;
+    const Answer status = Daemonctl("autostart status");
+    EXPECT_EQ(status.exitCode, 4U) << status;
+    EXPECT_NE(
+        status.output.find("failure  fleet-file        the guard launches nothing: others than "
+                           "administrators may have written " +
+                           fleet + "\n"),
+        std::string::npos)
+        << status;
+    const Answer trusting = Daemonctl("autostart install --no-start --trust");
+    EXPECT_EQ(trusting.output, "the guard starts with Windows, as the service DaemonGuard: " +
+                                   Guard("--service --trust\n"));
+    const Answer trusted = Daemonctl("autostart status");
+    EXPECT_EQ(trusted.exitCode, 1U) << trusted;
+    EXPECT_NE(trusted.output.find("warning  fleet-file        the guard was set up with --trust"),
+              std::string::npos)
+        << trusted;
+}
+
 TEST_F(Autostart, Wrong_options_are_refused)
 {
     for (const char* arguments : {"", "frobnicate", "status --session", "remove --fleet x",
-                                  "install --service --session"}) {
+                                  "status --trust", "install --service --session"}) {
         const Answer answer = Daemonctl(std::string("autostart ") + arguments);
         EXPECT_EQ(answer.exitCode, 2U) << arguments;
         EXPECT_NE(answer.error, "") << arguments;

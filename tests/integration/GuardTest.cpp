@@ -2,6 +2,7 @@
 #include "ChildProcess.h"
 #include "Daemonctl.h"
 #include "GuardedMachine.h"
+#include "OpenToAll.h"
 #include "SupervisorProcess.h"
 
 #include <windows.h>
@@ -193,6 +194,49 @@ TEST_F(Guard, Fleet_file_with_faults_launches_nothing_and_the_log_names_the_line
     EXPECT_TRUE(Daemons().empty());
 }
 
+TEST_F(Guard, Log_that_others_may_write_hands_nothing_over_unless_the_guard_trusts_it)
+{
+    const auto before = StartFleet(2);
+    const DWORD supervisor = GuardedMachine::WaitForSupervisor();
+    machine_.KillGuard();
+    KillProcess(supervisor);
+    std::filesystem::remove(machine_.App() + "\\fleet.txt");
+    OpenToAll(machine_.SupervisorLog());
+    machine_.StartGuard();
+    ASSERT_TRUE(machine_.WaitForTakeOver(2));
+    EXPECT_TRUE(
+        machine_.WaitForGuardLog("Hand-over: does not believe a file that others may write: ")
+            .ends_with("may write to " + machine_.SupervisorLog()));
+    EXPECT_NE(machine_.WaitForGuardLog("Hand-over: nothing was attached. When only administrators "
+                                       "may write the log: daemonctl reattach"),
+              "");
+    machine_.KillGuard();
+    machine_.StartGuard("--trust");
+    ASSERT_TRUE(machine_.WaitForTakeOver(3));
+    EXPECT_NE(machine_.WaitForGuardLog("Hand-over: believes a file that others may write: "), "");
+    EXPECT_NE(machine_.WaitForGuardLog("Hand-over: 2 attached, 0 already, 0 not"), "");
+    EXPECT_EQ(Daemons(), before);
+}
+
+TEST_F(Guard, Fleet_file_that_others_may_write_launches_nothing_unless_the_guard_trusts_it)
+{
+    const std::string fleet = machine_.App() + "\\fleet.txt";
+    machine_.WriteFleet(worker_ + " 1\n");
+    OpenToAll(fleet);
+    machine_.StartGuard();
+    ASSERT_TRUE(machine_.WaitForTakeOver());
+    EXPECT_TRUE(machine_.WaitForGuardLog("Fleet: does not believe a file that others may write: ")
+                    .ends_with("may write to " + fleet));
+    EXPECT_NE(machine_.WaitForGuardLog("Fleet: nothing was launched"), "");
+    EXPECT_TRUE(Daemons().empty());
+    machine_.KillGuard();
+    machine_.StartGuard("--trust");
+    ASSERT_TRUE(machine_.WaitForTakeOver(2));
+    EXPECT_NE(machine_.WaitForGuardLog("Fleet: believes a file that others may write: "), "");
+    EXPECT_NE(machine_.WaitForGuardLog("Fleet: 1 launched, 0 attached, 0 there already, 0 not"),
+              "");
+}
+
 TEST_F(Guard, Empty_and_missing_fleet_files_are_reported_and_the_supervisor_runs)
 {
     machine_.WriteFleet("");
@@ -216,7 +260,8 @@ TEST(GuardUsage, Wrong_arguments_end_with_exit_code_2_and_show_the_usage)
 {
     const CapturedProgram guard('"' + ProductProgram("DaemonGuard.exe") + "\" --frobnicate");
     EXPECT_EQ(guard.ExitCode(), 2U);
-    EXPECT_NE(guard.Error().find("Usage: DaemonGuard.exe --service | --session [--fleet FILE]"),
+    EXPECT_NE(guard.Error().find("Usage: DaemonGuard.exe --service | --session [--fleet FILE] "
+                                 "[--trust]"),
               std::string::npos);
 }
 

@@ -22,6 +22,10 @@ TEST(GuardArguments, Mode_and_fleet_file_are_read_in_any_order)
     ASSERT_TRUE(session);
     EXPECT_EQ(session->mode, GuardMode::kSession);
     EXPECT_EQ(session->fleet, R"(C:\My Fleet.txt)");
+    EXPECT_FALSE(session->trust);
+    const auto trusting = ParseGuardArguments({"--trust", "--service"});
+    ASSERT_TRUE(trusting);
+    EXPECT_TRUE(trusting->trust);
 }
 
 TEST(GuardArguments, Wrong_arguments_are_refused)
@@ -30,7 +34,7 @@ TEST(GuardArguments, Wrong_arguments_are_refused)
          {Words{}, Words{"--fleet", "a"}, Words{"--service", "--session"},
           Words{"--service", "--service"}, Words{"--service", "--fleet"},
           Words{"--service", "--fleet", ""}, Words{"--service", "--fleet", "a", "--fleet", "b"},
-          Words{"--service", "a"}, Words{"--help"}}) {
+          Words{"--service", "a"}, Words{"--help"}, Words{"--service", "--trust", "--trust"}}) {
         EXPECT_EQ(ParseGuardArguments(words).has_value(), false) << words.size();
     }
 }
@@ -43,6 +47,9 @@ TEST(GuardArguments, Command_line_quotes_the_paths_and_is_read_again)
     const GuardCommand session{R"(C:\DaemonGuard.exe)", {GuardMode::kSession, R"(D:\a b.txt)"}};
     EXPECT_EQ(CommandLineOf(session), R"("C:\DaemonGuard.exe" --session --fleet "D:\a b.txt")");
     EXPECT_EQ(ParseGuardCommand(CommandLineOf(session)), session);
+    const GuardCommand trusting{R"(C:\G.exe)", {GuardMode::kService, R"(D:\a.txt)", true}};
+    EXPECT_EQ(CommandLineOf(trusting), R"("C:\G.exe" --service --fleet "D:\a.txt" --trust)");
+    EXPECT_EQ(ParseGuardCommand(CommandLineOf(trusting)), trusting);
 }
 
 TEST(GuardArguments, Command_line_of_a_person_is_read_too)

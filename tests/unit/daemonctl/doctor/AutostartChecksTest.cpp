@@ -82,6 +82,38 @@ TEST(AutostartCheck, Warns_if_Windows_does_not_answer)
     EXPECT_FALSE(UsesFleetFile(facts));
 }
 
+// Whoever may write the log or the fleet file chooses what gets the rights of the guard.
+TEST(AutostartCheck, Log_that_others_may_write_is_a_failure_unless_the_guard_trusts_it)
+{
+    AutostartFacts facts = FactsOfService();
+    facts.logWeaknesses = {"Everyone may write to C:\\FW\\Logs"};
+    ExpectFinding(JudgeAutostart(facts), Verdict::kFailure,
+                  "the guard hands no daemon over: others than administrators may have written the "
+                  "supervisor's log\nEveryone may write to C:\\FW\\Logs");
+    facts.command.arguments.mode = GuardMode::kSession;
+    ExpectFinding(JudgeAutostart(facts), Verdict::kWarning,
+                  "as an administrator's, the guard hands no daemon over: others than "
+                  "administrators may have written the supervisor's log\nEveryone may write to "
+                  "C:\\FW\\Logs");
+    facts.command.arguments.trust = true;
+    ExpectFinding(JudgeAutostart(facts), Verdict::kWarning,
+                  "the guard was set up with --trust: it believes what others than administrators "
+                  "may have written\nEveryone may write to C:\\FW\\Logs");
+}
+
+TEST(FleetFileCheck, File_that_others_may_write_is_a_failure_unless_the_guard_trusts_it)
+{
+    AutostartFacts facts = FactsOfService();
+    facts.fleetWeaknesses = {"Everyone may write to C:\\FW\\App"};
+    ExpectFinding(JudgeFleetFile(facts), Verdict::kFailure,
+                  "the guard launches nothing: others than administrators may have written "
+                  "C:\\FW\\App\\fleet.txt\nEveryone may write to C:\\FW\\App");
+    facts.command.arguments.trust = true;
+    ExpectFinding(JudgeFleetFile(facts), Verdict::kWarning,
+                  "the guard was set up with --trust: it believes what others than administrators "
+                  "may have written\nEveryone may write to C:\\FW\\App");
+}
+
 TEST(FleetFileCheck, File_without_faults_is_ok_and_the_default_file_may_be_missing)
 {
     AutostartFacts facts = FactsOfService();
