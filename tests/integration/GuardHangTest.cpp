@@ -1,6 +1,7 @@
 // The guard's watch in this program, with short times and the real supervisor.
 #include "ChildProcess.h"
 #include "GuardedMachine.h"
+#include "PublishedControl.h"
 #include "SupervisorProcess.h"
 #include "TestService.h"
 #include "Watch.h"
@@ -139,6 +140,23 @@ TEST_F(GuardHang, Stop_during_the_start_of_the_supervisor_ends_both)
               "");
     EXPECT_TRUE(ProcessesNamed("DaemonManager.exe").empty());
     hold.Signal();
+}
+
+TEST_F(GuardHang, Object_of_another_program_is_not_taken_for_that_of_a_supervisor_that_starts)
+{
+    const system::com::v1::ComApartment apartment;
+    const ReadyEvent hold;
+    TestService firewall("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START, 0, hold.Name());
+    firewall.Start(false);
+    const PublishedControl impostor;
+    StartWatch();
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor is not published yet after 0 s: "), "");
+    hold.Signal();
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor has ended without an order: "), "");
+    EXPECT_NE(machine_.WaitForGuardLog("Another object is published under the supervisor's name."),
+              "");
+    StopWatch();
+    EXPECT_EQ(impostor.Calls(), 0);
 }
 
 TEST_F(GuardHang, Program_that_is_missing_is_reported_and_tried_again)
