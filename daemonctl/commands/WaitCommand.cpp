@@ -165,9 +165,8 @@ int WaitForSupervisor(const WaitOptions& options)
             return kDone;
         }
         if (facts.answer == SupervisorFacts::Answer::kProxyNotRegistered && wanted) {
-            std::cerr << "daemonctl: the supervisor runs, but DaemonMgrPS.dll is not registered\n"
-                         "  As administrator: regsvr32 DaemonMgrPS.dll"
-                      << std::endl;
+            std::cerr << "daemonctl: the supervisor runs, but DaemonMgrPS.dll is not registered\n  "
+                      << HowToRegister(ProxyBesideThisProgram()) << std::endl;
             return kNoSupervisor;
         }
         if (GetTickCount64() - start >= ULONGLONG{options.timeoutSeconds} * 1000) {

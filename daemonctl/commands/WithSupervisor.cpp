@@ -1,5 +1,6 @@
 #include "WithSupervisor.h"
 
+#include "ConnectionChecks.h"
 #include "DaemonListing.h"
 #include "ExitCode.h"
 #include "Printable.h"
@@ -58,8 +59,8 @@ int WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& 
         std::cerr << "daemonctl: " << exception.what() << WhyNoSupervisorAnswers() << std::endl;
         return kNoSupervisor;
     } catch (const daemon_manager::ProxyNotRegistered& exception) {
-        std::cerr << "daemonctl: " << exception.what()
-                  << "\n  As administrator: regsvr32 DaemonMgrPS.dll" << std::endl;
+        std::cerr << "daemonctl: " << exception.what() << "\n  "
+                  << HowToRegister(ProxyBesideThisProgram()) << std::endl;
         return kNoSupervisor;
     } catch (const daemon_manager::SupervisorNotTrusted& exception) {
         std::cerr << "daemonctl: " << Printable(exception.what())

@@ -49,14 +49,19 @@ std::vector<ImageFacts> PossibleSupervisors(const SupervisorFacts& facts)
     return possible;
 }
 
+std::string HowToRegister(const std::string& library)
+{
+    const std::string path = QuotedForPasting(library);
+    return path.empty()
+               ? "As administrator, call regsvr32 with the full path of the DaemonMgrPS.dll "
+                 "that lies beside DaemonManager.exe."
+               : "As administrator: regsvr32 " + path;
+}
+
 Finding JudgeProxy(const ProxyFacts& facts, const std::string& version)
 {
     constexpr const char* check = "proxy";
-    const std::string path = QuotedForPasting(facts.besideThisProgram);
-    const std::string regsvr =
-        path.empty()
-            ? "As administrator, with the full path of the library: regsvr32 DaemonMgrPS.dll"
-            : "As administrator: regsvr32 " + path;
+    const std::string regsvr = HowToRegister(facts.besideThisProgram);
     if (facts.interfaceError != 0) {
         return Failure(
             check, "DaemonMgrPS.dll is not registered: no client can call the supervisor", regsvr);

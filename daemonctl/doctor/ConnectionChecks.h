@@ -49,6 +49,16 @@ struct SupervisorFacts {
 /// namesakes. Pure.
 [[nodiscard]] std::vector<ImageFacts> PossibleSupervisors(const SupervisorFacts& facts);
 
+/// Returns the path of the proxy/stub in the folder of this program; empty if it is not there.
+/// Windows only.
+/// @throws ATL::CAtlException if the path cannot be converted to UTF-8
+[[nodiscard]] std::string ProxyBesideThisProgram();
+
+/// Says how to register the proxy/stub, for people: with a command that can be pasted, if the path
+/// allows that. Pure.
+/// @param library  full path of DaemonMgrPS.dll; empty: it is not known
+[[nodiscard]] std::string HowToRegister(const std::string& library);
+
 /// Reads the registration of the proxy/stub and the version of its library. Changes nothing.
 /// Windows only.
 /// @throws ATL::CAtlException if the path of the library cannot be converted to UTF-8

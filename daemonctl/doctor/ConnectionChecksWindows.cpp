@@ -38,14 +38,6 @@ std::uint32_t ReadDefaultValue(const std::wstring& key, std::wstring& value)
     return static_cast<std::uint32_t>(result);
 }
 
-std::string ProxyBesideThisProgram()
-{
-    std::wstring path(32768, L'\0'); // the longest path that Windows has
-    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    path.replace(path.rfind(L'\\') + 1, std::wstring::npos, L"DaemonMgrPS.dll");
-    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES ? Utf8(path) : std::string();
-}
-
 SupervisorFacts CallSupervisor()
 {
     using Answer = SupervisorFacts::Answer;
@@ -93,6 +85,14 @@ std::vector<Namesake> FindNamesakes()
 }
 
 } // namespace
+
+std::string ProxyBesideThisProgram()
+{
+    std::wstring path(32768, L'\0'); // the longest path that Windows has
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    path.replace(path.rfind(L'\\') + 1, std::wstring::npos, L"DaemonMgrPS.dll");
+    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES ? Utf8(path) : std::string();
+}
 
 ProxyFacts GatherProxyFacts()
 {

@@ -87,10 +87,14 @@ TEST(Daemonctl, Commands_without_the_proxy_print_how_to_register_it)
     const system::com::v1::ComApartment apartment;
     const CapturedProgram supervisor(ProductProgram("DaemonManager.exe"));
     ASSERT_TRUE(WaitUntil([] { return static_cast<bool>(FindPublished()); }));
-    EXPECT_EQ(Daemonctl("exit"),
-              (Answer{3, "",
-                      "daemonctl: the supervisor runs, but DaemonMgrPS.dll is not registered\n"
-                      "  As administrator: regsvr32 DaemonMgrPS.dll\n"}));
+    for (const char* command : {"exit", "wait --for supervisor"}) {
+        EXPECT_EQ(Daemonctl(command),
+                  (Answer{3, "",
+                          "daemonctl: the supervisor runs, but DaemonMgrPS.dll is not registered\n"
+                          "  As administrator: regsvr32 \"" +
+                              ProductProgram("DaemonMgrPS.dll") + "\"\n"}))
+            << command;
+    }
     const ProxyRegistration registered;
     EXPECT_EQ(Daemonctl("exit"), (Answer{0, "the supervisor has ended; it had no daemons\n", ""}));
     EXPECT_FALSE(supervisor.Running());

@@ -70,13 +70,15 @@ TEST(ProxyCheck, Registers_the_library_beside_this_program_by_its_full_path)
     ProxyFacts facts = HealthyProxy();
     facts.interfaceError = 2;
     EXPECT_EQ(JudgeProxy(facts, "1.0.0").remedy,
-              "As administrator, with the full path of the library: regsvr32 DaemonMgrPS.dll");
+              "As administrator, call regsvr32 with the full path of the DaemonMgrPS.dll that lies "
+              "beside DaemonManager.exe.");
     facts.besideThisProgram = R"(C:\Program Files\DaemonManager\DaemonMgrPS.dll)";
     EXPECT_EQ(JudgeProxy(facts, "1.0.0").remedy,
               R"(As administrator: regsvr32 "C:\Program Files\DaemonManager\DaemonMgrPS.dll")");
     facts.besideThisProgram = R"(C:\$(calc)\DaemonMgrPS.dll)";
     EXPECT_EQ(JudgeProxy(facts, "1.0.0").remedy,
-              "As administrator, with the full path of the library: regsvr32 DaemonMgrPS.dll");
+              "As administrator, call regsvr32 with the full path of the DaemonMgrPS.dll that lies "
+              "beside DaemonManager.exe.");
 }
 
 TEST(SupervisorCheck, Names_process_and_version_of_a_supervisor_that_answers)
