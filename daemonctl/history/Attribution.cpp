@@ -50,6 +50,7 @@ void Attributor::Add(Record record)
         processes_.clear();
         withoutProcess_.clear();
         running_.clear();
+        removed_.clear();
     }
     NoteLoss(added);
     complete_ = complete_ || beginsRun;
@@ -101,6 +102,7 @@ void Attributor::NoteLoss(const AttributedRecord& added)
         complete_ = false;
         withoutProcess_.clear(); // a start may be among the missing records
         running_.clear();
+        removed_.clear(); // a new run may have begun there
     }
     lastNumber_ = number;
 }
@@ -112,7 +114,8 @@ bool Attributor::IsPathOfClient(const Event& event) const
     }
     const bool endBefore = !waiting_.empty() && CanBelong(waiting_.front().event, event);
     const bool unknown = complete_ && !processes_.contains(*event.daemonId);
-    return unknown || (!endBefore && running_.contains(*event.daemonId));
+    return unknown || removed_.contains(*event.daemonId) ||
+           (!endBefore && running_.contains(*event.daemonId));
 }
 
 void Attributor::NoteProcess(const Event& event)
@@ -121,6 +124,10 @@ void Attributor::NoteProcess(const Event& event)
         return;
     }
     processes_[*event.daemonId] = *event.processId;
+    if (event.kind == EventKind::kStopped || event.kind == EventKind::kStopFailed ||
+        event.kind == EventKind::kDetached) {
+        removed_.insert(*event.daemonId);
+    }
     if (event.kind == EventKind::kStarted || event.kind == EventKind::kAttached) {
         running_.insert(*event.daemonId);
     } else {

@@ -52,6 +52,7 @@ struct AttributedRecord {
 /// daemon is taken for such a path, and about no daemon, if the log is sure that it cannot be about
 /// that daemon:
 ///   - the daemon's process runs, and no end stands before the failed start, or
+///   - a client has stopped or detached the daemon: its id is not given again in this run, or
 ///   - the log has every record since the supervisor's start, and none about this daemon.
 ///
 /// Not for use by several threads at once.
@@ -81,6 +82,7 @@ private:
     std::map<std::uint32_t, std::uint32_t> processes_; // process id by daemon id, of this run
     std::set<std::uint32_t> withoutProcess_; // daemons whose last start failed; nothing lost since
     std::set<std::uint32_t> running_;        // daemons whose process runs; nothing lost since
+    std::set<std::uint32_t> removed_;        // stopped or detached daemons; nothing lost since
     bool complete_ = false;                  // no record is missing since the supervisor's start
     bool lost_ = false;                      // records are missing since the end
     std::optional<std::int64_t> lastNumber_; // of the record before; nothing: it had none

@@ -58,6 +58,24 @@ TEST(Attribution, of_a_failed_start_is_unknown_if_the_process_that_it_names_runs
     EXPECT_EQ(records[2].event.daemonId, 1U);
 }
 
+TEST(Attribution, of_a_failed_start_is_unknown_if_the_daemon_that_it_names_was_removed)
+{
+    const std::string forged = "Unable to start DaemonId(0) PId(10) : a.exe ";
+    for (const char* const removal :
+         {"Stop (2) DaemonId(0) PId(10) : a.exe ", "Unable to stop DaemonId(0) PId(10) : a.exe ",
+          "Detached DaemonId(0) PId(10) : a.exe "}) {
+        const auto records = Attribute({"Start DaemonId(0) PId(10) : a.exe ", removal, forged});
+        ASSERT_EQ(records.size(), 3U);
+        EXPECT_EQ(records[2].attribution, Attribution::kNone) << removal;
+        EXPECT_FALSE(records[2].event.daemonId) << removal;
+    }
+    // In the next run the id belongs to another daemon.
+    const auto records = Attribute({"Detached DaemonId(0) PId(10) : a.exe ",
+                                    "Deamon Thread started", "Start DaemonId(0) PId(10) : a.exe ",
+                                    "Exception caught in : Unknown (0x1)", forged});
+    EXPECT_EQ(records.back().event.daemonId, 0U);
+}
+
 TEST(Attribution, of_a_failed_start_is_that_of_its_text_if_the_process_may_have_ended)
 {
     const std::string start = "Start DaemonId(0) PId(10) : a.exe ";
