@@ -8,7 +8,7 @@
 #include "FirewallChecks.h"
 #include "PrintText.h"
 #include "Printable.h"
-#include "com/ComApartment.h"
+#include "com/ClientApartment.h"
 
 #include <iostream>
 #include <memory>
@@ -28,7 +28,7 @@ struct DoctorOptions {
 // @return the names of the removed rules
 std::vector<std::string> Prune(const FirewallRulesFacts& rules, bool& failed)
 {
-    const system::com::v1::ComApartment apartment;
+    const system::com::v1::ClientApartment apartment;
     std::vector<std::string> removed;
     for (const std::string& name : DeadRules(rules)) {
         const long result = RemoveFirewallRule(name);

@@ -8,7 +8,7 @@
 #include "ShutdownProgress.h"
 #include "SupervisorProcesses.h"
 #include "ThisMachine.h"
-#include "com/ComApartment.h"
+#include "com/ClientApartment.h"
 #include "exception_utils/COMException.h"
 
 #include <iostream>
@@ -52,7 +52,7 @@ SupervisorState StateWithoutObject()
 int WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& operation)
 {
     try {
-        const system::com::v1::ComApartment apartment;
+        const system::com::v1::ClientApartment apartment;
         daemon_manager::SupervisorClient supervisor;
         return operation(supervisor);
     } catch (const daemon_manager::SupervisorNotRunning& exception) {
@@ -104,7 +104,7 @@ bool IsSupervisorThere()
 SupervisorState StateOfSupervisor()
 {
     try {
-        const system::com::v1::ComApartment apartment;
+        const system::com::v1::ClientApartment apartment;
         const daemon_manager::SupervisorClient supervisor;
         return SupervisorState::kRunning;
     } catch (const daemon_manager::SupervisorNotRunning&) {

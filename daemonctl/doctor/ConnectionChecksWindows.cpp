@@ -3,7 +3,7 @@
 #include "Bounded.h"
 #include "IDaemonMgrControl.h"
 #include "Utf8.h"
-#include "com/ComApartment.h"
+#include "com/ClientApartment.h"
 #include "daemon_manager/SupervisorClient.h"
 #include "daemon_manager/SupervisorIdentity.h"
 
@@ -43,7 +43,7 @@ SupervisorFacts CallSupervisor()
     using Answer = SupervisorFacts::Answer;
     SupervisorFacts facts;
     try {
-        const system::com::v1::ComApartment apartment;
+        const system::com::v1::ClientApartment apartment;
         daemon_manager::SupervisorClient supervisor;
         supervisor.Detach(kIdNeverGivenOut);
         facts.answer = Answer::kAnswers;

@@ -5,7 +5,7 @@
 #include "SingleGuard.h"
 #include "TextEncoding.h"
 #include "Watch.h"
-#include "com/ComApartment.h"
+#include "com/ClientApartment.h"
 #include "installation/FirmwareRoot.h"
 #include "installation/InstallationPaths.h"
 
@@ -50,7 +50,7 @@ void RunGuard(const GuardArguments& arguments, HANDLE stop, const std::function<
     CreateDirectoryA(installation::LogFolder(root).c_str(), nullptr); // it may exist already
     const SingleGuard single(installation::GuardLockFile(root), kFormerGuardMs);
     const auto log = std::make_shared<GuardLog>(installation::GuardLogFile(root));
-    const system::com::v1::ComApartment apartment;
+    const system::com::v1::ClientApartment apartment;
     WatchSettings settings = SettingsOf(arguments, root);
     settings.onEnding = onEnding;
     log->Log(kLevelInformation,

@@ -204,6 +204,8 @@ constexpr QuietPlace kQuietPlaces[] = {
     {"CreateRing", "_write", kHeaderFollows},
     {"ConsoleSink::Write", "fflush",
      "standard output, which is tied to standard error, has nothing to flush"},
+    {"ClientApartment::ClientApartment", "CoCreateInstance",
+     "without the policy, COM lets the sender of an object choose the class that rebuilds it"},
     {"BoundedApartment::~BoundedApartment", "CreateTimerQueueTimer",
      "the main thread leaves COM without a limit"},
     {"IdentifySupervisor", "",
