@@ -35,8 +35,12 @@ std::string WriteHangDump(HANDLE process, DWORD processId, const std::string& fi
     }
     const std::string unfinished = file + ".new";
     {
+        // What is left of a former try goes, and so does a file or a link that somebody has put
+        // there: the guard may have all rights, so it writes to no file that it has not made.
+        DeleteFileA(unfinished.c_str());
         const system::win32::v1::UniqueKernelHandle target(
-            CreateFileA(unfinished.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
+            CreateFileA(unfinished.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                        FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
         if (!target) {
             return Failed("its file cannot be made", GetLastError());
         }

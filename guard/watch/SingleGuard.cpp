@@ -14,8 +14,9 @@ constexpr DWORD kTryAgainMs = 100;
 SingleGuard::SingleGuard(const std::string& file, DWORD limitMs)
 {
     for (const ULONGLONG start = GetTickCount64();; Sleep(kTryAgainMs)) {
+        // A link of this name is opened and deleted itself, not the file to which it leads.
         file_.Reset(CreateFileA(file.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
-                                FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+                                FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
         if (file_) {
             return;
         }

@@ -3,8 +3,10 @@
 #include "ProcessFacts.h"
 #include "ProcessList.h"
 #include "Utf8.h"
+#include "daemon_manager/SupervisorIdentity.h"
 #include "win32/FileTime.h"
 
+#include <set>
 #include <stdexcept>
 #include <vector>
 
@@ -30,13 +32,30 @@ std::int64_t CreatedMs(HANDLE process)
                : 0;
 }
 
+// Everybody may run the installed program. A guard that watched the process of a user without
+// rights would start no supervisor as long as that process runs.
+// @return the processes that a user runs who is not expected to run the supervisor
+std::set<DWORD> ProcessesOfOthers()
+{
+    std::set<DWORD> found;
+    for (const daemon_manager::SupervisorProcess& process :
+         daemon_manager::IdentifySupervisor().processes) {
+        if (process.userKnown && !process.expectedUser) {
+            found.insert(process.processId);
+        }
+    }
+    return found;
+}
+
 } // namespace
 
 std::optional<SupervisorProgram> FindSupervisor(const std::string& program)
 {
+    const std::set<DWORD> others = ProcessesOfOthers();
     std::optional<SupervisorProgram> youngest;
     for (const client::v0::ImageFacts& image : client::v0::ProcessesOfImage(kProgramName)) {
-        if (!image.path.empty() && !client::v0::IsSameFile(image.path, program)) {
+        if (others.contains(image.processId) ||
+            (!image.path.empty() && !client::v0::IsSameFile(image.path, program))) {
             continue;
         }
         win32::UniqueKernelHandle process(OpenProcess(kAccess, FALSE, image.processId));

@@ -1,5 +1,6 @@
 #include "SingleGuard.h"
 
+#include "ImportPatch.h"
 #include "TempFolder.h"
 
 #include <windows.h>
@@ -35,6 +36,25 @@ TEST(SingleGuard, Second_guard_is_refused_until_the_first_one_has_gone)
     first.reset();
     EXPECT_EQ(GetFileAttributesA(file.c_str()), INVALID_FILE_ATTRIBUTES);
     EXPECT_EQ(ReasonOf(file), "");
+}
+
+DWORD flagsOfLock = 0;
+decltype(&CreateFileA) makeFile = nullptr;
+
+HANDLE WINAPI NoteFlags(LPCSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
+                        DWORD disposition, DWORD flags, HANDLE model)
+{
+    flagsOfLock = flags;
+    return makeFile(name, access, share, security, disposition, flags, model);
+}
+
+// Wine makes no links; Windows deletes what is opened.
+TEST(SingleGuard, Opens_and_deletes_a_link_itself_and_not_the_file_to_which_it_leads)
+{
+    const TempFolder folder;
+    const ImportPatch patch("CreateFileA", NoteFlags, makeFile);
+    EXPECT_EQ(ReasonOf(folder.File("DaemonGuard.lock")), "");
+    EXPECT_EQ(flagsOfLock, DWORD{FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT});
 }
 
 TEST(SingleGuard, Folder_that_does_not_exist_is_no_other_guard)
