@@ -25,6 +25,9 @@ namespace {
 
 constexpr std::uint32_t kSampleSeconds = 1;
 constexpr int kMaxEarlyEnds = 50;
+// How long the process of the runs may write nothing, at least. Its start takes seconds on a busy
+// machine, whatever the deadline of a run is.
+constexpr std::uint32_t kMinSilenceMs = 60000;
 constexpr auto kUndisturbed = ~std::size_t{0}; // as the number of a call
 
 // How far the runs have come.
@@ -97,7 +100,7 @@ void RunProcess(const Work& work)
                                output.Get());
     Work::Unset();
     std::uint64_t size = 0;
-    while (!process.Wait(3 * work.deadlineMs)) {
+    while (!process.Wait(std::max(kMinSilenceMs, 3 * work.deadlineMs))) {
         if (SizeOf(work.ResultFile()) == size) {
             process.Kill();
             process.Wait();
