@@ -35,8 +35,9 @@ WORD AttributeOf(const LiveLine& line, bool coloured)
 
 class ConsoleScreen : public LiveScreen {
 public:
-    ConsoleScreen(HANDLE before, system::win32::v1::UniqueKernelHandle buffer, bool coloured)
-        : before_(before)
+    ConsoleScreen(system::win32::v1::UniqueKernelHandle before,
+                  system::win32::v1::UniqueKernelHandle buffer, bool coloured)
+        : before_(std::move(before))
         , buffer_(std::move(buffer))
         , coloured_(coloured)
     {
@@ -47,7 +48,7 @@ public:
 
     ConsoleScreen(const ConsoleScreen&) = delete;
     ConsoleScreen& operator=(const ConsoleScreen&) = delete;
-    ~ConsoleScreen() override { SetConsoleActiveScreenBuffer(before_); }
+    ~ConsoleScreen() override { SetConsoleActiveScreenBuffer(before_.Get()); }
 
     [[nodiscard]] ConsoleSize Size() const override
     {
@@ -80,7 +81,7 @@ public:
     }
 
 private:
-    HANDLE before_; // belongs to the process, never closed
+    system::win32::v1::UniqueKernelHandle before_; // what the console showed before
     system::win32::v1::UniqueKernelHandle buffer_;
     bool coloured_;
 };
@@ -98,13 +99,18 @@ std::unique_ptr<LiveScreen> MakeLiveScreen(LineOutput::Colour colour)
     if (!SizeOfBuffer(output)) {
         return nullptr;
     }
+    // Not the standard output: under Wine that stands for whichever buffer is shown.
+    system::win32::v1::UniqueKernelHandle before(
+        CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                    nullptr, OPEN_EXISTING, 0, nullptr));
     system::win32::v1::UniqueKernelHandle buffer(
         CreateConsoleScreenBuffer(GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                   nullptr, CONSOLE_TEXTMODE_BUFFER, nullptr));
-    if (!buffer) {
+    if (!before || !buffer) {
         return nullptr;
     }
-    return std::make_unique<ConsoleScreen>(output, std::move(buffer), IsColoured(colour, true));
+    return std::make_unique<ConsoleScreen>(std::move(before), std::move(buffer),
+                                           IsColoured(colour, true));
 }
 
 } // namespace vqrx::client::v0

@@ -1,9 +1,8 @@
 #!/bin/bash
 # Ends the supervisor with an interrupt, as Ctrl+C in its terminal does, and checks that it ends in
 # order:
-#   interrupt_test.sh BIN plain     without a terminal
-#   interrupt_test.sh BIN terminal  on a pseudo-terminal, with a signal
-#   interrupt_test.sh BIN typed     on a pseudo-terminal, with the key Ctrl+C
+#   interrupt_test.sh BIN plain  without a terminal, with a signal
+#   interrupt_test.sh BIN typed  on a pseudo-terminal, with the key Ctrl+C
 set -uo pipefail
 bin=$1
 kind=$2

@@ -80,7 +80,7 @@ class Kit(unittest.TestCase):
         self.assertEqual(sorted(program["name"] for program in report["programs"]), sorted(SMALL))
         self.assertTrue(all(program["cases"] for program in report["programs"]))
         self.assertIn("Wine", report["facts"])
-        self.assertIn("integration_console", [test["name"] for test in report["notInKit"]])
+        self.assertIn("integration_completion", [test["name"] for test in report["notInKit"]])
         suites = xml.etree.ElementTree.parse(self.folder / "report/junit.xml").getroot()
         self.assertEqual(len(suites), len(SMALL))
         page = (self.folder / "report/report.html").read_text(encoding="utf-8")

@@ -1,0 +1,79 @@
+// daemonctl ps --watch in a console of its own, and without one.
+#include "CapturedProgram.h"
+#include "ChildProcess.h"
+#include "ConsoleProgram.h"
+#include "Daemonctl.h"
+#include "SupervisorProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <string>
+
+namespace vqrx::test {
+namespace {
+
+std::string WatchCommand()
+{
+    return "\"" + ProductProgram("daemonctl.exe") + "\" ps --watch 1";
+}
+
+std::size_t CountOf(const std::string& part, const std::string& text)
+{
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+/// A supervisor with one daemon.
+class PsWatch : public testing::Test {
+protected:
+    PsWatch()
+    {
+        EXPECT_EQ(Daemonctl("launch \"" + TestProgram("no_windows") + "\"").exitCode, 0U);
+        daemon_ = supervisor_.WaitForStart(0);
+        EXPECT_NE(daemon_, 0U);
+    }
+
+    const SupervisorProcess supervisor_;
+    DWORD daemon_ = 0;
+};
+
+TEST_F(PsWatch, The_table_has_a_screen_of_its_own_until_Ctrl_C)
+{
+    const ConsoleProgram watch(WatchCommand());
+    const JoinedConsole console(watch);
+    std::string screen;
+    const auto shows = [&](const std::string& part, std::size_t times = 1) {
+        return WaitUntil([&] {
+            screen = console.Screen();
+            return CountOf(part, screen) >= times;
+        });
+    };
+    EXPECT_TRUE(shows("Ctrl+C ends")) << screen;
+    EXPECT_TRUE(shows("no_windows.exe\n")) << screen;
+    EXPECT_TRUE(shows(" Start DaemonId(0) PId(")) << screen; // a record below the table
+    KillProcess(daemon_);
+    EXPECT_TRUE(shows("Unknown (0x9)")) << screen;
+    EXPECT_TRUE(shows(" Start DaemonId(0) PId(", 2)) << screen;
+    console.PressCtrlC();
+    EXPECT_TRUE(watch.Ends());
+    EXPECT_EQ(watch.ExitCode(), 0U);
+    EXPECT_EQ(CountOf("Ctrl+C ends", console.Screen()), 0U) << console.Screen();
+}
+
+TEST_F(PsWatch, Without_a_console_each_look_is_a_table)
+{
+    const CapturedProgram watch(WatchCommand());
+    const auto prints = [&](const std::string& part) {
+        return WaitUntil([&] { return CountOf(part, watch.Output()) >= 3; });
+    };
+    EXPECT_TRUE(prints("ID  STATE")) << watch.Output();
+    EXPECT_TRUE(prints(" 0  running ")) << watch.Output();
+    EXPECT_TRUE(prints("no_windows.exe\n")) << watch.Output();
+}
+
+} // namespace
+} // namespace vqrx::test
