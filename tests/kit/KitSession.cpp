@@ -158,7 +158,8 @@ void Session::ChoosePrograms()
 bool Session::IsAllowed() const
 {
     std::cout << "\nThis tests DaemonManager " << report_.version
-              << " on this machine: " << programs_.size() << " programs, about ten minutes.\n";
+              << " on this machine: " << programs_.size()
+              << " programs, about a quarter of an hour.\n";
     if (!report_.programs.empty()) {
         std::cout << report_.programs.size()
                   << " more programs are left out: they need the rights of an administrator.\n";
