@@ -53,6 +53,7 @@ constexpr Ownership kOwnerships[] = {
      3, kNotZero},
     {"ConvertStringSidToSidW", Resource::kLocalMemory, true, kThrough, 2, kNotZero},
     {"GetNamedSecurityInfoW", Resource::kLocalMemory, true, kThrough, 8, kZero},
+    {"GetSecurityInfo", Resource::kLocalMemory, true, kThrough, 8, kZero},
     {"LocalFree", Resource::kLocalMemory, false, kParameter, 1},
     {"fopen", Resource::kFile, true, kResult, 0, kNotZero},
     {"_wfopen", Resource::kFile, true, kResult, 0, kNotZero},
