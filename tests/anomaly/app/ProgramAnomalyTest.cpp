@@ -2,15 +2,12 @@
 // ends in order, or it says why it cannot; afterwards it is not published, and the next start
 // succeeds.
 #include "ConsoleControl.h"
-#include "FirmwareRegistry.h"
 #include "PrintedText.h"
 #include "ProgramBody.h"
 #include "PublishedObject.h"
 #include "Scenario.h"
 #include "StandInFirewall.h"
 #include "StandInWmi.h"
-#include "TempFolder.h"
-#include "TestService.h"
 #include "com/ComApartment.h"
 #include "installation/FirmwareRoot.h"
 #include "installation/InstallationPaths.h"
@@ -24,44 +21,12 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
-#include <optional>
 #include <string>
 
 namespace vqrx::test::anomaly {
 namespace {
 
 constexpr DWORD kLookMs = 10;
-
-/// What the program needs on the machine, for as long as the process that reports lives.
-class MachineOfThePrograms : public testing::Environment {
-public:
-    void SetUp() override
-    {
-        if (IsProcessOfTheRuns()) {
-            return;
-        }
-        root_.emplace();
-        std::filesystem::create_directory(root_->Path() / "App");
-        registry_.emplace();
-        registry_->SetPathname(FirmwareRegistry::kCurrent, root_->Path().string());
-        firewallService_.emplace("MpsSvc");
-        firewallService_->Start();
-    }
-    void TearDown() override
-    {
-        firewallService_.reset();
-        registry_.reset();
-        root_.reset();
-    }
-
-private:
-    std::optional<TempFolder> root_;
-    std::optional<FirmwareRegistry> registry_;
-    std::optional<TestService> firewallService_;
-};
-
-const testing::Environment* const machineOfThePrograms =
-    testing::AddGlobalTestEnvironment(new MachineOfThePrograms);
 
 // What all runs of the process share.
 struct ProgramsMachine {

@@ -1,61 +1,21 @@
 #include "CommandMachine.h"
 
-#include "FirmwareRegistry.h"
 #include "PublishedControl.h"
 #include "RingModel.h"
-#include "Scenario.h"
 #include "StandInFirewall.h"
 #include "StandInWmi.h"
-#include "TempFolder.h"
-#include "TestService.h"
 #include "com/ComApartment.h"
 #include "installation/FirmwareRoot.h"
 #include "installation/InstallationPaths.h"
 #include "win32/FileTime.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdint>
-#include <filesystem>
 #include <fstream>
-#include <optional>
 
 namespace vqrx::test::anomaly {
 namespace {
 
 namespace installation = system::installation::v1;
-
-/// What the commands need on the machine, for as long as the process that reports lives.
-class MachineOfTheCommands : public testing::Environment {
-public:
-    void SetUp() override
-    {
-        if (IsProcessOfTheRuns()) {
-            return;
-        }
-        root_.emplace();
-        std::filesystem::create_directory(root_->Path() / "App");
-        std::filesystem::create_directory(root_->Path() / "Logs");
-        registry_.emplace();
-        registry_->SetPathname(FirmwareRegistry::kCurrent, root_->Path().string());
-        firewallService_.emplace("MpsSvc");
-        firewallService_->Start();
-    }
-    void TearDown() override
-    {
-        firewallService_.reset();
-        registry_.reset();
-        root_.reset();
-    }
-
-private:
-    std::optional<TempFolder> root_;
-    std::optional<FirmwareRegistry> registry_;
-    std::optional<TestService> firewallService_;
-};
-
-const testing::Environment* const machineOfTheCommands =
-    testing::AddGlobalTestEnvironment(new MachineOfTheCommands);
 
 std::string ThisProgram()
 {
