@@ -95,9 +95,12 @@ void TestRun::Start(std::size_t number)
     fs::create_directories(work, ignored);
     const ULONGLONG now = GetTickCount64();
     try {
-        running_.push_back(
-            {number, now, now + ULONGLONG{program.timeoutSeconds} * 1000,
-             ProgramRun(CommandLine(program, settings_.kitFolder, work), work, work / kPrinted)});
+        running_.push_back({number, now, now + ULONGLONG{program.timeoutSeconds} * 1000,
+                            test::ProgramInJob({CommandLine(program, settings_.kitFolder, work),
+                                                work / kPrinted,
+                                                {},
+                                                work,
+                                                CREATE_NO_WINDOW})});
     } catch (const std::exception& error) {
         ProgramOutcome outcome;
         outcome.name = program.name;

@@ -2,7 +2,7 @@
 
 #include "Journal.h"
 #include "Outcome.h"
-#include "ProgramRun.h"
+#include "ProgramInJob.h"
 #include "Schedule.h"
 
 #include <windows.h>
@@ -40,7 +40,7 @@ private:
         std::size_t number;
         ULONGLONG begin;    // tick, milliseconds
         ULONGLONG deadline; // tick, milliseconds
-        ProgramRun run;
+        test::ProgramInJob run;
     };
 
     void StartPrograms();

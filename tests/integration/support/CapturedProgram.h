@@ -1,7 +1,7 @@
 #pragma once
 
+#include "ProgramInJob.h"
 #include "TempFolder.h"
-#include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
@@ -16,19 +16,16 @@ public:
     /// @param commandLine  UTF-8, the program's path first
     /// @throws std::runtime_error  if the program cannot be started
     explicit CapturedProgram(const std::string& commandLine);
-    CapturedProgram(const CapturedProgram&) = delete;
-    CapturedProgram& operator=(const CapturedProgram&) = delete;
-    ~CapturedProgram();
 
-    [[nodiscard]] DWORD Pid() const { return pid_; }
+    [[nodiscard]] DWORD Pid() const { return program_.Pid(); }
     /// @return false if the program still runs after this time
     bool Wait(DWORD milliseconds = 60000) const
     {
-        return WaitForSingleObject(process_.Get(), milliseconds) == WAIT_OBJECT_0;
+        return WaitForSingleObject(program_.Process(), milliseconds) == WAIT_OBJECT_0;
     }
     [[nodiscard]] bool Running() const { return !Wait(0); }
     /// Ends the program with exit code 9 and does not wait.
-    void Kill() const { TerminateProcess(process_.Get(), 9); }
+    void Kill() const { TerminateProcess(program_.Process(), 9); }
     /// Waits for the end of the program, at most a minute.
     /// @return the exit code; STILL_ACTIVE (259) if the program still runs
     [[nodiscard]] DWORD ExitCode() const;
@@ -40,9 +37,7 @@ public:
 
 private:
     TempFolder files_;
-    system::win32::v1::UniqueKernelHandle job_;
-    system::win32::v1::UniqueKernelHandle process_;
-    DWORD pid_ = 0;
+    ProgramInJob program_;
 };
 
 /// Returns the content of a text file, with "\n" as line ends; empty if the file cannot be read.

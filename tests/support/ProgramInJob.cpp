@@ -1,16 +1,16 @@
-#include "ProgramRun.h"
+#include "ProgramInJob.h"
 
-#include "Utf8.h"
+#include "code_page/CodePage.h"
 
 #include <stdexcept>
 
-namespace vqrx::kit {
+namespace vqrx::test {
 namespace {
 
-using client::v0::Wide;
 using system::win32::v1::UniqueKernelHandle;
 
-constexpr DWORD kTreeEndMs = 30000;
+constexpr DWORD kTreeEndMs = 60000;
+constexpr UINT kExitCodeOfTheEnded = 9;
 
 UniqueKernelHandle OpenInheritable(const wchar_t* path, DWORD access, DWORD disposition)
 {
@@ -18,6 +18,13 @@ UniqueKernelHandle OpenInheritable(const wchar_t* path, DWORD access, DWORD disp
     return UniqueKernelHandle(CreateFileW(path, access,
                                           FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                           &inheritable, disposition, 0, nullptr));
+}
+
+UniqueKernelHandle OpenOutput(const std::filesystem::path& path)
+{
+    return path.empty()
+               ? UniqueKernelHandle()
+               : OpenInheritable(path.c_str(), FILE_APPEND_DATA | SYNCHRONIZE, CREATE_ALWAYS);
 }
 
 UniqueKernelHandle MakeJob()
@@ -32,8 +39,8 @@ UniqueKernelHandle MakeJob()
     return job;
 }
 
-// Returns the environment of this process with another temporary folder: "NAME=value" texts, each
-// with a zero at its end, and one more zero.
+// Returns the environment of this process, with another temporary folder unless it is empty:
+// "NAME=value" texts, each with a zero at its end, and one more zero.
 std::wstring EnvironmentWith(const std::wstring& temporaryFolder)
 {
     std::wstring block;
@@ -41,68 +48,73 @@ std::wstring EnvironmentWith(const std::wstring& temporaryFolder)
     for (const wchar_t* entry = own; entry != nullptr && *entry != L'\0';) {
         const std::wstring text = entry;
         entry += text.size() + 1;
-        if (!text.starts_with(L"TEMP=") && !text.starts_with(L"TMP=")) {
+        if (temporaryFolder.empty() ||
+            (!text.starts_with(L"TEMP=") && !text.starts_with(L"TMP="))) {
             block += text + L'\0';
         }
     }
     FreeEnvironmentStringsW(own);
-    for (const wchar_t* name : {L"TEMP=", L"TMP="}) {
-        block += name + temporaryFolder + L'\0';
+    if (!temporaryFolder.empty()) {
+        for (const wchar_t* name : {L"TEMP=", L"TMP="}) {
+            block += name + temporaryFolder + L'\0';
+        }
     }
     return block + L'\0';
 }
 
 } // namespace
 
-ProgramRun::ProgramRun(const std::string& commandLine, const std::filesystem::path& workFolder,
-                       const std::filesystem::path& output)
+ProgramInJob::ProgramInJob(const ProgramStart& start)
     : job_(MakeJob())
 {
     const UniqueKernelHandle input = OpenInheritable(L"NUL", GENERIC_READ, OPEN_EXISTING);
-    const UniqueKernelHandle printed =
-        OpenInheritable(output.c_str(), FILE_APPEND_DATA | SYNCHRONIZE, CREATE_ALWAYS);
+    const UniqueKernelHandle output = OpenOutput(start.output);
+    const UniqueKernelHandle error = OpenOutput(start.error);
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdInput = input.Get();
-    startup.hStdOutput = printed.Get();
-    startup.hStdError = printed.Get();
+    startup.hStdOutput = output ? output.Get() : start.outputPipe;
+    startup.hStdError = error ? error.Get() : startup.hStdOutput;
     PROCESS_INFORMATION started{};
-    std::wstring command = Wide(commandLine);
-    std::wstring environment = EnvironmentWith(workFolder.wstring());
+    std::wstring command = system::code_page::v1::NarrowToWide(start.commandLine, CP_UTF8);
+    std::wstring environment = EnvironmentWith(start.workFolder.wstring());
     if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE,
-                       CREATE_SUSPENDED | CREATE_NO_WINDOW | CREATE_UNICODE_ENVIRONMENT,
-                       environment.data(), workFolder.c_str(), &startup, &started) == FALSE) {
+                       CREATE_SUSPENDED | CREATE_UNICODE_ENVIRONMENT | start.creationFlags,
+                       environment.data(),
+                       start.workFolder.empty() ? nullptr : start.workFolder.c_str(), &startup,
+                       &started) == FALSE) {
         throw std::runtime_error("cannot be started: error " + std::to_string(GetLastError()));
     }
     const UniqueKernelHandle thread(started.hThread);
     process_.Reset(started.hProcess);
+    pid_ = started.dwProcessId;
     if (AssignProcessToJobObject(job_.Get(), process_.Get()) == FALSE) {
-        const DWORD error = GetLastError();
-        TerminateProcess(process_.Get(), 9);
-        throw std::runtime_error("cannot be put into a job: error " + std::to_string(error));
+        const DWORD code = GetLastError();
+        TerminateProcess(process_.Get(), kExitCodeOfTheEnded);
+        throw std::runtime_error("cannot be put into a job: error " + std::to_string(code));
     }
     ResumeThread(thread.Get());
 }
 
-ProgramRun::~ProgramRun()
+ProgramInJob::~ProgramInJob()
 {
     EndTree();
 }
 
-unsigned ProgramRun::ExitCode() const
+DWORD ProgramInJob::ExitCode() const
 {
     DWORD code = 0;
     GetExitCodeProcess(process_.Get(), &code);
     return code;
 }
 
-void ProgramRun::EndTree()
+void ProgramInJob::EndTree()
 {
     if (job_) {
-        TerminateJobObject(job_.Get(), 9);
+        TerminateJobObject(job_.Get(), kExitCodeOfTheEnded);
         WaitForSingleObject(process_.Get(), kTreeEndMs);
     }
 }
 
-} // namespace vqrx::kit
+} // namespace vqrx::test
