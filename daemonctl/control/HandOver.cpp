@@ -1,7 +1,7 @@
 #include "HandOver.h"
 
-#include "AsciiCase.h"
 #include "HeldProcess.h"
+#include "LetterCase.h"
 #include "Printable.h"
 #include "ProcessList.h"
 #include "ThisMachine.h"
@@ -137,10 +137,11 @@ private:
     // Returns the arguments of a service; nothing if the fleet file does not name it.
     std::optional<std::vector<std::string>> FleetArguments(const FormerDaemon& former) const
     {
-        const auto line = std::find_if(
-            options_.fleet.begin(), options_.fleet.end(), [&](const ExpectedProgram& program) {
-                return former.service && LowerAscii(program.program) == LowerAscii(former.command);
-            });
+        const auto line = std::find_if(options_.fleet.begin(), options_.fleet.end(),
+                                       [&](const ExpectedProgram& program) {
+                                           return former.service && WithoutCase(program.program) ==
+                                                                        WithoutCase(former.command);
+                                       });
         return line != options_.fleet.end() ? std::optional(line->arguments) : std::nullopt;
     }
 

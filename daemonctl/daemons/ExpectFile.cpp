@@ -1,6 +1,7 @@
 #include "ExpectFile.h"
 
 #include "AsciiCase.h"
+#include "LetterCase.h"
 #include "TextEncoding.h"
 
 #include <utility>
@@ -47,7 +48,7 @@ std::optional<std::vector<std::string>> SplitWords(std::string_view line)
 
 std::string ComparablePath(std::string_view path)
 {
-    std::string result = LowerAscii(path);
+    std::string result = WithoutCase(path);
     for (char& character : result) {
         character = character == '/' ? '\\' : character;
     }
@@ -169,30 +170,26 @@ bool CanBeFolder(std::string_view text)
 
 bool IsCommandOf(const ExpectedProgram& expected, std::string_view command)
 {
+    const std::string program = ComparablePath(expected.program);
+    if (command.empty() || command.back() != ' ') { // the name of a service has no blank after it
+        return expected.arguments.empty() && ComparablePath(command) == program;
+    }
     std::string arguments = " ";
     for (const std::string& argument : expected.arguments) {
         arguments += argument + " ";
     }
-    if (command.empty() || command.back() != ' ') { // the name of a service has no blank after it
-        return expected.arguments.empty() &&
-               ComparablePath(command) == ComparablePath(expected.program);
-    }
-    const std::string program = ComparablePath(expected.program);
-    const std::string whole = ComparablePath(command);
     const bool anyFolder = program.find('\\') == std::string::npos;
-    // The path can hold blanks, so try each place where the program's name can begin.
-    for (std::size_t begin = 0; begin != std::string::npos;
-         begin = anyFolder ? whole.find('\\', begin) : std::string::npos) {
-        begin += begin != 0 ? 1 : 0; // after the separator
-        if (!CanBeFolder(std::string_view(whole).substr(0, begin))) {
-            break;
+    // The path can hold blanks, so try each blank as its end.
+    for (std::size_t end = command.find(' '); end != std::string_view::npos;
+         end = command.find(' ', end + 1)) {
+        if (!expected.arguments.empty() && command.substr(end) != arguments) {
+            continue;
         }
-        const std::string_view rest = std::string_view(whole).substr(begin);
-        if (rest.starts_with(program) && rest.substr(program.size()).starts_with(' ')) {
-            const std::string_view found = command.substr(begin + program.size());
-            if (expected.arguments.empty() || found == arguments) {
-                return true;
-            }
+        const std::string path = ComparablePath(command.substr(0, end));
+        const std::size_t begin = anyFolder ? path.rfind('\\') + 1 : 0; // npos + 1 is 0
+        if (path.compare(begin, std::string::npos, program) == 0 &&
+            CanBeFolder(std::string_view(path).substr(0, begin))) {
+            return true;
         }
     }
     return false;

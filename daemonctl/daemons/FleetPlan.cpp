@@ -1,7 +1,7 @@
 #include "FleetPlan.h"
 
-#include "AsciiCase.h"
 #include "BatchCommand.h"
+#include "LetterCase.h"
 
 #include <algorithm>
 #include <optional>
@@ -40,9 +40,9 @@ bool RunsBatchFile(const std::vector<std::string>& ofInterpreter, const Expected
 {
     std::string text = JoinedArguments(ofInterpreter);
     std::erase(text, '"');
-    const std::size_t begin = LowerAscii(text).find(LowerAscii(path));
-    return begin != std::string::npos &&
-           text.substr(begin + path.size()) == JoinedArguments(line.arguments);
+    const std::string arguments = JoinedArguments(line.arguments);
+    return text.ends_with(arguments) &&
+           WithoutCase(text.substr(0, text.size() - arguments.size())).ends_with(WithoutCase(path));
 }
 
 // Makes the plan line by line. Each function takes the lines that the functions before it left.
@@ -276,7 +276,7 @@ bool IsExactCommandOf(const ExpectedProgram& line, const std::string& command,
                       const std::string& appFolder, const SameFile& sameFile)
 {
     if (!command.ends_with(' ')) { // the name of a service; the log does not show its arguments
-        return !command.empty() && LowerAscii(command) == LowerAscii(line.program);
+        return !command.empty() && WithoutCase(command) == WithoutCase(line.program);
     }
     const std::string arguments = JoinedArguments(line.arguments);
     if (!command.ends_with(arguments)) {
@@ -287,7 +287,7 @@ bool IsExactCommandOf(const ExpectedProgram& line, const std::string& command,
         return IsSamePath(path, AbsolutePath(line.program, appFolder), appFolder, sameFile);
     }
     const std::string_view name = FileNameOf(path);
-    return LowerAscii(name) == LowerAscii(line.program) &&
+    return WithoutCase(name) == WithoutCase(line.program) &&
            CanBeFolder(std::string_view(path).substr(0, path.size() - name.size()));
 }
 

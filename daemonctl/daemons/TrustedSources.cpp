@@ -1,6 +1,6 @@
 #include "TrustedSources.h"
 
-#include "AsciiCase.h"
+#include "LetterCase.h"
 #include "ObjectRights.h"
 #include "Utf8.h"
 #include "daemon_manager/SupervisorIdentity.h"
@@ -30,7 +30,7 @@ std::vector<std::string> WeaknessesOfSource(const std::string& path)
 
 bool IsBelow(const std::string& program, const std::string& folder)
 {
-    return LowerAscii(program).starts_with(LowerAscii(folder) + "\\");
+    return WithoutCase(program).starts_with(WithoutCase(folder) + "\\");
 }
 
 } // namespace vqrx::client::v0

@@ -14,8 +14,7 @@ namespace vqrx::client::v0 {
 /// @return as WeaknessesOfPath()
 [[nodiscard]] std::vector<std::string> WeaknessesOfSource(const std::string& path);
 
-/// Returns whether a program lies below a folder. Letter case of ASCII letters does not count.
-/// Pure.
+/// Returns whether a program lies below a folder. Letter case does not count. Pure.
 /// @param program, folder  full paths, UTF-8
 [[nodiscard]] bool IsBelow(const std::string& program, const std::string& folder);
 

@@ -1,7 +1,7 @@
 #include "FirewallChecks.h"
 
-#include "AsciiCase.h"
 #include "ErrorText.h"
+#include "LetterCase.h"
 #include "PasteableText.h"
 #include "win32/FirewallNames.h"
 
@@ -67,17 +67,18 @@ std::string RemovalOf(const std::vector<FirewallRuleFacts>& rules)
 bool IsSupervisorsRule(const FirewallRuleFacts& rule)
 {
     return rule.name.starts_with(kFirewallRulePrefix) &&
-           LowerAscii(rule.name.substr(kFirewallRulePrefix.size())) == LowerAscii(rule.application);
+           WithoutCase(rule.name.substr(kFirewallRulePrefix.size())) ==
+               WithoutCase(rule.application);
 }
 
 std::vector<std::string> DeadRules(const FirewallRulesFacts& facts)
 {
     std::set<std::string> kept;
     for (const FirewallRuleFacts& rule : facts.rules) {
-        const std::string program = LowerAscii(rule.application) + " ";
+        const std::string program = WithoutCase(rule.application) + " ";
         const bool isInUse = std::any_of(facts.commandsInUse.begin(), facts.commandsInUse.end(),
                                          [&program](const std::string& command) {
-                                             return LowerAscii(command).starts_with(program);
+                                             return WithoutCase(command).starts_with(program);
                                          });
         if (isInUse || !IsSupervisorsRule(rule)) {
             kept.insert(rule.name);
@@ -97,7 +98,7 @@ std::vector<std::string> DuplicateRules(const std::vector<FirewallRuleFacts>& ru
     std::set<std::string> seen;
     std::vector<std::string> duplicates;
     for (const FirewallRuleFacts& rule : rules) {
-        if (IsSupervisorsRule(rule) && !seen.insert(LowerAscii(rule.application)).second) {
+        if (IsSupervisorsRule(rule) && !seen.insert(WithoutCase(rule.application)).second) {
             duplicates.push_back(rule.name);
         }
     }
@@ -108,11 +109,11 @@ std::vector<std::string> CommandsWithoutRule(const FirewallRulesFacts& facts)
 {
     std::vector<std::string> without;
     for (const std::string& command : facts.launchedCommands) {
-        const std::string lower = LowerAscii(command);
+        const std::string folded = WithoutCase(command);
         const bool hasRule = std::any_of(
-            facts.rules.begin(), facts.rules.end(), [&lower](const FirewallRuleFacts& rule) {
+            facts.rules.begin(), facts.rules.end(), [&folded](const FirewallRuleFacts& rule) {
                 return IsSupervisorsRule(rule) &&
-                       lower.starts_with(LowerAscii(rule.application) + " ");
+                       folded.starts_with(WithoutCase(rule.application) + " ");
             });
         if (!hasRule) {
             without.push_back(command);

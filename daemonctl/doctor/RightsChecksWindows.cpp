@@ -1,6 +1,6 @@
 #include "RightsChecks.h"
 
-#include "AsciiCase.h"
+#include "LetterCase.h"
 #include "ObjectRights.h"
 #include "Utf8.h"
 #include "daemon_manager/SupervisorIdentity.h"
@@ -60,7 +60,7 @@ public:
 private:
     void AddOnce(const std::string& path, Role role)
     {
-        if (seen_.insert(LowerAscii(path)).second) {
+        if (seen_.insert(WithoutCase(path)).second) {
             facts_.places.push_back({ReadRights(path), role});
         }
     }

@@ -1,6 +1,6 @@
 #include "WmiCheck.h"
 
-#include "AsciiCase.h"
+#include "LetterCase.h"
 #include "ProcessFacts.h"
 #include "Utf8.h"
 #include "com/ComPtr.h"
@@ -66,7 +66,7 @@ void AskForThisProcess(IWbemServices* services, WmiFacts& facts)
     std::string commandLine;
     facts.executablePathResult = ReadProperty(objects.front().Get(), L"ExecutablePath", path);
     facts.commandLineResult = ReadProperty(objects.front().Get(), L"CommandLine", commandLine);
-    facts.executablePathFits = LowerAscii(path) == LowerAscii(ReadProcessFacts(processId).image);
+    facts.executablePathFits = WithoutCase(path) == WithoutCase(ReadProcessFacts(processId).image);
 }
 
 } // namespace

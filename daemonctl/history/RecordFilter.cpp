@@ -1,8 +1,6 @@
 #include "RecordFilter.h"
 
-#include "AsciiCase.h"
-
-#include <algorithm>
+#include "LetterCase.h"
 
 namespace vqrx::client::v0 {
 
@@ -14,10 +12,8 @@ bool RecordFilter::Accepts(const AttributedRecord& attributed) const
         (command && (attributed.event.command.empty() || !command(attributed.event.command)))) {
         return false;
     }
-    return contains.empty() || std::search(record.text.begin(), record.text.end(), contains.begin(),
-                                           contains.end(), [](char left, char right) {
-                                               return LowerAscii(left) == LowerAscii(right);
-                                           }) != record.text.end();
+    return contains.empty() ||
+           WithoutCase(record.text).find(WithoutCase(contains)) != std::string::npos;
 }
 
 } // namespace vqrx::client::v0

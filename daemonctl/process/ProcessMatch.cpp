@@ -1,6 +1,7 @@
 #include "ProcessMatch.h"
 
 #include "AsciiCase.h"
+#include "LetterCase.h"
 
 #include <string_view>
 #include <vector>
@@ -15,12 +16,12 @@ constexpr std::int64_t kClockGrainMs = 1000;
 // virus scanner.
 constexpr std::int64_t kLongestStartMs = 60000;
 
-// Returns the path in a form that can be compared as text: absolute, without "." and "..", in lower
-// case, with backslashes only.
+// Returns the path in a form that can be compared as text: absolute, without "." and "..", without
+// letter case, with backslashes only.
 std::string Comparable(std::string_view path, const std::string& appFolder)
 {
     std::string text;
-    for (const char character : LowerAscii(path)) {
+    for (const char character : WithoutCase(path)) {
         text += character == '/' ? '\\' : character;
     }
     if (text.starts_with(R"(\\?\)")) {
@@ -29,7 +30,7 @@ std::string Comparable(std::string_view path, const std::string& appFolder)
     const bool hasDrive = text.size() > 1 && text[1] == ':';
     const bool isShare = text.starts_with("\\\\");
     if (!hasDrive && !isShare && !appFolder.empty()) {
-        const std::string base = LowerAscii(appFolder);
+        const std::string base = WithoutCase(appFolder);
         text = text.starts_with("\\") ? base.substr(0, 2) + text : base + "\\" + text;
     }
     std::vector<std::string_view> parts;

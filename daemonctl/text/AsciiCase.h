@@ -6,8 +6,8 @@
 
 namespace vqrx::client::v0 {
 
-/// Converts A to Z to lower case. Other letters stay, although the file system ignores their case
-/// too.
+/// Converts A to Z to lower case. Other letters stay: this is for words of this program, such as
+/// ".exe". For names of files and services see WithoutCase (LetterCase.h).
 [[nodiscard]] constexpr char LowerAscii(char character) noexcept
 {
     return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')

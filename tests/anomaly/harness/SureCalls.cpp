@@ -74,6 +74,7 @@ constexpr SureCall kSureCalls[] = {
     {"VirtualProtect", kStart},
     {"VirtualQuery", kStart},
     {"__C_specific_handler", kUnwinds},
+    {"LCMapStringW", kComputes},
     {"lstrcmpiW", kComputes},
     // ADVAPI32
     {"CloseServiceHandle", kValidThing},

@@ -81,6 +81,10 @@ TEST(ExpectFile, Backslashes_are_kept_and_a_quoted_part_joins_the_word_beside_it
 TEST(ExpectedProgram, Path_fits_in_any_letter_case)
 {
     EXPECT_TRUE(IsCommandOf(Line(R"(c:/fw/VIDEO.exe)"), R"(C:\FW\video.exe )"));
+    EXPECT_TRUE(IsCommandOf(Line(R"(c:/fw/VIDÉO.exe)"), R"(C:\FW\vidéo.exe -é )"));
+    EXPECT_TRUE(IsCommandOf(Line("vidéo.exe -é"), R"(C:\FW\VIDÉO.EXE -é )"));
+    EXPECT_FALSE(IsCommandOf(Line("vidéo.exe -é"), R"(C:\FW\VIDÉO.EXE -É )"));
+    EXPECT_FALSE(IsCommandOf(Line("vidéo.exe"), R"(C:\FW\video.exe )"));
     EXPECT_TRUE(IsCommandOf(Line(R"("C:\Program Files\a.exe")"), R"(C:\Program Files\a.exe -x )"));
     EXPECT_FALSE(IsCommandOf(Line(R"(C:\FW\video.exe)"), R"(C:\FW\video.exe2 )"));
     EXPECT_FALSE(IsCommandOf(Line(R"(C:\FW\video.exe)"), R"(D:\FW\video.exe )"));
@@ -93,6 +97,11 @@ TEST(ExpectedProgram, File_name_alone_fits_in_any_folder)
     EXPECT_TRUE(IsCommandOf(Line("video.exe"), "video.exe "));
     EXPECT_TRUE(IsCommandOf(Line(R"("x y.exe")"), R"(C:\FW\x y.exe )"));
     EXPECT_FALSE(IsCommandOf(Line("video.exe"), R"(C:\FW\myvideo.exe )"));
+}
+
+TEST(ExpectedProgram, Arguments_fit_after_a_letter_whose_capital_has_another_length)
+{
+    EXPECT_TRUE(IsCommandOf(Line("ⱥ.exe -x"), R"(C:\ⱥ\Ⱥ.exe -x )")); // three bytes and two
 }
 
 TEST(ExpectedProgram, Path_in_the_arguments_of_another_program_does_not_fit)

@@ -136,11 +136,11 @@ TEST_F(FleetPlanTest, Daemon_with_the_same_program_and_arguments_is_there_alread
 TEST_F(FleetPlanTest, Letter_case_slashes_links_and_relative_paths_do_not_matter_in_the_program)
 {
     Daemon(R"(C:\FW\App\a.exe -x )");
-    Daemon(R"(b.exe )");
+    Daemon("é.exe ");
     Daemon(R"(D:\x y\c.exe )");
     links_[R"(E:\link.exe)"] = R"(D:\x y\c.exe)";
     links_[R"(D:\x y\c.exe)"] = R"(E:\link.exe)";
-    EXPECT_EQ(PlanFor("c:/fw/APP/A.exe -x\nC:\\FW\\App\\.\\b.exe\nE:\\link.exe\n"),
+    EXPECT_EQ(PlanFor("c:/fw/APP/A.exe -x\nC:\\FW\\App\\.\\É.EXE\nE:\\link.exe\n"),
               (Lines{"there 0", "there 1", "there 2"}));
 }
 
@@ -155,10 +155,10 @@ TEST_F(FleetPlanTest, Daemon_with_other_arguments_is_another_daemon)
 
 TEST_F(FleetPlanTest, Name_alone_fits_a_daemon_in_any_folder_that_no_full_path_needs)
 {
-    Daemon(R"(D:\x y\a.exe -x )");
-    Daemon(R"(C:\FW\App\a.exe -x )");
-    files_.insert(R"(D:\x y\a.exe)");
-    EXPECT_EQ(PlanFor("a.exe -x\n\"D:\\x y\\a.exe\" -x\n"), (Lines{"there 1", "there 0"}));
+    Daemon(R"(D:\x y\á.exe -x )");
+    Daemon(R"(C:\FW\App\á.exe -x )");
+    files_.insert(R"(D:\x y\á.exe)");
+    EXPECT_EQ(PlanFor("Á.exe -x\n\"D:\\x y\\á.exe\" -x\n"), (Lines{"there 1", "there 0"}));
 }
 
 TEST_F(FleetPlanTest, Daemons_that_the_file_does_not_name_are_surplus)
@@ -251,14 +251,14 @@ TEST_F(FleetPlanTest, Process_whose_arguments_cannot_be_read_is_not_started_a_se
 
 TEST_F(FleetPlanTest, Batch_file_that_runs_already_is_not_started_a_second_time)
 {
-    files_.insert(R"(D:\x y\job.bat)");
-    // Windows splits: cmd.exe /c ""D:\x y\job.bat" 1 "two words""
+    files_.insert(R"(D:\x y\jöb.bat)");
+    // Windows splits: cmd.exe /c ""D:\x y\jöb.bat" 1 "two words""
     Orphan(12, R"(C:\windows\system32\cmd.exe)",
-           {{"/c", R"(D:\x)", R"(y\JOB.bat 1 two)", R"(words")"}});
-    EXPECT_EQ(PlanFor("\"D:\\x y\\job.bat\" 1 \"two words\"\n\"D:\\x y\\job.bat\" 1\n"),
+           {{"/c", R"(D:\x)", R"(y\JÖB.bat 1 two)", R"(words")"}});
+    EXPECT_EQ(PlanFor("\"D:\\x y\\jöb.bat\" 1 \"two words\"\n\"D:\\x y\\jöb.bat\" 1\n"),
               (Lines{"refused process 12 runs this batch file already. A batch file cannot be "
                      "attached: end the process, then repeat this command",
-                     R"(launch D:\x y\job.bat)"}));
+                     R"(launch D:\x y\jöb.bat)"}));
 }
 
 TEST_F(FleetPlanTest, Batch_file_that_was_handed_over_is_there_already)

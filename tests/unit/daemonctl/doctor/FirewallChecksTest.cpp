@@ -19,6 +19,7 @@ constexpr long kDenied = static_cast<long>(0x80070005U - 0x100000000LL);
 TEST(FirewallRules, Rule_is_the_supervisors_if_it_is_named_after_its_program)
 {
     EXPECT_TRUE(IsSupervisorsRule({R"(allowing C:\a.exe)", R"(c:\A.EXE)", Program::kThere}));
+    EXPECT_TRUE(IsSupervisorsRule({R"(allowing C:\é.exe)", R"(c:\É.EXE)", Program::kThere}));
     EXPECT_FALSE(IsSupervisorsRule({R"(allowing C:\a.exe)", R"(C:\b.exe)", Program::kThere}));
     EXPECT_FALSE(IsSupervisorsRule({"allowing everything", "", Program::kThere}));
     EXPECT_FALSE(IsSupervisorsRule({R"(Allowing C:\a.exe)", R"(C:\a.exe)", Program::kThere}));

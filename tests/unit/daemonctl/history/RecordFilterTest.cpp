@@ -40,6 +40,9 @@ TEST(RecordFilter, ignores_the_case_of_letters_in_the_text)
     filter.contains = "VIDEO.exe";
     EXPECT_TRUE(filter.Accepts(Of("Start C:\\Video.EXE ")));
     EXPECT_FALSE(filter.Accepts(Of("Start C:\\Audio.EXE ")));
+    filter.contains = "vidéo";
+    EXPECT_TRUE(filter.Accepts(Of("Start C:\\VIDÉO.EXE ")));
+    EXPECT_FALSE(filter.Accepts(Of("Start C:\\VIDEO.EXE ")));
 }
 
 TEST(RecordFilter, accepts_only_records_about_the_daemon)

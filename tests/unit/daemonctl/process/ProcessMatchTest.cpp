@@ -84,6 +84,8 @@ bool Fits(const std::string& image, const std::string& command)
 TEST(IsImageOfCommand, ignores_letter_case_and_the_kind_of_slash)
 {
     EXPECT_TRUE(Fits(R"(C:\FW\App\a.exe)", "c:/fw/APP/A.exe "));
+    EXPECT_TRUE(Fits(R"(C:\FW\Äpp\vidéo.exe)", "c:/fw/äPP/VIDÉO.exe "));
+    EXPECT_TRUE(Fits(R"(C:\FW\Äpp\vidéo.exe)", "c:/fw/?PP/VID?O.exe "));
     EXPECT_TRUE(Fits(R"(C:\FW\App\a.exe)", R"(C:\FW\\App\.\bin\..\a.exe -x )"));
     EXPECT_TRUE(Fits(R"(C:\a.exe)", R"(C:\..\a.exe )"));
     EXPECT_TRUE(Fits(R"(\\server\share\a.exe)", R"(\\SERVER\share\a.exe )"));
