@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <exception>
 #include <iostream>
 #include <memory>
 #include <utility>
@@ -51,6 +52,9 @@ RecordFilter FilterOf(const LogArguments& arguments)
     return filter;
 }
 
+/// Ends the reading of a log, which may be long: standard output takes no more.
+class OutputEnded : public std::exception {};
+
 /// Writes the records that the operator asked for. With --tail it keeps the last lines in memory
 /// until the end of the log file is reached.
 class Printer {
@@ -64,8 +68,12 @@ public:
     {
     }
 
+    /// @throws OutputEnded
     void Add(Record record)
     {
+        if (!std::cout.good()) {
+            throw OutputEnded();
+        }
         added_ = true;
         if (!std::exchange(begun_, true)) {
             WarnOfOverwritten(record);
@@ -158,25 +166,32 @@ private:
     Attributor attributor_;
 };
 
+ScanSummary Read(const LogArguments& arguments, const std::string& path, Printer& printer)
+{
+    const auto add = [&](Record record) { printer.Add(std::move(record)); };
+    if (!arguments.follow) {
+        return ReadLogFile(path, arguments.encoding, add);
+    }
+    FollowEvents events;
+    events.record = add;
+    events.gap = [&](const NewRecords& found) { printer.Lost(found); };
+    events.goOn = [&] { return printer.Looked(); };
+    return FollowLog(path, arguments.encoding, {}, events);
+}
+
 int Show(const LogArguments& arguments, const std::string& path)
 {
     const std::unique_ptr<LineOutput> output = MakeLineOutput(arguments.colour);
     Printer printer(arguments, *output);
-    ScanSummary summary;
-    if (arguments.follow) {
-        FollowEvents events;
-        events.record = [&](Record record) { printer.Add(std::move(record)); };
-        events.gap = [&](const NewRecords& found) { printer.Lost(found); };
-        events.goOn = [&] { return printer.Looked(); };
-        summary = FollowLog(path, arguments.encoding, {}, events);
-    } else {
-        summary = ReadLogFile(path, arguments.encoding,
-                              [&](Record record) { printer.Add(std::move(record)); });
+    try {
+        const ScanSummary summary = Read(arguments, path, printer);
+        if (!printer.Finish()) {
+            std::cout.setstate(std::ios::badbit); // a console does not set it
+        }
+        return ReportDamage(arguments, path, summary);
+    } catch (const OutputEnded&) {
+        return kDone; // FinishOutput reports lost output
     }
-    if (!printer.Finish()) {
-        std::cout.setstate(std::ios::badbit); // a console does not set it; FinishOutput reports it
-    }
-    return ReportDamage(arguments, path, summary);
 }
 
 // @return what is wrong with the text; empty if it is a time
@@ -215,7 +230,7 @@ void AddOptions(const CommandDefinition& command, LogArguments& arguments)
         .Word("NAME");
     command
         .Option("--grep", arguments.grep,
-                "Show only records that contain this text; letter case of A to Z is ignored")
+                "Show only records that contain this text; letter case is ignored")
         .Word("TEXT");
     command.Flag("--json", arguments.json, "Print one JSON object per line, for programs");
     AddColourOption(command, arguments.colour);

@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <exception>
+#include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -53,7 +54,8 @@ WatchLook TakeLook()
     WatchLook look;
     look.nowMs = NowMs();
     try {
-        const bool isThere = IsSupervisorThere();
+        // A supervisor that this user cannot call shows in the log and in the processes.
+        const bool isThere = StateOfSupervisor() != SupervisorState::kNotRunning;
         const auto children = isThere ? ChildrenOfSupervisor() : std::vector<ProcessFacts>();
         const Timeline timeline = ReadLogOfLook(look);
         const SupervisorRun* const run = RunThatGoesOn(timeline);
@@ -118,7 +120,7 @@ int WatchDaemons(std::uint32_t everySeconds, LineOutput::Colour colour)
             PrintLook(before ? &*before : nullptr, now);
         }
         before = std::move(now);
-    } while (!interrupt.WaitFor(everySeconds * 1000));
+    } while (std::cout.good() && !interrupt.WaitFor(everySeconds * 1000));
     return kDone;
 }
 

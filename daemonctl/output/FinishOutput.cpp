@@ -1,6 +1,7 @@
 #include "FinishOutput.h"
 
 #include "ExitCode.h"
+#include "OutputReader.h"
 
 #include <iostream>
 
@@ -9,7 +10,7 @@ namespace vqrx::client::v0 {
 int FinishOutput(const std::string& program, int exitCode)
 {
     std::cout.flush();
-    if (std::cout.good()) {
+    if (std::cout.good() || ReaderHasGone()) {
         return exitCode;
     }
     std::cerr << program << ": standard output could not be written" << std::endl;

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,24 +36,40 @@ std::string Received(SupervisorProcess& supervisor, std::vector<std::wstring> ar
     return text.starts_with(start) ? text.substr(start.size()) : "unexpected: " + text;
 }
 
-TEST(Proxy, A_client_gets_the_interface_only_while_the_proxy_is_registered)
-{
-    const TempFolder root;
-    std::filesystem::create_directory(root.Path() / "App");
-    FirmwareRegistry registry;
-    registry.SetPathname(FirmwareRegistry::kCurrent, root.Path().string());
-    const ComApartment apartment;
-    const CapturedProgram program(ProductProgram("DaemonManager.exe"));
-    ComPtr<IUnknown> object;
-    ASSERT_TRUE(WaitUntil([&] { return static_cast<bool>(object = FindPublished()); }));
+// A supervisor that is published while its proxy/stub is not registered.
+class WithoutProxy : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        std::filesystem::create_directory(root_.Path() / "App");
+        registry_.SetPathname(FirmwareRegistry::kCurrent, root_.Path().string());
+        program_.emplace(ProductProgram("DaemonManager.exe"));
+        ASSERT_TRUE(WaitUntil([&] { return static_cast<bool>(object_ = FindPublished()); }));
+    }
 
+    const TempFolder root_;
+    FirmwareRegistry registry_;
+    const ComApartment apartment_;
+    std::optional<CapturedProgram> program_;
+    ComPtr<IUnknown> object_;
+};
+
+TEST_F(WithoutProxy, A_client_gets_the_interface_only_while_the_proxy_is_registered)
+{
     ComPtr<IDaemonMgrControl> control;
-    EXPECT_EQ(object->QueryInterface(IID_IDaemonMgrControl, control.PutVoid()), E_NOINTERFACE);
+    EXPECT_EQ(object_->QueryInterface(IID_IDaemonMgrControl, control.PutVoid()), E_NOINTERFACE);
     EXPECT_EQ(control.Get(), nullptr);
     const ProxyRegistration registered;
-    ASSERT_EQ(object->QueryInterface(IID_IDaemonMgrControl, control.PutVoid()), S_OK);
+    ASSERT_EQ(object_->QueryInterface(IID_IDaemonMgrControl, control.PutVoid()), S_OK);
     EXPECT_EQ(control->Exit(), S_OK);
-    EXPECT_EQ(program.ExitCode(), 0U);
+    EXPECT_EQ(program_->ExitCode(), 0U);
+}
+
+TEST_F(WithoutProxy, Ps_watches_a_supervisor_that_it_cannot_call)
+{
+    const CapturedProgram watch(ProductProgram("daemonctl.exe") + " ps --watch 1");
+    EXPECT_TRUE(WaitUntil([&] { return watch.Output().find("\nID ") != std::string::npos; }))
+        << watch.Output();
 }
 
 TEST(Proxy, A_query_for_IDispatch_returns_E_NOINTERFACE)

@@ -139,6 +139,7 @@ TESTED_BY = {
     "daemonctl/output/LineOutputPosix.cpp": "tests/unit/daemonctl/commands/LogCommandTest.cpp",
     "daemonctl/output/LineOutputWindows.cpp": "tests/integration/DaemonctlTest.cpp",
     "daemonctl/output/LiveScreenWindows.cpp": "tests/integration/PsWatchTest.cpp",
+    "daemonctl/output/OutputReaderWindows.cpp": "tests/integration/ClosedPipeTest.cpp",
     "daemonctl/report/ReportLanes.cpp": "tests/unit/daemonctl/report/ReportHtmlTest.cpp",
     "daemonctl/report/ReportScript.cpp": "tests/browser/report_test.py",
     "daemonctl/report/ReportStyle.cpp": "tests/browser/report_test.py",
