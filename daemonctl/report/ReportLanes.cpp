@@ -126,16 +126,7 @@ private:
             EscapeHtml(lane.command + ": " + std::to_string(lane.restarts) + " restarts, " +
                        lane.state) +
             "\">");
-        for (const Tick& tick : ticks_) {
-            AddLine("tick", tick.timeMs, {0, 22}, "");
-        }
-        for (const ReportGap& gap : model_.gaps) {
-            if (!IsShown(gap.beginMs, gap.endMs)) {
-                continue;
-            }
-            AddBox("gap", gap.beginMs, gap.endMs, {1, 21},
-                   At(gap.beginMs) + " to " + At(gap.endMs) + ": " + gap.text);
-        }
+        AddBackground(index == 0);
         for (const ReportInterval& shown : lane.intervals) {
             if (IsShown(shown.beginMs, shown.endMs)) {
                 AddProcess(shown);
@@ -147,6 +138,28 @@ private:
             }
         }
         Add("</svg></div>\n");
+    }
+
+    // Ticks and gaps are the same in all lanes. With 10,000 daemons they would be most of the page.
+    // So only the first lane holds them, and the others refer to it.
+    void AddBackground(bool isFirst)
+    {
+        const std::string id = std::string("back-") + range_.id;
+        if (!isFirst) {
+            Add("<use href=\"#" + id + "\"/>");
+            return;
+        }
+        Add("<g id=\"" + id + "\">");
+        for (const Tick& tick : ticks_) {
+            AddLine("tick", tick.timeMs, {0, 22}, "");
+        }
+        for (const ReportGap& gap : model_.gaps) {
+            if (IsShown(gap.beginMs, gap.endMs)) {
+                AddBox("gap", gap.beginMs, gap.endMs, {1, 21},
+                       At(gap.beginMs) + " to " + At(gap.endMs) + ": " + gap.text);
+            }
+        }
+        Add("</g>");
     }
 
     void AddProcess(const ReportInterval& shown)

@@ -72,6 +72,30 @@ TEST(ReportHtml, has_a_range_of_the_last_hour_and_day_only_if_the_log_is_longer)
     EXPECT_THAT(page(86401), HasSubstr("<section class=\"range\" id=\"day\""));
 }
 
+TEST(ReportHtml, draws_ticks_and_gaps_once_for_all_daemons)
+{
+    const auto count = [](const std::string& page, const std::string& text) {
+        std::size_t found = 0;
+        for (std::size_t at = page.find(text); at != std::string::npos;
+             at = page.find(text, at + 1)) {
+            ++found;
+        }
+        return found;
+    };
+    const std::vector<std::string> oneDaemon = {
+        "Deamon Thread started", "Start DaemonId(0) PId(10) : a.exe ",
+        "Deamon Thread is exiting...", "Deamon Thread started"};
+    std::vector<std::string> threeDaemons = oneDaemon;
+    threeDaemons.insert(threeDaemons.begin() + 2, {"Start DaemonId(1) PId(11) : b.exe ",
+                                                   "Start DaemonId(2) PId(12) : c.exe "});
+    const std::string page = Page(threeDaemons);
+    EXPECT_EQ(count(Page(oneDaemon), "class=\"tick\""), 4U); // each second
+    EXPECT_EQ(count(page, "class=\"tick\""), 6U);
+    EXPECT_EQ(count(page, ": no supervisor ran</title></rect>"), 1U);
+    EXPECT_EQ(count(page, "<g id=\"back-all\">"), 1U);
+    EXPECT_EQ(count(page, "<use href=\"#back-all\"/>"), 2U);
+}
+
 TEST(ReportHtml, shows_each_process_with_its_times_and_its_end)
 {
     const std::string page =
