@@ -74,10 +74,7 @@ void PrintTable(const std::vector<DaemonStatus>& daemons, std::int64_t nowMs,
 int Ps(const PsOptions& options)
 {
     const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
-    const Timeline timeline = ReadTimeline(options.log);
-    const std::int64_t nowMs = NowMs();
-    const SupervisorRun& run = RunOfThisMachine(timeline);
-    const auto daemons = StatusOfDaemons(run, SourceOfThisMachine(), nowMs, children);
+    const auto [run, nowMs, daemons] = DaemonsIn(ReadTimeline(options.log), children);
     if (!options.output.empty()) {
         return WriteListing(options.output, ListingJson(daemons, nowMs, DM_VERSION));
     }

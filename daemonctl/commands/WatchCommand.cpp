@@ -122,15 +122,13 @@ void WriteEvents(EventLog& eventLog, const std::vector<Trouble>& troubles, bool&
 }
 
 // @return nothing if no supervisor answers, or its log does not show it
-std::optional<std::vector<DaemonStatus>> DaemonsNow(std::int64_t nowMs)
+std::optional<std::vector<DaemonStatus>> WatchedDaemons()
 {
     try {
         if (!IsSupervisorThere()) {
             return std::nullopt;
         }
-        const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
-        const Timeline timeline = ReadTimeline();
-        return StatusOfDaemons(RunOfThisMachine(timeline), SourceOfThisMachine(), nowMs, children);
+        return ReadDaemons(ChildrenOfSupervisor()).daemons;
     } catch (const std::runtime_error&) {
         return std::nullopt;
     }
@@ -148,7 +146,7 @@ int WatchForTrouble(const WatchOptions& options)
     bool eventLogFailed = false;
     do {
         const std::int64_t nowMs = NowMs();
-        std::vector<Trouble> troubles = watch.Look(nowMs, DaemonsNow(nowMs));
+        std::vector<Trouble> troubles = watch.Look(nowMs, WatchedDaemons());
         for (const Trouble& trouble : troubles) {
             PrintText(LocalTimeText(nowMs) + " " + Printable(DescribeChange(trouble)) + "\n");
         }

@@ -1,8 +1,8 @@
 #include "DaemonTable.h"
 
-#include "AsciiCase.h"
 #include "ExitReason.h"
 #include "Printable.h"
+#include "ProgramOfCommand.h"
 #include "Record.h"
 
 #include <algorithm>
@@ -99,15 +99,6 @@ Row RowOf(const DaemonStatus& daemon, const TableStyle& style, const TimeWriter&
     row.back() = WithoutBlank(daemon.command);
     std::transform(row.begin(), row.end(), row.begin(), Printable);
     return row;
-}
-
-// Leaves out the folder of the program. The log does not quote paths, which may hold blanks.
-std::string WithoutFolder(const std::string& command)
-{
-    const std::size_t extension = LowerAscii(command).find(".exe");
-    const std::size_t end = extension == std::string::npos ? command.find(' ') : extension;
-    const std::size_t separator = command.substr(0, end).rfind('\\');
-    return separator == std::string::npos ? command : command.substr(separator + 1);
 }
 
 // Writes the time of day of today, else month, day and time.

@@ -1,27 +1,17 @@
 #include "ReportNow.h"
 
-#include "AsciiCase.h"
 #include "ExitReason.h"
+#include "ProgramOfCommand.h"
 #include "ReportTable.h"
 #include "ReportText.h"
 #include "ReportTime.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <vector>
 
 namespace vqrx::client::v0 {
 namespace {
-
-// Returns the file name of the program. The log does not quote paths, which may hold blanks.
-std::string ProgramName(const std::string& command)
-{
-    const std::size_t extension = LowerAscii(command).find(".exe");
-    const std::string path = command.substr(
-        0, extension == std::string::npos ? command.find(' ') : extension + std::strlen(".exe"));
-    return path.substr(path.rfind('\\') + 1); // the whole path if it has no backslash
-}
 
 bool IsInTrouble(const ReportLane& lane)
 {
@@ -30,7 +20,7 @@ bool IsInTrouble(const ReportLane& lane)
 
 std::string CrashLoopHtml(const ReportLane& lane)
 {
-    std::string text = ProgramName(lane.command) + " was restarted " +
+    std::string text = ProgramNameOf(lane.command) + " was restarted " +
                        std::to_string(lane.recent.lastTenMinutes) + " times in the last 10 minutes";
     if (const ReportInterval* const last = lane.LastExit()) {
         text += ", last reason " + ReadableReason(last->interval.reason);
@@ -40,7 +30,7 @@ std::string CrashLoopHtml(const ReportLane& lane)
 
 std::string CannotStartHtml(const ReportLane& lane)
 {
-    return R"(<p class="alarm"><span class="command">)" + EscapeHtml(ProgramName(lane.command)) +
+    return R"(<p class="alarm"><span class="command">)" + EscapeHtml(ProgramNameOf(lane.command)) +
            " cannot be started.</span></p>\n";
 }
 
