@@ -8,11 +8,8 @@
 
 #include <windows.h>
 
-#include <nlohmann/json.hpp>
-
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <string>
 
 namespace vqrx::test {
@@ -21,19 +18,13 @@ namespace {
 class Fleet : public ::testing::Test {
 protected:
     // Writes a fleet file and returns its path.
-    std::string File(const std::string& text) const
-    {
-        const std::string path = supervisor_.Root() + "\\fleet.txt";
-        std::ofstream(path, std::ios::binary) << text;
-        return path;
-    }
+    std::string File(const std::string& text) const { return supervisor_.Write("fleet.txt", text); }
 
     // Returns the commands of all daemons, in the order of their ids.
     static std::vector<std::string> Commands()
     {
         std::vector<std::string> commands;
-        const auto listing = nlohmann::json::parse(Daemonctl("ps --json").output);
-        for (const auto& daemon : listing.at("daemons")) {
+        for (const auto& daemon : ListedDaemons()) {
             commands.push_back(daemon.at("command"));
         }
         return commands;

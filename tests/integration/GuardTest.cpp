@@ -7,8 +7,6 @@
 
 #include <windows.h>
 
-#include <nlohmann/json.hpp>
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -27,11 +25,8 @@ protected:
     static std::map<std::string, DWORD> Daemons()
     {
         std::map<std::string, DWORD> daemons;
-        const Answer answer = Daemonctl("ps --json");
-        EXPECT_EQ(answer.exitCode, 0U) << answer;
-        const auto listing = nlohmann::json::parse(answer.output);
-        for (const auto& daemon : listing.at("daemons")) {
-            EXPECT_EQ(daemons.count(daemon.at("command")), 0U) << answer;
+        for (const auto& daemon : ListedDaemons()) {
+            EXPECT_EQ(daemons.count(daemon.at("command")), 0U) << daemon;
             daemons[daemon.at("command")] =
                 daemon.at("process_id").is_null() ? 0 : daemon.at("process_id").get<DWORD>();
         }

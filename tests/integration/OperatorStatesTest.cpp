@@ -11,29 +11,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <string>
 
 namespace vqrx::test {
 namespace {
 
 using Json = nlohmann::json;
-
-Json DaemonsOfPs()
-{
-    const Answer answer = Daemonctl("ps --json");
-    EXPECT_EQ(answer.exitCode, 0U) << answer;
-    return Json::parse(answer.output).at("daemons");
-}
-
-// Writes a file beside the folder App. @return its path
-std::string NoteBeside(const SupervisorProcess& supervisor, const std::string& name,
-                       const std::string& text)
-{
-    const std::string path = supervisor.Root() + "\\" + name;
-    std::ofstream(path, std::ios::binary) << text;
-    return path;
-}
 
 TEST(OperatorStates, Crash_loop_is_a_state_of_its_own_in_ps_check_doctor_and_report)
 {
@@ -43,13 +26,13 @@ TEST(OperatorStates, Crash_loop_is_a_state_of_its_own_in_ps_check_doctor_and_rep
     ASSERT_TRUE(WaitUntil(
         [&] { return supervisor.CountLog(0, "Exception caught in : Unknown (0x3)") > 6; }));
 
-    const Json daemons = DaemonsOfPs();
+    const Json daemons = ListedDaemons();
     ASSERT_EQ(daemons.size(), 1U)
         << daemons; // no second row for a start that is not in the log yet
     EXPECT_EQ(daemons[0].at("state"), "restarting");
     EXPECT_EQ(daemons[0].at("id"), 0);
     EXPECT_GE(daemons[0].at("restarts_last_hour"), 6);
-    const std::string list = NoteBeside(supervisor, "list.txt", "exits_with.exe\n");
+    const std::string list = supervisor.Write("list.txt", "exits_with.exe\n");
     const Answer check = Daemonctl("check --expect " + list);
     EXPECT_EQ(check.exitCode, 1U);
     EXPECT_THAT(check.output, ::testing::MatchesRegex(
@@ -65,11 +48,11 @@ TEST(OperatorStates, Crash_loop_is_a_state_of_its_own_in_ps_check_doctor_and_rep
 TEST(OperatorStates, Ps_shows_a_batch_file_that_runs_as_running)
 {
     const SupervisorProcess supervisor;
-    const std::string batch = NoteBeside(supervisor, "start.bat", "@pause\r\n");
+    const std::string batch = supervisor.Write("start.bat", "@pause\r\n");
     EXPECT_EQ(Daemonctl("launch " + batch).exitCode, 0U);
     const DWORD process = supervisor.WaitForStart(0);
     ASSERT_NE(process, 0U);
-    const Json daemons = DaemonsOfPs();
+    const Json daemons = ListedDaemons();
     ASSERT_EQ(daemons.size(), 1U) << daemons;
     EXPECT_EQ(daemons[0].at("state"), "running");
     EXPECT_EQ(daemons[0].at("process_id"), process);

@@ -32,21 +32,6 @@ std::vector<std::string> Lines(const std::string& text)
     return lines;
 }
 
-Json Listing()
-{
-    const Answer answer = Daemonctl("ps --json");
-    EXPECT_EQ(answer.exitCode, 0U) << answer;
-    return Json::parse(answer.output).at("daemons");
-}
-
-std::string Write(const SupervisorProcess& supervisor, const std::string& name,
-                  const std::string& text)
-{
-    const std::string path = supervisor.Root() + "\\" + name;
-    std::ofstream(path, std::ios::binary) << text;
-    return path;
-}
-
 TEST(Operator, Commands_report_that_no_supervisor_runs)
 {
     const TempFolder folder;
@@ -104,7 +89,7 @@ TEST(Operator, Ps_shows_running_restarted_and_not_startable_daemons)
     ASSERT_NE(second, 0U);
     ASSERT_TRUE(supervisor.WaitForLog(1, "Unable to start C:\\no\\such.exe "));
 
-    const Json daemons = Listing();
+    const Json daemons = ListedDaemons();
     ASSERT_EQ(daemons.size(), 2U) << daemons;
     const Json& running = daemons[0];
     EXPECT_EQ(running.at("id"), 0);
@@ -145,7 +130,7 @@ TEST(Operator, Ps_does_not_show_a_stopped_daemon)
     EXPECT_EQ(Daemonctl("stop 0").exitCode, 0U);
     EXPECT_EQ(Daemonctl("wait 0 --for ended --timeout 20"),
               (Answer{0, "daemon 0 has ended\n", ""}));
-    EXPECT_EQ(Listing(), Json::array());
+    EXPECT_EQ(ListedDaemons(), Json::array());
     EXPECT_EQ(Lines(Daemonctl("ps").output).size(), 1U);
 }
 
@@ -218,7 +203,7 @@ TEST(Operator, Check_compares_the_daemons_with_a_list_of_programs)
     const std::string program = TestProgram("no_windows");
     EXPECT_EQ(Daemonctl("launch \"" + program + "\" one").exitCode, 0U);
     const std::string process = std::to_string(supervisor.WaitForStart(0));
-    const std::string there = Write(supervisor, "there.txt", "# all\r\nNO_WINDOWS.exe\r\n");
+    const std::string there = supervisor.Write("there.txt", "# all\r\nNO_WINDOWS.exe\r\n");
     Answer answer = Daemonctl("check --expect " + there);
     EXPECT_EQ(answer.exitCode, 0U) << answer;
     EXPECT_EQ(
@@ -230,7 +215,7 @@ TEST(Operator, Check_compares_the_daemons_with_a_list_of_programs)
     EXPECT_THAT(answer.output,
                 ::testing::MatchesRegex("missing  NO_WINDOWS.exe: daemon 0 has run for \\d+ s, "
                                         "which is less than 3600 s\n"));
-    const std::string two = Write(supervisor, "two.txt", program + " one\n" + program + "\n");
+    const std::string two = supervisor.Write("two.txt", program + " one\n" + program + "\n");
     answer = Daemonctl("check --json --expect " + two);
     EXPECT_EQ(answer.exitCode, 1U);
     const Json expected = Json::parse(answer.output).at("expected");
@@ -242,10 +227,10 @@ TEST(Operator, Check_compares_the_daemons_with_a_list_of_programs)
                                     {"id", nullptr},
                                     {"process_id", nullptr},
                                     {"note", "no daemon runs it"}}));
-    const std::string bad = Write(supervisor, "bad.txt", "\"x\n");
+    const std::string bad = supervisor.Write("bad.txt", "\"x\n");
     EXPECT_EQ(Daemonctl("check --expect " + bad),
               (Answer{2, "", "daemonctl: " + bad + ", line 1: a double quote is not closed\n"}));
-    const std::string empty = Write(supervisor, "empty.txt", "# all\n");
+    const std::string empty = supervisor.Write("empty.txt", "# all\n");
     EXPECT_EQ(Daemonctl("check --expect " + empty),
               (Answer{2, "", "daemonctl: " + empty + ", the list names no program\n"}));
 }
@@ -279,14 +264,14 @@ TEST(Operator, Ps_shows_processes_that_the_log_no_longer_shows)
         log.seekp(static_cast<std::streamoff>(start));
         log << "Other";
     }
-    const Json daemons = Listing();
+    const Json daemons = ListedDaemons();
     ASSERT_EQ(daemons.size(), 1U) << daemons;
     EXPECT_EQ(daemons[0].at("id"), nullptr);
     EXPECT_EQ(daemons[0].at("state"), "running");
     EXPECT_EQ(daemons[0].at("process_id"), process);
     EXPECT_EQ(daemons[0].at("in_log"), false);
     EXPECT_EQ(daemons[0].at("command"), program + " old one");
-    const std::string list = Write(supervisor, "list.txt", program + " \"old one\"\n");
+    const std::string list = supervisor.Write("list.txt", program + " \"old one\"\n");
     EXPECT_EQ(Daemonctl("check --expect " + list).exitCode, 0U);
 }
 

@@ -1,32 +1,16 @@
 // Clients that attach one process many times, the supervisor itself, or a system process.
+#include "GuardedMachine.h"
 #include "Scene.h"
 
 #include <windows.h>
 
-#include <tlhelp32.h>
-
 #include <set>
+#include <vector>
 
 namespace vqrx::test {
 namespace {
 
-class HostileAttach : public Scene {
-protected:
-    static DWORD ProcessNamed(const std::string& name)
-    {
-        const system::win32::v1::UniqueKernelHandle snapshot(
-            CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
-        PROCESSENTRY32 entry{};
-        entry.dwSize = sizeof entry;
-        for (BOOL more = Process32First(snapshot.Get(), &entry); more != FALSE;
-             more = Process32Next(snapshot.Get(), &entry)) {
-            if (name == entry.szExeFile) {
-                return entry.th32ProcessID;
-            }
-        }
-        return 0;
-    }
-};
+class HostileAttach : public Scene {};
 
 } // namespace
 
@@ -67,8 +51,9 @@ TEST_F(HostileAttach,
 
 TEST_F(HostileAttach, Attach_and_Stop_of_a_system_process_do_not_end_it)
 {
-    const DWORD services = ProcessNamed("services.exe");
-    ASSERT_NE(0U, services);
+    const std::vector<ListedProgram> found = ProcessesNamed("services.exe");
+    ASSERT_FALSE(found.empty());
+    const DWORD services = found.front().processId;
     DWORD id = 4711;
     const HRESULT hr = supervisor_.Control()->Attach(services, nullptr, &id);
     const bool mayOpen = static_cast<bool>(

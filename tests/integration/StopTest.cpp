@@ -8,8 +8,6 @@
 
 #include <windows.h>
 
-#include <nlohmann/json.hpp>
-
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -36,10 +34,7 @@ protected:
     }
 
     // Returns the number of daemons that ps shows.
-    static std::size_t Listed()
-    {
-        return nlohmann::json::parse(Daemonctl("ps --json").output).at("daemons").size();
-    }
+    static std::size_t Listed() { return ListedDaemons().size(); }
 
     const PrefixStandIns standIns_{PrefixStandIns::Wmi::kStandIn};
     const std::string worker_ = TestProgram("no_windows");

@@ -54,9 +54,7 @@ protected:
     // Writes a file in the firmware root and returns its path.
     std::string File(const std::string& name, const std::string& text) const
     {
-        const std::string path = former_.Root() + "\\" + name;
-        std::ofstream(path, std::ios::binary) << text;
-        return path;
+        return former_.Write(name, text);
     }
 
     // Returns the line of daemonctl for a worker.
@@ -86,7 +84,7 @@ TEST_F(Upgrade, Reattach_after_an_orderly_exit_ends_none_of_ten_workers)
     for (const DWORD process : processes) {
         EXPECT_TRUE(IsRunning(process));
     }
-    const Json daemons = Json::parse(Daemonctl("ps --json").output).at("daemons");
+    const Json daemons = ListedDaemons();
     ASSERT_EQ(daemons.size(), processes.size());
     for (std::size_t id = 0; id < processes.size(); ++id) {
         EXPECT_EQ(daemons[id].at("process_id"), processes[id]);

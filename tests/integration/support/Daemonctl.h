@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <nlohmann/json.hpp>
+
 #include <ostream>
 #include <string>
 
@@ -21,5 +23,9 @@ std::ostream& operator<<(std::ostream& stream, const Answer& answer);
 /// Runs daemonctl.exe and waits for its end.
 /// @param arguments  as on a command line, UTF-8
 [[nodiscard]] Answer Daemonctl(const std::string& arguments);
+
+/// Returns the daemons that "daemonctl ps --json" shows.
+/// @throws std::runtime_error  with the answer, if the command does not show them
+[[nodiscard]] nlohmann::json ListedDaemons();
 
 } // namespace vqrx::test

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 
 namespace vqrx::test {
@@ -88,6 +89,13 @@ SupervisorProcess::SupervisorProcess(const Configure& configure)
     }
     control_ = object.Query<IDaemonMgrControl>();
     client_ = std::make_unique<daemon_manager::SupervisorClient>();
+}
+
+std::string SupervisorProcess::Write(const std::string& name, const std::string& text) const
+{
+    std::string path = Root() + "\\" + name;
+    std::ofstream(path, std::ios::binary) << text;
+    return path;
 }
 
 std::size_t SupervisorProcess::CountLog(int level, const std::string& text) const

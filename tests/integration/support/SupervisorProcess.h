@@ -46,6 +46,8 @@ public:
     [[nodiscard]] std::string Root() const { return root_.Path().string(); }
     [[nodiscard]] std::string App() const { return Root() + "\\App"; }
     [[nodiscard]] std::string LogFile() const { return Root() + "\\Logs\\DaemonManager.log"; }
+    /// Writes a file into the firmware root. @return its path
+    std::string Write(const std::string& name, const std::string& text) const;
 
     [[nodiscard]] CapturedProgram& Process() { return *process_; }
     [[nodiscard]] daemon_manager::SupervisorClient& Client() { return *client_; }
