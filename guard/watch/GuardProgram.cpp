@@ -65,6 +65,9 @@ void RunGuard(const GuardArguments& arguments, HANDLE stop, const std::function<
     } catch (const std::exception& exception) {
         log->Log(kLevelError, std::string("Guard fails: ") + exception.what());
         throw;
+    } catch (...) {
+        log->Log(kLevelError, "Guard fails: an error without a description");
+        throw;
     }
     log->Log(kLevelInformation, "Guard ends");
 }

@@ -21,8 +21,10 @@ SingleGuard::SingleGuard(const std::string& file, DWORD limitMs)
             return;
         }
         const DWORD error = GetLastError();
-        const bool isHeld = error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED;
-        if (!isHeld || GetTickCount64() - start >= limitMs) {
+        const bool isHeld = error == ERROR_SHARING_VIOLATION;
+        // Windows refuses access to a file that it is about to delete, and to one without rights.
+        const bool mayPass = isHeld || error == ERROR_ACCESS_DENIED;
+        if (!mayPass || GetTickCount64() - start >= limitMs) {
             const std::string name = client::v0::AnsiToUtf8(file);
             throw std::runtime_error(isHeld ? "another guard runs: it holds " + name
                                             : name + " cannot be made: error " +

@@ -64,5 +64,13 @@ TEST(SingleGuard, Folder_that_does_not_exist_is_no_other_guard)
     EXPECT_EQ(ReasonOf(file), file + " cannot be made: error 3");
 }
 
+TEST(SingleGuard, Refused_access_is_no_other_guard)
+{
+    const TempFolder folder;
+    const std::string file = folder.File("DaemonGuard.lock");
+    ASSERT_NE(CreateDirectoryA(file.c_str(), nullptr), FALSE); // Windows opens no folder as a file
+    EXPECT_EQ(ReasonOf(file), file + " cannot be made: error 5");
+}
+
 } // namespace
 } // namespace vqrx::test
