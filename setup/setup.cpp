@@ -61,6 +61,8 @@ int main()
         return Run(ReadSetupOptions(arguments));
     } catch (const std::exception& error) {
         ShowError(silent, error.what());
+    } catch (...) {
+        ShowError(silent, "An error without a description.");
     }
     return kSetupFailed;
 }

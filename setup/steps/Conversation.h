@@ -21,7 +21,8 @@ enum SetupExitCode : int {
     kSetupDone = 0,
     kSetupCancelled = 1,
     kSetupFailed = 2,
-    /// Installed, but the supervisor was not started, or not every daemon was handed over.
+    /// Installed, but the supervisor was not started, not every daemon was handed over, or the
+    /// guard was not set up.
     kSetupIncomplete = 3,
 };
 

@@ -30,6 +30,18 @@ void Fail(Conversation& conversation, const char* reason)
     conversation.Say(std::string("Not installed. ") + reason + "\n");
 }
 
+// Does what follows when the new files are in their places. @return one of SetupExitCode
+int Complete(InstallationSteps& steps, Conversation& conversation)
+{
+    try {
+        const int result = steps.HandOver();
+        return steps.SetUpAutostart() ? result : kSetupIncomplete;
+    } catch (const std::exception& error) {
+        conversation.Say(std::string("Installed, but not completely. ") + error.what() + "\n");
+        return kSetupIncomplete;
+    }
+}
+
 } // namespace
 
 std::string DefaultProgramFolder()
@@ -57,8 +69,7 @@ int Install(const SetupOptions& options, const std::vector<PayloadFile>& files,
             steps.GoBack();
             return kSetupFailed;
         }
-        const int result = steps.HandOver();
-        return steps.SetUpAutostart() ? result : kSetupIncomplete;
+        return Complete(steps, conversation);
     } catch (const std::exception& error) {
         Fail(conversation, error.what());
         return kSetupFailed;

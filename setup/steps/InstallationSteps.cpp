@@ -221,6 +221,7 @@ void InstallationSteps::StartFormer()
         DeleteOrLater(change_.Listing());
     }
     conversation_.Say("The former supervisor runs again.\n");
+    static_cast<void>(change_.Autostart({"start"})); // a guard ended with the supervisor
 }
 
 // Runs while the new files are in their places, because a library must be loaded to be

@@ -49,7 +49,7 @@ public:
     [[nodiscard]] bool SetUpAutostart();
 
     /// Takes all steps back, in reverse order. If the supervisor was ended, the former one is
-    /// started and gets its daemons.
+    /// started and gets its daemons, and a guard that is set up is started.
     void GoBack() noexcept;
 
 private:

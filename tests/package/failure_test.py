@@ -47,6 +47,25 @@ class Failure(InstallationTest):
         left = [entry.name for entry in machine.host_path(self.folder).iterdir() if "~" in entry.name]
         self.assertEqual(left, [])
 
+    def test_a_guard_that_ended_with_the_supervisor_runs_again_with_the_former_one(self):
+        self.install_below_root("/AUTOSTART=session")
+        self.addCleanup(machine.end_processes, "DaemonGuard.exe")
+        self.assertEqual(self.daemonctl("wait", "--for", "supervisor")[0], 0)
+        broken = installer_with("DaemonManager.exe",
+                                (machine.BUILD / "tests/programs/exits_with.exe").read_bytes())
+        code, self.said = machine.call(str(broken), "/S")
+        self.assertEqual(code, 2, self.said)
+        self.assertIn("The former supervisor runs again.", self.said)
+        self.assertEqual(len(machine.processes("DaemonGuard.exe")), 1)
+
+    def test_a_failure_after_the_installation_does_not_deny_it(self):
+        broken = installer_with("daemonctl.exe", b"no program")
+        code, self.said = machine.call(str(broken), "/S", f"/ROOT={self.ROOT}", "/AUTOSTART=session")
+        self.assertEqual(code, 3, self.said)
+        self.assertIn("Installed, but not completely. ", self.said)
+        self.assertNotIn("Not installed", self.said)
+        self.install_below_root()  # mends it, and the end of the test removes it
+
     def test_an_installation_that_cannot_unpack_leaves_the_old_supervisor_running(self):
         self.install_below_root()
         supervisor = self.supervisor()

@@ -73,11 +73,17 @@ class InstallationTest(unittest.TestCase):
         before = machine.processes("no_windows.exe")
         code, output = self.daemonctl("launch", worker, argument)
         self.assertEqual(code, 0, output)
-        machine.wait_until(lambda: machine.processes("no_windows.exe") - before, "the start of the worker")
         log = machine.host_path(self.ROOT) / "Logs/DaemonManager.log"
         started = f"Start DaemonId({output.strip()})".encode()
         machine.wait_until(lambda: started in log.read_bytes(), "the start of the worker in the log")
-        return (machine.processes("no_windows.exe") - before).pop()
+        workers = set()
+
+        def is_alone():  # while Wine starts the host of its console, two processes have its command line
+            nonlocal workers
+            workers = machine.processes("no_windows.exe") - before
+            return len(workers) == 1
+        machine.wait_until(is_alone, "the worker as one process")
+        return workers.pop()
 
     def passed_doctor_checks(self):
         """Returns the names of the checks that doctor passes. Leaves out the checks of the firewall
