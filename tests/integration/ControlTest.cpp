@@ -39,7 +39,7 @@ TEST(Control, Exit_of_a_client_ends_the_supervisor_in_order)
     SupervisorProcess supervisor;
     EXPECT_EQ(supervisor.Exit(), 0U);
     EXPECT_FALSE(FindPublished());
-    const auto log = supervisor.Log();
+    const auto log = OrderlyLog(supervisor.Log());
     ASSERT_GE(log.size(), 2U);
     EXPECT_EQ(log[log.size() - 2].text, "Exit");
     EXPECT_EQ(log[log.size() - 2].level, 2);
@@ -56,7 +56,7 @@ TEST(Control, Exit_leaves_three_registered_daemons_running)
             supervisor.WaitForStart(Launch(supervisor, "no_windows", {name}).daemonId));
     }
     EXPECT_EQ(supervisor.Exit(), 0U);
-    const auto log = supervisor.Log();
+    const auto log = OrderlyLog(supervisor.Log());
     ASSERT_GE(log.size(), 2U);
     EXPECT_EQ(log[log.size() - 2].text, "3 Processes still registered");
     EXPECT_EQ(log[log.size() - 2].level, 1);

@@ -209,7 +209,7 @@ TEST_F(HostileClient, A_reference_that_a_client_never_releases_does_not_delay_th
     const auto reference = FindPublished();
     ASSERT_TRUE(reference);
     EXPECT_EQ(supervisor_.Exit(), 0U);
-    EXPECT_EQ(supervisor_.Log().back().text, "Deamon Thread is exiting...");
+    EXPECT_EQ(OrderlyLog(supervisor_.Log()).back().text, "Deamon Thread is exiting...");
 }
 
 } // namespace

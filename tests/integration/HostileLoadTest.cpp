@@ -133,7 +133,7 @@ TEST_F(HostileLoad, Exit_ends_the_supervisor_in_order_while_other_clients_launch
     for (std::thread& launcher : launchers) {
         launcher.join();
     }
-    EXPECT_EQ(supervisor_.Log().back().text, "Deamon Thread is exiting...");
+    EXPECT_EQ(OrderlyLog(supervisor_.Log()).back().text, "Deamon Thread is exiting...");
 }
 
 TEST_F(HostileLoad, A_thousand_references_of_a_client_do_not_delay_the_exit)

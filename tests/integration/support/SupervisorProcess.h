@@ -26,6 +26,10 @@ namespace vqrx::test {
 ///         minute
 [[nodiscard]] DWORD OrderlyExitCode(const CapturedProgram& supervisor, const std::string& logFile);
 
+/// Returns the records of a supervisor that has ended. Under Wine the last record is left out if
+/// COM held up the shutdown, as OrderlyExitCode does not count that.
+[[nodiscard]] std::vector<RingRecord> OrderlyLog(std::vector<RingRecord> log);
+
 /// Owns a real DaemonManager.exe that runs in its own firmware root and is published. The
 /// destructor ends it and all processes that it started.
 class SupervisorProcess {
