@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OwnedInterface.h"
+
 #include <windows.h>
 
 #include <objbase.h>
@@ -40,12 +42,13 @@ inline HRESULT ReadExporterId(IUnknown* object, std::uint64_t& exporterId) noexc
     constexpr std::uint32_t ownForm = 4; // OBJREF_CUSTOM
     constexpr std::size_t kindAt = 4;
     constexpr std::size_t exporterAt = 32;
-    IStream* stream = nullptr;
-    HRESULT result = CreateStreamOnHGlobal(nullptr, TRUE, &stream);
+    IStream* made = nullptr;
+    HRESULT result = CreateStreamOnHGlobal(nullptr, TRUE, &made);
+    const OwnedInterface<IStream> stream(made);
     if (FAILED(result)) {
         return result;
     }
-    result = CoMarshalInterface(stream, __uuidof(IUnknown), object, MSHCTX_LOCAL, nullptr,
+    result = CoMarshalInterface(stream.get(), __uuidof(IUnknown), object, MSHCTX_LOCAL, nullptr,
                                 MSHLFLAGS_NORMAL);
     if (SUCCEEDED(result)) {
         std::array<unsigned char, exporterAt + sizeof exporterId> form{};
@@ -58,9 +61,8 @@ inline HRESULT ReadExporterId(IUnknown* object, std::uint64_t& exporterId) noexc
         std::memcpy(&exporterId, form.data() + exporterAt, sizeof exporterId);
         result = length == form.size() && kind != ownForm ? S_OK : CO_E_OBJNOTREG;
         stream->Seek(begin, STREAM_SEEK_SET, nullptr);
-        CoReleaseMarshalData(stream);
+        CoReleaseMarshalData(stream.get());
     }
-    stream->Release();
     return result;
 }
 

@@ -32,20 +32,27 @@ std::wstring OwnerOfMark(const std::wstring& name)
     return owner != nullptr ? SidText(owner) : std::wstring();
 }
 
+// Whether Windows itself answers a question for IRpcOptions. Wine passes it on to the object's
+// process, which does not know the interface either, and loses a handle each time.
+bool HasOptionsOfConnections()
+{
+    const HMODULE system = GetModuleHandleW(L"ntdll.dll");
+    return system != nullptr && GetProcAddress(system, "wine_get_version") == nullptr;
+}
+
 // The exporter id is of use only on the machine that gave it. Who makes a marshalled form by hand
 // can write the id of the supervisor and the address of another machine. Not every Windows says
-// where an object is, nor does Wine.
+// where an object is.
 bool IsElsewhere(IUnknown* object)
 {
     void* raw = nullptr;
-    if (FAILED(object->QueryInterface(__uuidof(IRpcOptions), &raw))) {
+    if (!HasOptionsOfConnections() || FAILED(object->QueryInterface(__uuidof(IRpcOptions), &raw))) {
         return false;
     }
-    auto* const options = static_cast<IRpcOptions*>(raw);
+    const OwnedInterface<IRpcOptions> options(static_cast<IRpcOptions*>(raw));
     ULONG_PTR locality = SERVER_LOCALITY_MACHINE_LOCAL;
-    const HRESULT result = options->Query(object, COMBND_SERVER_LOCALITY, &locality);
-    options->Release();
-    return SUCCEEDED(result) && locality == SERVER_LOCALITY_REMOTE;
+    return SUCCEEDED(options->Query(object, COMBND_SERVER_LOCALITY, &locality)) &&
+           locality == SERVER_LOCALITY_REMOTE;
 }
 
 bool IsOwnerOfRank(const std::wstring& sid, const std::wstring& notedAccount)

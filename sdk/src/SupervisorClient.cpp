@@ -5,6 +5,7 @@
 #include "daemon_manager/ComApartment.h"
 
 #include "IDaemonMgrControl.h"
+#include "OwnedInterface.h"
 
 #include <windows.h>
 
@@ -18,13 +19,6 @@
 
 namespace daemon_manager {
 namespace {
-
-template <typename Interface>
-struct InterfaceReleaser {
-    void operator()(Interface* object) const noexcept { object->Release(); }
-};
-template <typename Interface>
-using Owned = std::unique_ptr<Interface, InterfaceReleaser<Interface>>;
 
 struct BstrFree {
     void operator()(OLECHAR* text) const noexcept { SysFreeString(text); }
@@ -90,14 +84,14 @@ OwnedArray MakeArray(const std::vector<std::wstring>& texts)
     return array;
 }
 
-Owned<IUnknown> FindObject()
+OwnedInterface<IUnknown> FindObject()
 {
     IRunningObjectTable* rawTable = nullptr;
     Check("Running Object Table", GetRunningObjectTable(0, &rawTable));
-    const Owned<IRunningObjectTable> table(rawTable);
+    const OwnedInterface<IRunningObjectTable> table(rawTable);
     IMoniker* rawMoniker = nullptr;
     Check("item name", CreateItemMoniker(L"!", L"DaemonManager", &rawMoniker));
-    const Owned<IMoniker> moniker(rawMoniker);
+    const OwnedInterface<IMoniker> moniker(rawMoniker);
     IUnknown* object = nullptr;
     const HRESULT hr = table->GetObject(moniker.get(), &object);
     if (hr == MK_E_UNAVAILABLE) {
@@ -106,7 +100,7 @@ Owned<IUnknown> FindObject()
     if (FAILED(hr)) { // the table still names a process that has ended
         throw SupervisorNotRunning(ErrorText("the supervisor does not answer", hr), hr);
     }
-    return Owned<IUnknown>(object);
+    return OwnedInterface<IUnknown>(object);
 }
 
 void RefuseStranger(IUnknown* object)
@@ -157,7 +151,7 @@ void SupervisorClient::Releaser::operator()(IDaemonMgrControl* control) const no
 
 SupervisorClient::SupervisorClient(Answerer answerer)
 {
-    const Owned<IUnknown> object = FindObject();
+    const OwnedInterface<IUnknown> object = FindObject();
     if (answerer == Answerer::kInstalled) {
         RefuseStranger(object.get());
     }

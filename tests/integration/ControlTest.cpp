@@ -1,12 +1,16 @@
 // Calls of a client to the real supervisor: Launch, Stop, Detach and Exit.
 #include "ChildProcess.h"
+#include "Daemonctl.h"
 #include "SupervisorProcess.h"
+#include "SystemHandles.h"
 #include "code_page/CodePage.h"
 
 #include <windows.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -156,6 +160,28 @@ TEST(Control, Calls_of_a_client_do_not_wait_for_a_stop_of_another_client)
     mayEnd.Signal();
     EXPECT_EQ(stopping.ExitCode(), 0U);
     EXPECT_EQ(stopping.Output(), "daemon 0 stopped\n");
+}
+
+// Returns how many handles a process has open.
+std::ptrdiff_t HandlesOf(DWORD processId)
+{
+    const std::vector<SystemHandle> handles = AllSystemHandles();
+    return std::count_if(handles.begin(), handles.end(), [processId](const SystemHandle& handle) {
+        return handle.ownerId == processId;
+    });
+}
+
+TEST(Control, Clients_that_come_and_go_leave_no_handle_in_the_supervisor)
+{
+    constexpr int clients = 8;
+    SupervisorProcess supervisor;
+    const Answer unknown{1, "", "daemonctl: daemon 99 is unknown or was not attached\n"};
+    EXPECT_EQ(Daemonctl("detach 99"), unknown); // the first makes the threads that serve clients
+    const std::ptrdiff_t before = HandlesOf(supervisor.Process().Pid());
+    for (int client = 0; client < clients; ++client) {
+        EXPECT_EQ(Daemonctl("detach 99"), unknown);
+    }
+    EXPECT_LT(HandlesOf(supervisor.Process().Pid()), before + clients);
 }
 
 TEST(Control, Exit_waits_for_a_running_stop)

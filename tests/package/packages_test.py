@@ -38,7 +38,7 @@ class Packages(unittest.TestCase):
             "sdk/examples/launch_program.cpp",
             "sdk/idl/IDaemonMgrControl.idl",
             "sdk/include/IDaemonMgrControl.h",
-            "sdk/include/ObjectOrigin.h",
+            "sdk/include/ObjectOrigin.h", "sdk/include/OwnedInterface.h",
             "sdk/include/daemon_manager/AnswererIdentity.h",
             "sdk/include/daemon_manager/ArgumentRules.h",
             "sdk/include/daemon_manager/ComApartment.h",

@@ -1,5 +1,6 @@
 #include "daemon_manager/AnswererIdentity.h"
 
+#include "ImportPatch.h"
 #include "ObjectOrigin.h"
 #include "StrangersObjects.h"
 #include "com/ComApartment.h"
@@ -187,8 +188,17 @@ TEST_F(AnswererIdentity, An_object_that_writes_its_marshalled_form_itself_has_no
     EXPECT_EQ(L"", GatherEvidence(&forger).markOwner);
 }
 
+decltype(&GetProcAddress) originalGetProcAddress = nullptr;
+
+FARPROC WINAPI FindAsOnWindows(HMODULE library, const char* name)
+{
+    return std::string(name) == "wine_get_version" ? nullptr
+                                                   : originalGetProcAddress(library, name);
+}
+
 TEST_F(AnswererIdentity, An_object_is_elsewhere_if_COM_says_so)
 {
+    const ImportPatch patch("GetProcAddress", FindAsOnWindows, originalGetProcAddress);
     ProxyElsewhere proxy;
     EXPECT_TRUE(GatherEvidence(&proxy).elsewhere);
     proxy.answer = E_INVALIDARG; // a Windows that does not know the property
