@@ -10,6 +10,11 @@ import tempfile
 import time
 
 PROGRAMS = ("chromium", "chromium-browser", "google-chrome")
+PAGE_CHANGED = "Inspected target navigated or closed"  # the browser's text for a call that is lost
+
+
+class PageChanged(RuntimeError):
+    """The page was replaced by another one during a call."""
 
 
 class Browser:
@@ -78,7 +83,7 @@ class Browser:
         """Calls a method of the browser's debugging protocol and returns its result.
 
         session None calls the browser itself, any other value the page. Raises RuntimeError if the
-        browser reports an error.
+        browser reports an error, PageChanged if the page was replaced during the call.
         """
         self.last_id += 1
         message = {"id": self.last_id, "method": method, "params": parameters or {}}
@@ -88,6 +93,8 @@ class Browser:
         while True:
             answer = self._message()
             if answer.get("id") == self.last_id:
+                if answer.get("error", {}).get("message") == PAGE_CHANGED:
+                    raise PageChanged(method)
                 if "error" in answer:
                     raise RuntimeError(method + ": " + str(answer["error"]))
                 return answer["result"]
@@ -104,8 +111,13 @@ class Browser:
                   {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
         self.events = []
         self.call("Page.navigate", {"url": "file://" + os.path.abspath(path)})
-        while not any(event["method"] == "Page.loadEventFired" for event in self.events):
-            self.events.append(self._message())
+        self._await_load(self.events)
+
+    def _await_load(self, seen):
+        """Waits until one of the events is the end of loading: those seen, then those that come."""
+        while not any(event.get("method") == "Page.loadEventFired" for event in seen):
+            seen = [self._message()]
+            self.events += seen
 
     def requests(self):
         """Returns the addresses that the page has requested since the last show."""
@@ -113,8 +125,15 @@ class Browser:
                 if event.get("method") == "Network.requestWillBeSent"]
 
     def evaluate(self, expression):
-        """Returns the value of a JavaScript expression in the page."""
-        answer = self.call("Runtime.evaluate", {"expression": expression, "returnByValue": True})
+        """Returns the value of a JavaScript expression in the page. If the page reloads itself at this
+        moment, the expression is for the page that comes."""
+        expression = {"expression": expression, "returnByValue": True}
+        answer = None
+        while answer is None:
+            try:
+                answer = self.call("Runtime.evaluate", expression)
+            except PageChanged:
+                self._await_load([])
         if "exceptionDetails" in answer:
             raise RuntimeError(str(answer["exceptionDetails"]))
         return answer["result"].get("value")

@@ -10,10 +10,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace vqrx::test {
 namespace {
@@ -29,6 +31,18 @@ protected:
         const DWORD process = former_.WaitForStart(answer.daemonId);
         reaper_.Note(process);
         return process;
+    }
+
+    // Waits until the log shows an attached process: a supervisor that is killed loses the records
+    // that its logger has not written yet.
+    bool WaitForAttach() const
+    {
+        return WaitUntil([this] {
+            const std::vector<RingRecord> log = former_.Log();
+            return std::any_of(log.begin(), log.end(), [](const RingRecord& record) {
+                return record.text.starts_with("Attach ");
+            });
+        });
     }
 
     void KillSupervisor()
@@ -127,6 +141,7 @@ TEST_F(HandOver, Arguments_of_a_service_come_from_the_fleet_file)
     service.Start();
     const std::string process = std::to_string(service.ProcessId());
     EXPECT_EQ(Daemonctl("attach " + process + " -x").exitCode, 0U);
+    ASSERT_TRUE(WaitForAttach());
     KillSupervisor();
     StartNew();
     const std::string fleet = former_.Root() + "\\fleet.txt";
