@@ -221,8 +221,8 @@ void AddAutostartCommand(const CommandDefinition& app, int& exitCode)
         "The guard starts the supervisor, hands over what still runs of a former one, launches what\n"
         "the fleet file names, and starts the supervisor again if it ends without an order. The\n"
         "order daemonctl exit also ends the guard, until it is started again.\n"
-        "With the rights of an administrator, which the service has, the guard neither hands over\n"
-        "what stands in a log that others may change, nor launches what such a file names (--trust).\n"
+        "The service has the rights of an administrator. With these rights the guard does not use a\n"
+        "log or a fleet file that others may change. With --trust it uses them.\n"
         "install and remove need the rights of an administrator.\n"
         "Exit code 0: done, or all is well; 1: nothing is set up, or there are warnings; 2: the fleet\n"
         "file has a fault; 4: something failed.");

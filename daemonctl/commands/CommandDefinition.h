@@ -18,7 +18,7 @@ namespace vqrx::client::v0 {
 // How a command says what its command line looks like. The sources of the commands do not include
 // the library that reads command lines: it takes longer to compile than the commands.
 
-/// Checks a value as the operator typed it. @return what is wrong with it; empty: nothing
+/// Checks a value as the operator typed it. @return an error message; empty if the value is right
 using ValueCheck = std::function<std::string(const std::string& text)>;
 
 /// The names that an option permits, in the order of the help, and their values.

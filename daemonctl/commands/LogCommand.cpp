@@ -194,7 +194,7 @@ int Show(const LogArguments& arguments, const std::string& path)
     }
 }
 
-// @return what is wrong with the text; empty if it is a time
+// @return an error message; empty if the text is a time
 std::string CheckMoment(const std::string& text)
 {
     return ParseMoment(text, NowMs())

@@ -5,7 +5,7 @@
 namespace vqrx::client::v0 {
 
 /// Checks the value of an option that names daemons: a daemon id, or the file name of a program.
-/// @return what is wrong with the text; empty: nothing
+/// @return an error message; empty if the text names a daemon
 [[nodiscard]] std::string CheckTarget(const std::string& text);
 
 } // namespace vqrx::client::v0

@@ -17,7 +17,7 @@ struct RecordFilter {
     /// The record is about a daemon whose command (Event::command) this function accepts. Unlike an
     /// id, a command means the same daemon in each run of the supervisor.
     std::function<bool(const std::string& command)> command;
-    std::string contains; ///< part of the text; the case of ASCII letters does not matter
+    std::string contains; ///< part of the text; letter case does not matter (WithoutCase)
 
     /// Returns whether the record meets the conditions.
     [[nodiscard]] bool Accepts(const AttributedRecord& attributed) const;

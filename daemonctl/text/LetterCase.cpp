@@ -41,8 +41,9 @@ std::string UpperOfSystem(std::string_view utf8)
     std::wstring upper(text.size(), L'\0');
     const auto size = static_cast<int>(text.size());
     // Without LCMAP_LINGUISTIC_CASING, Windows takes the pairs of the file system.
-    LCMapStringW(LOCALE_INVARIANT, LCMAP_UPPERCASE, text.data(), size, upper.data(), size);
-    return Utf8(upper);
+    const int converted =
+        LCMapStringW(LOCALE_INVARIANT, LCMAP_UPPERCASE, text.data(), size, upper.data(), size);
+    return converted == size ? Utf8(upper) : std::string(utf8);
 }
 
 #else

@@ -9,7 +9,7 @@ namespace vqrx::client::v0 {
 /// "VIDÉO.EXE" both become "VIDÉO.EXE". Letters pair as in names of files, without the rules of a
 /// language. The number of bytes may change, so a position in the result is none in the text.
 /// On a system other than Windows, the system's own pairs of letters count. Invalid UTF-8 is no
-/// error. Any thread.
+/// error. If Windows cannot convert the text, it stays as it is. Any thread.
 /// @param utf8  a path, the name of a service, or words to search for
 [[nodiscard]] std::string WithoutCase(std::string_view utf8);
 

@@ -26,8 +26,8 @@ enum class SupervisorTrust {
     /// own. If the program also runs as an unexpected user, reason names that process.
     kKnown,
     kUnknown, ///< it cannot be found out; reason says why
-    /// The installed program does not run, somebody else runs it, or the object is not its own;
-    /// reason says what is wrong.
+    /// The installed program does not run, an unexpected user runs it, or the object is not its
+    /// own. The member reason tells which.
     kStranger
 };
 

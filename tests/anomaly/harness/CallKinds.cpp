@@ -162,7 +162,7 @@ constexpr CallKind kKinds[] = {
     {"CoInitializeSecurity", kNoMemoryResult, kNoError, 0},
     {"CoMarshalInterface", kNoMemoryResult, kNoError, 0},
     {"CoReleaseMarshalData", kNoMemoryResult, kNoError, 0,
-     "COM gives what is left back with the apartment", true},
+     "COM frees the data when the thread leaves its apartment", true},
     {"CoSetProxyBlanket", kNoMemoryResult, kNoError, 0},
     {"CreateItemMoniker", kNoMemoryResult, kNoError, 0},
     {"CreateStreamOnHGlobal", kNoMemoryResult, kNoError, 0},

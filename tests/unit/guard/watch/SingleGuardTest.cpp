@@ -48,7 +48,7 @@ HANDLE WINAPI NoteFlags(LPCSTR name, DWORD access, DWORD share, LPSECURITY_ATTRI
     return makeFile(name, access, share, security, disposition, flags, model);
 }
 
-// Wine makes no links; Windows deletes what is opened.
+// Wine makes no links. So this test looks at the flags that Windows would get.
 TEST(SingleGuard, Opens_and_deletes_a_link_itself_and_not_the_file_to_which_it_leads)
 {
     const TempFolder folder;
