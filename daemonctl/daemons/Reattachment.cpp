@@ -88,7 +88,7 @@ public:
         }
         FormerDaemon former = Describe(*left.daemon);
         former.processId = left.logged.processId;
-        candidates_.push_back({std::move(former), fit, facts});
+        Add({std::move(former), fit, facts});
     }
 
     // @param last  the run of the last former supervisor; null if the log does not show it
@@ -107,7 +107,7 @@ public:
         former.processId = listed.processId;
         former.command = listed.command;
         former.service = listed.service;
-        candidates_.push_back({std::move(former), fit, facts});
+        Add({std::move(former), fit, facts});
     }
 
     // Adds a daemon that had no process when its supervisor ended.
@@ -115,7 +115,7 @@ public:
     {
         FormerDaemon former = Describe(daemon);
         former.note = "it had no process when its supervisor ended";
-        candidates_.push_back({std::move(former), ProcessFit::kGone, {}});
+        Add({std::move(former), ProcessFit::kGone, {}});
     }
 
     // Adds a command that could never be started. No record shows the id of such a daemon.
@@ -130,7 +130,7 @@ public:
         former.id = std::nullopt;
         former.plan = FormerDaemon::Plan::kNeverRan;
         former.note = "its supervisor could never start it";
-        candidates_.push_back({std::move(former), ProcessFit::kGone, {}});
+        Add({std::move(former), ProcessFit::kGone, {}});
     }
 
     // Adds the processes that former supervisors have started and that the log does not name.
@@ -141,7 +141,7 @@ public:
             FormerDaemon former;
             former.processId = child.facts.processId;
             former.command = CommandOf(child);
-            candidates_.push_back({std::move(former), ProcessFit::kSame, child.facts});
+            Add({std::move(former), ProcessFit::kSame, child.facts});
         }
     }
 
@@ -182,6 +182,17 @@ public:
     }
 
 private:
+    // Adds a candidate, unless an earlier candidate has the same running process. A supervisor with
+    // two daemons for one process would start the program twice when the process ends.
+    void Add(Candidate candidate)
+    {
+        if (candidate.fit == ProcessFit::kSame &&
+            !running_.insert(candidate.daemon.processId.value_or(0)).second) {
+            return;
+        }
+        candidates_.push_back(std::move(candidate));
+    }
+
     static FormerDaemon Describe(const DaemonHistory& daemon)
     {
         FormerDaemon former;
@@ -232,6 +243,7 @@ private:
     const SupervisorRun& current_;
     const ProcessSource& source_;
     std::vector<Candidate> candidates_;
+    std::set<std::uint32_t> running_; // the processes of the candidates whose process still runs
     std::vector<StartedProcess> started_;
     std::set<std::uint32_t> taken_; // ids in the current run that are matched with a candidate
 };

@@ -37,7 +37,8 @@ struct FormerDaemon {
 /// The plan holds the daemons that the last former supervisor had at its end. It also holds daemons
 /// of earlier supervisors whose processes still run: a supervisor may have ended before anything
 /// was attached to it. It leaves out daemons that a client stopped or detached. Of each process the
-/// function checks that it is still the same one, not a later process with its id. Asks only
+/// function checks that it is still the same one, not a later process with its id. A running
+/// process is in the plan once, even if the former supervisor had two daemons for it. Asks only
 /// `source` and `family` about the machine.
 /// @param current  the run of the running supervisor; a reference into `timeline`
 /// @param listed   processes from a listing made before the former supervisor ended; they are

@@ -145,6 +145,18 @@ TEST_F(Reattachment, Process_in_both_log_and_listing_is_planned_once)
               Lines{"0/12 attach"});
 }
 
+TEST_F(Reattachment, Process_that_is_listed_twice_is_planned_once)
+{
+    log_.Begin().End().Begin();
+    machine_.Run(12, R"(C:\FW\App\a.exe)", 5000);
+    const ListedProcess first{0, 12, 5000, R"(C:\FW\App\a.exe)", "x", false};
+    ListedProcess second = first;
+    second.id = 1;
+    EXPECT_EQ(PlanNow({first, second}), Lines{"0/12 attach"});
+    Attach(4, 12, "x");
+    EXPECT_EQ(PlanNow({first, second}), Lines{"0/12 already 4"});
+}
+
 TEST_F(Reattachment, Process_that_replaced_the_listed_one_is_attached_and_none_is_lost)
 {
     log_.Begin();

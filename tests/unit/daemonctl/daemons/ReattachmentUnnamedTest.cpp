@@ -48,6 +48,9 @@ TEST_F(Reattachment,
         return std::vector<RunningProgram>{{machine_.processes[parent == 100 ? 13 : 0], {"-y"}}};
     };
     EXPECT_EQ(PlanNow(), (Lines{"0/12 attach", "-/13 attach"}));
+    const ListedProcess listed{5,   13,   machine_.processes[13].createdMs, R"(C:\FW\App\b.exe)",
+                               "b", false};
+    EXPECT_EQ(PlanNow({listed}), (Lines{"0/12 attach", "5/13 attach"}));
     log_.Add(2, R"(Attach DaemonId(0) PId(13) : C:\FW\App\b.exe -y )");
     EXPECT_EQ(PlanNow(), Lines{"0/12 attach"});
 }
