@@ -1,37 +1,13 @@
 #include "Reattachment.h"
 
+#include "LeftProcesses.h"
+
 #include <algorithm>
-#include <map>
 #include <set>
 #include <utility>
 
 namespace vqrx::client::v0 {
 namespace {
-
-// A process that ran on when its supervisor ended.
-struct LeftProcess {
-    const DaemonHistory* daemon = nullptr;
-    LoggedProcess logged;
-    bool byLastRun = false;
-    std::optional<std::int64_t> supervisorSinceMs; // nothing: the log does not show its start
-};
-
-using LeftProcesses = std::map<std::uint32_t, LeftProcess>; // by process id
-
-// Adds the processes that the run still supervised at its end. Removes every other process of the
-// run: the process ended, or a client stopped or detached it.
-void AddRun(LeftProcesses& left, const SupervisorRun& run, const ProcessSource& source, bool isLast)
-{
-    for (const auto& [id, daemon] : run.daemons) {
-        for (const ProcessInterval& interval : daemon.intervals) {
-            left.erase(interval.processId.value_or(0));
-        }
-        const auto logged = daemon.IsRegistered() ? LastProcessOf(daemon, source) : std::nullopt;
-        if (logged) {
-            left[logged->processId] = {&daemon, *logged, isLast, run.startedMs};
-        }
-    }
-}
 
 // A former daemon, and whether its process is still the same.
 struct Candidate {
@@ -248,19 +224,6 @@ private:
     std::set<std::uint32_t> taken_; // ids in the current run that are matched with a candidate
 };
 
-// Returns the last run before the current one that had daemons; null if there is none.
-const SupervisorRun* LastFormerRun(const Timeline& timeline, const SupervisorRun& current)
-{
-    const SupervisorRun* last = nullptr;
-    for (const SupervisorRun& run : timeline.runs) {
-        if (&run == &current) {
-            break;
-        }
-        last = run.daemons.empty() && run.neverStarted.empty() ? last : &run;
-    }
-    return last;
-}
-
 } // namespace
 
 std::vector<FormerDaemon> PlanReattachment(const Timeline& timeline, const SupervisorRun& current,
@@ -269,13 +232,7 @@ std::vector<FormerDaemon> PlanReattachment(const Timeline& timeline, const Super
 {
     Planner planner(current, source);
     const SupervisorRun* const last = LastFormerRun(timeline, current);
-    LeftProcesses left;
-    for (const SupervisorRun& run : timeline.runs) {
-        if (&run == &current) {
-            break;
-        }
-        AddRun(left, run, source, &run == last);
-    }
+    LeftProcesses left = FindLeftProcesses(timeline, current, source);
     for (const ListedProcess& process : listed) {
         left.erase(process.processId); // the listing is more certain than the log
         planner.AddFromListing(process, last);

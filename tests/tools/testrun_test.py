@@ -19,6 +19,11 @@ endforeach()
 add_test(NAME undeclared COMMAND true)
 add_test(NAME waits COMMAND true)
 set_tests_properties(waits PROPERTIES LABELS long REQUIRED_FILES ${CMAKE_SOURCE_DIR}/good.sh)
+add_test(NAME prepares COMMAND sh -c "echo prepares >>${CMAKE_SOURCE_DIR}/done")
+add_test(NAME cleans_up COMMAND sh -c "echo cleans up >>${CMAKE_SOURCE_DIR}/done")
+set_tests_properties(prepares PROPERTIES FIXTURES_SETUP things)
+set_tests_properties(cleans_up PROPERTIES FIXTURES_CLEANUP things)
+set_tests_properties(other PROPERTIES FIXTURES_REQUIRED things)
 """
 PRESETS = {
     "version": 6,
@@ -63,8 +68,8 @@ class TestRun(unittest.TestCase):
     def test_all_that_passed_is_counted_and_the_last_line_says_so(self):
         code, text = self.run_tests()
         self.assertEqual(0, code, text)
-        self.assertEqual("4 passed, 0 failed", text.splitlines()[-1])
-        self.assertRegex(text, r"small +4 programs, +6 cases, 0 failed")
+        self.assertEqual("6 passed, 0 failed", text.splitlines()[-1])
+        self.assertRegex(text, r"small +6 programs, +6 cases, 0 failed")
 
     def test_the_output_of_a_failed_test_is_shown_with_the_commands_that_repeat_it(self):
         self.write("other.sh", FAILS)
@@ -73,7 +78,7 @@ class TestRun(unittest.TestCase):
         self.assertIn("expected 7", text)
         self.assertIn("repeat: ctest --preset small -R '^other$'", text)
         self.assertIn(f"sh {self.root}/other.sh --gtest_filter='Log.keeps_the_order'", text)
-        self.assertEqual("3 passed, 1 failed", text.splitlines()[-1])
+        self.assertEqual("5 passed, 1 failed", text.splitlines()[-1])
 
     def test_the_case_that_a_failed_program_did_not_end_is_shown(self):
         self.write("other.sh", HANGS)
@@ -84,10 +89,21 @@ class TestRun(unittest.TestCase):
     def test_a_quick_run_leaves_out_what_is_long_and_what_passed_unchanged(self):
         code, text = self.run_tests(quick=True)
         self.assertEqual(0, code, text)
-        self.assertRegex(text, r"small +3 programs, +6 cases, 0 failed")
+        self.assertRegex(text, r"small +5 programs, +6 cases, 0 failed")
         code, text = self.run_tests(quick=True)
         self.assertRegex(text, r"small +1 programs, .*\(2 more unchanged since they passed\)")
         self.assertEqual("3 passed, 0 failed", text.splitlines()[-1])
+
+    def test_a_quick_run_prepares_only_what_the_tests_that_run_need(self):
+        self.run_tests(quick=True)
+        done = self.root / "done"
+        self.assertEqual("prepares\ncleans up\n", done.read_text(encoding="utf-8"))
+        self.write("good.sh", PASSES + "# changed\n")
+        self.run_tests(quick=True)
+        self.assertEqual("prepares\ncleans up\n", done.read_text(encoding="utf-8"))
+        self.write("other.sh", PASSES + "# changed\n")
+        self.run_tests(quick=True)
+        self.assertEqual(2 * "prepares\ncleans up\n", done.read_text(encoding="utf-8"))
 
     def test_a_quick_run_repeats_what_changed_and_what_failed(self):
         self.run_tests(quick=True)

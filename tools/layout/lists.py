@@ -127,6 +127,7 @@ TESTED_BY = {
     "daemonctl/control/StopDaemon.cpp": "tests/integration/StopTest.cpp",
     "daemonctl/control/WaitForLog.cpp": "tests/integration/StopTest.cpp",
     "daemonctl/daemons/InstalledPaths.cpp": "tests/integration/OperatorTest.cpp",
+    "daemonctl/daemons/LeftProcesses.cpp": "tests/unit/daemonctl/daemons/ReattachmentTest.cpp",
     "daemonctl/daemons/MetricsWriter.cpp": "tests/unit/daemonctl/daemons/MetricsTextTest.cpp",
     "daemonctl/daemons/ThisMachine.cpp": "tests/integration/OperatorTest.cpp",
     "daemonctl/daemons/TrustedSources.cpp": "tests/integration/HandOverTrustTest.cpp",

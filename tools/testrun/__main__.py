@@ -72,7 +72,7 @@ class Run:
 
     def test(self, preset, built):
         start = self.screen.seconds()
-        outcome = suite.run(preset.name, preset.jobs, self.everything, LOGS, self.screen)
+        outcome = suite.run(preset, self.everything, LOGS, self.screen)
         seconds = self.screen.seconds() - start
         if outcome.text:
             self.screen.say(outcome.text.rstrip())

@@ -1,5 +1,6 @@
 """Configures and builds one preset."""
 import os
+import pathlib
 import re
 import shutil
 import subprocess
@@ -25,14 +26,23 @@ def environment():
     return env
 
 
+def is_configured(preset):
+    """Whether the build tool notices by itself what makes another configuration necessary: it does not know
+    the file of presets."""
+    rules = pathlib.Path("build") / preset / "build.ninja"
+    presets = pathlib.Path("CMakePresets.json")
+    return rules.exists() and rules.stat().st_mtime_ns > presets.stat().st_mtime_ns
+
+
 def build(preset, logs, screen):
     """Returns None, or the last lines of what failed."""
     log = logs / f"{preset}-build.log"
     screen.phase("build", f"configure {preset}")
     with open(log, "w", encoding="utf-8") as file:
-        commands = (["cmake", "--preset", preset],
-                    # Tests that run at the same time keep their pace.
-                    ["nice", "-n", "10", "cmake", "--build", "--preset", preset])
+        # Tests that run at the same time keep their pace.
+        commands = [["nice", "-n", "10", "cmake", "--build", "--preset", preset]]
+        if not is_configured(preset):
+            commands.insert(0, ["cmake", "--preset", preset])
         for command in commands:
             with subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                                   stdin=subprocess.DEVNULL, text=True, errors="replace",
@@ -45,7 +55,7 @@ def build(preset, logs, screen):
             if process.returncode:
                 screen.phase("build", "")
                 file.flush()
-                return last_errors(log) + f"\nrepeat: {' '.join(commands[1][3:])}"
+                return last_errors(log) + f"\nrepeat: {' '.join(commands[-1][3:])}"
     screen.phase("build", "")
     return None
 

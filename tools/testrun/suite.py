@@ -36,8 +36,9 @@ def listed(preset):
     return json.loads(answer.stdout)["tests"]
 
 
-def run(preset, jobs, everything, logs, screen):
+def run(plan, everything, logs, screen):
     """everything: also the programs marked long, and those that passed before as they are."""
+    preset = plan.name
     build = pathlib.Path("build") / preset
     memory = unchanged.Memory(build / "passed.json")
     tests = listed(preset)
@@ -45,12 +46,14 @@ def run(preset, jobs, everything, logs, screen):
     if not everything:
         skipped = {test["name"] for test in tests if memory.passed(test)}
     outcome = Outcome(preset, kept=len(skipped))
-    command = ["ctest", "--preset", preset, "-j", str(jobs), "--output-on-failure"]
+    command = ["ctest", "--preset", preset, "-j", str(plan.jobs), "--output-on-failure"]
     if not everything:
         command += ["-LE", "^long$"]
     if skipped:
-        command += ["-E", "^(" + "|".join(sorted(re.escape(name) for name in skipped)) + ")$"]
-        command += ["-FS", "none" if needs_setup(tests, skipped) else ".*"]
+        left_out = skipped | idle_fixtures(tests, skipped)
+        command += ["-E", "^(" + "|".join(sorted(re.escape(name) for name in left_out)) + ")$"]
+    if plan.one_processor:
+        command = ["env", "DM_ONE_PROCESSOR=1", *command]
     ended = follow(command, preset, logs / f"{preset}-test.log", screen)
     screen.phase(preset, "")
     by_name = {test["name"]: test for test in tests}
@@ -71,10 +74,19 @@ def run(preset, jobs, everything, logs, screen):
     return outcome
 
 
-def needs_setup(tests, skipped):
-    """Whether a test that is left needs a fixture."""
-    return any(property_of(test, "FIXTURES_REQUIRED") for test in tests
-               if test["name"] not in skipped)
+def idle_fixtures(tests, skipped):
+    """The tests that only prepare or clean up for tests which do not run."""
+    fixtures = {test["name"]: {*(property_of(test, "FIXTURES_SETUP") or ()),
+                               *(property_of(test, "FIXTURES_CLEANUP") or ())} for test in tests}
+    run = {test["name"] for test in tests if not fixtures[test["name"]]} - skipped
+    run -= {test["name"] for test in tests if "long" in (property_of(test, "LABELS") or ())}
+    while True:
+        needed = {fixture for test in tests if test["name"] in run
+                  for fixture in property_of(test, "FIXTURES_REQUIRED") or ()}
+        more = {name for name, own in fixtures.items() if own & needed} - run
+        if not more:
+            return {name for name, own in fixtures.items() if own} - run
+        run |= more
 
 
 def property_of(test, name):

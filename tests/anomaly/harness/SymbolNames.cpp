@@ -7,8 +7,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <utility>
 
 namespace vqrx::test::anomaly {
@@ -44,8 +44,10 @@ std::vector<Symbol> ReadSymbols()
 {
     char path[MAX_PATH] = {};
     GetModuleFileNameA(nullptr, path, MAX_PATH);
-    std::ifstream stream(path, std::ios::binary);
-    const std::vector<char> file{std::istreambuf_iterator<char>(stream), {}};
+    // In one call: the program has many megabytes, and each run of a scenario reads it.
+    std::vector<char> file(std::filesystem::file_size(path));
+    std::ifstream(path, std::ios::binary)
+        .read(file.data(), static_cast<std::streamsize>(file.size()));
     const auto header = static_cast<std::size_t>(ReadAt<IMAGE_DOS_HEADER>(file, 0).e_lfanew);
     const auto nt = ReadAt<IMAGE_NT_HEADERS>(file, header);
     const std::size_t sections =
