@@ -13,6 +13,7 @@
 #include "log_perf/LibLogPerf.h"
 #include "win32/UniqueHandle.h"
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -99,19 +100,25 @@ void LaunchBench(const Settings& settings)
     PROCESS_INFORMATION client{};
     std::string commandLine = OwnPath() + " launch_client " + std::to_string(records - 1);
     if (CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                       &startup, &client) != FALSE) {
-        const UniqueKernelHandle primaryThread(client.hThread);
-        const UniqueKernelHandle process(client.hProcess);
-        if (WaitForSingleObject(process.Get(), 60000) != WAIT_OBJECT_0) {
-            TerminateProcess(process.Get(), 9);
-        }
+                       &startup, &client) == FALSE) {
+        throw std::runtime_error("the client of the launch benchmark cannot be started");
+    }
+    const UniqueKernelHandle primaryThread(client.hThread);
+    const UniqueKernelHandle process(client.hProcess);
+    if (WaitForSingleObject(process.Get(), 60000) != WAIT_OBJECT_0) {
+        TerminateProcess(process.Get(), 9);
+    }
+    DWORD result = 0;
+    if (GetExitCodeProcess(process.Get(), &result) == FALSE || result != 0) {
+        throw std::runtime_error("the client of the launch benchmark has failed");
     }
 }
 
 int LaunchClient()
 {
     const system::com::v1::ComApartment apartment;
-    daemon_manager::SupervisorClient client;
+    // The measuring program has published the object, not an installed supervisor.
+    daemon_manager::SupervisorClient client(daemon_manager::Answerer::kAnybody);
     client.Detach(kUnknownDaemon);
     const Stopwatch call;
     for (int i = 0; i < kCalls; ++i) {
