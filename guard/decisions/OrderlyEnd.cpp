@@ -17,10 +17,33 @@ constexpr std::int64_t kClockGrainMs = 1000;
 
 // What the records of a supervisor show about its end.
 struct LoggedEnd {
+    bool isStarted = false; // the records of this supervisor have begun
+    int otherStarts = 0;    // of supervisors that were started while this one ran, or after it
     bool exitRequested = false;
     bool supervisionEnded = false;
     bool givenUp = false;
 };
+
+// A supervisor that was started beside this one was refused and ended; one that was started later
+// follows this one. Neither begins or ends this one.
+void NoteStart(LoggedEnd& end, bool isAfterCreation)
+{
+    if (end.isStarted) {
+        ++end.otherStarts;
+        return;
+    }
+    end = {}; // what came before belongs to an earlier supervisor
+    end.isStarted = isAfterCreation;
+}
+
+void NoteSupervisionEnd(LoggedEnd& end)
+{
+    if (end.otherStarts != 0) {
+        --end.otherStarts;
+    } else {
+        end.supervisionEnded = true;
+    }
+}
 
 LoggedEnd ReadEnd(const EndedSupervisor& ended, const std::vector<Record>& records)
 {
@@ -30,14 +53,14 @@ LoggedEnd ReadEnd(const EndedSupervisor& ended, const std::vector<Record>& recor
             continue;
         }
         switch (client::v0::EventOf(record.text).kind) {
-        case EventKind::kSupervisionStarted: // what came before belongs to an earlier supervisor
-            end = {};
+        case EventKind::kSupervisionStarted:
+            NoteStart(end, record.timeMs >= ended.createdMs);
             break;
         case EventKind::kExitRequested:
             end.exitRequested = record.timeMs >= ended.watchedSinceMs;
             break;
         case EventKind::kSupervisionEnded:
-            end.supervisionEnded = true;
+            NoteSupervisionEnd(end);
             break;
         default:
             end.givenUp = end.givenUp || std::string_view(record.text).starts_with(kGivenUp);

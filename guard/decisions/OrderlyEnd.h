@@ -26,7 +26,8 @@ struct EndedSupervisor {
 /// - "Deamon Thread is exiting...", and the process was published and ended with exit code 0 or
 ///   with 2, the code of a shutdown that was given up; or
 /// - that a shutdown was given up, and the exit code is 2.
-/// A start that fails also logs "Deamon Thread is exiting...". It is no ordered end.
+/// A start that fails also logs "Deamon Thread is exiting...". It is no ordered end. A supervisor
+/// that was started beside this one, and was refused, logs it into the same file; nor is that one.
 /// @param records  of the supervisor's log, read after the end
 [[nodiscard]] bool WasOrdered(const EndedSupervisor& ended,
                               const std::vector<client::v0::Record>& records);

@@ -88,6 +88,19 @@ TEST(OrderlyEnd, Records_of_earlier_supervisors_do_not_count)
         WasOrdered(Ended(0, true), Records({"Exit", kEnding, kStarted}, kCreatedMs - 500)));
 }
 
+TEST(OrderlyEnd, Supervisor_that_was_refused_beside_this_one_is_no_order)
+{
+    EXPECT_FALSE(WasOrdered(Ended(0, true), Records({kStarted, kStarted, kEnding})));
+    EXPECT_TRUE(WasOrdered(Ended(0, true), Records({kStarted, kStarted, kEnding, kEnding})));
+    EXPECT_TRUE(WasOrdered(Ended(0, true), Records({kStarted, kStarted, kEnding, "Exit"})));
+}
+
+TEST(OrderlyEnd, Next_supervisor_that_has_started_already_does_not_hide_the_order)
+{
+    EXPECT_TRUE(WasOrdered(Ended(0, true), Records({kStarted, "Exit", kEnding, kStarted})));
+    EXPECT_TRUE(WasOrdered(Ended(0, true), Records({kStarted, kEnding, kStarted})));
+}
+
 TEST(OrderlyEnd, Order_from_before_the_watch_does_not_count)
 {
     // Somebody ended the supervisor and then started the guard, which found it ending.
