@@ -28,15 +28,15 @@ SupervisorCheck Call(std::atomic<bool>& isConnected)
         daemon_manager::SupervisorClient supervisor;
         isConnected = true;
         supervisor.Detach(kIdNeverGivenOut);
-        return {CheckResult::kAnswers, {}};
+        return {CheckResult::kAnswers, {}, true};
     } catch (const daemon_manager::SupervisorNotRunning& exception) {
-        return {CheckResult::kWithdrawn, exception.what()};
+        return {CheckResult::kWithdrawn, exception.what(), true};
     } catch (const daemon_manager::ProxyNotRegistered& exception) {
-        return {CheckResult::kUnknown, exception.what()};
+        return {CheckResult::kUnknown, exception.what(), true};
     } catch (const daemon_manager::SupervisorNotTrusted& exception) {
-        return {CheckResult::kStranger, exception.what()};
+        return {CheckResult::kStranger, exception.what(), true};
     } catch (const std::exception& exception) {
-        return {CheckResult::kSilent, exception.what()};
+        return {CheckResult::kSilent, exception.what(), true};
     }
 }
 
@@ -60,7 +60,7 @@ SupervisorCheck CheckSupervisor(std::chrono::milliseconds limit)
         return *check;
     }
     return {*isConnected ? CheckResult::kBusy : CheckResult::kSilent,
-            "no answer within " + std::to_string(limit.count()) + " ms"};
+            "no answer within " + std::to_string(limit.count()) + " ms", false};
 }
 
 } // namespace vqrx::guard::v0

@@ -11,6 +11,7 @@ namespace vqrx::guard::v0 {
 struct SupervisorCheck {
     CheckResult result = CheckResult::kUnknown;
     std::string detail; ///< for people, UTF-8: why the call failed or cannot be made; may be empty
+    bool isInTime = true; ///< false: nobody answered within the limit, not even with an error
 };
 
 /// Returns whether an object is published under the supervisor's name in the Running Object Table.

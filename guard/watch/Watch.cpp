@@ -3,7 +3,6 @@
 #include "InstalledPaths.h"
 #include "LogFile.h"
 #include "OrderlyEnd.h"
-#include "SupervisorCheck.h"
 #include "SupervisorEnd.h"
 #include "TimeText.h"
 
@@ -51,15 +50,14 @@ SupervisorCheck Check(DWORD limitMs)
     try {
         return CheckSupervisor(std::chrono::milliseconds(limitMs));
     } catch (const std::exception& exception) {
-        return {CheckResult::kUnknown, exception.what()};
+        return {CheckResult::kUnknown, exception.what(), true};
     }
 }
 
 // Returns whether the supervisor that the table names answers, or nobody can find out. The table
 // may still name a supervisor that has ended, or another program may hold the name.
-bool Answers(DWORD limitMs)
+bool Answers(CheckResult result)
 {
-    const CheckResult result = Check(limitMs).result;
     return result != CheckResult::kSilent && result != CheckResult::kWithdrawn &&
            result != CheckResult::kStranger;
 }
@@ -171,8 +169,13 @@ Watch::End Watch::AwaitPublication(const SupervisorProgram& supervisor, bool& is
     const std::array<HANDLE, 2> events = {stop_, supervisor.process.Get()};
     const ULONGLONG start = GetTickCount64();
     ULONGLONG sayAtMs = settings_.times.stillStartingMs;
+    CheckCounter counter;
+    ULONGLONG checkTick = 0;
     for (;;) {
-        isPublished = IsPublished() && Answers(settings_.times.answerMs);
+        const SupervisorCheck check = IsPublished()
+                                          ? Check(settings_.times.answerMs)
+                                          : SupervisorCheck{CheckResult::kWithdrawn, {}, true};
+        isPublished = Answers(check.result);
         const ULONGLONG waitedMs = GetTickCount64() - start;
         if (isPublished) {
             Log(kLevelInformation,
@@ -183,6 +186,15 @@ Watch::End Watch::AwaitPublication(const SupervisorProgram& supervisor, bool& is
             Log(kLevelWarning, "Supervisor is not published yet after " + Seconds(waitedMs) +
                                    ": it may wait for the firewall service; the guard waits on");
             sayAtMs = waitedMs + kSayAgainMs;
+        }
+        // The supervisor may hang since before the guard began. The entry of an ended supervisor
+        // answers with an error at once, and does not count.
+        if (!check.isInTime && GetTickCount64() >= checkTick) {
+            if (Hangs(counter, check)) {
+                EndHanging(supervisor, settings_.dumpFile, *log_);
+                return End::kUnordered;
+            }
+            checkTick = GetTickCount64() + settings_.times.checkMs;
         }
         switch (WaitForMultipleObjects(2, events.data(), FALSE, settings_.times.lookMs)) {
         case WAIT_OBJECT_0:
@@ -213,7 +225,7 @@ Watch::End Watch::CheckUntilEnd(const SupervisorProgram& supervisor)
         if (GetTickCount64() < checkTick) {
             continue;
         }
-        if (Hangs(counter)) {
+        if (Hangs(counter, Check(settings_.times.answerMs))) {
             takeOver_.Abandon();
             EndHanging(supervisor, settings_.dumpFile, *log_);
             return End::kUnordered;
@@ -222,9 +234,8 @@ Watch::End Watch::CheckUntilEnd(const SupervisorProgram& supervisor)
     }
 }
 
-bool Watch::Hangs(CheckCounter& counter)
+bool Watch::Hangs(CheckCounter& counter, const SupervisorCheck& check)
 {
-    const SupervisorCheck check = Check(settings_.times.answerMs);
     const bool hangs = counter.Notice(check.result);
     const std::uint32_t limit = CheckCounter::Limit(check.result);
     if (limit != 0) {

@@ -4,6 +4,7 @@
 #include "FormerChildren.h"
 #include "GuardLog.h"
 #include "StartDelays.h"
+#include "SupervisorCheck.h"
 #include "SupervisorProgram.h"
 #include "TakeOverTask.h"
 
@@ -66,7 +67,7 @@ private:
     [[nodiscard]] End WatchOver(const SupervisorProgram& supervisor);
     [[nodiscard]] End AwaitPublication(const SupervisorProgram& supervisor, bool& isPublished);
     [[nodiscard]] End CheckUntilEnd(const SupervisorProgram& supervisor);
-    [[nodiscard]] bool Hangs(CheckCounter& counter);
+    [[nodiscard]] bool Hangs(CheckCounter& counter, const SupervisorCheck& check);
     [[nodiscard]] End JudgeEnd(const SupervisorProgram& supervisor, bool wasPublished);
     [[nodiscard]] TakeOverOrder OrderOfTakeOver() const;
     void Remember(const SupervisorProgram& supervisor);

@@ -2,6 +2,7 @@
 #include "ChildProcess.h"
 #include "GuardedMachine.h"
 #include "PublishedControl.h"
+#include "SupervisorCheck.h"
 #include "SupervisorProcess.h"
 #include "TestService.h"
 #include "Watch.h"
@@ -117,6 +118,21 @@ TEST_F(GuardHang, Connection_from_before_does_not_make_a_hanging_supervisor_look
         machine_.WaitForGuardLog("Supervisor hangs and is ended: process " + std::to_string(first)),
         "");
     EXPECT_TRUE(Logged("Supervisor does not answer, 3 of 3: no answer within 1000 ms"));
+}
+
+TEST_F(GuardHang, Supervisor_that_hung_before_the_guard_began_is_ended_and_replaced)
+{
+    const system::com::v1::ComApartment apartment;
+    const CapturedProgram supervisor('"' + ProductProgram("DaemonManager.exe") + '"');
+    ASSERT_TRUE(WaitUntil([] { return guard::v0::IsPublished(); }));
+    ASSERT_TRUE(Suspend(supervisor.Pid()));
+    StartWatch();
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor hangs and is ended: process " +
+                                       std::to_string(supervisor.Pid())),
+              "");
+    EXPECT_TRUE(Logged("Supervisor does not answer, 3 of 3: no answer within 1000 ms"));
+    ASSERT_TRUE(machine_.WaitForTakeOver());
+    EXPECT_NE(GuardedMachine::WaitForSupervisor(), supervisor.Pid());
 }
 
 TEST_F(GuardHang, Stop_ends_the_supervisor_in_order_and_its_daemons_run_on)
