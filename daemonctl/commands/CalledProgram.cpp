@@ -109,8 +109,13 @@ CalledProgram::CalledProgram(const std::string& program,
     }
     process_.Reset(process.hProcess);
     const UniqueKernelHandle thread(process.hThread);
-    AssignProcessToJobObject(job_.Get(), process_.Get());
+    AssignProcessToJobObject(job_.Get(), process_.Get()); // if it fails, see the destructor
     ResumeThread(thread.Get());
+}
+
+CalledProgram::~CalledProgram()
+{
+    TerminateProcess(process_.Get(), 1); // it may not be in the job
 }
 
 bool CalledProgram::Runs() const

@@ -8,7 +8,8 @@
 namespace vqrx::client::v0 {
 
 /// A program that was called with a text on its standard input. The destructor ends it, and with it
-/// all programs that it has started.
+/// all programs that it has started. Only the programs that it has started run on if Windows
+/// refuses to put it into a job: before Windows 8 that happens if this process is in a job itself.
 class CalledProgram {
 public:
     /// Starts the program without a window.
@@ -18,6 +19,10 @@ public:
     /// @throws std::runtime_error if Windows does not start it
     CalledProgram(const std::string& program, const std::map<std::string, std::string>& environment,
                   const std::string& input);
+
+    CalledProgram(const CalledProgram&) = delete;
+    CalledProgram& operator=(const CalledProgram&) = delete;
+    ~CalledProgram();
 
     /// Returns whether the program still runs.
     [[nodiscard]] bool Runs() const;

@@ -96,7 +96,6 @@ TESTED_BY = {
     "guard/watch/TakeOverTask.cpp": "tests/integration/GuardTest.cpp",
     "guard/watch/Watch.cpp": "tests/integration/GuardTest.cpp",
     "daemonctl/commands/ApplyCommand.cpp": "tests/integration/FleetTest.cpp",
-    "daemonctl/commands/CalledProgram.cpp": "tests/operator/trouble_test.py",
     "daemonctl/commands/CheckCommand.cpp": "tests/integration/OperatorTest.cpp",
     "daemonctl/commands/CompletionCommand.cpp": "tests/unit/daemonctl/commands/CompletionTest.cpp",
     "daemonctl/commands/ConsoleReporter.cpp": "tests/integration/StopTest.cpp",
