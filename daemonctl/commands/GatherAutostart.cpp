@@ -1,26 +1,20 @@
 #include "GatherAutostart.h"
 
 #include "ApplyFleet.h"
+#include "FilePresence.h"
 #include "FleetSource.h"
 #include "InstalledPaths.h"
 #include "TrustedSources.h"
-#include "Utf8.h"
-
-#include <windows.h>
 
 #include <exception>
 
 namespace vqrx::client::v0 {
 namespace {
 
-bool IsThere(const std::string& path)
-{
-    return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
 std::vector<std::string> WeaknessesOf(const std::string& path)
 {
-    return IsThere(path) ? WeaknessesOfSource(path) : std::vector<std::string>();
+    return PresenceOf(path) == FilePresence::kThere ? WeaknessesOfSource(path)
+                                                    : std::vector<std::string>();
 }
 
 } // namespace
@@ -28,7 +22,7 @@ std::vector<std::string> WeaknessesOf(const std::string& path)
 void ReadFleetFacts(const std::string& path, AutostartFacts& facts)
 {
     facts.fleet = path;
-    facts.fleetThere = IsThere(path);
+    facts.fleetThere = PresenceOf(path) != FilePresence::kMissing;
     if (!facts.fleetThere) {
         return;
     }
@@ -53,7 +47,7 @@ AutostartFacts GatherAutostartFacts()
         const auto command = ParseGuardCommand(facts.entries.front().commandLine);
         if (command) {
             facts.command = *command;
-            facts.programThere = IsThere(command->program);
+            facts.programThere = PresenceOf(command->program) != FilePresence::kMissing;
             facts.logWeaknesses = WeaknessesOf(DefaultLogPath());
             ReadFleetFacts(command->arguments.fleet.empty() ? DefaultFleetPath()
                                                             : command->arguments.fleet,

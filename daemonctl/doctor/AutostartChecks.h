@@ -14,9 +14,9 @@ struct AutostartFacts {
     std::vector<AutostartEntry> entries;
     // The other members are set if there is one entry whose command line starts a guard.
     GuardCommand command;
-    bool programThere = false; ///< the guard's program exists
+    bool programThere = false; ///< false: the guard's program does not exist
     std::string fleet;         ///< path of the fleet file
-    bool fleetThere = false;
+    bool fleetThere = false;   ///< false: the file does not exist; fleetErrors: it is unreadable
     std::vector<std::string> fleetErrors;   ///< because of which nothing is launched: "line 3: ..."
     std::vector<std::string> fleetWarnings; ///< "line 3: ..."; a program does not exist
     std::size_t fleetPrograms = 0;          ///< lines with a program

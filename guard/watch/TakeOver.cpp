@@ -1,18 +1,16 @@
 #include "TakeOver.h"
 
 #include "ApplyFleet.h"
+#include "FilePresence.h"
 #include "FleetSource.h"
 #include "HandOver.h"
 #include "InstalledPaths.h"
 #include "SupervisorProcesses.h"
 #include "TextFile.h"
 #include "TrustedSources.h"
-#include "Utf8.h"
 #include "WaitForLog.h"
 #include "com/ComApartment.h"
 #include "daemon_manager/SupervisorClient.h"
-
-#include <windows.h>
 
 #include <cstdint>
 #include <exception>
@@ -31,11 +29,6 @@ using log::i_logger::v0::kLevelWarning;
 constexpr std::uint64_t kFormerMs = 120000;
 
 constexpr const char* kNothingLaunched = "Fleet: nothing was launched";
-
-bool IsThere(const std::string& path)
-{
-    return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
-}
 
 // One try of a hand-over.
 class TakingOver {
@@ -97,9 +90,14 @@ private:
     // @return whether there is a fleet file without faults
     bool ReadFleet()
     {
-        if (!order_.fleetNamed && !IsThere(order_.fleet)) {
+        const FilePresence presence = PresenceOf(order_.fleet);
+        if (!order_.fleetNamed && presence == FilePresence::kMissing) {
             log_.Log(kLevelInformation, "Fleet: there is no " + order_.fleet);
             return false;
+        }
+        if (presence != FilePresence::kThere) { // nobody knows who may write it, so it is not read
+            isUnreadable_ = true;
+            return HasNoFaults({order_.fleet + " cannot be read"});
         }
         if (!CanBelieve("Fleet: ", order_.fleet)) { // before it is read: nobody can change it then
             log_.Log(kLevelError, kNothingLaunched);
@@ -133,8 +131,13 @@ private:
     // @return whether the file can be believed
     bool CanBelieve(const std::string& what, const std::string& path) const
     {
-        const std::vector<std::string> weaknesses =
-            IsElevated() && IsThere(path) ? WeaknessesOfSource(path) : std::vector<std::string>();
+        const FilePresence presence = PresenceOf(path);
+        if (presence == FilePresence::kUnknown) { // a later try may find out
+            throw std::runtime_error(path + " cannot be read");
+        }
+        const std::vector<std::string> weaknesses = IsElevated() && presence == FilePresence::kThere
+                                                        ? WeaknessesOfSource(path)
+                                                        : std::vector<std::string>();
         for (const std::string& weakness : weaknesses) {
             log_.Log(order_.trust ? kLevelWarning : kLevelError,
                      what +

@@ -87,7 +87,6 @@ TESTED_BY = {
     "daemonctl/autostart/GuardRunValue.cpp": "tests/unit/daemonctl/autostart/AutostartTest.cpp",
     "daemonctl/autostart/GuardServiceEntry.cpp": "tests/unit/daemonctl/autostart/AutostartTest.cpp",
     "daemonctl/commands/AutostartCommand.cpp": "tests/integration/AutostartTest.cpp",
-    "daemonctl/commands/GatherAutostart.cpp": "tests/integration/AutostartTest.cpp",
     "guard/watch/GuardProgram.cpp": "tests/integration/GuardTest.cpp",
     "guard/watch/GuardService.cpp": "tests/integration/AutostartTest.cpp",
     "guard/watch/SupervisorCheck.cpp": "tests/integration/GuardHangTest.cpp",
