@@ -4,7 +4,9 @@
 #include "ConsoleReporter.h"
 #include "ExitCode.h"
 #include "FleetSource.h"
+#include "HandOverLock.h"
 #include "HandOverTrust.h"
+#include "InstalledPaths.h"
 #include "PrintText.h"
 #include "Printable.h"
 #include "ThisMachine.h"
@@ -15,6 +17,7 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -43,6 +46,10 @@ bool PrintErrors(const std::string& file, const std::vector<std::string>& errors
 
 int Apply(SupervisorClient& supervisor, const ApplyArguments& arguments, const ExpectFile& fleet)
 {
+    std::optional<HandOverLock> lock;
+    if (!arguments.options.dryRun) {
+        lock.emplace(HandOverLockPath(), ConsoleReporter().waiting, kHandOverPatienceMs);
+    }
     const auto [run, nowMs, daemons] = ReadDaemonsOfRunning(ChildrenOfSupervisor());
     FleetSource source = FleetSourceOfThisMachine();
     source.attachedKnown = run.beginningSeen;

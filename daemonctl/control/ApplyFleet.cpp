@@ -223,6 +223,7 @@ private:
         }
         const std::string daemon = "daemon " + std::to_string(answer.daemonId) + ", " + process;
         if (!IsShownByLog(answer.daemonId)) {
+            count_.unshownId = answer.daemonId;
             Fail(member, "attached as " + daemon +
                              ", but the log does not show it: do not repeat this command until "
                              "daemonctl ps shows the daemon");
@@ -230,16 +231,6 @@ private:
         }
         ++count_.attached;
         Report("attached", member, daemon);
-    }
-
-    // Waits for the record of an attach. A log that cannot be read does not show it.
-    static bool IsShownByLog(std::uint32_t daemonId)
-    {
-        try {
-            return WaitForDaemonInLog(daemonId);
-        } catch (const LogUnreadable&) {
-            return false;
-        }
     }
 
     SupervisorClient& supervisor_;

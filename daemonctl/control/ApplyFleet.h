@@ -5,6 +5,8 @@
 #include "daemon_manager/SupervisorClient.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +25,8 @@ struct AppliedCount {
     std::size_t there = 0;    ///< registered already
     std::size_t stopped = 0;
     std::size_t failed = 0; ///< lines without a daemon now, and daemons that could not be stopped
+    /// The daemon that was attached last and that the log does not show; nothing: it shows all.
+    std::optional<std::uint32_t> unshownId;
 };
 
 /// Carries out the plan for a fleet file. Launches each program of the file that no daemon runs,

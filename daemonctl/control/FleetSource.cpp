@@ -1,5 +1,6 @@
 #include "FleetSource.h"
 
+#include "LetterCase.h"
 #include "ProcessFacts.h"
 #include "ProcessList.h"
 #include "ThisMachine.h"
@@ -9,18 +10,27 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 namespace vqrx::client::v0 {
 namespace {
 
-std::vector<UnwatchedProgram> OrphansOf(const std::string& fileName)
+std::vector<UnwatchedProgram> OrphansOf(const std::string& fileName,
+                                        const std::vector<std::uint32_t>& unwatched)
 {
     std::vector<UnwatchedProgram> orphans;
     for (const std::uint32_t processId : OrphansOfImage(Wide(fileName))) {
         const ProcessFacts facts = ReadProcessFacts(processId);
         if (facts.state == ProcessFacts::State::kRunning) {
+            orphans.push_back({facts, ReadArguments(processId)});
+        }
+    }
+    for (const std::uint32_t processId : unwatched) {
+        const ProcessFacts facts = ReadProcessFacts(processId);
+        if (facts.state == ProcessFacts::State::kRunning &&
+            WithoutCase(facts.image).ends_with("\\" + WithoutCase(fileName))) {
             orphans.push_back({facts, ReadArguments(processId)});
         }
     }
@@ -40,7 +50,7 @@ std::string ReasonToRefuseLine(const std::string& path, const std::vector<std::s
 
 } // namespace
 
-FleetSource FleetSourceOfThisMachine()
+FleetSource FleetSourceOfThisMachine(const std::vector<std::uint32_t>& unwatched)
 {
     const ProcessSource processes = SourceOfThisMachine();
     FleetSource source;
@@ -48,7 +58,9 @@ FleetSource FleetSourceOfThisMachine()
     source.sameFile = processes.sameFile;
     source.fileExists = FileExists;
     source.serviceExists = ServiceExists;
-    source.orphansOf = OrphansOf;
+    source.orphansOf = [unwatched](const std::string& fileName) {
+        return OrphansOf(fileName, unwatched);
+    };
     source.reasonToRefuse = ReasonToRefuseLine;
     return source;
 }

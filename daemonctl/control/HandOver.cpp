@@ -1,6 +1,8 @@
 #include "HandOver.h"
 
+#include "HandOverLock.h"
 #include "HeldProcess.h"
+#include "InstalledPaths.h"
 #include "LetterCase.h"
 #include "Printable.h"
 #include "ProcessList.h"
@@ -81,9 +83,10 @@ public:
     // The record of an attach reaches the log a moment after the call. The next hand-over reads the
     // log, and would attach a process a second time without the record. The log shows the daemons
     // in the order of the calls.
-    void WaitForTheirRecords() const
+    void WaitForTheirRecords()
     {
-        if (lastNewId_ && !WaitForDaemonInLog(*lastNewId_)) {
+        if (lastNewId_ && !IsShownByLog(*lastNewId_)) {
+            count_.unshownId = lastNewId_;
             reporter_.failed("the log does not show all of them yet: do not repeat this command "
                              "until daemonctl ps shows them");
         }
@@ -116,7 +119,7 @@ private:
             *former.processId, Wide(arguments.value_or(std::vector<std::string>())));
         if (!answer.done) {
             ++count_.lost;
-            ++count_.refused;
+            count_.refused.push_back(*former.processId);
             reporter_.failed(NameOfFormer(former) +
                              "the supervisor could not attach it; to find the reason: daemonctl "
                              "doctor");
@@ -157,6 +160,10 @@ private:
 HandOverCount HandOver(SupervisorClient& supervisor, const HandOverOptions& options,
                        const Reporter& reporter)
 {
+    std::optional<HandOverLock> lock;
+    if (!options.dryRun) {
+        lock.emplace(HandOverLockPath(), reporter.waiting, kHandOverPatienceMs);
+    }
     Timeline timeline = ReadTimelineOfRunning();
     if (!options.formerLog.empty()) {
         timeline = ReadTimelineAfter(options.formerLog);

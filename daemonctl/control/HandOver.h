@@ -6,7 +6,9 @@
 #include "daemon_manager/SupervisorClient.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,14 +36,20 @@ struct HandOverCount {
     std::size_t already = 0;  ///< the running supervisor supervises them already
     std::size_t neverRan = 0; ///< they never had a process
     std::size_t lost = 0;     ///< they could not be attached
-    std::size_t refused = 0;  ///< of the lost ones: the supervisor refused; it may not do so later
+    /// Of the lost ones: the processes that the supervisor refused. It may not do so later.
+    std::vector<std::uint32_t> refused;
     bool formerRunSeen = false; ///< the logs show a run before the present one
+    /// The daemon that was attached last, if the log does not show it: a second hand-over would
+    /// attach its process again. Nothing: the log shows all.
+    std::optional<std::uint32_t> unshownId;
 };
 
 /// Attaches the daemons of former supervisors to the running one, which must be the only supervisor
 /// that runs. Ends and starts no process. Reports one line for each daemon. A daemon that cannot be
-/// attached does not keep the function from the others.
-/// @throws SupervisorError if the supervisor has ended; LogUnreadable; std::bad_alloc
+/// attached does not keep the function from the others. Holds the HandOverLock, except in a dry
+/// run.
+/// @throws SupervisorError if the supervisor has ended; LogUnreadable; std::bad_alloc;
+///         std::runtime_error if another program does not release the lock
 [[nodiscard]] HandOverCount HandOver(daemon_manager::SupervisorClient& supervisor,
                                      const HandOverOptions& options, const Reporter& reporter);
 

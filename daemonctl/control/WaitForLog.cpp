@@ -73,4 +73,13 @@ bool WaitForDaemonInLog(std::uint32_t daemonId)
         [daemonId](const SupervisorRun& run) { return run.Find(daemonId) != nullptr; });
 }
 
+bool IsShownByLog(std::uint32_t daemonId)
+{
+    try {
+        return WaitForDaemonInLog(daemonId);
+    } catch (const LogUnreadable&) {
+        return false;
+    }
+}
+
 } // namespace vqrx::client::v0

@@ -38,4 +38,7 @@ inline constexpr std::uint64_t kLogPatienceMs = 10000;
 /// @throws LogUnreadable as WaitForLog()
 [[nodiscard]] bool WaitForDaemonInLog(std::uint32_t daemonId);
 
+/// As WaitForDaemonInLog(), but a log that cannot be read does not show the daemon.
+[[nodiscard]] bool IsShownByLog(std::uint32_t daemonId);
+
 } // namespace vqrx::client::v0

@@ -28,6 +28,11 @@ std::string DefaultLogPath()
     return AnsiToUtf8(installation::LogFile(FirmwareRoot()));
 }
 
+std::string HandOverLockPath()
+{
+    return AnsiToUtf8(installation::HandOverLockFile(FirmwareRoot()));
+}
+
 std::string DefaultAppFolder()
 {
     return AnsiToUtf8(installation::AppFolder(FirmwareRoot()));

@@ -4,9 +4,11 @@
 #include "FilePresence.h"
 #include "FleetSource.h"
 #include "HandOver.h"
+#include "HandOverLock.h"
 #include "InstalledPaths.h"
 #include "SupervisorProcesses.h"
 #include "TextFile.h"
+#include "ThisMachine.h"
 #include "TrustedSources.h"
 #include "WaitForLog.h"
 #include "com/ComApartment.h"
@@ -47,8 +49,10 @@ public:
         // A connection that was made before the supervisor ended cannot reach the next one.
         StopIfAbandoned();
         WaitForFormerSupervisor();
+        StopIfUnshown();
         const bool hasFleet = ReadFleet();
         const bool isHandedOver = HandDaemonsOver(supervisor);
+        StopIfUnshown(); // apply would find the same processes
         return (hasFleet ? Apply(supervisor) : !isUnreadable_) && isHandedOver;
     }
 
@@ -58,6 +62,22 @@ private:
         if (*order_.isAbandoned) {
             throw std::runtime_error("the supervisor has ended");
         }
+    }
+
+    // Nothing more is attached until the log shows what was attached. Without the record the
+    // process would be attached a second time, and its program started twice when it ends.
+    void StopIfUnshown() const
+    {
+        if (!*order_.unshownId) {
+            return;
+        }
+        const Timeline timeline = ReadTimeline();
+        if (RunOfThisMachine(timeline).Find(**order_.unshownId) == nullptr) {
+            throw std::runtime_error("the log does not show daemon " +
+                                     std::to_string(**order_.unshownId) +
+                                     ", which was attached; nothing more is attached before that");
+        }
+        order_.unshownId->reset();
     }
 
     // Makes a reporter that writes to the log, and throws an exception when nothing more is to be
@@ -149,7 +169,7 @@ private:
     }
 
     // @return whether the supervisor refused none
-    bool HandDaemonsOver(SupervisorClient& supervisor) const
+    bool HandDaemonsOver(SupervisorClient& supervisor)
     {
         if (!CanBelieve("Hand-over: ", DefaultLogPath())) {
             log_.Log(kLevelError, "Hand-over: nothing was attached. When only administrators may "
@@ -161,23 +181,27 @@ private:
         options.formerSupervisors = order_.formerSupervisors;
         const HandOverCount count = HandOver(supervisor, options, ReporterFor("Hand-over: "));
         log_.Log(kLevelInformation, "Hand-over: " + DescribeCount(count, false));
-        return count.refused == 0;
+        *order_.unshownId = count.unshownId;
+        refused_ = count.refused;
+        return refused_.empty();
     }
 
     // @return whether a later try could mend nothing
     bool Apply(SupervisorClient& supervisor) const
     {
+        const Reporter reporter = ReporterFor("Fleet: ");
+        const HandOverLock lock(HandOverLockPath(), reporter.waiting, kHandOverPatienceMs);
         const auto [run, nowMs, daemons] = ReadDaemonsOfRunning(ChildrenOfSupervisor());
-        FleetSource source = FleetSourceOfThisMachine();
+        FleetSource source = FleetSourceOfThisMachine(refused_);
         source.attachedKnown = run.beginningSeen;
         const FleetPlan plan = PlanFleet(fleet_.programs, daemons, source);
         if (!HasNoFaults(plan.errors)) {
             return true; // a person must mend the file
         }
         const ApplyOptions options;
-        const AppliedCount count =
-            ApplyFleet(supervisor, plan, daemons, options, ReporterFor("Fleet: "));
+        const AppliedCount count = ApplyFleet(supervisor, plan, daemons, options, reporter);
         log_.Log(kLevelInformation, "Fleet: " + DescribeCount(count, options));
+        *order_.unshownId = count.unshownId;
         return count.failed == 0;
     }
 
@@ -185,6 +209,7 @@ private:
     GuardLog& log_;
     ExpectFile fleet_;
     bool isUnreadable_ = false;
+    std::vector<std::uint32_t> refused_; // processes that run and could not be handed over
 };
 
 } // namespace

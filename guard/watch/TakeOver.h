@@ -4,7 +4,9 @@
 #include "GuardLog.h"
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +25,10 @@ struct TakeOverOrder {
     /// Becomes true when the supervisor has ended that was running at the begin of the function.
     /// The function then does nothing to the next supervisor. Never null.
     std::shared_ptr<const std::atomic<bool>> isAbandoned = std::make_shared<std::atomic<bool>>();
+    /// The daemon that an earlier try for this supervisor attached, if the log did not show it.
+    /// TakeOver() attaches nothing until the log shows it. Never null; one thread at a time.
+    std::shared_ptr<std::optional<std::uint32_t>> unshownId =
+        std::make_shared<std::optional<std::uint32_t>>();
 };
 
 /// Gives the running supervisor what it should have: first the daemons of former supervisors that

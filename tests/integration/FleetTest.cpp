@@ -5,6 +5,7 @@
 #include "PrefixClass.h"
 #include "SupervisorProcess.h"
 #include "TestService.h"
+#include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
@@ -140,6 +141,27 @@ TEST_F(Fleet, Apply_attaches_a_process_that_runs_unwatched)
     EXPECT_TRUE(
         answer.output.starts_with("attached          " + worker_ + " 1: daemon 0, process "))
         << answer;
+    EXPECT_EQ(Commands(), Lines{worker_ + " 1"});
+}
+
+// As beside a guard: both would find a process that nobody supervises, and both would attach it.
+TEST_F(Fleet, Apply_waits_until_another_program_has_applied)
+{
+    system::win32::v1::UniqueKernelHandle other(
+        CreateFileA((supervisor_.Root() + "\\Logs\\DaemonManager.lock").c_str(), GENERIC_WRITE, 0,
+                    nullptr, CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    ASSERT_TRUE(other);
+    const std::string file = File(worker_ + " 1\n");
+    const CapturedProgram apply('"' + ProductProgram("daemonctl.exe") + "\" apply " + file);
+    EXPECT_TRUE(WaitUntil([&] {
+        return apply.Error() == "daemonctl: waiting until another program has handed daemons over "
+                                "or applied a fleet file\n";
+    }));
+    EXPECT_EQ(Daemonctl("apply --dry-run " + file).exitCode, 1U); // it changes nothing
+    EXPECT_EQ(Commands(), Lines());
+    other.Reset();
+    EXPECT_EQ(apply.ExitCode(), 0U);
+    EXPECT_NE(supervisor_.WaitForStart(0), 0U);
     EXPECT_EQ(Commands(), Lines{worker_ + " 1"});
 }
 

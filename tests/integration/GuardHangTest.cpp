@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -35,6 +36,52 @@ bool Suspend(DWORD processId)
     const UniqueKernelHandle process(OpenProcess(PROCESS_SUSPEND_RESUME, FALSE, processId));
     return suspend != nullptr && process && suspend(process.Get()) >= 0;
 }
+
+// A pipe that nobody reads, as the standard output of a program. Destroyed, it refuses all output.
+class UnreadPipe {
+public:
+    UnreadPipe()
+    {
+        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+        EXPECT_TRUE(CreatePipe(read_.Put(), write_.Put(), &inherited, kCapacity));
+        SetHandleInformation(read_.Get(), HANDLE_FLAG_INHERIT, 0);
+    }
+    UnreadPipe(const UnreadPipe&) = delete;
+    UnreadPipe& operator=(const UnreadPipe&) = delete;
+    ~UnreadPipe() { Close(); }
+
+    HANDLE WriteEnd() const { return write_.Get(); }
+
+    // Fills the pipe: whoever writes to it after that waits until Close().
+    void Fill()
+    {
+        writer_ = std::thread([this] {
+            const std::string much(std::size_t{16} * kCapacity, 'x');
+            DWORD written = 0;
+            WriteFile(write_.Get(), much.data(), static_cast<DWORD>(much.size()), &written,
+                      nullptr);
+        });
+        EXPECT_TRUE(WaitUntil([this] {
+            DWORD bytes = 0;
+            PeekNamedPipe(read_.Get(), nullptr, 0, nullptr, &bytes, nullptr);
+            return bytes >= kCapacity;
+        }));
+    }
+
+    void Close()
+    {
+        read_.Reset();
+        if (writer_.joinable()) {
+            writer_.join();
+        }
+    }
+
+private:
+    static constexpr DWORD kCapacity = 65536;
+    UniqueKernelHandle read_;
+    UniqueKernelHandle write_;
+    std::thread writer_;
+};
 
 class GuardHang : public ::testing::Test {
 protected:
@@ -133,6 +180,36 @@ TEST_F(GuardHang, Supervisor_that_hung_before_the_guard_began_is_ended_and_repla
     EXPECT_TRUE(Logged("Supervisor does not answer, 3 of 3: no answer within 1000 ms"));
     ASSERT_TRUE(machine_.WaitForTakeOver());
     EXPECT_NE(GuardedMachine::WaitForSupervisor(), supervisor.Pid());
+}
+
+// The supervisor would start the program twice when the process ends.
+TEST_F(GuardHang, Process_is_not_attached_again_while_the_log_does_not_show_its_attach)
+{
+    const std::string worker = TestProgram("no_windows");
+    // cmd starts the worker and ends, so no running process is the parent of the worker.
+    const CapturedProgram shell("cmd /d /c start /b \"\" \"" + worker + '"');
+    EXPECT_EQ(shell.ExitCode(), 0U);
+    machine_.WriteFleet(worker + "\n");
+    UnreadPipe console;
+    const ChildProcess supervisor('"' + ProductProgram("DaemonManager.exe") + '"',
+                                  console.WriteEnd());
+    const auto shows = [this](const std::string& beginning) {
+        const auto log = ReadRingFile(machine_.SupervisorLog());
+        return std::count_if(log.begin(), log.end(), [&](const RingRecord& record) {
+            return record.text.starts_with(beginning);
+        });
+    };
+    ASSERT_TRUE(WaitUntil([&] { return shows("Deamon Thread started") == 1; }));
+    console.Fill(); // no record reaches the log now
+    StartWatch();
+    EXPECT_EQ(machine_.WaitForGuardLog("Hand-over: given up: "),
+              "Hand-over: given up: the log does not show daemon 0, which was attached; nothing "
+              "more is attached before that");
+    console.Close();
+    ASSERT_NE(machine_.WaitForGuardLog("Fleet: 0 launched, 0 attached, 1 there already, 0 not"),
+              "");
+    EXPECT_EQ(shows("Attach "), 1);
+    StopWatch();
 }
 
 TEST_F(GuardHang, Stop_ends_the_supervisor_in_order_and_its_daemons_run_on)

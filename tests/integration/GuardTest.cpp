@@ -3,6 +3,7 @@
 #include "Daemonctl.h"
 #include "GuardedMachine.h"
 #include "OpenToAll.h"
+#include "PrefixClass.h"
 #include "SupervisorProcess.h"
 
 #include <windows.h>
@@ -102,6 +103,25 @@ TEST_F(Guard, Supervisor_that_was_terminated_is_started_again_and_gets_its_daemo
     EXPECT_NE(machine_.WaitForGuardLog("Fleet: 0 launched, 0 attached, 3 there already, 0 not"),
               "");
     ExpectThatEachComesBack(before);
+}
+
+// Its parent is this test, which runs: so only the hand-over knows that nobody watches it.
+TEST_F(Guard, Daemon_that_cannot_be_handed_over_is_not_launched_a_second_time)
+{
+    machine_.StartGuard();
+    ASSERT_TRUE(machine_.WaitForTakeOver());
+    const ChildProcess child('"' + worker_ + "\" 1");
+    EXPECT_EQ(Daemonctl("attach " + std::to_string(child.Pid())).exitCode, 0U);
+    EXPECT_EQ(Daemonctl("wait 0").exitCode, 0U);
+    machine_.WriteFleet(worker_ + " 1\n");
+    const PrefixStandIns broken(PrefixStandIns::Wmi::kBroken); // the next supervisor refuses Attach
+    KillProcess(GuardedMachine::WaitForSupervisor());
+    ASSERT_TRUE(machine_.WaitForTakeOver(2));
+    EXPECT_NE(machine_.WaitForGuardLog("Hand-over: 0 attached, 0 already, 1 not"), "");
+    EXPECT_NE(machine_.WaitForGuardLog("Fleet: 0 launched, 0 attached, 0 there already, 1 not"),
+              "");
+    EXPECT_TRUE(Daemons().empty());
+    EXPECT_TRUE(child.Running());
 }
 
 TEST_F(Guard, Daemon_that_ended_while_no_supervisor_ran_is_launched_again)

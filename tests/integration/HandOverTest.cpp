@@ -5,6 +5,7 @@
 #include "PrefixClass.h"
 #include "SupervisorProcess.h"
 #include "TestService.h"
+#include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
@@ -99,6 +100,28 @@ TEST_F(HandOver, Daemon_whose_start_the_log_does_not_show_is_found_by_its_parent
                     Name(unnamed, "1") + "attached as daemon 1\n2 attached, 0 already, 0 not\n",
                 ""}));
     EXPECT_EQ(Daemonctl("reattach --outside").exitCode, 1U);
+}
+
+// As beside a guard: both would find that the process is no daemon, and both would attach it.
+TEST_F(HandOver, Reattach_waits_until_another_program_has_handed_over)
+{
+    const DWORD process = Launch("1");
+    KillSupervisor();
+    StartNew();
+    system::win32::v1::UniqueKernelHandle other(
+        CreateFileA((former_.Root() + "\\Logs\\DaemonManager.lock").c_str(), GENERIC_WRITE, 0,
+                    nullptr, CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    ASSERT_TRUE(other);
+    const CapturedProgram reattach('"' + ProductProgram("daemonctl.exe") + "\" reattach --outside");
+    EXPECT_TRUE(WaitUntil([&] {
+        return reattach.Error() == "daemonctl: waiting until another program has handed daemons "
+                                   "over or applied a fleet file\n";
+    }));
+    EXPECT_EQ(reattach.Output(), "");
+    other.Reset();
+    EXPECT_EQ(reattach.ExitCode(), 0U);
+    EXPECT_EQ(reattach.Output(), "daemon 0, " + Name(process, "1") +
+                                     "attached as daemon 0\n1 attached, 0 already, 0 not\n");
 }
 
 TEST_F(HandOver, Program_that_never_ran_gets_a_line_and_is_no_failure)

@@ -120,7 +120,6 @@ TESTED_BY = {
     "daemonctl/commands/WithSupervisor.cpp": "tests/integration/DaemonctlTest.cpp",
     "daemonctl/control/ApplyFleet.cpp": "tests/integration/FleetTest.cpp",
     "daemonctl/control/FleetSource.cpp": "tests/integration/FleetTest.cpp",
-    "daemonctl/control/HandOver.cpp": "tests/integration/HandOverTest.cpp",
     "daemonctl/control/RestartDaemon.cpp": "tests/integration/StopTest.cpp",
     "daemonctl/control/StopDaemon.cpp": "tests/integration/StopTest.cpp",
     "daemonctl/control/WaitForLog.cpp": "tests/integration/StopTest.cpp",

@@ -8,6 +8,7 @@ constexpr const char* kLogFolder = "\\Logs";
 constexpr const char* kLogFile = "\\DaemonManager.log";
 constexpr const char* kGuardLogFile = "\\DaemonGuard.log";
 constexpr const char* kGuardLockFile = "\\DaemonGuard.lock";
+constexpr const char* kHandOverLockFile = "\\DaemonManager.lock";
 constexpr const char* kDumpFile = "\\DaemonManager.dmp";
 constexpr const char* kFleetFile = "\\fleet.txt";
 
@@ -41,6 +42,11 @@ std::string GuardLogFile(const std::string& root)
 std::string GuardLockFile(const std::string& root)
 {
     return LogFolder(root) + kGuardLockFile;
+}
+
+std::string HandOverLockFile(const std::string& root)
+{
+    return LogFolder(root) + kHandOverLockFile;
 }
 
 std::string DumpFile(const std::string& root)

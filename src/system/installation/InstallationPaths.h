@@ -26,6 +26,9 @@ namespace vqrx::system::installation::v1 {
 /// Returns the file that a running guard keeps open, so that there is only one guard.
 [[nodiscard]] std::string GuardLockFile(const std::string& root);
 
+/// Returns the file that a program keeps open while it hands daemons over or applies a fleet file.
+[[nodiscard]] std::string HandOverLockFile(const std::string& root);
+
 /// Returns the file with the memory of the last supervisor that did not answer and was ended.
 [[nodiscard]] std::string DumpFile(const std::string& root);
 

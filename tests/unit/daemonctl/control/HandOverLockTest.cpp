@@ -1,0 +1,51 @@
+#include "HandOverLock.h"
+
+#include "TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using client::v0::HandOverLock;
+
+class HandOverLockTest : public ::testing::Test {
+protected:
+    const TempFolder folder_;
+    const std::string file_ = folder_.File("x.lock");
+    std::vector<std::string> waits_;
+    std::optional<HandOverLock> held_;
+    // Releases the lock as soon as somebody waits for it.
+    const client::v0::Reporter::Line release_ = [this](const std::string& line) {
+        waits_.push_back(line);
+        held_.reset();
+    };
+};
+
+TEST_F(HandOverLockTest, Second_holder_waits_until_the_first_one_has_gone)
+{
+    held_.emplace(file_, release_, 0);
+    EXPECT_TRUE(waits_.empty());
+    {
+        const HandOverLock second(file_, release_, 60000);
+        EXPECT_EQ(waits_, std::vector<std::string>{"waiting until another program has handed "
+                                                   "daemons over or applied a fleet file"});
+        EXPECT_THROW(HandOverLock(file_, release_, 0), std::runtime_error);
+    }
+    EXPECT_FALSE(std::filesystem::exists(file_));
+}
+
+TEST_F(HandOverLockTest, Folder_in_which_nobody_can_write_keeps_nobody_out)
+{
+    EXPECT_NO_THROW(HandOverLock(folder_.File("no\\such.lock"), release_, 0));
+    EXPECT_TRUE(waits_.empty());
+}
+
+} // namespace
+} // namespace vqrx::test
