@@ -9,6 +9,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <exception>
 #include <iterator>
 
 namespace vqrx::setup::v0 {
@@ -135,17 +136,22 @@ void FileSwap::SwapIn(const std::vector<std::string>& former)
             madeFolders_.insert(madeFolders_.end(), made.begin(), made.end());
             Move(newFolder_ + "\\" + name, folder_ + "\\" + name);
         }
-    } catch (...) {
-        TakeBack();
-        throw;
+    } catch (const std::exception& error) {
+        const std::string left = TakeBack();
+        throw SetupError(left.empty() ? error.what() : error.what() + ("\n" + left));
     }
 }
 
-void FileSwap::TakeBack() noexcept
+std::string FileSwap::TakeBack() noexcept
 {
+    std::string left;
     for (; !movements_.empty(); movements_.pop_back()) {
         const auto& [from, to] = movements_.back();
-        MoveFileExW(Wide(to).c_str(), Wide(from).c_str(), 0);
+        if (MoveFileExW(Wide(to).c_str(), Wide(from).c_str(), 0) == FALSE) {
+            const DWORD error = GetLastError();
+            left += "The file " + to + " could not be moved back to " + from + " (Windows error " +
+                    std::to_string(error) + ").\n";
+        }
     }
     for (; !madeFolders_.empty(); madeFolders_.pop_back()) {
         RemoveEmptyFolder(madeFolders_.back(), false);
@@ -159,6 +165,7 @@ void FileSwap::TakeBack() noexcept
     oldFolder_.clear();
     aside_.clear();
     swapped_ = false;
+    return left;
 }
 
 void FileSwap::Keep() noexcept
@@ -217,7 +224,7 @@ void FileSwap::SetAside(const std::string& name)
 
 void FileSwap::Discard() noexcept
 {
-    TakeBack();
+    static_cast<void>(TakeBack());
     if (newFolder_.empty()) {
         return;
     }

@@ -32,11 +32,14 @@ public:
     /// Sets the former files aside and moves the new ones to their places.
     /// @param former  names of the files of the former installation; those that the new one lacks
     ///                go too
-    /// @throws SetupError if a file could not be moved; then everything was taken back
+    /// @throws SetupError if a file could not be moved; then everything was taken back, except what
+    ///         the text names
     void SwapIn(const std::vector<std::string>& former);
 
-    /// Moves all files back to where they were before SwapIn().
-    void TakeBack() noexcept;
+    /// Moves all files back to where they were before SwapIn(). A file that cannot be moved does
+    /// not keep the function from the others.
+    /// @return a line for each file that could not be moved, for people; empty if all were
+    [[nodiscard]] std::string TakeBack() noexcept;
 
     /// Calls TakeBack(), unless Keep() was called, and removes the unpacked files.
     void Discard() noexcept;

@@ -6,7 +6,10 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cwchar>
+#include <string_view>
+#include <utility>
 
 namespace vqrx::setup::v0 {
 namespace {
@@ -58,6 +61,52 @@ std::vector<std::string> MachineKey::List(const std::string& value) const
         at += std::wcslen(text) + 1;
     }
     return list;
+}
+
+KeyValues MachineKey::Values() const
+{
+    constexpr DWORD longestName = 16384; // with its zero
+    UniqueRegistryKey key;
+    DWORD longestValue = 0;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, Wide(path_).c_str(), 0, KEY_QUERY_VALUE, key.Put()) !=
+            ERROR_SUCCESS ||
+        RegQueryInfoKeyW(key.Get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                         nullptr, &longestValue, nullptr, nullptr) != ERROR_SUCCESS) {
+        return std::nullopt;
+    }
+    std::vector<KeyValue> values;
+    for (DWORD index = 0;; ++index) {
+        std::wstring name(longestName, L'\0');
+        DWORD nameLength = longestName;
+        KeyValue value;
+        value.bytes.resize(longestValue);
+        DWORD size = longestValue;
+        if (RegEnumValueW(key.Get(), index, name.data(), &nameLength, nullptr, &value.type,
+                          value.bytes.data(), &size) != ERROR_SUCCESS) {
+            return values;
+        }
+        value.name = Utf8(std::wstring_view(name).substr(0, nameLength));
+        value.bytes.resize(size);
+        values.push_back(std::move(value));
+    }
+}
+
+void MachineKey::Restore(const KeyValues& former) const
+{
+    if (!former) {
+        Remove();
+        return;
+    }
+    for (const KeyValue& present : Values().value_or(std::vector<KeyValue>())) {
+        if (std::none_of(former->begin(), former->end(), [&present](const KeyValue& value) {
+                return value.name == present.name;
+            })) {
+            RemoveValue(present.name);
+        }
+    }
+    for (const KeyValue& value : *former) {
+        Set(value.name, value.type, value.bytes.data(), value.bytes.size());
+    }
 }
 
 void MachineKey::SetText(const std::string& value, const std::string& text) const

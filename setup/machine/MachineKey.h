@@ -1,10 +1,23 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace vqrx::setup::v0 {
+
+/// A value of a registry key, of any type.
+struct KeyValue {
+    std::string name; ///< UTF-8; empty for the default value
+    unsigned long type = 0;
+    std::vector<unsigned char> bytes;
+
+    bool operator==(const KeyValue&) const = default;
+};
+
+/// All values of a registry key; nothing: the key does not exist.
+using KeyValues = std::optional<std::vector<KeyValue>>;
 
 /// A registry key below HKEY_LOCAL_MACHINE, and its values. Names and texts are UTF-8. The key is
 /// opened for each call; it need not exist.
@@ -24,6 +37,13 @@ public:
 
     /// Returns a list of texts; empty if it does not exist.
     [[nodiscard]] std::vector<std::string> List(const std::string& value) const;
+
+    /// Returns all values, for Restore().
+    [[nodiscard]] KeyValues Values() const;
+
+    /// Gives the key these values and no others, or removes it if it did not exist.
+    /// @throws SetupError if a value could not be set
+    void Restore(const KeyValues& former) const;
 
     // Make the key, if it does not exist, and set a value.
     // @throws SetupError with the name of the key

@@ -2,7 +2,6 @@
 
 #include "Installation.h"
 #include "InstalledFiles.h"
-#include "MachineKey.h"
 #include "ProtectedObjects.h"
 #include "ProxyRegistration.h"
 #include "RandomName.h"
@@ -122,9 +121,9 @@ void InstallationSteps::Replace()
 {
     conversation_.Say("Replacing the files.\n");
     const MachineKey notes = InstallationKey();
-    hadNotes_ = notes.Exists();
+    formerNotes_ = notes.Values();
+    formerEvents_ = EventSourceKey().Values();
     formerProxy_ = RegisteredProxy();
-    formerAccount_ = notes.Text("Account");
     swap_.SwapIn(notes.Text("InstallLocation") == folder_ ? notes.List("Files")
                                                           : std::vector<std::string>());
     wroteRegistry_ = true;
@@ -197,7 +196,9 @@ void InstallationSteps::GoBack() noexcept
     try {
         change_.EndStarted();
         RestoreRegistry();
-        swap_.TakeBack();
+        if (const std::string left = swap_.TakeBack(); !left.empty()) {
+            conversation_.Say(left);
+        }
         if (change_.Ended()) {
             StartFormer();
         }
@@ -240,14 +241,8 @@ void InstallationSteps::RestoreRegistry() noexcept
     if (!place_.isRegistered) {
         RemoveRegisteredRoot();
     }
-    const MachineKey notes = InstallationKey();
-    if (!hadNotes_) {
-        notes.Remove();
-    } else if (!options_.account.empty() && formerAccount_.empty()) {
-        notes.RemoveValue("Account");
-    } else if (!options_.account.empty()) {
-        Try([&] { notes.SetText("Account", formerAccount_); });
-    }
+    Try([&] { InstallationKey().Restore(formerNotes_); });
+    Try([&] { EventSourceKey().Restore(formerEvents_); });
 }
 
 void InstallationSteps::Try(const std::function<void()>& step) noexcept

@@ -3,6 +3,7 @@
 #include "Conversation.h"
 #include "FileSwap.h"
 #include "FirmwarePlace.h"
+#include "MachineKey.h"
 #include "Payload.h"
 #include "SafeFolders.h"
 #include "SetupOptions.h"
@@ -70,10 +71,10 @@ private:
     std::string accountSid_;
     std::optional<SafeFolders> folders_;
     bool logExisted_ = false;
-    bool hadNotes_ = false;
     bool wroteRegistry_ = false;
     std::string formerProxy_;
-    std::string formerAccount_;
+    KeyValues formerNotes_;  // of InstallationKey()
+    KeyValues formerEvents_; // of EventSourceKey()
 };
 
 } // namespace vqrx::setup::v0

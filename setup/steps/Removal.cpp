@@ -66,12 +66,13 @@ void RemoveAll(const SetupOptions& options, Conversation& conversation)
 {
     const std::string folder = InstalledFolder();
     SupervisorChange change(conversation, [folder] { return folder + "\\daemonctl.exe"; });
+    const std::string listing = folder + "\\" + RandomName("before-setup-") + ".json";
+    change.End(listing); // first: if it fails, the machine still has its guard
+    DeleteOrLater(listing);
     if (!change.Autostart({"remove"})) { // otherwise Windows would start a program that is gone
+        static_cast<void>(change.Autostart({"start"})); // it ended with the supervisor
         throw SetupError("The guard is still set up.");
     }
-    const std::string listing = folder + "\\" + RandomName("before-setup-") + ".json";
-    change.End(listing);
-    DeleteOrLater(listing);
     UnregisterProxy(folder + "\\DaemonMgrPS.dll"); // that of another installation stays
     RemoveInstalledFiles(folder, InstallationKey().List("Files"));
     RemoveRegisteredRoot();

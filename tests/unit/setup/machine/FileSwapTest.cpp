@@ -60,6 +60,15 @@ BOOL WINAPI RefuseToMoveDocument(LPCWSTR from, LPCWSTR to, DWORD flags)
     return moveFile(from, to, flags);
 }
 
+BOOL WINAPI RefuseToPutBack(LPCWSTR from, LPCWSTR to, DWORD flags)
+{
+    if (std::wstring(from).find(L"~old-") != std::wstring::npos) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return FALSE;
+    }
+    return moveFile(from, to, flags);
+}
+
 BOOL WINAPI WriteNothing(HANDLE, LPCVOID, DWORD, LPDWORD written, LPOVERLAPPED)
 {
     *written = 0;
@@ -105,7 +114,7 @@ TEST(FileSwap, A_swap_that_is_not_kept_is_taken_back)
         swap.Unpack(kFiles);
         swap.SwapIn({"docs\\old.md"});
         EXPECT_EQ(folder.File("a.exe"), swap.PlaceOf("a.exe"));
-        swap.TakeBack();
+        EXPECT_EQ(swap.TakeBack(), "");
         EXPECT_TRUE(std::filesystem::exists(swap.PlaceOf("a.exe"))); // unpacked again
     }
     EXPECT_THAT(FilesIn(folder), UnorderedElementsAre("a.exe=old a", "docs", "docs\\old.md=old"));
@@ -124,6 +133,21 @@ TEST(FileSwap, A_file_that_cannot_be_moved_takes_everything_back)
     }
     EXPECT_THAT(FilesIn(folder), UnorderedElementsAre("a.exe=old a", "docs", "docs\\inner",
                                                       "docs\\inner\\b.md=old b"));
+}
+
+TEST(FileSwap, A_file_that_cannot_be_put_back_is_named_and_the_others_are_put_back)
+{
+    const TempFolder folder;
+    Write(folder.File("a.exe"), "old a");
+    FileSwap swap(folder.Path().string());
+    swap.Unpack(kFiles);
+    swap.SwapIn({});
+    const ImportPatch patch("MoveFileExW", RefuseToPutBack, moveFile);
+    EXPECT_THAT(swap.TakeBack(),
+                testing::AllOf(testing::StartsWith("The file " + folder.File("~old-")),
+                               testing::EndsWith("\\a.exe could not be moved back to " +
+                                                 folder.File("a.exe") + " (Windows error 5).\n")));
+    EXPECT_FALSE(std::filesystem::exists(folder.File("docs\\inner\\b.md")));
 }
 
 TEST(FileSwap, A_full_disk_leaves_the_former_files)

@@ -54,6 +54,31 @@ TEST_F(MachineKeyTest, What_does_not_exist_or_is_of_another_kind_is_empty)
     EXPECT_EQ(std::vector<std::string>(), key_.List("number"));
 }
 
+TEST_F(MachineKeyTest, Values_of_before_are_restored_and_new_ones_go)
+{
+    const auto absent = key_.Values();
+    EXPECT_FALSE(absent);
+    key_.SetText("DisplayVersion", "1.0.0");
+    key_.SetNumber("number", 7);
+    key_.SetList("Files", {"one", "two"});
+    const auto before = key_.Values();
+    ASSERT_TRUE(before);
+    EXPECT_EQ(before->size(), 3U);
+    key_.SetText("DisplayVersion", "2.0.0");
+    key_.SetText("MadeLog", "x");
+    key_.RemoveValue("number");
+    key_.SetList("Files", {"three"});
+    key_.Restore(before);
+    EXPECT_EQ(key_.Text("DisplayVersion"), "1.0.0");
+    EXPECT_EQ(key_.Text("MadeLog"), "");
+    EXPECT_EQ(key_.List("Files"), (std::vector<std::string>{"one", "two"}));
+    const auto restored = key_.Values();
+    ASSERT_TRUE(restored);
+    EXPECT_EQ(restored->size(), 3U);
+    key_.Restore(absent);
+    EXPECT_FALSE(key_.Exists());
+}
+
 TEST_F(MachineKeyTest, Only_an_empty_key_is_removed_if_empty)
 {
     key_.SetText("text", "x");
