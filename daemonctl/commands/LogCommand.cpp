@@ -7,6 +7,7 @@
 #include "FollowLog.h"
 #include "LineOutput.h"
 #include "RecordFilter.h"
+#include "RecordFolder.h"
 #include "RecordText.h"
 #include "TimeText.h"
 
@@ -181,6 +182,12 @@ ScanSummary Read(const LogArguments& arguments, const std::string& path, Printer
 
 int Show(const LogArguments& arguments, const std::string& path)
 {
+    if (arguments.follow && IsRecordFolder(path)) { // each look would read all of it
+        PrintError(arguments, path +
+                                  " is a folder, which cannot be followed\n  To follow the log: " +
+                                  arguments.program + " log --follow");
+        return kWrongUsage;
+    }
     const std::unique_ptr<LineOutput> output = MakeLineOutput(arguments.colour);
     Printer printer(arguments, *output);
     try {

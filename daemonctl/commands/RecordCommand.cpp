@@ -55,10 +55,12 @@ void OrNotWritten(const Write& write)
 }
 
 // Follows the log until it cannot be read.
-void FollowInto(RecordFolder& folder, const RecordArguments& arguments, const std::string& path)
+// @param isMissing  becomes false when the log was read
+void FollowInto(RecordFolder& folder, const RecordArguments& arguments, const std::string& path,
+                bool& isMissing)
 {
     FollowSettings settings;
-    settings.last = folder.Last();
+    settings.shown = folder.Newest();
     FollowEvents events;
     events.record = [&](const Record& record) { OrNotWritten([&] { folder.Add(record); }); };
     events.gap = [&](const NewRecords& found) {
@@ -67,6 +69,7 @@ void FollowInto(RecordFolder& folder, const RecordArguments& arguments, const st
         OrNotWritten([&] { folder.AddRemark(text); });
     };
     events.goOn = [&] {
+        isMissing = false;
         OrNotWritten([&] { folder.Flush(); });
         return !arguments.once;
     };
@@ -84,7 +87,7 @@ int RecordLog(const RecordArguments& arguments, const std::string& path)
         try {
             std::optional<RecordFolder> folder;
             OrNotWritten([&] { folder.emplace(arguments.output, limits); });
-            FollowInto(*folder, arguments, path);
+            FollowInto(*folder, arguments, path, isMissing);
             return kDone;
         } catch (const FolderNotWritten& error) {
             PrintError(arguments, error.what());

@@ -24,11 +24,11 @@ struct FileState {
 class Follower {
 public:
     Follower(const std::string& path, TextEncoding encoding, const FollowEvents& events,
-             std::optional<Record> last)
+             std::vector<Record> shown)
         : path_(path)
         , encoding_(encoding)
         , events_(events)
-        , last_(std::move(last))
+        , shown_(std::move(shown))
     {
     }
 
@@ -51,13 +51,13 @@ public:
         if (records.empty()) {
             return;
         }
-        const NewRecords found = FindNew(last_, records);
+        const NewRecords found = FindNew(shown_, records);
         if (found.lost || found.isNewLog) {
             events_.gap(found);
         }
-        last_ = records.back();
-        for (std::size_t index = found.first; index < records.size(); ++index) {
-            events_.record(std::move(records[index]));
+        shown_ = std::move(records);
+        for (std::size_t index = found.first; index < shown_.size(); ++index) {
+            events_.record(shown_[index]);
         }
     }
 
@@ -68,7 +68,7 @@ private:
     TextEncoding encoding_;
     const FollowEvents& events_;
     std::optional<FileState> state_;
-    std::optional<Record> last_;
+    std::vector<Record> shown_; // the records of the last look that had any
     ScanSummary summary_;
 };
 
@@ -77,7 +77,7 @@ private:
 ScanSummary FollowLog(const std::string& path, TextEncoding encoding,
                       const FollowSettings& settings, const FollowEvents& events)
 {
-    Follower follower(path, encoding, events, settings.last);
+    Follower follower(path, encoding, events, settings.shown);
     follower.ReadIfChanged();
     auto lastSeen = std::chrono::steady_clock::now();
     while (events.goOn()) {

@@ -5,8 +5,8 @@
 
 #include <chrono>
 #include <functional>
-#include <optional>
 #include <string>
+#include <vector>
 
 namespace vqrx::client::v0 {
 
@@ -14,7 +14,8 @@ namespace vqrx::client::v0 {
 struct FollowSettings {
     std::chrono::milliseconds period{200};    ///< between two reads of the file
     std::chrono::milliseconds patience{3000}; ///< longest absence of the file
-    std::optional<Record> last = {};          ///< start after this record; nothing: at the oldest
+    /// Start after these records, which FindNew() gets; empty: at the oldest.
+    std::vector<Record> shown = {};
 };
 
 /// The calls that FollowLog makes, all on the caller's thread.

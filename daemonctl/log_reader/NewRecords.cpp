@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <tuple>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -26,21 +27,52 @@ std::size_t FirstNew(std::size_t next, const Record& last, const std::vector<Rec
     return static_cast<std::size_t>(first - records.begin());
 }
 
+// Orders records by time and number.
+bool IsBefore(const Record* left, const Record* right)
+{
+    return std::tie(left->timeMs, left->number) < std::tie(right->timeMs, right->number);
+}
+
+// Returns the index after the newest record of the log that was shown; 0 if none was. This happens
+// after a second supervisor was refused: the last records that were shown are its own, and the
+// first supervisor has overwritten them since. The older records of the first one are still there.
+std::size_t AfterNewestShown(const std::vector<Record>& shown, const std::vector<Record>& records)
+{
+    std::vector<const Record*> ordered;
+    ordered.reserve(shown.size());
+    for (const Record& record : shown) {
+        ordered.push_back(&record);
+    }
+    std::sort(ordered.begin(), ordered.end(), IsBefore);
+    const auto wasShown = [&ordered](const Record& record) {
+        const auto [begin, end] =
+            std::equal_range(ordered.begin(), ordered.end(), &record, IsBefore);
+        return std::any_of(begin, end, [&record](const Record* one) { return *one == record; });
+    };
+    const auto found = std::find_if(records.rbegin(), records.rend(), wasShown);
+    return static_cast<std::size_t>(records.rend() - found);
+}
+
 } // namespace
 
-NewRecords FindNew(const std::optional<Record>& last, const std::vector<Record>& records)
+NewRecords FindNew(const std::vector<Record>& shown, const std::vector<Record>& records)
 {
     NewRecords result;
-    if (!last || records.empty()) {
+    if (shown.empty() || records.empty()) {
         return result;
     }
-    const auto found = std::find(records.rbegin(), records.rend(), *last);
+    const Record& last = shown.back();
+    const auto found = std::find(records.rbegin(), records.rend(), last);
     if (found != records.rend()) {
-        result.first = FirstNew(static_cast<std::size_t>(records.rend() - found), *last, records);
+        result.first = FirstNew(static_cast<std::size_t>(records.rend() - found), last, records);
+        return result;
+    }
+    result.first = AfterNewestShown(shown, records);
+    if (result.first != 0) {
         return result;
     }
     const Record& oldest = records.front();
-    const bool numberContinues = oldest.number && last->number && *oldest.number > *last->number;
+    const bool numberContinues = oldest.number && last.number && *oldest.number > *last.number;
     if (!numberContinues && oldest.number == 0) {
         result.isNewLog = true;
         return result;
@@ -48,7 +80,7 @@ NewRecords FindNew(const std::optional<Record>& last, const std::vector<Record>&
     result.lost = true;
     if (numberContinues) {
         result.lostCount = static_cast<std::uint64_t>(*oldest.number) -
-                           static_cast<std::uint64_t>(*last->number) - 1;
+                           static_cast<std::uint64_t>(*last.number) - 1;
         result.lost = result.lostCount != 0U;
     }
     return result;

@@ -17,12 +17,14 @@ struct NewRecords {
     bool isNewLog = false; ///< the supervisor began a new log file: no shown record is in it
 };
 
-/// Finds the first record of a log after the record that was shown last. Numbers alone do not
-/// decide: a supervisor that starts may use numbers again, and a second supervisor that is refused
-/// writes its own records between those of the first. Pure.
-/// @param last     the record shown last; nothing if none was shown
+/// Finds the first record of a log after the records that were shown. Numbers alone do not decide:
+/// a supervisor that starts may use numbers again, and a second supervisor that is refused writes
+/// its own records between those of the first. Pure.
+/// @param shown    the records shown last, in the order of writing; empty if none was shown. All
+///                 that a ring can hold should be among them: if the last one is overwritten, those
+///                 before it show what is new
 /// @param records  all records of the log, in the order of writing
-[[nodiscard]] NewRecords FindNew(const std::optional<Record>& last,
+[[nodiscard]] NewRecords FindNew(const std::vector<Record>& shown,
                                  const std::vector<Record>& records);
 
 } // namespace vqrx::client::v0

@@ -15,7 +15,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kDigits = 6; // of the number at the beginning of a name
+constexpr std::size_t kDigits = 6;         // of the number at the beginning of a name
+constexpr std::size_t kMostInRing = 32768; // records: a ring has 1.1 MiB, a line 35 bytes or more
 
 fs::path PathOf(const std::string& utf8)
 {
@@ -67,6 +68,20 @@ std::string ReadWhole(const fs::path& path)
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
+// Returns nothing of a file that a recorder has removed meanwhile, because it was the oldest.
+std::string ReadUnlessRemoved(const fs::path& path)
+{
+    try {
+        return ReadWhole(path);
+    } catch (const std::runtime_error&) {
+        std::error_code error;
+        if (fs::exists(path, error) || error) {
+            throw;
+        }
+        return {};
+    }
+}
+
 // Calls take with each line that has an end, and the offset behind it.
 // @return the bytes without a line end, at the end of the content
 template <typename Take>
@@ -87,6 +102,7 @@ RecordFolder::RecordFolder(const std::string& path, const RecordFolderLimits& li
     : path_(path)
     , limits_(limits)
 {
+    limits_.fileBytes = std::min(limits_.fileBytes, limits_.folderBytes);
     std::error_code error;
     fs::create_directories(PathOf(path), error);
     names_ = NamesIn(path);
@@ -120,6 +136,25 @@ void RecordFolder::Continue()
     }
 }
 
+std::vector<Record> RecordFolder::Newest() const
+{
+    std::vector<Record> newest;
+    for (auto name = names_.rbegin(); name != names_.rend() && newest.size() < kMostInRing;
+         ++name) {
+        const std::string content = ReadWhole(PathIn(path_, *name));
+        std::vector<Record> ofFile;
+        EachLine(content, [&ofFile](std::string_view line, std::size_t) {
+            RecordLine read = ParseRecordLine(line);
+            if (read.grade != LineGrade::kUnreadable) {
+                ofFile.push_back(std::move(read.record));
+            }
+        });
+        newest.insert(newest.begin(), std::make_move_iterator(ofFile.begin()),
+                      std::make_move_iterator(ofFile.end()));
+    }
+    return newest;
+}
+
 void RecordFolder::Add(const Record& record)
 {
     const std::string line = LineOf(record) + "\n";
@@ -146,8 +181,10 @@ void RecordFolder::BeginFile(std::int64_t timeMs)
     std::string time = IsoTime(timeMs).value_or("without-a-date").substr(0, 19);
     std::replace(time.begin(), time.end(), ':', '-');
     name += "-" + time + ".log";
-    file_.close();
-    file_.clear();
+    if (file_.is_open()) {
+        Flush(); // closing would lose the failure of a full disk, and with it records
+        file_.close();
+    }
     file_.open(PathIn(path_, name), std::ios::binary | std::ios::app);
     names_.push_back(name);
     size_ = 0;
@@ -155,6 +192,8 @@ void RecordFolder::BeginFile(std::int64_t timeMs)
     RemoveOldest();
 }
 
+// A file that another program reads cannot be removed on Windows. It stays among the names, and the
+// next file tries again.
 void RecordFolder::RemoveOldest()
 {
     std::error_code error;
@@ -165,12 +204,16 @@ void RecordFolder::RemoveOldest()
         sizes.push_back(error ? 0 : size);
         total += sizes.back();
     }
-    std::size_t removed = 0;
-    while (removed + 1 < names_.size() && total > limits_.folderBytes) {
-        fs::remove(PathIn(path_, names_[removed]), error);
-        total -= sizes[removed++];
+    std::vector<std::string> kept;
+    for (std::size_t index = 0; index < names_.size(); ++index) {
+        const bool isSurplus = index + 1 < names_.size() && total > limits_.folderBytes;
+        if (isSurplus && (fs::remove(PathIn(path_, names_[index]), error) || !error)) {
+            total -= sizes[index];
+        } else {
+            kept.push_back(std::move(names_[index]));
+        }
     }
-    names_.erase(names_.begin(), names_.begin() + static_cast<std::ptrdiff_t>(removed));
+    names_ = std::move(kept);
 }
 
 void RecordFolder::Write(const std::string& line)
@@ -203,7 +246,7 @@ ScanSummary ReadRecordFolder(const std::string& path, const RecordCallback& onRe
         throw std::runtime_error(path + " cannot be read: the folder holds no recorded log");
     }
     for (const std::string& name : names) {
-        const std::string content = ReadWhole(PathIn(path, name));
+        const std::string content = ReadUnlessRemoved(PathIn(path, name));
         const std::string_view rest = EachLine(content, [&](std::string_view line, std::size_t) {
             if (line.starts_with('#')) {
                 return;

@@ -16,7 +16,8 @@ namespace vqrx::client::v0 {
 struct RecordFolderLimits {
     std::uint64_t fileBytes = std::uint64_t{16} * 1024 * 1024; ///< of one file
     std::int64_t fileMs = std::int64_t{24} * 60 * 60 * 1000; ///< between its first and last record
-    std::uint64_t folderBytes = std::uint64_t{1024} * 1024 * 1024; ///< of all files together
+    /// Of all files together. No file becomes larger than this, whatever fileBytes says.
+    std::uint64_t folderBytes = std::uint64_t{1024} * 1024 * 1024;
 };
 
 /// Writes records into a folder of files. Each file holds lines as the log has them, in UTF-8, and
@@ -33,6 +34,11 @@ public:
     /// Returns the record that was added last, also by an earlier program; nothing if there is
     /// none.
     [[nodiscard]] const std::optional<Record>& Last() const noexcept { return last_; }
+
+    /// Returns the newest records of the files, as many as a ring file can hold or more, in the
+    /// order of writing.
+    /// @throws std::runtime_error if a file cannot be read
+    [[nodiscard]] std::vector<Record> Newest() const;
 
     /// Adds a record. Begins a new file if the present one is too large or too old, and removes the
     /// oldest files if all together are too large.
@@ -67,11 +73,11 @@ private:
 [[nodiscard]] bool IsRecordFolder(const std::string& path);
 
 /// Reads all records of a folder that a RecordFolder has written, in the order of writing. A line
-/// without a line end, which a recorder may be writing, counts as torn.
+/// without a line end, which a recorder may be writing, counts as torn. A file that a recorder
+/// removes meanwhile is left out.
 /// @param path  UTF-8
 /// @throws std::runtime_error "... cannot be read: ..." if the folder or a file cannot be read, or
-///         the
-/// folder has no such file
+///         the folder has no such file
 [[nodiscard]] ScanSummary ReadRecordFolder(const std::string& path, const RecordCallback& onRecord);
 
 /// Writes a record as a line of the log, without a line end.

@@ -41,6 +41,15 @@ protected:
         return Run("record --once --file \"" + log_ + "\" --output \"" + records_ + "\"");
     }
 
+    std::vector<std::string> Recorded() const
+    {
+        std::vector<std::string> recorded;
+        for (const client::v0::Record& record : client::v0::ReadLogFile(records_)) {
+            recorded.push_back(record.text);
+        }
+        return recorded;
+    }
+
     TempFolder folder_;
     const std::string log_ = folder_.File("DaemonManager.log");
     const std::string records_ = folder_.File("records");
@@ -62,11 +71,39 @@ TEST_F(RecordCommand, records_every_record_of_a_ring_that_wraps_once_and_no_more
         EXPECT_EQ(errors_, "");
         EXPECT_EQ(RecordOnce(), 0); // nothing is new
     }
-    std::vector<std::string> recorded;
-    for (const client::v0::Record& record : client::v0::ReadLogFile(records_)) {
-        recorded.push_back(record.text);
+    EXPECT_EQ(Recorded(), written);
+}
+
+TEST_F(RecordCommand, repeats_nothing_after_the_records_of_a_refused_supervisor_are_overwritten)
+{
+    RingModel ring(2000);
+    for (int record = 0; record < 50; ++record) {
+        ring.Write("record " + std::to_string(record));
     }
-    EXPECT_EQ(recorded, written);
+    ASSERT_LT(ring.WritePosition(), 1500U);
+    Save(ring);
+    EXPECT_EQ(RecordOnce(), 0);
+    std::vector<std::string> expected = Recorded();
+    RingModel refused = ring;
+    refused.SetNumber(0);
+    for (const char* text : {"second begins", "second is refused", "second ends"}) {
+        refused.Write(text);
+        expected.emplace_back(text);
+    }
+    Save(refused);
+    EXPECT_EQ(RecordOnce(), 0);
+    EXPECT_EQ(Recorded(), expected);
+    // The first supervisor does not know these records and overwrites them.
+    ring.SetTime(1763265256000);
+    for (int record = 0; record < 5; ++record) {
+        expected.push_back("first continues " + std::to_string(record));
+        ring.Write(expected.back());
+    }
+    ASSERT_GT(ring.WritePosition(), refused.WritePosition());
+    Save(ring);
+    EXPECT_EQ(RecordOnce(), 0);
+    EXPECT_EQ(errors_, "");
+    EXPECT_EQ(Recorded(), expected);
 }
 
 TEST_F(RecordCommand, says_how_many_records_were_overwritten_before_it_came)
@@ -96,6 +133,18 @@ TEST_F(RecordCommand, log_reads_the_folder_in_place_of_the_log)
     EXPECT_EQ(Run("log --file \"" + records_ + "\""), 0);
     EXPECT_THAT(output_, HasSubstr("Start DaemonId(3) PId(7) : a.exe"));
     EXPECT_EQ(errors_, "");
+}
+
+TEST_F(RecordCommand, log_does_not_follow_a_folder_and_names_the_command_that_follows)
+{
+    RingModel ring;
+    ring.Write("a record");
+    Save(ring);
+    EXPECT_EQ(RecordOnce(), 0);
+    EXPECT_EQ(Run("log --follow --file \"" + records_ + "\""), 2);
+    EXPECT_EQ(errors_, "daemonctl: " + records_ +
+                           " is a folder, which cannot be followed\n"
+                           "  To follow the log: daemonctl log --follow\n");
 }
 
 TEST_F(RecordCommand, reports_a_log_that_cannot_be_read_and_a_folder_that_cannot_be_made)

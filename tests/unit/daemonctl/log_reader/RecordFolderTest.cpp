@@ -14,6 +14,12 @@
 #include <string>
 #include <vector>
 
+#if !defined(_WIN32)
+#include <csignal>
+
+#include <sys/resource.h>
+#endif
+
 namespace vqrx::test {
 namespace {
 
@@ -136,6 +142,103 @@ TEST_F(RecordFolderTest, Oldest_files_are_removed_when_the_folder_is_too_large)
     Keep({Numbered(1), Numbered(2), Numbered(3), Numbered(4), Numbered(5)}, limits);
     EXPECT_THAT(Numbers(), ElementsAre(3, 4, 5));
 }
+
+TEST_F(RecordFolderTest, Folder_stays_within_its_bound_if_a_file_may_be_larger)
+{
+    RecordFolderLimits limits;
+    limits.folderBytes = 3 * (LineOf(Numbered(1)).size() + 1);
+    Keep({Numbered(1), Numbered(2), Numbered(3), Numbered(4), Numbered(5)}, limits);
+    EXPECT_THAT(Numbers(), ElementsAre(4, 5));
+}
+
+// On Windows the file cannot be removed while another program reads it.
+TEST_F(RecordFolderTest, Oldest_file_is_removed_when_nobody_reads_it_any_more)
+{
+    RecordFolderLimits limits;
+    limits.fileBytes = LineOf(Numbered(1)).size() + 1;
+    limits.folderBytes = 3 * limits.fileBytes;
+    RecordFolder folder(path_, limits);
+    for (const int number : {1, 2, 3}) {
+        folder.Add(Numbered(number));
+    }
+    folder.Flush();
+    std::ifstream reader(std::filesystem::path(path_) / Names().front());
+    ASSERT_TRUE(reader.is_open());
+    folder.Add(Numbered(4));
+    reader.close();
+    folder.Add(Numbered(5));
+    folder.Flush();
+    EXPECT_THAT(Numbers(), ElementsAre(3, 4, 5));
+}
+
+TEST_F(RecordFolderTest, File_that_the_recorder_removes_is_left_out_by_a_reader)
+{
+    RecordFolderLimits limits;
+    limits.fileBytes = LineOf(Numbered(1)).size() + 1;
+    Keep({Numbered(1), Numbered(2), Numbered(3)}, limits);
+    const std::filesystem::path second = std::filesystem::path(path_) / Names()[1];
+    std::vector<std::int64_t> numbers;
+    const ScanSummary summary = ReadRecordFolder(path_, [&](const client::v0::Record& record) {
+        numbers.push_back(*record.number);
+        std::filesystem::remove(second);
+    });
+    EXPECT_TRUE(summary.IsSound());
+    EXPECT_THAT(numbers, ElementsAre(1, 3));
+}
+
+TEST_F(RecordFolderTest, Newest_records_come_from_as_many_files_as_a_ring_has_records)
+{
+    RecordFolderLimits limits;
+    limits.fileBytes = LineOf(Numbered(1)).size() + 1;
+    const std::vector<client::v0::Record> records = {Numbered(1), Numbered(2), Numbered(3)};
+    Keep(records, limits);
+    EXPECT_EQ(RecordFolder(path_, limits).Newest(), records);
+    EXPECT_EQ(RecordFolder(folder_.File("empty"), limits).Newest(),
+              std::vector<client::v0::Record>());
+}
+
+#if !defined(_WIN32)
+/// Lets this program write no file beyond a size, as if the disk were full.
+class LargestFile {
+public:
+    explicit LargestFile(rlim_t bytes)
+    {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        rlimit limit = before_;
+        limit.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    LargestFile(const LargestFile&) = delete;
+    LargestFile& operator=(const LargestFile&) = delete;
+    ~LargestFile()
+    {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+
+private:
+    void (*handler_)(int) = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before_{};
+};
+
+TEST_F(RecordFolderTest, Disk_that_is_full_when_the_next_file_begins_is_an_error)
+{
+    RecordFolderLimits limits;
+    limits.fileBytes = LineOf(Numbered(1)).size() + 1;
+    RecordFolder folder(path_, limits);
+    bool hasFailed = false;
+    {
+        const LargestFile full(10);
+        folder.Add(Numbered(1)); // waits in memory
+        try {
+            folder.Add(Numbered(2));
+        } catch (const std::runtime_error&) {
+            hasFailed = true;
+        }
+    }
+    EXPECT_TRUE(hasFailed);
+}
+#endif
 
 TEST_F(RecordFolderTest, Remarks_are_no_records_and_no_damage)
 {
