@@ -1,5 +1,6 @@
 // What one look of the client costs, without the questions to Windows about each process: the ring
-// file is read, its records become a timeline, the timeline becomes a table, metrics or a page.
+// file is read, its records become a timeline, the timeline becomes a screen of ps --watch that is
+// compared with the look before, metrics or a page.
 #include "DaemonStatus.h"
 #include "DaemonTable.h"
 #include "LogFile.h"
@@ -9,9 +10,11 @@
 #include "ReportHtml.h"
 #include "ReportModel.h"
 #include "TimelineBuilder.h"
+#include "WatchScreen.h"
 #include "log_perf/ring/LogFileSink.h"
 #include "log_perf/time/Clock.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -82,14 +85,17 @@ void Look(const std::string& file, int daemons, int starts, const std::string& s
     WriteLog(file, records, daemons);
     const ProcessSource source = MachineWhereAllRun(records, daemons);
     const std::int64_t nowMs = (kBegin + records + 60) * 1000;
-    TableStyle style;
-    style.nowMs = nowMs;
-    style.timeText = [](std::int64_t timeMs) { return std::to_string(timeMs); };
+    const TimeWriter timeText = [](std::int64_t timeMs) { return std::to_string(timeMs); };
     const auto statusNow = [&] {
         const Timeline timeline = BuildTimeline(ReadLogFile(file));
         return StatusOfDaemons(timeline.runs.back(), source, nowMs, {});
     };
-    Time("client.refresh_ms." + suffix, [&] { Keep(TableOf(statusNow(), style)); });
+    const ScreenSize screen{200, static_cast<std::size_t>(daemons) + 25};
+    const WatchLook before{nowMs - 2000, {}, statusNow(), {}};
+    Time("client.refresh_ms." + suffix, [&] {
+        const WatchLook now{nowMs, {}, statusNow(), {}};
+        Keep(ComposeScreen(&before, now, screen, 2, timeText));
+    });
     Time("client.metrics_ms." + suffix, [&] {
         MachineMetrics machine;
         machine.nowMs = nowMs;

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
+#include <unordered_map>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -46,28 +47,39 @@ std::string LastExitText(const DaemonStatus& daemon, const TimeWriter& timeText)
            (last.sure ? ", " : " (likely), ") + timeText(last.timeMs);
 }
 
-// Finds the same process at the earlier look.
-const DaemonStatus* SameProcessBefore(const DaemonStatus& daemon, const TableStyle& style)
+// The processes at the earlier look, by process id.
+using FormerProcesses = std::unordered_map<std::uint32_t, const DaemonStatus*>;
+
+FormerProcesses FormerProcessesOf(const TableStyle& style)
 {
-    if (style.before == nullptr) {
-        return nullptr;
+    FormerProcesses processes;
+    if (style.before != nullptr) {
+        for (const DaemonStatus& daemon : *style.before) {
+            if (daemon.Runs()) {
+                processes.emplace(*daemon.processId, &daemon);
+            }
+        }
     }
-    const auto found = std::find_if(
-        style.before->begin(), style.before->end(), [&daemon](const DaemonStatus& before) {
-            return before.Runs() && before.processId == daemon.processId &&
-                   before.process.createdMs == daemon.process.createdMs;
-        });
-    return found == style.before->end() ? nullptr : &*found;
+    return processes;
+}
+
+// Finds the same process at the earlier look.
+const DaemonStatus* SameProcess(const FormerProcesses& former, const DaemonStatus& daemon)
+{
+    const auto found = former.find(*daemon.processId);
+    return found != former.end() && found->second->process.createdMs == daemon.process.createdMs
+               ? found->second
+               : nullptr;
 }
 
 void AddProcess(Row& row, const DaemonStatus& daemon, const TableStyle& style,
-                const TimeWriter& timeText)
+                const FormerProcesses& former, const TimeWriter& timeText)
 {
     constexpr double mebibyte = 1024.0 * 1024.0;
     const double memory = static_cast<double>(daemon.process.memoryBytes) / mebibyte;
     row[3] = timeText(daemon.process.createdMs);
     row[7] = WithOneDecimal(memory, " MiB");
-    if (const DaemonStatus* const before = SameProcessBefore(daemon, style)) {
+    if (const DaemonStatus* const before = SameProcess(former, daemon)) {
         row[6] = WithOneDecimal(
             CpuPercent(before->process.cpuMs, daemon.process.cpuMs, style.nowMs - style.beforeMs),
             " %");
@@ -80,7 +92,8 @@ void AddProcess(Row& row, const DaemonStatus& daemon, const TableStyle& style,
     }
 }
 
-Row RowOf(const DaemonStatus& daemon, const TableStyle& style, const TimeWriter& timeText)
+Row RowOf(const DaemonStatus& daemon, const TableStyle& style, const FormerProcesses& former,
+          const TimeWriter& timeText)
 {
     Row row;
     row.fill(kNothing);
@@ -94,7 +107,7 @@ Row RowOf(const DaemonStatus& daemon, const TableStyle& style, const TimeWriter&
         row[kLastExitColumn] = LastExitText(daemon, timeText);
     }
     if (daemon.Runs()) {
-        AddProcess(row, daemon, style, timeText);
+        AddProcess(row, daemon, style, former, timeText);
     }
     row.back() = WithoutBlank(daemon.command);
     std::transform(row.begin(), row.end(), row.begin(), Printable);
@@ -160,7 +173,7 @@ std::vector<Row> TitleRow()
 }
 
 std::vector<std::string> NarrowLines(const std::vector<DaemonStatus>& daemons,
-                                     const TableStyle& style)
+                                     const TableStyle& style, const FormerProcesses& former)
 {
     const std::string now = style.timeText(style.nowMs);
     const TimeWriter shortTime = [&](std::int64_t timeMs) {
@@ -168,7 +181,7 @@ std::vector<std::string> NarrowLines(const std::vector<DaemonStatus>& daemons,
     };
     std::vector<Row> rows = TitleRow();
     for (const DaemonStatus& daemon : daemons) {
-        rows.push_back(RowOf(daemon, style, shortTime));
+        rows.push_back(RowOf(daemon, style, former, shortTime));
         rows.back().back() = WithoutFolder(rows.back().back());
     }
     std::vector<std::string> lines = Aligned(rows, false);
@@ -182,16 +195,17 @@ std::vector<std::string> NarrowLines(const std::vector<DaemonStatus>& daemons,
 
 std::vector<TableLine> TableOf(const std::vector<DaemonStatus>& daemons, const TableStyle& style)
 {
+    const FormerProcesses former = FormerProcessesOf(style);
     std::vector<Row> rows = TitleRow();
     for (const DaemonStatus& daemon : daemons) {
-        rows.push_back(RowOf(daemon, style, style.timeText));
+        rows.push_back(RowOf(daemon, style, former, style.timeText));
     }
     std::vector<std::string> lines = Aligned(rows, true);
     const auto isTooLong = [&style](const std::string& line) {
         return style.width && CharactersOf(line) > *style.width;
     };
     if (std::any_of(lines.begin(), lines.end(), isTooLong)) {
-        lines = NarrowLines(daemons, style);
+        lines = NarrowLines(daemons, style, former);
     }
     std::vector<TableLine> table;
     for (std::size_t index = 0; index < lines.size(); ++index) {

@@ -3,34 +3,40 @@
 #include "RecordText.h"
 
 #include <algorithm>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <utility>
 
 namespace vqrx::client::v0 {
 namespace {
 
-// Finds the same daemon at the look before: by its id, or by its command if it has no id.
-const DaemonStatus* SameDaemonBefore(const WatchLook& before, const DaemonStatus& daemon)
+// The daemons at the look before, by id and command: one that could never be started has no id.
+using FormerDaemons =
+    std::map<std::pair<std::optional<std::uint32_t>, std::string_view>, const DaemonStatus*>;
+
+FormerDaemons FormerDaemonsOf(const WatchLook* before)
 {
-    const auto found = std::find_if(
-        before.daemons.begin(), before.daemons.end(), [&daemon](const DaemonStatus& other) {
-            return other.id == daemon.id && other.command == daemon.command;
-        });
-    return found == before.daemons.end() ? nullptr : &*found;
+    FormerDaemons daemons;
+    if (before != nullptr && before->problem.empty()) {
+        for (const DaemonStatus& daemon : before->daemons) {
+            daemons.emplace(std::pair(daemon.id, std::string_view(daemon.command)), &daemon);
+        }
+    }
+    return daemons;
 }
 
-bool HasChanged(const WatchLook* before, const DaemonStatus& daemon)
+bool HasChanged(const FormerDaemons& former, const DaemonStatus& daemon)
 {
-    if (before == nullptr || !before->problem.empty()) {
-        return false;
-    }
-    const DaemonStatus* const same = SameDaemonBefore(*before, daemon);
-    return same == nullptr || same->state != daemon.state || same->processId != daemon.processId ||
-           same->restarts != daemon.restarts;
+    const auto same = former.find({daemon.id, daemon.command});
+    return same == former.end() || same->second->state != daemon.state ||
+           same->second->processId != daemon.processId || same->second->restarts != daemon.restarts;
 }
 
 bool IsNew(const WatchLook* before, const AttributedRecord& record)
 {
-    return before != nullptr && !before->records.empty() &&
-           record.record.timeMs > before->records.back().record.timeMs;
+    return before != nullptr &&
+           (before->records.empty() || record.record.timeMs > before->records.back().record.timeMs);
 }
 
 std::vector<ScreenLine> TableLines(const WatchLook* before, const WatchLook& now,
@@ -40,13 +46,16 @@ std::vector<ScreenLine> TableLines(const WatchLook* before, const WatchLook& now
     style.nowMs = now.nowMs;
     style.timeText = timeText;
     style.width = size.width;
-    if (before != nullptr && before->problem.empty()) {
+    const bool isComparable = before != nullptr && before->problem.empty();
+    if (isComparable) {
         style.before = &before->daemons;
         style.beforeMs = before->nowMs;
     }
+    const FormerDaemons former = FormerDaemonsOf(before);
     std::vector<ScreenLine> lines;
     for (TableLine& line : TableOf(now.daemons, style)) {
-        const bool marked = !lines.empty() && HasChanged(before, now.daemons[lines.size() - 1]);
+        const bool marked =
+            isComparable && !lines.empty() && HasChanged(former, now.daemons[lines.size() - 1]);
         lines.push_back({std::move(line.text), line.level, marked});
     }
     return lines;

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -74,6 +75,30 @@ TEST(WatchScreen, Marks_the_daemons_and_records_that_have_changed)
     EXPECT_FALSE(lines[3].marked);
     EXPECT_TRUE(lines.back().marked);
     EXPECT_FALSE(lines[lines.size() - 2].marked);
+}
+
+TEST(WatchScreen, Marks_the_first_records_of_a_log_that_had_none_before)
+{
+    WatchLook before = SomeLook();
+    before.records.clear();
+    for (const bool isFirst : {true, false}) {
+        const auto lines = Screen(isFirst ? nullptr : &before, SomeLook(), {200, 25});
+        EXPECT_EQ(lines.back().marked, !isFirst);
+    }
+}
+
+TEST(WatchScreen, Finds_the_daemon_of_the_look_before_in_any_order)
+{
+    const WatchLook before = SomeLook();
+    WatchLook now = SomeLook();
+    std::reverse(now.daemons.begin(), now.daemons.end());
+    for (const ScreenLine& line : Screen(&before, now, {200, 25})) {
+        EXPECT_FALSE(line.marked) << line.text;
+    }
+    now.daemons.push_back(now.daemons[0]);
+    now.daemons.back().command = "new.exe ";
+    const auto lines = Screen(&before, now, {200, 25});
+    EXPECT_TRUE(lines[1 + now.daemons.size()].marked) << lines[1 + now.daemons.size()].text;
 }
 
 TEST(WatchScreen, Without_a_supervisor_says_so_and_goes_on_showing_the_records)
