@@ -51,7 +51,7 @@ int Launch(SupervisorClient& supervisor, const Arguments& arguments)
     if (!answer.done) {
         std::cerr << "daemonctl: registered already, as daemon " << answer.daemonId << std::endl;
     }
-    WarnAboutProgram(arguments.path);
+    WarnAboutProgram(arguments.path, answer.daemonId);
     if (arguments.waitSeconds) {
         return WaitUntilItRuns(answer.daemonId, *arguments.waitSeconds);
     }
@@ -74,9 +74,9 @@ int Attach(SupervisorClient& supervisor, const Arguments& arguments)
 int Detach(SupervisorClient& supervisor, const Arguments& arguments)
 {
     const std::string id = std::to_string(arguments.id);
-    return Answer(supervisor.Detach(arguments.id),
-                  "daemon " + id + " detached, its process runs on",
-                  "daemon " + id + " is unknown or was not attached");
+    return Answer(
+        supervisor.Detach(arguments.id), "daemon " + id + " detached, its process runs on",
+        "daemon " + id + " is unknown or was not attached\n  To see all daemons: daemonctl ps");
 }
 
 using Operation = int (*)(SupervisorClient&, const Arguments&);

@@ -13,6 +13,8 @@
 #include <exception>
 #include <iostream>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -46,15 +48,19 @@ void WarnOf(const std::string& warning)
 
 } // namespace
 
-void WarnAboutProgram(const std::string& path)
+void WarnAboutProgram(const std::string& path, std::uint32_t daemonId)
 {
     std::string appFolder;
     try {
         appFolder = DefaultAppFolder();
     } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch): then it is not known
     }
-    for (const std::string& warning : WarningsAboutPath(path, appFolder, KindOfPath)) {
+    const std::vector<std::string> warnings = WarningsAboutPath(path, appFolder, KindOfPath);
+    for (const std::string& warning : warnings) {
         WarnOf(warning);
+    }
+    if (!warnings.empty()) {
+        std::cerr << "  To undo this: daemonctl stop " << daemonId << std::endl;
     }
 }
 

@@ -7,8 +7,9 @@ namespace vqrx::client::v0 {
 
 /// Prints warnings about a program that was given to the supervisor, on standard error: the path is
 /// relative, or no file is there. The supervisor accepts any path and tries it every second.
-/// @param path  UTF-8
-void WarnAboutProgram(const std::string& path);
+/// @param path      UTF-8
+/// @param daemonId  of the program; the warnings name the command that stops it
+void WarnAboutProgram(const std::string& path, std::uint32_t daemonId);
 
 /// Waits until a daemon has run for two seconds, or until the time is over, and prints on standard
 /// output or standard error whether it runs then. A program that ends at once does not count.

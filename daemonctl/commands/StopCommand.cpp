@@ -124,6 +124,12 @@ int ForEachSelected(const DaemonSelection& selection, const Reporter& reporter,
     if (failure) {
         return *failure;
     }
+    const bool isAnyUnknown = !selected.unknownNames.empty() ||
+                              std::any_of(selected.daemons.begin(), selected.daemons.end(),
+                                          [](const DaemonStatus& daemon) { return !daemon.inLog; });
+    if (!isDone && isAnyUnknown) {
+        std::cerr << "  To see all daemons: daemonctl ps" << std::endl;
+    }
     return isDone ? kDone : kNothingToDo;
 }
 

@@ -175,7 +175,9 @@ TEST(Control, Clients_that_come_and_go_leave_no_handle_in_the_supervisor)
 {
     constexpr int clients = 8;
     SupervisorProcess supervisor;
-    const Answer unknown{1, "", "daemonctl: daemon 99 is unknown or was not attached\n"};
+    const Answer unknown{1, "",
+                         "daemonctl: daemon 99 is unknown or was not attached\n"
+                         "  To see all daemons: daemonctl ps\n"};
     EXPECT_EQ(Daemonctl("detach 99"), unknown); // the first makes the threads that serve clients
     const std::ptrdiff_t before = HandlesOf(supervisor.Process().Pid());
     for (int client = 0; client < clients; ++client) {

@@ -110,13 +110,15 @@ TEST(Daemonctl, Launch_and_Stop_report_the_result_of_the_call)
     EXPECT_EQ(Daemonctl(launch),
               (Answer{1, "0\n", "daemonctl: registered already, as daemon 0\n"}));
     EXPECT_NE(supervisor.WaitForStart(0), 0U);
-    EXPECT_EQ(Daemonctl("detach 0"),
-              (Answer{1, "", "daemonctl: daemon 0 is unknown or was not attached\n"}));
+    EXPECT_EQ(Daemonctl("detach 0"), (Answer{1, "",
+                                             "daemonctl: daemon 0 is unknown or was not attached\n"
+                                             "  To see all daemons: daemonctl ps\n"}));
     EXPECT_EQ(Daemonctl("stop 0"), (Answer{0, "daemon 0 stopped\n", ""}));
     EXPECT_EQ(Daemonctl("stop 0"),
               (Answer{1, "",
                       "daemonctl: no process was stopped: daemon 0 is unknown, was attached (its "
-                      "process runs on), or cannot be ended\n"}));
+                      "process runs on), or cannot be ended\n"
+                      "  To see all daemons: daemonctl ps\n"}));
 }
 
 TEST(Daemonctl, Launch_warns_of_a_path_that_cannot_be_started)
@@ -126,7 +128,8 @@ TEST(Daemonctl, Launch_warns_of_a_path_that_cannot_be_started)
         Daemonctl("launch C:\\no\\such.exe"),
         (Answer{0, "0\n",
                 "daemonctl: warning: C:\\no\\such.exe does not exist; the supervisor tries to "
-                "start it every second\n"}));
+                "start it every second\n"
+                "  To undo this: daemonctl stop 0\n"}));
     EXPECT_EQ(Daemonctl("launch \"\"").exitCode, 2U);
     const Answer relative = Daemonctl("launch such.exe");
     EXPECT_EQ(relative.exitCode, 0U);

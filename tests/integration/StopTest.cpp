@@ -53,7 +53,8 @@ TEST_F(Stop, takes_several_ids_and_the_names_of_programs)
               (Answer{1, "daemon 2 stopped\ndaemon 0 stopped\ndaemon 1 stopped\n",
                       "daemonctl: no daemon runs nobody.exe\n"
                       "daemonctl: no process was stopped: daemon 9 is unknown, was attached (its "
-                      "process runs on), or cannot be ended\n"}));
+                      "process runs on), or cannot be ended\n"
+                      "  To see all daemons: daemonctl ps\n"}));
     for (const DWORD process : {first, second, other}) {
         EXPECT_TRUE(WaitUntil([process] { return !IsRunning(process); }));
     }
@@ -197,7 +198,9 @@ TEST_F(Stop, Restart_ends_processes_and_waits_until_the_supervisor_has_started_t
                       waiting + "0\n" + waiting + "1\n"}));
     EXPECT_EQ(Listed(), 2U);
     EXPECT_EQ(Daemonctl("restart 7"),
-              (Answer{1, "", "daemonctl: daemon 7 is unknown: the log does not show it\n"}));
+              (Answer{1, "",
+                      "daemonctl: daemon 7 is unknown: the log does not show it\n"
+                      "  To see all daemons: daemonctl ps\n"}));
 }
 
 TEST_F(Stop, Restart_reports_a_program_that_is_not_started_again)
