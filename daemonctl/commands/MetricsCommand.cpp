@@ -10,12 +10,10 @@
 #include "ThisMachine.h"
 #include "TimeText.h"
 #include "TimelineBuilder.h"
-#include "Utf8.h"
 #include "WithSupervisor.h"
 
 #include <fcntl.h>
 #include <io.h>
-#include <windows.h>
 
 #include <chrono>
 #include <cstdint>
@@ -35,22 +33,17 @@ struct MetricsOptions {
     std::uint32_t everySeconds = 0;
 };
 
-bool IsDamagedLogThere(const std::string& logPath)
-{
-    return GetFileAttributesW(Wide(logPath + ".damaged").c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
 // Reads the log. @return its timeline; an empty one if it cannot be read
 Timeline ReadLogFor(MachineMetrics& machine)
 {
     try {
-        const std::string path = DefaultLogPath();
         TimelineBuilder builder;
-        const ScanSummary summary = ReadLogFile(
-            path, TextEncoding::kAuto, [&](Record record) { builder.Add(std::move(record)); });
+        const ScanSummary summary =
+            ReadLogFile(DefaultLogPath(), TextEncoding::kAuto,
+                        [&](Record record) { builder.Add(std::move(record)); });
         Timeline timeline = builder.Finish();
         machine.logReadable = true;
-        machine.logDamaged = !summary.IsSound() || IsDamagedLogThere(path);
+        machine.logDamaged = !summary.IsSound() || !DamagedLogs().empty();
         for (const Gap& gap : timeline.gaps) {
             machine.queueOverflows += gap.kind == GapKind::kQueueOverflow ? 1 : 0;
             machine.recordsMissing += gap.count;

@@ -115,13 +115,12 @@ std::string MetricsWriter::UniqueLabels(const DaemonStatus& daemon)
     const std::string rest = "\",command=\"" + MetricLabel(WithoutBlank(daemon.command)) +
                              "\",service=\"" + (daemon.service ? "true" : "false") +
                              "\",attached=\"" + (daemon.attached ? "true" : "false") + "\"";
-    const std::string id = daemon.id ? std::to_string(*daemon.id) : "-";
-    std::string labels = "id=\"" + id + rest;
-    for (int number = 2; !used_.insert(labels).second; ++number) {
-        labels = "id=\"" + id;
-        labels.append("#").append(std::to_string(number)).append(rest);
+    std::string id = daemon.id ? std::to_string(*daemon.id) : "-";
+    const std::size_t number = ++used_[id + rest];
+    if (number > 1) {
+        id.append("#").append(std::to_string(number));
     }
-    return labels;
+    return "id=\"" + id + rest;
 }
 
 void MetricsWriter::Begin(std::string_view name, std::string_view help)

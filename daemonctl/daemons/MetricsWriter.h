@@ -2,10 +2,11 @@
 
 #include "DaemonStatus.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -60,7 +61,7 @@ private:
     void AddSample(std::string_view name, std::string_view labels, double value);
 
     std::vector<Labelled> daemons_;
-    std::set<std::string> used_; // labels
+    std::map<std::string, std::size_t> used_; // how many daemons have the labels
     std::string text_;
 };
 

@@ -11,6 +11,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
 
 namespace vqrx::test {
@@ -57,6 +59,22 @@ TEST(OperatorStates, Ps_shows_a_batch_file_that_runs_as_running)
     EXPECT_EQ(daemons[0].at("state"), "running");
     EXPECT_EQ(daemons[0].at("process_id"), process);
     EXPECT_EQ(Daemonctl("wait 0 --for running --timeout 0").exitCode, 0U);
+}
+
+TEST(OperatorStates, Metrics_show_a_damaged_log_under_each_name_that_the_supervisor_gives_it)
+{
+    const SupervisorProcess supervisor;
+    const auto showsDamage = [] {
+        return Daemonctl("metrics").output.find("\ndaemonmanager_log_damaged 1\n") !=
+               std::string::npos;
+    };
+    EXPECT_FALSE(showsDamage());
+    for (const char* ending : {".damaged", ".damaged2"}) {
+        const std::string damaged = supervisor.LogFile() + ending;
+        std::ofstream(damaged) << "x";
+        EXPECT_TRUE(showsDamage()) << ending;
+        std::filesystem::remove(damaged);
+    }
 }
 
 TEST(OperatorStates, Other_names_of_commands_work_or_name_the_right_command)
