@@ -121,23 +121,56 @@ void WriteEvents(EventLog& eventLog, const std::vector<Trouble>& troubles, bool&
     }
 }
 
-// @return nothing if no supervisor answers, or its log does not show it
-std::optional<std::vector<DaemonStatus>> WatchedDaemons()
-{
-    try {
-        if (!IsSupervisorThere()) {
-            return std::nullopt;
-        }
-        return ReadDaemons(ChildrenOfSupervisor()).daemons;
-    } catch (const std::runtime_error&) {
-        return std::nullopt;
+/// Looks at this machine. What keeps it from seeing the daemons is printed, once until a look sees
+/// them again: trouble that nobody can see has not ended.
+class MachineLooks {
+public:
+    explicit MachineLooks(std::uint32_t downSeconds)
+        : watch_(std::int64_t{downSeconds} * 1000)
+    {
     }
-}
+
+    /// @return what has changed since the look before
+    std::vector<Trouble> Take(std::int64_t nowMs)
+    {
+        try {
+            return IsSupervisorAtWork() ? TakeOfDaemons(nowMs) : watch_.Look(nowMs, std::nullopt);
+        } catch (const std::runtime_error& error) {
+            PrintOnce(error);
+            return {};
+        }
+    }
+
+private:
+    std::vector<Trouble> TakeOfDaemons(std::int64_t nowMs)
+    {
+        try {
+            std::vector<Trouble> troubles =
+                watch_.Look(nowMs, ReadDaemons(ChildrenOfSupervisor()).daemons);
+            hasFailed_ = false;
+            return troubles;
+        } catch (const std::runtime_error& error) {
+            PrintOnce(error);
+            return watch_.LookAtSupervisor(nowMs);
+        }
+    }
+
+    void PrintOnce(const std::runtime_error& error)
+    {
+        if (!std::exchange(hasFailed_, true)) {
+            std::cerr << "daemonctl: " << error.what()
+                      << "; until that has passed, nothing is known of the daemons" << std::endl;
+        }
+    }
+
+    TroubleWatch watch_;
+    bool hasFailed_ = false;
+};
 
 int WatchForTrouble(const WatchOptions& options)
 {
     const Interrupt interrupt;
-    TroubleWatch watch(std::int64_t{options.downSeconds} * 1000);
+    MachineLooks looks(options.downSeconds);
     Caller caller(options);
     std::optional<EventLog> eventLog;
     if (options.eventLog) {
@@ -146,7 +179,7 @@ int WatchForTrouble(const WatchOptions& options)
     bool eventLogFailed = false;
     do {
         const std::int64_t nowMs = NowMs();
-        std::vector<Trouble> troubles = watch.Look(nowMs, WatchedDaemons());
+        std::vector<Trouble> troubles = looks.Take(nowMs);
         for (const Trouble& trouble : troubles) {
             PrintText(LocalTimeText(nowMs) + " " + Printable(DescribeChange(trouble)) + "\n");
         }

@@ -6,6 +6,7 @@
 #include "Printable.h"
 #include "ProcessList.h"
 #include "ShutdownProgress.h"
+#include "SupervisorAnswer.h"
 #include "SupervisorProcesses.h"
 #include "ThisMachine.h"
 #include "com/ClientApartment.h"
@@ -98,20 +99,28 @@ void PrintNotes(const std::vector<DaemonStatus>& daemons, const SupervisorRun& r
 
 bool IsSupervisorThere()
 {
-    return StateOfSupervisor() == SupervisorState::kRunning;
+    return AskSupervisor() == SupervisorAnswer::kAnswers;
+}
+
+bool IsSupervisorAtWork()
+{
+    const SupervisorAnswer answer = AskSupervisor();
+    return answer == SupervisorAnswer::kAnswers || (answer == SupervisorAnswer::kCannotBeCalled &&
+                                                    !SupervisorProcesses().Running().empty());
 }
 
 SupervisorState StateOfSupervisor()
 {
-    try {
-        const system::com::v1::ClientApartment apartment;
-        const daemon_manager::SupervisorClient supervisor;
+    switch (AskSupervisor()) {
+    case SupervisorAnswer::kAnswers:
         return SupervisorState::kRunning;
-    } catch (const daemon_manager::SupervisorNotRunning&) {
+    case SupervisorAnswer::kNotPublished:
         return StateWithoutObject();
-    } catch (const std::exception&) { // a supervisor may run that this user cannot call
-        return SupervisorState::kUnknown;
+    case SupervisorAnswer::kCannotBeCalled:
+    case SupervisorAnswer::kSilent:
+        break;
     }
+    return SupervisorState::kUnknown;
 }
 
 } // namespace vqrx::client::v0

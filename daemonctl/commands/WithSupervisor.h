@@ -24,12 +24,20 @@ WithSupervisorAndLog(const std::function<int(daemon_manager::SupervisorClient&)>
 /// Prints the notes on a listing (ListingNotes) on standard error.
 void PrintNotes(const std::vector<DaemonStatus>& daemons, const SupervisorRun& run);
 
-/// Returns whether the supervisor of this machine is published and can be called.
+/// Returns whether the supervisor of this machine is published and answers within five seconds.
+/// @throws std::system_error if Windows starts no thread
 [[nodiscard]] bool IsSupervisorThere();
+
+/// Returns whether the supervisor of this machine keeps programs running: it answers within five
+/// seconds, or this user cannot call it and its process runs.
+/// @throws ProcessListUnreadable; std::system_error if Windows starts no thread
+[[nodiscard]] bool IsSupervisorAtWork();
 
 /// Finds out whether the supervisor of this machine runs.
 /// @return notRunning only if none is published and no process runs a file named DaemonManager.exe;
-/// unknown if a supervisor may run, but does not answer this user or is not to be trusted
+/// unknown if a supervisor may run, but does not answer this user within five seconds or is not to
+/// be trusted
+/// @throws std::system_error if Windows starts no thread
 [[nodiscard]] SupervisorState StateOfSupervisor();
 
 } // namespace vqrx::client::v0

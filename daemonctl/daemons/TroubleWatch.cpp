@@ -48,24 +48,37 @@ TroubleObject ObjectOf(const Trouble& trouble)
 std::vector<Trouble> TroubleWatch::Look(std::int64_t nowMs,
                                         const std::optional<std::vector<DaemonStatus>>& daemons)
 {
+    std::vector<Trouble> found = NoteSupervisor(nowMs, daemons.has_value());
+    const std::map<Key, Known> before = std::exchange(known_, {});
+    if (!daemons) {
+        return found;
+    }
+    for (const DaemonStatus& daemon : *daemons) {
+        const Key key(daemon.id, daemon.command);
+        auto same = before.find(key);
+        if (same == before.end()) { // the log shows the id from the first start on
+            same = before.find(Key(std::nullopt, daemon.command));
+        }
+        Known known = same != before.end() ? same->second : Known();
+        LookAt(daemon, nowMs, known, found);
+        known_[key] = known;
+    }
+    return found;
+}
+
+std::vector<Trouble> TroubleWatch::LookAtSupervisor(std::int64_t nowMs)
+{
+    return NoteSupervisor(nowMs, true);
+}
+
+std::vector<Trouble> TroubleWatch::NoteSupervisor(std::int64_t nowMs, bool isThere)
+{
     std::vector<Trouble> found;
-    const bool isThere = daemons.has_value();
     if (isThere != isThere_.value_or(true)) {
         found.push_back(ChangeOf(
             isThere ? Trouble::Kind::kSupervisorBack : Trouble::Kind::kSupervisorLost, nowMs));
     }
     isThere_ = isThere;
-    const std::map<Key, Known> before = std::exchange(known_, {});
-    if (!isThere) {
-        return found;
-    }
-    for (const DaemonStatus& daemon : *daemons) {
-        const Key key(daemon.id, daemon.command);
-        const auto same = before.find(key);
-        Known known = same != before.end() ? same->second : Known();
-        LookAt(daemon, nowMs, known, found);
-        known_[key] = known;
-    }
     return found;
 }
 
@@ -118,7 +131,7 @@ std::string DescribeChange(const Trouble& trouble)
 {
     switch (trouble.kind) {
     case Trouble::Kind::kSupervisorLost:
-        return "the supervisor does not run";
+        return "the supervisor does not run, or does not answer";
     case Trouble::Kind::kSupervisorBack:
         return "the supervisor runs again";
     case Trouble::Kind::kCrashLoopBegan:

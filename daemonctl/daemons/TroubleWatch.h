@@ -35,8 +35,8 @@ struct Trouble {
 
 /// Finds in a series of looks what somebody should be told. Trouble that is there at the first look
 /// counts as begun then. A daemon that a client stopped or detached is forgotten. While no
-/// supervisor answers, nothing is known of the daemons, and they count as new when it is back.
-/// Pure.
+/// supervisor answers, nothing is known of the daemons, and they count as new when it is back. A
+/// daemon that could never be started has no id; it is the same daemon when it gets one. Pure.
 class TroubleWatch {
 public:
     /// @param downMs  how long a daemon may be without a process, milliseconds
@@ -52,6 +52,11 @@ public:
     [[nodiscard]] std::vector<Trouble>
     Look(std::int64_t nowMs, const std::optional<std::vector<DaemonStatus>>& daemons);
 
+    /// Takes a look at a supervisor whose daemons cannot be seen, because its log cannot be read.
+    /// What is known of the daemons stays as it is.
+    /// @param nowMs  milliseconds since 1970, UTC
+    [[nodiscard]] std::vector<Trouble> LookAtSupervisor(std::int64_t nowMs);
+
 private:
     using Key = std::pair<std::optional<std::uint32_t>, std::string>;
 
@@ -62,6 +67,7 @@ private:
         bool isDown = false; // and somebody was told
     };
 
+    [[nodiscard]] std::vector<Trouble> NoteSupervisor(std::int64_t nowMs, bool isThere);
     void LookAt(const DaemonStatus& daemon, std::int64_t nowMs, Known& known,
                 std::vector<Trouble>& found) const;
 

@@ -25,18 +25,6 @@ namespace {
 
 using system::win32::v1::UniqueKernelHandle;
 
-// Suspends a process, with the threads that its threads are about to make. SuspendThread for each
-// thread would miss those, and a single thread that runs on can answer for COM.
-// @return whether the process is suspended
-bool Suspend(DWORD processId)
-{
-    using NtSuspendProcess = LONG(WINAPI*)(HANDLE process); // ntdll.dll; no header declares it
-    const auto suspend = reinterpret_cast<NtSuspendProcess>(reinterpret_cast<void*>(
-        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtSuspendProcess")));
-    const UniqueKernelHandle process(OpenProcess(PROCESS_SUSPEND_RESUME, FALSE, processId));
-    return suspend != nullptr && process && suspend(process.Get()) >= 0;
-}
-
 // A pipe that nobody reads, as the standard output of a program. Destroyed, it refuses all output.
 class UnreadPipe {
 public:
@@ -139,7 +127,7 @@ TEST_F(GuardHang, Supervisor_that_does_not_answer_is_dumped_ended_and_replaced)
     StartWatch();
     ASSERT_TRUE(machine_.WaitForTakeOver());
     const DWORD first = GuardedMachine::WaitForSupervisor();
-    ASSERT_TRUE(Suspend(first));
+    ASSERT_TRUE(SuspendProcess(first));
     EXPECT_NE(
         machine_.WaitForGuardLog("Supervisor hangs and is ended: process " + std::to_string(first)),
         "");
@@ -160,7 +148,7 @@ TEST_F(GuardHang, Connection_from_before_does_not_make_a_hanging_supervisor_look
     ASSERT_TRUE(machine_.WaitForTakeOver());
     const DWORD first = GuardedMachine::WaitForSupervisor();
     const daemon_manager::SupervisorClient connected; // the guard's watch is in this process, too
-    ASSERT_TRUE(Suspend(first));
+    ASSERT_TRUE(SuspendProcess(first));
     EXPECT_NE(
         machine_.WaitForGuardLog("Supervisor hangs and is ended: process " + std::to_string(first)),
         "");
@@ -172,7 +160,7 @@ TEST_F(GuardHang, Supervisor_that_hung_before_the_guard_began_is_ended_and_repla
     const system::com::v1::ComApartment apartment;
     const CapturedProgram supervisor('"' + ProductProgram("DaemonManager.exe") + '"');
     ASSERT_TRUE(WaitUntil([] { return guard::v0::IsPublished(); }));
-    ASSERT_TRUE(Suspend(supervisor.Pid()));
+    ASSERT_TRUE(SuspendProcess(supervisor.Pid()));
     StartWatch();
     EXPECT_NE(machine_.WaitForGuardLog("Supervisor hangs and is ended: process " +
                                        std::to_string(supervisor.Pid())),

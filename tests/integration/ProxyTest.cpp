@@ -1,6 +1,7 @@
 // The proxy and stub library between a client process and the real supervisor.
 #include "CapturedProgram.h"
 #include "ChildProcess.h"
+#include "Daemonctl.h"
 #include "ProxyRegistration.h"
 #include "SupervisorProcess.h"
 #include "code_page/CodePage.h"
@@ -70,6 +71,19 @@ TEST_F(WithoutProxy, Ps_watches_a_supervisor_that_it_cannot_call)
     const CapturedProgram watch(ProductProgram("daemonctl.exe") + " ps --watch 1");
     EXPECT_TRUE(WaitUntil([&] { return watch.Output().find("\nID ") != std::string::npos; }))
         << watch.Output();
+}
+
+TEST_F(WithoutProxy, A_supervisor_that_watch_cannot_call_is_not_lost)
+{
+    {
+        const ProxyRegistration registered;
+        EXPECT_EQ(Daemonctl("launch C:\\no\\such.exe").exitCode, 0U);
+    }
+    const CapturedProgram watch(ProductProgram("daemonctl.exe") + " watch --exec C:\\no\\such.exe");
+    EXPECT_TRUE(WaitUntil([&] {
+        return watch.Output().find("such.exe cannot be started\n") != std::string::npos;
+    })) << watch.Output();
+    EXPECT_EQ(watch.Output().find("supervisor"), std::string::npos) << watch.Output();
 }
 
 TEST(Proxy, A_query_for_IDispatch_returns_E_NOINTERFACE)

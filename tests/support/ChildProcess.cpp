@@ -93,6 +93,15 @@ void KillProcess(DWORD processId)
     }
 }
 
+bool SuspendProcess(DWORD processId)
+{
+    using NtSuspendProcess = LONG(WINAPI*)(HANDLE process); // ntdll.dll; no header declares it
+    const auto suspend = reinterpret_cast<NtSuspendProcess>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtSuspendProcess")));
+    const UniqueKernelHandle process(OpenProcess(PROCESS_SUSPEND_RESUME, FALSE, processId));
+    return suspend != nullptr && process && suspend(process.Get()) >= 0;
+}
+
 ProcessReaper::~ProcessReaper()
 {
     for (const DWORD processId : processIds_) {

@@ -75,6 +75,11 @@ private:
 /// Ends a process by its id and waits for its end, at most a minute. Does nothing if there is none.
 void KillProcess(DWORD processId);
 
+/// Suspends a process, with the threads that its threads are about to make. SuspendThread for each
+/// thread would miss those, and a single thread that runs on can answer for COM.
+/// @return whether the process is suspended
+[[nodiscard]] bool SuspendProcess(DWORD processId);
+
 /// Ends processes that the test did not start itself, for example daemons of a supervisor. The
 /// destructor ends every noted process.
 class ProcessReaper {

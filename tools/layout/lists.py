@@ -112,6 +112,7 @@ TESTED_BY = {
     "daemonctl/commands/ReattachCommand.cpp": "tests/integration/UpgradeTest.cpp",
     "daemonctl/commands/RightsCommand.cpp": "tests/integration/RightsTest.cpp",
     "daemonctl/commands/StopCommand.cpp": "tests/integration/StopTest.cpp",
+    "daemonctl/commands/SupervisorAnswer.cpp": "tests/integration/WatchTest.cpp",
     "daemonctl/commands/Target.cpp": "tests/integration/StopTest.cpp",
     "daemonctl/commands/Unwatched.cpp": "tests/integration/HandOverTest.cpp",
     "daemonctl/commands/WaitCommand.cpp": "tests/integration/OperatorTest.cpp",

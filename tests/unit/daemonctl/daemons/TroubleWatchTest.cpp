@@ -73,6 +73,15 @@ TEST_F(TroubleWatchTest, Failed_start_is_told_when_it_begins_and_ends)
     EXPECT_THAT(Look(2, RunState::kRunning), ElementsAre(Kind::kStartsAgain));
 }
 
+TEST_F(TroubleWatchTest, Daemon_that_had_no_id_while_it_could_not_be_started_is_told_to_start_again)
+{
+    DaemonStatus never = InState(RunState::kCannotStart);
+    never.id.reset(); // the log shows the id from the first start on
+    EXPECT_THAT(Look(0, std::vector<DaemonStatus>{never}), ElementsAre(Kind::kCannotStart));
+    EXPECT_THAT(Look(1, RunState::kRunning), ElementsAre(Kind::kStartsAgain));
+    EXPECT_THAT(Look(2, RunState::kRunning), IsEmpty());
+}
+
 TEST_F(TroubleWatchTest, Daemon_is_down_only_after_the_time_without_a_process)
 {
     EXPECT_THAT(Look(0, RunState::kEnded), IsEmpty());
@@ -93,6 +102,16 @@ TEST_F(TroubleWatchTest, Lost_supervisor_is_told_and_its_daemons_are_new_when_it
                 ElementsAre(Kind::kSupervisorBack, Kind::kCrashLoopBegan));
     EXPECT_THAT(Kinds(TroubleWatch(0).Look(0, std::nullopt)), ElementsAre(Kind::kSupervisorLost));
     EXPECT_THAT(Kinds(TroubleWatch(0).Look(0, std::vector<DaemonStatus>())), IsEmpty());
+}
+
+TEST_F(TroubleWatchTest,
+       Supervisor_whose_log_cannot_be_read_is_not_lost_and_its_daemons_are_not_new)
+{
+    EXPECT_THAT(Look(0, RunState::kRestarting), ElementsAre(Kind::kCrashLoopBegan));
+    EXPECT_THAT(Kinds(watch_.LookAtSupervisor(1)), IsEmpty());
+    EXPECT_THAT(Look(2, RunState::kRestarting), IsEmpty());
+    EXPECT_THAT(Look(3, std::nullopt), ElementsAre(Kind::kSupervisorLost));
+    EXPECT_THAT(Kinds(watch_.LookAtSupervisor(4)), ElementsAre(Kind::kSupervisorBack));
 }
 
 TEST_F(TroubleWatchTest, Stopped_daemon_is_forgotten)
@@ -118,7 +137,8 @@ TEST_F(TroubleWatchTest, Change_of_a_daemon_has_its_facts_as_text_and_as_JSON)
         "\n");
     EXPECT_EQ(TroublesJson(watch_.Look(3000, std::nullopt), 3000, "1"),
               R"({"version":"1","time":"1970-01-01T00:00:03.000Z","time_ms":3000,"events":[)"
-              R"({"event":"supervisor-lost","text":"the supervisor does not run","time_ms":3000}]})"
+              R"({"event":"supervisor-lost","text":"the supervisor does not run, or does not )"
+              R"(answer","time_ms":3000}]})"
               "\n");
 }
 
