@@ -149,8 +149,8 @@ std::string FileSwap::TakeBack() noexcept
         const auto& [from, to] = movements_.back();
         if (MoveFileExW(Wide(to).c_str(), Wide(from).c_str(), 0) == FALSE) {
             const DWORD error = GetLastError();
-            left += "The file " + to + " could not be moved back to " + from + " (Windows error " +
-                    std::to_string(error) + ").\n";
+            left.append("The file ").append(to).append(" could not be moved back to ").append(from);
+            left.append(" (Windows error ").append(std::to_string(error)).append(").\n");
         }
     }
     for (; !madeFolders_.empty(); madeFolders_.pop_back()) {
