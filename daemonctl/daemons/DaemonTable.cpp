@@ -217,9 +217,10 @@ std::vector<TableLine> TableOf(const std::vector<DaemonStatus>& daemons, const T
 double CpuPercent(std::int64_t cpuBeforeMs, std::int64_t cpuMs, std::int64_t timeMs)
 {
     constexpr double hundred = 100.0;
-    return timeMs <= 0
-               ? 0.0
-               : hundred * static_cast<double>(cpuMs - cpuBeforeMs) / static_cast<double>(timeMs);
+    constexpr std::int64_t shortestMs = 1000;
+    return timeMs < 0 ? 0.0
+                      : hundred * static_cast<double>(cpuMs - cpuBeforeMs) /
+                            static_cast<double>(std::max(timeMs, shortestMs));
 }
 
 // The bytes that begin a character in UTF-8 count.

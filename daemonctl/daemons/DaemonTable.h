@@ -40,7 +40,9 @@ struct TableLine {
 [[nodiscard]] std::vector<TableLine> TableOf(const std::vector<DaemonStatus>& daemons,
                                              const TableStyle& style);
 
-/// Returns the share of one processor in percent; 0 for no time.
+/// Returns the share of one processor in percent; 0 for a negative time. Less than a second counts
+/// as a second: Windows counts processor time in ticks of 15 ms, so a process that was just created
+/// would show more than all processors.
 [[nodiscard]] double CpuPercent(std::int64_t cpuBeforeMs, std::int64_t cpuMs, std::int64_t timeMs);
 
 /// Counts the characters of a text.

@@ -110,6 +110,13 @@ TEST(DaemonTable, After_an_earlier_look_shows_processor_time_and_memory_since_th
     EXPECT_EQ(TableText(now, style).find("50.0 %"), std::string::npos);
 }
 
+TEST(CpuPercent, of_a_process_that_was_just_created_is_that_of_a_whole_second)
+{
+    EXPECT_DOUBLE_EQ(CpuPercent(0, 120, 10), 12.0); // not 1200
+    EXPECT_DOUBLE_EQ(CpuPercent(0, 15, 0), 1.5);
+    EXPECT_DOUBLE_EQ(CpuPercent(500, 1500, 2000), 50.0);
+}
+
 TEST(CutTo, keeps_whole_characters_and_marks_what_is_missing)
 {
     EXPECT_EQ(CutTo("abc", 3), "abc");
