@@ -50,6 +50,11 @@ std::vector<WatchedKey> KeysThatTestsChange()
         // Name the firmware root.
         {true, R"(SOFTWARE\UnitWarden)", true},
         {true, R"(SOFTWARE\VANTORO_QRX)", true},
+        // The installation with its account, the start of the guard, and the access to COM servers.
+        {true, R"(SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager)", true},
+        {true, R"(SOFTWARE\Microsoft\Windows\CurrentVersion\Run)", false},
+        {true, R"(SYSTEM\CurrentControlSet\Services\DaemonGuard)", true},
+        {true, R"(SOFTWARE\Microsoft\Ole)", false},
         // Decide whether Windows shows a box for a crashed program.
         {true, R"(SOFTWARE\Microsoft\Windows\Windows Error Reporting)", false},
         {true, R"(SYSTEM\CurrentControlSet\Control\Windows)", false},
@@ -57,6 +62,10 @@ std::vector<WatchedKey> KeysThatTestsChange()
         {false, "Console", true},
         // The stand-ins keep their rules and orders here.
         {false, R"(Software\DaemonManagerTest)", true},
+        // Made by tests of the code that reads and writes keys.
+        {true, R"(SOFTWARE\DmMachineKeyTest)", true},
+        {false, R"(Software\DaemonManagerKitTest)", true},
+        {false, R"(Software\prepared classes of this test)", true},
     };
     // The proxy of the supervisor's interface, and the classes of Windows that stand-ins replace:
     // three of the firewall, one of WMI.

@@ -38,7 +38,13 @@ TEST(Journal, Watched_keys_are_named_as_operators_write_them_and_none_is_watched
     for (const WatchedKey& key : KeysThatTestsChange()) {
         EXPECT_TRUE(names.insert(NameOf(key)).second) << NameOf(key);
     }
-    EXPECT_TRUE(names.contains(R"(HKLM\SOFTWARE\UnitWarden)"));
+    for (const char* name :
+         {R"(HKLM\SOFTWARE\UnitWarden)", R"(HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Run)",
+          R"(HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager)",
+          R"(HKLM\SYSTEM\CurrentControlSet\Services\DaemonGuard)",
+          R"(HKLM\SOFTWARE\Microsoft\Ole)"}) {
+        EXPECT_TRUE(names.contains(name)) << name;
+    }
 }
 
 } // namespace

@@ -91,6 +91,24 @@ void Remove(HKEY parent, const std::string& path)
     RegDeleteKeyW(parent, Wide(path).c_str()); // Wine 8 leaves the key itself
 }
 
+// Values that are as wanted stay untouched: a key of Windows must not lose them for a moment.
+void WriteValues(HKEY key, const std::vector<RegistryValue>& wanted)
+{
+    const std::vector<RegistryValue> present = ReadValues(key);
+    for (const RegistryValue& value : present) {
+        if (std::none_of(wanted.begin(), wanted.end(),
+                         [&](const auto& other) { return other.name == value.name; })) {
+            RegDeleteValueW(key, Wide(value.name).c_str());
+        }
+    }
+    for (const RegistryValue& value : wanted) {
+        if (std::find(present.begin(), present.end(), value) == present.end()) {
+            RegSetValueExW(key, Wide(value.name).c_str(), 0, value.type, value.bytes.data(),
+                           static_cast<DWORD>(value.bytes.size()));
+        }
+    }
+}
+
 void WriteTree(HKEY parent, const std::string& path, const RegistryTree& wanted, bool withKeysBelow)
 {
     if (ReadTree(parent, path, withKeysBelow) == wanted) {
@@ -106,13 +124,7 @@ void WriteTree(HKEY parent, const std::string& path, const RegistryTree& wanted,
     if (!key) {
         return;
     }
-    for (const RegistryValue& value : ReadValues(key.Get())) {
-        RegDeleteValueW(key.Get(), Wide(value.name).c_str());
-    }
-    for (const RegistryValue& value : wanted.values) {
-        RegSetValueExW(key.Get(), Wide(value.name).c_str(), 0, value.type, value.bytes.data(),
-                       static_cast<DWORD>(value.bytes.size()));
-    }
+    WriteValues(key.Get(), wanted.values);
     if (!withKeysBelow) {
         return;
     }

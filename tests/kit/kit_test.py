@@ -21,6 +21,14 @@ BUILD = pathlib.Path(os.environ["DM_BUILD"])
 # Registry, services and child programs.
 SMALL = ["unit_cpp_utils", "unit_system_installation", "unit_daemonctl_process_windows"]
 ROOT_KEY = r"HKLM\SOFTWARE\UnitWarden\CurrentVersion"
+# Keys and values that tests make, and remove unless they are killed.
+LEFT_VALUES = [(r"HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Run", "DaemonGuard"),
+               (r"HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager", "Account"),
+               (r"HKLM\SYSTEM\CurrentControlSet\Services\DaemonGuard", "of a test"),
+               (r"HKLM\SOFTWARE\Microsoft\Ole", "MachineAccessRestriction"),
+               (r"HKLM\SOFTWARE\DmMachineKeyTest\inner", "number"),
+               (r"HKCU\Software\DaemonManagerKitTest", "new"),
+               (r"HKCU\Software\prepared classes of this test\CLSID", "x")]
 
 
 def pack(folder):
@@ -116,8 +124,10 @@ class Kit(unittest.TestCase):
             self.assertTrue((self.folder / "undo.json").exists())
             machine.end_processes("run-tests.exe")
             machine.wait_until(lambda: not machine.processes(program), "the end of the program")
-        # What a killed test leaves: a key, and a service with a program of the kit.
+        # What a killed test leaves: keys, and a service with a program of the kit.
         machine.run("reg", "add", ROOT_KEY, "/v", "Pathname", "/d", r"C:\nowhere", "/f")
+        for key, value in LEFT_VALUES:
+            machine.run("reg", "add", key, "/v", value, "/d", "1", "/f")
         service = machine.windows_path(self.folder / r"tests/programs/test_service.exe")
         machine.run("sc", "create", "dm_left_behind", f"binPath= {service} dm_left_behind")
         code, output = machine.call(self.runner, "--undo")
