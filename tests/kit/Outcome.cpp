@@ -10,6 +10,8 @@
 namespace vqrx::kit {
 namespace {
 
+constexpr unsigned kSomeCasesFailed = 1; // exit code of GoogleTest; a crash has another one
+
 bool IsRefusal(const std::string& text)
 {
     return text.find(test::kHostRefusal) != std::string::npos;
@@ -106,12 +108,14 @@ void Judge(ProgramOutcome& outcome, const ProgramEnd& end)
         outcome.reason = "the run was stopped while this program ran";
     } else if (end.timeLimit) {
         outcome.reason = "did not end within its time limit and was ended";
-    } else if (end.exitCode == 0) {
-        outcome.verdict = Verdict::kPassed;
     } else if (failed != 0) {
         outcome.reason = std::to_string(failed) + " of " + std::to_string(outcome.cases.size()) +
                          " cases failed";
-    } else if (refused != 0) {
+    } else if (end.exitCode == 0 && end.hasResults) {
+        outcome.verdict = Verdict::kPassed;
+    } else if (end.exitCode == 0) {
+        outcome.reason = "ended with exit code 0 and left no results";
+    } else if (refused != 0 && end.exitCode == kSomeCasesFailed) {
         outcome.verdict = Verdict::kNotPossible;
         outcome.reason = std::to_string(refused) + " of " + std::to_string(outcome.cases.size()) +
                          " cases are not possible on this machine";

@@ -40,6 +40,7 @@ struct ProgramEnd {
     bool timeLimit = false;   ///< it was ended because it ran too long
     bool interrupted = false; ///< it was ended because somebody stopped the run
     unsigned exitCode = 0;    ///< of a program that ended by itself
+    bool hasResults = true;   ///< false: it should have written its cases, and did not
 };
 
 /// Reads the results that a GoogleTest program wrote with --gtest_output=json. Cases that the
@@ -48,7 +49,9 @@ struct ProgramEnd {
 [[nodiscard]] std::vector<CaseResult> ReadCases(std::string_view json);
 
 /// Fills in the verdict and the reason of an outcome that has its cases and its output already.
-/// A program whose only failures are refusals of the machine is "not possible".
+/// A program whose only failures are refusals of the machine, and that ended in order, is "not
+/// possible". A program that ended with 0 but left no results has failed: something ended it in the
+/// middle of a case.
 void Judge(ProgramOutcome& outcome, const ProgramEnd& end);
 
 } // namespace vqrx::kit

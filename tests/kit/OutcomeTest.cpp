@@ -65,6 +65,21 @@ TEST(Outcome, A_program_that_ends_with_0_has_passed)
     EXPECT_EQ(outcome.reason, "");
 }
 
+TEST(Outcome, A_program_that_ends_with_0_without_its_results_has_failed)
+{
+    const ProgramOutcome outcome = Judged("", {false, false, 0, false});
+    EXPECT_EQ(outcome.verdict, Verdict::kFailed);
+    EXPECT_EQ(outcome.reason, "ended with exit code 0 and left no results");
+}
+
+TEST(Outcome, A_program_that_crashes_after_a_refusal_has_failed)
+{
+    const ProgramOutcome outcome =
+        Judged(OneCase("not possible on this machine: no"), {false, false, 3221225477U});
+    EXPECT_EQ(outcome.verdict, Verdict::kFailed);
+    EXPECT_EQ(outcome.reason, "ended with exit code 3221225477");
+}
+
 TEST(Outcome, A_failed_case_outweighs_a_refused_one)
 {
     const ProgramOutcome outcome = Judged(kResults, {false, false, 1});

@@ -91,7 +91,9 @@ std::string Details(const RunReport& report)
 {
     std::string text;
     for (const ProgramOutcome& program : report.programs) {
-        if (program.verdict == Verdict::kPassed || program.verdict == Verdict::kLeftOut) {
+        // A program that was left out has printed something if somebody stopped it.
+        if (program.verdict == Verdict::kPassed ||
+            (program.verdict == Verdict::kLeftOut && program.output.empty())) {
             continue;
         }
         text += "<h3>" + MarkupText(program.name) + ": " + TextOf(program.verdict) + "</h3>\n";

@@ -134,6 +134,17 @@ TEST(Reports, The_page_shows_facts_results_and_what_did_not_pass)
     EXPECT_EQ(page.find("Figures"), std::string::npos);
 }
 
+TEST(Reports, The_page_shows_what_a_program_printed_before_somebody_stopped_it)
+{
+    RunReport report;
+    ProgramOutcome stopped;
+    stopped.name = "unit_hangs";
+    stopped.reason = "the run was stopped while this program ran";
+    stopped.output = "[ RUN      ] Hangs.here";
+    report.programs = {stopped};
+    EXPECT_NE(ReportAsHtml(report).find("[ RUN      ] Hangs.here"), std::string::npos);
+}
+
 TEST(Reports, The_page_shows_the_figures_of_programs_that_passed)
 {
     RunReport report = Example();

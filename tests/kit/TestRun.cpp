@@ -145,7 +145,7 @@ void TestRun::CollectEnded()
     }
 }
 
-void TestRun::Finish(Running& running, const ProgramEnd& end)
+void TestRun::Finish(Running& running, ProgramEnd end)
 {
     const std::size_t number = running.number;
     const fs::path work = WorkFolder(number);
@@ -155,6 +155,7 @@ void TestRun::Finish(Running& running, const ProgramEnd& end)
     outcome.seconds = static_cast<double>(GetTickCount64() - running.begin) / 1000;
     outcome.cases = ReadCases(ContentOf(work / kResults));
     outcome.output = ContentOf(work / kPrinted);
+    end.hasResults = !schedule_.Program(number).googleTest || !outcome.cases.empty();
     Judge(outcome, end);
     if (outcome.verdict == Verdict::kPassed && !outcome.cases.empty()) {
         outcome.output.clear(); // other programs print figures

@@ -47,7 +47,7 @@ private:
     void Start(std::size_t number);
     [[nodiscard]] bool WaitForAnEnd() const;
     void CollectEnded();
-    void Finish(Running& running, const ProgramEnd& end);
+    void Finish(Running& running, ProgramEnd end);
     void Note(std::size_t number, const ProgramOutcome& outcome);
     void LeaveOutTheRest();
     [[nodiscard]] bool Stopped() const;
