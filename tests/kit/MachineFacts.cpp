@@ -3,6 +3,7 @@
 #include "Bounded.h"
 #include "CrashDialogChecks.h"
 #include "FirewallChecks.h"
+#include "MachineTexts.h"
 #include "RegistryText.h"
 #include "Utf8.h"
 #include "WmiCheck.h"
@@ -50,10 +51,10 @@ std::string WindowsVersion()
     }
     const char* const key = R"(SOFTWARE\Microsoft\Windows NT\CurrentVersion)";
     const std::string release = MachineText(key, "DisplayVersion", "");
-    return MachineText(key, "ProductName", "Windows") + (release.empty() ? "" : " " + release) +
-           " (" + std::to_string(version.dwMajorVersion) + "." +
-           std::to_string(version.dwMinorVersion) + "." + std::to_string(version.dwBuildNumber) +
-           "." + MachineText(key, "UBR", "0") + ")";
+    return NameOfWindows(MachineText(key, "ProductName", "Windows"), version.dwBuildNumber) +
+           (release.empty() ? "" : " " + release) + " (" + std::to_string(version.dwMajorVersion) +
+           "." + std::to_string(version.dwMinorVersion) + "." +
+           std::to_string(version.dwBuildNumber) + "." + MachineText(key, "UBR", "0") + ")";
 }
 
 std::string WineVersion()
@@ -134,11 +135,13 @@ std::string VirusScanner()
     SERVICE_STATUS status{};
     const bool runs = service && QueryServiceStatus(service.Get(), &status) != FALSE &&
                       status.dwCurrentState == SERVICE_RUNNING;
-    const char* const key = R"(SOFTWARE\Microsoft\Windows Defender\Real-Time Protection)";
-    const std::string off = MachineText(key, "DisableRealtimeMonitoring", "0");
-    return std::string(service ? (runs ? "Defender runs" : "Defender does not run")
-                               : "no service WinDefend") +
-           "; real-time protection " + (runs && off == "0" ? "on" : "off");
+    const char* const defender = R"(SOFTWARE\Microsoft\Windows Defender)";
+    const char* const setting = R"(SOFTWARE\Microsoft\Windows Defender\Real-Time Protection)";
+    const char* const policy =
+        R"(SOFTWARE\Policies\Microsoft\Windows Defender\Real-Time Protection)";
+    return DefenderText({static_cast<bool>(service), runs, MachineText(defender, "PassiveMode", ""),
+                         MachineText(setting, "DisableRealtimeMonitoring", ""),
+                         MachineText(policy, "DisableRealtimeMonitoring", "")});
 }
 
 std::string TimerSteps()
@@ -160,9 +163,8 @@ std::string TimerSteps()
 
 std::string Processors()
 {
-    SYSTEM_INFO system{};
-    GetNativeSystemInfo(&system);
-    return std::to_string(system.dwNumberOfProcessors) + " x " +
+    // Of all groups: a group has at most 64 processors.
+    return std::to_string(GetActiveProcessorCount(ALL_PROCESSOR_GROUPS)) + " x " +
            MachineText(R"(HARDWARE\DESCRIPTION\System\CentralProcessor\0)", "ProcessorNameString",
                        kNotKnown);
 }
