@@ -1,6 +1,8 @@
 #include "KitSession.h"
 
 #include "Journal.h"
+#include "KeepAwake.h"
+#include "KitFolder.h"
 #include "KitProcesses.h"
 #include "MachineFacts.h"
 #include "RegistryText.h"
@@ -16,9 +18,7 @@
 
 #include <windows.h>
 
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -28,24 +28,12 @@ namespace {
 namespace fs = std::filesystem;
 using client::v0::Utf8;
 
+// Exit codes, see HelpText().
+constexpr int kFailed = 1;
+constexpr int kNothingRun = 2;
 constexpr int kInterrupted = 130;
-
-fs::path OwnFolder()
-{
-    std::wstring path(32768, L'\0');
-    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return fs::path(path).parent_path();
-}
-
-std::string ContentOfFile(const fs::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        throw std::runtime_error(Utf8(path.wstring()) +
-                                 " is missing: unpack the whole ZIP and start run-tests.exe there");
-    }
-    return {std::istreambuf_iterator<char>(file), {}};
-}
+// A virus scanner may hold a file of a test open for a while.
+constexpr unsigned kWorkFolderMs = 30000;
 
 /// One run of the kit.
 class Session {
@@ -63,11 +51,12 @@ public:
 private:
     void RefuseUnfitMachine() const;
     void PutBackFormerRun();
+    [[nodiscard]] Journal FormerJournal() const;
     void ChoosePrograms();
     [[nodiscard]] bool IsAllowed() const;
-    void RunPrograms();
+    void RunPrograms(const StopRequest& stop);
     void PutBack();
-    void WriteReports() const;
+    [[nodiscard]] bool WriteReports() const;
     [[nodiscard]] int ShowResult() const;
 
     Options options_;
@@ -86,9 +75,17 @@ int Session::Run()
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
     const OneAtATime alone;
     PutBackFormerRun();
+    if (!report_.leftOver.empty()) {
+        // A new run would take what is left for the state of the machine before the tests.
+        std::cout
+            << "Start run-tests.exe again, as an administrator. If that does not help, restart "
+               "the machine first. No test was run."
+            << std::endl;
+        return options_.undo ? kFailed : kNothingRun;
+    }
     if (options_.undo) {
         std::cout << "Nothing more is to be put back." << std::endl;
-        return report_.leftOver.empty() ? 0 : 1;
+        return 0;
     }
     ChoosePrograms();
     RefuseUnfitMachine();
@@ -99,11 +96,14 @@ int Session::Run()
     }
     if (!IsAllowed()) {
         std::cout << "Nothing was run." << std::endl;
-        return 2;
+        return kNothingRun;
     }
-    RunPrograms();
-    WriteReports();
-    return ShowResult();
+    const KeepAwake awake;
+    const StopRequest stop; // until the reports are written
+    RunPrograms(stop);
+    const bool written = WriteReports();
+    const int exitCode = ShowResult();
+    return written || exitCode == kInterrupted ? exitCode : kFailed;
 }
 
 void Session::RefuseUnfitMachine() const
@@ -126,12 +126,25 @@ void Session::RefuseUnfitMachine() const
     }
 }
 
+Journal Session::FormerJournal() const
+{
+    try {
+        return ReadJournal(ContentOfFile(journalFile_));
+    } catch (const std::exception& error) {
+        throw std::runtime_error(
+            Utf8(journalFile_.wstring()) + ": " + error.what() +
+            ". The file names the registry keys that the last run has changed. "
+            "Please send it to us. Without the file the tests can start, but "
+            "these keys stay as they are");
+    }
+}
+
 void Session::PutBackFormerRun()
 {
     if (fs::exists(journalFile_)) {
         std::cout << "The last run did not end in order. Putting back what it has changed ..."
                   << std::endl;
-        journal_ = ReadJournal(ContentOfFile(journalFile_));
+        journal_ = FormerJournal();
         PutBack();
     }
 }
@@ -162,11 +175,13 @@ bool Session::IsAllowed() const
               << " programs, about a quarter of an hour.\n";
     if (!report_.programs.empty()) {
         std::cout << report_.programs.size()
-                  << " more programs are left out: they need the rights of an administrator.\n";
+                  << " more programs are left out: they need the rights of an administrator. The "
+                     "report names them.\n";
     }
     std::cout << "The tests change the machine, and put back at the end:\n"
-                 "  the registration of DaemonMgrPS.dll, and registry keys that name the firmware "
-                 "root or switch error boxes off;\n"
+                 "  the registration of DaemonMgrPS.dll;\n"
+                 "  registry keys that name the firmware root and the installation, start "
+                 "DaemonGuard, limit the access to COM servers, or switch error boxes off;\n"
                  "  Windows services with programs of this folder;\n"
                  "  firewall rules for programs of this folder.\n"
                  "They start and end many processes. Ctrl+C stops the tests and puts everything "
@@ -180,12 +195,11 @@ bool Session::IsAllowed() const
     return answer == "y" || answer == "Y" || answer == "yes";
 }
 
-void Session::RunPrograms()
+void Session::RunPrograms(const StopRequest& stop)
 {
     const ULONGLONG begin = GetTickCount64();
-    const StopRequest stop;
     journal_ = PresentState();
-    if (!client::v0::ReplaceContent(Utf8(journalFile_.wstring()), JournalText(journal_))) {
+    if (!ReplaceContentOnDisk(journalFile_, JournalText(journal_))) {
         throw std::runtime_error(folderText_ + " cannot be written");
     }
     TestRun run(std::move(programs_), {folder_, options_.jobs, stop.Event()}, [this] {
@@ -208,7 +222,7 @@ void Session::PutBack()
         report_.undone.push_back(text);
     }
     report_.leftOver = result.leftOver;
-    if (!RemoveTree(folder_ / "work")) {
+    if (!RemoveTreeWithin(folder_ / "work", kWorkFolderMs)) {
         report_.leftOver.push_back("folder " + folderText_ + "\\work");
     }
     for (const std::string& text : report_.leftOver) {
@@ -220,8 +234,11 @@ void Session::PutBack()
     }
 }
 
-void Session::WriteReports() const
+// Another program may have a report open. A report that cannot be written does not keep the others
+// from being written.
+bool Session::WriteReports() const
 {
+    bool written = true;
     std::error_code ignored;
     fs::create_directories(folder_ / "report", ignored);
     const std::string folder = folderText_ + "\\report\\";
@@ -229,9 +246,11 @@ void Session::WriteReports() const
                                         std::pair{"report.json", ReportAsJson(report_)},
                                         std::pair{"junit.xml", ReportAsJUnit(report_)}}) {
         if (!client::v0::ReplaceContent(folder + name, content)) {
-            throw std::runtime_error(folder + name + " cannot be written");
+            std::cout << "CANNOT BE WRITTEN: " << folder << name << "\n";
+            written = false;
         }
     }
+    return written;
 }
 
 int Session::ShowResult() const
@@ -247,7 +266,7 @@ int Session::ShowResult() const
     if (report_.interrupted) {
         return kInterrupted;
     }
-    return IsGreen(report_) ? 0 : 1;
+    return IsGreen(report_) ? 0 : kFailed;
 }
 
 } // namespace

@@ -79,8 +79,8 @@ run-tests [options]
   --undo            Run nothing; put back what an earlier run has left
   --help            Show this text
 
-Exit codes: 0 no test failed; 1 a test failed, or something could not be put back; 2 nothing was run,
-because of a wrong argument or of this machine; 130 somebody stopped the run.
+Exit codes: 0 no test failed; 1 a test failed, or something could not be put back, or a report could not
+be written; 2 nothing was run, because of a wrong argument or of this machine; 130 somebody stopped the run.
 )";
 }
 

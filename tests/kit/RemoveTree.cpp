@@ -11,6 +11,8 @@
 namespace vqrx::kit {
 namespace {
 
+constexpr DWORD kRemovalPollMs = 50;
+
 // The C library opens no folder whose path has more than 260 characters, even with the prefix
 // "\\?\", so std::filesystem::remove_all leaves such folders.
 // @return the entries of a folder, without the two that lead to itself and upwards
@@ -55,6 +57,18 @@ bool RemoveTree(const std::filesystem::path& folder)
     const std::wstring path = L"\\\\?\\" + folder.wstring();
     RemoveFolder(path);
     return GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES;
+}
+
+bool RemoveTreeWithin(const std::filesystem::path& folder, unsigned limitMs)
+{
+    const ULONGLONG end = GetTickCount64() + limitMs;
+    while (!RemoveTree(folder)) {
+        if (GetTickCount64() >= end) {
+            return false;
+        }
+        Sleep(kRemovalPollMs); // Windows has no event for a file that is closed
+    }
+    return true;
 }
 
 } // namespace vqrx::kit

@@ -10,4 +10,10 @@ namespace vqrx::kit {
 /// @return false if a part of it is left
 bool RemoveTree(const std::filesystem::path& folder);
 
+/// As RemoveTree, but tries again for a while if a part of the folder is left: another program,
+/// such as a virus scanner, may have a file open.
+/// @param limitMs  milliseconds; 0: one attempt
+/// @return false if a part of the folder is left after this time
+[[nodiscard]] bool RemoveTreeWithin(const std::filesystem::path& folder, unsigned limitMs);
+
 } // namespace vqrx::kit

@@ -51,10 +51,12 @@ bool StopRequest::Requested() const
     return WaitForSingleObject(event_.Get(), 0) == WAIT_OBJECT_0;
 }
 
-OneAtATime::OneAtATime()
-    : mutex_(CreateMutexW(nullptr, FALSE, L"Global\\DaemonManagerTestKit"))
+OneAtATime::OneAtATime(const wchar_t* name)
+    : mutex_(CreateMutexW(nullptr, FALSE, name))
 {
-    if (GetLastError() == ERROR_ALREADY_EXISTS) {
+    // A runner without the rights of an administrator may not open the mutex of one that has them.
+    const DWORD error = GetLastError();
+    if (error == ERROR_ALREADY_EXISTS || (!mutex_ && error == ERROR_ACCESS_DENIED)) {
         throw std::runtime_error("the tests run already on this machine, in another window");
     }
 }

@@ -28,8 +28,9 @@ private:
 /// Holds the name of the kit's runner on this machine, so that no second one runs beside it.
 class OneAtATime {
 public:
-    /// @throws std::runtime_error  if another runner runs
-    OneAtATime();
+    /// @param name  of the machine's mutex that stands for the runner
+    /// @throws std::runtime_error  if another runner runs, also one of another user
+    explicit OneAtATime(const wchar_t* name = L"Global\\DaemonManagerTestKit");
 
 private:
     system::win32::v1::UniqueKernelHandle mutex_;

@@ -19,6 +19,7 @@ using system::win32::v1::UniqueServiceHandle;
 
 constexpr DWORD kDeadlineMs = 30000;
 constexpr DWORD kPollMs = 50;
+constexpr int kRounds = 3;
 
 std::vector<std::wstring> NamesOfServices(SC_HANDLE manager)
 {
@@ -84,6 +85,17 @@ bool ServiceGoes(SC_HANDLE manager, const std::wstring& name)
     }
 }
 
+// A supervisor that ends in the first round may have started a daemon again meanwhile.
+void EndProcesses(const std::string& kitFolder, UndoResult& result)
+{
+    for (int round = 0; round < kRounds && result.leftOver.empty(); ++round) {
+        for (const DWORD processId : ProcessesOfFolder(kitFolder)) {
+            const std::string text = "process " + std::to_string(processId);
+            (EndProcessAndWait(processId) ? result.undone : result.leftOver).push_back(text);
+        }
+    }
+}
+
 void RemoveServices(const std::string& kitFolder, UndoResult& result)
 {
     const UniqueServiceHandle manager(
@@ -96,10 +108,7 @@ void RemoveServices(const std::string& kitFolder, UndoResult& result)
         ControlService(service.Get(), SERVICE_CONTROL_STOP, &status);
         DeleteService(service.Get());
     }
-    for (const DWORD processId : ProcessesOfFolder(kitFolder)) { // services end, too
-        const std::string text = "process " + std::to_string(processId);
-        (EndProcessAndWait(processId) ? result.undone : result.leftOver).push_back(text);
-    }
+    EndProcesses(kitFolder, result); // services end, too
     for (const std::wstring& name : names) {
         const std::string text = "service " + Utf8(name);
         (ServiceGoes(manager.Get(), name) ? result.undone : result.leftOver).push_back(text);
@@ -142,8 +151,8 @@ UndoResult UndoChanges(const Journal& journal, const std::string& kitFolder)
 {
     UndoResult result;
     RemoveServices(kitFolder, result);
-    // After the registry: the classes of the firewall are those of Windows again then.
     RestoreKeys(journal, result);
+    // After the keys: the classes of the firewall are those of Windows again then.
     RemoveFirewallRules(kitFolder, result);
     return result;
 }

@@ -19,7 +19,7 @@ struct UndoResult {
 /// Puts back what tests have changed outside the kit's folder:
 /// - ends processes that run a program of the kit, except this one,
 /// - removes services whose program is one of the kit,
-/// - removes firewall rules for programs of the kit,
+/// - removes the supervisor's firewall rules for programs of the kit,
 /// - gives the registry keys of the journal their former content.
 /// Nothing of the kit may run beside it. The calling thread must be in the multithreaded COM
 /// apartment.

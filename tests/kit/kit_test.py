@@ -134,8 +134,40 @@ class Kit(unittest.TestCase):
         self.assertEqual(code, 0, output)
         self.assertIn("put back: service dm_left_behind", output)
         self.assertIn(r"put back: registry key HKLM\SOFTWARE\UnitWarden", output)
+        self.assertIn("Nothing more is to be put back.", output)
         self.assertIsNone(machine.registry(r"HKLM\SOFTWARE\UnitWarden"))
         self.expect_nothing_left()
+
+    def test_no_run_begins_while_something_of_the_former_one_is_left(self):
+        # A key whose name is longer than 255 characters cannot be made.
+        journal = json.dumps({"keys": [{"ofMachine": True, "path": "SOFTWARE\\" + "x" * 300, "withKeysBelow": True,
+                                        "before": {"exists": True, "values": [], "keys": []}}]})
+        file = self.folder / "undo.json"
+        file.write_text(journal, encoding="utf-8")
+        self.addCleanup(file.unlink, missing_ok=True)
+        for option, expected in (("--yes", 2), ("--undo", 1)):
+            code, output = machine.call(self.runner, option)
+            self.assertEqual(code, expected, output)
+            self.assertIn(r"CANNOT BE PUT BACK: registry key HKLM\SOFTWARE\xxx", output)
+            self.assertIn("No test was run.", output)
+            self.assertNotIn("Nothing more is to be put back.", output)
+            self.assertEqual(file.read_text(encoding="utf-8"), journal)
+        self.assertFalse((self.folder / "report").exists())
+        file.write_text(journal[:40], encoding="utf-8")
+        code, output = machine.call(self.runner, "--undo")
+        self.assertEqual(code, 2, output)
+        self.assertIn("undo.json: the journal cannot be read", output)
+        self.assertTrue(file.exists())
+
+    def test_a_report_that_cannot_be_written_does_not_take_the_others_with_it(self):
+        self.use(("passes", r"tests\programs\exits_with.exe", ["0"], 60))
+        (self.folder / "report/report.html").mkdir(parents=True)
+        code, output = machine.call(self.runner, "--yes")
+        self.assertEqual(code, 1, output)
+        self.assertIn("report.html", output.split("CANNOT BE WRITTEN: ")[1].splitlines()[0])
+        self.assertIn("1 programs passed", output)
+        self.assertTrue(self.report()["green"])
+        self.assertTrue((self.folder / "report/junit.xml").exists())
 
     def test_an_interrupt_stops_the_run_and_everything_is_put_back(self):
         self.use(("hangs", r"tests\programs\no_windows.exe", [], 600),
