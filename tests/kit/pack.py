@@ -19,6 +19,7 @@ sys.path.insert(0, str(SOURCE / "packaging"))
 from make_packages import commit_time, files_below, write_zip  # noqa: E402
 
 EMULATOR = "wine-run"
+LARGEST = 80_000_000  # bytes of the ZIP: people get it by mail or from a slow line
 LICENCES = {"cli11": "libcli11-dev", "nlohmann-json": "nlohmann-json3-dev", "googletest": "googletest",
             "spdlog": "libspdlog-dev", "fmt": "libfmt-dev",
             "gcc": "gcc-mingw-w64-x86-64-posix-runtime", "mingw-w64": "mingw-w64-x86-64-dev"}
@@ -89,8 +90,9 @@ def manifest_of(build, version, only):
     missing = set(only or ()) - {program["name"] for program in programs}
     if missing:
         raise SystemExit(f"pack.py: there is no test program {', '.join(sorted(missing))}")
-    commit = subprocess.run(["git", "-C", SOURCE, "rev-parse", "HEAD"], capture_output=True, text=True,
-                            check=False).stdout.strip()
+    # With "-dirty" at its end if files differ from the commit.
+    commit = subprocess.run(["git", "-C", SOURCE, "describe", "--always", "--dirty", "--abbrev=40",
+                             "--exclude=*"], capture_output=True, text=True, check=False).stdout.strip()
     return {"version": version, "commit": commit or "unknown", "programs": programs,
             "notInKit": others}
 
@@ -146,6 +148,8 @@ def main():
     if not options.no_zip:
         archive = options.output.resolve() / f"{name}.zip"
         write_zip(archive, name, kit, files_below(kit), commit_time(SOURCE))
+        if archive.stat().st_size > LARGEST:
+            raise SystemExit(f"pack.py: {archive} has more than {LARGEST / 1e6:.0f} MB")
         print(f"{archive}: {archive.stat().st_size / 1e6:.1f} MB, "
               f"{len(manifest['programs'])} test programs")
     return 0

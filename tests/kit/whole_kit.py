@@ -112,6 +112,9 @@ def main():
     left = [name for name in LEFT if (kit / name).exists()] + sorted(machine.processes("C:\\kit\\"))
     subprocess.run(["wineserver", "-k"], check=False)
     print(text_of(kit))
+    if not (kit / "report/report.json").exists():
+        print(f"exit code {code}, no report; all is in {folder}")
+        return 1
     report = json.loads((kit / "report/report.json").read_text(encoding="utf-8"))
     print(f"exit code {code}, {seconds:.0f} s, green: {report['green']}; "
           f"programs {report['countOfPrograms']}, cases {report['countOfCases']}")
