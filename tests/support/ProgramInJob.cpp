@@ -10,6 +10,8 @@ namespace {
 using system::win32::v1::UniqueKernelHandle;
 
 constexpr DWORD kTreeEndMs = 60000;
+constexpr DWORD kOthersEndMs = 10000;
+constexpr DWORD kPollMs = 1;
 constexpr UINT kExitCodeOfTheEnded = 9;
 
 UniqueKernelHandle OpenInheritable(const wchar_t* path, DWORD access, DWORD disposition)
@@ -60,6 +62,14 @@ std::wstring EnvironmentWith(const std::wstring& temporaryFolder)
         }
     }
     return block + L'\0';
+}
+
+bool HasProcesses(HANDLE job)
+{
+    JOBOBJECT_BASIC_ACCOUNTING_INFORMATION accounting{};
+    return QueryInformationJobObject(job, JobObjectBasicAccountingInformation, &accounting,
+                                     sizeof accounting, nullptr) != FALSE &&
+           accounting.ActiveProcesses != 0;
 }
 
 } // namespace
@@ -114,6 +124,11 @@ void ProgramInJob::EndTree()
     if (job_) {
         TerminateJobObject(job_.Get(), kExitCodeOfTheEnded);
         WaitForSingleObject(process_.Get(), kTreeEndMs);
+        // The other processes end later; until then they hold their files, locks and names.
+        const ULONGLONG end = GetTickCount64() + kOthersEndMs;
+        while (HasProcesses(job_.Get()) && GetTickCount64() < end) {
+            Sleep(kPollMs); // a job has no event for its last process
+        }
     }
 }
 

@@ -39,7 +39,7 @@ public:
     /// Returns the exit code; STILL_ACTIVE (259) while the program runs.
     [[nodiscard]] DWORD ExitCode() const;
     /// Ends the program and all processes that it or its descendants started. Waits at most a
-    /// minute for the end of the program.
+    /// minute for the end of the program, and then at most 10 s for the end of the others.
     void EndTree();
 
 private:
