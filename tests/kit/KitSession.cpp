@@ -255,14 +255,9 @@ bool Session::WriteReports() const
 
 int Session::ShowResult() const
 {
-    const Counts programs = CountPrograms(report_);
-    const Counts cases = CountCases(report_);
     std::cout << "\n"
-              << programs.passed << " programs passed (" << cases.passed << " cases), "
-              << programs.failed << " failed (" << cases.failed << " cases), "
-              << programs.notPossible << " not possible on this machine (" << cases.notPossible
-              << " cases), " << programs.leftOut << " left out.\nThe report: " << folderText_
-              << "\\report\\report.html" << std::endl;
+              << SummaryOf(report_) << "\nThe report: " << folderText_ << "\\report\\report.html"
+              << std::endl;
     if (report_.interrupted) {
         return kInterrupted;
     }

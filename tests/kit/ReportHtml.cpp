@@ -29,25 +29,10 @@ const char* ClassOf(Verdict verdict)
     }
 }
 
-std::string Amount(unsigned number, const char* thing)
-{
-    return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
-}
-
 std::string Headline(const RunReport& report)
 {
-    const Counts programs = CountPrograms(report);
-    const Counts cases = CountCases(report);
-    std::string text =
-        Amount(programs.passed, "program") + " passed (" + Amount(cases.passed, "case") + "), " +
-        std::to_string(programs.failed) + " failed (" + Amount(cases.failed, "case") + "), " +
-        std::to_string(programs.notPossible) + " not possible on this machine (" +
-        Amount(cases.notPossible, "case") + "), " + std::to_string(programs.leftOut) + " left out";
-    if (report.interrupted) {
-        text += "; the run was stopped";
-    }
     return "<p class=\"verdict " + std::string(IsGreen(report) ? "passed" : "failed") + "\">" +
-           text + ".</p>\n";
+           SummaryOf(report) + "</p>\n";
 }
 
 std::string ListOf(const char* title, const std::vector<std::string>& lines)

@@ -48,6 +48,11 @@ nlohmann::ordered_json JsonOf(const ProgramOutcome& outcome)
     return item;
 }
 
+std::string Amount(unsigned number, const char* thing)
+{
+    return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
+}
+
 } // namespace
 
 Counts CountPrograms(const RunReport& report)
@@ -73,6 +78,17 @@ Counts CountCases(const RunReport& report)
 bool IsGreen(const RunReport& report)
 {
     return CountPrograms(report).failed == 0 && report.leftOver.empty() && !report.interrupted;
+}
+
+std::string SummaryOf(const RunReport& report)
+{
+    const Counts programs = CountPrograms(report);
+    const Counts cases = CountCases(report);
+    return Amount(programs.passed, "program") + " passed (" + Amount(cases.passed, "case") + "), " +
+           std::to_string(programs.failed) + " failed (" + Amount(cases.failed, "case") + "), " +
+           std::to_string(programs.notPossible) + " not possible on this machine (" +
+           Amount(cases.notPossible, "case") + "), " + std::to_string(programs.leftOut) +
+           " left out" + (report.interrupted ? "; the run was stopped." : ".");
 }
 
 std::string ReportAsJson(const RunReport& report)

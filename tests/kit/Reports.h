@@ -46,6 +46,9 @@ struct Counts {
 /// nobody stopped the run.
 [[nodiscard]] bool IsGreen(const RunReport& report);
 
+/// Returns the numbers of programs and cases by their verdicts, in one sentence.
+[[nodiscard]] std::string SummaryOf(const RunReport& report);
+
 /// Writes the report for machines: one JSON object.
 [[nodiscard]] std::string ReportAsJson(const RunReport& report);
 

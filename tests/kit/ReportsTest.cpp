@@ -66,6 +66,16 @@ TEST(Reports, A_run_is_green_without_failures_leftovers_and_interruption)
     EXPECT_FALSE(IsGreen(Example()));
 }
 
+TEST(Reports, The_summary_says_that_somebody_stopped_the_run)
+{
+    RunReport report;
+    EXPECT_EQ(SummaryOf(report),
+              "0 programs passed (0 cases), 0 failed (0 cases), 0 not possible on "
+              "this machine (0 cases), 0 left out.");
+    report.interrupted = true;
+    EXPECT_NE(SummaryOf(report).find("0 left out; the run was stopped."), std::string::npos);
+}
+
 TEST(Reports, The_report_for_machines_holds_everything)
 {
     const auto content = nlohmann::json::parse(ReportAsJson(Example()));
