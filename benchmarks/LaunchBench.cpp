@@ -13,6 +13,9 @@
 #include "log_perf/LibLogPerf.h"
 #include "win32/UniqueHandle.h"
 
+#include <filesystem>
+#include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -69,6 +72,34 @@ private:
     SAFEARRAY* arguments_ = nullptr;
 };
 
+// Registers DaemonMgrPS.dll beside this program until its end.
+class RegisteredProxy {
+public:
+    RegisteredProxy()
+        : library_(LoadLibraryA((std::filesystem::path(OwnPath()).parent_path() / "DaemonMgrPS.dll")
+                                    .string()
+                                    .c_str()))
+    {
+        if (library_ == nullptr || Call("DllRegisterServer") != S_OK) {
+            throw std::runtime_error("DaemonMgrPS.dll cannot be registered");
+        }
+    }
+    RegisteredProxy(const RegisteredProxy&) = delete;
+    RegisteredProxy& operator=(const RegisteredProxy&) = delete;
+    ~RegisteredProxy() { static_cast<void>(Call("DllUnregisterServer")); }
+
+private:
+    [[nodiscard]] HRESULT Call(const char* function) const
+    {
+        using Entry = HRESULT(STDAPICALLTYPE*)();
+        // The cast through void* avoids a warning: the two function types are not related.
+        void* const address = reinterpret_cast<void*>(GetProcAddress(library_, function));
+        return address != nullptr ? reinterpret_cast<Entry>(address)() : E_NOTIMPL;
+    }
+
+    HMODULE library_; // stays loaded
+};
+
 } // namespace
 
 void LaunchBench(const Settings& settings)
@@ -93,6 +124,10 @@ void LaunchBench(const Settings& settings)
     }
     Report("launch.in_process_us", watch.Seconds() / kCalls * 1e6);
 
+    std::optional<RegisteredProxy> proxy;
+    if (settings.registerProxy) {
+        proxy.emplace();
+    }
     std::unique_ptr<app::v0::RotRegistration> registration;
     app::v0::MakeRotRegistration(registration, manager.Get(), logger);
     STARTUPINFOA startup{};

@@ -12,7 +12,9 @@ struct Settings {
     std::string tree;          ///< a folder with 10,000 files in 100 folders
     std::string scratch = "."; ///< an empty folder
     std::string supervisor;    ///< DaemonManager.exe
-    double idleSeconds = 60;   ///< duration of the measurement of an idle supervisor
+    bool registerProxy =
+        false;               ///< DaemonMgrPS.dll beside this program, for as long as it is needed
+    double idleSeconds = 60; ///< duration of the measurement of an idle supervisor
 };
 
 /// Measures the time since its construction.

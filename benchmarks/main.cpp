@@ -39,6 +39,8 @@ try {
         const auto value = [&] { return std::string(index + 1 < argc ? argv[++index] : ""); };
         if (argument == "--quick") {
             settings.quick = true;
+        } else if (argument == "--register-proxy") {
+            settings.registerProxy = true;
         } else if (argument == "--rounds") {
             settings.rounds = std::stoi(value());
         } else if (argument == "--many-files") {
