@@ -2,6 +2,7 @@
 
 #include "ChildProcess.h"
 #include "ImportPatch.h"
+#include "TempFolder.h"
 
 #include <windows.h>
 
@@ -9,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -24,25 +26,36 @@ TEST(ProcessList, Version_of_a_file_comes_from_its_resource)
     EXPECT_EQ(VersionOfImage(L"C:\\no\\such.exe"), "");
 }
 
+// Copies a child program to a name that no other test uses: on one machine another test program may
+// run the same child program at this moment.
+std::string CopyOf(const std::string& name, const TempFolder& folder, const std::string& newName)
+{
+    std::filesystem::copy_file(TestProgram(name), folder.File(newName));
+    return folder.File(newName);
+}
+
 TEST(ProcessList, Processes_of_a_file_name_are_found_whatever_the_letter_case)
 {
-    const ChildProcess child('"' + TestProgram("no_windows") + '"');
-    const std::vector<ImageFacts> found = ProcessesOfImage(L"NO_windows.EXE");
+    const TempFolder folder;
+    const std::string program = CopyOf("no_windows", folder, "listed_by_name.exe");
+    const ChildProcess child('"' + program + '"');
+    const std::vector<ImageFacts> found = ProcessesOfImage(L"LISTED_by_name.EXE");
     ASSERT_EQ(found.size(), 1U);
     EXPECT_EQ(found[0].processId, child.Pid());
-    EXPECT_EQ(found[0].path, TestProgram("no_windows"));
+    EXPECT_EQ(found[0].path, program);
 }
 
 TEST(ProcessList, Orphan_is_a_process_whose_parent_has_ended)
 {
-    const ChildProcess child('"' + TestProgram("no_windows") + '"');
-    EXPECT_TRUE(OrphansOfImage(L"no_windows.exe").empty());
+    const TempFolder folder;
+    const ChildProcess child('"' + CopyOf("no_windows", folder, "listed_child.exe") + '"');
+    EXPECT_TRUE(OrphansOfImage(L"listed_child.exe").empty());
     const ReadyEvent ready;
-    const ChildProcess shell("cmd.exe /d /c start /b \"\" \"" + TestProgram("quits") + "\" " +
-                             ready.Name());
+    const ChildProcess shell("cmd.exe /d /c start /b \"\" \"" +
+                             CopyOf("quits", folder, "listed_orphan.exe") + "\" " + ready.Name());
     ASSERT_TRUE(ready.Wait());
     ASSERT_TRUE(shell.Wait());
-    const std::vector<std::uint32_t> orphans = OrphansOfImage(L"QUITS.exe");
+    const std::vector<std::uint32_t> orphans = OrphansOfImage(L"LISTED_orphan.exe");
     ASSERT_EQ(orphans.size(), 1U);
     KillProcess(orphans.front());
 }
