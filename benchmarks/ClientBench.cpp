@@ -2,13 +2,13 @@
 // file is read, its records become a timeline, the timeline becomes a screen of ps --watch that is
 // compared with the look before, metrics or a page.
 #include "DaemonStatus.h"
-#include "DaemonTable.h"
 #include "LogFile.h"
 #include "LogLevel.h"
 #include "Measure.h"
 #include "MetricsText.h"
 #include "ReportHtml.h"
 #include "ReportModel.h"
+#include "StatusTable.h"
 #include "TimelineBuilder.h"
 #include "WatchScreen.h"
 #include "log_perf/ring/LogFileSink.h"

@@ -1,7 +1,6 @@
 #include "Commands.h"
 
 #include "DaemonListing.h"
-#include "DaemonTable.h"
 #include "ExitCode.h"
 #include "LineOutput.h"
 #include "LiveScreen.h"
@@ -10,6 +9,7 @@
 #include "Printable.h"
 #include "ProtectedObjects.h"
 #include "PsWatch.h"
+#include "StatusTable.h"
 #include "ThisMachine.h"
 #include "TimeText.h"
 #include "Unwatched.h"

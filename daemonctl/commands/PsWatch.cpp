@@ -1,12 +1,12 @@
 #include "PsWatch.h"
 
-#include "DaemonTable.h"
 #include "ExitCode.h"
 #include "InstalledPaths.h"
 #include "Interrupt.h"
 #include "LiveScreen.h"
 #include "LogFile.h"
 #include "PrintText.h"
+#include "StatusTable.h"
 #include "ThisMachine.h"
 #include "TimeText.h"
 #include "TimelineBuilder.h"

@@ -1,7 +1,7 @@
 #include "DaemonListing.h"
 
-#include "DaemonTable.h"
 #include "ExitReason.h"
+#include "StatusTable.h"
 #include "TimeText.h"
 
 #include <nlohmann/json.hpp>

@@ -2,7 +2,7 @@
 
 #include "Attribution.h"
 #include "DaemonStatus.h"
-#include "DaemonTable.h"
+#include "StatusTable.h"
 
 #include <cstddef>
 #include <cstdint>

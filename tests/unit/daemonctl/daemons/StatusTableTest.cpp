@@ -1,4 +1,4 @@
-#include "DaemonTable.h"
+#include "StatusTable.h"
 
 #include "SomeDaemons.h"
 
@@ -29,7 +29,7 @@ std::string TableText(const std::vector<DaemonStatus>& daemons, const TableStyle
     return text;
 }
 
-TEST(DaemonTable, Has_a_line_of_titles_and_a_line_for_each_daemon)
+TEST(StatusTable, Has_a_line_of_titles_and_a_line_for_each_daemon)
 {
     EXPECT_EQ(
         TableText(SomeDaemons(), Style(1'100'000)),
@@ -43,7 +43,7 @@ TEST(DaemonTable, Has_a_line_of_titles_and_a_line_for_each_daemon)
               "ID  STATE  PID  UP SINCE  RESTARTS  LAST EXIT  CPU  MEMORY  COMMAND\n");
 }
 
-TEST(DaemonTable, Control_characters_are_visible)
+TEST(StatusTable, Control_characters_are_visible)
 {
     DaemonStatus daemon;
     daemon.id = 1;
@@ -56,7 +56,7 @@ TEST(DaemonTable, Control_characters_are_visible)
               "a.exe \\x0A 2  running \\x1B]0;x\\x07\\x9B\n");
 }
 
-TEST(DaemonTable, On_a_narrow_terminal_is_one_line_a_daemon)
+TEST(StatusTable, On_a_narrow_terminal_is_one_line_a_daemon)
 {
     TableStyle style = Style(0);
     style.width = 60;
@@ -78,7 +78,7 @@ TEST(DaemonTable, On_a_narrow_terminal_is_one_line_a_daemon)
               " 0  running       1234  07:59:58         2  0.0 %  1.5 MiB  a.exe \xC3\xBC");
 }
 
-TEST(DaemonTable, Lines_of_daemons_in_trouble_have_a_colour)
+TEST(StatusTable, Lines_of_daemons_in_trouble_have_a_colour)
 {
     auto daemons = SomeDaemons();
     daemons[2].state = RunState::kEnded;
@@ -91,7 +91,7 @@ TEST(DaemonTable, Lines_of_daemons_in_trouble_have_a_colour)
     EXPECT_EQ(TableOf(daemons, Style(0))[1].level, 0);
 }
 
-TEST(DaemonTable, After_an_earlier_look_shows_processor_time_and_memory_since_then)
+TEST(StatusTable, After_an_earlier_look_shows_processor_time_and_memory_since_then)
 {
     auto before = SomeDaemons();
     before.resize(1);

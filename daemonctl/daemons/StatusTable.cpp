@@ -1,4 +1,4 @@
-#include "DaemonTable.h"
+#include "StatusTable.h"
 
 #include "ExitReason.h"
 #include "Printable.h"
