@@ -3,18 +3,16 @@
 #include "GuardRunValue.h"
 #include "GuardServiceEntry.h"
 #include "Utf8.h"
+#include "file/OwnProgram.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
-#include <cstddef>
 #include <stdexcept>
 #include <utility>
 
 namespace vqrx::client::v0 {
 namespace {
-
-constexpr std::size_t kLongestGuardPath = 32768;
 
 void StartInThisSession(const GuardCommand& command)
 {
@@ -70,9 +68,7 @@ bool RemoveAutostart()
 
 std::string PathBesideThisProgram(const std::wstring& fileName)
 {
-    std::wstring path(kLongestGuardPath, L'\0');
-    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return Utf8(path.substr(0, path.find_last_of(L"\\/") + 1) + fileName);
+    return Utf8(system::file::v2::PathBesideOwnProgram(fileName));
 }
 
 void StartGuard(const GuardCommand& command)

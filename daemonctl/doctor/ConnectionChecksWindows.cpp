@@ -6,6 +6,7 @@
 #include "com/ClientApartment.h"
 #include "daemon_manager/SupervisorClient.h"
 #include "daemon_manager/SupervisorIdentity.h"
+#include "file/OwnProgram.h"
 
 #include <windows.h>
 
@@ -17,8 +18,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr std::chrono::seconds kPatience(10);          // for the answer of the supervisor
-constexpr std::uint32_t kIdNeverGivenOut = 0xFFFFFFFF; // the supervisor counts from 0
+constexpr std::chrono::seconds kPatience(10); // for the answer of the supervisor
 
 std::wstring GuidText(const GUID& id)
 {
@@ -45,7 +45,7 @@ SupervisorFacts CallSupervisor()
     try {
         const system::com::v1::ClientApartment apartment;
         daemon_manager::SupervisorClient supervisor;
-        supervisor.Detach(kIdNeverGivenOut);
+        supervisor.Detach(daemon_manager::kNoDaemonId);
         facts.answer = Answer::kAnswers;
     } catch (const daemon_manager::SupervisorNotRunning&) {
         facts.answer = Answer::kNotRunning;
@@ -88,9 +88,7 @@ std::vector<Namesake> FindNamesakes()
 
 std::string ProxyBesideThisProgram()
 {
-    std::wstring path(32768, L'\0'); // the longest path that Windows has
-    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    path.replace(path.rfind(L'\\') + 1, std::wstring::npos, L"DaemonMgrPS.dll");
+    const std::wstring path = system::file::v2::PathBesideOwnProgram(L"DaemonMgrPS.dll");
     return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES ? Utf8(path) : std::string();
 }
 

@@ -4,9 +4,9 @@
 #include "ObjectRights.h"
 #include "Utf8.h"
 #include "daemon_manager/SupervisorIdentity.h"
+#include "file/OwnProgram.h"
 #include "installation/FirmwareRoot.h"
-
-#include <windows.h>
+#include "installation/InstallationPaths.h"
 
 #include <algorithm>
 #include <set>
@@ -14,11 +14,9 @@
 namespace vqrx::client::v0 {
 namespace {
 
+namespace installation = system::installation::v1;
 using Role = PlaceFacts::Role;
-using system::installation::v1::RootKey;
-
-// The id of the interface, which is also that of the proxy/stub's class.
-constexpr const char* kInterfaceId = "{C307E9F6-67C0-4C74-B1BD-37EFB9882701}";
+using installation::RootKey;
 
 // Collects places, each once. The first role of a path counts.
 class Places {
@@ -76,13 +74,6 @@ std::string FolderOf(const std::string& path)
     return end == std::string::npos ? std::string() : path.substr(0, end);
 }
 
-std::string PathOfThisProgram()
-{
-    std::wstring path(32768, L'\0'); // the longest path that Windows has
-    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return Utf8(path);
-}
-
 void AddInstallation(const std::string& installedProgram, Places& places)
 {
     const std::string folder = FolderOf(installedProgram);
@@ -92,23 +83,24 @@ void AddInstallation(const std::string& installedProgram, Places& places)
         places.Add(folder + "\\DaemonMgrPS.dll", Role::kProgram);
         places.Add(folder + "\\DaemonGuard.exe", Role::kProgram);
     }
-    places.Add(PathOfThisProgram(), Role::kProgram);
+    places.Add(Utf8(system::file::v2::PathOfOwnProgram()), Role::kProgram);
 }
 
 void AddKeys(RightsFacts& facts)
 {
     std::vector<std::string> keys{"SOFTWARE", R"(SOFTWARE\Classes)"};
     for (const RootKey key : {RootKey::kCurrent, RootKey::kOlder}) {
-        const std::string name = system::installation::v1::NameOf(key);
+        const std::string name = installation::NameOf(key);
         const std::string below = name.substr(name.find('\\') + 1);
         keys.push_back(FolderOf(below));
         keys.push_back(below);
     }
-    const std::string classKey = std::string(R"(SOFTWARE\Classes\CLSID\)") + kInterfaceId;
-    const std::string interfaceKey = std::string(R"(SOFTWARE\Classes\Interface\)") + kInterfaceId;
+    const std::string id = Utf8(daemon_manager::kInterfaceId);
+    const std::string classKey = R"(SOFTWARE\Classes\CLSID\)" + id;
+    const std::string interfaceKey = R"(SOFTWARE\Classes\Interface\)" + id;
     keys.insert(keys.end(), {classKey, classKey + R"(\InProcServer32)", interfaceKey,
                              interfaceKey + R"(\ProxyStubClsid32)"});
-    keys.emplace_back(R"(SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager)");
+    keys.push_back(Utf8(daemon_manager::kInstallerKey));
     // Those that start the guard.
     keys.emplace_back(R"(SYSTEM\CurrentControlSet\Services\DaemonGuard)");
     keys.emplace_back(R"(SOFTWARE\Microsoft\Windows\CurrentVersion\Run)");
@@ -117,28 +109,14 @@ void AddKeys(RightsFacts& facts)
     }
 }
 
-// Returns the SID of the account that the installer noted for the supervisor; empty if it noted
-// none.
-std::string NotedAccount()
-{
-    std::wstring sid(256, L'\0');
-    auto size = static_cast<DWORD>(sid.size() * sizeof(wchar_t));
-    if (RegGetValueW(HKEY_LOCAL_MACHINE,
-                     LR"(SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager)",
-                     L"Account", RRF_RT_REG_SZ, nullptr, sid.data(), &size) != ERROR_SUCCESS) {
-        return {};
-    }
-    return Utf8(sid.c_str());
-}
-
 } // namespace
 
 RightsFacts GatherRightsFacts(const std::string& root, const std::vector<std::string>& programs)
 {
     RightsFacts facts;
     facts.administrators = TrustedAdministrators();
-    facts.supervisorSid = NotedAccount();
     const daemon_manager::SupervisorIdentity identity = daemon_manager::IdentifySupervisor();
+    facts.supervisorSid = Utf8(identity.notedAccount);
     for (const daemon_manager::SupervisorProcess& process : identity.processes) {
         const std::string sid = Utf8(process.userSid);
         if (process.installedProgram && process.expectedUser &&
@@ -148,10 +126,11 @@ RightsFacts GatherRightsFacts(const std::string& root, const std::vector<std::st
     }
     Places places(facts);
     if (!root.empty()) {
-        places.Add(root + "\\App", Role::kPrograms);
-        places.Add(root + "\\App\\fleet.txt", Role::kProgram); // the guard launches what it names
-        places.Add(root + "\\Logs", Role::kLogs);
-        places.Add(root + "\\Logs\\DaemonManager.log", Role::kLogFile);
+        places.Add(installation::AppFolder(root), Role::kPrograms);
+        // The guard launches what the fleet file names.
+        places.Add(installation::DefaultFleetFile(root), Role::kProgram);
+        places.Add(installation::LogFolder(root), Role::kLogs);
+        places.Add(installation::LogFile(root), Role::kLogFile);
     }
     AddInstallation(Utf8(identity.installedProgram), places);
     for (const std::string& program : programs) {

@@ -10,7 +10,6 @@
 #include <objbase.h>
 
 #include <atomic>
-#include <cstdint>
 #include <exception>
 #include <memory>
 
@@ -19,15 +18,13 @@ namespace {
 
 using system::com::v1::ComPtr;
 
-constexpr std::uint32_t kIdNeverGivenOut = 0xFFFFFFFF; // the supervisor counts from 0
-
 SupervisorCheck Call(std::atomic<bool>& isConnected)
 {
     try {
         const system::com::v1::ComApartment apartment;
         daemon_manager::SupervisorClient supervisor;
         isConnected = true;
-        supervisor.Detach(kIdNeverGivenOut);
+        supervisor.Detach(daemon_manager::kNoDaemonId);
         return {CheckResult::kAnswers, {}, true};
     } catch (const daemon_manager::SupervisorNotRunning& exception) {
         return {CheckResult::kWithdrawn, exception.what(), true};

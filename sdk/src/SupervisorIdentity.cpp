@@ -14,11 +14,6 @@ namespace daemon_manager {
 namespace {
 
 constexpr const wchar_t* kProgram = L"DaemonManager.exe";
-// The class of the proxy/stub has the id of the interface.
-constexpr const wchar_t* kProxyKey =
-    L"SOFTWARE\\Classes\\CLSID\\{C307E9F6-67C0-4C74-B1BD-37EFB9882701}\\InProcServer32";
-constexpr const wchar_t* kInstallerKey =
-    L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\DaemonManager";
 
 struct HandleCloser {
     void operator()(void* handle) const noexcept { CloseHandle(handle); }
@@ -51,7 +46,9 @@ bool IsFile(const std::wstring& path)
 
 std::wstring InstalledProgram()
 {
-    const std::wstring proxy = MachineText(kProxyKey, nullptr);
+    const std::wstring proxyKey =
+        L"SOFTWARE\\Classes\\CLSID\\" + std::wstring(kInterfaceId) + L"\\InProcServer32";
+    const std::wstring proxy = MachineText(proxyKey.c_str(), nullptr);
     const std::size_t end = proxy.find_last_of(L'\\');
     if (end != std::wstring::npos) {
         std::wstring program = proxy.substr(0, end + 1) + kProgram;

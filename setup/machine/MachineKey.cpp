@@ -2,6 +2,7 @@
 
 #include "SetupError.h"
 #include "Utf8.h"
+#include "daemon_manager/SupervisorIdentity.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
@@ -171,7 +172,7 @@ void MachineKey::Remove() const noexcept
 
 MachineKey InstallationKey()
 {
-    return MachineKey(R"(SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager)");
+    return MachineKey(client::v0::Utf8(daemon_manager::kInstallerKey));
 }
 
 MachineKey EventSourceKey()

@@ -3,6 +3,7 @@
 #include "MachineKey.h"
 #include "SetupError.h"
 #include "Utf8.h"
+#include "daemon_manager/SupervisorIdentity.h"
 #include "system_library/SystemLibrary.h"
 
 #include <windows.h>
@@ -12,12 +13,9 @@
 namespace vqrx::setup::v0 {
 namespace {
 
+using client::v0::Utf8;
 using client::v0::Wide;
 using cpp_utils::system_library::v1::FindFunction;
-
-// The class of the proxy/stub has the id of the interface.
-constexpr const char* kProxyKey =
-    R"(SOFTWARE\Classes\CLSID\{C307E9F6-67C0-4C74-B1BD-37EFB9882701}\InprocServer32)";
 
 // A library that is loaded for one call, with its own imports from the system folder.
 class LoadedProxy {
@@ -52,7 +50,9 @@ private:
 
 std::string RegisteredProxy()
 {
-    return MachineKey(kProxyKey).Text("");
+    return MachineKey(R"(SOFTWARE\Classes\CLSID\)" + Utf8(daemon_manager::kInterfaceId) +
+                      R"(\InprocServer32)")
+        .Text("");
 }
 
 void RegisterProxy(const std::string& library)

@@ -2,6 +2,7 @@
 
 #include "SetupError.h"
 #include "Utf8.h"
+#include "file/OwnProgram.h"
 
 #include <windows.h>
 
@@ -40,10 +41,7 @@ std::string DefaultFirmwareRoot()
 
 std::string OwnProgram()
 {
-    constexpr std::size_t kLongestPath = 32768;
-    std::wstring path(kLongestPath, L'\0');
-    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return Utf8(path);
+    return Utf8(system::file::v2::PathOfOwnProgram());
 }
 
 std::string FolderOf(const std::string& path)

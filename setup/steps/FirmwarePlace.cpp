@@ -64,8 +64,8 @@ void RegisterFirmwareRoot(const std::string& root)
     if (!firmware.Exists()) {
         notes.SetText("MadeFirmwareKey", kFirmware);
     }
-    firmware.SetText("Pathname", root + "\\App");
-    notes.SetText("MadePathname", root + "\\App");
+    firmware.SetText("Pathname", installation::AppFolder(root));
+    notes.SetText("MadePathname", installation::AppFolder(root));
 }
 
 void RemoveRegisteredRoot()

@@ -7,6 +7,7 @@
 #include "RandomName.h"
 #include "SetupError.h"
 #include "Utf8.h"
+#include "installation/InstallationPaths.h"
 
 #include <windows.h>
 
@@ -20,20 +21,16 @@
 namespace vqrx::setup::v0 {
 namespace {
 
+namespace installation = system::installation::v1;
 using client::v0::FolderUse;
 
 constexpr const char* kSupervisor = "\\DaemonManager.exe";
 constexpr const char* kClient = "\\daemonctl.exe";
 constexpr const char* kProxy = "\\DaemonMgrPS.dll";
 
-std::string LogFolderOf(const FirmwarePlace& place)
-{
-    return place.root + "\\Logs";
-}
-
 std::string LogFileOf(const FirmwarePlace& place)
 {
-    return LogFolderOf(place) + "\\DaemonManager.log";
+    return installation::LogFile(place.root);
 }
 
 // The account that may write into \Logs beside administrators: the one that was named now, that of
@@ -99,8 +96,8 @@ void InstallationSteps::PrepareFolders()
         GetFileAttributesW(client::v0::Wide(LogFileOf(place_)).c_str()) != INVALID_FILE_ATTRIBUTES;
     folders_->Prepare(folder_, FolderUse::kPrograms);
     folders_->Prepare(place_.root, FolderUse::kPrograms);
-    folders_->Prepare(place_.root + "\\App", FolderUse::kPrograms);
-    folders_->Prepare(LogFolderOf(place_), FolderUse::kLogs);
+    folders_->Prepare(installation::AppFolder(place_.root), FolderUse::kPrograms);
+    folders_->Prepare(installation::LogFolder(place_.root), FolderUse::kLogs);
     folders_->Check(LogFileOf(place_)); // the hand-over believes it
     std::set<std::string> inside;
     for (const PayloadFile& file : files_) {
@@ -114,7 +111,8 @@ void InstallationSteps::PrepareFolders()
 
 void InstallationSteps::EndSupervisor()
 {
-    change_.End(LogFolderOf(place_) + "\\" + RandomName("before-setup-") + ".json");
+    change_.End(installation::LogFolder(place_.root) + "\\" + RandomName("before-setup-") +
+                ".json");
 }
 
 void InstallationSteps::Replace()
@@ -267,8 +265,8 @@ void InstallationSteps::WriteNotes()
     constexpr std::uint64_t kKibibyte = 1024;
     const MachineKey notes = InstallationKey();
     NoteIfMade("Root", place_.root);
-    NoteIfMade("App", place_.root + "\\App");
-    NoteIfMade("Logs", LogFolderOf(place_));
+    NoteIfMade("App", installation::AppFolder(place_.root));
+    NoteIfMade("Logs", installation::LogFolder(place_.root));
     if (!logExisted_) {
         notes.SetText("MadeLog", LogFileOf(place_));
     }

@@ -3,6 +3,7 @@
 #include "LikeStart.h"
 #include "SetupError.h"
 #include "Utf8.h"
+#include "daemon_manager/SupervisorClient.h"
 #include "daemon_manager/SupervisorIdentity.h"
 
 #include <windows.h>
@@ -13,10 +14,7 @@
 namespace vqrx::setup::v0 {
 namespace {
 
-// No daemon has this number: the request changes nothing. daemonctl ends with 1 if a supervisor
-// answers.
-constexpr const char* kNoDaemon = "4294967295";
-constexpr std::uint32_t kSupervisorAnswered = 1;
+constexpr std::uint32_t kSupervisorAnswered = 1; // exit code of a detach without a daemon
 
 constexpr std::uint32_t kClientDone = 0;
 constexpr std::uint32_t kNothingToHandOver = 1;
@@ -172,7 +170,8 @@ ProgramAnswer SupervisorChange::Client(const std::vector<std::string>& arguments
 
 bool SupervisorChange::Answers() const
 {
-    return Client({"detach", kNoDaemon}).exitCode == kSupervisorAnswered;
+    const std::string noDaemon = std::to_string(daemon_manager::kNoDaemonId);
+    return Client({"detach", noDaemon}).exitCode == kSupervisorAnswered;
 }
 
 bool SupervisorChange::WaitForAll(DWORD limitMs) const

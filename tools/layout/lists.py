@@ -51,9 +51,9 @@ MAY_INCLUDE = {
     "guard": ("guard/watch",),
     # The installer, from the bottom to the top.
     "setup/plan": (),
-    "setup/machine": ("setup/plan", "daemonctl/rights", "daemonctl/process", "src/cpp_utils",
+    "setup/machine": ("setup/plan", "daemonctl/rights", "daemonctl/process", "sdk", "src/cpp_utils",
                       "src/system/installation"),
-    "setup/steps": ("setup/machine", "sdk"),
+    "setup/steps": ("setup/machine",),
     "setup/window": ("setup/steps",),
     "setup": ("setup/window",),
 }

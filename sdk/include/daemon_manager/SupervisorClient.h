@@ -10,6 +10,10 @@ struct IDaemonMgrControl;
 
 namespace daemon_manager {
 
+/// No daemon ever has this id. Detach(kNoDaemonId) changes nothing: if it returns, the supervisor
+/// has answered.
+inline constexpr std::uint32_t kNoDaemonId = 0xFFFFFFFF;
+
 /// A request failed. what() contains the result code and the system's text for it.
 class SupervisorError : public std::runtime_error {
 public:

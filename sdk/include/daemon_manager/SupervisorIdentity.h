@@ -6,6 +6,13 @@
 
 namespace daemon_manager {
 
+/// Id of the interface as the registry spells it. The class of the proxy/stub has the same id.
+inline constexpr const wchar_t* kInterfaceId = L"{C307E9F6-67C0-4C74-B1BD-37EFB9882701}";
+
+/// Key below HKEY_LOCAL_MACHINE in which the installer keeps its notes.
+inline constexpr const wchar_t* kInstallerKey =
+    L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\DaemonManager";
+
 /// A process that runs a file with the name of the supervisor's program.
 struct SupervisorProcess {
     std::uint32_t processId = 0;
@@ -44,14 +51,12 @@ struct SupervisorIdentity {
 };
 
 /// Finds out whether the installed supervisor runs, and who runs it. Does not look at the object in
-/// the Running Object Table: IdentifyAnswerer (ObjectOrigin.h) does.
+/// the Running Object Table: IdentifyAnswerer (AnswererIdentity.h) does.
 /// - The installed program is DaemonManager.exe beside the registered DaemonMgrPS.dll, or else in
 ///   the folder that the installer noted. Both are read from HKEY_LOCAL_MACHINE only.
 /// - Expected users are the user of this process, Windows' service accounts, administrators with
 ///   full rights, and the account that the installer or an administrator noted: its SID in the
-///   value "Account" of the registry key
-///   HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager. Only administrators
-///   can write there.
+///   value "Account" of the key kInstallerKey. Only administrators can write there.
 /// Needs no COM. Any thread.
 /// @throws std::bad_alloc
 [[nodiscard]] SupervisorIdentity IdentifySupervisor();
