@@ -1,5 +1,6 @@
 #include "ObjectRights.h"
 
+#include "AccountNames.h"
 #include "Utf8.h"
 #include "win32/LocalMemory.h"
 #include "win32/UniqueHandle.h"
@@ -19,31 +20,6 @@ namespace {
 
 using system::win32::v1::UniqueKernelHandle;
 using system::win32::v1::UniqueLocalMemory;
-
-std::string SidText(PSID sid)
-{
-    wchar_t* text = nullptr;
-    if (ConvertSidToStringSidW(sid, &text) == FALSE) {
-        return {};
-    }
-    const UniqueLocalMemory<wchar_t> owner(text);
-    return Utf8(text);
-}
-
-std::string NameOfSid(PSID sid)
-{
-    std::array<wchar_t, 256> name{};
-    std::array<wchar_t, 256> domain{};
-    auto nameSize = static_cast<DWORD>(name.size());
-    auto domainSize = static_cast<DWORD>(domain.size());
-    SID_NAME_USE use{};
-    if (LookupAccountSidW(nullptr, sid, name.data(), &nameSize, domain.data(), &domainSize, &use) ==
-        FALSE) {
-        return SidText(sid);
-    }
-    const std::string domainText = Utf8(domain.data());
-    return (domainText.empty() ? domainText : domainText + "\\") + Utf8(name.data());
-}
 
 // Adds the entry of an access list if it grants something on the object itself. Every entry that
 // grants a right begins like ACCESS_ALLOWED_ACE, also one with a condition; the SID of an entry for

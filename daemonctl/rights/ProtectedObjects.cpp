@@ -1,5 +1,6 @@
 #include "ProtectedObjects.h"
 
+#include "AccountNames.h"
 #include "Utf8.h"
 #include "win32/LocalMemory.h"
 #include "win32/UniqueHandle.h"
@@ -89,9 +90,8 @@ std::string SidOfAccount(const std::string& account)
 {
     const std::wstring name = Wide(account);
     PSID sid = nullptr;
-    wchar_t* text = nullptr;
     if (ConvertStringSidToSidW(name.c_str(), &sid) != FALSE) {
-        LocalFree(sid);
+        const UniqueLocalMemory<void> owner(sid); // only to free it
         return account;
     }
     alignas(SID) std::array<std::byte, SECURITY_MAX_SID_SIZE> buffer{};
@@ -100,12 +100,10 @@ std::string SidOfAccount(const std::string& account)
     auto domainSize = static_cast<DWORD>(domain.size());
     SID_NAME_USE use{};
     if (LookupAccountNameW(nullptr, name.c_str(), buffer.data(), &size, domain.data(), &domainSize,
-                           &use) == FALSE ||
-        ConvertSidToStringSidW(buffer.data(), &text) == FALSE) {
+                           &use) == FALSE) {
         return {};
     }
-    const UniqueLocalMemory<wchar_t> owner(text);
-    return Utf8(text);
+    return SidText(buffer.data());
 }
 
 } // namespace vqrx::client::v0

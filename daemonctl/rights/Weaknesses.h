@@ -20,14 +20,14 @@ struct ObjectRights {
 
     std::string path;
     Kind kind = Kind::kFile;
-    std::uint32_t error =
-        0; ///< Windows error of reading the rights; 0 = read, else all below is unset
+    /// Windows error of reading the rights; 0: read. If it is not 0, all members below are unset.
+    std::uint32_t error = 0;
     bool reparsePoint = false; ///< a junction or a link: the path leads somewhere else
     std::string ownerSid;
     std::string ownerName;
     bool unprotected = false; ///< without an access list: everybody may do everything
-    std::vector<GrantedRight>
-        granted; ///< for the object itself, not for objects that are made in it
+    /// For the object itself, not for objects that are made in it.
+    std::vector<GrantedRight> granted;
 };
 
 /// Who may change an object without being an intruder, by SID.

@@ -1,10 +1,8 @@
 #include "AccessRights.h"
 
-#include "Utf8.h"
-#include "win32/LocalMemory.h"
+#include "AccountNames.h"
+#include "ObjectRights.h"
 #include "win32/UniqueHandle.h"
-
-#include <sddl.h>
 
 #include <algorithm>
 #include <array>
@@ -16,22 +14,11 @@
 namespace vqrx::setup::v0 {
 namespace {
 
-using client::v0::Utf8;
+using client::v0::SidText;
 using system::win32::v1::UniqueKernelHandle;
-using system::win32::v1::UniqueLocalMemory;
 
 constexpr const char* kSystemSid = "S-1-5-18";
 constexpr const char* kAdministratorsSid = "S-1-5-32-544";
-
-std::string TextOfSid(PSID sid)
-{
-    wchar_t* text = nullptr;
-    if (ConvertSidToStringSidW(sid, &text) == FALSE) {
-        return {};
-    }
-    const UniqueLocalMemory<wchar_t> owner(text);
-    return Utf8(text);
-}
 
 // One answer of GetTokenInformation; empty if Windows refuses it.
 std::vector<std::byte> TokenInformation(HANDLE token, TOKEN_INFORMATION_CLASS kind)
@@ -69,7 +56,7 @@ bool AddGroups(const TOKEN_GROUPS& groups, std::string_view kind, std::string& d
     std::vector<std::string> lines;
     for (DWORD index = 0; index < groups.GroupCount; ++index) {
         const SID_AND_ATTRIBUTES& group = groups.Groups[index];
-        const std::string sid = TextOfSid(group.Sid);
+        const std::string sid = SidText(group.Sid);
         const bool enabled = (group.Attributes & SE_GROUP_ENABLED) != 0;
         administrator = administrator || (enabled && sid == kAdministratorsSid);
         // The integrity level is among the groups of some tokens.
@@ -110,10 +97,10 @@ AccessRights RightsOfToken(HANDLE token)
     if (In<TOKEN_USER>(user) == nullptr || In<DWORD>(groups) == nullptr) {
         return rights;
     }
-    rights.userSid = TextOfSid(In<TOKEN_USER>(user)->User.Sid);
+    rights.userSid = SidText(In<TOKEN_USER>(user)->User.Sid);
     rights.session = In<DWORD>(session) != nullptr ? *In<DWORD>(session) : 0;
     if (const auto* const label = In<TOKEN_MANDATORY_LABEL>(level)) {
-        rights.details += "level " + TextOfSid(label->Label.Sid) + "\n";
+        rights.details += "level " + SidText(label->Label.Sid) + "\n";
     }
     rights.administrator =
         AddGroups(*reinterpret_cast<const TOKEN_GROUPS*>(groups.data()), "group", rights.details) ||
@@ -138,20 +125,10 @@ AccessRights RightsOfProcess(HANDLE process)
 
 std::string NameOfRights(const AccessRights& rights)
 {
-    PSID sid = nullptr;
-    if (rights.userSid.empty() ||
-        ConvertStringSidToSidW(client::v0::Wide(rights.userSid).c_str(), &sid) == FALSE) {
+    if (rights.userSid.empty()) {
         return "an unknown account";
     }
-    const UniqueLocalMemory<void> owner(sid);
-    std::array<wchar_t, 256> name{};
-    std::array<wchar_t, 256> domain{};
-    auto nameSize = static_cast<DWORD>(name.size());
-    auto domainSize = static_cast<DWORD>(domain.size());
-    SID_NAME_USE use{};
-    const bool named = LookupAccountSidW(nullptr, sid, name.data(), &nameSize, domain.data(),
-                                         &domainSize, &use) != FALSE;
-    return (named ? Utf8(domain.data()) + "\\" + Utf8(name.data()) : rights.userSid) +
+    return client::v0::NameOfAccount(rights.userSid) +
            (rights.administrator ? " (administrator)" : " (limited)");
 }
 

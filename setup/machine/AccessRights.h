@@ -28,7 +28,7 @@ struct AccessRights {
 ///                 process
 [[nodiscard]] AccessRights RightsOfProcess(HANDLE process);
 
-/// Returns the name of the account for people, "DOMAIN\name", with "limited" or "administrator".
+/// Returns the name of the account for people: "DOMAIN\name (limited)", or with "(administrator)".
 /// UTF-8.
 [[nodiscard]] std::string NameOfRights(const AccessRights& rights);
 

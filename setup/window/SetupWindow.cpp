@@ -33,6 +33,31 @@ Type* PointerIn(LONG_PTR number)
     return reinterpret_cast<Type*>(number); // NOLINT(performance-no-int-to-ptr)
 }
 
+// Joins the thread to COM for the dialogs of the shell, if Windows allows it.
+class OleApartment {
+public:
+    OleApartment() noexcept
+        : result_(OleInitialize(nullptr))
+    {
+    }
+    OleApartment(const OleApartment&) = delete;
+    OleApartment& operator=(const OleApartment&) = delete;
+    ~OleApartment()
+    {
+        if (SUCCEEDED(result_)) {
+            OleUninitialize();
+        }
+    }
+
+private:
+    HRESULT result_;
+};
+
+// Frees what the shell allocated.
+struct TaskMemoryFreer {
+    void operator()(void* memory) const noexcept { CoTaskMemFree(memory); }
+};
+
 // Shows the texts of the working thread in the window, on the thread of the window.
 class WindowConversation : public Conversation {
 public:
@@ -183,11 +208,10 @@ private:
         info.hwndOwner = window_;
         info.lpszTitle = L"Folder of the programs";
         info.ulFlags = BIF_RETURNONLYFSDIRS | BIF_NEWDIALOGSTYLE;
-        auto* const chosen = SHBrowseForFolderW(&info);
-        if (chosen != nullptr && SHGetPathFromIDListW(chosen, path.data()) != FALSE) {
+        const std::unique_ptr<ITEMIDLIST, TaskMemoryFreer> chosen(SHBrowseForFolderW(&info));
+        if (chosen && SHGetPathFromIDListW(chosen.get(), path.data()) != FALSE) {
             SetDlgItemTextW(window_, DM_SETUP_FOLDER, path.data());
         }
-        CoTaskMemFree(chosen);
     }
 
     void Append(const std::unique_ptr<std::wstring>& text) const
@@ -210,12 +234,8 @@ private:
 
 int ShowSetupWindow(const SetupOptions& options, const std::vector<PayloadFile>& files)
 {
-    const HRESULT apartment = OleInitialize(nullptr); // for the choice of a folder
-    const int code = SetupWindow(options, files).Show();
-    if (SUCCEEDED(apartment)) {
-        OleUninitialize();
-    }
-    return code;
+    const OleApartment apartment; // for the choice of a folder
+    return SetupWindow(options, files).Show();
 }
 
 } // namespace vqrx::setup::v0
