@@ -1,5 +1,7 @@
 #include "Completion.h"
 
+#include "UsageError.h"
+
 #include <CLI/CLI.hpp>
 
 #include <functional>
@@ -57,16 +59,6 @@ Command Describe(const CLI::App& app)
     return command;
 }
 
-Words NamesOfCommands(const CLI::App& app)
-{
-    Words names;
-    for (const CLI::App* const command :
-         app.get_subcommands([](const CLI::App*) { return true; })) {
-        names.push_back(command->get_name());
-    }
-    return names;
-}
-
 // Describes each command under each of its names, and "help", which takes the name of a command.
 std::vector<Command> DescribeCommands(const CLI::App& app)
 {
@@ -82,14 +74,14 @@ std::vector<Command> DescribeCommands(const CLI::App& app)
     }
     Command help;
     help.name = "help";
-    help.words = NamesOfCommands(app);
+    help.words = CommandNames(app);
     commands.push_back(std::move(help));
     return commands;
 }
 
 Words TopWords(const CLI::App& app)
 {
-    Words words = NamesOfCommands(app);
+    Words words = CommandNames(app);
     const Words options = Describe(app).words;
     words.insert(words.end(), options.begin(), options.end());
     return words;

@@ -44,16 +44,6 @@ std::size_t Distance(std::string_view one, std::string_view other)
     return row.back();
 }
 
-std::vector<std::string> CommandNames(const CLI::App& app)
-{
-    std::vector<std::string> names;
-    for (const CLI::App* const command :
-         app.get_subcommands([](const CLI::App*) { return true; })) {
-        names.push_back(command->get_name());
-    }
-    return names;
-}
-
 bool HasCommand(const CLI::App& app, std::string_view name)
 {
     const std::vector<std::string> names = CommandNames(app);
@@ -81,6 +71,16 @@ std::string Advice(const CLI::App& app, const std::string& unknown)
 }
 
 } // namespace
+
+std::vector<std::string> CommandNames(const CLI::App& app)
+{
+    std::vector<std::string> names;
+    for (const CLI::App* const command :
+         app.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(command->get_name());
+    }
+    return names;
+}
 
 // For an unknown command the message of the library says only that a command is required.
 std::string UsageError(const CLI::App* app, const CLI::Error& error)

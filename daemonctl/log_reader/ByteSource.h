@@ -22,10 +22,9 @@ public:
 
     /// Reads bytes from an offset on.
     /// @return how many bytes of the buffer were filled: fewer than its size only at the end of the
-    /// file, or if the file has become shorter
-    /// @throws std::runtime_error  "PATH cannot be read: " and the system's message. A part that
-    ///         the
-    /// system does not read is no end of the file: its records would be missing without a word.
+    ///         file, or if the file has become shorter
+    /// @throws std::runtime_error  "PATH cannot be read: " and the system's message, also if the
+    ///         system refuses a part of the file: its records must not be missing without a word
     [[nodiscard]] virtual std::size_t ReadAt(std::uint64_t offset, std::span<char> buffer) = 0;
 };
 

@@ -33,7 +33,7 @@ struct FollowEvents {
 /// @param encoding  of dates and texts in the file
 /// @return the summary of the last read
 /// @throws std::runtime_error  if the file cannot be opened: at once at the beginning, later after
-/// settings.patience
+///         settings.patience
 /// @throws std::bad_alloc, and whatever the events throw
 [[nodiscard]] ScanSummary FollowLog(const std::string& path, TextEncoding encoding,
                                     const FollowSettings& settings, const FollowEvents& events);

@@ -15,7 +15,7 @@ public:
     /// @param path  UTF-8
     /// @return the open file, which closes itself
     /// @throws std::runtime_error  "PATH cannot be read: " and the system's message; also for a
-    /// folder, a pipe or a device
+    ///         folder, a pipe or a device
     [[nodiscard]] static std::unique_ptr<InputFile> Open(const std::string& path);
 };
 

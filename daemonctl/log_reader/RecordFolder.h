@@ -25,8 +25,8 @@ struct RecordFolderLimits {
 /// with "#" is a remark. Not for use by several threads or programs at once.
 class RecordFolder {
 public:
-    /// Makes the folder, or continues an existing one: what a power failure left of a line is
-    /// removed.
+    /// Makes the folder, or continues an existing one. Removes the rest of a line that a power
+    /// failure has torn.
     /// @param path  UTF-8
     /// @throws std::runtime_error if the folder cannot be made or read
     RecordFolder(const std::string& path, const RecordFolderLimits& limits);

@@ -1,11 +1,9 @@
+#include "ConsoleColour.h"
 #include "LineOutput.h"
 #include "StreamOutput.h"
 #include "Utf8.h"
 
 #include <windows.h>
-
-#include <array>
-#include <cstddef>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -29,10 +27,7 @@ public:
 
     void Write(int level, const std::string& utf8) override
     {
-        // One colour for each level: bright red, bright yellow, grey, bright green.
-        constexpr std::array<WORD, 4> attributes = {0x000C, 0x000E, 0x0007, 0x000A};
-        const auto index = static_cast<std::size_t>(level);
-        SetAttribute(index < attributes.size() ? attributes.at(index) : before_);
+        SetAttribute(AttributeOfLevel(level, before_));
         const std::wstring line = Wide(utf8) + L"\r\n";
         DWORD written = 0;
         const BOOL done = WriteConsoleW(console_, line.data(), static_cast<DWORD>(line.size()),

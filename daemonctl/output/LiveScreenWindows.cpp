@@ -1,3 +1,4 @@
+#include "ConsoleColour.h"
 #include "LiveScreen.h"
 #include "StreamOutput.h"
 #include "Utf8.h"
@@ -6,12 +7,9 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <array>
 
 namespace vqrx::client::v0 {
 namespace {
-
-constexpr WORD kGrey = 0x0007;
 
 std::optional<ConsoleSize> SizeOfBuffer(HANDLE buffer)
 {
@@ -25,10 +23,7 @@ std::optional<ConsoleSize> SizeOfBuffer(HANDLE buffer)
 
 WORD AttributeOf(const LiveLine& line, bool coloured)
 {
-    // As LineOutputWindows: bright red, bright yellow, grey, bright green.
-    constexpr std::array<WORD, 4> attributes = {0x000C, 0x000E, 0x0007, 0x000A};
-    const auto index = static_cast<std::size_t>(line.level);
-    const WORD attribute = coloured && index < attributes.size() ? attributes.at(index) : kGrey;
+    const WORD attribute = coloured ? AttributeOfLevel(line.level, kGreyAttribute) : kGreyAttribute;
     constexpr unsigned background = 4; // bits to the left
     return line.marked ? static_cast<WORD>((attribute & 0x7U) << background) : attribute;
 }
@@ -64,7 +59,7 @@ public:
         const ConsoleSize size = Size();
         CHAR_INFO blank = {};
         blank.Char.UnicodeChar = L' ';
-        blank.Attributes = kGrey;
+        blank.Attributes = kGreyAttribute;
         std::vector<CHAR_INFO> cells(size.width * size.height, blank);
         for (std::size_t row = 0; row < std::min(lines.size(), size.height); ++row) {
             const std::wstring text = Wide(lines[row].text);

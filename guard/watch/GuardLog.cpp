@@ -2,21 +2,16 @@
 
 #include "Utf8.h"
 #include "code_page/CodePage.h"
+#include "ring_format/RingHeader.h"
 
 #include <algorithm>
-#include <cstdint>
 
 namespace vqrx::guard::v0 {
-namespace {
-
-constexpr std::uint32_t kSizeLimit = 0x100000; // bytes
-
-} // namespace
 
 GuardLog::GuardLog(const std::string& file)
 {
     sink_.SetFileName(file);
-    sink_.SetSizeLimit(kSizeLimit);
+    sink_.SetSizeLimit(system::ring_format::v1::kRingSizeLimit);
     logger_.AddSink(&sink_);
 }
 

@@ -8,7 +8,7 @@
 
 namespace vqrx::guard::v0 {
 
-/// The guard's own log: a ring file of at most 1 MiB. Any thread.
+/// The guard's own log: a ring file like the supervisor's. Any thread.
 class GuardLog {
 public:
     /// @param file  path in the ANSI code page
@@ -17,15 +17,16 @@ public:
     GuardLog(const GuardLog&) = delete;
     GuardLog& operator=(const GuardLog&) = delete;
 
-    /// Writes one record. A line feed in the text becomes a blank.
+    /// Writes one record. A line feed in the text becomes a blank. Does not wait for the disk.
     /// @param level  see LogLevel.h
     /// @param text   UTF-8
+    /// @throws std::bad_alloc
     void Log(int level, const std::string& text);
 
 private:
     log::log_perf::v2::LogFileSink sink_;
-    log::log_perf::v2::LibLogPerf
-        logger_; // last: it delivers its records to the sink when destroyed
+    // Last: its destructor delivers the queued records to the sink.
+    log::log_perf::v2::LibLogPerf logger_;
 };
 
 } // namespace vqrx::guard::v0

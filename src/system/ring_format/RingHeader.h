@@ -15,8 +15,8 @@ inline constexpr std::size_t kRingHeaderLength = 10;
 /// Offset of the first record in a ring file, bytes: it follows the header and its line end.
 inline constexpr std::uint32_t kRingStart = 12;
 
-/// Size limit of the supervisor's log file, bytes. The record that crosses it is written whole; the
-/// next one begins at kRingStart. So no record begins beyond the limit.
+/// Size limit of the log files of supervisor and guard, bytes. The record that crosses it is
+/// written whole; the next one begins at kRingStart. So no record begins beyond the limit.
 inline constexpr std::uint32_t kRingSizeLimit = 0x100000;
 
 /// Formats the header of a ring file: "0x" and eight upper-case hexadecimal digits, without a line
