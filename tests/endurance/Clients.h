@@ -20,7 +20,7 @@ public:
     Clients();
 
     /// Kills one of the first two clients and starts a new client in its place. Waits at most 5 s
-    /// for the begin of a call, so that the client most likely dies in the call.
+    /// for the beginning of a call, so that the client most likely dies in the call.
     void KillOne();
     /// Lets each client finish its call and end.
     /// @return the failure of a client; empty if there is none

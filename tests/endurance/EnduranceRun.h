@@ -47,7 +47,7 @@ private:
     std::optional<Clients> clients_;
     std::optional<Model> model_;
     std::vector<Sample> samples_;
-    ULONGLONG began_ = 0;        // tick at the begin of the load, milliseconds
+    ULONGLONG began_ = 0;        // tick at the beginning of the load, milliseconds
     double startUpSeconds_ = 0;  // until all daemons run
     DWORD slowestRestartMs_ = 0; // of a daemon that the test killed
     DWORD sumOfRestartMs_ = 0;

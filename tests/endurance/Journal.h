@@ -40,7 +40,7 @@ struct JournalDaemon {
 struct Journal {
     std::map<std::string, JournalDaemon> daemons; ///< by name
     std::string failure;                          ///< empty if there is none
-    bool inCall = false;                          ///< the last line is the begin of a call
+    bool inCall = false;                          ///< the last line is the beginning of a call
 };
 
 /// Ignores a last line without its line end.

@@ -20,7 +20,7 @@ struct HandleCounts {
 
 /// Resources of the supervisor, and counts of its log, at one moment.
 struct Sample {
-    double seconds = 0; ///< from the begin of the load
+    double seconds = 0; ///< from the beginning of the load
     double privateMiB = 0;
     double workingMiB = 0;
     HandleCounts handles;

@@ -4,6 +4,7 @@
 // beside a new one, which it never refuses.
 #include "Check.h"
 #include "DamagedLines.h"
+#include "FileContent.h"
 #include "log_perf/ring/LogFileSink.h"
 
 #include <unistd.h>
@@ -11,7 +12,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 
@@ -32,12 +32,6 @@ const std::string& FileName()
         std::remove((FileName() + ".damaged").c_str());
     });
     return name;
-}
-
-std::string Bytes(const std::string& name = FileName())
-{
-    std::ifstream file(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 // Returns false if the sink refuses the file as damaged.
@@ -68,7 +62,7 @@ void CheckHistory(LogFileSink& sink, const std::string& newest)
 
 void CheckFile(const std::string& newest)
 {
-    const std::string after = Bytes();
+    const std::string after = FileContentIfAny(FileName());
     FUZZ_CHECK(after.size() >= kHeader && after.compare(10, 2, "\r\n") == 0);
     const std::uint64_t position = std::stoull(after.substr(0, 10), nullptr, 16);
     FUZZ_CHECK(position >= kHeader && position <= after.size());
@@ -84,14 +78,14 @@ void CheckFile(const std::string& newest)
 // Opens the file and writes two records. @return whether the sink refused the file
 bool Append(const std::string& opening, std::uint32_t limit)
 {
-    const std::string before = Bytes();
+    const std::string before = FileContentIfAny(FileName());
     LogFileSink sink;
     sink.SetFileName(FileName());
     sink.SetSizeLimit(limit);
     const bool refused = !Write(sink, "first of opening " + opening);
     if (refused) {
         FUZZ_CHECK(HasDamagedLine(before));
-        FUZZ_CHECK(Bytes(FileName() + ".damaged") == before);
+        FUZZ_CHECK(FileContentIfAny(FileName() + ".damaged") == before);
         FUZZ_CHECK(sink.GetEntries(0, -1).size() == 1);
     }
     CheckHistory(sink, "first of opening " + opening);

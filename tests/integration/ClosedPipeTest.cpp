@@ -1,6 +1,7 @@
 // daemonctl whose reader has gone, as in "daemonctl log | head".
 #include "CapturedProgram.h"
 #include "ChildProcess.h"
+#include "FileContent.h"
 #include "FirmwareRegistry.h"
 #include "ProgramInJob.h"
 #include "TempFolder.h"

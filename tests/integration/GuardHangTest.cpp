@@ -1,5 +1,6 @@
 // The guard's watch in this program, with short times and the real supervisor.
 #include "ChildProcess.h"
+#include "FileContent.h"
 #include "GuardedMachine.h"
 #include "PublishedControl.h"
 #include "SupervisorCheck.h"

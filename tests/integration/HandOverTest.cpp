@@ -13,7 +13,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -63,14 +62,7 @@ protected:
     // Makes a record of the log unknown, as if the ring had overwritten it.
     void Overwrite(const std::string& record)
     {
-        std::fstream log(former_.LogFile(), std::ios::in | std::ios::out | std::ios::binary);
-        const std::string text((std::istreambuf_iterator<char>(log)),
-                               std::istreambuf_iterator<char>());
-        const std::size_t place = text.find(record);
-        ASSERT_NE(place, std::string::npos);
-        log.clear();
-        log.seekp(static_cast<std::streamoff>(place));
-        log << "Other";
+        ASSERT_TRUE(OverwriteRecord(former_.LogFile(), record));
     }
 
     // Returns "process 12 (C:\...\no_windows.exe 1): ".

@@ -2,6 +2,7 @@
 // other users of the machine.
 #include "ChildProcess.h"
 #include "Daemonctl.h"
+#include "FileContent.h"
 #include "OpenToAll.h"
 #include "PrefixClass.h"
 #include "SupervisorProcess.h"

@@ -30,7 +30,7 @@ protected:
     /// Expects that the supervisor answers and ends in order.
     void ExpectNormalOperation()
     {
-        EXPECT_FALSE(supervisor_.Client().Detach(4711));
+        EXPECT_TRUE(supervisor_.Answers());
         EXPECT_EQ(supervisor_.Exit(), 0U);
     }
     HRESULT Launch(const std::wstring& path, SAFEARRAY** array, DWORD& id) const

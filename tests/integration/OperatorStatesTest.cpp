@@ -2,6 +2,7 @@
 // with the real supervisor.
 #include "ChildProcess.h"
 #include "Daemonctl.h"
+#include "FileContent.h"
 #include "SupervisorProcess.h"
 
 #include <windows.h>

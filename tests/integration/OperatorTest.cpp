@@ -255,15 +255,7 @@ TEST(Operator, Ps_shows_processes_that_the_log_no_longer_shows)
     EXPECT_EQ(Daemonctl("launch \"" + program + "\" \"old one\"").exitCode, 0U);
     const DWORD process = supervisor.WaitForStart(0);
     ASSERT_NE(process, 0U);
-    { // Overwrites the line of the start, as a wrap of the ring does.
-        std::fstream log(supervisor.LogFile(), std::ios::in | std::ios::out | std::ios::binary);
-        std::string text((std::istreambuf_iterator<char>(log)), std::istreambuf_iterator<char>());
-        const std::size_t start = text.find("Start DaemonId(0)");
-        ASSERT_NE(start, std::string::npos);
-        log.clear();
-        log.seekp(static_cast<std::streamoff>(start));
-        log << "Other";
-    }
+    ASSERT_TRUE(OverwriteRecord(supervisor.LogFile(), "Start DaemonId(0)"));
     const Json daemons = ListedDaemons();
     ASSERT_EQ(daemons.size(), 1U) << daemons;
     EXPECT_EQ(daemons[0].at("id"), nullptr);

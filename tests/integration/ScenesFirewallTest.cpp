@@ -1,6 +1,7 @@
 // Firewall rules of daemons, and the firewall service in each of its states.
 #include "Scene.h"
 
+#include "FileContent.h"
 #include "StandInFirewall.h"
 
 #include <windows.h>

@@ -2,6 +2,7 @@
 // workers.
 #include "ChildProcess.h"
 #include "Daemonctl.h"
+#include "FileContent.h"
 #include "PrefixClass.h"
 #include "SupervisorProcess.h"
 #include "win32/FileTime.h"

@@ -2,13 +2,12 @@
 
 #include "RemoveTree.h"
 
+#include "FileContent.h"
 #include "Utf8.h"
 
 #include <algorithm>
-#include <fstream>
 #include <iomanip>
 #include <iostream>
-#include <iterator>
 #include <utility>
 
 namespace vqrx::kit {
@@ -19,12 +18,6 @@ namespace fs = std::filesystem;
 constexpr const char* kResults = "results.json";
 constexpr const char* kPrinted = "printed.txt";
 constexpr std::size_t kMostOutput = 200000; // bytes of the end of an output that a report shows
-
-std::string ContentOf(const fs::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 std::string CommandLine(const TestProgram& program, const fs::path& kit, const fs::path& work)
 {
@@ -153,8 +146,8 @@ void TestRun::Finish(Running& running, ProgramEnd end)
     ProgramOutcome outcome;
     outcome.name = schedule_.Program(number).name;
     outcome.seconds = static_cast<double>(GetTickCount64() - running.begin) / 1000;
-    outcome.cases = ReadCases(ContentOf(work / kResults));
-    outcome.output = ContentOf(work / kPrinted);
+    outcome.cases = ReadCases(test::FileContentIfAny(work / kResults));
+    outcome.output = test::FileContentIfAny(work / kPrinted);
     end.hasResults = !schedule_.Program(number).googleTest || !outcome.cases.empty();
     Judge(outcome, end);
     if (outcome.verdict == Verdict::kPassed && !outcome.cases.empty()) {

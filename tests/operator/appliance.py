@@ -8,9 +8,14 @@ import pathlib
 import shutil
 import signal
 import subprocess
+import sys
 import time
 
 SOURCE = pathlib.Path(__file__).resolve().parent.parent.parent
+sys.path.insert(0, str(SOURCE / "tests/support"))
+
+from prefix_processes import processes_of  # noqa: E402
+
 DEADLINE = 120  # seconds
 
 
@@ -98,14 +103,7 @@ class Appliance:
 
     def processes(self, name):
         """Returns the ids on this host of the prefix's processes with this name in their command."""
-        found = set()
-        for folder in pathlib.Path("/proc").glob("[0-9]*"):
-            with contextlib.suppress(OSError):
-                command = (folder / "cmdline").read_bytes().replace(b"\0", b" ").decode(errors="replace")
-                if name in command and "wine-run" not in command and \
-                        f"WINEPREFIX={self.prefix}\0".encode() in (folder / "environ").read_bytes():
-                    found.add(int(folder.name))
-        return found
+        return set(processes_of(self.prefix, name))
 
     def kill(self, name):
         """Ends the processes with this name, and waits until they are gone."""

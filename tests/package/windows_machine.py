@@ -4,8 +4,13 @@ import os
 import pathlib
 import signal
 import subprocess
+import sys
 import tempfile
 import time
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "support"))
+
+from prefix_processes import processes_of  # noqa: E402
 
 SOURCE = pathlib.Path(os.environ["DM_SOURCE"])
 BUILD = pathlib.Path(os.environ["DM_BUILD"])
@@ -68,14 +73,7 @@ def run(program, *arguments):
 
 def processes(name):
     """Returns the ids on this host of all processes with this text in their command line."""
-    found = set()
-    for folder in pathlib.Path("/proc").glob("[0-9]*"):
-        with contextlib.suppress(OSError):
-            command = (folder / "cmdline").read_bytes().replace(b"\0", b" ").decode(errors="replace")
-            if name in command and "wine-run" not in command and \
-                    f"WINEPREFIX={PREFIX}\0".encode() in (folder / "environ").read_bytes():
-                found.add(int(folder.name))
-    return found
+    return set(processes_of(PREFIX, name))
 
 
 def end_processes(name):

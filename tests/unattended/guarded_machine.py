@@ -15,6 +15,7 @@ import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "package"))
 import windows_machine as machine  # noqa: E402
+from prefix_processes import processes_of  # noqa: E402
 
 ROOT = r"C:\Guarded"
 APP = ROOT + r"\App"
@@ -80,15 +81,9 @@ def kill(processes):
 def programs_running():
     """Returns the processes of this machine: the ids on this host, by command line."""
     found = {}
-    mark = f"WINEPREFIX={machine.PREFIX}\0".encode()
-    for folder in pathlib.Path("/proc").glob("[0-9]*"):
-        with contextlib.suppress(OSError):
-            command = (folder / "cmdline").read_bytes()
-            if b".exe" in command and b"wine-run" not in command and mark in (folder / "environ").read_bytes():
-                words = command.rstrip(b"\0").split(b"\0")
-                text = b" ".join(words).decode(errors="replace")
-                if "\\" in text.split(".exe", 1)[0]:
-                    found.setdefault(text, set()).add(int(folder.name))
+    for process, command in processes_of(machine.PREFIX, ".exe").items():
+        if "\\" in command.split(".exe", 1)[0]:
+            found.setdefault(command, set()).add(process)
     return found
 
 

@@ -3,6 +3,7 @@
 #include "CommandMachine.h"
 #include "CommandScenario.h"
 #include "Commands.h"
+#include "FileContent.h"
 #include "InstalledPaths.h"
 #include "StandInFirewall.h"
 #include "StandInWmi.h"
@@ -12,8 +13,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 
 namespace vqrx::test::anomaly {
@@ -56,10 +55,7 @@ protected:
     {
         std::string content;
         for (const auto& entry : std::filesystem::directory_iterator(folder_->Path())) {
-            std::ifstream file(entry.path(), std::ios::binary);
-            content += entry.path().extension().string() + ":\n" +
-                       std::string{std::istreambuf_iterator<char>(file), {}};
-            file.close();
+            content += entry.path().extension().string() + ":\n" + FileContent(entry.path());
             std::filesystem::remove(entry.path());
         }
         return content;

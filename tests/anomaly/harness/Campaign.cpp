@@ -4,6 +4,7 @@
 
 #include "CallList.h"
 #include "ChildProcess.h"
+#include "FileContent.h"
 #include "TempFolder.h"
 #include "Worker.h"
 
@@ -15,7 +16,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <map>
 #include <string_view>
 #include <utility>
@@ -175,8 +175,7 @@ std::uint32_t SeedOfToday()
 
 std::string OutputOf(const Work& work)
 {
-    std::ifstream file(work.OutputFile());
-    return {std::istreambuf_iterator<char>(file), {}};
+    return ReadText(work.OutputFile());
 }
 
 CampaignReport RunCampaign(Work& work)

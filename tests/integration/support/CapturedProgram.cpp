@@ -1,8 +1,6 @@
 #include "CapturedProgram.h"
 
-#include <algorithm>
-#include <fstream>
-#include <iterator>
+#include "FileContent.h"
 
 namespace vqrx::test {
 
@@ -25,14 +23,6 @@ std::string CapturedProgram::Output() const
 std::string CapturedProgram::Error() const
 {
     return ReadText(files_.File("error"));
-}
-
-std::string ReadText(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-    text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
-    return text;
 }
 
 } // namespace vqrx::test

@@ -40,7 +40,4 @@ private:
     ProgramInJob program_;
 };
 
-/// Returns the content of a text file, with "\n" as line ends; empty if the file cannot be read.
-[[nodiscard]] std::string ReadText(const std::string& path);
-
 } // namespace vqrx::test

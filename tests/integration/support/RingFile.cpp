@@ -1,7 +1,8 @@
 #include "RingFile.h"
 
-#include "CapturedProgram.h"
+#include "FileContent.h"
 
+#include <fstream>
 #include <sstream>
 
 namespace vqrx::test {
@@ -32,6 +33,14 @@ std::vector<RingRecord> ReadRingFile(const std::string& path)
         records.push_back({std::stoll(sequence), std::stoi(level), text, std::stoll(time)});
     }
     return records;
+}
+
+bool OverwriteRecord(const std::string& path, const std::string& text)
+{
+    const std::size_t place = FileContent(path).find(text);
+    std::fstream log(path, std::ios::in | std::ios::out | std::ios::binary);
+    log.seekp(static_cast<std::streamoff>(place));
+    return place != std::string::npos && (log << "Other").flush();
 }
 
 } // namespace vqrx::test

@@ -20,4 +20,8 @@ std::ostream& operator<<(std::ostream& stream, const RingRecord& record);
 /// Returns the complete records of a log file that has not wrapped yet, in order.
 [[nodiscard]] std::vector<RingRecord> ReadRingFile(const std::string& path);
 
+/// Changes the beginning of a text in a log file, as if the ring had overwritten its record.
+/// @return false if the file does not contain the text
+[[nodiscard]] bool OverwriteRecord(const std::string& path, const std::string& text);
+
 } // namespace vqrx::test

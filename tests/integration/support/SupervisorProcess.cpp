@@ -1,9 +1,8 @@
 #include "SupervisorProcess.h"
 
 #include "ChildProcess.h"
+#include "FileContent.h"
 #include "Wine.h"
-
-#include <objbase.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -58,19 +57,6 @@ std::string WaitForNote(const std::string& file)
         return !text.empty();
     });
     return text;
-}
-
-ComPtr<IUnknown> FindPublished()
-{
-    ComPtr<IRunningObjectTable> table;
-    ComPtr<IMoniker> name;
-    ComPtr<IUnknown> object;
-    if (FAILED(GetRunningObjectTable(0, table.Put())) ||
-        FAILED(CreateItemMoniker(L"!", L"DaemonManager", name.Put())) ||
-        FAILED(table->GetObject(name.Get(), object.Put()))) {
-        return {};
-    }
-    return object;
 }
 
 void SupervisorProcess::InstalledInApp(FirmwareRegistry& registry, const std::string& root)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CapturedProgram.h"
+#include "FindPublished.h"
 #include "FirmwareRegistry.h"
 #include "IDaemonMgrControl.h"
 #include "ProxyRegistration.h"
@@ -55,6 +56,10 @@ public:
 
     [[nodiscard]] CapturedProgram& Process() { return *process_; }
     [[nodiscard]] daemon_manager::SupervisorClient& Client() { return *client_; }
+    /// Asks the supervisor for something that changes nothing.
+    /// @return whether it answers that it has done nothing
+    /// @throws daemon_manager::SupervisorError  if the call fails
+    [[nodiscard]] bool Answers() const { return !client_->Detach(daemon_manager::kNoDaemonId); }
     /// Returns the interface itself, for calls that the client class never makes.
     [[nodiscard]] IDaemonMgrControl* Control() const { return control_.Get(); }
 
@@ -84,9 +89,6 @@ private:
     system::com::v1::ComPtr<IDaemonMgrControl> control_;
     std::unique_ptr<daemon_manager::SupervisorClient> client_;
 };
-
-/// Returns the object that is published as "DaemonManager"; empty if none is published.
-[[nodiscard]] system::com::v1::ComPtr<IUnknown> FindPublished();
 
 /// Evaluates a condition every 10 ms until it is true, at most a minute.
 /// @return false if the condition is still false

@@ -1,12 +1,11 @@
 #pragma once
 
+#include "FileContent.h"
 #include "TempFolder.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
-#include <fstream>
-#include <iterator>
 #include <string>
 
 namespace vqrx::test {
@@ -19,11 +18,7 @@ public:
     ErrorFile& operator=(const ErrorFile&) = delete;
     ~ErrorFile() { SetStdHandle(STD_ERROR_HANDLE, before_); }
 
-    std::string Text() const
-    {
-        std::ifstream file(folder_.File("error"), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    }
+    std::string Text() const { return FileContent(folder_.File("error")); }
 
 private:
     TempFolder folder_;

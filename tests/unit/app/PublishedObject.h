@@ -1,28 +1,12 @@
 #pragma once
 
-#include "com/ComPtr.h"
+#include "FindPublished.h"
 
 #include <windows.h>
-
-#include <objbase.h>
 
 #include <atomic>
 
 namespace vqrx::test {
-
-/// The object that is published as "DaemonManager"; empty if there is none.
-inline system::com::v1::ComPtr<IUnknown> FindPublished()
-{
-    system::com::v1::ComPtr<IRunningObjectTable> table;
-    system::com::v1::ComPtr<IMoniker> name;
-    system::com::v1::ComPtr<IUnknown> object;
-    if (FAILED(GetRunningObjectTable(0, table.Put())) ||
-        FAILED(CreateItemMoniker(L"!", L"DaemonManager", name.Put())) ||
-        FAILED(table->GetObject(name.Get(), object.Put()))) {
-        return {};
-    }
-    return object;
-}
 
 /// An object with no other interface than IUnknown. It lives on the stack: its reference count
 /// never deletes it, and shows how many references are held.

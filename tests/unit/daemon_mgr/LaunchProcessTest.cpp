@@ -1,13 +1,11 @@
 #include "LaunchProcess.h"
 
 #include "ChildProcess.h"
+#include "FileContent.h"
 #include "ImportPatch.h"
 #include "TempFolder.h"
 
 #include <gtest/gtest.h>
-
-#include <fstream>
-#include <iterator>
 
 namespace vqrx::test {
 namespace {
@@ -49,8 +47,7 @@ std::string WaitForFile(const std::string& name)
     std::string text;
     for (int tries = 0; tries < 6000 && text.empty(); ++tries) {
         Sleep(10); // the file is renamed when complete, and can be opened a moment later
-        std::ifstream file(name, std::ios::binary);
-        text.assign(std::istreambuf_iterator<char>(file), {});
+        text = FileContentIfAny(name);
     }
     return text;
 }

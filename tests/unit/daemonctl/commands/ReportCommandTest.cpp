@@ -1,6 +1,7 @@
 #include "Commands.h"
 
 #include "ExitCode.h"
+#include "FileContent.h"
 #include "TempFolder.h"
 
 #include <gmock/gmock.h>
@@ -10,7 +11,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <new>
 #include <streambuf>
 #include <string>
@@ -98,9 +98,7 @@ TEST_F(ReportCommand, writes_the_page_and_prints_its_path)
     EXPECT_EQ(Run(page_), 0);
     EXPECT_EQ(output_, page_ + "\n");
     EXPECT_EQ(errors_, "");
-    std::ifstream file(std::filesystem::path(std::u8string(page_.begin(), page_.end())),
-                       std::ios::binary);
-    const std::string page{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const std::string page = FileContent(std::u8string(page_.begin(), page_.end()));
     EXPECT_THAT(page, StartsWith("<!DOCTYPE html>\n"));
     EXPECT_THAT(page, HasSubstr("2025-11-16 04:52:36 UTC+01:00"));
 }
@@ -110,9 +108,7 @@ TEST_F(ReportCommand, writes_the_figures_beside_the_page)
     SaveLog();
     const std::string json = folder_.File("report.json");
     EXPECT_EQ(Run(page_, {"--json", json}), 0);
-    std::ifstream file(json, std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    EXPECT_THAT(text, HasSubstr("\"command\": \"a.exe\""));
+    EXPECT_THAT(FileContent(json), HasSubstr("\"command\": \"a.exe\""));
     EXPECT_EQ(Run(page_, {"--json", folder_.File("missing") + "/report.json"}), 4);
 }
 

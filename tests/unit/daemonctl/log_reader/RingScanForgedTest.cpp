@@ -16,7 +16,7 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 
 // A client chooses paths and arguments, so the text of a record may hold a whole record. It stands
-// at the begin of a line where the write position cuts the record before it.
+// at the beginning of a line where the write position cuts the record before it.
 TEST(RingScanForged, believes_no_record_in_the_text_of_a_torn_record)
 {
     const std::string newer = Line("1240", "new") + Line("1241", "newer");

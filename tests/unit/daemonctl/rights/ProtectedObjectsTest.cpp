@@ -1,5 +1,6 @@
 #include "ProtectedObjects.h"
 
+#include "FileContent.h"
 #include "ImportPatch.h"
 #include "TempFolder.h"
 #include "win32/LocalMemory.h"
@@ -10,8 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <string>
 
 namespace vqrx::test {
@@ -95,8 +94,7 @@ TEST(ProtectedObjects, A_file_is_written_once_and_an_existing_one_is_not_touched
     const std::string path = folder.File("listing");
     EXPECT_EQ(0U, WriteProtectedFile(path, "first\n"));
     EXPECT_EQ(DWORD{ERROR_FILE_EXISTS}, WriteProtectedFile(path, "second"));
-    std::ifstream file(path, std::ios::binary);
-    EXPECT_EQ("first\n", std::string(std::istreambuf_iterator<char>(file), {}));
+    EXPECT_EQ("first\n", FileContent(path));
 }
 
 TEST(ProtectedObjects, An_account_is_found_by_its_name_or_its_SID)

@@ -1,5 +1,6 @@
 #include "AtomicFile.h"
 
+#include "FileContent.h"
 #include "TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -11,12 +12,6 @@
 
 namespace vqrx::test {
 namespace {
-
-std::string Content(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
 
 // Counts the files and folders of the folder in which the file is.
 auto FilesBeside(const std::string& path)
@@ -30,9 +25,9 @@ TEST(AtomicFile, replaces_the_content_and_leaves_no_temporary_file)
     const TempFolder folder;
     const std::string path = folder.File("a.prom");
     EXPECT_TRUE(client::v0::ReplaceContent(path, "one\n"));
-    EXPECT_EQ(Content(path), "one\n");
+    EXPECT_EQ(FileContent(path), "one\n");
     EXPECT_TRUE(client::v0::ReplaceContent(path, "second\n"));
-    EXPECT_EQ(Content(path), "second\n");
+    EXPECT_EQ(FileContent(path), "second\n");
     EXPECT_EQ(FilesBeside(path), 1);
 }
 
@@ -48,7 +43,7 @@ TEST(AtomicFile, leaves_the_content_to_a_reader_that_has_opened_it)
     const std::string seen{std::istreambuf_iterator<char>(reader),
                            std::istreambuf_iterator<char>()};
     EXPECT_EQ(seen, "one\n");
-    EXPECT_EQ(Content(path), replaced ? "second\n" : "one\n");
+    EXPECT_EQ(FileContent(path), replaced ? "second\n" : "one\n");
 }
 
 // Somebody may have planted a link under a name that can be foreseen.
@@ -58,7 +53,7 @@ TEST(AtomicFile, does_not_write_to_a_file_beside_it)
     const std::string path = folder.File("a.prom");
     std::ofstream(path + ".tmp", std::ios::binary) << "mine";
     EXPECT_TRUE(client::v0::ReplaceContent(path, "one\n"));
-    EXPECT_EQ(Content(path + ".tmp"), "mine");
+    EXPECT_EQ(FileContent(path + ".tmp"), "mine");
     EXPECT_EQ(FilesBeside(path), 2);
 }
 
@@ -72,8 +67,8 @@ TEST(AtomicFile, replaces_a_link_and_leaves_the_file_to_which_it_leads)
     std::ofstream(victim, std::ios::binary) << "mine";
     std::filesystem::create_symlink(victim, path);
     EXPECT_TRUE(client::v0::ReplaceContent(path, "one\n"));
-    EXPECT_EQ(Content(victim), "mine");
-    EXPECT_EQ(Content(path), "one\n");
+    EXPECT_EQ(FileContent(victim), "mine");
+    EXPECT_EQ(FileContent(path), "one\n");
     EXPECT_FALSE(std::filesystem::is_symlink(path));
 }
 #endif

@@ -1,12 +1,12 @@
 #include "NewFile.h"
 
+#include "FileContent.h"
 #include "TempFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 #ifdef _WIN32
@@ -20,18 +20,12 @@ namespace {
 
 using client::v0::WriteNewFile;
 
-std::string TextOf(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
 TEST(NewFile, is_made_with_its_content)
 {
     const TempFolder folder;
     const std::string content = std::string(3U << 20U, 'x') + '\0' + "\r\n";
     EXPECT_TRUE(WriteNewFile(folder.File("new"), content));
-    EXPECT_TRUE(TextOf(folder.File("new")) == content);
+    EXPECT_TRUE(FileContent(folder.File("new")) == content);
     EXPECT_TRUE(WriteNewFile(folder.File("empty"), ""));
     EXPECT_TRUE(std::filesystem::exists(folder.File("empty")));
     EXPECT_FALSE(WriteNewFile(folder.File("no") + "/such", "text"));
@@ -42,7 +36,7 @@ TEST(NewFile, leaves_a_file_or_a_folder_of_its_name_as_it_is)
     const TempFolder folder;
     std::ofstream(folder.File("file"), std::ios::binary) << "mine";
     EXPECT_FALSE(WriteNewFile(folder.File("file"), "new"));
-    EXPECT_EQ(TextOf(folder.File("file")), "mine");
+    EXPECT_EQ(FileContent(folder.File("file")), "mine");
     std::filesystem::create_directory(folder.File("folder"));
     EXPECT_FALSE(WriteNewFile(folder.File("folder"), "new"));
     EXPECT_TRUE(std::filesystem::is_directory(folder.File("folder")));
@@ -77,7 +71,7 @@ TEST(NewFile, is_not_made_through_a_link_that_somebody_has_prepared)
         EXPECT_FALSE(WriteNewFile(link, "new"));
         EXPECT_TRUE(std::filesystem::is_symlink(link));
     }
-    EXPECT_EQ(TextOf(folder.File("victim")), "mine");
+    EXPECT_EQ(FileContent(folder.File("victim")), "mine");
     EXPECT_FALSE(std::filesystem::exists(folder.File("nowhere")));
 }
 

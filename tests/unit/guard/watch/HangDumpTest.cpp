@@ -1,6 +1,7 @@
 #include "HangDump.h"
 
 #include "ChildProcess.h"
+#include "FileContent.h"
 #include "TempFolder.h"
 
 #include <windows.h>
@@ -9,19 +10,12 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 namespace vqrx::test {
 namespace {
 
 constexpr DWORD kDumpLimitMs = 60000;
-
-std::string Bytes(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
 
 // The guard may have all rights. Whoever may write to the folder has put a second name of another
 // file there.
@@ -39,8 +33,8 @@ TEST(HangDump, Is_not_written_to_a_file_that_somebody_has_prepared)
     std::filesystem::create_hard_link(folder.File("victim"), dump + ".new");
 
     EXPECT_EQ("written to " + dump, guard::v0::DumpWithin(kDumpLimitMs, supervisor, dump));
-    EXPECT_EQ("mine", Bytes(folder.File("victim")));
-    EXPECT_EQ("MDMP", Bytes(dump).substr(0, 4));
+    EXPECT_EQ("mine", FileContent(folder.File("victim")));
+    EXPECT_EQ("MDMP", FileContent(dump).substr(0, 4));
     EXPECT_FALSE(std::filesystem::exists(dump + ".new"));
 }
 

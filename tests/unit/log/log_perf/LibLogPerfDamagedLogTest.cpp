@@ -1,6 +1,7 @@
 #include "log_perf/LibLogPerf.h"
 
 #include "CapturingSink.h"
+#include "FileContent.h"
 #include "TempFolder.h"
 #include "log_perf/ring/LogFileSink.h"
 
@@ -10,7 +11,6 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 namespace vqrx::test {
@@ -47,9 +47,7 @@ TEST(LibLogPerfDamagedLog, A_damaged_log_file_is_reported_once_on_the_other_sink
         EXPECT_EQ("two", other.Texts().back());
         EXPECT_EQ(1U, other.Count(0, notice));
     }
-    std::ifstream file(name, std::ios::binary);
-    const std::string written{std::istreambuf_iterator<char>(file), {}};
-    EXPECT_THAT(written, AllOf(HasSubstr(";1;one\r\n1;"), EndsWith(";2;two\r\n")));
+    EXPECT_THAT(FileContent(name), AllOf(HasSubstr(";1;one\r\n1;"), EndsWith(";2;two\r\n")));
 }
 
 TEST(LibLogPerfDamagedLog, A_damaged_log_file_that_stays_in_place_is_reported_once)

@@ -1,6 +1,7 @@
 #include "log_perf/LibLogPerf.h"
 
 #include "CapturingSink.h"
+#include "FileContent.h"
 #include "TempFolder.h"
 #include "log_perf/ring/LogFileSink.h"
 
@@ -8,8 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 namespace vqrx::test {
@@ -51,9 +50,8 @@ TEST(LibLogPerfLogOutage, An_outage_of_the_log_file_is_reported_on_the_other_sin
     EXPECT_EQ(1U, other.Count(0, beginning));
     EXPECT_EQ(1U, other.Count(0, end));
     // A reader of the file sees where records are missing.
-    std::ifstream stream(name, std::ios::binary);
-    const std::string written{std::istreambuf_iterator<char>(stream), {}};
-    EXPECT_THAT(written, AllOf(HasSubstr(";0;" + end + "\r\n1;"), EndsWith(";2;three\r\n")));
+    EXPECT_THAT(FileContent(name),
+                AllOf(HasSubstr(";0;" + end + "\r\n1;"), EndsWith(";2;three\r\n")));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "FileSwap.h"
 
+#include "FileContent.h"
 #include "ImportPatch.h"
 #include "RandomName.h"
 #include "SetupError.h"
@@ -11,7 +12,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
@@ -38,8 +38,7 @@ std::vector<std::string> FilesIn(const TempFolder& folder)
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.Path())) {
         std::string name = std::filesystem::relative(entry.path(), folder.Path()).string();
         if (entry.is_regular_file()) {
-            std::ifstream file(entry.path(), std::ios::binary);
-            name += "=" + std::string(std::istreambuf_iterator<char>(file), {});
+            name += "=" + FileContent(entry.path());
         }
         found.push_back(name);
     }
@@ -97,8 +96,7 @@ TEST(FileSwap, Until_the_swap_the_former_files_are_untouched_and_afterwards_noth
     {
         FileSwap swap(folder.Path().string());
         swap.Unpack(kFiles);
-        std::ifstream file(folder.File("a.exe"));
-        EXPECT_EQ("old a", std::string(std::istreambuf_iterator<char>(file), {}));
+        EXPECT_EQ("old a", FileContent(folder.File("a.exe")));
         EXPECT_THAT(swap.PlaceOf("a.exe"), testing::StartsWith(folder.File("~new-")));
     }
     EXPECT_THAT(FilesIn(folder), ElementsAre("a.exe=old a"));

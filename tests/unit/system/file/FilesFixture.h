@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FileContent.h"
 #include "TempFolder.h"
 #include "file/File.h"
 
@@ -7,7 +8,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 namespace vqrx::test {
@@ -32,11 +32,7 @@ protected:
         std::ofstream(folder_.Path() / name, std::ios::binary) << text;
     }
 
-    std::string Text(const std::string& name) const
-    {
-        std::ifstream file(folder_.Path() / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    std::string Text(const std::string& name) const { return FileContent(folder_.Path() / name); }
 
     bool Exists(const std::string& name) const
     {

@@ -1,10 +1,11 @@
 #include "log_perf/performance/PerformanceCsvSink.h"
 
+#include "FileContent.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 namespace vqrx::test {
@@ -35,11 +36,6 @@ protected:
         const Timestamp timestamp{};
         sink.Write(2, &timestamp, row);
     }
-    static std::string Content(const std::string& file)
-    {
-        std::ifstream stream(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
 
     std::filesystem::path folder;
     std::string name;
@@ -49,9 +45,9 @@ TEST_F(PerformanceCsvSinkTest, Each_row_is_a_line_and_is_on_disk_at_once)
 {
     PerformanceCsvSink sink(name, 1000);
     Write(sink, "Cpu,A,");
-    EXPECT_EQ("Cpu,A,\r\n", Content(name));
+    EXPECT_EQ("Cpu,A,\r\n", FileContent(name));
     Write(sink, "1,2,");
-    EXPECT_EQ("Cpu,A,\r\n1,2,\r\n", Content(name));
+    EXPECT_EQ("Cpu,A,\r\n1,2,\r\n", FileContent(name));
 }
 
 TEST_F(PerformanceCsvSinkTest, No_file_is_made_before_the_first_row)
@@ -69,7 +65,7 @@ TEST_F(PerformanceCsvSinkTest, A_file_that_exists_is_continued)
     PerformanceCsvSink sink(name, 1000);
     Write(sink, "Cpu,B,");
     Write(sink, "1,2,");
-    EXPECT_EQ("Cpu,A,\r\nCpu,B,\r\n1,2,\r\n", Content(name));
+    EXPECT_EQ("Cpu,A,\r\nCpu,B,\r\n1,2,\r\n", FileContent(name));
 }
 
 TEST_F(PerformanceCsvSinkTest, A_row_after_a_torn_one_has_a_line_of_its_own_and_the_bound_counts_it)
@@ -80,13 +76,13 @@ TEST_F(PerformanceCsvSinkTest, A_row_after_a_torn_one_has_a_line_of_its_own_and_
         {
             PerformanceCsvSink sink(name, rest.size() + 2 + 8);
             Write(sink, "Cpu,B,");
-            EXPECT_EQ(rest + "\r\nCpu,B,\r\n", Content(name));
+            EXPECT_EQ(rest + "\r\nCpu,B,\r\n", FileContent(name));
         } // Windows renames no file that is open
         std::ofstream(name, std::ios::binary | std::ios::trunc) << rest;
         PerformanceCsvSink full(name, rest.size() + 2 + 7);
         Write(full, "Cpu,B,");
-        EXPECT_EQ("Cpu,B,\r\n", Content(name));
-        EXPECT_EQ(rest, Content(name + ".1"));
+        EXPECT_EQ("Cpu,B,\r\n", FileContent(name));
+        EXPECT_EQ(rest, FileContent(name + ".1"));
     }
 }
 
@@ -96,7 +92,7 @@ TEST_F(PerformanceCsvSinkTest, A_file_is_filled_exactly_to_the_bound)
     Write(sink, "Cpu,A,");
     Write(sink, "1,2,");
     Write(sink, "3,4,");
-    EXPECT_EQ("Cpu,A,\r\n1,2,\r\n3,4,\r\n", Content(name));
+    EXPECT_EQ("Cpu,A,\r\n1,2,\r\n3,4,\r\n", FileContent(name));
     EXPECT_FALSE(std::filesystem::exists(name + ".1"));
 }
 
@@ -107,8 +103,8 @@ TEST_F(PerformanceCsvSinkTest, One_previous_file_is_kept_and_the_next_one_starts
     for (const char* row : {"1,1,", "2,2,", "3,3,", "4,4,", "5,5,"}) {
         Write(sink, row);
     }
-    EXPECT_EQ("Cpu,A,\r\n5,5,\r\n", Content(name));
-    EXPECT_EQ("Cpu,A,\r\n3,3,\r\n4,4,\r\n", Content(name + ".1"));
+    EXPECT_EQ("Cpu,A,\r\n5,5,\r\n", FileContent(name));
+    EXPECT_EQ("Cpu,A,\r\n3,3,\r\n4,4,\r\n", FileContent(name + ".1"));
     EXPECT_FALSE(std::filesystem::exists(name + ".2"));
 }
 
@@ -118,8 +114,8 @@ TEST_F(PerformanceCsvSinkTest, A_header_row_that_starts_a_new_file_is_written_on
     Write(sink, "Cpu,A,");
     Write(sink, "1,1,");
     Write(sink, "Cpu,B,");
-    EXPECT_EQ("Cpu,B,\r\n", Content(name));
-    EXPECT_EQ("Cpu,A,\r\n1,1,\r\n", Content(name + ".1"));
+    EXPECT_EQ("Cpu,B,\r\n", FileContent(name));
+    EXPECT_EQ("Cpu,A,\r\n1,1,\r\n", FileContent(name + ".1"));
 }
 
 TEST_F(PerformanceCsvSinkTest, The_bound_counts_bytes_that_were_in_the_file_before)
@@ -127,8 +123,8 @@ TEST_F(PerformanceCsvSinkTest, The_bound_counts_bytes_that_were_in_the_file_befo
     std::ofstream(name, std::ios::binary) << std::string(30, 'x');
     PerformanceCsvSink sink(name, 20);
     Write(sink, "Cpu,A,");
-    EXPECT_EQ("Cpu,A,\r\n", Content(name));
-    EXPECT_EQ(std::string(30, 'x'), Content(name + ".1"));
+    EXPECT_EQ("Cpu,A,\r\n", FileContent(name));
+    EXPECT_EQ(std::string(30, 'x'), FileContent(name + ".1"));
 }
 
 TEST_F(PerformanceCsvSinkTest, A_header_and_one_row_are_written_even_beyond_the_bound)
@@ -136,10 +132,10 @@ TEST_F(PerformanceCsvSinkTest, A_header_and_one_row_are_written_even_beyond_the_
     PerformanceCsvSink sink(name, 0);
     Write(sink, "Cpu,A,");
     Write(sink, "1,1,");
-    EXPECT_EQ("Cpu,A,\r\n1,1,\r\n", Content(name));
+    EXPECT_EQ("Cpu,A,\r\n1,1,\r\n", FileContent(name));
     Write(sink, "2,2,");
-    EXPECT_EQ("Cpu,A,\r\n2,2,\r\n", Content(name));
-    EXPECT_EQ("Cpu,A,\r\n1,1,\r\n", Content(name + ".1"));
+    EXPECT_EQ("Cpu,A,\r\n2,2,\r\n", FileContent(name));
+    EXPECT_EQ("Cpu,A,\r\n1,1,\r\n", FileContent(name + ".1"));
 }
 
 TEST_F(PerformanceCsvSinkTest, A_file_that_cannot_be_renamed_is_emptied)
@@ -151,7 +147,7 @@ TEST_F(PerformanceCsvSinkTest, A_file_that_cannot_be_renamed_is_emptied)
     for (const char* row : {"1,1,", "2,2,", "3,3,"}) {
         Write(sink, row);
     }
-    EXPECT_EQ("Cpu,A,\r\n3,3,\r\n", Content(name));
+    EXPECT_EQ("Cpu,A,\r\n3,3,\r\n", FileContent(name));
 }
 
 TEST_F(PerformanceCsvSinkTest,
@@ -163,7 +159,7 @@ TEST_F(PerformanceCsvSinkTest,
     Write(sink, "1,1,");
     std::filesystem::create_directory(folder / "later");
     Write(sink, "2,2,");
-    EXPECT_EQ("Cpu,A,\r\n2,2,\r\n", Content(deeper));
+    EXPECT_EQ("Cpu,A,\r\n2,2,\r\n", FileContent(deeper));
 }
 
 } // namespace

@@ -37,7 +37,7 @@ TEST_F(RingFile, A_damaged_file_throws_once_and_is_kept_beside_a_new_one)
     Write(sink, 2, "b");
     EXPECT_EQ((Texts{"0:a", "1:b"}), History(sink));
     EXPECT_EQ(Line(0, 2, "a") + Line(1, 2, "b"), Bytes().substr(12));
-    EXPECT_EQ(damaged, Content(name_ + ".damaged"));
+    EXPECT_EQ(damaged, FileContent(name_ + ".damaged"));
 }
 
 TEST_F(RingFile, Only_the_newest_damaged_file_is_kept)
@@ -55,7 +55,7 @@ TEST_F(RingFile, Only_the_newest_damaged_file_is_kept)
         } else {
             EXPECT_THROW(Write(sink, 2, "a"), std::out_of_range);
         }
-        EXPECT_EQ(damaged, Content(name_ + ".damaged"));
+        EXPECT_EQ(damaged, FileContent(name_ + ".damaged"));
     }
 }
 
@@ -68,7 +68,7 @@ TEST_F(RingFile, A_damaged_file_is_kept_under_a_second_name_if_the_first_one_is_
     sink.SetFileName(name_);
     EXPECT_THROW(Write(sink, 2, "a"), std::invalid_argument);
     EXPECT_EQ(Line(0, 2, "a"), Bytes().substr(12));
-    EXPECT_EQ(damaged, Content(name_ + ".damaged2"));
+    EXPECT_EQ(damaged, FileContent(name_ + ".damaged2"));
     EXPECT_FALSE(sink.TakeReport()); // the exception reports it
 }
 
@@ -91,7 +91,7 @@ TEST_F(RingFile, A_damaged_file_that_cannot_be_set_aside_throws_once_and_is_trie
     Write(sink, 2, "c", kSeconds + 1);
     EXPECT_NE(std::string::npos, Bytes().find(";c\r\n")) << Bytes();
     EXPECT_EQ((Texts{"0:c"}), History(sink));
-    EXPECT_EQ(damaged, Content(name_ + ".damaged2"));
+    EXPECT_EQ(damaged, FileContent(name_ + ".damaged2"));
     const auto report = sink.TakeReport();
     ASSERT_TRUE(report);
     EXPECT_EQ("Log file " + name_ +

@@ -1,6 +1,7 @@
 // The ring file on a disk that fills up or refuses writes. tests/power_cuts has power failures.
 #include "log_perf/ring/LogFileSink.h"
 
+#include "FileContent.h"
 #include "ImportPatch.h"
 #include "TempFolder.h"
 
@@ -8,10 +9,8 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <io.h>
-#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -36,12 +35,6 @@ int NoSpace(int, const void*, unsigned)
 {
     errno = ENOSPC;
     return -1;
-}
-
-std::string BytesOf(const std::string& name)
-{
-    std::ifstream file(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 class LogFileFault : public ::testing::Test {
@@ -75,7 +68,7 @@ TEST_F(LogFileFault, A_new_file_holds_an_empty_header_before_its_first_record)
     std::vector<std::string> states;
     diverted = [&](int file, const void* bytes, unsigned count) {
         const int written = realWrite(file, bytes, count);
-        states.push_back(BytesOf(name_));
+        states.push_back(FileContent(name_));
         return written;
     };
     LogFileSink sink;
@@ -92,7 +85,7 @@ TEST_F(LogFileFault, Each_record_is_one_write_and_its_header_the_next_one)
     sink.SetFileName(name_);
     sink.SetSizeLimit(150);
     Write(sink, "first");
-    const long long position = std::stoll(BytesOf(name_).substr(0, 10), nullptr, 16);
+    const long long position = std::stoll(FileContent(name_).substr(0, 10), nullptr, 16);
     std::vector<std::pair<long long, std::string>> writes; // offset, text
     diverted = [&](int file, const void* bytes, unsigned count) {
         writes.emplace_back(_lseeki64(file, 0, SEEK_CUR),
@@ -133,7 +126,7 @@ TEST_F(LogFileFault, A_full_disk_costs_only_the_records_written_meanwhile)
     Write(sink, "after 1");
     Write(sink, "after 2");
     EXPECT_EQ((Texts{"before 1", "before 2", "after 1", "after 2"}), TextsOf(sink));
-    EXPECT_NE(std::string::npos, BytesOf(name_).find("\r\n3;")); // the numbers continue
+    EXPECT_NE(std::string::npos, FileContent(name_).find("\r\n3;")); // the numbers continue
     LogFileSink reader;
     reader.SetFileName(name_);
     Write(reader, "end");
@@ -180,7 +173,7 @@ TEST_F(LogFileFault, A_header_that_is_not_written_costs_its_record)
     diverted = nullptr;
     Write(sink, "after");
     EXPECT_EQ((Texts{"before", "after"}), TextsOf(sink));
-    EXPECT_EQ(std::string::npos, BytesOf(name_).find(";lost"));
+    EXPECT_EQ(std::string::npos, FileContent(name_).find(";lost"));
     LogFileSink reader;
     reader.SetFileName(name_);
     Write(reader, "end");
@@ -220,7 +213,7 @@ TEST_F(LogFileFault, The_folder_of_an_open_file_cannot_be_removed_and_a_removed_
     std::filesystem::remove_all(logs, refused);
     EXPECT_TRUE(refused);
     Write(sink, "b");
-    EXPECT_NE(std::string::npos, BytesOf(name).find(";b\r\n"));
+    EXPECT_NE(std::string::npos, FileContent(name).find(";b\r\n"));
 
     diverted = NoSpace; // the stream fails; its open file kept the folder
     Write(sink, "c");
@@ -233,7 +226,7 @@ TEST_F(LogFileFault, The_folder_of_an_open_file_cannot_be_removed_and_a_removed_
     EXPECT_FALSE(std::filesystem::exists(name));
     std::filesystem::create_directory(logs);
     Write(sink, "f");
-    EXPECT_NE(std::string::npos, BytesOf(name).find(";f\r\n"));
+    EXPECT_NE(std::string::npos, FileContent(name).find(";f\r\n"));
 }
 
 } // namespace vqrx::test

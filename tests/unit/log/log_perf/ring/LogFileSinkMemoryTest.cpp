@@ -102,7 +102,7 @@ TEST_F(RingFileMemory, A_damaged_file_is_reported_although_memory_runs_out)
         },
         [&](LogFileSink&) {
             EXPECT_NE(std::string::npos, thrown_.find("damaged ")) << thrown_;
-            EXPECT_EQ(damaged, Content(name_ + ".damaged"));
+            EXPECT_EQ(damaged, FileContent(name_ + ".damaged"));
             EXPECT_NE(std::string::npos, Bytes().find(";after\r\n"));
         });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FileContent.h"
 #include "TempFolder.h"
 #include "log_perf/ring/LogFileSink.h"
 #include "log_perf/time/DateText.h"
@@ -7,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -38,13 +38,7 @@ protected:
         sink.Write(level, &timestamp, text.c_str());
     }
 
-    static std::string Content(const std::string& name)
-    {
-        std::ifstream file(name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    std::string Bytes() const { return Content(name_); }
+    std::string Bytes() const { return FileContent(name_); }
 
     void Put(const std::string& bytes) const { std::ofstream(name_, std::ios::binary) << bytes; }
 

@@ -1,6 +1,7 @@
 // A damaged log file that another program has open. Windows then refuses to rename it.
 #include "log_perf/ring/SetAside.h"
 
+#include "FileContent.h"
 #include "ImportPatch.h"
 #include "TempFolder.h"
 
@@ -32,12 +33,6 @@ protected:
         reader_.open(name_, std::ios::binary);
     }
 
-    static std::string AllOf(const std::string& name)
-    {
-        std::ifstream file(name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
     std::size_t FilesInFolder() const
     {
         const std::filesystem::directory_iterator files(folder_.Path());
@@ -53,9 +48,9 @@ protected:
 TEST_F(SetAsideCopy, A_file_that_is_open_elsewhere_is_copied_and_emptied)
 {
     EXPECT_TRUE(log::log_perf::v2::SetAside(name_, kept_));
-    EXPECT_EQ("newest", AllOf(kept_));
+    EXPECT_EQ("newest", FileContent(kept_));
     EXPECT_TRUE(std::filesystem::exists(name_));
-    EXPECT_EQ("", AllOf(name_));
+    EXPECT_EQ("", FileContent(name_));
     EXPECT_EQ(2U, FilesInFolder());
 }
 
@@ -65,8 +60,8 @@ TEST_F(SetAsideCopy, A_copy_that_fails_leaves_both_files_as_they_are)
         const ImportPatch patch("_write", RefuseToStore);
         EXPECT_FALSE(log::log_perf::v2::SetAside(name_, kept_));
     }
-    EXPECT_EQ("older, and longer", AllOf(kept_));
-    EXPECT_EQ("newest", AllOf(name_));
+    EXPECT_EQ("older, and longer", FileContent(kept_));
+    EXPECT_EQ("newest", FileContent(name_));
     EXPECT_EQ(2U, FilesInFolder());
 }
 
@@ -89,7 +84,7 @@ TEST_F(SetAsideCopy, A_read_only_file_is_replaced)
     SetFileAttributesA(kept_.c_str(), FILE_ATTRIBUTE_READONLY);
     const ImportPatch patch("MoveFileExA", MoveAsWindowsDoes, realMove);
     EXPECT_TRUE(log::log_perf::v2::SetAside(name_, kept_));
-    EXPECT_EQ("newest", AllOf(kept_));
+    EXPECT_EQ("newest", FileContent(kept_));
     EXPECT_FALSE(std::filesystem::exists(name_));
 }
 
@@ -100,8 +95,8 @@ TEST_F(SetAsideCopy, Read_only_attributes_do_not_keep_a_copy_from_being_made)
     SetFileAttributesA(kept_.c_str(), FILE_ATTRIBUTE_READONLY);
     const ImportPatch patch("MoveFileExA", MoveAsWindowsDoes, realMove);
     EXPECT_TRUE(log::log_perf::v2::SetAside(name_, kept_));
-    EXPECT_EQ("newest", AllOf(kept_));
-    EXPECT_EQ("", AllOf(name_));
+    EXPECT_EQ("newest", FileContent(kept_));
+    EXPECT_EQ("", FileContent(name_));
     EXPECT_EQ(0U, GetFileAttributesA(name_.c_str()) & FILE_ATTRIBUTE_READONLY);
 }
 

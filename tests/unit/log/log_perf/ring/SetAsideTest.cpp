@@ -1,24 +1,18 @@
 #include "log_perf/ring/SetAside.h"
 
+#include "FileContent.h"
 #include "TempFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 namespace vqrx::test {
 namespace {
 
 using log::log_perf::v2::SetAside;
-
-std::string ContentOf(const std::string& name)
-{
-    std::ifstream file(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 TEST(SetAside, The_newest_file_replaces_the_one_that_was_set_aside_before)
 {
@@ -29,7 +23,7 @@ TEST(SetAside, The_newest_file_replaces_the_one_that_was_set_aside_before)
         std::ofstream(name, std::ios::binary) << content;
         EXPECT_TRUE(SetAside(name, kept));
         EXPECT_FALSE(std::filesystem::exists(name));
-        EXPECT_EQ(content, ContentOf(kept));
+        EXPECT_EQ(content, FileContent(kept));
     }
 }
 
@@ -42,7 +36,7 @@ TEST(SetAside, A_file_that_cannot_be_kept_stays_as_it_is)
     std::ofstream(kept + "/inside") << "x";
     std::ofstream(name, std::ios::binary) << "content";
     EXPECT_FALSE(SetAside(name, kept));
-    EXPECT_EQ("content", ContentOf(name));
+    EXPECT_EQ("content", FileContent(name));
 }
 
 } // namespace
