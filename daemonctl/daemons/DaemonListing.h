@@ -17,7 +17,7 @@ namespace vqrx::client::v0 {
                                                     const SupervisorRun& run);
 
 /// Writes the daemons for programs: one JSON object and a line feed after it. docs/daemonctl.md
-/// describes the fields, whose names are fixed. Letters beyond ASCII are escaped ("\\u00fc"), so
+/// describes the fields, whose names are fixed. Letters beyond ASCII are escaped ("\u00fc"), so
 /// that a shell that converts the text does not lose them. Bytes that are no UTF-8 become U+FFFD.
 /// Pure.
 /// @param nowMs    the current time, milliseconds since 1970, UTC

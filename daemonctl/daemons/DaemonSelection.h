@@ -9,8 +9,8 @@ namespace vqrx::client::v0 {
 
 /// The daemons that an operator means. Texts are UTF-8.
 struct DaemonSelection {
-    std::vector<std::string>
-        targets;      ///< daemon ids, and file names of programs such as "video.exe"
+    /// Daemon ids, and file names of programs such as "video.exe".
+    std::vector<std::string> targets;
     bool all = false; ///< all daemons; `targets` is empty then
 };
 

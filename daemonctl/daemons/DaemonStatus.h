@@ -82,7 +82,7 @@ struct DaemonStatus {
 /// Returns a daemon's last process as the log shows it. Asks `source` nothing but the command line
 /// of a service.
 /// @return nothing if the log shows no process, or shows that the process ended or that a client
-/// stopped or detached it
+///         stopped or detached it
 [[nodiscard]] std::optional<LoggedProcess> LastProcessOf(const DaemonHistory& daemon,
                                                          const ProcessSource& source);
 
@@ -90,10 +90,10 @@ struct DaemonStatus {
 /// @param run       the run of the supervisor
 /// @param nowMs     the current time, milliseconds since 1970, UTC; see WasTriedLately()
 /// @param children  the running processes that the supervisor has started. The supervisor starts a
-/// process before it logs the start. So a child that the log does not show yet counts as the
-/// process of a daemon that has none, if program and arguments fit.
+///                  process before it logs the start. So a child that the log does not show yet
+///                  counts as the process of a daemon that has none, if program and arguments fit
 /// @return first the daemons with an id, by id; then the commands that could never be started; then
-/// the other children that the log does not show
+///         the other children that the log does not show
 [[nodiscard]] std::vector<DaemonStatus> StatusOfDaemons(const SupervisorRun& run,
                                                         const ProcessSource& source,
                                                         std::int64_t nowMs,

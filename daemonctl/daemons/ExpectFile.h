@@ -20,8 +20,8 @@ struct ExpectedProgram {
 /// The content of an expect file. If `errors` is not empty, the file must not be used.
 struct ExpectFile {
     std::vector<ExpectedProgram> programs; ///< in the order of the lines
-    std::vector<std::string>
-        errors; ///< one for each wrong line, "line 3: ...", or for the whole file
+    /// One for each wrong line, "line 3: ...", or for the whole file.
+    std::vector<std::string> errors;
 };
 
 /// Reads an expect file, the list of the programs that must run. Each line holds a program and its

@@ -33,8 +33,8 @@ struct FleetMember {
 
 /// What must be done so that the daemons are those of a fleet file.
 struct FleetPlan {
-    std::vector<FleetMember>
-        members; ///< one for each line with a program, in the order of the lines
+    /// One for each line with a program, in the order of the lines.
+    std::vector<FleetMember> members;
     std::vector<std::size_t> surplus;  ///< indexes of the daemons that the file does not name
     std::vector<std::string> errors;   ///< "line 3: ..."; if there is one, nothing may be done
     std::vector<std::string> warnings; ///< "line 3: ..."; the program file does not exist

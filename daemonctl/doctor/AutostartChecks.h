@@ -30,7 +30,7 @@ struct AutostartFacts {
 /// Pure.
 [[nodiscard]] Finding JudgeAutostart(const AutostartFacts& facts);
 
-/// Returns whether a guard will look for a fleet file, so that the check "fleet-file" has a sense.
+/// Returns whether a guard will look for a fleet file, so that the check "fleet-file" makes sense.
 /// Pure.
 [[nodiscard]] bool UsesFleetFile(const AutostartFacts& facts);
 

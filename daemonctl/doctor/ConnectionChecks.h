@@ -15,15 +15,15 @@ struct ProxyFacts {
     std::uint32_t libraryError = 0;   ///< Windows error of reading the library's path; 0 = read
     ImageFacts library;               ///< path and version; its process id means nothing
     bool libraryThere = false;        ///< the library file exists
-    std::string
-        besideThisProgram; ///< DaemonMgrPS.dll in the folder of this program; empty: none is there
+    /// DaemonMgrPS.dll in the folder of this program; empty: none is there.
+    std::string besideThisProgram;
 };
 
 /// A process that runs a file named DaemonManager.exe and is not the installed supervisor. UTF-8.
 struct Namesake {
     std::uint32_t processId = 0;
     std::string program; ///< full path; empty: this user may not examine the process
-    std::string user;    ///< "DOMAIN\\name"; empty: not known
+    std::string user;    ///< "DOMAIN\name"; empty: not known
 };
 
 /// What a call of the supervisor showed.
@@ -51,7 +51,7 @@ struct SupervisorFacts {
 
 /// Returns the path of the proxy/stub in the folder of this program; empty if it is not there.
 /// Windows only.
-/// @throws ATL::CAtlException if the path cannot be converted to UTF-8
+/// @throws std::bad_alloc
 [[nodiscard]] std::string ProxyBesideThisProgram();
 
 /// Says how to register the proxy/stub, for people: with a command that can be pasted, if the path
@@ -61,7 +61,7 @@ struct SupervisorFacts {
 
 /// Reads the registration of the proxy/stub and the version of its library. Changes nothing.
 /// Windows only.
-/// @throws ATL::CAtlException if the path of the library cannot be converted to UTF-8
+/// @throws std::bad_alloc
 [[nodiscard]] ProxyFacts GatherProxyFacts();
 
 /// Calls the supervisor and waits at most 10 seconds for its answer. The call asks the supervisor

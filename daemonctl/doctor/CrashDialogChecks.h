@@ -18,7 +18,7 @@ struct CrashDialogFacts {
 };
 
 /// Reads these registry values. Changes nothing. Windows only.
-/// @throws ATL::CAtlException if the debugger's command cannot be converted to UTF-8
+/// @throws std::bad_alloc
 [[nodiscard]] CrashDialogFacts GatherCrashDialogFacts();
 
 /// The check "crash-dialogs": whether a crashed worker ends at once, without a dialog of Windows

@@ -67,9 +67,9 @@ struct FirewallRulesFacts {
 
 /// Finds the supervisor's rules (IsSupervisorsRule) whose program is gone and that no daemon needs.
 /// Pure.
-/// @return the names of these rules. A name that n dead rules share is in the result n times. A
+/// @return the names of these rules. A name that n dead rules share is in the result n times.
+///         Left out is a name that a rule to be kept has, too, because Windows removes rules by
 ///         name
-/// that a rule to be kept also has is left out, because Windows removes rules by name.
 [[nodiscard]] std::vector<std::string> DeadRules(const FirewallRulesFacts& facts);
 
 /// Finds the rules that have the name of a rule of the supervisor, with a path after the prefix,

@@ -35,15 +35,15 @@ struct InstallationFacts {
     std::string logFile;            ///< path of the log file
     std::uint32_t logFileError = 0; ///< Windows error of opening the log file for writing
     std::vector<std::string> damagedLogs; ///< paths of the damaged logs that were set aside
-    /// Whether the log shows the run of the running supervisor. Not gathered with the other facts;
-    /// nothing if no supervisor answers, or if it is not known which process it is.
+    /// Whether the log shows the run of the running supervisor; nothing if no supervisor answers,
+    /// or if it is not known which process it is. GatherInstallationFacts() leaves it unset.
     std::optional<bool> logIsCurrent;
     std::optional<std::uint64_t> freeBytes; ///< free for this user on the root's disk, if known
 };
 
 /// Reads both registry keys and opens both folders and the log file as the supervisor does, then
 /// closes them again. Changes and creates nothing. Windows only.
-/// @throws ATL::CAtlException if a path cannot be converted to UTF-8
+/// @throws std::bad_alloc
 [[nodiscard]] InstallationFacts GatherInstallationFacts();
 
 /// The check "rights": whether this user is an administrator. Pure, as are the next three.

@@ -13,8 +13,8 @@ namespace vqrx::client::v0 {
 struct ProxyOverride {
     std::string key;  ///< "HKU\S-1-5-21-...\Software\Classes\CLSID\{...}"
     std::string user; ///< "DOMAIN\name", or the SID if it has no name
-    std::string
-        library; ///< the library or class that it names; empty: none that this user may read
+    /// The library or class that it names; empty: none that this user may read.
+    std::string library;
 };
 
 /// The registrations of all users whose part of the registry is loaded: those who are logged on.

@@ -8,8 +8,8 @@
 
 namespace vqrx::client::v0 {
 
-/// A file or a folder whose content runs with the supervisor's rights, or is believed, or that lies
-/// on the way to such a one.
+/// A file or a folder whose content runs with the supervisor's rights or is believed, or a folder
+/// above it.
 struct PlaceFacts {
     /// What the place is to the installation.
     enum class Role {
@@ -32,8 +32,8 @@ struct RightsFacts {
     /// In the order in which the rights are best repaired. What does not exist has error 2 or 3.
     std::vector<PlaceFacts> places;
     std::vector<std::string> unjudged; ///< paths on a network, whose rights prove nothing; UTF-8
-    std::vector<ObjectRights>
-        keys; ///< the firmware root's, the proxy/stub's, the guard's and those above
+    /// The keys of the firmware root, of the proxy/stub and of the guard, and those above them.
+    std::vector<ObjectRights> keys;
 };
 
 /// Reads owners and access lists of the firmware root, \App, its fleet file, \Logs, the log, the
@@ -47,7 +47,8 @@ struct RightsFacts {
                                             const std::vector<std::string>& programs);
 
 /// The check "file-rights": whether only administrators can change what runs with the supervisor's
-/// rights, and only they and the supervisor's account the log. Pure, as is the next one.
+/// rights, and whether only they and the supervisor's account can change the log. Pure, as is the
+/// next one.
 [[nodiscard]] Finding JudgeFileRights(const RightsFacts& facts);
 
 /// The check "key-rights": whether only administrators can change the registry keys that name the

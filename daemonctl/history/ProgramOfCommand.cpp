@@ -9,7 +9,7 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// Returns the length of the path at the begin of a command.
+// Returns the length of the path at the beginning of a command.
 std::size_t EndOfPath(const std::string& command)
 {
     constexpr std::string_view extension = ".exe ";

@@ -148,7 +148,7 @@ struct Timeline {
 /// runs of refused supervisors. Such a supervisor found another one running and ended at once.
 /// Pure.
 /// @return the run in the timeline; null if that run has ended. Earlier runs do not count, even one
-/// without an end
+///         without an end
 [[nodiscard]] const SupervisorRun* RunThatGoesOn(const Timeline& timeline);
 
 } // namespace vqrx::client::v0

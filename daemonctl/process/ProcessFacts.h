@@ -27,8 +27,7 @@ struct ProcessFacts {
 /// @throws std::bad_alloc; CodePageError if the path cannot be converted to UTF-8
 [[nodiscard]] ProcessFacts ReadProcessFacts(std::uint32_t processId);
 
-/// Reads the arguments of a running process, UTF-8, without the name of its program.
-/// @return empty also if this user may not read the memory of the process
+/// Returns what ReadArguments() reads; no arguments if they cannot be read.
 [[nodiscard]] std::vector<std::string> ArgumentsOfProcess(std::uint32_t processId);
 
 /// Reads the arguments of a running process, UTF-8, without the name of its program.

@@ -13,7 +13,7 @@ struct TableColumn {
     bool isNumber;     ///< right-aligned
 };
 
-/// Writes the begin of a table: its head, and the begin of its body.
+/// Writes the beginning of a table: its head, and the start tag of its body.
 /// @param id  unique on the page
 /// @return HTML; the caller adds rows and "</tbody></table>"
 [[nodiscard]] std::string TableHead(const char* id, const std::vector<TableColumn>& columns);

@@ -7,8 +7,8 @@
 namespace vqrx::client::v0 {
 
 // The texts of this program are UTF-8, the texts of Windows are UTF-16. A conversion throws
-// std::bad_alloc, and std::runtime_error for a text of 2^29 characters or more. Invalid parts are
-// replaced, not refused.
+// std::bad_alloc, and CodePageError (a std::runtime_error) for a text of 2^29 characters or more.
+// Invalid parts are replaced, not refused.
 
 /// Converts a text to UTF-16.
 [[nodiscard]] std::wstring Wide(std::string_view utf8);

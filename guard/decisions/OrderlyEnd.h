@@ -10,7 +10,7 @@ namespace vqrx::guard::v0 {
 /// A supervisor's process that has ended.
 struct EndedSupervisor {
     std::int64_t createdMs = 0; ///< start of the process, milliseconds since 1970, UTC
-    /// Begin of the watch, milliseconds since 1970, UTC. An order that is older is not about this
+    /// When the watch began, milliseconds since 1970, UTC. An order that is older is not about this
     /// watch: somebody ended the supervisor and then started the guard.
     std::int64_t watchedSinceMs = 0;
     std::uint32_t exitCode = 0; ///< of the process
@@ -22,7 +22,7 @@ struct EndedSupervisor {
 /// terminates a process chooses its exit code. Pure.
 ///
 /// The end was ordered if the records of this process show
-/// - a client's request to exit since the begin of the watch; or
+/// - a client's request to exit since the beginning of the watch; or
 /// - "Deamon Thread is exiting...", and the process was published and ended with exit code 0 or
 ///   with 2, the code of a shutdown that was given up; or
 /// - that a shutdown was given up, and the exit code is 2.

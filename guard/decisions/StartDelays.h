@@ -5,9 +5,9 @@
 
 namespace vqrx::guard::v0 {
 
-/// Says how long to wait before the supervisor is started again after it ended without an order:
+/// Decides how long to wait before the supervisor is started again after it ended without an order:
 /// not at all the first time, then 1, 2, 4, ... at most 60 seconds. After ten minutes without such
-/// an end the waits begin anew. Pure; for one thread.
+/// an end, the next wait is 0 again. Pure; for one thread.
 class StartDelays {
 public:
     /// Notes an end of the supervisor, or a start that failed.

@@ -13,8 +13,8 @@ namespace vqrx::guard::v0 {
 /// A running process of the supervisor. It is kept open, so that Windows does not give its id to
 /// another process.
 struct SupervisorProgram {
-    system::win32::v1::UniqueKernelHandle
-        process; ///< may be waited for, ended, and read for a dump
+    /// May be waited for, ended, and read for a dump.
+    system::win32::v1::UniqueKernelHandle process;
     std::uint32_t processId = 0;
     std::int64_t createdMs = 0; ///< milliseconds since 1970, UTC
 };
@@ -37,7 +37,7 @@ struct SupervisorProgram {
 [[nodiscard]] std::string NameOf(const SupervisorProgram& supervisor);
 
 /// Terminates a process and waits at most 10 s until it is gone. @return whether it is gone
-bool TerminateSupervisor(const SupervisorProgram& supervisor) noexcept;
+[[nodiscard]] bool TerminateSupervisor(const SupervisorProgram& supervisor) noexcept;
 
 /// Returns the exit code of a process that has ended; 0xFFFFFFFF if it cannot be read.
 [[nodiscard]] std::uint32_t ExitCodeOf(const SupervisorProgram& supervisor) noexcept;

@@ -22,8 +22,8 @@ struct TakeOverOrder {
     /// Whether a guard with the rights of an administrator believes a log and a fleet file that
     /// others may change.
     bool trust = false;
-    /// Becomes true when the supervisor has ended that was running at the begin of the function.
-    /// The function then does nothing to the next supervisor. Never null.
+    /// Becomes true when the supervisor that ran at the beginning of the function has ended. The
+    /// function then does nothing to the next supervisor. Never null.
     std::shared_ptr<const std::atomic<bool>> isAbandoned = std::make_shared<std::atomic<bool>>();
     /// The daemon that an earlier try for this supervisor attached, if the log did not show it.
     /// TakeOver() attaches nothing until the log shows it. Never null; one thread at a time.
@@ -31,9 +31,10 @@ struct TakeOverOrder {
         std::make_shared<std::optional<std::uint32_t>>();
 };
 
-/// Gives the running supervisor what it should have: first the daemons of former supervisors that
-/// still run, then what the fleet file names and nobody runs. Waits first until the process of a
-/// former supervisor has ended, at most two minutes. Logs each step. Catches its exceptions.
+/// Gives the running supervisor its daemons. Logs each step. Catches its exceptions.
+/// 1. Waits until the process of a former supervisor has ended, at most two minutes.
+/// 2. Attaches the daemons of former supervisors that still run.
+/// 3. Launches the programs of the fleet file that do not run.
 /// @return whether nothing is left that a later try could mend
 [[nodiscard]] bool TakeOver(const TakeOverOrder& order, GuardLog& log) noexcept;
 

@@ -20,7 +20,8 @@ public:
     /// @param log  shared with the thread, which may run on after this object
     explicit TakeOverTask(std::shared_ptr<GuardLog> log);
 
-    /// Begins the first try for a supervisor that has just been published. Overwrites isAbandoned.
+    /// Begins the first try for a supervisor that has just been published.
+    /// @param order  its isAbandoned is replaced: Abandon sets it
     void Begin(TakeOverOrder order);
 
     /// Begins the next try if the last one was not complete and its wait is over. Call it often.

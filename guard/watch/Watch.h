@@ -79,7 +79,7 @@ private:
     WatchSettings settings_;
     std::shared_ptr<GuardLog> log_;
     HANDLE stop_;
-    std::int64_t sinceMs_ = 0; // begin of the watch, milliseconds since 1970, UTC
+    std::int64_t sinceMs_ = 0; // beginning of the watch, milliseconds since 1970, UTC
     StartDelays delays_;
     std::vector<client::v0::FormerSupervisor> former_; // that ended while this watch ran
     TakeOverTask takeOver_;

@@ -9,7 +9,7 @@ namespace vqrx::setup::v0 {
 
 /// A file that the installer carries.
 struct PayloadFile {
-    std::string name;         ///< below the folder of the programs: "docs\\README.md", UTF-8
+    std::string name;         ///< below the folder of the programs: "docs\README.md", UTF-8
     std::string_view content; ///< a part of the bytes of the installer
 };
 

@@ -16,7 +16,7 @@ public:
 
     /// Opens an existing file and goes to the position of this object. @return whether it is open
     /// @throws std::bad_alloc, with the file closed
-    bool Open(const std::string& name);
+    [[nodiscard]] bool Open(const std::string& name);
 
     /// Closes the file, if it is open. The position stays.
     /// @param error  the new value of Error()
