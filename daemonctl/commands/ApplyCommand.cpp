@@ -48,7 +48,7 @@ int Apply(SupervisorClient& supervisor, const ApplyArguments& arguments, const E
 {
     std::optional<HandOverLock> lock;
     if (!arguments.options.dryRun) {
-        lock.emplace(HandOverLockPath(), ConsoleReporter().waiting, kHandOverPatienceMs);
+        lock.emplace(HandOverLockPath(), ConsoleReporter(), kHandOverPatienceMs);
     }
     const auto [run, nowMs, daemons] = ReadDaemonsOfRunning(ChildrenOfSupervisor());
     FleetSource source = FleetSourceOfThisMachine();

@@ -162,7 +162,7 @@ HandOverCount HandOver(SupervisorClient& supervisor, const HandOverOptions& opti
 {
     std::optional<HandOverLock> lock;
     if (!options.dryRun) {
-        lock.emplace(HandOverLockPath(), reporter.waiting, kHandOverPatienceMs);
+        lock.emplace(HandOverLockPath(), reporter, kHandOverPatienceMs);
     }
     Timeline timeline = ReadTimelineOfRunning();
     if (!options.formerLog.empty()) {

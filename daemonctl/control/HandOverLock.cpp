@@ -10,11 +10,12 @@ namespace vqrx::client::v0 {
 namespace {
 
 constexpr DWORD kOpenAgainMs = 100;
+// Windows refuses access to a file that it is about to delete, for no longer than this.
+constexpr ULONGLONG kDeletionMs = 1000;
 
 } // namespace
 
-HandOverLock::HandOverLock(const std::string& file, const Reporter::Line& waiting,
-                           std::uint64_t limitMs)
+HandOverLock::HandOverLock(const std::string& file, const Reporter& reporter, std::uint64_t limitMs)
 {
     const std::wstring path = Wide(file);
     bool hasReported = false;
@@ -22,16 +23,27 @@ HandOverLock::HandOverLock(const std::string& file, const Reporter::Line& waitin
         // A link of this name is opened and deleted itself, not the file to which it leads.
         file_.Reset(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
                                 FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
-        if (file_ || GetLastError() != ERROR_SHARING_VIOLATION) {
+        if (file_) {
             return;
         }
-        if (GetTickCount64() - start >= limitMs) {
+        const DWORD error = GetLastError();
+        const ULONGLONG waitedMs = GetTickCount64() - start;
+        if (error == ERROR_ACCESS_DENIED && waitedMs < kDeletionMs) {
+            continue;
+        }
+        if (error != ERROR_SHARING_VIOLATION) {
+            reporter.failed("nothing keeps another program from handing daemons over at the same "
+                            "time: " +
+                            file + " cannot be made (Windows error " + std::to_string(error) + ")");
+            return;
+        }
+        if (waitedMs >= limitMs) {
             throw std::runtime_error("another program still hands daemons over, or applies a fleet "
                                      "file: it holds " +
                                      file);
         }
         if (!hasReported) {
-            waiting(
+            reporter.waiting(
                 "waiting until another program has handed daemons over or applied a fleet file");
             hasReported = true;
         }

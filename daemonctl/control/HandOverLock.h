@@ -21,10 +21,11 @@ inline constexpr std::uint64_t kHandOverPatienceMs = 120000;
 class HandOverLock {
 public:
     /// Waits at most `limitMs` milliseconds until no other program holds the lock.
-    /// @param file     UTF-8; see HandOverLockPath()
-    /// @param waiting  gets a line if another program holds the lock
-    /// @throws std::runtime_error if it still holds the lock after that
-    HandOverLock(const std::string& file, const Reporter::Line& waiting, std::uint64_t limitMs);
+    /// @param file      UTF-8; see HandOverLockPath()
+    /// @param reporter  its `waiting` gets a line if another program holds the lock, its `failed`
+    ///                  one if the file cannot be made: the program then goes on without the lock
+    /// @throws std::runtime_error if another program still holds the lock after that
+    HandOverLock(const std::string& file, const Reporter& reporter, std::uint64_t limitMs);
 
 private:
     system::win32::v1::UniqueKernelHandle file_;

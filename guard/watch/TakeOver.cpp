@@ -190,7 +190,7 @@ private:
     bool Apply(SupervisorClient& supervisor) const
     {
         const Reporter reporter = ReporterFor("Fleet: ");
-        const HandOverLock lock(HandOverLockPath(), reporter.waiting, kHandOverPatienceMs);
+        const HandOverLock lock(HandOverLockPath(), reporter, kHandOverPatienceMs);
         const auto [run, nowMs, daemons] = ReadDaemonsOfRunning(ChildrenOfSupervisor());
         FleetSource source = FleetSourceOfThisMachine(refused_);
         source.attachedKnown = run.beginningSeen;

@@ -21,30 +21,39 @@ protected:
     const std::string file_ = folder_.File("x.lock");
     std::vector<std::string> waits_;
     std::optional<HandOverLock> held_;
+    std::vector<std::string> failures_;
     // Releases the lock as soon as somebody waits for it.
-    const client::v0::Reporter::Line release_ = [this](const std::string& line) {
-        waits_.push_back(line);
-        held_.reset();
-    };
+    const client::v0::Reporter reporter_{
+        [](const std::string&) {},
+        [this](const std::string& line) {
+            waits_.push_back(line);
+            held_.reset();
+        },
+        [this](const std::string& line) { failures_.push_back(line); }};
 };
 
 TEST_F(HandOverLockTest, Second_holder_waits_until_the_first_one_has_gone)
 {
-    held_.emplace(file_, release_, 0);
+    held_.emplace(file_, reporter_, 0);
     EXPECT_TRUE(waits_.empty());
     {
-        const HandOverLock second(file_, release_, 60000);
+        const HandOverLock second(file_, reporter_, 60000);
         EXPECT_EQ(waits_, std::vector<std::string>{"waiting until another program has handed "
                                                    "daemons over or applied a fleet file"});
-        EXPECT_THROW(HandOverLock(file_, release_, 0), std::runtime_error);
+        EXPECT_THROW(HandOverLock(file_, reporter_, 0), std::runtime_error);
     }
     EXPECT_FALSE(std::filesystem::exists(file_));
 }
 
-TEST_F(HandOverLockTest, Folder_in_which_nobody_can_write_keeps_nobody_out)
+TEST_F(HandOverLockTest, Folder_in_which_nobody_can_write_keeps_nobody_out_and_is_reported)
 {
-    EXPECT_NO_THROW(HandOverLock(folder_.File("no\\such.lock"), release_, 0));
+    const std::string file = folder_.File("no\\such.lock");
+    EXPECT_NO_THROW(HandOverLock(file, reporter_, 0));
     EXPECT_TRUE(waits_.empty());
+    EXPECT_EQ(failures_,
+              std::vector<std::string>{"nothing keeps another program from handing daemons over "
+                                       "at the same time: " +
+                                       file + " cannot be made (Windows error 3)"});
 }
 
 } // namespace
