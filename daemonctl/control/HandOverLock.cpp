@@ -1,6 +1,6 @@
 #include "HandOverLock.h"
 
-#include "Utf8.h"
+#include "LockFile.h"
 
 #include <windows.h>
 
@@ -17,12 +17,9 @@ constexpr ULONGLONG kDeletionMs = 1000;
 
 HandOverLock::HandOverLock(const std::string& file, const Reporter& reporter, std::uint64_t limitMs)
 {
-    const std::wstring path = Wide(file);
     bool hasReported = false;
     for (const ULONGLONG start = GetTickCount64();; Sleep(kOpenAgainMs)) {
-        // A link of this name is opened and deleted itself, not the file to which it leads.
-        file_.Reset(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
-                                FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+        file_ = OpenLockFile(file);
         if (file_) {
             return;
         }

@@ -68,8 +68,8 @@ struct FirewallRulesFacts {
 /// Finds the supervisor's rules (IsSupervisorsRule) whose program is gone and that no daemon needs.
 /// Pure.
 /// @return the names of these rules. A name that n dead rules share is in the result n times.
-///         Left out is a name that a rule to be kept has, too, because Windows removes rules by
-///         name
+///         A name is left out if a rule that must stay has it, too: Windows would remove that
+///         rule with the dead one
 [[nodiscard]] std::vector<std::string> DeadRules(const FirewallRulesFacts& facts);
 
 /// Finds the rules that have the name of a rule of the supervisor, with a path after the prefix,

@@ -20,9 +20,9 @@ struct NewRecords {
 /// Finds the first record of a log after the records that were shown. Numbers alone do not decide:
 /// a supervisor that starts may use numbers again, and a second supervisor that is refused writes
 /// its own records between those of the first. Pure.
-/// @param shown    the records shown last, in the order of writing; empty if none was shown. All
-///                 that a ring can hold should be among them: if the last one is overwritten, those
-///                 before it show what is new
+/// @param shown    the records shown last, in the order of writing; empty if none was shown. Pass
+///                 as many as a ring can hold: the ring may have overwritten the last of them, and
+///                 the function then looks for an earlier one
 /// @param records  all records of the log, in the order of writing
 [[nodiscard]] NewRecords FindNew(const std::vector<Record>& shown,
                                  const std::vector<Record>& records);

@@ -1,5 +1,6 @@
 #include "SingleGuard.h"
 
+#include "LockFile.h"
 #include "TextEncoding.h"
 
 #include <stdexcept>
@@ -13,10 +14,9 @@ constexpr DWORD kTryAgainMs = 100;
 
 SingleGuard::SingleGuard(const std::string& file, DWORD limitMs)
 {
+    const std::string name = client::v0::AnsiToUtf8(file);
     for (const ULONGLONG start = GetTickCount64();; Sleep(kTryAgainMs)) {
-        // A link of this name is opened and deleted itself, not the file to which it leads.
-        file_.Reset(CreateFileA(file.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
-                                FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+        file_ = client::v0::OpenLockFile(name);
         if (file_) {
             return;
         }
@@ -25,7 +25,6 @@ SingleGuard::SingleGuard(const std::string& file, DWORD limitMs)
         // Windows refuses access to a file that it is about to delete, and to one without rights.
         const bool mayPass = isHeld || error == ERROR_ACCESS_DENIED;
         if (!mayPass || GetTickCount64() - start >= limitMs) {
-            const std::string name = client::v0::AnsiToUtf8(file);
             throw std::runtime_error(isHeld ? "another guard runs: it holds " + name
                                             : name + " cannot be made: error " +
                                                   std::to_string(error));

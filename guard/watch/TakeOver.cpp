@@ -64,8 +64,9 @@ private:
         }
     }
 
-    // Nothing more is attached until the log shows what was attached. Without the record the
-    // process would be attached a second time, and its program started twice when it ends.
+    // Throws an exception while the log does not show the last process that was attached. The next
+    // hand-over reads the log: without that record it would attach the process a second time, and
+    // the supervisor would start the program twice when the process ends.
     void StopIfUnshown() const
     {
         if (!*order_.unshownId) {

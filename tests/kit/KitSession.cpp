@@ -76,7 +76,7 @@ int Session::Run()
     const OneAtATime alone;
     PutBackFormerRun();
     if (!report_.leftOver.empty()) {
-        // A new run would take what is left for the state of the machine before the tests.
+        // A new run would note these changes as the machine's own state, and never undo them.
         std::cout
             << "Start run-tests.exe again, as an administrator. If that does not help, restart "
                "the machine first. No test was run."

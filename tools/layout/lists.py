@@ -121,6 +121,7 @@ TESTED_BY = {
     "daemonctl/commands/WithSupervisor.cpp": "tests/integration/DaemonctlTest.cpp",
     "daemonctl/control/ApplyFleet.cpp": "tests/integration/FleetTest.cpp",
     "daemonctl/control/FleetSource.cpp": "tests/integration/FleetTest.cpp",
+    "daemonctl/control/LockFile.cpp": "tests/unit/daemonctl/control/HandOverLockTest.cpp",
     "daemonctl/control/RestartDaemon.cpp": "tests/integration/StopTest.cpp",
     "daemonctl/control/StopDaemon.cpp": "tests/integration/StopTest.cpp",
     "daemonctl/control/WaitForLog.cpp": "tests/integration/StopTest.cpp",

@@ -39,9 +39,9 @@ TEST(SingleGuard, Second_guard_is_refused_until_the_first_one_has_gone)
 }
 
 DWORD flagsOfLock = 0;
-decltype(&CreateFileA) makeFile = nullptr;
+decltype(&CreateFileW) makeFile = nullptr;
 
-HANDLE WINAPI NoteFlags(LPCSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
+HANDLE WINAPI NoteFlags(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
                         DWORD disposition, DWORD flags, HANDLE model)
 {
     flagsOfLock = flags;
@@ -52,7 +52,7 @@ HANDLE WINAPI NoteFlags(LPCSTR name, DWORD access, DWORD share, LPSECURITY_ATTRI
 TEST(SingleGuard, Opens_and_deletes_a_link_itself_and_not_the_file_to_which_it_leads)
 {
     const TempFolder folder;
-    const ImportPatch patch("CreateFileA", NoteFlags, makeFile);
+    const ImportPatch patch("CreateFileW", NoteFlags, makeFile);
     EXPECT_EQ(ReasonOf(folder.File("DaemonGuard.lock")), "");
     EXPECT_EQ(flagsOfLock, DWORD{FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT});
 }
