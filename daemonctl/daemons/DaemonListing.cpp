@@ -8,11 +8,13 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 namespace vqrx::client::v0 {
 namespace {
 
 using Json = nlohmann::ordered_json;
+
 // The share of one processor that the process has used on average since its creation.
 double CpuPercentSinceCreation(const DaemonStatus& daemon, std::int64_t nowMs)
 {
@@ -63,14 +65,29 @@ Json DaemonJson(const DaemonStatus& daemon, std::int64_t nowMs)
             {"command", WithoutBlank(daemon.command)}};
 }
 
+// The library would turn 4294967301 into 5, and its conversion of 1e134 is undefined.
+template <typename Integer>
+Integer ReadInteger(const Json& value)
+{
+    const bool fits =
+        value.is_number_unsigned()
+            ? std::in_range<Integer>(value.get<std::uint64_t>())
+            : value.is_number_integer() && std::in_range<Integer>(value.get<std::int64_t>());
+    if (!fits) {
+        throw std::runtime_error("not a listing of daemonctl ps --json: " + value.dump() +
+                                 " is no id, no process id and no time");
+    }
+    return value.get<Integer>();
+}
+
 ListedProcess ReadProcess(const Json& daemon)
 {
     ListedProcess process;
     if (!daemon.at("id").is_null()) {
-        process.id = daemon.at("id").get<std::uint32_t>();
+        process.id = ReadInteger<std::uint32_t>(daemon.at("id"));
     }
-    process.processId = daemon.at("process_id").get<std::uint32_t>();
-    process.createdMs = daemon.at("up_since_ms").get<std::int64_t>();
+    process.processId = ReadInteger<std::uint32_t>(daemon.at("process_id"));
+    process.createdMs = ReadInteger<std::int64_t>(daemon.at("up_since_ms"));
     process.image = daemon.at("image").get<std::string>();
     process.command = daemon.at("command").get<std::string>();
     process.service = daemon.at("service").get<bool>();

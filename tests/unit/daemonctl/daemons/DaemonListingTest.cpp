@@ -125,5 +125,33 @@ TEST(DaemonListing, Text_that_is_no_listing_is_refused)
     }
 }
 
+// The listing of SomeDaemons() with another number in a field of the first daemon.
+std::string ListingWith(const std::string& field, const std::string& number)
+{
+    std::string json = ListingJson(SomeDaemons(), 0, "1");
+    const std::size_t name = json.find("\"" + field + "\": ");
+    const std::size_t value = json.find(' ', name) + 1;
+    return json.replace(value, json.find(',', value) - value, number);
+}
+
+TEST(DaemonListing, Number_that_is_no_id_and_no_time_is_refused)
+{
+    for (const char* field : {"id", "process_id", "up_since_ms"}) {
+        EXPECT_NO_THROW(static_cast<void>(ParseListing(ListingWith(field, "7")))) << field;
+        for (const char* number : {"1e134", "0.5", "true", "9223372036854775808"}) {
+            EXPECT_THROW(static_cast<void>(ParseListing(ListingWith(field, number))),
+                         std::runtime_error)
+                << field << " " << number;
+        }
+    }
+    for (const char* field : {"id", "process_id"}) {
+        for (const char* number : {"-1", "4294967296"}) {
+            EXPECT_THROW(static_cast<void>(ParseListing(ListingWith(field, number))),
+                         std::runtime_error)
+                << field << " " << number;
+        }
+    }
+}
+
 } // namespace
 } // namespace vqrx::test
