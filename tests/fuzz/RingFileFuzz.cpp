@@ -56,7 +56,7 @@ void CheckHistory(LogFileSink& sink, const std::string& newest)
     for (std::size_t index = 1; index < entries.size(); ++index) {
         FUZZ_CHECK(entries[index].first == entries[index - 1].first + 1);
     }
-    // A damaged file can bring the largest number of all. The records after it have negative numbers,
+    // A damaged file can bring the largest number of all. Records after it have negative numbers,
     // which this call does not ask for.
     if (!entries.empty() && entries.back().first != std::numeric_limits<std::int64_t>::max()) {
         FUZZ_CHECK(entries.back().second.text == newest);
