@@ -11,13 +11,12 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr const wchar_t* kSupervisorProgram = L"DaemonManager.exe";
 constexpr DWORD kLookAgainMs = 50;
 
 // For a process that this user may not open: nothing but the list of processes shows its end.
 bool IsListed(std::uint32_t processId)
 {
-    const std::vector<ImageFacts> listed = ProcessesOfImage(kSupervisorProgram);
+    const std::vector<ImageFacts> listed = ProcessesOfImage(daemon_manager::kSupervisorProgram);
     return std::any_of(listed.begin(), listed.end(), [processId](const ImageFacts& image) {
         return image.processId == processId;
     });

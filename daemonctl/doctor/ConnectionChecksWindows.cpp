@@ -121,7 +121,7 @@ SupervisorFacts GatherSupervisorFacts()
     } else {
         facts.answer = SupervisorFacts::Answer::kSilent;
     }
-    facts.processes = ProcessesOfImage(L"DaemonManager.exe");
+    facts.processes = ProcessesOfImage(daemon_manager::kSupervisorProgram);
     facts.namesakes = FindNamesakes();
     return facts;
 }

@@ -6,6 +6,7 @@
 #include "TextEncoding.h"
 #include "Watch.h"
 #include "com/ClientApartment.h"
+#include "daemon_manager/SupervisorIdentity.h"
 #include "installation/FirmwareRoot.h"
 #include "installation/InstallationPaths.h"
 
@@ -28,7 +29,7 @@ constexpr DWORD kFormerGuardMs = 10000; // for a guard that was terminated to be
 WatchSettings SettingsOf(const GuardArguments& arguments, const std::string& root)
 {
     WatchSettings settings;
-    settings.program = client::v0::PathBesideThisProgram(L"DaemonManager.exe");
+    settings.program = client::v0::PathBesideThisProgram(daemon_manager::kSupervisorProgram);
     settings.showConsole = arguments.mode == GuardMode::kSession;
     settings.fleetNamed = !arguments.fleet.empty();
     settings.trust = arguments.trust;

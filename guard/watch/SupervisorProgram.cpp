@@ -15,7 +15,6 @@ namespace {
 
 namespace win32 = system::win32::v1;
 
-constexpr const wchar_t* kProgramName = L"DaemonManager.exe";
 constexpr DWORD kTerminationPatienceMs = 10000;
 constexpr DWORD kUnreadableCode = 0xFFFFFFFF;
 constexpr DWORD kAccess = SYNCHRONIZE | PROCESS_TERMINATE | PROCESS_QUERY_INFORMATION |
@@ -53,7 +52,8 @@ std::optional<SupervisorProgram> FindSupervisor(const std::string& program)
 {
     const std::set<DWORD> others = ProcessesOfOthers();
     std::optional<SupervisorProgram> youngest;
-    for (const client::v0::ImageFacts& image : client::v0::ProcessesOfImage(kProgramName)) {
+    for (const client::v0::ImageFacts& image :
+         client::v0::ProcessesOfImage(daemon_manager::kSupervisorProgram)) {
         if (others.contains(image.processId) ||
             (!image.path.empty() && !client::v0::IsSameFile(image.path, program))) {
             continue;

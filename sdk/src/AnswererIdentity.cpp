@@ -1,6 +1,7 @@
 #include "daemon_manager/AnswererIdentity.h"
 
 #include "ObjectOrigin.h"
+#include "OwnedHandle.h"
 #include "SidText.h"
 
 #include <windows.h>
@@ -15,13 +16,9 @@
 namespace daemon_manager {
 namespace {
 
-struct MarkCloser {
-    void operator()(void* mark) const noexcept { CloseHandle(mark); }
-};
-
 std::wstring OwnerOfMark(const std::wstring& name)
 {
-    const std::unique_ptr<void, MarkCloser> mark(OpenEventW(READ_CONTROL, FALSE, name.c_str()));
+    const OwnedHandle mark = Own(OpenEventW(READ_CONTROL, FALSE, name.c_str()));
     PSID owner = nullptr;
     PSECURITY_DESCRIPTOR descriptor = nullptr;
     if (!mark || GetSecurityInfo(mark.get(), SE_KERNEL_OBJECT, OWNER_SECURITY_INFORMATION, &owner,
@@ -59,7 +56,7 @@ bool IsOwnerOfRank(const std::wstring& sid, const std::wstring& notedAccount)
 {
     // LocalSystem, LocalService, NetworkService, administrators, a service's own account
     return sid == L"S-1-5-18" || sid == L"S-1-5-19" || sid == L"S-1-5-20" ||
-           sid == L"S-1-5-32-544" || sid.compare(0, 9, L"S-1-5-80-") == 0 || sid == notedAccount;
+           sid == L"S-1-5-32-544" || IsSidOfService(sid) || sid == notedAccount;
 }
 
 bool IsSupervisor(const SupervisorProcess& process)

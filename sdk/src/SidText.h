@@ -26,4 +26,11 @@ inline std::wstring SidText(PSID sid)
     return text;
 }
 
+/// Whether a SID as text is that of a service's own account.
+inline bool IsSidOfService(const std::wstring& sid)
+{
+    const std::wstring beginning = L"S-1-5-80-";
+    return sid.compare(0, beginning.size(), beginning) == 0;
+}
+
 } // namespace daemon_manager

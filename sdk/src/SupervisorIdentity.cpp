@@ -1,5 +1,6 @@
 #include "daemon_manager/SupervisorIdentity.h"
 
+#include "OwnedHandle.h"
 #include "SidText.h"
 
 #include <windows.h>
@@ -8,22 +9,9 @@
 
 #include <cstddef>
 #include <cwchar>
-#include <memory>
 
 namespace daemon_manager {
 namespace {
-
-constexpr const wchar_t* kProgram = L"DaemonManager.exe";
-
-struct HandleCloser {
-    void operator()(void* handle) const noexcept { CloseHandle(handle); }
-};
-using OwnedHandle = std::unique_ptr<void, HandleCloser>;
-
-OwnedHandle Own(HANDLE handle) noexcept
-{
-    return OwnedHandle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
-}
 
 // Reads a text below HKEY_LOCAL_MACHINE; empty if there is none.
 std::wstring MachineText(const wchar_t* key, const wchar_t* value)
@@ -51,13 +39,13 @@ std::wstring InstalledProgram()
     const std::wstring proxy = MachineText(proxyKey.c_str(), nullptr);
     const std::size_t end = proxy.find_last_of(L'\\');
     if (end != std::wstring::npos) {
-        std::wstring program = proxy.substr(0, end + 1) + kProgram;
+        std::wstring program = proxy.substr(0, end + 1) + kSupervisorProgram;
         if (IsFile(program)) {
             return program;
         }
     }
     const std::wstring folder = MachineText(kInstallerKey, L"InstallLocation");
-    const std::wstring program = folder + L"\\" + kProgram;
+    const std::wstring program = folder + L"\\" + kSupervisorProgram;
     return !folder.empty() && IsFile(program) ? program : std::wstring();
 }
 
@@ -160,8 +148,7 @@ bool IsExpected(const ProcessToken& token, const ProcessToken& own, const std::w
     return (own.Known() && EqualSid(user, own.User()) != FALSE) || token.IsAdministrator() ||
            IsWellKnownSid(user, WinLocalSystemSid) != FALSE ||
            IsWellKnownSid(user, WinLocalServiceSid) != FALSE ||
-           IsWellKnownSid(user, WinNetworkServiceSid) != FALSE ||
-           text.compare(0, 9, L"S-1-5-80-") == 0 || // a service's own account
+           IsWellKnownSid(user, WinNetworkServiceSid) != FALSE || IsSidOfService(text) ||
            (!text.empty() && text == noted);
 }
 
@@ -230,7 +217,7 @@ SupervisorIdentity IdentifySupervisor()
     entry.dwSize = sizeof entry;
     BOOL more = snapshot ? Process32FirstW(snapshot.get(), &entry) : FALSE;
     while (more != FALSE) {
-        if (lstrcmpiW(entry.szExeFile, kProgram) == 0) {
+        if (lstrcmpiW(entry.szExeFile, kSupervisorProgram) == 0) {
             identity.processes.push_back(Describe(entry.th32ProcessID, identity, own));
         }
         more = Process32NextW(snapshot.get(), &entry);

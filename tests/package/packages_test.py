@@ -48,6 +48,7 @@ class Packages(unittest.TestCase):
             "sdk/src/SupervisorClient.cpp",
             "sdk/src/AnswererIdentity.cpp",
             "sdk/src/ArgumentRules.cpp",
+            "sdk/src/OwnedHandle.h",
             "sdk/src/SidText.h",
             "sdk/src/SupervisorIdentity.cpp",
         ]))

@@ -6,6 +6,9 @@
 
 namespace daemon_manager {
 
+/// File name of the supervisor's program.
+inline constexpr const wchar_t* kSupervisorProgram = L"DaemonManager.exe";
+
 /// Id of the interface as the registry spells it. The class of the proxy/stub has the same id.
 inline constexpr const wchar_t* kInterfaceId = L"{C307E9F6-67C0-4C74-B1BD-37EFB9882701}";
 
@@ -52,7 +55,7 @@ struct SupervisorIdentity {
 
 /// Finds out whether the installed supervisor runs, and who runs it. Does not look at the object in
 /// the Running Object Table: IdentifyAnswerer (AnswererIdentity.h) does.
-/// - The installed program is DaemonManager.exe beside the registered DaemonMgrPS.dll, or else in
+/// - The installed program is kSupervisorProgram beside the registered DaemonMgrPS.dll, or else in
 ///   the folder that the installer noted. Both are read from HKEY_LOCAL_MACHINE only.
 /// - Expected users are the user of this process, Windows' service accounts, administrators with
 ///   full rights, and the account that the installer or an administrator noted: its SID in the
