@@ -2,6 +2,7 @@
 
 #include "RecordLine.h"
 #include "TimeText.h"
+#include "WholeFile.h"
 
 #include <algorithm>
 #include <charconv>
@@ -59,20 +60,11 @@ std::vector<std::string> NamesIn(const std::string& folder)
     return names;
 }
 
-std::string ReadWhole(const fs::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        throw std::runtime_error(path.string() + " cannot be read");
-    }
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
 // Returns nothing of a file that a recorder has removed meanwhile, because it was the oldest.
 std::string ReadUnlessRemoved(const fs::path& path)
 {
     try {
-        return ReadWhole(path);
+        return ReadWholeFile(path);
     } catch (const std::runtime_error&) {
         std::error_code error;
         if (fs::exists(path, error) || error) {
@@ -82,7 +74,7 @@ std::string ReadUnlessRemoved(const fs::path& path)
     }
 }
 
-// Calls take with each line that has an end, and the offset behind it.
+// Calls take with each line that has an end, and the offset after that end.
 // @return the bytes without a line end, at the end of the content
 template <typename Take>
 std::string_view EachLine(std::string_view content, const Take& take)
@@ -114,7 +106,7 @@ void RecordFolder::Continue()
 {
     while (!names_.empty() && !last_) {
         const fs::path path = PathIn(path_, names_.back());
-        const std::string content = ReadWhole(path);
+        const std::string content = ReadWholeFile(path);
         std::size_t end = 0;
         EachLine(content, [&](std::string_view line, std::size_t next) {
             RecordLine read = ParseRecordLine(line);
@@ -141,7 +133,7 @@ std::vector<Record> RecordFolder::Newest() const
     std::vector<Record> newest;
     for (auto name = names_.rbegin(); name != names_.rend() && newest.size() < kMostInRing;
          ++name) {
-        const std::string content = ReadWhole(PathIn(path_, *name));
+        const std::string content = ReadWholeFile(PathIn(path_, *name));
         std::vector<Record> ofFile;
         EachLine(content, [&ofFile](std::string_view line, std::size_t) {
             RecordLine read = ParseRecordLine(line);

@@ -1,12 +1,9 @@
 #include "TextFile.h"
 
 #include "Utf8.h"
+#include "WholeFile.h"
 
 #include <cstddef>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
 #include <string_view>
 
 namespace vqrx::client::v0 {
@@ -18,11 +15,7 @@ constexpr std::string_view kUtf16Mark = "\xFF\xFE";
 
 std::string ReadTextFile(const std::string& path)
 {
-    std::ifstream file(std::filesystem::path(Wide(path)), std::ios::binary);
-    if (!file) {
-        throw std::runtime_error(path + " cannot be read");
-    }
-    std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    std::string bytes = ReadWholeFile(Wide(path));
     if (!bytes.starts_with(kUtf16Mark)) {
         return bytes;
     }
