@@ -40,8 +40,7 @@ Timeline ReadTimelineOfRunning()
             return timeline;
         }
         if (GetTickCount64() - start > kLogPatienceMs) {
-            throw LogUnreadable("the log does not show the supervisor that is running; see "
-                                "daemonctl doctor");
+            throw LogUnreadable(kRunNotShown);
         }
         Sleep(kReadAgainMs);
     }

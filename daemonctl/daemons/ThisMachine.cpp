@@ -64,8 +64,7 @@ const SupervisorRun& RunOfThisMachine(const Timeline& timeline)
 {
     const SupervisorRun* const run = RunThatGoesOn(timeline);
     if (run == nullptr) {
-        throw LogUnreadable("the log does not show the supervisor that is running; see "
-                            "daemonctl doctor");
+        throw LogUnreadable(kRunNotShown);
     }
     return *run;
 }

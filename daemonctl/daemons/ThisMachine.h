@@ -16,6 +16,10 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// what() of LogUnreadable if the log does not show the running supervisor.
+inline constexpr const char* kRunNotShown =
+    "the log does not show the supervisor that is running; see daemonctl doctor";
+
 /// Reads the log of this machine's supervisor and makes its timeline.
 /// @param path  UTF-8; a file or folder in place of the log; empty: the log of this machine
 /// @throws LogUnreadable if the log's path is not known or the log cannot be read

@@ -56,16 +56,15 @@ long ReadProperty(IWbemClassObject* object, const wchar_t* name, std::string& va
 void AskForThisProcess(IWbemServices* services, WmiFacts& facts)
 {
     const DWORD processId = GetCurrentProcessId();
-    const auto objects = wmi::ExecuteQuery(
-        services, L"SELECT * FROM Win32_Process WHERE ProcessId=" + std::to_wstring(processId));
-    facts.knowsThisProcess = !objects.empty();
-    if (objects.empty()) {
+    const auto process = wmi::FindProcess(services, processId);
+    facts.knowsThisProcess = static_cast<bool>(process);
+    if (!process) {
         return;
     }
     std::string path;
     std::string commandLine;
-    facts.executablePathResult = ReadProperty(objects.front().Get(), L"ExecutablePath", path);
-    facts.commandLineResult = ReadProperty(objects.front().Get(), L"CommandLine", commandLine);
+    facts.executablePathResult = ReadProperty(process.Get(), wmi::kExecutablePath, path);
+    facts.commandLineResult = ReadProperty(process.Get(), wmi::kCommandLine, commandLine);
     facts.executablePathFits = WithoutCase(path) == WithoutCase(ReadProcessFacts(processId).image);
 }
 

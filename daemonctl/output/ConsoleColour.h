@@ -7,6 +7,7 @@
 
 namespace vqrx::client::v0 {
 
+/// The console attribute of grey letters on black, the colours of a new console.
 inline constexpr WORD kGreyAttribute = 0x0007;
 
 /// Returns the console attribute of a line of this level: bright red, bright yellow, grey, bright

@@ -52,7 +52,7 @@ private:
     HANDLE console_; // belongs to the process, never closed
     bool coloured_;
     bool good_ = true;
-    WORD before_ = 0x0007;
+    WORD before_ = kGreyAttribute;
 };
 
 } // namespace

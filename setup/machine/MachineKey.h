@@ -75,6 +75,11 @@ private:
 /// installation made; the uninstaller removes only that.
 [[nodiscard]] MachineKey InstallationKey();
 
+// Values of this key that several steps read. The client library reads the first two.
+inline constexpr const char* kFolderNote = "InstallLocation"; ///< folder of the programs
+inline constexpr const char* kAccountNote = "Account";        ///< SID of the supervisor's account
+inline constexpr const char* kFilesNote = "Files";            ///< list of the files' names
+
 /// The key of the source "DaemonManager" of Windows' event log. It names the program that holds the
 /// texts of the events (ReportEvent, "Event Sources").
 [[nodiscard]] MachineKey EventSourceKey();

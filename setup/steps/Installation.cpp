@@ -46,7 +46,7 @@ int Complete(InstallationSteps& steps, Conversation& conversation)
 
 std::string DefaultProgramFolder()
 {
-    const std::string former = InstallationKey().Text("InstallLocation");
+    const std::string former = InstallationKey().Text(kFolderNote);
     return former.empty() ? ProgramFilesFolder() + "\\DaemonManager" : former;
 }
 

@@ -44,7 +44,7 @@ std::string FindAccount(const std::string& name, const std::string& running)
         }
         return sid;
     }
-    return running.empty() ? InstallationKey().Text("Account") : running;
+    return running.empty() ? InstallationKey().Text(kAccountNote) : running;
 }
 
 std::vector<std::string> NamesOf(const std::vector<PayloadFile>& files)
@@ -122,12 +122,12 @@ void InstallationSteps::Replace()
     formerNotes_ = notes.Values();
     formerEvents_ = EventSourceKey().Values();
     formerProxy_ = RegisteredProxy();
-    swap_.SwapIn(notes.Text("InstallLocation") == folder_ ? notes.List("Files")
-                                                          : std::vector<std::string>());
+    swap_.SwapIn(notes.Text(kFolderNote) == folder_ ? notes.List(kFilesNote)
+                                                    : std::vector<std::string>());
     wroteRegistry_ = true;
     RegisterProxy(folder_ + kProxy);
     if (!options_.account.empty()) {
-        notes.SetText("Account", accountSid_);
+        notes.SetText(kAccountNote, accountSid_);
     }
     if (!place_.isRegistered) {
         RegisterFirmwareRoot(place_.root);
@@ -144,8 +144,8 @@ void InstallationSteps::StartSupervisor()
 void InstallationSteps::Keep()
 {
     const MachineKey notes = InstallationKey();
-    const std::string formerFolder = notes.Text("InstallLocation");
-    const std::vector<std::string> formerFiles = notes.List("Files");
+    const std::string formerFolder = notes.Text(kFolderNote);
+    const std::vector<std::string> formerFiles = notes.List(kFilesNote);
     WriteNotes();
     swap_.Keep();
     if (!formerFolder.empty() && formerFolder != folder_) {
@@ -274,11 +274,11 @@ void InstallationSteps::WriteNotes()
     for (const PayloadFile& file : files_) {
         bytes += file.content.size();
     }
-    notes.SetList("Files", NamesOf(files_));
+    notes.SetList(kFilesNote, NamesOf(files_));
     notes.SetText("DisplayName", "DaemonManager");
     notes.SetText("DisplayVersion", DM_VERSION);
     notes.SetText("DisplayIcon", folder_ + kSupervisor);
-    notes.SetText("InstallLocation", folder_);
+    notes.SetText(kFolderNote, folder_);
     notes.SetText("UninstallString", "\"" + folder_ + "\\Uninstall.exe\"");
     notes.SetText("QuietUninstallString", "\"" + folder_ + "\\Uninstall.exe\" /S");
     notes.SetNumber("NoModify", 1);

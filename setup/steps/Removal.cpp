@@ -12,6 +12,7 @@
 #include "SupervisorChange.h"
 #include "SystemPlaces.h"
 #include "Utf8.h"
+#include "ring_format/DamagedRing.h"
 
 #include <windows.h>
 
@@ -28,7 +29,7 @@ constexpr const char* kUninstaller = "Uninstall.exe";
 // The folder as it was installed: the uninstaller may have been started by another name of it.
 std::string InstalledFolder()
 {
-    std::string folder = InstallationKey().Text("InstallLocation");
+    std::string folder = InstallationKey().Text(kFolderNote);
     if (folder.empty() || !client::v0::IsSameFile(folder + "\\" + kUninstaller, OwnProgram())) {
         throw SetupError("This is not the uninstaller of the installed version" +
                          (folder.empty() ? std::string(".") : ", which is in " + folder + "."));
@@ -48,8 +49,9 @@ void RemoveLog(const SetupOptions& options, Conversation& conversation)
         conversation.Say("The log stays, because " + weak.front() + ".\n");
         return;
     }
-    for (const char* const end : {"", ".damaged", ".damaged2"}) {
-        DeleteFileW(Wide(log + end).c_str());
+    DeleteFileW(Wide(log).c_str());
+    for (const std::string& damaged : system::ring_format::v1::DamagedRingsOf(log)) {
+        DeleteFileW(Wide(damaged).c_str());
     }
 }
 
@@ -74,7 +76,7 @@ void RemoveAll(const SetupOptions& options, Conversation& conversation)
         throw SetupError("The guard is still set up.");
     }
     UnregisterProxy(folder + "\\DaemonMgrPS.dll"); // that of another installation stays
-    RemoveInstalledFiles(folder, InstallationKey().List("Files"));
+    RemoveInstalledFiles(folder, InstallationKey().List(kFilesNote));
     RemoveRegisteredRoot();
     RemoveLog(options, conversation);
     RemoveMadeFolders();

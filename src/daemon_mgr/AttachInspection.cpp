@@ -10,7 +10,6 @@
 
 #include <shellapi.h>
 
-#include <sstream>
 #include <utility>
 
 namespace vqrx::system::daemon::daemon_mgr::v0 {
@@ -20,7 +19,9 @@ using com::v1::TextFromCom;
 using com::v1::UniqueBstr;
 using host::v0::kFailure;
 using host::v0::kSuccess;
-using wmi::v1::ExecuteQuery;
+using wmi::v1::FindProcess;
+using wmi::v1::kCommandLine;
+using wmi::v1::kExecutablePath;
 using wmi::v1::ReadStringProperty;
 
 // @return false if the system cannot split the command line
@@ -46,19 +47,14 @@ int QueryProcess(const WmiConnection& wmi, DWORD processId, ProcessInfo& daemon,
     if (wmi.Services() == nullptr) {
         return kFailure;
     }
-    std::wostringstream query;
-    // If memory runs out, throw: a query that is cut off would ask for other processes, or for all.
-    query.exceptions(std::ios::badbit);
-    query << L"SELECT * FROM Win32_Process WHERE ProcessId=" << processId;
-    const auto objects = ExecuteQuery(wmi.Services(), query.str());
-    if (objects.empty()) {
+    const auto process = FindProcess(wmi.Services(), processId);
+    if (!process) {
         return kFailure;
     }
-    IWbemClassObject* const process = objects.front().Get();
     daemon.executablePath =
-        TextFromCom(ReadStringProperty(process, L"ExecutablePath").View(), CP_THREAD_ACP);
-    return SplitArguments(ReadStringProperty(process, L"CommandLine"), arguments) ? kSuccess
-                                                                                  : kFailure;
+        TextFromCom(ReadStringProperty(process.Get(), kExecutablePath).View(), CP_THREAD_ACP);
+    return SplitArguments(ReadStringProperty(process.Get(), kCommandLine), arguments) ? kSuccess
+                                                                                      : kFailure;
 }
 
 int InspectAttachingProcess(const WmiConnection& wmi, ProcessInfo& daemon)

@@ -53,7 +53,7 @@ MAY_INCLUDE = {
     "setup/plan": (),
     "setup/machine": ("setup/plan", "daemonctl/rights", "daemonctl/process", "sdk", "src/cpp_utils",
                       "src/system/installation"),
-    "setup/steps": ("setup/machine",),
+    "setup/steps": ("setup/machine", "src/system/ring_format"),
     "setup/window": ("setup/steps",),
     "setup": ("setup/window",),
 }
@@ -77,7 +77,7 @@ NOT_MIRRORED = {
 
 # Texts in the sources that no operator ever sees.
 NO_MESSAGES = {
-    "src/daemon_mgr/AttachInspection.cpp": ("SELECT * FROM Win32_Process WHERE ProcessId=",),
+    "src/system/wmi/WmiQuery.cpp": ("SELECT * FROM Win32_Process WHERE ProcessId=",),
     "src/log/log_perf/ring/LogHistory.cpp": ("History is empty",),
 }
 

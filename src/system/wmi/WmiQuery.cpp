@@ -56,4 +56,11 @@ std::vector<ComPtr<IWbemClassObject>> ExecuteQuery(IWbemServices* services,
     }
 }
 
+ComPtr<IWbemClassObject> FindProcess(IWbemServices* services, DWORD processId)
+{
+    const auto found = ExecuteQuery(services, L"SELECT * FROM Win32_Process WHERE ProcessId=" +
+                                                  std::to_wstring(processId));
+    return found.empty() ? ComPtr<IWbemClassObject>() : found.front();
+}
+
 } // namespace vqrx::system::wmi::v1

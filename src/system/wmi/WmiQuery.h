@@ -16,8 +16,18 @@ namespace vqrx::system::wmi::v1 {
 [[nodiscard]] com::v1::UniqueBstr ReadStringProperty(IWbemClassObject* object, const wchar_t* name);
 
 /// Runs a WQL query and waits without limit for all its results.
-/// @throws COMException
+/// @throws COMException; std::bad_alloc
 [[nodiscard]] std::vector<com::v1::ComPtr<IWbemClassObject>>
 ExecuteQuery(IWbemServices* services, const std::wstring& query);
+
+/// Finds the object of WMI that describes a process (class Win32_Process). Waits without limit.
+/// @return empty if WMI does not know the process
+/// @throws COMException; std::bad_alloc
+[[nodiscard]] com::v1::ComPtr<IWbemClassObject> FindProcess(IWbemServices* services,
+                                                            DWORD processId);
+
+// Properties of this object, texts or null.
+inline constexpr const wchar_t* kExecutablePath = L"ExecutablePath";
+inline constexpr const wchar_t* kCommandLine = L"CommandLine";
 
 } // namespace vqrx::system::wmi::v1

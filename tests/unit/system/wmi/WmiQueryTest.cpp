@@ -78,6 +78,23 @@ TEST_F(WmiQueryTest, Query_without_a_result_returns_no_object)
     EXPECT_TRUE(ExecuteQuery(services.Get(), kQuery).empty());
 }
 
+TEST_F(WmiQueryTest, A_process_is_found_by_its_id)
+{
+    PropertyAnswer path;
+    path.text = L"a.exe";
+    Answer({path});
+    const auto process = FindProcess(services.Get(), 4294967295);
+    ASSERT_TRUE(process);
+    EXPECT_EQ(L"a.exe", ReadStringProperty(process.Get(), kExecutablePath).View());
+    EXPECT_EQ(L"SELECT * FROM Win32_Process WHERE ProcessId=4294967295", TheWmiScript().lastQuery);
+}
+
+TEST_F(WmiQueryTest, A_process_that_WMI_does_not_know_is_not_found)
+{
+    Answer({});
+    EXPECT_FALSE(FindProcess(services.Get(), 5));
+}
+
 TEST_F(WmiQueryTest, Null_property_gives_the_empty_text)
 {
     PropertyAnswer null;
