@@ -10,14 +10,14 @@
 namespace vqrx::client::v0 {
 
 /// Connects to the supervisor and runs an operation. A failure is printed on standard error.
-/// @return the exit code of the operation; kNoSupervisor or kRefused after a failure
+/// @return the exit code of the operation; after a failure kNoSupervisor, kRefused, or kWrongUsage
+///         for an argument that the client library refuses
 [[nodiscard]] int
 WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& operation);
 
 /// Connects to the supervisor and runs an operation that also reads the supervisor's log. A failure
 /// is printed on standard error.
-/// @return the exit code of the operation; kNoSupervisor, kRefused or kLogUnreadable after a
-///         failure
+/// @return as WithSupervisor(); kLogUnreadable if the log cannot be read
 [[nodiscard]] int
 WithSupervisorAndLog(const std::function<int(daemon_manager::SupervisorClient&)>& operation);
 
@@ -34,9 +34,9 @@ void PrintNotes(const std::vector<DaemonStatus>& daemons, const SupervisorRun& r
 [[nodiscard]] bool IsSupervisorAtWork();
 
 /// Finds out whether the supervisor of this machine runs.
-/// @return notRunning only if none is published and no process runs a file named DaemonManager.exe;
-/// unknown if a supervisor may run, but does not answer this user within five seconds or is not to
-/// be trusted
+/// @return kNotRunning only if none is published and no process can be the supervisor
+///         (FindSupervisors); kUnknown if a supervisor may run, but does not answer this user
+///         within five seconds or is not to be trusted
 /// @throws std::system_error if Windows starts no thread
 [[nodiscard]] SupervisorState StateOfSupervisor();
 

@@ -24,11 +24,11 @@ struct ExpectFile {
     std::vector<std::string> errors;
 };
 
-/// Reads an expect file, the list of the programs that must run. Each line holds a program and its
-/// arguments, with blanks or tabs between them. A part that holds blanks stands in double quotes.
-/// Empty lines and lines that begin with # are left out. Lines end with CR, LF or both. A list
-/// without any program is an error: a list that a power failure emptied must not mean that all is
-/// well. Pure.
+/// Reads an expect file, the list of the programs that must run. A fleet file is written in the
+/// same way. Each line holds a program and its arguments, with blanks or tabs between them. A part
+/// that holds blanks stands in double quotes. Empty lines and lines that begin with # are left out.
+/// Lines end with CR, LF or both. A list without any program is an error: a list that a power
+/// failure emptied must not mean that all is well. Pure.
 /// @param content  UTF-8, with or without a byte order mark
 [[nodiscard]] ExpectFile ParseExpectFile(std::string_view content);
 

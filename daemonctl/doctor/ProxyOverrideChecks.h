@@ -20,8 +20,8 @@ struct ProxyOverride {
 /// The registrations of all users whose part of the registry is loaded: those who are logged on.
 struct ProxyOverrideFacts {
     std::vector<ProxyOverride> found;
-    std::uint32_t error =
-        0; ///< of Windows, because of which registrations of some users may be missing
+    /// The Windows error because of which registrations of some users may be missing; 0: none is.
+    std::uint32_t error = 0;
 };
 
 /// Looks for such registrations. Changes nothing. Windows only.

@@ -33,7 +33,7 @@ public:
     }
 
     /// Reads the file if it has changed, and reports its new records.
-    /// @throws std::runtime_error  if the file cannot be opened
+    /// @throws std::runtime_error  if the file cannot be read
     void ReadIfChanged()
     {
         FileState state;

@@ -13,7 +13,7 @@ namespace vqrx::client::v0 {
 /// Times for following a log file.
 struct FollowSettings {
     std::chrono::milliseconds period{200};    ///< between two reads of the file
-    std::chrono::milliseconds patience{3000}; ///< longest absence of the file
+    std::chrono::milliseconds patience{3000}; ///< longest time in which no read succeeds
     /// Start after these records, which FindNew() gets; empty: at the oldest.
     std::vector<Record> shown = {};
 };
@@ -32,8 +32,8 @@ struct FollowEvents {
 /// @param path      UTF-8
 /// @param encoding  of dates and texts in the file
 /// @return the summary of the last read
-/// @throws std::runtime_error  if the file cannot be opened: at once at the beginning, later after
-///         settings.patience
+/// @throws std::runtime_error  if the file cannot be read (ReadLogFile): at once at the beginning,
+///         later if it could not be read for settings.patience
 /// @throws std::bad_alloc, and whatever the events throw
 [[nodiscard]] ScanSummary FollowLog(const std::string& path, TextEncoding encoding,
                                     const FollowSettings& settings, const FollowEvents& events);

@@ -14,7 +14,8 @@ namespace vqrx::client::v0 {
 /// @param encoding  of dates and texts in the file; a folder has UTF-8
 /// @param onRecord  gets the records in the order in which they were written, in UTF-8
 /// @return how much of the file was read and how much was left out
-/// @throws std::runtime_error  "PATH cannot be read: ...", if the file cannot be opened
+/// @throws std::runtime_error  "PATH cannot be read ...", if the file cannot be opened, or if the
+///         system refuses a part of it
 /// @throws std::bad_alloc, and whatever onRecord throws
 [[nodiscard]] ScanSummary ReadLogFile(const std::string& path, TextEncoding encoding,
                                       const RecordCallback& onRecord);
@@ -22,8 +23,7 @@ namespace vqrx::client::v0 {
 /// Reads all records of a log file in the order in which they were written, texts in UTF-8 where
 /// they are UTF-8, else from the ANSI code page. Lines that cannot be read are left out.
 /// @param path  UTF-8
-/// @throws std::runtime_error  "PATH cannot be read: ...", if the file cannot be opened
-/// @throws std::bad_alloc
+/// @throws as the function above
 [[nodiscard]] std::vector<Record> ReadLogFile(const std::string& path);
 
 } // namespace vqrx::client::v0

@@ -23,6 +23,7 @@ public:
     /// Hands out the records. Called once.
     /// @return the number of lines after the last record that are no records. The caller counts
     ///         them, output does not
+    /// @throws what the source and output.onRecord throw; std::bad_alloc
     [[nodiscard]] std::uint64_t Read();
 
 private:

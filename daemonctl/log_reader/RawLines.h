@@ -30,6 +30,7 @@ public:
 
     /// Reads the next line. The range also ends where the file ends.
     /// @return false at the end of the range
+    /// @throws what the source throws; std::bad_alloc
     [[nodiscard]] bool Next(RawLine& line);
 
 private:

@@ -23,15 +23,18 @@ namespace vqrx::client::v0 {
 
 /// Reads one line.
 /// @return its record; nothing if the line is missing, is cut, or is not exactly a record
+/// @throws what the source of the lines throws; std::bad_alloc
 [[nodiscard]] std::optional<Record> ReadWholeRecord(RawLines& lines);
 
 /// Reads the number of the first line in a range of bytes.
 /// @return nothing if there is no line, or no number that can be read
+/// @throws what the source throws; std::bad_alloc
 [[nodiscard]] std::optional<std::int64_t> FirstNumber(ByteSource& source, std::uint64_t begin,
                                                       std::uint64_t end);
 
 /// Reads the last line in a range of bytes. Reads at most the last 64 KiB of the range.
 /// @return its record; nothing if there is no line, or the last line is not exactly a record
+/// @throws what the source throws; std::bad_alloc
 [[nodiscard]] std::optional<Record> LastRecord(ByteSource& source, std::uint64_t begin,
                                                std::uint64_t end);
 

@@ -19,10 +19,12 @@ struct RingLayout {
 
 /// Finds the layout of a ring file. Reads the header and the records beside the write position; the
 /// whole file only if the header is damaged or contradicts the records.
+/// @throws what the source throws; std::bad_alloc
 [[nodiscard]] RingLayout FindRingLayout(ByteSource& source);
 
 /// Reads the write position from the header.
 /// @return nothing if the file does not begin with "0x", eight hexadecimal digits and a line end
+/// @throws what the source throws
 [[nodiscard]] std::optional<std::uint64_t> ReadHeader(ByteSource& source);
 
 } // namespace vqrx::client::v0

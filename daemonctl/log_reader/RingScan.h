@@ -39,7 +39,7 @@ namespace vqrx::client::v0 {
 /// @param source    any bytes, also of a file that is no ring
 /// @param onRecord  gets each record; date and text as the bytes of the file
 /// @return how much was handed out and how much was left out; the caller shows damage to the user
-/// @throws std::bad_alloc, and whatever onRecord throws
+/// @throws std::bad_alloc, and whatever the source and onRecord throw
 [[nodiscard]] ScanSummary ScanRing(ByteSource& source, const RecordCallback& onRecord);
 
 } // namespace vqrx::client::v0

@@ -17,7 +17,7 @@ using OpenSource = std::function<std::unique_ptr<ByteSource>()>;
 /// header is read before and after the file: if it has changed, the file is read again. If it has
 /// changed during 100 reads, the last read is returned, which can mix two moments.
 /// @return the bytes of the file; nothing if the file has more than 16 MiB
-/// @throws std::bad_alloc, and whatever open throws
+/// @throws std::bad_alloc, and whatever open and its source throw
 [[nodiscard]] std::optional<std::string> Snapshot(const OpenSource& open);
 
 } // namespace vqrx::client::v0

@@ -41,16 +41,18 @@ struct ImageFacts {
 
 /// Returns the id of the process that has started a process, which may have ended since.
 /// @return nothing if no process has this id
+/// @throws ProcessListUnreadable
 [[nodiscard]] std::optional<std::uint32_t> ParentOfProcess(std::uint32_t processId);
 
 /// Returns the running processes whose parent has the given id, except console hosts and processes
 /// that this user may not open; see ChildrenOfProcess().
-/// @throws as ReadProcessFacts()
+/// @throws ProcessListUnreadable; as ReadProcessFacts()
 [[nodiscard]] std::vector<ProcessFacts> RunningChildren(std::uint32_t parentId);
 
 /// Returns the ids of the processes that run a program file of this name, and whose parent has
 /// ended.
 /// @param fileName  without folder; letter case is ignored
+/// @throws ProcessListUnreadable; as ReadProcessFacts()
 [[nodiscard]] std::vector<std::uint32_t> OrphansOfImage(const std::wstring& fileName);
 
 } // namespace vqrx::client::v0

@@ -17,12 +17,12 @@ namespace vqrx::app::v0 {
 ///    manager.
 /// 2. It releases the program's own reference. If it was the last one, the manager is deleted now.
 /// 3. Otherwise a client's call still runs (a stop takes up to 62 seconds). The destructor waits
-///    until the call has ended, at most limitMs; the end of the call deletes the manager. Until
-///    then the supervision thread goes on: it restarts daemons and writes to the log.
-/// The deletion of the manager waits for the pass under way, without a limit.
+///    until the call has ended, at most limitMs, and then deletes the manager. Until then the
+///    supervision thread goes on: it restarts daemons and writes to the log.
 /// 4. If something still holds a reference after limitMs, the destructor forces the end of the
 ///    process, without the rest of the shutdown, because that holder may use the logger at any
 ///    time.
+/// The deletion of the manager waits for the pass under way, without a limit.
 class ManagerReference {
 public:
     /// Makes the manager; see DaemonManager's constructor for the first three parameters

@@ -9,9 +9,9 @@
 namespace vqrx::app::v0 {
 
 /// Makes the mark by which clients recognise that an object is one of this process, see
-/// ObjectOrigin.h. Everybody may read the owner of the mark, and that is the owner of what this
-/// process makes. Call the function after the security of COM is set, because it lets COM write the
-/// object's marshalled form.
+/// ObjectOrigin.h. The owner of the mark is the account that owns everything that this process
+/// makes. Every user may read this owner. Call the function after the security of COM is set,
+/// because it lets COM write the object's marshalled form.
 /// @param mark  receives the mark, which lasts as long as the handle; empty on failure
 /// @return S_OK, or the result of the call that failed
 [[nodiscard]] HRESULT MakeOriginMark(IUnknown* object,

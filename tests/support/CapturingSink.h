@@ -22,6 +22,7 @@ public:
         log::log_perf::v2::Timestamp timestamp{};
         std::string text;
     };
+    /// The longest wait of each function that waits. Only a failure reaches it.
     static constexpr std::chrono::seconds kDeadline{30};
 
     void Write(int level, const log::log_perf::v2::Timestamp* timestamp, const char* text) override

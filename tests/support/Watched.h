@@ -14,6 +14,7 @@ namespace vqrx::test {
 template <typename Value>
 class Watched {
 public:
+    /// The longest wait of WaitUntil. Only a failure reaches it.
     static constexpr std::chrono::seconds kDeadline{60};
 
     explicit Watched(Value value)
@@ -21,6 +22,7 @@ public:
     {
     }
 
+    /// Returns a copy of the present value. Any thread.
     [[nodiscard]] Value Get() const
     {
         const std::lock_guard lock(mutex_);

@@ -16,12 +16,18 @@ struct ObjectEvidence {
     std::wstring markOwner;
 };
 
-/// IdentifySupervisor, and then: whether an object is the one that the installed supervisor has
-/// published. It is if it has a mark whose owner is that of a process which runs the installed
-/// program as an expected user. If this user may not examine the supervisor, the owner must be an
-/// account that only Windows and administrators give, or the noted one. An object can show its mark
-/// only if COM carries its calls to the process that made the mark, so it does not matter when
-/// another program publishes an object.
+/// Finds out whether an object is the one that the installed supervisor has published. Calls
+/// IdentifySupervisor first. If that already finds a stranger, or finds no installed program, its
+/// result is returned, and the object does not count.
+/// The object is the supervisor's if it lies on this machine and has a mark, and one of these is
+/// true:
+/// - An expected user runs the installed program, and the owner of the mark is the owner that
+///   Windows gives to what that process makes (SupervisorProcess::ownerSid).
+/// - This user may not examine a process that may be the supervisor, and the owner of the mark is
+///   an account that only Windows and administrators give, or the noted account.
+/// - Windows did not list all processes.
+/// An object can show a mark only if COM carries its calls to the process that made the mark. So it
+/// does not matter when another program publishes an object.
 /// @param object  from the Running Object Table. No method of its interface is called. The thread
 ///                must have initialised COM.
 /// @throws std::bad_alloc

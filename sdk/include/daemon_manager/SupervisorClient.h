@@ -78,6 +78,8 @@ struct DaemonRequest {
 /// Paths and arguments are UTF-16; the supervisor converts them to its ANSI code page.
 /// Threads: any thread of the multithreaded apartment may use a connection that was made there. A
 /// connection made in a single-threaded apartment belongs to that thread.
+/// Time: a call returns when the supervisor has answered. There is no limit: a supervisor that
+/// hangs, or that waits for the firewall or for WMI, keeps its callers waiting.
 /// Errors: every method throws SupervisorError if the call fails, for example because the
 /// supervisor has ended, and std::bad_alloc.
 class SupervisorClient {
@@ -102,7 +104,9 @@ public:
                          ArgumentCheck check = ArgumentCheck::kRefuse);
 
     /// Ends the process of a daemon and removes the daemon. May take a minute.
-    /// @return false: the id is unknown, the daemon was attached, or Windows refused to end its
+    /// @return true: the daemon is removed, and its process has ended or is about to end. Only the
+    ///         process of an SNMP agent that has no window runs on.
+    ///         false: the id is unknown, the daemon was attached, or Windows refused to end its
     ///         process. In the last two cases the daemon is removed and its process runs on
     bool Stop(std::uint32_t daemonId);
 

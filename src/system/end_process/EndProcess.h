@@ -30,7 +30,8 @@ struct EndedProcess {
 
 /// Ends a process. Tries in this order:
 /// 1. SNMP agent: sends keystrokes each round. As soon as the agent has no window, returns success;
-///    its process may still run. An agent that never had a window gets no keystroke.
+///    its process may still run. So an agent that has no window from the start gets no keystroke
+///    and is not ended. After the last round the next steps follow.
 /// 2. A process with windows: sends WM_QUIT to the thread of each window and waits at most
 ///    quitWaitMs.
 /// 3. TerminateProcess, with exit code 0. It may return before the process is gone.

@@ -19,9 +19,8 @@ struct PerformanceCounters {
 
 /// All values of a value row.
 struct PerformanceFigures {
-    std::int64_t cpu = 0; ///< percent of all processors
-    std::int64_t totalCpu =
-        0; ///< percent of all processors that was not idle, of the whole machine
+    std::int64_t cpu = 0;      ///< share of all processors that the process used, percent
+    std::int64_t totalCpu = 0; ///< share of all processors that was not idle, percent
     PerformanceSample sample;
     PerformanceCounters counters;
     std::uint32_t numBufferFull = 0;                        ///< sum of the counts of all pins

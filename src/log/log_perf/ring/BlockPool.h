@@ -14,8 +14,8 @@ namespace vqrx::log::log_perf::v2 {
 /// have after its list of chunks could not grow (LogHistoryTest: "...without memory...").
 class BlockPool : public std::pmr::memory_resource {
 public:
-    static constexpr std::size_t kLargestBlock =
-        192; ///< bytes; larger objects get memory of their own
+    /// Bytes. A larger object gets memory of its own.
+    static constexpr std::size_t kLargestBlock = 192;
     static constexpr std::size_t kBlocksOfChunk = 256;
 
     /// Takes its memory from the default resource of that moment.

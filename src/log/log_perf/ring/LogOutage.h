@@ -10,7 +10,7 @@ namespace vqrx::log::log_perf::v2 {
 /// outage is to be reported: once when it begins, once when it is over. Pure; one thread.
 class LogOutage {
 public:
-    /// A record is about to be written. Until Written, it counts as lost.
+    /// Call it before each record is written. The record counts as lost until Written is called.
     void Begin() noexcept { ++lost_; }
 
     /// Number of records that were lost before the one that was begun last.
@@ -21,21 +21,24 @@ public:
     /// @throws std::bad_alloc
     [[nodiscard]] std::string NoteFor(const std::string& file) const;
 
-    /// The note is in the file.
+    /// Call it after the note (NoteFor) was written to the file.
     void Noted() noexcept;
 
-    /// The record that was begun last is in the file. If records before it were lost, the outage is
-    /// over.
+    /// Call it after the record that was begun last was written to the file. If records before it
+    /// were lost, the outage is over.
     void Written() noexcept;
 
-    /// The record that was begun last could not be written.
+    /// Call it if the record that was begun last could not be written. The outage begins, unless
+    /// one is under way.
     /// @param error  value of errno after the call that failed; 0 if unknown
     void Failed(int error) noexcept;
 
-    /// The beginning of the outage is known already: Failed does not report it.
+    /// Call it if somebody has reported the beginning of the outage. Failed then does not report
+    /// it.
     void BeginningIsKnown() noexcept { known_ = true; }
 
-    /// The file of the outage was kept, and a new one begun. @param path  for the report
+    /// Call it after the file of the outage was set aside, and a new one begun.
+    /// @param path  under which the file is kept; for the report
     void KeptAs(std::string path) noexcept;
 
     /// Returns the report that is due, and forgets it.
