@@ -90,13 +90,15 @@ std::string_view EachLine(std::string_view content, const Take& take)
 
 } // namespace
 
-RecordFolder::RecordFolder(const std::string& path, const RecordFolderLimits& limits)
+RecordFolder::RecordFolder(const std::string& path, const RecordFolderLimits& limits,
+                           std::uint32_t waitMs)
     : path_(path)
     , limits_(limits)
 {
     limits_.fileBytes = std::min(limits_.fileBytes, limits_.folderBytes);
     std::error_code error;
     fs::create_directories(PathOf(path), error);
+    lock_ = std::make_unique<RecorderLock>(path, waitMs);
     names_ = NamesIn(path);
     Continue();
 }
@@ -228,6 +230,16 @@ bool IsRecordFolder(const std::string& path)
 {
     std::error_code error;
     return fs::is_directory(PathOf(path), error);
+}
+
+std::vector<std::string> RecordFilesOf(const std::string& path)
+{
+    std::vector<std::string> files;
+    for (const std::string& name : NamesIn(path)) {
+        const std::u8string file = PathIn(path, name).u8string();
+        files.emplace_back(file.begin(), file.end());
+    }
+    return files;
 }
 
 ScanSummary ReadRecordFolder(const std::string& path, const RecordCallback& onRecord)

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "Record.h"
+#include "RecorderLock.h"
 #include "ScanSummary.h"
 
 #include <cstdint>
 #include <fstream>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,14 +24,18 @@ struct RecordFolderLimits {
 
 /// Writes records into a folder of files. Each file holds lines as the log has them, in UTF-8, and
 /// its name begins with a number that grows: "000012-2026-11-22T04-36-42.log". A line that begins
-/// with "#" is a remark. Not for use by several threads or programs at once.
+/// with "#" is a remark. Holds the RecorderLock of the folder. Not for use by several threads at
+/// once.
 class RecordFolder {
 public:
     /// Makes the folder, or continues an existing one. Removes the rest of a line that a power
     /// failure has torn.
-    /// @param path  UTF-8
-    /// @throws std::runtime_error if the folder cannot be made or read
-    RecordFolder(const std::string& path, const RecordFolderLimits& limits);
+    /// @param path    UTF-8
+    /// @param waitMs  the longest wait for another recorder to leave the folder, milliseconds
+    /// @throws std::runtime_error if the folder cannot be made or read, or if another recorder
+    ///         writes into it
+    RecordFolder(const std::string& path, const RecordFolderLimits& limits,
+                 std::uint32_t waitMs = kRecorderPatienceMs);
 
     /// Returns the record that was added last, also by an earlier program; nothing if there is
     /// none.
@@ -62,6 +68,7 @@ private:
 
     std::string path_;
     RecordFolderLimits limits_;
+    std::unique_ptr<RecorderLock> lock_; // taken before a file of the folder is read
     std::optional<Record> last_;
     std::vector<std::string> names_; // of the files, the oldest first
     std::ofstream file_;
@@ -71,6 +78,11 @@ private:
 
 /// Returns whether a path leads to a folder.
 [[nodiscard]] bool IsRecordFolder(const std::string& path);
+
+/// Returns the paths of the files of a folder that a RecordFolder reads, continues or removes, the
+/// oldest first. UTF-8.
+/// @throws std::runtime_error "... cannot be read: ..." if the folder cannot be read
+[[nodiscard]] std::vector<std::string> RecordFilesOf(const std::string& path);
 
 /// Reads all records of a folder that a RecordFolder has written, in the order of writing. A line
 /// without a line end, which a recorder may be writing, counts as torn. A file that a recorder

@@ -1,5 +1,6 @@
 #include "RecordFolder.h"
 
+#include "FileContent.h"
 #include "LogFile.h"
 #include "RingModel.h"
 #include "TempFolder.h"
@@ -239,6 +240,25 @@ TEST_F(RecordFolderTest, Disk_that_is_full_when_the_next_file_begins_is_an_error
     EXPECT_TRUE(hasFailed);
 }
 #endif
+
+TEST_F(RecordFolderTest, Second_recorder_is_refused_and_does_not_cut_the_line_of_the_first_one)
+{
+    Keep({Numbered(1)});
+    RecordFolder first(path_, {});
+    std::ofstream(std::filesystem::path(path_) / Names()[0], std::ios::binary | std::ios::app)
+        << "2;Sun Nov"; // as if the first one were writing
+    EXPECT_THROW(RecordFolder(path_, {}, 0), std::runtime_error);
+    EXPECT_EQ(ReadText(std::filesystem::path(path_) / Names()[0]),
+              LineOf(Numbered(1)) + "\n2;Sun Nov");
+}
+
+TEST_F(RecordFolderTest, Files_of_a_folder_are_those_of_its_records)
+{
+    Keep({Numbered(1)});
+    const std::filesystem::path file = std::filesystem::path(path_) / Names()[0];
+    std::ofstream(std::filesystem::path(path_) / "notes.log") << "mine";
+    EXPECT_THAT(RecordFilesOf(path_), ElementsAre(file.string()));
+}
 
 TEST_F(RecordFolderTest, Remarks_are_no_records_and_no_damage)
 {

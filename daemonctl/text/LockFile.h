@@ -2,6 +2,7 @@
 
 #include "win32/UniqueHandle.h"
 
+#include <cstdint>
 #include <string>
 
 namespace vqrx::client::v0 {
@@ -15,5 +16,13 @@ namespace vqrx::client::v0 {
 ///         has no right to it, or if Windows is just deleting it
 /// @throws std::bad_alloc
 [[nodiscard]] system::win32::v1::UniqueKernelHandle OpenLockFile(const std::string& path);
+
+/// Opens a file as OpenLockFile() does. While another program holds it, or Windows refuses access
+/// to it, tries again for at most `limitMs` milliseconds: a program that was terminated may not be
+/// gone yet.
+/// @return no handle if the file cannot be opened until then; see GetLastError()
+/// @throws std::bad_alloc
+[[nodiscard]] system::win32::v1::UniqueKernelHandle OpenLockFileWithin(const std::string& path,
+                                                                       std::uint32_t limitMs);
 
 } // namespace vqrx::client::v0
