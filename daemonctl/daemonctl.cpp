@@ -1,3 +1,4 @@
+#include "AdministratorTrust.h"
 #include "Commands.h"
 #include "DaemonArguments.h"
 #include "ExitCode.h"
@@ -49,7 +50,7 @@ int Run()
     AddReportCommand(app, exitCode, DefaultLogPath, StateOfSupervisor);
     AddMetricsCommand(app, exitCode);
     AddWatchCommand(app, exitCode);
-    AddRecordCommand(app, exitCode, DefaultLogPath);
+    AddRecordCommand(app, exitCode, DefaultLogPath, CanRecordInto);
     AddDoctorCommand(app, exitCode);
     AddRightsCommand(app, exitCode);
     AddAutostartCommand(app, exitCode);

@@ -19,6 +19,9 @@ using LogPath = std::function<std::string()>;
 /// Returns whether the supervisor of this machine runs.
 using SupervisorNow = std::function<SupervisorState()>;
 
+/// Returns whether record may write into a folder, UTF-8; prints the reason if not.
+using FolderTrust = std::function<bool(const std::string& folder)>;
+
 /// Adds launch, attach and detach.
 /// @param daemonArguments  the arguments that launch and attach pass on to the daemon; app does not
 ///                         parse them, it only shows them in the help
@@ -72,8 +75,10 @@ void AddReportCommand(const CommandDefinition& app, int& exitCode, const LogPath
                       const SupervisorNow& supervisor = {});
 
 /// Adds record, which records the log into a folder of files.
-/// @param path  empty: the operator must name the log file
-void AddRecordCommand(const CommandDefinition& app, int& exitCode, const LogPath& path);
+/// @param path   empty: the operator must name the log file
+/// @param trust  asked once, unless the operator gives --trust; empty: every folder will do
+void AddRecordCommand(const CommandDefinition& app, int& exitCode, const LogPath& path,
+                      const FolderTrust& trust = {});
 
 /// Adds watch, which calls a program when there is trouble.
 void AddWatchCommand(const CommandDefinition& app, int& exitCode);

@@ -26,6 +26,7 @@ struct RecordArguments : LogOptions {
     std::uint32_t fileHours = 24;
     std::uint32_t folderMebibytes = 1024;
     bool once = false;
+    bool trust = false;
 };
 
 std::string DescribeGap(const NewRecords& found)
@@ -107,7 +108,8 @@ int RecordLog(const RecordArguments& arguments, const std::string& path)
 
 } // namespace
 
-void AddRecordCommand(const CommandDefinition& app, int& exitCode, const LogPath& path)
+void AddRecordCommand(const CommandDefinition& app, int& exitCode, const LogPath& path,
+                      const FolderTrust& trust)
 {
     const auto arguments = std::make_shared<RecordArguments>();
     const CommandDefinition command = app.Command(
@@ -136,6 +138,10 @@ void AddRecordCommand(const CommandDefinition& app, int& exitCode, const LogPath
         .Between(1U, 1048576U);
     command.Flag("--once", arguments->once,
                  "Record what the log holds now, and end; for a scheduled task");
+    if (trust) {
+        command.Flag("--trust", arguments->trust,
+                     "Record into a folder although others than administrators may change it");
+    }
     const std::string program = app.Name();
     command.Footer(
         "Examples:\n"
@@ -147,9 +153,17 @@ void AddRecordCommand(const CommandDefinition& app, int& exitCode, const LogPath
         " log --file D:\\evidence --program video.exe\n"
         "The command continues where it ended, without a gap or a repetition. If the log has\n"
         "overwritten records meanwhile, a line in the files and on standard error says how many.\n"
-        "log, report and ps --log read the folder in place of the log.\n"
-        "Exit code 4: the folder cannot be written; 5: the log cannot be read (with --once).");
-    command.OnChosen([&exitCode, arguments, path] {
+        "log, report and ps --log read the folder in place of the log.\n" +
+        (trust ? "An administrator's record makes a missing folder for administrators alone, and\n"
+                 "refuses a folder or a file in it that others may change (--trust).\n"
+               : "") +
+        "Exit code 4: the folder cannot be written, or another recorder writes into it" +
+        (trust ? ", or others\nmay change it" : "") + "; 5: the log cannot be read (with --once).");
+    command.OnChosen([&exitCode, arguments, path, trust] {
+        if (trust && !arguments->trust && !trust(arguments->output)) {
+            exitCode = kRefused;
+            return;
+        }
         exitCode = WithLogFile(
             *arguments, path, [&](const std::string& file) { return RecordLog(*arguments, file); });
     });

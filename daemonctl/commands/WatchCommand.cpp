@@ -1,5 +1,6 @@
 #include "Commands.h"
 
+#include "AdministratorTrust.h"
 #include "CalledProgram.h"
 #include "EventLog.h"
 #include "ExitCode.h"
@@ -34,6 +35,7 @@ constexpr std::size_t kMostTroublesToTell = 1000; // while a call is not due yet
 struct WatchOptions {
     std::string program; // empty: call none
     bool eventLog = false;
+    bool trust = false;
     std::uint32_t everySeconds = 60;
     std::uint32_t downSeconds = 30;
     std::uint32_t timeoutSeconds = 30;
@@ -205,6 +207,8 @@ void AddWatchCommand(const CommandDefinition& app, int& exitCode)
         .Word("PROGRAM");
     command.Flag("--event-log", options->eventLog,
                  "Write each change to Windows' event log, source DaemonManager");
+    command.Flag("--trust", options->trust,
+                 "Call the program although others than administrators may change it");
     command
         .Option("--every", options->everySeconds,
                 "Call at most once in this many seconds; default: 60")
@@ -226,12 +230,16 @@ void AddWatchCommand(const CommandDefinition& app, int& exitCode)
         "The program gets the first change in its environment (DAEMONMANAGER_EVENT,\n"
         "DAEMONMANAGER_TEXT, DAEMONMANAGER_DAEMON_ID, DAEMONMANAGER_COMMAND), their number in\n"
         "DAEMONMANAGER_EVENTS, and all of them as JSON on its standard input. Calls never overlap.\n"
-        "The command runs until Ctrl+C and also prints each change.");
+        "The command runs until Ctrl+C and also prints each change.\n"
+        "The program has the rights of the command. So an administrator's watch refuses a program\n"
+        "that others may change (--trust). Exit code 4: it was refused.");
     command.OnChosen([&exitCode, options] {
         if (options->program.empty() && !options->eventLog) {
             ThrowMissing("--exec PROGRAM or --event-log");
         }
-        exitCode = WatchForTrouble(*options);
+        const bool isRefused =
+            !options->program.empty() && !options->trust && !CanCall(options->program);
+        exitCode = isRefused ? static_cast<int>(kRefused) : WatchForTrouble(*options);
     });
 }
 

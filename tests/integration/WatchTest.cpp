@@ -2,10 +2,13 @@
 #include "CapturedProgram.h"
 #include "ChildProcess.h"
 #include "Daemonctl.h"
+#include "OpenToAll.h"
 #include "SupervisorProcess.h"
+#include "TempFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -16,8 +19,9 @@ constexpr const char* kLost = "the supervisor does not run, or does not answer\n
 
 std::string WatchForTrouble()
 {
-    return '"' + ProductProgram("daemonctl.exe") + "\" watch --every 1 --timeout 2 --exec \"" +
-           TestProgram("no_windows") + '"'; // a program that hangs
+    return '"' + ProductProgram("daemonctl.exe") +
+           "\" watch --trust --every 1 --timeout 2 --exec \"" + TestProgram("no_windows") +
+           '"'; // a program that hangs
 }
 
 TEST(Watch, A_supervisor_whose_log_cannot_be_read_is_not_lost)
@@ -52,6 +56,29 @@ TEST(Watch, A_supervisor_that_hangs_is_told_and_a_call_that_hangs_meanwhile_is_e
     })) << watch.Error();
     supervisor.Process().Kill(); // or the end of this test would wait for its answer
     EXPECT_TRUE(supervisor.Process().Wait());
+}
+
+TEST(Watch, A_program_that_others_may_change_or_put_a_library_beside_is_refused)
+{
+    const TempFolder folder;
+    const std::string place = folder.File("place");
+    const std::string program = place + "\\call.exe";
+    std::filesystem::create_directory(place);
+    std::filesystem::copy_file(TestProgram("no_windows"), program);
+    OpenToAll(program);
+    const Answer answer = Daemonctl("watch --exec " + program);
+    EXPECT_EQ(answer.exitCode, 4U);
+    EXPECT_EQ(answer.output, "");
+    EXPECT_NE(answer.error.find("may write to " + program + "\ndaemonctl: the watch did not begin"),
+              std::string::npos)
+        << answer;
+    std::filesystem::remove(program);
+    EXPECT_EQ(Daemonctl("watch --exec " + program).exitCode, 4U); // nobody knows who will make it
+    std::filesystem::copy_file(TestProgram("no_windows"), program);
+    OpenToAll(place);
+    const Answer beside = Daemonctl("watch --exec " + program);
+    EXPECT_EQ(beside.exitCode, 4U);
+    EXPECT_NE(beside.error.find("may write to " + place + "\n"), std::string::npos) << beside;
 }
 
 } // namespace

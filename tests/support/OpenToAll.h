@@ -30,4 +30,22 @@ inline void OpenToAll(const std::string& path)
                                         nullptr, nullptr, list, nullptr));
 }
 
+/// Returns the access list of a file or a folder in Windows' text form; "WD" is everybody.
+inline std::string AccessListOf(const std::string& path)
+{
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    char* text = nullptr;
+    std::string name = path;
+    if (GetNamedSecurityInfoA(name.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
+                              nullptr, nullptr, nullptr, &descriptor) != 0 ||
+        ConvertSecurityDescriptorToStringSecurityDescriptorA(
+            descriptor, SDDL_REVISION_1, DACL_SECURITY_INFORMATION, &text, nullptr) == FALSE) {
+        LocalFree(descriptor);
+        return "cannot be read;;;WD)";
+    }
+    const system::win32::v1::UniqueLocalMemory<void> owner(descriptor);
+    const system::win32::v1::UniqueLocalMemory<char> textOwner(text);
+    return text;
+}
+
 } // namespace vqrx::test

@@ -26,7 +26,7 @@ protected:
     {
         CLI::App app("test", "daemonctl");
         int exitCode = 0;
-        client::v0::AddRecordCommand(app, exitCode, {});
+        client::v0::AddRecordCommand(app, exitCode, {}, trust_);
         client::v0::AddLogCommand(app, exitCode, {});
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
@@ -53,6 +53,7 @@ protected:
     TempFolder folder_;
     const std::string log_ = folder_.File("DaemonManager.log");
     const std::string records_ = folder_.File("records");
+    client::v0::FolderTrust trust_; // empty: as on another system
     std::string output_;
     std::string errors_;
 };
@@ -145,6 +146,23 @@ TEST_F(RecordCommand, log_does_not_follow_a_folder_and_names_the_command_that_fo
     EXPECT_EQ(errors_, "daemonctl: " + records_ +
                            " is a folder, which cannot be followed\n"
                            "  To follow the log: daemonctl log --follow\n");
+}
+
+TEST_F(RecordCommand, touches_no_folder_that_is_not_trusted_unless_it_is_told_to)
+{
+    std::vector<std::string> asked;
+    trust_ = [&asked](const std::string& folder) {
+        asked.push_back(folder);
+        return false;
+    };
+    Save(RingModel());
+    EXPECT_EQ(RecordOnce(), 4);
+    EXPECT_EQ(asked, std::vector<std::string>{records_});
+    EXPECT_FALSE(std::filesystem::exists(records_));
+    EXPECT_EQ(Run("record --trust --once --file \"" + log_ + "\" --output \"" + records_ + "\""),
+              0);
+    EXPECT_EQ(asked.size(), 1U);
+    EXPECT_TRUE(std::filesystem::exists(records_));
 }
 
 TEST_F(RecordCommand, reports_a_log_that_cannot_be_read_and_a_folder_that_cannot_be_made)

@@ -1,0 +1,140 @@
+#include "AdministratorTrust.h"
+
+#include "ObjectRights.h"
+#include "Printable.h"
+#include "ProtectedObjects.h"
+#include "RecordFolder.h"
+#include "TrustedSources.h"
+#include "Utf8.h"
+#include "win32/UniqueHandle.h"
+
+#include <windows.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <iostream>
+#include <iterator>
+#include <stdexcept>
+#include <vector>
+
+namespace vqrx::client::v0 {
+namespace {
+
+using system::win32::v1::UniqueKernelHandle;
+
+bool Exists(const std::string& path)
+{
+    return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+void Append(std::vector<std::string>& found, std::vector<std::string> more)
+{
+    found.insert(found.end(), std::make_move_iterator(more.begin()),
+                 std::make_move_iterator(more.end()));
+}
+
+// Makes a folder and those above it that are missing, if the one in which they are made is sound.
+// @return why it is not
+std::vector<std::string> MakeMissing(const std::string& folder, const TrustedSids& trusted)
+{
+    const std::vector<std::string> way = WayTo(folder);
+    std::size_t missing = 0;
+    while (missing < way.size() && !Exists(way[missing])) {
+        ++missing;
+    }
+    if (missing == 0 || missing == way.size()) {
+        return {}; // there is nothing to make, or no drive to make it on
+    }
+    std::vector<std::string> found = WeaknessesOfParentPath(way[missing], trusted);
+    while (found.empty() && missing != 0) {
+        const std::string& path = way[--missing];
+        const std::uint32_t error = MakeProtectedFolder(path, FolderUse::kLogs, {});
+        if (error != 0 && error != ERROR_ALREADY_EXISTS) {
+            throw std::runtime_error(path + " cannot be made (Windows error " +
+                                     std::to_string(error) + ")");
+        }
+    }
+    return found;
+}
+
+// Somebody who could write to the folder before may have put a second name of another file there.
+bool HasFurtherName(const std::string& file)
+{
+    const UniqueKernelHandle handle(
+        CreateFileW(Wide(file).c_str(), FILE_READ_ATTRIBUTES,
+                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                    FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    BY_HANDLE_FILE_INFORMATION information{};
+    return GetFileInformationByHandle(handle.Get(), &information) != FALSE &&
+           information.nNumberOfLinks > 1;
+}
+
+std::vector<std::string> WeaknessesOfRecordFile(const std::string& file, const TrustedSids& trusted)
+{
+    std::vector<std::string> found = Weaknesses(ReadRights(file), trusted);
+    if (HasFurtherName(file)) {
+        found.push_back(file + " also has another name (a hard link)");
+    }
+    return found;
+}
+
+// Also looks for those who may put a library beside the program.
+std::vector<std::string> WeaknessesOfProgram(const std::string& program, const TrustedSids& trusted)
+{
+    const std::vector<std::string> way = WayTo(program);
+    if (way.size() < 2) {
+        return WeaknessesOfPath(program, trusted);
+    }
+    std::vector<std::string> found = Weaknesses(ReadRights(program), trusted);
+    Append(found, WeaknessesOfPath(way[1], trusted));
+    return found;
+}
+
+bool PrintReasons(const std::vector<std::string>& weaknesses, const std::string& advice)
+{
+    for (const std::string& weakness : weaknesses) {
+        std::cerr << "daemonctl: " << Printable(weakness) << std::endl;
+    }
+    if (!weaknesses.empty()) {
+        std::cerr << "daemonctl: " << advice << std::endl;
+    }
+    return weaknesses.empty();
+}
+
+} // namespace
+
+bool CanRecordInto(const std::string& folder)
+{
+    if (!IsElevated()) {
+        return true;
+    }
+    const TrustedSids trusted = TrustedAdministrators();
+    std::vector<std::string> found = MakeMissing(folder, trusted);
+    if (found.empty()) {
+        found = WeaknessesOfPath(folder, trusted);
+    }
+    if (IsRecordFolder(folder)) { // the recorder reports anything else
+        for (const std::string& file : RecordFilesOf(folder)) {
+            Append(found, WeaknessesOfRecordFile(file, trusted));
+        }
+    }
+    return PrintReasons(
+        found,
+        "nothing was recorded: others than administrators may change what is recorded there\n"
+        "  To see who may change a folder: daemonctl rights FOLDER. To record there all the "
+        "same: daemonctl record --trust");
+}
+
+bool CanCall(const std::string& program)
+{
+    if (!IsElevated()) {
+        return true;
+    }
+    return PrintReasons(
+        WeaknessesOfProgram(program, TrustedAdministrators()),
+        "the watch did not begin: others than administrators may change the program that it calls\n"
+        "  To see who may change a file: daemonctl rights FILE. To call the program all the same: "
+        "daemonctl watch --trust");
+}
+
+} // namespace vqrx::client::v0
