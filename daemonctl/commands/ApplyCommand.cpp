@@ -103,13 +103,15 @@ void AddApplyCommand(const CommandDefinition& app, int& exitCode)
         "Exit code 0: everything in the file is registered; 1: --dry-run, and something is to be\n"
         "done; 2: the file cannot be read or has a fault; 4: something failed.");
     command.OnChosen([&exitCode, arguments] {
-        const ExpectFile fleet = ReadFleetFile(arguments->file);
-        if (!PrintErrors(arguments->file, fleet.errors)) {
-            exitCode = kWrongUsage;
+        const bool isThere = IsThere(arguments->file);
+        if (isThere && !arguments->trust && !arguments->options.dryRun &&
+            !CanBelieveFleet(arguments->file)) {
+            exitCode = kRefused;
             return;
         }
-        if (!arguments->trust && !arguments->options.dryRun && !CanBelieveFleet(arguments->file)) {
-            exitCode = kRefused;
+        const ExpectFile fleet = ReadFleetFile(arguments->file);
+        if (!PrintErrors(arguments->file, fleet.errors) || !isThere) {
+            exitCode = kWrongUsage;
             return;
         }
         exitCode = WithSupervisorAndLog(

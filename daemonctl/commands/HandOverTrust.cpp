@@ -27,10 +27,8 @@ bool AreSound(const std::vector<std::string>& files)
 {
     bool sound = true;
     for (const std::string& file : files) {
-        if (file.empty() || GetFileAttributesW(Wide(file).c_str()) == INVALID_FILE_ATTRIBUTES) {
-            continue; // whoever reads the file reports that
-        }
-        for (const std::string& weakness : WeaknessesOfSource(file)) {
+        for (const std::string& weakness :
+             file.empty() ? std::vector<std::string>() : WeaknessesOfSource(file)) {
             std::cerr << "daemonctl: " << Printable(weakness) << std::endl;
             sound = false;
         }
@@ -40,14 +38,14 @@ bool AreSound(const std::vector<std::string>& files)
 
 } // namespace
 
+bool IsThere(const std::string& file)
+{
+    return GetFileAttributesW(Wide(file).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
 bool CanBelieve(const std::vector<std::string>& files)
 {
-    if (!IsElevated()) {
-        return true;
-    }
-    std::vector<std::string> sources{DefaultLogPath()};
-    sources.insert(sources.end(), files.begin(), files.end());
-    if (AreSound(sources)) {
+    if (!IsElevated() || AreSound(files)) {
         return true;
     }
     std::cerr

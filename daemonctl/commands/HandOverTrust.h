@@ -10,12 +10,17 @@ namespace vqrx::client::v0 {
 // The supervisor starts programs with its own rights. So an administrator must neither attach nor
 // launch what somebody with lesser rights has chosen.
 
-/// Returns whether this process may believe the log and other files. A process without the full
-/// rights of an administrator may: it can hand nobody more rights than he has. Otherwise prints on
-/// standard error who else may have written them.
-/// @param files  paths of the listing, of a former log and of a fleet file, UTF-8; an empty path is
-///               none
-/// @throws std::runtime_error if the registry does not name the firmware root
+// A file is checked first and read afterwards, and a file that was missing then is not read.
+// Otherwise somebody could replace the file that was read by a sound one, or make it after the
+// check.
+
+/// Returns whether a file or a folder exists. @param file  UTF-8
+[[nodiscard]] bool IsThere(const std::string& file);
+
+/// Returns whether this process may believe files. A process without the full rights of an
+/// administrator may: it can hand nobody more rights than he has. Otherwise prints on standard
+/// error who else may have written them.
+/// @param files  paths of logs, of a listing or of a fleet file, UTF-8; an empty path is none
 [[nodiscard]] bool CanBelieve(const std::vector<std::string>& files);
 
 /// Returns whether this process may launch what a fleet file names, as CanBelieve().

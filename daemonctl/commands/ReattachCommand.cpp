@@ -5,6 +5,7 @@
 #include "ExitCode.h"
 #include "HandOver.h"
 #include "HandOverTrust.h"
+#include "InstalledPaths.h"
 #include "PrintText.h"
 #include "Printable.h"
 #include "ShutdownProgress.h"
@@ -110,7 +111,9 @@ bool PrintDamagedLogs(const HandOverCount& count, const ReattachOptions& options
 int Reattach(SupervisorClient& supervisor, const ReattachOptions& options,
              const HandOverOptions& handOver)
 {
-    if (!options.trust && !CanBelieve({options.from, options.formerLog, options.fleet})) {
+    std::vector<std::string> logs{DefaultLogPath(), options.formerLog};
+    std::erase_if(logs, [](const std::string& log) { return !IsThere(log); }); // the reader says so
+    if (!options.trust && !CanBelieve(logs)) {
         return kRefused;
     }
     if (!options.noWait && !WaitForFormerSupervisor(options)) {
@@ -180,7 +183,13 @@ void AddReattachCommand(const CommandDefinition& app, int& exitCode)
         if (!options->outside && !options->dryRun) {
             handOver.review = AskAboutOutside;
         }
-        if (!ReadFiles(*options, handOver)) {
+        const bool areThere = (options->from.empty() || IsThere(options->from)) &&
+                              (options->fleet.empty() || IsThere(options->fleet));
+        if (areThere && !options->trust && !CanBelieve({options->from, options->fleet})) {
+            exitCode = kRefused;
+            return;
+        }
+        if (!ReadFiles(*options, handOver) || !areThere) {
             exitCode = kWrongUsage;
             return;
         }

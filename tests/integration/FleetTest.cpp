@@ -56,6 +56,15 @@ TEST_F(Fleet, Apply_refuses_a_file_that_others_may_write)
     EXPECT_NE(supervisor_.WaitForStart(0), 0U);
 }
 
+// Otherwise somebody could replace the file that was read by one that is sound.
+TEST_F(Fleet, Apply_checks_a_file_before_it_reads_the_file)
+{
+    const std::string file = File("\"x\r\n");
+    EXPECT_EQ(Daemonctl("apply " + file).exitCode, 2U);
+    OpenToAll(file);
+    EXPECT_EQ(Daemonctl("apply " + file).exitCode, 4U);
+}
+
 TEST_F(Fleet, Apply_launches_what_is_missing_and_a_second_apply_changes_nothing)
 {
     EXPECT_EQ(Daemonctl("launch \"" + worker_ + "\" 1").exitCode, 0U);

@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 
@@ -124,6 +125,19 @@ TEST_F(HandOverTrust, A_listing_that_others_may_write_is_not_believed)
     EXPECT_EQ(answer.exitCode, 4U);
     EXPECT_NE(answer.error.find("may write to " + listing + "\n"), std::string::npos) << answer;
     EXPECT_EQ(Daemonctl("reattach --outside --trust --from " + listing).exitCode, 0U);
+}
+
+// Otherwise somebody could replace the listing that was read by one that is sound.
+TEST_F(HandOverTrust, A_listing_is_checked_before_it_is_read)
+{
+    const std::string listing = former_.Root() + "\\before.json";
+    std::ofstream(listing) << "no listing";
+    EXPECT_EQ(Daemonctl("reattach --from " + listing).exitCode, 2U);
+    OpenToAll(listing);
+    const Answer answer = Daemonctl("reattach --from " + listing);
+    EXPECT_EQ(answer.exitCode, 4U) << answer;
+    EXPECT_NE(answer.error.find("may write to " + listing + "\n"), std::string::npos) << answer;
+    EXPECT_EQ(Daemonctl("reattach --from C:\\no\\such.json").exitCode, 2U);
 }
 
 TEST_F(HandOverTrust, A_listing_of_ps_output_is_new_and_believed)
