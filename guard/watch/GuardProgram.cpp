@@ -2,8 +2,10 @@
 
 #include "Autostart.h"
 #include "GuardLog.h"
+#include "ProtectedObjects.h"
 #include "SingleGuard.h"
 #include "TextEncoding.h"
+#include "TrustedSources.h"
 #include "Watch.h"
 #include "com/ClientApartment.h"
 #include "daemon_manager/SupervisorIdentity.h"
@@ -39,6 +41,19 @@ WatchSettings SettingsOf(const GuardArguments& arguments, const std::string& roo
     return settings;
 }
 
+// Makes the folder unless it exists. A guard with the rights of an administrator lets nobody else
+// in: it believes the log, and writes a log, a lock and dumps there.
+// @param folder  in the ANSI code page
+void MakeLogFolder(const std::string& folder)
+{
+    if (client::v0::IsElevated()) {
+        static_cast<void>(
+            client::v0::MakeProtectedFolder(AnsiToUtf8(folder), client::v0::FolderUse::kLogs, {}));
+    } else {
+        CreateDirectoryA(folder.c_str(), nullptr);
+    }
+}
+
 } // namespace
 
 void RunGuard(const GuardArguments& arguments, HANDLE stop, const std::function<void()>& onReady,
@@ -48,7 +63,7 @@ void RunGuard(const GuardArguments& arguments, HANDLE stop, const std::function<
     if (!installation::TryGetFirmwareRoot(root)) {
         throw std::runtime_error("the registry does not name the firmware root");
     }
-    CreateDirectoryA(installation::LogFolder(root).c_str(), nullptr); // it may exist already
+    MakeLogFolder(installation::LogFolder(root));
     const SingleGuard single(installation::GuardLockFile(root), kFormerGuardMs);
     const auto log = std::make_shared<GuardLog>(installation::GuardLogFile(root));
     const system::com::v1::ClientApartment apartment;

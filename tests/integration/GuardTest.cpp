@@ -252,6 +252,14 @@ TEST_F(Guard, Fleet_file_that_others_may_write_launches_nothing_unless_the_guard
               "");
 }
 
+TEST_F(Guard, Folder_of_the_logs_that_the_guard_makes_is_for_administrators_alone)
+{
+    machine_.StartGuard();
+    ASSERT_TRUE(machine_.WaitForTakeOver());
+    const std::string list = AccessListOf(machine_.Root() + "\\Logs");
+    EXPECT_EQ(list.find(";;;WD)"), std::string::npos) << list;
+}
+
 TEST_F(Guard, Empty_and_missing_fleet_files_are_reported_and_the_supervisor_runs)
 {
     machine_.WriteFleet("");
