@@ -50,6 +50,15 @@ class Rights(InstallationTest):
         self.install_below_root("/ALLOWWEAK")
         self.assertEqual(self.everybody(self.ROOT + r"\App"), 7)  # is left as it was
 
+    def test_a_guard_believes_what_others_may_change_only_if_it_was_set_up_with_ALLOWWEAK(self):
+        run_key = r"HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Run"
+        self.install_below_root("/NOSTART", "/AUTOSTART=session")
+        guard = f'"{self.folder}\\DaemonGuard.exe" --session'
+        self.assertEqual(machine.value(run_key, "DaemonGuard"), guard)
+        self.make(self.ROOT + r"\App", 0o777)
+        self.install_below_root("/NOSTART", "/AUTOSTART=session", "/ALLOWWEAK")
+        self.assertEqual(machine.value(run_key, "DaemonGuard"), f"{guard} --trust")
+
     def test_a_prepared_folder_of_the_programs_is_refused(self):
         self.make(self.folder, 0o777)
         self.assertEqual(self.install(f"/ROOT={self.ROOT}"), 2)
