@@ -1,5 +1,6 @@
 #include "FleetSource.h"
 
+#include "FilePresence.h"
 #include "LetterCase.h"
 #include "ProcessFacts.h"
 #include "ProcessList.h"
@@ -7,8 +8,6 @@
 #include "Utf8.h"
 #include "WindowsService.h"
 #include "daemon_manager/ArgumentRules.h"
-
-#include <windows.h>
 
 #include <cstdint>
 #include <string>
@@ -37,12 +36,6 @@ std::vector<UnwatchedProgram> OrphansOf(const std::string& fileName,
     return orphans;
 }
 
-bool FileExists(const std::string& path)
-{
-    const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
-}
-
 std::string ReasonToRefuseLine(const std::string& path, const std::vector<std::string>& arguments)
 {
     return daemon_manager::ReasonToRefuse(Wide(path), Wide(arguments));
@@ -56,7 +49,7 @@ FleetSource FleetSourceOfThisMachine(const std::vector<std::uint32_t>& unwatched
     FleetSource source;
     source.appFolder = processes.appFolder;
     source.sameFile = processes.sameFile;
-    source.fileExists = FileExists;
+    source.fileExists = IsFile;
     source.serviceExists = ServiceExists;
     source.orphansOf = [unwatched](const std::string& fileName) {
         return OrphansOf(fileName, unwatched);

@@ -1,5 +1,6 @@
 #include "ThisMachine.h"
 
+#include "FilePresence.h"
 #include "InstalledPaths.h"
 #include "LogFile.h"
 #include "ProcessFacts.h"
@@ -7,10 +8,7 @@
 #include "SupervisorProcesses.h"
 #include "TimeText.h"
 #include "TimelineBuilder.h"
-#include "Utf8.h"
 #include "ring_format/DamagedRing.h"
-
-#include <windows.h>
 
 #include <iterator>
 #include <stdexcept>
@@ -48,9 +46,7 @@ std::vector<std::string> DamagedLogs()
     try {
         std::vector<std::string> found;
         for (const std::string& log : system::ring_format::v1::DamagedRingsOf(DefaultLogPath())) {
-            const DWORD attributes = GetFileAttributesW(Wide(log).c_str());
-            if (attributes != INVALID_FILE_ATTRIBUTES &&
-                (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+            if (IsFile(log)) {
                 found.push_back(log);
             }
         }

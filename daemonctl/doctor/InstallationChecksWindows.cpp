@@ -1,5 +1,6 @@
 #include "InstallationChecks.h"
 
+#include "FilePresence.h"
 #include "TextEncoding.h"
 #include "installation/FirmwareRoot.h"
 #include "installation/InstallationPaths.h"
@@ -45,13 +46,6 @@ FolderFacts LookAtFolder(const std::string& path, DWORD access)
     return facts;
 }
 
-// A folder of that name is no log.
-bool IsFile(const std::string& path)
-{
-    const DWORD attributes = GetFileAttributesA(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
-}
-
 // Opens a file for writing and closes it again. @return the Windows error, 0 for none
 std::uint32_t ErrorOfWriting(const std::string& path)
 {
@@ -82,9 +76,9 @@ InstallationFacts GatherInstallationFacts()
     const std::string logFile = installation::LogFile(root);
     facts.logFile = AnsiToUtf8(logFile);
     facts.logFileError = ErrorOfWriting(logFile);
-    for (const std::string& damagedLog : system::ring_format::v1::DamagedRingsOf(logFile)) {
-        if (IsFile(damagedLog)) {
-            facts.damagedLogs.push_back(AnsiToUtf8(damagedLog));
+    for (const std::string& damaged : system::ring_format::v1::DamagedRingsOf(facts.logFile)) {
+        if (IsFile(damaged)) { // a folder of that name is no log
+            facts.damagedLogs.push_back(damaged);
         }
     }
     ULARGE_INTEGER free{};

@@ -63,11 +63,25 @@ private:
     std::vector<std::string> remedies_;
 };
 
+// @param objects  how many objects were looked at, and what they are
+// @param heading  stands above the remedies
+Finding FindingAbout(const char* check, const std::string& objects, const WeakObjects& weak,
+                     const char* heading)
+{
+    if (weak.Count() == 0) {
+        return Ok(check, "only administrators can change the " + objects +
+                             " on which the supervisor relies");
+    }
+    return Warning(check,
+                   "others than administrators can change " + std::to_string(weak.Count()) +
+                       " of " + objects + " on which the supervisor relies" + weak.Text(),
+                   weak.Remedy(heading));
+}
+
 } // namespace
 
 Finding JudgeFileRights(const RightsFacts& facts)
 {
-    constexpr const char* check = "file-rights";
     WeakObjects weak;
     std::size_t there = 0;
     for (const PlaceFacts& place : facts.places) {
@@ -85,20 +99,12 @@ Finding JudgeFileRights(const RightsFacts& facts)
         weak.Add({path + " lies on a network, or is no path: its rights prove nothing"},
                  {"Use programs on a drive of this machine."});
     }
-    const std::string places = std::to_string(there) + " files and folders";
-    if (weak.Count() == 0) {
-        return Ok(check, "only administrators can change the " + places +
-                             " on which the supervisor relies");
-    }
-    return Warning(check,
-                   "others than administrators can change " + std::to_string(weak.Count()) +
-                       " of " + places + " on which the supervisor relies" + weak.Text(),
-                   weak.Remedy("As administrator, in this order:"));
+    return FindingAbout("file-rights", std::to_string(there) + " files and folders", weak,
+                        "As administrator, in this order:");
 }
 
 Finding JudgeKeyRights(const RightsFacts& facts)
 {
-    constexpr const char* check = "key-rights";
     WeakObjects weak;
     std::size_t there = 0;
     for (const ObjectRights& key : facts.keys) {
@@ -108,15 +114,8 @@ Finding JudgeKeyRights(const RightsFacts& facts)
         ++there;
         weak.Add(Weaknesses(key, facts.administrators), RemediesForKey(key));
     }
-    const std::string keys = std::to_string(there) + " registry keys";
-    if (weak.Count() == 0) {
-        return Ok(check,
-                  "only administrators can change the " + keys + " on which the supervisor relies");
-    }
-    return Warning(check,
-                   "others than administrators can change " + std::to_string(weak.Count()) +
-                       " of " + keys + " on which the supervisor relies" + weak.Text(),
-                   weak.Remedy("In PowerShell, as administrator:"));
+    return FindingAbout("key-rights", std::to_string(there) + " registry keys", weak,
+                        "In PowerShell, as administrator:");
 }
 
 } // namespace vqrx::client::v0

@@ -166,7 +166,6 @@ void Watch::EndDuringStart(const SupervisorProgram& supervisor)
 // @return how the wait ended, if the supervisor was not published
 Watch::End Watch::AwaitPublication(const SupervisorProgram& supervisor, bool& isPublished)
 {
-    const std::array<HANDLE, 2> events = {stop_, supervisor.process.Get()};
     const ULONGLONG start = GetTickCount64();
     ULONGLONG sayAtMs = settings_.times.stillStartingMs;
     CheckCounter counter;
@@ -196,30 +195,19 @@ Watch::End Watch::AwaitPublication(const SupervisorProgram& supervisor, bool& is
             }
             checkTick = GetTickCount64() + settings_.times.checkMs;
         }
-        switch (WaitForMultipleObjects(2, events.data(), FALSE, settings_.times.lookMs)) {
-        case WAIT_OBJECT_0:
-            return End::kStopped;
-        case WAIT_OBJECT_0 + 1:
-            return JudgeEnd(supervisor, false);
-        default:
-            break;
+        if (const std::optional<End> end = LookForEnd(supervisor, false)) {
+            return *end;
         }
     }
 }
 
 Watch::End Watch::CheckUntilEnd(const SupervisorProgram& supervisor)
 {
-    const std::array<HANDLE, 2> events = {stop_, supervisor.process.Get()};
     CheckCounter counter;
     ULONGLONG checkTick = GetTickCount64() + settings_.times.checkMs;
     for (;;) {
-        switch (WaitForMultipleObjects(2, events.data(), FALSE, settings_.times.lookMs)) {
-        case WAIT_OBJECT_0:
-            return End::kStopped;
-        case WAIT_OBJECT_0 + 1:
-            return JudgeEnd(supervisor, true);
-        default:
-            break;
+        if (const std::optional<End> end = LookForEnd(supervisor, true)) {
+            return *end;
         }
         takeOver_.TryAgain();
         if (GetTickCount64() < checkTick) {
@@ -231,6 +219,20 @@ Watch::End Watch::CheckUntilEnd(const SupervisorProgram& supervisor)
             return End::kUnordered;
         }
         checkTick = GetTickCount64() + settings_.times.checkMs;
+    }
+}
+
+// Waits until the next look is due, or until one of the ends comes. @return nothing if none came
+std::optional<Watch::End> Watch::LookForEnd(const SupervisorProgram& supervisor, bool wasPublished)
+{
+    const std::array<HANDLE, 2> events = {stop_, supervisor.process.Get()};
+    switch (WaitForMultipleObjects(2, events.data(), FALSE, settings_.times.lookMs)) {
+    case WAIT_OBJECT_0:
+        return End::kStopped;
+    case WAIT_OBJECT_0 + 1:
+        return JudgeEnd(supervisor, wasPublished);
+    default:
+        return std::nullopt;
     }
 }
 

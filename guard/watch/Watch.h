@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -68,6 +69,8 @@ private:
     [[nodiscard]] End AwaitPublication(const SupervisorProgram& supervisor, bool& isPublished);
     [[nodiscard]] End CheckUntilEnd(const SupervisorProgram& supervisor);
     [[nodiscard]] bool Hangs(CheckCounter& counter, const SupervisorCheck& check);
+    [[nodiscard]] std::optional<End> LookForEnd(const SupervisorProgram& supervisor,
+                                                bool wasPublished);
     [[nodiscard]] End JudgeEnd(const SupervisorProgram& supervisor, bool wasPublished);
     [[nodiscard]] TakeOverOrder OrderOfTakeOver() const;
     void Remember(const SupervisorProgram& supervisor);

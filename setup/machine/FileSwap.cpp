@@ -3,6 +3,7 @@
 #include "ProtectedObjects.h"
 #include "RandomName.h"
 #include "SetupError.h"
+#include "SystemPlaces.h"
 #include "Utf8.h"
 #include "win32/UniqueHandle.h"
 
@@ -17,11 +18,6 @@ namespace {
 
 using client::v0::Wide;
 using system::win32::v1::UniqueKernelHandle;
-
-bool FileExists(const std::string& path)
-{
-    return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
-}
 
 [[noreturn]] void FailForFile(const std::string& what, const std::string& path, DWORD error)
 {
@@ -97,7 +93,7 @@ void DeleteOrLater(const std::string& path) noexcept
 void RemoveEmptyFolder(const std::string& path, bool later) noexcept
 {
     const std::wstring wide = Wide(path);
-    if (RemoveDirectoryW(wide.c_str()) == FALSE && later && FileExists(path)) {
+    if (RemoveDirectoryW(wide.c_str()) == FALSE && later && IsOnDisk(path)) {
         MoveFileExW(wide.c_str(), nullptr, MOVEFILE_DELAY_UNTIL_REBOOT);
     }
 }
@@ -205,7 +201,7 @@ void FileSwap::Move(const std::string& from, const std::string& to)
 
 void FileSwap::SetAside(const std::string& name)
 {
-    if (!FileExists(folder_ + "\\" + name)) {
+    if (!IsOnDisk(folder_ + "\\" + name)) {
         return;
     }
     if (oldFolder_.empty()) {

@@ -15,11 +15,6 @@ namespace {
 using client::v0::FolderUse;
 using client::v0::Wide;
 
-bool ExistsOnDisk(const std::string& path)
-{
-    return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
 bool IsFolder(const std::string& path)
 {
     const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
@@ -54,7 +49,7 @@ SafeFolders::SafeFolders(std::string accountSid, bool allowWeak)
 
 bool SafeFolders::Prepare(const std::string& path, FolderUse use)
 {
-    if (ExistsOnDisk(path)) {
+    if (IsOnDisk(path)) {
         if (!IsFolder(path)) {
             throw SetupError(path + " is no folder.");
         }
@@ -65,7 +60,7 @@ bool SafeFolders::Prepare(const std::string& path, FolderUse use)
     if (above.empty() || above == path) {
         throw SetupError(path + " is no full path of a folder.");
     }
-    if (ExistsOnDisk(above)) {
+    if (IsOnDisk(above)) {
         CheckPath(above, true);
     } else {
         Prepare(above, FolderUse::kPrograms);
@@ -77,7 +72,7 @@ bool SafeFolders::Prepare(const std::string& path, FolderUse use)
 
 void SafeFolders::Check(const std::string& path) const
 {
-    if (ExistsOnDisk(path)) {
+    if (IsOnDisk(path)) {
         CheckPath(path, false);
     }
 }

@@ -13,6 +13,7 @@
 namespace vqrx::setup::v0 {
 
 using client::v0::Utf8;
+using client::v0::Wide;
 
 std::string ProgramFilesFolder()
 {
@@ -42,6 +43,11 @@ std::string DefaultFirmwareRoot()
 std::string OwnProgram()
 {
     return Utf8(system::file::v2::PathOfOwnProgram());
+}
+
+bool IsOnDisk(const std::string& path)
+{
+    return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
 std::string FolderOf(const std::string& path)

@@ -20,6 +20,9 @@ namespace vqrx::setup::v0 {
 /// Returns the full path of the program that this process runs.
 [[nodiscard]] std::string OwnProgram();
 
+/// Returns whether Windows shows a file or a folder at a path.
+[[nodiscard]] bool IsOnDisk(const std::string& path);
+
 /// Returns the folder part of a full path; "C:\" for a file in the root of a drive.
 [[nodiscard]] std::string FolderOf(const std::string& path);
 

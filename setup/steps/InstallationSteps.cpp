@@ -6,7 +6,7 @@
 #include "ProxyRegistration.h"
 #include "RandomName.h"
 #include "SetupError.h"
-#include "Utf8.h"
+#include "SystemPlaces.h"
 #include "installation/InstallationPaths.h"
 
 #include <windows.h>
@@ -92,8 +92,7 @@ void InstallationSteps::Prepare()
 void InstallationSteps::PrepareFolders()
 {
     folders_.emplace(accountSid_, options_.allowWeak);
-    logExisted_ =
-        GetFileAttributesW(client::v0::Wide(LogFileOf(place_)).c_str()) != INVALID_FILE_ATTRIBUTES;
+    logExisted_ = IsOnDisk(LogFileOf(place_));
     folders_->Prepare(folder_, FolderUse::kPrograms);
     folders_->Prepare(place_.root, FolderUse::kPrograms);
     folders_->Prepare(installation::AppFolder(place_.root), FolderUse::kPrograms);

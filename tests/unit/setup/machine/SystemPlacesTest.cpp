@@ -15,6 +15,13 @@ TEST(SystemPlaces, Windows_names_its_folders)
               setup::v0::DefaultFirmwareRoot());
 }
 
+TEST(SystemPlaces, A_file_and_a_folder_are_on_the_disk_and_a_missing_one_is_not)
+{
+    EXPECT_TRUE(setup::v0::IsOnDisk(setup::v0::SystemFolder()));
+    EXPECT_TRUE(setup::v0::IsOnDisk(setup::v0::OwnProgram()));
+    EXPECT_FALSE(setup::v0::IsOnDisk(setup::v0::OwnProgram() + ".missing"));
+}
+
 TEST(SystemPlaces, The_folder_of_a_path_keeps_the_root_of_a_drive)
 {
     EXPECT_EQ("C:\\a b", setup::v0::FolderOf("C:\\a b\\c.txt"));

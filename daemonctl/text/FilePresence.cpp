@@ -21,4 +21,10 @@ FilePresence PresenceOf(const std::string& path)
     }
 }
 
+bool IsFile(const std::string& path)
+{
+    const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
 } // namespace vqrx::client::v0

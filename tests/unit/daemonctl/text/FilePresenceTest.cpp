@@ -13,6 +13,7 @@ namespace vqrx::test {
 namespace {
 
 using client::v0::FilePresence;
+using client::v0::IsFile;
 using client::v0::PresenceOf;
 
 DWORD refusal = ERROR_SUCCESS;
@@ -42,6 +43,16 @@ TEST(FilePresence, File_on_a_drive_that_is_not_ready_is_not_taken_for_a_missing_
     }
     refusal = ERROR_PATH_NOT_FOUND;
     EXPECT_EQ(PresenceOf("D:\\FW\\App\\fleet.txt"), FilePresence::kMissing);
+}
+
+TEST(FilePresence, A_folder_is_there_and_is_no_file)
+{
+    const TempFolder folder;
+    std::ofstream(folder.File("fleet.txt")) << "x";
+    EXPECT_EQ(PresenceOf(folder.Path().string()), FilePresence::kThere);
+    EXPECT_FALSE(IsFile(folder.Path().string()));
+    EXPECT_TRUE(IsFile(folder.File("fleet.txt")));
+    EXPECT_FALSE(IsFile(folder.File("other.txt")));
 }
 
 } // namespace
