@@ -71,10 +71,14 @@ int Run()
 
 } // namespace
 
-int main()
+int main(int argc, char** argv)
 {
     vqrx::cpp_utils::system_library::v1::SearchLibrariesInSystemFolder();
     try {
+        // First, because somebody waits who completes a word.
+        if (argc > 1 && argv[1] == kDaemonIdsWord) {
+            return FinishOutput("daemonctl", PrintDaemonIds(argc > 2 ? argv[2] : ""));
+        }
         return FinishOutput("daemonctl", Run());
     } catch (const std::exception& exception) {
         std::cerr << "daemonctl: " << exception.what() << std::endl;

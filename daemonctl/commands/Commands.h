@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vqrx::client::v0 {
@@ -85,5 +86,15 @@ void AddWatchCommand(const CommandDefinition& app, int& exitCode);
 
 /// Adds completion. Its scripts complete the commands that app has when the command runs.
 void AddCompletionCommand(CLI::App& app, int& exitCode);
+
+/// The word in place of a command with which the scripts of completion ask for the daemons.
+constexpr std::string_view kDaemonIdsWord = "--daemon-ids";
+
+/// Prints the ids of the daemons for the scripts of completion: see DaemonIdLines(). Asks the log
+/// and the list of processes and not the supervisor, whose answer takes longer than somebody waits
+/// who completes a word. Prints nothing if no supervisor runs or its log cannot be read.
+/// @param prefix  only ids that begin with these characters
+/// @return the exit code
+[[nodiscard]] int PrintDaemonIds(std::string_view prefix);
 
 } // namespace vqrx::client::v0

@@ -103,7 +103,7 @@ std::string BashList(const Words& words)
 }
 
 // Offers the daemon ids. When bash lists what it offers (COMP_TYPE 63, the code of "?"), each id
-// has its command beside it.
+// has its command beside it. If the ids do not come in time, they are not offered.
 std::string BashDaemons(const std::string& program, const std::string& commands)
 {
     return commands.empty()
@@ -112,16 +112,46 @@ std::string BashDaemons(const std::string& program, const std::string& commands)
                  "        " +
                      commands +
                      ")\n"
-                     "            local id what\n"
+                     "            [[ $word == *[!0-9]* ]] && return\n"
+                     "            local ids id what\n"
+                     "            IFS= read -r -d '' -t \"${DAEMONCTL_COMPLETION_SECONDS:-0.3}\" ids \\\n"
+                     "                < <(" +
+                     program +
+                     " --daemon-ids \"$word\" 2>/dev/null)\n"
+                     "            [ $? -le 128 ] || ids=\n"
                      "            while read -r id what; do\n"
-                     "                [[ $id == \"$word\"* ]] || continue\n"
+                     "                [ -n \"$id\" ] || continue\n"
                      "                [ \"${COMP_TYPE:-9}\" = 63 ] && id=\"$id  ($what)\"\n"
                      "                COMPREPLY+=(\"$id\")\n"
-                     "            done < <(" +
-                     program +
-                     " ps 2>/dev/null | awk 'NR == 1 { c = index($0, \"COMMAND\") }\n"
-                     "                $1 ~ /^[0-9]+$/ { print $1, substr($0, c) }') ;;\n"
+                     "            done <<<\"$ids\" ;;\n"
                      "    esac\n";
+}
+
+// Offers the daemon ids, each with its command. If the ids do not come in time, they are not
+// offered.
+std::string PowerShellDaemons(const std::string& program)
+{
+    return "        $path = @(Get-Command " + program +
+           " -CommandType Application)[0].Path\n"
+           "        $start = [System.Diagnostics.ProcessStartInfo]::new($path, '--daemon-ids')\n"
+           "        $start.UseShellExecute = $false\n"
+           "        $start.RedirectStandardOutput = $true\n"
+           "        $start.StandardOutputEncoding = [System.Text.Encoding]::UTF8\n"
+           "        $limit = 0.3\n"
+           "        if ($env:DAEMONCTL_COMPLETION_SECONDS) {\n"
+           "            $limit = [double]$env:DAEMONCTL_COMPLETION_SECONDS\n"
+           "        }\n"
+           "        $asked = [System.Diagnostics.Process]::Start($start)\n"
+           "        $answer = $asked.StandardOutput.ReadToEndAsync()\n"
+           "        $lines = if ($answer.Wait([int](1000 * $limit))) { $answer.Result -split \"`n\" }\n"
+           "            else { $asked.Kill() }\n"
+           "        foreach ($line in $lines) {\n"
+           "            $id, $command = $line -split ' ', 2\n"
+           "            if ($id -and $id -like \"$wordToComplete*\") {\n"
+           "                [System.Management.Automation.CompletionResult]::new($id,\n"
+           "                    \"$id  ($command)\", 'ParameterValue', $command)\n"
+           "            }\n"
+           "        }\n";
 }
 
 std::string PowerShellList(const Words& words)
@@ -224,16 +254,8 @@ std::string PowerShellCompletion(const CLI::App& app)
            "        elseif ($values.ContainsKey($option)) { $values[$option] }\n"
            "        else { $commands[$words[1]] }\n"
            "    if ($before -gt 1 -and $withDaemons -contains $words[1] -and\n"
-           "        -not $values.ContainsKey($option)) {\n"
-           "        foreach ($daemon in (& " +
-           program +
-           " ps --json 2>$null | ConvertFrom-Json).daemons) {\n"
-           "            $id = \"$($daemon.id)\"\n"
-           "            if ($id -ne '' -and $id -like \"$wordToComplete*\") {\n"
-           "                [System.Management.Automation.CompletionResult]::new($id,\n"
-           "                    \"$id  ($($daemon.command))\", 'ParameterValue', $daemon.command)\n"
-           "            }\n"
-           "        }\n"
+           "        $wordToComplete -match '^[0-9]*$' -and -not $values.ContainsKey($option)) {\n" +
+           PowerShellDaemons(program) +
            "    }\n"
            "    $found | Where-Object { $_ -like \"$wordToComplete*\" } | ForEach-Object {\n"
            "        [System.Management.Automation.CompletionResult]::new($_, $_, 'ParameterValue', $_)\n"

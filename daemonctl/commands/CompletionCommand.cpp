@@ -1,7 +1,12 @@
 #include "Commands.h"
 
 #include "Completion.h"
+#include "DaemonIds.h"
 #include "ExitCode.h"
+#include "PrintText.h"
+#include "SupervisorProcesses.h"
+#include "ThisMachine.h"
+#include "TimeText.h"
 
 #include <fcntl.h>
 #include <io.h>
@@ -12,6 +17,15 @@
 #include <string>
 
 namespace vqrx::client::v0 {
+namespace {
+
+// bash would read a carriage return as part of a word.
+void LeaveLineEndsAlone()
+{
+    _setmode(_fileno(stdout), _O_BINARY);
+}
+
+} // namespace
 
 void AddCompletionCommand(CLI::App& app, int& exitCode)
 {
@@ -26,11 +40,29 @@ void AddCompletionCommand(CLI::App& app, int& exitCode)
                    "  source <(daemonctl completion bash)\n"
                    "  daemonctl completion powershell | Out-String | Invoke-Expression");
     command.OnChosen([&app, &exitCode, shell] {
-        // bash would read a carriage return as part of a word.
-        _setmode(_fileno(stdout), _O_BINARY);
+        LeaveLineEndsAlone();
         std::cout << (*shell == "bash" ? BashCompletion(app) : PowerShellCompletion(app));
         exitCode = kDone;
     });
+}
+
+int PrintDaemonIds(std::string_view prefix)
+{
+    LeaveLineEndsAlone();
+    if (!IsSupervisorListed()) {
+        return kNoSupervisor;
+    }
+    try {
+        const Timeline timeline = ReadTimeline();
+        const SupervisorRun* const run = RunThatGoesOn(timeline);
+        if (run == nullptr) {
+            return kLogUnreadable;
+        }
+        PrintText(DaemonIdLines(*run, NowMs(), prefix));
+        return kDone;
+    } catch (const LogUnreadable&) { // nobody reads a message while a word is completed
+        return kLogUnreadable;
+    }
 }
 
 } // namespace vqrx::client::v0

@@ -141,6 +141,12 @@ bool WasTriedLately(const std::vector<std::int64_t>& failedStarts, std::int64_t 
     return !failedStarts.empty() && nowMs - failedStarts.back() <= kTriedLatelyMs;
 }
 
+bool IsLookedAfter(const DaemonHistory& daemon, std::int64_t nowMs)
+{
+    return daemon.IsRegistered() && (daemon.state != DaemonState::kCannotStart ||
+                                     WasTriedLately(daemon.failedStarts, nowMs));
+}
+
 std::optional<LoggedProcess> LastProcessOf(const DaemonHistory& daemon, const ProcessSource& source)
 {
     if (daemon.intervals.empty() || !IsUnended(daemon.intervals.back()) ||
@@ -167,9 +173,7 @@ std::vector<DaemonStatus> StatusOfDaemons(const SupervisorRun& run, const Proces
         for (const ProcessInterval& interval : daemon.intervals) {
             inLog.insert(interval.processId.value_or(0));
         }
-        const bool lookedAfter =
-            daemon.state != DaemonState::kCannotStart || WasTriedLately(daemon.failedStarts, nowMs);
-        if (daemon.IsRegistered() && lookedAfter) {
+        if (IsLookedAfter(daemon, nowMs)) {
             result.push_back(StatusOf(daemon, source, nowMs));
         }
     }

@@ -79,6 +79,10 @@ struct DaemonStatus {
 [[nodiscard]] bool WasTriedLately(const std::vector<std::int64_t>& failedStarts,
                                   std::int64_t nowMs);
 
+/// Returns whether the supervisor looks after a daemon, as far as the log shows. Pure.
+/// @param nowMs  the current time, milliseconds since 1970, UTC; see WasTriedLately()
+[[nodiscard]] bool IsLookedAfter(const DaemonHistory& daemon, std::int64_t nowMs);
+
 /// Returns a daemon's last process as the log shows it. Asks `source` nothing but the command line
 /// of a service.
 /// @return nothing if the log shows no process, or shows that the process ended or that a client

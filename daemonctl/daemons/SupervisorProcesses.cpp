@@ -49,6 +49,11 @@ std::vector<std::uint32_t> FindSupervisors()
     return supervisors.empty() ? hidden : supervisors;
 }
 
+bool IsSupervisorListed()
+{
+    return IsImageRunning(daemon_manager::kSupervisorProgram);
+}
+
 SupervisorProcesses::SupervisorProcesses()
 {
     for (const std::uint32_t processId : FindSupervisors()) {

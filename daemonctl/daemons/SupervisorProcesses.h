@@ -18,6 +18,11 @@ namespace vqrx::client::v0 {
 /// @throws ProcessListUnreadable; std::bad_alloc
 [[nodiscard]] std::vector<std::uint32_t> FindSupervisors();
 
+/// Returns whether a process has the name of the supervisor's program, whoever runs it. Cheaper
+/// than FindSupervisors(), and not to be trusted.
+/// @throws ProcessListUnreadable
+[[nodiscard]] bool IsSupervisorListed();
+
 /// The processes of FindSupervisors() when this object is made. Each process is kept open, so that
 /// Windows does not give its id to another process meanwhile.
 class SupervisorProcesses {

@@ -82,6 +82,15 @@ std::string VersionOfImage(const std::wstring& path)
            std::to_string(HIWORD(info->dwProductVersionLS));
 }
 
+bool IsImageRunning(const std::wstring& fileName)
+{
+    bool found = false;
+    ForEachProcess([&](const PROCESSENTRY32W& entry) {
+        found = found || lstrcmpiW(entry.szExeFile, fileName.c_str()) == 0;
+    });
+    return found;
+}
+
 std::vector<ImageFacts> ProcessesOfImage(const std::wstring& fileName)
 {
     std::vector<ImageFacts> found;

@@ -28,6 +28,12 @@ struct ImageFacts {
 /// @return empty if the file has no version resource
 [[nodiscard]] std::string VersionOfImage(const std::wstring& path);
 
+/// Returns whether any process runs a program file of this name, whoever has started it. Looks at
+/// nothing but the list of processes.
+/// @param fileName  without folder; letter case is ignored
+/// @throws ProcessListUnreadable
+[[nodiscard]] bool IsImageRunning(const std::wstring& fileName);
+
 /// Finds the processes that run a program file of this name.
 /// @param fileName  without folder; letter case is ignored
 /// @throws ProcessListUnreadable; std::bad_alloc; CodePageError if a path cannot be converted to

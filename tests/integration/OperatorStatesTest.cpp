@@ -90,5 +90,19 @@ TEST(OperatorStates, Other_names_of_commands_work_or_name_the_right_command)
     EXPECT_EQ(Daemonctl("help ps"), Daemonctl("ps --help"));
 }
 
+TEST(OperatorStates, The_ids_for_the_completion_are_those_of_the_running_supervisor)
+{
+    const std::string program = TestProgram("no_windows");
+    EXPECT_EQ(Daemonctl("--daemon-ids"), (Answer{3, "", ""}));
+    SupervisorProcess supervisor;
+    EXPECT_EQ(Daemonctl("launch \"" + program + "\" one").exitCode, 0U);
+    EXPECT_EQ(Daemonctl("launch \"" + program + "\" \"two words\"").exitCode, 0U);
+    EXPECT_NE(supervisor.WaitForStart(0), 0U);
+    EXPECT_NE(supervisor.WaitForStart(1), 0U);
+    EXPECT_EQ(Daemonctl("--daemon-ids 1"), (Answer{0, "1 " + program + " two words\n", ""}));
+    EXPECT_EQ(Daemonctl("stop 0").exitCode, 0U);
+    EXPECT_EQ(Daemonctl("--daemon-ids"), (Answer{0, "1 " + program + " two words\n", ""}));
+}
+
 } // namespace
 } // namespace vqrx::test

@@ -14,8 +14,11 @@ if grep -q $'\r' "$script"; then
 fi
 # shellcheck disable=SC1090
 source "$script" || exit 1
-# Stands for the listing of daemonctl, from which the function takes the ids.
-daemonctl() { printf 'ID  STATE    COMMAND\n 3  running  C:\\a.exe --in 1\n14  running  C:\\b c.exe\n -  running  C:\\d.exe\n'; }
+# Stands for the program that the function asks for the ids.
+daemonctl() {
+    [ "$1" = --daemon-ids ] && printf '3 C:\\a.exe --in 1\n14 C:\\b c.exe\n' | grep "^$2"
+}
+export DAEMONCTL_COMPLETION_SECONDS=30 # this machine may be busy
 
 failures=0
 expect() { # OFFERED_WORDS TYPED_WORD...: the last typed word is to be completed
@@ -47,4 +50,12 @@ expect 'auto ansi windows-1252 utf-8' log --encoding ''
 COMP_TYPE=63 # bash lists what it offers
 expect '3  (C:\a.exe --in 1)' stop 3
 expect '14  (C:\b c.exe)' detach 1
+# A program that hangs: the ids are given up, the options are offered.
+hang=$(mktemp -u)
+mkfifo "$hang" && exec 3<>"$hang"
+rm "$hang"
+daemonctl() { echo 3; read -r _ <&3; }
+unset COMP_TYPE DAEMONCTL_COMPLETION_SECONDS
+expect '--help --for --timeout' wait ''
+echo go on >&3
 exit $((failures != 0))

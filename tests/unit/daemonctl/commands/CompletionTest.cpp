@@ -43,8 +43,8 @@ TEST(BashCompletion, offers_the_commands_their_options_and_values)
     ExpectIn(script, "        'wait --for') words='running ended'; value=1 ;;\n");
     ExpectIn(script, "        'await --for') words='running ended'; value=1 ;;\n");
     ExpectIn(script, "        'wait --timeout') words=''; value=1 ;;\n");
-    ExpectIn(script, "        wait|await)\n            local id what\n");
-    ExpectIn(script, "< <(prog ps 2>/dev/null");
+    ExpectIn(script, "        wait|await)\n            [[ $word == *[!0-9]* ]] && return\n");
+    ExpectIn(script, "< <(prog --daemon-ids \"$word\" 2>/dev/null)\n");
     ExpectIn(script, "complete -o default -F _prog prog prog.exe\n");
     EXPECT_EQ(script.find('\r'), std::string::npos);
 }
@@ -59,7 +59,8 @@ TEST(PowerShellCompletion, offers_the_commands_their_options_and_values)
     ExpectIn(script, "        'wait --for' = @('running', 'ended')\n");
     ExpectIn(script, "        'wait --timeout' = @()\n");
     ExpectIn(script, "    $withDaemons = @('wait', 'await')\n");
-    ExpectIn(script, "(& prog ps --json 2>$null");
+    ExpectIn(script, "(Get-Command prog -CommandType Application)");
+    ExpectIn(script, "::new($path, '--daemon-ids')\n");
     ExpectIn(script, "-CommandName prog, prog.exe ");
 }
 

@@ -43,6 +43,8 @@ TEST(ProcessList, Processes_of_a_file_name_are_found_whatever_the_letter_case)
     ASSERT_EQ(found.size(), 1U);
     EXPECT_EQ(found[0].processId, child.Pid());
     EXPECT_EQ(found[0].path, program);
+    EXPECT_TRUE(IsImageRunning(L"LISTED_by_name.EXE"));
+    EXPECT_FALSE(IsImageRunning(L"listed_by_name"));
 }
 
 TEST(ProcessList, Orphan_is_a_process_whose_parent_has_ended)
