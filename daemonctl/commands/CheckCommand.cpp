@@ -128,8 +128,7 @@ void AddCheckCommand(const CommandDefinition& app, int& exitCode)
             exitCode = kWrongUsage;
             return;
         }
-        exitCode = WithSupervisorAndLog(
-            [&](daemon_manager::SupervisorClient&) { return Check(*options, file); });
+        exitCode = BesideSupervisor([&] { return Check(*options, file); });
     });
 }
 

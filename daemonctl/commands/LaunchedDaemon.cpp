@@ -76,12 +76,15 @@ int WaitUntilItRuns(std::uint32_t daemonId, std::uint32_t seconds)
         return kDone;
     case WatchEnd::kTimeOver:
         std::cerr << "daemonctl: daemon " << daemonId << " has not run for 2 s after " << seconds
-                  << " s: " << DescribeAbsence(now) << std::endl;
+                  << " s: " << DescribeAbsence(now)
+                  << "\n  To see what happened: daemonctl log --tail 10 --daemon " << daemonId
+                  << std::endl;
         return kNothingToDo;
     case WatchEnd::kSupervisorEnded:
         break;
     }
-    std::cerr << "daemonctl: the supervisor has ended" << std::endl;
+    std::cerr << "daemonctl: the supervisor has ended\n  To see what runs on: daemonctl ps"
+              << std::endl;
     return kNoSupervisor;
 }
 

@@ -134,8 +134,7 @@ void AddPsCommand(const CommandDefinition& app, int& exitCode)
             exitCode = WatchDaemons(seconds, options->colour);
             return;
         }
-        exitCode =
-            WithSupervisorAndLog([&](daemon_manager::SupervisorClient&) { return Ps(*options); });
+        exitCode = BesideSupervisor([&] { return Ps(*options); });
         if (exitCode == kNoSupervisor && !options->json) {
             PrintUnwatched();
         }

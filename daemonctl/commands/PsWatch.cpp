@@ -7,11 +7,12 @@
 #include "LogFile.h"
 #include "PrintText.h"
 #include "StatusTable.h"
+#include "SupervisorAnswer.h"
+#include "SupervisorProcesses.h"
 #include "ThisMachine.h"
 #include "TimeText.h"
 #include "TimelineBuilder.h"
 #include "WatchScreen.h"
-#include "WithSupervisor.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -26,6 +27,8 @@ namespace vqrx::client::v0 {
 namespace {
 
 constexpr std::size_t kMostRecordsOnScreen = 200;
+constexpr const char* kSilentSupervisor =
+    "the supervisor has not answered for 5 s; see: daemonctl doctor";
 
 // Reads the log once: the newest records, and the timeline.
 Timeline ReadLogOfLook(WatchLook& look)
@@ -49,13 +52,23 @@ Timeline ReadLogOfLook(WatchLook& look)
     return builder.Finish();
 }
 
+// A supervisor that this user cannot call shows in the log and in the processes.
+bool MaySupervisorRun(const std::optional<SupervisorAnswer>& answer)
+{
+    return answer.value_or(SupervisorAnswer::kNotPublished) != SupervisorAnswer::kNotPublished ||
+           !SupervisorProcesses().Running().empty();
+}
+
 WatchLook TakeLook()
 {
     WatchLook look;
     look.nowMs = NowMs();
     try {
-        // A supervisor that this user cannot call shows in the log and in the processes.
-        const bool isThere = StateOfSupervisor() != SupervisorState::kNotRunning;
+        const std::optional<SupervisorAnswer> answer = GlanceAtSupervisor();
+        const bool isThere = MaySupervisorRun(answer);
+        if (answer == SupervisorAnswer::kSilent) {
+            look.note = kSilentSupervisor;
+        }
         const auto children = isThere ? ChildrenOfSupervisor() : std::vector<ProcessFacts>();
         const Timeline timeline = ReadLogOfLook(look);
         const SupervisorRun* const run = RunThatGoesOn(timeline);
@@ -88,6 +101,9 @@ void ShowOnScreen(LiveScreen& screen, const WatchLook* before, const WatchLook& 
 void PrintLook(const WatchLook* before, const WatchLook& now)
 {
     std::string text = LocalTimeText(now.nowMs) + "\n";
+    if (!now.note.empty()) {
+        text += now.note + "\n";
+    }
     if (!now.problem.empty()) {
         text += now.problem + "\n";
     } else {

@@ -6,6 +6,7 @@
 
 #include <windows.h>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <system_error>
@@ -13,12 +14,19 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr DWORD kAnswerMs = 5000;
+constexpr DWORD kAnswerMs = 5000; // as the limit of AskSupervisor()
+constexpr DWORD kGlanceMs = 200;  // more than a supervisor needs that does not hang
 
 /// A question that waits for its answer.
 struct Question {
     explicit Question(const std::shared_ptr<SupervisorAnswer>& to);
 
+    [[nodiscard]] bool HasAnswer(DWORD waitMs) const
+    {
+        return WaitForSingleObject(thread.Handle(), waitMs) == WAIT_OBJECT_0;
+    }
+
+    ULONGLONG askedAt = GetTickCount64();
     std::shared_ptr<SupervisorAnswer> answer; // shared with the thread
     system::thread::v1::Thread thread;
 };
@@ -42,25 +50,59 @@ Question::Question(const std::shared_ptr<SupervisorAnswer>& to)
 {
 }
 
-} // namespace
-
-SupervisorAnswer AskSupervisor()
+// The question that waits; nothing if none does.
+std::optional<Question>& Waiting()
 {
-    static std::optional<Question> question; // nothing: none waits
-    if (!question) {
-        question.emplace(std::make_shared<SupervisorAnswer>(SupervisorAnswer::kCannotBeCalled));
-    }
+    static std::optional<Question> question;
+    return question;
+}
+
+void Ask(std::optional<Question>& question)
+{
+    question.emplace(std::make_shared<SupervisorAnswer>(SupervisorAnswer::kCannotBeCalled));
     if (question->thread.Handle() == nullptr) {
         question.reset();
         throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again),
                                 "Thread");
     }
-    if (WaitForSingleObject(question->thread.Handle(), kAnswerMs) != WAIT_OBJECT_0) {
-        return SupervisorAnswer::kSilent;
-    }
-    const SupervisorAnswer answer = *question->answer; // the end of the thread makes it visible
+}
+
+// Only after the end of the thread, which makes the answer visible.
+SupervisorAnswer TakeAnswer(std::optional<Question>& question)
+{
+    const SupervisorAnswer answer = *question->answer;
     question.reset();
     return answer;
+}
+
+} // namespace
+
+SupervisorAnswer AskSupervisor(std::chrono::seconds limit)
+{
+    std::optional<Question>& question = Waiting();
+    if (!question) {
+        Ask(question);
+    }
+    const auto limitMs = static_cast<DWORD>(std::chrono::milliseconds(limit).count());
+    return question->HasAnswer(limitMs) ? TakeAnswer(question) : SupervisorAnswer::kSilent;
+}
+
+std::optional<SupervisorAnswer> GlanceAtSupervisor()
+{
+    std::optional<Question>& question = Waiting();
+    if (question && question->HasAnswer(0)) {
+        question.reset(); // the answer may be as old as the look before
+    }
+    const bool isNew = !question;
+    if (isNew) {
+        Ask(question);
+    }
+    if (question->HasAnswer(isNew ? kGlanceMs : 0)) {
+        return TakeAnswer(question);
+    }
+    return GetTickCount64() - question->askedAt >= kAnswerMs
+               ? std::optional(SupervisorAnswer::kSilent)
+               : std::nullopt;
 }
 
 } // namespace vqrx::client::v0

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <chrono>
+#include <optional>
+
 namespace vqrx::client::v0 {
 
 /// What comes of a question to the supervisor of this machine.
@@ -11,10 +14,18 @@ enum class SupervisorAnswer {
     kSilent ///< the supervisor has not answered in time
 };
 
-/// Asks the supervisor whether it is there, on a thread of its own, and waits at most five seconds:
-/// a supervisor that hangs lets each caller hang. The thread waits on until the supervisor answers
+/// Asks the supervisor whether it is there, on a thread of its own, and waits at most `limit`: a
+/// supervisor that hangs lets each caller hang. The thread waits on until the supervisor answers
 /// or ends; meanwhile further calls wait for that answer and ask nothing. For one thread.
 /// @throws std::system_error if Windows starts no thread
-[[nodiscard]] SupervisorAnswer AskSupervisor();
+[[nodiscard]] SupervisorAnswer AskSupervisor(std::chrono::seconds limit = std::chrono::seconds(5));
+
+/// Asks the supervisor as AskSupervisor() does, but waits at most 200 ms for the answer to a new
+/// question. While a question of an earlier call waits, asks nothing and does not wait at all. For
+/// the thread that calls AskSupervisor().
+/// @return nothing if the supervisor has not answered and still has time; kSilent if it has not
+///         answered within five seconds
+/// @throws std::system_error if Windows starts no thread
+[[nodiscard]] std::optional<SupervisorAnswer> GlanceAtSupervisor();
 
 } // namespace vqrx::client::v0

@@ -53,8 +53,9 @@ int PrintResult(const WaitOptions& options, const Observation& now)
 
 int PrintTimeout(const WaitOptions& options, const Observation& now)
 {
-    std::cerr << "daemonctl: daemon " << *options.id << " was not " << options.condition
-              << " within " << options.timeoutSeconds << " s: ";
+    const std::string id = std::to_string(*options.id);
+    std::cerr << "daemonctl: daemon " << id << " was not " << options.condition << " within "
+              << options.timeoutSeconds << " s: ";
     if (!now.known) {
         std::cerr << "the log does not show it";
     } else if (now.running) {
@@ -65,7 +66,9 @@ int PrintTimeout(const WaitOptions& options, const Observation& now)
     } else {
         std::cerr << "it has no process";
     }
-    std::cerr << std::endl;
+    std::cerr << (now.known ? "\n  To see what happened: daemonctl log --tail 10 --daemon " + id
+                            : "\n  To see all daemons: daemonctl ps")
+              << std::endl;
     return kNothingToDo;
 }
 
@@ -106,7 +109,8 @@ int Wait(const WaitOptions& options)
     case WatchEnd::kSupervisorEnded:
         break;
     }
-    std::cerr << "daemonctl: the supervisor has ended" << std::endl;
+    std::cerr << "daemonctl: the supervisor has ended\n  To see what runs on: daemonctl ps"
+              << std::endl;
     return kNoSupervisor;
 }
 
@@ -147,7 +151,8 @@ int PrintSupervisorTimeout(const WaitOptions& options, const SupervisorFacts& fa
     const bool wanted = options.condition == kSupervisor;
     std::cerr << "daemonctl: "
               << (wanted ? "no supervisor answered within " : "a supervisor still ran after ")
-              << options.timeoutSeconds << " s: " << DescribeSupervisor(facts) << std::endl;
+              << options.timeoutSeconds << " s: " << DescribeSupervisor(facts)
+              << "\n  To find out more: daemonctl doctor" << std::endl;
     return kNothingToDo;
 }
 
@@ -226,8 +231,7 @@ void AddWaitCommand(const CommandDefinition& app, int& exitCode)
             exitCode = WaitForSupervisor(*options);
             return;
         }
-        exitCode = WithSupervisorAndLog(
-            [&](daemon_manager::SupervisorClient&) { return WaitForTarget(*options); });
+        exitCode = BesideSupervisor([&] { return WaitForTarget(*options); });
     });
 }
 

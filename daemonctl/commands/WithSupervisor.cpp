@@ -12,6 +12,7 @@
 #include "com/ClientApartment.h"
 #include "exception_utils/COMException.h"
 
+#include <chrono>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -33,8 +34,8 @@ std::string WhyNoSupervisorAnswers()
         return "\n  Start DaemonManager.exe as this user or as administrator.";
     }
     return "\n  But " + NamesOf(processes) +
-           " runs: it waits for the firewall service at its start, it is about to end, or it runs "
-           "in another session.\n  See: daemonctl log --tail 5; daemonctl doctor";
+           " runs: it waits for the firewall service at its start, it is about to end, it hangs, or "
+           "it runs in another session.\n  See: daemonctl log --tail 5; daemonctl doctor";
 }
 
 // The state of a supervisor that has published no object.
@@ -48,14 +49,11 @@ SupervisorState StateWithoutObject()
     }
 }
 
-} // namespace
-
-int WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& operation)
+// Runs an operation and prints its failure. @return as WithSupervisor
+int Reported(const std::function<int()>& operation)
 {
     try {
-        const system::com::v1::ClientApartment apartment;
-        daemon_manager::SupervisorClient supervisor;
-        return operation(supervisor);
+        return operation();
     } catch (const daemon_manager::SupervisorNotRunning& exception) {
         std::cerr << "daemonctl: " << exception.what() << WhyNoSupervisorAnswers() << std::endl;
         return kNoSupervisor;
@@ -78,16 +76,55 @@ int WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& 
     }
 }
 
+int WithLog(const std::function<int()>& operation)
+{
+    try {
+        return operation();
+    } catch (const LogUnreadable& error) {
+        const std::string text = error.what();
+        const bool namesDoctor = text.find("daemonctl doctor") != std::string::npos;
+        std::cerr << "daemonctl: " << text
+                  << (namesDoctor ? "" : "\n  To find out more: daemonctl doctor") << std::endl;
+        return kLogUnreadable;
+    }
+}
+
+} // namespace
+
+int WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& operation)
+{
+    return Reported([&] {
+        const system::com::v1::ClientApartment apartment;
+        daemon_manager::SupervisorClient supervisor;
+        return operation(supervisor);
+    });
+}
+
 int WithSupervisorAndLog(const std::function<int(daemon_manager::SupervisorClient&)>& operation)
 {
-    return WithSupervisor([&](daemon_manager::SupervisorClient& supervisor) -> int {
-        try {
-            return operation(supervisor);
-        } catch (const LogUnreadable& error) {
-            std::cerr << "daemonctl: " << error.what() << std::endl;
-            return kLogUnreadable;
-        }
+    return WithSupervisor([&](daemon_manager::SupervisorClient& supervisor) {
+        return WithLog([&] { return operation(supervisor); });
     });
+}
+
+int BesideSupervisor(const std::function<int()>& operation)
+{
+    switch (AskSupervisor(std::chrono::seconds(10))) {
+    case SupervisorAnswer::kAnswers:
+        return Reported([&] { return WithLog(operation); });
+    case SupervisorAnswer::kSilent: {
+        std::cerr << "daemonctl: the supervisor has not answered for 10 s; it may no longer "
+                     "restart programs\n  To find out more: daemonctl doctor"
+                  << std::endl;
+        const int exitCode = Reported([&] { return WithLog(operation); });
+        return exitCode == kDone ? kRefused : exitCode;
+    }
+    case SupervisorAnswer::kNotPublished:
+    case SupervisorAnswer::kCannotBeCalled:
+        break;
+    }
+    // Asks again, for the message that says why nobody answers.
+    return WithSupervisorAndLog([&](daemon_manager::SupervisorClient&) { return operation(); });
 }
 
 void PrintNotes(const std::vector<DaemonStatus>& daemons, const SupervisorRun& run)

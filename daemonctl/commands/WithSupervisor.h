@@ -21,6 +21,14 @@ WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& oper
 [[nodiscard]] int
 WithSupervisorAndLog(const std::function<int(daemon_manager::SupervisorClient&)>& operation);
 
+/// Runs an operation that reads the supervisor's log and asks the supervisor for nothing. Before
+/// that, asks the supervisor whether it is there, for at most ten seconds. A supervisor that hangs
+/// does not keep the operation from running; a message on standard error says that it hangs. A
+/// failure is printed on standard error.
+/// @return the exit code of the operation, but kRefused instead of kDone if the supervisor hangs;
+///         kNoSupervisor, kRefused or kLogUnreadable after a failure
+[[nodiscard]] int BesideSupervisor(const std::function<int()>& operation);
+
 /// Prints the notes on a listing (ListingNotes) on standard error.
 void PrintNotes(const std::vector<DaemonStatus>& daemons, const SupervisorRun& run);
 

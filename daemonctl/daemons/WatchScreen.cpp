@@ -70,6 +70,9 @@ std::vector<ScreenLine> ComposeScreen(const WatchLook* before, const WatchLook& 
     std::vector<ScreenLine> lines = {{CutTo(timeText(now.nowMs) + "   every " +
                                                 std::to_string(everySeconds) + " s   Ctrl+C ends",
                                             size.width)}};
+    if (!now.note.empty()) {
+        lines.push_back({CutTo(now.note, size.width), kErrorRecord, false});
+    }
     if (!now.problem.empty()) {
         lines.push_back({CutTo(now.problem, size.width), kErrorRecord, false});
     } else {

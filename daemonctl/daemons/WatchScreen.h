@@ -15,6 +15,7 @@ namespace vqrx::client::v0 {
 struct WatchLook {
     std::int64_t nowMs = 0; ///< milliseconds since 1970, UTC
     std::string problem;    ///< why the daemons cannot be shown; empty if they can
+    std::string note;       ///< what is wrong with the supervisor, above the table; empty: nothing
     std::vector<DaemonStatus> daemons;
     std::vector<AttributedRecord> records; ///< the newest ones about daemons, the newest last
 };
@@ -32,8 +33,8 @@ struct ScreenLine {
     bool marked = false; ///< the line has changed since the look before
 };
 
-/// Composes the content of a window: a line about the watch, the table of the daemons, and below it
-/// the newest records as far as the window has room. Pure except for timeText.
+/// Composes the content of a window: a line about the watch, the note, the table of the daemons,
+/// and below it the newest records as far as the window has room. Pure except for timeText.
 /// @param before    the look before; null: none. Daemons whose state, process or number of restarts
 ///                  is another one are marked, and so are the records that are new
 /// @param timeText  writes a time for people

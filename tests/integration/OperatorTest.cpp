@@ -144,11 +144,12 @@ TEST(Operator, Wait_returns_when_a_daemon_runs_ends_or_restarts)
     EXPECT_EQ(Daemonctl("wait 0 --for restarted --timeout 0"),
               (Answer{1, "",
                       "daemonctl: daemon 0 was not restarted within 0 s: it runs as process " +
-                          std::to_string(first) + "\n"}));
+                          std::to_string(first) +
+                          "\n  To see what happened: daemonctl log --tail 10 --daemon 0\n"}));
     EXPECT_EQ(Daemonctl("wait 7 --for ended --timeout 0"),
               (Answer{1, "",
                       "daemonctl: daemon 7 was not ended within 0 s: the log does not show "
-                      "it\n"}));
+                      "it\n  To see all daemons: daemonctl ps\n"}));
     EXPECT_EQ(Daemonctl("wait no_windows.exe --timeout 0"), answer);
     EXPECT_EQ(Daemonctl("wait other.exe --timeout 0"),
               (Answer{1, "",
@@ -179,7 +180,7 @@ TEST(Operator, Wait_returns_when_a_supervisor_answers_and_when_none_runs)
     EXPECT_EQ(Daemonctl("wait --for supervisor --timeout 0"),
               (Answer{1, "",
                       "daemonctl: no supervisor answered within 0 s: no supervisor is running on "
-                      "this machine\n"}));
+                      "this machine\n  To find out more: daemonctl doctor\n"}));
     const CapturedProgram begins('"' + ProductProgram("daemonctl.exe") +
                                  "\" wait --for supervisor");
     SupervisorProcess supervisor;
@@ -190,7 +191,8 @@ TEST(Operator, Wait_returns_when_a_supervisor_answers_and_when_none_runs)
               (Answer{1, "",
                       "daemonctl: a supervisor still ran after 0 s: published and answering "
                       "(process " +
-                          std::to_string(supervisor.Process().Pid()) + ", version 1.0.0)\n"}));
+                          std::to_string(supervisor.Process().Pid()) +
+                          ", version 1.0.0)\n  To find out more: daemonctl doctor\n"}));
     const CapturedProgram ends('"' + ProductProgram("daemonctl.exe") +
                                "\" wait --for no-supervisor");
     EXPECT_EQ(supervisor.Exit(), 0U);
@@ -241,11 +243,15 @@ TEST(Operator, Commands_end_with_exit_code_5_if_the_log_cannot_be_read)
         registry.SetPathname(FirmwareRegistry::kCurrent, root);
         std::ofstream(root + "\\Logs") << "in the way";
     });
-    for (const char* arguments : {"ps", "wait 0", "restart 0", "stop --all", "reattach"}) {
+    for (const char* arguments : {"ps", "wait 0", "stop --all", "reattach"}) {
         const Answer answer = Daemonctl(arguments);
         EXPECT_EQ(answer.exitCode, 5U) << arguments << ": " << answer;
-        EXPECT_NE(answer.error, "");
+        EXPECT_THAT(answer.error, ::testing::EndsWith("\n  To find out more: daemonctl doctor\n"))
+            << arguments;
     }
+    const Answer restart = Daemonctl("restart 0");
+    EXPECT_EQ(restart.exitCode, 5U) << restart;
+    EXPECT_THAT(restart.error, ::testing::HasSubstr(" cannot be read: "));
 }
 
 TEST(Operator, Ps_shows_processes_that_the_log_no_longer_shows)

@@ -4,6 +4,11 @@
 #include "ConsoleProgram.h"
 #include "Daemonctl.h"
 #include "SupervisorProcess.h"
+#include "win32/UniqueHandle.h"
+
+#include <windows.h>
+
+#include <tlhelp32.h>
 
 #include <gtest/gtest.h>
 
@@ -12,6 +17,12 @@
 
 namespace vqrx::test {
 namespace {
+
+using system::win32::v1::UniqueKernelHandle;
+
+constexpr const char* kSilent =
+    "\nthe supervisor has not answered for 5 s; see: daemonctl doctor\n";
+constexpr const char* kTable = "ID  STATE";
 
 std::string WatchCommand()
 {
@@ -27,6 +38,19 @@ std::size_t CountOf(const std::string& part, const std::string& text)
     return count;
 }
 
+std::size_t CountOfThreads(DWORD processId)
+{
+    const UniqueKernelHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
+    std::size_t count = 0;
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = Thread32First(snapshot.Get(), &entry); more != FALSE;
+         more = Thread32Next(snapshot.Get(), &entry)) {
+        count += entry.th32OwnerProcessID == processId ? 1U : 0U;
+    }
+    return count;
+}
+
 /// A supervisor with one daemon.
 class PsWatch : public testing::Test {
 protected:
@@ -37,7 +61,7 @@ protected:
         EXPECT_NE(daemon_, 0U);
     }
 
-    const SupervisorProcess supervisor_;
+    SupervisorProcess supervisor_;
     DWORD daemon_ = 0;
 };
 
@@ -70,9 +94,29 @@ TEST_F(PsWatch, Without_a_console_each_look_is_a_table)
     const auto prints = [&](const std::string& part) {
         return WaitUntil([&] { return CountOf(part, watch.Output()) >= 3; });
     };
-    EXPECT_TRUE(prints("ID  STATE")) << watch.Output();
+    EXPECT_TRUE(prints(kTable)) << watch.Output();
     EXPECT_TRUE(prints(" 0  running ")) << watch.Output();
     EXPECT_TRUE(prints("no_windows.exe\n")) << watch.Output();
+}
+
+TEST_F(PsWatch, A_supervisor_that_hangs_is_told_and_holds_up_no_table)
+{
+    const CapturedProgram watch(WatchCommand());
+    const auto prints = [&](const std::string& part, std::size_t times) {
+        return WaitUntil([&] { return CountOf(part, watch.Output()) >= times; });
+    };
+    ASSERT_TRUE(prints(kTable, 2)) << watch.Output();
+    ASSERT_TRUE(SuspendProcess(supervisor_.Process().Pid()));
+    const std::size_t tables = CountOf(kTable, watch.Output());
+    EXPECT_TRUE(prints(kSilent, 1)) << watch.Output();
+    // One look may have been under way. No look waits until the supervisor counts as silent.
+    const std::string output = watch.Output();
+    EXPECT_GE(CountOf(kTable, output.substr(0, output.find(kSilent))), tables + 2) << output;
+    const std::size_t threads = CountOfThreads(watch.Pid());
+    EXPECT_TRUE(prints(std::string(kSilent) + kTable, 4)) << watch.Output();
+    EXPECT_LE(CountOfThreads(watch.Pid()), threads);
+    supervisor_.Process().Kill();
+    EXPECT_TRUE(prints("\nno supervisor is running on this machine", 1)) << watch.Output();
 }
 
 } // namespace

@@ -111,6 +111,17 @@ TEST(WatchScreen, Without_a_supervisor_says_so_and_goes_on_showing_the_records)
     EXPECT_EQ(lines[3].text, "date one");
 }
 
+TEST(WatchScreen, Has_a_note_about_the_supervisor_above_the_table)
+{
+    WatchLook now = SomeLook();
+    now.note = "the supervisor has not answered for 5 s";
+    const auto lines = Screen(nullptr, now, {30, 25});
+    EXPECT_EQ(lines[1].text, "the supervisor has not answer\xE2\x80\xA6");
+    EXPECT_EQ(lines[1].level, 0);
+    EXPECT_EQ(lines[2].text.find("ID  STATE"), 0U);
+    EXPECT_EQ(Screen(nullptr, now, {30, 4}).back().text, "... and 3 more");
+}
+
 TEST(WatchScreen, Records_about_daemons_and_about_the_supervisors_life_are_worth_watching)
 {
     for (const char* text : {"Start DaemonId(0) PId(1) : a.exe ", "Deamon Thread started",
