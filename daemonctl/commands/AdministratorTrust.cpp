@@ -58,21 +58,18 @@ std::vector<std::string> MakeMissing(const std::string& folder, const TrustedSid
 }
 
 // Somebody who could write to the folder before may have put a second name of another file there.
-bool HasFurtherName(const std::string& file)
+std::vector<std::string> WeaknessesOfRecordFile(const std::string& file, const TrustedSids& trusted)
 {
+    std::vector<std::string> found = Weaknesses(ReadRights(file), trusted);
     const UniqueKernelHandle handle(
         CreateFileW(Wide(file).c_str(), FILE_READ_ATTRIBUTES,
                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                     FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
     BY_HANDLE_FILE_INFORMATION information{};
-    return GetFileInformationByHandle(handle.Get(), &information) != FALSE &&
-           information.nNumberOfLinks > 1;
-}
-
-std::vector<std::string> WeaknessesOfRecordFile(const std::string& file, const TrustedSids& trusted)
-{
-    std::vector<std::string> found = Weaknesses(ReadRights(file), trusted);
-    if (HasFurtherName(file)) {
+    if (!handle || GetFileInformationByHandle(handle.Get(), &information) == FALSE) {
+        const DWORD error = GetLastError();
+        found.push_back(file + " cannot be opened (Windows error " + std::to_string(error) + ")");
+    } else if (information.nNumberOfLinks > 1) {
         found.push_back(file + " also has another name (a hard link)");
     }
     return found;
@@ -113,7 +110,7 @@ bool CanRecordInto(const std::string& folder)
     if (found.empty()) {
         found = WeaknessesOfPath(folder, trusted);
     }
-    if (IsRecordFolder(folder)) { // the recorder reports anything else
+    if (found.empty()) {
         for (const std::string& file : RecordFilesOf(folder)) {
             Append(found, WeaknessesOfRecordFile(file, trusted));
         }
