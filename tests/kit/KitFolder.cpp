@@ -11,6 +11,12 @@
 #include <stdexcept>
 
 namespace vqrx::kit {
+namespace {
+
+constexpr unsigned kReplaceMs = 10000;
+constexpr DWORD kReplacePauseMs = 50; // Windows has no event for a file that is closed
+
+} // namespace
 
 std::filesystem::path OwnFolder()
 {
@@ -27,14 +33,34 @@ std::string ContentOfFile(const std::filesystem::path& path)
     std::ifstream file(path, std::ios::binary);
     if (!file) {
         throw std::runtime_error(client::v0::Utf8(path.wstring()) +
-                                 " is missing: unpack the whole ZIP and start run-tests.exe there");
+                                 " is missing. This program was started inside the ZIP, or without "
+                                 "the other files: unpack the whole ZIP to C:\\kit (right-click "
+                                 "it, Extract All), and start run-tests.exe there");
     }
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+bool ReplaceContentWithin(const std::filesystem::path& path, const std::string& content,
+                          unsigned limitMs, const std::function<void()>& pause)
+{
+    const std::string name = client::v0::Utf8(path.wstring());
+    const ULONGLONG begin = GetTickCount64();
+    while (!client::v0::ReplaceContent(name, content)) {
+        if (GetTickCount64() - begin >= limitMs) {
+            return false;
+        }
+        if (pause) {
+            pause();
+        } else {
+            Sleep(kReplacePauseMs);
+        }
+    }
+    return true;
+}
+
 bool ReplaceContentOnDisk(const std::filesystem::path& path, const std::string& content)
 {
-    if (!client::v0::ReplaceContent(client::v0::Utf8(path.wstring()), content)) {
+    if (!ReplaceContentWithin(path, content, kReplaceMs)) {
         return false;
     }
     const system::win32::v1::UniqueKernelHandle file(

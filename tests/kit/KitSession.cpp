@@ -11,7 +11,6 @@
 #include "TestRun.h"
 #include "Undo.h"
 
-#include "AtomicFile.h"
 #include "ProcessList.h"
 #include "Utf8.h"
 #include "com/ComApartment.h"
@@ -34,6 +33,7 @@ constexpr int kNothingRun = 2;
 constexpr int kInterrupted = 130;
 // A virus scanner may hold a file of a test open for a while.
 constexpr unsigned kWorkFolderMs = 30000;
+constexpr unsigned kReportMs = 10000;
 
 /// One run of the kit.
 class Session {
@@ -110,7 +110,8 @@ void Session::RefuseUnfitMachine() const
 {
     if (const std::string objection = ObjectionTo(folderText_); !objection.empty()) {
         throw std::runtime_error("the tests cannot run in " + folderText_ + ": " + objection +
-                                 ". Unpack the ZIP again, for example to C:\\kit");
+                                 ". Move this whole folder to C:\\, or unpack the ZIP to C:\\kit, "
+                                 "and start run-tests.exe there");
     }
     for (const auto& process : client::v0::ProcessesOfImage(L"DaemonManager.exe")) {
         throw std::runtime_error("a supervisor runs on this machine (process " +
@@ -241,12 +242,11 @@ bool Session::WriteReports() const
     bool written = true;
     std::error_code ignored;
     fs::create_directories(folder_ / "report", ignored);
-    const std::string folder = folderText_ + "\\report\\";
     for (const auto& [name, content] : {std::pair{"report.html", ReportAsHtml(report_)},
                                         std::pair{"report.json", ReportAsJson(report_)},
                                         std::pair{"junit.xml", ReportAsJUnit(report_)}}) {
-        if (!client::v0::ReplaceContent(folder + name, content)) {
-            std::cout << "CANNOT BE WRITTEN: " << folder << name << "\n";
+        if (!ReplaceContentWithin(folder_ / "report" / name, content, kReportMs)) {
+            std::cout << "CANNOT BE WRITTEN: " << folderText_ << "\\report\\" << name << "\n";
             written = false;
         }
     }

@@ -64,6 +64,18 @@ std::string WineVersion()
     return ask != nullptr ? ask() : "no: this is Windows itself";
 }
 
+// Windows names accounts and groups in its language, and describes errors in it.
+std::string Languages()
+{
+    wchar_t user[LOCALE_NAME_MAX_LENGTH] = {};
+    wchar_t system[LOCALE_NAME_MAX_LENGTH] = {};
+    LCIDToLocaleName(MAKELCID(GetUserDefaultUILanguage(), SORT_DEFAULT), user,
+                     LOCALE_NAME_MAX_LENGTH, 0);
+    LCIDToLocaleName(MAKELCID(GetSystemDefaultUILanguage(), SORT_DEFAULT), system,
+                     LOCALE_NAME_MAX_LENGTH, 0);
+    return "user " + Utf8(user) + ", system " + Utf8(system);
+}
+
 std::string CodePages()
 {
     return "ANSI " + std::to_string(GetACP()) + ", OEM " + std::to_string(GetOEMCP()) +
@@ -144,6 +156,15 @@ std::string VirusScanner()
                          MachineText(policy, "DisableRealtimeMonitoring", "")});
 }
 
+std::string CodeIntegrity()
+{
+    const char* const memory =
+        R"(SYSTEM\CurrentControlSet\Control\DeviceGuard\Scenarios\HypervisorEnforcedCodeIntegrity)";
+    const char* const policy = R"(SYSTEM\CurrentControlSet\Control\CI\Policy)";
+    return CodeIntegrityText(MachineText(memory, "Enabled", ""),
+                             MachineText(policy, "VerifiedAndReputablePolicyState", ""));
+}
+
 std::string TimerSteps()
 {
     using Ask = LONG(NTAPI*)(ULONG*, ULONG*, ULONG*);
@@ -216,6 +237,7 @@ std::vector<Fact> GatherMachineFacts(const std::string& kitFolder)
             {"Disk of the kit", Disk(kitFolder)},
             {"Folder of the kit", kitFolder},
             {"Temporary folder", TemporaryFolder()},
+            {"Languages", Languages()},
             {"Code pages", CodePages()},
             {"Console", ConsoleModes()},
             {"Session", SessionText()},
@@ -223,6 +245,7 @@ std::vector<Fact> GatherMachineFacts(const std::string& kitFolder)
             {"Firewall", Firewall()},
             {"WMI", Wmi()},
             {"Virus scanner", VirusScanner()},
+            {"Code integrity", CodeIntegrity()},
             {"Error boxes", ErrorBoxes()},
             {"Clock", TimerSteps()}};
 }

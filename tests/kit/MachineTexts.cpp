@@ -35,4 +35,15 @@ std::string DefenderText(const DefenderFacts& facts)
            (facts.policy.empty() && !facts.off.empty() && facts.off != "0" ? "off" : "on");
 }
 
+std::string CodeIntegrityText(const std::string& memoryIntegrity,
+                              const std::string& smartAppControl)
+{
+    std::string text = std::string("Memory integrity ") + (memoryIntegrity == "1" ? "on" : "off") +
+                       "; Smart App Control ";
+    if (smartAppControl.empty() || smartAppControl == "0") {
+        return text + "off";
+    }
+    return text + (smartAppControl == "1" ? "on" : "watches, and may switch itself on");
+}
+
 } // namespace vqrx::kit

@@ -22,4 +22,11 @@ struct DefenderFacts {
 /// Says in one line whether Defender looks at new files while they are used.
 [[nodiscard]] std::string DefenderText(const DefenderFacts& facts);
 
+/// Says in one line which programs Windows lets run. Texts are registry values as decimal numbers;
+/// empty: the value does not exist.
+/// @param memoryIntegrity  value Enabled of HypervisorEnforcedCodeIntegrity
+/// @param smartAppControl  value VerifiedAndReputablePolicyState, which Windows 11 has
+[[nodiscard]] std::string CodeIntegrityText(const std::string& memoryIntegrity,
+                                            const std::string& smartAppControl);
+
 } // namespace vqrx::kit

@@ -28,5 +28,14 @@ TEST(MachineTexts, Real_time_protection_is_on_unless_a_setting_or_another_scanne
               "Defender runs in passive mode: another virus scanner protects the machine");
 }
 
+TEST(MachineTexts, Code_integrity_is_off_where_the_registry_has_no_value)
+{
+    EXPECT_EQ(CodeIntegrityText("", ""), "Memory integrity off; Smart App Control off");
+    EXPECT_EQ(CodeIntegrityText("0", "0"), "Memory integrity off; Smart App Control off");
+    EXPECT_EQ(CodeIntegrityText("1", "1"), "Memory integrity on; Smart App Control on");
+    EXPECT_EQ(CodeIntegrityText("1", "2"),
+              "Memory integrity on; Smart App Control watches, and may switch itself on");
+}
+
 } // namespace
 } // namespace vqrx::kit

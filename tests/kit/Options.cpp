@@ -118,6 +118,9 @@ std::string ObjectionTo(const std::string& folder)
     if (folder.starts_with("\\\\")) {
         return "it is on another machine";
     }
+    if (folder.find("\\OneDrive") != std::string::npos) {
+        return "it is in OneDrive, which holds new files open and copies them away";
+    }
     return {};
 }
 

@@ -87,6 +87,8 @@ TEST(KitOptions, A_folder_in_which_tests_would_fail_is_refused)
               "its path contains a blank or a letter beyond ASCII");
     EXPECT_EQ(ObjectionTo("C:\\x\\AppData\\kit"), "its path contains \\App");
     EXPECT_EQ(ObjectionTo("\\\\server\\kit"), "it is on another machine");
+    EXPECT_EQ(ObjectionTo("C:\\Users\\x\\OneDrive\\Desktop\\kit"),
+              "it is in OneDrive, which holds new files open and copies them away");
 }
 
 } // namespace

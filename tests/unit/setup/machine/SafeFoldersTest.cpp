@@ -1,6 +1,7 @@
 #include "SafeFolders.h"
 
 #include "ImportPatch.h"
+#include "ObjectRights.h"
 #include "SetupError.h"
 #include "TempFolder.h"
 #include "Wine.h"
@@ -32,6 +33,12 @@ void OpenToEverybody(const std::string& path)
         "D:P(A;OICI;FA;;;WD)", SDDL_REVISION_1, &descriptor, nullptr));
     EXPECT_TRUE(SetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, descriptor));
     LocalFree(descriptor);
+}
+
+// Windows gives this group a name in its own language.
+std::string Everybody()
+{
+    return client::v0::NameOfAccount("S-1-1-0");
 }
 
 std::string ReasonOfRefusal(SafeFolders& folders, const std::string& path)
@@ -97,7 +104,7 @@ TEST(SafeFolders, An_existing_folder_that_everybody_may_change_is_refused_with_a
     OpenToEverybody(temp.File("open"));
     SafeFolders folders("", false);
     const std::string reason = ReasonOfRefusal(folders, temp.File("open"));
-    EXPECT_TRUE(Contains(reason, "Everyone may write to " + temp.File("open"))) << reason;
+    EXPECT_TRUE(Contains(reason, Everybody() + " may write to " + temp.File("open"))) << reason;
     EXPECT_TRUE(Contains(reason, "icacls \"" + temp.File("open") + "\" /inheritance:r")) << reason;
     EXPECT_TRUE(Contains(reason, "/ALLOWWEAK")) << reason;
 }
@@ -109,7 +116,7 @@ TEST(SafeFolders, A_new_folder_below_one_that_everybody_may_change_is_refused)
     OpenToEverybody(temp.File("open"));
     SafeFolders folders("", false);
     EXPECT_TRUE(Contains(ReasonOfRefusal(folders, temp.File("open\\new\\inner")),
-                         "Everyone may write to " + temp.File("open")));
+                         Everybody() + " may write to " + temp.File("open")));
     EXPECT_FALSE(std::filesystem::exists(temp.File("open\\new")));
 }
 
@@ -159,7 +166,8 @@ TEST(SafeFolders, A_made_folder_without_its_rights_is_refused)
     const TempFolder temp;
     SafeFolders folders("", false);
     const ImportPatch patch("CreateDirectoryW", MakeWithoutRights, makeFolder);
-    EXPECT_TRUE(Contains(ReasonOfRefusal(folders, temp.File("new")), "Everyone may write to"));
+    EXPECT_TRUE(
+        Contains(ReasonOfRefusal(folders, temp.File("new")), Everybody() + " may write to"));
     EXPECT_EQ(std::vector<std::string>{temp.File("new")}, folders.Made()); // so that it is removed
 }
 
