@@ -7,6 +7,7 @@
 #include "GatherAutostart.h"
 #include "InstalledPaths.h"
 #include "ObjectRights.h"
+#include "PasteableText.h"
 #include "PrintText.h"
 #include "Printable.h"
 #include "TrustedSources.h"
@@ -25,8 +26,6 @@ namespace vqrx::client::v0 {
 namespace {
 
 constexpr const wchar_t* kGuardProgram = L"DaemonGuard.exe";
-constexpr const char* kStarted =
-    "the guard was started now; to wait for the supervisor: daemonctl wait --for supervisor\n";
 
 struct AutostartOptions {
     std::string action;
@@ -50,6 +49,23 @@ std::string FullPath(const std::string& path)
     full.resize(GetFullPathNameW(Wide(path).c_str(), static_cast<DWORD>(full.size()), full.data(),
                                  nullptr));
     return full.empty() ? path : Utf8(full);
+}
+
+// Prints what to do next. Windows shows the supervisor of a service only to programs of the
+// account SYSTEM, so here only the guard's log tells of it.
+void PrintStarted(GuardMode mode)
+{
+    if (mode == GuardMode::kSession) {
+        PrintText("the guard was started now; to wait for the supervisor: daemonctl wait --for "
+                  "supervisor\n");
+        return;
+    }
+    const std::string log = DefaultGuardLogPath();
+    const std::string quoted = QuotedForPasting(log);
+    PrintText("the guard was started now; to see what it does: daemonctl log --file " +
+              (quoted.empty() ? Printable(log) : quoted) +
+              "\nprograms of a desktop do not find the supervisor of a service: daemonctl wait "
+              "--for supervisor needs a task of the account SYSTEM\n");
 }
 
 // Prints the faults of a fleet file.
@@ -127,7 +143,7 @@ int Install(const AutostartOptions& options)
     PrintText(how + Printable(CommandLineOf(command)) + "\n");
     if (!options.noStart) {
         StartGuard(command);
-        PrintText(kStarted);
+        PrintStarted(command.arguments.mode);
     }
     return kDone;
 }
@@ -153,7 +169,7 @@ int Start()
         return kNothingToDo;
     }
     StartGuard(*command);
-    PrintText(kStarted);
+    PrintStarted(command->arguments.mode);
     return kDone;
 }
 

@@ -13,6 +13,7 @@
 #include "exception_utils/COMException.h"
 
 #include <chrono>
+#include <cstdint>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -33,9 +34,13 @@ std::string WhyNoSupervisorAnswers()
     if (processes.empty()) {
         return "\n  Start DaemonManager.exe as this user or as administrator.";
     }
-    return "\n  But " + NamesOf(processes) +
-           " runs: it waits for the firewall service at its start, it is about to end, it hangs, or "
-           "it runs in another session.\n  See: daemonctl log --tail 5; daemonctl doctor";
+    std::uint32_t session = 0;
+    const std::string elsewhere = DescribeElsewhere(FindElsewhere(session), session);
+    return "\n  But " + NamesOf(processes) + " runs: " +
+           (elsewhere.empty() ? "it waits for the firewall service at its start, it is about to "
+                                "end, it hangs, or it runs in another session"
+                              : elsewhere) +
+           ".\n  See: daemonctl log --tail 5; daemonctl doctor";
 }
 
 // The state of a supervisor that has published no object.

@@ -28,6 +28,11 @@ std::string DefaultLogPath()
     return AnsiToUtf8(installation::LogFile(FirmwareRoot()));
 }
 
+std::string DefaultGuardLogPath()
+{
+    return AnsiToUtf8(installation::GuardLogFile(FirmwareRoot()));
+}
+
 std::string HandOverLockPath()
 {
     return AnsiToUtf8(installation::HandOverLockFile(FirmwareRoot()));

@@ -10,6 +10,10 @@ namespace vqrx::client::v0 {
 /// @throws std::runtime_error if the registry does not name the firmware root
 [[nodiscard]] std::string DefaultLogPath();
 
+/// Returns the guard's log file.
+/// @throws std::runtime_error if the registry does not name the firmware root
+[[nodiscard]] std::string DefaultGuardLogPath();
+
 /// Returns the file that a program keeps open while it hands daemons over or applies a fleet file.
 /// @throws std::runtime_error if the registry does not name the firmware root
 [[nodiscard]] std::string HandOverLockPath();

@@ -49,6 +49,20 @@ std::vector<ImageFacts> PossibleSupervisors(const SupervisorFacts& facts)
     return possible;
 }
 
+std::string DescribeElsewhere(const std::vector<SupervisorElsewhere>& elsewhere,
+                              std::uint32_t session)
+{
+    std::string text;
+    for (const SupervisorElsewhere& process : elsewhere) {
+        text += (text.empty() ? "process " : ", process ") + std::to_string(process.processId) +
+                " runs in session " + std::to_string(process.session) +
+                (process.user.empty() ? "" : " as " + process.user);
+    }
+    return text.empty() ? text
+                        : text + ", this program in session " + std::to_string(session) +
+                              ": Windows shows a supervisor only to programs of its own session";
+}
+
 std::string HowToRegister(const std::string& library)
 {
     const std::string path = QuotedForPasting(library);
@@ -93,11 +107,17 @@ std::string DescribeSupervisor(const SupervisorFacts& facts)
     case Answer::kAnswers:
         break;
     case Answer::kNotRunning:
-        return processes.empty()
-                   ? "no supervisor is running on this machine"
-                   : "DaemonManager.exe runs (" + processes +
-                         ") but is not published: it is starting and waits for the firewall "
-                         "service, or its publication failed, or another user runs it";
+        if (processes.empty()) {
+            return "no supervisor is running on this machine";
+        }
+        if (!facts.elsewhere.empty()) {
+            return "DaemonManager.exe runs (" + processes +
+                   ") but no call reaches it: " + DescribeElsewhere(facts.elsewhere, facts.session);
+        }
+        return "DaemonManager.exe runs (" + processes +
+               ") but is not published: it is starting and waits for the firewall service, or its "
+               "publication failed, or it runs as another user or in another session, such as "
+               "that of a service";
     case Answer::kProxyNotRegistered:
         return "the supervisor runs, but no client can call it without its proxy/stub";
     case Answer::kStranger:
@@ -123,7 +143,11 @@ Finding JudgeSupervisor(const SupervisorFacts& facts, const std::string& version
         return Failure(check, found,
                        facts.processes.empty()
                            ? "Start DaemonManager.exe as this user or as administrator."
-                           : showRecords);
+                       : facts.elsewhere.empty()
+                           ? showRecords
+                           : std::string("Run daemonctl in that session; in session 0: as a "
+                                         "scheduled task of the account SYSTEM. ") +
+                                 showRecords);
     case Answer::kProxyNotRegistered:
         return Failure(check, found, "First follow the advice for the check proxy.");
     case Answer::kStranger:

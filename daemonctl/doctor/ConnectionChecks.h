@@ -26,6 +26,14 @@ struct Namesake {
     std::string user;    ///< "DOMAIN\name"; empty: not known
 };
 
+/// A process that can be the supervisor and runs in another session than this program. Windows
+/// shows its object only to programs of its own session.
+struct SupervisorElsewhere {
+    std::uint32_t processId = 0;
+    std::uint32_t session = 0;
+    std::string user; ///< "DOMAIN\name", UTF-8; empty: not known
+};
+
 /// What a call of the supervisor showed.
 struct SupervisorFacts {
     /// How the supervisor answered.
@@ -43,11 +51,25 @@ struct SupervisorFacts {
     /// Those of them that run another file than the installed program, or run it as somebody who is
     /// not expected to. Empty if nothing on this machine names the installed program.
     std::vector<Namesake> namesakes;
+    std::vector<SupervisorElsewhere> elsewhere; ///< those of `processes` in another session
+    std::uint32_t session = 0;                  ///< the session of this program
 };
 
 /// Returns the processes that can be the supervisor: all processes of its name without the
 /// namesakes. Pure.
 [[nodiscard]] std::vector<ImageFacts> PossibleSupervisors(const SupervisorFacts& facts);
+
+/// Says for people which supervisors run in other sessions, and why no call reaches them. Pure.
+/// @param session  the session of this program
+/// @return "process 7 runs in session 0, this program in session 1: ..."; empty if there is none
+[[nodiscard]] std::string DescribeElsewhere(const std::vector<SupervisorElsewhere>& elsewhere,
+                                            std::uint32_t session);
+
+/// Finds the processes that can be the supervisor and run in another session than this program.
+/// A process whose session Windows does not tell is left out. Windows only.
+/// @param session  set to the session of this program
+/// @throws std::bad_alloc
+[[nodiscard]] std::vector<SupervisorElsewhere> FindElsewhere(std::uint32_t& session);
 
 /// Returns the path of the proxy/stub in the folder of this program; empty if it is not there.
 /// Windows only.

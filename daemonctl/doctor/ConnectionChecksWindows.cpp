@@ -86,6 +86,25 @@ std::vector<Namesake> FindNamesakes()
 
 } // namespace
 
+std::vector<SupervisorElsewhere> FindElsewhere(std::uint32_t& session)
+{
+    DWORD own = 0;
+    const bool isOwnKnown = ProcessIdToSessionId(GetCurrentProcessId(), &own) != FALSE;
+    session = own;
+    std::vector<SupervisorElsewhere> found;
+    for (const auto& process : daemon_manager::IdentifySupervisor().processes) {
+        const bool mayBe =
+            process.program.empty() ||
+            (process.installedProgram && (process.expectedUser || !process.userKnown));
+        DWORD other = 0;
+        if (isOwnKnown && mayBe && ProcessIdToSessionId(process.processId, &other) != FALSE &&
+            other != own) {
+            found.push_back({process.processId, other, Utf8(process.user)});
+        }
+    }
+    return found;
+}
+
 std::string ProxyBesideThisProgram()
 {
     const std::wstring path = system::file::v2::PathBesideOwnProgram(L"DaemonMgrPS.dll");
@@ -123,6 +142,7 @@ SupervisorFacts GatherSupervisorFacts()
     }
     facts.processes = ProcessesOfImage(daemon_manager::kSupervisorProgram);
     facts.namesakes = FindNamesakes();
+    facts.elsewhere = FindElsewhere(facts.session);
     return facts;
 }
 

@@ -51,6 +51,15 @@ protected:
         return '"' + ProductProgram("DaemonGuard.exe") + "\" " + options;
     }
 
+    // What start and install print: no program of a desktop finds the supervisor of a service.
+    [[nodiscard]] std::string StartedAsService() const
+    {
+        return "the guard was started now; to see what it does: daemonctl log --file \"" +
+               machine_.GuardLog() +
+               "\"\nprograms of a desktop do not find the supervisor of a service: daemonctl wait "
+               "--for supervisor needs a task of the account SYSTEM\n";
+    }
+
     GuardedMachine machine_;
     const std::string worker_ = TestProgram("no_windows");
 };
@@ -75,10 +84,8 @@ TEST_F(Autostart, Service_starts_supervisor_and_fleet_and_its_stop_leaves_the_da
     machine_.WriteFleet(worker_ + " 1\n");
     const Answer installed = Daemonctl("autostart install");
     EXPECT_EQ(installed.exitCode, 0U) << installed;
-    EXPECT_EQ(installed.output,
-              "the guard starts with Windows, as the service DaemonGuard: " + Guard("--service") +
-                  "\nthe guard was started now; to wait for the supervisor: daemonctl wait --for "
-                  "supervisor\n");
+    EXPECT_EQ(installed.output, "the guard starts with Windows, as the service DaemonGuard: " +
+                                    Guard("--service") + "\n" + StartedAsService());
     ASSERT_TRUE(machine_.WaitForTakeOver());
     EXPECT_EQ(State(), DWORD{SERVICE_RUNNING});
     ASSERT_TRUE(WaitUntil([] { return ProcessesNamed("no_windows.exe").size() == 1; }));
@@ -110,11 +117,7 @@ TEST_F(Autostart, Order_to_exit_stops_the_service_too)
         "warning  autostart         the service DaemonGuard starts the supervisor with Windows, but it "
         "does not run now: if the supervisor ends, nobody starts it again\n"))
         << status;
-    EXPECT_EQ(Daemonctl("autostart start"),
-              (Answer{0,
-                      "the guard was started now; to wait for the supervisor: daemonctl wait --for "
-                      "supervisor\n",
-                      ""}));
+    EXPECT_EQ(Daemonctl("autostart start"), (Answer{0, StartedAsService(), ""}));
     EXPECT_TRUE(machine_.WaitForTakeOver(2));
 }
 
@@ -144,6 +147,15 @@ TEST_F(Autostart, Session_is_an_entry_of_the_Run_key_with_the_fleet_file)
                       "no guard starts at power-on any more; a guard that runs goes on until "
                       "daemonctl exit\n",
                       ""}));
+}
+
+TEST_F(Autostart, Session_names_the_command_that_waits_for_its_supervisor)
+{
+    const Answer installed = Daemonctl("autostart install --session");
+    EXPECT_EQ(installed.exitCode, 0U) << installed;
+    const std::string hint = "\nthe guard was started now; to wait for the supervisor: daemonctl "
+                             "wait --for supervisor\n";
+    EXPECT_TRUE(installed.output.ends_with(hint)) << installed;
 }
 
 TEST_F(Autostart, Fleet_file_that_is_missing_or_has_faults_is_refused_and_nothing_is_done)

@@ -144,10 +144,31 @@ TEST(SupervisorCheck, Fails_for_a_supervisor_that_is_not_published_or_does_not_r
     ExpectSupervisor(
         facts, Verdict::kFailure,
         "DaemonManager.exe runs (process 12, version 1.0.0) but is not published: it is "
-        "starting and waits for the firewall service, or its publication failed, or another "
-        "user runs it");
+        "starting and waits for the firewall service, or its publication failed, or it runs as "
+        "another user or in another session, such as that of a service");
     facts.processes.clear();
     ExpectSupervisor(facts, Verdict::kFailure, "no supervisor is running on this machine");
+}
+
+TEST(SupervisorCheck, Names_the_session_of_a_supervisor_that_runs_in_another_one)
+{
+    SupervisorFacts facts = HealthySupervisor();
+    facts.answer = Answer::kNotRunning;
+    facts.session = 1;
+    facts.elsewhere = {{12, 0, R"(NT AUTHORITY\SYSTEM)"}};
+    ExpectSupervisor(facts, Verdict::kFailure,
+                     "DaemonManager.exe runs (process 12, version 1.0.0) but no call reaches it: "
+                     "process 12 runs in session 0 as NT AUTHORITY\\SYSTEM, this program in "
+                     "session 1: Windows shows a supervisor only to programs of its own session");
+    EXPECT_EQ(JudgeSupervisor(facts, "1.0.0").remedy,
+              "Run daemonctl in that session; in session 0: as a scheduled task of the account "
+              "SYSTEM. Show its last records: daemonctl log --tail 20");
+    EXPECT_EQ(DescribeElsewhere({{12, 0, ""}, {13, 2, ""}}, 1),
+              "process 12 runs in session 0, process 13 runs in session 2, this program in session "
+              "1: Windows shows a supervisor only to programs of its own session");
+    EXPECT_EQ(DescribeElsewhere({}, 1), "");
+    facts.answer = Answer::kAnswers; // a second one elsewhere changes nothing
+    EXPECT_EQ(DescribeSupervisor(facts), "published and answering (process 12, version 1.0.0)");
 }
 
 } // namespace
