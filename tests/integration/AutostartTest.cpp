@@ -203,6 +203,23 @@ TEST_F(Autostart, Fleet_file_that_others_may_write_is_a_failure_of_the_service_u
         << trusted;
 }
 
+// A person may have the file open, or a virus scanner.
+TEST_F(Autostart, Fleet_file_that_another_program_holds_is_applied_after_it_is_closed)
+{
+    machine_.WriteFleet(worker_ + " 1\n");
+    system::win32::v1::UniqueKernelHandle held(CreateFileA((machine_.App() + "\\fleet.txt").c_str(),
+                                                           GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                                           0, nullptr));
+    ASSERT_TRUE(held);
+    const Answer made = Daemonctl("autostart install --no-start");
+    EXPECT_EQ(made.exitCode, 0U) << made;
+    EXPECT_EQ(Daemonctl("autostart start").exitCode, 0U);
+    EXPECT_NE(machine_.WaitForGuardLog("Fleet: nothing was launched"), "");
+    held.Reset();
+    EXPECT_NE(machine_.WaitForGuardLog("Fleet: 1 launched, 0 attached, 0 there already, 0 not"),
+              "");
+}
+
 TEST_F(Autostart, Wrong_options_are_refused)
 {
     for (const char* arguments : {"", "frobnicate", "status --session", "remove --fleet x",
