@@ -1,5 +1,6 @@
 #include "InstallationSteps.h"
 
+#include "GuardProcess.h"
 #include "Installation.h"
 #include "InstalledFiles.h"
 #include "ProtectedObjects.h"
@@ -112,6 +113,9 @@ void InstallationSteps::EndSupervisor()
 {
     change_.End(installation::LogFolder(place_.root) + "\\" + RandomName("before-setup-") +
                 ".json");
+    if (const std::string former = InstallationKey().Text("InstallLocation"); !former.empty()) {
+        endedGuard_ = EndGuards(former, change_.Ran() ? kGuardEndMs : 0);
+    }
 }
 
 void InstallationSteps::Replace()
@@ -185,7 +189,7 @@ bool InstallationSteps::SetUpAutostart()
         }
         return change_.Autostart(arguments);
     }
-    return !change_.Ran() || options_.noStart || change_.Autostart({"start"});
+    return !(change_.Ran() || endedGuard_) || options_.noStart || change_.Autostart({"start"});
 }
 
 void InstallationSteps::GoBack() noexcept
@@ -198,6 +202,8 @@ void InstallationSteps::GoBack() noexcept
         }
         if (change_.Ended()) {
             StartFormer();
+        } else if (endedGuard_) {
+            static_cast<void>(change_.Autostart({"start"}));
         }
     } catch (const std::exception& error) {
         conversation_.Say(

@@ -28,7 +28,7 @@ public:
     /// started again. A supervisor that runs is not disturbed.
     void Prepare();
 
-    /// Ends the supervisor that runs.
+    /// Ends the supervisor that runs, and a guard: also one that waits between two starts.
     void EndSupervisor();
 
     /// Replaces the files, registers the proxy/stub and the firmware root.
@@ -45,12 +45,12 @@ public:
     [[nodiscard]] int HandOver();
 
     /// Sets up what Windows starts at power-on, as the options say. Without such an option a guard
-    /// that is set up is started again: it ended with the supervisor.
+    /// that is set up and ran is started again.
     /// @return whether that succeeded; the conversation has the reason
     [[nodiscard]] bool SetUpAutostart();
 
     /// Takes all steps back, in reverse order. If the supervisor was ended, the former one is
-    /// started and gets its daemons, and a guard that is set up is started.
+    /// started and gets its daemons. A guard that was ended is started, if it is set up.
     void GoBack() noexcept;
 
 private:
@@ -72,6 +72,7 @@ private:
     std::optional<SafeFolders> folders_;
     bool logExisted_ = false;
     bool wroteRegistry_ = false;
+    bool endedGuard_ = false; // one that did not end with the supervisor
     std::string formerProxy_;
     KeyValues formerNotes_;  // of InstallationKey()
     KeyValues formerEvents_; // of EventSourceKey()

@@ -2,6 +2,7 @@
 
 #include "FileSwap.h"
 #include "FirmwarePlace.h"
+#include "GuardProcess.h"
 #include "InstalledFiles.h"
 #include "MachineKey.h"
 #include "ObjectRights.h"
@@ -64,13 +65,32 @@ void RemoveMadeFolders()
     }
 }
 
+// Ends the supervisor, and the guard, which ends with it. A guard that waits between two starts of
+// the supervisor does not, so it is ended; it may have started another supervisor meanwhile.
+void EndSupervisorAndGuard(const std::string& folder, Conversation& conversation)
+{
+    bool hasEndedGuard = false;
+    for (bool lookAgain = true; lookAgain; hasEndedGuard = lookAgain) {
+        SupervisorChange change(conversation, [folder] { return folder + "\\daemonctl.exe"; });
+        const std::string listing = folder + "\\" + RandomName("before-setup-") + ".json";
+        try {
+            change.End(listing); // first: if it fails, the machine still has its guard
+        } catch (const SetupError&) {
+            if (hasEndedGuard) {
+                static_cast<void>(change.Autostart({"start"}));
+            }
+            throw;
+        }
+        DeleteOrLater(listing);
+        lookAgain = EndGuards(folder, change.Ran() ? kGuardEndMs : 0);
+    }
+}
+
 void RemoveAll(const SetupOptions& options, Conversation& conversation)
 {
     const std::string folder = InstalledFolder();
-    SupervisorChange change(conversation, [folder] { return folder + "\\daemonctl.exe"; });
-    const std::string listing = folder + "\\" + RandomName("before-setup-") + ".json";
-    change.End(listing); // first: if it fails, the machine still has its guard
-    DeleteOrLater(listing);
+    EndSupervisorAndGuard(folder, conversation);
+    const SupervisorChange change(conversation, [folder] { return folder + "\\daemonctl.exe"; });
     if (!change.Autostart({"remove"})) { // otherwise Windows would start a program that is gone
         static_cast<void>(change.Autostart({"start"})); // it ended with the supervisor
         throw SetupError("The guard is still set up.");

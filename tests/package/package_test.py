@@ -10,6 +10,7 @@ import unittest
 import packages
 import windows_machine as machine
 from failure_test import Failure  # noqa: F401
+from guard_test import Guarding  # noqa: F401
 from installation_test import Installation  # noqa: F401
 from materials_test import Materials  # noqa: F401
 from packages_test import Packages  # noqa: F401

@@ -1,0 +1,77 @@
+"""What the installer and the uninstaller do with a guard, in which order."""
+import shutil
+
+import windows_machine as machine
+from installation import OWN_KEY, InstallationTest
+
+RUN_KEY = r"HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Run"
+
+
+class Guarding(InstallationTest):
+    def install_guard(self):
+        self.install_below_root("/AUTOSTART=session")
+        self.addCleanup(machine.end_processes, "DaemonGuard.exe")
+        self.assertEqual(self.daemonctl("wait", "--for", "supervisor")[0], 0)
+
+    def log_of(self, program):
+        return (machine.host_path(self.ROOT) / f"Logs/{program}.log").read_bytes()
+
+    def let_the_guard_wait(self):
+        """Makes the supervisor fail at every start, so that the guard waits between two starts."""
+        self.assertEqual(self.daemonctl("exit")[0], 0)
+        machine.wait_until(lambda: not machine.processes("DaemonGuard.exe"), "the guard ends")
+        shutil.rmtree(machine.host_path(self.ROOT) / "App")
+        self.assertEqual(self.daemonctl("autostart", "start")[0], 0)
+        machine.wait_until(lambda: b"Next start of the supervisor in 8 s" in self.log_of("DaemonGuard"),
+                           "the guard waits")
+
+    def put_a_witness_in_the_place_of_daemonctl(self, refused):
+        """Puts a program in the place of daemonctl that notes all calls, and refuses one.
+        @return a function that puts daemonctl back, and returns the calls"""
+        folder = machine.host_path(self.folder)
+        (folder / "daemonctl.exe").rename(folder / "real.exe")
+        shutil.copy(machine.BUILD / "tests/programs/forwards.exe", folder / "daemonctl.exe")
+        (folder / "refuse.txt").write_text(refused, encoding="utf-8")
+
+        def put_back():
+            calls = (folder / "calls.txt").read_text(encoding="utf-8").splitlines()
+            (folder / "real.exe").replace(folder / "daemonctl.exe")
+            return [call.split(" --output ")[0] for call in calls]
+        return put_back
+
+    def test_removal_ends_the_supervisor_first_and_starts_the_guard_again_if_it_stays_set_up(self):
+        self.install_guard()
+        worker = self.launch_worker("stays")
+        before = machine.processes("DaemonGuard.exe")
+        put_back = self.put_a_witness_in_the_place_of_daemonctl("autostart remove")
+        code, said = machine.call(self.installed("Uninstall.exe"), "/S")
+        calls = put_back()
+        self.assertEqual(code, 2, said)
+        self.assertIn("The guard is still set up.", said)
+        self.assertEqual(calls, ["ps", "exit", "autostart remove", "autostart start"])
+        self.assertIsNotNone(machine.registry(OWN_KEY))
+        self.assertIn("DaemonGuard.exe", str(machine.registry(RUN_KEY)))
+        # The machine is guarded as before, and the worker has its supervisor again.
+        self.assertEqual(self.daemonctl("wait", "no_windows.exe")[0], 0)
+        self.assertEqual(len(machine.processes("DaemonGuard.exe")), 1)
+        self.assertNotEqual(machine.processes("DaemonGuard.exe"), before)
+        self.assertEqual(machine.processes("no_windows.exe"), {worker})
+
+    def test_removal_ends_a_guard_that_waits_between_two_starts(self):
+        self.install_guard()
+        self.let_the_guard_wait()
+        self.uninstall()
+        self.assertEqual(machine.processes("DaemonGuard.exe"), set())
+        self.assertEqual(machine.processes("DaemonManager.exe"), set())
+        self.assertNotIn("DaemonGuard.exe", str(machine.registry(RUN_KEY)))
+        self.assertFalse((machine.host_path(self.folder) / "DaemonGuard.exe").exists())
+
+    def test_an_upgrade_replaces_a_guard_that_waits_between_two_starts(self):
+        self.install_guard()
+        self.let_the_guard_wait()
+        before = machine.processes("DaemonGuard.exe")
+        self.assertEqual(self.install(), 0, self.said)
+        after = machine.processes("DaemonGuard.exe")
+        self.assertEqual(len(after), 1)
+        self.assertEqual(before & after, set())
+        self.assertEqual(self.daemonctl("wait", "--for", "supervisor")[0], 0)

@@ -1,0 +1,37 @@
+// Child program in the place of another one, which lies beside it as "real.exe". Appends its
+// arguments, as one line, to the file "calls.txt" beside it, and runs the other program with them.
+// If the arguments are the content of the file "refuse.txt" beside it, it ends with exit code 4
+// instead.
+#include "ChildProgram.h"
+
+#include <iterator>
+
+int main(int argc, char** argv)
+{
+    const std::string path = argv[0];
+    const std::string folder = path.substr(0, path.rfind('\\') + 1);
+    std::string words;
+    std::string command = '"' + folder + "real.exe\"";
+    for (int index = 1; index < argc; ++index) {
+        words += (index == 1 ? "" : " ") + vqrx::test::Argument(argc, argv, index);
+        command += " \"" + vqrx::test::Argument(argc, argv, index) + '"';
+    }
+    std::ofstream(folder + "calls.txt", std::ios::app) << words << std::endl;
+    std::ifstream refuse(folder + "refuse.txt");
+    if (refuse && std::string(std::istreambuf_iterator<char>(refuse), {}) == words) {
+        return 4;
+    }
+    STARTUPINFOA startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION started{};
+    if (CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                       &startup, &started) == FALSE) {
+        return 5;
+    }
+    WaitForSingleObject(started.hProcess, INFINITE);
+    DWORD code = 0;
+    GetExitCodeProcess(started.hProcess, &code);
+    CloseHandle(started.hThread);
+    CloseHandle(started.hProcess);
+    return static_cast<int>(code);
+}

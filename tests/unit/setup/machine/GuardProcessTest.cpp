@@ -1,0 +1,121 @@
+#include "GuardProcess.h"
+
+#include "ChildProcess.h"
+#include "TempFolder.h"
+#include "win32/UniqueHandle.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+namespace vqrx::test {
+namespace {
+
+using setup::v0::EndGuards;
+using system::win32::v1::UniqueServiceHandle;
+
+constexpr DWORD kPatienceMs = 60000;
+
+// Puts a child program in the place of the guard. @return its path
+std::string PlaceGuard(const TempFolder& folder, const std::string& program)
+{
+    std::string path = folder.File("DaemonGuard.exe");
+    std::filesystem::copy_file(TestProgram(program), path);
+    return path;
+}
+
+// The service of the guard, whose program is a child program. The destructor deletes it.
+class GuardService {
+public:
+    explicit GuardService(const std::string& program)
+        : manager_(OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS))
+        , service_(CreateServiceA(manager_.Get(), "DaemonGuard", "DaemonGuard", SERVICE_ALL_ACCESS,
+                                  SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START,
+                                  SERVICE_ERROR_IGNORE, ('"' + program + "\" DaemonGuard").c_str(),
+                                  nullptr, nullptr, nullptr, nullptr, nullptr))
+    {
+        if (!service_ || StartServiceA(service_.Get(), 0, nullptr) == FALSE) {
+            throw std::runtime_error("the service does not start: error " +
+                                     std::to_string(GetLastError()));
+        }
+    }
+    GuardService(const GuardService&) = delete;
+    GuardService& operator=(const GuardService&) = delete;
+    ~GuardService()
+    {
+        KillProcess(Status().dwProcessId);
+        DeleteService(service_.Get());
+    }
+
+    [[nodiscard]] SERVICE_STATUS_PROCESS Status() const
+    {
+        SERVICE_STATUS_PROCESS status{};
+        DWORD needed = 0;
+        QueryServiceStatusEx(service_.Get(), SC_STATUS_PROCESS_INFO,
+                             reinterpret_cast<BYTE*>(&status), sizeof status, &needed);
+        return status;
+    }
+
+    [[nodiscard]] bool WaitUntilItRuns() const
+    {
+        const ULONGLONG end = GetTickCount64() + kPatienceMs;
+        while (Status().dwCurrentState != SERVICE_RUNNING) {
+            if (GetTickCount64() > end) {
+                return false;
+            }
+            Sleep(10); // Windows has no event for a state that Wine knows
+        }
+        return true;
+    }
+
+private:
+    UniqueServiceHandle manager_;
+    UniqueServiceHandle service_;
+};
+
+TEST(GuardProcess, A_folder_without_a_guard_that_runs_has_none_to_end)
+{
+    const TempFolder folder;
+    EXPECT_FALSE(EndGuards(folder.Path().string(), kPatienceMs));
+    const TempFolder other;
+    const ChildProcess guard('"' + PlaceGuard(other, "no_windows") + '"');
+    EXPECT_FALSE(EndGuards(folder.Path().string(), kPatienceMs));
+    EXPECT_TRUE(guard.Running());
+}
+
+TEST(GuardProcess, A_guard_that_runs_on_is_ended)
+{
+    const TempFolder folder;
+    const ChildProcess guard('"' + PlaceGuard(folder, "no_windows") + '"');
+    EXPECT_TRUE(EndGuards(folder.Path().string(), 0));
+    EXPECT_FALSE(guard.Running());
+    EXPECT_EQ(guard.ExitCode(), 1U);
+}
+
+TEST(GuardProcess, A_guard_that_ends_by_itself_is_waited_for)
+{
+    const TempFolder folder;
+    const ChildProcess guard('"' + PlaceGuard(folder, "exits_with") + "\" 7");
+    EXPECT_FALSE(EndGuards(folder.Path().string(), kPatienceMs));
+    EXPECT_EQ(guard.ExitCode(), 7U);
+}
+
+TEST(GuardProcess, A_service_is_stopped_by_the_service_manager)
+{
+    const TempFolder folder;
+    const GuardService service(PlaceGuard(folder, "test_service"));
+    ASSERT_TRUE(service.WaitUntilItRuns());
+    const system::win32::v1::UniqueKernelHandle process(
+        OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, service.Status().dwProcessId));
+    EXPECT_TRUE(EndGuards(folder.Path().string(), 0));
+    DWORD code = STILL_ACTIVE;
+    EXPECT_TRUE(GetExitCodeProcess(process.Get(), &code));
+    EXPECT_EQ(code, 0U); // a termination would leave 1
+}
+
+} // namespace
+} // namespace vqrx::test
