@@ -184,6 +184,15 @@ class Kit(unittest.TestCase):
                           "the run was stopped before this program"])
         self.expect_nothing_left()
 
+    def test_a_runner_without_the_other_files_says_that_the_ZIP_must_be_unpacked(self):
+        # Windows unpacks only the program that somebody double-clicks inside a ZIP.
+        with tempfile.TemporaryDirectory() as folder:
+            shutil.copy(self.folder / "run-tests.exe", folder)
+            code, output = machine.call(machine.windows_path(folder) + r"\run-tests.exe", "--yes")
+            self.assertEqual(code, 2, output)
+            self.assertIn("manifest.json is missing. This program was started inside the ZIP", output)
+            self.assertEqual(os.listdir(folder), ["run-tests.exe"])
+
     def test_an_installation_is_not_touched(self):
         machine.run("reg", "add", ROOT_KEY, "/v", "Pathname", "/d", r"C:\FIRMWARE\App", "/f")
         self.addCleanup(machine.run, "reg", "delete", r"HKLM\SOFTWARE\UnitWarden", "/f")
