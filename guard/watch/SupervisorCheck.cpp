@@ -1,6 +1,5 @@
 #include "SupervisorCheck.h"
 
-#include "Bounded.h"
 #include "com/ComApartment.h"
 #include "com/ComPtr.h"
 #include "daemon_manager/SupervisorClient.h"
@@ -12,6 +11,8 @@
 #include <atomic>
 #include <exception>
 #include <memory>
+#include <string>
+#include <utility>
 
 namespace vqrx::guard::v0 {
 namespace {
@@ -48,15 +49,23 @@ bool IsPublished() noexcept
            table->IsRunning(name.Get()) == S_OK;
 }
 
-SupervisorCheck CheckSupervisor(std::chrono::milliseconds limit)
+struct SupervisorChecker::Question {
+    std::atomic<bool> isConnected = false;
+    SupervisorCheck answer = {CheckResult::kUnknown, "no thread could be started", true};
+};
+
+SupervisorCheck SupervisorChecker::Check(std::chrono::milliseconds limit)
 {
-    const auto isConnected = std::make_shared<std::atomic<bool>>(false);
-    const auto check =
-        client::v0::Bounded<SupervisorCheck>(limit, [isConnected] { return Call(*isConnected); });
-    if (check) {
-        return *check;
+    // An earlier connection says nothing about now: only a new one shows whether COM answers.
+    if (!question_ || question_->isConnected) {
+        question_ = std::make_shared<Question>();
+        task_ = BackgroundTask(
+            [question = question_] { question->answer = Call(question->isConnected); });
     }
-    return {*isConnected ? CheckResult::kBusy : CheckResult::kSilent,
+    if (task_.Wait(static_cast<DWORD>(limit.count()))) {
+        return std::exchange(question_, nullptr)->answer;
+    }
+    return {question_->isConnected ? CheckResult::kBusy : CheckResult::kSilent,
             "no answer within " + std::to_string(limit.count()) + " ms", false};
 }
 

@@ -45,10 +45,10 @@ std::vector<client::v0::Record> RecordsOfSupervisor()
     }
 }
 
-SupervisorCheck Check(DWORD limitMs)
+SupervisorCheck Check(SupervisorChecker& checker, DWORD limitMs)
 {
     try {
-        return CheckSupervisor(std::chrono::milliseconds(limitMs));
+        return checker.Check(std::chrono::milliseconds(limitMs));
     } catch (const std::exception& exception) {
         return {CheckResult::kUnknown, exception.what(), true};
     }
@@ -169,10 +169,11 @@ Watch::End Watch::AwaitPublication(const SupervisorProgram& supervisor, bool& is
     const ULONGLONG start = GetTickCount64();
     ULONGLONG sayAtMs = settings_.times.stillStartingMs;
     CheckCounter counter;
+    SupervisorChecker checker;
     ULONGLONG checkTick = 0;
     for (;;) {
         const SupervisorCheck check = IsPublished()
-                                          ? Check(settings_.times.answerMs)
+                                          ? Check(checker, settings_.times.answerMs)
                                           : SupervisorCheck{CheckResult::kWithdrawn, {}, true};
         isPublished = Answers(check.result);
         const ULONGLONG waitedMs = GetTickCount64() - start;
@@ -204,6 +205,7 @@ Watch::End Watch::AwaitPublication(const SupervisorProgram& supervisor, bool& is
 Watch::End Watch::CheckUntilEnd(const SupervisorProgram& supervisor)
 {
     CheckCounter counter;
+    SupervisorChecker checker;
     ULONGLONG checkTick = GetTickCount64() + settings_.times.checkMs;
     for (;;) {
         if (const std::optional<End> end = LookForEnd(supervisor, true)) {
@@ -213,7 +215,7 @@ Watch::End Watch::CheckUntilEnd(const SupervisorProgram& supervisor)
         if (GetTickCount64() < checkTick) {
             continue;
         }
-        if (Hangs(counter, Check(settings_.times.answerMs))) {
+        if (Hangs(counter, Check(checker, settings_.times.answerMs))) {
             takeOver_.Abandon();
             EndHanging(supervisor, settings_.dumpFile, *log_);
             return End::kUnordered;

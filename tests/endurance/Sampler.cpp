@@ -1,9 +1,9 @@
 #include "Sampler.h"
 
+#include "ChildProcess.h"
 #include "SystemHandles.h"
 
 #include <psapi.h>
-#include <tlhelp32.h>
 
 #include <fstream>
 #include <iomanip>
@@ -17,20 +17,6 @@ using system::win32::v1::UniqueKernelHandle;
 double SecondsOf(const FILETIME& time)
 {
     return (static_cast<double>(time.dwHighDateTime) * 4294967296.0 + time.dwLowDateTime) / 1e7;
-}
-
-unsigned ThreadsOf(DWORD processId)
-{
-    const UniqueKernelHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
-    PROCESSENTRY32 entry{};
-    entry.dwSize = sizeof entry;
-    for (BOOL more = Process32First(snapshot.Get(), &entry); more != FALSE;
-         more = Process32Next(snapshot.Get(), &entry)) {
-        if (entry.th32ProcessID == processId) {
-            return entry.cntThreads;
-        }
-    }
-    return 0;
 }
 
 } // namespace
@@ -77,7 +63,7 @@ Sample Sampler::Take() const
     FILETIME user{};
     GetProcessTimes(process_.Get(), &created, &ended, &kernel, &user);
     sample.cpuSeconds = SecondsOf(kernel) + SecondsOf(user);
-    sample.threads = ThreadsOf(processId_);
+    sample.threads = static_cast<unsigned>(CountOfThreads(processId_));
     sample.handles = CountHandles(processId_);
     return sample;
 }

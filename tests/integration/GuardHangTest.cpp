@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <memory>
@@ -169,6 +170,21 @@ TEST_F(GuardHang, Supervisor_that_hung_before_the_guard_began_is_ended_and_repla
     EXPECT_TRUE(Logged("Supervisor does not answer, 3 of 3: no answer within 1000 ms"));
     ASSERT_TRUE(machine_.WaitForTakeOver());
     EXPECT_NE(GuardedMachine::WaitForSupervisor(), supervisor.Pid());
+}
+
+TEST_F(GuardHang, Checks_of_a_supervisor_that_hangs_wait_on_one_thread)
+{
+    const system::com::v1::ComApartment apartment;
+    const CapturedProgram supervisor('"' + ProductProgram("DaemonManager.exe") + '"');
+    ASSERT_TRUE(WaitUntil([] { return guard::v0::IsPublished(); }));
+    ASSERT_TRUE(SuspendProcess(supervisor.Pid()));
+    guard::v0::SupervisorChecker checker;
+    const auto check = [&] { return checker.Check(std::chrono::milliseconds(100)).result; };
+    EXPECT_EQ(check(), guard::v0::CheckResult::kSilent);
+    const std::size_t threads = CountOfThreads(GetCurrentProcessId());
+    EXPECT_EQ(check(), guard::v0::CheckResult::kSilent);
+    EXPECT_EQ(check(), guard::v0::CheckResult::kSilent);
+    EXPECT_EQ(CountOfThreads(GetCurrentProcessId()), threads);
 }
 
 // The supervisor would start the program twice when the process ends.

@@ -4,11 +4,8 @@
 #include "ConsoleProgram.h"
 #include "Daemonctl.h"
 #include "SupervisorProcess.h"
-#include "win32/UniqueHandle.h"
 
 #include <windows.h>
-
-#include <tlhelp32.h>
 
 #include <gtest/gtest.h>
 
@@ -17,8 +14,6 @@
 
 namespace vqrx::test {
 namespace {
-
-using system::win32::v1::UniqueKernelHandle;
 
 constexpr const char* kSilent =
     "\nthe supervisor has not answered for 5 s; see: daemonctl doctor\n";
@@ -34,19 +29,6 @@ std::size_t CountOf(const std::string& part, const std::string& text)
     std::size_t count = 0;
     for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
         ++count;
-    }
-    return count;
-}
-
-std::size_t CountOfThreads(DWORD processId)
-{
-    const UniqueKernelHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
-    std::size_t count = 0;
-    THREADENTRY32 entry{};
-    entry.dwSize = sizeof entry;
-    for (BOOL more = Thread32First(snapshot.Get(), &entry); more != FALSE;
-         more = Thread32Next(snapshot.Get(), &entry)) {
-        count += entry.th32OwnerProcessID == processId ? 1U : 0U;
     }
     return count;
 }

@@ -1,5 +1,9 @@
 #include "ChildProcess.h"
 
+#include <windows.h>
+
+#include <tlhelp32.h>
+
 #include <atomic>
 #include <stdexcept>
 
@@ -100,6 +104,19 @@ bool SuspendProcess(DWORD processId)
         GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtSuspendProcess")));
     const UniqueKernelHandle process(OpenProcess(PROCESS_SUSPEND_RESUME, FALSE, processId));
     return suspend != nullptr && process && suspend(process.Get()) >= 0;
+}
+
+std::size_t CountOfThreads(DWORD processId)
+{
+    const UniqueKernelHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
+    std::size_t count = 0;
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = Thread32First(snapshot.Get(), &entry); more != FALSE;
+         more = Thread32Next(snapshot.Get(), &entry)) {
+        count += entry.th32OwnerProcessID == processId ? 1U : 0U;
+    }
+    return count;
 }
 
 ProcessReaper::~ProcessReaper()

@@ -80,6 +80,9 @@ void KillProcess(DWORD processId);
 /// @return whether the process is suspended
 [[nodiscard]] bool SuspendProcess(DWORD processId);
 
+/// Returns how many threads a process has; 0 if there is no such process.
+[[nodiscard]] std::size_t CountOfThreads(DWORD processId);
+
 /// Ends processes that the test did not start itself, for example daemons of a supervisor. The
 /// destructor ends every noted process.
 class ProcessReaper {
