@@ -79,7 +79,8 @@ TEST_F(WithoutProxy, A_supervisor_that_watch_cannot_call_is_not_lost)
         const ProxyRegistration registered;
         EXPECT_EQ(Daemonctl("launch C:\\no\\such.exe").exitCode, 0U);
     }
-    const CapturedProgram watch(ProductProgram("daemonctl.exe") + " watch --exec C:\\no\\such.exe");
+    const CapturedProgram watch(ProductProgram("daemonctl.exe") +
+                                " watch --trust --exec C:\\no\\such.exe");
     EXPECT_TRUE(WaitUntil([&] {
         return watch.Output().find("such.exe cannot be started\n") != std::string::npos;
     })) << watch.Output();
