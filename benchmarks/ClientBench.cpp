@@ -91,9 +91,9 @@ void Look(const std::string& file, int daemons, int starts, const std::string& s
         return StatusOfDaemons(timeline.runs.back(), source, nowMs, {});
     };
     const ScreenSize screen{200, static_cast<std::size_t>(daemons) + 25};
-    const WatchLook before{nowMs - 2000, {}, statusNow(), {}};
+    const WatchLook before{nowMs - 2000, {}, {}, statusNow(), {}};
     Time("client.refresh_ms." + suffix, [&] {
-        const WatchLook now{nowMs, {}, statusNow(), {}};
+        const WatchLook now{nowMs, {}, {}, statusNow(), {}};
         Keep(ComposeScreen(&before, now, screen, 2, timeText));
     });
     Time("client.metrics_ms." + suffix, [&] {
