@@ -1,5 +1,6 @@
 #include "AdministratorTrust.h"
 
+#include "FilePresence.h"
 #include "ObjectRights.h"
 #include "Printable.h"
 #include "ProtectedObjects.h"
@@ -22,11 +23,6 @@ namespace {
 
 using system::win32::v1::UniqueKernelHandle;
 
-bool Exists(const std::string& path)
-{
-    return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
 void Append(std::vector<std::string>& found, std::vector<std::string> more)
 {
     found.insert(found.end(), std::make_move_iterator(more.begin()),
@@ -39,7 +35,7 @@ std::vector<std::string> MakeMissing(const std::string& folder, const TrustedSid
 {
     const std::vector<std::string> way = WayTo(folder);
     std::size_t missing = 0;
-    while (missing < way.size() && !Exists(way[missing])) {
+    while (missing < way.size() && !MayBeThere(way[missing])) {
         ++missing;
     }
     if (missing == 0 || missing == way.size()) {

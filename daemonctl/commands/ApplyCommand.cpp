@@ -3,6 +3,7 @@
 #include "ApplyFleet.h"
 #include "ConsoleReporter.h"
 #include "ExitCode.h"
+#include "FilePresence.h"
 #include "FleetSource.h"
 #include "HandOverLock.h"
 #include "HandOverTrust.h"
@@ -103,7 +104,7 @@ void AddApplyCommand(const CommandDefinition& app, int& exitCode)
         "Exit code 0: everything in the file is registered; 1: --dry-run, and something is to be\n"
         "done; 2: the file cannot be read or has a fault; 4: something failed.");
     command.OnChosen([&exitCode, arguments] {
-        const bool isThere = IsThere(arguments->file);
+        const bool isThere = MayBeThere(arguments->file);
         if (isThere && !arguments->trust && !arguments->options.dryRun &&
             !CanBelieveFleet(arguments->file)) {
             exitCode = kRefused;

@@ -3,7 +3,6 @@
 #include "InstalledPaths.h"
 #include "Printable.h"
 #include "TrustedSources.h"
-#include "Utf8.h"
 
 #include <windows.h>
 
@@ -37,11 +36,6 @@ bool AreSound(const std::vector<std::string>& files)
 }
 
 } // namespace
-
-bool IsThere(const std::string& file)
-{
-    return GetFileAttributesW(Wide(file).c_str()) != INVALID_FILE_ATTRIBUTES;
-}
 
 bool CanBelieve(const std::vector<std::string>& files)
 {

@@ -14,9 +14,6 @@ namespace vqrx::client::v0 {
 // Otherwise somebody could replace the file that was read by a sound one, or make it after the
 // check.
 
-/// Returns whether a file or a folder exists. @param file  UTF-8
-[[nodiscard]] bool IsThere(const std::string& file);
-
 /// Returns whether this process may believe files. A process without the full rights of an
 /// administrator may: it can hand nobody more rights than he has. Otherwise prints on standard
 /// error who else may have written them.

@@ -3,6 +3,7 @@
 #include "ApplyFleet.h"
 #include "ConsoleReporter.h"
 #include "ExitCode.h"
+#include "FilePresence.h"
 #include "HandOver.h"
 #include "HandOverTrust.h"
 #include "InstalledPaths.h"
@@ -112,7 +113,8 @@ int Reattach(SupervisorClient& supervisor, const ReattachOptions& options,
              const HandOverOptions& handOver)
 {
     std::vector<std::string> logs{DefaultLogPath(), options.formerLog};
-    std::erase_if(logs, [](const std::string& log) { return !IsThere(log); }); // the reader says so
+    std::erase_if(logs,
+                  [](const std::string& log) { return !MayBeThere(log); }); // the reader says so
     if (!options.trust && !CanBelieve(logs)) {
         return kRefused;
     }
@@ -183,8 +185,8 @@ void AddReattachCommand(const CommandDefinition& app, int& exitCode)
         if (!options->outside && !options->dryRun) {
             handOver.review = AskAboutOutside;
         }
-        const bool areThere = (options->from.empty() || IsThere(options->from)) &&
-                              (options->fleet.empty() || IsThere(options->fleet));
+        const bool areThere = (options->from.empty() || MayBeThere(options->from)) &&
+                              (options->fleet.empty() || MayBeThere(options->fleet));
         if (areThere && !options->trust && !CanBelieve({options->from, options->fleet})) {
             exitCode = kRefused;
             return;

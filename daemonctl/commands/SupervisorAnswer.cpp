@@ -7,9 +7,11 @@
 #include <windows.h>
 
 #include <chrono>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -17,9 +19,14 @@ namespace {
 constexpr DWORD kAnswerMs = 5000; // as the limit of AskSupervisor()
 constexpr DWORD kGlanceMs = 200;  // more than a supervisor needs that does not hang
 
+struct Reply {
+    SupervisorAnswer answer = SupervisorAnswer::kCannotBeCalled;
+    std::exception_ptr failure; // why the supervisor does not answer
+};
+
 /// A question that waits for its answer.
 struct Question {
-    explicit Question(const std::shared_ptr<SupervisorAnswer>& to);
+    explicit Question(const std::shared_ptr<Reply>& to);
 
     [[nodiscard]] bool HasAnswer(DWORD waitMs) const
     {
@@ -27,25 +34,25 @@ struct Question {
     }
 
     ULONGLONG askedAt = GetTickCount64();
-    std::shared_ptr<SupervisorAnswer> answer; // shared with the thread
+    std::shared_ptr<Reply> reply; // shared with the thread
     system::thread::v1::Thread thread;
 };
 
-SupervisorAnswer AskHere() noexcept
+Reply AskHere() noexcept
 {
     try {
         const system::com::v1::ClientApartment apartment;
         const daemon_manager::SupervisorClient supervisor;
-        return SupervisorAnswer::kAnswers;
+        return {SupervisorAnswer::kAnswers, nullptr};
     } catch (const daemon_manager::SupervisorNotRunning&) {
-        return SupervisorAnswer::kNotPublished;
+        return {SupervisorAnswer::kNotPublished, std::current_exception()};
     } catch (...) {
-        return SupervisorAnswer::kCannotBeCalled;
+        return {SupervisorAnswer::kCannotBeCalled, std::current_exception()};
     }
 }
 
-Question::Question(const std::shared_ptr<SupervisorAnswer>& to)
-    : answer(to)
+Question::Question(const std::shared_ptr<Reply>& to)
+    : reply(to)
     , thread([to] { *to = AskHere(); })
 {
 }
@@ -59,7 +66,7 @@ std::optional<Question>& Waiting()
 
 void Ask(std::optional<Question>& question)
 {
-    question.emplace(std::make_shared<SupervisorAnswer>(SupervisorAnswer::kCannotBeCalled));
+    question.emplace(std::make_shared<Reply>());
     if (question->thread.Handle() == nullptr) {
         question.reset();
         throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again),
@@ -68,23 +75,30 @@ void Ask(std::optional<Question>& question)
 }
 
 // Only after the end of the thread, which makes the answer visible.
-SupervisorAnswer TakeAnswer(std::optional<Question>& question)
+Reply TakeReply(std::optional<Question>& question)
 {
-    const SupervisorAnswer answer = *question->answer;
+    Reply reply = std::move(*question->reply);
     question.reset();
-    return answer;
+    return reply;
 }
 
 } // namespace
 
-SupervisorAnswer AskSupervisor(std::chrono::seconds limit)
+SupervisorAnswer AskSupervisor(std::chrono::seconds limit, std::exception_ptr* failure)
 {
     std::optional<Question>& question = Waiting();
     if (!question) {
         Ask(question);
     }
     const auto limitMs = static_cast<DWORD>(std::chrono::milliseconds(limit).count());
-    return question->HasAnswer(limitMs) ? TakeAnswer(question) : SupervisorAnswer::kSilent;
+    if (!question->HasAnswer(limitMs)) {
+        return SupervisorAnswer::kSilent;
+    }
+    Reply reply = TakeReply(question);
+    if (failure != nullptr) {
+        *failure = std::move(reply.failure);
+    }
+    return reply.answer;
 }
 
 std::optional<SupervisorAnswer> GlanceAtSupervisor()
@@ -98,7 +112,7 @@ std::optional<SupervisorAnswer> GlanceAtSupervisor()
         Ask(question);
     }
     if (question->HasAnswer(isNew ? kGlanceMs : 0)) {
-        return TakeAnswer(question);
+        return TakeReply(question).answer;
     }
     return GetTickCount64() - question->askedAt >= kAnswerMs
                ? std::optional(SupervisorAnswer::kSilent)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <exception>
 #include <optional>
 
 namespace vqrx::client::v0 {
@@ -17,8 +18,11 @@ enum class SupervisorAnswer {
 /// Asks the supervisor whether it is there, on a thread of its own, and waits at most `limit`: a
 /// supervisor that hangs lets each caller hang. The thread waits on until the supervisor answers
 /// or ends; meanwhile further calls wait for that answer and ask nothing. For one thread.
+/// @param failure  if not null and the answer is kNotPublished or kCannotBeCalled: set to the
+///                 exception of SupervisorClient or ClientApartment that says why
 /// @throws std::system_error if Windows starts no thread
-[[nodiscard]] SupervisorAnswer AskSupervisor(std::chrono::seconds limit = std::chrono::seconds(5));
+[[nodiscard]] SupervisorAnswer AskSupervisor(std::chrono::seconds limit = std::chrono::seconds(5),
+                                             std::exception_ptr* failure = nullptr);
 
 /// Asks the supervisor as AskSupervisor() does, but waits at most 200 ms for the answer to a new
 /// question. While a question of an earlier call waits, asks nothing and does not wait at all. For

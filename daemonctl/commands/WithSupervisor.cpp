@@ -14,6 +14,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <exception>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -114,7 +115,8 @@ int WithSupervisorAndLog(const std::function<int(daemon_manager::SupervisorClien
 
 int BesideSupervisor(const std::function<int()>& operation)
 {
-    switch (AskSupervisor(std::chrono::seconds(10))) {
+    std::exception_ptr failure;
+    switch (AskSupervisor(std::chrono::seconds(10), &failure)) {
     case SupervisorAnswer::kAnswers:
         return Reported([&] { return WithLog(operation); });
     case SupervisorAnswer::kSilent: {
@@ -128,8 +130,7 @@ int BesideSupervisor(const std::function<int()>& operation)
     case SupervisorAnswer::kCannotBeCalled:
         break;
     }
-    // Asks again, for the message that says why nobody answers.
-    return WithSupervisorAndLog([&](daemon_manager::SupervisorClient&) { return operation(); });
+    return Reported([&failure]() -> int { std::rethrow_exception(failure); });
 }
 
 void PrintNotes(const std::vector<DaemonStatus>& daemons, const SupervisorRun& run)

@@ -21,6 +21,11 @@ FilePresence PresenceOf(const std::string& path)
     }
 }
 
+bool MayBeThere(const std::string& path)
+{
+    return PresenceOf(path) != FilePresence::kMissing;
+}
+
 bool IsFile(const std::string& path)
 {
     const DWORD attributes = GetFileAttributesW(Wide(path).c_str());

@@ -14,6 +14,10 @@ enum class FilePresence {
 /// Looks for a file or a folder, without opening it. @param path  UTF-8
 [[nodiscard]] FilePresence PresenceOf(const std::string& path);
 
+/// Returns whether a file or a folder exists, or Windows does not tell. Whoever checks a file before
+/// use checks it then, too. @param path  UTF-8
+[[nodiscard]] bool MayBeThere(const std::string& path);
+
 /// Returns whether Windows shows a file at a path, not a folder. Does not open it.
 /// @param path  UTF-8
 [[nodiscard]] bool IsFile(const std::string& path);
