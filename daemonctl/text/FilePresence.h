@@ -14,8 +14,8 @@ enum class FilePresence {
 /// Looks for a file or a folder, without opening it. @param path  UTF-8
 [[nodiscard]] FilePresence PresenceOf(const std::string& path);
 
-/// Returns whether a file or a folder exists, or Windows does not tell. Whoever checks a file before
-/// use checks it then, too. @param path  UTF-8
+/// Returns whether a file or a folder exists, or Windows does not tell. So a file that is checked
+/// before its use is checked then, too. @param path  UTF-8
 [[nodiscard]] bool MayBeThere(const std::string& path);
 
 /// Returns whether Windows shows a file at a path, not a folder. Does not open it.
