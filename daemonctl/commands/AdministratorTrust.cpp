@@ -123,6 +123,13 @@ bool CanCall(const std::string& program)
     if (!IsElevated()) {
         return true;
     }
+    if (!MayBeThere(program)) {
+        std::cerr << "daemonctl: " << Printable(program)
+                  << " does not exist, so nobody knows who will make it; to begin all the same: "
+                     "daemonctl watch --trust"
+                  << std::endl;
+        return false;
+    }
     return PrintReasons(
         WeaknessesOfProgram(program, TrustedAdministrators()),
         "the watch did not begin: others than administrators may change the program that it calls\n"

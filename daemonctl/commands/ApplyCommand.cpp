@@ -111,7 +111,12 @@ void AddApplyCommand(const CommandDefinition& app, int& exitCode)
             return;
         }
         const ExpectFile fleet = ReadFleetFile(arguments->file);
-        if (!PrintErrors(arguments->file, fleet.errors) || !isThere) {
+        if (!PrintErrors(arguments->file, fleet.errors)) {
+            exitCode = kWrongUsage;
+            return;
+        }
+        if (!isThere) {
+            PrintNotThere(arguments->file);
             exitCode = kWrongUsage;
             return;
         }

@@ -37,6 +37,12 @@ bool AreSound(const std::vector<std::string>& files)
 
 } // namespace
 
+void PrintNotThere(const std::string& file)
+{
+    std::cerr << "daemonctl: " << Printable(file)
+              << " did not exist when it was checked; nothing was done\n  Try again" << std::endl;
+}
+
 bool CanBelieve(const std::vector<std::string>& files)
 {
     if (!IsElevated() || AreSound(files)) {

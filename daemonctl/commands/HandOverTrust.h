@@ -14,6 +14,10 @@ namespace vqrx::client::v0 {
 // Otherwise somebody could replace the file that was read by a sound one, or make it after the
 // check.
 
+/// Prints that a file was missing when it was checked, although it could be read afterwards.
+/// @param file  UTF-8
+void PrintNotThere(const std::string& file);
+
 /// Returns whether this process may believe files. A process without the full rights of an
 /// administrator may: it can hand nobody more rights than he has. Otherwise prints on standard
 /// error who else may have written them.

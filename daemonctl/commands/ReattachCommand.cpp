@@ -112,6 +112,10 @@ bool PrintDamagedLogs(const HandOverCount& count, const ReattachOptions& options
 int Reattach(SupervisorClient& supervisor, const ReattachOptions& options,
              const HandOverOptions& handOver)
 {
+    // Nobody may make the file after the check: whoever names one says that it is there.
+    if (!options.formerLog.empty() && !MayBeThere(options.formerLog)) {
+        throw LogUnreadable(options.formerLog + " does not exist");
+    }
     std::vector<std::string> logs{DefaultLogPath(), options.formerLog};
     std::erase_if(logs,
                   [](const std::string& log) { return !MayBeThere(log); }); // the reader says so
@@ -191,7 +195,12 @@ void AddReattachCommand(const CommandDefinition& app, int& exitCode)
             exitCode = kRefused;
             return;
         }
-        if (!ReadFiles(*options, handOver) || !areThere) {
+        if (!ReadFiles(*options, handOver)) {
+            exitCode = kWrongUsage;
+            return;
+        }
+        if (!areThere) {
+            PrintNotThere(options->from.empty() ? options->fleet : options->from);
             exitCode = kWrongUsage;
             return;
         }

@@ -84,10 +84,17 @@ int RecordLog(const RecordArguments& arguments, const std::string& path)
     limits.fileMs = arguments.fileHours * kHourOfRecordsMs;
     limits.folderBytes = arguments.folderMebibytes * kMebibyte;
     bool isMissing = false; // said once, until the log is back
+    std::optional<RecordFolder>
+        folder; // kept while the log is missing: no other recorder may write
     for (;;) {
         try {
-            std::optional<RecordFolder> folder;
-            OrNotWritten([&] { folder.emplace(arguments.output, limits); });
+            OrNotWritten([&] {
+                if (folder) {
+                    folder->Flush();
+                } else {
+                    folder.emplace(arguments.output, limits);
+                }
+            });
             FollowInto(*folder, arguments, path, isMissing);
             return kDone;
         } catch (const FolderNotWritten& error) {

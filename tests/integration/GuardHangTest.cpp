@@ -182,9 +182,10 @@ TEST_F(GuardHang, Checks_of_a_supervisor_that_hangs_wait_on_one_thread)
     const auto check = [&] { return checker.Check(std::chrono::milliseconds(100)).result; };
     EXPECT_EQ(check(), guard::v0::CheckResult::kSilent);
     const std::size_t threads = CountOfThreads(GetCurrentProcessId());
-    EXPECT_EQ(check(), guard::v0::CheckResult::kSilent);
-    EXPECT_EQ(check(), guard::v0::CheckResult::kSilent);
-    EXPECT_EQ(CountOfThreads(GetCurrentProcessId()), threads);
+    for (int again = 0; again < 10; ++again) {
+        EXPECT_EQ(check(), guard::v0::CheckResult::kSilent);
+    }
+    EXPECT_LT(CountOfThreads(GetCurrentProcessId()), threads + 5); // COM may begin some of its own
 }
 
 // The supervisor would start the program twice when the process ends.
