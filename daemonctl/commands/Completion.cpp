@@ -133,9 +133,11 @@ std::string PowerShellDaemons(const std::string& program)
 {
     return "        $path = @(Get-Command " + program +
            " -CommandType Application)[0].Path\n"
-           "        $start = [System.Diagnostics.ProcessStartInfo]::new($path, '--daemon-ids')\n"
+           "        $start = [System.Diagnostics.ProcessStartInfo]::new($path,\n"
+           "            \"--daemon-ids $wordToComplete\")\n"
            "        $start.UseShellExecute = $false\n"
            "        $start.RedirectStandardOutput = $true\n"
+           "        $start.RedirectStandardError = $true\n"
            "        $start.StandardOutputEncoding = [System.Text.Encoding]::UTF8\n"
            "        $limit = 0.3\n"
            "        if ($env:DAEMONCTL_COMPLETION_SECONDS) {\n"

@@ -60,7 +60,7 @@ TEST(PowerShellCompletion, offers_the_commands_their_options_and_values)
     ExpectIn(script, "        'wait --timeout' = @()\n");
     ExpectIn(script, "    $withDaemons = @('wait', 'await')\n");
     ExpectIn(script, "(Get-Command prog -CommandType Application)");
-    ExpectIn(script, "::new($path, '--daemon-ids')\n");
+    ExpectIn(script, "::new($path,\n            \"--daemon-ids $wordToComplete\")\n");
     ExpectIn(script, "-CommandName prog, prog.exe ");
 }
 
