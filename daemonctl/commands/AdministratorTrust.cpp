@@ -112,10 +112,9 @@ bool CanRecordInto(const std::string& folder)
         }
     }
     return PrintReasons(
-        found,
-        "nothing was recorded: others than administrators may change what is recorded there\n"
-        "  To see who may change a folder: daemonctl rights FOLDER. To record there all the "
-        "same: daemonctl record --trust");
+        found, "nothing was recorded: a user who is no administrator may change the records\n"
+               "  To see who may change a folder: daemonctl rights FOLDER. To record there all the "
+               "same: daemonctl record --trust");
 }
 
 bool CanCall(const std::string& program)

@@ -15,7 +15,7 @@ namespace vqrx::client::v0 {
 struct WatchLook {
     std::int64_t nowMs = 0; ///< milliseconds since 1970, UTC
     std::string problem;    ///< why the daemons cannot be shown; empty if they can
-    std::string note;       ///< what is wrong with the supervisor, above the table; empty: nothing
+    std::string note; ///< a line above the table: a trouble of the supervisor; empty: no such line
     std::vector<DaemonStatus> daemons;
     std::vector<AttributedRecord> records; ///< the newest ones about daemons, the newest last
 };

@@ -10,10 +10,10 @@ namespace vqrx::setup::v0 {
 /// hand-over that is under way. Milliseconds.
 inline constexpr DWORD kGuardEndMs = 20000;
 
-/// Waits until the guards of an installation have ended, and ends those that run on: a service by
-/// the service manager, so that the manager does not start it again; a guard of a session by
-/// termination. A supervisor and its daemons run on after a termination; after the stop of the
-/// service the daemons run on.
+/// Waits until the guards of an installation have ended. Ends the guards that still run after that:
+/// - It asks the service manager to stop a guard that is a service. The manager does not start a
+///   stopped service again. Such a guard ends its supervisor in order; the daemons run on.
+/// - It terminates a guard of a session. The supervisor and the daemons run on.
 /// @param folder      folder of the programs, UTF-8
 /// @param patienceMs  milliseconds that the guards have to end by themselves
 /// @return whether one had to be ended; it may have started a supervisor just before

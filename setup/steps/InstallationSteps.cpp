@@ -113,7 +113,7 @@ void InstallationSteps::EndSupervisor()
 {
     change_.End(installation::LogFolder(place_.root) + "\\" + RandomName("before-setup-") +
                 ".json");
-    if (const std::string former = InstallationKey().Text("InstallLocation"); !former.empty()) {
+    if (const std::string former = InstallationKey().Text(kFolderNote); !former.empty()) {
         endedGuard_ = EndGuards(former, change_.Ran() ? kGuardEndMs : 0);
     }
 }
