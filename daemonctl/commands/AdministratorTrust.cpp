@@ -124,7 +124,7 @@ bool CanCall(const std::string& program)
     }
     if (!MayBeThere(program)) {
         std::cerr << "daemonctl: " << Printable(program)
-                  << " does not exist, so nobody knows who will make it; to begin all the same: "
+                  << " does not exist, so its rights cannot be checked\n  To begin all the same: "
                      "daemonctl watch --trust"
                   << std::endl;
         return false;

@@ -112,7 +112,7 @@ bool PrintDamagedLogs(const HandOverCount& count, const ReattachOptions& options
 int Reattach(SupervisorClient& supervisor, const ReattachOptions& options,
              const HandOverOptions& handOver)
 {
-    // Nobody may make the file after the check: whoever names one says that it is there.
+    // A file that appears after the check would be read unchecked.
     if (!options.formerLog.empty() && !MayBeThere(options.formerLog)) {
         throw LogUnreadable(options.formerLog + " does not exist");
     }

@@ -83,9 +83,8 @@ int RecordLog(const RecordArguments& arguments, const std::string& path)
     limits.fileBytes = arguments.fileMebibytes * kMebibyte;
     limits.fileMs = arguments.fileHours * kHourOfRecordsMs;
     limits.folderBytes = arguments.folderMebibytes * kMebibyte;
-    bool isMissing = false; // said once, until the log is back
-    std::optional<RecordFolder>
-        folder; // kept while the log is missing: no other recorder may write
+    bool isMissing = false;             // said once, until the log is back
+    std::optional<RecordFolder> folder; // held also while the log is missing, with its lock
     for (;;) {
         try {
             OrNotWritten([&] {
