@@ -125,15 +125,20 @@ class Browser:
                 if event.get("method") == "Network.requestWillBeSent"]
 
     def evaluate(self, expression):
-        """Returns the value of a JavaScript expression in the page. If the page reloads itself at this
-        moment, the expression is for the page that comes."""
-        expression = {"expression": expression, "returnByValue": True}
+        """Returns the value of a JavaScript expression in the page, once the page is complete.
+
+        A page that reloads itself has no body for a moment. If it reloads itself during the call, the
+        expression is for the page that comes.
+        """
+        promise = """new Promise(done => document.readyState === "complete"
+                ? done() : window.addEventListener("load", done)).then(() => (%s))""" % expression
         answer = None
         while answer is None:
             try:
-                answer = self.call("Runtime.evaluate", expression)
+                answer = self.call("Runtime.evaluate", {"expression": promise, "returnByValue": True,
+                                                        "awaitPromise": True})
             except PageChanged:
-                self._await_load([])
+                pass
         if "exceptionDetails" in answer:
             raise RuntimeError(str(answer["exceptionDetails"]))
         return answer["result"].get("value")

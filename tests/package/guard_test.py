@@ -52,6 +52,7 @@ class Guarding(InstallationTest):
         self.assertIsNotNone(machine.registry(OWN_KEY))
         self.assertIn("DaemonGuard.exe", str(machine.registry(RUN_KEY)))
         # The machine is guarded as before, and the worker has its supervisor again.
+        self.assertEqual(self.daemonctl("wait", "--for", "supervisor")[0], 0)
         self.assertEqual(self.daemonctl("wait", "no_windows.exe")[0], 0)
         self.assertEqual(len(machine.processes("DaemonGuard.exe")), 1)
         self.assertNotEqual(machine.processes("DaemonGuard.exe"), before)
