@@ -10,7 +10,7 @@ namespace vqrx::client::v0 {
 // The guard's entry in the database of the service control manager.
 
 /// Returns the service's entry; nothing if there is none.
-/// @throws std::runtime_error if Windows does not answer
+/// @throws std::runtime_error if the entry cannot be read
 [[nodiscard]] std::optional<AutostartEntry> ReadGuardService();
 
 /// Makes the service, or changes the one that exists, see InstallAutostart().
@@ -18,7 +18,8 @@ namespace vqrx::client::v0 {
 /// @throws std::runtime_error with the reason
 void MakeGuardService(const std::string& commandLine);
 
-/// Deletes the service, at the latest when it ends. @return whether there was one
+/// Deletes the service. If it runs, Windows deletes it when it ends.
+/// @return whether there was one that was not marked for deletion yet
 /// @throws std::runtime_error with the reason
 bool RemoveGuardService();
 

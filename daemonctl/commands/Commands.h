@@ -77,7 +77,7 @@ void AddReportCommand(const CommandDefinition& app, int& exitCode, const LogPath
 
 /// Adds record, which records the log into a folder of files.
 /// @param path   empty: the operator must name the log file
-/// @param trust  asked once, unless the operator gives --trust; empty: every folder will do
+/// @param trust  asked once, unless the operator gives --trust; empty: every folder is accepted
 void AddRecordCommand(const CommandDefinition& app, int& exitCode, const LogPath& path,
                       const FolderTrust& trust = {});
 
@@ -90,9 +90,9 @@ void AddCompletionCommand(CLI::App& app, int& exitCode);
 /// The word in place of a command with which the scripts of completion ask for the daemons.
 constexpr std::string_view kDaemonIdsWord = "--daemon-ids";
 
-/// Prints the ids of the daemons for the scripts of completion: see DaemonIdLines(). Asks the log
-/// and the list of processes and not the supervisor, whose answer takes longer than somebody waits
-/// who completes a word. Prints nothing if no supervisor runs or its log cannot be read.
+/// Prints the ids of the daemons for the scripts of completion: see DaemonIdLines(). Reads the log
+/// and the list of processes. Does not ask the supervisor, whose answer takes too long for an
+/// operator who completes a word. Prints nothing if no supervisor runs or its log cannot be read.
 /// @param prefix  only ids that begin with these characters
 /// @return the exit code
 [[nodiscard]] int PrintDaemonIds(std::string_view prefix);

@@ -17,9 +17,9 @@ void WarnAboutProgram(const std::string& path, std::uint32_t daemonId);
 /// @throws LogUnreadable
 [[nodiscard]] int WaitUntilItRuns(std::uint32_t daemonId, std::uint32_t seconds);
 
-/// Prints a warning on standard error if the process was a daemon before it was attached.
-/// @param processId  the process that was attached just now
-/// @param daemonId   the daemon that it is now
+/// Prints a warning on standard error if a process that was just attached belonged to another
+/// daemon already. Prints nothing if the log cannot be read.
+/// @param daemonId  the daemon that the attach made
 void WarnAboutSecondAttach(std::uint32_t processId, std::uint32_t daemonId);
 
 } // namespace vqrx::client::v0

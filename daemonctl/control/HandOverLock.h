@@ -15,9 +15,9 @@ inline constexpr std::uint64_t kHandOverPatienceMs = 120000;
 /// as the guard and an operator, would both read a log in which a process is no daemon. Both would
 /// attach it, and the supervisor would start its program twice when the process ends.
 ///
-/// A program holds the lock by a file that no second program can open. Windows closes and deletes
-/// the file with the process, however the process ends. A user who may not write to the folder of
-/// the logs gets no lock, and is not kept out.
+/// A program holds the lock as long as the object exists, by a file that no second program can
+/// open. Windows closes and deletes the file with the process, however the process ends. A user who
+/// may not write to the folder of the logs gets no lock, and is not kept out.
 class HandOverLock {
 public:
     /// Waits at most `limitMs` milliseconds until no other program holds the lock.

@@ -29,19 +29,23 @@ struct ProcessFamily {
 /// A process that a former supervisor has started, as the log shows.
 struct StartedProcess {
     ProcessFacts facts;
-    std::int64_t sinceMs = 0; ///< when the supervisor ran already, milliseconds since 1970, UTC
+    /// A time at which that supervisor ran, milliseconds since 1970, UTC. The earlier this time is,
+    /// the more of the supervisor's other children are found.
+    std::int64_t sinceMs = 0;
 };
 
 /// Finds the processes that former supervisors have started and that the log does not name. A
 /// supervisor that is killed may have started a process without a record in the log, and the ring
 /// may have overwritten the record of an old start.
 ///
-/// Such a process has the parent of the other daemons, and this parent runs no more. Windows gives
-/// ids again, so a process counts only if it was created while the former supervisor ran.
-/// Asks only `facts` and `family` about the machine.
-/// @param started   daemons' processes that still run; an attached one is none of them
-/// @param timeline  of the log
-/// @param current   the run of the running supervisor
+/// Such a process has the same parent as the former supervisor's daemons, and this parent has
+/// ended. Windows gives ids again, so a process counts only if it was created while the former
+/// supervisor ran. Asks only `facts` and `family` about the machine.
+/// @param started   the processes of daemons that still run, without attached ones: these have
+///                  another parent
+/// @param timeline  of the log; a process that it names is left out
+/// @param current   the run of the running supervisor; a reference into `timeline`
+/// @param facts     returns the present state of a process
 [[nodiscard]] std::vector<RunningProgram>
 FindFormerChildren(const std::vector<StartedProcess>& started, const Timeline& timeline,
                    const SupervisorRun& current,

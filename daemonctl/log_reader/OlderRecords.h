@@ -21,8 +21,8 @@ public:
     OlderRecords(ByteSource& source, const RingLayout& layout, ScanOutput& output);
 
     /// Hands out the records. Called once.
-    /// @return the number of lines after the last record that are no records. The caller counts
-    ///         them, output does not
+    /// @return the number of lines after the last record that are no records. The caller adds them
+    ///         to output.summary: only the caller knows whether they are torn or unreadable
     /// @throws what the source and output.onRecord throw; std::bad_alloc
     [[nodiscard]] std::uint64_t Read();
 

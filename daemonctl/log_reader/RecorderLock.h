@@ -13,7 +13,8 @@ inline constexpr std::uint32_t kRecorderPatienceMs = 5000;
 /// and each could cut the line that the other one is writing.
 ///
 /// A recorder holds the lock by a file in the folder, "recorder.lock". The system releases the lock
-/// with the process, however the process ends, and on Windows deletes the file.
+/// with the process, however the process ends. Windows then also deletes the file. On other systems
+/// the file of a process that was killed stays, and keeps nobody out.
 class RecorderLock {
 public:
     /// Waits at most `limitMs` milliseconds until no other recorder holds the lock: a recorder that
@@ -24,6 +25,8 @@ public:
     RecorderLock(const std::string& folder, std::uint32_t limitMs);
     RecorderLock(const RecorderLock&) = delete;
     RecorderLock& operator=(const RecorderLock&) = delete;
+
+    /// Releases the lock and removes the file.
     ~RecorderLock();
 
 private:

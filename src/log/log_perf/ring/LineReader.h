@@ -20,9 +20,10 @@ public:
     /// @param position  that position, bytes from the start of the file
     explicit LineReader(std::istream& stream, std::uint64_t position = 0);
 
-    /// Reads the next line, without its end. The last line of the file may lack its end.
+    /// Reads the next line, without its end; of a line longer than kMaxLine, its beginning. The
+    /// last line of the file may lack its end.
     /// @param line  overwritten; its memory is used again
-    /// @return false at the end of the file
+    /// @return false at the end of the file, or if the stream fails: the stream shows which
     /// @throws std::bad_alloc
     [[nodiscard]] bool Next(std::string& line);
 
