@@ -52,7 +52,7 @@ std::string FullPath(const std::string& path)
 }
 
 // Prints what to do next. Windows shows the supervisor of a service only to programs of the
-// account SYSTEM, so here only the guard's log tells of it.
+// account SYSTEM, so here only the guard's log shows what it does.
 void PrintStarted(GuardMode mode)
 {
     if (mode == GuardMode::kSession) {
@@ -68,8 +68,8 @@ void PrintStarted(GuardMode mode)
               "--for supervisor needs a task of the account SYSTEM\n");
 }
 
-// Prints the faults of a fleet file.
-// @return whether the file exists and has no fault; a warning is none
+// Prints the errors and warnings of a fleet file.
+// @return whether the file exists and has no error; warnings do not matter
 bool CheckFleet(const std::string& path)
 {
     AutostartFacts facts;

@@ -38,7 +38,7 @@ struct PsOptions {
     LineOutput::Colour colour = LineOutput::Colour::kAuto;
 };
 
-// Writes the listing with rights of its own: reattach believes it.
+// Writes a listing that only administrators and this user may change: reattach believes it.
 int WriteListing(const std::string& path, const std::string& listing)
 {
     const std::uint32_t error = WriteProtectedFile(path, listing);
@@ -73,7 +73,8 @@ void PrintTable(const std::vector<DaemonStatus>& daemons, std::int64_t nowMs,
 
 int Ps(const PsOptions& options)
 {
-    const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
+    // First the processes: the supervisor makes a process before it logs the start.
+    const auto children = ChildrenOfSupervisor();
     const auto [run, nowMs, daemons] = DaemonsIn(ReadTimeline(options.log), children);
     if (!options.output.empty()) {
         return WriteListing(options.output, ListingJson(daemons, nowMs, DM_VERSION));

@@ -30,7 +30,7 @@ namespace vqrx::client::v0 {
 namespace {
 
 constexpr std::uint32_t kLookForTroubleMs = 1000;
-constexpr std::size_t kMostTroublesToTell = 1000; // while a call is not due yet
+constexpr std::size_t kMostTroublesToTell = 1000; // that wait for a call; older ones are lost
 
 struct WatchOptions {
     std::string program; // empty: call none
@@ -108,7 +108,8 @@ private:
     bool hasCalled_ = false;
 };
 
-/// Writes changes to the Windows event log. A failure is printed, once until a write succeeds.
+/// Writes changes to the Windows event log. Prints the first failure, and no other one until a
+/// write has succeeded.
 void WriteEvents(EventLog& eventLog, const std::vector<Trouble>& troubles, bool& hasFailed)
 {
     try {
@@ -123,8 +124,8 @@ void WriteEvents(EventLog& eventLog, const std::vector<Trouble>& troubles, bool&
     }
 }
 
-/// Looks at this machine. What keeps it from seeing the daemons is printed, once until a look sees
-/// them again: trouble that nobody can see has not ended.
+/// Looks at this machine. If the daemons cannot be seen, prints the reason, once until a look sees
+/// them again. Trouble goes on as long as no look shows that it has ended.
 class MachineLooks {
 public:
     explicit MachineLooks(std::uint32_t downSeconds)

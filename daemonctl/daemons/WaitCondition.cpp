@@ -36,7 +36,8 @@ RunMark MarkOf(const SupervisorRun& run)
 
 bool IsSameRun(const RunMark& before, const RunMark& now)
 {
-    // The run began after the earlier reading. The log may not show its start yet.
+    // All records of the run are newer than the earlier reading: the run began after it. The log
+    // may not show the start of the run yet.
     if (now.beginningSeen && now.firstNumber && before.lastNumber &&
         *now.firstNumber > *before.lastNumber) {
         return false;
@@ -44,7 +45,9 @@ bool IsSameRun(const RunMark& before, const RunMark& now)
     if (now.startedMs && before.startedMs) {
         return *now.startedMs == *before.startedMs;
     }
-    if (now.startedMs) { // if `before` saw the beginning, it was taken before the start was logged
+    if (now.startedMs) {
+        // The earlier reading saw the first records of its run, but no start: the start was not
+        // logged yet. Now it is.
         return before.beginningSeen;
     }
     // The record of the start is overwritten. In the same run the record numbers only grow.

@@ -33,9 +33,10 @@ bool IsBefore(const Record* left, const Record* right)
     return std::tie(left->timeMs, left->number) < std::tie(right->timeMs, right->number);
 }
 
-// Returns the index after the newest record of the log that was shown; 0 if none was. This happens
-// after a second supervisor was refused: the last records that were shown are its own, and the
-// first supervisor has overwritten them since. The older records of the first one are still there.
+// Returns the index after the newest record of the log that was shown; 0 if none was. It is for a
+// log that no longer has the record that was shown last: a second supervisor was refused, its own
+// records were shown last, and the first supervisor has overwritten them. The older records of the
+// first supervisor are still there.
 std::size_t AfterNewestShown(const std::vector<Record>& shown, const std::vector<Record>& records)
 {
     std::vector<const Record*> ordered;

@@ -60,7 +60,7 @@ std::vector<std::string> NamesIn(const std::string& folder)
     return names;
 }
 
-// Returns nothing of a file that a recorder has removed meanwhile, because it was the oldest.
+// Returns an empty text if the file is gone: a recorder removes the oldest files.
 std::string ReadUnlessRemoved(const fs::path& path)
 {
     try {
@@ -119,7 +119,7 @@ void RecordFolder::Continue()
             last_ = std::move(read.record);
             end = next;
         });
-        if (!last_) { // a file that was begun, and nothing more
+        if (!last_) { // the file was begun, but has no complete record
             fs::remove(path);
             names_.pop_back();
             continue;
@@ -176,7 +176,7 @@ void RecordFolder::BeginFile(std::int64_t timeMs)
     std::replace(time.begin(), time.end(), ':', '-');
     name += "-" + time + ".log";
     if (file_.is_open()) {
-        Flush(); // closing would lose the failure of a full disk, and with it records
+        Flush(); // throws if the disk is full; close() would lose the records in silence
         file_.close();
     }
     file_.open(PathIn(path_, name), std::ios::binary | std::ios::app);

@@ -14,9 +14,10 @@
 namespace vqrx::log::log_perf::v2 {
 namespace {
 
-// Goes to the start of a part. A stream that could not read all bytes stays so, and nothing more is
-// read from it. A seek that fails counts as that, or the part would look empty. A part that begins
-// beyond the end of the file is empty indeed; only streams other than files refuse to go there.
+// Goes to the start of a part. If an earlier read failed, the stream stays bad, and nothing more is
+// read from it. A seek that fails makes the stream bad, too; otherwise the part would look empty.
+// There is one exception: a part that begins beyond the end is empty. A seek to such a place works
+// in a file, and fails in other streams.
 void Rewind(std::istream& file, std::uint32_t position)
 {
     file.clear(file.rdstate() & std::ios::badbit);
