@@ -57,7 +57,7 @@ struct SupervisorChecker::Question {
 SupervisorCheck SupervisorChecker::Check(std::chrono::milliseconds limit)
 {
     if (question_ && task_.Wait(0)) {
-        question_.reset(); // its answer may be as old as the check before
+        question_.reset(); // the answer came after the check before gave up: it may be old
     }
     // An earlier connection says nothing about now: only a new one shows whether COM answers.
     if (!question_ || question_->isConnected) {

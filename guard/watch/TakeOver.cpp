@@ -120,7 +120,8 @@ private:
             isUnreadable_ = true;
             return HasNoFaults({order_.fleet + " cannot be read"});
         }
-        if (!CanBelieve("Fleet: ", order_.fleet)) { // before it is read: nobody can change it then
+        // Before the file is read: nobody else can change a file that passes this check.
+        if (!CanBelieve("Fleet: ", order_.fleet)) {
             log_.Log(kLevelError, kNothingLaunched);
             return false;
         }
@@ -133,7 +134,7 @@ private:
         return HasNoFaults(fleet_.errors);
     }
 
-    // Logs what is wrong with the fleet file. @return whether nothing is
+    // Logs the faults of the fleet file. @return whether there are none
     bool HasNoFaults(const std::vector<std::string>& faults) const
     {
         for (const std::string& fault : faults) {
@@ -169,13 +170,13 @@ private:
         return order_.trust || weaknesses.empty();
     }
 
-    // @return whether the supervisor refused none
+    // @return false if a later try may do what failed now
     bool HandDaemonsOver(SupervisorClient& supervisor)
     {
         if (!CanBelieve("Hand-over: ", DefaultLogPath())) {
             log_.Log(kLevelError, "Hand-over: nothing was attached. When only administrators may "
                                   "write the log: daemonctl reattach");
-            return true; // a person must look
+            return true; // no later try can mend it: somebody must change the rights of the log
         }
         HandOverOptions options;
         options.fleet = fleet_.programs;
@@ -187,7 +188,7 @@ private:
         return refused_.empty();
     }
 
-    // @return whether a later try could mend nothing
+    // @return false if a later try may do what failed now
     bool Apply(SupervisorClient& supervisor) const
     {
         const Reporter reporter = ReporterFor("Fleet: ");

@@ -44,7 +44,7 @@ public:
     /// Calls TakeBack(), unless Keep() was called, and removes the unpacked files.
     void Discard() noexcept;
 
-    /// Deletes the former files. Those that are in use go at the next start of Windows.
+    /// Deletes the former files. Windows deletes those that are in use at its next start.
     void Keep() noexcept;
 
     /// Returns where an unpacked file lies at present.

@@ -6,8 +6,8 @@
 
 namespace vqrx::setup::v0 {
 
-/// For the guard to end by itself after its supervisor has ended on an order: it first ends a
-/// hand-over that is under way. Milliseconds.
+/// How long to wait for the end of a guard whose supervisor has ended on an order, milliseconds.
+/// The guard first ends a hand-over that is under way.
 inline constexpr DWORD kGuardEndMs = 20000;
 
 /// Waits until the guards of an installation have ended. Ends the guards that still run after that:

@@ -52,7 +52,7 @@ private:
     UniqueKernelHandle thread_;
 };
 
-// The variables of a user's profile, as at his logon; none if Windows cannot make them.
+// The environment variables that a logon gives to a user; none if Windows cannot make them.
 class ProfileVariables {
 public:
     explicit ProfileVariables(HANDLE token)
@@ -87,7 +87,7 @@ void SwitchOn(std::initializer_list<const char*> privileges)
     UniqueKernelHandle token;
     if (OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY, token.Put()) ==
         FALSE) {
-        return; // the call that needs the privilege fails and says so
+        return; // the call that needs the privilege then fails, and its error is reported
     }
     for (const char* const privilege : privileges) {
         TOKEN_PRIVILEGES change{};
@@ -125,8 +125,8 @@ void StartWithOwnRights(const FormerProcess& former, const std::string& program,
     process.Take(started);
 }
 
-// The service accounts may start a process with any token. An administrator may do so too, but
-// through a service of Windows, which makes the variables of the profile itself.
+// A service account may start a process with any token. An administrator may do it, too, but only
+// through a service of Windows. That service makes the environment variables itself.
 void StartWithToken(const FormerProcess& former, const std::string& program,
                     StartedProcess& process)
 {

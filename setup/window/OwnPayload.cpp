@@ -13,9 +13,9 @@
 namespace vqrx::setup::v0 {
 namespace {
 
-// Whoever makes the packages (packaging/payload.py) looks for the text before the zeros, and writes
-// the SHA-256 of the files over the zeros. The uninstaller keeps the zeros. Volatile, because the
-// compiler knows only the zeros.
+// packaging/payload.py looks for the text before the zeros, and writes the SHA-256 of the files
+// over the zeros. The uninstaller keeps the zeros. The array is volatile: the compiler sees only
+// zeros, and must not count on them.
 constexpr std::size_t kDigestStart = 17;
 constexpr std::size_t kDigestLength = 64;
 volatile const char

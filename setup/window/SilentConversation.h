@@ -4,8 +4,8 @@
 
 namespace vqrx::setup::v0 {
 
-/// For scripts: writes to standard error, if whoever started this process gave it one, and answers
-/// every question with no.
+/// For scripts: writes to standard error, if this process has one, and answers every question with
+/// no.
 class SilentConversation : public Conversation {
 public:
     void Say(const std::string& text) override;

@@ -19,8 +19,8 @@ namespace {
 using system::ring_format::v1::kRingStart;
 using system::ring_format::v1::ReadRingHeader;
 
-// Whether the system gives every byte of the file. Another program needs only the right to read it
-// to lock some. The file's read position changes.
+// Whether Windows lets this program read every byte of the file. Another program that may only read
+// the file can still lock a part of it. The file's read position changes.
 bool CanBeRead(std::istream& file)
 {
     std::array<char, 16384> buffer{};
@@ -117,8 +117,8 @@ void LogFileSink::Write(int level, const Timestamp* timestamp, const char* text)
     }
 }
 
-// The number in the file continues those of the file. Records that the file lacks have numbers in
-// the history only, and lose them to the records that are written later.
+// Writes a record with the number that follows the last one of the file. The history may hold
+// records that the file lacks. They have this number and higher ones, so they are removed.
 bool LogFileSink::WriteToFile(const LogHistoryEntry& entry, std::uint32_t sizeLimit)
 {
     if (!stream_.Write(nextInFile_, entry, sizeLimit)) {
@@ -148,8 +148,8 @@ bool LogFileSink::NoteOutage(std::uint32_t sizeLimit)
     return true;
 }
 
-// Inserts the record into the history. It takes its number even if there is no memory for it: the
-// file may hold the number already.
+// Inserts the record into the history. The number is used up even if there is no memory for the
+// record: the file may hold a record of this number already.
 void LogFileSink::Keep(const LogHistoryEntry& entry)
 {
     const std::int64_t number = std::exchange(sequence_, Next(sequence_));
@@ -190,8 +190,8 @@ void LogFileSink::Open(std::uint32_t sizeLimit)
     }
 }
 
-// Fills the history with the records of the file, unless they are those that the sink knows. If a
-// file that was refused is damaged still, the history keeps what it holds.
+// Fills the history with the records of the file, unless it holds them already. A file that was
+// refused is read on trial first: if it is still damaged, the history keeps what it holds.
 void LogFileSink::Read(std::uint32_t sizeLimit)
 {
     std::ifstream file{openFileName_, std::ios::binary};

@@ -15,8 +15,8 @@ public:
     /// @throws std::bad_alloc
     NoticesOfDamage(const std::string& name, const char* reason);
 
-    /// Sets the file aside under the first of its names (DamagedRingsOf) that works; once.
-    /// @return whether one works
+    /// Sets the file aside under the first of its names (DamagedRingsOf) that works. Called once.
+    /// @return whether one of the names worked
     /// @throws std::bad_alloc; the file may have been set aside
     [[nodiscard]] bool SetAside();
 
