@@ -16,8 +16,9 @@ struct CommandLine {
 /// Separates the arguments of a daemon from those of this program. The arguments after the PATH of
 /// launch or the PID of attach belong to the daemon. Dashes and brackets have a meaning for the
 /// parser of this program, so the parser must not see them. Options before PATH or PID are known to
-/// CountOfOption (DaemonArguments.cpp): a new option of launch or attach must be added there. "--"
-/// ends them. If another argument with a dash comes first, all arguments are this program's.
+/// CountOfOption (DaemonArguments.cpp): a new option of launch or attach must be added there. After
+/// "--" comes PATH or PID, even if it begins with a dash. If an unknown option stands before PATH
+/// or PID, all arguments are this program's: its parser reports the option.
 /// @param arguments  the program name first
 [[nodiscard]] CommandLine SplitCommandLine(std::vector<std::string> arguments);
 

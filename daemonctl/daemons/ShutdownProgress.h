@@ -18,9 +18,10 @@ namespace vqrx::client::v0 {
 [[nodiscard]] std::string DescribeShutdown(const Timeline& timeline,
                                            const std::optional<RunMark>& run);
 
-/// Returns whether the log shows that a client has ordered the supervisor to end. It does so a
-/// moment after the order. Pure.
-/// @param timeline  of the log; the last run is that of the supervisor that ends
+/// Returns whether the log shows that a client has ordered the supervisor to end, or that the
+/// supervision has ended. A log that was read directly after the order may not show it yet. Pure.
+/// @param timeline  of the log
+/// @param run       as for DescribeShutdown
 [[nodiscard]] bool ShowsOrder(const Timeline& timeline, const std::optional<RunMark>& run);
 
 /// Describes, for people, what the supervisor left behind when it ended: "the supervisor has ended;

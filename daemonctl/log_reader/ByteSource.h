@@ -24,7 +24,7 @@ public:
     /// @return how many bytes of the buffer were filled: fewer than its size only at the end of the
     ///         file, or if the file has become shorter
     /// @throws std::runtime_error  "PATH cannot be read: " and the system's message, also if the
-    ///         system refuses a part of the file: its records must not be missing without a word
+    ///         system refuses a part of the file: its records must not be missing in silence
     [[nodiscard]] virtual std::size_t ReadAt(std::uint64_t offset, std::span<char> buffer) = 0;
 };
 
