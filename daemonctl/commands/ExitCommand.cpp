@@ -21,14 +21,12 @@ namespace {
 
 using daemon_manager::SupervisorClient;
 
-// The supervisor's own limits are 90 s for calls of clients and 10 s for leaving COM.
-constexpr std::uint32_t kExitTimeoutSeconds = 120;
 constexpr DWORD kAskForOrderAgainMs = 100;
 constexpr ULONGLONG kOrderPatienceMs = 5000;
 
 struct ExitOptions {
     bool noWait = false;
-    std::uint32_t timeoutSeconds = kExitTimeoutSeconds;
+    std::uint32_t timeoutSeconds = kSupervisorEndMs / 1000;
 };
 
 // Returns the run that is about to end; nothing if the log does not show it.

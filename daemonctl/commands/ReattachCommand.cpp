@@ -28,9 +28,6 @@ namespace {
 
 using daemon_manager::SupervisorClient;
 
-// The former supervisor's own limits are 90 s for calls of clients and 10 s for leaving COM.
-constexpr std::uint32_t kFormerTimeoutSeconds = 120;
-
 struct ReattachOptions {
     std::string from;
     std::string fleet;
@@ -39,7 +36,7 @@ struct ReattachOptions {
     bool noWait = false;
     bool trust = false;
     bool outside = false;
-    std::uint32_t timeoutSeconds = kFormerTimeoutSeconds;
+    std::uint32_t timeoutSeconds = kSupervisorEndMs / 1000;
 };
 
 // A former supervisor restarts daemons until it ends, although clients find it no longer. So its

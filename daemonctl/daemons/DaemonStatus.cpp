@@ -6,9 +6,6 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// The supervisor tries every second, or later while it serves a call of a client.
-constexpr std::int64_t kTriedLatelyMs = 15000;
-
 // Writes the command line of a service as the log writes a command: without quotes, and with a
 // blank at the end.
 std::string AsCommand(std::string commandLine)

@@ -71,9 +71,13 @@ struct DaemonStatus {
     }
 };
 
+/// A daemon whose starts fail counts as stopped this long after the last failure, milliseconds. The
+/// supervisor tries every second, or later while it serves a call of a client.
+inline constexpr std::int64_t kTriedLatelyMs = 15000;
+
 /// Returns whether the supervisor still tries to start a daemon whose starts fail. It tries every
 /// second and logs each failure, but logs nothing when a client stops such a daemon. So the daemon
-/// counts as stopped 15 seconds after the last failure. Pure.
+/// counts as stopped kTriedLatelyMs after the last failure. Pure.
 /// @param failedStarts  times of the failed starts in order, milliseconds since 1970, UTC
 /// @param nowMs         the moment in question, milliseconds since 1970, UTC
 [[nodiscard]] bool WasTriedLately(const std::vector<std::int64_t>& failedStarts,

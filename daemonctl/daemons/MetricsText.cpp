@@ -114,11 +114,11 @@ void AddDaemonFamilies(MetricsWriter& metrics)
 std::uint64_t LateIn(const std::vector<std::int64_t>& failedStarts)
 {
     constexpr std::int64_t lateMs = 2000;
-    constexpr std::int64_t otherDaemonMs = 15000; // then a client stopped the daemon meanwhile
     std::uint64_t late = 0;
     for (std::size_t index = 1; index < failedStarts.size(); ++index) {
         const std::int64_t gapMs = failedStarts[index] - failedStarts[index - 1];
-        late += gapMs > lateMs && gapMs <= otherDaemonMs ? 1 : 0;
+        // After a longer gap, a client stopped the daemon and launched the program again.
+        late += gapMs > lateMs && gapMs <= kTriedLatelyMs ? 1 : 0;
     }
     return late;
 }

@@ -35,7 +35,7 @@ struct MachineMetrics {
 
 /// Counts the passes of the supervisor that came late. Only a daemon that cannot be started shows
 /// the passes: the supervisor logs its failed start in each. Two failed starts of one daemon that
-/// are 2 to 15 seconds apart count as one late pass. Pure.
+/// are more than 2 seconds and at most kTriedLatelyMs apart count as one late pass. Pure.
 [[nodiscard]] std::uint64_t CountLatePasses(const SupervisorRun& run);
 
 } // namespace vqrx::client::v0

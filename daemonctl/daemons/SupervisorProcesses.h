@@ -9,6 +9,10 @@
 
 namespace vqrx::client::v0 {
 
+/// How long to wait for the end of a supervisor that was ordered to end, milliseconds. The
+/// supervisor's own limits are 90 s for calls of clients and 10 s for leaving COM.
+inline constexpr std::uint32_t kSupervisorEndMs = 120000;
+
 /// Finds the processes that run the installed supervisor's program as an expected user: the
 /// supervisor, and any former supervisor that has not ended yet. A process that only has the name
 /// of the program does not count, whoever runs it.

@@ -27,9 +27,6 @@ using log::i_logger::v0::kLevelError;
 using log::i_logger::v0::kLevelInformation;
 using log::i_logger::v0::kLevelWarning;
 
-// The former supervisor's own limits are 90 s for calls of clients and 10 s for leaving COM.
-constexpr std::uint64_t kFormerMs = 120000;
-
 constexpr const char* kNothingLaunched = "Fleet: nothing was launched";
 
 // One try of a hand-over.
@@ -102,7 +99,7 @@ private:
             return;
         }
         log_.Log(kLevelInformation, "Hand-over: waits until the former supervisor has ended");
-        if (!processes.WaitUntilAtMost(1, kFormerMs)) {
+        if (!processes.WaitUntilAtMost(1, kSupervisorEndMs)) {
             throw std::runtime_error("the former supervisor still runs");
         }
         StopIfAbandoned();

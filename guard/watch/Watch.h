@@ -5,6 +5,7 @@
 #include "GuardLog.h"
 #include "StartDelays.h"
 #include "SupervisorCheck.h"
+#include "SupervisorProcesses.h"
 #include "SupervisorProgram.h"
 #include "TakeOverTask.h"
 
@@ -26,7 +27,7 @@ struct WatchTimes {
     DWORD answerMs = 10000;        ///< the longest wait for the answer to a check
     DWORD stillStartingMs = 10000; ///< until the log says that the supervisor is not published yet
     DWORD staleMs = 5000;          ///< for the publication of an ended supervisor to vanish
-    DWORD exitMs = 120000;         ///< for the supervisor to end after an order
+    DWORD exitMs = client::v0::kSupervisorEndMs; ///< for the supervisor to end after an order
 };
 
 /// What the watch works on.
