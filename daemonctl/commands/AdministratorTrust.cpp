@@ -29,8 +29,9 @@ void Append(std::vector<std::string>& found, std::vector<std::string> more)
                  std::make_move_iterator(more.end()));
 }
 
-// Makes a folder and those above it that are missing, if the one in which they are made is sound.
-// @return why it is not
+// Makes a folder and those above it that are missing, if the folder in which they are made is
+// sound.
+// @return the weaknesses of that folder; empty if it is sound
 std::vector<std::string> MakeMissing(const std::string& folder, const TrustedSids& trusted)
 {
     const std::vector<std::string> way = WayTo(folder);
@@ -39,7 +40,7 @@ std::vector<std::string> MakeMissing(const std::string& folder, const TrustedSid
         ++missing;
     }
     if (missing == 0 || missing == way.size()) {
-        return {}; // there is nothing to make, or no drive to make it on
+        return {}; // there is nothing to make, or the drive does not exist
     }
     std::vector<std::string> found = WeaknessesOfParentPath(way[missing], trusted);
     while (found.empty() && missing != 0) {

@@ -23,7 +23,7 @@ struct Arguments {
     std::string path;
     std::vector<std::string> rest;
     std::uint32_t id = 0;
-    std::optional<std::uint32_t> waitSeconds; // launch: nothing does not wait
+    std::optional<std::uint32_t> waitSeconds; // launch; nothing: do not wait
     bool raw = false;
 
     [[nodiscard]] ArgumentCheck Check() const

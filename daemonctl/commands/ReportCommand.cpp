@@ -86,7 +86,7 @@ int Report(const ReportArguments& arguments, const LogPath& defaultPath,
            const SupervisorNow& supervisor)
 {
     MadeReport report;
-    // An exception of WriteOutput below is no failure to read the log, and passes.
+    // WriteOutput stands outside: WithLogFile would report its exceptions as failures of the log.
     const int read = WithLogFile(arguments, defaultPath, [&](const std::string& file) {
         report.path = file;
         MakeReport(arguments, supervisor, report);

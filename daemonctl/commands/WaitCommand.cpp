@@ -181,8 +181,8 @@ int WaitForSupervisor(const WaitOptions& options)
     }
 }
 
-// Throws as ThrowInvalid if a condition about a daemon has no daemon, or one about the supervisor
-// has one.
+// Throws as ThrowInvalid does: if a condition about a daemon comes without a daemon, or a condition
+// about the supervisor comes with one.
 void CheckWaitUsage(const WaitOptions& options)
 {
     if (IsAboutSupervisor(options.condition) != options.target.empty()) {

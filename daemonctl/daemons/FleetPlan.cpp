@@ -33,8 +33,8 @@ std::string JoinedArguments(const std::vector<std::string>& arguments)
     return text;
 }
 
-// Returns whether a command interpreter runs a batch file with these arguments. Its own arguments
-// hold the command of the batch file, in quotes that the split of the arguments moves.
+// Returns whether a command interpreter runs the batch file of a line. Its arguments then end with
+// the path and the arguments of the batch file; quotes do not count.
 bool RunsBatchFile(const std::vector<std::string>& ofInterpreter, const ExpectedProgram& line,
                    const std::string& path)
 {

@@ -28,8 +28,8 @@ ProcessFit FitKnown(std::int64_t createdMs, const std::string& image, const Proc
     return facts.image == image ? ProcessFit::kSame : ProcessFit::kOtherProgram;
 }
 
-// Returns whether the listed process ended while the last former supervisor still ran. The log
-// shows better than the listing then what became of the daemon.
+// Returns whether the listed process ended while the last former supervisor still ran. Then the log
+// is newer than the listing, and shows what became of the daemon.
 bool IsOutdated(const ListedProcess& listed, const SupervisorRun& last)
 {
     const DaemonHistory* const daemon = listed.id ? last.Find(*listed.id) : nullptr;

@@ -61,8 +61,8 @@ SupervisorFacts CallSupervisor()
     return facts;
 }
 
-// A process that this user may not examine can be the supervisor, so it counts only beside one that
-// is.
+// Finds the processes that only have the name of the supervisor. A process that this user may not
+// examine may be the supervisor itself: it counts only if another process is the supervisor.
 std::vector<Namesake> FindNamesakes()
 {
     const daemon_manager::SupervisorIdentity identity = daemon_manager::IdentifySupervisor();
