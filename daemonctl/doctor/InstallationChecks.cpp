@@ -1,6 +1,7 @@
 #include "InstallationChecks.h"
 
 #include "ErrorText.h"
+#include "ring_format/RingHeader.h"
 
 namespace vqrx::client::v0 {
 namespace {
@@ -8,8 +9,8 @@ namespace {
 constexpr std::uint32_t kFileNotFound = 2;
 constexpr std::uint32_t kPathNotFound = 3;
 constexpr std::uint32_t kMoreData = 234;
-// Twice the size that the log grows to, in bytes.
-constexpr std::uint64_t kRoomForLog = 0x200000;
+// Twice the size to which the log grows, bytes.
+constexpr std::uint64_t kRoomForLog = 2ULL * system::ring_format::v1::kRingSizeLimit;
 
 constexpr const char* kRootUnknown =
     "the folder is not known, because the registry does not name the firmware root";
