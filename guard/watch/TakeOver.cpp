@@ -117,7 +117,7 @@ private:
             isUnreadable_ = true;
             return HasNoFaults({order_.fleet + " cannot be read"});
         }
-        // Before the file is read: nobody else can change a file that passes this check.
+        // Before the file is read: others cannot change a file that is found sound.
         if (!CanBelieve("Fleet: ", order_.fleet)) {
             log_.Log(kLevelError, kNothingLaunched);
             return false;
