@@ -16,7 +16,7 @@ class Preset:
 # processors, so that their threads really run at the same time.
 PRESETS = (
     Preset("windows", ("windows", "test", "package", "fleet"), "wine", 5),
-    Preset("windows-debug", ("windows", "test"), "wine", 5, one_processor=True),
+    Preset("windows-debug", ("windows", "test"), "wine", 8, one_processor=True),
     Preset("native", ("native", "test", "browser"), "host", 2),
     Preset("native-tsan", ("native", "test"), "host", 2),
     Preset("fuzz", ("native", "fuzz"), "host", 2),

@@ -1,0 +1,169 @@
+// The guard's watch over a supervisor that starts, hands over, or ends.
+#include "ChildProcess.h"
+#include "GuardWatchFixture.h"
+#include "PublishedControl.h"
+#include "SupervisorProcess.h"
+#include "TestService.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+#include <thread>
+
+namespace vqrx::test {
+namespace {
+
+using system::win32::v1::UniqueKernelHandle;
+
+// A pipe that nobody reads, as the standard output of a program. Destroyed, it refuses all output.
+class UnreadPipe {
+public:
+    UnreadPipe()
+    {
+        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+        EXPECT_TRUE(CreatePipe(read_.Put(), write_.Put(), &inherited, kCapacity));
+        SetHandleInformation(read_.Get(), HANDLE_FLAG_INHERIT, 0);
+    }
+    UnreadPipe(const UnreadPipe&) = delete;
+    UnreadPipe& operator=(const UnreadPipe&) = delete;
+    ~UnreadPipe() { Close(); }
+
+    HANDLE WriteEnd() const { return write_.Get(); }
+
+    // Fills the pipe: whoever writes to it after that waits until Close().
+    void Fill()
+    {
+        writer_ = std::thread([this] {
+            const std::string much(std::size_t{16} * kCapacity, 'x');
+            DWORD written = 0;
+            WriteFile(write_.Get(), much.data(), static_cast<DWORD>(much.size()), &written,
+                      nullptr);
+        });
+        EXPECT_TRUE(WaitUntil([this] {
+            DWORD bytes = 0;
+            PeekNamedPipe(read_.Get(), nullptr, 0, nullptr, &bytes, nullptr);
+            return bytes >= kCapacity;
+        }));
+    }
+
+    void Close()
+    {
+        read_.Reset();
+        if (writer_.joinable()) {
+            writer_.join();
+        }
+    }
+
+private:
+    static constexpr DWORD kCapacity = 65536;
+    UniqueKernelHandle read_;
+    UniqueKernelHandle write_;
+    std::thread writer_;
+};
+
+// The supervisor would start the program twice when the process ends.
+TEST_F(GuardWatch, Process_is_not_attached_again_while_the_log_does_not_show_its_attach)
+{
+    const std::string worker = TestProgram("no_windows");
+    // cmd starts the worker and ends, so no running process is the parent of the worker.
+    const CapturedProgram shell("cmd /d /c start /b \"\" \"" + worker + '"');
+    EXPECT_EQ(shell.ExitCode(), 0U);
+    machine_.WriteFleet(worker + "\n");
+    UnreadPipe console;
+    const ChildProcess supervisor('"' + ProductProgram("DaemonManager.exe") + '"',
+                                  console.WriteEnd());
+    const auto shows = [this](const std::string& beginning) {
+        const auto log = ReadRingFile(machine_.SupervisorLog());
+        return std::count_if(log.begin(), log.end(), [&](const RingRecord& record) {
+            return record.text.starts_with(beginning);
+        });
+    };
+    ASSERT_TRUE(WaitUntil([&] { return shows("Deamon Thread started") == 1; }));
+    console.Fill(); // no record reaches the log now
+    StartWatch();
+    EXPECT_EQ(machine_.WaitForGuardLog("Hand-over: given up: "),
+              "Hand-over: given up: the log does not show daemon 0, which was attached; nothing "
+              "more is attached before that");
+    console.Close();
+    ASSERT_NE(machine_.WaitForGuardLog("Fleet: 0 launched, 0 attached, 1 there already, 0 not"),
+              "");
+    EXPECT_EQ(shows("Attach "), 1);
+    StopWatch();
+}
+
+TEST_F(GuardWatch, Stop_ends_the_supervisor_in_order_and_its_daemons_run_on)
+{
+    machine_.WriteFleet(TestProgram("no_windows") + "\n");
+    StartWatch();
+    ASSERT_TRUE(machine_.WaitForTakeOver());
+    ASSERT_TRUE(WaitUntil([] { return ProcessesNamed("no_windows.exe").size() == 1; }));
+    StopWatch();
+    EXPECT_TRUE(ProcessesNamed("DaemonManager.exe").empty());
+    EXPECT_EQ(ProcessesNamed("no_windows.exe").size(), 1U);
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor has ended: process "), "");
+    const auto records = OrderlyLog(ReadRingFile(machine_.SupervisorLog()));
+    ASSERT_FALSE(records.empty());
+    EXPECT_EQ(records.back().text, "Deamon Thread is exiting...");
+}
+
+TEST_F(GuardWatch, Supervisor_that_waits_for_the_firewall_is_waited_for_and_the_log_says_so)
+{
+    const ReadyEvent hold;
+    TestService firewall("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START, 0, hold.Name());
+    firewall.Start(false);
+    StartWatch();
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor is not published yet after 0 s: it may wait for "
+                                       "the firewall service; the guard waits on"),
+              "");
+    hold.Signal();
+    ASSERT_TRUE(machine_.WaitForTakeOver());
+}
+
+TEST_F(GuardWatch, Stop_during_the_start_of_the_supervisor_ends_both)
+{
+    const ReadyEvent hold;
+    TestService firewall("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START, 0, hold.Name());
+    firewall.Start(false);
+    StartWatch();
+    const DWORD supervisor = GuardedMachine::WaitForSupervisor();
+    StopWatch();
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor was ended before it was published: process " +
+                                       std::to_string(supervisor)),
+              "");
+    EXPECT_TRUE(ProcessesNamed("DaemonManager.exe").empty());
+    hold.Signal();
+}
+
+TEST_F(GuardWatch, Object_of_another_program_is_not_taken_for_that_of_a_supervisor_that_starts)
+{
+    const system::com::v1::ComApartment apartment;
+    const ReadyEvent hold;
+    TestService firewall("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START, 0, hold.Name());
+    firewall.Start(false);
+    const PublishedControl impostor;
+    StartWatch();
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor is not published yet after 0 s: "), "");
+    hold.Signal();
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor has ended without an order: "), "");
+    EXPECT_NE(machine_.WaitForGuardLog("Another object is published under the supervisor's name."),
+              "");
+    StopWatch();
+    EXPECT_EQ(impostor.Calls(), 0);
+}
+
+TEST_F(GuardWatch, Program_that_is_missing_is_reported_and_tried_again)
+{
+    StartWatch("C:\\no\\such\\DaemonManager.exe");
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor not started: C:\\no\\such\\DaemonManager.exe "
+                                       "cannot be started: error 3",
+                                       2),
+              "");
+    EXPECT_NE(machine_.WaitForGuardLog("Next start of the supervisor in 1 s"), "");
+}
+
+} // namespace
+} // namespace vqrx::test
