@@ -9,6 +9,9 @@ namespace vqrx::client::v0 {
 /// The name of the guard's service, and of its value in the machine's Run key.
 inline constexpr const wchar_t* kGuardName = L"DaemonGuard";
 
+/// The file name of the guard's program.
+inline constexpr const wchar_t* kGuardProgram = L"DaemonGuard.exe";
+
 /// How the guard runs.
 enum class GuardMode {
     kService, ///< started by the service control manager

@@ -25,8 +25,6 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr const wchar_t* kGuardProgram = L"DaemonGuard.exe";
-
 struct AutostartOptions {
     std::string action;
     bool service = false;

@@ -1,5 +1,6 @@
 #include "RightsChecks.h"
 
+#include "GuardArguments.h"
 #include "LetterCase.h"
 #include "ObjectRights.h"
 #include "Utf8.h"
@@ -81,7 +82,7 @@ void AddInstallation(const std::string& installedProgram, Places& places)
         places.Add(folder, Role::kPrograms);
         places.Add(installedProgram, Role::kProgram);
         places.Add(folder + "\\DaemonMgrPS.dll", Role::kProgram);
-        places.Add(folder + "\\DaemonGuard.exe", Role::kProgram);
+        places.Add(folder + "\\" + Utf8(kGuardProgram), Role::kProgram);
     }
     places.Add(Utf8(system::file::v2::PathOfOwnProgram()), Role::kProgram);
 }
@@ -102,7 +103,7 @@ void AddKeys(RightsFacts& facts)
                              interfaceKey + R"(\ProxyStubClsid32)"});
     keys.push_back(Utf8(daemon_manager::kInstallerKey));
     // Those that start the guard.
-    keys.emplace_back(R"(SYSTEM\CurrentControlSet\Services\DaemonGuard)");
+    keys.push_back(R"(SYSTEM\CurrentControlSet\Services\)" + Utf8(kGuardName));
     keys.emplace_back(R"(SOFTWARE\Microsoft\Windows\CurrentVersion\Run)");
     for (const std::string& key : keys) {
         facts.keys.push_back(ReadKeyRights(key));

@@ -1,8 +1,10 @@
 #include "GuardProcess.h"
 
+#include "GuardArguments.h"
 #include "ProcessFacts.h"
 #include "ProcessList.h"
 #include "SetupError.h"
+#include "Utf8.h"
 #include "win32/UniqueHandle.h"
 
 #include <cstddef>
@@ -16,11 +18,9 @@ namespace {
 using system::win32::v1::UniqueKernelHandle;
 using system::win32::v1::UniqueServiceHandle;
 
-constexpr const wchar_t* kGuardService = L"DaemonGuard";
-constexpr const wchar_t* kGuardProgram = L"DaemonGuard.exe";
 // The guard's service waits two minutes for the end of the supervisor.
 constexpr DWORD kServiceEndMs = 150000;
-constexpr DWORD kTerminationMs = 10000;
+constexpr DWORD kAskServiceAgainMs = 100;
 
 struct Guard {
     std::uint32_t processId;
@@ -31,8 +31,10 @@ struct Guard {
 std::vector<Guard> GuardsOf(const std::string& folder)
 {
     std::vector<Guard> guards;
-    for (const client::v0::ImageFacts& image : client::v0::ProcessesOfImage(kGuardProgram)) {
-        if (!client::v0::IsSameFile(image.path, folder + "\\DaemonGuard.exe")) {
+    const std::string program = folder + "\\" + client::v0::Utf8(client::v0::kGuardProgram);
+    for (const client::v0::ImageFacts& image :
+         client::v0::ProcessesOfImage(client::v0::kGuardProgram)) {
+        if (!client::v0::IsSameFile(image.path, program)) {
             continue;
         }
         UniqueKernelHandle process(
@@ -55,40 +57,64 @@ bool Ends(const Guard& guard, DWORD limitMs)
     return WaitForSingleObject(guard.process.Get(), limitMs) == WAIT_OBJECT_0;
 }
 
-// @return whether this process is that of the service, and the service was told to stop
-bool StopService(std::uint32_t processId)
+// @return the state of the service, if this process is its process; otherwise, or if there is no
+// service, 0
+DWORD StateIfProcessOf(const UniqueServiceHandle& service, std::uint32_t processId)
+{
+    SERVICE_STATUS_PROCESS status{};
+    DWORD needed = 0;
+    const bool isKnown =
+        QueryServiceStatusEx(service.Get(), SC_STATUS_PROCESS_INFO,
+                             reinterpret_cast<BYTE*>(&status), sizeof status, &needed) != FALSE;
+    return isKnown && status.dwProcessId == processId ? status.dwCurrentState : 0;
+}
+
+// Asks the service manager to stop the service of a guard. A service that is just starting takes no
+// request, so it is asked again until it has started.
+// @return whether this guard is the service, and was told to stop or has ended
+bool StopService(const Guard& guard, DWORD limitMs)
 {
     const UniqueServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
     const UniqueServiceHandle service(
-        OpenServiceW(manager.Get(), kGuardService, SERVICE_QUERY_STATUS | SERVICE_STOP));
-    SERVICE_STATUS_PROCESS status{};
-    DWORD needed = 0;
-    SERVICE_STATUS answer{};
-    return service &&
-           QueryServiceStatusEx(service.Get(), SC_STATUS_PROCESS_INFO,
-                                reinterpret_cast<BYTE*>(&status), sizeof status,
-                                &needed) != FALSE &&
-           status.dwProcessId == processId &&
-           ControlService(service.Get(), SERVICE_CONTROL_STOP, &answer) != FALSE;
+        OpenServiceW(manager.Get(), client::v0::kGuardName, SERVICE_QUERY_STATUS | SERVICE_STOP));
+    const ULONGLONG begin = GetTickCount64();
+    for (DWORD state = StateIfProcessOf(service, guard.processId); state != 0;
+         state = StateIfProcessOf(service, guard.processId)) {
+        SERVICE_STATUS answer{};
+        if (state == SERVICE_STOP_PENDING ||
+            ControlService(service.Get(), SERVICE_CONTROL_STOP, &answer) != FALSE) {
+            return true;
+        }
+        // Wine and Windows give different errors here, so the state decides.
+        if (state != SERVICE_START_PENDING || GetTickCount64() - begin >= limitMs) {
+            return false;
+        }
+        if (Ends(guard, kAskServiceAgainMs)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 } // namespace
 
-bool EndGuards(const std::string& folder, DWORD patienceMs)
+bool EndGuards(const std::string& folder, const GuardLimits& limits, bool& hasEnded)
 {
     bool hadToBeEnded = false;
     const ULONGLONG begin = GetTickCount64();
     for (const Guard& guard : GuardsOf(folder)) {
         const ULONGLONG passed = GetTickCount64() - begin;
-        if (Ends(guard, passed < patienceMs ? patienceMs - static_cast<DWORD>(passed) : 0)) {
+        if (Ends(guard,
+                 passed < limits.patienceMs ? limits.patienceMs - static_cast<DWORD>(passed) : 0)) {
             continue;
         }
         hadToBeEnded = true;
-        if (StopService(guard.processId) && Ends(guard, kServiceEndMs)) {
+        hasEnded = true;
+        if (StopService(guard, limits.stopRequestMs) && Ends(guard, kServiceEndMs)) {
             continue;
         }
         TerminateProcess(guard.process.Get(), 1); // a process that ends just now refuses
-        if (!Ends(guard, kTerminationMs)) {
+        if (!Ends(guard, limits.terminationMs)) {
             throw SetupError("The guard, process " + std::to_string(guard.processId) +
                              ", could not be ended.");
         }

@@ -10,14 +10,23 @@ namespace vqrx::setup::v0 {
 /// The guard first ends a hand-over that is under way.
 inline constexpr DWORD kGuardEndMs = 20000;
 
+/// How long EndGuards() waits. Milliseconds.
+struct GuardLimits {
+    DWORD patienceMs = 0; ///< for the guards to end by themselves
+    /// For a service that is just starting to take the request to stop.
+    DWORD stopRequestMs = 15000;
+    DWORD terminationMs = 10000; ///< for the end of a process that was terminated
+};
+
 /// Waits until the guards of an installation have ended. Ends the guards that still run after that:
-/// - It asks the service manager to stop a guard that is a service. The manager does not start a
-///   stopped service again. Such a guard ends its supervisor in order; the daemons run on.
+/// - It asks the service manager to stop a guard that is a service, again and again while the
+///   service does not take the request. The manager does not start a stopped service again. Such a
+///   guard ends its supervisor in order; the daemons run on.
 /// - It terminates a guard of a session. The supervisor and the daemons run on.
-/// @param folder      folder of the programs, UTF-8
-/// @param patienceMs  milliseconds that the guards have to end by themselves
+/// @param folder    folder of the programs, UTF-8
+/// @param hasEnded  becomes true when a guard has to be ended, before that is tried
 /// @return whether one had to be ended; it may have started a supervisor just before
 /// @throws SetupError if a guard runs on
-[[nodiscard]] bool EndGuards(const std::string& folder, DWORD patienceMs);
+[[nodiscard]] bool EndGuards(const std::string& folder, const GuardLimits& limits, bool& hasEnded);
 
 } // namespace vqrx::setup::v0

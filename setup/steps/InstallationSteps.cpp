@@ -1,6 +1,6 @@
 #include "InstallationSteps.h"
 
-#include "GuardProcess.h"
+#include "EndSupervisorAndGuards.h"
 #include "Installation.h"
 #include "InstalledFiles.h"
 #include "ProtectedObjects.h"
@@ -111,11 +111,10 @@ void InstallationSteps::PrepareFolders()
 
 void InstallationSteps::EndSupervisor()
 {
-    change_.End(installation::LogFolder(place_.root) + "\\" + RandomName("before-setup-") +
-                ".json");
-    if (const std::string former = InstallationKey().Text(kFolderNote); !former.empty()) {
-        endedGuard_ = EndGuards(former, change_.Ran() ? kGuardEndMs : 0);
-    }
+    const auto newListing = [this] {
+        return installation::LogFolder(place_.root) + "\\" + RandomName("before-setup-") + ".json";
+    };
+    EndSupervisorAndGuards(change_, InstallationKey().Text(kFolderNote), newListing, endedGuard_);
 }
 
 void InstallationSteps::Replace()
@@ -176,6 +175,9 @@ int InstallationSteps::HandOver()
 
 bool InstallationSteps::SetUpAutostart()
 {
+    if (endedGuard_ && options_.noStart && options_.autostart != "none") {
+        conversation_.Say("The guard was ended, too. To start it: daemonctl autostart start\n");
+    }
     if (options_.autostart == "none") {
         return change_.Autostart({"remove"});
     }
@@ -194,23 +196,16 @@ bool InstallationSteps::SetUpAutostart()
 
 void InstallationSteps::GoBack() noexcept
 {
-    try {
-        change_.EndStarted();
-        RestoreRegistry();
-        if (const std::string left = swap_.TakeBack(); !left.empty()) {
-            conversation_.Say(left);
-        }
-        if (change_.Ended()) {
-            StartFormer();
-        } else if (endedGuard_) {
-            static_cast<void>(change_.Autostart({"start"}));
-        }
-    } catch (const std::exception& error) {
-        conversation_.Say(
-            std::string("No supervisor runs now: ") + error.what() +
-            "\nStart it, then: daemonctl reattach" +
-            (change_.Listing().empty() ? std::string() : " --from \"" + change_.Listing() + "\"") +
-            "\n");
+    change_.EndStarted();
+    RestoreRegistry();
+    if (const std::string left = swap_.TakeBack(); !left.empty()) {
+        conversation_.Say(left);
+    }
+    if (change_.Ended()) {
+        StartFormer();
+    }
+    if (change_.Ended() || endedGuard_) { // a guard also ends with its supervisor
+        Try([this] { static_cast<void>(change_.Autostart({"start"})); });
     }
     swap_.Discard();
     if (folders_) {
@@ -218,14 +213,21 @@ void InstallationSteps::GoBack() noexcept
     }
 }
 
-void InstallationSteps::StartFormer()
+void InstallationSteps::StartFormer() noexcept
 {
-    change_.Start(change_.FormerProgram());
-    if (change_.HandOver(options_.allowWeak)) {
-        DeleteOrLater(change_.Listing());
+    try {
+        change_.StartFormer();
+        if (change_.HandOver(options_.allowWeak)) {
+            DeleteOrLater(change_.Listing());
+        }
+        conversation_.Say("The former supervisor runs again.\n");
+    } catch (const std::exception& error) {
+        conversation_.Say(
+            std::string("No supervisor runs now: ") + error.what() +
+            "\nStart it, then: daemonctl reattach" +
+            (change_.Listing().empty() ? std::string() : " --from \"" + change_.Listing() + "\"") +
+            "\n");
     }
-    conversation_.Say("The former supervisor runs again.\n");
-    static_cast<void>(change_.Autostart({"start"})); // a guard ended with the supervisor
 }
 
 // Runs while the new files are in their places, because a library must be loaded to be

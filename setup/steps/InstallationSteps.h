@@ -57,7 +57,7 @@ private:
     void PrepareFolders();
     void RestoreRegistry() noexcept;
     void Try(const std::function<void()>& step) noexcept; ///< says what failed, and goes on
-    void StartFormer();
+    void StartFormer() noexcept;
     void WriteNotes();
     void NoteIfMade(const std::string& what, const std::string& folder) const;
 
@@ -72,7 +72,7 @@ private:
     std::optional<SafeFolders> folders_;
     bool logExisted_ = false;
     bool wroteRegistry_ = false;
-    bool endedGuard_ = false; // one that did not end with the supervisor
+    bool endedGuard_ = false; // one that did not end with the supervisor, or that may run on
     std::string formerProxy_;
     KeyValues formerNotes_;  // of InstallationKey()
     KeyValues formerEvents_; // of EventSourceKey()

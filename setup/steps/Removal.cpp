@@ -1,8 +1,8 @@
 #include "Removal.h"
 
+#include "EndSupervisorAndGuards.h"
 #include "FileSwap.h"
 #include "FirmwarePlace.h"
-#include "GuardProcess.h"
 #include "InstalledFiles.h"
 #include "MachineKey.h"
 #include "ObjectRights.h"
@@ -65,34 +65,42 @@ void RemoveMadeFolders()
     }
 }
 
-// Ends the supervisor, and the guard, which ends with it. A guard that waits between two starts of
-// the supervisor does not, so it is ended; it may have started another supervisor meanwhile.
-void EndSupervisorAndGuard(const std::string& folder, Conversation& conversation)
+// Starts a guard that is set up, after a removal that failed. Reports a failure, too.
+void StartGuardAgain(const SupervisorChange& change, Conversation& conversation)
 {
-    bool hasEndedGuard = false;
-    for (bool lookAgain = true; lookAgain; hasEndedGuard = lookAgain) {
-        SupervisorChange change(conversation, [folder] { return folder + "\\daemonctl.exe"; });
-        const std::string listing = folder + "\\" + RandomName("before-setup-") + ".json";
-        try {
-            change.End(listing); // first: if it fails, the machine still has its guard
-        } catch (const SetupError&) {
-            if (hasEndedGuard) {
-                static_cast<void>(change.Autostart({"start"}));
-            }
-            throw;
-        }
-        DeleteOrLater(listing);
-        lookAgain = EndGuards(folder, change.Ran() ? kGuardEndMs : 0);
+    try {
+        static_cast<void>(change.Autostart({"start"}));
+    } catch (const std::exception& error) {
+        conversation.Say(std::string(error.what()) + "\n");
     }
+}
+
+// Ends the supervisor, and the guard, which ends with it or is ended. If that fails half-way, a
+// guard that is set up is started again, and starts the supervisor.
+void EndAll(SupervisorChange& change, const std::string& folder, Conversation& conversation)
+{
+    bool endedGuard = false;
+    try {
+        EndSupervisorAndGuards(
+            change, folder, [&] { return folder + "\\" + RandomName("before-setup-") + ".json"; },
+            endedGuard);
+    } catch (...) {
+        DeleteOrLater(change.Listing());
+        if (change.Ended() || endedGuard) {
+            StartGuardAgain(change, conversation);
+        }
+        throw;
+    }
+    DeleteOrLater(change.Listing());
 }
 
 void RemoveAll(const SetupOptions& options, Conversation& conversation)
 {
     const std::string folder = InstalledFolder();
-    EndSupervisorAndGuard(folder, conversation);
-    const SupervisorChange change(conversation, [folder] { return folder + "\\daemonctl.exe"; });
+    SupervisorChange change(conversation, [folder] { return folder + "\\daemonctl.exe"; });
+    EndAll(change, folder, conversation);
     if (!change.Autostart({"remove"})) { // otherwise Windows would start a program that is gone
-        static_cast<void>(change.Autostart({"start"})); // it ended with the supervisor
+        StartGuardAgain(change, conversation); // it ended with the supervisor
         throw SetupError("The guard is still set up.");
     }
     UnregisterProxy(folder + "\\DaemonMgrPS.dll"); // that of another installation stays

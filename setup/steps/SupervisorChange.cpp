@@ -1,5 +1,6 @@
 #include "SupervisorChange.h"
 
+#include "FileSwap.h"
 #include "LikeStart.h"
 #include "SetupError.h"
 #include "Utf8.h"
@@ -69,13 +70,17 @@ void SupervisorChange::End(const std::string& listing)
     if (!Ran()) {
         return;
     }
-    conversation_.Say("Ending the supervisor; its daemons run on.\n");
+    conversation_.get().Say("Ending the supervisor; its daemons run on.\n");
     // Without the list, the log is read; it may not reach back to the start of every daemon.
     if (Client({"ps", "--output", listing}).exitCode == kClientDone) {
         listing_ = listing;
+    } else {
+        DeleteOrLater(listing); // a list that is not whole would lose daemons
     }
     const ProgramAnswer answer = Client({"exit"});
     if (!WaitForAll(kEndLimitMs)) {
+        DeleteOrLater(listing);
+        listing_.clear();
         const std::string process = "process " + std::to_string(former_.front().Id());
         throw SetupError(
             (Answers() ? "The supervisor, " + process + ", could not be ended. It runs on."
@@ -87,9 +92,20 @@ void SupervisorChange::End(const std::string& listing)
     ended_ = true;
 }
 
+void SupervisorChange::Follow(SupervisorChange&& later)
+{
+    if (Ran()) {
+        DeleteOrLater(later.listing_);
+        return;
+    }
+    former_ = std::move(later.former_);
+    listing_ = std::move(later.listing_);
+    ended_ = later.ended_;
+}
+
 void SupervisorChange::Start(const std::string& program)
 {
-    conversation_.Say("Starting the supervisor.\n");
+    conversation_.get().Say("Starting the supervisor.\n");
     started_ = StartLike(former_.front(), program);
     const ULONGLONG begin = GetTickCount64();
     while (GetTickCount64() - begin < kStartLimitMs) {
@@ -105,6 +121,21 @@ void SupervisorChange::Start(const std::string& program)
         }
     }
     throw CameNotUp(program + " did not answer within two minutes.");
+}
+
+void SupervisorChange::StartFormer()
+{
+    if (Answers()) {
+        return;
+    }
+    try {
+        Start(FormerProgram());
+    } catch (const CameNotUp&) {
+        if (!Answers()) {
+            throw;
+        }
+        started_.Reset(); // it gave way to the supervisor that answers
+    }
 }
 
 void SupervisorChange::EndStarted() noexcept
@@ -127,7 +158,7 @@ void SupervisorChange::EndStarted() noexcept
 
 bool SupervisorChange::HandOver(bool trust)
 {
-    conversation_.Say("Handing the daemons over.\n");
+    conversation_.get().Say("Handing the daemons over.\n");
     // No daemon may be lost, and nobody is there to answer a question.
     std::vector<std::string> arguments{"reattach", "--outside"};
     if (trust) {
@@ -138,15 +169,15 @@ bool SupervisorChange::HandOver(bool trust)
         arguments.push_back(listing_);
     }
     const ProgramAnswer answer = Client(arguments);
-    if (WaitForSingleObject(started_.Get(), 0) != WAIT_TIMEOUT) {
-        conversation_.Say("The supervisor has ended again. Its log says why.\n");
+    if (started_ && WaitForSingleObject(started_.Get(), 0) != WAIT_TIMEOUT) {
+        conversation_.get().Say("The supervisor has ended again. Its log says why.\n");
         return false;
     }
     if (answer.exitCode == kClientDone || answer.exitCode == kNothingToHandOver) {
         return true;
     }
-    conversation_.Say("Not every daemon was handed over (exit code " +
-                      std::to_string(answer.exitCode) + "):\n" + answer.output);
+    conversation_.get().Say("Not every daemon was handed over (exit code " +
+                            std::to_string(answer.exitCode) + "):\n" + answer.output);
     return false;
 }
 
@@ -157,8 +188,8 @@ bool SupervisorChange::Autostart(const std::vector<std::string>& arguments) cons
     const ProgramAnswer answer = Client(all);
     const bool isDone = answer.exitCode == kClientDone || answer.exitCode == kNothingSetUp;
     if (!isDone) {
-        conversation_.Say("daemonctl autostart " + arguments.front() + " failed (exit code " +
-                          std::to_string(answer.exitCode) + "):\n" + answer.output);
+        conversation_.get().Say("daemonctl autostart " + arguments.front() + " failed (exit code " +
+                                std::to_string(answer.exitCode) + "):\n" + answer.output);
     }
     return isDone;
 }

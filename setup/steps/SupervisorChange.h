@@ -21,6 +21,13 @@ public:
     /// @throws SetupError if Windows does not list the processes
     SupervisorChange(Conversation& conversation, std::function<std::string()> client);
 
+    /// Finds the supervisors that run now. @throws SetupError as the constructor
+    [[nodiscard]] SupervisorChange LookAgain() const { return {conversation_, client_}; }
+
+    /// Takes over what a later look has found and ended, if no supervisor ran at this one. If one
+    /// ran, its account, its program and its list of the daemons stay; the later list is deleted.
+    void Follow(SupervisorChange&& later);
+
     /// Whether a supervisor ran when this object was made.
     [[nodiscard]] bool Ran() const noexcept { return !former_.empty(); }
 
@@ -37,7 +44,8 @@ public:
     void TestRights(const std::string& program) const;
 
     /// Lists the daemons and ends the supervisor; they run on. Returns after its process has ended.
-    /// @param listing  the file for the list; it must not exist
+    /// @param listing  the file for the list; it must not exist. If this function fails, or
+    ///                 daemonctl cannot list the daemons, nothing is left of the file
     /// @throws SetupError if the process did not end within four minutes; the text says whether it
     ///         runs on or ends later
     void End(const std::string& listing);
@@ -47,13 +55,19 @@ public:
     /// @throws SetupError if it could not be started; CameNotUp if it ended or did not answer
     void Start(const std::string& program);
 
+    /// Starts the program of the supervisor that ran, as Start(). A supervisor that answers already
+    /// counts as started: a guard may have been faster.
+    /// @throws SetupError as Start
+    void StartFormer();
+
     /// Ends a supervisor that Start() has started. Does nothing if there is none.
     void EndStarted() noexcept;
 
     /// Hands the daemons of the list, or of the log, over to the supervisor that runs.
     /// @param trust  believe the log, whoever may have written it
-    /// @return whether all were handed over, and the supervisor still runs after that: until it has
-    ///         published its object, another program could answer in its place
+    /// @return whether all were handed over, and a supervisor that Start() has started still runs
+    ///         after that: until it has published its object, another program could answer in its
+    ///         place
     [[nodiscard]] bool HandOver(bool trust);
 
     /// Runs "daemonctl autostart". Says what failed.
@@ -71,7 +85,7 @@ private:
     [[nodiscard]] bool Answers() const;
     [[nodiscard]] bool WaitForAll(DWORD limitMs) const;
 
-    Conversation& conversation_;
+    std::reference_wrapper<Conversation> conversation_;
     std::function<std::string()> client_;
     std::vector<FormerProcess> former_;
     std::string listing_;

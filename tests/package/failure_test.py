@@ -58,6 +58,22 @@ class Failure(InstallationTest):
         self.assertIn("The former supervisor runs again.", self.said)
         self.assertEqual(len(machine.processes("DaemonGuard.exe")), 1)
 
+    def test_a_guard_is_started_again_also_if_the_former_supervisor_does_not_come_up(self):
+        self.install_below_root("/AUTOSTART=session")
+        self.addCleanup(machine.end_processes, "DaemonGuard.exe")
+        self.assertEqual(self.daemonctl("wait", "--for", "supervisor")[0], 0)
+        no_supervisor = (machine.BUILD / "tests/programs/exits_with.exe").read_bytes()
+        former = machine.host_path(self.folder) / "DaemonManager.exe"
+        sound = former.read_bytes()
+        former.unlink()  # the program that runs keeps its content
+        former.write_bytes(no_supervisor)
+        code, self.said = machine.call(str(installer_with("DaemonManager.exe", no_supervisor)), "/S")
+        self.assertEqual(code, 2, self.said)
+        self.assertIn("No supervisor runs now: ", self.said)
+        self.assertEqual(len(machine.processes("DaemonGuard.exe")), 1)
+        machine.end_processes("DaemonGuard.exe")
+        former.write_bytes(sound)
+
     def test_a_failure_after_the_installation_does_not_deny_it(self):
         broken = installer_with("daemonctl.exe", b"no program")
         code, self.said = machine.call(str(broken), "/S", f"/ROOT={self.ROOT}", "/AUTOSTART=session")

@@ -1,7 +1,7 @@
 // Child program in the place of another one, which lies beside it as "real.exe". Appends its
 // arguments, as one line, to the file "calls.txt" beside it, and runs the other program with them.
-// If the arguments are the content of the file "refuse.txt" beside it, it ends with exit code 4
-// instead.
+// If the arguments begin with the content of the file "refuse.txt" beside it, it ends with exit
+// code 4 instead; if the last two are "--output FILE", it writes half a list into that file before.
 #include "ChildProgram.h"
 
 #include <iterator>
@@ -18,7 +18,10 @@ int main(int argc, char** argv)
     }
     std::ofstream(folder + "calls.txt", std::ios::app) << words << std::endl;
     std::ifstream refuse(folder + "refuse.txt");
-    if (refuse && std::string(std::istreambuf_iterator<char>(refuse), {}) == words) {
+    if (refuse && words.starts_with(std::string(std::istreambuf_iterator<char>(refuse), {}))) {
+        if (argc > 2 && std::string(argv[argc - 2]) == "--output") {
+            std::ofstream(argv[argc - 1]) << "[{";
+        }
         return 4;
     }
     STARTUPINFOA startup{};

@@ -51,8 +51,8 @@ MAY_INCLUDE = {
     "guard": ("guard/watch",),
     # The installer, from the bottom to the top.
     "setup/plan": (),
-    "setup/machine": ("setup/plan", "daemonctl/rights", "daemonctl/process", "sdk", "src/cpp_utils",
-                      "src/system/installation"),
+    "setup/machine": ("setup/plan", "daemonctl/autostart", "daemonctl/rights", "daemonctl/process", "sdk",
+                      "src/cpp_utils", "src/system/installation"),
     "setup/steps": ("setup/machine", "src/system/ring_format"),
     "setup/window": ("setup/steps",),
     "setup": ("setup/window",),
