@@ -1,6 +1,7 @@
 #include "ObjectRights.h"
 
 #include "AccountNames.h"
+#include "DriveTarget.h"
 #include "Utf8.h"
 #include "win32/LocalMemory.h"
 #include "win32/UniqueHandle.h"
@@ -13,6 +14,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cwchar>
 #include <iterator>
 
 namespace vqrx::client::v0 {
@@ -93,11 +95,39 @@ std::wstring FullPath(const std::string& path)
 }
 
 constexpr std::size_t kRootLength = 3; // of "C:\\"
+constexpr std::size_t kDriveLength = 2;
 constexpr const char* kNoPath = " lies on a network or is no path";
 
 bool IsOnDrive(const std::wstring& full)
 {
     return full.size() >= kRootLength && full[1] == L':';
+}
+
+DriveAnswers AskAboutDrive(const std::wstring& drive)
+{
+    constexpr DWORD kMaxDeviceText = 32768;
+    std::wstring devices(kMaxDeviceText, L'\0');
+    const DWORD length = QueryDosDeviceW(drive.c_str(), devices.data(), kMaxDeviceText);
+    devices.resize(length == 0 ? 0 : std::wcslen(devices.c_str())); // the first one counts
+    return {GetDriveTypeW((drive + L"\\").c_str()) == DRIVE_REMOTE, Utf8(devices)};
+}
+
+// Puts the folder that a drive of "subst" stands for in the place of the drive.
+// @return empty for a path that does not lie on this machine
+std::wstring WithoutSubstitutes(std::wstring full)
+{
+    constexpr int kMostDrives = 26; // a chain of more drives goes round in a circle
+    for (int step = 0; step <= kMostDrives && IsOnDrive(full); ++step) {
+        const DriveTarget target = JudgeDrive(AskAboutDrive(full.substr(0, kDriveLength)));
+        if (target.kind == DriveTarget::Kind::kHere) {
+            return full;
+        }
+        if (target.kind == DriveTarget::Kind::kElsewhere) {
+            return {};
+        }
+        full = FullPath(target.folder + Utf8(full.substr(kDriveLength)));
+    }
+    return {};
 }
 
 std::wstring ParentOf(const std::wstring& full)
@@ -170,9 +200,9 @@ TrustedSids TrustedAdministrators()
 
 std::vector<std::string> WayTo(const std::string& path)
 {
-    std::wstring full = FullPath(path);
+    std::wstring full = WithoutSubstitutes(FullPath(path));
     std::vector<std::string> way;
-    if (!IsOnDrive(full)) {
+    if (full.empty()) {
         return way;
     }
     for (;;) {

@@ -27,9 +27,11 @@ namespace vqrx::client::v0 {
 [[nodiscard]] std::string NameOfAccount(const std::string& sid);
 
 /// Returns the full path of a file or a folder, and then the folders above it up to the root of the
-/// drive. Looks at nothing on the disk.
-/// @param path  UTF-8; a relative path starts in the working folder
-/// @return empty for a path on a network, and for a text that is no path
+/// drive. Asks Windows about the drive, but looks at nothing on the disk.
+/// @param path  UTF-8; a relative path starts in the working folder. If "subst" made its drive, the
+///              folder that the drive stands for takes the drive's place
+/// @return empty for a path on a network, also below a network drive, and for a text that is no
+///         path
 [[nodiscard]] std::vector<std::string> WayTo(const std::string& path);
 
 /// Returns why somebody who is not trusted can change a file or a folder, or put another object in

@@ -1,5 +1,6 @@
 #include "ObjectRights.h"
 
+#include "ImportPatch.h"
 #include "OpenToAll.h"
 #include "ProtectedObjects.h"
 #include "TempFolder.h"
@@ -89,6 +90,50 @@ TEST(ObjectRights, The_way_to_a_path_ends_at_the_root_of_its_drive)
     EXPECT_THAT(WayTo("C:\\"), ElementsAre("C:\\"));
     EXPECT_THAT(WayTo("\\\\server\\share\\x"), IsEmpty());
     EXPECT_THAT(WayTo(""), IsEmpty());
+}
+
+// The drives S: and T: as "subst" makes them, and a network drive N:.
+DWORD(WINAPI* queryDevice)(LPCWSTR, LPWSTR, DWORD);
+DWORD WINAPI QueryFurtherDevice(LPCWSTR drive, LPWSTR device, DWORD size)
+{
+    const std::wstring name(drive);
+    const std::wstring target = name == L"S:"   ? L"\\??\\C:\\windows"
+                                : name == L"T:" ? L"\\??\\S:\\system32"
+                                : name == L"O:" ? L"\\??\\O:\\round"
+                                : name == L"U:" ? L"\\??\\N:\\below"
+                                                : L"";
+    if (target.empty()) {
+        return queryDevice(drive, device, size);
+    }
+    device[target.copy(device, target.size())] = L'\0';
+    device[target.size() + 1] = L'\0';
+    return static_cast<DWORD>(target.size() + 2);
+}
+
+UINT(WINAPI* driveType)(LPCWSTR);
+UINT WINAPI TypeOfFurtherDrive(LPCWSTR root)
+{
+    return std::wstring(root) == L"N:\\" ? DRIVE_REMOTE : driveType(root);
+}
+
+TEST(ObjectRights, The_way_to_a_path_on_a_drive_of_subst_goes_through_the_folder_of_that_drive)
+{
+    const ImportPatch devices("QueryDosDeviceW", QueryFurtherDevice, queryDevice);
+    EXPECT_THAT(WayTo("S:\\App"), ElementsAre("C:\\windows\\App", "C:\\windows", "C:\\"));
+    EXPECT_THAT(WayTo("S:\\"), ElementsAre("C:\\windows", "C:\\"));
+    EXPECT_THAT(WayTo("T:\\x"), ElementsAre("C:\\windows\\system32\\x", "C:\\windows\\system32",
+                                            "C:\\windows", "C:\\"));
+    EXPECT_THAT(WayTo("O:\\x"), IsEmpty()); // a circle
+}
+
+TEST(ObjectRights, A_path_on_a_network_drive_lies_on_a_network)
+{
+    const ImportPatch devices("QueryDosDeviceW", QueryFurtherDevice, queryDevice);
+    const ImportPatch types("GetDriveTypeW", TypeOfFurtherDrive, driveType);
+    EXPECT_THAT(WayTo("N:\\FW"), IsEmpty());
+    EXPECT_THAT(WayTo("U:\\FW"), IsEmpty());
+    EXPECT_THAT(WeaknessesOfPath("N:\\FW", TrustedAdministrators()),
+                ElementsAre("N:\\FW lies on a network or is no path"));
 }
 
 TEST(ObjectRights, Owner_and_access_list_of_a_registry_key_are_read)
