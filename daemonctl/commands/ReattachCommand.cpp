@@ -109,13 +109,15 @@ bool PrintDamagedLogs(const HandOverCount& count, const ReattachOptions& options
 int Reattach(SupervisorClient& supervisor, const ReattachOptions& options,
              const HandOverOptions& handOver)
 {
-    // A file that appears after the check would be read unchecked.
-    if (!options.formerLog.empty() && !MayBeThere(options.formerLog)) {
-        throw LogUnreadable(options.formerLog + " does not exist");
+    std::vector<std::string> logs{DefaultLogPath()};
+    if (!options.formerLog.empty()) {
+        logs.push_back(options.formerLog);
     }
-    std::vector<std::string> logs{DefaultLogPath(), options.formerLog};
-    std::erase_if(logs,
-                  [](const std::string& log) { return !MayBeThere(log); }); // the reader says so
+    for (const std::string& log : logs) {
+        if (!MayBeThere(log)) { // if it appeared after the check, it would be read unchecked
+            throw LogUnreadable(log + " does not exist");
+        }
+    }
     if (!options.trust && !CanBelieve(logs)) {
         return kRefused;
     }

@@ -147,16 +147,19 @@ private:
     // administrator must not do what somebody with lesser rights may have written. Nobody is there
     // to ask: the log shows who may write the file.
     // @param what  the beginning of the records
+    // @param path  read only after this check. So it must exist: a file that appeared between them
+    //              would be read unchecked
     // @return whether the file can be believed
     bool CanBelieve(const std::string& what, const std::string& path) const
     {
         const FilePresence presence = PresenceOf(path);
-        if (presence == FilePresence::kUnknown) { // a later try may find out
-            throw std::runtime_error(path + " cannot be read");
+        if (presence != FilePresence::kThere) { // a later try may find it
+            throw std::runtime_error(path + (presence == FilePresence::kMissing
+                                                 ? " does not exist"
+                                                 : " cannot be read"));
         }
-        const std::vector<std::string> weaknesses = IsElevated() && presence == FilePresence::kThere
-                                                        ? WeaknessesOfSource(path)
-                                                        : std::vector<std::string>();
+        const std::vector<std::string> weaknesses =
+            IsElevated() ? WeaknessesOfSource(path) : std::vector<std::string>();
         for (const std::string& weakness : weaknesses) {
             log_.Log(order_.trust ? kLevelWarning : kLevelError,
                      what +

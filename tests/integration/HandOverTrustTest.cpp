@@ -1,12 +1,15 @@
 // What an administrator's reattach believes, and what ps and exit take for the supervisor, beside
 // other users of the machine.
+#include "CapturedProgram.h"
 #include "ChildProcess.h"
 #include "Daemonctl.h"
 #include "FileContent.h"
+#include "FirmwareRegistry.h"
 #include "OpenToAll.h"
 #include "PrefixClass.h"
 #include "SupervisorProcess.h"
 #include "TempFolder.h"
+#include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
@@ -22,6 +25,7 @@
 namespace vqrx::test {
 namespace {
 
+using system::win32::v1::UniqueKernelHandle;
 using Json = nlohmann::json;
 
 // A process that has only the name of the supervisor's program.
@@ -113,6 +117,46 @@ TEST_F(HandOverTrust, A_log_in_a_folder_that_others_may_write_is_not_believed)
     EXPECT_EQ(answer.exitCode, 4U);
     EXPECT_NE(answer.error.find("may write to " + former_.Root() + "\\Logs\n"), std::string::npos)
         << answer;
+}
+
+TEST_F(HandOverTrust, A_former_log_that_others_may_write_is_not_believed)
+{
+    StartNew();
+    const std::string log = former_.Write("former.log", ReadText(former_.LogFile()));
+    OpenToAll(log);
+    const Answer answer = Daemonctl("reattach --outside --former-log " + log);
+    EXPECT_EQ(answer.exitCode, 4U) << answer;
+    EXPECT_EQ(answer.output, "");
+    EXPECT_NE(answer.error.find("may write to " + log + "\n"), std::string::npos) << answer;
+    const std::string missing = former_.Root() + "\\missing.log";
+    EXPECT_EQ(Daemonctl("reattach --outside --former-log " + missing),
+              (Answer{5, "",
+                      "daemonctl: " + missing +
+                          " does not exist\n  To find out more: daemonctl doctor\n"}));
+}
+
+// Such a log was not checked. The test holds the lock for which reattach waits between the two.
+TEST_F(HandOverTrust, A_log_that_appears_after_the_check_is_not_read)
+{
+    StartNew();
+    const TempFolder other;
+    std::filesystem::create_directories(other.File("Logs"));
+    UniqueKernelHandle lock(CreateFileA(other.File("Logs\\DaemonManager.lock").c_str(),
+                                        GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                        FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    ASSERT_TRUE(lock);
+    FirmwareRegistry registry;
+    registry.SetPathname(FirmwareRegistry::kCurrent, other.File("App\\bin"));
+    const CapturedProgram reattach('"' + ProductProgram("daemonctl.exe") + "\" reattach --outside");
+    EXPECT_TRUE(WaitUntil([&] {
+        return !reattach.Running() || reattach.Error().find("waiting") != std::string::npos;
+    }));
+    std::ofstream(other.File("Logs\\DaemonManager.log")) << ReadText(former_.LogFile());
+    lock.Reset();
+    EXPECT_EQ(reattach.ExitCode(), 5U);
+    EXPECT_EQ(reattach.Output(), "");
+    EXPECT_EQ(reattach.Error(), "daemonctl: " + other.File("Logs\\DaemonManager.log") +
+                                    " does not exist\n  To find out more: daemonctl doctor\n");
 }
 
 TEST_F(HandOverTrust, A_listing_that_others_may_write_is_not_believed)
