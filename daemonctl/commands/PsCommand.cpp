@@ -127,7 +127,8 @@ void AddPsCommand(const CommandDefinition& app, int& exitCode)
         "of the log and was created at the time of its start, or before it was attached. ID is -\n"
         "for a program that could never be started, and for a process that the log no longer shows\n"
         "(RESTARTS is then ?).\n"
-        "12+ means that the log still shows 12 restarts and may have lost earlier ones.");
+        "12+ means that the log still shows 12 restarts and may have lost earlier ones. For a daemon\n"
+        "in a crash loop, 47 (41 in 1 h) means 47 restarts, 41 of them in the last hour.");
     command.OnChosen([&exitCode, options, watch] {
         if (watch.IsGiven()) {
             const std::uint32_t seconds =

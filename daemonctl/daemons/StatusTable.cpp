@@ -47,6 +47,14 @@ std::string LastExitText(const DaemonStatus& daemon, const TimeWriter& timeText)
            (last.sure ? ", " : " (likely), ") + timeText(last.timeMs);
 }
 
+std::string RestartsText(const DaemonStatus& daemon)
+{
+    const std::string text = std::to_string(daemon.restarts) + (daemon.restartsComplete ? "" : "+");
+    return daemon.state == RunState::kRestarting
+               ? text + " (" + std::to_string(daemon.recent.lastHour) + " in 1 h)"
+               : text;
+}
+
 // The processes at the earlier look, by process id.
 using FormerProcesses = std::unordered_map<std::uint32_t, const DaemonStatus*>;
 
@@ -103,7 +111,7 @@ Row RowOf(const DaemonStatus& daemon, const TableStyle& style, const FormerProce
     row[4] = kNotKnown;
     row[kLastExitColumn] = kNotKnown;
     if (daemon.inLog) {
-        row[4] = std::to_string(daemon.restarts) + (daemon.restartsComplete ? "" : "+");
+        row[4] = RestartsText(daemon);
         row[kLastExitColumn] = LastExitText(daemon, timeText);
     }
     if (daemon.Runs()) {

@@ -43,6 +43,27 @@ TEST(StatusTable, Has_a_line_of_titles_and_a_line_for_each_daemon)
               "ID  STATE  PID  UP SINCE  RESTARTS  LAST EXIT  CPU  MEMORY  COMMAND\n");
 }
 
+TEST(StatusTable, A_daemon_in_a_crash_loop_shows_its_restarts_of_the_last_hour)
+{
+    auto daemons = SomeDaemons();
+    daemons.resize(2);
+    for (DaemonStatus& daemon : daemons) {
+        daemon.state = RunState::kRestarting;
+        daemon.recent.lastHour = 41;
+        daemon.recent.lastTenMinutes = 7;
+        daemon.restarts += 50;
+    }
+    TableStyle style = Style(1'100'000);
+    const std::string wide = TableText(daemons, style);
+    EXPECT_NE(wide.find("   52 (41 in 1 h)  exit code 3, t999000  "), std::string::npos) << wide;
+    EXPECT_NE(wide.find("  57+ (41 in 1 h)  ? (likely), t998000  "), std::string::npos) << wide;
+    style.width = 90;
+    const std::string narrow = TableText(daemons, style);
+    EXPECT_NE(narrow.find("   52 (41 in 1 h)  0.5 %  "), std::string::npos) << narrow;
+    daemons[0].state = RunState::kRunning; // the loop has ended
+    EXPECT_NE(TableText(daemons, style).find("               52  0.5 %  "), std::string::npos);
+}
+
 TEST(StatusTable, Control_characters_are_visible)
 {
     DaemonStatus daemon;
