@@ -108,18 +108,20 @@ private:
     bool hasCalled_ = false;
 };
 
-/// Writes changes to the Windows event log. Prints the first failure, and no other one until a
-/// write has succeeded.
+/// Writes changes to the Windows event log. Prints the first failure, and no other one until all
+/// changes of a look are written.
 void WriteEvents(EventLog& eventLog, const std::vector<Trouble>& troubles, bool& hasFailed)
 {
+    if (troubles.empty()) {
+        return;
+    }
     try {
-        for (const Trouble& trouble : troubles) {
-            eventLog.Write(trouble);
-            hasFailed = false;
-        }
+        eventLog.WriteAll(troubles);
+        hasFailed = false;
     } catch (const std::runtime_error& error) {
         if (!std::exchange(hasFailed, true)) {
-            std::cerr << "daemonctl: " << error.what() << std::endl;
+            std::cerr << "daemonctl: " << error.what() << "\n  To look at the event log: eventvwr"
+                      << std::endl;
         }
     }
 }

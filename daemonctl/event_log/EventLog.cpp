@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <exception>
 #include <stdexcept>
 #include <string>
 
@@ -62,6 +63,23 @@ void EventLog::Write(const Trouble& trouble)
     LPCWSTR inserts[] = {text.c_str()};
     if (!ReportEventW(source_.Get(), event.type, 0, event.id, nullptr, 1, 0, inserts, nullptr)) {
         ThrowRefused("refuses an event");
+    }
+}
+
+void EventLog::WriteAll(const std::vector<Trouble>& troubles)
+{
+    std::exception_ptr first;
+    for (const Trouble& trouble : troubles) {
+        try {
+            Write(trouble);
+        } catch (const std::runtime_error&) {
+            if (!first) {
+                first = std::current_exception();
+            }
+        }
+    }
+    if (first) {
+        std::rethrow_exception(first);
     }
 }
 

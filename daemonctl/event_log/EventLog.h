@@ -5,6 +5,8 @@
 
 #include <windows.h>
 
+#include <vector>
+
 namespace vqrx::client::v0 {
 
 /// What the event log keeps of a kind of change.
@@ -30,6 +32,11 @@ public:
     /// because Windows refuses 31,839 and more (ReportEvent).
     /// @throws std::runtime_error with the Windows error; std::bad_alloc
     void Write(const Trouble& trouble);
+
+    /// Writes an event for each change. If one cannot be written, tries the others all the same.
+    /// @throws std::runtime_error with the first error of Windows, after all were tried;
+    ///         std::bad_alloc at once
+    void WriteAll(const std::vector<Trouble>& troubles);
 
 private:
     struct SourceTraits {

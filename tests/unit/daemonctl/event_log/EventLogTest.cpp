@@ -24,12 +24,17 @@ constexpr Trouble::Kind kKinds[] = {Trouble::Kind::kSupervisorLost, Trouble::Kin
 
 std::vector<std::pair<DWORD, std::wstring>> reported; // id and text
 bool refuse = false;
+DWORD refusedId = 0; // 0: none
 
 BOOL WINAPI NoteReport(HANDLE, WORD, WORD, DWORD id, PSID, WORD count, DWORD, LPCWSTR* inserts,
                        LPVOID)
 {
     if (refuse) {
         SetLastError(ERROR_EVENTLOG_FILE_CORRUPT);
+        return FALSE;
+    }
+    if (id == refusedId) {
+        SetLastError(ERROR_LOG_FILE_FULL);
         return FALSE;
     }
     reported.emplace_back(id, count == 1 ? inserts[0] : L"");
@@ -94,6 +99,28 @@ TEST(EventLog, Writes_the_sentence_and_shortens_what_Windows_would_refuse)
     EXPECT_EQ(0xC0000007, reported[0].first);
     EXPECT_NE(std::wstring::npos, reported[0].second.find(L"C:\\a\u00E4.exe")) << reported[0].first;
     EXPECT_EQ(31000U, reported[1].second.size());
+}
+
+TEST(EventLog, Tries_each_event_of_a_list_and_names_the_first_error)
+{
+    reported.clear();
+    refuse = false;
+    refusedId = EventOf(Trouble::Kind::kCannotStart).id;
+    const ImportPatch patch("ReportEventW", NoteReport);
+    EventLog eventLog;
+    std::vector<Trouble> troubles(4);
+    troubles[0].kind = Trouble::Kind::kDown;
+    troubles[1].kind = Trouble::Kind::kCannotStart;
+    troubles[2].kind = Trouble::Kind::kSupervisorLost;
+    troubles[3].kind = Trouble::Kind::kCannotStart;
+    EXPECT_EQ("the event log refuses an event, Windows error 1502",
+              ErrorOf([&] { eventLog.WriteAll(troubles); }));
+    refusedId = 0;
+    ASSERT_EQ(2U, reported.size());
+    EXPECT_EQ(EventOf(Trouble::Kind::kDown).id, reported[0].first);
+    EXPECT_EQ(EventOf(Trouble::Kind::kSupervisorLost).id, reported[1].first);
+    EXPECT_EQ("", ErrorOf([&] { eventLog.WriteAll(troubles); }));
+    EXPECT_EQ(6U, reported.size());
 }
 
 TEST(EventLog, Names_the_error_of_Windows)
