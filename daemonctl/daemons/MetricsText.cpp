@@ -39,10 +39,12 @@ void AddMachine(MetricsWriter& metrics, const MachineMetrics& machine)
     metrics.Add("daemonmanager_log_queue_overflows",
                 "How often the supervisor could not log fast enough, as far as the log shows.",
                 static_cast<double>(machine.queueOverflows));
-    metrics.Add(
-        "daemonmanager_late_passes",
-        "Passes that came more than 2 s after the one before, as far as failed starts show.",
-        static_cast<double>(machine.latePasses));
+    if (machine.latePasses) {
+        metrics.Add(
+            "daemonmanager_late_passes",
+            "Passes that came more than 2 s after the one before, as far as failed starts show.",
+            static_cast<double>(*machine.latePasses));
+    }
 }
 
 void AddCounts(MetricsWriter& metrics, const std::vector<DaemonStatus>& daemons)
@@ -111,16 +113,17 @@ void AddDaemonFamilies(MetricsWriter& metrics)
         });
 }
 
-std::uint64_t LateIn(const std::vector<std::int64_t>& failedStarts)
+// Adds the late passes between failed starts of one daemon. `late` stays empty if no pass is seen.
+void AddLateIn(const std::vector<std::int64_t>& failedStarts, std::optional<std::uint64_t>& late)
 {
     constexpr std::int64_t lateMs = 2000;
-    std::uint64_t late = 0;
     for (std::size_t index = 1; index < failedStarts.size(); ++index) {
         const std::int64_t gapMs = failedStarts[index] - failedStarts[index - 1];
         // After a longer gap, a client stopped the daemon and launched the program again.
-        late += gapMs > lateMs && gapMs <= kTriedLatelyMs ? 1 : 0;
+        if (gapMs <= kTriedLatelyMs) {
+            late = late.value_or(0) + (gapMs > lateMs ? 1 : 0);
+        }
     }
-    return late;
 }
 
 } // namespace
@@ -136,14 +139,14 @@ std::string MetricsText(const MachineMetrics& machine, const std::vector<DaemonS
     return metrics.Finish();
 }
 
-std::uint64_t CountLatePasses(const SupervisorRun& run)
+std::optional<std::uint64_t> CountLatePasses(const SupervisorRun& run)
 {
-    std::uint64_t late = 0;
+    std::optional<std::uint64_t> late;
     for (const auto& [command, failedStarts] : run.neverStarted) {
-        late += LateIn(failedStarts);
+        AddLateIn(failedStarts, late);
     }
     for (const auto& [id, daemon] : run.daemons) {
-        late += LateIn(daemon.failedStarts);
+        AddLateIn(daemon.failedStarts, late);
     }
     return late;
 }

@@ -20,7 +20,7 @@ struct MachineMetrics {
     bool logDamaged = false;          ///< parts cannot be read, or a damaged log was set aside
     std::uint64_t recordsMissing = 0; ///< gaps in the numbers of the records
     std::uint64_t queueOverflows = 0; ///< of the supervisor's logger, as far as the log shows
-    std::uint64_t latePasses = 0;     ///< see CountLatePasses()
+    std::optional<std::uint64_t> latePasses; ///< see CountLatePasses()
 };
 
 /// Writes the metrics of a machine. The text is OpenMetrics and also the text format of Prometheus:
@@ -36,6 +36,8 @@ struct MachineMetrics {
 /// Counts the passes of the supervisor that came late. Only a daemon that cannot be started shows
 /// the passes: the supervisor logs its failed start in each. Two failed starts of one daemon that
 /// are more than 2 seconds and at most kTriedLatelyMs apart count as one late pass. Pure.
-[[nodiscard]] std::uint64_t CountLatePasses(const SupervisorRun& run);
+/// @return nothing if no two failed starts of one daemon are at most kTriedLatelyMs apart, so that
+///         nobody has seen whether a pass came late
+[[nodiscard]] std::optional<std::uint64_t> CountLatePasses(const SupervisorRun& run);
 
 } // namespace vqrx::client::v0

@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -134,7 +136,31 @@ TEST(CountLatePasses, Failed_starts_that_are_2_to_15_seconds_apart_show_a_late_p
     for (const int seconds : {1, 1, 2, 3, 15, 16}) {
         pause(seconds);
     }
-    EXPECT_EQ(CountLatePasses(log.Timeline().runs.back()), 2U);
+    EXPECT_EQ(CountLatePasses(log.Timeline().runs.back()), std::optional<std::uint64_t>(2));
+}
+
+TEST(CountLatePasses, Without_failed_starts_that_follow_each_other_nobody_has_seen_the_passes)
+{
+    FakeLog log;
+    log.Begin();
+    EXPECT_EQ(CountLatePasses(log.Timeline().runs.back()), std::nullopt);
+    log.Add(1, "Unable to start no.exe ");
+    EXPECT_EQ(CountLatePasses(log.Timeline().runs.back()), std::nullopt);
+    for (int second = 1; second < 16; ++second) {
+        log.Add(2, "something else");
+    }
+    log.Add(1, "Unable to start no.exe "); // a client stopped the daemon meanwhile
+    EXPECT_EQ(CountLatePasses(log.Timeline().runs.back()), std::nullopt);
+    log.Add(1, "Unable to start no.exe ");
+    EXPECT_EQ(CountLatePasses(log.Timeline().runs.back()), std::optional<std::uint64_t>(0));
+}
+
+TEST(MetricsText, Writes_late_passes_only_if_somebody_has_seen_the_passes)
+{
+    MachineMetrics machine = Machine();
+    EXPECT_THAT(MetricsText(machine, {}), Not(HasSubstr("daemonmanager_late_passes")));
+    machine.latePasses = 0;
+    EXPECT_THAT(MetricsText(machine, {}), HasSubstr("\ndaemonmanager_late_passes 0\n"));
 }
 
 } // namespace
