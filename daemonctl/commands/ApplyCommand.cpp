@@ -40,7 +40,9 @@ bool PrintErrors(const std::string& file, const std::vector<std::string>& errors
         std::cerr << "daemonctl: " << file << ", " << Printable(error) << std::endl;
     }
     if (!errors.empty()) {
-        std::cerr << "daemonctl: nothing was done" << std::endl;
+        std::cerr << "daemonctl: nothing was done\n"
+                     "  For the form of a fleet file, with an example: daemonctl apply --help"
+                  << std::endl;
     }
     return errors.empty();
 }

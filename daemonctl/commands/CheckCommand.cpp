@@ -21,6 +21,9 @@
 namespace vqrx::client::v0 {
 namespace {
 
+constexpr const char* kFormOfList =
+    "For the form of a list, with an example: daemonctl check --help";
+
 struct CheckOptions {
     std::string file;
     std::uint32_t minUptimeSeconds = 0;
@@ -33,11 +36,14 @@ bool ReadExpectFile(const std::string& path, ExpectFile& file)
     try {
         file = ParseExpectFile(ReadTextFile(path));
     } catch (const std::exception& exception) {
-        std::cerr << "daemonctl: " << exception.what() << std::endl;
+        std::cerr << "daemonctl: " << exception.what() << "\n  " << kFormOfList << std::endl;
         return false;
     }
     for (const std::string& error : file.errors) {
         std::cerr << "daemonctl: " << path << ", " << Printable(error) << std::endl;
+    }
+    if (!file.errors.empty()) {
+        std::cerr << "  " << kFormOfList << std::endl;
     }
     return file.errors.empty();
 }

@@ -65,10 +65,11 @@ int Attach(SupervisorClient& supervisor, const Arguments& arguments)
     if (answer.done) {
         WarnAboutSecondAttach(arguments.id, answer.daemonId);
     }
-    return Answer(answer.done, std::to_string(answer.daemonId),
-                  "process " + std::to_string(arguments.id) +
-                      " could not be attached: it has ended, access to it is denied, or WMI does "
-                      "not know it");
+    return Answer(
+        answer.done, std::to_string(answer.daemonId),
+        "process " + std::to_string(arguments.id) +
+            " could not be attached: it has ended, access to it is denied, or WMI does "
+            "not know it\n  To see the messages of the supervisor: daemonctl log --tail 5");
 }
 
 int Detach(SupervisorClient& supervisor, const Arguments& arguments)

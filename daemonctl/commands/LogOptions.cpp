@@ -1,6 +1,7 @@
 #include "LogOptions.h"
 
 #include "ExitCode.h"
+#include "NextStep.h"
 
 #include <iostream>
 #include <new>
@@ -8,6 +9,9 @@
 
 namespace vqrx::client::v0 {
 namespace {
+
+constexpr const char* kAnotherLog = "Name another log: --file FILE";
+constexpr const char* kRestWasRead = "All other lines were read; there is nothing to do.";
 
 std::string Lines(std::uint64_t count)
 {
@@ -37,6 +41,11 @@ std::string DescribeDamage(const ScanSummary& summary)
         append("number or date of " + Lines(summary.damaged) + " could not be read");
     }
     return text;
+}
+
+std::string StepAfterFailure(const LogOptions& options)
+{
+    return options.file.empty() ? kFindOutMore : kAnotherLog;
 }
 
 } // namespace
@@ -73,14 +82,19 @@ void AddColourOption(const CommandDefinition& command, LineOutput::Colour& colou
 }
 
 int WithLogFile(const LogOptions& options, const LogPath& defaultPath,
-                const std::function<int(const std::string& path)>& read)
+                const std::function<int(const std::string& path)>& read, std::string* failure)
 {
+    std::string text;
     try {
         return read(options.file.empty() ? defaultPath() : options.file);
     } catch (const std::bad_alloc&) {
-        PrintError(options, "out of memory");
+        text = "out of memory";
     } catch (const std::runtime_error& error) {
-        PrintError(options, error.what());
+        text = error.what();
+    }
+    PrintError(options, WithNextStep(text, StepAfterFailure(options)));
+    if (failure != nullptr) {
+        *failure = text;
     }
     return kLogUnreadable;
 }
@@ -96,7 +110,11 @@ int ReportDamage(const LogOptions& options, const std::string& path, const ScanS
     if (summary.IsSound()) {
         return kDone;
     }
-    PrintError(options, path + ": " + DescribeDamage(summary));
+    const bool isOtherFile = !options.file.empty() && summary.records == 0;
+    PrintError(options, WithNextStep(path + ": " + DescribeDamage(summary),
+                                     options.file.empty() ? kFindOutMore
+                                     : isOtherFile        ? kAnotherLog
+                                                          : kRestWasRead));
     return kLogUnreadable;
 }
 

@@ -26,17 +26,20 @@ void AddLogOptions(const CommandDefinition& command, LogOptions& options, bool h
 /// @param colour  must outlive command
 void AddColourOption(const CommandDefinition& command, LineOutput::Colour& colour);
 
-/// Finds the log file and runs a function that reads it. A failure is printed on standard error.
+/// Finds the log file and runs a function that reads it. A failure is printed on standard error,
+/// with the next step.
 /// @param defaultPath  called if the options name no file
 /// @param read         gets the path of the file, UTF-8
+/// @param failure      if not null: set to the failure, without the next step
 /// @return the exit code of read; kLogUnreadable after a failure
 [[nodiscard]] int WithLogFile(const LogOptions& options, const LogPath& defaultPath,
-                              const std::function<int(const std::string& path)>& read);
+                              const std::function<int(const std::string& path)>& read,
+                              std::string* failure = nullptr);
 
 /// Prints an error on standard error, with the name of the program.
 void PrintError(const LogOptions& options, const std::string& text);
 
-/// Prints on standard error which damage a scan of the log file found.
+/// Prints on standard error which damage a scan of the log file found, and the next step.
 /// @return kDone if there is no damage, otherwise kLogUnreadable
 [[nodiscard]] int ReportDamage(const LogOptions& options, const std::string& path,
                                const ScanSummary& summary);

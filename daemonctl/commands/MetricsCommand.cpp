@@ -6,6 +6,7 @@
 #include "LogFile.h"
 #include "MetricsText.h"
 #include "PrintText.h"
+#include "Printable.h"
 #include "SupervisorProcesses.h"
 #include "ThisMachine.h"
 #include "TimeText.h"
@@ -86,10 +87,21 @@ int WriteMetrics(const MetricsOptions& options)
         return kDone;
     }
     if (!ReplaceContent(options.output, text)) {
-        std::cerr << "daemonctl: " << options.output << " cannot be written" << std::endl;
+        std::cerr << "daemonctl: " << options.output << " cannot be written\n"
+                  << "  Choose another file: --output FILE" << std::endl;
         return kRefused;
     }
     return kDone;
+}
+
+void WarnOfName(const std::string& output)
+{
+    if (!output.empty() && !output.ends_with(".prom")) {
+        std::cerr << "daemonctl: warning: the name of " << Printable(output)
+                  << " does not end with .prom, so a textfile collector does not read it\n"
+                     "  Choose another name: --output FILE"
+                  << std::endl;
+    }
 }
 
 // A failure is printed and ends nothing: a disk may be full for a moment only.
@@ -124,6 +136,7 @@ void AddMetricsCommand(const CommandDefinition& app, int& exitCode)
         "The text is OpenMetrics, as the textfile collectors of exporters read it. Exit code 0,\n"
         "also if no supervisor runs: daemonmanager_up is 0 then. 4: the file cannot be written.");
     command.OnChosen([&exitCode, options] {
+        WarnOfName(options->output);
         exitCode = options->everySeconds != 0 ? WriteMetricsAgainAndAgain(*options)
                                               : WriteMetrics(*options);
     });

@@ -49,7 +49,7 @@ int WriteListing(const std::string& path, const std::string& listing)
               << (error == ERROR_FILE_EXISTS
                       ? " exists already; it is not overwritten, because it may be somebody's"
                       : " cannot be written (Windows error " + std::to_string(error) + ")")
-              << std::endl;
+              << "\n  Choose another file: --output FILE" << std::endl;
     return kRefused;
 }
 

@@ -74,13 +74,21 @@ bool ReadFiles(const ReattachOptions& options, HandOverOptions& handOver)
             handOver.listed = ParseListing(ReadTextFile(options.from));
         }
     } catch (const std::exception& exception) {
-        std::cerr << "daemonctl: " << options.from << ": " << exception.what() << std::endl;
+        std::cerr
+            << "daemonctl: " << options.from << ": " << exception.what()
+            << "\n  To make a listing while the former supervisor runs: daemonctl ps --output "
+               "FILE\n  Without a listing: daemonctl reattach"
+            << std::endl;
         return false;
     }
     if (!options.fleet.empty()) {
         ExpectFile fleet = ReadFleetFile(options.fleet);
         for (const std::string& error : fleet.errors) {
             std::cerr << "daemonctl: " << options.fleet << ", " << Printable(error) << std::endl;
+        }
+        if (!fleet.errors.empty()) {
+            std::cerr << "  For the form of a fleet file, with an example: daemonctl apply --help"
+                      << std::endl;
         }
         handOver.fleet = std::move(fleet.programs);
         return fleet.errors.empty();

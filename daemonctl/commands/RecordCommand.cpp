@@ -4,6 +4,7 @@
 
 #include "ExitCode.h"
 #include "FollowLog.h"
+#include "NextStep.h"
 #include "RecordFolder.h"
 
 #include <chrono>
@@ -97,7 +98,8 @@ int RecordLog(const RecordArguments& arguments, const std::string& path)
             FollowInto(*folder, arguments, path, isMissing);
             return kDone;
         } catch (const FolderNotWritten& error) {
-            PrintError(arguments, error.what());
+            PrintError(arguments,
+                       WithNextStep(error.what(), "Choose another folder: --output FOLDER"));
             return kRefused;
         } catch (const std::runtime_error& error) {
             if (arguments.once) {

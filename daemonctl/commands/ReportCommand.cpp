@@ -63,8 +63,9 @@ void MakeReport(const ReportArguments& arguments, const SupervisorNow& superviso
     report.json = arguments.json.empty() ? "" : ReportJson(model, report.path, DM_VERSION);
 }
 
+// @param option  the option that names the file
 // @return false if the file cannot be written; an error is printed
-bool WriteOutput(const ReportArguments& arguments, const std::string& path,
+bool WriteOutput(const ReportArguments& arguments, const char* option, const std::string& path,
                  const std::string& content)
 {
     if (path.empty()) {
@@ -77,7 +78,7 @@ bool WriteOutput(const ReportArguments& arguments, const std::string& path,
     if (ReplaceContent(path, content)) {
         return true;
     }
-    PrintError(arguments, path + " cannot be written");
+    PrintError(arguments, path + " cannot be written\n  Choose another file: " + option + " FILE");
     return false;
 }
 
@@ -95,8 +96,8 @@ int Report(const ReportArguments& arguments, const LogPath& defaultPath,
     if (read != kDone) {
         return read;
     }
-    const bool page = WriteOutput(arguments, arguments.output, report.html);
-    const bool json = WriteOutput(arguments, arguments.json, report.json);
+    const bool page = WriteOutput(arguments, "--output", arguments.output, report.html);
+    const bool json = WriteOutput(arguments, "--json", arguments.json, report.json);
     if (!page || !json) {
         return kRefused;
     }

@@ -5,6 +5,7 @@
 #include "EventLog.h"
 #include "ExitCode.h"
 #include "Interrupt.h"
+#include "NextStep.h"
 #include "PrintText.h"
 #include "Printable.h"
 #include "ThisMachine.h"
@@ -69,7 +70,8 @@ public:
         }
         if (called_ && now - calledAt_ >= ULONGLONG{options_.timeoutSeconds} * 1000) {
             std::cerr << "daemonctl: " << options_.program << " has not ended within "
-                      << options_.timeoutSeconds << " s and was ended" << std::endl;
+                      << options_.timeoutSeconds
+                      << " s and was ended\n  To give it more time: --timeout SECONDS" << std::endl;
             called_.reset();
         }
         const bool isDue =
@@ -97,7 +99,8 @@ private:
                                 {"DAEMONMANAGER_COMMAND", Printable(first.command)}},
                             TroublesJson(troubles, NowMs(), DM_VERSION));
         } catch (const std::runtime_error& error) {
-            std::cerr << "daemonctl: " << error.what() << std::endl;
+            std::cerr << "daemonctl: " << error.what()
+                      << "\n  Name a program that Windows can start: --exec PROGRAM" << std::endl;
         }
     }
 
@@ -163,8 +166,11 @@ private:
     void PrintOnce(const std::runtime_error& error)
     {
         if (!std::exchange(hasFailed_, true)) {
-            std::cerr << "daemonctl: " << error.what()
-                      << "; until that has passed, nothing is known of the daemons" << std::endl;
+            std::cerr << "daemonctl: "
+                      << WithNextStep(error.what() +
+                                      std::string("; until that has passed, nothing is "
+                                                  "known of the daemons"))
+                      << std::endl;
         }
     }
 

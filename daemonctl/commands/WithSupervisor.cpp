@@ -3,6 +3,8 @@
 #include "ConnectionChecks.h"
 #include "DaemonListing.h"
 #include "ExitCode.h"
+#include "InstalledPaths.h"
+#include "NextStep.h"
 #include "Printable.h"
 #include "ProcessList.h"
 #include "ShutdownProgress.h"
@@ -55,6 +57,15 @@ SupervisorState StateWithoutObject()
     }
 }
 
+constexpr std::chrono::seconds kAnswerPatience(10);
+
+void PrintSilent()
+{
+    std::cerr << "daemonctl: the supervisor has not answered for 10 s; it may no longer restart "
+                 "programs\n  "
+              << kFindOutMore << std::endl;
+}
+
 // Runs an operation and prints its failure. @return as WithSupervisor
 int Reported(const std::function<int()>& operation)
 {
@@ -77,7 +88,7 @@ int Reported(const std::function<int()>& operation)
                   << std::endl;
         return kWrongUsage;
     } catch (const std::exception& exception) {
-        std::cerr << "daemonctl: refused: " << exception.what() << std::endl;
+        std::cerr << "daemonctl: refused: " << WithNextStep(exception.what()) << std::endl;
         return kRefused;
     }
 }
@@ -87,20 +98,32 @@ int WithLog(const std::function<int()>& operation)
     try {
         return operation();
     } catch (const LogUnreadable& error) {
-        const std::string text = error.what();
-        const bool namesDoctor = text.find("daemonctl doctor") != std::string::npos;
-        std::cerr << "daemonctl: " << text
-                  << (namesDoctor ? "" : "\n  To find out more: daemonctl doctor") << std::endl;
-        return kLogUnreadable;
+        std::cerr << "daemonctl: " << WithNextStep(error.what()) << std::endl;
+    } catch (const FirmwareRootUnknown& error) {
+        std::cerr << "daemonctl: " << WithNextStep(error.what()) << std::endl;
     }
+    return kLogUnreadable;
 }
 
 } // namespace
 
 int WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& operation)
 {
-    return Reported([&] {
+    return Reported([&]() -> int {
         const system::com::v1::ClientApartment apartment;
+        // A supervisor that hangs would hold up its caller without a limit. A call itself has no
+        // limit: a healthy supervisor may need a minute for a stop.
+        std::exception_ptr failure;
+        switch (AskSupervisor(kAnswerPatience, &failure)) {
+        case SupervisorAnswer::kAnswers:
+            break;
+        case SupervisorAnswer::kSilent:
+            PrintSilent();
+            return kRefused;
+        case SupervisorAnswer::kNotPublished:
+        case SupervisorAnswer::kCannotBeCalled:
+            std::rethrow_exception(failure);
+        }
         daemon_manager::SupervisorClient supervisor;
         return operation(supervisor);
     });
@@ -116,13 +139,11 @@ int WithSupervisorAndLog(const std::function<int(daemon_manager::SupervisorClien
 int BesideSupervisor(const std::function<int()>& operation)
 {
     std::exception_ptr failure;
-    switch (AskSupervisor(std::chrono::seconds(10), &failure)) {
+    switch (AskSupervisor(kAnswerPatience, &failure)) {
     case SupervisorAnswer::kAnswers:
         return Reported([&] { return WithLog(operation); });
     case SupervisorAnswer::kSilent: {
-        std::cerr << "daemonctl: the supervisor has not answered for 10 s; it may no longer "
-                     "restart programs\n  To find out more: daemonctl doctor"
-                  << std::endl;
+        PrintSilent();
         const int exitCode = Reported([&] { return WithLog(operation); });
         return exitCode == kDone ? kRefused : exitCode;
     }

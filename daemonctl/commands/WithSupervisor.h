@@ -9,15 +9,18 @@
 
 namespace vqrx::client::v0 {
 
-/// Connects to the supervisor and runs an operation. A failure is printed on standard error.
-/// @return the exit code of the operation; after a failure kNoSupervisor, kRefused, or kWrongUsage
-///         for an argument that the client library refuses
+/// Connects to the supervisor and runs an operation. A failure is printed on standard error. Before
+/// that, asks the supervisor whether it is there, for at most ten seconds. If the supervisor hangs,
+/// the operation does not run. The calls of the operation have no limit of their own.
+/// @return the exit code of the operation; kRefused if the supervisor hangs; after a failure
+///         kNoSupervisor, kRefused, or kWrongUsage for an argument that the client library refuses
 [[nodiscard]] int
 WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& operation);
 
 /// Connects to the supervisor and runs an operation that also reads the supervisor's log. A failure
 /// is printed on standard error.
-/// @return as WithSupervisor(); kLogUnreadable if the log cannot be read
+/// @return as WithSupervisor(); kLogUnreadable if the log cannot be read, or the registry does not
+///         name the firmware root
 [[nodiscard]] int
 WithSupervisorAndLog(const std::function<int(daemon_manager::SupervisorClient&)>& operation);
 

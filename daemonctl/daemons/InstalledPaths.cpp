@@ -4,8 +4,6 @@
 #include "installation/FirmwareRoot.h"
 #include "installation/InstallationPaths.h"
 
-#include <stdexcept>
-
 namespace vqrx::client::v0 {
 namespace {
 
@@ -15,8 +13,8 @@ std::string FirmwareRoot()
 {
     std::string root;
     if (!installation::TryGetFirmwareRoot(root)) {
-        throw std::runtime_error("the registry does not name the firmware root; see daemonctl "
-                                 "doctor (log and report: name the log file with --file)");
+        throw FirmwareRootUnknown("the registry does not name the firmware root; see daemonctl "
+                                  "doctor (log and report: name the log file with --file)");
     }
     return root;
 }

@@ -195,7 +195,8 @@ TEST(Daemonctl, Attach_reports_a_process_that_cannot_be_attached)
         Daemonctl("attach 4294967280"),
         (Answer{1, "",
                 "daemonctl: process 4294967280 could not be attached: it has ended, access to "
-                "it is denied, or WMI does not know it\n"}));
+                "it is denied, or WMI does not know it\n"
+                "  To see the messages of the supervisor: daemonctl log --tail 5\n"}));
 }
 
 // A supervisor whose shutdown waits for a stop: the daemon with the id 0 ends when the test says

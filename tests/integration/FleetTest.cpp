@@ -16,6 +16,10 @@
 namespace vqrx::test {
 namespace {
 
+constexpr const char* kNothingDone =
+    "daemonctl: nothing was done\n"
+    "  For the form of a fleet file, with an example: daemonctl apply --help\n";
+
 class Fleet : public ::testing::Test {
 protected:
     // Writes a fleet file and returns its path.
@@ -195,10 +199,10 @@ TEST_F(Fleet, Apply_starts_and_attaches_a_service_with_the_arguments_of_its_line
 TEST_F(Fleet, Apply_of_a_file_with_bad_lines_does_nothing)
 {
     const std::string file = File(worker_ + " 1\n\"x\nno_such_program.exe\n");
-    EXPECT_EQ(Daemonctl("apply " + file),
-              (Answer{2, "",
-                      "daemonctl: " + file + ", line 2: a double quote is not closed\n" +
-                          "daemonctl: nothing was done\n"}));
+    EXPECT_EQ(
+        Daemonctl("apply " + file),
+        (Answer{2, "",
+                "daemonctl: " + file + ", line 2: a double quote is not closed\n" + kNothingDone}));
     const std::string second = File(worker_ + " 1\nno_such_program.exe\n" + worker_ + " 1\n");
     EXPECT_EQ(
         Daemonctl("apply " + second),
@@ -209,8 +213,8 @@ TEST_F(Fleet, Apply_of_a_file_with_bad_lines_does_nothing)
                     "daemonctl: " +
                     second +
                     ", line 3 repeats line 1: the supervisor runs one daemon for a program "
-                    "with the same arguments\n"
-                    "daemonctl: nothing was done\n"}));
+                    "with the same arguments\n" +
+                    kNothingDone}));
     EXPECT_EQ(Commands(), Lines{});
 }
 
@@ -219,8 +223,7 @@ TEST_F(Fleet, Apply_of_a_file_with_refused_arguments_does_nothing)
     const std::string file = File(worker_ + " 1\n" + worker_ + " \"\"\n");
     const Answer refused{2, "",
                          "daemonctl: " + file +
-                             ", line 2: argument 1 is empty and would disappear\n"
-                             "daemonctl: nothing was done\n"};
+                             ", line 2: argument 1 is empty and would disappear\n" + kNothingDone};
     EXPECT_EQ(Daemonctl("apply --dry-run " + file), refused);
     EXPECT_EQ(Daemonctl("apply " + file), refused);
     EXPECT_EQ(Commands(), Lines{});

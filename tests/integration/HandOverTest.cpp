@@ -168,8 +168,12 @@ TEST_F(HandOver, Arguments_of_a_service_come_from_the_fleet_file)
                           "1 attached, 0 already, 0 not\n",
                       ""}));
     std::ofstream(fleet) << "\"x\n";
-    EXPECT_EQ(Daemonctl("reattach --outside --fleet " + fleet),
-              (Answer{2, "", "daemonctl: " + fleet + ", line 1: a double quote is not closed\n"}));
+    EXPECT_EQ(
+        Daemonctl("reattach --outside --fleet " + fleet),
+        (Answer{2, "",
+                "daemonctl: " + fleet +
+                    ", line 1: a double quote is not closed\n"
+                    "  For the form of a fleet file, with an example: daemonctl apply --help\n"}));
 }
 
 } // namespace

@@ -191,11 +191,11 @@ TEST_F(HandOverTrust, A_listing_of_ps_output_is_new_and_believed)
     const std::string text = ReadText(listing);
     EXPECT_EQ(Json::parse(text).at("daemons").size(), 2U);
     // An existing file may be somebody's, or a link to another file.
-    EXPECT_EQ(
-        Daemonctl("ps --output " + listing),
-        (Answer{4, "",
-                "daemonctl: " + listing +
-                    " exists already; it is not overwritten, because it may be somebody's\n"}));
+    EXPECT_EQ(Daemonctl("ps --output " + listing),
+              (Answer{4, "",
+                      "daemonctl: " + listing +
+                          " exists already; it is not overwritten, because it may be somebody's\n"
+                          "  Choose another file: --output FILE\n"}));
     EXPECT_EQ(ReadText(listing), text);
     EXPECT_EQ(Daemonctl("ps --output " + former_.Root() + "\\no\\file").exitCode, 4U);
     StartNew();

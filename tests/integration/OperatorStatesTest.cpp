@@ -106,7 +106,8 @@ Answer AnswerWhileSupervisorHangs(const std::string& arguments)
     return answer;
 }
 
-TEST(OperatorStates, A_supervisor_that_hangs_keeps_nobody_from_looking_at_the_daemons)
+TEST(OperatorStates,
+     A_supervisor_that_hangs_keeps_nobody_from_looking_at_the_daemons_and_holds_up_no_call)
 {
     const std::string hangs =
         "daemonctl: the supervisor has not answered for 10 s; it may no longer "
@@ -115,6 +116,7 @@ TEST(OperatorStates, A_supervisor_that_hangs_keeps_nobody_from_looking_at_the_da
     EXPECT_EQ(ps.exitCode, 4U);
     EXPECT_EQ(ps.error, hangs);
     EXPECT_THAT(ps.output, ::testing::HasSubstr("\n 0  running "));
+    EXPECT_EQ(AnswerWhileSupervisorHangs("launch C:\\no\\such.exe"), (Answer{4, "", hangs}));
     const Answer wait = AnswerWhileSupervisorHangs("wait 0 --for ended --timeout 0");
     EXPECT_EQ(wait.exitCode, 1U);
     EXPECT_THAT(wait.error, ::testing::StartsWith(hangs + "daemonctl: daemon 0 was not ended "));

@@ -230,11 +230,14 @@ TEST(Operator, Check_compares_the_daemons_with_a_list_of_programs)
                                     {"process_id", nullptr},
                                     {"note", "no daemon runs it"}}));
     const std::string bad = supervisor.Write("bad.txt", "\"x\n");
-    EXPECT_EQ(Daemonctl("check --expect " + bad),
-              (Answer{2, "", "daemonctl: " + bad + ", line 1: a double quote is not closed\n"}));
+    const std::string help =
+        "\n  For the form of a list, with an example: daemonctl check --help\n";
+    EXPECT_EQ(
+        Daemonctl("check --expect " + bad),
+        (Answer{2, "", "daemonctl: " + bad + ", line 1: a double quote is not closed" + help}));
     const std::string empty = supervisor.Write("empty.txt", "# all\n");
     EXPECT_EQ(Daemonctl("check --expect " + empty),
-              (Answer{2, "", "daemonctl: " + empty + ", the list names no program\n"}));
+              (Answer{2, "", "daemonctl: " + empty + ", the list names no program" + help}));
 }
 
 TEST(Operator, Commands_end_with_exit_code_5_if_the_log_cannot_be_read)

@@ -209,10 +209,11 @@ TEST_F(RecordTrust, A_second_recorder_is_refused_until_the_first_one_is_killed)
     EXPECT_TRUE(WaitUntil([this] {
         return Daemonctl("log --file " + records_).output.find("evidence") != std::string::npos;
     })) << first.Error();
-    EXPECT_EQ(RecordOnce(" --trust"),
-              (Answer{4, "",
-                      "daemonctl: " + records_ + " cannot be written: another recorder holds " +
-                          records_ + "\\recorder.lock\n"}));
+    EXPECT_EQ(
+        RecordOnce(" --trust"),
+        (Answer{4, "",
+                "daemonctl: " + records_ + " cannot be written: another recorder holds " +
+                    records_ + "\\recorder.lock\n  Choose another folder: --output FOLDER\n"}));
     EXPECT_TRUE(first.Running());
     KillProcess(first.Pid());
     EXPECT_EQ(RecordOnce(" --trust"), (Answer{0, "", ""}));

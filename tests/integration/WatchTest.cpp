@@ -34,6 +34,9 @@ TEST(Watch, A_supervisor_whose_log_cannot_be_read_is_not_lost)
     EXPECT_TRUE(WaitUntil([&] {
         return watch.Error().find("cannot be read") != std::string::npos;
     })) << watch.Output();
+    EXPECT_TRUE(WaitUntil([&] {
+        return watch.Error().ends_with("\n  To find out more: daemonctl doctor\n");
+    })) << watch.Error();
     EXPECT_EQ(watch.Output(), "");
     supervisor.Process().Kill();
     EXPECT_TRUE(WaitUntil([&] { return watch.Output().ends_with(kLost); })) << watch.Error();
@@ -51,7 +54,8 @@ TEST(Watch, A_supervisor_that_hangs_is_told_and_a_call_that_hangs_meanwhile_is_e
     // Without --exec nothing would be called. The calls for both changes hang.
     EXPECT_TRUE(WaitUntil([&] {
         const std::string errors = watch.Error();
-        const std::string ended = "has not ended within 2 s and was ended";
+        const std::string ended = "has not ended within 2 s and was ended\n"
+                                  "  To give it more time: --timeout SECONDS\n";
         return errors.find(ended) != errors.rfind(ended);
     })) << watch.Error();
     supervisor.Process().Kill(); // or the end of this test would wait for its answer

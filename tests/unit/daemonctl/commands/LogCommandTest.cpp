@@ -158,7 +158,7 @@ TEST_F(LogCommand, reports_an_unreadable_log_if_memory_runs_out)
 {
     const Outcome outcome = Run({}, []() -> std::string { throw std::bad_alloc(); });
     EXPECT_EQ(outcome.exitCode, 5);
-    EXPECT_EQ(outcome.errors, "daemonctl: out of memory\n");
+    EXPECT_EQ(outcome.errors, "daemonctl: out of memory\n  To find out more: daemonctl doctor\n");
 }
 
 TEST_F(LogCommand, prints_json)
@@ -200,21 +200,30 @@ TEST_F(LogCommand, prints_the_readable_records_and_counts_the_other_lines)
     const Outcome outcome = Run({});
     EXPECT_EQ(outcome.exitCode, 5);
     EXPECT_EQ(outcome.output, "Sun Nov 16 03:52:36.007 first\n");
-    EXPECT_EQ(outcome.errors, "daemonctl: " + path_ + ": 1 line could not be read\n");
+    EXPECT_EQ(outcome.errors, "daemonctl: " + path_ +
+                                  ": 1 line could not be read\n"
+                                  "  All other lines were read; there is "
+                                  "nothing to do.\n");
+    EXPECT_THAT(Run({}, [this] { return path_; }).errors,
+                EndsWith("\n  To find out more: daemonctl doctor\n"));
 }
 
 TEST_F(LogCommand, reports_why_a_file_is_not_a_log)
 {
+    const std::string another = "\n  Name another log: --file FILE\n";
     Save("");
     EXPECT_EQ(Run({}).exitCode, 5);
-    EXPECT_THAT(Run({}).errors, EndsWith(": the file is empty\n"));
+    EXPECT_THAT(Run({}).errors, EndsWith(": the file is empty" + another));
     Save("once upon a time\n");
     EXPECT_EQ(Run({}).exitCode, 5);
-    EXPECT_THAT(Run({}).errors,
-                EndsWith(": no record in 1 line: this is not a log file of the supervisor\n"));
+    EXPECT_THAT(
+        Run({}).errors,
+        EndsWith(": no record in 1 line: this is not a log file of the supervisor" + another));
     std::filesystem::remove(path_);
     EXPECT_EQ(Run({}).exitCode, 5);
-    EXPECT_THAT(Run({}).errors, HasSubstr(" cannot be read: "));
+    EXPECT_THAT(Run({}).errors, AllOf(HasSubstr(" cannot be read: "), EndsWith(another)));
+    EXPECT_THAT(Run({}, [this] { return path_; }).errors,
+                EndsWith("\n  To find out more: daemonctl doctor\n"));
 }
 
 TEST_F(LogCommand, begins_an_error_with_the_name_of_the_program)
@@ -241,7 +250,8 @@ TEST_F(LogCommand, reads_the_log_of_this_machine_if_no_file_is_named)
     const Outcome outcome =
         Run({}, []() -> std::string { throw std::runtime_error("no firmware here"); });
     EXPECT_EQ(outcome.exitCode, 5);
-    EXPECT_EQ(outcome.errors, "daemonctl: no firmware here\n");
+    EXPECT_EQ(outcome.errors,
+              "daemonctl: no firmware here\n  To find out more: daemonctl doctor\n");
 }
 
 TEST_F(LogCommand, refuses_values_that_an_option_does_not_permit)

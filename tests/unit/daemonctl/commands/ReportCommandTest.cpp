@@ -23,6 +23,7 @@ using client::v0::AddReportCommand;
 using client::v0::SupervisorNow;
 using client::v0::SupervisorState;
 using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -140,7 +141,9 @@ TEST_F(ReportCommand, reports_a_log_that_cannot_be_read_and_a_page_that_cannot_b
     EXPECT_THAT(errors_, HasSubstr(" cannot be read: "));
     SaveLog();
     EXPECT_EQ(Run(folder_.File("missing") + "/report.html"), 4);
-    EXPECT_THAT(errors_, HasSubstr(" cannot be written"));
+    EXPECT_THAT(errors_, EndsWith(" cannot be written\n  Choose another file: --output FILE\n"));
+    EXPECT_EQ(Run(page_, {"--json", folder_.File("missing") + "/report.json"}), 4);
+    EXPECT_THAT(errors_, EndsWith(" cannot be written\n  Choose another file: --json FILE\n"));
     std::ofstream(path_, std::ios::binary | std::ios::trunc) << "no log\r\n";
     EXPECT_EQ(Run(page_), 5);
 }
