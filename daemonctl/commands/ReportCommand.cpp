@@ -16,6 +16,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <thread>
 #include <utility>
 
@@ -41,15 +42,24 @@ ReportMoment MomentOf(const ReportArguments& arguments, const SupervisorNow& sup
     ReportMoment moment;
     moment.nowMs = NowMs();
     if (supervisor && arguments.file.empty()) {
-        moment.supervisor = supervisor();
+        try {
+            moment.supervisor = supervisor();
+        } catch (const std::runtime_error&) { // then nobody knows
+            moment.supervisor = SupervisorState::kUnknown;
+        }
     }
     return moment;
 }
 
-void MakeReport(const ReportArguments& arguments, const SupervisorNow& supervisor,
-                MadeReport& report)
+void Render(const ReportArguments& arguments, const ReportModel& model, int offsetMinutes,
+            MadeReport& report)
 {
-    const ReportMoment moment = MomentOf(arguments, supervisor);
+    report.html = ReportHtml(model, report.path, offsetMinutes, arguments.everySeconds);
+    report.json = arguments.json.empty() ? "" : ReportJson(model, report.path, DM_VERSION);
+}
+
+void MakeReport(const ReportArguments& arguments, const ReportMoment& moment, MadeReport& report)
+{
     TimelineBuilder timeline;
     std::optional<int> offset;
     report.summary = ReadLogFile(report.path, arguments.encoding, [&](Record record) {
@@ -58,9 +68,7 @@ void MakeReport(const ReportArguments& arguments, const SupervisorNow& superviso
         }
         timeline.Add(std::move(record));
     });
-    const ReportModel model = MakeReportModel(timeline.Finish(), moment);
-    report.html = ReportHtml(model, report.path, offset.value_or(0), arguments.everySeconds);
-    report.json = arguments.json.empty() ? "" : ReportJson(model, report.path, DM_VERSION);
+    Render(arguments, MakeReportModel(timeline.Finish(), moment), offset.value_or(0), report);
 }
 
 // @param option  the option that names the file
@@ -87,21 +95,29 @@ int Report(const ReportArguments& arguments, const LogPath& defaultPath,
            const SupervisorNow& supervisor)
 {
     MadeReport report;
+    ReportMoment moment = MomentOf(arguments, supervisor);
     // WriteOutput stands outside: WithLogFile would report its exceptions as failures of the log.
-    const int read = WithLogFile(arguments, defaultPath, [&](const std::string& file) {
-        report.path = file;
-        MakeReport(arguments, supervisor, report);
-        return static_cast<int>(kDone);
-    });
+    const int read = WithLogFile(
+        arguments, defaultPath,
+        [&](const std::string& file) {
+            report.path = file;
+            MakeReport(arguments, moment, report);
+            return static_cast<int>(kDone);
+        },
+        &moment.logFailure);
     if (read != kDone) {
-        return read;
+        if (arguments.everySeconds == 0) {
+            return read;
+        }
+        // A page that stayed as it was would show daemons that nobody sees any more.
+        Render(arguments, MakeReportModel({}, moment), 0, report);
     }
     const bool page = WriteOutput(arguments, "--output", arguments.output, report.html);
     const bool json = WriteOutput(arguments, "--json", arguments.json, report.json);
     if (!page || !json) {
         return kRefused;
     }
-    return ReportDamage(arguments, report.path, report.summary);
+    return read != kDone ? read : ReportDamage(arguments, report.path, report.summary);
 }
 
 // Writes the page again and again, until the program is ended. A failure is printed and ends

@@ -180,8 +180,9 @@ SupervisorState StateOfSupervisor()
         return SupervisorState::kRunning;
     case SupervisorAnswer::kNotPublished:
         return StateWithoutObject();
-    case SupervisorAnswer::kCannotBeCalled:
     case SupervisorAnswer::kSilent:
+        return SupervisorState::kNotAnswering;
+    case SupervisorAnswer::kCannotBeCalled:
         break;
     }
     return SupervisorState::kUnknown;

@@ -46,8 +46,8 @@ void PrintNotes(const std::vector<DaemonStatus>& daemons, const SupervisorRun& r
 
 /// Finds out whether the supervisor of this machine runs.
 /// @return kNotRunning only if none is published and no process can be the supervisor
-///         (FindSupervisors); kUnknown if a supervisor may run, but does not answer this user
-///         within five seconds or is not to be trusted
+///         (FindSupervisors); kNotAnswering if one is published and does not answer within five
+///         seconds; kUnknown if a supervisor may run, but cannot be called or is not to be trusted
 /// @throws std::system_error if Windows starts no thread
 [[nodiscard]] SupervisorState StateOfSupervisor();
 

@@ -70,6 +70,14 @@ std::string FactsHtml(const ReportModel& model, int offsetMinutes)
            Fact("Restarts", std::to_string(restarts)) + "</dl>\n";
 }
 
+std::string LogHtml(const ReportModel& model, int offsetMinutes)
+{
+    return FactsHtml(model, offsetMinutes) +
+           (model.lanes.empty()
+                ? "<p>The log contains no record about a daemon.</p>\n"
+                : TableHtml(model) + EndsHtml(model) + LanesHtml(model, offsetMinutes));
+}
+
 } // namespace
 
 std::string ReportHtml(const ReportModel& model, std::string_view source, int offsetMinutes,
@@ -77,11 +85,9 @@ std::string ReportHtml(const ReportModel& model, std::string_view source, int of
 {
     std::string html = HeadHtml(source, reloadSeconds) +
                        WrittenHtml(model, offsetMinutes, reloadSeconds) +
-                       NowHtml(model, offsetMinutes) + FactsHtml(model, offsetMinutes);
-    if (model.lanes.empty()) {
-        html += "<p>The log contains no record about a daemon.</p>\n";
-    } else {
-        html += TableHtml(model) + EndsHtml(model) + LanesHtml(model, offsetMinutes);
+                       NowHtml(model, offsetMinutes);
+    if (model.moment.logFailure.empty()) {
+        html += LogHtml(model, offsetMinutes);
     }
     if (reloadSeconds != 0) {
         html += std::string("<script>") + kReportScript + "</script>\n";

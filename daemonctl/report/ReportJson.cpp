@@ -26,6 +26,8 @@ const char* NameOfSupervisor(SupervisorState state)
         return "running";
     case SupervisorState::kNotRunning:
         return "not_running";
+    case SupervisorState::kNotAnswering:
+        return "not_answering";
     case SupervisorState::kUnknown:
         break;
     }
@@ -95,6 +97,8 @@ std::string ReportJson(const ReportModel& model, std::string_view source,
         {"written", TimeObject(model.moment.nowMs)},
         {"source", source},
         {"supervisor", NameOfSupervisor(model.moment.supervisor)},
+        {"log_failure", model.moment.logFailure.empty() ? ReportObject(nullptr)
+                                                        : ReportObject(model.moment.logFailure)},
         {"from", model.records != 0 ? TimeObject(model.beginMs) : ReportObject(nullptr)},
         {"to", model.records != 0 ? TimeObject(model.endMs) : ReportObject(nullptr)},
         {"records", model.records},

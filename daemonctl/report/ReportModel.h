@@ -18,14 +18,16 @@ namespace vqrx::client::v0 {
 enum class SupervisorState {
     kUnknown, ///< the log is a copy, or nobody asked
     kRunning,
-    kNotRunning
+    kNotRunning,
+    kNotAnswering ///< the supervisor runs, and does not answer: it hangs
 };
 
-/// The moment of the report, and the state of the supervisor at that moment, which the log does not
-/// show.
+/// What the log does not show: the moment of the report, the state of the supervisor at that
+/// moment, and why the log cannot be read.
 struct ReportMoment {
     SupervisorState supervisor = SupervisorState::kUnknown;
-    std::int64_t nowMs = 0; ///< 0: not known; then the report ends at the last record
+    std::int64_t nowMs = 0;      ///< 0: not known; then the report ends at the last record
+    std::string logFailure = {}; ///< why the log cannot be read; empty: the report shows the log
 };
 
 /// The interval of one process as the report draws it.

@@ -74,6 +74,32 @@ std::string RowOfNow(const ReportLane& lane, int offsetMinutes)
            "</td></tr>\n";
 }
 
+std::string AlarmHtml(const std::string& text)
+{
+    return R"(<p class="alarm" role="alert">)" + text + "</p>\n";
+}
+
+std::string MomentHtml(const ReportMoment& moment)
+{
+    const std::string shown =
+        moment.logFailure.empty() ? " The page shows the log up to its last record." : "";
+    std::string html;
+    if (moment.supervisor == SupervisorState::kNotRunning) {
+        html += AlarmHtml(
+            "The supervisor is not running. Nobody starts a program again that ends." + shown);
+    } else if (moment.supervisor == SupervisorState::kNotAnswering) {
+        html += AlarmHtml("The supervisor does not answer. It may no longer start a program again "
+                          "that ends. On the machine: daemonctl doctor." +
+                          shown);
+    }
+    if (!moment.logFailure.empty()) {
+        html += AlarmHtml("The log cannot be read, so the page does not show the daemons: "
+                          "<span class=\"command\">" +
+                          EscapeHtml(moment.logFailure) + "</span>");
+    }
+    return html;
+}
+
 std::vector<const ReportLane*> WatchedDaemons(const ReportModel& model)
 {
     std::vector<const ReportLane*> watched;
@@ -93,11 +119,7 @@ std::vector<const ReportLane*> WatchedDaemons(const ReportModel& model)
 
 std::string NowHtml(const ReportModel& model, int offsetMinutes)
 {
-    std::string html;
-    if (model.moment.supervisor == SupervisorState::kNotRunning) {
-        html += "<p class=\"alarm\" role=\"alert\">The supervisor is not running. Nobody starts a "
-                "program again that ends. The page shows the log up to its last record.</p>\n";
-    }
+    std::string html = MomentHtml(model.moment);
     const std::vector<const ReportLane*> watched = WatchedDaemons(model);
     for (const ReportLane* const lane : watched) {
         if (lane->state == "restarting") {

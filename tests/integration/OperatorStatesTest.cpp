@@ -117,6 +117,9 @@ TEST(OperatorStates,
     EXPECT_EQ(ps.error, hangs);
     EXPECT_THAT(ps.output, ::testing::HasSubstr("\n 0  running "));
     EXPECT_EQ(AnswerWhileSupervisorHangs("launch C:\\no\\such.exe"), (Answer{4, "", hangs}));
+    const Answer report = AnswerWhileSupervisorHangs("report --output -");
+    EXPECT_EQ(report.exitCode, 0U) << report;
+    EXPECT_THAT(report.output, ::testing::HasSubstr("The supervisor does not answer."));
     const Answer wait = AnswerWhileSupervisorHangs("wait 0 --for ended --timeout 0");
     EXPECT_EQ(wait.exitCode, 1U);
     EXPECT_THAT(wait.error, ::testing::StartsWith(hangs + "daemonctl: daemon 0 was not ended "));

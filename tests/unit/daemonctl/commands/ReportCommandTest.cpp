@@ -12,6 +12,7 @@
 #include <fstream>
 #include <iostream>
 #include <new>
+#include <stdexcept>
 #include <streambuf>
 #include <string>
 #include <vector>
@@ -126,6 +127,33 @@ TEST_F(ReportCommand, reaches_to_now_and_warns_only_if_it_is_known_whether_the_s
     EXPECT_THAT(page([] { return SupervisorState::kUnknown; }),
                 AllOf(HasSubstr("<h2>At the last record</h2>"), Not(HasSubstr("is not running"))));
     EXPECT_THAT(page({}), HasSubstr("<h2>At the last record</h2>"));
+}
+
+TEST_F(ReportCommand, again_and_again_replaces_the_page_also_if_the_log_cannot_be_read_any_more)
+{
+    SaveLog();
+    const std::string json = folder_.File("report.json");
+    const auto page = [this] { return FileContent(std::u8string(page_.begin(), page_.end())); };
+    int looks = 0;
+    const SupervisorNow supervisor = [&]() -> SupervisorState {
+        ++looks;
+        if (looks == 2) {
+            EXPECT_THAT(page(), HasSubstr("a.exe"));
+            std::filesystem::remove(path_);
+        } else if (looks == 3) {
+            throw std::logic_error("ends the command");
+        }
+        return SupervisorState::kNotRunning;
+    };
+    Run(page_, {"--every", "1", "--json", json}, supervisor);
+    EXPECT_EQ(looks, 3);
+    const std::string last = page();
+    EXPECT_THAT(last, AllOf(HasSubstr("role=\"alert\">The supervisor is not running."),
+                            HasSubstr("role=\"alert\">The log cannot be read"),
+                            HasSubstr(" cannot be read: "), Not(HasSubstr("a.exe"))));
+    EXPECT_THAT(last, HasSubstr("The page reloads itself every 1 s."));
+    EXPECT_THAT(FileContent(json), HasSubstr("cannot be read: "));
+    EXPECT_THAT(errors_, HasSubstr(" cannot be read: "));
 }
 
 TEST_F(ReportCommand, writes_to_standard_output_if_the_output_is_a_dash)

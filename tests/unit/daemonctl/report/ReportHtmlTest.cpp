@@ -16,6 +16,7 @@ using client::v0::MakeReportModel;
 using client::v0::Record;
 using client::v0::ReportHtml;
 using client::v0::SupervisorState;
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -129,6 +130,8 @@ TEST(ReportHtml, without_daemons_says_so)
 {
     EXPECT_THAT(Page({}), HasSubstr("The log contains no record about a daemon."));
     EXPECT_THAT(Page({"Exit"}), HasSubstr("The log contains no record about a daemon."));
+    EXPECT_THAT(ReportHtml(MakeReportModel({}, {SupervisorState::kUnknown, 1, "no log"}), "", 0, 5),
+                AllOf(HasSubstr("no log"), Not(HasSubstr("Records")), Not(HasSubstr("no record"))));
 }
 
 } // namespace

@@ -31,6 +31,7 @@ TEST(ReportJson, has_the_documented_fields)
   },
   "source": "a.log",
   "supervisor": "running",
+  "log_failure": null,
   "from": {
     "time": "1970-01-01T00:00:01.000Z",
     "time_ms": 1000
@@ -83,6 +84,14 @@ TEST(ReportJson, of_an_empty_log_has_null_for_its_times)
     EXPECT_NE(json.find("\"from\": null"), std::string::npos) << json;
     EXPECT_NE(json.find("\"supervisor\": \"unknown\""), std::string::npos) << json;
     EXPECT_NE(json.find("\"daemons\": []"), std::string::npos) << json;
+}
+
+TEST(ReportJson, names_a_supervisor_that_does_not_answer_and_a_log_that_cannot_be_read)
+{
+    const std::string json = ReportJson(
+        MakeReportModel({}, {SupervisorState::kNotAnswering, 1, "no \"log\""}), "", "1.0.0");
+    EXPECT_NE(json.find("\"supervisor\": \"not_answering\""), std::string::npos) << json;
+    EXPECT_NE(json.find("\"log_failure\": \"no \\\"log\\\"\""), std::string::npos) << json;
 }
 
 } // namespace

@@ -72,6 +72,26 @@ TEST(ReportNow, warns_if_the_supervisor_does_not_run)
     EXPECT_THAT(NowOf({}), IsEmpty());
 }
 
+TEST(ReportNow, warns_if_the_supervisor_does_not_answer)
+{
+    const std::string html =
+        NowOf({"Start DaemonId(0) PId(10) : a.exe "}, SupervisorState::kNotAnswering);
+    EXPECT_THAT(html,
+                HasSubstr("<p class=\"alarm\" role=\"alert\">The supervisor does not answer. "));
+    EXPECT_THAT(html, HasSubstr("<h2>At the last record</h2>"));
+    EXPECT_THAT(html, HasSubstr("a.exe"));
+}
+
+TEST(ReportNow, warns_if_the_log_cannot_be_read_and_escapes_the_reason)
+{
+    const std::string html =
+        NowHtml(MakeReportModel({}, {SupervisorState::kNotRunning, kBegin, "<a.log> is gone"}), 0);
+    EXPECT_THAT(html, HasSubstr("The supervisor is not running."));
+    EXPECT_THAT(html, HasSubstr("<p class=\"alarm\" role=\"alert\">The log cannot be read"));
+    EXPECT_THAT(html, HasSubstr("&lt;a.log&gt; is gone"));
+    EXPECT_THAT(html, Not(HasSubstr("up to its last record")));
+}
+
 TEST(ReportNow, lists_the_watched_daemons_with_those_in_trouble_first)
 {
     std::vector<std::string> texts = {"Start DaemonId(3) PId(9) : good.exe ",
