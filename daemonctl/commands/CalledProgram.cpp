@@ -15,6 +15,10 @@ namespace {
 
 using system::win32::v1::UniqueKernelHandle;
 
+constexpr int kMostNames = 100; // of temporary files that exist already
+constexpr DWORD kEndMs = 10000;
+constexpr DWORD kLookAgainMs = 10;
+
 struct EnvironmentReleaser {
     void operator()(wchar_t* block) const noexcept { FreeEnvironmentStringsW(block); }
 };
@@ -49,20 +53,37 @@ std::wstring EnvironmentWith(const std::map<std::string, std::string>& further)
     return block.append(1, L'\0');
 }
 
+// Makes a new file in the folder of temporary files, in which others may have made files, too. An
+// existing file or link is never opened, and nobody else can open the new file while it exists.
+UniqueKernelHandle MakeTemporaryFile()
+{
+    std::array<wchar_t, MAX_PATH + 1> folder{};
+    if (GetTempPathW(MAX_PATH, folder.data()) == 0) {
+        FailToCall("no folder for temporary files");
+    }
+    const std::wstring beginning =
+        folder.data() + (L"daemonctl-" + std::to_wstring(GetCurrentProcessId())) + L"-";
+    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
+    for (int attempt = 0; attempt < kMostNames; ++attempt) {
+        LARGE_INTEGER ticks{};
+        QueryPerformanceCounter(&ticks);
+        UniqueKernelHandle file(CreateFileW(
+            (beginning + std::to_wstring(ticks.QuadPart) + L".tmp").c_str(),
+            GENERIC_READ | GENERIC_WRITE, 0, &inherited, CREATE_NEW,
+            FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT,
+            nullptr));
+        if (file || GetLastError() != ERROR_FILE_EXISTS) {
+            return file;
+        }
+    }
+    return {};
+}
+
 // Makes a file that holds the input and that Windows removes after the last handle of it is closed.
 // A pipe would block this program if the called one does not read.
 UniqueKernelHandle InputFileWith(const std::string& input)
 {
-    std::array<wchar_t, MAX_PATH + 1> folder{};
-    std::array<wchar_t, MAX_PATH + 1> name{};
-    if (GetTempPathW(MAX_PATH, folder.data()) == 0 ||
-        GetTempFileNameW(folder.data(), L"dmw", 0, name.data()) == 0) {
-        FailToCall("no temporary file");
-    }
-    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
-    UniqueKernelHandle file(CreateFileW(
-        name.data(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, &inherited,
-        CREATE_ALWAYS, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    UniqueKernelHandle file = MakeTemporaryFile();
     DWORD written = 0;
     if (!file || WriteFile(file.Get(), input.data(), static_cast<DWORD>(input.size()), &written,
                            nullptr) == FALSE) {
@@ -82,6 +103,16 @@ UniqueKernelHandle JobThatEndsItsProcesses()
         FailToCall("no job for the program");
     }
     return job;
+}
+
+// Returns how many processes of a job run; 0 also if Windows does not say.
+DWORD RunningIn(const UniqueKernelHandle& job)
+{
+    JOBOBJECT_BASIC_ACCOUNTING_INFORMATION facts = {};
+    return QueryInformationJobObject(job.Get(), JobObjectBasicAccountingInformation, &facts,
+                                     sizeof facts, nullptr) != FALSE
+               ? facts.ActiveProcesses
+               : 0;
 }
 
 } // namespace
@@ -115,7 +146,14 @@ CalledProgram::CalledProgram(const std::string& program,
 
 CalledProgram::~CalledProgram()
 {
+    TerminateJobObject(job_.Get(), 1);
     TerminateProcess(process_.Get(), 1); // it may not be in the job
+    // Windows ends a process some time after that.
+    const ULONGLONG begin = GetTickCount64();
+    WaitForSingleObject(process_.Get(), kEndMs);
+    while (RunningIn(job_) != 0 && GetTickCount64() - begin < kEndMs) {
+        Sleep(kLookAgainMs); // a job has no event for the end of its processes
+    }
 }
 
 bool CalledProgram::Runs() const

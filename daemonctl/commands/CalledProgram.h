@@ -8,7 +8,8 @@
 namespace vqrx::client::v0 {
 
 /// A program that was called with a text on its standard input. The destructor ends it, and with it
-/// all programs that it has started. Only the programs that it has started run on if Windows
+/// all programs that it has started. It waits until they have ended, at most ten seconds, so that
+/// two calls do not overlap. Only the programs that it has started run on if Windows
 /// refuses to put it into a job: before Windows 8 that happens if this process is in a job itself.
 class CalledProgram {
 public:
