@@ -2,10 +2,9 @@
 
 #include "Autostart.h"
 #include "GuardLog.h"
-#include "ProtectedObjects.h"
+#include "LogFolder.h"
 #include "SingleGuard.h"
 #include "TextEncoding.h"
-#include "TrustedSources.h"
 #include "Watch.h"
 #include "com/ClientApartment.h"
 #include "daemon_manager/SupervisorIdentity.h"
@@ -39,19 +38,6 @@ WatchSettings SettingsOf(const GuardArguments& arguments, const std::string& roo
         settings.fleetNamed ? arguments.fleet : AnsiToUtf8(installation::DefaultFleetFile(root));
     settings.dumpFile = installation::DumpFile(root);
     return settings;
-}
-
-// Makes the folder unless it exists. A guard with the rights of an administrator lets nobody else
-// in: it believes the log, and writes a log, a lock and dumps there.
-// @param folder  in the ANSI code page
-void MakeLogFolder(const std::string& folder)
-{
-    if (client::v0::IsElevated()) {
-        static_cast<void>(
-            client::v0::MakeProtectedFolder(AnsiToUtf8(folder), client::v0::FolderUse::kLogs, {}));
-    } else {
-        CreateDirectoryA(folder.c_str(), nullptr);
-    }
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "ChildProcess.h"
 #include "ImportPatch.h"
+#include "NotedAccount.h"
 #include "TempFolder.h"
 
 #include <windows.h>
@@ -93,35 +94,6 @@ BOOL WINAPI IsNotWellKnown(PSID, WELL_KNOWN_SID_TYPE)
 {
     return FALSE;
 }
-
-// The account that the installer notes. The destructor removes it, and the key if it was not there.
-class NotedAccount {
-public:
-    explicit NotedAccount(const std::wstring& sid)
-    {
-        HKEY key = nullptr;
-        existed_ = RegOpenKeyExW(HKEY_LOCAL_MACHINE, kKey, 0, KEY_READ, &key) == ERROR_SUCCESS;
-        RegCloseKey(key);
-        EXPECT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"Account", REG_SZ, sid.c_str(),
-                                  static_cast<DWORD>((sid.size() + 1) * sizeof(wchar_t))),
-                  ERROR_SUCCESS);
-    }
-    NotedAccount(const NotedAccount&) = delete;
-    NotedAccount& operator=(const NotedAccount&) = delete;
-    ~NotedAccount()
-    {
-        if (existed_) {
-            RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"Account");
-        } else {
-            RegDeleteKeyW(HKEY_LOCAL_MACHINE, kKey);
-        }
-    }
-
-private:
-    static constexpr const wchar_t* kKey =
-        L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\DaemonManager";
-    bool existed_ = false;
-};
 
 constexpr const char* kGuest = "process 7 runs C:\\FW\\DaemonManager.exe as PC\\guest, who is not "
                                "expected to run the supervisor";
