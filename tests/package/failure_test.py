@@ -11,15 +11,17 @@ sys.path.insert(0, str(machine.SOURCE / "packaging"))
 from payload import make_installer  # noqa: E402
 
 
-def installer_with(program, content):
-    """Makes an installer in which one program has other bytes. @return its path"""
+def installer_with(program, content, more=None):
+    """Makes an installer in which one program has other bytes.
+    @param more  further files and their bytes, by name
+    @return its path"""
     stub = OUTPUT / "stub.exe"
     subprocess.run(["x86_64-w64-mingw32-strip", "-o", stub,
                     machine.BUILD / "bin/DaemonManagerSetup.exe"], check=True)
     with zipfile.ZipFile(OUTPUT / f"{NAME}.zip") as archive:
         files = {name.removeprefix(NAME + "/"): archive.read(name) for name in archive.namelist()}
     files["Uninstall.exe"] = stub.read_bytes()
-    files[program] = content
+    files.update({program: content, **(more or {})})
     path = OUTPUT / "other-setup.exe"
     path.write_bytes(make_installer(stub.read_bytes(), sorted(files.items())))
     return path
@@ -73,6 +75,23 @@ class Failure(InstallationTest):
         self.assertEqual(len(machine.processes("DaemonGuard.exe")), 1)
         machine.end_processes("DaemonGuard.exe")
         former.write_bytes(sound)
+
+    def test_a_list_that_is_not_whole_is_deleted_and_the_log_shows_the_daemons(self):
+        self.install_below_root()
+        supervisor = self.supervisor()
+        worker = self.launch_worker("one")
+        # This program runs the real one, except for "ps --output": it writes half a list and fails.
+        refusing = installer_with("daemonctl.exe",
+                                  (machine.BUILD / "tests/programs/forwards.exe").read_bytes(),
+                                  {"real.exe": (machine.BUILD / "bin/daemonctl.exe").read_bytes(),
+                                   "refuse.txt": b"ps --output"})
+        code, self.said = machine.call(str(refusing), "/S")
+        self.assertEqual(supervisor.end(), 0)
+        self.assertEqual(code, 0, self.said)
+        self.assertEqual(machine.processes("no_windows.exe"), {worker})
+        self.assertEqual(self.daemonctl("detach", "0")[0], 0)
+        left = [file.name for file in (machine.host_path(self.ROOT) / "Logs").glob("before-setup-*")]
+        self.assertEqual(left, [])
 
     def test_a_failure_after_the_installation_does_not_deny_it(self):
         broken = installer_with("daemonctl.exe", b"no program")

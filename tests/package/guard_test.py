@@ -58,16 +58,6 @@ class Guarding(InstallationTest):
         self.assertNotEqual(machine.processes("DaemonGuard.exe"), before)
         self.assertEqual(machine.processes("no_windows.exe"), {worker})
 
-    def test_removal_leaves_no_half_list_of_daemons(self):
-        self.install_below_root()
-        self.supervisor()
-        self.put_a_witness_in_the_place_of_daemonctl("ps --output")
-        code, said = machine.call(self.installed("Uninstall.exe"), "/S")
-        self.assertEqual(code, 0, said)
-        self.is_installed = False
-        left = [file.name for file in machine.host_path(self.folder).glob("before-setup-*")]
-        self.assertEqual(left, [])
-
     def test_removal_ends_a_guard_that_waits_between_two_starts(self):
         self.install_guard()
         self.let_the_guard_wait()
