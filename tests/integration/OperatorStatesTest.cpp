@@ -90,43 +90,6 @@ TEST(OperatorStates, Other_names_of_commands_work_or_name_the_right_command)
     EXPECT_EQ(Daemonctl("help ps"), Daemonctl("ps --help"));
 }
 
-// Each call has a supervisor of its own: under Wine only the first caller of a supervisor that
-// hangs waits, and the next ones are refused.
-Answer AnswerWhileSupervisorHangs(const std::string& arguments)
-{
-    SupervisorProcess supervisor;
-    const std::string program = TestProgram("no_windows");
-    EXPECT_EQ(Daemonctl("launch \"" + program + "\" one").exitCode, 0U);
-    EXPECT_NE(supervisor.WaitForStart(0), 0U);
-    EXPECT_TRUE(SuspendProcess(supervisor.Process().Pid()));
-    EXPECT_EQ(Daemonctl("--daemon-ids"), (Answer{0, "0 " + program + " one\n", ""}));
-    Answer answer = Daemonctl(arguments);
-    supervisor.Process().Kill(); // or the end of this function would wait for its answer
-    EXPECT_TRUE(supervisor.Process().Wait());
-    return answer;
-}
-
-TEST(OperatorStates,
-     A_supervisor_that_hangs_keeps_nobody_from_looking_at_the_daemons_and_holds_up_no_call)
-{
-    const std::string hangs =
-        "daemonctl: the supervisor has not answered for 10 s; it may no longer "
-        "restart programs\n  To find out more: daemonctl doctor\n";
-    const Answer ps = AnswerWhileSupervisorHangs("ps");
-    EXPECT_EQ(ps.exitCode, 4U);
-    EXPECT_EQ(ps.error, hangs);
-    EXPECT_THAT(ps.output, ::testing::HasSubstr("\n 0  running "));
-    EXPECT_EQ(AnswerWhileSupervisorHangs("launch C:\\no\\such.exe"), (Answer{4, "", hangs}));
-    const Answer report = AnswerWhileSupervisorHangs("report --output -");
-    EXPECT_EQ(report.exitCode, 0U) << report;
-    EXPECT_THAT(report.output, ::testing::HasSubstr("The supervisor does not answer."));
-    const Answer wait = AnswerWhileSupervisorHangs("wait 0 --for ended --timeout 0");
-    EXPECT_EQ(wait.exitCode, 1U);
-    EXPECT_THAT(wait.error, ::testing::StartsWith(hangs + "daemonctl: daemon 0 was not ended "));
-    EXPECT_THAT(wait.error, ::testing::EndsWith("\n  To see what happened: daemonctl log --tail 10 "
-                                                "--daemon 0\n"));
-}
-
 TEST(OperatorStates, The_ids_for_the_completion_are_those_of_the_running_supervisor)
 {
     const std::string program = TestProgram("no_windows");
