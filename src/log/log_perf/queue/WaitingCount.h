@@ -26,12 +26,13 @@ public:
 
     /// Takes one, or marks the taker as asleep. Taker only.
     /// @return true if one was taken; false if the taker is now asleep: it waits for the kernel's
-    ///         semaphore, or calls Wake if something else ended its wait
+    ///         semaphore, and calls Wake when its wait has ended
     [[nodiscard]] bool TakeOrSleep() noexcept { return count_.fetch_sub(1) > 0; }
 
-    /// Marks the taker as awake after a wait that ended without the kernel's semaphore. Taker only.
-    /// @return false if an Add came first: that thread has released the kernel's semaphore or is
-    ///         about to, and the taker must wait for it
+    /// Marks the taker as awake after a wait, whatever has ended it. Taker only.
+    /// @return false if an Add came first: the taker has taken one. That thread has released the
+    ///         kernel's semaphore or is about to. If something else has ended the wait, this release
+    ///         ends a later wait, in which nothing may have been added
     [[nodiscard]] bool Wake() noexcept
     {
         long asleep = -1;

@@ -69,23 +69,23 @@ bool WorkerSignal::TakeSoon(std::uint32_t& timeoutMs) noexcept
 
 WorkerSignal::Result WorkerSignal::SleepFor(std::uint32_t timeoutMs) noexcept
 {
-    if (count_.TakeOrSleep()) {
-        return Result::kRecord;
+    while (!count_.TakeOrSleep()) {
+        const Result result = WaitInKernel(timeoutMs);
+        if (result == Result::kStop) {
+            stopping_ = false;
+        }
+        if (!count_.Wake()) { // a caller has added a record
+            if (result == Result::kStop) {
+                static_cast<void>(count_.Add()); // puts it back: the next Wait returns it
+            }
+            return result == Result::kStop ? Result::kStop : Result::kRecord;
+        }
+        if (result != Result::kRecord) {
+            return result;
+        }
+        // The semaphore was released for a record that another Wait has returned.
     }
-    const Result result = WaitInKernel(timeoutMs);
-    if (result == Result::kStop) {
-        stopping_ = false;
-    }
-    if (result == Result::kRecord || count_.Wake()) {
-        return result;
-    }
-    // A caller has added a record since the wait ended and releases the semaphore for it.
-    WaitForSingleObject(semaphore_.Get(), INFINITE);
-    if (result != Result::kStop) {
-        return Result::kRecord;
-    }
-    static_cast<void>(count_.Add()); // puts the record back: the next Wait returns it
-    return Result::kStop;
+    return Result::kRecord;
 }
 
 WorkerSignal::Result WorkerSignal::WaitInKernel(std::uint32_t timeoutMs) noexcept

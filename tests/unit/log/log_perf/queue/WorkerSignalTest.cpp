@@ -134,6 +134,20 @@ TEST_F(LateRecord, A_wait_that_gives_up_returns_the_record_that_just_arrived)
     }
 }
 
+DWORD WINAPI FailToWait(HANDLE, DWORD)
+{
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return WAIT_FAILED;
+}
+
+TEST_F(LateRecord, A_wait_that_gives_up_takes_a_record_also_while_other_waits_fail)
+{
+    const ImportPatch fails("WaitForSingleObject", &FailToWait);
+    EXPECT_EQ(Result::kRecord, WaitThatEndsWith(WAIT_TIMEOUT));
+    EXPECT_EQ(Result::kTimedOut, signal_.Wait(1000)); // there was one record
+    EXPECT_EQ(Result::kTimedOut, signal_.Wait(1000)); // the worker counts as awake again
+}
+
 TEST_F(LateRecord, A_wait_that_Stop_ended_keeps_the_record_that_just_arrived)
 {
     EXPECT_EQ(Result::kStop, WaitThatEndsWith(WAIT_OBJECT_0));
