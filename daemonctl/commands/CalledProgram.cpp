@@ -17,7 +17,7 @@ using system::win32::v1::UniqueKernelHandle;
 
 constexpr int kMostNames = 100; // of temporary files that exist already
 constexpr DWORD kEndMs = 10000;
-constexpr DWORD kLookAgainMs = 10;
+constexpr DWORD kLookAtJobMs = 10;
 
 struct EnvironmentReleaser {
     void operator()(wchar_t* block) const noexcept { FreeEnvironmentStringsW(block); }
@@ -152,7 +152,7 @@ CalledProgram::~CalledProgram()
     const ULONGLONG begin = GetTickCount64();
     WaitForSingleObject(process_.Get(), kEndMs);
     while (RunningIn(job_) != 0 && GetTickCount64() - begin < kEndMs) {
-        Sleep(kLookAgainMs); // a job has no event for the end of its processes
+        Sleep(kLookAtJobMs); // a job has no event for the end of its processes
     }
 }
 

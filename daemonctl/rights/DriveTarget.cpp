@@ -41,9 +41,8 @@ DriveTarget JudgeDrive(const DriveAnswers& answers)
         }
         return {DriveTarget::Kind::kFolder, folder};
     }
-    return {answers.remote || IsNetworkDevice(answers.device) ? DriveTarget::Kind::kElsewhere
-                                                              : DriveTarget::Kind::kHere,
-            {}};
+    const bool isElsewhere = answers.unknown || answers.remote || IsNetworkDevice(answers.device);
+    return {isElsewhere ? DriveTarget::Kind::kElsewhere : DriveTarget::Kind::kHere, {}};
 }
 
 } // namespace vqrx::client::v0

@@ -10,13 +10,14 @@ struct DriveAnswers {
     /// The first text of QueryDosDeviceW(), UTF-8: "\Device\HarddiskVolume3", or "\??\C:\work" for
     /// a drive that "subst" made. Empty if there is no such drive.
     std::string device;
+    bool unknown = false; ///< QueryDosDeviceW() fails, although there may be such a drive
 };
 
 /// Where the files of a drive lie.
 struct DriveTarget {
     enum class Kind {
         kHere,      ///< on this machine, or there is no such drive
-        kElsewhere, ///< on a network, or in a place that is no path
+        kElsewhere, ///< on a network, in a place that is no path, or unknown
         kFolder     ///< the drive stands for a folder of this machine
     };
 

@@ -108,8 +108,9 @@ DriveAnswers AskAboutDrive(const std::wstring& drive)
     constexpr DWORD kMaxDeviceText = 32768;
     std::wstring devices(kMaxDeviceText, L'\0');
     const DWORD length = QueryDosDeviceW(drive.c_str(), devices.data(), kMaxDeviceText);
+    const bool isUnknown = length == 0 && GetLastError() != ERROR_FILE_NOT_FOUND;
     devices.resize(length == 0 ? 0 : std::wcslen(devices.c_str())); // the first one counts
-    return {GetDriveTypeW((drive + L"\\").c_str()) == DRIVE_REMOTE, Utf8(devices)};
+    return {GetDriveTypeW((drive + L"\\").c_str()) == DRIVE_REMOTE, Utf8(devices), isUnknown};
 }
 
 // Puts the folder that a drive of "subst" stands for in the place of the drive.

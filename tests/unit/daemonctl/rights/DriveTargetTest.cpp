@@ -22,6 +22,11 @@ TEST(DriveTarget, A_network_drive_is_elsewhere)
     EXPECT_EQ(JudgeDrive({true, ""}), (DriveTarget{Kind::kElsewhere, ""}));
 }
 
+TEST(DriveTarget, A_drive_that_Windows_says_nothing_about_is_elsewhere)
+{
+    EXPECT_EQ(JudgeDrive({false, "", true}), (DriveTarget{Kind::kElsewhere, ""}));
+}
+
 TEST(DriveTarget, A_network_drive_that_is_not_connected_is_elsewhere)
 {
     EXPECT_EQ(JudgeDrive({false, R"(\Device\LanmanRedirector\;N:\server\share)"}),

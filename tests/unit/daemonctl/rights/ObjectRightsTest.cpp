@@ -92,7 +92,7 @@ TEST(ObjectRights, The_way_to_a_path_ends_at_the_root_of_its_drive)
     EXPECT_THAT(WayTo(""), IsEmpty());
 }
 
-// The drives S: and T: as "subst" makes them, and a network drive N:.
+// The drives O:, S:, T: and U: as "subst" makes them, and X:, which the system does not tell.
 DWORD(WINAPI* queryDevice)(LPCWSTR, LPWSTR, DWORD);
 DWORD WINAPI QueryFurtherDevice(LPCWSTR drive, LPWSTR device, DWORD size)
 {
@@ -102,6 +102,10 @@ DWORD WINAPI QueryFurtherDevice(LPCWSTR drive, LPWSTR device, DWORD size)
                                 : name == L"O:" ? L"\\??\\O:\\round"
                                 : name == L"U:" ? L"\\??\\N:\\below"
                                                 : L"";
+    if (name == L"X:") {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return 0;
+    }
     if (target.empty()) {
         return queryDevice(drive, device, size);
     }
@@ -124,6 +128,8 @@ TEST(ObjectRights, The_way_to_a_path_on_a_drive_of_subst_goes_through_the_folder
     EXPECT_THAT(WayTo("T:\\x"), ElementsAre("C:\\windows\\system32\\x", "C:\\windows\\system32",
                                             "C:\\windows", "C:\\"));
     EXPECT_THAT(WayTo("O:\\x"), IsEmpty()); // a circle
+    EXPECT_THAT(WayTo("X:\\x"), IsEmpty());
+    EXPECT_THAT(WayTo("Y:\\x"), ElementsAre("Y:\\x", "Y:\\")); // no such drive
 }
 
 TEST(ObjectRights, A_path_on_a_network_drive_lies_on_a_network)
