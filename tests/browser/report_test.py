@@ -117,14 +117,16 @@ def check_ranges(browser, page):
     return problems
 
 
-def check_print(browser, page):
-    """Returns the problems of the page on paper."""
+def check_print(browser, page, pictures):
+    """Returns the problems of the page on paper. Saves a picture of it if pictures names a folder."""
     browser.show(page, 800, 1100, "light")
     browser.call("Emulation.setEmulatedMedia", {"media": "print"})
     links = browser.evaluate(
         "getComputedStyle(document.querySelector('.ranges')).display")
     problems = [] if links == "none" else ["on paper there are links"]
     problems += ["on paper: " + problem for problem in browser.evaluate(CHECK)["problems"]]
+    if pictures:
+        browser.picture(os.path.join(pictures, "report_print.png"), True)
     browser.call("Emulation.setEmulatedMedia", {"media": ""})
     return problems
 
@@ -209,7 +211,7 @@ def main():
             if grounds["light"] == grounds["dark"]:
                 problems.append(name + " daemons: the light and the dark scheme have the same background")
             if name == "1":
-                problems += check_ranges(browser, page) + check_print(browser, page)
+                problems += check_ranges(browser, page) + check_print(browser, page, pictures)
         problems += check_live(browser, program, folder)
     print("\n".join(problems) or "12 pages checked, no problems found")
     return 1 if problems else 0

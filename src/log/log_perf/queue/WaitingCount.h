@@ -31,8 +31,8 @@ public:
 
     /// Marks the taker as awake after a wait, whatever has ended it. Taker only.
     /// @return false if an Add came first: the taker has taken one. That thread has released the
-    ///         kernel's semaphore or is about to. If something else has ended the wait, this release
-    ///         ends a later wait, in which nothing may have been added
+    ///         kernel's semaphore or is about to. If something else has ended the wait, this
+    ///         release ends a later wait, in which nothing may have been added
     [[nodiscard]] bool Wake() noexcept
     {
         long asleep = -1;
