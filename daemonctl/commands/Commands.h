@@ -20,7 +20,7 @@ using LogPath = std::function<std::string()>;
 /// Returns whether the supervisor of this machine runs.
 using SupervisorNow = std::function<SupervisorState()>;
 
-/// Returns whether record may write into a folder, UTF-8; prints the reason if not.
+/// Returns whether the command `record` may write into a folder, UTF-8; prints the reason if not.
 using FolderTrust = std::function<bool(const std::string& folder)>;
 
 /// Adds launch, attach and detach.

@@ -11,8 +11,9 @@ namespace vqrx::client::v0 {
 /// @param daemonId  of the program; the warnings name the command that stops it
 void WarnAboutProgram(const std::string& path, std::uint32_t daemonId);
 
-/// Waits until a daemon has run for two seconds, or until the time is over, and prints on standard
-/// output or standard error whether it runs then. A program that ends at once does not count.
+/// Waits until a daemon has run for two seconds, or until the limit, and prints on standard output
+/// or standard error whether it runs then. A program that ends at once does not count.
+/// @param seconds  the limit
 /// @return kDone: it runs; kNothingToDo: it does not; kNoSupervisor: the supervisor has ended
 /// @throws LogUnreadable
 [[nodiscard]] int WaitUntilItRuns(std::uint32_t daemonId, std::uint32_t seconds);

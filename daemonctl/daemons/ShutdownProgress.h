@@ -13,8 +13,8 @@ namespace vqrx::client::v0 {
 /// Describes, for people, how far the shutdown of the supervisor has come and what it waits for.
 /// Pure.
 /// @param timeline  of the log
-/// @param run       the run of the supervisor that ends, from before the order; nothing: the log
-///                  did not show it
+/// @param run       the run of the supervisor that ends, found in the log before the order to end
+///                  was given; nothing: the log did not show it
 [[nodiscard]] std::string DescribeShutdown(const Timeline& timeline,
                                            const std::optional<RunMark>& run);
 
@@ -28,8 +28,8 @@ namespace vqrx::client::v0 {
 /// 3 daemons run on without it". It states a number only if the log shows the end of this run.
 /// Pure.
 /// @param timeline  of the log
-/// @param run       the run of the supervisor that has ended, from before the order; nothing: the
-///                  log did not show it
+/// @param run       the run of the supervisor that has ended, found in the log before the order to
+///                  end was given; nothing: the log did not show it
 [[nodiscard]] std::string DescribeEnd(const Timeline& timeline, const std::optional<RunMark>& run);
 
 /// Names processes for people: "process 12 (C:\App\DaemonManager.exe), process 15". Pure.

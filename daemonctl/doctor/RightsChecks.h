@@ -11,7 +11,8 @@ namespace vqrx::client::v0 {
 /// A file or a folder whose content runs with the supervisor's rights or is believed, or a folder
 /// above it.
 struct PlaceFacts {
-    /// What the place is to the installation.
+    /// What the place is to the installation. "Nobody else" means: nobody but administrators, and
+    /// for the log and its folder also the account of the supervisor.
     enum class Role {
         kPrograms, ///< a folder of programs: nobody else may add or change anything
         kLogs,     ///< the folder of the log: nobody else may add or change anything
@@ -26,10 +27,12 @@ struct PlaceFacts {
 /// Who may change the places and the registry keys on which the supervisor relies.
 struct RightsFacts {
     TrustedSids administrators; ///< those who may change everything
-    /// The account of the supervisor, which may also write the log: that of the running one, else
-    /// the one that was noted for the machine. Empty: not known, or an administrator's.
+    /// The account of the supervisor, which may also write the log: the account of the running
+    /// supervisor, or else the account that was noted for the machine. Empty: not known, or an
+    /// administrator's.
     std::string supervisorSid;
-    /// In the order in which the rights are best repaired. What does not exist has error 2 or 3.
+    /// In the order in which the rights are best repaired. A place that does not exist is here,
+    /// too; its rights have error 2 or 3.
     std::vector<PlaceFacts> places;
     std::vector<std::string> unjudged; ///< paths on a network, whose rights prove nothing; UTF-8
     /// The keys of the firmware root, of the proxy/stub and of the guard, and those above them.
@@ -47,12 +50,11 @@ struct RightsFacts {
                                             const std::vector<std::string>& programs);
 
 /// The check "file-rights": whether only administrators can change what runs with the supervisor's
-/// rights, and whether only they and the supervisor's account can change the log. Pure, as is the
-/// next one.
+/// rights, and whether only they and the supervisor's account can change the log. Pure.
 [[nodiscard]] Finding JudgeFileRights(const RightsFacts& facts);
 
 /// The check "key-rights": whether only administrators can change the registry keys that name the
-/// firmware root and the proxy/stub.
+/// firmware root and the proxy/stub, and those that start the guard. Pure.
 [[nodiscard]] Finding JudgeKeyRights(const RightsFacts& facts);
 
 } // namespace vqrx::client::v0

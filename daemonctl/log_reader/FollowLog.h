@@ -14,7 +14,7 @@ namespace vqrx::client::v0 {
 struct FollowSettings {
     std::chrono::milliseconds period{200};    ///< between two reads of the file
     std::chrono::milliseconds patience{3000}; ///< longest time in which no read succeeds
-    /// Start after these records, which FindNew() gets; empty: at the oldest.
+    /// Start after these records, which FindNew() gets; empty: start at the oldest record.
     std::vector<Record> shown = {};
 };
 

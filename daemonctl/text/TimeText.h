@@ -19,6 +19,8 @@ namespace vqrx::client::v0 {
 ///   03:52                      today, local time
 ///   45s, 10m, 2h, 3d           this long before nowMs
 ///   today, yesterday           the beginning of that day, local time
+/// A day before now (1d) is 24 hours. "yesterday" is the day before in the calendar, also if the
+/// change to or from summer time gives it 23 or 25 hours.
 /// @param nowMs  the current time, milliseconds since 1970, UTC
 /// @return milliseconds since 1970, UTC; nothing for any other text and for dates that do not exist
 [[nodiscard]] std::optional<std::int64_t> ParseMoment(std::string_view text, std::int64_t nowMs);

@@ -30,12 +30,17 @@ concept Container = requires(T value)
     T{};
 };
 
-/// What Other can change.
+/// The types whose values Other() can change.
 template <typename T>
 concept Changeable = std::is_scalar_v<T> || kIsOptional<T> || Container<T>;
 
-/// Returns another value of the type: 1 for 0, 0 for 1, the opposite, the next number or
-/// enumerator, null, empty, or not empty.
+/// Returns another value of the type:
+/// - truth value: the opposite,
+/// - number: 1 for 0, 0 for 1, else the next number,
+/// - enumerator: number 1 for number 0, else the number before it,
+/// - C string: empty, or "x" for null and for an empty one; any other pointer: null,
+/// - optional: none, or a default value for none,
+/// - container: empty, or with one element if it was empty and can be resized.
 template <Changeable T>
 constexpr T Changed(const T& value)
 {

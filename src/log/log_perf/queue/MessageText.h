@@ -8,7 +8,7 @@
 
 namespace vqrx::log::log_perf::v2 {
 
-/// Greatest length of a message, characters. A longer one is cut.
+/// Greatest length of a message, bytes. A longer one is cut.
 inline constexpr std::size_t kMaxMessageLength = 1040;
 
 /// Turns a message into one line, in place: a line feed becomes a space, a carriage return is
