@@ -16,9 +16,11 @@ std::string HeadHtml(std::string_view source, std::uint32_t reloadSeconds)
     const std::string escaped = EscapeHtml(source);
     const std::string policy =
         reloadSeconds == 0 ? "" : std::string("; script-src '") + kReportScriptHash + "'";
-    const std::string reload = reloadSeconds == 0 ? ""
-                                                  : R"(<meta http-equiv="refresh" content=")" +
-                                                        std::to_string(reloadSeconds) + "\">\n";
+    // With scripts, the page's script reloads it.
+    const std::string reload = reloadSeconds == 0
+                                   ? ""
+                                   : R"(<noscript><meta http-equiv="refresh" content=")" +
+                                         std::to_string(reloadSeconds) + "\"></noscript>\n";
     return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
            "<meta http-equiv=\"Content-Security-Policy\" "

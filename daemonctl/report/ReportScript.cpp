@@ -15,10 +15,12 @@ const char* const kReportScript = R"js(
   };
   show();
   setInterval(show, 1000);
+  // A refresh by the page's head would lose the range that the reader chose.
+  setTimeout(() => location.reload(), Math.min(written.dataset.every * 1000, 2 ** 31 - 1));
 })();
 )js";
 
 // tests/browser/report_test.py fails if this is not the hash of the script above.
-const char* const kReportScriptHash = "sha256-DVKPHPsoq2Q83h8o6Kcsds9VxGxnsVGcTyi7YlcLzbQ=";
+const char* const kReportScriptHash = "sha256-dpPLmqeqdThwxrZNhkz7wYtkhjj3Qu1XBego6mL8+HU=";
 
 } // namespace vqrx::client::v0

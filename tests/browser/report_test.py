@@ -146,7 +146,7 @@ def wait_for(browser, expression, what):
 
 
 def check_live(browser, program, folder):
-    """A page that is written again and again reloads itself, keeps its place, and shows its age."""
+    """A page that is written again and again reloads itself, keeps its range and its place, and shows its age."""
     path = os.path.join(folder, "live.log")
     page = os.path.join(folder, "live.html")
     many().save(path)
@@ -161,10 +161,16 @@ def check_live(browser, program, folder):
         browser.show(page, 1600, 900, "light")
         wait_for(browser, "/^\\d+ s ago$/.test(document.getElementById('age').textContent)",
                  "the page shows its age")
+        browser.evaluate("location.hash = '#hour'")
+        wait_for(browser, "getComputedStyle(document.getElementById('hour')).display !== 'none'",
+                 "the page shows the last hour")
         browser.evaluate("window.scrollTo(0, 2000), window.before = true")
         wait_for(browser, "!window.before && document.readyState === 'complete'",
                  "the page reloads itself")
         wait_for(browser, "window.scrollY === 2000", "the page keeps its place")
+        shown = browser.evaluate("location.hash + ' ' + " + CHECK.strip() + ".shown")
+        if shown != "#hour hour":
+            problems.append("live: the page reloads itself as '%s', not as '#hour hour'" % shown)
     finally:
         writer.kill()
         writer.wait()

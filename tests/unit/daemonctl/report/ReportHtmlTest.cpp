@@ -46,7 +46,8 @@ TEST(ReportHtml, that_is_written_again_and_again_reloads_itself_and_shows_its_ag
     const auto model =
         MakeReportModel(BuildTimeline({}), {SupervisorState::kRunning, 1763265156000});
     const std::string page = ReportHtml(model, "a.log", 60, 10);
-    EXPECT_THAT(page, HasSubstr("<meta http-equiv=\"refresh\" content=\"10\">"));
+    EXPECT_THAT(page,
+                HasSubstr("<noscript><meta http-equiv=\"refresh\" content=\"10\"></noscript>"));
     EXPECT_THAT(page, HasSubstr("<time data-ms=\"1763265156000\" data-every=\"10\">"
                                 "2025-11-16 04:52:36 UTC+01:00</time>"));
     EXPECT_THAT(page, HasSubstr("<script>"));
