@@ -1,5 +1,6 @@
 #include "ReportModel.h"
 
+#include "DaemonStatus.h"
 #include "ExitReason.h"
 
 #include <algorithm>
@@ -43,7 +44,7 @@ std::string StateText(const DaemonHistory& daemon, const RunToShow& shown)
     case DaemonState::kEnded:
         return "ended";
     case DaemonState::kCannotStart:
-        return "cannot start";
+        return IsLookedAfter(daemon, shown.endMs) ? "cannot start" : "stopped";
     case DaemonState::kStopped:
         return "stopped";
     case DaemonState::kStopFailed:
@@ -85,11 +86,12 @@ void AddDaemon(LaneDraft& draft, const DaemonHistory& daemon, const RunToShow& r
     lane.ids.insert(daemon.id);
     draft.order = daemon.id;
     lane.state = StateText(daemon, run);
-    lane.isRegistered = daemon.IsRegistered() && !run.hasEnded;
+    const bool isLookedAfter = IsLookedAfter(daemon, run.endMs);
+    lane.isRegistered = isLookedAfter && !run.hasEnded;
     lane.recent = lane.isRegistered ? RestartsBefore(daemon, run.endMs) : RecentRestarts{};
     lane.restarts += daemon.Restarts();
     std::int64_t begin = run.endMs;
-    std::int64_t end = daemon.IsRegistered() ? run.endMs : begin;
+    std::int64_t end = daemon.IsRegistered() && !isLookedAfter ? daemon.failedStarts.back() : begin;
     double up = 0;
     for (const ProcessInterval& interval : daemon.intervals) {
         const ReportInterval shown{interval.startMs,
@@ -124,13 +126,15 @@ void AddRun(LaneDrafts& drafts, const RunToShow& shown)
         AddDaemon(drafts[{daemon.command, seen[daemon.command]++}], daemon, shown);
     }
     for (const auto& [command, failed] : shown.run.neverStarted) {
+        const bool isTried = WasTriedLately(failed, shown.endMs);
         LaneDraft& draft = drafts[{command, seen[command]++}];
         draft.lane.command = WithoutBlank(command);
-        draft.lane.state = "cannot start";
-        draft.lane.isRegistered = !shown.hasEnded;
+        draft.lane.state = isTried ? "cannot start" : "stopped";
+        draft.lane.isRegistered = isTried && !shown.hasEnded;
         draft.lane.failedStarts.insert(draft.lane.failedStarts.end(), failed.begin(), failed.end());
+        const std::int64_t endMs = isTried ? shown.endMs : failed.back();
         draft.registeredMs +=
-            static_cast<double>(std::max<std::int64_t>(0, shown.endMs - failed.front()));
+            static_cast<double>(std::max<std::int64_t>(0, endMs - failed.front()));
     }
 }
 

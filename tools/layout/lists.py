@@ -32,7 +32,7 @@ MAY_INCLUDE = {
     "daemonctl/output": ("daemonctl/text",),
     "daemonctl/log_reader": ("daemonctl/text", "src/system/ring_format", "src/system"),
     "daemonctl/history": ("daemonctl/log_reader",),
-    "daemonctl/report": ("daemonctl/history",),
+    "daemonctl/report": ("daemonctl/daemons", "daemonctl/history"),
     "daemonctl/process": ("daemonctl/text", "src/system"),
     "daemonctl/rights": ("daemonctl/text", "src/system"),
     "daemonctl/daemons": ("daemonctl/history", "daemonctl/process", "daemonctl/rights", "sdk",

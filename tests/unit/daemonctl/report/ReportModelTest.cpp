@@ -108,6 +108,32 @@ TEST(ReportModel, reaches_to_now_although_a_second_supervisor_was_refused)
     EXPECT_TRUE(model.gaps.empty()); // a supervisor ran all the time
 }
 
+// The supervisor logs nothing when a client stops a daemon whose starts fail.
+TEST(ReportModel, forgets_a_daemon_that_nobody_tried_to_start_for_16_seconds)
+{
+    const Log log = Log()
+                        .StartUp(100)
+                        .At(100, "Start DaemonId(0) PId(10) : a.exe ", 2)
+                        .At(110, "Exception caught in : Unknown (0x1)", 0)
+                        .At(110, "Unable to start DaemonId(0) PId(10) : a.exe ")
+                        .At(111, "Unable to start no.exe ")
+                        .At(120, "Unable to start DaemonId(0) PId(10) : a.exe ")
+                        .At(120, "Unable to start no.exe ");
+    const ReportModel tried = log.Model({SupervisorState::kRunning, 135000});
+    ASSERT_EQ(tried.lanes.size(), 2U);
+    const ReportModel stopped = log.Model({SupervisorState::kRunning, 136000});
+    ASSERT_EQ(stopped.lanes.size(), 2U);
+    for (const std::size_t lane : {0, 1}) {
+        SCOPED_TRACE(stopped.lanes[lane].command);
+        EXPECT_EQ(tried.lanes[lane].state, "cannot start");
+        EXPECT_TRUE(tried.lanes[lane].isRegistered);
+        EXPECT_EQ(stopped.lanes[lane].state, "stopped");
+        EXPECT_FALSE(stopped.lanes[lane].isRegistered);
+    }
+    EXPECT_EQ(tried.lanes[0].availability, 10.0 / 35); // of 100 to 135
+    EXPECT_EQ(stopped.lanes[0].availability, 0.5);     // of 100 to 120
+}
+
 TEST(ReportModel, ends_at_the_last_record_if_the_supervisor_does_not_run)
 {
     const ReportModel model = Log()
@@ -199,8 +225,8 @@ TEST(ReportModel, gives_a_daemon_that_never_started_a_lane)
 {
     const ReportModel model = Log()
                                   .StartUp(100)
-                                  .At(100, "Unable to start a.exe ")
-                                  .At(101, "Unable to start a.exe ")
+                                  .At(100, "Unable to start DaemonId(0) PId(10) : a.exe ")
+                                  .At(101, "Unable to start DaemonId(0) PId(10) : a.exe ")
                                   .Model();
     ASSERT_EQ(model.lanes.size(), 1U);
     EXPECT_THAT(model.lanes[0].ids, IsEmpty());
