@@ -29,6 +29,13 @@ using log::i_logger::v0::kLevelWarning;
 
 constexpr const char* kNothingLaunched = "Fleet: nothing was launched";
 
+void LogIfNew(const TakeOverOrder& order, GuardLog& log, int level, const std::string& text)
+{
+    if (order.records->Notice(text)) {
+        log.Log(level, text);
+    }
+}
+
 // One try of a hand-over.
 class TakingOver {
 public:
@@ -50,10 +57,12 @@ public:
         const bool hasFleet = ReadFleet();
         const bool isHandedOver = HandDaemonsOver(supervisor);
         StopIfUnshown(); // apply would find the same processes
-        return (hasFleet ? Apply(supervisor) : !isUnreadable_) && isHandedOver;
+        return (hasFleet ? Apply(supervisor) : !hasFaults_) && isHandedOver;
     }
 
 private:
+    void Log(int level, const std::string& text) const { LogIfNew(order_, log_, level, text); }
+
     void StopIfAbandoned() const
     {
         if (*order_.isAbandoned) {
@@ -84,7 +93,7 @@ private:
     {
         const auto at = [this, prefix](int level) {
             return [this, prefix, level](const std::string& line) {
-                log_.Log(level, prefix + line);
+                Log(level, prefix + line);
                 StopIfAbandoned();
             };
         };
@@ -98,7 +107,7 @@ private:
         if (processes.Running().size() <= 1) {
             return;
         }
-        log_.Log(kLevelInformation, "Hand-over: waits until the former supervisor has ended");
+        Log(kLevelInformation, "Hand-over: waits until the former supervisor has ended");
         if (!processes.WaitUntilAtMost(1, kSupervisorEndMs)) {
             throw std::runtime_error("the former supervisor still runs");
         }
@@ -110,35 +119,34 @@ private:
     {
         const FilePresence presence = PresenceOf(order_.fleet);
         if (!order_.fleetNamed && presence == FilePresence::kMissing) {
-            log_.Log(kLevelInformation, "Fleet: there is no " + order_.fleet);
+            Log(kLevelInformation, "Fleet: there is no " + order_.fleet);
             return false;
         }
         if (presence != FilePresence::kThere) { // nobody knows who may write it, so it is not read
-            isUnreadable_ = true;
             return HasNoFaults({order_.fleet + " cannot be read"});
         }
         // Before the file is read: others cannot change a file that is found sound.
         if (!CanBelieve("Fleet: ", order_.fleet)) {
-            log_.Log(kLevelError, kNothingLaunched);
+            Log(kLevelError, kNothingLaunched);
             return false;
         }
         try {
             fleet_ = ParseExpectFile(ReadTextFile(order_.fleet));
         } catch (const std::runtime_error& error) {
-            isUnreadable_ = true;
             return HasNoFaults({error.what()});
         }
         return HasNoFaults(fleet_.errors);
     }
 
     // Logs the faults of the fleet file. @return whether there are none
-    bool HasNoFaults(const std::vector<std::string>& faults) const
+    bool HasNoFaults(const std::vector<std::string>& faults)
     {
+        hasFaults_ = !faults.empty();
         for (const std::string& fault : faults) {
-            log_.Log(kLevelError, "Fleet: " + order_.fleet + ", " + fault);
+            Log(kLevelError, "Fleet: " + order_.fleet + ", " + fault);
         }
         if (!faults.empty()) {
-            log_.Log(kLevelError, kNothingLaunched);
+            Log(kLevelError, kNothingLaunched);
         }
         return faults.empty();
     }
@@ -161,11 +169,11 @@ private:
         const std::vector<std::string> weaknesses =
             IsElevated() ? WeaknessesOfSource(path) : std::vector<std::string>();
         for (const std::string& weakness : weaknesses) {
-            log_.Log(order_.trust ? kLevelWarning : kLevelError,
-                     what +
-                         (order_.trust ? "believes a file that others may write: "
-                                       : "does not believe a file that others may write: ") +
-                         weakness);
+            Log(order_.trust ? kLevelWarning : kLevelError,
+                what +
+                    (order_.trust ? "believes a file that others may write: "
+                                  : "does not believe a file that others may write: ") +
+                    weakness);
         }
         return order_.trust || weaknesses.empty();
     }
@@ -174,22 +182,22 @@ private:
     bool HandDaemonsOver(SupervisorClient& supervisor)
     {
         if (!CanBelieve("Hand-over: ", DefaultLogPath())) {
-            log_.Log(kLevelError, "Hand-over: nothing was attached. When only administrators may "
-                                  "write the log: daemonctl reattach");
+            Log(kLevelError, "Hand-over: nothing was attached. When only administrators may "
+                             "write the log: daemonctl reattach");
             return true; // no later try can mend it: somebody must change the rights of the log
         }
         HandOverOptions options;
         options.fleet = fleet_.programs;
         options.formerSupervisors = order_.formerSupervisors;
         const HandOverCount count = HandOver(supervisor, options, ReporterFor("Hand-over: "));
-        log_.Log(kLevelInformation, "Hand-over: " + DescribeCount(count, false));
+        Log(kLevelInformation, "Hand-over: " + DescribeCount(count, false));
         *order_.unshownId = count.unshownId;
         refused_ = count.refused;
         return refused_.empty();
     }
 
     // @return false if a later try may do what failed now
-    bool Apply(SupervisorClient& supervisor) const
+    bool Apply(SupervisorClient& supervisor)
     {
         const Reporter reporter = ReporterFor("Fleet: ");
         const HandOverLock lock(HandOverLockPath(), reporter, kHandOverPatienceMs);
@@ -198,11 +206,11 @@ private:
         source.attachedKnown = run.beginningSeen;
         const FleetPlan plan = PlanFleet(fleet_.programs, daemons, source);
         if (!HasNoFaults(plan.errors)) {
-            return true; // a person must mend the file
+            return false; // the service manager may answer later, or a person may mend the file
         }
         const ApplyOptions options;
         const AppliedCount count = ApplyFleet(supervisor, plan, daemons, options, reporter);
-        log_.Log(kLevelInformation, "Fleet: " + DescribeCount(count, options));
+        Log(kLevelInformation, "Fleet: " + DescribeCount(count, options));
         *order_.unshownId = count.unshownId;
         return count.failed == 0;
     }
@@ -210,7 +218,7 @@ private:
     const TakeOverOrder& order_;
     GuardLog& log_;
     ExpectFile fleet_;
-    bool isUnreadable_ = false;
+    bool hasFaults_ = false;             // the fleet file, as it is now: somebody may mend it
     std::vector<std::uint32_t> refused_; // processes that run and could not be handed over
 };
 
@@ -219,10 +227,12 @@ private:
 bool TakeOver(const TakeOverOrder& order, GuardLog& log) noexcept
 {
     try {
+        order.records->BeginTry();
         try {
             return TakingOver(order, log).Run();
         } catch (const std::exception& exception) {
-            log.Log(kLevelError, std::string("Hand-over: given up: ") + exception.what());
+            LogIfNew(order, log, kLevelError,
+                     std::string("Hand-over: given up: ") + exception.what());
         }
     } catch (...) { // NOLINT(bugprone-empty-catch): memory ran out; the next try reports it
     }

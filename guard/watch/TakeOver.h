@@ -2,6 +2,7 @@
 
 #include "FormerChildren.h"
 #include "GuardLog.h"
+#include "TryRecords.h"
 
 #include <atomic>
 #include <cstdint>
@@ -29,9 +30,12 @@ struct TakeOverOrder {
     /// TakeOver() attaches nothing until the log shows it. Never null; one thread at a time.
     std::shared_ptr<std::optional<std::uint32_t>> unshownId =
         std::make_shared<std::optional<std::uint32_t>>();
+    /// What the tries for this supervisor logged. Never null; one thread at a time.
+    std::shared_ptr<TryRecords> records = std::make_shared<TryRecords>();
 };
 
-/// Gives the running supervisor its daemons. Logs each step. Catches its exceptions.
+/// Gives the running supervisor its daemons. Logs each step that differs from the try before.
+/// Catches its exceptions.
 /// 1. Waits until the process of a former supervisor has ended, at most two minutes.
 /// 2. Attaches the daemons of former supervisors that still run.
 /// 3. Launches the programs of the fleet file that do not run.

@@ -3,14 +3,10 @@
 #include <utility>
 
 namespace vqrx::guard::v0 {
-namespace {
 
-constexpr unsigned kMostTries = 10;
-
-} // namespace
-
-TakeOverTask::TakeOverTask(std::shared_ptr<GuardLog> log)
+TakeOverTask::TakeOverTask(std::shared_ptr<GuardLog> log, DWORD longestMs)
     : log_(std::move(log))
+    , longestMs_(longestMs)
 {
 }
 
@@ -20,15 +16,12 @@ void TakeOverTask::Begin(TakeOverOrder order)
     order_ = std::move(order);
     isAbandoned_ = std::make_shared<std::atomic<bool>>(false);
     order_.isAbandoned = isAbandoned_;
-    delays_ = {};
-    static_cast<void>(delays_.NextMs(GetTickCount64())); // the first try is at once
-    tries_ = 0;
+    tries_ = TakeOverTries(longestMs_);
     BeginTry();
 }
 
 void TakeOverTask::BeginTry()
 {
-    ++tries_;
     tryAgainTick_ = 0;
     isComplete_ = std::make_shared<std::atomic<bool>>(false);
     task_ = BackgroundTask([order = order_, log = log_, isComplete = isComplete_] {
@@ -43,14 +36,12 @@ void TakeOverTask::TryAgain()
     }
     const ULONGLONG now = GetTickCount64();
     if (tryAgainTick_ == 0) {
-        if (tries_ == kMostTries) {
+        tryAgainTick_ = now + tries_.NextMs();
+        if (tries_.IsToBeReported()) {
             log_->Log(log::i_logger::v0::kLevelError,
-                      "Hand-over: not complete, and not tried again before the next start of the "
-                      "supervisor or the guard");
-            *isComplete_ = true;
-            return;
+                      "Hand-over: not complete after 10 tries; tried again every minute, after an "
+                      "hour every 10 minutes; the log shows what changes");
         }
-        tryAgainTick_ = now + delays_.NextMs(now);
     } else if (now >= tryAgainTick_) {
         BeginTry();
     }

@@ -2,8 +2,8 @@
 
 #include "BackgroundTask.h"
 #include "GuardLog.h"
-#include "StartDelays.h"
 #include "TakeOver.h"
+#include "TakeOverTries.h"
 
 #include <windows.h>
 
@@ -13,12 +13,13 @@
 namespace vqrx::guard::v0 {
 
 /// Hands over on a thread of its own, so that the watch goes on meanwhile. If a hand-over is not
-/// complete, for example because WMI is not ready after power-on, tries again after 1, 2, 4, ... at
-/// most 60 seconds, ten times. All functions on one thread.
+/// complete, for example because WMI is not ready after power-on, tries again without end, see
+/// TakeOverTries. All functions on one thread.
 class TakeOverTask {
 public:
-    /// @param log  shared with the thread, which may run on after this object
-    explicit TakeOverTask(std::shared_ptr<GuardLog> log);
+    /// @param log        shared with the thread, which may run on after this object
+    /// @param longestMs  see TakeOverTries
+    TakeOverTask(std::shared_ptr<GuardLog> log, DWORD longestMs);
 
     /// Begins the first try for a supervisor that has just been published.
     /// @param order  its isAbandoned is replaced: Abandon sets it
@@ -42,8 +43,8 @@ private:
     std::shared_ptr<std::atomic<bool>> isAbandoned_ = std::make_shared<std::atomic<bool>>(true);
     std::shared_ptr<std::atomic<bool>> isComplete_ = std::make_shared<std::atomic<bool>>(true);
     BackgroundTask task_;
-    StartDelays delays_;         // between two tries
-    unsigned tries_ = 0;         // for this supervisor
+    DWORD longestMs_;
+    TakeOverTries tries_;        // for this supervisor
     ULONGLONG tryAgainTick_ = 0; // of the next try; 0: none is planned
 };
 

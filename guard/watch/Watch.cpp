@@ -68,7 +68,7 @@ Watch::Watch(WatchSettings settings, std::shared_ptr<GuardLog> log, HANDLE stop)
     : settings_(std::move(settings))
     , log_(std::move(log))
     , stop_(stop)
-    , takeOver_(log_)
+    , takeOver_(log_, settings_.times.tryAgainMs)
 {
 }
 

@@ -27,6 +27,7 @@ struct WatchTimes {
     DWORD answerMs = 10000;        ///< the longest wait for the answer to a check
     DWORD stillStartingMs = 10000; ///< until the log says that the supervisor is not published yet
     DWORD staleMs = 5000;          ///< for the publication of an ended supervisor to vanish
+    DWORD tryAgainMs = 60000;      ///< the longest wait between two tries, see TakeOverTries
     DWORD exitMs = client::v0::kSupervisorEndMs; ///< for the supervisor to end after an order
 };
 

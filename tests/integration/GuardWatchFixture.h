@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -40,6 +41,7 @@ protected:
         settings.times.checkMs = 100;
         settings.times.answerMs = 1000;
         settings.times.stillStartingMs = 100;
+        settings.times.tryAgainMs = tryAgainMs_;
         settings.onEnding = [this] { ++endings_; };
         thread_ = std::thread([this, settings] {
             const system::com::v1::ComApartment apartment;
@@ -55,11 +57,14 @@ protected:
         }
     }
 
-    bool Logged(const std::string& text) const
+    bool Logged(const std::string& text) const { return CountOfRecords(text) != 0; }
+
+    // Returns how many records of the guard's log are this text.
+    std::ptrdiff_t CountOfRecords(const std::string& text) const
     {
         const auto log = ReadRingFile(machine_.GuardLog());
-        return std::any_of(log.begin(), log.end(),
-                           [&](const RingRecord& record) { return record.text == text; });
+        return std::count_if(log.begin(), log.end(),
+                             [&](const RingRecord& record) { return record.text == text; });
     }
 
     std::string Dump() const { return machine_.Root() + "\\Logs\\DaemonManager.dmp"; }
@@ -68,6 +73,7 @@ protected:
     std::shared_ptr<guard::v0::GuardLog> log_;
     const system::win32::v1::UniqueKernelHandle stop_{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     int endings_ = 0;
+    DWORD tryAgainMs_ = guard::v0::WatchTimes().tryAgainMs; // of the watch that is started next
     std::thread thread_;
 };
 

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <filesystem>
 #include <string>
 #include <thread>
 
@@ -153,6 +154,31 @@ TEST_F(GuardWatch, Object_of_another_program_is_not_taken_for_that_of_a_supervis
               "");
     StopWatch();
     EXPECT_EQ(impostor.Calls(), 0);
+}
+
+TEST_F(GuardWatch, Fleet_file_that_is_mended_after_many_tries_is_applied)
+{
+    tryAgainMs_ = 100;
+    machine_.WriteFleet("\"x\n");
+    StartWatch();
+    EXPECT_NE(machine_.WaitForGuardLog("Hand-over: not complete after 10 tries; tried again every "
+                                       "minute, after an hour every 10 minutes"),
+              "");
+    EXPECT_EQ(CountOfRecords("Fleet: nothing was launched"), 1);
+    machine_.WriteFleet(TestProgram("no_windows") + "\n");
+    EXPECT_NE(machine_.WaitForGuardLog("Fleet: 1 launched, 0 attached, 0 there already, 0 not"),
+              "");
+}
+
+TEST_F(GuardWatch, Program_that_comes_to_the_folder_later_is_launched)
+{
+    tryAgainMs_ = 100;
+    machine_.WriteFleet("no_windows.exe\n");
+    StartWatch();
+    ASSERT_NE(machine_.WaitForGuardLog("Fleet: nothing was launched"), "");
+    std::filesystem::copy_file(TestProgram("no_windows"), machine_.App() + "\\no_windows.exe");
+    EXPECT_NE(machine_.WaitForGuardLog("Fleet: 1 launched, 0 attached, 0 there already, 0 not"),
+              "");
 }
 
 TEST_F(GuardWatch, Program_that_is_missing_is_reported_and_tried_again)
