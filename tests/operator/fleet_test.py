@@ -99,6 +99,25 @@ def watch(appliance, folder, prometheus):
     wait_until(lambda: prometheus.values("daemonmanager_up") == [1], "the supervisor is back")
 
 
+def test_damaged_logs(dashboard, folder):
+    """The dashboard counts logs that are damaged and logs that cannot be read."""
+    expression, = [panel["targets"][0]["expr"] for panel in dashboard["panels"]
+                   if panel["title"] == "Damaged logs"]
+    readable = 'daemonmanager_log_readable{instance="%s"}'
+    damaged = 'daemonmanager_log_damaged{instance="%s"}'
+    test = folder / "dashboard_test.yml"
+    test.write_text(json.dumps({"tests": [{
+        "interval": "15s",
+        "input_series": [{"series": readable % "sound", "values": "1+0x4"},
+                         {"series": damaged % "sound", "values": "0+0x4"},
+                         {"series": readable % "damaged", "values": "1+0x4"},
+                         {"series": damaged % "damaged", "values": "1+0x4"},
+                         {"series": readable % "unreadable", "values": "0+0x4"}],
+        "promql_expr_test": [{"expr": expression.replace("$instance", ".*"), "eval_time": "1m",
+                              "exp_samples": [{"labels": "{}", "value": 2}]}]}]}))
+    promtool("test", "rules", test)
+
+
 def main():
     for program in ("promtool", "prometheus", "prometheus-node-exporter"):
         assert shutil.which(program), f"{program} is not installed"
@@ -107,6 +126,7 @@ def main():
     dashboard = json.loads((SOURCE / "docs/fleet/dashboard.json").read_text())
     with tempfile.TemporaryDirectory(prefix="dm_fleet_") as name, Appliance(sys.argv[1]) as appliance:
         folder = pathlib.Path(name)
+        test_damaged_logs(dashboard, folder)
         exporter_port, port = free_port(), free_port()
         (folder / "prometheus.yml").write_text(json.dumps({
             "global": {"scrape_interval": "1s", "evaluation_interval": "1s"},
