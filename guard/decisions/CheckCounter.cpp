@@ -4,10 +4,25 @@ namespace vqrx::guard::v0 {
 
 bool CheckCounter::Notice(CheckResult result) noexcept
 {
-    count_ = result == last_ ? count_ + 1 : 1;
+    if (result == CheckResult::kAnswers) {
+        counts_ = {};
+    }
+    ++counts_[static_cast<std::size_t>(result)];
     last_ = result;
     const std::uint32_t limit = Limit(result);
-    return limit != 0 && count_ >= limit;
+    return limit != 0 && Count() >= limit;
+}
+
+std::uint32_t CheckCounter::Count() const noexcept
+{
+    const auto countOf = [this](CheckResult result) {
+        return counts_[static_cast<std::size_t>(result)];
+    };
+    if (last_ == CheckResult::kBusy || last_ == CheckResult::kWithdrawn) {
+        return countOf(CheckResult::kSilent) + countOf(CheckResult::kBusy) +
+               countOf(CheckResult::kWithdrawn);
+    }
+    return countOf(last_);
 }
 
 std::uint32_t CheckCounter::Limit(CheckResult result) noexcept

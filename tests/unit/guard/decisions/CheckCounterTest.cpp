@@ -38,17 +38,42 @@ TEST(CheckCounter, Supervisor_that_answers_or_cannot_be_asked_does_not_hang)
     EXPECT_EQ(ChecksUntilHang(CheckResult::kStranger), 0);
 }
 
-TEST(CheckCounter, Only_checks_one_after_the_other_count)
+TEST(CheckCounter, An_answer_begins_the_counts_again)
 {
     CheckCounter counter;
-    for (const CheckResult between :
-         {CheckResult::kAnswers, CheckResult::kBusy, CheckResult::kUnknown}) {
+    for (int round = 0; round < 3; ++round) {
         EXPECT_FALSE(counter.Notice(CheckResult::kSilent));
         EXPECT_FALSE(counter.Notice(CheckResult::kSilent));
         EXPECT_EQ(counter.Count(), 2U);
-        EXPECT_FALSE(counter.Notice(between));
-        EXPECT_EQ(counter.Count(), 1U);
+        EXPECT_FALSE(counter.Notice(CheckResult::kAnswers));
     }
+}
+
+TEST(CheckCounter, Other_bad_results_do_not_begin_the_count_of_silent_checks_again)
+{
+    for (const CheckResult between : {CheckResult::kBusy, CheckResult::kWithdrawn,
+                                      CheckResult::kStranger, CheckResult::kUnknown}) {
+        CheckCounter counter;
+        EXPECT_FALSE(counter.Notice(CheckResult::kSilent));
+        EXPECT_FALSE(counter.Notice(between));
+        EXPECT_FALSE(counter.Notice(CheckResult::kSilent));
+        EXPECT_EQ(counter.Count(), 2U);
+        EXPECT_FALSE(counter.Notice(between));
+        EXPECT_TRUE(counter.Notice(CheckResult::kSilent));
+        EXPECT_EQ(counter.Count(), 3U);
+    }
+}
+
+TEST(CheckCounter, Supervisor_that_is_busy_and_withdrawn_in_turn_hangs_after_fifteen_checks)
+{
+    CheckCounter counter;
+    EXPECT_FALSE(counter.Notice(CheckResult::kSilent));
+    for (int checks = 2; checks < 15; ++checks) {
+        EXPECT_FALSE(
+            counter.Notice(checks % 2 == 0 ? CheckResult::kBusy : CheckResult::kWithdrawn));
+    }
+    EXPECT_EQ(counter.Count(), 14U);
+    EXPECT_TRUE(counter.Notice(CheckResult::kBusy));
 }
 
 } // namespace
