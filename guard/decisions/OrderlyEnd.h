@@ -3,6 +3,7 @@
 #include "Record.h"
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace vqrx::guard::v0 {
@@ -10,9 +11,13 @@ namespace vqrx::guard::v0 {
 /// A supervisor's process that has ended.
 struct EndedSupervisor {
     std::int64_t createdMs = 0; ///< start of the process, milliseconds since 1970, UTC
-    /// When the watch began, milliseconds since 1970, UTC. An order that is older is not about this
-    /// watch: somebody ended the supervisor and then started the guard.
-    std::int64_t watchedSinceMs = 0;
+    /// Whether the guard started the process.
+    bool wasStarted = false;
+    /// The last record of the log before the guard started the process, or before the watch began
+    /// over a process that the guard found. Nothing: the log had no record. The clock may be set
+    /// while the process runs, or may be years late after an empty battery. So the place of a
+    /// record in the log shows what came first, and not its time.
+    std::optional<client::v0::Record> lastBefore;
     std::uint32_t exitCode = 0; ///< of the process
     bool wasPublished = false;  ///< it was seen published, so its start was complete
 };
@@ -26,6 +31,11 @@ struct EndedSupervisor {
 /// - "Deamon Thread is exiting...", and the process was published and ended with exit code 0 or
 ///   with 2, the code of a shutdown that was given up; or
 /// - that a shutdown was given up, and the exit code is 2.
+/// Of a process that the guard started, the records after EndedSupervisor::lastBefore count. Of one
+/// that it found, an order counts only after that record: an older order is not about this watch,
+/// somebody ended the supervisor and then started the guard. If the log no longer holds that
+/// record, all records came after it.
+///
 /// A start that fails also logs "Deamon Thread is exiting...". It is no ordered end. A supervisor
 /// that was started beside this one, and was refused, logs it into the same file; nor is that one.
 /// @param records  of the supervisor's log, read after the end

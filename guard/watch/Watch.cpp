@@ -1,10 +1,8 @@
 #include "Watch.h"
 
-#include "InstalledPaths.h"
-#include "LogFile.h"
 #include "OrderlyEnd.h"
 #include "SupervisorEnd.h"
-#include "TimeText.h"
+#include "SupervisorRecords.h"
 
 #include <array>
 #include <chrono>
@@ -36,15 +34,6 @@ std::string Seconds(std::uint64_t milliseconds)
     return std::to_string(milliseconds / 1000) + " s";
 }
 
-std::vector<client::v0::Record> RecordsOfSupervisor()
-{
-    try {
-        return client::v0::ReadLogFile(client::v0::DefaultLogPath());
-    } catch (const std::exception&) {
-        return {}; // without a log nothing shows an order
-    }
-}
-
 SupervisorCheck Check(SupervisorChecker& checker, DWORD limitMs)
 {
     try {
@@ -74,7 +63,7 @@ Watch::Watch(WatchSettings settings, std::shared_ptr<GuardLog> log, HANDLE stop)
 
 void Watch::Run()
 {
-    sinceMs_ = client::v0::NowMs();
+    lastBefore_ = LastRecordOfSupervisor();
     for (;;) {
         SupervisorProgram supervisor;
         if (FindOrStart(supervisor)) {
@@ -97,9 +86,12 @@ bool Watch::FindOrStart(SupervisorProgram& supervisor)
     try {
         if (auto found = FindSupervisor(settings_.program)) {
             supervisor = std::move(*found);
+            wasStarted_ = false;
             Log(kLevelInformation, "Supervisor runs already: " + NameOf(supervisor));
         } else {
             AwaitStalePublication();
+            wasStarted_ = true;
+            lastBefore_ = LastRecordOfSupervisor();
             supervisor = StartSupervisor(settings_.program, settings_.showConsole);
             Log(kLevelInformation, "Supervisor started: " + NameOf(supervisor));
         }
@@ -256,7 +248,8 @@ Watch::End Watch::JudgeEnd(const SupervisorProgram& supervisor, bool wasPublishe
     takeOver_.Abandon();
     EndedSupervisor ended;
     ended.createdMs = supervisor.createdMs;
-    ended.watchedSinceMs = sinceMs_;
+    ended.wasStarted = wasStarted_;
+    ended.lastBefore = lastBefore_;
     ended.exitCode = ExitCodeOf(supervisor);
     ended.wasPublished = wasPublished;
     if (WasOrdered(ended, RecordsOfSupervisor())) {

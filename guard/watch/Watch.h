@@ -3,6 +3,7 @@
 #include "CheckCounter.h"
 #include "FormerChildren.h"
 #include "GuardLog.h"
+#include "Record.h"
 #include "StartDelays.h"
 #include "SupervisorCheck.h"
 #include "SupervisorProcesses.h"
@@ -84,7 +85,9 @@ private:
     WatchSettings settings_;
     std::shared_ptr<GuardLog> log_;
     HANDLE stop_;
-    std::int64_t sinceMs_ = 0; // beginning of the watch, milliseconds since 1970, UTC
+    // See EndedSupervisor. Of the supervisor that is watched.
+    bool wasStarted_ = false;
+    std::optional<client::v0::Record> lastBefore_;
     StartDelays delays_;
     std::vector<client::v0::FormerSupervisor> former_; // that ended while this watch ran
     TakeOverTask takeOver_;

@@ -13,6 +13,7 @@ using guard::v0::EndedSupervisor;
 using guard::v0::WasOrdered;
 
 constexpr std::int64_t kCreatedMs = 1'000'000'000'000;
+constexpr std::int64_t kYearMs = 365LL * 24 * 3600 * 1000;
 
 // Makes records that are one second apart. The first one is written 100 ms after the creation of
 // the supervisor.
@@ -29,10 +30,23 @@ std::vector<client::v0::Record> Records(const std::vector<std::string>& texts,
     return records;
 }
 
-// Makes a supervisor that ended while a guard watched it from its creation on.
+// Makes a supervisor that a guard found and watched from its creation on.
 EndedSupervisor Ended(std::uint32_t exitCode, bool wasPublished)
 {
-    return {kCreatedMs, kCreatedMs, exitCode, wasPublished};
+    return {kCreatedMs, false, {}, exitCode, wasPublished};
+}
+
+// Makes a published supervisor with exit code 0 that a guard started after these records.
+EndedSupervisor StartedAfter(const std::vector<client::v0::Record>& records)
+{
+    return {kCreatedMs, true, records.back(), 0, true};
+}
+
+std::vector<client::v0::Record> operator+(std::vector<client::v0::Record> first,
+                                          const std::vector<client::v0::Record>& second)
+{
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
 }
 
 const std::string kStarted = "Deamon Thread started";
@@ -104,11 +118,42 @@ TEST(OrderlyEnd, Next_supervisor_that_has_started_already_does_not_hide_the_orde
 TEST(OrderlyEnd, Order_from_before_the_watch_does_not_count)
 {
     // Somebody ended the supervisor and then started the guard, which found it ending.
+    const auto records = Records({kStarted, "Exit", kEnding});
     EndedSupervisor ended = Ended(0, false);
-    ended.watchedSinceMs = kCreatedMs + 5000;
-    EXPECT_FALSE(WasOrdered(ended, Records({kStarted, "Exit", kEnding})));
-    ended.watchedSinceMs = kCreatedMs + 1100; // the time of the record
-    EXPECT_TRUE(WasOrdered(ended, Records({kStarted, "Exit", kEnding})));
+    ended.lastBefore = records[1];
+    EXPECT_FALSE(WasOrdered(ended, records));
+    ended.lastBefore = records[0];
+    EXPECT_TRUE(WasOrdered(ended, records));
+}
+
+// The battery of the clock is empty: the log is from the future.
+TEST(OrderlyEnd, Records_from_before_the_start_do_not_count_if_the_clock_is_late)
+{
+    const auto old = Records({kStarted, "Exit", kEnding}, kCreatedMs + kYearMs);
+    EXPECT_FALSE(WasOrdered(StartedAfter(old), old));
+    EXPECT_FALSE(WasOrdered(StartedAfter(old), old + Records({kStarted})));
+    EXPECT_TRUE(WasOrdered(StartedAfter(old), old + Records({kStarted, "Exit", kEnding})));
+    EXPECT_TRUE(WasOrdered(StartedAfter(old), old + Records({kStarted, kEnding})));
+}
+
+TEST(OrderlyEnd, Earlier_start_in_the_log_begins_the_records_of_a_found_supervisor_anew)
+{
+    const auto old = Records({kStarted, "Exit", kEnding}, kCreatedMs + kYearMs);
+    EXPECT_FALSE(WasOrdered(Ended(0, true), old + Records({kStarted})));
+    EXPECT_TRUE(WasOrdered(Ended(0, true), old + Records({kStarted, "Exit", kEnding})));
+}
+
+TEST(OrderlyEnd, Clock_that_is_set_back_during_the_start_hides_no_order)
+{
+    const auto old = Records({kStarted, kEnding}, kCreatedMs - 60000);
+    EXPECT_TRUE(
+        WasOrdered(StartedAfter(old), old + Records({kStarted, "Exit"}, kCreatedMs - 20000)));
+}
+
+TEST(OrderlyEnd, All_records_count_if_the_log_no_longer_holds_the_last_one_before_the_start)
+{
+    const auto old = Records({kStarted, kEnding}, kCreatedMs - 60000);
+    EXPECT_TRUE(WasOrdered(StartedAfter(old), Records({"Exit", kEnding})));
 }
 
 } // namespace
