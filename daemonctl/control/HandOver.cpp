@@ -164,7 +164,7 @@ HandOverCount HandOver(SupervisorClient& supervisor, const HandOverOptions& opti
     if (!options.dryRun) {
         lock.emplace(HandOverLockPath(), reporter, kHandOverPatienceMs);
     }
-    Timeline timeline = ReadTimelineOfRunning();
+    Timeline timeline = ReadTimelineOfRunning(options.lastNumberBefore);
     if (!options.formerLog.empty()) {
         timeline = ReadTimelineAfter(options.formerLog);
     }

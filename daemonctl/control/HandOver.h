@@ -27,6 +27,8 @@ struct HandOverOptions {
     std::string formerLog;
     /// May change the plan before it is carried out; empty: nobody looks at it.
     std::function<void(std::vector<FormerDaemon>&)> review;
+    /// See StartOfSupervisor; nothing: the caller did not start the supervisor.
+    std::optional<std::int64_t> lastNumberBefore;
     bool dryRun = false; ///< report what would be done, and do nothing
 };
 

@@ -1,6 +1,7 @@
 #include "WaitForLog.h"
 
 #include "ProcessList.h"
+#include "RunOfProcess.h"
 #include "SupervisorProcesses.h"
 #include "ThisMachine.h"
 #include "TimeText.h"
@@ -11,9 +12,6 @@ namespace vqrx::client::v0 {
 namespace {
 
 constexpr DWORD kReadAgainMs = 100;
-
-// Windows and the supervisor read the time of a start from clocks of different resolution.
-constexpr std::int64_t kStartGrainMs = 1000;
 
 // Returns when the process of the running supervisor was created; 0 if this user may not examine
 // it, or if Windows does not list the processes.
@@ -29,14 +27,14 @@ std::int64_t SupervisorCreatedMs()
 
 } // namespace
 
-Timeline ReadTimelineOfRunning()
+Timeline ReadTimelineOfRunning(std::optional<std::int64_t> lastNumberBefore)
 {
-    const std::int64_t createdMs = SupervisorCreatedMs();
+    const StartOfSupervisor started{SupervisorCreatedMs(), lastNumberBefore};
     const ULONGLONG start = GetTickCount64();
     for (;;) {
         Timeline timeline = ReadTimeline();
         const SupervisorRun* const run = RunThatGoesOn(timeline);
-        if (run != nullptr && run->startedMs.value_or(run->firstMs) + kStartGrainMs >= createdMs) {
+        if (run != nullptr && IsRunOf(*run, started)) {
             return timeline;
         }
         if (GetTickCount64() - start > kLogPatienceMs) {
@@ -46,9 +44,10 @@ Timeline ReadTimelineOfRunning()
     }
 }
 
-DaemonsNow ReadDaemonsOfRunning(const std::vector<ProcessFacts>& children)
+DaemonsNow ReadDaemonsOfRunning(const std::vector<ProcessFacts>& children,
+                                std::optional<std::int64_t> lastNumberBefore)
 {
-    return DaemonsIn(ReadTimelineOfRunning(), children);
+    return DaemonsIn(ReadTimelineOfRunning(lastNumberBefore), children);
 }
 
 bool WaitForLog(const std::function<bool(const SupervisorRun& run)>& isShown)

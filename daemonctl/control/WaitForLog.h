@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace vqrx::client::v0 {
@@ -16,16 +17,20 @@ inline constexpr std::uint64_t kLogPatienceMs = 10000;
 /// Reads the log of this machine and makes its timeline, in which the last run is that of the
 /// running supervisor. A supervisor that has just been started may not have written its first
 /// records yet, and the log of one that was killed looks as if it still ran. So the function reads
-/// the log until it shows a start that is not older than the supervisor's process, at most
-/// kLogPatienceMs.
+/// the log until it shows the run of the supervisor's process (IsRunOf), at most kLogPatienceMs.
+/// @param lastNumberBefore  see StartOfSupervisor; a caller that started the supervisor knows it
 /// @throws LogUnreadable also if the log does not show the running supervisor by then
-[[nodiscard]] Timeline ReadTimelineOfRunning();
+[[nodiscard]] Timeline
+ReadTimelineOfRunning(std::optional<std::int64_t> lastNumberBefore = std::nullopt);
 
 /// Finds the state of all daemons of the running supervisor, as ReadDaemons() does, but waits for
 /// the first records of a supervisor that has just been started.
-/// @param children  as ReadDaemons() gets them
+/// @param children          as ReadDaemons() gets them
+/// @param lastNumberBefore  as ReadTimelineOfRunning() gets it
 /// @throws as ReadTimelineOfRunning() and SourceOfThisMachine()
-[[nodiscard]] DaemonsNow ReadDaemonsOfRunning(const std::vector<ProcessFacts>& children);
+[[nodiscard]] DaemonsNow
+ReadDaemonsOfRunning(const std::vector<ProcessFacts>& children,
+                     std::optional<std::int64_t> lastNumberBefore = std::nullopt);
 
 /// Reads the log of the running supervisor until it shows something.
 /// @param isShown  gets the run of the running supervisor

@@ -189,6 +189,7 @@ private:
         HandOverOptions options;
         options.fleet = fleet_.programs;
         options.formerSupervisors = order_.formerSupervisors;
+        options.lastNumberBefore = order_.lastNumberBefore;
         const HandOverCount count = HandOver(supervisor, options, ReporterFor("Hand-over: "));
         Log(kLevelInformation, "Hand-over: " + DescribeCount(count, false));
         *order_.unshownId = count.unshownId;
@@ -201,7 +202,8 @@ private:
     {
         const Reporter reporter = ReporterFor("Fleet: ");
         const HandOverLock lock(HandOverLockPath(), reporter, kHandOverPatienceMs);
-        const auto [run, nowMs, daemons] = ReadDaemonsOfRunning(ChildrenOfSupervisor());
+        const auto [run, nowMs, daemons] =
+            ReadDaemonsOfRunning(ChildrenOfSupervisor(), order_.lastNumberBefore);
         FleetSource source = FleetSourceOfThisMachine(refused_);
         source.attachedKnown = run.beginningSeen;
         const FleetPlan plan = PlanFleet(fleet_.programs, daemons, source);

@@ -17,6 +17,8 @@ namespace vqrx::guard::v0 {
 struct TakeOverOrder {
     /// Supervisors that have ended while this guard watched them.
     std::vector<client::v0::FormerSupervisor> formerSupervisors;
+    /// See client::v0::StartOfSupervisor; nothing: the guard did not start the supervisor.
+    std::optional<std::int64_t> lastNumberBefore;
     std::string fleet; ///< path of the fleet file, UTF-8
     /// Whether the file must exist: it was named by the operator. The default file need not.
     bool fleetNamed = false;

@@ -271,6 +271,9 @@ TakeOverOrder Watch::OrderOfTakeOver() const
 {
     TakeOverOrder order;
     order.formerSupervisors = former_;
+    if (wasStarted_ && lastBefore_) {
+        order.lastNumberBefore = lastBefore_->number;
+    }
     order.fleet = settings_.fleet;
     order.fleetNamed = settings_.fleetNamed;
     order.trust = settings_.trust;
