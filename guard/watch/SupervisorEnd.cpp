@@ -58,4 +58,12 @@ void EndInOrder(const SupervisorProgram& supervisor, const std::shared_ptr<Guard
              "Supervisor has ended: " + NameOf(supervisor) + "; its daemons run on");
 }
 
+void EndDuringStart(const SupervisorProgram& supervisor, GuardLog& log)
+{
+    const bool hasEnded = TerminateSupervisor(supervisor);
+    log.Log(kLevelWarning, "Supervisor " +
+                               std::string(hasEnded ? "was ended" : "could not be ended") +
+                               " before it was published: " + NameOf(supervisor));
+}
+
 } // namespace vqrx::guard::v0

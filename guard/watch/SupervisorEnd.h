@@ -25,4 +25,9 @@ void EndHanging(const SupervisorProgram& supervisor, const std::string& dumpFile
 void EndInOrder(const SupervisorProgram& supervisor, const std::shared_ptr<GuardLog>& log,
                 DWORD limitMs, const std::function<void()>& onEnding);
 
+/// Terminates a supervisor that this guard has started and that is not published yet: nobody can
+/// ask it to end, and it has no daemons yet. Logs that.
+/// @throws std::bad_alloc
+void EndDuringStart(const SupervisorProgram& supervisor, GuardLog& log);
+
 } // namespace vqrx::guard::v0

@@ -138,21 +138,30 @@ Watch::End Watch::WatchOver(const SupervisorProgram& supervisor)
         takeOver_.Abandon();
     }
     if (end == End::kStopped) {
-        if (isPublished) {
-            EndInOrder(supervisor, log_, settings_.times.exitMs, settings_.onEnding);
-        } else {
-            EndDuringStart(supervisor);
-        }
+        EndAfterStop(supervisor, isPublished || IsPublishedByNow());
     }
     return end;
 }
 
-// Nobody can ask a supervisor that is not published, and it has no daemons yet.
-void Watch::EndDuringStart(const SupervisorProgram& supervisor)
+// A supervisor that was published a moment ago may have daemons, and so may one that answers with
+// an error or not at all. The object of another program is not that of the supervisor.
+bool Watch::IsPublishedByNow() const
 {
-    const bool hasEnded = TerminateSupervisor(supervisor);
-    Log(kLevelWarning, "Supervisor " + std::string(hasEnded ? "was ended" : "could not be ended") +
-                           " before it was published: " + NameOf(supervisor));
+    SupervisorChecker checker;
+    return IsPublished() &&
+           Check(checker, settings_.times.answerMs).result != CheckResult::kStranger;
+}
+
+void Watch::EndAfterStop(const SupervisorProgram& supervisor, bool isPublished)
+{
+    if (isPublished) {
+        EndInOrder(supervisor, log_, settings_.times.exitMs, settings_.onEnding);
+    } else if (wasStarted_) {
+        EndDuringStart(supervisor, *log_);
+    } else { // it may be ending, or may belong to somebody who waits for it
+        Log(kLevelWarning, "Supervisor is not published, and this guard did not start it: " +
+                               NameOf(supervisor) + " runs on");
+    }
 }
 
 // @return how the wait ended, if the supervisor was not published
@@ -175,8 +184,10 @@ Watch::End Watch::AwaitPublication(const SupervisorProgram& supervisor, bool& is
             return End::kStopped;
         }
         if (waitedMs >= sayAtMs) {
-            Log(kLevelWarning, "Supervisor is not published yet after " + Seconds(waitedMs) +
-                                   ": it may wait for the firewall service; the guard waits on");
+            const std::string reason =
+                check.detail.empty() ? "it may wait for the firewall service" : check.detail;
+            Log(kLevelWarning, "Supervisor is not published yet after " + Seconds(waitedMs) + ": " +
+                                   reason + "; the guard waits on");
             sayAtMs = waitedMs + kSayAgainMs;
         }
         // The supervisor may hang since before the guard began. The entry of an ended supervisor

@@ -77,7 +77,8 @@ private:
     [[nodiscard]] End JudgeEnd(const SupervisorProgram& supervisor, bool wasPublished);
     [[nodiscard]] TakeOverOrder OrderOfTakeOver() const;
     void Remember(const SupervisorProgram& supervisor);
-    void EndDuringStart(const SupervisorProgram& supervisor);
+    [[nodiscard]] bool IsPublishedByNow() const;
+    void EndAfterStop(const SupervisorProgram& supervisor, bool isPublished);
     void AwaitStalePublication() const;
     [[nodiscard]] bool WaitBeforeStart();
     void Log(int level, const std::string& text) { log_->Log(level, text); }

@@ -139,6 +139,41 @@ TEST_F(GuardWatch, Stop_during_the_start_of_the_supervisor_ends_both)
     hold.Signal();
 }
 
+TEST_F(GuardWatch, Stop_leaves_a_supervisor_alone_that_still_starts_and_that_it_did_not_start)
+{
+    const ReadyEvent hold;
+    TestService firewall("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START, 0, hold.Name());
+    firewall.Start(false);
+    const CapturedProgram supervisor('"' + ProductProgram("DaemonManager.exe") + '"');
+    const std::string process = "process " + std::to_string(supervisor.Pid());
+    StartWatch();
+    ASSERT_NE(machine_.WaitForGuardLog("Supervisor runs already: " + process), "");
+    StopWatch();
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor is not published, and this guard did not start "
+                                       "it: " +
+                                       process + " runs on"),
+              "");
+    EXPECT_TRUE(IsRunning(supervisor.Pid()));
+    hold.Signal();
+}
+
+// It does not answer at first, so the watch does not know yet that it is published.
+TEST_F(GuardWatch, Stop_ends_a_published_supervisor_in_order_also_before_it_has_answered)
+{
+    const system::com::v1::ComApartment apartment;
+    const CapturedProgram supervisor('"' + ProductProgram("DaemonManager.exe") + '"');
+    ASSERT_TRUE(WaitUntil([] { return guard::v0::IsPublished(); }));
+    ASSERT_TRUE(SuspendProcess(supervisor.Pid()));
+    SetEvent(stop_.Get());
+    StartWatch();
+    const std::string process = "process " + std::to_string(supervisor.Pid());
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor is asked to end: " + process), "");
+    EXPECT_TRUE(ResumeProcess(supervisor.Pid()));
+    StopWatch();
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor has ended: " + process + "; its daemons run on"),
+              "");
+}
+
 TEST_F(GuardWatch, Object_of_another_program_is_not_taken_for_that_of_a_supervisor_that_starts)
 {
     const system::com::v1::ComApartment apartment;
@@ -147,7 +182,9 @@ TEST_F(GuardWatch, Object_of_another_program_is_not_taken_for_that_of_a_supervis
     firewall.Start(false);
     const PublishedControl impostor;
     StartWatch();
-    EXPECT_NE(machine_.WaitForGuardLog("Supervisor is not published yet after 0 s: "), "");
+    const std::string reason = machine_.WaitForGuardLog("Supervisor is not published yet after ");
+    EXPECT_NE(reason.find("not the installed supervisor answers: "), std::string::npos) << reason;
+    EXPECT_TRUE(reason.ends_with("; the guard waits on")) << reason;
     hold.Signal();
     EXPECT_NE(machine_.WaitForGuardLog("Supervisor has ended without an order: "), "");
     EXPECT_NE(machine_.WaitForGuardLog("Another object is published under the supervisor's name."),

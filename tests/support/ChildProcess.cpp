@@ -97,13 +97,28 @@ void KillProcess(DWORD processId)
     }
 }
 
+namespace {
+
+// @param function  "NtSuspendProcess" or "NtResumeProcess" of ntdll.dll; no header declares them
+bool CallForProcess(const char* function, DWORD processId)
+{
+    using ForProcess = LONG(WINAPI*)(HANDLE process);
+    const auto call = reinterpret_cast<ForProcess>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), function)));
+    const UniqueKernelHandle process(OpenProcess(PROCESS_SUSPEND_RESUME, FALSE, processId));
+    return call != nullptr && process && call(process.Get()) >= 0;
+}
+
+} // namespace
+
 bool SuspendProcess(DWORD processId)
 {
-    using NtSuspendProcess = LONG(WINAPI*)(HANDLE process); // ntdll.dll; no header declares it
-    const auto suspend = reinterpret_cast<NtSuspendProcess>(reinterpret_cast<void*>(
-        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtSuspendProcess")));
-    const UniqueKernelHandle process(OpenProcess(PROCESS_SUSPEND_RESUME, FALSE, processId));
-    return suspend != nullptr && process && suspend(process.Get()) >= 0;
+    return CallForProcess("NtSuspendProcess", processId);
+}
+
+bool ResumeProcess(DWORD processId)
+{
+    return CallForProcess("NtResumeProcess", processId);
 }
 
 std::size_t CountOfThreads(DWORD processId)

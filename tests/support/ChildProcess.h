@@ -80,6 +80,9 @@ void KillProcess(DWORD processId);
 /// @return whether the process is suspended
 [[nodiscard]] bool SuspendProcess(DWORD processId);
 
+/// Lets a suspended process go on. @return whether it goes on
+[[nodiscard]] bool ResumeProcess(DWORD processId);
+
 /// Returns how many threads a process has; 0 if there is no such process.
 [[nodiscard]] std::size_t CountOfThreads(DWORD processId);
 
