@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-#include <atomic>
+#include <mutex>
 
 namespace vqrx::guard::v0 {
 namespace {
@@ -20,15 +20,26 @@ struct Service {
     GuardArguments arguments;
     SERVICE_STATUS_HANDLE handle = nullptr;
     system::win32::v1::UniqueKernelHandle stop;
-    std::atomic<DWORD> checkpoint = 0;
-    std::atomic<bool> isEnding = false;
     DWORD exitCode = 0;
+    // Held during each report, so that the service control manager gets them in order. Guards the
+    // two below.
+    std::mutex reporting;
+    DWORD checkpoint = 0;
+    DWORD lastState = 0; // that was reported
 };
 
 Service* theService = nullptr; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
 
+// A control may arrive at any moment. Its report must not follow that of the end, and the guard
+// must not be reported as running after it.
 void Report(DWORD state, DWORD exitCode = NO_ERROR)
 {
+    const std::scoped_lock lock(theService->reporting);
+    DWORD& last = theService->lastState;
+    if (last == SERVICE_STOPPED || (last == SERVICE_STOP_PENDING && state == SERVICE_RUNNING)) {
+        return;
+    }
+    last = state;
     SERVICE_STATUS status{};
     status.dwServiceType = SERVICE_WIN32_OWN_PROCESS;
     status.dwCurrentState = state;
@@ -48,7 +59,6 @@ DWORD WINAPI OnControl(DWORD control, DWORD, void*, void*) noexcept
     switch (control) {
     case SERVICE_CONTROL_STOP:
     case SERVICE_CONTROL_SHUTDOWN:
-        theService->isEnding = true;
         Report(SERVICE_STOP_PENDING);
         SetEvent(theService->stop.Get());
         return NO_ERROR;
@@ -56,13 +66,6 @@ DWORD WINAPI OnControl(DWORD control, DWORD, void*, void*) noexcept
         return NO_ERROR;
     default:
         return ERROR_CALL_NOT_IMPLEMENTED;
-    }
-}
-
-void OnReady()
-{
-    if (!theService->isEnding) {
-        Report(SERVICE_RUNNING);
     }
 }
 
@@ -75,8 +78,9 @@ void WINAPI ServiceMain(DWORD, wchar_t**) noexcept
     Report(SERVICE_START_PENDING);
     DWORD exitCode = NO_ERROR;
     try {
-        RunGuard(theService->arguments, theService->stop.Get(), OnReady,
-                 [] { Report(SERVICE_STOP_PENDING); });
+        RunGuard(
+            theService->arguments, theService->stop.Get(), [] { Report(SERVICE_RUNNING); },
+            [] { Report(SERVICE_STOP_PENDING); });
     } catch (...) { // RunGuard has logged it, if there is a log
         exitCode = kGuardFailed;
     }

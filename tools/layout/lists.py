@@ -88,7 +88,6 @@ TESTED_BY = {
     "daemonctl/autostart/GuardServiceEntry.cpp": "tests/unit/daemonctl/autostart/AutostartTest.cpp",
     "daemonctl/commands/AutostartCommand.cpp": "tests/integration/AutostartTest.cpp",
     "guard/watch/GuardProgram.cpp": "tests/integration/GuardTest.cpp",
-    "guard/watch/GuardService.cpp": "tests/integration/AutostartTest.cpp",
     "guard/watch/SupervisorCheck.cpp": "tests/integration/GuardHangTest.cpp",
     "guard/watch/SupervisorEnd.cpp": "tests/integration/GuardHangTest.cpp",
     "guard/watch/SupervisorRecords.cpp": "tests/integration/GuardTest.cpp",
