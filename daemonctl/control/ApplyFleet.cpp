@@ -91,6 +91,7 @@ private:
     void Fail(const FleetMember& member, const std::string& reason)
     {
         ++count_.failed;
+        count_.failedLines.push_back(member.program.line);
         reporter_.failed("line " + std::to_string(member.program.line) + ": " +
                          Printable(CommandOf(member)) + ": " + reason);
     }

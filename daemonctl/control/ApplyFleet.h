@@ -25,6 +25,7 @@ struct AppliedCount {
     std::size_t there = 0;    ///< registered already
     std::size_t stopped = 0;
     std::size_t failed = 0; ///< lines without a daemon now, and daemons that could not be stopped
+    std::vector<std::size_t> failedLines; ///< numbers of the lines without a daemon now
     /// The daemon that was attached last and that the log does not show; nothing: it shows all.
     std::optional<std::uint32_t> unshownId;
 };

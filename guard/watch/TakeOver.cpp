@@ -14,6 +14,7 @@
 #include "com/ComApartment.h"
 #include "daemon_manager/SupervisorClient.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <exception>
 #include <stdexcept>
@@ -206,15 +207,42 @@ private:
             ReadDaemonsOfRunning(ChildrenOfSupervisor(), order_.lastNumberBefore);
         FleetSource source = FleetSourceOfThisMachine(refused_);
         source.attachedKnown = run.beginningSeen;
-        const FleetPlan plan = PlanFleet(fleet_.programs, daemons, source);
+        FleetPlan plan = PlanFleet(fleet_.programs, daemons, source);
         if (!HasNoFaults(plan.errors)) {
             return false; // the service manager may answer later, or a person may mend the file
         }
+        LeaveOutLetGo(plan);
         const ApplyOptions options;
         const AppliedCount count = ApplyFleet(supervisor, plan, daemons, options, reporter);
         Log(kLevelInformation, "Fleet: " + DescribeCount(count, options));
         *order_.unshownId = count.unshownId;
+        NotePlaced(plan, count);
         return count.failed == 0;
+    }
+
+    // The tries go on as long as one line fails. They must not undo what somebody does meanwhile.
+    void LeaveOutLetGo(FleetPlan& plan) const
+    {
+        std::erase_if(plan.members, [this](const FleetMember& member) {
+            const bool isLetGo = !member.daemon && order_.placed->contains(TextOf(member.program));
+            if (isLetGo) {
+                Log(kLevelInformation,
+                    "Fleet: line " + std::to_string(member.program.line) +
+                        ": an earlier try launched or attached it; not done again, because "
+                        "somebody may have stopped or detached it");
+            }
+            return isLetGo;
+        });
+    }
+
+    void NotePlaced(const FleetPlan& plan, const AppliedCount& count) const
+    {
+        for (const FleetMember& member : plan.members) {
+            const auto& failed = count.failedLines;
+            if (std::find(failed.begin(), failed.end(), member.program.line) == failed.end()) {
+                order_.placed->insert(TextOf(member.program));
+            }
+        }
     }
 
     const TakeOverOrder& order_;

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,10 @@ struct TakeOverOrder {
     /// TakeOver() attaches nothing until the log shows it. Never null; one thread at a time.
     std::shared_ptr<std::optional<std::uint32_t>> unshownId =
         std::make_shared<std::optional<std::uint32_t>>();
+    /// The lines of the fleet file that an earlier try for this supervisor launched, attached or
+    /// found registered. If one has no daemon now, somebody has stopped or detached it, and a later
+    /// try leaves it so. Never null; one thread at a time.
+    std::shared_ptr<std::set<std::string>> placed = std::make_shared<std::set<std::string>>();
     /// What the tries for this supervisor logged. Never null; one thread at a time.
     std::shared_ptr<TryRecords> records = std::make_shared<TryRecords>();
 };

@@ -4,6 +4,7 @@
 #include "PublishedControl.h"
 #include "SupervisorProcess.h"
 #include "TestService.h"
+#include "daemon_manager/SupervisorClient.h"
 
 #include <windows.h>
 
@@ -216,6 +217,34 @@ TEST_F(GuardWatch, Program_that_comes_to_the_folder_later_is_launched)
     std::filesystem::copy_file(TestProgram("no_windows"), machine_.App() + "\\no_windows.exe");
     EXPECT_NE(machine_.WaitForGuardLog("Fleet: 1 launched, 0 attached, 0 there already, 0 not"),
               "");
+}
+
+TEST_F(GuardWatch, Daemon_that_somebody_detached_is_not_attached_again_by_a_later_try)
+{
+    const system::com::v1::ComApartment apartment;
+    tryAgainMs_ = 100;
+    const TestService disabled("DmDisabled", SERVICE_WIN32_OWN_PROCESS, SERVICE_DISABLED);
+    const std::string worker = TestProgram("no_windows");
+    // cmd starts the worker and ends, so no running process is the parent of the worker.
+    const CapturedProgram shell("cmd /d /c start /b \"\" \"" + worker + '"');
+    EXPECT_EQ(shell.ExitCode(), 0U);
+    machine_.WriteFleet(worker + "\nDmDisabled\n");
+    StartWatch();
+    ASSERT_NE(machine_.WaitForGuardLog("Fleet: 0 launched, 1 attached, 0 there already, 1 not"),
+              "");
+    ASSERT_NE(machine_.WaitForGuardLog("Fleet: 0 launched, 0 attached, 1 there already, 1 not"),
+              "");
+    EXPECT_TRUE(daemon_manager::SupervisorClient().Detach(0));
+    EXPECT_EQ(machine_.WaitForGuardLog("Fleet: line 1: "),
+              "Fleet: line 1: an earlier try launched or attached it; not done again, because "
+              "somebody may have stopped or detached it");
+    EXPECT_NE(machine_.WaitForGuardLog("Fleet: 0 launched, 0 attached, 0 there already, 1 not"),
+              "");
+    const auto log = ReadRingFile(machine_.SupervisorLog());
+    EXPECT_EQ(
+        std::count_if(log.begin(), log.end(),
+                      [](const RingRecord& record) { return record.text.starts_with("Attach "); }),
+        1);
 }
 
 TEST_F(GuardWatch, Program_that_is_missing_is_reported_and_tried_again)
