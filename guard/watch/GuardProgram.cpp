@@ -59,6 +59,9 @@ void RunGuard(const GuardArguments& arguments, HANDLE stop, const std::function<
              std::string("Guard " DM_VERSION " begins, ") +
                  (arguments.mode == GuardMode::kService ? "as a service" : "in a session") +
                  "; program: " + settings.program + "; fleet file: " + settings.fleet);
+    if (!single.Fault().empty()) {
+        log->Log(kLevelError, "Nothing keeps a second guard from running: " + single.Fault());
+    }
     if (onReady) {
         onReady();
     }

@@ -11,14 +11,23 @@ namespace vqrx::guard::v0 {
 /// Makes sure that one guard runs on a machine: keeps a file open that no second process can open.
 /// Windows closes and deletes the file with the process, however the process ends. Only somebody
 /// who may write to the folder of the logs can keep a guard from running.
+///
+/// A full disk or a missing folder is no second guard: a guard without its lock is better than a
+/// machine without a supervisor. Nor is it one if Windows refuses access to an administrator. A
+/// user with lesser rights who is refused does not belong to this machine's supervisor, and may be
+/// logged on beside the one who does.
 class SingleGuard {
 public:
     /// Waits at most `limitMs` until the file can be opened: a former guard may end just now.
     /// @param file  path in the ANSI code page
-    /// @throws std::runtime_error if another guard runs, or if the file cannot be made
+    /// @throws std::runtime_error if another guard runs, or if this user may not make the file
     SingleGuard(const std::string& file, DWORD limitMs);
 
+    /// Returns why this guard runs without its lock, UTF-8; empty if it has the lock.
+    [[nodiscard]] const std::string& Fault() const noexcept { return fault_; }
+
 private:
+    std::string fault_;
     system::win32::v1::UniqueKernelHandle file_;
 };
 

@@ -57,19 +57,41 @@ TEST(SingleGuard, Opens_and_deletes_a_link_itself_and_not_the_file_to_which_it_l
     EXPECT_EQ(flagsOfLock, DWORD{FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT});
 }
 
+TEST(SingleGuard, Guard_that_holds_its_lock_has_no_fault)
+{
+    const TempFolder folder;
+    EXPECT_EQ(SingleGuard(folder.File("DaemonGuard.lock"), 0).Fault(), "");
+}
+
+// As with a full disk: the guard runs all the same.
 TEST(SingleGuard, Folder_that_does_not_exist_is_no_other_guard)
 {
     const TempFolder folder;
     const std::string file = folder.File("missing") + "\\DaemonGuard.lock";
-    EXPECT_EQ(ReasonOf(file), file + " cannot be made: error 3");
+    EXPECT_EQ(SingleGuard(file, 0).Fault(), file + " cannot be made: error 3");
 }
 
-TEST(SingleGuard, Refused_access_is_no_other_guard)
+BOOL WINAPI IsNoAdministrator()
+{
+    return FALSE;
+}
+
+BOOL WINAPI IsAdministrator()
+{
+    return TRUE;
+}
+
+TEST(SingleGuard, Refused_access_keeps_only_a_user_without_rights_from_running)
 {
     const TempFolder folder;
     const std::string file = folder.File("DaemonGuard.lock");
     ASSERT_NE(CreateDirectoryA(file.c_str(), nullptr), FALSE); // Windows opens no folder as a file
-    EXPECT_EQ(ReasonOf(file), file + " cannot be made: error 5");
+    {
+        const ImportPatch user("IsUserAnAdmin", IsNoAdministrator);
+        EXPECT_EQ(ReasonOf(file), file + " cannot be made: error 5");
+    }
+    const ImportPatch user("IsUserAnAdmin", IsAdministrator);
+    EXPECT_EQ(SingleGuard(file, 0).Fault(), file + " cannot be made: error 5");
 }
 
 } // namespace
