@@ -54,13 +54,21 @@ EventLog::EventLog()
     }
 }
 
+EventOfKind EventOfFailedGuard() noexcept
+{
+    return {EVENTLOG_ERROR_TYPE, kError | 9};
+}
+
 void EventLog::Write(const Trouble& trouble)
 {
-    std::wstring text =
-        system::code_page::v1::NarrowToWide(Printable(DescribeChange(trouble)), CP_UTF8);
-    text.resize(std::min(text.size(), kLongestText));
-    const EventOfKind event = EventOf(trouble.kind);
-    LPCWSTR inserts[] = {text.c_str()};
+    Write(EventOf(trouble.kind), DescribeChange(trouble));
+}
+
+void EventLog::Write(const EventOfKind& event, const std::string& text)
+{
+    std::wstring shown = system::code_page::v1::NarrowToWide(Printable(text), CP_UTF8);
+    shown.resize(std::min(shown.size(), kLongestText));
+    LPCWSTR inserts[] = {shown.c_str()};
     if (!ReportEventW(source_.Get(), event.type, 0, event.id, nullptr, 1, 0, inserts, nullptr)) {
         ThrowRefused("refuses an event");
     }

@@ -5,6 +5,7 @@
 
 #include <windows.h>
 
+#include <string>
 #include <vector>
 
 namespace vqrx::client::v0 {
@@ -20,6 +21,9 @@ struct EventOfKind {
 /// docs/daemonctl.md.
 [[nodiscard]] EventOfKind EventOf(Trouble::Kind kind) noexcept;
 
+/// Returns the event for a guard that cannot run, or that has failed. Fixed, too.
+[[nodiscard]] EventOfKind EventOfFailedGuard() noexcept;
+
 /// Writes to Windows' event log "Application", under the source "DaemonManager". Windows finds the
 /// message texts through the registry key of the source, which the installer makes; without the key
 /// it shows the events with a remark that the description is missing. Any thread, one at a time.
@@ -28,9 +32,14 @@ public:
     /// @throws std::runtime_error with the Windows error if the event log cannot be opened
     EventLog();
 
-    /// Writes one event. Its text is DescribeChange(trouble), at most 31,000 characters of it,
-    /// because Windows refuses 31,839 and more (ReportEvent).
+    /// Writes one event with at most 31,000 characters of the text, because Windows refuses 31,839
+    /// and more (ReportEvent).
+    /// @param text  UTF-8
     /// @throws std::runtime_error with the Windows error; std::bad_alloc
+    void Write(const EventOfKind& event, const std::string& text);
+
+    /// Writes the event of a change. Its text is DescribeChange(trouble).
+    /// @throws as the function above
     void Write(const Trouble& trouble);
 
     /// Writes an event for each change. If one cannot be written, tries the others all the same.

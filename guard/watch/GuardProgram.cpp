@@ -1,6 +1,7 @@
 #include "GuardProgram.h"
 
 #include "Autostart.h"
+#include "EventLog.h"
 #include "GuardLog.h"
 #include "LogFolder.h"
 #include "SingleGuard.h"
@@ -40,10 +41,19 @@ WatchSettings SettingsOf(const GuardArguments& arguments, const std::string& roo
     return settings;
 }
 
-} // namespace
+// The program has no console, and the log is not there yet when the guard cannot begin.
+void ReportToEventLog(const std::string& failure)
+{
+    try {
+        client::v0::EventLog().Write(client::v0::EventOfFailedGuard(),
+                                     "DaemonGuard fails: " + failure);
+    } catch (const std::exception&) { // the exit code shows the failure, too
+        return;
+    }
+}
 
-void RunGuard(const GuardArguments& arguments, HANDLE stop, const std::function<void()>& onReady,
-              const std::function<void()>& onEnding)
+void RunUnreported(const GuardArguments& arguments, HANDLE stop,
+                   const std::function<void()>& onReady, const std::function<void()>& onEnding)
 {
     std::string root; // ANSI code page
     if (!installation::TryGetFirmwareRoot(root)) {
@@ -75,6 +85,19 @@ void RunGuard(const GuardArguments& arguments, HANDLE stop, const std::function<
         throw;
     }
     log->Log(kLevelInformation, "Guard ends");
+}
+
+} // namespace
+
+void RunGuard(const GuardArguments& arguments, HANDLE stop, const std::function<void()>& onReady,
+              const std::function<void()>& onEnding)
+{
+    try {
+        RunUnreported(arguments, stop, onReady, onEnding);
+    } catch (const std::exception& exception) {
+        ReportToEventLog(exception.what());
+        throw;
+    }
 }
 
 } // namespace vqrx::guard::v0

@@ -15,7 +15,7 @@ namespace vqrx::guard::v0 {
 /// @param stop      borrowed: a manual-reset event that ends the watch
 /// @param onReady   called when the guard has begun to watch. May be empty
 /// @param onEnding  see WatchSettings. May be empty
-/// @throws std::runtime_error if the guard cannot run
+/// @throws std::runtime_error if the guard cannot run; Windows' event log then has an event, too
 void RunGuard(const client::v0::GuardArguments& arguments, HANDLE stop,
               const std::function<void()>& onReady, const std::function<void()>& onEnding);
 

@@ -47,7 +47,7 @@ MAY_INCLUDE = {
     # The guard. It hands over and applies a fleet file as the client does.
     "guard/decisions": ("daemonctl/history",),
     "guard/watch": ("guard/decisions", "daemonctl/autostart", "daemonctl/control", "daemonctl/doctor",
-                    "src/log/log_perf", "src/system/installation"),
+                    "daemonctl/event_log", "src/log/log_perf", "src/system/installation"),
     "guard": ("guard/watch",),
     # The installer, from the bottom to the top.
     "setup/plan": (),

@@ -80,6 +80,8 @@ TEST(EventLog, Every_kind_of_change_has_an_event_of_its_own_with_a_text_in_the_p
         ids.insert(event.id & 0xFFFF);
     }
     EXPECT_EQ((std::set<DWORD>{1, 2, 3, 4, 5, 6, 7, 8}), ids);
+    EXPECT_EQ(L"a sentence\r\n", Shown(client::v0::EventOfFailedGuard().id, L"a sentence"));
+    EXPECT_EQ(0xC0000009, client::v0::EventOfFailedGuard().id);
 }
 
 TEST(EventLog, Writes_the_sentence_and_shortens_what_Windows_would_refuse)

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <vector>
 
 namespace vqrx::test {
@@ -29,6 +30,14 @@ BOOL WINAPI NoteState(SERVICE_STATUS_HANDLE, LPSERVICE_STATUS status)
     return TRUE;
 }
 
+std::vector<std::wstring> eventsReported;
+
+BOOL WINAPI NoteEvent(HANDLE, WORD, WORD, DWORD, PSID, WORD, DWORD, LPCWSTR* inserts, LPVOID)
+{
+    eventsReported.emplace_back(inserts[0]);
+    return TRUE;
+}
+
 BOOL WINAPI RunServiceAndStopItThen(const SERVICE_TABLE_ENTRYW* table)
 {
     table->lpServiceProc(0, nullptr);
@@ -36,14 +45,18 @@ BOOL WINAPI RunServiceAndStopItThen(const SERVICE_TABLE_ENTRYW* table)
     return TRUE;
 }
 
-TEST(GuardService, Control_that_arrives_just_after_the_end_is_not_reported)
+TEST(GuardService,
+     A_guard_that_cannot_begin_is_in_the_event_log_and_a_later_control_is_not_reported)
 {
     const FirmwareRegistry registry; // names no firmware root, so the guard ends at once
     const ImportPatch dispatcher("StartServiceCtrlDispatcherW", RunServiceAndStopItThen);
     const ImportPatch handler("RegisterServiceCtrlHandlerExW", NoteHandler);
     const ImportPatch report("SetServiceStatus", NoteState);
+    const ImportPatch event("ReportEventW", NoteEvent);
     EXPECT_EQ(guard::v0::RunAsService({}), int{ERROR_SERVICE_SPECIFIC_ERROR});
     EXPECT_EQ(statesReported, (std::vector<DWORD>{SERVICE_START_PENDING, SERVICE_STOPPED}));
+    EXPECT_EQ(eventsReported, (std::vector<std::wstring>{L"DaemonGuard fails: the registry does "
+                                                         L"not name the firmware root"}));
 }
 
 } // namespace
