@@ -71,13 +71,13 @@ std::string PathBesideThisProgram(const std::wstring& fileName)
     return Utf8(system::file::v2::PathBesideOwnProgram(fileName));
 }
 
-void StartGuard(const GuardCommand& command)
+GuardStart StartGuard(const GuardCommand& command)
 {
     if (command.arguments.mode == GuardMode::kService) {
-        StartGuardService();
-    } else {
-        StartInThisSession(command);
+        return StartGuardService();
     }
+    StartInThisSession(command);
+    return GuardStart::kStarted;
 }
 
 } // namespace vqrx::client::v0

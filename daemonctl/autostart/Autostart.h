@@ -37,9 +37,16 @@ bool RemoveAutostart();
 /// Returns the path of a file in the folder of this program, UTF-8.
 [[nodiscard]] std::string PathBesideThisProgram(const std::wstring& fileName);
 
-/// Starts the guard now: the service, or the program in this session. Does nothing if the service
-/// runs already. Does not wait for the supervisor.
+/// What became of the order to start the guard.
+enum class GuardStart {
+    kStarted,
+    kRunsAlready, ///< its service runs; nothing was done
+    kEnding       ///< its service is about to stop; nothing was done
+};
+
+/// Starts the guard now: the service, or the program in this session. Does not wait for the
+/// supervisor. In a session a guard is started in any case; if another one runs on, it ends again.
 /// @throws std::runtime_error with the reason
-void StartGuard(const GuardCommand& command);
+GuardStart StartGuard(const GuardCommand& command);
 
 } // namespace vqrx::client::v0

@@ -144,18 +144,27 @@ bool RemoveGuardService()
     return true;
 }
 
-void StartGuardService()
+GuardStart StartGuardService()
 {
-    const UniqueServiceHandle service = OpenGuardService(SERVICE_START, "opened");
+    const UniqueServiceHandle service =
+        OpenGuardService(SERVICE_START | SERVICE_QUERY_STATUS, "opened");
     if (!service) {
         ThrowGuardServiceError("started", ERROR_SERVICE_DOES_NOT_EXIST);
     }
-    if (StartServiceW(service.Get(), 0, nullptr) == FALSE) {
-        const DWORD error = GetLastError();
-        if (error != ERROR_SERVICE_ALREADY_RUNNING) {
-            ThrowGuardServiceError("started", error);
-        }
+    if (StartServiceW(service.Get(), 0, nullptr) != FALSE) {
+        return GuardStart::kStarted;
     }
+    const DWORD error = GetLastError();
+    if (error != ERROR_SERVICE_ALREADY_RUNNING) {
+        ThrowGuardServiceError("started", error);
+    }
+    SERVICE_STATUS status{};
+    // A service that has stopped since the answer can be started by the next try.
+    return QueryServiceStatus(service.Get(), &status) != FALSE &&
+                   (status.dwCurrentState == SERVICE_STOP_PENDING ||
+                    status.dwCurrentState == SERVICE_STOPPED)
+               ? GuardStart::kEnding
+               : GuardStart::kRunsAlready;
 }
 
 } // namespace vqrx::client::v0

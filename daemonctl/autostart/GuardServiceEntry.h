@@ -25,6 +25,6 @@ bool RemoveGuardService();
 
 /// Starts the service unless it runs already. Does not wait.
 /// @throws std::runtime_error with the reason
-void StartGuardService();
+GuardStart StartGuardService();
 
 } // namespace vqrx::client::v0

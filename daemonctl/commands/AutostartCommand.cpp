@@ -10,8 +10,10 @@
 #include "PasteableText.h"
 #include "PrintText.h"
 #include "Printable.h"
+#include "ProcessList.h"
 #include "TrustedSources.h"
 #include "Utf8.h"
+#include "daemon_manager/SupervisorIdentity.h"
 
 #include <windows.h>
 
@@ -24,6 +26,9 @@
 
 namespace vqrx::client::v0 {
 namespace {
+
+constexpr ULONGLONG kFormerGuardMs = 20000; // an ending guard waits at most 15 s for a hand-over
+constexpr DWORD kLookAgainMs = 100;
 
 struct AutostartOptions {
     std::string action;
@@ -64,6 +69,44 @@ void PrintStarted(GuardMode mode)
               (quoted.empty() ? Printable(log) : quoted) +
               "\nprograms of a desktop do not find the supervisor of a service: daemonctl wait "
               "--for supervisor needs a task of the account SYSTEM\n");
+}
+
+// Starts the guard. A guard whose supervisor has just ended on an order may still read the log and
+// end a hand-over. Without a supervisor nobody can tell such a guard from one that waits between
+// two starts. So this function waits for the end of both.
+// @return false: a guard runs already, and goes on
+bool StartAfterFormerGuard(const GuardCommand& command)
+{
+    const ULONGLONG begin = GetTickCount64();
+    bool hasSaid = false;
+    for (;;) {
+        const bool isSecondOfSession =
+            command.arguments.mode == GuardMode::kSession && IsImageRunning(kGuardProgram);
+        const GuardStart start = isSecondOfSession ? GuardStart::kRunsAlready : StartGuard(command);
+        if (start == GuardStart::kStarted) {
+            return true;
+        }
+        if ((start == GuardStart::kRunsAlready &&
+             IsImageRunning(daemon_manager::kSupervisorProgram)) ||
+            GetTickCount64() - begin >= kFormerGuardMs) {
+            return false;
+        }
+        if (!hasSaid) {
+            hasSaid = true;
+            PrintText("waiting at most 20 s until the former guard has ended\n");
+        }
+        Sleep(kLookAgainMs);
+    }
+}
+
+void StartAndPrint(const GuardCommand& command)
+{
+    if (StartAfterFormerGuard(command)) {
+        PrintStarted(command.arguments.mode);
+    } else {
+        PrintText("a guard runs already, with its former settings: daemonctl exit, then daemonctl "
+                  "autostart start\n");
+    }
 }
 
 // Prints the errors and warnings of a fleet file.
@@ -140,8 +183,7 @@ int Install(const AutostartOptions& options)
                                 : "the guard starts with Windows, as the service DaemonGuard: ";
     PrintText(how + Printable(CommandLineOf(command)) + "\n");
     if (!options.noStart) {
-        StartGuard(command);
-        PrintStarted(command.arguments.mode);
+        StartAndPrint(command);
     }
     return kDone;
 }
@@ -166,8 +208,7 @@ int Start()
         PrintText("no guard is set up; see daemonctl autostart --help\n");
         return kNothingToDo;
     }
-    StartGuard(*command);
-    PrintStarted(command->arguments.mode);
+    StartAndPrint(*command);
     return kDone;
 }
 

@@ -1,4 +1,5 @@
 // daemonctl autostart, and the guard as a service, with the real service manager and the Run key.
+#include "CapturedProgram.h"
 #include "ChildProcess.h"
 #include "Daemonctl.h"
 #include "GuardedMachine.h"
@@ -119,6 +120,52 @@ TEST_F(Autostart, Order_to_exit_stops_the_service_too)
         << status;
     EXPECT_EQ(Daemonctl("autostart start"), (Answer{0, StartedAsService(), ""}));
     EXPECT_TRUE(machine_.WaitForTakeOver(2));
+}
+
+// After the order the guard reads the log, and may end a hand-over, before its service stops.
+TEST_F(Autostart, Start_directly_after_an_order_waits_until_the_former_guard_has_ended)
+{
+    EXPECT_EQ(Daemonctl("autostart install").exitCode, 0U);
+    ASSERT_TRUE(machine_.WaitForTakeOver());
+    const DWORD former = ProcessesNamed("DaemonGuard.exe").front().processId;
+    ASSERT_TRUE(SuspendProcess(former));
+    EXPECT_EQ(Daemonctl("exit").exitCode, 0U);
+    const CapturedProgram start('"' + ProductProgram("daemonctl.exe") + "\" autostart start");
+    const std::string waits = "waiting at most 20 s until the former guard has ended\n";
+    EXPECT_TRUE(WaitUntil([&] { return start.Output() == waits; })) << start.Output();
+    ASSERT_TRUE(ResumeProcess(former));
+    EXPECT_EQ(start.ExitCode(), 0U);
+    EXPECT_EQ(start.Output(), waits + StartedAsService());
+    EXPECT_TRUE(machine_.WaitForTakeOver(2));
+    EXPECT_FALSE(IsRunning(former));
+}
+
+TEST_F(Autostart, Guard_that_runs_keeps_its_settings_and_the_commands_say_so)
+{
+    const std::string runsAlready =
+        "a guard runs already, with its former settings: daemonctl exit, "
+        "then daemonctl autostart start\n";
+    EXPECT_EQ(Daemonctl("autostart install").exitCode, 0U);
+    ASSERT_TRUE(machine_.WaitForTakeOver());
+    EXPECT_EQ(Daemonctl("autostart start"), (Answer{0, runsAlready, ""}));
+    const Answer installed = Daemonctl("autostart install --trust");
+    EXPECT_EQ(installed.exitCode, 0U) << installed;
+    EXPECT_EQ(installed.output, "the guard starts with Windows, as the service DaemonGuard: " +
+                                    Guard("--service --trust") + "\n" + runsAlready);
+}
+
+TEST_F(Autostart, Second_guard_of_a_session_is_not_started)
+{
+    machine_.StartGuard();
+    ASSERT_TRUE(machine_.WaitForTakeOver());
+    const Answer installed = Daemonctl("autostart install --session");
+    EXPECT_EQ(installed.exitCode, 0U) << installed;
+    EXPECT_TRUE(installed.output.ends_with(
+        "\na guard runs already, with its former settings: daemonctl exit, then daemonctl autostart "
+        "start\n"))
+        << installed;
+    EXPECT_EQ(ProcessesNamed("DaemonGuard.exe").size(), 1U);
+    machine_.KillGuard();
 }
 
 TEST_F(Autostart, Session_is_an_entry_of_the_Run_key_with_the_fleet_file)
