@@ -26,7 +26,8 @@ using client::v0::GuardMode;
 using log::i_logger::v0::kLevelError;
 using log::i_logger::v0::kLevelInformation;
 
-constexpr DWORD kFormerGuardMs = 10000; // for a guard that was terminated to be gone
+// A former guard may be ending just now. It waits at most 15 s for the end of a hand-over.
+constexpr DWORD kFormerGuardMs = 20000;
 
 WatchSettings SettingsOf(const GuardArguments& arguments, const std::string& root)
 {
@@ -59,7 +60,7 @@ void RunUnreported(const GuardArguments& arguments, HANDLE stop,
     if (!installation::TryGetFirmwareRoot(root)) {
         throw std::runtime_error("the registry does not name the firmware root");
     }
-    MakeLogFolder(installation::LogFolder(root));
+    MakeLogFolder(installation::LogFolder(root), arguments.mode);
     const SingleGuard single(installation::GuardLockFile(root), kFormerGuardMs);
     const auto log = std::make_shared<GuardLog>(installation::GuardLogFile(root));
     const system::com::v1::ClientApartment apartment;

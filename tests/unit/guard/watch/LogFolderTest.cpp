@@ -16,6 +16,7 @@
 namespace vqrx::test {
 namespace {
 
+using client::v0::GuardMode;
 using guard::v0::MakeLogFolder;
 using testing::ElementsAre;
 
@@ -36,27 +37,38 @@ BOOL WINAPI NoteFolder(LPCWSTR, LPSECURITY_ATTRIBUTES attributes)
 }
 
 // @return the access lists with which an administrator's guard tries to make the folder
-std::vector<std::string> ListsOfNewFolder()
+std::vector<std::string> ListsOfNewFolder(GuardMode mode)
 {
     listsGiven.clear();
     const ImportPatch patch("CreateDirectoryW", NoteFolder);
-    MakeLogFolder("C:\\x");
+    MakeLogFolder("C:\\x", mode);
     return listsGiven;
 }
 
 TEST(LogFolder, Is_for_administrators_and_the_account_that_the_installer_noted)
 {
-    EXPECT_THAT(ListsOfNewFolder(), ElementsAre("D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)"));
+    EXPECT_THAT(ListsOfNewFolder(GuardMode::kSession),
+                ElementsAre("D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)"));
     const NotedAccount account(L"S-1-5-21-1-2-3-1001");
     EXPECT_THAT(
-        ListsOfNewFolder(),
+        ListsOfNewFolder(GuardMode::kSession),
         ElementsAre("D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;FA;;;S-1-5-21-1-2-3-1001)"));
+}
+
+// The supervisor of a service runs as SYSTEM. Any other account in the folder is a stranger to it,
+// and then the guard would not believe the log.
+TEST(LogFolder, Of_a_service_is_for_administrators_alone)
+{
+    const NotedAccount account(L"S-1-5-21-1-2-3-1001");
+    EXPECT_THAT(ListsOfNewFolder(GuardMode::kService),
+                ElementsAre("D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)"));
 }
 
 TEST(LogFolder, Is_for_administrators_alone_if_the_note_is_no_account)
 {
     const NotedAccount account(L"nobody");
-    EXPECT_THAT(ListsOfNewFolder(), ElementsAre("D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)"));
+    EXPECT_THAT(ListsOfNewFolder(GuardMode::kSession),
+                ElementsAre("D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)"));
 }
 
 } // namespace
