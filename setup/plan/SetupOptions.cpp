@@ -74,6 +74,11 @@ SetupOptions ReadSetupOptions(const std::vector<std::string>& arguments)
         throw SetupError("Unknown value: /AUTOSTART=" + options.autostart +
                          "\nIt is one of service, session, none.");
     }
+    if (options.autostart == "service" && !options.account.empty()) {
+        throw SetupError(
+            "/ACCOUNT= and /AUTOSTART=service exclude each other: the supervisor of a service runs as "
+            "SYSTEM. With another account in \\Logs the guard would hand no daemon over.");
+    }
     options.root = WithoutLastSeparators(options.root);
     options.folder = WithoutLastSeparators(options.folder);
     return options;

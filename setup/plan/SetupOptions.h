@@ -22,7 +22,8 @@ struct SetupOptions {
 /// Reads the options. Letter case counts. "/D=" takes the rest of the command line, so that its
 /// folder needs no quotation marks. Pure.
 /// @param arguments  without the name of the program
-/// @throws SetupError for an unknown option, or an unknown value of /AUTOSTART=
+/// @throws SetupError for an unknown option, an unknown value of /AUTOSTART=, or /ACCOUNT= with
+///         /AUTOSTART=service
 [[nodiscard]] SetupOptions ReadSetupOptions(const std::vector<std::string>& arguments);
 
 } // namespace vqrx::setup::v0

@@ -51,4 +51,13 @@ TEST(SetupOptions, An_unknown_option_is_refused)
     }
 }
 
+// The supervisor of a service runs as SYSTEM, whatever account is named.
+TEST(SetupOptions, An_account_for_the_supervisor_of_a_service_is_refused)
+{
+    EXPECT_THROW(static_cast<void>(ReadSetupOptions({"/ACCOUNT=video", "/AUTOSTART=service"})),
+                 SetupError);
+    EXPECT_EQ("video", ReadSetupOptions({"/ACCOUNT=video", "/AUTOSTART=session"}).account);
+    EXPECT_EQ("service", ReadSetupOptions({"/AUTOSTART=service"}).autostart);
+}
+
 } // namespace vqrx::test
