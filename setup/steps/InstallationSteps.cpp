@@ -1,5 +1,6 @@
 #include "InstallationSteps.h"
 
+#include "AutostartStep.h"
 #include "EndSupervisorAndGuards.h"
 #include "Installation.h"
 #include "InstalledFiles.h"
@@ -175,23 +176,7 @@ int InstallationSteps::HandOver()
 
 bool InstallationSteps::SetUpAutostart()
 {
-    if (endedGuard_ && options_.noStart && options_.autostart != "none") {
-        conversation_.Say("The guard was ended, too. To start it: daemonctl autostart start\n");
-    }
-    if (options_.autostart == "none") {
-        return change_.Autostart({"remove"});
-    }
-    if (!options_.autostart.empty()) {
-        std::vector<std::string> arguments{"install", "--" + options_.autostart};
-        if (options_.noStart) {
-            arguments.emplace_back("--no-start");
-        }
-        if (options_.allowWeak) {
-            arguments.emplace_back("--trust");
-        }
-        return change_.Autostart(arguments);
-    }
-    return !(change_.Ran() || endedGuard_) || options_.noStart || change_.Autostart({"start"});
+    return v0::SetUpAutostart(options_, change_, endedGuard_, conversation_);
 }
 
 void InstallationSteps::GoBack() noexcept

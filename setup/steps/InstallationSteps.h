@@ -44,9 +44,7 @@ public:
     /// Hands the daemons over. @return one of SetupExitCode
     [[nodiscard]] int HandOver();
 
-    /// Sets up what Windows starts at power-on, as the options say. Without such an option a guard
-    /// that is set up and ran is started again.
-    /// @return whether that succeeded; the conversation has the reason
+    /// Sets up what Windows starts at power-on, see vqrx::setup::v0::SetUpAutostart().
     [[nodiscard]] bool SetUpAutostart();
 
     /// Takes all steps back, in reverse order. If the supervisor was ended, the former one is

@@ -5,6 +5,7 @@ import windows_machine as machine
 from installation import OWN_KEY, InstallationTest
 
 RUN_KEY = r"HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Run"
+SERVICE_KEY = r"HKLM\SYSTEM\CurrentControlSet\Services\DaemonGuard"
 
 
 class Guarding(InstallationTest):
@@ -12,6 +13,10 @@ class Guarding(InstallationTest):
         self.install_below_root("/AUTOSTART=session")
         self.addCleanup(machine.end_processes, "DaemonGuard.exe")
         self.assertEqual(self.daemonctl("wait", "--for", "supervisor")[0], 0)
+
+    def write_fleet(self, path):
+        worker = machine.windows_path(machine.BUILD / "tests/programs/no_windows.exe")
+        machine.host_path(path).write_text(f'"{worker}"\n', encoding="utf-8")
 
     def log_of(self, program):
         return (machine.host_path(self.ROOT) / f"Logs/{program}.log").read_bytes()
@@ -76,6 +81,35 @@ class Guarding(InstallationTest):
         self.assertEqual(len(after), 1)
         self.assertEqual(before & after, set())
         self.assertEqual(self.daemonctl("wait", "--for", "supervisor")[0], 0)
+
+    def test_an_upgrade_with_AUTOSTART_keeps_the_fleet_file_and_the_trust(self):
+        fleet = self.ROOT + r"\App\my fleet.txt"
+        options = f'--fleet "{fleet}" --trust'
+        guard = f'"{self.folder}\\DaemonGuard.exe"'
+        self.install_below_root("/NOSTART")
+        self.write_fleet(fleet)
+        self.assertEqual(self.daemonctl("autostart", "install", "--session", "--no-start", "--trust",
+                                        "--fleet", fleet)[0], 0)
+        self.assertEqual(machine.value(RUN_KEY, "DaemonGuard"), f"{guard} --session {options}")
+        self.assertEqual(self.install("/NOSTART", "/AUTOSTART=session"), 0, self.said)
+        self.assertEqual(machine.value(RUN_KEY, "DaemonGuard"), f"{guard} --session {options}")
+        self.assertEqual(self.install("/NOSTART", "/AUTOSTART=service"), 0, self.said)
+        self.assertEqual(machine.value(SERVICE_KEY, "ImagePath"), f"{guard} --service {options}")
+
+    def test_a_guard_runs_again_also_if_its_fleet_file_is_gone_at_the_upgrade(self):
+        self.install_guard()
+        fleet = self.ROOT + r"\App\my fleet.txt"
+        self.write_fleet(fleet)
+        self.assertEqual(self.daemonctl("autostart", "install", "--session", "--no-start",
+                                        "--fleet", fleet)[0], 0)
+        machine.host_path(fleet).unlink()
+        before = machine.processes("DaemonGuard.exe")
+        self.assertEqual(self.install("/AUTOSTART=session"), 3, self.said)
+        self.assertIn(f"{fleet} does not exist", self.said)
+        self.assertIn(fleet, machine.value(RUN_KEY, "DaemonGuard"))
+        after = machine.processes("DaemonGuard.exe")
+        self.assertEqual(len(after), 1)
+        self.assertEqual(before & after, set())
 
     def test_an_upgrade_without_a_start_says_that_it_ended_a_guard_that_waits(self):
         self.install_guard()

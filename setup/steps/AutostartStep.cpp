@@ -1,0 +1,44 @@
+#include "AutostartStep.h"
+
+#include "Autostart.h"
+#include "AutostartArguments.h"
+
+#include <vector>
+
+namespace vqrx::setup::v0 {
+namespace {
+
+// @return the arguments of the guard that is set up; if there is none, those without options
+client::v0::GuardArguments ArgumentsOfPresentEntry()
+{
+    for (const client::v0::AutostartEntry& entry : client::v0::ReadAutostart()) {
+        if (const auto command = client::v0::ParseGuardCommand(entry.commandLine)) {
+            return command->arguments;
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+bool SetUpAutostart(const SetupOptions& options, const SupervisorChange& change, bool endedGuard,
+                    Conversation& conversation)
+{
+    if (endedGuard && options.noStart && options.autostart != "none") {
+        conversation.Say("The guard was ended, too. To start it: daemonctl autostart start\n");
+    }
+    const bool startAgain = (change.Ran() || endedGuard) && !options.noStart;
+    if (options.autostart.empty()) {
+        return !startAgain || change.Autostart({"start"});
+    }
+    const client::v0::GuardArguments former = ArgumentsOfPresentEntry();
+    if (change.Autostart(AutostartArguments(options, former.fleet, former.trust))) {
+        return true;
+    }
+    if (startAgain) { // the machine keeps the entry that it has
+        static_cast<void>(change.Autostart({"start"}));
+    }
+    return false;
+}
+
+} // namespace vqrx::setup::v0

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Conversation.h"
+#include "SetupOptions.h"
+#include "SupervisorChange.h"
+
+namespace vqrx::setup::v0 {
+
+/// Sets up what Windows starts at power-on, as the options say. A guard that is set up keeps its
+/// fleet file and its --trust. Without such an option, and if the new entry cannot be made, a guard
+/// that is set up and ran is started again.
+/// @param change      the supervisor that was replaced, if one ran
+/// @param endedGuard  whether a guard was ended that did not end with the supervisor
+/// @return whether that succeeded; the conversation has the reason
+/// @throws SetupError if daemonctl cannot be started; std::runtime_error if Windows does not show
+///         the present entry
+[[nodiscard]] bool SetUpAutostart(const SetupOptions& options, const SupervisorChange& change,
+                                  bool endedGuard, Conversation& conversation);
+
+} // namespace vqrx::setup::v0
