@@ -7,6 +7,8 @@
 #include "SystemPlaces.h"
 
 #include <exception>
+#include <functional>
+#include <string>
 
 namespace vqrx::setup::v0 {
 namespace {
@@ -30,16 +32,26 @@ void Fail(Conversation& conversation, const char* reason)
     conversation.Say(std::string("Not installed. ") + reason + "\n");
 }
 
-// Does what follows when the new files are in their places. @return one of SetupExitCode
-int Complete(InstallationSteps& steps, Conversation& conversation)
+// Runs a step for which the new files must be in their places.
+// @return the result of the step, one of SetupExitCode
+int RunLateStep(const std::function<int()>& step, Conversation& conversation)
 {
     try {
-        const int result = steps.HandOver();
-        return steps.SetUpAutostart() ? result : kSetupIncomplete;
+        return step();
     } catch (const std::exception& error) {
         conversation.Say(std::string("Installed, but not completely. ") + error.what() + "\n");
         return kSetupIncomplete;
     }
+}
+
+// A guard must run again also after a hand-over that failed. @return one of SetupExitCode
+int Complete(InstallationSteps& steps, Conversation& conversation)
+{
+    const int handedOver = RunLateStep([&] { return steps.HandOver(); }, conversation);
+    const int setUp =
+        RunLateStep([&]() -> int { return steps.SetUpAutostart() ? kSetupDone : kSetupIncomplete; },
+                    conversation);
+    return setUp == kSetupDone ? handedOver : setUp;
 }
 
 } // namespace

@@ -101,6 +101,23 @@ class Failure(InstallationTest):
         self.assertNotIn("Not installed", self.said)
         self.install_below_root()  # mends it, and the end of the test removes it
 
+    def test_the_guard_is_looked_after_also_if_the_hand_over_cannot_be_tried(self):
+        self.install_below_root()
+        supervisor = self.supervisor()
+        # This program renames itself when the new supervisor answers, so the hand-over cannot call it.
+        vanishing = installer_with("daemonctl.exe",
+                                   (machine.BUILD / "tests/programs/forwards.exe").read_bytes(),
+                                   {"real.exe": (machine.BUILD / "bin/daemonctl.exe").read_bytes(),
+                                    "vanish.txt": b"detach"})
+        code, self.said = machine.call(str(vanishing), "/S")
+        self.assertEqual(supervisor.end(), 0)
+        self.assertEqual(code, 3, self.said)
+        # The hand-over, and the start of the guard after that.
+        self.assertEqual(self.said.count("Installed, but not completely. "), 2, self.said)
+        self.assertNotIn("Not installed", self.said)
+        machine.end_processes("DaemonManager.exe")
+        self.install_below_root()  # mends it, and the end of the test removes it
+
     def test_an_installation_that_cannot_unpack_leaves_the_old_supervisor_running(self):
         self.install_below_root()
         supervisor = self.supervisor()

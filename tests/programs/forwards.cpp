@@ -1,7 +1,10 @@
 // Child program in the place of another one, which lies beside it as "real.exe". Appends its
 // arguments, as one line, to the file "calls.txt" beside it, and runs the other program with them.
-// If the arguments begin with the content of the file "refuse.txt" beside it, it ends with exit
-// code 4 instead; if the last two are "--output FILE", it writes half a list into that file before.
+// If the arguments begin with the content of the file "refuse.txt" beside it, it ends with the exit
+// code in "refuse_code.txt", or 4, instead; if the last two are "--output FILE", it writes half a
+// list into that file before. If the arguments begin with the content of the file "vanish.txt"
+// beside it, and the other program ends with exit code 1, it renames itself, so that nobody can
+// start it any more.
 #include "ChildProgram.h"
 
 #include <iterator>
@@ -22,7 +25,11 @@ int main(int argc, char** argv)
         if (argc > 2 && std::string(argv[argc - 2]) == "--output") {
             std::ofstream(argv[argc - 1]) << "[{";
         }
-        return 4;
+        int refusal = 4;
+        if (std::ifstream code(folder + "refuse_code.txt"); code) {
+            code >> refusal;
+        }
+        return refusal;
     }
     STARTUPINFOA startup{};
     startup.cb = sizeof startup;
@@ -36,5 +43,10 @@ int main(int argc, char** argv)
     GetExitCodeProcess(started.hProcess, &code);
     CloseHandle(started.hThread);
     CloseHandle(started.hProcess);
+    std::ifstream vanish(folder + "vanish.txt");
+    if (code == 1 && vanish &&
+        words.starts_with(std::string(std::istreambuf_iterator<char>(vanish), {}))) {
+        MoveFileA(path.c_str(), (folder + "vanished.exe").c_str());
+    }
     return static_cast<int>(code);
 }
