@@ -122,4 +122,15 @@ bool EndGuards(const std::string& folder, const GuardLimits& limits, bool& hasEn
     return hadToBeEnded;
 }
 
+void StopGuardService(const std::string& folder, bool& hasEnded)
+{
+    for (const Guard& guard : GuardsOf(folder)) {
+        if (StopService(guard, GuardLimits().stopRequestMs)) {
+            hasEnded = true;
+            static_cast<void>(
+                Ends(guard, kServiceEndMs)); // EndGuards() deals with one that runs on
+        }
+    }
+}
+
 } // namespace vqrx::setup::v0

@@ -29,4 +29,11 @@ struct GuardLimits {
 /// @throws SetupError if a guard runs on
 [[nodiscard]] bool EndGuards(const std::string& folder, const GuardLimits& limits, bool& hasEnded);
 
+/// Stops the service of a guard, if a guard of this folder is one, and waits for its end. Such a
+/// guard ends its supervisor in order, also one that programs of this session do not find.
+/// @param folder    folder of the programs, UTF-8
+/// @param hasEnded  becomes true when a service takes the request
+/// @throws SetupError if a guard cannot be opened
+void StopGuardService(const std::string& folder, bool& hasEnded);
+
 } // namespace vqrx::setup::v0

@@ -19,6 +19,7 @@ constexpr std::uint32_t kSupervisorAnswered = 1; // exit code of a detach withou
 
 constexpr std::uint32_t kClientDone = 0;
 constexpr std::uint32_t kNothingToHandOver = 1;
+constexpr std::uint32_t kNotFound = 3; // no supervisor is published in this session
 constexpr std::uint32_t kNothingSetUp = 1;
 
 // The supervisor finishes a stop that is under way before it ends, which may take a minute.
@@ -65,7 +66,7 @@ void SupervisorChange::TestRights(const std::string& program) const
     }
 }
 
-void SupervisorChange::End(const std::string& listing)
+void SupervisorChange::End(const std::string& listing, const std::function<void()>& ifNotFound)
 {
     if (!Ran()) {
         return;
@@ -78,16 +79,13 @@ void SupervisorChange::End(const std::string& listing)
         DeleteOrLater(listing); // a list that is not whole would lose daemons
     }
     const ProgramAnswer answer = Client({"exit"});
+    if (answer.exitCode == kNotFound && !WaitForAll(0)) {
+        ifNotFound();
+    }
     if (!WaitForAll(kEndLimitMs)) {
         DeleteOrLater(listing);
         listing_.clear();
-        const std::string process = "process " + std::to_string(former_.front().Id());
-        throw SetupError(
-            (Answers() ? "The supervisor, " + process + ", could not be ended. It runs on."
-                       : "The supervisor, " + process +
-                             ", still runs, but takes no calls any more. It ends later, by itself "
-                             "or after Esc in its window. Start a supervisor after that.") +
-            " Nothing was replaced.\n" + answer.output);
+        throw SetupError(WhyItRuns() + " Nothing was replaced.\n" + answer.output);
     }
     ended_ = true;
 }
@@ -192,6 +190,23 @@ bool SupervisorChange::Autostart(const std::vector<std::string>& arguments) cons
                                 std::to_string(answer.exitCode) + "):\n" + answer.output);
     }
     return isDone;
+}
+
+std::string SupervisorChange::WhyItRuns() const
+{
+    const FormerProcess& former = former_.front();
+    const std::string supervisor = "The supervisor, process " + std::to_string(former.Id()) + ", ";
+    if (Answers()) {
+        return supervisor + "could not be ended. It runs on.";
+    }
+    if (former.Rights().session != RightsOfProcess(GetCurrentProcess()).session) {
+        return supervisor + "runs on in session " + std::to_string(former.Rights().session) +
+               ", where programs of this session do not reach it. End it there.";
+    }
+    return supervisor +
+           "still runs, but takes no calls any more. It ends later, by itself or after Esc in its "
+           "window, and then a guard ends, too. After that: daemonctl autostart start, or start a "
+           "supervisor yourself.";
 }
 
 ProgramAnswer SupervisorChange::Client(const std::vector<std::string>& arguments) const

@@ -44,11 +44,13 @@ public:
     void TestRights(const std::string& program) const;
 
     /// Lists the daemons and ends the supervisor; they run on. Returns after its process has ended.
-    /// @param listing  the file for the list; it must not exist. If this function fails, or
-    ///                 daemonctl cannot list the daemons, nothing is left of the file
+    /// @param listing     the file for the list; it must not exist. If this function fails, or
+    ///                    daemonctl cannot list the daemons, nothing is left of the file
+    /// @param ifNotFound  called if the process runs, but daemonctl does not find its object: it
+    ///                    may run in the session of the services
     /// @throws SetupError if the process did not end within four minutes; the text says whether it
     ///         runs on or ends later
-    void End(const std::string& listing);
+    void End(const std::string& listing, const std::function<void()>& ifNotFound);
 
     /// Starts a supervisor with the account and the rights of the one that ran, and waits until it
     /// answers.
@@ -83,6 +85,7 @@ public:
 private:
     [[nodiscard]] ProgramAnswer Client(const std::vector<std::string>& arguments) const;
     [[nodiscard]] bool Answers() const;
+    [[nodiscard]] std::string WhyItRuns() const; ///< after an order to exit
     [[nodiscard]] bool WaitForAll(DWORD limitMs) const;
 
     std::reference_wrapper<Conversation> conversation_;

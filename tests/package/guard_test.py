@@ -30,13 +30,15 @@ class Guarding(InstallationTest):
         machine.wait_until(lambda: b"Next start of the supervisor in 8 s" in self.log_of("DaemonGuard"),
                            "the guard waits")
 
-    def put_a_witness_in_the_place_of_daemonctl(self, refused):
+    def put_a_witness_in_the_place_of_daemonctl(self, refused, code=4):
         """Puts a program in the place of daemonctl that notes all calls, and refuses one.
+        @param code  the exit code of the call that is refused
         @return a function that puts daemonctl back, and returns the calls"""
         folder = machine.host_path(self.folder)
         (folder / "daemonctl.exe").rename(folder / "real.exe")
         shutil.copy(machine.BUILD / "tests/programs/forwards.exe", folder / "daemonctl.exe")
         (folder / "refuse.txt").write_text(refused, encoding="utf-8")
+        (folder / "refuse_code.txt").write_text(str(code), encoding="utf-8")
 
         def put_back():
             calls = (folder / "calls.txt").read_text(encoding="utf-8").splitlines()
@@ -62,6 +64,21 @@ class Guarding(InstallationTest):
         self.assertEqual(len(machine.processes("DaemonGuard.exe")), 1)
         self.assertNotEqual(machine.processes("DaemonGuard.exe"), before)
         self.assertEqual(machine.processes("no_windows.exe"), {worker})
+
+    def test_removal_stops_a_service_whose_supervisor_is_not_found_in_this_session(self):
+        self.install_below_root("/AUTOSTART=service")
+        self.addCleanup(machine.end_processes, "DaemonGuard.exe")
+        self.assertEqual(self.daemonctl("wait", "--for", "supervisor")[0], 0)
+        worker = self.launch_worker("stays")
+        # Wine has one session, so a witness gives the answer that a desktop gets.
+        put_back = self.put_a_witness_in_the_place_of_daemonctl("exit", code=3)
+        code, said = machine.call(self.installed("Uninstall.exe"), "/S", "/KEEPLOG")
+        put_back()
+        self.assertEqual(code, 0, said)
+        self.is_installed = False
+        self.assertEqual(machine.processes("DaemonManager.exe"), set())
+        self.assertIn(worker, machine.processes("no_windows.exe"))
+        self.assertIn(b"its daemons run on", self.log_of("DaemonGuard"))
 
     def test_removal_ends_a_guard_that_waits_between_two_starts(self):
         self.install_guard()
