@@ -106,7 +106,8 @@ std::vector<std::string> ListingNotes(const std::vector<DaemonStatus>& daemons,
     if (has([](const DaemonStatus& daemon) { return !daemon.inLog; })) {
         notes.emplace_back(
             "the log no longer shows the start of a process, so its id is not known: "
-            "the log was emptied, or newer records have overwritten the start");
+            "the log was emptied, newer records have overwritten the start, or the log is damaged "
+            "(daemonctl log)");
     } else if (!run.beginningSeen) {
         notes.emplace_back(
             "the log does not reach back to the start of the supervisor; a daemon that "

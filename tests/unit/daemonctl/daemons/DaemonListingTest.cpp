@@ -107,7 +107,10 @@ TEST(DaemonListing, Notes_say_what_the_log_does_not_show)
     auto daemons = SomeDaemons(); // one that runs, one that never ran, one that is not in the log
     auto notes = ListingNotes(daemons, run);
     ASSERT_EQ(notes.size(), 2U);
-    EXPECT_EQ(notes[0].find("the log no longer shows the start of a process"), 0U);
+    EXPECT_EQ(notes[0],
+              "the log no longer shows the start of a process, so its id is not known: the log was "
+              "emptied, newer records have overwritten the start, or the log is damaged (daemonctl "
+              "log)");
     EXPECT_EQ(notes[1].find("a daemon that never ran has an id that no record shows"), 0U);
     daemons.resize(1);
     EXPECT_TRUE(ListingNotes(daemons, run).empty());
