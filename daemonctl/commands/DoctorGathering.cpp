@@ -3,8 +3,12 @@
 #include "Bounded.h"
 #include "ExitReason.h"
 #include "GatherAutostart.h"
+#include "HandOver.h"
 #include "InstalledPaths.h"
+#include "LaunchedDaemon.h"
 #include "LogFile.h"
+#include "ProgramOfCommand.h"
+#include "ScanDamage.h"
 #include "ThisMachine.h"
 #include "TimeText.h"
 #include "TimelineBuilder.h"
@@ -40,7 +44,8 @@ FirewallRulesFacts RulesOrTimeout()
 // Returns the running daemons. If the log cannot be read, these are the supervisor's child
 // processes only.
 // @param logIsThere  set to whether the log shows the running supervisor
-std::vector<DaemonStatus> RunningDaemons(bool& logIsThere)
+// @param unwatched   set to the number of programs that run on from former supervisors
+std::vector<DaemonStatus> RunningDaemons(bool& logIsThere, std::size_t& unwatched)
 {
     const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
     Timeline timeline;
@@ -52,6 +57,7 @@ std::vector<DaemonStatus> RunningDaemons(bool& logIsThere)
         run = RunOfThisMachine(timeline);
         source = SourceOfThisMachine();
         logIsThere = true;
+        unwatched = CountUnwatched(timeline, RunOfThisMachine(timeline));
     } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch): see above
         source.arguments = ArgumentsOfProcess;
     }
@@ -61,8 +67,12 @@ std::vector<DaemonStatus> RunningDaemons(bool& logIsThere)
 TroubledDaemon DescribeTrouble(const DaemonStatus& daemon)
 {
     TroubledDaemon troubled;
+    troubled.id = daemon.id;
     troubled.command = WithoutBlank(daemon.command);
     troubled.cannotStart = daemon.state == RunState::kCannotStart;
+    if (troubled.cannotStart) {
+        troubled.obstacles = WarningsAboutProgram(ProgramPathOf(daemon.command));
+    }
     troubled.restartsLastHour = daemon.recent.lastHour;
     troubled.lastExit = daemon.lastExit ? ReadableReason(daemon.lastExit->reason) : std::string();
     return troubled;
@@ -73,7 +83,7 @@ std::vector<std::string> AddDaemons(DoctorFacts& facts)
 {
     std::vector<std::string> programs;
     bool logIsThere = false;
-    for (const DaemonStatus& daemon : RunningDaemons(logIsThere)) {
+    for (const DaemonStatus& daemon : RunningDaemons(logIsThere, facts.daemons.unwatched)) {
         if (daemon.Runs() && !daemon.process.image.empty()) {
             programs.push_back(daemon.process.image);
         }
@@ -106,6 +116,18 @@ std::optional<bool> LogIsCurrent(const SupervisorFacts& supervisor)
         return ShowsRunOfProcess(ReadTimeline(), process.createdMs);
     } catch (const LogUnreadable&) {
         return false;
+    }
+}
+
+// Reads the log as a whole. @return what of it cannot be read; empty also if it cannot be opened,
+// which other facts show
+std::string DamageOfLog(const std::string& logFile)
+{
+    try {
+        return DescribeDamage(
+            ReadLogFile(logFile, TextEncoding::kAuto, [](const Record& /*record*/) {}));
+    } catch (const std::runtime_error&) {
+        return {};
     }
 }
 
@@ -143,6 +165,7 @@ DoctorFacts GatherDoctorFacts()
     facts.proxy = GatherProxyFacts();
     facts.supervisor = GatherSupervisorFacts();
     facts.installation.logIsCurrent = LogIsCurrent(facts.supervisor);
+    facts.installation.logDamage = DamageOfLog(facts.installation.logFile);
     facts.firewallService = GatherFirewallServiceFacts();
     facts.firewallRules = RulesOrTimeout();
     facts.rights = GatherRightsFacts(facts.installation.root, AddDaemons(facts));

@@ -48,14 +48,19 @@ void WarnOf(const std::string& warning)
 
 } // namespace
 
-void WarnAboutProgram(const std::string& path, std::uint32_t daemonId)
+std::vector<std::string> WarningsAboutProgram(const std::string& path)
 {
     std::string appFolder;
     try {
         appFolder = DefaultAppFolder();
     } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch): then it is not known
     }
-    const std::vector<std::string> warnings = WarningsAboutPath(path, appFolder, KindOfPath);
+    return WarningsAboutPath(path, appFolder, KindOfPath);
+}
+
+void WarnAboutProgram(const std::string& path, std::uint32_t daemonId)
+{
+    const std::vector<std::string> warnings = WarningsAboutProgram(path);
     for (const std::string& warning : warnings) {
         WarnOf(warning);
     }

@@ -2,8 +2,14 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace vqrx::client::v0 {
+
+/// Finds out what speaks against starting a program by this path on this machine.
+/// @param path  UTF-8
+/// @return as WarningsAboutPath()
+[[nodiscard]] std::vector<std::string> WarningsAboutProgram(const std::string& path);
 
 /// Prints warnings about a program that was given to the supervisor, on standard error: the path is
 /// relative, or no file is there. The supervisor accepts any path and tries it every second.

@@ -2,6 +2,7 @@
 
 #include "ExitCode.h"
 #include "NextStep.h"
+#include "ScanDamage.h"
 
 #include <iostream>
 #include <new>
@@ -12,36 +13,6 @@ namespace {
 
 constexpr const char* kAnotherLog = "Name another log: --file FILE";
 constexpr const char* kRestWasRead = "All other lines were read; there is nothing to do.";
-
-std::string Lines(std::uint64_t count)
-{
-    return std::to_string(count) + (count == 1 ? " line" : " lines");
-}
-
-std::string DescribeDamage(const ScanSummary& summary)
-{
-    if (summary.isEmpty) {
-        return "the file is empty";
-    }
-    if (summary.records == 0) {
-        return "no record in " + Lines(summary.unreadable + summary.torn) +
-               ": this is not a log file of the supervisor";
-    }
-    std::string text;
-    const auto append = [&text](const std::string& part) {
-        text += (text.empty() ? "" : "; ") + part;
-    };
-    if (summary.headerDamaged) {
-        append("the header is damaged; the numbers of the records give their order");
-    }
-    if (summary.unreadable != 0) {
-        append(Lines(summary.unreadable) + " could not be read");
-    }
-    if (summary.damaged != 0) {
-        append("number or date of " + Lines(summary.damaged) + " could not be read");
-    }
-    return text;
-}
 
 std::string StepAfterFailure(const LogOptions& options)
 {

@@ -75,7 +75,8 @@ int Ps(const PsOptions& options)
 {
     // First the processes: the supervisor makes a process before it logs the start.
     const auto children = ChildrenOfSupervisor();
-    const auto [run, nowMs, daemons] = DaemonsIn(ReadTimeline(options.log), children);
+    const Timeline timeline = ReadTimeline(options.log);
+    const auto [run, nowMs, daemons] = DaemonsIn(timeline, children);
     if (!options.output.empty()) {
         return WriteListing(options.output, ListingJson(daemons, nowMs, DM_VERSION));
     }
@@ -85,6 +86,7 @@ int Ps(const PsOptions& options)
         PrintTable(daemons, nowMs, options.colour);
     }
     PrintNotes(daemons, run);
+    PrintUnwatchedOf(timeline);
     return kDone;
 }
 

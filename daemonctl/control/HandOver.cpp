@@ -3,9 +3,11 @@
 #include "HandOverLock.h"
 #include "HeldProcess.h"
 #include "InstalledPaths.h"
+#include "LeftProcesses.h"
 #include "LetterCase.h"
 #include "Printable.h"
 #include "ProcessList.h"
+#include "SupervisorProcesses.h"
 #include "ThisMachine.h"
 #include "TimeText.h"
 #include "Utf8.h"
@@ -182,6 +184,19 @@ HandOverCount HandOver(SupervisorClient& supervisor, const HandOverOptions& opti
     HandOverCount count = handing.Count();
     count.formerRunSeen = timeline.runs.size() > 1;
     return count;
+}
+
+std::size_t CountUnwatched(const Timeline& timeline, const SupervisorRun& current)
+{
+    if (LastFormerRun(timeline, current) == nullptr || SupervisorProcesses().Running().size() > 1) {
+        return 0;
+    }
+    const auto plan =
+        PlanReattachment(timeline, current, {}, SourceOfThisMachine(), FamilyOfThisMachine({}));
+    return static_cast<std::size_t>(
+        std::count_if(plan.begin(), plan.end(), [](const FormerDaemon& former) {
+            return former.plan == HandOverPlan::kAttach;
+        }));
 }
 
 HandOverCount ReportUnwatched(const Reporter& reporter)

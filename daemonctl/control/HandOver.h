@@ -55,6 +55,14 @@ struct HandOverCount {
 [[nodiscard]] HandOverCount HandOver(daemon_manager::SupervisorClient& supervisor,
                                      const HandOverOptions& options, const Reporter& reporter);
 
+/// Counts the programs of former supervisors that run on, and that HandOver() would attach. Cheap
+/// if the log shows no former run with daemons; else asks Windows about each of its last processes.
+/// @param timeline  of the log
+/// @param current   the run of the running supervisor; a reference into `timeline`
+/// @return 0 while a former supervisor still ends, because it still watches them
+/// @throws std::bad_alloc; ProcessListUnreadable
+[[nodiscard]] std::size_t CountUnwatched(const Timeline& timeline, const SupervisorRun& current);
+
 /// Reports what runs on from former supervisors while no supervisor runs.
 /// @return what the next supervisor would get
 /// @throws LogUnreadable; std::bad_alloc

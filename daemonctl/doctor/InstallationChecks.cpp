@@ -21,15 +21,18 @@ bool IsMissing(std::uint32_t error)
     return error == kFileNotFound || error == kPathNotFound;
 }
 
+Finding WithWarning(const Finding& log, const std::string& text, const std::string& remedy)
+{
+    return Warning(log.check.c_str(), log.text + "\n" + text,
+                   (log.remedy.empty() ? "" : log.remedy + " ") + remedy);
+}
+
 // Adds to the finding about the log that a damaged log lies beside it.
 Finding WithDamagedLog(const Finding& log, const std::string& damagedLog)
 {
-    return Warning(log.check.c_str(),
-                   log.text + "\n" + damagedLog +
-                       ": the supervisor could not read this log and began a new one",
-                   (log.remedy.empty() ? "" : log.remedy + " ") +
-                       "Read the damaged log, then delete it: daemonctl log --file \"" +
-                       damagedLog + "\"");
+    return WithWarning(
+        log, damagedLog + ": the supervisor could not read this log and began a new one",
+        "Read the damaged log, then delete it: daemonctl log --file \"" + damagedLog + "\"");
 }
 
 bool IsAbsolute(const std::string& path)
@@ -150,6 +153,11 @@ Finding JudgeLog(const InstallationFacts& facts)
                           "only " + std::to_string(*facts.freeBytes) +
                               " bytes are free on the disk of " + facts.logFile,
                           "Free disk space: the log grows to 1 MiB.");
+    }
+    if (!facts.logDamage.empty()) {
+        finding = WithWarning(finding, facts.logFile + ": " + facts.logDamage,
+                              "The rest of the log can be read, and newer records overwrite the "
+                              "damage. If damage comes again, look at disk and power supply.");
     }
     for (const std::string& damagedLog : facts.damagedLogs) {
         finding = WithDamagedLog(finding, damagedLog);

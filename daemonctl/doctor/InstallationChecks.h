@@ -35,6 +35,9 @@ struct InstallationFacts {
     std::string logFile;            ///< path of the log file
     std::uint32_t logFileError = 0; ///< Windows error of opening the log file for writing
     std::vector<std::string> damagedLogs; ///< paths of the damaged logs that were set aside
+    /// What of the log cannot be read (DescribeDamage); empty: nothing, or the log cannot be
+    /// opened. GatherInstallationFacts() leaves it unset.
+    std::string logDamage;
     /// Whether the log shows the run of the running supervisor; nothing if no supervisor answers,
     /// or if it is not known which process it is. GatherInstallationFacts() leaves it unset.
     std::optional<bool> logIsCurrent;
@@ -56,7 +59,7 @@ struct InstallationFacts {
 [[nodiscard]] Finding JudgeApp(const InstallationFacts& facts);
 
 /// The check "log-folder": whether the log can be written and is written, its disk has room for it,
-/// and no damaged log was set aside.
+/// all of it can be read, and no damaged log was set aside.
 [[nodiscard]] Finding JudgeLog(const InstallationFacts& facts);
 
 } // namespace vqrx::client::v0

@@ -28,7 +28,12 @@ std::string WithoutFolder(const std::string& command)
 
 std::string ProgramNameOf(const std::string& command)
 {
-    return WithoutFolder(command.substr(0, EndOfPath(command)));
+    return WithoutFolder(ProgramPathOf(command));
+}
+
+std::string ProgramPathOf(const std::string& command)
+{
+    return command.substr(0, EndOfPath(command));
 }
 
 } // namespace vqrx::client::v0

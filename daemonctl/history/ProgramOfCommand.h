@@ -14,4 +14,7 @@ namespace vqrx::client::v0 {
 /// Returns the file name of the program: "a.exe" for "C:\My App\a.exe -x". Pure.
 [[nodiscard]] std::string ProgramNameOf(const std::string& command);
 
+/// Returns the path of the program: "C:\My App\a.exe" for "C:\My App\a.exe -x". Pure.
+[[nodiscard]] std::string ProgramPathOf(const std::string& command);
+
 } // namespace vqrx::client::v0

@@ -94,6 +94,26 @@ TEST_F(HandOver, Daemon_whose_start_the_log_does_not_show_is_found_by_its_parent
     EXPECT_EQ(Daemonctl("reattach --outside").exitCode, 1U);
 }
 
+TEST_F(HandOver, Ps_and_doctor_count_the_programs_that_run_unwatched_beside_a_new_supervisor)
+{
+    ASSERT_NE(Launch("1"), 0U);
+    const std::string note = "program of the former supervisor runs unwatched";
+    EXPECT_EQ(Daemonctl("ps").error.find(note), std::string::npos);
+    KillSupervisor();
+    StartNew();
+    // Until the new supervisor has written its first record, the log does not show it.
+    EXPECT_TRUE(WaitUntil([&] {
+        return Daemonctl("ps").error == "daemonctl: 1 " + note + ": daemonctl reattach\n";
+    })) << Daemonctl("ps");
+    const std::string doctor = Daemonctl("doctor").output;
+    EXPECT_NE(doctor.find("0 daemons, 0 in trouble\n"), std::string::npos) << doctor;
+    EXPECT_NE(doctor.find("1 " + note + "\n"), std::string::npos) << doctor;
+    EXPECT_EQ(Daemonctl("reattach --outside").exitCode, 0U);
+    const Answer attached = Daemonctl("ps");
+    EXPECT_EQ(attached.exitCode, 0U);
+    EXPECT_EQ(attached.error.find(note), std::string::npos) << attached;
+}
+
 // As beside a guard: both would find that the process is no daemon, and both would attach it.
 TEST_F(HandOver, Reattach_waits_until_another_program_has_handed_over)
 {

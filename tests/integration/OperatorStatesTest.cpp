@@ -43,6 +43,7 @@ TEST(OperatorStates, Crash_loop_is_a_state_of_its_own_in_ps_check_doctor_and_rep
                                   "\\d+ restarts in the last hour, last exit: exit code 3\n"));
     const Answer doctor = Daemonctl("doctor");
     EXPECT_NE(doctor.output.find("1 daemon, 1 in trouble"), std::string::npos) << doctor;
+    EXPECT_NE(doctor.output.find("daemon 0 ends again and again"), std::string::npos) << doctor;
     const std::string page = supervisor.Root() + "\\page.html";
     EXPECT_EQ(Daemonctl("report --output " + page).exitCode, 0U);
     EXPECT_NE(ReadText(page).find("was restarted"), std::string::npos);
@@ -76,6 +77,21 @@ TEST(OperatorStates, Metrics_show_a_damaged_log_under_each_name_that_the_supervi
         EXPECT_TRUE(showsDamage()) << ending;
         std::filesystem::remove(damaged);
     }
+}
+
+TEST(OperatorStates, Doctor_says_why_a_program_cannot_start_and_what_of_the_log_is_damaged)
+{
+    const SupervisorProcess supervisor;
+    EXPECT_EQ(Daemonctl("launch C:\\no\\such.exe -x").exitCode, 0U);
+    ASSERT_TRUE(supervisor.WaitForLog(1, "Unable to start C:\\no\\such.exe -x "));
+    ASSERT_TRUE(OverwriteRecord(supervisor.LogFile(), "0;")); // the number of the first record
+    const std::string doctor = Daemonctl("doctor").output;
+    EXPECT_NE(doctor.find("a daemon without a known id cannot be started: C:\\no\\such.exe -x\n"),
+              std::string::npos)
+        << doctor;
+    EXPECT_NE(doctor.find("C:\\no\\such.exe does not exist; "), std::string::npos) << doctor;
+    EXPECT_NE(doctor.find(supervisor.LogFile() + ": 1 line could not be read\n"), std::string::npos)
+        << doctor;
 }
 
 TEST(OperatorStates, Other_names_of_commands_work_or_name_the_right_command)

@@ -9,26 +9,44 @@ using namespace client::v0;
 
 TEST(JudgeDaemons, Daemons_that_run_are_counted)
 {
-    const Finding finding = JudgeDaemons({true, 1, {}});
+    const Finding finding = JudgeDaemons({true, 1, {}, 0});
     EXPECT_EQ(finding.verdict, Verdict::kOk);
     EXPECT_EQ(finding.text, "1 daemon, 0 in trouble");
 }
 
 TEST(JudgeDaemons, Crash_loop_and_missing_program_are_warnings_with_the_reason)
 {
-    const Finding finding = JudgeDaemons({true,
-                                          3,
-                                          {{"C:\\a.exe -x", false, 41, "Access violation"},
-                                           {"C:\\b.exe", false, 5, ""},
-                                           {"C:\\no.exe", true, 0, ""}}});
+    const Finding finding =
+        JudgeDaemons({true,
+                      3,
+                      {{7, "C:\\a.exe -x", false, 41, "Access violation", {}},
+                       {0, "C:\\b.exe", false, 5, "", {}},
+                       {std::nullopt, "C:\\no.exe -y", true, 0, "", {"C:\\no.exe does not exist"}}},
+                      0});
     EXPECT_EQ(finding.verdict, Verdict::kWarning);
-    EXPECT_EQ(finding.text,
-              "3 daemons, 3 in trouble\n"
-              "ends again and again, 41 restarts in the last hour, last exit: Access violation: "
-              "C:\\a.exe -x\n"
-              "ends again and again, 5 restarts in the last hour: C:\\b.exe\n"
-              "cannot be started: C:\\no.exe");
-    EXPECT_NE(finding.remedy.find("daemonctl log --level 1 --since 1h"), std::string::npos);
+    EXPECT_EQ(
+        finding.text,
+        "3 daemons, 3 in trouble\n"
+        "daemon 7 ends again and again, 41 restarts in the last hour, last exit: Access violation: "
+        "C:\\a.exe -x\n"
+        "daemon 0 ends again and again, 5 restarts in the last hour: C:\\b.exe\n"
+        "a daemon without a known id cannot be started: C:\\no.exe -y\n"
+        "C:\\no.exe does not exist");
+    EXPECT_EQ(finding.remedy, "See when and how: daemonctl log --level 1 --tail 20\n"
+                              "End one for good: daemonctl stop ID\n"
+                              "To learn an id, launch the same program with the same arguments "
+                              "again: daemonctl launch");
+}
+
+TEST(JudgeDaemons, Programs_of_a_former_supervisor_that_run_unwatched_are_a_warning)
+{
+    const Finding finding = JudgeDaemons({true, 1, {}, 2});
+    EXPECT_EQ(finding.verdict, Verdict::kWarning);
+    EXPECT_EQ(finding.text, "1 daemon, 0 in trouble\n"
+                            "2 programs of the former supervisor run unwatched");
+    EXPECT_EQ(finding.remedy, "Watch the programs of the former supervisor: daemonctl reattach");
+    EXPECT_EQ(JudgeDaemons({true, 1, {}, 1}).text,
+              "1 daemon, 0 in trouble\n1 program of the former supervisor runs unwatched");
 }
 
 TEST(JudgeDaemons, Without_a_supervisor_nothing_is_wrong_with_its_daemons)

@@ -165,6 +165,19 @@ TEST(LogFolderCheck, Warns_of_a_damaged_log_and_shows_how_to_read_it)
               R"(daemonctl log --file "C:\FW\Logs\DaemonManager.log.damaged")");
 }
 
+TEST(LogFolderCheck, Warns_of_damage_in_the_log_itself)
+{
+    InstallationFacts facts = HealthyInstallation();
+    facts.logDamage = "1 line could not be read";
+    const Finding finding = JudgeLog(facts);
+    ExpectFinding(finding, Verdict::kWarning,
+                  "C:\\FW\\Logs can be written to\n"
+                  "C:\\FW\\Logs\\DaemonManager.log: 1 line could not be read");
+    EXPECT_EQ(finding.remedy,
+              "The rest of the log can be read, and newer records overwrite the damage. If damage "
+              "comes again, look at disk and power supply.");
+}
+
 TEST(LogFolderCheck, Names_each_damaged_log)
 {
     InstallationFacts facts = HealthyInstallation();

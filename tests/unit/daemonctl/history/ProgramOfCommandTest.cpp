@@ -6,12 +6,20 @@ namespace vqrx::test {
 namespace {
 
 using client::v0::ProgramNameOf;
+using client::v0::ProgramPathOf;
 using client::v0::WithoutFolder;
 
 TEST(ProgramOfCommand, Folder_with_blanks_is_left_out)
 {
     EXPECT_EQ(WithoutFolder(R"(C:\My App\a.EXE -x C:\data)"), R"(a.EXE -x C:\data)");
     EXPECT_EQ(ProgramNameOf(R"(C:\My App\a.EXE -x C:\data)"), "a.EXE");
+}
+
+TEST(ProgramOfCommand, Path_of_the_program_ends_before_the_arguments)
+{
+    EXPECT_EQ(ProgramPathOf(R"(C:\My App\a.EXE -x C:\data)"), R"(C:\My App\a.EXE)");
+    EXPECT_EQ(ProgramPathOf(R"(C:\App\run.bat C:\data)"), R"(C:\App\run.bat)");
+    EXPECT_EQ(ProgramPathOf("SnmpSvc"), "SnmpSvc");
 }
 
 TEST(ProgramOfCommand, Program_without_the_extension_of_programs_ends_at_the_first_blank)
