@@ -60,8 +60,9 @@ class OutputEnded : public std::exception {};
 /// until the end of the log file is reached.
 class Printer {
 public:
-    Printer(const LogArguments& arguments, LineOutput& output)
+    Printer(const LogArguments& arguments, const std::string& path, LineOutput& output)
         : arguments_(arguments)
+        , path_(path)
         , filter_(FilterOf(arguments))
         , output_(output)
         , tail_(arguments.tail.has_value())
@@ -77,7 +78,7 @@ public:
         }
         added_ = true;
         if (!std::exchange(begun_, true)) {
-            WarnOfOverwritten(record);
+            WarnOfEarlierTime(record);
         }
         attributor_.Add(std::move(record));
     }
@@ -112,22 +113,29 @@ public:
         return FlushOutput();
     }
 
-    /// Writes everything that waits.
+    /// Writes everything that waits. If no record fits a daemon or program that was asked for, says
+    /// so: its name may be misspelt.
     /// @return false if output was lost
     bool Finish()
     {
         attributor_.Flush();
+        if (!accepted_ && begun_ && (filter_.daemonId || filter_.command)) {
+            PrintError(arguments_,
+                       "no record fits\n  To see all records: " + arguments_.program + " log");
+        }
         return FlushOutput();
     }
 
 private:
-    /// Warns if the operator asked for records that the ring has overwritten.
-    void WarnOfOverwritten(const Record& oldest) const
+    /// Warns if the log begins after the time from which the operator asked for records.
+    void WarnOfEarlierTime(const Record& oldest) const
     {
-        if (filter_.sinceMs && *filter_.sinceMs < oldest.timeMs && oldest.number != 0) {
-            PrintError(arguments_, "the log begins at " + LocalTimeText(oldest.timeMs) +
-                                       "; newer records have overwritten the earlier ones");
+        if (!filter_.sinceMs || *filter_.sinceMs >= oldest.timeMs) {
+            return;
         }
+        std::string text = "the log begins at " + LocalTimeText(oldest.timeMs);
+        text += oldest.number != 0 ? "; newer records have overwritten the earlier ones" : "";
+        PrintError(arguments_, text + DescribeLogsSetAside(arguments_, path_));
     }
 
     /// Writes the lines that were kept for --tail. Later lines are written at once.
@@ -145,6 +153,7 @@ private:
         if (!filter_.Accepts(record)) {
             return;
         }
+        accepted_ = true;
         std::string line = arguments_.json ? ToJson(record) : ToText(record);
         const int level = arguments_.json ? -1 : record.record.level;
         if (!tail_) {
@@ -158,11 +167,13 @@ private:
     }
 
     const LogArguments& arguments_;
+    const std::string& path_;
     RecordFilter filter_;
     LineOutput& output_;
     bool tail_;
     bool added_ = false;
-    bool begun_ = false; // the oldest record was added
+    bool begun_ = false;    // the oldest record was added
+    bool accepted_ = false; // a record fits the filter
     std::deque<std::pair<int, std::string>> kept_;
     Attributor attributor_;
 };
@@ -189,7 +200,7 @@ int Show(const LogArguments& arguments, const std::string& path)
         return kWrongUsage;
     }
     const std::unique_ptr<LineOutput> output = MakeLineOutput(arguments.colour);
-    Printer printer(arguments, *output);
+    Printer printer(arguments, path, *output);
     try {
         const ScanSummary summary = Read(arguments, path, printer);
         if (!printer.Finish()) {

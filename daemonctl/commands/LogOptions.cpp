@@ -3,10 +3,13 @@
 #include "ExitCode.h"
 #include "NextStep.h"
 #include "ScanDamage.h"
+#include "ring_format/DamagedRing.h"
 
+#include <filesystem>
 #include <iostream>
 #include <new>
 #include <stdexcept>
+#include <system_error>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -68,6 +71,20 @@ int WithLogFile(const LogOptions& options, const LogPath& defaultPath,
         *failure = text;
     }
     return kLogUnreadable;
+}
+
+std::string DescribeLogsSetAside(const LogOptions& options, const std::string& path)
+{
+    std::string text;
+    for (const std::string& damaged : system::ring_format::v1::DamagedRingsOf(path)) {
+        std::error_code error; // a file that cannot be looked at is not named
+        if (std::filesystem::is_regular_file(std::u8string(damaged.begin(), damaged.end()),
+                                             error)) {
+            text += "\n  A damaged log was set aside; to read it: " + options.program +
+                    " log --file \"" + damaged + "\"";
+        }
+    }
+    return text;
 }
 
 void PrintError(const LogOptions& options, const std::string& text)

@@ -36,6 +36,11 @@ void AddColourOption(const CommandDefinition& command, LineOutput::Colour& colou
                               const std::function<int(const std::string& path)>& read,
                               std::string* failure = nullptr);
 
+/// Names each damaged log that the supervisor set aside beside this log file, on a line of its own
+/// that begins with a line feed and leads to the command that reads it.
+/// @return empty if there is none
+[[nodiscard]] std::string DescribeLogsSetAside(const LogOptions& options, const std::string& path);
+
 /// Prints an error on standard error, with the name of the program.
 void PrintError(const LogOptions& options, const std::string& text);
 
