@@ -6,6 +6,7 @@
 #include "FollowLog.h"
 #include "NextStep.h"
 #include "RecordFolder.h"
+#include "ScanDamage.h"
 
 #include <chrono>
 #include <cstdint>
@@ -58,8 +59,9 @@ void OrNotWritten(const Write& write)
 
 // Follows the log until it cannot be read.
 // @param isMissing  becomes false when the log was read
-void FollowInto(RecordFolder& folder, const RecordArguments& arguments, const std::string& path,
-                bool& isMissing)
+// @return the exit code: kLogUnreadable if a part of the log cannot be read
+int FollowInto(RecordFolder& folder, const RecordArguments& arguments, const std::string& path,
+               bool& isMissing)
 {
     FollowSettings settings;
     settings.shown = folder.Newest();
@@ -75,7 +77,14 @@ void FollowInto(RecordFolder& folder, const RecordArguments& arguments, const st
         OrNotWritten([&] { folder.Flush(); });
         return !arguments.once;
     };
-    static_cast<void>(FollowLog(path, arguments.encoding, settings, events));
+    const ScanSummary summary = FollowLog(path, arguments.encoding, settings, events);
+    if (!summary.IsSound()) {
+        OrNotWritten([&] {
+            folder.AddRemark("the log is damaged: " + DescribeDamage(summary));
+            folder.Flush();
+        });
+    }
+    return ReportDamage(arguments, path, summary);
 }
 
 int RecordLog(const RecordArguments& arguments, const std::string& path)
@@ -95,8 +104,7 @@ int RecordLog(const RecordArguments& arguments, const std::string& path)
                     folder.emplace(arguments.output, limits);
                 }
             });
-            FollowInto(*folder, arguments, path, isMissing);
-            return kDone;
+            return FollowInto(*folder, arguments, path, isMissing);
         } catch (const FolderNotWritten& error) {
             PrintError(arguments,
                        WithNextStep(error.what(), "Choose another folder: --output FOLDER"));
@@ -166,7 +174,8 @@ void AddRecordCommand(const CommandDefinition& app, int& exitCode, const LogPath
                  "refuses a folder or a file in it that others may change (--trust).\n"
                : "") +
         "Exit code 4: the folder cannot be written, or another recorder writes into it" +
-        (trust ? ", or others\nmay change it" : "") + "; 5: the log cannot be read (with --once).");
+        (trust ? ", or others\nmay change it" : "") +
+        "; 5: the log, or a part of it, cannot be read\n(with --once).");
     command.OnChosen([&exitCode, arguments, path, trust] {
         if (trust && !arguments->trust && !trust(arguments->output)) {
             exitCode = kRefused;

@@ -9,6 +9,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -105,6 +106,24 @@ TEST_F(RecordCommand, repeats_nothing_after_the_records_of_a_refused_supervisor_
     EXPECT_EQ(RecordOnce(), 0);
     EXPECT_EQ(errors_, "");
     EXPECT_EQ(Recorded(), expected);
+}
+
+TEST_F(RecordCommand, says_on_standard_error_and_in_the_files_that_the_log_is_damaged)
+{
+    std::ofstream(log_, std::ios::binary)
+        << "0x00000067\r\n"
+        << "0;Sun Nov 16 04:52:36.123;1763265156123;2;Start DaemonId(3) PId(7) : a.exe \r\n"
+        << "what is this\r\n";
+    EXPECT_EQ(RecordOnce(), 5);
+    EXPECT_THAT(errors_, HasSubstr(": 1 line could not be read\n"));
+    std::string recorded;
+    for (const auto& file : std::filesystem::directory_iterator(records_)) {
+        std::ifstream stream(file.path(), std::ios::binary);
+        recorded += std::string(std::istreambuf_iterator<char>(stream), {});
+    }
+    EXPECT_THAT(recorded, HasSubstr("# "));
+    EXPECT_THAT(recorded, HasSubstr("the log is damaged: 1 line could not be read"));
+    EXPECT_EQ(Recorded(), std::vector<std::string>{"Start DaemonId(3) PId(7) : a.exe "});
 }
 
 TEST_F(RecordCommand, says_how_many_records_were_overwritten_before_it_came)
