@@ -47,7 +47,7 @@ int Run()
     AddApplyCommand(app, exitCode);
     AddReattachCommand(app, exitCode);
     AddRestartCommand(app, exitCode);
-    AddReportCommand(app, exitCode, DefaultLogPath, StateOfSupervisor);
+    AddReportCommand(app, exitCode, DefaultLogPath, StateOfSupervisor, LookAtThisMachine);
     AddMetricsCommand(app, exitCode);
     AddWatchCommand(app, exitCode);
     AddRecordCommand(app, exitCode, DefaultLogPath, CanRecordInto);

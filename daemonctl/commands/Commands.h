@@ -20,6 +20,15 @@ using LogPath = std::function<std::string()>;
 /// Returns whether the supervisor of this machine runs.
 using SupervisorNow = std::function<SupervisorState()>;
 
+/// Finds the daemons of this machine's supervisor in the timeline of its log. Throws
+/// std::runtime_error if that is not possible.
+using DaemonsOfLog = std::function<std::vector<DaemonStatus>(const Timeline&)>;
+
+/// Looks at the child processes of this machine's supervisor and returns a function that takes the
+/// timeline of a log that was read after this look. Throws std::runtime_error if Windows does not
+/// list the processes.
+using DaemonsLook = std::function<DaemonsOfLog()>;
+
 /// Returns whether the command `record` may write into a folder, UTF-8; prints the reason if not.
 using FolderTrust = std::function<bool(const std::string& folder)>;
 
@@ -72,8 +81,9 @@ void AddLogCommand(const CommandDefinition& app, int& exitCode, const LogPath& p
 /// Adds report, which writes a page about the history of the daemons.
 /// @param path        empty: the operator must name the log file
 /// @param supervisor  asked if the page is about this machine's log; empty: nobody is asked
+/// @param daemons     asked if that supervisor runs; empty: the daemons are as the log shows them
 void AddReportCommand(const CommandDefinition& app, int& exitCode, const LogPath& path,
-                      const SupervisorNow& supervisor = {});
+                      const SupervisorNow& supervisor = {}, const DaemonsLook& daemons = {});
 
 /// Adds record, which records the log into a folder of files.
 /// @param path   empty: the operator must name the log file

@@ -18,6 +18,7 @@
 #include <windows.h>
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -43,9 +44,11 @@ FirewallRulesFacts RulesOrTimeout()
 
 // Returns the running daemons. If the log cannot be read, these are the supervisor's child
 // processes only.
+// @param nowMs       set to the time after the log was read
 // @param logIsThere  set to whether the log shows the running supervisor
 // @param unwatched   set to the number of programs that run on from former supervisors
-std::vector<DaemonStatus> RunningDaemons(bool& logIsThere, std::size_t& unwatched)
+std::vector<DaemonStatus> RunningDaemons(std::int64_t& nowMs, bool& logIsThere,
+                                         std::size_t& unwatched)
 {
     const auto children = ChildrenOfSupervisor(); // first: a start is logged after it was made
     Timeline timeline;
@@ -61,16 +64,30 @@ std::vector<DaemonStatus> RunningDaemons(bool& logIsThere, std::size_t& unwatche
     } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch): see above
         source.arguments = ArgumentsOfProcess;
     }
-    return StatusOfDaemons(run, source, NowMs(), children);
+    nowMs = NowMs();
+    return StatusOfDaemons(run, source, nowMs, children);
 }
 
-TroubledDaemon DescribeTrouble(const DaemonStatus& daemon)
+// Returns nothing for a daemon that does its work, or that ended just now.
+std::optional<TroubledDaemon::Kind> TroubleOf(const DaemonStatus& daemon, std::int64_t nowMs)
+{
+    if (daemon.state == RunState::kCannotStart) {
+        return TroubledDaemon::Kind::kCannotStart;
+    }
+    if (daemon.state == RunState::kRestarting) {
+        return TroubledDaemon::Kind::kEndsAgainAndAgain;
+    }
+    return IsLeftEnded(daemon, nowMs) ? std::optional(TroubledDaemon::Kind::kLeftEnded)
+                                      : std::nullopt;
+}
+
+TroubledDaemon DescribeTrouble(const DaemonStatus& daemon, TroubledDaemon::Kind kind)
 {
     TroubledDaemon troubled;
     troubled.id = daemon.id;
     troubled.command = WithoutBlank(daemon.command);
-    troubled.cannotStart = daemon.state == RunState::kCannotStart;
-    if (troubled.cannotStart) {
+    troubled.kind = kind;
+    if (kind == TroubledDaemon::Kind::kCannotStart) {
         troubled.obstacles = WarningsAboutProgram(ProgramPathOf(daemon.command));
     }
     troubled.restartsLastHour = daemon.recent.lastHour;
@@ -82,8 +99,9 @@ TroubledDaemon DescribeTrouble(const DaemonStatus& daemon)
 std::vector<std::string> AddDaemons(DoctorFacts& facts)
 {
     std::vector<std::string> programs;
+    std::int64_t nowMs = 0;
     bool logIsThere = false;
-    for (const DaemonStatus& daemon : RunningDaemons(logIsThere, facts.daemons.unwatched)) {
+    for (const DaemonStatus& daemon : RunningDaemons(nowMs, logIsThere, facts.daemons.unwatched)) {
         if (daemon.Runs() && !daemon.process.image.empty()) {
             programs.push_back(daemon.process.image);
         }
@@ -92,8 +110,8 @@ std::vector<std::string> AddDaemons(DoctorFacts& facts)
             facts.firewallRules.launchedCommands.push_back(daemon.command);
         }
         ++facts.daemons.count;
-        if (daemon.state == RunState::kCannotStart || daemon.state == RunState::kRestarting) {
-            facts.daemons.troubled.push_back(DescribeTrouble(daemon));
+        if (const auto trouble = TroubleOf(daemon, nowMs)) {
+            facts.daemons.troubled.push_back(DescribeTrouble(daemon, *trouble));
         }
     }
     facts.daemons.known = logIsThere && PossibleSupervisors(facts.supervisor).size() == 1;

@@ -58,17 +58,46 @@ void Render(const ReportArguments& arguments, const ReportModel& model, int offs
     report.json = arguments.json.empty() ? "" : ReportJson(model, report.path, DM_VERSION);
 }
 
-void MakeReport(const ReportArguments& arguments, const ReportMoment& moment, MadeReport& report)
+// Finds the daemons as ps shows them. If that fails, they are as the log shows them.
+void FindDaemons(const DaemonsOfLog& daemons, const Timeline& timeline, ReportMoment& moment)
 {
-    TimelineBuilder timeline;
+    try {
+        if (daemons) {
+            moment.daemons = daemons(timeline);
+        }
+    } catch (const std::runtime_error&) {
+        moment.daemons.reset();
+    }
+}
+
+// Looks at the processes before the log is read: the supervisor starts a process before it logs
+// the start.
+// @return empty if nobody can look
+DaemonsOfLog LookAtDaemons(const ReportMoment& moment, const DaemonsLook& look)
+{
+    try {
+        if (look && moment.supervisor == SupervisorState::kRunning) {
+            return look();
+        }
+    } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch): the log knows them, too
+    }
+    return {};
+}
+
+void MakeReport(const ReportArguments& arguments, const DaemonsOfLog& daemons, ReportMoment& moment,
+                MadeReport& report)
+{
+    TimelineBuilder builder;
     std::optional<int> offset;
     report.summary = ReadLogFile(report.path, arguments.encoding, [&](Record record) {
         if (const std::optional<int> found = ZoneOffset(record.date, record.timeMs)) {
             offset = found;
         }
-        timeline.Add(std::move(record));
+        builder.Add(std::move(record));
     });
-    Render(arguments, MakeReportModel(timeline.Finish(), moment), offset.value_or(0), report);
+    const Timeline timeline = builder.Finish();
+    FindDaemons(daemons, timeline, moment);
+    Render(arguments, MakeReportModel(timeline, moment), offset.value_or(0), report);
 }
 
 // @param option  the option that names the file
@@ -92,16 +121,17 @@ bool WriteOutput(const ReportArguments& arguments, const char* option, const std
 
 // Writes the page once. @return the exit code
 int Report(const ReportArguments& arguments, const LogPath& defaultPath,
-           const SupervisorNow& supervisor)
+           const SupervisorNow& supervisor, const DaemonsLook& look)
 {
     MadeReport report;
     ReportMoment moment = MomentOf(arguments, supervisor);
+    const DaemonsOfLog daemons = LookAtDaemons(moment, look);
     // WriteOutput stands outside: WithLogFile would report its exceptions as failures of the log.
     const int read = WithLogFile(
         arguments, defaultPath,
         [&](const std::string& file) {
             report.path = file;
-            MakeReport(arguments, moment, report);
+            MakeReport(arguments, daemons, moment, report);
             return static_cast<int>(kDone);
         },
         &moment.logFailure);
@@ -123,21 +153,21 @@ int Report(const ReportArguments& arguments, const LogPath& defaultPath,
 // Writes the page again and again, until the program is ended. A failure is printed and ends
 // nothing: the log may be locked, or the disk full, for a moment only.
 int ReportAgainAndAgain(const ReportArguments& arguments, const LogPath& defaultPath,
-                        const SupervisorNow& supervisor)
+                        const SupervisorNow& supervisor, const DaemonsLook& look)
 {
     for (;;) {
-        static_cast<void>(Report(arguments, defaultPath, supervisor));
+        static_cast<void>(Report(arguments, defaultPath, supervisor, look));
         std::this_thread::sleep_for(std::chrono::seconds(arguments.everySeconds));
     }
 }
 
 int RunReport(const ReportArguments& arguments, const LogPath& defaultPath,
-              const SupervisorNow& supervisor)
+              const SupervisorNow& supervisor, const DaemonsLook& look)
 {
     if (arguments.everySeconds != 0) {
-        return ReportAgainAndAgain(arguments, defaultPath, supervisor);
+        return ReportAgainAndAgain(arguments, defaultPath, supervisor, look);
     }
-    const int exitCode = Report(arguments, defaultPath, supervisor);
+    const int exitCode = Report(arguments, defaultPath, supervisor, look);
     if (arguments.output != "-" && (exitCode == kDone || exitCode == kLogUnreadable)) {
         std::cout << arguments.output << std::endl;
     }
@@ -147,7 +177,7 @@ int RunReport(const ReportArguments& arguments, const LogPath& defaultPath,
 } // namespace
 
 void AddReportCommand(const CommandDefinition& app, int& exitCode, const LogPath& path,
-                      const SupervisorNow& supervisor)
+                      const SupervisorNow& supervisor, const DaemonsLook& daemons)
 {
     const auto arguments = std::make_shared<ReportArguments>();
     const CommandDefinition command = app.Command(
@@ -180,8 +210,8 @@ void AddReportCommand(const CommandDefinition& app, int& exitCode, const LogPath
         "covers the records that the log still holds.\n"
         "Exit code 4: the page cannot be written; 5: the log, or some lines of it, cannot\n"
         "be read.");
-    command.OnChosen([&exitCode, arguments, path, supervisor] {
-        exitCode = RunReport(*arguments, path, supervisor);
+    command.OnChosen([&exitCode, arguments, path, supervisor, daemons] {
+        exitCode = RunReport(*arguments, path, supervisor, daemons);
     });
 }
 

@@ -188,4 +188,11 @@ SupervisorState StateOfSupervisor()
     return SupervisorState::kUnknown;
 }
 
+DaemonsOfLog LookAtThisMachine()
+{
+    return [children = ChildrenOfSupervisor()](const Timeline& timeline) {
+        return DaemonsIn(timeline, children).daemons;
+    };
+}
+
 } // namespace vqrx::client::v0

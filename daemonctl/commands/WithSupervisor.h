@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Commands.h"
 #include "DaemonStatus.h"
 #include "ReportModel.h"
 #include "daemon_manager/SupervisorClient.h"
@@ -50,5 +51,10 @@ void PrintNotes(const std::vector<DaemonStatus>& daemons, const SupervisorRun& r
 ///         seconds; kUnknown if a supervisor may run, but cannot be called or is not to be trusted
 /// @throws std::system_error if Windows starts no thread
 [[nodiscard]] SupervisorState StateOfSupervisor();
+
+/// Looks at the child processes of this machine's supervisor.
+/// @return a function that finds its daemons, as `ps` shows them, in a log that is read afterwards
+/// @throws ProcessListUnreadable; the function throws as DaemonsIn() does
+[[nodiscard]] DaemonsOfLog LookAtThisMachine();
 
 } // namespace vqrx::client::v0

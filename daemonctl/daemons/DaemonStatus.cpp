@@ -6,6 +6,9 @@
 namespace vqrx::client::v0 {
 namespace {
 
+// A pass comes every second. It comes later while the supervisor serves a call of a client.
+constexpr std::int64_t kSomePassesMs = 5000;
+
 // Writes the command line of a service as the log writes a command: without quotes, and with a
 // blank at the end.
 std::string AsCommand(std::string commandLine)
@@ -63,6 +66,7 @@ DaemonStatus StatusOf(const DaemonHistory& daemon, const ProcessSource& source, 
         if (status.state != RunState::kEnded) {
             status.processId = logged->processId;
         }
+        status.endedMs = status.process.endedMs;
     }
     if (status.state != RunState::kUnknown && status.recent.IsCrashLoop()) {
         status.state = RunState::kRestarting;
@@ -107,6 +111,7 @@ bool GiveToItsDaemon(const ProcessFacts& child, const ProcessSource& source,
     }
     found->processId = child.processId;
     found->process = child;
+    found->endedMs.reset();
     found->state = found->state == RunState::kEnded ? RunState::kRunning : found->state;
     return true;
 }
@@ -142,6 +147,12 @@ bool IsLookedAfter(const DaemonHistory& daemon, std::int64_t nowMs)
 {
     return daemon.IsRegistered() && (daemon.state != DaemonState::kCannotStart ||
                                      WasTriedLately(daemon.failedStarts, nowMs));
+}
+
+bool IsLeftEnded(const DaemonStatus& daemon, std::int64_t nowMs)
+{
+    return daemon.state == RunState::kEnded && daemon.endedMs &&
+           nowMs - *daemon.endedMs > kSomePassesMs;
 }
 
 std::optional<LoggedProcess> LastProcessOf(const DaemonHistory& daemon, const ProcessSource& source)

@@ -58,6 +58,9 @@ struct DaemonStatus {
     std::size_t restarts = 0;               ///< restarts that the log still shows
     bool restartsComplete = true;           ///< false: there may have been more restarts
     RecentRestarts recent;
+    /// When the process that the log names ended, milliseconds since 1970, UTC; nothing: it runs, or
+    /// Windows does not show its end.
+    std::optional<std::int64_t> endedMs;
     std::optional<LastExit> lastExit; ///< nothing: the log shows no end of a process
     bool attached = false;            ///< the daemon was attached, not launched
     bool service = false;             ///< the daemon is a Windows service
@@ -86,6 +89,11 @@ inline constexpr std::int64_t kTriedLatelyMs = 15000;
 /// Returns whether the supervisor looks after a daemon, as far as the log shows. Pure.
 /// @param nowMs  the current time, milliseconds since 1970, UTC; see WasTriedLately()
 [[nodiscard]] bool IsLookedAfter(const DaemonHistory& daemon, std::int64_t nowMs);
+
+/// Returns whether a daemon has no process, although the supervisor has had some passes to start it
+/// again. It never starts a program again that ended with exit code 259. Pure.
+/// @param nowMs  the current time, milliseconds since 1970, UTC
+[[nodiscard]] bool IsLeftEnded(const DaemonStatus& daemon, std::int64_t nowMs);
 
 /// Returns a daemon's last process as the log shows it. Asks `source` nothing but the command line
 /// of a service.

@@ -7,15 +7,21 @@ namespace {
 
 std::string DescribeTrouble(const TroubledDaemon& daemon)
 {
-    std::string text = "\n";
-    text += daemon.id ? "daemon " + std::to_string(*daemon.id) : "a daemon without a known id";
-    if (!daemon.cannotStart) {
-        text += " ends again and again, " + std::to_string(daemon.restartsLastHour) +
-                " restarts in the last hour";
-        text += daemon.lastExit.empty() ? "" : ", last exit: " + daemon.lastExit;
-        return text + ": " + daemon.command;
+    const std::string who =
+        daemon.id ? "\ndaemon " + std::to_string(*daemon.id) : "\na daemon without a known id";
+    if (daemon.kind == TroubledDaemon::Kind::kLeftEnded) {
+        return who +
+               " has ended and is not started again, for example because its exit code was "
+               "259: " +
+               daemon.command;
     }
-    text += " cannot be started: " + daemon.command;
+    if (daemon.kind == TroubledDaemon::Kind::kEndsAgainAndAgain) {
+        return who + " ends again and again, " + std::to_string(daemon.restartsLastHour) +
+               " restarts in the last hour" +
+               (daemon.lastExit.empty() ? "" : ", last exit: " + daemon.lastExit) + ": " +
+               daemon.command;
+    }
+    std::string text = who + " cannot be started: " + daemon.command;
     for (const std::string& obstacle : daemon.obstacles) {
         text += "\n" + obstacle;
     }

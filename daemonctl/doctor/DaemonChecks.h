@@ -14,7 +14,13 @@ namespace vqrx::client::v0 {
 struct TroubledDaemon {
     std::optional<std::uint32_t> id; ///< nothing: no record of the log shows it
     std::string command;             ///< path and arguments
-    bool cannotStart = false;        ///< true: no start succeeds; false: it ends again and again
+    /// What is wrong with it.
+    enum class Kind {
+        kEndsAgainAndAgain,
+        kCannotStart, ///< no start succeeds
+        kLeftEnded    ///< it has ended, and the supervisor does not start it again
+    };
+    Kind kind = Kind::kEndsAgainAndAgain;
     std::size_t restartsLastHour = 0;
     std::string lastExit; ///< reason of the last end; empty: not known
     /// Why no start succeeds (WarningsAboutPath), a sentence each; empty: not known.

@@ -21,7 +21,8 @@ enum class IntervalEnd {
     kStopFailed,     ///< a client stopped the daemon, but the process ran on unsupervised
     kDetached,       ///< a client detached the daemon: the process ran on unsupervised
     kSupervisorGone, ///< the supervisor ended first: the process ran on unsupervised
-    kLost ///< a later start shows that the process ended; the message of its end is missing
+    /// A later start, or the process itself, shows that it ended; the message of its end is missing.
+    kLost
 };
 
 /// The interval in which the supervisor watched one process of a daemon.

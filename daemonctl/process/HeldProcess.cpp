@@ -7,6 +7,7 @@
 
 #include <psapi.h>
 
+#include <optional>
 #include <string>
 
 namespace vqrx::client::v0 {
@@ -25,6 +26,17 @@ std::wstring ImageOf(HANDLE process)
     }
     path.resize(size);
     return path;
+}
+
+std::optional<std::int64_t> EndOf(HANDLE process)
+{
+    FILETIME created{};
+    FILETIME ended{};
+    FILETIME kernel{};
+    FILETIME user{};
+    return GetProcessTimes(process, &created, &ended, &kernel, &user) != FALSE
+               ? std::optional(win32::UnixMilliseconds(ended))
+               : std::nullopt;
 }
 
 } // namespace
@@ -48,6 +60,7 @@ ProcessFacts HeldProcess::Facts() const
         return facts;
     }
     if (WaitForSingleObject(process_.Get(), 0) == WAIT_OBJECT_0) {
+        facts.endedMs = EndOf(process_.Get());
         return facts;
     }
     facts.state = ProcessFacts::State::kRunning;

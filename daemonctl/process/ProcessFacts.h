@@ -16,11 +16,14 @@ struct ProcessFacts {
     };
     std::uint32_t processId = 0;
     State state = State::kGone;
-    // The other members are set only for a running process.
+    // The next four members are set only for a running process.
     std::string image;             ///< full path of the program file, UTF-8; empty if not known
     std::int64_t createdMs = 0;    ///< start of the process, milliseconds since 1970, UTC
     std::int64_t cpuMs = 0;        ///< processor time used so far, user and kernel, milliseconds
     std::uint64_t memoryBytes = 0; ///< working set
+    /// When the process ended, milliseconds since 1970, UTC. Set only for a process that has ended
+    /// and that a program, for example its supervisor, still holds open.
+    std::optional<std::int64_t> endedMs = {};
 };
 
 /// Reads the facts about a process from Windows.

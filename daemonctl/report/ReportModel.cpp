@@ -28,12 +28,28 @@ using LaneDrafts = std::map<std::pair<std::string, std::size_t>, LaneDraft>;
 // One run of the supervisor, up to its last record or to now.
 struct RunToShow {
     const SupervisorRun& run;
-    bool hasEnded;
-    std::int64_t endMs;
+    bool hasEnded = false;
+    std::int64_t endMs = 0;
+    const std::vector<DaemonStatus>* now = nullptr; // null: nobody looked at the processes
+
+    // Returns the present state of a daemon; null if nobody looked, or the supervisor lacks it.
+    [[nodiscard]] const DaemonStatus* Now(std::uint32_t daemonId) const
+    {
+        if (now == nullptr) {
+            return nullptr;
+        }
+        const auto found =
+            std::find_if(now->begin(), now->end(),
+                         [daemonId](const DaemonStatus& daemon) { return daemon.id == daemonId; });
+        return found == now->end() ? nullptr : &*found;
+    }
 };
 
 std::string StateText(const DaemonHistory& daemon, const RunToShow& shown)
 {
+    if (const DaemonStatus* const now = shown.Now(daemon.id)) {
+        return std::string(NameOf(now->state));
+    }
     if (!shown.hasEnded && daemon.IsRegistered() && daemon.state != DaemonState::kCannotStart &&
         RestartsBefore(daemon, shown.endMs).IsCrashLoop()) {
         return "restarting";
@@ -79,9 +95,24 @@ std::int64_t UpMs(const ReportInterval& shown)
     return endedByItself && lengthMs <= kAboutOnePassMs ? 0 : lengthMs;
 }
 
+// Returns an interval as the report draws it. A process that is gone has ended, although the log may
+// not show it: the supervisor takes a process that ended with exit code 259 for a running one.
+ReportInterval ToShow(const ProcessInterval& interval, const DaemonStatus* now,
+                      const RunToShow& run)
+{
+    ReportInterval shown{interval.startMs,
+                         std::max(interval.startMs, interval.endMs.value_or(run.endMs)), interval};
+    if (now != nullptr && !now->processId && interval.end == IntervalEnd::kRunning) {
+        shown.interval.end = IntervalEnd::kLost;
+        shown.endMs = std::clamp(now->endedMs.value_or(shown.endMs), shown.beginMs, shown.endMs);
+    }
+    return shown;
+}
+
 void AddDaemon(LaneDraft& draft, const DaemonHistory& daemon, const RunToShow& run)
 {
     ReportLane& lane = draft.lane;
+    const DaemonStatus* const now = run.Now(daemon.id);
     lane.command = WithoutBlank(daemon.command);
     lane.ids.insert(daemon.id);
     draft.order = daemon.id;
@@ -94,13 +125,11 @@ void AddDaemon(LaneDraft& draft, const DaemonHistory& daemon, const RunToShow& r
     std::int64_t end = daemon.IsRegistered() && !isLookedAfter ? daemon.failedStarts.back() : begin;
     double up = 0;
     for (const ProcessInterval& interval : daemon.intervals) {
-        const ReportInterval shown{interval.startMs,
-                                   std::max(interval.startMs, interval.endMs.value_or(run.endMs)),
-                                   interval};
+        const ReportInterval shown = ToShow(interval, now, run);
         begin = std::min(begin, shown.beginMs);
         end = daemon.IsRegistered() ? end : shown.endMs;
         up += static_cast<double>(UpMs(shown));
-        if (const std::string reason = ReasonText(interval); !reason.empty()) {
+        if (const std::string reason = ReasonText(shown.interval); !reason.empty()) {
             ++lane.ends[reason];
             draft.endedMs.push_back(shown.endMs - shown.beginMs);
         }
@@ -113,6 +142,23 @@ void AddDaemon(LaneDraft& draft, const DaemonHistory& daemon, const RunToShow& r
     }
     draft.registeredMs += static_cast<double>(std::max<std::int64_t>(0, end - begin));
     draft.upMs += up;
+}
+
+// Adds a process of the supervisor whose start the log does not show any more.
+void AddChild(LaneDraft& draft, const DaemonStatus& child, const RunToShow& run)
+{
+    ProcessInterval interval;
+    interval.processId = child.processId;
+    interval.startMs = child.process.createdMs;
+    const std::int64_t endMs = std::max(run.endMs, interval.startMs);
+    draft.lane.command = WithoutBlank(child.command);
+    draft.lane.state = NameOf(child.state);
+    draft.lane.isRegistered = true;
+    draft.lane.intervals.push_back({interval.startMs, endMs, interval});
+    draft.lane.longestMs = std::max(draft.lane.longestMs.value_or(0), endMs - interval.startMs);
+    const auto seenMs = static_cast<double>(endMs - std::max(interval.startMs, run.run.firstMs));
+    draft.registeredMs += std::max(0.0, seenMs);
+    draft.upMs += std::max(0.0, seenMs);
 }
 
 void AddRun(LaneDrafts& drafts, const RunToShow& shown)
@@ -135,6 +181,12 @@ void AddRun(LaneDrafts& drafts, const RunToShow& shown)
         const std::int64_t endMs = isTried ? shown.endMs : failed.back();
         draft.registeredMs +=
             static_cast<double>(std::max<std::int64_t>(0, endMs - failed.front()));
+    }
+    for (const DaemonStatus& child :
+         shown.now == nullptr ? std::vector<DaemonStatus>() : *shown.now) {
+        if (!child.inLog) {
+            AddChild(drafts[{child.command, seen[child.command]++}], child, shown);
+        }
     }
 }
 
@@ -207,7 +259,8 @@ ReportModel MakeReportModel(const Timeline& timeline, const ReportMoment& moment
         const bool reachesToNow = !hasEnded && moment.supervisor == SupervisorState::kRunning;
         const std::int64_t endMs = reachesToNow ? std::max(run.lastMs, moment.nowMs) : run.lastMs;
         if (goesOn == nullptr || &run <= goesOn) { // a refused supervisor has no daemons
-            AddRun(drafts, {run, hasEnded, endMs});
+            AddRun(drafts, {run, hasEnded, endMs,
+                            hasEnded || !moment.daemons ? nullptr : &*moment.daemons});
         }
         // A clock may be set back, so any run may hold the earliest or the latest record.
         model.beginMs = std::min({model.beginMs, run.firstMs, run.lastMs});

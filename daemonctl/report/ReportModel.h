@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CrashLoop.h"
+#include "DaemonStatus.h"
 #include "Timeline.h"
 
 #include <cstdint>
@@ -28,6 +29,8 @@ struct ReportMoment {
     SupervisorState supervisor = SupervisorState::kUnknown;
     std::int64_t nowMs = 0;      ///< 0: not known; then the report ends at the last record
     std::string logFailure = {}; ///< why the log cannot be read; empty: the report shows the log
+    /// The daemons as `ps` shows them; nothing: the report shows the state that the log shows.
+    std::optional<std::vector<DaemonStatus>> daemons = {};
 };
 
 /// The interval of one process as the report draws it.
@@ -82,7 +85,7 @@ struct ReportModel {
 };
 
 /// Makes the model of the report from what the log shows. If the supervisor runs, its daemons are
-/// as the last record shows them, up to now. Pure.
+/// as `moment` shows them, else as the last record shows them, up to now. Pure.
 /// @throws std::bad_alloc
 [[nodiscard]] ReportModel MakeReportModel(const Timeline& timeline,
                                           const ReportMoment& moment = {});

@@ -49,6 +49,29 @@ TEST(OperatorStates, Crash_loop_is_a_state_of_its_own_in_ps_check_doctor_and_rep
     EXPECT_NE(ReadText(page).find("was restarted"), std::string::npos);
 }
 
+// The supervisor takes a process that ended with exit code 259 for a running one.
+TEST(OperatorStates, Process_that_is_gone_has_ended_in_ps_doctor_and_report)
+{
+    const SupervisorProcess supervisor;
+    EXPECT_EQ(Daemonctl("launch \"" + TestProgram("exits_with") + "\" 259").exitCode, 0U);
+    ASSERT_NE(supervisor.WaitForStart(0), 0U);
+    ASSERT_TRUE(WaitUntil([] { return ListedDaemons().at(0).at("state") == "ended"; }));
+
+    const std::string page = supervisor.Root() + "\\page.html";
+    const std::string json = supervisor.Root() + "\\page.json";
+    EXPECT_EQ(Daemonctl("report --output " + page + " --json " + json).exitCode, 0U);
+    const Json daemons = Json::parse(ReadText(json)).at("daemons");
+    ASSERT_EQ(daemons.size(), 1U) << daemons;
+    EXPECT_EQ(daemons[0].at("state"), "ended");
+    EXPECT_EQ(daemons[0].at("watched"), true);
+    EXPECT_EQ(daemons[0].at("up_since_ms"), nullptr);
+    EXPECT_EQ(daemons[0].at("availability"), 0.0);
+    EXPECT_NE(ReadText(page).find(R"(data-name="State">ended<)"), std::string::npos);
+    EXPECT_TRUE(WaitUntil([] {
+        return Daemonctl("doctor").output.find("1 daemon, 1 in trouble") != std::string::npos;
+    }));
+}
+
 TEST(OperatorStates, Ps_shows_a_batch_file_that_runs_as_running)
 {
     const SupervisorProcess supervisor;

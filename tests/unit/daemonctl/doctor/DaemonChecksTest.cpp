@@ -14,24 +14,28 @@ TEST(JudgeDaemons, Daemons_that_run_are_counted)
     EXPECT_EQ(finding.text, "1 daemon, 0 in trouble");
 }
 
-TEST(JudgeDaemons, Crash_loop_and_missing_program_are_warnings_with_the_reason)
+TEST(JudgeDaemons, Crash_loop_missing_program_and_ended_daemon_are_warnings_with_the_reason)
 {
-    const Finding finding =
-        JudgeDaemons({true,
-                      3,
-                      {{7, "C:\\a.exe -x", false, 41, "Access violation", {}},
-                       {0, "C:\\b.exe", false, 5, "", {}},
-                       {std::nullopt, "C:\\no.exe -y", true, 0, "", {"C:\\no.exe does not exist"}}},
-                      0});
+    using Kind = TroubledDaemon::Kind;
+    const Finding finding = JudgeDaemons(
+        {true,
+         4,
+         {{7, "C:\\a.exe -x", Kind::kEndsAgainAndAgain, 41, "Access violation", {}},
+          {0, "C:\\b.exe", Kind::kEndsAgainAndAgain, 5, "", {}},
+          {std::nullopt, "C:\\no.exe -y", Kind::kCannotStart, 0, "", {"C:\\no.exe does not exist"}},
+          {3, "C:\\gone.exe", Kind::kLeftEnded, 0, "", {}}},
+         0});
     EXPECT_EQ(finding.verdict, Verdict::kWarning);
     EXPECT_EQ(
         finding.text,
-        "3 daemons, 3 in trouble\n"
+        "4 daemons, 4 in trouble\n"
         "daemon 7 ends again and again, 41 restarts in the last hour, last exit: Access violation: "
         "C:\\a.exe -x\n"
         "daemon 0 ends again and again, 5 restarts in the last hour: C:\\b.exe\n"
         "a daemon without a known id cannot be started: C:\\no.exe -y\n"
-        "C:\\no.exe does not exist");
+        "C:\\no.exe does not exist\n"
+        "daemon 3 has ended and is not started again, for example because its exit code was 259: "
+        "C:\\gone.exe");
     EXPECT_EQ(finding.remedy, "See when and how: daemonctl log --level 1 --tail 20\n"
                               "End one for good: daemonctl stop ID\n"
                               "To learn an id, launch the same program with the same arguments "

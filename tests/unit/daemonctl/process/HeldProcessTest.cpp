@@ -2,6 +2,7 @@
 
 #include "ChildProcess.h"
 #include "ImportPatch.h"
+#include "TimeText.h"
 
 #include <windows.h>
 
@@ -24,6 +25,10 @@ TEST(HeldProcess, Facts_are_those_of_the_opened_process_until_it_ends)
     child.Kill();
     ASSERT_TRUE(child.Wait());
     EXPECT_EQ(held.Facts().state, ProcessFacts::State::kGone);
+    ASSERT_TRUE(held.Facts().endedMs);
+    EXPECT_GE(*held.Facts().endedMs, facts.createdMs);
+    EXPECT_LE(*held.Facts().endedMs, NowMs());
+    EXPECT_FALSE(facts.endedMs);
     EXPECT_EQ(HeldProcess(4294967280U).Facts().state, ProcessFacts::State::kGone);
 }
 
