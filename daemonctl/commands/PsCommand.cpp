@@ -130,7 +130,8 @@ void AddPsCommand(const CommandDefinition& app, int& exitCode)
         "for a program that could never be started, and for a process that the log no longer shows\n"
         "(RESTARTS is then ?).\n"
         "12+ means that the log still shows 12 restarts and may have lost earlier ones. For a daemon\n"
-        "in a crash loop, 47 (41 in 1 h) means 47 restarts, 41 of them in the last hour.");
+        "in a crash loop, 47 (41 in 1 h) means 47 restarts, 41 of them in the last hour. For one that\n"
+        "cannot start, 0 (47 failed) means that 47 starts have failed.");
     command.OnChosen([&exitCode, options, watch] {
         if (watch.IsGiven()) {
             const std::uint32_t seconds =

@@ -55,6 +55,7 @@ Json DaemonJson(const DaemonStatus& daemon, std::int64_t nowMs)
             {"restarts", daemon.restarts},
             {"restarts_complete", daemon.restartsComplete},
             {"restarts_last_hour", daemon.recent.lastHour},
+            {"failed_starts", daemon.failedStarts},
             {"last_exit", LastExitJson(daemon.lastExit)},
             {"cpu_ms", ifItRuns(daemon.process.cpuMs)},
             {"cpu_percent", ifItRuns(CpuPercentSinceCreation(daemon, nowMs))},

@@ -49,6 +49,7 @@ DaemonStatus StatusOf(const DaemonHistory& daemon, const ProcessSource& source, 
     status.id = daemon.id;
     status.restarts = daemon.Restarts();
     status.restartsComplete = daemon.beginningSeen;
+    status.failedStarts = daemon.failedStarts.size();
     status.recent = RestartsBefore(daemon, nowMs);
     status.lastExit = LastExitOf(daemon);
     status.attached = daemon.attached;
@@ -78,8 +79,7 @@ DaemonStatus StatusOfNeverStarted(const std::string& command, std::size_t failed
 {
     DaemonStatus status;
     status.state = RunState::kCannotStart;
-    status.restarts = failedStarts - 1; // the first of them was not a restart
-    status.restartsComplete = false;    // these may be the starts of two daemons of one command
+    status.failedStarts = failedStarts;
     status.command = command;
     return status;
 }

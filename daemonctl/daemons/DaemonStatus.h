@@ -55,8 +55,10 @@ struct DaemonStatus {
     RunState state = RunState::kUnknown;
     std::optional<std::uint32_t> processId; ///< of the process that runs or is unknown
     ProcessFacts process;                   ///< valid only if Runs()
-    std::size_t restarts = 0;               ///< restarts that the log still shows
-    bool restartsComplete = true;           ///< false: there may have been more restarts
+    /// Restarts that the log still shows. A failed start is none.
+    std::size_t restarts = 0;
+    bool restartsComplete = true; ///< false: there may have been more restarts
+    std::size_t failedStarts = 0; ///< failed starts that the log still shows
     RecentRestarts recent;
     /// When the process that the log names ended, milliseconds since 1970, UTC; nothing: it runs, or
     /// Windows does not show its end.

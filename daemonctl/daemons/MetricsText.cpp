@@ -73,7 +73,10 @@ std::optional<double> If(bool condition, double value)
 void AddDaemonFamilies(MetricsWriter& metrics)
 {
     metrics.AddForDaemons("daemonmanager_daemon_up", "1 if the daemon has a process.",
-                          [](const DaemonStatus& daemon) { return daemon.Runs() ? 1.0 : 0.0; });
+                          [](const DaemonStatus& daemon) {
+                              return If(daemon.state != RunState::kUnknown,
+                                        daemon.Runs() ? 1.0 : 0.0);
+                          });
     metrics.AddForDaemons("daemonmanager_daemon_crash_loop",
                           "1 if the daemon was restarted at least 5 times in 10 minutes.",
                           [](const DaemonStatus& daemon) {

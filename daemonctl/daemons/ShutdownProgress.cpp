@@ -47,8 +47,10 @@ std::string DescribeEnd(const Timeline& timeline, const std::optional<RunMark>& 
     if (count == 0) {
         return "the supervisor has ended; it had no daemons";
     }
+    // Not each of them has a process: one may be in a crash loop, or its program may be missing.
     return "the supervisor has ended; " + std::to_string(count) +
-           (count == 1 ? " daemon runs on without it" : " daemons run on without it");
+           (count == 1 ? " daemon is" : " daemons are") +
+           " no longer watched; what runs on: daemonctl ps";
 }
 
 std::string NamesOf(const std::vector<ProcessFacts>& processes)

@@ -50,6 +50,9 @@ std::string LastExitText(const DaemonStatus& daemon, const TimeWriter& timeText)
 std::string RestartsText(const DaemonStatus& daemon)
 {
     const std::string text = std::to_string(daemon.restarts) + (daemon.restartsComplete ? "" : "+");
+    if (daemon.state == RunState::kCannotStart) {
+        return text + " (" + std::to_string(daemon.failedStarts) + " failed)";
+    }
     return daemon.state == RunState::kRestarting
                ? text + " (" + std::to_string(daemon.recent.lastHour) + " in 1 h)"
                : text;

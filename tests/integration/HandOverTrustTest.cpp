@@ -209,7 +209,10 @@ TEST_F(HandOverTrust,
     const Json listing = Json::parse(Daemonctl("ps --json").output);
     ASSERT_EQ(listing.at("daemons").size(), 2U);
     EXPECT_EQ(Daemonctl("exit --timeout 60"),
-              (Answer{0, "the supervisor has ended; 2 daemons run on without it\n", ""}));
+              (Answer{0,
+                      "the supervisor has ended; 2 daemons are no longer watched; what runs on: "
+                      "daemonctl ps\n",
+                      ""}));
     successor_ =
         std::make_unique<SupervisorProcess>([this](FirmwareRegistry& registry, const std::string&) {
             registry.SetPathname(FirmwareRegistry::kCurrent, former_.Root() + "\\App\\bin");

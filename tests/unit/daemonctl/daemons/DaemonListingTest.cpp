@@ -33,6 +33,7 @@ TEST(DaemonListing, Json_has_the_documented_fields)
       "restarts": 2,
       "restarts_complete": true,
       "restarts_last_hour": 0,
+      "failed_starts": 0,
       "last_exit": {
         "time": "1970-01-01T00:16:39.000Z",
         "time_ms": 999000,
@@ -54,9 +55,10 @@ TEST(DaemonListing, Json_has_the_documented_fields)
       "image": null,
       "up_since": null,
       "up_since_ms": null,
-      "restarts": 7,
-      "restarts_complete": false,
+      "restarts": 0,
+      "restarts_complete": true,
       "restarts_last_hour": 0,
+      "failed_starts": 7,
       "last_exit": {
         "time": "1970-01-01T00:16:38.000Z",
         "time_ms": 998000,

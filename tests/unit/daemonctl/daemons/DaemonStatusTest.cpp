@@ -140,6 +140,7 @@ TEST(DaemonStatus, Daemon_cannot_start_until_the_supervisor_no_longer_tries)
         .Add(2, R"(Start DaemonId(0) PId(12) : C:\FW\App\a.exe )")
         .Add(0, "Exception caught in : Unknown (0x3)")
         .Add(1, R"(Unable to start DaemonId(0) PId(12) : C:\FW\App\a.exe )")
+        .Add(1, R"(Unable to start C:\no.exe )")
         .Add(1, R"(Unable to start C:\no.exe )");
     auto daemons = StatusOf(log, machine);
     ASSERT_EQ(daemons.size(), 2U);
@@ -149,8 +150,11 @@ TEST(DaemonStatus, Daemon_cannot_start_until_the_supervisor_no_longer_tries)
     EXPECT_EQ(daemons[1].id, std::nullopt);
     EXPECT_EQ(daemons[1].state, RunState::kCannotStart);
     EXPECT_EQ(daemons[1].command, R"(C:\no.exe )");
-    EXPECT_EQ(daemons[1].restarts, 0U); // the failed start was the first one
-    EXPECT_FALSE(daemons[1].restartsComplete);
+    EXPECT_EQ(daemons[0].restarts, 0U);
+    EXPECT_EQ(daemons[0].failedStarts, 1U);
+    EXPECT_EQ(daemons[1].restarts, 0U); // it never ran
+    EXPECT_TRUE(daemons[1].restartsComplete);
+    EXPECT_EQ(daemons[1].failedStarts, 2U);
     for (int second = 0; second < 16; ++second) { // a client stopped both, which leaves no record
         log.Add(2, "something else");
     }

@@ -86,6 +86,18 @@ TEST(MetricsText, Shows_each_daemon_with_its_labels)
     EXPECT_THAT(text, Not(HasSubstr("daemonmanager_daemon_start_time_seconds" + broken)));
 }
 
+TEST(MetricsText, Daemon_that_this_user_may_not_examine_is_neither_up_nor_down)
+{
+    DaemonStatus daemon;
+    daemon.id = 7;
+    daemon.state = RunState::kUnknown;
+    daemon.processId = 12;
+    daemon.command = "a.exe ";
+    const std::string text = MetricsText(Machine(), {daemon});
+    EXPECT_THAT(text, Not(HasSubstr("daemonmanager_daemon_up{")));
+    EXPECT_THAT(text, HasSubstr("daemonmanager_daemon_crash_loop{id=\"7\""));
+}
+
 TEST(MetricsText, Escapes_and_shortens_labels)
 {
     DaemonStatus daemon;
@@ -99,6 +111,7 @@ TEST(MetricsText, Escapes_and_shortens_labels)
 TEST(MetricsText, Daemons_that_nothing_else_tells_apart_have_numbers)
 {
     DaemonStatus daemon;
+    daemon.state = RunState::kEnded;
     daemon.command = "a.exe ";
     const std::string text = MetricsText(Machine(), {daemon, daemon, daemon});
     for (const char* id : {"{id=\"-\",", "{id=\"-#2\",", "{id=\"-#3\","}) {

@@ -55,7 +55,7 @@ TEST(ShutdownProgress, names_what_the_log_shows_and_nothing_else)
     EXPECT_TRUE(ShowsOrder(timeline, kThisRun));
 }
 
-TEST(ShutdownProgress, counts_the_daemons_that_run_on_after_the_end)
+TEST(ShutdownProgress, counts_the_daemons_that_nobody_watches_after_the_end)
 {
     Timeline timeline;
     EXPECT_EQ(DescribeEnd(timeline, kThisRun), "the supervisor has ended; its daemons run on");
@@ -64,11 +64,13 @@ TEST(ShutdownProgress, counts_the_daemons_that_run_on_after_the_end)
     timeline.runs.back() = Ended();
     EXPECT_EQ(DescribeEnd(timeline, kThisRun), "the supervisor has ended; it had no daemons");
     timeline.runs.back().stillRegistered = 1;
-    EXPECT_EQ(DescribeEnd(timeline, kThisRun),
-              "the supervisor has ended; 1 daemon runs on without it");
+    EXPECT_EQ(
+        DescribeEnd(timeline, kThisRun),
+        "the supervisor has ended; 1 daemon is no longer watched; what runs on: daemonctl ps");
     timeline.runs.back().stillRegistered = 3;
-    EXPECT_EQ(DescribeEnd(timeline, kThisRun),
-              "the supervisor has ended; 3 daemons run on without it");
+    EXPECT_EQ(
+        DescribeEnd(timeline, kThisRun),
+        "the supervisor has ended; 3 daemons are no longer watched; what runs on: daemonctl ps");
 }
 
 // The log may lack all records of the supervisor that ended, for example because it was locked.

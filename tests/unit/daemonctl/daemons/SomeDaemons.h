@@ -26,8 +26,7 @@ inline std::vector<client::v0::DaemonStatus> SomeDaemons()
     running.command = "C:\\FW\\App\\a.exe \xC3\xBC ";
     DaemonStatus broken;
     broken.state = RunState::kCannotStart;
-    broken.restarts = 7;
-    broken.restartsComplete = false;
+    broken.failedStarts = 7;
     broken.lastExit = LastExit{998'000, "", false};
     broken.command = "no.exe ";
     DaemonStatus child = running;

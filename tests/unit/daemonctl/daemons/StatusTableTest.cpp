@@ -33,11 +33,11 @@ TEST(StatusTable, Has_a_line_of_titles_and_a_line_for_each_daemon)
 {
     EXPECT_EQ(
         TableText(SomeDaemons(), Style(1'100'000)),
-        "ID  STATE          PID  UP SINCE  RESTARTS  LAST EXIT               CPU   MEMORY  COMMAND\n"
-        " 0  running       1234  t1000000         2  exit code 3, t999000  0.5 %  1.5 MiB  "
+        "ID  STATE          PID  UP SINCE      RESTARTS  LAST EXIT               CPU   MEMORY  COMMAND\n"
+        " 0  running       1234  t1000000             2  exit code 3, t999000  0.5 %  1.5 MiB  "
         "C:\\FW\\App\\a.exe \xC3\xBC\n"
-        " -  cannot start     -  -               7+  ? (likely), t998000       -        -  no.exe\n"
-        " -  running       1234  t1000000         ?  ?                     0.5 %  1.5 MiB  "
+        " -  cannot start     -  -         0 (7 failed)  ? (likely), t998000       -        -  no.exe\n"
+        " -  running       1234  t1000000             ?  ?                     0.5 %  1.5 MiB  "
         "C:\\FW\\App\\a.exe \xC3\xBC\n");
     EXPECT_EQ(TableText({}, Style(0)),
               "ID  STATE  PID  UP SINCE  RESTARTS  LAST EXIT  CPU  MEMORY  COMMAND\n");
@@ -53,6 +53,8 @@ TEST(StatusTable, A_daemon_in_a_crash_loop_shows_its_restarts_of_the_last_hour)
         daemon.recent.lastTenMinutes = 7;
         daemon.restarts += 50;
     }
+    daemons[1].restarts = 57;
+    daemons[1].restartsComplete = false;
     TableStyle style = Style(1'100'000);
     const std::string wide = TableText(daemons, style);
     EXPECT_NE(wide.find("   52 (41 in 1 h)  exit code 3, t999000  "), std::string::npos) << wide;
@@ -88,15 +90,15 @@ TEST(StatusTable, On_a_narrow_terminal_is_one_line_a_daemon)
     const auto lines = TableOf(SomeDaemons(), style);
     ASSERT_EQ(lines.size(), 4U);
     EXPECT_EQ(lines[0].text,
-              "ID  STATE          PID  UP SINCE  RESTARTS    CPU   MEMORY \xE2\x80\xA6");
+              "ID  STATE          PID  UP SINCE      RESTARTS    CPU   MEM\xE2\x80\xA6");
     EXPECT_EQ(lines[1].text,
-              " 0  running       1234  07:59:58         2  0.0 %  1.5 MiB \xE2\x80\xA6");
+              " 0  running       1234  07:59:58             2  0.0 %  1.5 \xE2\x80\xA6");
     for (const TableLine& line : lines) {
         EXPECT_LE(CharactersOf(line.text), 60U);
     }
     style.width = 80;
     EXPECT_EQ(TableOf(SomeDaemons(), style)[1].text,
-              " 0  running       1234  07:59:58         2  0.0 %  1.5 MiB  a.exe \xC3\xBC");
+              " 0  running       1234  07:59:58             2  0.0 %  1.5 MiB  a.exe \xC3\xBC");
 }
 
 TEST(StatusTable, Lines_of_daemons_in_trouble_have_a_colour)
