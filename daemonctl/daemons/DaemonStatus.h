@@ -60,8 +60,8 @@ struct DaemonStatus {
     bool restartsComplete = true; ///< false: there may have been more restarts
     std::size_t failedStarts = 0; ///< failed starts that the log still shows
     RecentRestarts recent;
-    /// When the process that the log names ended, milliseconds since 1970, UTC; nothing: it runs, or
-    /// Windows does not show its end.
+    /// When the process that the log names ended, milliseconds since 1970, UTC. Nothing if it runs,
+    /// or if Windows does not show its end.
     std::optional<std::int64_t> endedMs;
     std::optional<LastExit> lastExit; ///< nothing: the log shows no end of a process
     bool attached = false;            ///< the daemon was attached, not launched

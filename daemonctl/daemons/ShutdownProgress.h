@@ -25,7 +25,8 @@ namespace vqrx::client::v0 {
 [[nodiscard]] bool ShowsOrder(const Timeline& timeline, const std::optional<RunMark>& run);
 
 /// Describes, for people, what the supervisor left behind when it ended: "the supervisor has ended;
-/// 3 daemons are no longer watched; what runs on: daemonctl ps". It states a number only if the log shows the end of this run.
+/// 3 daemons are no longer watched; what runs on: daemonctl ps". It states a number only if the log
+/// shows the end of this run.
 /// Pure.
 /// @param timeline  of the log
 /// @param run       the run of the supervisor that has ended, found in the log before the order to

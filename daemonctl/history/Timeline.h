@@ -21,7 +21,8 @@ enum class IntervalEnd {
     kStopFailed,     ///< a client stopped the daemon, but the process ran on unsupervised
     kDetached,       ///< a client detached the daemon: the process ran on unsupervised
     kSupervisorGone, ///< the supervisor ended first: the process ran on unsupervised
-    /// A later start, or the process itself, shows that it ended; the message of its end is missing.
+    /// A later start, or the process itself, shows that it ended. The message of its end is
+    /// missing.
     kLost
 };
 

@@ -95,8 +95,8 @@ std::int64_t UpMs(const ReportInterval& shown)
     return endedByItself && lengthMs <= kAboutOnePassMs ? 0 : lengthMs;
 }
 
-// Returns an interval as the report draws it. A process that is gone has ended, although the log may
-// not show it: the supervisor takes a process that ended with exit code 259 for a running one.
+// Returns an interval as the report draws it. A process that is gone has ended, although the log
+// may not show it: the supervisor takes a process that ended with exit code 259 for a running one.
 ReportInterval ToShow(const ProcessInterval& interval, const DaemonStatus* now,
                       const RunToShow& run)
 {
