@@ -5,6 +5,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <set>
+
 namespace vqrx::client::v0 {
 namespace {
 
@@ -53,6 +55,7 @@ std::vector<Trouble> TroubleWatch::Look(std::int64_t nowMs,
     if (!daemons) {
         return found;
     }
+    std::set<Key> seen; // of the keys of the look before
     for (const DaemonStatus& daemon : *daemons) {
         const Key key(daemon.id, daemon.command);
         auto same = before.find(key);
@@ -60,8 +63,16 @@ std::vector<Trouble> TroubleWatch::Look(std::int64_t nowMs,
             same = before.find(Key(std::nullopt, daemon.command));
         }
         Known known = same != before.end() ? same->second : Known();
+        if (same != before.end()) {
+            seen.insert(same->first);
+        }
         LookAt(daemon, nowMs, known, found);
         known_[key] = known;
+    }
+    for (const auto& [key, known] : before) {
+        if (seen.count(key) == 0) {
+            EndTroubleOf(key, known, nowMs, found);
+        }
     }
     return found;
 }
@@ -91,6 +102,8 @@ void TroubleWatch::LookAt(const DaemonStatus& daemon, std::int64_t nowMs, Known&
         }
         before = now;
     };
+    known.restartsLastHour = daemon.recent.lastHour;
+    known.lastExit = daemon.lastExit ? daemon.lastExit->reason : std::string();
     note(known.inCrashLoop, daemon.state == RunState::kRestarting, Trouble::Kind::kCrashLoopBegan,
          Trouble::Kind::kCrashLoopEnded);
     note(known.cannotStart, daemon.state == RunState::kCannotStart, Trouble::Kind::kCannotStart,
@@ -102,6 +115,25 @@ void TroubleWatch::LookAt(const DaemonStatus& daemon, std::int64_t nowMs, Known&
     }
     note(known.isDown, known.downSinceMs && nowMs - *known.downSinceMs >= downMs_,
          Trouble::Kind::kDown, Trouble::Kind::kUpAgain);
+}
+
+void TroubleWatch::EndTroubleOf(const Key& gone, const Known& known, std::int64_t nowMs,
+                                std::vector<Trouble>& found)
+{
+    const auto note = [&](bool hadTrouble, Trouble::Kind ended) {
+        if (hadTrouble) {
+            Trouble trouble = ChangeOf(ended, nowMs);
+            trouble.isGone = true;
+            trouble.daemonId = gone.first;
+            trouble.command = WithoutBlank(gone.second);
+            trouble.restartsLastHour = known.restartsLastHour;
+            trouble.lastExit = ReadableReason(known.lastExit);
+            found.push_back(std::move(trouble));
+        }
+    };
+    note(known.inCrashLoop, Trouble::Kind::kCrashLoopEnded);
+    note(known.cannotStart, Trouble::Kind::kStartsAgain);
+    note(known.isDown, Trouble::Kind::kUpAgain);
 }
 
 std::string_view NameOf(Trouble::Kind kind) noexcept
@@ -129,6 +161,9 @@ std::string_view NameOf(Trouble::Kind kind) noexcept
 
 std::string DescribeChange(const Trouble& trouble)
 {
+    if (trouble.isGone) {
+        return trouble.command + " is no longer watched: a client stopped or detached it";
+    }
     switch (trouble.kind) {
     case Trouble::Kind::kSupervisorLost:
         return "the supervisor does not run, or does not answer";

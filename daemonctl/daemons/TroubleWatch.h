@@ -27,6 +27,7 @@ struct Trouble {
     Kind kind = Kind::kSupervisorLost;
     std::int64_t timeMs = 0; ///< when it was seen, milliseconds since 1970, UTC
     // The other members are set only for a daemon.
+    bool isGone = false; ///< the trouble ended because a client stopped or detached the daemon
     std::optional<std::uint32_t> daemonId; ///< nothing: no record of the log shows it
     std::string command;                   ///< path and arguments, without the blank at the end
     std::size_t restartsLastHour = 0;
@@ -34,8 +35,8 @@ struct Trouble {
 };
 
 /// Finds in a series of looks what somebody should be told. Trouble that is there at the first look
-/// counts as begun then. A daemon that a client stopped or detached is forgotten. While no
-/// supervisor answers, nothing is known of the daemons, and they count as new when it is back. A
+/// counts as begun then. The trouble of a daemon that a client stopped or detached has ended. While
+/// no supervisor answers, nothing is known of the daemons, and they count as new when it is back. A
 /// daemon that could never be started has no id; it is the same daemon when it gets one. Pure.
 class TroubleWatch {
 public:
@@ -65,11 +66,15 @@ private:
         bool cannotStart = false;
         std::optional<std::int64_t> downSinceMs;
         bool isDown = false; // and somebody was told
+        std::size_t restartsLastHour = 0;
+        std::string lastExit; // reason, in the words of the log
     };
 
     [[nodiscard]] std::vector<Trouble> NoteSupervisor(std::int64_t nowMs, bool isThere);
     void LookAt(const DaemonStatus& daemon, std::int64_t nowMs, Known& known,
                 std::vector<Trouble>& found) const;
+    static void EndTroubleOf(const Key& gone, const Known& known, std::int64_t nowMs,
+                             std::vector<Trouble>& found);
 
     std::int64_t downMs_;
     std::optional<bool> isThere_; // the supervisor, at the look before

@@ -114,11 +114,32 @@ TEST_F(TroubleWatchTest,
     EXPECT_THAT(Kinds(watch_.LookAtSupervisor(4)), ElementsAre(Kind::kSupervisorBack));
 }
 
-TEST_F(TroubleWatchTest, Stopped_daemon_is_forgotten)
+TEST_F(TroubleWatchTest, Trouble_of_a_stopped_daemon_ends)
 {
     EXPECT_THAT(Look(0, RunState::kRestarting), ElementsAre(Kind::kCrashLoopBegan));
-    EXPECT_THAT(Look(1, std::vector<DaemonStatus>()), IsEmpty());
-    EXPECT_THAT(Look(2, RunState::kRunning), IsEmpty());
+    const auto troubles = watch_.Look(1, std::vector<DaemonStatus>());
+    ASSERT_THAT(Kinds(troubles), ElementsAre(Kind::kCrashLoopEnded));
+    EXPECT_EQ(DescribeChange(troubles[0]),
+              "a.exe -x is no longer watched: a client stopped or detached it");
+    EXPECT_EQ(troubles[0].daemonId, 3U);
+    EXPECT_EQ(troubles[0].restartsLastHour, 41U);
+    EXPECT_EQ(troubles[0].lastExit, "exit code 3");
+    EXPECT_THAT(Look(2, std::vector<DaemonStatus>()), IsEmpty());
+    EXPECT_THAT(Look(3, RunState::kCannotStart), ElementsAre(Kind::kCannotStart));
+    EXPECT_THAT(Look(4, std::vector<DaemonStatus>()), ElementsAre(Kind::kStartsAgain));
+    EXPECT_THAT(Look(5, RunState::kEnded), IsEmpty());
+    EXPECT_THAT(Look(30'005, RunState::kEnded), ElementsAre(Kind::kDown));
+    EXPECT_THAT(Look(30'006, std::vector<DaemonStatus>()), ElementsAre(Kind::kUpAgain));
+    EXPECT_THAT(Look(30'007, RunState::kRunning), IsEmpty());
+    EXPECT_THAT(Look(30'008, std::vector<DaemonStatus>()), IsEmpty());
+}
+
+TEST_F(TroubleWatchTest, Trouble_goes_on_if_a_daemon_that_never_ran_gets_an_id)
+{
+    DaemonStatus daemon = InState(RunState::kCannotStart);
+    daemon.id = std::nullopt;
+    EXPECT_THAT(Look(0, std::vector<DaemonStatus>{daemon}), ElementsAre(Kind::kCannotStart));
+    EXPECT_THAT(Look(1, RunState::kCannotStart), IsEmpty());
 }
 
 TEST_F(TroubleWatchTest, Change_of_a_daemon_has_its_facts_as_text_and_as_JSON)
