@@ -26,7 +26,7 @@ BOUNDARIES = [
     ("daemonctl/output", "Utf8.h", ["RingScan.h", "Commands.h", "ILogger.h"]),
     ("daemonctl/log_reader", "TextEncoding.h", ["Timeline.h", "LineOutput.h", "ILogger.h"]),
     ("daemonctl/history", "RingScan.h", ["ReportModel.h", "DaemonStatus.h", "ILogger.h"]),
-    ("daemonctl/report", "Timeline.h", ["ProcessFacts.h", "LineOutput.h", "ILogger.h"]),
+    ("daemonctl/report", "DaemonStatus.h", ["HandOver.h", "LineOutput.h", "ILogger.h"]),
     ("daemonctl/process", "Utf8.h", ["DaemonStatus.h", "RingScan.h", "DoctorReport.h"]),
     ("daemonctl/daemons", "Timeline.h", ["DoctorReport.h", "Commands.h", "DaemonManager.h"]),
     ("daemonctl/control", "DaemonStatus.h", ["DoctorReport.h", "Commands.h", "DaemonManager.h"]),
