@@ -28,7 +28,7 @@ namespace vqrx::client::v0 {
 namespace {
 
 constexpr ULONGLONG kFormerGuardMs = 20000; // an ending guard waits at most 15 s for a hand-over
-constexpr DWORD kLookAgainMs = 100;
+constexpr DWORD kLookAtGuardMs = 100;
 
 struct AutostartOptions {
     std::string action;
@@ -95,7 +95,7 @@ bool StartAfterFormerGuard(const GuardCommand& command)
             hasSaid = true;
             PrintText("waiting at most 20 s until the former guard has ended\n");
         }
-        Sleep(kLookAgainMs);
+        Sleep(kLookAtGuardMs);
     }
 }
 
