@@ -2,6 +2,7 @@
 
 #include "Bounded.h"
 #include "ExitReason.h"
+#include "FilePresence.h"
 #include "GatherAutostart.h"
 #include "HandOver.h"
 #include "InstalledPaths.h"
@@ -137,15 +138,14 @@ std::optional<bool> LogIsCurrent(const SupervisorFacts& supervisor)
     }
 }
 
-// Reads the log as a whole. @return what of it cannot be read; empty also if it cannot be opened,
-// which other facts show
-std::string DamageOfLog(const std::string& logFile)
+// Reads the log as a whole and adds what of it cannot be read. Other facts show a missing log.
+void AddDamageOfLog(InstallationFacts& facts)
 {
     try {
-        return DescribeDamage(
-            ReadLogFile(logFile, TextEncoding::kAuto, [](const Record& /*record*/) {}));
-    } catch (const std::runtime_error&) {
-        return {};
+        facts.logDamage = DescribeDamage(
+            ReadLogFile(facts.logFile, TextEncoding::kAuto, [](const Record& /*record*/) {}));
+    } catch (const std::runtime_error& error) {
+        facts.logUnreadable = MayBeThere(facts.logFile) ? error.what() : "";
     }
 }
 
@@ -183,7 +183,7 @@ DoctorFacts GatherDoctorFacts()
     facts.proxy = GatherProxyFacts();
     facts.supervisor = GatherSupervisorFacts();
     facts.installation.logIsCurrent = LogIsCurrent(facts.supervisor);
-    facts.installation.logDamage = DamageOfLog(facts.installation.logFile);
+    AddDamageOfLog(facts.installation);
     facts.firewallService = GatherFirewallServiceFacts();
     facts.firewallRules = RulesOrTimeout();
     facts.rights = GatherRightsFacts(facts.installation.root, AddDaemons(facts));

@@ -159,6 +159,12 @@ Finding JudgeLog(const InstallationFacts& facts)
                               "The rest of the log can be read, and newer records overwrite the "
                               "damage. If damage comes again, look at disk and power supply.");
     }
+    if (!facts.logUnreadable.empty()) {
+        finding =
+            WithWarning(finding, facts.logUnreadable,
+                        "Another program may have held the log just now: daemonctl doctor. See "
+                        "who may read it: daemonctl rights");
+    }
     for (const std::string& damagedLog : facts.damagedLogs) {
         finding = WithDamagedLog(finding, damagedLog);
     }

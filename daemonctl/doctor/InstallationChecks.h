@@ -38,6 +38,9 @@ struct InstallationFacts {
     /// What of the log cannot be read (DescribeDamage); empty: nothing, or the log cannot be
     /// opened. GatherInstallationFacts() leaves it unset.
     std::string logDamage;
+    /// Why the log cannot be read; empty: it can be, or it is missing.
+    /// GatherInstallationFacts() leaves it empty.
+    std::string logUnreadable;
     /// Whether the log shows the run of the running supervisor; nothing if no supervisor answers,
     /// or if it is not known which process it is. GatherInstallationFacts() leaves it unset.
     std::optional<bool> logIsCurrent;

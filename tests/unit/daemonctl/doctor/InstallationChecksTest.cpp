@@ -178,6 +178,18 @@ TEST(LogFolderCheck, Warns_of_damage_in_the_log_itself)
               "comes again, look at disk and power supply.");
 }
 
+TEST(LogFolderCheck, Warns_of_a_log_that_cannot_be_read)
+{
+    InstallationFacts facts = HealthyInstallation();
+    facts.logUnreadable = "C:\\FW\\Logs\\DaemonManager.log cannot be opened";
+    const Finding finding = JudgeLog(facts);
+    ExpectFinding(finding, Verdict::kWarning,
+                  "C:\\FW\\Logs can be written to\n"
+                  "C:\\FW\\Logs\\DaemonManager.log cannot be opened");
+    EXPECT_EQ(finding.remedy, "Another program may have held the log just now: daemonctl doctor. "
+                              "See who may read it: daemonctl rights");
+}
+
 TEST(LogFolderCheck, Names_each_damaged_log)
 {
     InstallationFacts facts = HealthyInstallation();
