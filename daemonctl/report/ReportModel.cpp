@@ -2,10 +2,13 @@
 
 #include "DaemonStatus.h"
 #include "ExitReason.h"
+#include "RunToShow.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <utility>
+#include <vector>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -25,29 +28,10 @@ constexpr std::int64_t kAboutOnePassMs = 1500;
 // By command, and by place among the daemons of one run that have this command.
 using LaneDrafts = std::map<std::pair<std::string, std::size_t>, LaneDraft>;
 
-// One run of the supervisor, up to its last record or to now.
-struct RunToShow {
-    const SupervisorRun& run;
-    bool hasEnded = false;
-    std::int64_t endMs = 0;
-    const std::vector<DaemonStatus>* now = nullptr; // null: nobody looked at the processes
-
-    // Returns the present state of a daemon; null if nobody looked, or the supervisor lacks it.
-    [[nodiscard]] const DaemonStatus* Now(std::uint32_t daemonId) const
-    {
-        if (now == nullptr) {
-            return nullptr;
-        }
-        const auto found =
-            std::find_if(now->begin(), now->end(),
-                         [daemonId](const DaemonStatus& daemon) { return daemon.id == daemonId; });
-        return found == now->end() ? nullptr : &*found;
-    }
-};
-
-std::string StateText(const DaemonHistory& daemon, const RunToShow& shown)
+// @param now  null: the log alone shows the state
+std::string StateText(const DaemonHistory& daemon, const DaemonStatus* now, const RunToShow& shown)
 {
-    if (const DaemonStatus* const now = shown.Now(daemon.id)) {
+    if (now != nullptr) {
         return std::string(NameOf(now->state));
     }
     if (!shown.hasEnded && daemon.IsRegistered() && daemon.state != DaemonState::kCannotStart &&
@@ -116,7 +100,7 @@ void AddDaemon(LaneDraft& draft, const DaemonHistory& daemon, const RunToShow& r
     lane.command = WithoutBlank(daemon.command);
     lane.ids.insert(daemon.id);
     draft.order = daemon.id;
-    lane.state = StateText(daemon, run);
+    lane.state = StateText(daemon, now, run);
     const bool isLookedAfter = IsLookedAfter(daemon, run.endMs);
     lane.isRegistered = isLookedAfter && !run.hasEnded;
     lane.recent = lane.isRegistered ? RestartsBefore(daemon, run.endMs) : RecentRestarts{};
@@ -182,11 +166,8 @@ void AddRun(LaneDrafts& drafts, const RunToShow& shown)
         draft.registeredMs +=
             static_cast<double>(std::max<std::int64_t>(0, endMs - failed.front()));
     }
-    for (const DaemonStatus& child :
-         shown.now == nullptr ? std::vector<DaemonStatus>() : *shown.now) {
-        if (!child.inLog) {
-            AddChild(drafts[{child.command, seen[child.command]++}], child, shown);
-        }
+    for (const DaemonStatus* const child : shown.children) {
+        AddChild(drafts[{child->command, seen[child->command]++}], *child, shown);
     }
 }
 
@@ -259,8 +240,11 @@ ReportModel MakeReportModel(const Timeline& timeline, const ReportMoment& moment
         const bool reachesToNow = !hasEnded && moment.supervisor == SupervisorState::kRunning;
         const std::int64_t endMs = reachesToNow ? std::max(run.lastMs, moment.nowMs) : run.lastMs;
         if (goesOn == nullptr || &run <= goesOn) { // a refused supervisor has no daemons
-            AddRun(drafts, {run, hasEnded, endMs,
-                            hasEnded || !moment.daemons ? nullptr : &*moment.daemons});
+            RunToShow shown{run, hasEnded, endMs};
+            if (!hasEnded && moment.daemons) {
+                shown.Look(*moment.daemons);
+            }
+            AddRun(drafts, shown);
         }
         // A clock may be set back, so any run may hold the earliest or the latest record.
         model.beginMs = std::min({model.beginMs, run.firstMs, run.lastMs});
