@@ -71,7 +71,7 @@ void SupervisorChange::End(const std::string& listing, const std::function<void(
     if (!Ran()) {
         return;
     }
-    conversation_.get().Say("Ending the supervisor; its daemons run on.\n");
+    conversation_.Say("Ending the supervisor; its daemons run on.\n");
     // Without the list, the log is read; it may not reach back to the start of every daemon.
     if (Client({"ps", "--output", listing}).exitCode == kClientDone) {
         listing_ = listing;
@@ -103,7 +103,7 @@ void SupervisorChange::Follow(SupervisorChange&& later)
 
 void SupervisorChange::Start(const std::string& program)
 {
-    conversation_.get().Say("Starting the supervisor.\n");
+    conversation_.Say("Starting the supervisor.\n");
     started_ = StartLike(former_.front(), program);
     const ULONGLONG begin = GetTickCount64();
     while (GetTickCount64() - begin < kStartLimitMs) {
@@ -156,7 +156,7 @@ void SupervisorChange::EndStarted() noexcept
 
 bool SupervisorChange::HandOver(bool trust)
 {
-    conversation_.get().Say("Handing the daemons over.\n");
+    conversation_.Say("Handing the daemons over.\n");
     // No daemon may be lost, and nobody is there to answer a question.
     std::vector<std::string> arguments{"reattach", "--outside"};
     if (trust) {
@@ -168,14 +168,14 @@ bool SupervisorChange::HandOver(bool trust)
     }
     const ProgramAnswer answer = Client(arguments);
     if (started_ && WaitForSingleObject(started_.Get(), 0) != WAIT_TIMEOUT) {
-        conversation_.get().Say("The supervisor has ended again. Its log says why.\n");
+        conversation_.Say("The supervisor has ended again. Its log says why.\n");
         return false;
     }
     if (answer.exitCode == kClientDone || answer.exitCode == kNothingToHandOver) {
         return true;
     }
-    conversation_.get().Say("Not every daemon was handed over (exit code " +
-                            std::to_string(answer.exitCode) + "):\n" + answer.output);
+    conversation_.Say("Not every daemon was handed over (exit code " +
+                      std::to_string(answer.exitCode) + "):\n" + answer.output);
     return false;
 }
 
@@ -186,8 +186,8 @@ bool SupervisorChange::Autostart(const std::vector<std::string>& arguments) cons
     const ProgramAnswer answer = Client(all);
     const bool isDone = answer.exitCode == kClientDone || answer.exitCode == kNothingSetUp;
     if (!isDone) {
-        conversation_.get().Say("daemonctl autostart " + arguments.front() + " failed (exit code " +
-                                std::to_string(answer.exitCode) + "):\n" + answer.output);
+        conversation_.Say("daemonctl autostart " + arguments.front() + " failed (exit code " +
+                          std::to_string(answer.exitCode) + "):\n" + answer.output);
     }
     return isDone;
 }

@@ -88,7 +88,7 @@ private:
     [[nodiscard]] std::string WhyItRuns() const; ///< after an order to exit
     [[nodiscard]] bool WaitForAll(DWORD limitMs) const;
 
-    std::reference_wrapper<Conversation> conversation_;
+    Conversation& conversation_;
     std::function<std::string()> client_;
     std::vector<FormerProcess> former_;
     std::string listing_;
