@@ -162,8 +162,8 @@ Finding JudgeLog(const InstallationFacts& facts)
     if (!facts.logUnreadable.empty()) {
         finding =
             WithWarning(finding, facts.logUnreadable,
-                        "Another program may have held the log just now: daemonctl doctor. See "
-                        "who may read it: daemonctl rights");
+                        "Another program may have held the log for a moment: run daemonctl doctor "
+                        "again. To see who may read the log: daemonctl rights");
     }
     for (const std::string& damagedLog : facts.damagedLogs) {
         finding = WithDamagedLog(finding, damagedLog);

@@ -53,8 +53,8 @@ struct RightsFacts {
 /// rights, and whether only they and the supervisor's account can change the log. Pure.
 [[nodiscard]] Finding JudgeFileRights(const RightsFacts& facts);
 
-/// The check "key-rights": whether only administrators can change the registry keys that name the
-/// firmware root and the proxy/stub, and those that start the guard. Pure.
+/// The check "key-rights": whether only administrators can change the registry keys of the firmware
+/// root, of the proxy/stub, and of the guard's start. Pure.
 [[nodiscard]] Finding JudgeKeyRights(const RightsFacts& facts);
 
 } // namespace vqrx::client::v0

@@ -44,7 +44,7 @@ public:
     /// Calls TakeBack(), unless Keep() was called, and removes the unpacked files.
     void Discard() noexcept;
 
-    /// Deletes the former files. Windows deletes those that are in use at its next start.
+    /// Deletes the former files. Windows deletes a file that is in use when Windows starts next.
     void Keep() noexcept;
 
     /// Returns where an unpacked file lies at present.

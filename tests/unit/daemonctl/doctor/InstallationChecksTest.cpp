@@ -186,8 +186,8 @@ TEST(LogFolderCheck, Warns_of_a_log_that_cannot_be_read)
     ExpectFinding(finding, Verdict::kWarning,
                   "C:\\FW\\Logs can be written to\n"
                   "C:\\FW\\Logs\\DaemonManager.log cannot be opened");
-    EXPECT_EQ(finding.remedy, "Another program may have held the log just now: daemonctl doctor. "
-                              "See who may read it: daemonctl rights");
+    EXPECT_EQ(finding.remedy, "Another program may have held the log for a moment: run daemonctl "
+                              "doctor again. To see who may read the log: daemonctl rights");
 }
 
 TEST(LogFolderCheck, Names_each_damaged_log)

@@ -11,7 +11,7 @@ namespace {
 using guard::v0::TryRecords;
 using Texts = std::vector<std::string>;
 
-// Returns what is logged of a try with these records.
+// Makes a try that has these records. Returns the records that are to be logged.
 Texts Logged(TryRecords& records, const Texts& texts)
 {
     Texts logged;
