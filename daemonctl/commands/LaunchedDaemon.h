@@ -18,7 +18,7 @@ namespace vqrx::client::v0 {
 void WarnAboutProgram(const std::string& path, std::uint32_t daemonId);
 
 /// Waits until a daemon has run for two seconds, or until the limit, and prints on standard output
-/// or standard error whether it runs then. A program that ends at once does not count.
+/// or standard error whether it runs then. A program that ends at once does not count as running.
 /// @param seconds  the limit
 /// @return kDone: it runs; kNothingToDo: it does not; kNoSupervisor: the supervisor has ended
 /// @throws LogUnreadable

@@ -47,9 +47,8 @@ struct HandOverCount {
 };
 
 /// Attaches the daemons of former supervisors to the running one, which must be the only supervisor
-/// that runs. Ends and starts no process. Reports one line for each daemon. A daemon that cannot be
-/// attached does not keep the function from the others. Holds the HandOverLock, except in a dry
-/// run.
+/// that runs. Ends and starts no process. Reports one line for each daemon. If a daemon cannot be
+/// attached, goes on with the others. Holds the HandOverLock, except in a dry run.
 /// @throws SupervisorError if the supervisor has ended; LogUnreadable; std::bad_alloc;
 ///         std::runtime_error if another program does not release the lock
 [[nodiscard]] HandOverCount HandOver(daemon_manager::SupervisorClient& supervisor,
@@ -64,7 +63,7 @@ struct HandOverCount {
 [[nodiscard]] std::size_t CountUnwatched(const Timeline& timeline, const SupervisorRun& current);
 
 /// Reports what runs on from former supervisors while no supervisor runs.
-/// @return what the next supervisor would get
+/// @return what a hand-over to the next supervisor would do
 /// @throws LogUnreadable; std::bad_alloc
 [[nodiscard]] HandOverCount ReportUnwatched(const Reporter& reporter);
 

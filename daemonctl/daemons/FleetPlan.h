@@ -72,8 +72,8 @@ struct FleetSource {
 ///
 /// A daemon fits a line if it has the program of the line and exactly its arguments; a line without
 /// arguments wants a daemon without arguments. A program without a folder stands for a daemon in
-/// any folder. If there is none, it stands for the file of this name in \App, or for the Windows
-/// service of this name. Each daemon fits one line only.
+/// any folder. If there is no such daemon, it stands for the file of this name in \App, or for the
+/// Windows service of this name. Each daemon fits one line only.
 ///
 /// A process that nobody supervises and that fits a line is not started a second time: it is
 /// attached. If that is not possible, the line is refused. A batch file is one such case: its

@@ -8,8 +8,9 @@
 
 namespace vqrx::client::v0 {
 
-/// A file or a folder whose content runs with the supervisor's rights or is believed, or a folder
-/// above it.
+/// A file or a folder on which the supervisor relies: its programs run with the supervisor's
+/// rights, or commands believe what it says (the log, the fleet file). Or a folder above one of
+/// these.
 struct PlaceFacts {
     /// What the place is to the installation. "Nobody else" means: nobody but administrators, and
     /// for the log and its folder also the account of the supervisor.
@@ -41,8 +42,7 @@ struct RightsFacts {
 
 /// Reads owners and access lists of the firmware root, \App, its fleet file, \Logs, the log, the
 /// folder of the installed programs, the programs, the proxy/stub, the given programs, the folders
-/// above all of them, and the registry keys. The keys that start the guard belong to them. Changes
-/// nothing.
+/// above all of them, and the registry keys, those that start the guard included. Changes nothing.
 /// Windows only.
 /// @param root      the firmware root, UTF-8; empty: not known
 /// @param programs  full paths of the programs that the supervisor runs, UTF-8

@@ -11,8 +11,8 @@ enum class FolderUse {
     kLogs ///< SYSTEM, administrators and the supervisor's account everything, nobody else anything
 };
 
-/// Makes a folder with its access list, so that there is no moment without it. Rights of the folder
-/// above are not inherited. Windows only, as is the next function.
+/// Makes a folder with its access list, so that the folder exists at no moment without the list.
+/// Rights of the folder above are not inherited. Windows only, as is the next function.
 /// @param path        UTF-8; the folder above it must exist
 /// @param accountSid  for logs: the supervisor's account; empty: SYSTEM or an administrator
 /// @return the Windows error; 0: made. ERROR_ALREADY_EXISTS: nothing was changed

@@ -36,8 +36,8 @@ public:
     ///         the text names
     void SwapIn(const std::vector<std::string>& former);
 
-    /// Moves all files back to where they were before SwapIn(). A file that cannot be moved does
-    /// not keep the function from the others.
+    /// Moves all files back to where they were before SwapIn(). If a file cannot be moved, goes
+    /// on with the others.
     /// @return a line for each file that could not be moved, for people; empty if all were
     [[nodiscard]] std::string TakeBack() noexcept;
 

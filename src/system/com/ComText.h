@@ -7,7 +7,7 @@
 
 namespace vqrx::system::com::v1 {
 
-/// Converts a text that a COM call returned to a code page (CP_ACP, CP_THREAD_ACP), as
+/// Converts the result of a COM call, a text, to a code page (CP_ACP, CP_THREAD_ACP), as
 /// code_page::v1::WideToNarrow does.
 /// @throws ATL::CAtlException  E_OUTOFMEMORY, E_INVALIDARG for a text that is too long, otherwise
 ///         the system's error as a result code
