@@ -36,7 +36,7 @@ public:
 
 private:
     void AddBufferFull(PerformanceFigures& figures);
-    /// @return the number of politic choices at the last report
+    /// @return the counter of politic choices (ILogPerf::AddPoliticChoices) at the last report
     [[nodiscard]] std::uint32_t AddStatistics(PerformanceFigures& figures);
     void Observe(const PerformanceFigures& figures, std::int32_t rate);
     void Emit(const PerformanceFigures& figures);
