@@ -26,11 +26,16 @@ private:
     static void WINAPI Enter(CRITICAL_SECTION* section)
     {
         realEnter(section);
-        depth += GetCurrentThreadId() == counted ? 1 : 0;
+        // Even an addition of 0 would race with the counted thread.
+        if (GetCurrentThreadId() == counted) {
+            ++depth;
+        }
     }
     static void WINAPI Leave(CRITICAL_SECTION* section)
     {
-        depth -= GetCurrentThreadId() == counted ? 1 : 0;
+        if (GetCurrentThreadId() == counted) {
+            --depth;
+        }
         realLeave(section);
     }
 
