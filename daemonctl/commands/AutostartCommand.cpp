@@ -1,17 +1,16 @@
 #include "Commands.h"
 
 #include "Autostart.h"
+#include "AutostartWarnings.h"
 #include "DoctorChecks.h"
 #include "DoctorReport.h"
 #include "ExitCode.h"
 #include "GatherAutostart.h"
 #include "InstalledPaths.h"
-#include "ObjectRights.h"
 #include "PasteableText.h"
 #include "PrintText.h"
 #include "Printable.h"
 #include "ProcessList.h"
-#include "TrustedSources.h"
 #include "Utf8.h"
 #include "daemon_manager/SupervisorIdentity.h"
 
@@ -128,36 +127,6 @@ bool CheckFleet(const std::string& path)
     return facts.fleetThere && facts.fleetErrors.empty();
 }
 
-// A service has all rights. Whoever can change its programs has them, too.
-void WarnOfWeakPaths(const GuardCommand& command)
-{
-    for (const std::string& path : {command.program, DefaultAppFolder()}) {
-        for (const std::string& weakness : WeaknessesOfPath(path, TrustedAdministrators())) {
-            std::cerr << "daemonctl: warning: the service runs with all rights, but others than "
-                         "administrators can change what it starts: "
-                      << Printable(weakness) << std::endl;
-        }
-    }
-}
-
-// A guard with the rights of an administrator does not believe such files without --trust.
-void WarnOfWeakSources(const GuardCommand& command)
-{
-    const std::string& fleet = command.arguments.fleet;
-    for (const std::string& path : {DefaultLogPath(), fleet.empty() ? DefaultFleetPath() : fleet}) {
-        if (GetFileAttributesW(Wide(path).c_str()) == INVALID_FILE_ATTRIBUTES) {
-            continue;
-        }
-        for (const std::string& weakness : WeaknessesOfSource(path)) {
-            std::cerr << "daemonctl: warning: as an administrator's, the guard "
-                      << (command.arguments.trust ? "believes " : "does not believe ")
-                      << Printable(path)
-                      << ", because others than administrators may have written it: "
-                      << Printable(weakness) << std::endl;
-        }
-    }
-}
-
 int Install(const AutostartOptions& options)
 {
     GuardCommand command;
@@ -174,10 +143,7 @@ int Install(const AutostartOptions& options)
     }
     command.arguments.trust = options.trust;
     InstallAutostart(command);
-    if (!options.session) {
-        WarnOfWeakPaths(command);
-    }
-    WarnOfWeakSources(command);
+    WarnOfAutostart(command);
     const std::string how = options.session
                                 ? "the guard starts when a user logs on: "
                                 : "the guard starts with Windows, as the service DaemonGuard: ";
@@ -216,6 +182,9 @@ int PrintStatus()
 {
     const AutostartFacts facts = GatherAutostartFacts();
     std::vector<Finding> findings{JudgeAutostart(facts)};
+    if (UsesSession(facts)) {
+        findings.push_back(JudgeSession(facts.session));
+    }
     if (UsesFleetFile(facts)) {
         findings.push_back(JudgeFleetFile(facts));
     }

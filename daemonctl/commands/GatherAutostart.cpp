@@ -4,6 +4,7 @@
 #include "FilePresence.h"
 #include "FleetSource.h"
 #include "InstalledPaths.h"
+#include "ObjectRights.h"
 #include "TrustedSources.h"
 
 #include <exception>
@@ -11,13 +12,25 @@
 namespace vqrx::client::v0 {
 namespace {
 
-std::vector<std::string> WeaknessesOf(const std::string& path)
+std::vector<std::string> WeaknessesOf(const std::string& path, GuardMode mode)
 {
-    return PresenceOf(path) == FilePresence::kThere ? WeaknessesOfSource(path)
+    return PresenceOf(path) == FilePresence::kThere ? WeaknessesForGuard(path, mode)
                                                     : std::vector<std::string>();
 }
 
 } // namespace
+
+std::string LogFolderPath()
+{
+    const std::string log = DefaultLogPath();
+    return log.substr(0, log.rfind('\\'));
+}
+
+std::vector<std::string> WeaknessesForGuard(const std::string& path, GuardMode mode)
+{
+    return mode == GuardMode::kService ? WeaknessesOfPath(path, TrustedAdministrators())
+                                       : WeaknessesOfSource(path);
+}
 
 void ReadFleetFacts(const std::string& path, AutostartFacts& facts)
 {
@@ -44,15 +57,18 @@ AutostartFacts GatherAutostartFacts()
         if (facts.entries.size() != 1) {
             return facts;
         }
+        if (UsesSession(facts)) {
+            facts.session = GatherSessionFacts(LogFolderPath());
+        }
         const auto command = ParseGuardCommand(facts.entries.front().commandLine);
         if (command) {
             facts.command = *command;
             facts.programThere = PresenceOf(command->program) != FilePresence::kMissing;
-            facts.logWeaknesses = WeaknessesOf(DefaultLogPath());
+            facts.logWeaknesses = WeaknessesOf(DefaultLogPath(), command->arguments.mode);
             ReadFleetFacts(command->arguments.fleet.empty() ? DefaultFleetPath()
                                                             : command->arguments.fleet,
                            facts);
-            facts.fleetWeaknesses = WeaknessesOf(facts.fleet);
+            facts.fleetWeaknesses = WeaknessesOf(facts.fleet, command->arguments.mode);
         }
     } catch (const std::exception& exception) {
         facts.error = exception.what();

@@ -92,6 +92,12 @@ Finding JudgeAutostart(const AutostartFacts& facts)
     return JudgeServiceEntry(entry);
 }
 
+bool UsesSession(const AutostartFacts& facts)
+{
+    return facts.error.empty() && facts.entries.size() == 1 &&
+           facts.entries.front().mode == GuardMode::kSession;
+}
+
 bool UsesFleetFile(const AutostartFacts& facts)
 {
     return facts.error.empty() && facts.entries.size() == 1 && !facts.command.program.empty();

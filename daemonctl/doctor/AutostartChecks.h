@@ -2,6 +2,7 @@
 
 #include "Autostart.h"
 #include "Finding.h"
+#include "SessionChecks.h"
 
 #include <string>
 #include <vector>
@@ -24,11 +25,16 @@ struct AutostartFacts {
     // of an administrator does not believe them.
     std::vector<std::string> fleetWeaknesses;
     std::vector<std::string> logWeaknesses; ///< of the supervisor's log
+    SessionFacts session;                   ///< set if UsesSession()
 };
 
 /// The check "autostart": whether and how Windows starts the guard, which starts the supervisor.
 /// Pure.
 [[nodiscard]] Finding JudgeAutostart(const AutostartFacts& facts);
+
+/// Returns whether Windows starts the guard when a user logs on, and in no other way, so that the
+/// check "session" makes sense. Pure.
+[[nodiscard]] bool UsesSession(const AutostartFacts& facts);
 
 /// Returns whether a guard will look for a fleet file, so that the check "fleet-file" makes sense.
 /// Pure.

@@ -27,6 +27,9 @@ std::vector<Finding> Judge(const DoctorFacts& facts)
         JudgeFirewallRules(facts.firewallRules),
         JudgeAutostart(facts.autostart),
     };
+    if (UsesSession(facts.autostart)) {
+        findings.push_back(JudgeSession(facts.autostart.session));
+    }
     if (UsesFleetFile(facts.autostart)) {
         findings.push_back(JudgeFleetFile(facts.autostart));
     }

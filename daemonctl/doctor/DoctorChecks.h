@@ -34,7 +34,8 @@ struct DoctorFacts {
     AutostartFacts autostart;
 };
 
-/// Makes all checks. The check "fleet-file" is made only if a guard uses such a file. Pure.
+/// Makes all checks. The check "session" is made only if a guard starts at a logon, and the check
+/// "fleet-file" only if a guard uses such a file. Pure.
 /// @return one finding for each check, in the order in which the operator best follows the remedies
 [[nodiscard]] std::vector<Finding> Judge(const DoctorFacts& facts);
 

@@ -2,10 +2,12 @@
 
 #include "Utf8.h"
 #include "win32/LocalMemory.h"
+#include "win32/UniqueHandle.h"
 
 #include <sddl.h>
 
 #include <array>
+#include <cstddef>
 
 namespace vqrx::client::v0 {
 
@@ -32,6 +34,19 @@ std::string NameOfSid(PSID sid)
     }
     const std::string domainText = Utf8(domain.data());
     return (domainText.empty() ? domainText : domainText + "\\") + Utf8(name.data());
+}
+
+std::string SidOfThisUser()
+{
+    system::win32::v1::UniqueKernelHandle token;
+    std::array<std::byte, 256> buffer{};
+    DWORD size = 0;
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.Put()) == FALSE ||
+        GetTokenInformation(token.Get(), TokenUser, buffer.data(),
+                            static_cast<DWORD>(buffer.size()), &size) == FALSE) {
+        return {};
+    }
+    return SidText(reinterpret_cast<const TOKEN_USER*>(buffer.data())->User.Sid);
 }
 
 } // namespace vqrx::client::v0

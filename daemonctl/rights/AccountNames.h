@@ -14,4 +14,8 @@ namespace vqrx::client::v0 {
 /// @throws std::bad_alloc
 [[nodiscard]] std::string NameOfSid(PSID sid);
 
+/// Returns the SID of the user of this process as text; empty if Windows does not tell it.
+/// @throws std::bad_alloc
+[[nodiscard]] std::string SidOfThisUser();
+
 } // namespace vqrx::client::v0

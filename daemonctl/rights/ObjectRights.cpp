@@ -4,7 +4,6 @@
 #include "DriveTarget.h"
 #include "Utf8.h"
 #include "win32/LocalMemory.h"
-#include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
@@ -12,7 +11,6 @@
 #include <sddl.h>
 #include <shlobj.h>
 
-#include <array>
 #include <cstddef>
 #include <cwchar>
 #include <iterator>
@@ -20,7 +18,6 @@
 namespace vqrx::client::v0 {
 namespace {
 
-using system::win32::v1::UniqueKernelHandle;
 using system::win32::v1::UniqueLocalMemory;
 
 // Adds the entry of an access list if it grants something on the object itself. Every entry that
@@ -66,19 +63,6 @@ void ReadSecurity(const std::wstring& path, SE_OBJECT_TYPE type, ObjectRights& r
             AddEntry(*static_cast<const ACE_HEADER*>(entry), rights.granted);
         }
     }
-}
-
-std::string SidOfThisUser()
-{
-    UniqueKernelHandle token;
-    std::array<std::byte, 256> buffer{};
-    DWORD size = 0;
-    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, token.Put()) == FALSE ||
-        GetTokenInformation(token.Get(), TokenUser, buffer.data(),
-                            static_cast<DWORD>(buffer.size()), &size) == FALSE) {
-        return {};
-    }
-    return SidText(reinterpret_cast<const TOKEN_USER*>(buffer.data())->User.Sid);
 }
 
 std::wstring FullPath(const std::string& path)

@@ -1,4 +1,5 @@
 // daemonctl autostart, and the guard as a service, with the real service manager and the Run key.
+#include "AutostartFixture.h"
 #include "CapturedProgram.h"
 #include "ChildProcess.h"
 #include "Daemonctl.h"
@@ -9,8 +10,6 @@
 
 #include <windows.h>
 
-#include <nlohmann/json.hpp>
-
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -18,52 +17,6 @@
 
 namespace vqrx::test {
 namespace {
-
-using system::win32::v1::UniqueServiceHandle;
-
-class Autostart : public ::testing::Test {
-protected:
-    Autostart() { static_cast<void>(Daemonctl("autostart remove")); }
-    ~Autostart() override
-    {
-        SERVICE_STATUS status{};
-        ControlService(Service().Get(), SERVICE_CONTROL_STOP, &status);
-        EXPECT_TRUE(WaitUntil([] { return ProcessesNamed("DaemonGuard.exe").empty(); }));
-        static_cast<void>(Daemonctl("autostart remove"));
-    }
-    Autostart(const Autostart&) = delete;
-    Autostart& operator=(const Autostart&) = delete;
-
-    static UniqueServiceHandle Service()
-    {
-        const UniqueServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
-        return UniqueServiceHandle(OpenServiceW(manager.Get(), L"DaemonGuard", SERVICE_ALL_ACCESS));
-    }
-
-    static DWORD State()
-    {
-        SERVICE_STATUS status{};
-        QueryServiceStatus(Service().Get(), &status);
-        return status.dwCurrentState;
-    }
-
-    static std::string Guard(const std::string& options)
-    {
-        return '"' + ProductProgram("DaemonGuard.exe") + "\" " + options;
-    }
-
-    // What start and install print: no program of a desktop finds the supervisor of a service.
-    [[nodiscard]] std::string StartedAsService() const
-    {
-        return "the guard was started now; to see what it does: daemonctl log --file \"" +
-               machine_.GuardLog() +
-               "\"\nprograms of a desktop do not find the supervisor of a service: daemonctl wait "
-               "--for supervisor needs a task of the account SYSTEM\n";
-    }
-
-    GuardedMachine machine_;
-    const std::string worker_ = TestProgram("no_windows");
-};
 
 TEST_F(Autostart, Machine_on_which_nothing_is_set_up)
 {
@@ -154,57 +107,6 @@ TEST_F(Autostart, Guard_that_runs_keeps_its_settings_and_the_commands_say_so)
                                     Guard("--service --trust") + "\n" + runsAlready);
 }
 
-TEST_F(Autostart, Second_guard_of_a_session_is_not_started)
-{
-    machine_.StartGuard();
-    ASSERT_TRUE(machine_.WaitForTakeOver());
-    const Answer installed = Daemonctl("autostart install --session");
-    EXPECT_EQ(installed.exitCode, 0U) << installed;
-    EXPECT_TRUE(installed.output.ends_with(
-        "\na guard runs already, with its former settings: daemonctl exit, then daemonctl autostart "
-        "start\n"))
-        << installed;
-    EXPECT_EQ(ProcessesNamed("DaemonGuard.exe").size(), 1U);
-    machine_.KillGuard();
-}
-
-TEST_F(Autostart, Session_is_an_entry_of_the_Run_key_with_the_fleet_file)
-{
-    machine_.WriteFleet(worker_ + " 1\n");
-    const std::string fleet = machine_.App() + "\\fleet.txt";
-    EXPECT_EQ(Daemonctl("autostart install --session --no-start --fleet " + fleet),
-              (Answer{0,
-                      "the guard starts when a user logs on: " +
-                          Guard("--session --fleet \"" + fleet + "\"\n"),
-                      ""}));
-    EXPECT_TRUE(ProcessesNamed("DaemonGuard.exe").empty());
-    EXPECT_EQ(
-        Daemonctl("autostart status").output,
-        "ok       autostart         the machine's Run key starts the supervisor when a user logs on: " +
-            Guard("--session --fleet \"" + fleet + "\"") + "\nok       fleet-file        " + fleet +
-            ": 1 program\n2 ok, 0 warnings, 0 failures\n");
-    std::filesystem::remove(fleet);
-    const Answer missing = Daemonctl("autostart status");
-    EXPECT_EQ(missing.exitCode, 4U) << missing;
-    EXPECT_NE(missing.output.find("failure  fleet-file        " + fleet + " does not exist\n"),
-              std::string::npos)
-        << missing;
-    EXPECT_EQ(Daemonctl("autostart remove"),
-              (Answer{0,
-                      "no guard starts at power-on any more; a guard that runs goes on until "
-                      "daemonctl exit\n",
-                      ""}));
-}
-
-TEST_F(Autostart, Session_names_the_command_that_waits_for_its_supervisor)
-{
-    const Answer installed = Daemonctl("autostart install --session");
-    EXPECT_EQ(installed.exitCode, 0U) << installed;
-    const std::string hint = "\nthe guard was started now; to wait for the supervisor: daemonctl "
-                             "wait --for supervisor\n";
-    EXPECT_TRUE(installed.output.ends_with(hint)) << installed;
-}
-
 TEST_F(Autostart, Fleet_file_that_is_missing_or_has_faults_is_refused_and_nothing_is_done)
 {
     EXPECT_EQ(
@@ -275,22 +177,6 @@ TEST_F(Autostart, Wrong_options_are_refused)
         EXPECT_EQ(answer.exitCode, 2U) << arguments;
         EXPECT_NE(answer.error, "") << arguments;
     }
-}
-
-TEST_F(Autostart, Doctor_checks_how_the_supervisor_is_started)
-{
-    EXPECT_EQ(Daemonctl("autostart install --session --no-start").exitCode, 0U);
-    const auto report = nlohmann::json::parse(Daemonctl("doctor --json").output);
-    std::string texts;
-    for (const auto& check : report.at("checks")) {
-        if (check.at("check") == "autostart" || check.at("check") == "fleet-file") {
-            texts += check.at("verdict").get<std::string>() + " " +
-                     check.at("text").get<std::string>() + "\n";
-        }
-    }
-    EXPECT_EQ(texts, "ok the machine's Run key starts the supervisor when a user logs on: " +
-                         Guard("--session") + "\nok there is no " + machine_.App() +
-                         "\\fleet.txt: the guard launches nothing at power-on\n");
 }
 
 } // namespace

@@ -86,6 +86,7 @@ NO_MESSAGES = {
 TESTED_BY = {
     "daemonctl/autostart/GuardRunValue.cpp": "tests/unit/daemonctl/autostart/AutostartTest.cpp",
     "daemonctl/autostart/GuardServiceEntry.cpp": "tests/unit/daemonctl/autostart/AutostartTest.cpp",
+    "daemonctl/commands/AutostartWarnings.cpp": "tests/integration/AutostartTest.cpp",
     "daemonctl/commands/AutostartCommand.cpp": "tests/integration/AutostartTest.cpp",
     "guard/watch/GuardProgram.cpp": "tests/integration/GuardTest.cpp",
     "guard/watch/SupervisorCheck.cpp": "tests/integration/GuardHangTest.cpp",

@@ -41,6 +41,18 @@ TEST(AutostartCheck, Service_that_runs_and_logon_are_ok)
                   "the machine's Run key starts the supervisor when a user logs on: the command");
 }
 
+TEST(AutostartCheck, Session_is_judged_only_if_Windows_starts_the_guard_at_a_logon)
+{
+    AutostartFacts facts = FactsOfService();
+    EXPECT_FALSE(UsesSession(facts));
+    facts.entries = {{GuardMode::kSession, "the command", true, false}};
+    EXPECT_TRUE(UsesSession(facts));
+    facts.entries.push_back({GuardMode::kService, "x", true, false});
+    EXPECT_FALSE(UsesSession(facts));
+    facts.entries.clear();
+    EXPECT_FALSE(UsesSession(facts));
+}
+
 TEST(AutostartCheck, Warns_of_a_service_that_is_stopped_or_not_automatic)
 {
     AutostartFacts facts = FactsOfService();

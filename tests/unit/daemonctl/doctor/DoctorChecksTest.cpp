@@ -56,6 +56,15 @@ TEST(DoctorChecks, On_a_healthy_machine_every_check_is_ok_and_the_order_is_fixed
     EXPECT_EQ(ExitCodeOf(findings), 0);
 }
 
+TEST(DoctorChecks, Guard_that_starts_at_a_logon_adds_the_check_of_its_session)
+{
+    DoctorFacts facts = FactsOfHealthyMachine();
+    facts.autostart.entries = {{GuardMode::kSession, "no guard", true, false}};
+    const std::vector<Finding> findings = Judge(facts);
+    EXPECT_EQ(findings.back().check, "session");
+    EXPECT_EQ(findings.back().verdict, Verdict::kWarning);
+}
+
 TEST(DoctorChecks, Exit_code_is_that_of_the_worst_finding)
 {
     const Finding warning{"wmi", Verdict::kWarning, "", ""};
