@@ -47,6 +47,17 @@ void TakeOverTask::TryAgain()
     }
 }
 
+void TakeOverTask::Wait(DWORD limitMs, const std::function<void()>& onWaiting) const
+{
+    constexpr DWORD progressMs = 1000;
+    const ULONGLONG start = GetTickCount64();
+    while (!task_.Wait(progressMs) && GetTickCount64() - start < limitMs) {
+        if (onWaiting) {
+            onWaiting();
+        }
+    }
+}
+
 void TakeOverTask::Abandon() noexcept
 {
     *isAbandoned_ = true;

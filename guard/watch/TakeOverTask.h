@@ -8,6 +8,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 
 namespace vqrx::guard::v0 {
@@ -33,7 +34,8 @@ public:
     void Abandon() noexcept;
 
     /// Waits at most `limitMs` milliseconds until the thread has ended.
-    void Wait(DWORD limitMs) const noexcept { static_cast<void>(task_.Wait(limitMs)); }
+    /// @param onWaiting  called about every second meanwhile; may be empty
+    void Wait(DWORD limitMs, const std::function<void()>& onWaiting) const;
 
 private:
     void BeginTry();

@@ -69,7 +69,7 @@ void Watch::Run()
         if (FindOrStart(supervisor)) {
             const End end = WatchOver(supervisor);
             if (end != End::kUnordered) {
-                takeOver_.Wait(kTakeOverLimitMs);
+                takeOver_.Wait(kTakeOverLimitMs, settings_.onEnding);
                 return;
             }
             Remember(supervisor);

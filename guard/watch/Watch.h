@@ -41,7 +41,8 @@ struct WatchSettings {
     bool trust = false;       ///< see TakeOverOrder
     std::string dumpFile;     ///< for the memory of a supervisor that hangs; ANSI code page
     WatchTimes times;
-    /// Called about every second while the supervisor ends after `stop`. May be empty.
+    /// Called about every second while the supervisor ends after `stop`, and while the watch waits
+    /// for the end of a hand-over before it ends. May be empty.
     std::function<void()> onEnding;
 };
 

@@ -152,6 +152,31 @@ TEST_F(Autostart, Fleet_file_that_others_may_write_is_a_failure_of_the_service_u
         << trusted;
 }
 
+// The hand-over waits for another program, and the guard waits for the hand-over before it ends.
+TEST_F(Autostart, Service_that_waits_for_a_hand_over_at_its_stop_goes_on_reporting_that_it_stops)
+{
+    std::filesystem::create_directory(machine_.Root() + "\\Logs");
+    system::win32::v1::UniqueKernelHandle lock(
+        CreateFileA((machine_.Root() + "\\Logs\\DaemonManager.lock").c_str(), GENERIC_WRITE, 0,
+                    nullptr, CREATE_NEW, 0, nullptr));
+    ASSERT_TRUE(lock);
+    EXPECT_EQ(Daemonctl("autostart install").exitCode, 0U);
+    ASSERT_NE(machine_.WaitForGuardLog("Hand-over: waiting until another program "), "");
+    SERVICE_STATUS status{};
+    EXPECT_TRUE(ControlService(Service().Get(), SERVICE_CONTROL_STOP, &status));
+    ASSERT_NE(machine_.WaitForGuardLog("Supervisor has ended: "), "");
+    status = Status();
+    const DWORD before = status.dwCheckPoint;
+    EXPECT_EQ(status.dwCurrentState, DWORD{SERVICE_STOP_PENDING});
+    EXPECT_TRUE(WaitUntil([&] {
+        status = Status();
+        return status.dwCheckPoint > before || status.dwCurrentState != SERVICE_STOP_PENDING;
+    }));
+    EXPECT_EQ(status.dwCurrentState, DWORD{SERVICE_STOP_PENDING});
+    lock.Reset();
+    EXPECT_TRUE(WaitUntil([] { return State() == SERVICE_STOPPED; }));
+}
+
 // A person may have the file open, or a virus scanner.
 TEST_F(Autostart, Fleet_file_that_another_program_holds_is_applied_after_it_is_closed)
 {
