@@ -16,8 +16,8 @@ enum class CheckResult {
     kUnknown,   ///< the call cannot be made, so nothing is known. The last value
 };
 
-/// Decides from the checks of a published supervisor whether it hangs. The checks come about every
-/// 10 seconds; a check that gets no answer takes 10 seconds longer. Pure; for one thread.
+/// Decides from the checks of a published supervisor whether it hangs. The checks begin 10 seconds
+/// apart, and each waits at most 10 seconds for an answer (CheckSchedule). Pure; for one thread.
 ///
 /// | Checks since the last answer | Why so many |
 /// |---|---|

@@ -1,5 +1,6 @@
 #include "Watch.h"
 
+#include "CheckSchedule.h"
 #include "OrderlyEnd.h"
 #include "SupervisorEnd.h"
 #include "SupervisorRecords.h"
@@ -209,13 +210,13 @@ Watch::End Watch::CheckUntilEnd(const SupervisorProgram& supervisor)
 {
     CheckCounter counter;
     SupervisorChecker checker;
-    ULONGLONG checkTick = GetTickCount64() + settings_.times.checkMs;
+    CheckSchedule schedule(settings_.times.checkMs, GetTickCount64());
     for (;;) {
         if (const std::optional<End> end = LookForEnd(supervisor, true)) {
             return *end;
         }
         takeOver_.TryAgain();
-        if (GetTickCount64() < checkTick) {
+        if (!schedule.BeginIfDue(GetTickCount64())) {
             continue;
         }
         if (Hangs(counter, Check(checker, settings_.times.answerMs))) {
@@ -223,7 +224,6 @@ Watch::End Watch::CheckUntilEnd(const SupervisorProgram& supervisor)
             EndHanging(supervisor, settings_.dumpFile, *log_);
             return End::kUnordered;
         }
-        checkTick = GetTickCount64() + settings_.times.checkMs;
     }
 }
 

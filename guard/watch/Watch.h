@@ -24,7 +24,7 @@ namespace vqrx::guard::v0 {
 /// The times of the watch, in milliseconds. Only tests change the defaults.
 struct WatchTimes {
     DWORD lookMs = 100;            ///< between two looks whether the supervisor is published
-    DWORD checkMs = 10000;         ///< between two checks of the published supervisor
+    DWORD checkMs = 10000;         ///< between the begins of two checks of the supervisor
     DWORD answerMs = 10000;        ///< the longest wait for the answer to a check
     DWORD stillStartingMs = 10000; ///< until the log says that the supervisor is not published yet
     DWORD staleMs = 5000;          ///< for the publication of an ended supervisor to vanish
