@@ -143,7 +143,8 @@ Finding JudgeLog(const InstallationFacts& facts)
         return Failure(check,
                        facts.logFile +
                            " holds no record of the running supervisor: the supervisor cannot read "
-                           "or write it",
+                           "or write it\nuntil it holds one, daemonctl apply and the guard attach "
+                           "and launch nothing: they could start a program twice",
                        "Its console shows the reason. Move the file to another folder: the "
                        "supervisor then begins a new one.");
     }

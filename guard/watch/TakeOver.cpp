@@ -29,6 +29,9 @@ using log::i_logger::v0::kLevelInformation;
 using log::i_logger::v0::kLevelWarning;
 
 constexpr const char* kNothingLaunched = "Fleet: nothing was launched";
+constexpr const char* kNeedsLog =
+    "Hand-over: without the supervisor's log nothing is attached or launched: only the log shows "
+    "what runs, and a program could be started twice. To find the fault: daemonctl doctor";
 
 void LogIfNew(const TakeOverOrder& order, GuardLog& log, int level, const std::string& text)
 {
@@ -182,7 +185,11 @@ private:
     // @return false if a later try may do what failed now
     bool HandDaemonsOver(SupervisorClient& supervisor)
     {
-        if (!CanBelieve("Hand-over: ", DefaultLogPath())) {
+        const std::string supervisorLog = DefaultLogPath();
+        if (PresenceOf(supervisorLog) == FilePresence::kMissing) {
+            throw LogUnreadable(supervisorLog + " does not exist");
+        }
+        if (!CanBelieve("Hand-over: ", supervisorLog)) {
             Log(kLevelError, "Hand-over: nothing was attached. When only administrators may "
                              "write the log: daemonctl reattach");
             return true; // no later try can mend it: somebody must change the rights of the log
@@ -260,6 +267,10 @@ bool TakeOver(const TakeOverOrder& order, GuardLog& log) noexcept
         order.records->BeginTry();
         try {
             return TakingOver(order, log).Run();
+        } catch (const LogUnreadable& exception) {
+            LogIfNew(order, log, kLevelError,
+                     std::string("Hand-over: given up: ") + exception.what());
+            LogIfNew(order, log, kLevelError, kNeedsLog);
         } catch (const std::exception& exception) {
             LogIfNew(order, log, kLevelError,
                      std::string("Hand-over: given up: ") + exception.what());

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <thread>
 
@@ -94,6 +95,26 @@ TEST_F(GuardWatch, Process_is_not_attached_again_while_the_log_does_not_show_its
     ASSERT_NE(machine_.WaitForGuardLog("Fleet: 0 launched, 0 attached, 1 there already, 0 not"),
               "");
     EXPECT_EQ(shows("Attach "), 1);
+    StopWatch();
+}
+
+// The log is damaged, and folders stand in the way of the names under which it could be kept.
+TEST_F(GuardWatch,
+       Without_a_log_that_shows_the_supervisor_nothing_is_launched_and_the_guard_says_so)
+{
+    const std::filesystem::path logs = std::filesystem::path(machine_.Root()) / "Logs";
+    for (const char* name : {"DaemonManager.log.damaged", "DaemonManager.log.damaged2"}) {
+        std::filesystem::create_directories(logs / name / "not empty");
+    }
+    std::ofstream(machine_.SupervisorLog(), std::ios::binary)
+        << "0x0000001F\r\n0;date;x;2;damaged\r\n";
+    machine_.WriteFleet(TestProgram("no_windows") + "\n");
+    StartWatch();
+    EXPECT_EQ(machine_.WaitForGuardLog("Hand-over: without "),
+              "Hand-over: without the supervisor's log nothing is attached or launched: only the "
+              "log shows what runs, and a program could be started twice. To find the fault: "
+              "daemonctl doctor");
+    EXPECT_TRUE(ProcessesNamed("no_windows.exe").empty());
     StopWatch();
 }
 

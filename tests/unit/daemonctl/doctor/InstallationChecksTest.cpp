@@ -207,7 +207,8 @@ TEST(LogFolderCheck, Fails_if_the_running_supervisor_has_written_nothing)
     facts.logIsCurrent = false;
     ExpectFinding(JudgeLog(facts), Verdict::kFailure,
                   "C:\\FW\\Logs\\DaemonManager.log holds no record of the running supervisor: the "
-                  "supervisor cannot read or write it");
+                  "supervisor cannot read or write it\nuntil it holds one, daemonctl apply and the "
+                  "guard attach and launch nothing: they could start a program twice");
 }
 
 TEST(LogFolderCheck, Fails_if_folder_or_file_cannot_be_written_and_warns_if_the_folder_is_missing)
