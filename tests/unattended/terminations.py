@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 """Terminates the supervisor at random moments while 20 daemons of all kinds run under a guard.
 
-After each termination every daemon must have the process that it had, be watched again, and run once. In the
-end each daemon is terminated once and must come back. Prints how long it took until all were watched again.
+After each termination every daemon must have the process that it had, be watched again, and run once. A daemon
+that ends together with the supervisor must run again, once, because the fleet file names it. In the end each daemon
+is terminated once and must come back. Prints how long it took until all were watched again.
 Needs DM_SOURCE, DM_BUILD and WINEPREFIX.
 """
 import argparse
@@ -17,7 +18,8 @@ import guarded_machine as guarded
 from guarded_machine import GUARD_LOG, machine
 
 PLAIN, WINDOWS, BATCHES, EXTERNAL = 11, 3, 2, 3  # and one service: 20 daemons
-MOMENTS = ("at rest", "during the start-up", "during a launch", "during a stop", "with the guard")
+MOMENTS = ("at rest", "during the start-up", "during a launch", "during a stop", "with the guard",
+           "with a daemon")
 
 
 class Failure(Exception):
@@ -34,6 +36,11 @@ class Fleet:
         return ([f"plain{n}" for n in range(PLAIN)] + [f"window{n}" for n in range(WINDOWS)] +
                 [f"batch{n}" for n in range(BATCHES)] + [f"external{n}" for n in range(EXTERNAL)] +
                 ["service"])
+
+    def names_of_workers_in_file(self):
+        """Returns the daemons of the fleet file whose processes look() shows, and which are no service."""
+        return ([f"plain{n}" for n in range(PLAIN - 3)] + [f"window{n}" for n in range(WINDOWS)] +
+                [f"external{n}" for n in range(EXTERNAL)])
 
     def write_file(self):
         """The fleet file names some; clients launch the others."""
@@ -74,6 +81,14 @@ class Fleet:
             found.setdefault(name, set()).update(processes)
         return found
 
+    def renew(self, name):
+        """Waits until a daemon that was ended runs again, and remembers its new process."""
+        machine.wait_until(lambda: self.look().get(name), f"the return of {name}")
+        now = self.look()[name]
+        if len(now) != 1 or now & self.processes[name]:
+            raise Failure(f"{name}: had {self.processes[name]}, has {now}")
+        self.processes[name] = now
+
     def check(self):
         """Every daemon has the process that it had, and runs once."""
         now = {name: processes for name, processes in self.look().items() if name != "extra"}
@@ -112,6 +127,7 @@ class Terminations:
         self.guard = None
         self.moments = list(MOMENTS)
         self.seconds = {moment: [] for moment in MOMENTS}
+        self.ended = None  # the daemon that was ended with the supervisor
 
     def start_guard(self):
         since = guarded.now_ms()
@@ -143,11 +159,19 @@ class Terminations:
             time.sleep(self.random.uniform(0.3, 1.5))
         else:
             time.sleep(self.random.uniform(0, 1.5))
+        if moment == "with a daemon":
+            self.end_a_daemon()
         if moment == "with the guard":
             guarded.kill(guarded.running("DaemonGuard.exe"))
         since = guarded.now_ms()
         guarded.kill(guarded.running("DaemonManager.exe"))
         return since, calls
+
+    def end_a_daemon(self):
+        """The supervisor dies in the pass in which it finds this end, just before it or just after it."""
+        self.ended = self.random.choice(self.fleet.names_of_workers_in_file())
+        guarded.kill(self.fleet.processes[self.ended])
+        time.sleep(self.random.uniform(0, 1.2))
 
     def remove_extra(self):
         """Ends the additional daemon, whether it is registered or not."""
@@ -178,6 +202,9 @@ class Terminations:
             call.end()
             call.__exit__()
         self.remove_extra()
+        if self.ended:
+            self.fleet.renew(self.ended)
+            self.ended = None
         self.fleet.check()
         if len(guarded.running("DaemonManager.exe")) != 1:
             raise Failure("there is not one supervisor")
