@@ -14,16 +14,16 @@ using log::i_logger::v0::kLevelError;
 using log::i_logger::v0::kLevelInformation;
 using log::i_logger::v0::kLevelWarning;
 
-constexpr DWORD kDumpLimitMs = 60000;
 constexpr DWORD kProgressMs = 1000;
 
 } // namespace
 
-void EndHanging(const SupervisorProgram& supervisor, const std::string& dumpFile, GuardLog& log)
+void EndHanging(const SupervisorProgram& supervisor, const std::string& dumpFile, DWORD dumpMs,
+                GuardLog& log)
 {
     log.Log(kLevelError, "Supervisor hangs and is ended: " + NameOf(supervisor));
     log.Log(kLevelInformation,
-            "Dump of the supervisor: " + DumpWithin(kDumpLimitMs, supervisor, dumpFile));
+            "Dump of the supervisor: " + DumpWithin(dumpMs, supervisor, dumpFile));
     if (!TerminateSupervisor(supervisor)) {
         log.Log(kLevelError, "Supervisor cannot be ended: " + NameOf(supervisor));
     }

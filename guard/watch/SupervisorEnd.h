@@ -12,10 +12,12 @@
 namespace vqrx::guard::v0 {
 
 /// Writes a dump of a supervisor that does not answer, and terminates its process. Logs both. Takes
-/// at most 70 s.
+/// at most `dumpMs` and 10 s.
 /// @param dumpFile  ANSI code page
+/// @param dumpMs    milliseconds to wait for the dump at most
 /// @throws std::bad_alloc
-void EndHanging(const SupervisorProgram& supervisor, const std::string& dumpFile, GuardLog& log);
+void EndHanging(const SupervisorProgram& supervisor, const std::string& dumpFile, DWORD dumpMs,
+                GuardLog& log);
 
 /// Orders a published supervisor to end, and waits for the end of its process. Logs both.
 /// @param log       shared with the thread of the call, which may run on

@@ -195,7 +195,7 @@ Watch::End Watch::AwaitPublication(const SupervisorProgram& supervisor, bool& is
         // answers with an error at once, and does not count.
         if (!check.isInTime && GetTickCount64() >= checkTick) {
             if (Hangs(counter, check)) {
-                EndHanging(supervisor, settings_.dumpFile, *log_);
+                EndHanging(supervisor, settings_.dumpFile, settings_.times.dumpMs, *log_);
                 return End::kUnordered;
             }
             checkTick = GetTickCount64() + settings_.times.checkMs;
@@ -221,7 +221,7 @@ Watch::End Watch::CheckUntilEnd(const SupervisorProgram& supervisor)
         }
         if (Hangs(counter, Check(checker, settings_.times.answerMs))) {
             takeOver_.Abandon();
-            EndHanging(supervisor, settings_.dumpFile, *log_);
+            EndHanging(supervisor, settings_.dumpFile, settings_.times.dumpMs, *log_);
             return End::kUnordered;
         }
     }

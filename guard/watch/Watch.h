@@ -26,6 +26,7 @@ struct WatchTimes {
     DWORD lookMs = 100;            ///< between two looks whether the supervisor is published
     DWORD checkMs = 10000;         ///< between the begins of two checks of the supervisor
     DWORD answerMs = 10000;        ///< the longest wait for the answer to a check
+    DWORD dumpMs = 60000;          ///< the longest wait for the dump of a supervisor that hangs
     DWORD stillStartingMs = 10000; ///< until the log says that the supervisor is not published yet
     DWORD staleMs = 5000;          ///< for the publication of an ended supervisor to vanish
     DWORD tryAgainMs = 60000;      ///< the longest wait between two tries, see TakeOverTries

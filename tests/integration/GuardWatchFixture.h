@@ -40,6 +40,7 @@ protected:
         settings.dumpFile = Dump();
         settings.times.checkMs = 100;
         settings.times.answerMs = 1000;
+        settings.times.dumpMs = 150000; // less than the deadline of WaitUntil()
         settings.times.stillStartingMs = 100;
         settings.times.tryAgainMs = tryAgainMs_;
         settings.onEnding = [this] { ++endings_; };

@@ -16,7 +16,7 @@ SOURCE = pathlib.Path(os.environ["DM_SOURCE"])
 BUILD = pathlib.Path(os.environ["DM_BUILD"])
 PREFIX = pathlib.Path(os.environ["WINEPREFIX"])
 DRIVE_C = PREFIX / "drive_c"
-DEADLINE = 120  # seconds
+DEADLINE = 400  # seconds; only a failure reaches it
 ENVIRONMENT = {**os.environ, "WINEDEBUG": "-all"}
 
 

@@ -23,7 +23,7 @@ public:
         std::string text;
     };
     /// The longest wait of each function that waits. Only a failure reaches it.
-    static constexpr std::chrono::seconds kDeadline{30};
+    static constexpr std::chrono::seconds kDeadline{180};
 
     void Write(int level, const log::log_perf::v2::Timestamp* timestamp, const char* text) override
     {

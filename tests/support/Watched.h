@@ -15,7 +15,7 @@ template <typename Value>
 class Watched {
 public:
     /// The longest wait of WaitUntil. Only a failure reaches it.
-    static constexpr std::chrono::seconds kDeadline{60};
+    static constexpr std::chrono::seconds kDeadline{180};
 
     explicit Watched(Value value)
         : value_(std::move(value))

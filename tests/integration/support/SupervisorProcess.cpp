@@ -14,7 +14,7 @@ namespace {
 
 using system::com::v1::ComPtr;
 
-constexpr DWORD kDeadlineMs = 60000;
+constexpr DWORD kDeadlineMs = 180000; // only a failure reaches it
 constexpr DWORD kPollMs = 10;
 constexpr const char* kComHung = "Shutdown given up: COM has not released the main thread in time";
 
