@@ -7,6 +7,7 @@
 #include "HandOverLock.h"
 #include "InstalledPaths.h"
 #include "SupervisorProcesses.h"
+#include "SupervisorsElsewhere.h"
 #include "TextFile.h"
 #include "ThisMachine.h"
 #include "TrustedSources.h"
@@ -29,6 +30,7 @@ using log::i_logger::v0::kLevelInformation;
 using log::i_logger::v0::kLevelWarning;
 
 constexpr const char* kNothingLaunched = "Fleet: nothing was launched";
+constexpr const char* kWaitsForFormer = "Hand-over: waits until the former supervisor has ended";
 constexpr const char* kNeedsLog =
     "Hand-over: without the supervisor's log nothing is attached or launched: only the log shows "
     "what runs, and a program could be started twice. To find the fault: daemonctl doctor";
@@ -111,9 +113,22 @@ private:
         if (processes.Running().size() <= 1) {
             return;
         }
-        Log(kLevelInformation, "Hand-over: waits until the former supervisor has ended");
+        Log(kLevelInformation, kWaitsForFormer);
         if (!processes.WaitUntilAtMost(1, kSupervisorEndMs)) {
             throw std::runtime_error("the former supervisor still runs");
+        }
+        StopIfAbandoned();
+    }
+
+    // The log must be believed.
+    void WaitForSupervisorElsewhere() const
+    {
+        const SupervisorsElsewhere elsewhere(ReadTimeline());
+        if (elsewhere.OneRuns()) {
+            Log(kLevelInformation, kWaitsForFormer);
+        }
+        if (!elsewhere.WaitForEnd(kSupervisorEndMs)) {
+            throw std::runtime_error("a former supervisor of another folder still runs");
         }
         StopIfAbandoned();
     }
@@ -194,6 +209,7 @@ private:
                              "write the log: daemonctl reattach");
             return true; // no later try can mend it: somebody must change the rights of the log
         }
+        WaitForSupervisorElsewhere();
         HandOverOptions options;
         options.fleet = fleet_.programs;
         options.formerSupervisors = order_.formerSupervisors;

@@ -91,6 +91,7 @@ TESTED_BY = {
     "guard/watch/SupervisorCheck.cpp": "tests/integration/GuardHangTest.cpp",
     "guard/watch/SupervisorEnd.cpp": "tests/integration/GuardHangTest.cpp",
     "guard/watch/SupervisorRecords.cpp": "tests/integration/GuardTest.cpp",
+    "guard/watch/SupervisorsElsewhere.cpp": "tests/integration/GuardHandOverTest.cpp",
     "guard/watch/TakeOver.cpp": "tests/integration/GuardTest.cpp",
     "guard/watch/TakeOverTask.cpp": "tests/integration/GuardTest.cpp",
     "guard/watch/Watch.cpp": "tests/integration/GuardTest.cpp",
