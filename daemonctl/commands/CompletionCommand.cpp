@@ -54,7 +54,7 @@ int PrintDaemonIds(std::string_view prefix)
     }
     try {
         const Timeline timeline = ReadTimeline();
-        const SupervisorRun* const run = RunThatGoesOn(timeline);
+        const SupervisorRun* const run = FindRunOfThisMachine(timeline);
         if (run == nullptr) {
             return kLogUnreadable;
         }

@@ -13,7 +13,6 @@
 #include "ThisMachine.h"
 #include "TimeText.h"
 #include "TimelineBuilder.h"
-#include "WaitCondition.h"
 #include "com/ComApartment.h"
 
 #include <windows.h>
@@ -61,7 +60,7 @@ std::vector<DaemonStatus> RunningDaemons(std::int64_t& nowMs, bool& logIsThere,
         run = RunOfThisMachine(timeline);
         source = SourceOfThisMachine();
         logIsThere = true;
-        unwatched = CountUnwatched(timeline, RunOfThisMachine(timeline));
+        unwatched = CountUnwatched(timeline, RunKnownToGoOn(timeline));
     } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch): see above
         source.arguments = ArgumentsOfProcess;
     }
@@ -132,7 +131,9 @@ std::optional<bool> LogIsCurrent(const SupervisorFacts& supervisor)
         return std::nullopt;
     }
     try {
-        return ShowsRunOfProcess(ReadTimeline(), process.createdMs);
+        const Timeline timeline = ReadTimeline();
+        const SupervisorRun* const run = RunThatGoesOn(timeline);
+        return run != nullptr && IsRunOfProcess(*run, process);
     } catch (const LogUnreadable&) {
         return false;
     }

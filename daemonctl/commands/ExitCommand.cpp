@@ -34,7 +34,7 @@ std::optional<RunMark> RunBeforeTheOrder()
 {
     try {
         const Timeline timeline = ReadTimeline();
-        const SupervisorRun* const run = RunThatGoesOn(timeline);
+        const SupervisorRun* const run = FindRunOfThisMachine(timeline);
         return run != nullptr ? std::optional(MarkOf(*run)) : std::nullopt;
     } catch (const LogUnreadable&) {
         return std::nullopt;

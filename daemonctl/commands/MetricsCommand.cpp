@@ -69,8 +69,10 @@ std::string MakeMetrics()
     if (supervisors.size() == 1 && supervisors.front().state == ProcessFacts::State::kRunning) {
         machine.supervisor = supervisors.front();
     }
-    const SupervisorRun* const run = RunThatGoesOn(timeline);
-    if (!machine.supervisorUp || run == nullptr) {
+    const SupervisorRun* const run =
+        machine.supervisorUp ? FindRunOfThisMachine(timeline) : nullptr;
+    if (run == nullptr) {
+        machine.logReadable = machine.logReadable && !machine.supervisorUp;
         return MetricsText(machine, {});
     }
     machine.latePasses = CountLatePasses(*run);

@@ -71,11 +71,21 @@ void PrintTable(const std::vector<DaemonStatus>& daemons, std::int64_t nowMs,
     }
 }
 
+// A folder that nobody records into any more shows an earlier supervisor.
+void RequireRunningSupervisor(const std::string& log, const Timeline& timeline)
+{
+    if (!log.empty() && FindRunOfThisMachine(timeline) == nullptr) {
+        throw LogUnreadable(log + " does not show the supervisor that is running; to read the log "
+                                  "itself: daemonctl ps");
+    }
+}
+
 int Ps(const PsOptions& options)
 {
     // First the processes: the supervisor makes a process before it logs the start.
     const auto children = ChildrenOfSupervisor();
     const Timeline timeline = ReadTimeline(options.log);
+    RequireRunningSupervisor(options.log, timeline);
     const auto [run, nowMs, daemons] = DaemonsIn(timeline, children);
     if (!options.output.empty()) {
         return WriteListing(options.output, ListingJson(daemons, nowMs, DM_VERSION));

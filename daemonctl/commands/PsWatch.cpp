@@ -71,14 +71,11 @@ WatchLook TakeLook()
         }
         const auto children = isThere ? ChildrenOfSupervisor() : std::vector<ProcessFacts>();
         const Timeline timeline = ReadLogOfLook(look);
-        const SupervisorRun* const run = RunThatGoesOn(timeline);
         if (!isThere) {
             look.problem = "no supervisor is running on this machine; see: daemonctl doctor";
-        } else if (run == nullptr) {
-            look.problem =
-                "the log does not show the supervisor that is running; see: daemonctl doctor";
         } else {
-            look.daemons = StatusOfDaemons(*run, SourceOfThisMachine(), look.nowMs, children);
+            look.daemons = StatusOfDaemons(RunOfThisMachine(timeline), SourceOfThisMachine(),
+                                           look.nowMs, children);
         }
     } catch (const std::runtime_error& error) {
         look.problem = error.what();

@@ -1,6 +1,7 @@
 #include "WatchDaemon.h"
 
 #include "ThisMachine.h"
+#include "WaitForLog.h"
 
 #include <windows.h>
 
@@ -19,6 +20,9 @@ WatchEnd WatchDaemon(std::uint32_t daemonId, std::uint32_t seconds, const Proces
     const ULONGLONG start = GetTickCount64();
     Observation first;
     std::optional<RunMark> lastLook;
+    if (RunThatGoesOn(ReadTimeline()) != nullptr) {
+        lastLook = MarkOf(RunKnownToGoOn(ReadTimelineOfRunning()));
+    }
     for (;;) {
         const Timeline timeline = ReadTimeline();
         const SupervisorRun* const run = RunThatGoesOn(timeline);

@@ -172,8 +172,8 @@ HandOverCount HandOver(SupervisorClient& supervisor, const HandOverOptions& opti
     }
     Handing handing(&supervisor, options, reporter);
     auto plan =
-        PlanReattachment(timeline, RunOfThisMachine(timeline), options.listed,
-                         SourceOfThisMachine(), FamilyOfThisMachine(options.formerSupervisors));
+        PlanReattachment(timeline, RunKnownToGoOn(timeline), options.listed, SourceOfThisMachine(),
+                         FamilyOfThisMachine(options.formerSupervisors));
     if (options.review) {
         options.review(plan);
     }

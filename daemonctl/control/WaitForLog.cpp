@@ -4,7 +4,6 @@
 #include "RunOfProcess.h"
 #include "SupervisorProcesses.h"
 #include "ThisMachine.h"
-#include "TimeText.h"
 
 #include <windows.h>
 
@@ -13,28 +12,36 @@ namespace {
 
 constexpr DWORD kReadAgainMs = 100;
 
-// Returns when the process of the running supervisor was created; 0 if this user may not examine
-// it, or if Windows does not list the processes.
-std::int64_t SupervisorCreatedMs()
+// Returns the newest supervisor's process: a former one may still end. Nothing is known of it if
+// this user may not examine it, or if Windows does not list the processes.
+ProcessFacts NewestSupervisor()
 {
     try {
         const std::vector<ProcessFacts> running = SupervisorProcesses().Running();
-        return running.empty() ? 0 : running.back().createdMs;
+        return running.empty() ? ProcessFacts() : running.back();
     } catch (const ProcessListUnreadable&) {
-        return 0;
+        return {};
     }
+}
+
+// The number of the last record before the start decides without a look at the processes.
+bool IsRunOfStarted(const SupervisorRun& run, const ProcessFacts& supervisor,
+                    std::optional<std::int64_t> lastNumberBefore)
+{
+    return lastNumberBefore ? IsRunOf(run, {supervisor.createdMs, lastNumberBefore, {}})
+                            : IsRunOfProcess(run, supervisor);
 }
 
 } // namespace
 
 Timeline ReadTimelineOfRunning(std::optional<std::int64_t> lastNumberBefore)
 {
-    const StartOfSupervisor started{SupervisorCreatedMs(), lastNumberBefore};
+    const ProcessFacts supervisor = NewestSupervisor();
     const ULONGLONG start = GetTickCount64();
     for (;;) {
         Timeline timeline = ReadTimeline();
         const SupervisorRun* const run = RunThatGoesOn(timeline);
-        if (run != nullptr && IsRunOf(*run, started)) {
+        if (run != nullptr && IsRunOfStarted(*run, supervisor, lastNumberBefore)) {
             return timeline;
         }
         if (GetTickCount64() - start > kLogPatienceMs) {
@@ -47,7 +54,8 @@ Timeline ReadTimelineOfRunning(std::optional<std::int64_t> lastNumberBefore)
 DaemonsNow ReadDaemonsOfRunning(const std::vector<ProcessFacts>& children,
                                 std::optional<std::int64_t> lastNumberBefore)
 {
-    return DaemonsIn(ReadTimelineOfRunning(lastNumberBefore), children);
+    const Timeline timeline = ReadTimelineOfRunning(lastNumberBefore);
+    return DaemonsOf(RunKnownToGoOn(timeline), children);
 }
 
 bool WaitForLog(const std::function<bool(const SupervisorRun& run)>& isShown)
@@ -55,7 +63,7 @@ bool WaitForLog(const std::function<bool(const SupervisorRun& run)>& isShown)
     const ULONGLONG start = GetTickCount64();
     for (;;) {
         const Timeline timeline = ReadTimeline();
-        if (isShown(RunOfThisMachine(timeline))) {
+        if (isShown(RunKnownToGoOn(timeline))) {
             return true;
         }
         if (GetTickCount64() - start > kLogPatienceMs) {

@@ -33,9 +33,10 @@ ReadDaemonsOfRunning(const std::vector<ProcessFacts>& children,
                      std::optional<std::int64_t> lastNumberBefore = std::nullopt);
 
 /// Reads the log of the running supervisor until it shows something.
-/// @param isShown  gets the run of the running supervisor
+/// The caller has just got an answer from that supervisor.
+/// @param isShown  gets the run that goes on
 /// @return false if isShown is still false after kLogPatienceMs
-/// @throws LogUnreadable as ReadTimeline() and RunOfThisMachine()
+/// @throws LogUnreadable as ReadTimeline() and RunKnownToGoOn()
 [[nodiscard]] bool WaitForLog(const std::function<bool(const SupervisorRun& run)>& isShown);
 
 /// Waits until the log of the running supervisor shows a daemon, after its launch or attach.

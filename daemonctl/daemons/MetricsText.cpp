@@ -25,7 +25,8 @@ void AddMachine(MetricsWriter& metrics, const MachineMetrics& machine)
                     "Working set of the supervisor's process.",
                     static_cast<double>(machine.supervisor->memoryBytes));
     }
-    metrics.Add("daemonmanager_log_readable", "1 if the log can be read.",
+    metrics.Add("daemonmanager_log_readable",
+                "1 if the log can be read and shows the supervisor that is up.",
                 machine.logReadable ? 1 : 0);
     if (!machine.logReadable) {
         return;

@@ -16,7 +16,9 @@ struct MachineMetrics {
     std::int64_t nowMs = 0; ///< milliseconds since 1970, UTC
     bool supervisorUp = false;
     std::optional<ProcessFacts> supervisor; ///< its process, if this user may examine it
-    bool logReadable = false;               ///< the other members on the log are valid
+    /// The log can be read and shows the run of the supervisor that is up. The other members on the
+    /// log are valid.
+    bool logReadable = false;
     bool logDamaged = false;          ///< parts cannot be read, or a damaged log was set aside
     std::uint64_t recordsMissing = 0; ///< gaps in the numbers of the records
     std::uint64_t queueOverflows = 0; ///< of the supervisor's logger, as far as the log shows

@@ -5,16 +5,29 @@
 #include "LogFile.h"
 #include "ProcessFacts.h"
 #include "ProcessList.h"
+#include "RunOfProcess.h"
 #include "SupervisorProcesses.h"
 #include "TimeText.h"
 #include "TimelineBuilder.h"
 #include "ring_format/DamagedRing.h"
 
+#include <algorithm>
 #include <iterator>
 #include <stdexcept>
 #include <utility>
 
 namespace vqrx::client::v0 {
+namespace {
+
+const SupervisorRun& OrNotShown(const SupervisorRun* run)
+{
+    if (run == nullptr) {
+        throw LogUnreadable(kRunNotShown);
+    }
+    return *run;
+}
+
+} // namespace
 
 Timeline ReadTimeline(const std::string& path)
 {
@@ -56,13 +69,45 @@ std::vector<std::string> DamagedLogs()
     }
 }
 
-const SupervisorRun& RunOfThisMachine(const Timeline& timeline)
+bool IsRunOfProcess(const SupervisorRun& run, const ProcessFacts& supervisor)
+{
+    StartOfSupervisor start{supervisor.createdMs, {}, {}};
+    if (IsRunOf(run, start)) {
+        return true;
+    }
+    for (const ProcessFacts& child : RunningChildren(supervisor.processId)) {
+        start.children.push_back({child.processId, child.createdMs});
+    }
+    return IsRunOf(run, start);
+}
+
+const SupervisorRun* FindRunOfThisMachine(const Timeline& timeline)
 {
     const SupervisorRun* const run = RunThatGoesOn(timeline);
     if (run == nullptr) {
-        throw LogUnreadable(kRunNotShown);
+        return nullptr;
     }
-    return *run;
+    try {
+        const std::vector<ProcessFacts> running = SupervisorProcesses().Running();
+        const bool isShown =
+            running.empty() ||
+            std::any_of(running.begin(), running.end(), [run](const ProcessFacts& process) {
+                return IsRunOfProcess(*run, process);
+            });
+        return isShown ? run : nullptr;
+    } catch (const ProcessListUnreadable&) {
+        return run; // as if this user might not examine the processes
+    }
+}
+
+const SupervisorRun& RunOfThisMachine(const Timeline& timeline)
+{
+    return OrNotShown(FindRunOfThisMachine(timeline));
+}
+
+const SupervisorRun& RunKnownToGoOn(const Timeline& timeline)
+{
+    return OrNotShown(RunThatGoesOn(timeline));
 }
 
 ProcessSource SourceOfThisMachine()
@@ -77,7 +122,12 @@ DaemonsNow ReadDaemons(const std::vector<ProcessFacts>& children)
 
 DaemonsNow DaemonsIn(const Timeline& timeline, const std::vector<ProcessFacts>& children)
 {
-    DaemonsNow now{RunOfThisMachine(timeline), NowMs(), {}};
+    return DaemonsOf(RunOfThisMachine(timeline), children);
+}
+
+DaemonsNow DaemonsOf(const SupervisorRun& run, const std::vector<ProcessFacts>& children)
+{
+    DaemonsNow now{run, NowMs(), {}};
     now.daemons = StatusOfDaemons(now.run, SourceOfThisMachine(), now.nowMs, children);
     return now;
 }

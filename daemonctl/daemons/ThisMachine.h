@@ -36,10 +36,29 @@ inline constexpr const char* kRunNotShown =
 /// @throws LogUnreadable if the log's path is not known
 [[nodiscard]] std::vector<std::string> DamagedLogs();
 
-/// Finds the run of the running supervisor.
+/// Returns whether a run is that of a supervisor's process (IsRunOf). Looks for the children of the
+/// process only if its time proves nothing: that costs a look at each of them.
+/// @throws ProcessListUnreadable
+[[nodiscard]] bool IsRunOfProcess(const SupervisorRun& run, const ProcessFacts& supervisor);
+
+/// Finds the run of the running supervisor. A supervisor that cannot write leaves the log of its
+/// predecessor as it is, and that log looks as if its supervisor still ran. So the run counts only
+/// if it is that of the supervisor's process (IsRunOf). While a former supervisor still ends, the
+/// run of either counts. If this user may not examine the process, or if Windows does not list
+/// the processes, the run always counts.
+/// @return the run in `timeline`, which must outlive it; null if the log does not show it
+[[nodiscard]] const SupervisorRun* FindRunOfThisMachine(const Timeline& timeline);
+
+/// Finds the run of the running supervisor, as FindRunOfThisMachine() does.
+/// @return a reference into `timeline`, which must outlive it
+/// @throws LogUnreadable if the log does not show the run
+[[nodiscard]] const SupervisorRun& RunOfThisMachine(const Timeline& timeline);
+
+/// Finds the run that goes on (RunThatGoesOn), for a caller that knows that it is the run of the
+/// running supervisor, for example because the log was waited for.
 /// @return a reference into `timeline`, which must outlive it
 /// @throws LogUnreadable if the log shows no run, or the last one has ended
-[[nodiscard]] const SupervisorRun& RunOfThisMachine(const Timeline& timeline);
+[[nodiscard]] const SupervisorRun& RunKnownToGoOn(const Timeline& timeline);
 
 /// Makes the functions that ask Windows about the processes of this machine. They may be called on
 /// any thread.
@@ -64,6 +83,12 @@ struct DaemonsNow {
 /// @param children  as ReadDaemons() gets them
 /// @throws as ReadDaemons()
 [[nodiscard]] DaemonsNow DaemonsIn(const Timeline& timeline,
+                                   const std::vector<ProcessFacts>& children);
+
+/// Finds the daemons of a run that is known to be that of the running supervisor.
+/// @param children  as ReadDaemons() gets them
+/// @throws std::runtime_error if the registry does not name the firmware root
+[[nodiscard]] DaemonsNow DaemonsOf(const SupervisorRun& run,
                                    const std::vector<ProcessFacts>& children);
 
 /// Finds the running processes that the supervisor has started (see FindSupervisors()), except

@@ -54,12 +54,6 @@ bool IsSameRun(const RunMark& before, const RunMark& now)
     return !now.lastNumber || !before.lastNumber || *now.lastNumber >= *before.lastNumber;
 }
 
-bool ShowsRunOfProcess(const Timeline& timeline, std::int64_t createdMs)
-{
-    const SupervisorRun* const run = RunThatGoesOn(timeline);
-    return run != nullptr && (run->beginningSeen ? run->firstMs : run->lastMs) >= createdMs;
-}
-
 Observation Observe(const SupervisorRun& run, std::uint32_t daemonId, const ProcessSource& source)
 {
     Observation observation;

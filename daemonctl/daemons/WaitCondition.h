@@ -26,12 +26,6 @@ struct RunMark {
 /// @param now     mark of the unended run at a later reading
 [[nodiscard]] bool IsSameRun(const RunMark& before, const RunMark& now);
 
-/// Returns whether the log shows the run of a supervisor's process. Pure. The clock may have been
-/// set back since the process was created, so the first record of the run decides, if the log has
-/// it.
-/// @param createdMs  when Windows created the process, milliseconds since 1970, UTC
-[[nodiscard]] bool ShowsRunOfProcess(const Timeline& timeline, std::int64_t createdMs);
-
 /// The state of one daemon at one moment. Two observations are equal if they show the same process.
 struct Observation {
     bool known = false;   ///< the log shows the daemon

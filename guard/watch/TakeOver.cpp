@@ -85,7 +85,7 @@ private:
             return;
         }
         const Timeline timeline = ReadTimeline();
-        if (RunOfThisMachine(timeline).Find(**order_.unshownId) == nullptr) {
+        if (RunKnownToGoOn(timeline).Find(**order_.unshownId) == nullptr) {
             throw std::runtime_error("the log does not show daemon " +
                                      std::to_string(**order_.unshownId) +
                                      ", which was attached; nothing more is attached before that");

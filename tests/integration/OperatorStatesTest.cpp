@@ -1,9 +1,11 @@
 // States of daemons as ps, check, doctor and report show them, and the other names of commands,
 // with the real supervisor.
+#include "CapturedProgram.h"
 #include "ChildProcess.h"
 #include "Daemonctl.h"
 #include "FileContent.h"
 #include "SupervisorProcess.h"
+#include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
@@ -20,6 +22,37 @@ namespace vqrx::test {
 namespace {
 
 using Json = nlohmann::json;
+
+constexpr const char* kNotShown =
+    "the log does not show the supervisor that is running; see daemonctl doctor\n";
+
+// The log of a supervisor that was killed. While this object exists, nobody can write the log.
+class LogOfDeadSupervisor {
+public:
+    void Hold(const std::string& root)
+    {
+        const std::string records =
+            "0;Sun Nov 16 04:52:36.123;1763265156123;2;Deamon Thread started\r\n"
+            "1;Sun Nov 16 04:52:37.123;1763265157123;1;Start DaemonId(0) PId(7) : gone.exe \r\n";
+        std::filesystem::create_directory(root + "\\Logs");
+        const std::string path = root + "\\Logs\\DaemonManager.log";
+        std::ofstream(path, std::ios::binary) << "0x0000009D\r\n" << records;
+        file_.Reset(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                0, nullptr));
+    }
+
+private:
+    system::win32::v1::UniqueKernelHandle file_;
+};
+
+// Makes the firmware root of a supervisor that cannot write its log.
+SupervisorProcess::Configure WithLog(LogOfDeadSupervisor& log)
+{
+    return [&log](FirmwareRegistry& registry, const std::string& root) {
+        SupervisorProcess::InstalledInApp(registry, root);
+        log.Hold(root);
+    };
+}
 
 TEST(OperatorStates, Crash_loop_is_a_state_of_its_own_in_ps_check_doctor_and_report)
 {
@@ -100,6 +133,40 @@ TEST(OperatorStates, Metrics_show_a_damaged_log_under_each_name_that_the_supervi
         EXPECT_TRUE(showsDamage()) << ending;
         std::filesystem::remove(damaged);
     }
+}
+
+TEST(OperatorStates, Daemons_of_a_dead_supervisor_are_not_those_of_one_that_cannot_write)
+{
+    LogOfDeadSupervisor log;
+    const SupervisorProcess supervisor(WithLog(log));
+    const Answer notShown{5, "", std::string("daemonctl: ") + kNotShown};
+    EXPECT_EQ(Daemonctl("ps"), notShown);
+    EXPECT_EQ(Daemonctl("check --expect " + supervisor.Write("list.txt", "gone.exe\n")), notShown);
+    EXPECT_EQ(Daemonctl("wait 0 --for ended --timeout 0"), notShown);
+    EXPECT_EQ(Daemonctl("--daemon-ids"), (Answer{5, "", ""}));
+    const std::string metrics = Daemonctl("metrics").output;
+    EXPECT_NE(metrics.find("\ndaemonmanager_log_readable 0\n"), std::string::npos) << metrics;
+    EXPECT_EQ(metrics.find("gone.exe"), std::string::npos) << metrics;
+    const std::string doctor = Daemonctl("doctor").output;
+    EXPECT_NE(doctor.find("\nok       daemons           not examined"), std::string::npos)
+        << doctor;
+    const CapturedProgram watch('"' + ProductProgram("daemonctl.exe") + "\" ps --watch 1");
+    EXPECT_TRUE(WaitUntil([&] { return watch.Output().find(kNotShown) != std::string::npos; }))
+        << watch.Output();
+    EXPECT_EQ(watch.Output().find("gone.exe"), std::string::npos) << watch.Output();
+}
+
+TEST(OperatorStates, Recording_of_a_dead_supervisor_does_not_show_the_daemons_of_the_running_one)
+{
+    LogOfDeadSupervisor log;
+    const SupervisorProcess supervisor(WithLog(log));
+    const std::string folder = supervisor.Root() + "\\record";
+    EXPECT_EQ(Daemonctl("record --trust --once --output " + folder).exitCode, 0U);
+    EXPECT_EQ(Daemonctl("ps --log " + folder),
+              (Answer{5, "",
+                      "daemonctl: " + folder +
+                          " does not show the supervisor that is running; to read the log itself: "
+                          "daemonctl ps\n  To find out more: daemonctl doctor\n"}));
 }
 
 TEST(OperatorStates, Doctor_says_why_a_program_cannot_start_and_what_of_the_log_is_damaged)

@@ -145,35 +145,6 @@ TEST(RunMark, Mark_taken_before_the_start_was_logged_is_of_the_same_run)
     EXPECT_TRUE(IsSameRun(before, MarkOfRun(log, 0)));
 }
 
-TEST(ShowsRunOfProcess, The_first_record_of_the_run_that_goes_on_decides)
-{
-    FakeLog log;
-    const std::int64_t killedMs = log.NowMs();
-    log.Begin();
-    const std::int64_t createdMs = log.NowMs();
-    EXPECT_TRUE(ShowsRunOfProcess(log.Timeline(), killedMs));
-    EXPECT_FALSE(ShowsRunOfProcess(log.Timeline(), createdMs)); // it has written nothing
-    EXPECT_FALSE(ShowsRunOfProcess(Timeline(), createdMs));
-    log.Begin();
-    EXPECT_TRUE(ShowsRunOfProcess(log.Timeline(), createdMs));
-    Timeline setBack = log.Timeline();
-    setBack.lastMs = 0;
-    setBack.runs.back().lastMs = 0;
-    EXPECT_TRUE(ShowsRunOfProcess(setBack, createdMs));
-    log.End();
-    EXPECT_FALSE(ShowsRunOfProcess(log.Timeline(), createdMs));
-}
-
-TEST(ShowsRunOfProcess, The_last_record_decides_if_the_first_ones_are_overwritten)
-{
-    FakeLog log;
-    log.Add(1, R"(Start DaemonId(0) PId(12) : C:\FW\App\a.exe )");
-    const std::int64_t lastMs = log.NowMs();
-    log.Add(1, R"(Detached DaemonId(0) PId(12) : C:\FW\App\a.exe )");
-    EXPECT_TRUE(ShowsRunOfProcess(log.Timeline(), lastMs));
-    EXPECT_FALSE(ShowsRunOfProcess(log.Timeline(), lastMs + 1));
-}
-
 TEST(WaitCondition, Observation_shows_the_process_of_the_daemon_and_whether_it_is_supervised)
 {
     FakeLog log;
