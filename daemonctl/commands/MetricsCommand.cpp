@@ -5,6 +5,7 @@
 #include "InstalledPaths.h"
 #include "LogFile.h"
 #include "MetricsText.h"
+#include "NextStep.h"
 #include "PrintText.h"
 #include "Printable.h"
 #include "SupervisorProcesses.h"
@@ -19,6 +20,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -106,11 +108,19 @@ void WarnOfName(const std::string& output)
     }
 }
 
-// A failure is printed and ends nothing: a disk may be full for a moment only.
+// A failure is printed and ends nothing: a disk may be full, or Windows short of memory, for a
+// moment only. The end of the reader of standard output ends the writing.
 int WriteMetricsAgainAndAgain(const MetricsOptions& options)
 {
     for (;;) {
-        static_cast<void>(WriteMetrics(options));
+        try {
+            static_cast<void>(WriteMetrics(options));
+        } catch (const std::exception& error) {
+            std::cerr << "daemonctl: " << WithNextStep(error.what()) << std::endl;
+        }
+        if (!std::cout.good()) {
+            return kDone; // FinishOutput reports it
+        }
         std::this_thread::sleep_for(std::chrono::seconds(options.everySeconds));
     }
 }

@@ -108,7 +108,6 @@ TESTED_BY = {
     "daemonctl/commands/Interrupt.cpp": "tests/integration/PsWatchTest.cpp",
     "daemonctl/commands/LaunchedDaemon.cpp": "tests/integration/DaemonctlTest.cpp",
     "daemonctl/commands/LogOptions.cpp": "tests/unit/daemonctl/commands/LogCommandTest.cpp",
-    "daemonctl/commands/MetricsCommand.cpp": "tests/operator/fleet_test.py",
     "daemonctl/commands/PsCommand.cpp": "tests/integration/OperatorTest.cpp",
     "daemonctl/commands/PsWatch.cpp": "tests/integration/PsWatchTest.cpp",
     "daemonctl/commands/ReattachCommand.cpp": "tests/integration/UpgradeTest.cpp",
