@@ -57,11 +57,24 @@ void OrNotWritten(const Write& write)
     }
 }
 
+// Names the damaged logs that the supervisor has set aside. They hold records that are not
+// recorded: the recorder may have come too late for them.
+// @param named  what was named last; names nothing twice
+void NameLogsSetAside(const RecordArguments& arguments, const std::string& path, std::string& named)
+{
+    const std::string found = DescribeLogsSetAside(arguments, path);
+    if (!found.empty() && found != named) {
+        PrintError(arguments, "the supervisor could not read its log and began a new one" + found);
+    }
+    named = found;
+}
+
 // Follows the log until it cannot be read.
 // @param isMissing  becomes false when the log was read
+// @param setAside   see NameLogsSetAside
 // @return the exit code: kLogUnreadable if a part of the log cannot be read
 int FollowInto(RecordFolder& folder, const RecordArguments& arguments, const std::string& path,
-               bool& isMissing)
+               bool& isMissing, std::string& setAside)
 {
     FollowSettings settings;
     settings.shown = folder.Newest();
@@ -74,6 +87,7 @@ int FollowInto(RecordFolder& folder, const RecordArguments& arguments, const std
     };
     events.goOn = [&] {
         isMissing = false;
+        NameLogsSetAside(arguments, path, setAside);
         OrNotWritten([&] { folder.Flush(); });
         return !arguments.once;
     };
@@ -94,6 +108,7 @@ int RecordLog(const RecordArguments& arguments, const std::string& path)
     limits.fileMs = arguments.fileHours * kHourOfRecordsMs;
     limits.folderBytes = arguments.folderMebibytes * kMebibyte;
     bool isMissing = false;             // said once, until the log is back
+    std::string setAside;               // the damaged logs that were named
     std::optional<RecordFolder> folder; // held also while the log is missing, with its lock
     for (;;) {
         try {
@@ -104,7 +119,7 @@ int RecordLog(const RecordArguments& arguments, const std::string& path)
                     folder.emplace(arguments.output, limits);
                 }
             });
-            return FollowInto(*folder, arguments, path, isMissing);
+            return FollowInto(*folder, arguments, path, isMissing, setAside);
         } catch (const FolderNotWritten& error) {
             PrintError(arguments,
                        WithNextStep(error.what(), "Choose another folder: --output FOLDER"));

@@ -76,6 +76,20 @@ TEST_F(RecordCommand, records_every_record_of_a_ring_that_wraps_once_and_no_more
     EXPECT_EQ(Recorded(), written);
 }
 
+TEST_F(RecordCommand, names_each_damaged_log_that_was_set_aside_once)
+{
+    RingModel ring(2000);
+    ring.Write("begins again");
+    Save(ring);
+    std::ofstream(log_ + ".damaged") << "x";
+    std::ofstream(log_ + ".damaged2") << "x";
+    EXPECT_EQ(RecordOnce(), 0);
+    const std::string told = "\n  A damaged log was set aside; to read it: daemonctl log --file \"";
+    EXPECT_EQ(errors_, "daemonctl: the supervisor could not read its log and began a new one" +
+                           told + log_ + ".damaged\"" + told + log_ + ".damaged2\"\n");
+    EXPECT_EQ(Recorded(), std::vector<std::string>({"begins again"}));
+}
+
 TEST_F(RecordCommand, repeats_nothing_after_the_records_of_a_refused_supervisor_are_overwritten)
 {
     RingModel ring(2000);
