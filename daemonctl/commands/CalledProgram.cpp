@@ -161,4 +161,11 @@ bool CalledProgram::Runs() const
     return WaitForSingleObject(process_.Get(), 0) == WAIT_TIMEOUT;
 }
 
+std::uint32_t CalledProgram::ExitCode() const
+{
+    DWORD exitCode = 0;
+    GetExitCodeProcess(process_.Get(), &exitCode);
+    return exitCode;
+}
+
 } // namespace vqrx::client::v0

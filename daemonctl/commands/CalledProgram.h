@@ -2,6 +2,7 @@
 
 #include "win32/UniqueHandle.h"
 
+#include <cstdint>
 #include <map>
 #include <string>
 
@@ -27,6 +28,9 @@ public:
 
     /// Returns whether the program still runs.
     [[nodiscard]] bool Runs() const;
+
+    /// Returns the exit code of the program, which has ended.
+    [[nodiscard]] std::uint32_t ExitCode() const;
 
 private:
     system::win32::v1::UniqueKernelHandle job_;

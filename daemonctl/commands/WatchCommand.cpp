@@ -4,6 +4,7 @@
 #include "CalledProgram.h"
 #include "EventLog.h"
 #include "ExitCode.h"
+#include "ExitReason.h"
 #include "Interrupt.h"
 #include "NextStep.h"
 #include "PrintText.h"
@@ -66,6 +67,7 @@ public:
     {
         const ULONGLONG now = GetTickCount64();
         if (called_ && !called_->Runs()) {
+            PrintFailure(called_->ExitCode());
             called_.reset();
         }
         if (called_ && now - calledAt_ >= ULONGLONG{options_.timeoutSeconds} * 1000) {
@@ -82,6 +84,15 @@ public:
     }
 
 private:
+    // A program that reports a failure may have told nobody of the change.
+    void PrintFailure(std::uint32_t exitCode) const
+    {
+        if (exitCode != 0) {
+            std::cerr << "daemonctl: " << Printable(options_.program)
+                      << " has failed: " << DescribeExitCode(exitCode) << std::endl;
+        }
+    }
+
     void Call(ULONGLONG now)
     {
         const std::vector<Trouble> troubles = std::exchange(waiting_, {});

@@ -55,4 +55,9 @@ std::optional<std::uint32_t> ExitCodeOfReason(std::string_view reason)
     return found != kNamedExitCodes.end() ? std::optional(*found) : CodeWithoutName(reason);
 }
 
+std::string DescribeExitCode(std::uint32_t exitCode)
+{
+    return ReadableReason(cpp_utils::exception_utils::v1::ExceptionCodeName(exitCode));
+}
+
 } // namespace vqrx::client::v0

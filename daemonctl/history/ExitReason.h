@@ -15,4 +15,8 @@ namespace vqrx::client::v0 {
 /// @return nothing for a text that the supervisor never writes as a reason
 [[nodiscard]] std::optional<std::uint32_t> ExitCodeOfReason(std::string_view reason);
 
+/// Writes an exit code for people, in the words of ReadableReason(): "Access violation" for
+/// 0xC0000005, "exit code 3" for 3. Pure.
+[[nodiscard]] std::string DescribeExitCode(std::uint32_t exitCode);
+
 } // namespace vqrx::client::v0

@@ -62,6 +62,21 @@ TEST(Watch, A_supervisor_that_hangs_is_told_and_a_call_that_hangs_meanwhile_is_e
     EXPECT_TRUE(supervisor.Process().Wait());
 }
 
+TEST(Watch, A_program_that_reports_a_failure_is_named_with_its_exit_code_and_called_again)
+{
+    const SupervisorProcess supervisor;
+    const std::string program = TestProgram("crashes");
+    const CapturedProgram watch('"' + ProductProgram("daemonctl.exe") +
+                                "\" watch --trust --every 1 --exec \"" + program + '"');
+    const std::string failure = "daemonctl: " + program + " has failed: Access violation\n";
+    std::string expected;
+    for (const char* daemon : {"launch C:\\no\\such.exe", "launch C:\\no\\other.exe"}) {
+        EXPECT_EQ(Daemonctl(daemon).exitCode, 0U);
+        expected += failure;
+        EXPECT_TRUE(WaitUntil([&] { return watch.Error() == expected; })) << watch.Error();
+    }
+}
+
 TEST(Watch, A_program_that_others_may_change_or_put_a_library_beside_is_refused)
 {
     const TempFolder folder;

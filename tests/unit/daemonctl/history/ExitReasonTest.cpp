@@ -20,6 +20,13 @@ TEST(ReadableReason, Exit_code_is_a_decimal_number_up_to_65535_and_hexadecimal_a
     EXPECT_EQ(ReadableReason("Unknown (0x1"), "Unknown (0x1");
 }
 
+TEST(DescribeExitCode, An_exit_code_has_the_words_that_its_reason_in_the_log_has)
+{
+    EXPECT_EQ(client::v0::DescribeExitCode(3), "exit code 3");
+    EXPECT_EQ(client::v0::DescribeExitCode(0xFFFFFFFF), "exit code 0xffffffff");
+    EXPECT_EQ(client::v0::DescribeExitCode(0xC0000005), "Access violation");
+}
+
 TEST(ExitCodeOfReason, Named_and_unnamed_codes_are_found_and_other_texts_are_none)
 {
     using client::v0::ExitCodeOfReason;
