@@ -8,6 +8,7 @@
 #include "ReportHtml.h"
 #include "ReportJson.h"
 #include "ReportTime.h"
+#include "ScanDamage.h"
 #include "TimeText.h"
 #include "TimelineBuilder.h"
 
@@ -96,6 +97,7 @@ void MakeReport(const ReportArguments& arguments, const DaemonsOfLog& daemons, R
         builder.Add(std::move(record));
     });
     const Timeline timeline = builder.Finish();
+    moment.logDamage = DescribeDamage(report.summary);
     FindDaemons(daemons, timeline, moment);
     Render(arguments, MakeReportModel(timeline, moment), offset.value_or(0), report);
 }

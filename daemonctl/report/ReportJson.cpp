@@ -99,6 +99,8 @@ std::string ReportJson(const ReportModel& model, std::string_view source,
         {"supervisor", NameOfSupervisor(model.moment.supervisor)},
         {"log_failure", model.moment.logFailure.empty() ? ReportObject(nullptr)
                                                         : ReportObject(model.moment.logFailure)},
+        {"log_damage", model.moment.logDamage.empty() ? ReportObject(nullptr)
+                                                      : ReportObject(model.moment.logDamage)},
         {"from", model.records != 0 ? TimeObject(model.beginMs) : ReportObject(nullptr)},
         {"to", model.records != 0 ? TimeObject(model.endMs) : ReportObject(nullptr)},
         {"records", model.records},

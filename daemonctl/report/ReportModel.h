@@ -31,6 +31,7 @@ struct ReportMoment {
     std::string logFailure = {}; ///< why the log cannot be read; empty: the report shows the log
     /// The daemons as `ps` shows them; nothing: the report shows the state that the log shows.
     std::optional<std::vector<DaemonStatus>> daemons = {};
+    std::string logDamage = {}; ///< what of the log cannot be read; empty: all of it can be read
 };
 
 /// The interval of one process as the report draws it.

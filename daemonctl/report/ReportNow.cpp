@@ -97,6 +97,11 @@ std::string MomentHtml(const ReportMoment& moment)
                           "<span class=\"command\">" +
                           EscapeHtml(moment.logFailure) + "</span>");
     }
+    if (!moment.logDamage.empty()) {
+        html += AlarmHtml("The log is damaged, so the page may lack something: "
+                          "<span class=\"command\">" +
+                          EscapeHtml(moment.logDamage) + "</span>");
+    }
     return html;
 }
 

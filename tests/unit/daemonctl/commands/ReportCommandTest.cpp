@@ -114,6 +114,19 @@ TEST_F(ReportCommand, writes_the_figures_beside_the_page)
     EXPECT_EQ(Run(page_, {"--json", folder_.File("missing") + "/report.json"}), 4);
 }
 
+TEST_F(ReportCommand, names_the_damage_of_the_log_on_the_page_and_in_the_figures)
+{
+    std::ofstream(path_, std::ios::binary)
+        << "0x00000064\r\n"
+        << "no record\r\n"
+        << "0;Sun Nov 16 04:52:36.123;1763265156123;2;Start DaemonId(3) PId(7) : a.exe \r\n";
+    const std::string json = folder_.File("report.json");
+    EXPECT_EQ(Run("-", {"--json", json}), 5);
+    EXPECT_THAT(output_, HasSubstr("The log is damaged, so the page may lack something: "
+                                   "<span class=\"command\">1 line could not be read</span>"));
+    EXPECT_THAT(FileContent(json), HasSubstr("\"log_damage\": \"1 line could not be read\""));
+}
+
 TEST_F(ReportCommand, reaches_to_now_and_warns_only_if_it_is_known_whether_the_supervisor_runs)
 {
     SaveLog();

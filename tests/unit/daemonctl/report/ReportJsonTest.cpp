@@ -13,6 +13,7 @@ using client::v0::BuildTimeline;
 using client::v0::MakeReportModel;
 using client::v0::Record;
 using client::v0::ReportJson;
+using client::v0::ReportMoment;
 using client::v0::SupervisorState;
 
 TEST(ReportJson, has_the_documented_fields)
@@ -32,6 +33,7 @@ TEST(ReportJson, has_the_documented_fields)
   "source": "a.log",
   "supervisor": "running",
   "log_failure": null,
+  "log_damage": null,
   "from": {
     "time": "1970-01-01T00:00:01.000Z",
     "time_ms": 1000
@@ -92,6 +94,14 @@ TEST(ReportJson, names_a_supervisor_that_does_not_answer_and_a_log_that_cannot_b
         MakeReportModel({}, {SupervisorState::kNotAnswering, 1, "no \"log\""}), "", "1.0.0");
     EXPECT_NE(json.find("\"supervisor\": \"not_answering\""), std::string::npos) << json;
     EXPECT_NE(json.find("\"log_failure\": \"no \\\"log\\\"\""), std::string::npos) << json;
+}
+
+TEST(ReportJson, names_the_damage_of_the_log)
+{
+    ReportMoment moment;
+    moment.logDamage = "1 line could not be read";
+    const std::string json = ReportJson(MakeReportModel({}, moment), "", "1.0.0");
+    EXPECT_NE(json.find("\"log_damage\": \"1 line could not be read\""), std::string::npos) << json;
 }
 
 } // namespace

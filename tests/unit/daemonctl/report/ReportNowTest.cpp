@@ -16,10 +16,12 @@ using client::v0::BuildTimeline;
 using client::v0::MakeReportModel;
 using client::v0::NowHtml;
 using client::v0::Record;
+using client::v0::ReportMoment;
 using client::v0::SupervisorState;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+using testing::StartsWith;
 
 constexpr std::int64_t kBegin = 1763265156000; // 2025-11-16 03:52:36 UTC
 
@@ -90,6 +92,16 @@ TEST(ReportNow, warns_if_the_log_cannot_be_read_and_escapes_the_reason)
     EXPECT_THAT(html, HasSubstr("<p class=\"alarm\" role=\"alert\">The log cannot be read"));
     EXPECT_THAT(html, HasSubstr("&lt;a.log&gt; is gone"));
     EXPECT_THAT(html, Not(HasSubstr("up to its last record")));
+}
+
+TEST(ReportNow, names_the_damage_of_the_log_on_top)
+{
+    ReportMoment moment{SupervisorState::kRunning, kBegin};
+    moment.logDamage = "2 lines could not be read";
+    EXPECT_THAT(NowHtml(MakeReportModel({}, moment), 0),
+                StartsWith("<p class=\"alarm\" role=\"alert\">The log is damaged, so the page may "
+                           "lack something: <span class=\"command\">2 lines could not be "
+                           "read</span></p>\n"));
 }
 
 TEST(ReportNow, lists_the_watched_daemons_with_those_in_trouble_first)
