@@ -3,6 +3,7 @@
 #include "ConsoleReporter.h"
 #include "DaemonSelection.h"
 #include "ExitCode.h"
+#include "NextStep.h"
 #include "Printable.h"
 #include "ProcessList.h"
 #include "RestartDaemon.h"
@@ -114,10 +115,12 @@ int ForEachSelected(const DaemonSelection& selection, const Reporter& reporter,
         } catch (const SupervisorNotRunning&) {
             throw;
         } catch (const LogUnreadable& exception) {
-            reporter.failed(NameOfDaemon(daemon) + ": " + Printable(exception.what()));
+            reporter.failed(
+                WithNextStep(NameOfDaemon(daemon) + ": " + Printable(exception.what())));
             failure = kLogUnreadable;
         } catch (const std::exception& exception) {
-            reporter.failed(NameOfDaemon(daemon) + ": " + Printable(exception.what()));
+            reporter.failed(
+                WithNextStep(NameOfDaemon(daemon) + ": " + Printable(exception.what())));
             failure = kRefused;
         }
     }

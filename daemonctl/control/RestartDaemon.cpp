@@ -22,6 +22,12 @@ Observation ObserveNow(std::uint32_t daemonId, const ProcessSource& source)
     return Observe(RunOfThisMachine(timeline), daemonId, source);
 }
 
+// Returns a line with the next step after a failure.
+std::string ToSeeWhatHappened(std::uint32_t daemonId)
+{
+    return "\n  To see what happened: daemonctl log --tail 10 --daemon " + std::to_string(daemonId);
+}
+
 // @return the observation of the new process; nothing if none runs within the time
 std::optional<Observation> WaitForStart(std::uint32_t daemonId, const Observation& before,
                                         const ProcessSource& source, std::uint64_t timeoutMs)
@@ -44,7 +50,9 @@ std::optional<Observation> WaitForStart(std::uint32_t daemonId, const Observatio
 bool RestartDaemon(const DaemonStatus& daemon, std::uint64_t timeoutMs, const Reporter& reporter)
 {
     if (!daemon.id) {
-        reporter.failed(NameOfDaemon(daemon) + ": the log does not show its id");
+        reporter.failed(NameOfDaemon(daemon) +
+                        ": the log does not show its id. daemonctl launch with the same program "
+                        "and arguments prints it");
         return false;
     }
     const std::string id = "daemon " + std::to_string(*daemon.id);
@@ -69,7 +77,8 @@ bool RestartDaemon(const DaemonStatus& daemon, std::uint64_t timeoutMs, const Re
         if (facts.state == ProcessFacts::State::kRunning && facts.createdMs == before.createdMs) {
             const EndedResult result = EndHeldProcess(held, id + ", " + process, reporter);
             if (!result.isGone) {
-                reporter.failed(id + ": " + process + " " + result.text);
+                reporter.failed(id + ": " + process + " " + result.text +
+                                ToSeeWhatHappened(*daemon.id));
                 return false;
             }
             ended = process + " " + result.text;
@@ -82,7 +91,7 @@ bool RestartDaemon(const DaemonStatus& daemon, std::uint64_t timeoutMs, const Re
     const auto now = WaitForStart(*daemon.id, before, source, timeoutMs);
     if (!now) {
         reporter.failed(id + ": " + ended + "; the supervisor has not started it again within " +
-                        std::to_string(timeoutMs / 1000) + " s");
+                        std::to_string(timeoutMs / 1000) + " s" + ToSeeWhatHappened(*daemon.id));
         return false;
     }
     reporter.done(id + " restarted: " + ended + ", now process " + std::to_string(*now->processId));

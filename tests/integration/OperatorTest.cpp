@@ -255,6 +255,7 @@ TEST(Operator, Commands_end_with_exit_code_5_if_the_log_cannot_be_read)
     const Answer restart = Daemonctl("restart 0");
     EXPECT_EQ(restart.exitCode, 5U) << restart;
     EXPECT_THAT(restart.error, ::testing::HasSubstr(" cannot be read: "));
+    EXPECT_THAT(restart.error, ::testing::EndsWith("\n  To find out more: daemonctl doctor\n"));
 }
 
 TEST(Operator, Ps_shows_processes_that_the_log_no_longer_shows)

@@ -211,7 +211,8 @@ TEST_F(Stop, Restart_reports_a_program_that_is_not_started_again)
               (Answer{1, "",
                       "daemonctl: waiting at most 0 s until the supervisor has started daemon 0\n"
                       "daemonctl: daemon 0: it had no process; the supervisor has not started it "
-                      "again within 0 s\n"}));
+                      "again within 0 s\n"
+                      "  To see what happened: daemonctl log --tail 10 --daemon 0\n"}));
 }
 
 } // namespace
