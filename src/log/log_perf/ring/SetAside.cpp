@@ -42,6 +42,8 @@ bool Write(const std::string& path, const std::string& newPath)
 bool Copy(const std::string& path, const std::string& newPath)
 {
     const std::string unfinished = newPath + ".tmp";
+    // A link or a second name of another file may be there: the copy would be written into it.
+    std::remove(unfinished.c_str()); // NOLINT(cert-err33-c): may not exist
     if (Write(path, unfinished) && Rename(unfinished, newPath)) {
         return true;
     }

@@ -54,6 +54,18 @@ TEST_F(SetAsideCopy, A_file_that_is_open_elsewhere_is_copied_and_emptied)
     EXPECT_EQ(2U, FilesInFolder());
 }
 
+// The supervisor may have all rights: whoever can make files beside the log must not lead the copy
+// into a file that he may not change.
+TEST_F(SetAsideCopy, A_file_with_a_second_name_where_the_copy_is_made_stays_as_it_is)
+{
+    const std::string precious = folder_.File("precious");
+    std::ofstream(precious, std::ios::binary) << "precious";
+    std::filesystem::create_hard_link(precious, kept_ + ".tmp");
+    EXPECT_TRUE(log::log_perf::v2::SetAside(name_, kept_));
+    EXPECT_EQ("newest", FileContent(kept_));
+    EXPECT_EQ("precious", FileContent(precious));
+}
+
 TEST_F(SetAsideCopy, A_copy_that_fails_leaves_both_files_as_they_are)
 {
     {
