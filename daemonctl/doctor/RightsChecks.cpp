@@ -26,6 +26,14 @@ TrustedSids TrustedWith(const RightsFacts& facts, PlaceFacts::Role role)
     return trusted;
 }
 
+// A command for the rights of such a place would change what the link leads to.
+bool IsBehindLink(const PlaceFacts& place, const RightsFacts& facts)
+{
+    return std::any_of(facts.places.begin(), facts.places.end(), [&](const PlaceFacts& other) {
+        return other.rights.reparsePoint && place.rights.path.starts_with(other.rights.path + "\\");
+    });
+}
+
 // The weak objects of a check, as texts.
 class WeakObjects {
 public:
@@ -92,7 +100,8 @@ Finding JudgeFileRights(const RightsFacts& facts)
         const TrustedSids trusted = TrustedWith(facts, place.role);
         weak.Add(place.role == PlaceFacts::Role::kAbove ? WeaknessesOfParent(place.rights, trusted)
                                                         : Weaknesses(place.rights, trusted),
-                 RemediesFor(place, trusted, facts.supervisorSid));
+                 IsBehindLink(place, facts) ? std::vector<std::string>()
+                                            : RemediesFor(place, trusted, facts.supervisorSid));
     }
     for (const std::string& path : facts.unjudged) {
         ++there;

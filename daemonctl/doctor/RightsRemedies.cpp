@@ -76,11 +76,10 @@ std::vector<std::string> RemediesFor(const PlaceFacts& place, const TrustedSids&
     if (rights.error != 0) {
         return {"To see all rights: daemonctl doctor"};
     }
-    std::vector<std::string> commands;
-    if (rights.reparsePoint) {
-        commands.push_back("Replace " + rights.path +
-                           " by a folder: somebody may turn the link elsewhere.");
+    if (rights.reparsePoint) { // a command would change the rights of what the link leads to
+        return {"Replace " + rights.path + " by a folder: somebody may turn the link elsewhere."};
     }
+    std::vector<std::string> commands;
     const std::string path = QuotedForPasting(rights.path);
     if (path.empty() || (isAbove && rights.path.size() <= kRootOfDrive)) {
         commands.push_back("Let only administrators own and change " + rights.path +

@@ -7,13 +7,22 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace vqrx::setup::v0 {
 namespace {
 
 using client::v0::FolderUse;
+using client::v0::ObjectRights;
 using client::v0::Wide;
+
+// Other programs may need the folder above as it is.
+constexpr const char* kSetRightsAbove =
+    "Let only administrators own and change the folders that are named above.\n";
+// The commands would change what the link leads to.
+constexpr const char* kRemoveLink =
+    "Remove the link. Do not set rights through it: what it leads to would get them.\n";
 
 bool IsFolder(const std::string& path)
 {
@@ -21,18 +30,44 @@ bool IsFolder(const std::string& path)
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-std::string Remedy(const std::string& path)
+bool IsLinked(const std::vector<std::string>& way)
+{
+    return std::any_of(way.begin(), way.end(), [](const std::string& path) {
+        return client::v0::ReadRights(path).reparsePoint;
+    });
+}
+
+// The commands that set the rights of a file, or of a folder as it would be made.
+std::string Commands(const ObjectRights& rights, FolderUse use, const std::string& accountSid,
+                     const client::v0::TrustedSids& trusted)
+{
+    constexpr const char* kUsers = "S-1-5-32-545";
+    const std::string icacls = "  icacls \"" + rights.path + "\"";
+    std::string text = icacls + " /setowner *S-1-5-32-544\n";
+    if (rights.kind == ObjectRights::Kind::kFile) {
+        return text + icacls + " /reset\n";
+    }
+    text += icacls + " /inheritance:r /grant:r *S-1-5-18:(OI)(CI)F *S-1-5-32-544:(OI)(CI)F";
+    if (use == FolderUse::kPrograms) {
+        text += std::string(" *") + kUsers + ":(OI)(CI)RX";
+    } else if (!accountSid.empty()) {
+        text += " *" + accountSid + ":(OI)(CI)F";
+    }
+    text += "\n";
+    std::string strangers; // the command above leaves them what was given to the folder itself
+    for (const client::v0::GrantedRight& right : client::v0::GrantsToStrangers(rights, trusted)) {
+        if (use == FolderUse::kLogs || right.sid != kUsers) {
+            strangers += " *" + right.sid;
+        }
+    }
+    return strangers.empty() ? text : text + icacls + " /remove:g" + strangers + "\n";
+}
+
+std::string WithWarnings(const std::string& remedy)
 {
     return "Nothing was changed. Whoever can change it can become administrator through the "
-           "supervisor.\nLook at what lies there, then set its rights as administrator:\n"
-           "  icacls \"" +
-           path +
-           "\" /setowner *S-1-5-32-544\n"
-           "  icacls \"" +
-           path +
-           "\" /inheritance:r /grant:r *S-1-5-18:(OI)(CI)F *S-1-5-32-544:(OI)(CI)F "
-           "*S-1-5-32-545:(OI)(CI)RX\n"
-           "Or choose another folder, or accept the risk with /ALLOWWEAK.";
+           "supervisor.\n" +
+           remedy + "Or choose another folder, or accept the risk with /ALLOWWEAK.";
 }
 
 } // namespace
@@ -53,7 +88,7 @@ bool SafeFolders::Prepare(const std::string& path, FolderUse use)
         if (!IsFolder(path)) {
             throw SetupError(path + " is no folder.");
         }
-        CheckPath(path, false);
+        CheckPath(path, use);
         return false;
     }
     const std::string above = FolderOf(path);
@@ -61,19 +96,19 @@ bool SafeFolders::Prepare(const std::string& path, FolderUse use)
         throw SetupError(path + " is no full path of a folder.");
     }
     if (IsOnDisk(above)) {
-        CheckPath(above, true);
+        CheckAbove(above);
     } else {
         Prepare(above, FolderUse::kPrograms);
     }
     Make(path, use);
-    CheckPath(path, false); // a file system without rights does not keep them
+    CheckPath(path, use); // a file system without rights does not keep them
     return true;
 }
 
 void SafeFolders::Check(const std::string& path) const
 {
     if (IsOnDisk(path)) {
-        CheckPath(path, false);
+        CheckPath(path, FolderUse::kPrograms);
     }
 }
 
@@ -97,22 +132,34 @@ void SafeFolders::Make(const std::string& path, FolderUse use)
     made_.push_back(path);
 }
 
-void SafeFolders::CheckPath(const std::string& path, bool onlyAbove) const
+void SafeFolders::CheckPath(const std::string& path, FolderUse use) const
 {
-    if (allowWeak_) {
-        return;
-    }
-    const std::vector<std::string> found = onlyAbove
-                                               ? client::v0::WeaknessesOfParentPath(path, trusted_)
-                                               : client::v0::WeaknessesOfPath(path, trusted_);
-    if (found.empty()) {
+    const ObjectRights rights = client::v0::ReadRights(path);
+    const bool isWeak = !client::v0::Weaknesses(rights, trusted_).empty();
+    Refuse(path, client::v0::WeaknessesOfPath(path, trusted_),
+           isWeak ? "Look at what lies there, then set its rights as administrator:\n" +
+                        Commands(rights, use, accountSid_, trusted_) +
+                        "Then restart Windows: a program that opened it before can change it "
+                        "until then.\n"
+                  : kSetRightsAbove);
+}
+
+void SafeFolders::CheckAbove(const std::string& path) const
+{
+    Refuse(path, client::v0::WeaknessesOfParentPath(path, trusted_), kSetRightsAbove);
+}
+
+void SafeFolders::Refuse(const std::string& path, const std::vector<std::string>& weaknesses,
+                         const std::string& remedy) const
+{
+    if (allowWeak_ || weaknesses.empty()) {
         return;
     }
     std::string text = path + " is not safe:\n";
-    for (const std::string& weakness : found) {
+    for (const std::string& weakness : weaknesses) {
         text += "  " + weakness + "\n";
     }
-    throw SetupError(text + Remedy(path));
+    throw SetupError(text + WithWarnings(IsLinked(client::v0::WayTo(path)) ? kRemoveLink : remedy));
 }
 
 } // namespace vqrx::setup::v0

@@ -37,7 +37,10 @@ public:
 
 private:
     void Make(const std::string& path, client::v0::FolderUse use);
-    void CheckPath(const std::string& path, bool onlyAbove) const;
+    void CheckPath(const std::string& path, client::v0::FolderUse use) const;
+    void CheckAbove(const std::string& path) const;
+    void Refuse(const std::string& path, const std::vector<std::string>& weaknesses,
+                const std::string& remedy) const;
 
     std::string accountSid_;
     bool allowWeak_;

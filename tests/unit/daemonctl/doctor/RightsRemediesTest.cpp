@@ -12,6 +12,7 @@ namespace {
 using namespace client::v0;
 using Role = PlaceFacts::Role;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 const TrustedSids kAdministrators{"S-1-5-18", "S-1-5-32-544"};
@@ -85,6 +86,10 @@ TEST(RightsRemedies, A_link_is_replaced_and_a_place_that_cannot_be_read_needs_an
     place.rights.reparsePoint = true;
     EXPECT_THAT(RemediesFor(place, kAdministrators, ""),
                 ElementsAre("Replace C:\\FW by a folder: somebody may turn the link elsewhere."));
+    // Commands would change what the link leads to: somebody else's folder.
+    place.rights.ownerSid = "S-1-5-21-7";
+    place.rights.granted = {{"S-1-1-0", "somebody", 0x1F01FF}};
+    EXPECT_THAT(RemediesFor(place, kAdministrators, ""), ElementsAre(HasSubstr("Replace C:\\FW")));
     place.rights.error = 5;
     EXPECT_THAT(RemediesFor(place, kAdministrators, ""),
                 ElementsAre("To see all rights: daemonctl doctor"));

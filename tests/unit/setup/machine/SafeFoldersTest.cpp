@@ -41,10 +41,11 @@ std::string Everybody()
     return client::v0::NameOfAccount("S-1-1-0");
 }
 
-std::string ReasonOfRefusal(SafeFolders& folders, const std::string& path)
+std::string ReasonOfRefusal(SafeFolders& folders, const std::string& path,
+                            FolderUse use = FolderUse::kPrograms)
 {
     try {
-        folders.Prepare(path, FolderUse::kPrograms);
+        folders.Prepare(path, use);
     } catch (const SetupError& error) {
         return error.what();
     }
@@ -106,7 +107,36 @@ TEST(SafeFolders, An_existing_folder_that_everybody_may_change_is_refused_with_a
     const std::string reason = ReasonOfRefusal(folders, temp.File("open"));
     EXPECT_TRUE(Contains(reason, Everybody() + " may write to " + temp.File("open"))) << reason;
     EXPECT_TRUE(Contains(reason, "icacls \"" + temp.File("open") + "\" /inheritance:r")) << reason;
+    // A right that was given to the folder itself stays until somebody takes it away.
+    EXPECT_TRUE(Contains(reason, "icacls \"" + temp.File("open") + "\" /remove:g *S-1-1-0"))
+        << reason;
+    EXPECT_TRUE(Contains(reason, "Then restart Windows")) << reason;
     EXPECT_TRUE(Contains(reason, "/ALLOWWEAK")) << reason;
+}
+
+TEST(SafeFolders, The_remedy_for_the_logs_lets_only_the_account_of_the_supervisor_in)
+{
+    const TempFolder temp;
+    std::filesystem::create_directory(temp.File("logs"));
+    OpenToEverybody(temp.File("logs"));
+    SafeFolders folders("S-1-5-21-7", false);
+    const std::string reason = ReasonOfRefusal(folders, temp.File("logs"), FolderUse::kLogs);
+    EXPECT_TRUE(Contains(reason, "*S-1-5-32-544:(OI)(CI)F *S-1-5-21-7:(OI)(CI)F\n")) << reason;
+    EXPECT_FALSE(Contains(reason, "S-1-5-32-545")) << reason;
+}
+
+TEST(SafeFolders, The_remedy_for_a_file_gives_it_the_rights_of_its_folder)
+{
+    const TempFolder temp;
+    std::ofstream(temp.File("log")) << "x";
+    OpenToEverybody(temp.File("log"));
+    try {
+        SafeFolders("", false).Check(temp.File("log"));
+        ADD_FAILURE() << "accepted";
+    } catch (const SetupError& error) {
+        EXPECT_TRUE(Contains(error.what(), "icacls \"" + temp.File("log") + "\" /reset\n"))
+            << error.what();
+    }
 }
 
 TEST(SafeFolders, A_new_folder_below_one_that_everybody_may_change_is_refused)
@@ -115,8 +145,10 @@ TEST(SafeFolders, A_new_folder_below_one_that_everybody_may_change_is_refused)
     std::filesystem::create_directory(temp.File("open"));
     OpenToEverybody(temp.File("open"));
     SafeFolders folders("", false);
-    EXPECT_TRUE(Contains(ReasonOfRefusal(folders, temp.File("open\\new\\inner")),
-                         Everybody() + " may write to " + temp.File("open")));
+    const std::string reason = ReasonOfRefusal(folders, temp.File("open\\new\\inner"));
+    EXPECT_TRUE(Contains(reason, Everybody() + " may write to " + temp.File("open"))) << reason;
+    // The folder above may belong to other programs, too.
+    EXPECT_FALSE(Contains(reason, "icacls")) << reason;
     EXPECT_FALSE(std::filesystem::exists(temp.File("open\\new")));
 }
 
@@ -131,14 +163,16 @@ TEST(SafeFolders, A_file_that_everybody_may_change_is_refused_and_a_missing_one_
     EXPECT_THROW(folders.Check(temp.File("log")), SetupError);
 }
 
-TEST(SafeFolders, A_link_is_refused)
+// Commands for rights would change what the link leads to: somebody else's folder.
+TEST(SafeFolders, A_link_is_refused_without_commands_that_would_follow_it)
 {
     // Drive Z: of Wine is a link to the root of the host. Windows has a junction of this name.
     SafeFolders folders("", false);
-    EXPECT_TRUE(
-        Contains(ReasonOfRefusal(folders, RunsUnderWine() ? "Z:\\usr"
-                                                          : "C:\\Documents and Settings\\Public"),
-                 "is a junction or a link"));
+    const std::string reason = ReasonOfRefusal(
+        folders, RunsUnderWine() ? "Z:\\usr" : "C:\\Documents and Settings\\Public");
+    EXPECT_TRUE(Contains(reason, "is a junction or a link")) << reason;
+    EXPECT_TRUE(Contains(reason, "Remove the link")) << reason;
+    EXPECT_FALSE(Contains(reason, "icacls")) << reason;
 }
 
 TEST(SafeFolders, With_ALLOWWEAK_every_existing_folder_is_accepted)
