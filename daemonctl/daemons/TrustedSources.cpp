@@ -16,15 +16,21 @@ bool IsElevated() noexcept
     return IsUserAnAdmin() != FALSE;
 }
 
+TrustedSids AccountOfSupervisor(const std::vector<daemon_manager::SupervisorProcess>& processes)
+{
+    TrustedSids accounts;
+    for (const daemon_manager::SupervisorProcess& process : processes) {
+        if (process.installedProgram && process.userKnown && process.expectedUser) {
+            accounts.insert(Utf8(process.userSid));
+        }
+    }
+    return accounts.size() == 1 ? accounts : TrustedSids();
+}
+
 std::vector<std::string> WeaknessesOfSource(const std::string& path)
 {
     TrustedSids trusted = TrustedAdministrators();
-    for (const daemon_manager::SupervisorProcess& process :
-         daemon_manager::IdentifySupervisor().processes) {
-        if (process.installedProgram && process.userKnown && process.expectedUser) {
-            trusted.insert(Utf8(process.userSid));
-        }
-    }
+    trusted.merge(AccountOfSupervisor(daemon_manager::IdentifySupervisor().processes));
     return WeaknessesOfPath(path, trusted);
 }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "Weaknesses.h"
+#include "daemon_manager/SupervisorIdentity.h"
+
 #include <string>
 #include <vector>
 
@@ -7,6 +10,13 @@ namespace vqrx::client::v0 {
 
 /// Whether this process has the full rights of an administrator.
 [[nodiscard]] bool IsElevated() noexcept;
+
+/// Returns the account of the supervisor, by its SID, as the processes of its name show it. Pure.
+/// @return empty if no expected user runs the installed program, or if two of them do. Everybody
+///         may run it: an expected user of few rights could start it beside the supervisor, and
+///         then have an administrator believe a log of his
+[[nodiscard]] TrustedSids
+AccountOfSupervisor(const std::vector<daemon_manager::SupervisorProcess>& processes);
 
 /// Returns why somebody else than administrators and the account of the running supervisor can
 /// change a file that names processes: a listing, or the log. Windows only.

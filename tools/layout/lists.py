@@ -129,7 +129,6 @@ TESTED_BY = {
     "daemonctl/daemons/LeftProcesses.cpp": "tests/unit/daemonctl/daemons/ReattachmentTest.cpp",
     "daemonctl/daemons/MetricsWriter.cpp": "tests/unit/daemonctl/daemons/MetricsTextTest.cpp",
     "daemonctl/daemons/ThisMachine.cpp": "tests/integration/OperatorTest.cpp",
-    "daemonctl/daemons/TrustedSources.cpp": "tests/integration/HandOverTrustTest.cpp",
     "daemonctl/doctor/ConnectionChecksWindows.cpp": "tests/integration/DoctorTest.cpp",
     "daemonctl/doctor/CrashDialogChecksWindows.cpp": "tests/integration/DoctorTest.cpp",
     "daemonctl/doctor/ErrorText.cpp": "tests/unit/daemonctl/doctor/FirewallChecksTest.cpp",
