@@ -58,6 +58,9 @@ elseif(DM_SANITIZE)
     target_compile_options(dm_options INTERFACE
         $<$<COMPILE_LANGUAGE:CXX>:-fsanitize=${DM_SANITIZE};-fno-sanitize-recover=all;-fno-omit-frame-pointer>)
     target_link_options(dm_options INTERFACE -fsanitize=${DM_SANITIZE})
+    # The address sanitizer does not see an index that is too large inside an object, such as that of a
+    # member of type std::array.
+    target_compile_definitions(dm_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:_GLIBCXX_ASSERTIONS>)
 endif()
 
 if(DM_FUZZ)

@@ -131,6 +131,8 @@ TEST(MetricsText, Of_very_many_daemons_shows_a_thousand_with_those_in_trouble_an
     daemons.back().state = RunState::kRestarting;
     const std::string text = MetricsText(Machine(), daemons);
     EXPECT_THAT(text, HasSubstr("\ndaemonmanager_daemons 10000\n"));
+    EXPECT_THAT(text, HasSubstr("\ndaemonmanager_daemons_running 9999\n"));
+    EXPECT_THAT(text, HasSubstr("\ndaemonmanager_daemons_crash_loop 1\n"));
     EXPECT_THAT(text, HasSubstr("daemonmanager_daemon_crash_loop{id=\"9999\""));
     EXPECT_THAT(text, HasSubstr("daemonmanager_daemon_up{id=\"998\""));
     EXPECT_THAT(text, Not(HasSubstr("daemonmanager_daemon_up{id=\"999\"")));
