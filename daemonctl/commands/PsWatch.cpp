@@ -3,9 +3,9 @@
 #include "ExitCode.h"
 #include "InstalledPaths.h"
 #include "Interrupt.h"
+#include "LineOutput.h"
 #include "LiveScreen.h"
 #include "LogFile.h"
-#include "PrintText.h"
 #include "StatusTable.h"
 #include "SupervisorAnswer.h"
 #include "SupervisorProcesses.h"
@@ -95,14 +95,15 @@ void ShowOnScreen(LiveScreen& screen, const WatchLook* before, const WatchLook& 
     screen.Show(lines);
 }
 
-void PrintLook(const WatchLook* before, const WatchLook& now)
+void PrintLook(const WatchLook* before, const WatchLook& now, LineOutput::Colour colour)
 {
-    std::string text = LocalTimeText(now.nowMs) + "\n";
+    const auto output = MakeLineOutput(colour);
+    output->Write(-1, LocalTimeText(now.nowMs));
     if (!now.note.empty()) {
-        text += now.note + "\n";
+        output->Write(kErrorRecord, now.note);
     }
     if (!now.problem.empty()) {
-        text += now.problem + "\n";
+        output->Write(kErrorRecord, now.problem);
     } else {
         TableStyle style;
         style.nowMs = now.nowMs;
@@ -112,10 +113,12 @@ void PrintLook(const WatchLook* before, const WatchLook& now)
             style.beforeMs = before->nowMs;
         }
         for (const TableLine& line : TableOf(now.daemons, style)) {
-            text += line.text + "\n";
+            output->Write(line.level, line.text);
         }
     }
-    PrintText(text);
+    if (!output->Flush()) {
+        std::cout.setstate(std::ios::badbit); // a console does not set it; FinishOutput reports it
+    }
 }
 
 } // namespace
@@ -130,7 +133,7 @@ int WatchDaemons(std::uint32_t everySeconds, LineOutput::Colour colour)
         if (screen) {
             ShowOnScreen(*screen, before ? &*before : nullptr, now, everySeconds);
         } else {
-            PrintLook(before ? &*before : nullptr, now);
+            PrintLook(before ? &*before : nullptr, now, colour);
         }
         before = std::move(now);
     } while (std::cout.good() && !interrupt.WaitFor(everySeconds * 1000));

@@ -3,6 +3,7 @@
 #include "RecordText.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <map>
 #include <optional>
 #include <string_view>
@@ -61,6 +62,21 @@ std::vector<ScreenLine> TableLines(const WatchLook* before, const WatchLook& now
     return lines;
 }
 
+// Describes the lines for which the window has no room. Their daemons may be the ones in trouble.
+ScreenLine DescribeHidden(const std::vector<ScreenLine>& lines, std::size_t shown,
+                          std::size_t width)
+{
+    const auto first = lines.begin() + static_cast<std::ptrdiff_t>(shown);
+    const auto troubled = std::count_if(
+        first, lines.end(), [](const ScreenLine& line) { return line.level == kErrorRecord; });
+    std::string text = "... and " + std::to_string(lines.end() - first) + " more";
+    if (troubled == 0) {
+        return {CutTo(text, width)};
+    }
+    text += ", " + std::to_string(troubled) + " of them in trouble";
+    return {CutTo(text, width), kErrorRecord, false};
+}
+
 } // namespace
 
 std::vector<ScreenLine> ComposeScreen(const WatchLook* before, const WatchLook& now,
@@ -80,9 +96,10 @@ std::vector<ScreenLine> ComposeScreen(const WatchLook* before, const WatchLook& 
         lines.insert(lines.end(), table.begin(), table.end());
     }
     if (lines.size() > size.height) {
-        const std::size_t hidden = lines.size() - size.height + 1;
-        lines.resize(size.height - std::min<std::size_t>(size.height, 1));
-        lines.push_back({"... and " + std::to_string(hidden) + " more"});
+        const std::size_t shown = size.height - std::min<std::size_t>(size.height, 1);
+        ScreenLine last = DescribeHidden(lines, shown, size.width);
+        lines.resize(shown);
+        lines.push_back(std::move(last));
         return lines;
     }
     const std::size_t room = size.height - lines.size();

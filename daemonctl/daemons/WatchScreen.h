@@ -34,7 +34,9 @@ struct ScreenLine {
 };
 
 /// Composes the content of a window: a line about the watch, the note, the table of the daemons,
-/// and below it the newest records as far as the window has room. Pure except for timeText.
+/// and below it the newest records as far as the window has room. If it has no room for all
+/// daemons, the last line says how many are missing, and how many of these are in trouble. Pure
+/// except for timeText.
 /// @param before    the look before; null: none. Daemons whose state, process or number of restarts
 ///                  is another one are marked, and so are the records that are new
 /// @param timeText  writes a time for people

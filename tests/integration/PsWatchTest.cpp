@@ -81,6 +81,19 @@ TEST_F(PsWatch, Without_a_console_each_look_is_a_table)
     EXPECT_TRUE(prints("no_windows.exe\n")) << watch.Output();
 }
 
+TEST_F(PsWatch, Without_a_console_a_table_has_colours_only_on_request)
+{
+    EXPECT_EQ(Daemonctl("launch C:\\no\\such.exe").exitCode, 0U);
+    const CapturedProgram plain(WatchCommand());
+    const CapturedProgram coloured(WatchCommand() + " --color always");
+    for (const CapturedProgram* const watch : {&plain, &coloured}) {
+        EXPECT_TRUE(WaitUntil([&] { return CountOf("cannot start", watch->Output()) >= 2; }))
+            << watch->Output();
+    }
+    EXPECT_EQ(CountOf("\x1b[", plain.Output()), 0U) << plain.Output();
+    EXPECT_GE(CountOf("\x1b[", coloured.Output()), 2U) << coloured.Output();
+}
+
 TEST_F(PsWatch, A_supervisor_that_hangs_is_told_and_holds_up_no_table)
 {
     const CapturedProgram watch(WatchCommand());

@@ -58,7 +58,20 @@ TEST(WatchScreen, Has_no_line_that_is_wider_or_more_lines_than_the_window)
             }
         }
     }
-    EXPECT_EQ(Screen(nullptr, SomeLook(), {80, 4}).back().text, "... and 2 more");
+}
+
+TEST(WatchScreen, Says_how_many_daemons_without_room_are_in_trouble)
+{
+    const ScreenLine last = Screen(nullptr, SomeLook(), {80, 4}).back();
+    EXPECT_EQ(last.text, "... and 2 more, 1 of them in trouble");
+    EXPECT_EQ(last.level, 0);
+    WatchLook well = SomeLook();
+    for (DaemonStatus& daemon : well.daemons) {
+        daemon.state = RunState::kRunning;
+    }
+    const ScreenLine calm = Screen(nullptr, well, {80, 4}).back();
+    EXPECT_EQ(calm.text, "... and 2 more");
+    EXPECT_EQ(calm.level, -1);
 }
 
 TEST(WatchScreen, Marks_the_daemons_and_records_that_have_changed)
@@ -119,7 +132,7 @@ TEST(WatchScreen, Has_a_note_about_the_supervisor_above_the_table)
     EXPECT_EQ(lines[1].text, "the supervisor has not answer\xE2\x80\xA6");
     EXPECT_EQ(lines[1].level, 0);
     EXPECT_EQ(lines[2].text.find("ID  STATE"), 0U);
-    EXPECT_EQ(Screen(nullptr, now, {30, 4}).back().text, "... and 3 more");
+    EXPECT_EQ(Screen(nullptr, now, {80, 4}).back().text, "... and 3 more, 1 of them in trouble");
 }
 
 TEST(WatchScreen, Records_about_daemons_and_about_the_supervisors_life_are_worth_watching)
