@@ -9,6 +9,7 @@
 #include "ReportJson.h"
 #include "ReportTime.h"
 #include "ScanDamage.h"
+#include "ThisMachine.h"
 #include "TimeText.h"
 #include "TimelineBuilder.h"
 
@@ -59,13 +60,16 @@ void Render(const ReportArguments& arguments, const ReportModel& model, int offs
     report.json = arguments.json.empty() ? "" : ReportJson(model, report.path, DM_VERSION);
 }
 
-// Finds the daemons as ps shows them. If that fails, they are as the log shows them.
+// Finds the daemons as ps shows them. If that fails, they are as the log shows them. A supervisor
+// that cannot write leaves the log of its predecessor, whose daemons are not those of now.
 void FindDaemons(const DaemonsOfLog& daemons, const Timeline& timeline, ReportMoment& moment)
 {
     try {
         if (daemons) {
             moment.daemons = daemons(timeline);
         }
+    } catch (const LogUnreadable&) {
+        moment.showsRunning = false;
     } catch (const std::runtime_error&) {
         moment.daemons.reset();
     }

@@ -79,6 +79,16 @@ ReportObject GapObject(const ReportGap& gap)
     return {{"begin_ms", gap.beginMs}, {"end_ms", gap.endMs}, {"text", gap.text}};
 }
 
+ReportObject LogDamage(const ReportMoment& moment)
+{
+    std::string text = moment.logDamage;
+    if (!moment.showsRunning) {
+        text += text.empty() ? "" : "; ";
+        text += "it does not show the supervisor that is running";
+    }
+    return text.empty() ? ReportObject(nullptr) : ReportObject(text);
+}
+
 } // namespace
 
 std::string ReportJson(const ReportModel& model, std::string_view source,
@@ -99,8 +109,7 @@ std::string ReportJson(const ReportModel& model, std::string_view source,
         {"supervisor", NameOfSupervisor(model.moment.supervisor)},
         {"log_failure", model.moment.logFailure.empty() ? ReportObject(nullptr)
                                                         : ReportObject(model.moment.logFailure)},
-        {"log_damage", model.moment.logDamage.empty() ? ReportObject(nullptr)
-                                                      : ReportObject(model.moment.logDamage)},
+        {"log_damage", LogDamage(model.moment)},
         {"from", model.records != 0 ? TimeObject(model.beginMs) : ReportObject(nullptr)},
         {"to", model.records != 0 ? TimeObject(model.endMs) : ReportObject(nullptr)},
         {"records", model.records},

@@ -236,7 +236,8 @@ ReportModel MakeReportModel(const Timeline& timeline, const ReportMoment& moment
     model.gaps = Gaps(timeline, goesOn);
     LaneDrafts drafts;
     for (const SupervisorRun& run : timeline.runs) {
-        const bool hasEnded = &run != goesOn || moment.supervisor == SupervisorState::kNotRunning;
+        const bool hasEnded = &run != goesOn || !moment.showsRunning ||
+                              moment.supervisor == SupervisorState::kNotRunning;
         const bool reachesToNow = !hasEnded && moment.supervisor == SupervisorState::kRunning;
         const std::int64_t endMs = reachesToNow ? std::max(run.lastMs, moment.nowMs) : run.lastMs;
         if (goesOn == nullptr || &run <= goesOn) { // a refused supervisor has no daemons

@@ -32,6 +32,8 @@ struct ReportMoment {
     /// The daemons as `ps` shows them; nothing: the report shows the state that the log shows.
     std::optional<std::vector<DaemonStatus>> daemons = {};
     std::string logDamage = {}; ///< what of the log cannot be read; empty: all of it can be read
+    /// false: a supervisor runs, and the log shows an earlier one at most.
+    bool showsRunning = true;
 };
 
 /// The interval of one process as the report draws it.

@@ -92,6 +92,11 @@ std::string MomentHtml(const ReportMoment& moment)
                           "that ends. On the machine: daemonctl doctor." +
                           shown);
     }
+    if (!moment.showsRunning) {
+        html += AlarmHtml("The log does not show the supervisor that is running. The page shows an "
+                          "earlier one, and none of the present daemons. On the machine: "
+                          "daemonctl doctor.");
+    }
     if (!moment.logFailure.empty()) {
         html += AlarmHtml("The log cannot be read, so the page does not show the daemons: "
                           "<span class=\"command\">" +

@@ -147,6 +147,10 @@ TEST(OperatorStates, Daemons_of_a_dead_supervisor_are_not_those_of_one_that_cann
     const std::string metrics = Daemonctl("metrics").output;
     EXPECT_NE(metrics.find("\ndaemonmanager_log_readable 0\n"), std::string::npos) << metrics;
     EXPECT_EQ(metrics.find("gone.exe"), std::string::npos) << metrics;
+    const std::string report = Daemonctl("report --output -").output;
+    EXPECT_NE(report.find("The log does not show the supervisor that is running."),
+              std::string::npos);
+    EXPECT_EQ(report.find("<h2>Now</h2>"), std::string::npos);
     const std::string doctor = Daemonctl("doctor").output;
     EXPECT_NE(doctor.find("\nok       daemons           not examined"), std::string::npos)
         << doctor;

@@ -3,6 +3,7 @@
 #include "ExitCode.h"
 #include "FileContent.h"
 #include "TempFolder.h"
+#include "ThisMachine.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,6 +22,8 @@ namespace vqrx::test {
 namespace {
 
 using client::v0::AddReportCommand;
+using client::v0::DaemonsLook;
+using client::v0::LogUnreadable;
 using client::v0::SupervisorNow;
 using client::v0::SupervisorState;
 using testing::AllOf;
@@ -56,12 +59,12 @@ class ReportCommand : public testing::Test {
 protected:
     // @param supervisor  empty: the report is about a copy of a log
     int Run(const std::string& output, const std::vector<std::string>& further = {},
-            const SupervisorNow& supervisor = {})
+            const SupervisorNow& supervisor = {}, const DaemonsLook& daemons = {})
     {
         CLI::App app("test", "daemonctl");
         int exitCode = 0;
         AddReportCommand(
-            app, exitCode, [this] { return path_; }, supervisor);
+            app, exitCode, [this] { return path_; }, supervisor, daemons);
         std::vector<std::string> arguments = {"report", "--output", output};
         if (!supervisor) {
             arguments.insert(arguments.end(), {"--file", path_});
@@ -140,6 +143,24 @@ TEST_F(ReportCommand, reaches_to_now_and_warns_only_if_it_is_known_whether_the_s
     EXPECT_THAT(page([] { return SupervisorState::kUnknown; }),
                 AllOf(HasSubstr("<h2>At the last record</h2>"), Not(HasSubstr("is not running"))));
     EXPECT_THAT(page({}), HasSubstr("<h2>At the last record</h2>"));
+}
+
+TEST_F(ReportCommand, shows_no_daemon_of_an_earlier_supervisor_as_one_of_the_running_one)
+{
+    SaveLog();
+    const std::string json = folder_.File("report.json");
+    const DaemonsLook notShown = [] {
+        return [](const auto&) -> std::vector<client::v0::DaemonStatus> {
+            throw LogUnreadable(client::v0::kRunNotShown);
+        };
+    };
+    EXPECT_EQ(Run(
+                  "-", {"--json", json}, [] { return SupervisorState::kRunning; }, notShown),
+              0);
+    EXPECT_THAT(output_, HasSubstr("The log does not show the supervisor that is running."));
+    EXPECT_THAT(output_, Not(HasSubstr("<h2>Now</h2>")));
+    EXPECT_THAT(FileContent(json),
+                HasSubstr("\"log_damage\": \"it does not show the supervisor that is running\""));
 }
 
 TEST_F(ReportCommand, again_and_again_replaces_the_page_also_if_the_log_cannot_be_read_any_more)
