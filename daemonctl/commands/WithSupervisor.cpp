@@ -4,9 +4,11 @@
 #include "DaemonListing.h"
 #include "ExitCode.h"
 #include "InstalledPaths.h"
+#include "LaunchedDaemon.h"
 #include "NextStep.h"
 #include "Printable.h"
 #include "ProcessList.h"
+#include "ProgramOfCommand.h"
 #include "ShutdownProgress.h"
 #include "SupervisorAnswer.h"
 #include "SupervisorProcesses.h"
@@ -191,7 +193,13 @@ SupervisorState StateOfSupervisor()
 DaemonsOfLog LookAtThisMachine()
 {
     return [children = ChildrenOfSupervisor()](const Timeline& timeline) {
-        return DaemonsIn(timeline, children).daemons;
+        std::vector<DaemonStatus> daemons = DaemonsIn(timeline, children).daemons;
+        for (DaemonStatus& daemon : daemons) {
+            if (daemon.state == RunState::kCannotStart) {
+                daemon.obstacles = WarningsAboutProgram(ProgramPathOf(daemon.command));
+            }
+        }
+        return daemons;
     };
 }
 

@@ -68,6 +68,9 @@ struct DaemonStatus {
     bool service = false;             ///< the daemon is a Windows service
     bool inLog = true;   ///< false: a child process of the supervisor without a record in the log
     std::string command; ///< path and arguments with a blank after each, or the name of a service
+    /// What speaks against starting its program on this machine, in words. Only if the daemon
+    /// cannot be started and somebody looked.
+    std::vector<std::string> obstacles;
 
     /// Returns whether a process of the daemon runs at this moment, and this user may examine it.
     [[nodiscard]] bool Runs() const noexcept

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <map>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -213,6 +215,24 @@ std::vector<ReportGap> Gaps(const Timeline& timeline, const SupervisorRun* goesO
     return gaps;
 }
 
+// A daemon that never had a process has no id: its command tells which lane is its own.
+void AddObstacles(std::vector<ReportLane>& lanes, const std::vector<DaemonStatus>& daemons)
+{
+    std::map<std::string, const std::vector<std::string>*> found;
+    for (const DaemonStatus& daemon : daemons) {
+        if (daemon.state == RunState::kCannotStart) {
+            found.emplace(WithoutBlank(daemon.command), &daemon.obstacles);
+        }
+    }
+    for (ReportLane& lane : lanes) {
+        const auto obstacles = found.find(lane.command);
+        if (lane.isRegistered && lane.state == NameOf(RunState::kCannotStart) &&
+            obstacles != found.end()) {
+            lane.obstacles = *obstacles->second;
+        }
+    }
+}
+
 } // namespace
 
 const ReportInterval* ReportLane::LastExit() const noexcept
@@ -270,6 +290,9 @@ ReportModel MakeReportModel(const Timeline& timeline, const ReportMoment& moment
             model.ends[reason] += count;
         }
         model.lanes.push_back(Finish(std::move(draft)));
+    }
+    if (moment.daemons) {
+        AddObstacles(model.lanes, *moment.daemons);
     }
     return model;
 }

@@ -51,6 +51,7 @@ struct ReportLane {
     std::vector<ReportInterval> intervals;
     std::vector<std::int64_t> failedStarts; ///< times
     std::string state;                      ///< in the last run that had the daemon, in words
+    std::vector<std::string> obstacles;     ///< as DaemonStatus::obstacles
     std::uint64_t restarts = 0;
     /// The supervisor watches it at the moment of the report, or did at the last record.
     bool isRegistered = false;

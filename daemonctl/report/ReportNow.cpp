@@ -30,8 +30,13 @@ std::string CrashLoopHtml(const ReportLane& lane)
 
 std::string CannotStartHtml(const ReportLane& lane)
 {
-    return R"(<p class="alarm"><span class="command">)" + EscapeHtml(ProgramNameOf(lane.command)) +
-           " cannot be started.</span></p>\n";
+    std::string text = ProgramNameOf(lane.command) + " cannot be started";
+    const char* separator = ": ";
+    for (const std::string& obstacle : lane.obstacles) {
+        text += separator + obstacle;
+        separator = "; ";
+    }
+    return R"(<p class="alarm"><span class="command">)" + EscapeHtml(text) + ".</span></p>\n";
 }
 
 // Writes a time that is not broken between its numbers.

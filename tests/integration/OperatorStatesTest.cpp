@@ -173,7 +173,8 @@ TEST(OperatorStates, Recording_of_a_dead_supervisor_does_not_show_the_daemons_of
                           "daemonctl ps\n  To find out more: daemonctl doctor\n"}));
 }
 
-TEST(OperatorStates, Doctor_says_why_a_program_cannot_start_and_what_of_the_log_is_damaged)
+TEST(OperatorStates,
+     Doctor_and_report_say_why_a_program_cannot_start_and_what_of_the_log_is_damaged)
 {
     const SupervisorProcess supervisor;
     EXPECT_EQ(Daemonctl("launch C:\\no\\such.exe -x").exitCode, 0U);
@@ -184,6 +185,9 @@ TEST(OperatorStates, Doctor_says_why_a_program_cannot_start_and_what_of_the_log_
               std::string::npos)
         << doctor;
     EXPECT_NE(doctor.find("C:\\no\\such.exe does not exist; "), std::string::npos) << doctor;
+    const std::string report = Daemonctl("report --output -").output;
+    EXPECT_NE(report.find("such.exe cannot be started: C:\\no\\such.exe does not exist; "),
+              std::string::npos);
     EXPECT_NE(doctor.find(supervisor.LogFile() + ": 1 line could not be read\n"), std::string::npos)
         << doctor;
 }

@@ -13,10 +13,12 @@ namespace vqrx::test {
 namespace {
 
 using client::v0::BuildTimeline;
+using client::v0::DaemonStatus;
 using client::v0::MakeReportModel;
 using client::v0::NowHtml;
 using client::v0::Record;
 using client::v0::ReportMoment;
+using client::v0::RunState;
 using client::v0::SupervisorState;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -63,6 +65,19 @@ TEST(ReportNow, names_a_crash_loop_in_words)
 TEST(ReportNow, names_a_program_that_cannot_be_started)
 {
     EXPECT_THAT(NowOf({"Unable to start C:\\no.exe "}), HasSubstr("no.exe cannot be started."));
+}
+
+TEST(ReportNow, names_why_a_program_cannot_be_started_if_somebody_looked)
+{
+    const std::vector<Record> records = {{0, kBegin, 1, "", "Unable to start C:\\no.exe "}};
+    ReportMoment moment{SupervisorState::kRunning, kBegin + 1000};
+    DaemonStatus daemon;
+    daemon.state = RunState::kCannotStart;
+    daemon.command = "C:\\no.exe ";
+    daemon.obstacles = {"C:\\no.exe does not exist", "<b>"};
+    moment.daemons = {daemon};
+    EXPECT_THAT(NowHtml(MakeReportModel(BuildTimeline(records), moment), 0),
+                HasSubstr("no.exe cannot be started: C:\\no.exe does not exist; &lt;b&gt;."));
 }
 
 TEST(ReportNow, warns_if_the_supervisor_does_not_run)
