@@ -7,6 +7,7 @@
 #include "ExitCode.h"
 #include "GatherAutostart.h"
 #include "InstalledPaths.h"
+#include "NextStep.h"
 #include "PasteableText.h"
 #include "PrintText.h"
 #include "Printable.h"
@@ -38,9 +39,9 @@ struct AutostartOptions {
     std::string fleet;
 };
 
-int RefuseAutostart(int exitCode, const std::string& text)
+int RefuseAutostart(int exitCode, const std::string& text, const std::string& step = kFindOutMore)
 {
-    std::cerr << "daemonctl: " << Printable(text) << std::endl;
+    std::cerr << "daemonctl: " << WithNextStep(Printable(text), step) << std::endl;
     return exitCode;
 }
 
@@ -138,7 +139,9 @@ int Install(const AutostartOptions& options)
     if (!options.fleet.empty()) {
         command.arguments.fleet = FullPath(options.fleet);
         if (!CheckFleet(command.arguments.fleet)) {
-            return RefuseAutostart(kWrongUsage, "nothing was done");
+            return RefuseAutostart(
+                kWrongUsage, "nothing was done",
+                "For the form of a fleet file, with an example: daemonctl apply --help");
         }
     }
     command.arguments.trust = options.trust;
@@ -197,7 +200,8 @@ int Autostart(const AutostartOptions& options)
 {
     if (options.action != "install" && (options.service || options.session || options.noStart ||
                                         options.trust || !options.fleet.empty())) {
-        return RefuseAutostart(kWrongUsage, "this option needs autostart install");
+        return RefuseAutostart(kWrongUsage, "this option needs autostart install",
+                               "To see which options there are: daemonctl autostart --help");
     }
     try {
         if (options.action == "install") {

@@ -109,10 +109,11 @@ TEST_F(Autostart, Guard_that_runs_keeps_its_settings_and_the_commands_say_so)
 
 TEST_F(Autostart, Fleet_file_that_is_missing_or_has_faults_is_refused_and_nothing_is_done)
 {
-    EXPECT_EQ(
-        Daemonctl("autostart install --fleet C:\\no\\such.txt"),
-        (Answer{2, "",
-                "daemonctl: C:\\no\\such.txt does not exist\ndaemonctl: nothing was done\n"}));
+    const std::string nothing =
+        "daemonctl: nothing was done\n"
+        "  For the form of a fleet file, with an example: daemonctl apply --help\n";
+    EXPECT_EQ(Daemonctl("autostart install --fleet C:\\no\\such.txt"),
+              (Answer{2, "", "daemonctl: C:\\no\\such.txt does not exist\n" + nothing}));
     machine_.WriteFleet("\"x\nno_such_program.exe\n");
     const std::string fleet = machine_.App() + "\\fleet.txt";
     EXPECT_EQ(Daemonctl("autostart install --fleet " + fleet),
@@ -120,8 +121,7 @@ TEST_F(Autostart, Fleet_file_that_is_missing_or_has_faults_is_refused_and_nothin
                       "daemonctl: " + fleet +
                           ", line 1: a double quote is not closed\ndaemonctl: " + fleet +
                           ", line 2: no_such_program.exe is neither a file in " + machine_.App() +
-                          " nor a Windows service: write its full path\ndaemonctl: nothing was "
-                          "done\n"}));
+                          " nor a Windows service: write its full path\n" + nothing}));
     EXPECT_EQ(Daemonctl("autostart status").exitCode, 1U);
 }
 
