@@ -12,7 +12,7 @@ namespace {
 
 // winerror.h and winnt.h, which a native build lacks.
 constexpr std::uint32_t kNoFile = 2;
-constexpr std::uint32_t kNoPath = 3;
+constexpr std::uint32_t kNoFolderOnWay = 3;
 constexpr std::uint32_t kMayAddFiles = 0x00000002 | 0x10000000 | 0x40000000; // or generic rights
 
 // A program that Windows starts at a logon has the rights of these groups, whoever logs on:
@@ -27,7 +27,7 @@ constexpr const char* kSetUpLogon =
 
 bool DoesNotExist(const ObjectRights& rights)
 {
-    return rights.error == kNoFile || rights.error == kNoPath;
+    return rights.error == kNoFile || rights.error == kNoFolderOnWay;
 }
 
 bool MayWriteTo(const ObjectRights& folder, const std::string& accountSid)
