@@ -73,6 +73,7 @@ class Failure(InstallationTest):
         self.assertEqual(code, 2, self.said)
         self.assertIn("No supervisor runs now: ", self.said)
         self.assertEqual(len(machine.processes("DaemonGuard.exe")), 1)
+        self.wait_for_pause_of_guard(8)
         machine.end_processes("DaemonGuard.exe")
         former.write_bytes(sound)
 

@@ -18,17 +18,13 @@ class Guarding(InstallationTest):
         worker = machine.windows_path(machine.BUILD / "tests/programs/no_windows.exe")
         machine.host_path(path).write_text(f'"{worker}"\n', encoding="utf-8")
 
-    def log_of(self, program):
-        return (machine.host_path(self.ROOT) / f"Logs/{program}.log").read_bytes()
-
     def let_the_guard_wait(self):
         """Makes the supervisor fail at every start, so that the guard waits between two starts."""
         self.assertEqual(self.daemonctl("exit")[0], 0)
         machine.wait_until(lambda: not machine.processes("DaemonGuard.exe"), "the guard ends")
         shutil.rmtree(machine.host_path(self.ROOT) / "App")
         self.assertEqual(self.daemonctl("autostart", "start")[0], 0)
-        machine.wait_until(lambda: b"Next start of the supervisor in 8 s" in self.log_of("DaemonGuard"),
-                           "the guard waits")
+        self.wait_for_pause_of_guard(8)
 
     def put_a_witness_in_the_place_of_daemonctl(self, refused, code=4):
         """Puts a program in the place of daemonctl that notes all calls, and refuses one.

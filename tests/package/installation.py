@@ -27,11 +27,13 @@ class InstallationTest(unittest.TestCase):
     def tearDown(self):
         machine.end_processes("no_windows.exe")
         machine.end_processes("attach_itself.exe")
-        if self.is_installed:
-            self.uninstall()
-        machine.end_processes("DaemonManager.exe")
-        for folder in (self.ROOT, self.folder):
-            shutil.rmtree(machine.host_path(folder), ignore_errors=True)
+        try:
+            if self.is_installed:
+                self.uninstall()
+        finally:  # the next test must not find what a failure left
+            machine.end_processes("DaemonManager.exe")
+            for folder in (self.ROOT, self.folder):
+                shutil.rmtree(machine.host_path(folder), ignore_errors=True)
 
     def configure(self, key, *value):
         """Makes a registry key that exists before the installation, until the end of the test."""
@@ -66,6 +68,15 @@ class InstallationTest(unittest.TestCase):
         supervisor.wait_for_output("Deamon Thread started")
         machine.wait_until(lambda: self.daemonctl("detach", "4294967295")[0] == 1, "an answer of the supervisor")
         return supervisor
+
+    def log_of(self, program):
+        return (machine.host_path(self.ROOT) / f"Logs/{program}.log").read_bytes()
+
+    def wait_for_pause_of_guard(self, seconds):
+        """Waits until the guard waits between two starts of a supervisor that fails at every start.
+        A guard that is terminated while it makes a process may leave a process that never runs."""
+        pause = f"Next start of the supervisor in {seconds} s".encode()
+        machine.wait_until(lambda: pause in self.log_of("DaemonGuard"), "the guard waits")
 
     def launch_worker(self, argument):
         """Launches a worker and waits until the log has its start. @return its process id"""
