@@ -80,9 +80,9 @@ bool StartAfterFormerGuard(const GuardCommand& command)
     const ULONGLONG begin = GetTickCount64();
     bool hasSaid = false;
     for (;;) {
-        const bool isSecondOfSession =
-            command.arguments.mode == GuardMode::kSession && IsImageRunning(kGuardProgram);
-        const GuardStart start = isSecondOfSession ? GuardStart::kRunsAlready : StartGuard(command);
+        // The service would start beside a guard of a session, and fail again and again.
+        const GuardStart start =
+            IsImageRunning(kGuardProgram) ? GuardStart::kRunsAlready : StartGuard(command);
         if (start == GuardStart::kStarted) {
             return true;
         }

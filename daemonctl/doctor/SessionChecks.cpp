@@ -129,7 +129,7 @@ Finding JudgeSession(const SessionFacts& facts)
         return Warning(check, text, remedy);
     }
     return Ok(check, "Windows logs " + facts.account + " on by itself" +
-                         (facts.logs.path.empty() || !facts.isLimited
+                         (facts.logs.path.empty() || !facts.isLimited || DoesNotExist(facts.logs)
                               ? ""
                               : ", and this account may write to " + facts.logs.path));
 }

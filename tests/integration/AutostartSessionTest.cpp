@@ -33,6 +33,20 @@ TEST_F(AutostartSession, Second_guard_of_a_session_is_not_started)
     machine_.KillGuard();
 }
 
+TEST_F(AutostartSession, Service_is_not_started_beside_a_guard_of_a_session)
+{
+    machine_.StartGuard();
+    ASSERT_TRUE(machine_.WaitForTakeOver());
+    const Answer installed = Daemonctl("autostart install");
+    EXPECT_EQ(installed.exitCode, 0U) << installed;
+    EXPECT_TRUE(installed.output.ends_with("\na guard runs already, with its former settings: "
+                                           "daemonctl exit, then daemonctl autostart start\n"))
+        << installed;
+    EXPECT_EQ(State(), DWORD{SERVICE_STOPPED});
+    EXPECT_EQ(ProcessesNamed("DaemonGuard.exe").size(), 1U);
+    machine_.KillGuard();
+}
+
 TEST_F(AutostartSession, Session_is_an_entry_of_the_Run_key_with_the_fleet_file)
 {
     machine_.WriteFleet(worker_ + " 1\n");

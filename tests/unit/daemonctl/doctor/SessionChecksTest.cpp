@@ -134,6 +134,7 @@ TEST(SessionCheck, Missing_folder_of_the_logs_will_let_in_the_noted_account_alon
               R"(reg add HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager )"
               "/v Account /d S-1-5-21-1-2-3-1001 /f");
     facts.notedSid = kAccountOfSession;
+    ExpectFinding(JudgeSession(facts), Verdict::kOk, R"(Windows logs PC\video on by itself)");
     EXPECT_TRUE(ObstaclesOfSession(facts).empty());
 }
 
