@@ -57,10 +57,11 @@ std::vector<DaemonStatus> RunningDaemons(std::int64_t& nowMs, bool& logIsThere,
     logIsThere = false;
     try {
         timeline = ReadTimeline();
-        run = RunOfThisMachine(timeline);
+        const SupervisorRun& current = RunOfThisMachine(timeline);
+        run = current;
         source = SourceOfThisMachine();
         logIsThere = true;
-        unwatched = CountUnwatched(timeline, RunKnownToGoOn(timeline));
+        unwatched = CountUnwatched(timeline, current);
     } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch): see above
         source.arguments = ArgumentsOfProcess;
     }

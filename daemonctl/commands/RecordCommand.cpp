@@ -59,7 +59,7 @@ void OrNotWritten(const Write& write)
 
 // Names the damaged logs that the supervisor has set aside. They hold records that are not
 // recorded: the recorder may have come too late for them.
-// @param named  what was named last; names nothing twice
+// @param named  the logs that the last call found; the same logs are not printed again
 void NameLogsSetAside(const RecordArguments& arguments, const std::string& path, std::string& named)
 {
     const std::string found = DescribeLogsSetAside(arguments, path);

@@ -14,7 +14,7 @@ namespace vqrx::guard::v0 {
 /// its id to another process meanwhile.
 class SupervisorsElsewhere {
 public:
-    /// Finds those that run now.
+    /// Finds the former supervisors of other folders that run now.
     /// @param timeline  of the log; must be believed (TakeOver), because whoever writes it could
     ///                  let the guard wait for any process of that name
     /// @throws client::v0::ProcessListUnreadable; std::bad_alloc

@@ -54,7 +54,8 @@ std::string Commands(const ObjectRights& rights, FolderUse use, const std::strin
         text += " *" + accountSid + ":(OI)(CI)F";
     }
     text += "\n";
-    std::string strangers; // the command above leaves them what was given to the folder itself
+    // The command above keeps rights that strangers were granted on the folder itself.
+    std::string strangers;
     for (const client::v0::GrantedRight& right : client::v0::GrantsToStrangers(rights, trusted)) {
         if (use == FolderUse::kLogs || right.sid != kUsers) {
             strangers += " *" + right.sid;
