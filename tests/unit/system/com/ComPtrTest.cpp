@@ -1,5 +1,7 @@
 #include "com/ComPtr.h"
 
+#include "CountingObject.h"
+
 #include <gtest/gtest.h>
 
 #include <oleauto.h>
@@ -7,28 +9,7 @@
 #include <utility>
 
 namespace vqrx::test {
-namespace {
-
 using namespace system::com::v1;
-
-class CountingObject : public IUnknown {
-public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override
-    {
-        if (!IsEqualIID(iid, IID_IUnknown)) {
-            *object = nullptr;
-            return E_NOINTERFACE;
-        }
-        *object = this;
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --references; }
-    ULONG references = 1;
-};
-
-} // namespace
 
 TEST(ComPtr, Adopt_takes_over_a_counted_reference_and_releases_it_at_the_end)
 {
