@@ -5,6 +5,7 @@
 #include "ExitCode.h"
 #include "FilePresence.h"
 #include "FleetSource.h"
+#include "FormerSupervisor.h"
 #include "HandOverLock.h"
 #include "HandOverTrust.h"
 #include "InstalledPaths.h"
@@ -49,6 +50,12 @@ bool PrintErrors(const std::string& file, const std::vector<std::string>& errors
 
 int Apply(SupervisorClient& supervisor, const ApplyArguments& arguments, const ExpectFile& fleet)
 {
+    // The log need not be believed here, so it does not show supervisors of other folders.
+    const FormerSupervisorWait wait{"apply", arguments.options.dryRun, kSupervisorEndMs / 1000};
+    if (!WaitForFormerSupervisor(SupervisorProcesses(), wait)) {
+        std::cerr << "  End the process, then repeat the command" << std::endl;
+        return kRefused;
+    }
     std::optional<HandOverLock> lock;
     if (!arguments.options.dryRun) {
         lock.emplace(HandOverLockPath(), ConsoleReporter(), kHandOverPatienceMs);

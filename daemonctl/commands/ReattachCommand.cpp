@@ -4,12 +4,12 @@
 #include "ConsoleReporter.h"
 #include "ExitCode.h"
 #include "FilePresence.h"
+#include "FormerSupervisor.h"
 #include "HandOver.h"
 #include "HandOverTrust.h"
 #include "InstalledPaths.h"
 #include "PrintText.h"
 #include "Printable.h"
-#include "ShutdownProgress.h"
 #include "SupervisorProcesses.h"
 #include "TextFile.h"
 #include "ThisMachine.h"
@@ -39,29 +39,17 @@ struct ReattachOptions {
     std::uint32_t timeoutSeconds = kSupervisorEndMs / 1000;
 };
 
-// A former supervisor restarts daemons until it ends, although clients find it no longer. So its
-// process must end before another supervisor gets its daemons. One process may run: the supervisor
-// that answers, which is the youngest.
+// The logs must be believed.
 // @return false if the former supervisor has not ended within the time
-bool WaitForFormerSupervisor(const ReattachOptions& options)
+bool HasFormerEnded(const ReattachOptions& options)
 {
-    const SupervisorProcesses processes;
-    std::vector<ProcessFacts> former = processes.Running();
-    if (former.size() <= 1) {
+    SupervisorProcesses processes;
+    processes.AddElsewhere(ReadTimelineAfter(options.formerLog));
+    if (WaitForFormerSupervisor(processes, {"reattach", options.dryRun, options.timeoutSeconds})) {
         return true;
     }
-    former.pop_back();
-    std::cerr << "daemonctl: " << (options.dryRun ? "reattach would wait" : "waiting")
-              << " until the former supervisor has ended: " << NamesOf(former) << std::endl;
-    if (options.dryRun ||
-        processes.WaitUntilAtMost(1, std::uint64_t{options.timeoutSeconds} * 1000)) {
-        return true;
-    }
-    std::cerr
-        << "daemonctl: it still runs after " << options.timeoutSeconds
-        << " s; nothing was attached, because two supervisors would restart the same daemons\n"
-           "  End the process. If it is no supervisor: daemonctl reattach --no-wait"
-        << std::endl;
+    std::cerr << "  End the process. If it is no supervisor: daemonctl reattach --no-wait"
+              << std::endl;
     return false;
 }
 
@@ -129,7 +117,7 @@ int Reattach(SupervisorClient& supervisor, const ReattachOptions& options,
     if (!options.trust && !CanBelieve(logs)) {
         return kRefused;
     }
-    if (!options.noWait && !WaitForFormerSupervisor(options)) {
+    if (!options.noWait && !HasFormerEnded(options)) {
         return kRefused;
     }
     const HandOverCount count = HandOver(supervisor, handOver, ConsoleReporter());

@@ -1,6 +1,7 @@
 #include "SupervisorProcesses.h"
 
 #include "ProcessList.h"
+#include "SupervisorsElsewhere.h"
 #include "daemon_manager/SupervisorIdentity.h"
 
 #include <windows.h>
@@ -58,6 +59,13 @@ SupervisorProcesses::SupervisorProcesses()
 {
     for (const std::uint32_t processId : FindSupervisors()) {
         processes_.emplace_back(processId);
+    }
+}
+
+void SupervisorProcesses::AddElsewhere(const Timeline& timeline)
+{
+    for (HeldProcess& process : SupervisorsElsewhere(timeline)) {
+        processes_.push_back(std::move(process));
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "HeldProcess.h"
 #include "ProcessFacts.h"
+#include "Timeline.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -27,13 +28,18 @@ inline constexpr std::uint32_t kSupervisorEndMs = 120000;
 /// @throws ProcessListUnreadable
 [[nodiscard]] bool IsSupervisorListed();
 
-/// The processes of FindSupervisors() when this object is made. Each process is kept open, so that
-/// Windows does not give its id to another process meanwhile.
+/// The processes of FindSupervisors() when this object is made, and those that are added. Each
+/// process is kept open, so that Windows does not give its id to another process meanwhile.
 class SupervisorProcesses {
 public:
     /// @throws ProcessListUnreadable; std::bad_alloc; CodePageError if a path cannot be converted
     ///         to UTF-8
     SupervisorProcesses();
+
+    /// Adds the former supervisors that run a program of another folder (SupervisorsElsewhere).
+    /// @param timeline  of the log; must be believed
+    /// @throws ProcessListUnreadable; std::bad_alloc
+    void AddElsewhere(const Timeline& timeline);
 
     /// Returns the processes that still run, in the order of their creation. A process that this
     /// user may not open comes first.

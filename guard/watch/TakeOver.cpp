@@ -7,7 +7,6 @@
 #include "HandOverLock.h"
 #include "InstalledPaths.h"
 #include "SupervisorProcesses.h"
-#include "SupervisorsElsewhere.h"
 #include "TextFile.h"
 #include "ThisMachine.h"
 #include "TrustedSources.h"
@@ -58,7 +57,7 @@ public:
         SupervisorClient supervisor;
         // A connection that was made before the supervisor ended cannot reach the next one.
         StopIfAbandoned();
-        WaitForFormerSupervisor();
+        WaitForFormer(SupervisorProcesses());
         StopIfUnshown();
         const bool hasFleet = ReadFleet();
         const bool isHandedOver = HandDaemonsOver(supervisor);
@@ -106,29 +105,16 @@ private:
         return {at(kLevelInformation), at(kLevelInformation), at(kLevelWarning)};
     }
 
-    // A former supervisor restarts its daemons until its process ends.
-    void WaitForFormerSupervisor() const
+    // A former supervisor restarts its daemons until its process ends. One process may run: the
+    // present supervisor.
+    void WaitForFormer(const SupervisorProcesses& processes) const
     {
-        const SupervisorProcesses processes;
         if (processes.Running().size() <= 1) {
             return;
         }
         Log(kLevelInformation, kWaitsForFormer);
         if (!processes.WaitUntilAtMost(1, kSupervisorEndMs)) {
             throw std::runtime_error("the former supervisor still runs");
-        }
-        StopIfAbandoned();
-    }
-
-    // The log must be believed.
-    void WaitForSupervisorElsewhere() const
-    {
-        const SupervisorsElsewhere elsewhere(ReadTimeline());
-        if (elsewhere.OneRuns()) {
-            Log(kLevelInformation, kWaitsForFormer);
-        }
-        if (!elsewhere.WaitForEnd(kSupervisorEndMs)) {
-            throw std::runtime_error("a former supervisor of another folder still runs");
         }
         StopIfAbandoned();
     }
@@ -206,10 +192,12 @@ private:
         }
         if (!CanBelieve("Hand-over: ", supervisorLog)) {
             Log(kLevelError, "Hand-over: nothing was attached. When only administrators may "
-                             "write the log: daemonctl reattach");
+                             "write the log, start the guard again");
             return true; // no later try can mend it: somebody must change the rights of the log
         }
-        WaitForSupervisorElsewhere();
+        SupervisorProcesses processes;
+        processes.AddElsewhere(ReadTimeline());
+        WaitForFormer(processes);
         HandOverOptions options;
         options.fleet = fleet_.programs;
         options.formerSupervisors = order_.formerSupervisors;

@@ -104,8 +104,7 @@ TEST(Answerer, An_object_that_was_there_before_is_not_believed_while_the_supervi
 TEST(Answerer, An_object_that_appears_after_the_supervisor_was_killed_is_not_believed)
 {
     SupervisorProcess former;
-    former.Process().Kill();
-    ASSERT_TRUE(former.Process().Wait());
+    ASSERT_TRUE(former.Terminate());
     const PublishedControl impostor;
     ExpectRefused(impostor);
 }

@@ -223,7 +223,7 @@ TEST_F(Guard, Log_that_others_may_write_hands_nothing_over_unless_the_guard_trus
         machine_.WaitForGuardLog("Hand-over: does not believe a file that others may write: ")
             .ends_with("may write to " + machine_.SupervisorLog()));
     EXPECT_NE(machine_.WaitForGuardLog("Hand-over: nothing was attached. When only administrators "
-                                       "may write the log: daemonctl reattach"),
+                                       "may write the log, start the guard again"),
               "");
     machine_.KillGuard();
     machine_.StartGuard("--trust");

@@ -1,8 +1,10 @@
 // What daemonctl reattach and ps do after the supervisor was killed: daemons without a record in
 // the log, programs that never ran, services, and no supervisor at all.
+#include "CapturedProgram.h"
 #include "ChildProcess.h"
 #include "Daemonctl.h"
 #include "PrefixClass.h"
+#include "SupervisorElsewhere.h"
 #include "SupervisorProcess.h"
 #include "TestService.h"
 #include "win32/UniqueHandle.h"
@@ -47,8 +49,7 @@ protected:
 
     void KillSupervisor()
     {
-        former_.Process().Kill();
-        ASSERT_TRUE(former_.Process().Wait());
+        ASSERT_TRUE(former_.Terminate());
     }
 
     void StartNew()
@@ -194,6 +195,58 @@ TEST_F(HandOver, Arguments_of_a_service_come_from_the_fleet_file)
                 "daemonctl: " + fleet +
                     ", line 1: a double quote is not closed\n"
                     "  For the form of a fleet file, with an example: daemonctl apply --help\n"}));
+}
+
+// A new version may lie in another folder. Its predecessor restarts its daemons until it ends.
+TEST_F(HandOver, Daemons_of_a_supervisor_of_another_folder_are_attached_only_after_its_end)
+{
+    SupervisorElsewhere elsewhere;
+    EXPECT_EQ(Daemonctl("attach " + std::to_string(elsewhere.Child())).exitCode, 0U);
+    ASSERT_TRUE(WaitForAttach());
+    KillSupervisor();
+    StartNew();
+    const CapturedProgram reattach(ProductProgram("daemonctl.exe") + " reattach --outside");
+    const std::string waiting =
+        "daemonctl: waiting until the former supervisor has ended: process " +
+        std::to_string(elsewhere.Pid()) + " (";
+    EXPECT_TRUE(WaitUntil([&] { return reattach.Error().starts_with(waiting); }));
+    EXPECT_TRUE(reattach.Running());
+    elsewhere.Kill();
+    EXPECT_EQ(reattach.ExitCode(), 0U) << reattach.Error();
+    EXPECT_TRUE(reattach.Output().ends_with("\n1 attached, 0 already, 0 not\n"))
+        << reattach.Output();
+}
+
+// The former supervisor waits for a stop, so its process runs on after the order to exit. The new
+// one has a log of its own.
+TEST_F(HandOver, Apply_attaches_a_program_only_after_the_former_supervisor_has_ended)
+{
+    Launch("1");
+    const ReadyEvent ready;
+    const ReadyEvent quit;
+    const ReadyEvent mayEnd;
+    EXPECT_EQ(Daemonctl("launch \"" + TestProgram("signals_quit") + "\" " + ready.Name() + " " +
+                        quit.Name() + " " + mayEnd.Name()),
+              (Answer{0, "1\n", ""}));
+    ASSERT_TRUE(ready.Wait());
+    const CapturedProgram stopping(ProductProgram("daemonctl.exe") + " stop 1");
+    ASSERT_TRUE(quit.Wait());
+    EXPECT_EQ(Daemonctl("exit --no-wait").exitCode, 0U);
+    ASSERT_TRUE(WaitUntil([] { return !FindPublished(); }));
+    successor_ = std::make_unique<SupervisorProcess>();
+    const CapturedProgram apply(ProductProgram("daemonctl.exe") + " apply " +
+                                former_.Write("fleet.txt", worker_ + " 1\n"));
+    const std::string waiting =
+        "daemonctl: waiting until the former supervisor has ended: process " +
+        std::to_string(former_.Process().Pid()) + " (" + ProductProgram("DaemonManager.exe") +
+        ")\n";
+    EXPECT_TRUE(WaitUntil([&] { return apply.Error() == waiting; })) << apply.Error();
+    EXPECT_TRUE(apply.Running());
+    mayEnd.Signal();
+    EXPECT_EQ(former_.ExitCode(), 0U);
+    EXPECT_EQ(apply.ExitCode(), 0U) << apply.Error();
+    EXPECT_TRUE(apply.Output().ends_with("\n0 launched, 1 attached, 0 there already, 0 not\n"))
+        << apply.Output();
 }
 
 } // namespace

@@ -208,8 +208,7 @@ TEST_F(Upgrade, Reattach_works_after_the_supervisor_was_killed)
     EXPECT_EQ(Daemonctl("stop 0").exitCode, 0U);
     ASSERT_TRUE(former_.WaitForLog(1, "Stop (2) DaemonId(0) PId(" + std::to_string(processes[0]) +
                                           ") : " + worker_ + " 0 "));
-    former_.Process().Kill();
-    ASSERT_TRUE(former_.Process().Wait());
+    ASSERT_TRUE(former_.Terminate());
     StartNew();
     EXPECT_EQ(
         Daemonctl("reattach --outside"),

@@ -120,6 +120,12 @@ DWORD SupervisorProcess::WaitForStart(DWORD daemonId, DWORD afterPid) const
     return found != afterPid ? found : 0;
 }
 
+bool SupervisorProcess::Terminate()
+{
+    process_->Kill();
+    return process_->Wait() && WaitUntil([] { return !FindPublished(); });
+}
+
 DWORD SupervisorProcess::Exit()
 {
     client_->Exit();

@@ -40,7 +40,7 @@ public:
 
     /// @param configure  by default writes root\App\bin, as an installation does
     /// @throws std::runtime_error  with the standard error of the supervisor, if the supervisor
-    ///         ends or is not published within a minute
+    ///         ends or is not published within three minutes
     explicit SupervisorProcess(const Configure& configure = InstalledInApp);
     SupervisorProcess(const SupervisorProcess&) = delete;
     SupervisorProcess& operator=(const SupervisorProcess&) = delete;
@@ -67,9 +67,9 @@ public:
     /// Returns the number of records with this level and text.
     [[nodiscard]] std::size_t CountLog(int level, const std::string& text) const;
     /// Waits until the log has at least count records with this level and text.
-    /// @return false if it has fewer after a minute
+    /// @return false if it has fewer after three minutes
     [[nodiscard]] bool WaitForLog(int level, const std::string& text, std::size_t count = 1) const;
-    /// Waits for the start of a daemon, at most a minute.
+    /// Waits for the start of a daemon, at most three minutes.
     /// @param afterPid  id of the process that a restart replaces; 0 if there is none
     /// @return the id of the new process; 0 if there is no start
     [[nodiscard]] DWORD WaitForStart(DWORD daemonId, DWORD afterPid = 0) const;
@@ -79,6 +79,12 @@ public:
 
     /// Calls Exit as a client and waits for the end of the supervisor. @return as OrderlyExitCode
     [[nodiscard]] DWORD Exit();
+
+    /// Terminates the supervisor and waits until clients no longer find its object. Under Wine the
+    /// table keeps the object for a moment after the end of the process, and a program that holds
+    /// an interface of it gets it from there.
+    /// @return false if they still find it after three minutes
+    [[nodiscard]] bool Terminate();
 
 private:
     system::com::v1::ComApartment apartment_;
@@ -90,11 +96,11 @@ private:
     std::unique_ptr<daemon_manager::SupervisorClient> client_;
 };
 
-/// Evaluates a condition every 10 ms until it is true, at most a minute.
+/// Evaluates a condition every 10 ms until it is true, at most three minutes.
 /// @return false if the condition is still false
 bool WaitUntil(const std::function<bool()>& condition);
 
-/// Waits until a child has written a file, at most a minute.
+/// Waits until a child has written a file, at most three minutes.
 /// @return the content of the file; empty if the child did not write it
 [[nodiscard]] std::string WaitForNote(const std::string& file);
 
