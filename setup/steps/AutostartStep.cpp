@@ -2,11 +2,17 @@
 
 #include "Autostart.h"
 #include "AutostartArguments.h"
+#include "TextEncoding.h"
+#include "installation/FirmwareRoot.h"
+#include "installation/InstallationPaths.h"
 
+#include <exception>
 #include <vector>
 
 namespace vqrx::setup::v0 {
 namespace {
+
+namespace installation = system::installation::v1;
 
 // @return the arguments of the guard that is set up; if there is none, those without options
 client::v0::GuardArguments ArgumentsOfPresentEntry()
@@ -20,6 +26,20 @@ client::v0::GuardArguments ArgumentsOfPresentEntry()
 }
 
 } // namespace
+
+std::string FleetOfPresentGuard()
+{
+    try {
+        const std::vector<client::v0::AutostartEntry> entries = client::v0::ReadAutostart();
+        const std::string fleet = ArgumentsOfPresentEntry().fleet;
+        std::string root; // ANSI code page
+        return !fleet.empty() || entries.empty() || !installation::TryGetFirmwareRoot(root)
+                   ? fleet
+                   : client::v0::AnsiToUtf8(installation::DefaultFleetFile(root));
+    } catch (const std::exception&) { // a hand-over without the arguments of services is better
+        return {};                    // than none
+    }
+}
 
 bool SetUpAutostart(const SetupOptions& options, const SupervisorChange& change, bool endedGuard,
                     Conversation& conversation)

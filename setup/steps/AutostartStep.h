@@ -4,7 +4,13 @@
 #include "SetupOptions.h"
 #include "SupervisorChange.h"
 
+#include <string>
+
 namespace vqrx::setup::v0 {
+
+/// Returns the path of the fleet file that the guard uses, UTF-8; empty if no guard is set up, or
+/// if Windows does not show its entry. The file need not exist.
+[[nodiscard]] std::string FleetOfPresentGuard();
 
 /// Sets up what Windows starts at power-on, as the options say. A guard that is set up keeps its
 /// fleet file and its --trust. Without such an option, and if the new entry cannot be made, a guard

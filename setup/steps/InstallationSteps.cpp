@@ -165,7 +165,7 @@ int InstallationSteps::HandOver()
             "\n");
         return kSetupDone;
     }
-    if (change_.Ran() && !change_.HandOver(options_.allowWeak)) {
+    if (change_.Ran() && !change_.HandOver(options_.allowWeak, FleetOfPresentGuard())) {
         conversation_.Say("Installed.\n");
         return kSetupIncomplete;
     }
@@ -202,7 +202,7 @@ void InstallationSteps::StartFormer() noexcept
 {
     try {
         change_.StartFormer();
-        if (change_.HandOver(options_.allowWeak)) {
+        if (change_.HandOver(options_.allowWeak, FleetOfPresentGuard())) {
             DeleteOrLater(change_.Listing());
         }
         conversation_.Say("The former supervisor runs again.\n");

@@ -30,6 +30,11 @@ constexpr ULONGLONG kStartLimitMs = 120000;
 constexpr DWORD kAskAgainMs = 250;
 constexpr DWORD kForcedEndMs = 10000;
 
+bool IsHandedOver(const ProgramAnswer& answer)
+{
+    return answer.exitCode == kClientDone || answer.exitCode == kNothingToHandOver;
+}
+
 } // namespace
 
 SupervisorChange::SupervisorChange(Conversation& conversation, std::function<std::string()> client)
@@ -154,7 +159,7 @@ void SupervisorChange::EndStarted() noexcept
     started_.Reset();
 }
 
-bool SupervisorChange::HandOver(bool trust)
+bool SupervisorChange::HandOver(bool trust, const std::string& fleet)
 {
     conversation_.Say("Handing the daemons over.\n");
     // No daemon may be lost, and nobody is there to answer a question.
@@ -166,12 +171,19 @@ bool SupervisorChange::HandOver(bool trust)
         arguments.emplace_back("--from");
         arguments.push_back(listing_);
     }
-    const ProgramAnswer answer = Client(arguments);
+    std::vector<std::string> withFleet = arguments;
+    if (!fleet.empty()) {
+        withFleet.insert(withFleet.end(), {"--fleet", fleet});
+    }
+    ProgramAnswer answer = Client(withFleet);
+    if (!fleet.empty() && !IsHandedOver(answer)) { // the file may have a fault, or not be believed
+        answer = Client(arguments);
+    }
     if (started_ && WaitForSingleObject(started_.Get(), 0) != WAIT_TIMEOUT) {
         conversation_.Say("The supervisor has ended again. Its log says why.\n");
         return false;
     }
-    if (answer.exitCode == kClientDone || answer.exitCode == kNothingToHandOver) {
+    if (IsHandedOver(answer)) {
         return true;
     }
     conversation_.Say("Not every daemon was handed over (exit code " +
@@ -188,6 +200,8 @@ bool SupervisorChange::Autostart(const std::vector<std::string>& arguments) cons
     if (!isDone) {
         conversation_.Say("daemonctl autostart " + arguments.front() + " failed (exit code " +
                           std::to_string(answer.exitCode) + "):\n" + answer.output);
+    } else if (answer.exitCode == kClientDone) {
+        conversation_.Say(answer.output); // warnings, too
     }
     return isDone;
 }

@@ -67,12 +67,14 @@ public:
 
     /// Hands the daemons of the list, or of the log, over to the supervisor that runs.
     /// @param trust  believe the log, whoever may have written it
+    /// @param fleet  UTF-8 path of the guard's fleet file, for the arguments of services; empty: no
+    ///               such file. If the file cannot be used, the services get no arguments.
     /// @return whether all were handed over, and a supervisor that Start() has started still runs
     ///         after that: until it has published its object, another program could answer in its
     ///         place
-    [[nodiscard]] bool HandOver(bool trust);
+    [[nodiscard]] bool HandOver(bool trust, const std::string& fleet);
 
-    /// Runs "daemonctl autostart". Says what failed.
+    /// Runs "daemonctl autostart". Says what it has done, with its warnings, or what failed.
     /// @return false if it failed; true also if there was nothing to do, or a warning
     [[nodiscard]] bool Autostart(const std::vector<std::string>& arguments) const;
 

@@ -105,6 +105,8 @@ class Guarding(InstallationTest):
                                         "--fleet", fleet)[0], 0)
         self.assertEqual(machine.value(RUN_KEY, "DaemonGuard"), f"{guard} --session {options}")
         self.assertEqual(self.install("/NOSTART", "/AUTOSTART=session"), 0, self.said)
+        self.assertIn("the guard starts when a user logs on", self.said)
+        self.assertIn("daemonctl: warning: Windows logs no user on by itself", self.said)
         self.assertEqual(machine.value(RUN_KEY, "DaemonGuard"), f"{guard} --session {options}")
         self.assertEqual(self.install("/NOSTART", "/AUTOSTART=service"), 0, self.said)
         self.assertEqual(machine.value(SERVICE_KEY, "ImagePath"), f"{guard} --service {options}")

@@ -21,6 +21,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace vqrx::test {
 namespace {
@@ -230,6 +231,25 @@ TEST_F(SupervisorChangeTest, Supervisor_of_another_session_that_runs_on_is_named
     EXPECT_FALSE(change.Ended());
 }
 
+// A fleet file with a fault must not keep the daemons from their supervisor.
+TEST_F(SupervisorChangeTest, Fleet_file_gives_the_arguments_of_services_unless_it_is_refused)
+{
+    SupervisorChange change = Look();
+    std::vector<std::string> calls;
+    DWORD answerWithFleet = kDone;
+    daemonctl = [&](const std::string& arguments) {
+        calls.push_back(arguments);
+        return arguments.find("--fleet") == std::string::npos ? kDone : answerWithFleet;
+    };
+    EXPECT_TRUE(change.HandOver(false, "C:\\App\\fleet.txt"));
+    answerWithFleet = 2;
+    EXPECT_TRUE(change.HandOver(false, "C:\\App\\fleet.txt"));
+    ASSERT_EQ(calls.size(), 3U);
+    EXPECT_TRUE(calls[0].ends_with(" \"--fleet\" \"C:\\App\\fleet.txt\"")) << calls[0];
+    EXPECT_EQ(calls[1], calls[0]);
+    EXPECT_EQ(calls[2], calls[0].substr(0, calls[0].find(" \"--fleet")));
+}
+
 TEST_F(SupervisorChangeTest, Supervisor_that_a_guard_has_started_again_is_left_running)
 {
     StartSupervisor();
@@ -237,7 +257,7 @@ TEST_F(SupervisorChangeTest, Supervisor_that_a_guard_has_started_again_is_left_r
     End(change, "list.txt");
     change.StartFormer(); // the stand-in answers, as the supervisor of the guard
     EXPECT_EQ(supervisorsStarted, 0);
-    EXPECT_TRUE(change.HandOver(false));
+    EXPECT_TRUE(change.HandOver(false, ""));
 }
 
 // Two supervisors cannot run: the second one ends at once.
@@ -260,7 +280,7 @@ TEST_F(SupervisorChangeTest, Supervisor_that_gives_way_to_that_of_a_faster_guard
     };
     change.StartFormer();
     EXPECT_EQ(supervisorsStarted, 1);
-    EXPECT_TRUE(change.HandOver(false));
+    EXPECT_TRUE(change.HandOver(false, ""));
     EXPECT_EQ(talk_.said.find("has ended again"), std::string::npos) << talk_.said;
 }
 
