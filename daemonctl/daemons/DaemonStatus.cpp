@@ -117,9 +117,13 @@ bool GiveToItsDaemon(const ProcessFacts& child, const ProcessSource& source,
 }
 
 // Returns whether a child that was seen before has not ended meanwhile. The arguments of a child
-// that has ended cannot be read, so it fits no daemon.
+// that has ended cannot be read, so it fits no daemon. A child whose program nobody can tell ends
+// just now or, under Wine, has just been made: then the log shows it a moment later.
 bool StillRuns(const ProcessFacts& child, const ProcessSource& source)
 {
+    if (child.image.empty()) {
+        return false;
+    }
     const ProcessFacts now = source.facts(child.processId);
     return now.state != ProcessFacts::State::kGone && now.createdMs == child.createdMs;
 }

@@ -19,9 +19,8 @@ std::vector<DaemonStatus> StatusOf(const FakeLog& log, const FakeMachine& machin
                                    const std::vector<ProcessFacts>& children = {})
 {
     const Timeline timeline = log.Timeline();
-    const SupervisorRun* const run = RunThatGoesOn(timeline);
-    EXPECT_NE(run, nullptr);
-    return StatusOfDaemons(*run, machine.Source(), log.NowMs(), children);
+    EXPECT_NE(RunThatGoesOn(timeline), nullptr);
+    return StatusOfDaemons(*RunThatGoesOn(timeline), machine.Source(), log.NowMs(), children);
 }
 
 TEST(DaemonStatus, Daemon_is_running_while_its_logged_process_runs)
@@ -181,8 +180,9 @@ TEST(DaemonStatus, Child_that_has_ended_meanwhile_is_no_daemon_of_its_own)
     FakeMachine machine;
     log.Begin().Add(2, R"(Start DaemonId(0) PId(12) : C:\FW\App\a.exe -q )");
     machine.Run(13, kImage, log.NowMs()); // its arguments can no longer be read
-    const auto children = std::vector{machine.processes[13]};
-    machine.processes.clear();
+    machine.Run(14, "", log.NowMs());     // it ends, or has just been made
+    const auto children = std::vector{machine.processes[13], machine.processes[14]};
+    machine.processes.erase(13);
     EXPECT_EQ(StatusOf(log, machine, children).size(), 1U);
     machine.Run(13, R"(C:\b.exe)", log.NowMs() + 60000); // another process has got the id
     EXPECT_EQ(StatusOf(log, machine, children).size(), 1U);
