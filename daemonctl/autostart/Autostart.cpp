@@ -4,6 +4,8 @@
 #include "GuardServiceEntry.h"
 #include "Utf8.h"
 #include "file/OwnProgram.h"
+#include "installation/FirmwareRoot.h"
+#include "installation/InstallationPaths.h"
 #include "win32/UniqueHandle.h"
 
 #include <windows.h>
@@ -28,6 +30,22 @@ void StartInThisSession(const GuardCommand& command)
     }
     const system::win32::v1::UniqueKernelHandle process(started.hProcess); // only to close them
     const system::win32::v1::UniqueKernelHandle thread(started.hThread);
+}
+
+// Everybody may run a program of the guard's name, and even the guard itself. But only those who
+// may write to the folder of the logs can hold the guard's lock.
+bool IsGuardRunning()
+{
+    namespace installation = system::installation::v1;
+    std::string root; // ANSI code page
+    if (!installation::TryGetFirmwareRoot(root)) {
+        return false;
+    }
+    const system::win32::v1::UniqueKernelHandle lock(
+        CreateFileA(installation::GuardLockFile(root).c_str(), GENERIC_READ,
+                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                    0, nullptr));
+    return !lock && GetLastError() == ERROR_SHARING_VIOLATION;
 }
 
 } // namespace
@@ -66,6 +84,12 @@ bool RemoveAutostart()
     return RemoveGuardRunValue() || wasService;
 }
 
+std::string CommandThatEndsGuard()
+{
+    const auto service = ReadGuardService();
+    return service && service->isRunning ? "sc stop DaemonGuard" : "daemonctl exit";
+}
+
 std::string PathBesideThisProgram(const std::wstring& fileName)
 {
     return Utf8(system::file::v2::PathBesideOwnProgram(fileName));
@@ -73,7 +97,14 @@ std::string PathBesideThisProgram(const std::wstring& fileName)
 
 GuardStart StartGuard(const GuardCommand& command)
 {
-    if (command.arguments.mode == GuardMode::kService) {
+    const bool isService = command.arguments.mode == GuardMode::kService;
+    const auto service = ReadGuardService();
+    const bool serviceRuns = service && service->isRunning;
+    // The service itself tells whether it is about to stop.
+    if (!(isService && serviceRuns) && (serviceRuns || IsGuardRunning())) {
+        return GuardStart::kRunsAlready;
+    }
+    if (isService) {
         return StartGuardService();
     }
     StartInThisSession(command);

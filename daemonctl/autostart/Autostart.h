@@ -37,15 +37,21 @@ bool RemoveAutostart();
 /// Returns the path of a file in the folder of this program, UTF-8.
 [[nodiscard]] std::string PathBesideThisProgram(const std::wstring& fileName);
 
+/// Returns the command that ends the guard that runs now: "sc stop DaemonGuard" if its service
+/// runs, otherwise "daemonctl exit". Programs of a desktop do not reach the supervisor of a
+/// service. Both commands end the supervisor, too; its daemons run on.
+/// @throws std::runtime_error if Windows does not answer
+[[nodiscard]] std::string CommandThatEndsGuard();
+
 /// What became of the order to start the guard.
 enum class GuardStart {
     kStarted,
-    kRunsAlready, ///< its service runs; nothing was done
+    kRunsAlready, ///< a guard runs; nothing was done
     kEnding       ///< its service is about to stop; nothing was done
 };
 
-/// Starts the guard now: the service, or the program in this session. Does not wait for the
-/// supervisor. In a session a guard is started in any case; if another one runs on, it ends again.
+/// Starts the guard now, unless one runs: the service, or the program in this session. Does not
+/// wait for the supervisor. A service beside a guard of a session would fail again and again.
 /// @throws std::runtime_error with the reason
 GuardStart StartGuard(const GuardCommand& command);
 

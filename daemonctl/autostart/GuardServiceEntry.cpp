@@ -27,7 +27,7 @@ constexpr DWORD kForgetFailuresSeconds = 3600;
                              std::to_string(error) +
                              (error == ERROR_ACCESS_DENIED ? "; run this command as administrator"
                               : error == ERROR_SERVICE_MARKED_FOR_DELETE
-                                  ? "; it was removed and still runs: daemonctl exit ends it"
+                                  ? "; it was removed and still runs: sc stop DaemonGuard ends it"
                                   : ""));
 }
 

@@ -11,9 +11,8 @@
 #include "PasteableText.h"
 #include "PrintText.h"
 #include "Printable.h"
-#include "ProcessList.h"
+#include "SupervisorProcesses.h"
 #include "Utf8.h"
-#include "daemon_manager/SupervisorIdentity.h"
 
 #include <windows.h>
 
@@ -28,6 +27,8 @@ namespace vqrx::client::v0 {
 namespace {
 
 constexpr ULONGLONG kFormerGuardMs = 20000; // an ending guard waits at most 15 s for a hand-over
+// A service that stops waits two minutes for the end of the supervisor, too.
+constexpr ULONGLONG kFormerServiceMs = 150000;
 constexpr DWORD kLookAtGuardMs = 100;
 
 struct AutostartOptions {
@@ -73,39 +74,40 @@ void PrintStarted(GuardMode mode)
 
 // Starts the guard. A guard whose supervisor has just ended on an order may still read the log and
 // end a hand-over. Without a supervisor nobody can tell such a guard from one that waits between
-// two starts. So this function waits for the end of both.
+// two starts. So this function waits for the end of both, and of a service that stops.
 // @return false: a guard runs already, and goes on
 bool StartAfterFormerGuard(const GuardCommand& command)
 {
     const ULONGLONG begin = GetTickCount64();
     bool hasSaid = false;
     for (;;) {
-        // The service would start beside a guard of a session, and fail again and again.
-        const GuardStart start =
-            IsImageRunning(kGuardProgram) ? GuardStart::kRunsAlready : StartGuard(command);
+        const GuardStart start = StartGuard(command);
         if (start == GuardStart::kStarted) {
             return true;
         }
-        if ((start == GuardStart::kRunsAlready &&
-             IsImageRunning(daemon_manager::kSupervisorProgram)) ||
-            GetTickCount64() - begin >= kFormerGuardMs) {
+        const bool isEnding = start == GuardStart::kEnding;
+        const ULONGLONG limitMs = isEnding ? kFormerServiceMs : kFormerGuardMs;
+        if ((!isEnding && !SupervisorProcesses().Running().empty()) ||
+            GetTickCount64() - begin >= limitMs) {
             return false;
         }
         if (!hasSaid) {
             hasSaid = true;
-            PrintText("waiting at most 20 s until the former guard has ended\n");
+            PrintText("waiting at most " + std::to_string(limitMs / 1000) +
+                      " s until the former guard has ended\n");
         }
         Sleep(kLookAtGuardMs);
     }
 }
 
-void StartAndPrint(const GuardCommand& command)
+// @param howToEndFormer  the command that ends a guard that runs already
+void StartAndPrint(const GuardCommand& command, const std::string& howToEndFormer)
 {
     if (StartAfterFormerGuard(command)) {
         PrintStarted(command.arguments.mode);
     } else {
-        PrintText("a guard runs already, with its former settings: daemonctl exit, then daemonctl "
-                  "autostart start\n");
+        PrintText("a guard runs already, with its former settings: " + howToEndFormer +
+                  ", then daemonctl autostart start\n");
     }
 }
 
@@ -145,6 +147,8 @@ int Install(const AutostartOptions& options)
         }
     }
     command.arguments.trust = options.trust;
+    // Asked before: InstallAutostart() may remove the service of a guard that runs on.
+    const std::string howToEndFormer = CommandThatEndsGuard();
     InstallAutostart(command);
     WarnOfAutostart(command);
     const std::string how = options.session
@@ -152,19 +156,20 @@ int Install(const AutostartOptions& options)
                                 : "the guard starts with Windows, as the service DaemonGuard: ";
     PrintText(how + Printable(CommandLineOf(command)) + "\n");
     if (!options.noStart) {
-        StartAndPrint(command);
+        StartAndPrint(command, howToEndFormer);
     }
     return kDone;
 }
 
 int Remove()
 {
+    const std::string howToEnd = CommandThatEndsGuard();
     if (!RemoveAutostart()) {
         PrintText("nothing starts a guard at power-on\n");
         return kNothingToDo;
     }
-    PrintText(
-        "no guard starts at power-on any more; a guard that runs goes on until daemonctl exit\n");
+    PrintText("no guard starts at power-on any more; a guard that runs goes on until " + howToEnd +
+              "\n");
     return kDone;
 }
 
@@ -177,7 +182,7 @@ int Start()
         PrintText("no guard is set up; see daemonctl autostart --help\n");
         return kNothingToDo;
     }
-    StartAndPrint(*command);
+    StartAndPrint(*command, CommandThatEndsGuard());
     return kDone;
 }
 
@@ -248,7 +253,8 @@ void AddAutostartCommand(const CommandDefinition& app, int& exitCode)
         "  daemonctl autostart remove\n"
         "The guard starts the supervisor, hands over what still runs of a former one, launches what\n"
         "the fleet file names, and starts the supervisor again if it ends without an order. The\n"
-        "order daemonctl exit also ends the guard, until it is started again.\n"
+        "order daemonctl exit also ends the guard, until it is started again. On a desktop,\n"
+        "daemonctl does not find the supervisor of the service: sc stop DaemonGuard ends both.\n"
         "The service has the rights of an administrator. With these rights the guard does not use a\n"
         "log or a fleet file that others may change. With --trust it uses them.\n"
         "install and remove need the rights of an administrator.\n"

@@ -80,10 +80,16 @@ Finding JudgeAutostart(const AutostartFacts& facts)
         return Failure(check, facts.command.program + " does not exist", kInstallAgain);
     }
     if (!facts.logWeaknesses.empty()) {
-        return JudgeWeakSource(check, facts,
-                               "the guard hands no daemon over: others than administrators may "
-                               "have written the supervisor's log",
-                               facts.logWeaknesses);
+        Finding weak = JudgeWeakSource(check, facts,
+                                       "the guard hands no daemon over: others than administrators "
+                                       "may have written the supervisor's log",
+                                       facts.logWeaknesses);
+        if (entry.mode == GuardMode::kService && !(entry.isAutomatic && entry.isRunning)) {
+            const Finding idle = JudgeServiceEntry(entry);
+            weak.text = idle.text + "\n" + weak.text;
+            weak.remedy = idle.remedy + "\n" + weak.remedy;
+        }
+        return weak;
     }
     if (entry.mode == GuardMode::kSession) {
         return Ok(check, "the machine's Run key starts the supervisor when a user logs on: " +

@@ -98,6 +98,9 @@ void RunGuard(const GuardArguments& arguments, HANDLE stop, const std::function<
     } catch (const std::exception& exception) {
         ReportToEventLog(exception.what());
         throw;
+    } catch (...) {
+        ReportToEventLog("an error without a description");
+        throw;
     }
 }
 

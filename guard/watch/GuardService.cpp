@@ -11,7 +11,8 @@ namespace {
 
 using client::v0::GuardArguments;
 
-constexpr DWORD kWaitHintMs = 80000; // until the next checkpoint; longer than EndHanging()
+constexpr DWORD kWaitHintMs =
+    100000; // until the next checkpoint; longer than a check and EndHanging()
 constexpr DWORD kGuardFailed = ERROR_SERVICE_SPECIFIC_ERROR;
 
 // The service control manager calls the functions below without a parameter for an object. So the

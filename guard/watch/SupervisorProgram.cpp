@@ -100,6 +100,22 @@ SupervisorProgram StartSupervisor(const std::string& program, bool showConsole)
     return supervisor;
 }
 
+std::optional<std::uint32_t> OtherSessionOf(const SupervisorProgram& supervisor)
+{
+    DWORD session = 0;
+    DWORD own = 0;
+    if (ProcessIdToSessionId(supervisor.processId, &session) == FALSE ||
+        ProcessIdToSessionId(GetCurrentProcessId(), &own) == FALSE || session == own) {
+        return std::nullopt;
+    }
+    return session;
+}
+
+bool HasEnded(const SupervisorProgram& supervisor) noexcept
+{
+    return WaitForSingleObject(supervisor.process.Get(), 0) == WAIT_OBJECT_0;
+}
+
 std::string NameOf(const SupervisorProgram& supervisor)
 {
     return "process " + std::to_string(supervisor.processId);

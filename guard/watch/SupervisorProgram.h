@@ -33,6 +33,13 @@ struct SupervisorProgram {
 /// @throws std::runtime_error with the reason if it cannot be started
 [[nodiscard]] SupervisorProgram StartSupervisor(const std::string& program, bool showConsole);
 
+/// Returns the session of a supervisor, if it is another one than that of this process. Windows
+/// keeps the objects that programs publish apart for each session.
+[[nodiscard]] std::optional<std::uint32_t> OtherSessionOf(const SupervisorProgram& supervisor);
+
+/// Returns whether the process has ended.
+[[nodiscard]] bool HasEnded(const SupervisorProgram& supervisor) noexcept;
+
 /// Names a supervisor for people: "process 1234".
 [[nodiscard]] std::string NameOf(const SupervisorProgram& supervisor);
 

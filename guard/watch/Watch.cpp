@@ -4,12 +4,13 @@
 #include "OrderlyEnd.h"
 #include "SupervisorEnd.h"
 #include "SupervisorRecords.h"
+#include "WatchTexts.h"
 
 #include <array>
 #include <chrono>
 #include <cstddef>
-#include <cstdio>
 #include <exception>
+#include <stdexcept>
 #include <utility>
 
 namespace vqrx::guard::v0 {
@@ -22,18 +23,6 @@ using log::i_logger::v0::kLevelWarning;
 constexpr DWORD kTakeOverLimitMs = 15000; // for a hand-over that is given up to end
 constexpr std::size_t kMostFormer = 100;
 constexpr ULONGLONG kSayAgainMs = 60000;
-
-std::string Hex(std::uint32_t code)
-{
-    std::array<char, 16> text{};
-    std::snprintf(text.data(), text.size(), "0x%x", static_cast<unsigned>(code));
-    return text.data();
-}
-
-std::string Seconds(std::uint64_t milliseconds)
-{
-    return std::to_string(milliseconds / 1000) + " s";
-}
 
 SupervisorCheck Check(SupervisorChecker& checker, DWORD limitMs)
 {
@@ -91,6 +80,11 @@ bool Watch::FindOrStart(SupervisorProgram& supervisor)
             Log(kLevelInformation, "Supervisor runs already: " + NameOf(supervisor));
         } else {
             AwaitStalePublication();
+            if (IsPublished()) { // it refuses the next one, whose records would disturb its log
+                throw std::runtime_error("another object is published under the supervisor's name; "
+                                         "it may be that of a supervisor in another place or "
+                                         "session; see daemonctl doctor");
+            }
             wasStarted_ = true;
             lastBefore_ = LastRecordOfSupervisor();
             supervisor = StartSupervisor(settings_.program, settings_.showConsole);
@@ -125,7 +119,7 @@ void Watch::Remember(const SupervisorProgram& supervisor)
 bool Watch::WaitBeforeStart()
 {
     const std::uint32_t wait = delays_.NextMs(GetTickCount64());
-    Log(kLevelWarning, "Next start of the supervisor in " + Seconds(wait));
+    Log(kLevelWarning, "Next start of the supervisor in " + SecondsText(wait));
     return WaitForSingleObject(stop_, wait) == WAIT_TIMEOUT;
 }
 
@@ -180,15 +174,14 @@ Watch::End Watch::AwaitPublication(const SupervisorProgram& supervisor, bool& is
         isPublished = Answers(check.result);
         const ULONGLONG waitedMs = GetTickCount64() - start;
         if (isPublished) {
-            Log(kLevelInformation,
-                "Supervisor is published: " + NameOf(supervisor) + ", after " + Seconds(waitedMs));
+            Log(kLevelInformation, "Supervisor is published: " + NameOf(supervisor) + ", after " +
+                                       SecondsText(waitedMs));
             return End::kStopped;
         }
         if (waitedMs >= sayAtMs) {
-            const std::string reason =
-                check.detail.empty() ? "it may wait for the firewall service" : check.detail;
-            Log(kLevelWarning, "Supervisor is not published yet after " + Seconds(waitedMs) + ": " +
-                                   reason + "; the guard waits on");
+            const std::string reason = WhyUnpublished(supervisor, check.detail);
+            Log(kLevelWarning, "Supervisor is not published yet after " + SecondsText(waitedMs) +
+                                   ": " + reason + "; the guard waits on");
             sayAtMs = waitedMs + kSayAgainMs;
         }
         // The supervisor may hang since before the guard began. The entry of an ended supervisor
@@ -222,7 +215,7 @@ Watch::End Watch::CheckUntilEnd(const SupervisorProgram& supervisor)
         if (Hangs(counter, Check(checker, settings_.times.answerMs))) {
             takeOver_.Abandon();
             EndHanging(supervisor, settings_.dumpFile, settings_.times.dumpMs, *log_);
-            return End::kUnordered;
+            return HasEnded(supervisor) ? JudgeEnd(supervisor, true) : End::kUnordered;
         }
     }
 }
@@ -269,7 +262,7 @@ Watch::End Watch::JudgeEnd(const SupervisorProgram& supervisor, bool wasPublishe
         return End::kOrdered;
     }
     Log(kLevelError, "Supervisor has ended without an order: " + NameOf(supervisor) +
-                         ", exit code " + Hex(ended.exitCode));
+                         ", exit code " + HexText(ended.exitCode));
     if (!wasPublished && IsPublished()) {
         Log(kLevelError,
             "Another object is published under the supervisor's name. It may be that of "

@@ -1,7 +1,9 @@
 // daemonctl autostart for a guard that starts when a user logs on.
 #include "AutostartFixture.h"
+#include "ChildProcess.h"
 #include "Daemonctl.h"
 #include "GuardedMachine.h"
+#include "TempFolder.h"
 
 #include <nlohmann/json.hpp>
 
@@ -45,6 +47,18 @@ TEST_F(AutostartSession, Service_is_not_started_beside_a_guard_of_a_session)
     EXPECT_EQ(State(), DWORD{SERVICE_STOPPED});
     EXPECT_EQ(ProcessesNamed("DaemonGuard.exe").size(), 1U);
     machine_.KillGuard();
+}
+
+// Everybody may run a program of this name.
+TEST_F(AutostartSession, Program_of_another_folder_with_the_name_of_the_guard_prevents_no_start)
+{
+    const TempFolder folder;
+    std::filesystem::copy_file(worker_, folder.File("DaemonGuard.exe"));
+    const ChildProcess stranger('"' + folder.File("DaemonGuard.exe") + '"');
+    const Answer installed = Daemonctl("autostart install");
+    EXPECT_EQ(installed.exitCode, 0U) << installed;
+    EXPECT_TRUE(installed.output.ends_with(StartedAsService())) << installed;
+    EXPECT_TRUE(machine_.WaitForTakeOver());
 }
 
 TEST_F(AutostartSession, Session_is_an_entry_of_the_Run_key_with_the_fleet_file)

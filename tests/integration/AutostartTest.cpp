@@ -93,10 +93,28 @@ TEST_F(Autostart, Start_directly_after_an_order_waits_until_the_former_guard_has
     EXPECT_FALSE(IsRunning(former));
 }
 
+// The service ends its supervisor before it stops.
+TEST_F(Autostart, Start_directly_after_the_stop_of_the_service_waits_until_it_has_stopped)
+{
+    EXPECT_EQ(Daemonctl("autostart install").exitCode, 0U);
+    ASSERT_TRUE(machine_.WaitForTakeOver());
+    const DWORD supervisor = GuardedMachine::WaitForSupervisor();
+    ASSERT_TRUE(SuspendProcess(supervisor));
+    SERVICE_STATUS status{};
+    EXPECT_TRUE(ControlService(Service().Get(), SERVICE_CONTROL_STOP, &status));
+    const CapturedProgram start('"' + ProductProgram("daemonctl.exe") + "\" autostart start");
+    const std::string waits = "waiting at most 150 s until the former guard has ended\n";
+    EXPECT_TRUE(WaitUntil([&] { return start.Output() == waits; })) << start.Output();
+    ASSERT_TRUE(ResumeProcess(supervisor));
+    EXPECT_EQ(start.ExitCode(), 0U);
+    EXPECT_EQ(start.Output(), waits + StartedAsService());
+    EXPECT_TRUE(machine_.WaitForTakeOver(2));
+}
+
 TEST_F(Autostart, Guard_that_runs_keeps_its_settings_and_the_commands_say_so)
 {
     const std::string runsAlready =
-        "a guard runs already, with its former settings: daemonctl exit, "
+        "a guard runs already, with its former settings: sc stop DaemonGuard, "
         "then daemonctl autostart start\n";
     EXPECT_EQ(Daemonctl("autostart install").exitCode, 0U);
     ASSERT_TRUE(machine_.WaitForTakeOver());
@@ -105,6 +123,12 @@ TEST_F(Autostart, Guard_that_runs_keeps_its_settings_and_the_commands_say_so)
     EXPECT_EQ(installed.exitCode, 0U) << installed;
     EXPECT_EQ(installed.output, "the guard starts with Windows, as the service DaemonGuard: " +
                                     Guard("--service --trust") + "\n" + runsAlready);
+    EXPECT_EQ(
+        Daemonctl("autostart remove"),
+        (Answer{0,
+                "no guard starts at power-on any more; a guard that runs goes on until sc stop "
+                "DaemonGuard\n",
+                ""}));
 }
 
 TEST_F(Autostart, Fleet_file_that_is_missing_or_has_faults_is_refused_and_nothing_is_done)
@@ -127,13 +151,18 @@ TEST_F(Autostart, Fleet_file_that_is_missing_or_has_faults_is_refused_and_nothin
 
 TEST_F(Autostart, Fleet_file_that_others_may_write_is_a_failure_of_the_service_unless_it_is_trusted)
 {
-    machine_.WriteFleet(worker_ + " 1\n");
+    const std::string worker = machine_.Root() + "\\worker.exe";
+    std::filesystem::copy_file(worker_, worker);
+    OpenToAll(worker);
+    machine_.WriteFleet(worker + " 1\n");
     const std::string fleet = machine_.App() + "\\fleet.txt";
     OpenToAll(fleet);
     const Answer installed = Daemonctl("autostart install --no-start");
     EXPECT_EQ(installed.exitCode, 0U) << installed;
     EXPECT_NE(installed.error.find("the guard does not believe " + fleet), std::string::npos)
         << installed;
+    EXPECT_NE(installed.error.find("can change what it starts: "), std::string::npos) << installed;
+    EXPECT_NE(installed.error.find("may write to " + worker), std::string::npos) << installed;
     const Answer status = Daemonctl("autostart status");
     EXPECT_EQ(status.exitCode, 4U) << status;
     EXPECT_NE(

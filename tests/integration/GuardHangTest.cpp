@@ -1,4 +1,7 @@
 // Supervisors that hang, and the guard's watch that ends and replaces them.
+#include "CapturedProgram.h"
+#include "ChildProcess.h"
+#include "Daemonctl.h"
 #include "FileContent.h"
 #include "GuardWatchFixture.h"
 #include "SupervisorCheck.h"
@@ -36,6 +39,31 @@ TEST_F(GuardHang, Supervisor_that_does_not_answer_is_dumped_ended_and_replaced)
     const std::string dump = ReadText(Dump());
     EXPECT_EQ(dump.substr(0, 4), "MDMP");
     EXPECT_FALSE(std::filesystem::exists(Dump() + ".new"));
+}
+
+// Its shutdown waits for a stop.
+TEST_F(GuardHang, Supervisor_that_hangs_after_an_order_to_exit_is_ended_and_not_replaced)
+{
+    const ReadyEvent ready;
+    const ReadyEvent quit;
+    const ReadyEvent mayEnd;
+    StartWatch();
+    ASSERT_TRUE(machine_.WaitForTakeOver());
+    const std::string process = "process " + std::to_string(GuardedMachine::WaitForSupervisor());
+    EXPECT_EQ(Daemonctl("launch \"" + TestProgram("signals_quit") + "\" " + ready.Name() + " " +
+                        quit.Name() + " " + mayEnd.Name())
+                  .exitCode,
+              0U);
+    ASSERT_TRUE(ready.Wait());
+    const CapturedProgram stopping(ProductProgram("daemonctl.exe") + " stop 0");
+    ASSERT_TRUE(quit.Wait());
+    EXPECT_EQ(Daemonctl("exit --no-wait").exitCode, 0U);
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor hangs and is ended: " + process), "");
+    EXPECT_NE(machine_.WaitForGuardLog("Supervisor has ended on an order: " + process +
+                                       "; the watch ends"),
+              "");
+    mayEnd.Signal();
+    EXPECT_TRUE(ProcessesNamed("DaemonManager.exe").empty());
 }
 
 // As after a check that was under way when the supervisor was suspended: it keeps its connection.

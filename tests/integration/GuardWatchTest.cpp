@@ -1,7 +1,6 @@
 // The guard's watch over a supervisor that starts, hands over, or ends.
 #include "ChildProcess.h"
 #include "GuardWatchFixture.h"
-#include "PublishedControl.h"
 #include "SupervisorProcess.h"
 #include "TestService.h"
 #include "daemon_manager/SupervisorClient.h"
@@ -133,19 +132,6 @@ TEST_F(GuardWatch, Stop_ends_the_supervisor_in_order_and_its_daemons_run_on)
     EXPECT_EQ(records.back().text, "Deamon Thread is exiting...");
 }
 
-TEST_F(GuardWatch, Supervisor_that_waits_for_the_firewall_is_waited_for_and_the_log_says_so)
-{
-    const ReadyEvent hold;
-    TestService firewall("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START, 0, hold.Name());
-    firewall.Start(false);
-    StartWatch();
-    EXPECT_NE(machine_.WaitForGuardLog("Supervisor is not published yet after 0 s: it may wait for "
-                                       "the firewall service; the guard waits on"),
-              "");
-    hold.Signal();
-    ASSERT_TRUE(machine_.WaitForTakeOver());
-}
-
 TEST_F(GuardWatch, Stop_during_the_start_of_the_supervisor_ends_both)
 {
     const ReadyEvent hold;
@@ -194,25 +180,6 @@ TEST_F(GuardWatch, Stop_ends_a_published_supervisor_in_order_also_before_it_has_
     StopWatch();
     EXPECT_NE(machine_.WaitForGuardLog("Supervisor has ended: " + process + "; its daemons run on"),
               "");
-}
-
-TEST_F(GuardWatch, Object_of_another_program_is_not_taken_for_that_of_a_supervisor_that_starts)
-{
-    const system::com::v1::ComApartment apartment;
-    const ReadyEvent hold;
-    TestService firewall("MpsSvc", SERVICE_WIN32_OWN_PROCESS, SERVICE_DEMAND_START, 0, hold.Name());
-    firewall.Start(false);
-    const PublishedControl impostor;
-    StartWatch();
-    const std::string reason = machine_.WaitForGuardLog("Supervisor is not published yet after ");
-    EXPECT_NE(reason.find("not the installed supervisor answers: "), std::string::npos) << reason;
-    EXPECT_TRUE(reason.ends_with("; the guard waits on")) << reason;
-    hold.Signal();
-    EXPECT_NE(machine_.WaitForGuardLog("Supervisor has ended without an order: "), "");
-    EXPECT_NE(machine_.WaitForGuardLog("Another object is published under the supervisor's name."),
-              "");
-    StopWatch();
-    EXPECT_EQ(impostor.Calls(), 0);
 }
 
 TEST_F(GuardWatch, Fleet_file_that_is_mended_after_many_tries_is_applied)

@@ -95,6 +95,7 @@ TESTED_BY = {
     "guard/watch/TakeOver.cpp": "tests/integration/GuardTest.cpp",
     "guard/watch/TakeOverTask.cpp": "tests/integration/GuardTest.cpp",
     "guard/watch/Watch.cpp": "tests/integration/GuardTest.cpp",
+    "guard/watch/WatchTexts.cpp": "tests/integration/GuardStartTest.cpp",
     "daemonctl/commands/AdministratorTrust.cpp": "tests/integration/RecordTest.cpp",
     "daemonctl/commands/ApplyCommand.cpp": "tests/integration/FleetTest.cpp",
     "daemonctl/commands/CheckCommand.cpp": "tests/integration/OperatorTest.cpp",

@@ -2,12 +2,15 @@
 
 #include "ExpectFinding.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace vqrx::test {
 namespace {
 
 using namespace client::v0;
+using testing::AllOf;
+using testing::HasSubstr;
 
 AutostartFacts FactsOfService()
 {
@@ -102,6 +105,13 @@ TEST(AutostartCheck, Log_that_others_may_write_is_a_failure_unless_the_guard_tru
     ExpectFinding(JudgeAutostart(facts), Verdict::kFailure,
                   "the guard hands no daemon over: others than administrators may have written the "
                   "supervisor's log\nEveryone may write to C:\\FW\\Logs");
+    facts.entries.front().isRunning = false; // the worse finding does not hide this one
+    const Finding both = JudgeAutostart(facts);
+    EXPECT_EQ(both.verdict, Verdict::kFailure);
+    EXPECT_THAT(both.text, AllOf(HasSubstr("does not run now"), HasSubstr("hands no daemon over")));
+    EXPECT_THAT(both.remedy, HasSubstr("daemonctl autostart start\n"));
+    facts = FactsOfService();
+    facts.logWeaknesses = {"Everyone may write to C:\\FW\\Logs"};
     facts.command.arguments.mode = GuardMode::kSession;
     ExpectFinding(JudgeAutostart(facts), Verdict::kWarning,
                   "as an administrator's, the guard hands no daemon over: others than "
