@@ -19,8 +19,8 @@ namespace vqrx::client::v0 {
 void PrintNotThere(const std::string& file);
 
 /// Returns whether this process may believe files. A process without the full rights of an
-/// administrator may: it can hand nobody more rights than he has. Otherwise prints on standard
-/// error who else may have written them.
+/// administrator may believe all: it has no such rights that somebody could gain through a file.
+/// If the answer is no, prints on standard error who else may have written the files.
 /// @param files  paths of logs, of a listing or of a fleet file, UTF-8; an empty path is none
 [[nodiscard]] bool CanBelieve(const std::vector<std::string>& files);
 

@@ -13,7 +13,7 @@ namespace vqrx::client::v0 {
 struct ProxyOverride {
     std::string key;  ///< "HKU\S-1-5-21-...\Software\Classes\CLSID\{...}"
     std::string user; ///< "DOMAIN\name", or the SID if it has no name
-    /// The library or class that it names; empty: none that this user may read.
+    /// The library or class that it names; empty: none that the caller may read.
     std::string library;
 };
 
