@@ -4,6 +4,7 @@
 
 #include "ExitCode.h"
 #include "FollowLog.h"
+#include "InputFile.h"
 #include "NextStep.h"
 #include "RecordFolder.h"
 #include "ScanDamage.h"
@@ -41,6 +42,15 @@ std::string DescribeGap(const NewRecords& found)
            " overwritten before they could be recorded";
 }
 
+// @param first  number of the first record of the log, at least 1
+std::string DescribeLateBegin(std::int64_t first)
+{
+    const std::string number = std::to_string(first);
+    return "the log begins with record " + number + "; the " +
+           (first == 1 ? "earlier one was" : number + " earlier ones were") +
+           " overwritten before the recording began";
+}
+
 /// Thrown by a look that cannot write; a look that cannot read throws std::runtime_error.
 class FolderNotWritten : public std::runtime_error {
 public:
@@ -69,6 +79,19 @@ void NameLogsSetAside(const RecordArguments& arguments, const std::string& path,
     named = found;
 }
 
+// Adds a record. If it is the first one of the folder and not the first one of the supervisor, says
+// how many came before it.
+void AddToFolder(RecordFolder& folder, const RecordArguments& arguments, const Record& record)
+{
+    const bool isFirst = !folder.Last();
+    folder.Add(record);
+    if (isFirst && record.number.value_or(0) > 0) {
+        const std::string text = DescribeLateBegin(*record.number);
+        PrintError(arguments, text);
+        folder.AddRemark(text);
+    }
+}
+
 // Follows the log until it cannot be read.
 // @param isMissing  becomes false when the log was read
 // @param setAside   see NameLogsSetAside
@@ -76,10 +99,13 @@ void NameLogsSetAside(const RecordArguments& arguments, const std::string& path,
 int FollowInto(RecordFolder& folder, const RecordArguments& arguments, const std::string& path,
                bool& isMissing, std::string& setAside)
 {
+    static_cast<void>(InputFile::Open(path)); // before many records are read: it may be missing
     FollowSettings settings;
     settings.shown = folder.Newest();
     FollowEvents events;
-    events.record = [&](const Record& record) { OrNotWritten([&] { folder.Add(record); }); };
+    events.record = [&](const Record& record) {
+        OrNotWritten([&] { AddToFolder(folder, arguments, record); });
+    };
     events.gap = [&](const NewRecords& found) {
         const std::string text = DescribeGap(found);
         PrintError(arguments, text);

@@ -1,11 +1,10 @@
 #include "RecordFolder.h"
 
+#include "RecordFileName.h"
 #include "RecordLine.h"
-#include "TimeText.h"
 #include "WholeFile.h"
 
 #include <algorithm>
-#include <charconv>
 #include <filesystem>
 #include <iterator>
 #include <stdexcept>
@@ -16,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kDigits = 6;         // of the number at the beginning of a name
+constexpr std::string_view kRemark = "# ";
 constexpr std::size_t kMostInRing = 32768; // records: a ring has 1.1 MiB, a line 35 bytes or more
 
 fs::path PathOf(const std::string& utf8)
@@ -29,16 +28,6 @@ fs::path PathIn(const std::string& folder, const std::string& name)
     return PathOf(folder) / PathOf(name);
 }
 
-std::optional<std::uint64_t> NumberOfName(const std::string& name)
-{
-    std::uint64_t number = 0;
-    const char* const end = name.data() + name.size();
-    const auto [rest, error] = std::from_chars(name.data(), end, number);
-    return error == std::errc() && rest != end && *rest == '-' && name.ends_with(".log")
-               ? std::optional(number)
-               : std::nullopt;
-}
-
 // Returns the names of the files in the order of their numbers.
 std::vector<std::string> NamesIn(const std::string& folder)
 {
@@ -47,7 +36,7 @@ std::vector<std::string> NamesIn(const std::string& folder)
     fs::directory_iterator entry(PathOf(folder), error);
     for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
         const std::u8string name = entry->path().filename().u8string();
-        if (NumberOfName(std::string(name.begin(), name.end()))) {
+        if (NumberOfRecordFile(std::string(name.begin(), name.end()))) {
             names.emplace_back(name.begin(), name.end());
         }
     }
@@ -55,7 +44,7 @@ std::vector<std::string> NamesIn(const std::string& folder)
         throw std::runtime_error(folder + " cannot be read: " + error.message());
     }
     std::sort(names.begin(), names.end(), [](const std::string& left, const std::string& right) {
-        return NumberOfName(left) < NumberOfName(right);
+        return NumberOfRecordFile(left) < NumberOfRecordFile(right);
     });
     return names;
 }
@@ -103,7 +92,8 @@ RecordFolder::RecordFolder(const std::string& path, const RecordFolderLimits& li
     Continue();
 }
 
-// Finds the last complete record. Cuts the last file after that record: a line may be torn there.
+// Finds the last complete record. Cuts the last file after that record and its remarks: a line may
+// be torn there.
 void RecordFolder::Continue()
 {
     while (!names_.empty() && !last_) {
@@ -111,12 +101,18 @@ void RecordFolder::Continue()
         const std::string content = ReadWholeFile(path);
         std::size_t end = 0;
         EachLine(content, [&](std::string_view line, std::size_t next) {
+            if (line.starts_with(kRemark) && end + line.size() + 1 == next) {
+                remark_ = line.substr(kRemark.size());
+                end = next;
+                return;
+            }
             RecordLine read = ParseRecordLine(line);
             if (read.grade == LineGrade::kUnreadable) {
                 return;
             }
-            firstMs_ = end == 0 ? read.record.timeMs : firstMs_;
+            firstMs_ = last_ ? firstMs_ : read.record.timeMs;
             last_ = std::move(read.record);
+            remark_.clear();
             end = next;
         });
         if (!last_) { // the file was begun, but has no complete record
@@ -158,23 +154,22 @@ void RecordFolder::Add(const Record& record)
     }
     Write(line);
     last_ = record;
+    remark_.clear();
 }
 
 void RecordFolder::AddRemark(std::string_view text)
 {
-    if (!names_.empty()) {
-        Write("# " + std::string(text) + "\n");
+    if (!names_.empty() && text != remark_) {
+        remark_ = text;
+        Write(std::string(kRemark) + remark_ + "\n");
     }
 }
 
 void RecordFolder::BeginFile(std::int64_t timeMs)
 {
-    const std::uint64_t number = names_.empty() ? 1 : NumberOfName(names_.back()).value_or(0) + 1;
-    std::string name = std::to_string(number);
-    name.insert(0, kDigits - std::min(kDigits, name.size()), '0');
-    std::string time = IsoTime(timeMs).value_or("without-a-date").substr(0, 19);
-    std::replace(time.begin(), time.end(), ':', '-');
-    name += "-" + time + ".log";
+    const std::uint64_t number =
+        names_.empty() ? 1 : NumberOfRecordFile(names_.back()).value_or(0) + 1;
+    const std::string name = NameOfRecordFile(number, timeMs);
     if (file_.is_open()) {
         Flush(); // throws if the disk is full; close() would lose the records in silence
         file_.close();

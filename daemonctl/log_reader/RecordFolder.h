@@ -23,9 +23,10 @@ struct RecordFolderLimits {
 };
 
 /// Writes records into a folder of files. Each file holds lines as the log has them, in UTF-8, and
-/// its name begins with a number that grows: "000012-2026-11-22T04-36-42.log". A line that begins
-/// with "#" is a remark. Holds the RecorderLock of the folder. Not for use by several threads at
-/// once.
+/// its name begins with a number that grows: "000012-2026-11-22T04-36-42.log", or
+/// "000012-without-a-date.log" if the time has no date. Files with names of another form are not
+/// touched. A line that begins with "#" is a remark. Holds the RecorderLock of the folder. Not for
+/// use by several threads at once.
 class RecordFolder {
 public:
     /// Makes the folder, or continues an existing one. Removes the rest of a line that a power
@@ -51,8 +52,9 @@ public:
     /// @throws std::runtime_error if the file cannot be written
     void Add(const Record& record);
 
-    /// Adds a remark, which readers skip.
-    /// @param text  without a line end
+    /// Adds a remark, which readers skip. Does nothing if this remark is the last line already, or
+    /// if no record was ever added.
+    /// @param text  without a line end, not empty
     /// @throws std::runtime_error if the file cannot be written
     void AddRemark(std::string_view text);
 
@@ -70,6 +72,7 @@ private:
     RecordFolderLimits limits_;
     std::unique_ptr<RecorderLock> lock_; // taken before a file of the folder is read
     std::optional<Record> last_;
+    std::string remark_;             // in the last line; empty: that is a record
     std::vector<std::string> names_; // of the files, the oldest first
     std::ofstream file_;
     std::uint64_t size_ = 0;   // of the present file

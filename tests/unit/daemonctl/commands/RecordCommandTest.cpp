@@ -1,6 +1,8 @@
 #include "Commands.h"
 
+#include "FileContent.h"
 #include "LogFile.h"
+#include "RecordFolder.h"
 #include "RingModel.h"
 #include "TempFolder.h"
 
@@ -9,7 +11,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -49,6 +50,11 @@ protected:
             recorded.push_back(record.text);
         }
         return recorded;
+    }
+
+    std::string FileOfRecords() const
+    {
+        return FileContent(client::v0::RecordFilesOf(records_).at(0));
     }
 
     TempFolder folder_;
@@ -130,14 +136,63 @@ TEST_F(RecordCommand, says_on_standard_error_and_in_the_files_that_the_log_is_da
         << "what is this\r\n";
     EXPECT_EQ(RecordOnce(), 5);
     EXPECT_THAT(errors_, HasSubstr(": 1 line could not be read\n"));
-    std::string recorded;
-    for (const auto& file : std::filesystem::directory_iterator(records_)) {
-        std::ifstream stream(file.path(), std::ios::binary);
-        recorded += std::string(std::istreambuf_iterator<char>(stream), {});
-    }
-    EXPECT_THAT(recorded, HasSubstr("# "));
-    EXPECT_THAT(recorded, HasSubstr("the log is damaged: 1 line could not be read"));
-    EXPECT_EQ(Recorded(), std::vector<std::string>{"Start DaemonId(3) PId(7) : a.exe "});
+    const std::string first =
+        "0;Sun Nov 16 04:52:36.123;1763265156123;2;Start DaemonId(3) PId(7) : a.exe \n"
+        "# the log is damaged: 1 line could not be read\n";
+    EXPECT_EQ(FileOfRecords(), first);
+    EXPECT_EQ(RecordOnce(), 5); // and says nothing twice in the file
+    EXPECT_EQ(FileOfRecords(), first);
+    const std::string next = "1;Sun Nov 16 04:52:37.123;1763265157123;2;next";
+    std::ofstream(log_, std::ios::binary)
+        << "0x00000089\r\n"
+        << "0;Sun Nov 16 04:52:36.123;1763265156123;2;Start DaemonId(3) PId(7) : a.exe \r\n"
+        << next << "\r\n";
+    EXPECT_EQ(RecordOnce(), 0);
+    EXPECT_EQ(errors_, "");
+    EXPECT_EQ(FileOfRecords(), first + next + "\n");
+}
+
+TEST_F(RecordCommand, says_how_much_was_overwritten_before_the_recording_began)
+{
+    RingModel ring(0, 7);
+    ring.Write("oldest that is left");
+    ring.Write("next");
+    Save(ring);
+    EXPECT_EQ(RecordOnce(), 0);
+    const std::string text = "the log begins with record 7; the 7 earlier ones were overwritten "
+                             "before the recording began";
+    EXPECT_EQ(errors_, "daemonctl: " + text + "\n");
+    EXPECT_EQ(FileOfRecords(),
+              LineOf(ring.Intact()[0]) + "\n# " + text + "\n" + LineOf(ring.Intact()[1]) + "\n");
+    ring.Write("one more");
+    Save(ring);
+    EXPECT_EQ(RecordOnce(), 0);
+    EXPECT_EQ(errors_, "");
+}
+
+TEST_F(RecordCommand, says_that_one_record_was_overwritten_before_the_recording_began)
+{
+    RingModel ring(0, 1);
+    ring.Write("oldest that is left");
+    Save(ring);
+    EXPECT_EQ(RecordOnce(), 0);
+    EXPECT_EQ(errors_, "daemonctl: the log begins with record 1; the earlier one was overwritten "
+                       "before the recording began\n");
+}
+
+// A recorder that waits for its log looks each second, and the files may have 16 MiB and more.
+TEST_F(RecordCommand, reads_no_recorded_file_while_the_log_is_missing)
+{
+    RingModel ring;
+    ring.Write("a record");
+    Save(ring);
+    EXPECT_EQ(RecordOnce(), 0);
+    std::filesystem::create_directory(records_ + "/000000-2025-11-16T03-52-36.log"); // unreadable
+    EXPECT_EQ(RecordOnce(), 5);
+    EXPECT_THAT(errors_, HasSubstr("000000-2025-11-16T03-52-36.log cannot be read"));
+    std::filesystem::remove(log_);
+    EXPECT_EQ(RecordOnce(), 5);
+    EXPECT_THAT(errors_, StartsWith("daemonctl: " + log_ + " cannot be read: "));
 }
 
 TEST_F(RecordCommand, says_how_many_records_were_overwritten_before_it_came)

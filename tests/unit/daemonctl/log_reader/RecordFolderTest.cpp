@@ -1,14 +1,12 @@
 #include "RecordFolder.h"
 
 #include "FileContent.h"
-#include "LogFile.h"
+#include "RecordFolderFixture.h"
 #include "RingModel.h"
-#include "TempFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -27,47 +25,7 @@ namespace {
 using namespace client::v0;
 using testing::ElementsAre;
 
-constexpr std::int64_t kTime = 1763265156123; // 2025-11-16 03:52:36 UTC
-
-Record Numbered(std::int64_t number, std::int64_t timeMs = kTime)
-{
-    return {number, timeMs, 2, "Sun Nov 16 03:52:36.123",
-            "record \xC3\xBC " + std::to_string(number)};
-}
-
-class RecordFolderTest : public testing::Test {
-protected:
-    std::vector<std::string> Names() const
-    {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(path_)) {
-            names.push_back(entry.path().filename().string());
-        }
-        std::sort(names.begin(), names.end());
-        return names;
-    }
-
-    std::vector<std::int64_t> Numbers() const
-    {
-        std::vector<std::int64_t> numbers;
-        for (const Record& record : ReadLogFile(path_)) {
-            numbers.push_back(record.number.value_or(-1));
-        }
-        return numbers;
-    }
-
-    void Keep(const std::vector<client::v0::Record>& records, const RecordFolderLimits& limits = {})
-    {
-        RecordFolder folder(path_, limits);
-        for (const client::v0::Record& record : records) {
-            folder.Add(record);
-        }
-        folder.Flush();
-    }
-
-    TempFolder folder_;
-    const std::string path_ = folder_.File("records");
-};
+using RecordFolderTest = RecordFolderFixture;
 
 TEST_F(RecordFolderTest, Records_come_back_as_they_were)
 {
@@ -250,31 +208,6 @@ TEST_F(RecordFolderTest, Second_recorder_is_refused_and_does_not_cut_the_line_of
     EXPECT_THROW(RecordFolder(path_, {}, 0), std::runtime_error);
     EXPECT_EQ(ReadText(std::filesystem::path(path_) / Names()[0]),
               LineOf(Numbered(1)) + "\n2;Sun Nov");
-}
-
-TEST_F(RecordFolderTest, Files_of_a_folder_are_those_of_its_records)
-{
-    Keep({Numbered(1)});
-    const std::filesystem::path file = std::filesystem::path(path_) / Names()[0];
-    std::ofstream(std::filesystem::path(path_) / "notes.log") << "mine";
-    EXPECT_THAT(RecordFilesOf(path_), ElementsAre(file.string()));
-}
-
-TEST_F(RecordFolderTest, Remarks_are_no_records_and_no_damage)
-{
-    {
-        RecordFolder folder(path_, {});
-        folder.Add(Numbered(1));
-        folder.AddRemark("12 records were overwritten");
-        folder.Add(Numbered(14));
-        folder.Flush();
-    }
-    std::vector<std::int64_t> numbers;
-    const ScanSummary summary = ReadRecordFolder(
-        path_, [&](const client::v0::Record& record) { numbers.push_back(*record.number); });
-    EXPECT_TRUE(summary.IsSound());
-    EXPECT_EQ(summary.records, 2U);
-    EXPECT_THAT(numbers, ElementsAre(1, 14));
 }
 
 TEST_F(RecordFolderTest, Folder_that_cannot_be_made_is_an_error)
