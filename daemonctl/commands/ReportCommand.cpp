@@ -5,6 +5,7 @@
 #include "AtomicFile.h"
 #include "ExitCode.h"
 #include "LogFile.h"
+#include "NextStep.h"
 #include "ReportHtml.h"
 #include "ReportJson.h"
 #include "ReportTime.h"
@@ -15,6 +16,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <exception>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -157,12 +159,20 @@ int Report(const ReportArguments& arguments, const LogPath& defaultPath,
 }
 
 // Writes the page again and again, until the program is ended. A failure is printed and ends
-// nothing: the log may be locked, or the disk full, for a moment only.
+// nothing: the log may be locked, the disk full, or Windows short of memory, for a moment only. The
+// end of the reader of standard output ends the writing.
 int ReportAgainAndAgain(const ReportArguments& arguments, const LogPath& defaultPath,
                         const SupervisorNow& supervisor, const DaemonsLook& look)
 {
     for (;;) {
-        static_cast<void>(Report(arguments, defaultPath, supervisor, look));
+        try {
+            static_cast<void>(Report(arguments, defaultPath, supervisor, look));
+        } catch (const std::exception& error) {
+            PrintError(arguments, WithNextStep(error.what()));
+        }
+        if (!std::cout.good()) {
+            return kDone; // FinishOutput reports it
+        }
         std::this_thread::sleep_for(std::chrono::seconds(arguments.everySeconds));
     }
 }

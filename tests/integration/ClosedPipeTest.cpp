@@ -71,6 +71,12 @@ TEST_F(ClosedPipe, Table_that_is_shown_again_and_again_ends_with_its_reader)
     EXPECT_EQ(Run("ps --watch 1"), "0 ");
 }
 
+TEST_F(ClosedPipe, Page_and_metrics_that_are_written_again_and_again_end_with_their_reader)
+{
+    EXPECT_EQ(Run("report --every 1 --output -"), "0 ");
+    EXPECT_EQ(Run("metrics --every 1"), "0 ");
+}
+
 TEST_F(ClosedPipe, Answer_that_nobody_reads_keeps_its_exit_code)
 {
     EXPECT_EQ(Run("completion bash"), "0 ");

@@ -175,11 +175,12 @@ TEST_F(ReportCommand, again_and_again_replaces_the_page_also_if_the_log_cannot_b
             EXPECT_THAT(page(), HasSubstr("a.exe"));
             std::filesystem::remove(path_);
         } else if (looks == 3) {
-            throw std::logic_error("ends the command");
+            std::cout.setstate(std::ios::failbit); // ends the command
         }
         return SupervisorState::kNotRunning;
     };
-    Run(page_, {"--every", "1", "--json", json}, supervisor);
+    EXPECT_EQ(Run(page_, {"--every", "1", "--json", json}, supervisor), 0);
+    std::cout.clear();
     EXPECT_EQ(looks, 3);
     const std::string last = page();
     EXPECT_THAT(last, AllOf(HasSubstr("role=\"alert\">The supervisor is not running."),
@@ -188,6 +189,26 @@ TEST_F(ReportCommand, again_and_again_replaces_the_page_also_if_the_log_cannot_b
     EXPECT_THAT(last, HasSubstr("The page reloads itself every 1 s."));
     EXPECT_THAT(FileContent(json), HasSubstr("cannot be read: "));
     EXPECT_THAT(errors_, HasSubstr(" cannot be read: "));
+}
+
+TEST_F(ReportCommand, again_and_again_goes_on_after_a_failure)
+{
+    SaveLog();
+    int looks = 0;
+    const SupervisorNow supervisor = [&looks]() -> SupervisorState {
+        ++looks;
+        if (looks == 1) {
+            throw std::bad_alloc();
+        }
+        std::cout.setstate(std::ios::failbit); // ends the command
+        return SupervisorState::kRunning;
+    };
+    EXPECT_EQ(Run(page_, {"--every", "1"}, supervisor), 0);
+    std::cout.clear();
+    EXPECT_EQ(looks, 2);
+    EXPECT_THAT(errors_, AllOf(StartsWith("daemonctl: "), HasSubstr("bad_alloc"),
+                               EndsWith("\n  To find out more: daemonctl doctor\n")));
+    EXPECT_TRUE(std::filesystem::exists(std::u8string(page_.begin(), page_.end())));
 }
 
 TEST_F(ReportCommand, writes_to_standard_output_if_the_output_is_a_dash)
