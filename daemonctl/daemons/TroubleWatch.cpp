@@ -48,8 +48,11 @@ TroubleObject ObjectOf(const Trouble& trouble)
 } // namespace
 
 std::vector<Trouble> TroubleWatch::Look(std::int64_t nowMs,
-                                        const std::optional<std::vector<DaemonStatus>>& daemons)
+                                        const std::optional<std::vector<DaemonStatus>>& daemons,
+                                        const std::optional<RunMark>& run)
 {
+    const bool isOtherRun = run_ && run && !IsSameRun(*run_, *run);
+    run_ = run ? run : run_;
     std::vector<Trouble> found = NoteSupervisor(nowMs, daemons.has_value());
     const std::map<Key, Known> before = std::exchange(known_, {});
     if (!daemons) {
@@ -71,7 +74,7 @@ std::vector<Trouble> TroubleWatch::Look(std::int64_t nowMs,
     }
     for (const auto& [key, known] : before) {
         if (seen.count(key) == 0) {
-            EndTroubleOf(key, known, nowMs, found);
+            EndTroubleOf(known, ChangeOfGone(key, known, isOtherRun, nowMs), found);
         }
     }
     return found;
@@ -117,18 +120,27 @@ void TroubleWatch::LookAt(const DaemonStatus& daemon, std::int64_t nowMs, Known&
          Trouble::Kind::kDown, Trouble::Kind::kUpAgain);
 }
 
-void TroubleWatch::EndTroubleOf(const Key& gone, const Known& known, std::int64_t nowMs,
+Trouble TroubleWatch::ChangeOfGone(const Key& gone, const Known& known, bool isOtherRun,
+                                   std::int64_t nowMs)
+{
+    Trouble trouble;
+    trouble.timeMs = nowMs;
+    trouble.isGone = true;
+    trouble.isOtherRun = isOtherRun;
+    trouble.daemonId = gone.first;
+    trouble.command = WithoutBlank(gone.second);
+    trouble.restartsLastHour = known.restartsLastHour;
+    trouble.lastExit = ReadableReason(known.lastExit);
+    return trouble;
+}
+
+void TroubleWatch::EndTroubleOf(const Known& known, const Trouble& change,
                                 std::vector<Trouble>& found)
 {
     const auto note = [&](bool hadTrouble, Trouble::Kind ended) {
         if (hadTrouble) {
-            Trouble trouble = ChangeOf(ended, nowMs);
-            trouble.isGone = true;
-            trouble.daemonId = gone.first;
-            trouble.command = WithoutBlank(gone.second);
-            trouble.restartsLastHour = known.restartsLastHour;
-            trouble.lastExit = ReadableReason(known.lastExit);
-            found.push_back(std::move(trouble));
+            found.push_back(change);
+            found.back().kind = ended;
         }
     };
     note(known.inCrashLoop, Trouble::Kind::kCrashLoopEnded);
@@ -162,7 +174,10 @@ std::string_view NameOf(Trouble::Kind kind) noexcept
 std::string DescribeChange(const Trouble& trouble)
 {
     if (trouble.isGone) {
-        return trouble.command + " is no longer watched: a client stopped or detached it";
+        return trouble.command + " is no longer watched: " +
+               (trouble.isOtherRun
+                    ? "the supervisor ended, and the one that runs now does not have it"
+                    : "a client stopped or detached it");
     }
     switch (trouble.kind) {
     case Trouble::Kind::kSupervisorLost:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DaemonStatus.h"
+#include "WaitCondition.h"
 
 #include <cstdint>
 #include <map>
@@ -27,7 +28,10 @@ struct Trouble {
     Kind kind = Kind::kSupervisorLost;
     std::int64_t timeMs = 0; ///< when it was seen, milliseconds since 1970, UTC
     // The other members are set only for a daemon.
-    bool isGone = false; ///< the trouble ended because a client stopped or detached the daemon
+    bool isGone = false; ///< the trouble ended because the supervisor no longer has the daemon
+    /// If isGone: another supervisor runs than at the look before. Otherwise a client stopped or
+    /// detached the daemon.
+    bool isOtherRun = false;
     std::optional<std::uint32_t> daemonId; ///< nothing: no record of the log shows it
     std::string command;                   ///< path and arguments, without the blank at the end
     std::size_t restartsLastHour = 0;
@@ -35,8 +39,8 @@ struct Trouble {
 };
 
 /// Finds in a series of looks what somebody should be told. Trouble that is there at the first look
-/// counts as begun then. The trouble of a daemon that a client stopped or detached has ended. While
-/// no supervisor answers, nothing is known of the daemons, and they count as new when it is back. A
+/// counts as begun then. Trouble ends for a daemon that the supervisor no longer has. While no
+/// supervisor answers, nothing is known of the daemons, and they count as new when it is back. A
 /// daemon that could never be started has no id; it is the same daemon when it gets one. Pure.
 class TroubleWatch {
 public:
@@ -49,9 +53,11 @@ public:
     /// Takes the next look.
     /// @param nowMs    milliseconds since 1970, UTC
     /// @param daemons  nothing if no supervisor answers
+    /// @param run      the run of the supervisor that has the daemons; nothing if it is not known
     /// @return what has changed since the look before
-    [[nodiscard]] std::vector<Trouble>
-    Look(std::int64_t nowMs, const std::optional<std::vector<DaemonStatus>>& daemons);
+    [[nodiscard]] std::vector<Trouble> Look(std::int64_t nowMs,
+                                            const std::optional<std::vector<DaemonStatus>>& daemons,
+                                            const std::optional<RunMark>& run = std::nullopt);
 
     /// Takes a look at a supervisor whose daemons cannot be seen, because its log cannot be read.
     /// What is known of the daemons stays as it is.
@@ -73,11 +79,14 @@ private:
     [[nodiscard]] std::vector<Trouble> NoteSupervisor(std::int64_t nowMs, bool isThere);
     void LookAt(const DaemonStatus& daemon, std::int64_t nowMs, Known& known,
                 std::vector<Trouble>& found) const;
-    static void EndTroubleOf(const Key& gone, const Known& known, std::int64_t nowMs,
+    [[nodiscard]] static Trouble ChangeOfGone(const Key& gone, const Known& known, bool isOtherRun,
+                                              std::int64_t nowMs);
+    static void EndTroubleOf(const Known& known, const Trouble& change,
                              std::vector<Trouble>& found);
 
     std::int64_t downMs_;
     std::optional<bool> isThere_; // the supervisor, at the look before
+    std::optional<RunMark> run_;  // the last one that was known
     std::map<Key, Known> known_;
 };
 

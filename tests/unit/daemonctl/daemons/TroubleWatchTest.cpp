@@ -134,6 +134,26 @@ TEST_F(TroubleWatchTest, Trouble_of_a_stopped_daemon_ends)
     EXPECT_THAT(Look(30'008, std::vector<DaemonStatus>()), IsEmpty());
 }
 
+TEST_F(TroubleWatchTest, Daemon_that_the_next_supervisor_does_not_have_was_not_stopped_by_a_client)
+{
+    const RunMark first{1000, true, 0, 5};
+    const RunMark firstLater{1000, true, 0, 7};
+    const RunMark second{2000, true, 8, 9};
+    const std::vector<DaemonStatus> inTrouble = {InState(RunState::kRestarting)};
+    const std::vector<DaemonStatus> none;
+    const auto textAfter = [&](const RunMark& next) {
+        TroubleWatch watch(0);
+        EXPECT_EQ(watch.Look(0, inTrouble, first).size(), 1U);
+        const auto troubles = watch.Look(1, none, next);
+        EXPECT_THAT(Kinds(troubles), ElementsAre(Kind::kCrashLoopEnded));
+        return troubles.empty() ? "" : DescribeChange(troubles[0]);
+    };
+    EXPECT_EQ(textAfter(firstLater),
+              "a.exe -x is no longer watched: a client stopped or detached it");
+    EXPECT_EQ(textAfter(second), "a.exe -x is no longer watched: the supervisor ended, and the one "
+                                 "that runs now does not have it");
+}
+
 TEST_F(TroubleWatchTest, Trouble_goes_on_if_a_daemon_that_never_ran_gets_an_id)
 {
     DaemonStatus daemon = InState(RunState::kCannotStart);
