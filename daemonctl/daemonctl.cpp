@@ -4,6 +4,7 @@
 #include "ExitCode.h"
 #include "FinishOutput.h"
 #include "InstalledPaths.h"
+#include "NextStep.h"
 #include "UsageError.h"
 #include "Utf8.h"
 #include "WithSupervisor.h"
@@ -81,9 +82,9 @@ int main(int argc, char** argv)
         }
         return FinishOutput("daemonctl", Run());
     } catch (const std::exception& exception) {
-        std::cerr << "daemonctl: " << exception.what() << std::endl;
+        std::cerr << "daemonctl: " << WithNextStep(exception.what()) << std::endl;
     } catch (...) {
-        std::cerr << "daemonctl: an error without a description" << std::endl;
+        std::cerr << "daemonctl: " << WithNextStep("an error without a description") << std::endl;
     }
     return vqrx::client::v0::kRefused;
 }

@@ -35,7 +35,8 @@ std::vector<std::string> Prune(const FirewallRulesFacts& rules, bool& failed)
         if (result < 0) {
             failed = true;
             std::cerr << "daemonctl: rule \"" << Printable(name)
-                      << "\" could not be removed: " << ResultText(result) << std::endl;
+                      << "\" could not be removed: " << ResultText(result)
+                      << "\n  As administrator: daemonctl doctor --prune" << std::endl;
         } else {
             removed.push_back(name);
         }

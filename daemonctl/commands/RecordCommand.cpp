@@ -155,7 +155,7 @@ int RecordLog(const RecordArguments& arguments, const std::string& path)
                 throw;
             }
             if (!isMissing) {
-                PrintError(arguments, std::string(error.what()) + "; waiting for it");
+                PrintError(arguments, WithNextStep(std::string(error.what()) + "; waiting for it"));
             }
             isMissing = true;
         }

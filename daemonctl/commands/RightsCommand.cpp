@@ -34,9 +34,12 @@ bool PrintWeaknesses(const std::string& path)
     return found.empty();
 }
 
-int Refuse(const std::string& text)
+constexpr const char* kExamples = "For examples: daemonctl rights --help";
+
+// @param step  what to do next, one sentence
+int Refuse(const std::string& text, const std::string& step)
 {
-    std::cerr << "daemonctl: " << Printable(text) << std::endl;
+    std::cerr << "daemonctl: " << Printable(text) << "\n  " << Printable(step) << std::endl;
     return kRefused;
 }
 
@@ -45,18 +48,20 @@ int Make(const std::string& path, FolderUse use, const std::string& accountSid)
 {
     const std::size_t end = path.find_last_of("\\/");
     if (end == std::string::npos || end < 2) {
-        return Refuse(path + " is no full path of a folder");
+        return Refuse(path + " is no full path of a folder", kExamples);
     }
     const std::string parent = end == 2 ? path.substr(0, 3) : path.substr(0, end);
     for (const std::string& weakness : WeaknessesOfParentPath(parent, TrustedAdministrators())) {
-        return Refuse(std::string(path).append(" was not made: ").append(weakness));
+        return Refuse(std::string(path).append(" was not made: ").append(weakness),
+                      "To see who may change it: daemonctl rights \"" + parent + "\"");
     }
     const std::uint32_t error = MakeProtectedFolder(path, use, accountSid);
     if (error == ERROR_ALREADY_EXISTS) {
-        return Refuse(path + " exists already; to check it: daemonctl rights \"" + path + "\"");
+        return Refuse(path + " exists already", "To check it: daemonctl rights \"" + path + "\"");
     }
     if (error != 0) {
-        return Refuse(path + " cannot be made (Windows error " + std::to_string(error) + ")");
+        return Refuse(path + " cannot be made (Windows error " + std::to_string(error) + ")",
+                      kExamples);
     }
     return kDone;
 }
@@ -67,7 +72,7 @@ int Rights(const RightsOptions& options)
     if (!options.account.empty()) {
         accountSid = SidOfAccount(options.account);
         if (accountSid.empty()) {
-            return Refuse("there is no account " + options.account);
+            return Refuse("there is no account " + options.account, kExamples);
         }
     }
     int exitCode = kDone;

@@ -71,7 +71,7 @@ public:
             called_.reset();
         }
         if (called_ && now - calledAt_ >= ULONGLONG{options_.timeoutSeconds} * 1000) {
-            std::cerr << "daemonctl: " << options_.program << " has not ended within "
+            std::cerr << "daemonctl: " << Printable(options_.program) << " has not ended within "
                       << options_.timeoutSeconds
                       << " s and was ended\n  To give it more time: --timeout SECONDS" << std::endl;
             called_.reset();
@@ -89,7 +89,9 @@ private:
     {
         if (exitCode != 0) {
             std::cerr << "daemonctl: " << Printable(options_.program)
-                      << " has failed: " << DescribeExitCode(exitCode) << std::endl;
+                      << " has failed: " << DescribeExitCode(exitCode)
+                      << "\n  To see why, run it yourself: \"" << Printable(options_.program) << '"'
+                      << std::endl;
         }
     }
 
@@ -164,8 +166,8 @@ private:
     std::vector<Trouble> TakeOfDaemons(std::int64_t nowMs)
     {
         try {
-            std::vector<Trouble> troubles =
-                watch_.Look(nowMs, ReadDaemons(ChildrenOfSupervisor()).daemons);
+            const DaemonsNow now = ReadDaemons(ChildrenOfSupervisor());
+            std::vector<Trouble> troubles = watch_.Look(nowMs, now.daemons, MarkOf(now.run));
             hasFailed_ = false;
             return troubles;
         } catch (const std::runtime_error& error) {

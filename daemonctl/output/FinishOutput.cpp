@@ -13,7 +13,8 @@ int FinishOutput(const std::string& program, int exitCode)
     if (std::cout.good() || ReaderHasGone()) {
         return exitCode;
     }
-    std::cerr << program << ": standard output could not be written" << std::endl;
+    std::cerr << program << ": standard output could not be written\n"
+              << "  Free space on the disk, or write to another file." << std::endl;
     return kRefused;
 }
 

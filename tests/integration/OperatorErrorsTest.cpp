@@ -64,7 +64,10 @@ TEST(OperatorErrors, Every_error_names_the_next_step)
         {"log --file" + noFile, "Name another log: --file FILE"},
         {"log --file " + text, "Name another log: --file FILE"},
         {"ps --log" + noFile, "To find out more: daemonctl doctor"},
-        {"record --once --trust --output " + text, "Choose another folder: --output FOLDER"}};
+        {"record --once --trust --output " + text, "Choose another folder: --output FOLDER"},
+        {"rights --make logs relative", "For examples: daemonctl rights --help"},
+        {"rights --make logs --account no_such_account_of_ours C:\\x",
+         "For examples: daemonctl rights --help"}};
     for (const auto& [arguments, step] : steps) {
         const Answer answer = Daemonctl(arguments);
         EXPECT_NE(answer.exitCode, 0U) << arguments;

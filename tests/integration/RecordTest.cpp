@@ -40,7 +40,7 @@ void WriteLogOf(const std::string& path, const std::string& text)
 
 std::size_t CountOfNotices(const std::string& errors)
 {
-    const std::string notice = "; waiting for it\n";
+    const std::string notice = "; waiting for it\n  To find out more: daemonctl doctor\n";
     std::size_t count = 0;
     for (std::size_t at = errors.find(notice); at != std::string::npos;
          at = errors.find(notice, at + 1)) {

@@ -31,7 +31,7 @@ TEST(Rights, A_folder_that_exists_is_not_taken_over)
     const std::string path = folder.Path().string();
     EXPECT_EQ(Daemonctl("rights --make programs " + path),
               (Answer{4, "",
-                      "daemonctl: " + path + " exists already; to check it: daemonctl rights \"" +
+                      "daemonctl: " + path + " exists already\n  To check it: daemonctl rights \"" +
                           path + "\"\n"}));
 }
 
@@ -48,8 +48,10 @@ TEST(Rights, A_link_on_the_way_is_found_and_nothing_is_made_behind_it)
     const std::string never = below + "\\dm_never_made";
     const Answer made = Daemonctl("rights --make programs \"" + never + "\"");
     EXPECT_EQ(made.exitCode, 4U);
-    EXPECT_EQ(made.error,
-              "daemonctl: " + never + " was not made: " + link + " is a junction or a link\n");
+    EXPECT_EQ(made.error, "daemonctl: " + never + " was not made: " + link +
+                              " is a junction or a link\n"
+                              "  To see who may change it: daemonctl rights \"" +
+                              below + "\"\n");
     EXPECT_FALSE(std::filesystem::exists(never));
 }
 
@@ -58,7 +60,9 @@ TEST(Rights, Wrong_arguments_are_refused)
     EXPECT_EQ(Daemonctl("rights").exitCode, 2U);
     EXPECT_EQ(Daemonctl("rights --make anything C:\\x").exitCode, 2U);
     EXPECT_EQ(Daemonctl("rights --make logs --account no_such_account_of_ours C:\\x"),
-              (Answer{4, "", "daemonctl: there is no account no_such_account_of_ours\n"}));
+              (Answer{4, "",
+                      "daemonctl: there is no account no_such_account_of_ours\n"
+                      "  For examples: daemonctl rights --help\n"}));
     EXPECT_EQ(Daemonctl("rights --make logs relative").exitCode, 4U);
 }
 

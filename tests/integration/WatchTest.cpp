@@ -68,7 +68,10 @@ TEST(Watch, A_program_that_reports_a_failure_is_named_with_its_exit_code_and_cal
     const std::string program = TestProgram("crashes");
     const CapturedProgram watch('"' + ProductProgram("daemonctl.exe") +
                                 "\" watch --trust --every 1 --exec \"" + program + '"');
-    const std::string failure = "daemonctl: " + program + " has failed: Access violation\n";
+    const std::string failure = "daemonctl: " + program +
+                                " has failed: Access violation\n"
+                                "  To see why, run it yourself: \"" +
+                                program + "\"\n";
     std::string expected;
     for (const char* daemon : {"launch C:\\no\\such.exe", "launch C:\\no\\other.exe"}) {
         EXPECT_EQ(Daemonctl(daemon).exitCode, 0U);

@@ -39,7 +39,9 @@ TEST(Commands, fail_if_their_output_cannot_be_written)
     for (const std::string& command : {"log" + file, "log --json" + file, "report -o -" + file}) {
         std::string errors;
         EXPECT_EQ(RunOnFullDisk(command, errors), 4) << command;
-        EXPECT_EQ(errors, "daemonctl: standard output could not be written\n") << command;
+        EXPECT_EQ(errors, "daemonctl: standard output could not be written\n"
+                          "  Free space on the disk, or write to another file.\n")
+            << command;
     }
 }
 

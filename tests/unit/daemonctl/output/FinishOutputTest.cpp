@@ -21,7 +21,8 @@ TEST(FinishOutput, reports_output_that_could_not_be_written)
     }
     EXPECT_EQ(exitCode, 4);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "daemonctl: standard output could not be written\n");
+              "daemonctl: standard output could not be written\n"
+              "  Free space on the disk, or write to another file.\n");
 }
 
 TEST(FinishOutput, keeps_the_exit_code_if_everything_was_written)
