@@ -47,10 +47,7 @@ protected:
         });
     }
 
-    void KillSupervisor()
-    {
-        ASSERT_TRUE(former_.Terminate());
-    }
+    void KillSupervisor() { ASSERT_TRUE(former_.Terminate()); }
 
     void StartNew()
     {
