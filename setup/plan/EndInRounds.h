@@ -16,6 +16,8 @@ struct EndActions {
 /// Ends supervisors first and guards after them: if a supervisor cannot be ended, it still has its
 /// guard. A guard that had to be ended may have started another supervisor just before its end, so
 /// another round follows, until a round had no guard to end. Pure.
+/// @throws SetupError if the tenth round still had one to end: somebody starts guards again and
+///         again, and no supervisor must stay ended as long as he likes
 void EndInRounds(const EndActions& actions);
 
 } // namespace vqrx::setup::v0

@@ -1,5 +1,7 @@
 #include "EndInRounds.h"
 
+#include "SetupError.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -49,6 +51,19 @@ TEST(EndInRounds, A_supervisor_that_a_guard_started_just_before_its_end_is_ended
     EXPECT_FALSE(machine.supervisorRuns);
     EXPECT_THAT(machine.steps,
                 ElementsAre("no supervisor", "guard at once", "supervisor", "guard with patience"));
+}
+
+TEST(EndInRounds, A_guard_that_somebody_starts_again_and_again_is_an_error)
+{
+    int guards = 0;
+    const auto endWithStarts = [&](int starts) {
+        guards = 0;
+        EndInRounds({[] { return false; }, [&](bool) { return ++guards <= starts; }});
+    };
+    EXPECT_NO_THROW(endWithStarts(9));
+    EXPECT_EQ(guards, 10);
+    EXPECT_THROW(endWithStarts(30), setup::v0::SetupError);
+    EXPECT_EQ(guards, 10);
 }
 
 TEST(EndInRounds, A_guard_keeps_its_supervisor_that_cannot_be_ended)
