@@ -17,7 +17,7 @@ struct EndActions {
 /// guard. A guard that had to be ended may have started another supervisor just before its end, so
 /// another round follows, until a round had no guard to end. Pure.
 /// @throws SetupError if the tenth round still had one to end: somebody starts guards again and
-///         again, and no supervisor must stay ended as long as he likes
+///         again. Without a limit he could keep the machine without a supervisor
 void EndInRounds(const EndActions& actions);
 
 } // namespace vqrx::setup::v0
