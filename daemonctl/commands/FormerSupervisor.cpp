@@ -21,7 +21,7 @@ bool WaitForFormerSupervisor(const SupervisorProcesses& processes, const FormerS
         return true;
     }
     std::cerr << "daemonctl: it still runs after " << wait.timeoutSeconds
-              << " s; nothing was attached, because two supervisors would restart the same daemons"
+              << " s; nothing was done, because two supervisors would restart the same daemons"
               << std::endl;
     return false;
 }

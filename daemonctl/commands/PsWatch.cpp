@@ -77,7 +77,7 @@ WatchLook TakeLook()
             look.daemons = StatusOfDaemons(RunOfThisMachine(timeline), SourceOfThisMachine(),
                                            look.nowMs, children);
         }
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         look.problem = error.what();
     }
     return look;

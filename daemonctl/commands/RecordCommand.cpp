@@ -11,6 +11,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -150,7 +151,7 @@ int RecordLog(const RecordArguments& arguments, const std::string& path)
             PrintError(arguments,
                        WithNextStep(error.what(), "Choose another folder: --output FOLDER"));
             return kRefused;
-        } catch (const std::runtime_error& error) {
+        } catch (const std::exception& error) {
             if (arguments.once) {
                 throw;
             }

@@ -111,7 +111,7 @@ private:
                                  first.daemonId ? std::to_string(*first.daemonId) : std::string()},
                                 {"DAEMONMANAGER_COMMAND", Printable(first.command)}},
                             TroublesJson(troubles, NowMs(), DM_VERSION));
-        } catch (const std::runtime_error& error) {
+        } catch (const std::exception& error) {
             std::cerr << "daemonctl: " << error.what()
                       << "\n  Name a program that Windows can start: --exec PROGRAM" << std::endl;
         }
@@ -134,7 +134,7 @@ void WriteEvents(EventLog& eventLog, const std::vector<Trouble>& troubles, bool&
     try {
         eventLog.WriteAll(troubles);
         hasFailed = false;
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         if (!std::exchange(hasFailed, true)) {
             std::cerr << "daemonctl: " << error.what() << "\n  To look at the event log: eventvwr"
                       << std::endl;
@@ -156,7 +156,7 @@ public:
     {
         try {
             return IsSupervisorAtWork() ? TakeOfDaemons(nowMs) : watch_.Look(nowMs, std::nullopt);
-        } catch (const std::runtime_error& error) {
+        } catch (const std::exception& error) {
             PrintOnce(error);
             return {};
         }
@@ -170,13 +170,13 @@ private:
             std::vector<Trouble> troubles = watch_.Look(nowMs, now.daemons, MarkOf(now.run));
             hasFailed_ = false;
             return troubles;
-        } catch (const std::runtime_error& error) {
+        } catch (const std::exception& error) {
             PrintOnce(error);
             return watch_.LookAtSupervisor(nowMs);
         }
     }
 
-    void PrintOnce(const std::runtime_error& error)
+    void PrintOnce(const std::exception& error)
     {
         if (!std::exchange(hasFailed_, true)) {
             std::cerr << "daemonctl: "

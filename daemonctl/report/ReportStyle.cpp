@@ -73,7 +73,9 @@ td ul.reasons li + li::before { content: ", "; }
 @media (max-width: 55rem) {
   .lane, .axis { grid-template-columns: minmax(0, 1fr); }
   .axis .name { display: none; }
-  thead { display: none; }
+  /* not "display: none": a screen reader names the columns, also where nobody sees them */
+  thead { position: absolute; left: 0; max-width: 100%; clip-path: inset(50%); white-space: normal; }
+  thead tr, thead th { display: inline; }
   table, tbody, tr, td { display: block; width: 100%; }
   table { margin-bottom: 1rem; }
   tbody tr { padding: .5rem 0; }

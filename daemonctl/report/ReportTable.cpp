@@ -82,7 +82,7 @@ std::string TableCell(const char* name, const std::string& text, bool isNumber)
 }
 
 // On a narrow screen the style sheet shows each row as a block, after which browsers no longer take
-// the elements for a table. The roles keep it a table for screen readers.
+// the elements for a table. The roles keep it a table with headers for screen readers.
 std::string TableHead(const char* id, const std::vector<TableColumn>& columns)
 {
     std::string html = std::string(R"(<table role="table" id=")") + id +

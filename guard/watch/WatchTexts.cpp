@@ -21,8 +21,8 @@ std::string WhyUnpublished(const SupervisorProgram& supervisor, const std::strin
 {
     if (const auto session = OtherSessionOf(supervisor)) {
         return "it runs in session " + std::to_string(*session) +
-               ", where this guard does not find it; to let the guard start its own, there: "
-               "daemonctl exit";
+               ", where this guard does not find it; to let the guard start its own: there "
+               "daemonctl exit, then here daemonctl autostart start";
     }
     return detail.empty() ? "it may wait for the firewall service" : detail;
 }

@@ -117,6 +117,19 @@ def check_ranges(browser, page):
     return problems
 
 
+def check_columns(browser, page):
+    """A screen reader gets the headers of the tables at every width, and on paper."""
+    counts = set()
+    for width, media in ((1600, ""), (400, ""), (800, "print")):
+        browser.show(page, width, 900, "light")
+        browser.call("Emulation.setEmulatedMedia", {"media": media})
+        nodes = browser.call("Accessibility.getFullAXTree", {})["nodes"]
+        counts.add(sum(node.get("role", {}).get("value") == "columnheader" and not node["ignored"]
+                       for node in nodes))
+    browser.call("Emulation.setEmulatedMedia", {"media": ""})
+    return [] if len(counts) == 1 and 0 not in counts else ["numbers of column headers: %s" % sorted(counts)]
+
+
 def check_print(browser, page, pictures):
     """Returns the problems of the page on paper. Saves a picture of it if pictures names a folder."""
     browser.show(page, 800, 1100, "light")
@@ -217,7 +230,8 @@ def main():
             if grounds["light"] == grounds["dark"]:
                 problems.append(name + " daemons: the light and the dark scheme have the same background")
             if name == "1":
-                problems += check_ranges(browser, page) + check_print(browser, page, pictures)
+                problems += (check_ranges(browser, page) + check_columns(browser, page)
+                             + check_print(browser, page, pictures))
         problems += check_live(browser, program, folder)
     print("\n".join(problems) or "12 pages checked, no problems found")
     return 1 if problems else 0

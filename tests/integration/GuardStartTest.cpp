@@ -46,8 +46,8 @@ TEST_F(GuardStart, Supervisor_of_another_session_is_named_with_its_session)
     StartWatch();
     EXPECT_NE(machine_.WaitForGuardLog("Supervisor is not published yet after 0 s: it runs in "
                                        "session 7, where this guard does not find it; to let the "
-                                       "guard start its own, there: daemonctl exit; the guard "
-                                       "waits on"),
+                                       "guard start its own: there daemonctl exit, then here "
+                                       "daemonctl autostart start; the guard waits on"),
               "");
     StopWatch();
     hold.Signal();

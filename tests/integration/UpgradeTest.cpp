@@ -142,7 +142,7 @@ TEST_F(Upgrade, The_new_supervisor_gets_a_worker_only_after_the_former_one_has_e
         ")\n";
     EXPECT_EQ(Daemonctl("reattach --outside --timeout 0 --from " + file),
               (Answer{4, "",
-                      waiting + "daemonctl: it still runs after 0 s; nothing was attached, because "
+                      waiting + "daemonctl: it still runs after 0 s; nothing was done, because "
                                 "two supervisors would restart the same daemons\n"
                                 "  End the process. If it is no supervisor: daemonctl reattach "
                                 "--no-wait\n"}));
