@@ -28,8 +28,9 @@ inline constexpr std::uint32_t kSupervisorEndMs = 120000;
 /// @throws ProcessListUnreadable
 [[nodiscard]] bool IsSupervisorListed();
 
-/// The processes of FindSupervisors() when this object is made, and those that are added. Each
-/// process is kept open, so that Windows does not give its id to another process meanwhile.
+/// The processes that FindSupervisors() finds when this object is made, and those that
+/// AddElsewhere() finds. Each process is kept open, so that Windows does not give its id to another
+/// process meanwhile.
 class SupervisorProcesses {
 public:
     /// @throws ProcessListUnreadable; std::bad_alloc; CodePageError if a path cannot be converted

@@ -15,9 +15,10 @@ namespace {
 namespace installation = system::installation::v1;
 
 // @return the arguments of the guard that is set up; if there is none, those without options
-client::v0::GuardArguments ArgumentsOfPresentEntry()
+client::v0::GuardArguments
+ArgumentsOfPresentEntry(const std::vector<client::v0::AutostartEntry>& entries)
 {
-    for (const client::v0::AutostartEntry& entry : client::v0::ReadAutostart()) {
+    for (const client::v0::AutostartEntry& entry : entries) {
         if (const auto command = client::v0::ParseGuardCommand(entry.commandLine)) {
             return command->arguments;
         }
@@ -31,7 +32,7 @@ std::string FleetOfPresentGuard()
 {
     try {
         const std::vector<client::v0::AutostartEntry> entries = client::v0::ReadAutostart();
-        const std::string fleet = ArgumentsOfPresentEntry().fleet;
+        const std::string fleet = ArgumentsOfPresentEntry(entries).fleet;
         std::string root; // ANSI code page
         return !fleet.empty() || entries.empty() || !installation::TryGetFirmwareRoot(root)
                    ? fleet
@@ -51,7 +52,7 @@ bool SetUpAutostart(const SetupOptions& options, const SupervisorChange& change,
     if (options.autostart.empty()) {
         return !startAgain || change.Autostart({"start"});
     }
-    const client::v0::GuardArguments former = ArgumentsOfPresentEntry();
+    const client::v0::GuardArguments former = ArgumentsOfPresentEntry(client::v0::ReadAutostart());
     if (change.Autostart(AutostartArguments(options, former.fleet, former.trust))) {
         return true;
     }
