@@ -19,6 +19,11 @@ endforeach()
 add_test(NAME undeclared COMMAND true)
 add_test(NAME waits COMMAND true)
 set_tests_properties(waits PROPERTIES LABELS long REQUIRED_FILES ${CMAKE_SOURCE_DIR}/good.sh)
+add_test(NAME repeats COMMAND ${CMAKE_SOURCE_DIR}/built_program)
+set_tests_properties(repeats PROPERTIES LABELS portable REQUIRED_FILES ${CMAKE_SOURCE_DIR}/good.sh)
+add_custom_target(quick_tests COMMAND sh -c "echo quick >>${CMAKE_SOURCE_DIR}/built" VERBATIM)
+add_custom_target(everything ALL COMMAND sh -c "echo all >>${CMAKE_SOURCE_DIR}/built"
+    COMMAND cp /bin/true ${CMAKE_SOURCE_DIR}/built_program VERBATIM)
 add_test(NAME prepares COMMAND sh -c "echo prepares >>${CMAKE_SOURCE_DIR}/done")
 add_test(NAME cleans_up COMMAND sh -c "echo cleans up >>${CMAKE_SOURCE_DIR}/done")
 set_tests_properties(prepares PROPERTIES FIXTURES_SETUP things)
@@ -68,8 +73,8 @@ class TestRun(unittest.TestCase):
     def test_all_that_passed_is_counted_and_the_last_line_says_so(self):
         code, text = self.run_tests()
         self.assertEqual(0, code, text)
-        self.assertEqual("6 passed, 0 failed", text.splitlines()[-1])
-        self.assertRegex(text, r"small +6 programs, +6 cases, 0 failed")
+        self.assertEqual("7 passed, 0 failed", text.splitlines()[-1])
+        self.assertRegex(text, r"small +7 programs, +6 cases, 0 failed")
 
     def test_the_output_of_a_failed_test_is_shown_with_the_commands_that_repeat_it(self):
         self.write("other.sh", FAILS)
@@ -78,7 +83,7 @@ class TestRun(unittest.TestCase):
         self.assertIn("expected 7", text)
         self.assertIn("repeat: ctest --preset small -R '^other$'", text)
         self.assertIn(f"sh {self.root}/other.sh --gtest_filter='Log.keeps_the_order'", text)
-        self.assertEqual("5 passed, 1 failed", text.splitlines()[-1])
+        self.assertEqual("6 passed, 1 failed", text.splitlines()[-1])
 
     def test_the_case_that_a_failed_program_did_not_end_is_shown(self):
         self.write("other.sh", HANGS)
@@ -86,7 +91,13 @@ class TestRun(unittest.TestCase):
         self.assertIn("not ended: Log.waits_for_ever", text)
         self.assertNotIn("keeps_the_order", text)
 
-    def test_a_quick_run_leaves_out_what_is_long_and_what_passed_unchanged(self):
+    def test_a_quick_run_builds_only_what_it_runs(self):
+        self.run_tests(quick=True)
+        self.assertEqual("quick\n", (self.root / "built").read_text(encoding="utf-8"))
+        self.run_tests()
+        self.assertEqual("quick\nall\n", (self.root / "built").read_text(encoding="utf-8"))
+
+    def test_a_quick_run_leaves_out_what_is_long_or_runs_elsewhere_and_what_passed_unchanged(self):
         code, text = self.run_tests(quick=True)
         self.assertEqual(0, code, text)
         self.assertRegex(text, r"small +5 programs, +6 cases, 0 failed")

@@ -52,7 +52,7 @@ class Run:
 
     def build(self, preset):
         start = self.screen.seconds()
-        errors = building.build(preset.name, LOGS, self.screen)
+        errors = building.build(preset.name, self.everything, LOGS, self.screen)
         seconds = self.screen.seconds() - start
         if errors:
             self.screen.say(f"{preset.name}: does not build\n{errors}")

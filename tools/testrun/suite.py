@@ -7,6 +7,8 @@ import subprocess
 
 import unchanged
 
+# The labels of what a plain ./test leaves out: see dm_unit_test.
+LEFT_OUT = ("long", "portable")
 STARTED = re.compile(r"^\s*Start\s+\d+: (\S+)")
 ENDED = re.compile(r"^\s*\d+/(\d+) Test\s+#\d+: (\S+) \.*\s*(.*?)\s+([\d.]+) sec")
 CASES = (re.compile(r"^\[==========\] (\d+) tests? from .* ran\.", re.M),
@@ -37,18 +39,20 @@ def listed(preset):
 
 
 def run(plan, everything, logs, screen):
-    """everything: also the programs marked long, and those that passed before as they are."""
+    """everything: also the programs that a plain ./test leaves out, and those that passed before as they are."""
     preset = plan.name
     build = pathlib.Path("build") / preset
     memory = unchanged.Memory(build / "passed.json")
     tests = listed(preset)
     skipped = set()
     if not everything:
+        # What is not built has no command.
+        tests = [test for test in tests if not set(LEFT_OUT) & {*(property_of(test, "LABELS") or ())}]
         skipped = {test["name"] for test in tests if memory.passed(test)}
     outcome = Outcome(preset, kept=len(skipped))
     command = ["ctest", "--preset", preset, "-j", str(plan.jobs), "--output-on-failure"]
     if not everything:
-        command += ["-LE", "^long$"]
+        command += ["-LE", "^(" + "|".join(LEFT_OUT) + ")$"]
     if skipped:
         left_out = skipped | idle_fixtures(tests, skipped)
         command += ["-E", "^(" + "|".join(sorted(re.escape(name) for name in left_out)) + ")$"]
@@ -79,7 +83,6 @@ def idle_fixtures(tests, skipped):
     fixtures = {test["name"]: {*(property_of(test, "FIXTURES_SETUP") or ()),
                                *(property_of(test, "FIXTURES_CLEANUP") or ())} for test in tests}
     run = {test["name"] for test in tests if not fixtures[test["name"]]} - skipped
-    run -= {test["name"] for test in tests if "long" in (property_of(test, "LABELS") or ())}
     while True:
         needed = {fixture for test in tests if test["name"] in run
                   for fixture in property_of(test, "FIXTURES_REQUIRED") or ()}
