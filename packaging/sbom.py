@@ -24,7 +24,8 @@ LIBRARIES = [
     ("libstdc++", "g++-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1", ALL_CPP),
     ("libgcc", "gcc-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1",
      [*ALL_CPP, "DaemonMgrPS.dll"]),
-    ("libssp", "gcc-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1", ALL_CPP),
+    ("libssp", "gcc-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1",
+     [*ALL_CPP, "DaemonMgrPS.dll"]),
     ("winpthreads", "mingw-w64-x86-64-dev", "MIT AND BSD-3-Clause", ALL_CPP),
     ("mingw-w64-runtime", "mingw-w64-x86-64-dev", "ZPL-2.1", [*ALL_CPP, "DaemonMgrPS.dll"]),
 ]

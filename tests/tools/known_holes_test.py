@@ -55,6 +55,17 @@ class KnownHoles(unittest.TestCase):
         self.assertEqual(code, 0)
         self.assertIn("libx-dev 1.0-1: CANNOT BE LOOKED UP", output)
 
+    def test_a_package_of_another_release_is_not_compared_with_this_release(self):
+        policy = LISTED.format(name="libx-dev", version="1.0-1", candidate="2.0-1")
+        code, output = self.look(policy, "pkg:deb/debian/libx-dev@1.0-1?arch=all&distro=debian-1")
+        self.assertEqual(code, 0)
+        self.assertIn("libx-dev 1.0-1: CANNOT BE LOOKED UP: it is of debian-1, this machine of ", output)
+
+    def test_the_age_of_the_package_lists_is_shown(self):
+        output = self.look(LISTED.format(name="libx-dev", version="1.0-1", candidate="1.0-1"),
+                           "pkg:deb/debian/libx-dev@1.0-1?arch=all")[1]
+        self.assertRegex(output, r"\nThe (newest package list of this machine is of \d{4}-\d\d-\d\d|package lists .* are missing)\.\n")
+
     def test_a_missing_bill_is_an_error(self):
         result = subprocess.run([TOOL, self.folder / "none"], capture_output=True, check=False)
         self.assertEqual(result.returncode, 2)
