@@ -122,6 +122,20 @@ bool EndGuards(const std::string& folder, const GuardLimits& limits, bool& hasEn
     return hadToBeEnded;
 }
 
+std::optional<FormerProcess> FindGuardOfSession(const std::string& folder)
+{
+    const UniqueServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
+    const UniqueServiceHandle service(
+        OpenServiceW(manager.Get(), client::v0::kGuardName, SERVICE_QUERY_STATUS));
+    for (const Guard& guard : GuardsOf(folder)) { // these stay open, so their ids are theirs
+        if (StateIfProcessOf(service, guard.processId) == 0) {
+            return FormerProcess(guard.processId,
+                                 folder + "\\" + client::v0::Utf8(client::v0::kGuardProgram));
+        }
+    }
+    return std::nullopt;
+}
+
 void StopGuardService(const std::string& folder, bool& hasEnded)
 {
     for (const Guard& guard : GuardsOf(folder)) {

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "FormerProcess.h"
+
 #include <windows.h>
 
+#include <optional>
 #include <string>
 
 namespace vqrx::setup::v0 {
@@ -28,6 +31,12 @@ struct GuardLimits {
 /// @return whether one had to be ended; it may have started a supervisor just before
 /// @throws SetupError if a guard runs on
 [[nodiscard]] bool EndGuards(const std::string& folder, const GuardLimits& limits, bool& hasEnded);
+
+/// Finds the guard of this folder that runs and is no service.
+/// @param folder  folder of the programs, UTF-8
+/// @return nothing if there is none
+/// @throws SetupError if a guard cannot be opened
+[[nodiscard]] std::optional<FormerProcess> FindGuardOfSession(const std::string& folder);
 
 /// Stops the service of a guard, if a guard of this folder is one, and waits for its end. Such a
 /// guard ends its supervisor in order, also one that programs of this session do not find.

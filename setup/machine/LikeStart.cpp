@@ -8,6 +8,7 @@
 
 #include <windows.h>
 
+#include <cstddef>
 #include <initializer_list>
 
 namespace vqrx::setup::v0 {
@@ -101,19 +102,21 @@ void SwitchOn(std::initializer_list<const char*> privileges)
 
 std::string Whose(const FormerProcess& former)
 {
-    return "the account and rights of the former supervisor, " + NameOfRights(former.Rights());
+    const std::size_t name = former.Program().find_last_of('\\') + 1; // 0 without a folder
+    return "the account and the rights that " + former.Program().substr(name) + " had, " +
+           NameOfRights(former.Rights());
 }
 
 [[noreturn]] void FailToStart(const FormerProcess& former, DWORD error)
 {
-    throw SetupError("The supervisor was not started: Windows does not start it with " +
-                     Whose(former) + " (Windows error " + std::to_string(error) + ").");
+    throw SetupError("Windows does not start a program with " + Whose(former) + " (Windows error " +
+                     std::to_string(error) + ").");
 }
 
 void StartWithOwnRights(const FormerProcess& former, const std::string& program,
-                        StartedProcess& process)
+                        const std::vector<std::string>& arguments, StartedProcess& process)
 {
-    std::wstring command = Wide(CommandText(program, {}));
+    std::wstring command = Wide(CommandText(program, arguments));
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION started{};
@@ -128,7 +131,7 @@ void StartWithOwnRights(const FormerProcess& former, const std::string& program,
 // A service account may start a process with any token. An administrator may do it, too, but only
 // through a service of Windows. That service makes the environment variables itself.
 void StartWithToken(const FormerProcess& former, const std::string& program,
-                    StartedProcess& process)
+                    const std::vector<std::string>& arguments, StartedProcess& process)
 {
     UniqueKernelHandle token;
     if (DuplicateTokenEx(former.Token(), MAXIMUM_ALLOWED, nullptr, SecurityImpersonation,
@@ -139,7 +142,7 @@ void StartWithToken(const FormerProcess& former, const std::string& program,
     const ProfileVariables variables(token.Get());
     const DWORD flags = kStart | former.Priority() | CREATE_UNICODE_ENVIRONMENT;
     std::wstring desktop = L"winsta0\\default";
-    std::wstring command = Wide(CommandText(program, {}));
+    std::wstring command = Wide(CommandText(program, arguments));
     const std::wstring file = Wide(program);
     const std::wstring folder = Wide(FolderOf(program));
     STARTUPINFOW startup{};
@@ -162,36 +165,36 @@ void StartWithToken(const FormerProcess& former, const std::string& program,
 }
 
 void StartSuspended(const FormerProcess& former, const std::string& program,
-                    StartedProcess& process)
+                    const std::vector<std::string>& arguments, StartedProcess& process)
 {
     if (former.Rights().userSid.empty()) {
-        throw SetupError("The supervisor was not started: Windows did not show the account and the "
-                         "rights of the former supervisor.");
+        throw SetupError("Windows did not show the account and the rights of the former process.");
     }
     if (RightsOfProcess(GetCurrentProcess()) == former.Rights()) {
-        StartWithOwnRights(former, program, process);
+        StartWithOwnRights(former, program, arguments, process);
     } else {
-        StartWithToken(former, program, process);
+        StartWithToken(former, program, arguments, process);
     }
     if (const AccessRights rights = RightsOfProcess(process.Get()); rights != former.Rights()) {
-        throw SetupError("The supervisor was not started: Windows gave it the rights of " +
-                         NameOfRights(rights) + " and not " + Whose(former) + ".");
+        throw SetupError("Windows gave a new process the rights of " + NameOfRights(rights) +
+                         " and not " + Whose(former) + ".");
     }
 }
 
 } // namespace
 
-UniqueKernelHandle StartLike(const FormerProcess& former, const std::string& program)
+UniqueKernelHandle StartLike(const FormerProcess& former, const std::string& program,
+                             const std::vector<std::string>& arguments)
 {
     StartedProcess process;
-    StartSuspended(former, program, process);
+    StartSuspended(former, program, arguments, process);
     return process.LetRun();
 }
 
 void TestStartLike(const FormerProcess& former, const std::string& program)
 {
     StartedProcess process;
-    StartSuspended(former, program, process);
+    StartSuspended(former, program, {}, process);
 }
 
 } // namespace vqrx::setup::v0

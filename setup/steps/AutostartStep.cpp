@@ -42,22 +42,27 @@ std::string FleetOfPresentGuard()
     }
 }
 
-bool SetUpAutostart(const SetupOptions& options, const SupervisorChange& change, bool endedGuard,
-                    Conversation& conversation)
+bool SetUpAutostart(const SetupOptions& options, const SupervisorChange& change,
+                    const GuardRestart& guard, bool endedGuard, Conversation& conversation)
 {
     if (endedGuard && options.noStart && options.autostart != "none") {
         conversation.Say("The guard was ended, too. To start it: daemonctl autostart start\n");
     }
     const bool startAgain = (change.Ran() || endedGuard) && !options.noStart;
     if (options.autostart.empty()) {
-        return !startAgain || change.Autostart({"start"});
+        return !startAgain || guard.Start(change, conversation);
     }
     const client::v0::GuardArguments former = ArgumentsOfPresentEntry(client::v0::ReadAutostart());
-    if (change.Autostart(AutostartArguments(options, former.fleet, former.trust))) {
-        return true;
+    // "autostart install" would start a guard of a session with the rights of the installer.
+    SetupOptions chosen = options;
+    const bool startLater =
+        startAgain && options.autostart == "session" && guard.HasOtherRights(change);
+    chosen.noStart = chosen.noStart || startLater;
+    if (change.Autostart(AutostartArguments(chosen, former.fleet, former.trust))) {
+        return !startLater || guard.Start(change, conversation);
     }
     if (startAgain) { // the machine keeps the entry that it has
-        static_cast<void>(change.Autostart({"start"}));
+        static_cast<void>(guard.Start(change, conversation));
     }
     return false;
 }

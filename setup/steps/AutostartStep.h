@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Conversation.h"
+#include "GuardRestart.h"
 #include "SetupOptions.h"
 #include "SupervisorChange.h"
 
@@ -16,11 +17,13 @@ namespace vqrx::setup::v0 {
 /// fleet file and its --trust. Without such an option, and if the new entry cannot be made, a guard
 /// that is set up and ran is started again.
 /// @param change      the supervisor that was replaced, if one ran
+/// @param guard       starts a guard again
 /// @param endedGuard  whether a guard was ended that did not end with the supervisor
 /// @return whether that succeeded; the conversation has the reason
 /// @throws SetupError if daemonctl cannot be started; std::runtime_error if Windows does not show
 ///         the present entry
 [[nodiscard]] bool SetUpAutostart(const SetupOptions& options, const SupervisorChange& change,
-                                  bool endedGuard, Conversation& conversation);
+                                  const GuardRestart& guard, bool endedGuard,
+                                  Conversation& conversation);
 
 } // namespace vqrx::setup::v0

@@ -69,6 +69,7 @@ InstallationSteps::InstallationSteps(const SetupOptions& options,
     , place_(FindFirmwarePlace(options.root))
     , swap_(folder_)
     , change_(conversation, [this] { return swap_.PlaceOf("daemonctl.exe"); })
+    , guard_(InstallationKey().Text(kFolderNote))
     , accountSid_(FindAccount(options.account, change_.LimitedAccountSid()))
 {
 }
@@ -176,7 +177,7 @@ int InstallationSteps::HandOver()
 
 bool InstallationSteps::SetUpAutostart()
 {
-    return v0::SetUpAutostart(options_, change_, endedGuard_, conversation_);
+    return v0::SetUpAutostart(options_, change_, guard_, endedGuard_, conversation_);
 }
 
 void InstallationSteps::GoBack() noexcept
@@ -190,7 +191,7 @@ void InstallationSteps::GoBack() noexcept
         StartFormer();
     }
     if (change_.Ended() || endedGuard_) { // a guard also ends with its supervisor
-        Try([this] { static_cast<void>(change_.Autostart({"start"})); });
+        Try([this] { static_cast<void>(guard_.Start(change_, conversation_)); });
     }
     swap_.Discard();
     if (folders_) {

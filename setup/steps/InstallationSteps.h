@@ -3,6 +3,7 @@
 #include "Conversation.h"
 #include "FileSwap.h"
 #include "FirmwarePlace.h"
+#include "GuardRestart.h"
 #include "MachineKey.h"
 #include "Payload.h"
 #include "SafeFolders.h"
@@ -66,6 +67,7 @@ private:
     FirmwarePlace place_;
     FileSwap swap_;
     SupervisorChange change_;
+    GuardRestart guard_;
     std::string accountSid_;
     std::optional<SafeFolders> folders_;
     bool logExisted_ = false;

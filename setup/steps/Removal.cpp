@@ -3,6 +3,7 @@
 #include "EndSupervisorAndGuards.h"
 #include "FileSwap.h"
 #include "FirmwarePlace.h"
+#include "GuardRestart.h"
 #include "InstalledFiles.h"
 #include "MachineKey.h"
 #include "ObjectRights.h"
@@ -66,10 +67,11 @@ void RemoveMadeFolders()
 }
 
 // Starts a guard that is set up, after a removal that failed. Reports a failure, too.
-void StartGuardAgain(const SupervisorChange& change, Conversation& conversation)
+void StartGuardAgain(const GuardRestart& guard, const SupervisorChange& change,
+                     Conversation& conversation)
 {
     try {
-        static_cast<void>(change.Autostart({"start"}));
+        static_cast<void>(guard.Start(change, conversation));
     } catch (const std::exception& error) {
         conversation.Say(std::string(error.what()) + "\n");
     }
@@ -77,7 +79,8 @@ void StartGuardAgain(const SupervisorChange& change, Conversation& conversation)
 
 // Ends the supervisor, and the guard, which ends with it or is ended. If that fails half-way, a
 // guard that is set up is started again, and starts the supervisor.
-void EndAll(SupervisorChange& change, const std::string& folder, Conversation& conversation)
+void EndAll(SupervisorChange& change, const GuardRestart& guard, const std::string& folder,
+            Conversation& conversation)
 {
     bool endedGuard = false;
     try {
@@ -87,7 +90,7 @@ void EndAll(SupervisorChange& change, const std::string& folder, Conversation& c
     } catch (...) {
         DeleteOrLater(change.Listing());
         if (change.Ended() || endedGuard) {
-            StartGuardAgain(change, conversation);
+            StartGuardAgain(guard, change, conversation);
         }
         throw;
     }
@@ -98,9 +101,10 @@ void RemoveAll(const SetupOptions& options, Conversation& conversation)
 {
     const std::string folder = InstalledFolder();
     SupervisorChange change(conversation, [folder] { return folder + "\\daemonctl.exe"; });
-    EndAll(change, folder, conversation);
+    const GuardRestart guard(folder);
+    EndAll(change, guard, folder, conversation);
     if (!change.Autostart({"remove"})) { // otherwise Windows would start a program that is gone
-        StartGuardAgain(change, conversation); // it ended with the supervisor
+        StartGuardAgain(guard, change, conversation); // it ended with the supervisor
         throw SetupError("The guard is still set up.");
     }
     UnregisterProxy(folder + "\\DaemonMgrPS.dll"); // that of another installation stays

@@ -84,6 +84,15 @@ public:
     /// Returns the program of the supervisor that ran; empty if none ran.
     [[nodiscard]] std::string FormerProgram() const;
 
+    /// Returns the supervisor that ran; null if none ran.
+    [[nodiscard]] const FormerProcess* Former() const noexcept
+    {
+        return former_.empty() ? nullptr : &former_.front();
+    }
+
+    /// Returns the full path of daemonctl.exe.
+    [[nodiscard]] std::string ClientProgram() const { return client_(); }
+
 private:
     [[nodiscard]] ProgramAnswer Client(const std::vector<std::string>& arguments) const;
     [[nodiscard]] bool Answers() const;

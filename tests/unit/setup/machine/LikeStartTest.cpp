@@ -115,7 +115,8 @@ TEST(LikeStart, A_process_that_got_other_rights_never_runs)
     const FormerProcess former(limited.Id(), TestProgram("no_windows"));
     const ImportPatch patch("CreateProcessAsUserW", IgnoreToken);
     processesStarted = 0;
-    EXPECT_NE(ReasonNotToStart(former).find("Windows gave it the rights of"), std::string::npos);
+    EXPECT_NE(ReasonNotToStart(former).find("Windows gave a new process the rights of"),
+              std::string::npos);
     EXPECT_EQ(1, processesStarted);
 }
 
@@ -126,8 +127,8 @@ TEST(LikeStart, Nothing_is_started_if_Windows_refuses_the_rights)
     const ImportPatch asUser("CreateProcessAsUserW", RefuseAsUser);
     const ImportPatch withToken("CreateProcessWithTokenW", RefuseWithToken);
     const std::string reason = ReasonNotToStart(former);
-    EXPECT_NE(reason.find("The supervisor was not started: Windows does not start it with the "
-                          "account and rights of the former supervisor"),
+    EXPECT_NE(reason.find("Windows does not start a program with the account and the rights that "
+                          "no_windows.exe had, "),
               std::string::npos)
         << reason;
     EXPECT_NE(reason.find("(Windows error 5)"), std::string::npos) << reason;

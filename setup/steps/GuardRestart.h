@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Conversation.h"
+#include "FormerProcess.h"
+#include "SupervisorChange.h"
+
+#include <optional>
+#include <string>
+
+namespace vqrx::setup::v0 {
+
+/// Starts the guard that is set up, after an installation, or after a removal that failed. A guard
+/// of a session gets the account and the rights that it had. If only a supervisor ran, the guard
+/// gets those of the supervisor. With the rights of the installer, it would give them to each
+/// supervisor that it starts.
+class GuardRestart {
+public:
+    /// Notes the rights of the guard that runs, if it is no service.
+    /// @param folder  folder of the guard's program, UTF-8; empty: there is none
+    /// @throws SetupError if the guard cannot be opened
+    explicit GuardRestart(const std::string& folder);
+
+    /// Whether Start() would start a guard of a session with other rights than those of this
+    /// process.
+    /// @param change  the supervisor that was replaced, if one ran
+    [[nodiscard]] bool HasOtherRights(const SupervisorChange& change) const;
+
+    /// Starts the guard. Does nothing if none is set up, or if one runs already.
+    /// @param change  the supervisor that was replaced, if one ran
+    /// @return false if it failed; the conversation has the reason
+    /// @throws SetupError if daemonctl cannot be started; std::runtime_error if Windows does not
+    ///         show which guard is set up
+    [[nodiscard]] bool Start(const SupervisorChange& change, Conversation& conversation) const;
+
+private:
+    [[nodiscard]] const FormerProcess* Former(const SupervisorChange& change) const;
+
+    std::optional<FormerProcess> guard_;
+};
+
+} // namespace vqrx::setup::v0

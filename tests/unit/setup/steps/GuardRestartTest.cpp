@@ -1,0 +1,182 @@
+// A copy of a child program stands for the guard that ran. A function of the test stands for
+// daemonctl: it notes with which rights it is started.
+#include "GuardRestart.h"
+
+#include "AccessRights.h"
+#include "ChildProcess.h"
+#include "ImportPatch.h"
+#include "LimitedToken.h"
+#include "TempFolder.h"
+#include "Utf8.h"
+#include "win32/UniqueHandle.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vqrx::test {
+namespace {
+
+using client::v0::Utf8;
+using client::v0::Wide;
+using setup::v0::GuardRestart;
+using setup::v0::SupervisorChange;
+using system::win32::v1::UniqueKernelHandle;
+
+constexpr const char* kGuardClient = "C:\\client\\daemonctl.exe";
+
+struct ClientStart {
+    std::string command;
+    bool asAdministrator = false;
+};
+
+std::vector<ClientStart> clientStarts;
+
+// Without this test's own processes.
+bool IsClient(LPCWSTR program)
+{
+    return program != nullptr && Utf8(std::wstring_view(program)) == kGuardClient;
+}
+
+BOOL(WINAPI* createOwnProcess)
+(LPCWSTR, LPWSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATTRIBUTES, BOOL, DWORD, LPVOID, LPCWSTR,
+ LPSTARTUPINFOW, LPPROCESS_INFORMATION);
+
+// With the rights of this process, those of an installer.
+BOOL WINAPI NoteOwnRights(LPCWSTR program, LPWSTR command, LPSECURITY_ATTRIBUTES processRights,
+                          LPSECURITY_ATTRIBUTES threadRights, BOOL inherit, DWORD flags,
+                          LPVOID variables, LPCWSTR folder, LPSTARTUPINFOW startup,
+                          LPPROCESS_INFORMATION started)
+{
+    if (IsClient(program)) {
+        clientStarts.push_back({Utf8(std::wstring_view(command)), true});
+        SetLastError(ERROR_ACCESS_DENIED);
+        return FALSE;
+    }
+    return createOwnProcess(program, command, processRights, threadRights, inherit, flags,
+                            variables, folder, startup, started);
+}
+
+BOOL WINAPI NoteRightsOfToken(HANDLE token, LPCWSTR program, LPWSTR command, LPSECURITY_ATTRIBUTES,
+                              LPSECURITY_ATTRIBUTES, BOOL, DWORD, LPVOID, LPCWSTR, LPSTARTUPINFOW,
+                              LPPROCESS_INFORMATION)
+{
+    EXPECT_TRUE(IsClient(program));
+    clientStarts.push_back(
+        {Utf8(std::wstring_view(command)), setup::v0::RightsOfToken(token).administrator});
+    SetLastError(ERROR_ACCESS_DENIED);
+    return FALSE;
+}
+
+LSTATUS(WINAPI* getRegistryValueOfMachine)(HKEY, LPCWSTR, LPCWSTR, DWORD, LPDWORD, PVOID, LPDWORD);
+
+// Windows starts a guard of a session at each logon.
+LSTATUS WINAPI NameGuardOfSession(HKEY root, LPCWSTR key, LPCWSTR value, DWORD flags, LPDWORD type,
+                                  PVOID data, LPDWORD size)
+{
+    if (value != nullptr && std::wstring_view(value) == L"DaemonGuard") {
+        const std::wstring entry = L"\"C:\\client\\DaemonGuard.exe\" --session";
+        std::memcpy(data, entry.c_str(), (entry.size() + 1) * sizeof(wchar_t));
+        return ERROR_SUCCESS;
+    }
+    return getRegistryValueOfMachine(root, key, value, flags, type, data, size);
+}
+
+class GuardTalk : public setup::v0::Conversation {
+public:
+    void Say(const std::string& text) override { said += text; }
+    [[nodiscard]] bool Ask(const std::string& /*question*/) override { return false; }
+
+    std::string said;
+};
+
+class GuardRestartTest : public ::testing::Test {
+protected:
+    GuardRestartTest()
+    {
+        clientStarts.clear();
+        std::filesystem::copy_file(TestProgram("no_windows"), Program());
+    }
+
+    [[nodiscard]] std::string Program() const { return folder_.File("DaemonGuard.exe"); }
+
+    // Starts the guard again, after its process has ended.
+    bool StartAgain(const GuardRestart& guard)
+    {
+        const SupervisorChange change(talk_, [] { return std::string(kGuardClient); });
+        const ImportPatch processes("CreateProcessW", NoteOwnRights, createOwnProcess);
+        const ImportPatch users("CreateProcessAsUserW", NoteRightsOfToken);
+        const ImportPatch registry("RegGetValueW", NameGuardOfSession, getRegistryValueOfMachine);
+        return guard.Start(change, talk_);
+    }
+
+    const TempFolder folder_;
+    GuardTalk talk_;
+};
+
+// A process of this user without the rights of an administrator. The destructor ends it.
+class LimitedGuard {
+public:
+    explicit LimitedGuard(const std::string& program)
+    {
+        const UniqueKernelHandle less = LimitedToken();
+        std::wstring command = Wide('"' + program + '"');
+        STARTUPINFOW startup{};
+        startup.cb = sizeof startup;
+        PROCESS_INFORMATION started{};
+        EXPECT_TRUE(CreateProcessAsUserW(less.Get(), nullptr, command.data(), nullptr, nullptr,
+                                         FALSE, 0, nullptr, nullptr, &startup, &started));
+        process_.Reset(started.hProcess);
+        const UniqueKernelHandle thread(started.hThread);
+    }
+    LimitedGuard(const LimitedGuard&) = delete;
+    LimitedGuard& operator=(const LimitedGuard&) = delete;
+    ~LimitedGuard()
+    {
+        TerminateProcess(process_.Get(), 1);
+        WaitForSingleObject(process_.Get(), INFINITE);
+    }
+
+private:
+    UniqueKernelHandle process_;
+};
+
+TEST_F(GuardRestartTest, Guard_of_a_session_without_rights_never_comes_back_as_administrator)
+{
+    const auto notes = [&] {
+        const LimitedGuard runs(Program());
+        return GuardRestart(folder_.Path().string());
+    };
+    EXPECT_FALSE(StartAgain(notes()));
+    ASSERT_EQ(clientStarts.size(), 1U);
+    EXPECT_FALSE(clientStarts[0].asAdministrator);
+    EXPECT_TRUE(clientStarts[0].command.ends_with(R"(daemonctl.exe" "autostart" "start")"))
+        << clientStarts[0].command;
+    EXPECT_TRUE(talk_.said.starts_with("The guard was not started: Windows does not start a "
+                                       "program with the account and the rights that "
+                                       "DaemonGuard.exe had, "))
+        << talk_.said;
+    EXPECT_TRUE(talk_.said.ends_with("(Windows error 5). Windows starts the guard when its user "
+                                     "logs on.\n"))
+        << talk_.said;
+}
+
+TEST_F(GuardRestartTest, Guard_with_the_rights_of_the_installer_gets_them_again)
+{
+    const auto notes = [&] {
+        const ChildProcess runs('"' + Program() + '"');
+        return GuardRestart(folder_.Path().string());
+    };
+    EXPECT_ANY_THROW(static_cast<void>(StartAgain(notes()))); // the stand-in refuses
+    ASSERT_EQ(clientStarts.size(), 1U);
+    EXPECT_TRUE(clientStarts[0].asAdministrator);
+}
+
+} // namespace
+} // namespace vqrx::test
