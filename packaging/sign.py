@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Signs one file of the packages. make_packages.py calls it for each of them, if DM_SIGN names it:
+"""Signs one file. make_packages.py calls it for each file that is signed, if DM_SIGN names it:
 
   cmake --preset windows -DDM_SIGN="$PWD/packaging/sign.py --certificate CHAIN.pem --key KEY.pem"
 

@@ -8,7 +8,7 @@ namespace vqrx::client::v0 {
 /// the next power-on, and who else than administrators could make it do something else:
 /// - whoever may change the programs that a service starts;
 /// - whoever may change the log and the fleet file that the guard believes;
-/// - a session to which nobody is logged on by itself, or whose account may not write to \Logs.
+/// - a session without automatic logon, or whose account may not write to \Logs.
 /// @throws std::runtime_error if the registry does not name the firmware root
 void WarnOfAutostart(const GuardCommand& command);
 

@@ -10,8 +10,8 @@ namespace vqrx::client::v0 {
 
 /// A program that was called with a text on its standard input. The destructor ends it, and with it
 /// all programs that it has started. It waits until they have ended, at most ten seconds, so that
-/// two calls do not overlap. Only the programs that it has started run on if Windows
-/// refuses to put it into a job: before Windows 8 that happens if this process is in a job itself.
+/// two calls do not overlap. If Windows refuses to put it into a job, the programs that it
+/// started run on: before Windows 8 that happens if this process is in a job itself.
 class CalledProgram {
 public:
     /// Starts the program without a window.

@@ -17,7 +17,7 @@ namespace vqrx::client::v0 {
 /// be found.
 using LogPath = std::function<std::string()>;
 
-/// Returns whether the supervisor of this machine runs.
+/// Finds out whether the supervisor of this machine runs and answers.
 using SupervisorNow = std::function<SupervisorState()>;
 
 /// Finds the daemons of this machine's supervisor in the timeline of its log. Throws
@@ -56,7 +56,7 @@ void AddWaitCommand(const CommandDefinition& app, int& exitCode);
 /// Adds check, which compares the running daemons with a list of programs.
 void AddCheckCommand(const CommandDefinition& app, int& exitCode);
 
-/// Adds apply, which makes the daemons those of a fleet file.
+/// Adds apply, which launches what a fleet file names.
 void AddApplyCommand(const CommandDefinition& app, int& exitCode);
 
 /// Adds reattach, which attaches the daemons of the former supervisor.

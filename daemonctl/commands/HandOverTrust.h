@@ -11,15 +11,15 @@ namespace vqrx::client::v0 {
 // launch what somebody with lesser rights has chosen.
 
 // A file is checked first and read afterwards, and a file that was missing then is not read.
-// Otherwise somebody could replace the file that was read by a sound one, or make it after the
-// check.
+// Otherwise somebody could put a sound file in the place of the one that was read, or make the file
+// after the check.
 
 /// Prints that a file was missing when it was checked, although it could be read afterwards.
 /// @param file  UTF-8
 void PrintNotThere(const std::string& file);
 
 /// Returns whether this process may believe files. A process without the full rights of an
-/// administrator may believe all: it has no such rights that somebody could gain through a file.
+/// administrator may believe all: nobody gains rights through it.
 /// If the answer is no, prints on standard error who else may have written the files.
 /// @param files  paths of logs, of a listing or of a fleet file, UTF-8; an empty path is none
 [[nodiscard]] bool CanBelieve(const std::vector<std::string>& files);

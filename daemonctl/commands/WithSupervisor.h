@@ -10,9 +10,9 @@
 
 namespace vqrx::client::v0 {
 
-/// Connects to the supervisor and runs an operation. A failure is printed on standard error. Before
-/// that, asks the supervisor whether it is there, for at most ten seconds. If the supervisor hangs,
-/// the operation does not run. The calls of the operation have no limit of their own.
+/// Asks the supervisor whether it is there, for at most ten seconds, then connects to it and runs
+/// an operation. If the supervisor hangs, the operation does not run. The calls of the operation
+/// have no limit of their own. Prints a failure on standard error.
 /// @return the exit code of the operation; kRefused if the supervisor hangs; after a failure
 ///         kNoSupervisor, kRefused, or kWrongUsage for an argument that the client library refuses
 [[nodiscard]] int
@@ -25,10 +25,10 @@ WithSupervisor(const std::function<int(daemon_manager::SupervisorClient&)>& oper
 [[nodiscard]] int
 WithSupervisorAndLog(const std::function<int(daemon_manager::SupervisorClient&)>& operation);
 
-/// Runs an operation that reads the supervisor's log and asks the supervisor for nothing. Before
-/// that, asks the supervisor whether it is there, for at most ten seconds. A supervisor that hangs
-/// does not keep the operation from running; a message on standard error says that it hangs. A
-/// failure is printed on standard error.
+/// Asks the supervisor whether it is there, for at most ten seconds, then runs an operation that
+/// reads the supervisor's log and calls no supervisor. A supervisor that hangs does not keep the
+/// operation from running; a message on standard error says that it hangs. Prints a failure on
+/// standard error.
 /// @return the exit code of the operation, but kRefused instead of kDone if the supervisor hangs;
 ///         kNoSupervisor, kRefused or kLogUnreadable after a failure
 [[nodiscard]] int BesideSupervisor(const std::function<int()>& operation);

@@ -11,18 +11,18 @@ namespace vqrx::client::v0 {
 
 /// How the supervisor is started at power-on, and what the guard launches then. Texts are UTF-8.
 struct AutostartFacts {
-    std::string error; ///< why Windows does not tell; empty: it does
+    std::string error; ///< why Windows does not tell; empty: no error
     std::vector<AutostartEntry> entries;
     // The other members are set if there is one entry whose command line starts a guard.
     GuardCommand command;
     bool programThere = false; ///< false: the guard's program does not exist
     std::string fleet;         ///< path of the fleet file
     bool fleetThere = false;   ///< false: the file does not exist; fleetErrors: it is unreadable
-    std::vector<std::string> fleetErrors;   ///< because of which nothing is launched: "line 3: ..."
+    std::vector<std::string> fleetErrors;   ///< each keeps all from a launch: "line 3: ..."
     std::vector<std::string> fleetWarnings; ///< "line 3: ..."; a program does not exist
     std::size_t fleetPrograms = 0;          ///< lines with a program
-    // Why others than administrators can change the files, because of which a guard with the rights
-    // of an administrator does not believe them.
+    // Why others than administrators can change the files. A guard with the rights of an
+    // administrator then does not believe them.
     std::vector<std::string> fleetWeaknesses;
     std::vector<std::string> logWeaknesses; ///< of the supervisor's log
     SessionFacts session;                   ///< set if UsesSession()

@@ -36,7 +36,7 @@ struct DoctorFacts {
 
 /// Makes all checks. The check "session" is made only if a guard starts at a logon, and the check
 /// "fleet-file" only if a guard uses such a file. Pure.
-/// @return one finding for each check, in the order in which the operator best follows the remedies
+/// @return one finding for each check; what to mend first comes first
 [[nodiscard]] std::vector<Finding> Judge(const DoctorFacts& facts);
 
 /// Returns the exit code of `daemonctl doctor` for these findings. Pure.

@@ -20,7 +20,7 @@ struct ProxyOverride {
 /// The registrations of all users whose part of the registry is loaded: those who are logged on.
 struct ProxyOverrideFacts {
     std::vector<ProxyOverride> found;
-    /// The Windows error because of which registrations of some users may be missing; 0: none is.
+    /// Not 0: registrations of some users may be missing, because of this Windows error.
     std::uint32_t error = 0;
 };
 

@@ -7,10 +7,10 @@
 
 namespace vqrx::client::v0 {
 
-/// Returns the commands that take the rights to change a place away from others than
-/// administrators, one a line, for the command interpreter and for PowerShell. A name that would do
-/// something else when it is pasted is in no command. A folder keeps the right of users to read and
-/// to execute; \Logs is for administrators and the supervisor's account alone. Pure.
+/// Returns the commands after which only administrators may change a place, one a line, for the
+/// command interpreter and for PowerShell. No command contains a name that is unsafe to paste. A
+/// folder keeps the right of users to read and to execute; \Logs is for administrators and the
+/// supervisor's account alone. Pure.
 /// @param trusted        those who may change the place
 /// @param supervisorSid  gets full access to \Logs; empty: not known
 /// @return sentences where no command helps; nothing if the place has no weakness

@@ -8,7 +8,7 @@
 
 namespace vqrx::client::v0 {
 
-/// What a guard needs that Windows starts when a user logs on. Texts are UTF-8.
+/// What a guard of a session needs: Windows starts it when a user logs on. Texts are UTF-8.
 struct SessionFacts {
     bool logsOnByItself = false; ///< Windows is set up to log a user on without a person
     /// Name of the account in whose session the guard will run: the account of the automatic logon,
@@ -17,7 +17,7 @@ struct SessionFacts {
     std::string accountSid; ///< empty: Windows finds no such account
     /// Whether Windows starts programs in this session without the rights of an administrator.
     /// False: the account is SYSTEM or the built-in administrator, or the machine limits nobody
-    /// (EnableLUA is 0), so that nobody can say what the account may do.
+    /// (EnableLUA is 0). Then its rights are not judged: groups that are not known here count, too.
     bool isLimited = true;
     std::string notedSid; ///< of the account that was noted for the supervisor; empty: none
     /// Of \Logs. Error 2 or 3: it does not exist. Without a path: not known, and not judged.

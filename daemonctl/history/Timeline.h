@@ -75,8 +75,8 @@ struct DaemonHistory {
     /// Returns the last interval that has ended; null if none has.
     [[nodiscard]] const ProcessInterval* LastEnded() const noexcept;
 
-    /// Returns how many restarts the log still shows. The first start is none. It is the first
-    /// interval if beginningSeen is true, or if that interval began before the log.
+    /// Returns how many restarts the log still shows. The first interval is no restart if it is the
+    /// first start (beginningSeen), or if it began before the log. Each later interval is one.
     [[nodiscard]] std::size_t Restarts() const noexcept
     {
         const bool firstIsRestart =

@@ -13,7 +13,8 @@ enum class CheckResult {
     kBusy,      ///< COM answered, but the supervisor did not serve a call in time
     kWithdrawn, ///< the supervisor's process runs, but its object is not published
     kStranger,  ///< another program's object is published under the supervisor's name
-    kUnknown,   ///< the call cannot be made, so nothing is known. The last value
+    kUnknown,   ///< the call cannot be made, so nothing is known
+    // kUnknown stays last: it gives counts_ its size.
 };
 
 /// Decides from the checks of a published supervisor whether it hangs. The checks begin 10 seconds
@@ -33,8 +34,8 @@ public:
     /// @return whether the supervisor hangs
     [[nodiscard]] bool Notice(CheckResult result) noexcept;
 
-    /// Returns how many checks since the last answer count as the last result does: of a busy or a
-    /// withdrawn supervisor the bad ones of all kinds, else those with the same result.
+    /// Counts checks since the last answer. After a busy or a withdrawn one: the silent, busy and
+    /// withdrawn checks together. After another one: the checks with the same result.
     [[nodiscard]] std::uint32_t Count() const noexcept;
 
     /// Returns which count of checks with this result means that the supervisor hangs; 0 if this

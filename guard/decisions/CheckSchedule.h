@@ -6,8 +6,8 @@ namespace vqrx::guard::v0 {
 
 /// Decides when the next check of the supervisor begins: one interval after the begin of the check
 /// before. The wait for an answer is as long as the interval. So a check that gets no answer is
-/// followed by the next one at once, and a hang is found after 30 to 40 s (CheckCounter). Pure; for
-/// one thread.
+/// followed by the next one at once, and a supervisor whose COM is silent is found after 30 to 40 s
+/// (CheckCounter). Pure; for one thread.
 class CheckSchedule {
 public:
     /// @param intervalMs  milliseconds between the begins of two checks

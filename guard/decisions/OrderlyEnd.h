@@ -30,14 +30,16 @@ struct EndedSupervisor {
 /// - a client's request to exit since the beginning of the watch; or
 /// - "Deamon Thread is exiting...", and the process was published and ended with exit code 0 or
 ///   with 2, the code of a shutdown that was given up; or
-/// - that a shutdown was given up, and the exit code is 2.
-/// Of a process that the guard started, the records after EndedSupervisor::lastBefore count. Of one
-/// that it found, an order counts only after that record: an older order is not about this watch,
-/// somebody ended the supervisor and then started the guard. If the log no longer holds that
-/// record, all records came after it.
+/// - that a shutdown was given up, and the process was published and ended with exit code 2.
+/// If the guard started the process, only the records after EndedSupervisor::lastBefore count. If
+/// the guard found it, all its records count, but a request to exit only after that record: an
+/// older request is not about this watch, because somebody ended the supervisor and then started
+/// the guard. If the log no longer holds that record, all records came after it. Without records no
+/// end counts as ordered.
 ///
 /// A start that fails also logs "Deamon Thread is exiting...". It is no ordered end. A supervisor
-/// that was started beside this one, and was refused, logs it into the same file; nor is that one.
+/// that was started beside this one, and was refused, logs it into the same file. That is no
+/// ordered end of this supervisor either.
 /// @param records  of the supervisor's log, read after the end
 [[nodiscard]] bool WasOrdered(const EndedSupervisor& ended,
                               const std::vector<client::v0::Record>& records);

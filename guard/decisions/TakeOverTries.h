@@ -5,9 +5,9 @@
 namespace vqrx::guard::v0 {
 
 /// Decides when a hand-over that was not complete is tried again: after 1, 2, 4, ... seconds, then
-/// every minute, and after about an hour every ten minutes, without end. Each try may cost the
-/// supervisor a record of its log, which is a ring: tries every minute for days would push the
-/// daemons out of it that are to be handed over. Pure; for one thread.
+/// every minute, and after about an hour every ten minutes, without end. The log is a ring, and a
+/// try may write a record to it. Tries every minute for days would overwrite the records of the
+/// daemons that are to be handed over. Pure; for one thread.
 class TakeOverTries {
 public:
     /// @param longestMs  the wait within the first hour, milliseconds; only tests change it

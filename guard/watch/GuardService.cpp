@@ -32,7 +32,7 @@ struct Service {
 Service* theService = nullptr; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
 
 // A control may arrive at any moment. Its report must not follow that of the end, and the guard
-// must not be reported as running after it.
+// must not be reported as running after its end was reported.
 void Report(DWORD state, DWORD exitCode = NO_ERROR)
 {
     const std::scoped_lock lock(theService->reporting);

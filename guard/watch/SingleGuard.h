@@ -12,10 +12,10 @@ namespace vqrx::guard::v0 {
 /// Windows closes and deletes the file with the process, however the process ends. Only somebody
 /// who may write to the folder of the logs can keep a guard from running.
 ///
-/// A full disk or a missing folder is no second guard: a guard without its lock is better than a
-/// machine without a supervisor. Nor is it one if Windows refuses access to an administrator. A
-/// user with lesser rights who is refused does not belong to this machine's supervisor, and may be
-/// logged on beside the one who does.
+/// Without its lock the guard runs on if the disk is full, if the folder is missing, or if Windows
+/// refuses access to an administrator: that is better than a machine without a supervisor. If
+/// Windows refuses a user with lesser rights, the guard ends: this user does not belong to the
+/// machine's supervisor, and may be logged on beside the one who does.
 class SingleGuard {
 public:
     /// Waits at most `limitMs` until the file can be opened: a former guard may end just now.

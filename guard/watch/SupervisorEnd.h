@@ -12,7 +12,7 @@
 namespace vqrx::guard::v0 {
 
 /// Writes a dump of a supervisor that does not answer, and terminates its process. Logs both. Takes
-/// at most `dumpMs` and 10 s.
+/// at most dumpMs + 10 s.
 /// @param dumpFile  ANSI code page
 /// @param dumpMs    milliseconds to wait for the dump at most
 /// @throws std::bad_alloc

@@ -8,7 +8,7 @@
 namespace vqrx::guard::v0 {
 
 /// Reads the records of the supervisor's log on this machine.
-/// @return nothing if the log cannot be read
+/// @return empty if the log cannot be read
 [[nodiscard]] std::vector<client::v0::Record> RecordsOfSupervisor();
 
 /// Returns the last record of the supervisor's log; nothing if there is none, or if the log cannot

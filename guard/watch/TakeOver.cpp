@@ -160,8 +160,8 @@ private:
     // administrator must not do what somebody with lesser rights may have written. Nobody is there
     // to ask: the log shows who may write the file.
     // @param what  the beginning of the records
-    // @param path  read only after this check. So it must exist: a file that appeared between them
-    //              would be read unchecked
+    // @param path  read only after this check. So it must exist: a file that appeared between
+    //              the check and the reading would be read unchecked
     // @return whether the file can be believed
     bool CanBelieve(const std::string& what, const std::string& path) const
     {

@@ -33,7 +33,7 @@ SupervisorCheck Check(SupervisorChecker& checker, DWORD limitMs)
     }
 }
 
-// Returns whether the supervisor that the table names answers, or nobody can find out. The table
+// Returns false only if a check showed that nobody answers, or another program. The table
 // may still name a supervisor that has ended, or another program may hold the name.
 bool Answers(CheckResult result)
 {
@@ -159,7 +159,7 @@ void Watch::EndAfterStop(const SupervisorProgram& supervisor, bool isPublished)
     }
 }
 
-// @return how the wait ended, if the supervisor was not published
+// @return how the wait ended, if the supervisor was not published; without meaning if it was
 Watch::End Watch::AwaitPublication(const SupervisorProgram& supervisor, bool& isPublished)
 {
     const ULONGLONG start = GetTickCount64();

@@ -43,7 +43,7 @@ struct WatchSettings {
     std::string dumpFile;     ///< for the memory of a supervisor that hangs; ANSI code page
     WatchTimes times;
     /// Called about every second while the supervisor ends after `stop`, and while the watch waits
-    /// for the end of a hand-over before it ends. May be empty.
+    /// for the end of a hand-over before Watch::Run() returns. May be empty.
     std::function<void()> onEnding;
 };
 
@@ -57,9 +57,9 @@ public:
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
 
-    /// Returns after somebody ordered the end of the supervisor, or after `stop`: the function then
-    /// ends the supervisor in order first. The daemons run on in both cases. The calling thread
-    /// must be a member of COM's multithreaded apartment.
+    /// Returns after somebody ordered the end of the supervisor. After `stop`, orders the
+    /// supervisor to end, waits for that, and then returns. The daemons run on in both
+    /// cases. The calling thread must be a member of COM's multithreaded apartment.
     void Run();
 
 private:

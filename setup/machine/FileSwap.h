@@ -9,9 +9,9 @@
 namespace vqrx::setup::v0 {
 
 /// Replaces the files of an installation. The new files are unpacked into a fresh folder with a
-/// random name below the folder of the programs, while the supervisor keeps running, because
-/// unpacking may fail for lack of space. After that the files only change their names, so programs
-/// that run and libraries that are loaded can be replaced too, and every step can be taken back.
+/// random name below the folder of the programs. The supervisor keeps running meanwhile: unpacking
+/// may fail for lack of space. After that the files only change their names. So programs that run
+/// and libraries that are loaded can be replaced too, and every step can be taken back.
 /// Files are removed by their names only: nothing is deleted with all that a folder holds.
 class FileSwap {
 public:
@@ -68,11 +68,11 @@ private:
 /// Pure.
 [[nodiscard]] std::vector<std::string> FoldersOfName(const std::string& name);
 
-/// Deletes a file. If a program uses it, Windows deletes it at its next start.
+/// Deletes a file. If a program uses it, Windows deletes it when it starts next.
 void DeleteOrLater(const std::string& path) noexcept;
 
 /// Removes a folder if it is empty.
-/// @param later  Windows removes it at its next start, if it is empty then
+/// @param later  Windows removes it when it starts next, if it is empty then
 void RemoveEmptyFolder(const std::string& path, bool later) noexcept;
 
 } // namespace vqrx::setup::v0

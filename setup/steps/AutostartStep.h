@@ -14,8 +14,8 @@ namespace vqrx::setup::v0 {
 [[nodiscard]] std::string FleetOfPresentGuard();
 
 /// Sets up what Windows starts at power-on, as the options say. A guard that is set up keeps its
-/// fleet file and its --trust. Without such an option, and if the new entry cannot be made, a guard
-/// that is set up and ran is started again.
+/// fleet file and its --trust. Without /AUTOSTART, or if the new entry cannot be made, starts
+/// again a guard that is set up and ran.
 /// @param change      the supervisor that was replaced, if one ran
 /// @param guard       starts a guard again
 /// @param endedGuard  whether a guard was ended that did not end with the supervisor

@@ -21,7 +21,7 @@ enum SetupExitCode : int {
     kSetupDone = 0,
     kSetupCancelled = 1,
     kSetupFailed = 2,
-    /// Installed, but the supervisor was not started, not every daemon was handed over, or the
+    /// Installed, but the new supervisor ended again, not every daemon was handed over, or the
     /// guard was not set up.
     kSetupIncomplete = 3,
 };

@@ -14,9 +14,10 @@ namespace vqrx::setup::v0 {
 /// @throws SetupError if Windows names no folder for programs
 [[nodiscard]] std::string DefaultProgramFolder();
 
-/// Installs the files, replaces a supervisor that runs, and hands its daemons over. Before the
-/// supervisor is ended, everything that can fail without it is done or tried; after that, a failure
-/// puts the former files back and starts the former supervisor again.
+/// Installs the files, replaces a supervisor that runs, and hands its daemons over. First does or
+/// tries everything that is possible while the supervisor runs. A failure before the notes are
+/// written puts the former files back and starts the former supervisor again. A later failure gives
+/// kSetupIncomplete.
 /// @return one of SetupExitCode; the conversation has the reason
 [[nodiscard]] int Install(const SetupOptions& options, const std::vector<PayloadFile>& files,
                           Conversation& conversation);

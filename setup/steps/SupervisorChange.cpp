@@ -23,7 +23,7 @@ constexpr std::uint32_t kNotFound = 3; // no supervisor is published in this ses
 constexpr std::uint32_t kNothingSetUp = 1;
 
 // The supervisor finishes a stop that is under way before it ends, which may take a minute.
-// "daemonctl exit" waits two minutes; then its process is waited for once more.
+// "daemonctl exit" waits two minutes; then the installer waits as long for the process.
 constexpr DWORD kEndLimitMs = 120000;
 // At its start the supervisor waits for a firewall service that is starting, at most two minutes.
 constexpr ULONGLONG kStartLimitMs = 120000;

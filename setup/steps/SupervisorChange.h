@@ -12,8 +12,8 @@
 namespace vqrx::setup::v0 {
 
 /// Ends the running supervisor, starts one with the same account and rights, and hands the daemons
-/// over. daemonctl does the calls. Everything goes by the processes and not by the published
-/// object: another program may have published it.
+/// over. daemonctl does the calls. The class identifies supervisors by their processes, because
+/// another program may have published the object.
 class SupervisorChange {
 public:
     /// Finds the supervisors that run: processes of the installed program, run by an expected user.
@@ -24,8 +24,9 @@ public:
     /// Finds the supervisors that run now. @throws SetupError as the constructor
     [[nodiscard]] SupervisorChange LookAgain() const { return {conversation_, client_}; }
 
-    /// Takes over what a later look has found and ended, if no supervisor ran at this one. If one
-    /// ran, its account, its program and its list of the daemons stay; the later list is deleted.
+    /// If this look found no supervisor, takes over the one that a later look found and ended. If
+    /// it found one, its account, its program and its list of the daemons stay, and the later list
+    /// is deleted.
     void Follow(SupervisorChange&& later);
 
     /// Whether a supervisor ran when this object was made.
@@ -69,9 +70,8 @@ public:
     /// @param trust  believe the log, whoever may have written it
     /// @param fleet  UTF-8 path of the guard's fleet file, for the arguments of services; empty: no
     ///               such file. If the file cannot be used, the services get no arguments.
-    /// @return whether all were handed over, and a supervisor that Start() has started still runs
-    ///         after that: until it has published its object, another program could answer in its
-    ///         place
+    /// @return whether all were handed over and a supervisor that Start() has started still runs.
+    ///         If it has ended, another program may have answered in its place
     [[nodiscard]] bool HandOver(bool trust, const std::string& fleet);
 
     /// Runs "daemonctl autostart". Says what it has done, with its warnings, or what failed.

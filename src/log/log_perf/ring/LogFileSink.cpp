@@ -132,7 +132,8 @@ bool LogFileSink::WriteToFile(const LogHistoryEntry& entry, std::uint32_t sizeLi
     return true;
 }
 
-// Returns whether the file has a note about the records that it lacks, if it lacks any.
+// Writes the note about lost records, if any were lost. Returns whether the file can take the next
+// record.
 bool LogFileSink::NoteOutage(std::uint32_t sizeLimit)
 {
     if (outage_.LostBefore() == 0 || !stream_.IsWritable()) {
