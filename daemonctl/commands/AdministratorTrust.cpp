@@ -7,7 +7,6 @@
 #include "RecordFolder.h"
 #include "TrustedSources.h"
 #include "Utf8.h"
-#include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
@@ -16,12 +15,11 @@
 #include <iostream>
 #include <iterator>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 namespace vqrx::client::v0 {
 namespace {
-
-using system::win32::v1::UniqueKernelHandle;
 
 void Append(std::vector<std::string>& found, std::vector<std::string> more)
 {
@@ -58,16 +56,8 @@ std::vector<std::string> MakeMissing(const std::string& folder, const TrustedSid
 std::vector<std::string> WeaknessesOfRecordFile(const std::string& file, const TrustedSids& trusted)
 {
     std::vector<std::string> found = Weaknesses(ReadRights(file), trusted);
-    const UniqueKernelHandle handle(
-        CreateFileW(Wide(file).c_str(), FILE_READ_ATTRIBUTES,
-                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                    FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
-    BY_HANDLE_FILE_INFORMATION information{};
-    if (!handle || GetFileInformationByHandle(handle.Get(), &information) == FALSE) {
-        const DWORD error = GetLastError();
-        found.push_back(file + " cannot be opened (Windows error " + std::to_string(error) + ")");
-    } else if (information.nNumberOfLinks > 1) {
-        found.push_back(file + " also has another name (a hard link)");
+    if (std::string second = SecondNameOf(file); !second.empty()) {
+        found.push_back(std::move(second));
     }
     return found;
 }

@@ -164,7 +164,7 @@ Finding JudgeLog(const InstallationFacts& facts)
         finding =
             WithWarning(finding, facts.logUnreadable,
                         "Another program may have held the log for a moment: run daemonctl doctor "
-                        "again. To see who may read the log: daemonctl rights");
+                        "again. The check file-rights shows who may read it.");
     }
     for (const std::string& damagedLog : facts.damagedLogs) {
         finding = WithDamagedLog(finding, damagedLog);

@@ -37,14 +37,21 @@ bool IsBehindLink(const PlaceFacts& place, const RightsFacts& facts)
 // The weak objects of a check, as texts.
 class WeakObjects {
 public:
-    void Add(const std::vector<std::string>& weaknesses, const std::vector<std::string>& remedy)
+    // @param weaknesses  why somebody can change the object
+    // @param readers     who should not read it, and can
+    void Add(const std::vector<std::string>& weaknesses, const std::vector<std::string>& readers,
+             const std::vector<std::string>& remedy)
     {
-        if (weaknesses.empty()) {
+        if (weaknesses.empty() && readers.empty()) {
             return;
         }
         ++count_;
-        for (const std::string& weakness : weaknesses) {
-            text_ += "\n" + weakness;
+        canChange_ = canChange_ || !weaknesses.empty();
+        canRead_ = canRead_ || !readers.empty();
+        for (const std::vector<std::string>* const texts : {&weaknesses, &readers}) {
+            for (const std::string& text : *texts) {
+                text_ += "\n" + text;
+            }
         }
         for (const std::string& line : remedy) {
             if (std::find(remedies_.begin(), remedies_.end(), line) == remedies_.end()) {
@@ -55,6 +62,10 @@ public:
 
     [[nodiscard]] std::size_t Count() const noexcept { return count_; }
     [[nodiscard]] const std::string& Text() const noexcept { return text_; }
+    [[nodiscard]] const char* Deed() const noexcept
+    {
+        return !canRead_ ? "change " : canChange_ ? "change or read " : "read ";
+    }
 
     [[nodiscard]] std::string Remedy(const std::string& heading) const
     {
@@ -67,6 +78,8 @@ public:
 
 private:
     std::size_t count_ = 0;
+    bool canChange_ = false;
+    bool canRead_ = false;
     std::string text_;
     std::vector<std::string> remedies_;
 };
@@ -81,8 +94,9 @@ Finding FindingAbout(const char* check, const std::string& objects, const WeakOb
                              " on which the supervisor relies");
     }
     return Warning(check,
-                   "others than administrators can change " + std::to_string(weak.Count()) +
-                       " of " + objects + " on which the supervisor relies" + weak.Text(),
+                   std::string("others than administrators can ") + weak.Deed() +
+                       std::to_string(weak.Count()) + " of " + objects +
+                       " on which the supervisor relies" + weak.Text(),
                    weak.Remedy(heading));
 }
 
@@ -98,14 +112,17 @@ Finding JudgeFileRights(const RightsFacts& facts)
         }
         ++there;
         const TrustedSids trusted = TrustedWith(facts, place.role);
+        const bool isOfLog =
+            place.role == PlaceFacts::Role::kLogs || place.role == PlaceFacts::Role::kLogFile;
         weak.Add(place.role == PlaceFacts::Role::kAbove ? WeaknessesOfParent(place.rights, trusted)
                                                         : Weaknesses(place.rights, trusted),
+                 isOfLog ? Readers(place.rights, trusted) : std::vector<std::string>(),
                  IsBehindLink(place, facts) ? std::vector<std::string>()
                                             : RemediesFor(place, trusted, facts.supervisorSid));
     }
     for (const std::string& path : facts.unjudged) {
         ++there;
-        weak.Add({path + " lies on a network, or is no path: its rights prove nothing"},
+        weak.Add({path + " lies on a network, or is no path: its rights prove nothing"}, {},
                  {"Use programs on a drive of this machine."});
     }
     return FindingAbout("file-rights", std::to_string(there) + " files and folders", weak,
@@ -121,7 +138,7 @@ Finding JudgeKeyRights(const RightsFacts& facts)
             continue;
         }
         ++there;
-        weak.Add(Weaknesses(key, facts.administrators), RemediesForKey(key));
+        weak.Add(Weaknesses(key, facts.administrators), {}, RemediesForKey(key));
     }
     return FindingAbout("key-rights", std::to_string(there) + " registry keys", weak,
                         "In PowerShell, as administrator:");

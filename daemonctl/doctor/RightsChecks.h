@@ -16,8 +16,8 @@ struct PlaceFacts {
     /// for the log and its folder also the account of the supervisor.
     enum class Role {
         kPrograms, ///< a folder of programs: nobody else may add or change anything
-        kLogs,     ///< the folder of the log: nobody else may add or change anything
-        kLogFile,  ///< the log
+        kLogs,     ///< the folder of the log: nobody else may read, add or change anything
+        kLogFile,  ///< the log: nobody else may read or change it
         kProgram,  ///< the file of a program or a library
         kAbove     ///< a folder above one of the others: nobody else may replace what lies in it
     };
@@ -51,7 +51,7 @@ struct RightsFacts {
                                             const std::vector<std::string>& programs);
 
 /// The check "file-rights": whether only administrators can change what runs with the supervisor's
-/// rights, and whether only they and the supervisor's account can change the log. Pure.
+/// rights, and whether only they and the supervisor's account can read and change the log. Pure.
 [[nodiscard]] Finding JudgeFileRights(const RightsFacts& facts);
 
 /// The check "key-rights": whether only administrators can change the registry keys of the firmware

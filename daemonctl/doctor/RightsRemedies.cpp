@@ -42,10 +42,17 @@ void RepairAbove(const std::string& icacls, const ObjectRights& rights, const Tr
     commands.push_back(icacls + " /grant " + kUsersRead);
 }
 
+bool IsOfLog(Role role)
+{
+    return role == Role::kLogs || role == Role::kLogFile;
+}
+
 void Repair(const std::string& icacls, const PlaceFacts& place, const TrustedSids& trusted,
             const std::string& supervisorSid, std::vector<std::string>& commands)
 {
-    const std::vector<GrantedRight> grants = GrantsToStrangers(place.rights, trusted);
+    const std::vector<GrantedRight> grants = IsOfLog(place.role)
+                                                 ? GrantsToReaders(place.rights, trusted)
+                                                 : GrantsToStrangers(place.rights, trusted);
     if (grants.empty() && !place.rights.unprotected) {
         return;
     }
@@ -70,7 +77,9 @@ std::vector<std::string> RemediesFor(const PlaceFacts& place, const TrustedSids&
 {
     const ObjectRights& rights = place.rights;
     const bool isAbove = place.role == Role::kAbove;
-    if ((isAbove ? WeaknessesOfParent(rights, trusted) : Weaknesses(rights, trusted)).empty()) {
+    const bool hasReaders = IsOfLog(place.role) && !Readers(rights, trusted).empty();
+    if (!hasReaders &&
+        (isAbove ? WeaknessesOfParent(rights, trusted) : Weaknesses(rights, trusted)).empty()) {
         return {};
     }
     if (rights.error != 0) {

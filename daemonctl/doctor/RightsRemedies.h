@@ -13,7 +13,8 @@ namespace vqrx::client::v0 {
 /// supervisor's account alone. Pure.
 /// @param trusted        those who may change the place
 /// @param supervisorSid  gets full access to \Logs; empty: not known
-/// @return sentences where no command helps; nothing if the place has no weakness
+/// @return sentences where no command helps; nothing if the place has no weakness, and the log and
+///         its folder no reader
 [[nodiscard]] std::vector<std::string>
 RemediesFor(const PlaceFacts& place, const TrustedSids& trusted, const std::string& supervisorSid);
 

@@ -40,7 +40,7 @@ bool MayWriteTo(const ObjectRights& folder, const std::string& accountSid)
             const bool isOfAccount = right.sid == accountSid ||
                                      std::find(kGroupsOfEachUser.begin(), kGroupsOfEachUser.end(),
                                                right.sid) != kGroupsOfEachUser.end();
-            return isOfAccount && (right.mask & kMayAddFiles) != 0;
+            return isOfAccount && !right.onlyInherited && (right.mask & kMayAddFiles) != 0;
         });
 }
 
@@ -86,6 +86,12 @@ void AddObstacleOfLogs(const SessionFacts& facts, std::vector<SessionObstacle>& 
         found.push_back({"the rights of " + logs.path + " cannot be read (Windows error " +
                              std::to_string(logs.error) + ")",
                          {"Run this command as administrator."}});
+        return;
+    }
+    if (logs.reparsePoint) {
+        found.push_back(
+            {logs.path + " is a junction or a link",
+             {"Replace " + logs.path + " by a folder: somebody may turn the link elsewhere."}});
         return;
     }
     if (!MayWriteTo(logs, facts.accountSid)) {

@@ -4,6 +4,7 @@
 #include "DriveTarget.h"
 #include "Utf8.h"
 #include "win32/LocalMemory.h"
+#include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
@@ -18,9 +19,10 @@
 namespace vqrx::client::v0 {
 namespace {
 
+using system::win32::v1::UniqueKernelHandle;
 using system::win32::v1::UniqueLocalMemory;
 
-// Adds the entry of an access list if it grants something on the object itself. Every entry that
+// Adds the entry of an access list if it grants something. Every entry that
 // grants a right begins like ACCESS_ALLOWED_ACE, also one with a condition; the SID of an entry for
 // a kind of objects, which files do not have, stands elsewhere, so that entry counts as
 // everybody's.
@@ -30,15 +32,13 @@ void AddEntry(const ACE_HEADER& header, std::vector<GrantedRight>& granted)
     constexpr BYTE kAllowedObject = 5;
     constexpr BYTE kAllowedCallback = 9;
     constexpr BYTE kAllowedCallbackObject = 11;
-    if ((header.AceFlags & INHERIT_ONLY_ACE) != 0) {
-        return;
-    }
+    const bool onlyInherited = (header.AceFlags & INHERIT_ONLY_ACE) != 0;
     const auto& entry = reinterpret_cast<const ACCESS_ALLOWED_ACE&>(header);
     if (header.AceType == kAllowed || header.AceType == kAllowedCallback) {
         auto* const sid = const_cast<DWORD*>(&entry.SidStart); // NOLINT: Windows' type for a SID
-        granted.push_back({SidText(sid), NameOfSid(sid), entry.Mask});
+        granted.push_back({SidText(sid), NameOfSid(sid), entry.Mask, onlyInherited});
     } else if (header.AceType == kAllowedObject || header.AceType == kAllowedCallbackObject) {
-        granted.push_back({"S-1-1-0", "Everyone", entry.Mask});
+        granted.push_back({"S-1-1-0", "Everyone", entry.Mask, onlyInherited});
     }
 }
 
@@ -159,6 +159,20 @@ ObjectRights ReadRights(const std::string& path)
     rights.reparsePoint = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
     ReadSecurity(wide, SE_FILE_OBJECT, rights);
     return rights;
+}
+
+std::string SecondNameOf(const std::string& file)
+{
+    const UniqueKernelHandle handle(
+        CreateFileW(Wide(file).c_str(), FILE_READ_ATTRIBUTES,
+                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                    FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    BY_HANDLE_FILE_INFORMATION information{};
+    if (!handle || GetFileInformationByHandle(handle.Get(), &information) == FALSE) {
+        const DWORD error = GetLastError();
+        return file + " cannot be opened (Windows error " + std::to_string(error) + ")";
+    }
+    return information.nNumberOfLinks > 1 ? file + " also has another name (a hard link)" : "";
 }
 
 ObjectRights ReadKeyRights(const std::string& key)

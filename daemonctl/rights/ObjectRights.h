@@ -12,6 +12,13 @@ namespace vqrx::client::v0 {
 /// @param path  UTF-8, a full path
 [[nodiscard]] ObjectRights ReadRights(const std::string& path);
 
+/// Says that a file has a second name, a hard link: somebody who could write to its folder before
+/// may have given the name to a file of somebody else. Follows no link.
+/// @param file  UTF-8, a full path
+/// @return one sentence without a full stop; also if Windows does not open the file. Empty if it
+///         has one name
+[[nodiscard]] std::string SecondNameOf(const std::string& file);
+
 /// Reads owner and access list of a registry key.
 /// @param key  below HKEY_LOCAL_MACHINE, without a name of it: "SOFTWARE\X"
 [[nodiscard]] ObjectRights ReadKeyRights(const std::string& key);

@@ -12,6 +12,8 @@ struct GrantedRight {
     std::string sid;        ///< "S-1-1-0"
     std::string name;       ///< "Everyone"; the SID if it has no name
     std::uint32_t mask = 0; ///< the access rights, as Windows numbers them
+    /// The right is not for the folder itself: only what is made in it gets the right.
+    bool onlyInherited = false;
 };
 
 /// Owner and access list of a file, a folder or a registry key. Texts are UTF-8.
@@ -26,7 +28,6 @@ struct ObjectRights {
     std::string ownerSid;
     std::string ownerName;
     bool unprotected = false; ///< without an access list: everybody may do everything
-    /// For the object itself, not for objects that are made in it.
     std::vector<GrantedRight> granted;
 };
 
@@ -44,6 +45,17 @@ using TrustedSids = std::set<std::string>;
 /// first one of each SID. Pure.
 [[nodiscard]] std::vector<GrantedRight> GrantsToStrangers(const ObjectRights& rights,
                                                           const TrustedSids& trusted);
+
+/// Says who else can read an object, as Weaknesses() says who can change it: the log is for
+/// administrators and the supervisor alone. Pure.
+/// @return empty also if the rights could not be read
+[[nodiscard]] std::vector<std::string> Readers(const ObjectRights& rights,
+                                               const TrustedSids& trusted);
+
+/// Returns the granted rights with which somebody who is not trusted can read or change an object,
+/// the first one of each SID. Pure.
+[[nodiscard]] std::vector<GrantedRight> GrantsToReaders(const ObjectRights& rights,
+                                                        const TrustedSids& trusted);
 
 /// Returns the granted rights with which somebody who is not trusted can put another object in the
 /// place of one that lies below this folder, the first one of each SID. Pure.

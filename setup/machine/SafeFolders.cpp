@@ -56,7 +56,9 @@ std::string Commands(const ObjectRights& rights, FolderUse use, const std::strin
     text += "\n";
     // The command above keeps rights that strangers were granted on the folder itself.
     std::string strangers;
-    for (const client::v0::GrantedRight& right : client::v0::GrantsToStrangers(rights, trusted)) {
+    for (const client::v0::GrantedRight& right :
+         use == FolderUse::kLogs ? client::v0::GrantsToReaders(rights, trusted)
+                                 : client::v0::GrantsToStrangers(rights, trusted)) {
         if (use == FolderUse::kLogs || right.sid != kUsers) {
             strangers += " *" + right.sid;
         }
@@ -108,8 +110,17 @@ bool SafeFolders::Prepare(const std::string& path, FolderUse use)
 
 void SafeFolders::Check(const std::string& path) const
 {
-    if (IsOnDisk(path)) {
-        CheckPath(path, FolderUse::kPrograms);
+    if (!IsOnDisk(path)) {
+        return;
+    }
+    CheckPath(path, FolderUse::kPrograms);
+    if (IsFolder(path)) {
+        return;
+    }
+    if (const std::string second = client::v0::SecondNameOf(path); !second.empty()) {
+        Refuse(path, {second},
+               "Delete the name " + path + ", which may belong to another file: del \"" + path +
+                   "\"\n");
     }
 }
 

@@ -25,7 +25,8 @@ public:
     ///         above it: the text names them and says what to do
     bool Prepare(const std::string& path, client::v0::FolderUse use);
 
-    /// Checks a file or a folder; does nothing if it does not exist.
+    /// Checks a file or a folder; does nothing if it does not exist. Refuses also a file with a
+    /// second name (a hard link).
     /// @throws SetupError as Prepare
     void Check(const std::string& path) const;
 

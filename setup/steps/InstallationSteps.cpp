@@ -101,6 +101,7 @@ void InstallationSteps::PrepareFolders()
     folders_->Prepare(installation::AppFolder(place_.root), FolderUse::kPrograms);
     folders_->Prepare(installation::LogFolder(place_.root), FolderUse::kLogs);
     folders_->Check(LogFileOf(place_)); // the hand-over believes it
+    folders_->Check(installation::GuardLogFile(place_.root));
     std::set<std::string> inside;
     for (const PayloadFile& file : files_) {
         const std::vector<std::string> more = FoldersOfName(file.name);

@@ -187,7 +187,7 @@ TEST(LogFolderCheck, Warns_of_a_log_that_cannot_be_read)
                   "C:\\FW\\Logs can be written to\n"
                   "C:\\FW\\Logs\\DaemonManager.log cannot be opened");
     EXPECT_EQ(finding.remedy, "Another program may have held the log for a moment: run daemonctl "
-                              "doctor again. To see who may read the log: daemonctl rights");
+                              "doctor again. The check file-rights shows who may read it.");
 }
 
 TEST(LogFolderCheck, Names_each_damaged_log)

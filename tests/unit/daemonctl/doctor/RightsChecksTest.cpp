@@ -43,6 +43,7 @@ RightsFacts SoundMachine()
                     {Sound(R"(C:\FW\Logs)", Kind::kFolder), Role::kLogs}};
     facts.keys = {Sound(R"(HKLM\SOFTWARE)", Kind::kRegistryKey),
                   Sound(R"(HKLM\SOFTWARE\UnitWarden)", Kind::kRegistryKey)};
+    facts.places[2].rights.granted.pop_back();
     for (ObjectRights& key : facts.keys) {
         key.granted.pop_back(); // the numbers mean other rights there
     }
@@ -77,6 +78,33 @@ TEST(RightsCheck, Lets_the_account_of_the_supervisor_write_the_log_and_no_progra
                   "others than administrators can change 1 of 3 files and folders on which the "
                   "supervisor relies\n" +
                       std::string(kVideo) + R"( may write to C:\FW\App)");
+}
+
+// Whoever may read the log may lock it, and sees paths and arguments.
+TEST(RightsCheck, Names_who_else_may_read_the_log)
+{
+    RightsFacts facts = SoundMachine();
+    facts.places[1].rights = Granting(facts.places[1].rights, "S-1-1-0", 0x1200A9);
+    EXPECT_EQ(JudgeFileRights(facts).verdict, Verdict::kOk);
+    facts.places[2].rights = Granting(facts.places[2].rights, kVideo, 0x1F01FF);
+    EXPECT_EQ(JudgeFileRights(facts).verdict, Verdict::kOk);
+    facts.places[2].rights = Granting(facts.places[2].rights, "S-1-5-32-545", 0x1200A9);
+    ObjectRights log = Sound(R"(C:\FW\Logs\DaemonManager.log)", Kind::kFile);
+    facts.places.push_back({log, Role::kLogFile});
+    const Finding finding = JudgeFileRights(facts);
+    ExpectFinding(finding, Verdict::kWarning,
+                  "others than administrators can read 2 of 4 files and folders on which the "
+                  "supervisor relies\nS-1-5-32-545 may read C:\\FW\\Logs\n"
+                  "Users may read C:\\FW\\Logs\\DaemonManager.log");
+    EXPECT_EQ(finding.remedy,
+              "As administrator, in this order:\n"
+              "icacls \"C:\\FW\\Logs\" /inheritance:r /grant:r \"*S-1-5-18:(OI)(CI)F\" "
+              "\"*S-1-5-32-544:(OI)(CI)F\" \"*S-1-5-21-1-2-3-1001:(OI)(CI)F\"\n"
+              "icacls \"C:\\FW\\Logs\" /remove:g *S-1-5-32-545\n"
+              "icacls \"C:\\FW\\Logs\\DaemonManager.log\" /reset");
+    facts.places[1].rights = Granting(facts.places[1].rights, "S-1-5-7", 0x2);
+    EXPECT_EQ(JudgeFileRights(facts).text.substr(0, 54),
+              "others than administrators can change or read 3 of 4 f");
 }
 
 TEST(RightsCheck, Gives_commands_for_each_weak_place_in_the_order_of_the_places)

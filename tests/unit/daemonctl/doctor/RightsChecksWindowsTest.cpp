@@ -87,7 +87,7 @@ TEST_F(RightsFactsTest, Each_place_is_there_once_and_the_folders_above_come_firs
 TEST_F(RightsFactsTest, A_program_or_a_folder_that_everybody_may_change_is_found)
 {
     EXPECT_THAT(JudgeFileRights(GatherRightsFacts(Root(), {Worker()})).text,
-                Not(HasSubstr(Root())));
+                Not(HasSubstr("may write to " + Root())));
     OpenToAll(App());
     EXPECT_THAT(JudgeFileRights(GatherRightsFacts(Root(), {})).text,
                 HasSubstr("may write to " + App()));
@@ -99,6 +99,13 @@ TEST_F(RightsFactsTest, A_program_or_a_folder_that_everybody_may_change_is_found
                 HasSubstr("may write to " + Worker()));
     EXPECT_THAT(JudgeFileRights(GatherRightsFacts(Root(), {Worker()})).remedy,
                 HasSubstr("icacls \"" + Worker() + "\" /reset"));
+}
+
+TEST_F(RightsFactsTest, A_log_that_everybody_may_read_is_found)
+{
+    OpenToAll(Log());
+    EXPECT_THAT(JudgeFileRights(GatherRightsFacts(Root(), {})).text,
+                HasSubstr("may read " + Log()));
 }
 
 TEST_F(RightsFactsTest, A_program_on_a_network_proves_nothing)

@@ -87,6 +87,24 @@ TEST(SessionCheck, Warns_of_an_account_that_the_folder_of_the_logs_does_not_let_
     ExpectFinding(JudgeSession(reads), Verdict::kWarning, kMayNotWrite);
 }
 
+// icacls would change the rights of what the link leads to.
+TEST(SessionCheck, Gives_no_command_for_a_folder_that_is_a_link)
+{
+    SessionFacts facts = FactsOfSession("S-1-5-21-1-2-3-1002");
+    facts.logs.reparsePoint = true;
+    const Finding finding = JudgeSession(facts);
+    ExpectFinding(finding, Verdict::kWarning, R"(C:\FW\Logs is a junction or a link)");
+    EXPECT_EQ(finding.remedy,
+              "Replace C:\\FW\\Logs by a folder: somebody may turn the link elsewhere.");
+}
+
+TEST(SessionCheck, Right_for_what_is_made_in_the_folder_does_not_let_the_account_in)
+{
+    SessionFacts facts = FactsOfSession(kAccountOfSession);
+    facts.logs.granted.back().onlyInherited = true;
+    ExpectFinding(JudgeSession(facts), Verdict::kWarning, kMayNotWrite);
+}
+
 TEST(SessionCheck, Both_obstacles_are_told_the_logon_first)
 {
     SessionFacts facts = FactsOfSession("S-1-5-21-1-2-3-1002");

@@ -14,6 +14,7 @@ using client::v0::GrantedRight;
 using client::v0::GrantsToStrangers;
 using client::v0::GrantsToStrangersOfParent;
 using client::v0::ObjectRights;
+using client::v0::Readers;
 using client::v0::TrustedSids;
 using client::v0::Weaknesses;
 using client::v0::WeaknessesOfParent;
@@ -116,6 +117,32 @@ TEST(Weaknesses, come_from_the_first_dangerous_right_of_each_stranger)
     EXPECT_EQ(GrantsToStrangers(rights, kTrusted).front().mask, 0x2U);
     EXPECT_EQ(sids(GrantsToStrangersOfParent(rights, kTrusted)), "S-1-5-11 S-1-1-0 ");
     EXPECT_EQ(sids(GrantsToStrangers(SoundFolder(), kTrusted)), "");
+}
+
+// A new file gets such rights, and "icacls FILE /reset" gives them to an old one.
+TEST(Weaknesses, count_a_right_to_what_is_made_in_a_folder_but_not_in_a_parent)
+{
+    ObjectRights rights = With(0x1F01FF);
+    rights.granted.back().onlyInherited = true;
+    EXPECT_THAT(Weaknesses(rights, kTrusted),
+                ElementsAre("Everyone may write to what is made in C:\\FW"));
+    EXPECT_THAT(WeaknessesOfParent(rights, kTrusted), IsEmpty());
+    rights.granted.back().sid = "S-1-3-0"; // CREATOR OWNER: whoever may make a file
+    EXPECT_THAT(Weaknesses(rights, kTrusted), IsEmpty());
+}
+
+TEST(Weaknesses, are_not_that_somebody_may_read_but_the_log_has_readers)
+{
+    EXPECT_THAT(Readers(SoundFolder(), kTrusted), ElementsAre("BUILTIN\\Users may read C:\\FW"));
+    for (const std::uint32_t mask : {0x1U, 0x80000000U, 0x10000000U}) {
+        EXPECT_THAT(Readers(With(mask), {"S-1-5-18", "S-1-5-32-544", "S-1-5-32-545"}),
+                    ElementsAre("Everyone may read C:\\FW"))
+            << mask;
+    }
+    EXPECT_THAT(Readers(With(0x20020), {"S-1-5-18", "S-1-5-32-544", "S-1-5-32-545"}), IsEmpty());
+    ObjectRights unreadable;
+    unreadable.error = 5;
+    EXPECT_THAT(Readers(unreadable, kTrusted), IsEmpty()); // Weaknesses() says so
 }
 
 TEST(Weaknesses, of_a_registry_key_are_the_rights_to_set_a_value_and_to_make_a_key_or_a_link)

@@ -163,6 +163,25 @@ TEST(SafeFolders, A_file_that_everybody_may_change_is_refused_and_a_missing_one_
     EXPECT_THROW(folders.Check(temp.File("log")), SetupError);
 }
 
+// The supervisor would write its records into the other file.
+TEST(SafeFolders, A_file_with_a_second_name_is_refused)
+{
+    const TempFolder temp;
+    std::ofstream(temp.File("elsewhere")) << "x";
+    ASSERT_NE(CreateHardLinkA(temp.File("log").c_str(), temp.File("elsewhere").c_str(), nullptr),
+              FALSE);
+    try {
+        SafeFolders("", false).Check(temp.File("log"));
+        ADD_FAILURE() << "accepted";
+    } catch (const SetupError& error) {
+        EXPECT_TRUE(Contains(error.what(), temp.File("log") + " also has another name"))
+            << error.what();
+        EXPECT_TRUE(Contains(error.what(), "Delete the name")) << error.what();
+    }
+    std::filesystem::remove(temp.File("elsewhere"));
+    EXPECT_NO_THROW(SafeFolders("", false).Check(temp.File("log")));
+}
+
 // Commands for rights would change what the link leads to: somebody else's folder.
 TEST(SafeFolders, A_link_is_refused_without_commands_that_would_follow_it)
 {
