@@ -67,6 +67,9 @@ public:
             ++count_.neverRan;
             reporter_.done(NameOfFormer(former) + former.note);
             return;
+        case HandOverPlan::kUncertain:
+            ReportUncertain(former);
+            return;
         case HandOverPlan::kLost:
             ReportLost(former, former.note);
             return;
@@ -102,6 +105,15 @@ private:
         ++count_.lost;
         reporter_.failed(NameOfFormer(former) + Printable(why) +
                          "\n  To run the program again: daemonctl launch ...");
+    }
+
+    void ReportUncertain(const FormerDaemon& former)
+    {
+        ++count_.lost;
+        reporter_.failed(NameOfFormer(former) +
+                         "not attached: nobody knows whether the former supervisor started it\n"
+                         "  If it is one of its programs: daemonctl attach " +
+                         std::to_string(*former.processId));
     }
 
     // The supervisor receives only a process id, and the plan may be old: another process can have

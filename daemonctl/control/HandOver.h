@@ -37,7 +37,7 @@ struct HandOverCount {
     std::size_t attached = 0;
     std::size_t already = 0;  ///< the running supervisor supervises them already
     std::size_t neverRan = 0; ///< they never had a process
-    std::size_t lost = 0;     ///< they could not be attached
+    std::size_t lost = 0;     ///< they could not be attached, or are uncertain
     /// Of the lost ones: the processes that the supervisor refused. A later try may succeed.
     std::vector<std::uint32_t> refused;
     bool formerRunSeen = false; ///< the logs show a run before the present one

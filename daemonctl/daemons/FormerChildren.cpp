@@ -7,14 +7,14 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// A former supervisor, as the parent of processes: each process of this parent that was created
-// between the two times is its child.
+// A period in which a former supervisor ran, as the parent of processes.
 struct FormerParent {
     std::int64_t sinceMs = 0; // it ran at this time
+    std::int64_t ranAtMs = 0; // it certainly ran until this time
     std::int64_t untilMs = 0; // it had ended at this time
 };
 
-using FormerParents = std::map<std::uint32_t, FormerParent>; // by process id
+using FormerParents = std::map<std::uint32_t, std::vector<FormerParent>>; // by process id
 
 class ParentFinder {
 public:
@@ -25,21 +25,21 @@ public:
     {
     }
 
-    // Adds a process that has started daemons, unless it still runs.
+    // Adds a period of a process that has started daemons, unless the process still runs.
     // @param startMs  a time at which it started a daemon
     // @param sinceMs  a time at which it ran, not after startMs
-    void Add(std::uint32_t parentId, std::int64_t startMs, std::int64_t sinceMs)
+    // @param ranAtMs  the last time at which it certainly ran
+    void Add(std::uint32_t parentId, std::int64_t startMs, std::int64_t sinceMs,
+             std::int64_t ranAtMs)
     {
         const ProcessFacts holder = facts_(parentId);
         const bool isGone = holder.state == ProcessFacts::State::kGone;
         const bool isSuccessor =
             holder.state == ProcessFacts::State::kRunning && holder.createdMs > startMs;
-        if (!isGone && !isSuccessor) {
-            return;
+        if (isGone || isSuccessor) {
+            const std::int64_t untilMs = isGone ? untilMs_ : std::min(untilMs_, holder.createdMs);
+            parents_[parentId].push_back({sinceMs, ranAtMs, untilMs});
         }
-        const std::int64_t untilMs = isGone ? untilMs_ : std::min(untilMs_, holder.createdMs);
-        const auto [entry, isNew] = parents_.try_emplace(parentId, FormerParent{sinceMs, untilMs});
-        entry->second.sinceMs = std::min(entry->second.sinceMs, sinceMs);
     }
 
     const FormerParents& Parents() const { return parents_; }
@@ -71,7 +71,7 @@ bool IsNamed(const Timeline& timeline, const ProcessFacts& process)
 
 } // namespace
 
-std::vector<RunningProgram>
+std::vector<FormerChild>
 FindFormerChildren(const std::vector<StartedProcess>& started, const Timeline& timeline,
                    const SupervisorRun& current,
                    const std::function<ProcessFacts(std::uint32_t processId)>& facts,
@@ -79,24 +79,34 @@ FindFormerChildren(const std::vector<StartedProcess>& started, const Timeline& t
 {
     ParentFinder finder(current.startedMs.value_or(current.firstMs), facts);
     for (const FormerSupervisor& supervisor : family.supervisors) {
-        finder.Add(supervisor.processId, supervisor.createdMs, supervisor.createdMs);
+        finder.Add(supervisor.processId, supervisor.createdMs, supervisor.createdMs,
+                   supervisor.endedMs);
     }
     for (const StartedProcess& process : started) {
         if (const auto parent = family.parentOf(process.facts.processId)) {
-            finder.Add(*parent, process.facts.createdMs,
-                       std::min(process.sinceMs, process.facts.createdMs));
+            const std::int64_t createdMs = process.facts.createdMs;
+            finder.Add(*parent, createdMs, std::min(process.sinceMs, createdMs),
+                       std::max(process.ranAtMs, createdMs));
         }
     }
-    std::vector<RunningProgram> children;
-    for (const auto& [parentId, parent] : finder.Parents()) {
+    std::vector<FormerChild> found;
+    for (const auto& [parentId, periods] : finder.Parents()) {
         for (RunningProgram& child : family.childrenOf(parentId)) {
-            if (child.facts.createdMs >= parent.sinceMs && child.facts.createdMs < parent.untilMs &&
+            const std::int64_t createdMs = child.facts.createdMs;
+            const auto isPossible = [createdMs](const FormerParent& period) {
+                return createdMs >= period.sinceMs && createdMs < period.untilMs;
+            };
+            const auto isCertain = [&](const FormerParent& period) {
+                return isPossible(period) && createdMs <= period.ranAtMs;
+            };
+            if (std::any_of(periods.begin(), periods.end(), isPossible) &&
                 !IsNamed(timeline, child.facts)) {
-                children.push_back(std::move(child));
+                const bool certain = std::any_of(periods.begin(), periods.end(), isCertain);
+                found.push_back({std::move(child), certain});
             }
         }
     }
-    return children;
+    return found;
 }
 
 std::string CommandOf(const RunningProgram& program)

@@ -14,6 +14,7 @@ namespace vqrx::client::v0 {
 struct FormerSupervisor {
     std::uint32_t processId = 0;
     std::int64_t createdMs = 0; ///< when Windows created it, milliseconds since 1970, UTC
+    std::int64_t endedMs = 0;   ///< when it ended, as Windows shows; milliseconds since 1970, UTC
 };
 
 /// The questions about parents and children among the processes of this machine, as functions that
@@ -32,6 +33,16 @@ struct StartedProcess {
     /// A time at which that supervisor ran, milliseconds since 1970, UTC. The earlier this time is,
     /// the more of the supervisor's other children are found.
     std::int64_t sinceMs = 0;
+    /// The last time at which that supervisor certainly ran, milliseconds since 1970, UTC.
+    std::int64_t ranAtMs = 0;
+};
+
+/// A process that the log does not name, and whose parent has the id of a former supervisor.
+struct FormerChild {
+    RunningProgram program;
+    /// Whether the former supervisor certainly ran when the process was created. If not, another
+    /// process that got the supervisor's id later may have started this one.
+    bool certain = false;
 };
 
 /// Finds the processes that former supervisors have started and that the log does not name. A
@@ -39,14 +50,16 @@ struct StartedProcess {
 /// may have overwritten the record of an old start.
 ///
 /// Such a process has the same parent as the former supervisor's daemons, and this parent has
-/// ended. Windows gives ids again, so a process counts only if it was created while the former
-/// supervisor ran. Asks only `facts` and `family` about the machine.
+/// ended. Windows gives ids again, so a process is certainly a child only if it was created while
+/// the former supervisor certainly ran. Returns a process that was created later, but before the
+/// running supervisor, as an uncertain one: any user may have started it. Asks only `facts` and
+/// `family` about the machine.
 /// @param started   the processes of daemons that still run, without attached ones: these have
 ///                  another parent
 /// @param timeline  of the log; a process that it names is left out
 /// @param current   the run of the running supervisor; a reference into `timeline`
 /// @param facts     returns the present state of a process
-[[nodiscard]] std::vector<RunningProgram>
+[[nodiscard]] std::vector<FormerChild>
 FindFormerChildren(const std::vector<StartedProcess>& started, const Timeline& timeline,
                    const SupervisorRun& current,
                    const std::function<ProcessFacts(std::uint32_t processId)>& facts,

@@ -18,6 +18,8 @@ struct LeftProcess {
     /// When the supervisor of the process started, ms since 1970, UTC; nothing: the log does not
     /// show it.
     std::optional<std::int64_t> supervisorSinceMs;
+    /// When that supervisor wrote its last record about a daemon, ms since 1970, UTC.
+    std::int64_t supervisorRanAtMs = 0;
 };
 
 using LeftProcesses = std::map<std::uint32_t, LeftProcess>; ///< by process id

@@ -60,7 +60,8 @@ public:
             return;
         }
         if (fit == ProcessFit::kSame && !left.logged.attached) {
-            started_.push_back({facts, left.supervisorSinceMs.value_or(facts.createdMs)});
+            started_.push_back(
+                {facts, left.supervisorSinceMs.value_or(facts.createdMs), left.supervisorRanAtMs});
         }
         FormerDaemon former = Describe(*left.daemon);
         former.processId = left.logged.processId;
@@ -112,12 +113,14 @@ public:
     // Adds the processes that former supervisors have started and that the log does not name.
     void AddUnnamed(const Timeline& timeline, const ProcessFamily& family)
     {
-        for (const RunningProgram& child :
+        for (const FormerChild& child :
              FindFormerChildren(started_, timeline, current_, source_.facts, family)) {
+            const ProcessFacts& facts = child.program.facts;
             FormerDaemon former;
-            former.processId = child.facts.processId;
-            former.command = CommandOf(child);
-            Add({std::move(former), ProcessFit::kSame, child.facts});
+            former.processId = facts.processId;
+            former.command = CommandOf(child.program);
+            former.uncertain = !child.certain;
+            Add({std::move(former), ProcessFit::kSame, facts});
         }
     }
 
@@ -132,7 +135,8 @@ public:
         // by command with the daemons that are left.
         for (Candidate& candidate : candidates_) {
             if (candidate.fit == ProcessFit::kSame) {
-                candidate.daemon.plan = FormerDaemon::Plan::kAttach;
+                candidate.daemon.plan = candidate.daemon.uncertain ? FormerDaemon::Plan::kUncertain
+                                                                   : FormerDaemon::Plan::kAttach;
                 candidate.daemon.createdMs = candidate.facts.createdMs;
                 candidate.daemon.image = candidate.facts.image;
                 FindAmongCurrent(candidate, [&](const DaemonHistory& daemon) {

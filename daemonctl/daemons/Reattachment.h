@@ -18,7 +18,10 @@ struct FormerDaemon {
         kAttach,   ///< the process still runs, and no supervisor supervises it: attach it
         kAlready,  ///< the running supervisor supervises it already
         kNeverRan, ///< it never had a process, so there is nothing to attach; note says so
-        kLost      ///< it cannot be attached; note says why
+        /// It runs, and the former supervisor or any other process may have started it. It is not
+        /// attached: the supervisor would start its program again with the supervisor's rights.
+        kUncertain,
+        kLost ///< it cannot be attached; note says why
     };
     Plan plan = Plan::kLost;
     std::optional<std::uint32_t> id; ///< in the former supervisor; nothing: not known
@@ -29,6 +32,7 @@ struct FormerDaemon {
     std::string image;          ///< attach: full path of the program, from Windows
     std::string command;        ///< path and arguments, without the blank at the end
     bool service = false;       ///< the daemon is a Windows service
+    bool uncertain = false;     ///< whether the former supervisor started it; see FormerChild
     std::string note;           ///< neverRan, lost: the reason, for people
 };
 

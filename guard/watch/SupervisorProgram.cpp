@@ -20,15 +20,21 @@ constexpr DWORD kUnreadableCode = 0xFFFFFFFF;
 constexpr DWORD kAccess = SYNCHRONIZE | PROCESS_TERMINATE | PROCESS_QUERY_INFORMATION |
                           PROCESS_VM_READ | PROCESS_DUP_HANDLE;
 
-std::int64_t CreatedMs(HANDLE process)
+// In milliseconds since 1970, UTC; 0: not known, or not yet.
+struct ProcessTimes {
+    std::int64_t createdMs = 0;
+    std::int64_t endedMs = 0;
+};
+
+ProcessTimes TimesOf(HANDLE process) noexcept
 {
     FILETIME created{};
     FILETIME ended{};
     FILETIME kernel{};
     FILETIME user{};
     return GetProcessTimes(process, &created, &ended, &kernel, &user) != FALSE
-               ? win32::UnixMilliseconds(created)
-               : 0;
+               ? ProcessTimes{win32::UnixMilliseconds(created), win32::UnixMilliseconds(ended)}
+               : ProcessTimes();
 }
 
 // Everybody may run the installed program. A guard that watched the process of a user without
@@ -72,7 +78,7 @@ std::optional<SupervisorProgram> FindSupervisor(const std::string& program)
             continue;
         }
         SupervisorProgram found{std::move(process), image.processId, 0};
-        found.createdMs = CreatedMs(found.process.Get());
+        found.createdMs = TimesOf(found.process.Get()).createdMs;
         if (!youngest || found.createdMs >= youngest->createdMs) {
             youngest = std::move(found);
         }
@@ -96,7 +102,7 @@ SupervisorProgram StartSupervisor(const std::string& program, bool showConsole)
     const win32::UniqueKernelHandle primaryThread(started.hThread); // only to close it
     SupervisorProgram supervisor{win32::UniqueKernelHandle(started.hProcess), started.dwProcessId,
                                  0};
-    supervisor.createdMs = CreatedMs(supervisor.process.Get());
+    supervisor.createdMs = TimesOf(supervisor.process.Get()).createdMs;
     return supervisor;
 }
 
@@ -114,6 +120,11 @@ std::optional<std::uint32_t> OtherSessionOf(const SupervisorProgram& supervisor)
 bool HasEnded(const SupervisorProgram& supervisor) noexcept
 {
     return WaitForSingleObject(supervisor.process.Get(), 0) == WAIT_OBJECT_0;
+}
+
+std::int64_t EndedMs(const SupervisorProgram& supervisor) noexcept
+{
+    return TimesOf(supervisor.process.Get()).endedMs;
 }
 
 std::string NameOf(const SupervisorProgram& supervisor)

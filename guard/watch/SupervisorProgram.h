@@ -40,6 +40,10 @@ struct SupervisorProgram {
 /// Returns whether the process has ended.
 [[nodiscard]] bool HasEnded(const SupervisorProgram& supervisor) noexcept;
 
+/// Returns when the process ended, milliseconds since 1970, UTC; 0 if Windows does not show it. The
+/// process must have ended.
+[[nodiscard]] std::int64_t EndedMs(const SupervisorProgram& supervisor) noexcept;
+
 /// Names a supervisor for people: "process 1234".
 [[nodiscard]] std::string NameOf(const SupervisorProgram& supervisor);
 

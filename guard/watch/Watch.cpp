@@ -112,7 +112,7 @@ void Watch::Remember(const SupervisorProgram& supervisor)
     if (former_.size() == kMostFormer) {
         former_.erase(former_.begin());
     }
-    former_.push_back({supervisor.processId, supervisor.createdMs});
+    former_.push_back({supervisor.processId, supervisor.createdMs, EndedMs(supervisor)});
 }
 
 // @return false if the watch is to end

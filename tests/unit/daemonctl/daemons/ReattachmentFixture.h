@@ -48,8 +48,9 @@ protected:
             line += former.plan == FormerDaemon::Plan::kAttach ? " attach"
                     : former.plan == FormerDaemon::Plan::kAlready
                         ? " already " + std::to_string(*former.newId)
-                    : former.plan == FormerDaemon::Plan::kNeverRan ? " never ran: " + former.note
-                                                                   : " lost: " + former.note;
+                    : former.plan == FormerDaemon::Plan::kUncertain ? " uncertain"
+                    : former.plan == FormerDaemon::Plan::kNeverRan  ? " never ran: " + former.note
+                                                                    : " lost: " + former.note;
             lines.push_back(line);
         }
         return lines;

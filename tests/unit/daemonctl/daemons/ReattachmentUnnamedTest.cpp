@@ -40,8 +40,8 @@ TEST_F(Reattachment,
        Process_that_the_log_does_not_name_is_attached_if_the_former_supervisor_started_it)
 {
     log_.Begin();
-    Start(0, 12, "x");
     machine_.Run(13, R"(C:\FW\App\b.exe)", log_.NowMs());
+    Start(0, 12, "x");
     log_.Begin();
     family_.parentOf = [](std::uint32_t) { return 100; };
     family_.childrenOf = [this](std::uint32_t parent) {
@@ -53,6 +53,20 @@ TEST_F(Reattachment,
     EXPECT_EQ(PlanNow({listed}), (Lines{"0/12 attach", "5/13 attach"}));
     log_.Add(2, R"(Attach DaemonId(0) PId(13) : C:\FW\App\b.exe -y )");
     EXPECT_EQ(PlanNow(), Lines{"0/12 attach"});
+}
+
+// Windows may have given the id of the ended supervisor to a process of another user.
+TEST_F(Reattachment, Process_that_may_have_been_started_after_the_supervisors_end_is_not_attached)
+{
+    log_.Begin();
+    Start(0, 12, "x");
+    machine_.Run(13, R"(C:\Users\guest\evil.exe)", log_.NowMs() - 1);
+    log_.Add(2, "something else").Begin(); // perhaps a record of the next supervisor
+    family_.parentOf = [](std::uint32_t) { return 100; };
+    family_.childrenOf = [this](std::uint32_t parent) {
+        return std::vector<RunningProgram>{{machine_.processes[parent == 100 ? 13 : 0], {}}};
+    };
+    EXPECT_EQ(PlanNow(), (Lines{"0/12 attach", "-/13 uncertain"}));
 }
 
 } // namespace
