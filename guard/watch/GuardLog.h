@@ -16,6 +16,7 @@ public:
     explicit GuardLog(const std::string& file);
     GuardLog(const GuardLog&) = delete;
     GuardLog& operator=(const GuardLog&) = delete;
+    ~GuardLog() = default;
 
     /// Writes one record. A line feed in the text becomes a blank. Does not wait for the disk.
     /// @param level  see LogLevel.h

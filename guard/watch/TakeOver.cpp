@@ -173,12 +173,12 @@ private:
         }
         const std::vector<std::string> weaknesses =
             IsElevated() ? WeaknessesOfSource(path) : std::vector<std::string>();
+        const std::string beginning =
+            what + (order_.trust ? "believes a file that others may write: "
+                                 : "does not believe a file that others may write: ");
         for (const std::string& weakness : weaknesses) {
-            Log(order_.trust ? kLevelWarning : kLevelError,
-                what +
-                    (order_.trust ? "believes a file that others may write: "
-                                  : "does not believe a file that others may write: ") +
-                    weakness);
+            std::string text = beginning;
+            Log(order_.trust ? kLevelWarning : kLevelError, text.append(weakness));
         }
         return order_.trust || weaknesses.empty();
     }

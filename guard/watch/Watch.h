@@ -56,6 +56,7 @@ public:
     Watch(WatchSettings settings, std::shared_ptr<GuardLog> log, HANDLE stop);
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
+    ~Watch() = default;
 
     /// Returns after somebody ordered the end of the supervisor. After `stop`, orders the
     /// supervisor to end, waits for that, and then returns. The daemons run on in both
