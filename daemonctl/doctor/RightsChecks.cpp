@@ -1,5 +1,6 @@
 #include "RightsChecks.h"
 
+#include "LetterCase.h"
 #include "RightsRemedies.h"
 
 #include <algorithm>
@@ -29,8 +30,9 @@ TrustedSids TrustedWith(const RightsFacts& facts, PlaceFacts::Role role)
 // A command for the rights of such a place would change what the link leads to.
 bool IsBehindLink(const PlaceFacts& place, const RightsFacts& facts)
 {
+    const std::string path = WithoutCase(place.rights.path);
     return std::any_of(facts.places.begin(), facts.places.end(), [&](const PlaceFacts& other) {
-        return other.rights.reparsePoint && place.rights.path.starts_with(other.rights.path + "\\");
+        return other.rights.reparsePoint && path.starts_with(WithoutCase(other.rights.path) + "\\");
     });
 }
 

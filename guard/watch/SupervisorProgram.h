@@ -19,9 +19,10 @@ struct SupervisorProgram {
     std::int64_t createdMs = 0; ///< milliseconds since 1970, UTC
 };
 
-/// Finds a process that runs the supervisor's program. If there are several, takes the youngest: an
-/// older one ends, and a younger one that is refused ends at once. A process of a user who is not
-/// expected to run the supervisor (daemon_manager::IdentifySupervisor) does not count.
+/// Finds a process that runs the supervisor's program. If there are several, takes the youngest:
+/// the older ones are about to end. One that was refused is younger, but ends at once. A process of
+/// a user who is not expected to run the supervisor (daemon_manager::IdentifySupervisor) does not
+/// count.
 /// @param program  full path of DaemonManager.exe, UTF-8
 /// @return nothing if none runs
 /// @throws std::runtime_error if the processes cannot be listed, or if a supervisor's process

@@ -21,7 +21,7 @@ constexpr const char* kInterpreterActs =
 // The command interpreter replaces variables also inside quotes.
 constexpr const wchar_t* kActiveInsideQuotes = L"%!\r\n";
 // It acts upon these outside quotes: they start programs, redirect files, or separate arguments.
-constexpr const wchar_t* kActiveOutsideQuotes = L"&|<>^()@,;=";
+constexpr const wchar_t* kActiveOutsideQuotes = L"&|<>^()@,;=\v\f\u00A0";
 
 // The code page of programs that do not choose one in their manifest, such as the supervisor.
 // GetACP would return the choice of this program.
@@ -66,10 +66,24 @@ bool HasAny(const std::wstring& text, const wchar_t* characters)
     return text.find_first_of(characters) != std::wstring::npos;
 }
 
+// Returns the path as Windows uses it, without "." and ".."; as it was if Windows refuses it.
+std::wstring Normalised(const std::wstring& path)
+{
+    std::wstring full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
+    const DWORD length =
+        full.empty()
+            ? 0
+            : GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), &full[0], nullptr);
+    full.resize(length < full.size() ? length : 0);
+    return full.empty() ? path : full;
+}
+
 // Windows ignores blanks and dots at the end of a file name.
 bool IsBatchFile(std::wstring path)
 {
-    path.erase(path.find_last_not_of(L" .") + 1);
+    path.erase(path.find_last_not_of(L' ') + 1);
+    path = Normalised(path);
+    path.erase(path.find_last_not_of(L" .\\/") + 1);
     if (path.size() < 4) {
         return false;
     }

@@ -83,7 +83,7 @@ TEST(ArgumentRules, A_character_that_does_not_survive_the_code_page_is_refused)
 
 TEST(ArgumentRules, The_characters_of_the_interpreter_are_refused_for_a_batch_file_only)
 {
-    for (const wchar_t character : std::wstring(L"&|<>^()%!@,;=\r\n")) {
+    for (const wchar_t character : std::wstring(L"&|<>^()%!@,;=\v\f\r\n")) {
         const std::wstring text = std::wstring(L"a") + character + L"b";
         EXPECT_EQ(std::string("argument 1") + kInterpreter, BatchReasonFor(text))
             << static_cast<int>(character);
@@ -94,8 +94,10 @@ TEST(ArgumentRules, The_characters_of_the_interpreter_are_refused_for_a_batch_fi
 
 TEST(ArgumentRules, Every_spelling_of_a_batch_file_is_known)
 {
-    for (const wchar_t* const path : {L"C:\\a.bat", L"C:\\a.BAT", L"C:\\a.Cmd", L"a.cmd",
-                                      L"C:\\a.bat.", L"C:\\a.bat. . ", L"C:\\a.cmd  ", L".bat"}) {
+    for (const wchar_t* const path :
+         {L"C:\\a.bat", L"C:\\a.BAT", L"C:\\a.Cmd", L"a.cmd", L"C:\\a.bat.", L"C:\\a.bat. . ",
+          L"C:\\a.cmd  ", L".bat", L"C:\\a.bat\\.", L"C:/a.bat/.", L"C:\\a.bat\\q\\..",
+          L"a.cmd\\.\\q\\.. "}) {
         EXPECT_EQ(std::string("argument 1") + kInterpreter, ReasonToRefuse(path, {L"a&b"}));
     }
     for (const wchar_t* const path : {L"C:\\a.bat.exe", L"C:\\abat", L"bat", L"C:\\a.bat\\x.exe"}) {

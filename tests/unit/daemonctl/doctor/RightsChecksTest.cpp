@@ -132,13 +132,13 @@ TEST(RightsCheck, Gives_commands_for_each_weak_place_in_the_order_of_the_places)
 TEST(RightsCheck, Gives_no_commands_for_what_lies_behind_a_link)
 {
     RightsFacts facts = SoundMachine();
-    ObjectRights link = Sound(R"(C:\FW)", Kind::kFolder);
+    ObjectRights link = Sound(R"(C:\fw)", Kind::kFolder);
     link.reparsePoint = true;
     facts.places.insert(facts.places.begin() + 1, {link, Role::kAbove});
     facts.places[2].rights = Granting(facts.places[2].rights, "S-1-1-0", 0x1F01FF);
     const Finding finding = JudgeFileRights(facts);
     EXPECT_EQ(finding.remedy, "As administrator, in this order:\n"
-                              "Replace C:\\FW by a folder: somebody may turn the link elsewhere.");
+                              "Replace C:\\fw by a folder: somebody may turn the link elsewhere.");
     EXPECT_NE(finding.text.find("S-1-1-0 may write to C:\\FW\\App"), std::string::npos)
         << finding.text;
 }
