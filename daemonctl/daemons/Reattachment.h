@@ -32,7 +32,7 @@ struct FormerDaemon {
     std::string image;          ///< attach: full path of the program, from Windows
     std::string command;        ///< path and arguments, without the blank at the end
     bool service = false;       ///< the daemon is a Windows service
-    bool uncertain = false;     ///< whether the former supervisor started it; see FormerChild
+    bool uncertain = false;     ///< true: another program may have started it
     std::string note;           ///< neverRan, lost: the reason, for people
 };
 

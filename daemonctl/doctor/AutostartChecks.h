@@ -18,7 +18,7 @@ struct AutostartFacts {
     bool programThere = false; ///< false: the guard's program does not exist
     std::string fleet;         ///< path of the fleet file
     bool fleetThere = false;   ///< false: the file does not exist; fleetErrors: it is unreadable
-    std::vector<std::string> fleetErrors;   ///< each keeps all from a launch: "line 3: ..."
+    std::vector<std::string> fleetErrors;   ///< "line 3: ..."; then nothing is launched
     std::vector<std::string> fleetWarnings; ///< "line 3: ..."; a program does not exist
     std::size_t fleetPrograms = 0;          ///< lines with a program
     // Why others than administrators can change the files. A guard with the rights of an

@@ -20,8 +20,7 @@ bool IsMissing(const ObjectRights& rights)
 TrustedSids TrustedWith(const RightsFacts& facts, PlaceFacts::Role role)
 {
     TrustedSids trusted = facts.administrators;
-    const bool ofTheLog = role == PlaceFacts::Role::kLogs || role == PlaceFacts::Role::kLogFile;
-    if (ofTheLog && !facts.supervisorSid.empty()) {
+    if (IsOfLog(role) && !facts.supervisorSid.empty()) {
         trusted.insert(facts.supervisorSid);
     }
     return trusted;
@@ -114,11 +113,9 @@ Finding JudgeFileRights(const RightsFacts& facts)
         }
         ++there;
         const TrustedSids trusted = TrustedWith(facts, place.role);
-        const bool isOfLog =
-            place.role == PlaceFacts::Role::kLogs || place.role == PlaceFacts::Role::kLogFile;
         weak.Add(place.role == PlaceFacts::Role::kAbove ? WeaknessesOfParent(place.rights, trusted)
                                                         : Weaknesses(place.rights, trusted),
-                 isOfLog ? Readers(place.rights, trusted) : std::vector<std::string>(),
+                 IsOfLog(place.role) ? Readers(place.rights, trusted) : std::vector<std::string>(),
                  IsBehindLink(place, facts) ? std::vector<std::string>()
                                             : RemediesFor(place, trusted, facts.supervisorSid));
     }

@@ -25,6 +25,13 @@ struct PlaceFacts {
     Role role = Role::kPrograms;
 };
 
+/// Whether a place is the log or its folder. The supervisor's account may change only these, and
+/// only these are not for everybody to read. Pure.
+[[nodiscard]] constexpr bool IsOfLog(PlaceFacts::Role role) noexcept
+{
+    return role == PlaceFacts::Role::kLogs || role == PlaceFacts::Role::kLogFile;
+}
+
 /// Who may change the places and the registry keys on which the supervisor relies.
 struct RightsFacts {
     TrustedSids administrators; ///< those who may change everything

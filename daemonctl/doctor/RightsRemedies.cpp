@@ -42,11 +42,6 @@ void RepairAbove(const std::string& icacls, const ObjectRights& rights, const Tr
     commands.push_back(icacls + " /grant " + kUsersRead);
 }
 
-bool IsOfLog(Role role)
-{
-    return role == Role::kLogs || role == Role::kLogFile;
-}
-
 void Repair(const std::string& icacls, const PlaceFacts& place, const TrustedSids& trusted,
             const std::string& supervisorSid, std::vector<std::string>& commands)
 {

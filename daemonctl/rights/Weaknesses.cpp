@@ -49,7 +49,7 @@ bool IsCreator(const std::string& sid)
     return sid == "S-1-3-0" || sid == "S-1-3-1";
 }
 
-// @param withInherited  also the rights to what is made in the folder
+// @param withInherited  whether rights count that only new files of the folder get
 std::vector<GrantedRight> DangerousGrants(const ObjectRights& rights, const TrustedSids& trusted,
                                           std::uint32_t dangerous, bool withInherited)
 {
@@ -63,6 +63,11 @@ std::vector<GrantedRight> DangerousGrants(const ObjectRights& rights, const Trus
         }
     }
     return found;
+}
+
+const char* NewObjectsIn(const ObjectRights& rights)
+{
+    return rights.kind == ObjectRights::Kind::kRegistryKey ? "new keys in " : "new files in ";
 }
 
 std::vector<std::string> Judge(const ObjectRights& rights, const TrustedSids& trusted,
@@ -85,7 +90,7 @@ std::vector<std::string> Judge(const ObjectRights& rights, const TrustedSids& tr
     }
     for (const GrantedRight& right : DangerousGrants(rights, trusted, dangerous, withInherited)) {
         found.push_back(right.name + " may write to " +
-                        (right.onlyInherited ? "what is made in " : "") + rights.path);
+                        (right.onlyInherited ? NewObjectsIn(rights) : "") + rights.path);
     }
     return found;
 }
@@ -112,7 +117,7 @@ std::vector<std::string> Readers(const ObjectRights& rights, const TrustedSids& 
     std::vector<std::string> found;
     for (const GrantedRight& right : DangerousGrants(rights, trusted, kRead, true)) {
         found.push_back(right.name + " may read " +
-                        (right.onlyInherited ? "what is made in " : "") + rights.path);
+                        (right.onlyInherited ? NewObjectsIn(rights) : "") + rights.path);
     }
     return found;
 }

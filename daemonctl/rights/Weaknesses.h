@@ -12,7 +12,7 @@ struct GrantedRight {
     std::string sid;        ///< "S-1-1-0"
     std::string name;       ///< "Everyone"; the SID if it has no name
     std::uint32_t mask = 0; ///< the access rights, as Windows numbers them
-    /// The right is not for the folder itself: only what is made in it gets the right.
+    /// True: it is no right to this folder. Each new file or folder in it gets the right.
     bool onlyInherited = false;
 };
 

@@ -122,18 +122,19 @@ bool EndGuards(const std::string& folder, const GuardLimits& limits, bool& hasEn
     return hadToBeEnded;
 }
 
-std::optional<FormerProcess> FindGuardOfSession(const std::string& folder)
+std::vector<FormerProcess> FindGuardsOfSessions(const std::string& folder)
 {
     const UniqueServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
     const UniqueServiceHandle service(
         OpenServiceW(manager.Get(), client::v0::kGuardName, SERVICE_QUERY_STATUS));
+    const std::string program = folder + "\\" + client::v0::Utf8(client::v0::kGuardProgram);
+    std::vector<FormerProcess> found;
     for (const Guard& guard : GuardsOf(folder)) { // these stay open, so their ids are theirs
         if (StateIfProcessOf(service, guard.processId) == 0) {
-            return FormerProcess(guard.processId,
-                                 folder + "\\" + client::v0::Utf8(client::v0::kGuardProgram));
+            found.emplace_back(guard.processId, program);
         }
     }
-    return std::nullopt;
+    return found;
 }
 
 void StopGuardService(const std::string& folder, bool& hasEnded)

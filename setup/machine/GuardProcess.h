@@ -4,8 +4,8 @@
 
 #include <windows.h>
 
-#include <optional>
 #include <string>
+#include <vector>
 
 namespace vqrx::setup::v0 {
 
@@ -32,11 +32,11 @@ struct GuardLimits {
 /// @throws SetupError if a guard runs on
 [[nodiscard]] bool EndGuards(const std::string& folder, const GuardLimits& limits, bool& hasEnded);
 
-/// Finds the guard of this folder that runs and is no service.
+/// Finds the guards of this folder that run and are no service. Every user may run the installed
+/// guard, so there may be several.
 /// @param folder  folder of the programs, UTF-8
-/// @return nothing if there is none
 /// @throws SetupError if a guard cannot be opened
-[[nodiscard]] std::optional<FormerProcess> FindGuardOfSession(const std::string& folder);
+[[nodiscard]] std::vector<FormerProcess> FindGuardsOfSessions(const std::string& folder);
 
 /// Stops the service of a guard, if a guard of this folder is one, and waits for its end. Such a
 /// guard ends its supervisor in order, also one that programs of this session do not find.

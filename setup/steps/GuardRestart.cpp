@@ -29,13 +29,21 @@ bool IsServiceSetUp()
 } // namespace
 
 GuardRestart::GuardRestart(const std::string& folder)
-    : guard_(folder.empty() ? std::nullopt : FindGuardOfSession(folder))
+    : guards_(folder.empty() ? std::vector<FormerProcess>() : FindGuardsOfSessions(folder))
 {
 }
 
+// Every user may run the installed guard. With the rights of such a guard the new one could not
+// work, so the account of the supervisor decides, if one ran.
 const FormerProcess* GuardRestart::Former(const SupervisorChange& change) const
 {
-    return guard_ ? &*guard_ : change.Former();
+    const FormerProcess* const supervisor = change.Former();
+    const auto guard =
+        std::find_if(guards_.begin(), guards_.end(), [supervisor](const FormerProcess& candidate) {
+            return supervisor == nullptr ||
+                   candidate.Rights().userSid == supervisor->Rights().userSid;
+        });
+    return guard != guards_.end() ? &*guard : supervisor;
 }
 
 bool GuardRestart::HasOtherRights(const SupervisorChange& change) const

@@ -4,20 +4,20 @@
 #include "FormerProcess.h"
 #include "SupervisorChange.h"
 
-#include <optional>
 #include <string>
+#include <vector>
 
 namespace vqrx::setup::v0 {
 
 /// Starts the guard that is set up, after an installation, or after a removal that failed. A guard
-/// of a session gets the account and the rights that it had. If only a supervisor ran, the guard
-/// gets those of the supervisor. With the rights of the installer, it would give them to each
-/// supervisor that it starts.
+/// of a session gets the account and the rights that it had. If no guard of the supervisor's
+/// account ran, it gets the rights of the supervisor. With the rights of the installer, it would
+/// give them to each supervisor that it starts.
 class GuardRestart {
 public:
-    /// Notes the rights of the guard that runs, if it is no service.
+    /// Notes the rights of the guards that run and are no service.
     /// @param folder  folder of the guard's program, UTF-8; empty: there is none
-    /// @throws SetupError if the guard cannot be opened
+    /// @throws SetupError if a guard cannot be opened
     explicit GuardRestart(const std::string& folder);
 
     /// Whether Start() would start a guard of a session with other rights than those of this
@@ -35,7 +35,7 @@ public:
 private:
     [[nodiscard]] const FormerProcess* Former(const SupervisorChange& change) const;
 
-    std::optional<FormerProcess> guard_;
+    std::vector<FormerProcess> guards_;
 };
 
 } // namespace vqrx::setup::v0

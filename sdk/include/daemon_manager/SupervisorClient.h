@@ -84,9 +84,9 @@ struct DaemonRequest {
 /// supervisor has ended, and std::bad_alloc.
 class SupervisorClient {
 public:
-    /// Connects to the supervisor. The calling thread must have initialised COM; otherwise the
-    /// constructor throws SupervisorError. All calls are
-    /// encrypted, and the supervisor learns who calls but may not act as the caller.
+    /// Connects to the supervisor. The calling thread must have initialised COM; otherwise COM may
+    /// refuse, and the constructor throws SupervisorError. All calls are encrypted, and the
+    /// supervisor learns who calls but may not act as the caller.
     /// @throws SupervisorNotRunning, ProxyNotRegistered, SupervisorNotTrusted, SupervisorError
     explicit SupervisorClient(Answerer answerer = Answerer::kInstalled);
     SupervisorClient(SupervisorClient&&) noexcept;

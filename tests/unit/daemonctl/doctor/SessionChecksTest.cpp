@@ -98,7 +98,7 @@ TEST(SessionCheck, Gives_no_command_for_a_folder_that_is_a_link)
               "Replace C:\\FW\\Logs by a folder: somebody may turn the link elsewhere.");
 }
 
-TEST(SessionCheck, Right_for_what_is_made_in_the_folder_does_not_let_the_account_in)
+TEST(SessionCheck, Right_that_only_new_files_get_does_not_let_the_account_in)
 {
     SessionFacts facts = FactsOfSession(kAccountOfSession);
     facts.logs.granted.back().onlyInherited = true;

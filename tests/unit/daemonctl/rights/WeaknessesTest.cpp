@@ -120,12 +120,12 @@ TEST(Weaknesses, come_from_the_first_dangerous_right_of_each_stranger)
 }
 
 // A new file gets such rights, and "icacls FILE /reset" gives them to an old one.
-TEST(Weaknesses, count_a_right_to_what_is_made_in_a_folder_but_not_in_a_parent)
+TEST(Weaknesses, count_a_right_that_new_files_get_but_not_for_a_parent)
 {
     ObjectRights rights = With(0x1F01FF);
     rights.granted.back().onlyInherited = true;
     EXPECT_THAT(Weaknesses(rights, kTrusted),
-                ElementsAre("Everyone may write to what is made in C:\\FW"));
+                ElementsAre("Everyone may write to new files in C:\\FW"));
     EXPECT_THAT(WeaknessesOfParent(rights, kTrusted), IsEmpty());
     rights.granted.back().sid = "S-1-3-0"; // CREATOR OWNER: whoever may make a file
     EXPECT_THAT(Weaknesses(rights, kTrusted), IsEmpty());

@@ -3,12 +3,15 @@
 #include "ChildProcess.h"
 #include "ImportPatch.h"
 #include "TempFolder.h"
+#include "win32/FileTime.h"
 
 #include <windows.h>
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <string>
 
 namespace vqrx::test {
@@ -38,6 +41,27 @@ TEST(SupervisorProgram, A_process_of_a_user_who_is_not_expected_is_not_taken_for
     const ImportPatch equal("EqualSid", AreOtherUsers);
     const ImportPatch wellKnown("IsWellKnownSid", IsNobodyKnown);
     EXPECT_FALSE(guard::v0::FindSupervisor(program));
+}
+
+// The hand-over believes children that were created until then.
+TEST(SupervisorProgram, The_end_of_a_process_is_the_time_at_which_it_ended)
+{
+    const TempFolder folder;
+    const std::string program = folder.File("DaemonManager.exe");
+    std::filesystem::copy_file(TestProgram("no_windows"), program);
+    auto child = std::make_unique<ChildProcess>("\"" + program + "\"");
+    const auto found = guard::v0::FindSupervisor(program);
+    ASSERT_TRUE(found);
+    const auto now = [] {
+        FILETIME time{};
+        GetSystemTimeAsFileTime(&time);
+        return system::win32::v1::UnixMilliseconds(time);
+    };
+    const std::int64_t before = now();
+    child.reset();
+    ASSERT_EQ(WaitForSingleObject(found->process.Get(), INFINITE), DWORD{WAIT_OBJECT_0});
+    EXPECT_GE(guard::v0::EndedMs(*found), before - 1); // both times are rounded
+    EXPECT_LE(guard::v0::EndedMs(*found), now() + 1);
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 
 #include "ChildProcess.h"
 #include "ImportPatch.h"
-#include "LimitedToken.h"
+#include "LimitedProcess.h"
 #include "SetupError.h"
 #include "win32/UniqueHandle.h"
 
@@ -21,33 +21,6 @@ using setup::v0::SetupError;
 using setup::v0::StartLike;
 using setup::v0::TestStartLike;
 using system::win32::v1::UniqueKernelHandle;
-
-// A process of this user without the rights of an administrator.
-class LimitedProcess {
-public:
-    LimitedProcess()
-    {
-        const UniqueKernelHandle less = LimitedToken();
-        std::string command = "\"" + TestProgram("no_windows") + "\"";
-        STARTUPINFOA startup{};
-        startup.cb = sizeof startup;
-        PROCESS_INFORMATION started{};
-        EXPECT_TRUE(CreateProcessAsUserA(less.Get(), nullptr, command.data(), nullptr, nullptr,
-                                         FALSE, 0, nullptr, nullptr, &startup, &started));
-        process_.Reset(started.hProcess);
-        const UniqueKernelHandle thread(started.hThread);
-        id_ = started.dwProcessId;
-    }
-    LimitedProcess(const LimitedProcess&) = delete;
-    LimitedProcess& operator=(const LimitedProcess&) = delete;
-    ~LimitedProcess() { TerminateProcess(process_.Get(), 1); }
-
-    [[nodiscard]] DWORD Id() const { return id_; }
-
-private:
-    UniqueKernelHandle process_;
-    DWORD id_ = 0;
-};
 
 int processesStarted = 0;
 

@@ -3,9 +3,11 @@
 #include "GuardRestart.h"
 
 #include "AccessRights.h"
+#include "AutostartStep.h"
 #include "ChildProcess.h"
 #include "ImportPatch.h"
-#include "LimitedToken.h"
+#include "KeptTalk.h"
+#include "LimitedProcess.h"
 #include "TempFolder.h"
 #include "Utf8.h"
 #include "win32/UniqueHandle.h"
@@ -56,8 +58,10 @@ BOOL WINAPI NoteOwnRights(LPCWSTR program, LPWSTR command, LPSECURITY_ATTRIBUTES
 {
     if (IsClient(program)) {
         clientStarts.push_back({Utf8(std::wstring_view(command)), true});
-        SetLastError(ERROR_ACCESS_DENIED);
-        return FALSE;
+        const std::string answerer = TestProgram("exits_with");
+        std::wstring answer = Wide('"' + answerer + "\" 0"); // done
+        return createOwnProcess(Wide(answerer).c_str(), answer.data(), processRights, threadRights,
+                                inherit, flags, variables, folder, startup, started);
     }
     return createOwnProcess(program, command, processRights, threadRights, inherit, flags,
                             variables, folder, startup, started);
@@ -88,14 +92,6 @@ LSTATUS WINAPI NameGuardOfSession(HKEY root, LPCWSTR key, LPCWSTR value, DWORD f
     return getRegistryValueOfMachine(root, key, value, flags, type, data, size);
 }
 
-class GuardTalk : public setup::v0::Conversation {
-public:
-    void Say(const std::string& text) override { said += text; }
-    [[nodiscard]] bool Ask(const std::string& /*question*/) override { return false; }
-
-    std::string said;
-};
-
 class GuardRestartTest : public ::testing::Test {
 protected:
     GuardRestartTest()
@@ -106,54 +102,37 @@ protected:
 
     [[nodiscard]] std::string Program() const { return folder_.File("DaemonGuard.exe"); }
 
-    // Starts the guard again, after its process has ended.
-    bool StartAgain(const GuardRestart& guard)
+    // Calls a function of the setup program while daemonctl is the stand-in.
+    template <class Function>
+    bool Run(Function function)
     {
         const SupervisorChange change(talk_, [] { return std::string(kGuardClient); });
         const ImportPatch processes("CreateProcessW", NoteOwnRights, createOwnProcess);
         const ImportPatch users("CreateProcessAsUserW", NoteRightsOfToken);
         const ImportPatch registry("RegGetValueW", NameGuardOfSession, getRegistryValueOfMachine);
-        return guard.Start(change, talk_);
+        return function(change);
+    }
+
+    // Starts the guard again, after its process has ended.
+    bool StartAgain(const GuardRestart& guard)
+    {
+        return Run([&](const SupervisorChange& change) { return guard.Start(change, talk_); });
+    }
+
+    // Notes the guard while a limited one runs.
+    GuardRestart NoteLimited() const
+    {
+        const LimitedProcess runs(Program());
+        return GuardRestart(folder_.Path().string());
     }
 
     const TempFolder folder_;
-    GuardTalk talk_;
-};
-
-// A process of this user without the rights of an administrator. The destructor ends it.
-class LimitedGuard {
-public:
-    explicit LimitedGuard(const std::string& program)
-    {
-        const UniqueKernelHandle less = LimitedToken();
-        std::wstring command = Wide('"' + program + '"');
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        PROCESS_INFORMATION started{};
-        EXPECT_TRUE(CreateProcessAsUserW(less.Get(), nullptr, command.data(), nullptr, nullptr,
-                                         FALSE, 0, nullptr, nullptr, &startup, &started));
-        process_.Reset(started.hProcess);
-        const UniqueKernelHandle thread(started.hThread);
-    }
-    LimitedGuard(const LimitedGuard&) = delete;
-    LimitedGuard& operator=(const LimitedGuard&) = delete;
-    ~LimitedGuard()
-    {
-        TerminateProcess(process_.Get(), 1);
-        WaitForSingleObject(process_.Get(), INFINITE);
-    }
-
-private:
-    UniqueKernelHandle process_;
+    KeptTalk talk_;
 };
 
 TEST_F(GuardRestartTest, Guard_of_a_session_without_rights_never_comes_back_as_administrator)
 {
-    const auto notes = [&] {
-        const LimitedGuard runs(Program());
-        return GuardRestart(folder_.Path().string());
-    };
-    EXPECT_FALSE(StartAgain(notes()));
+    EXPECT_FALSE(StartAgain(NoteLimited()));
     ASSERT_EQ(clientStarts.size(), 1U);
     EXPECT_FALSE(clientStarts[0].asAdministrator);
     EXPECT_TRUE(clientStarts[0].command.ends_with(R"(daemonctl.exe" "autostart" "start")"))
@@ -173,9 +152,25 @@ TEST_F(GuardRestartTest, Guard_with_the_rights_of_the_installer_gets_them_again)
         const ChildProcess runs('"' + Program() + '"');
         return GuardRestart(folder_.Path().string());
     };
-    EXPECT_ANY_THROW(static_cast<void>(StartAgain(notes()))); // the stand-in refuses
+    EXPECT_TRUE(StartAgain(notes()));
     ASSERT_EQ(clientStarts.size(), 1U);
     EXPECT_TRUE(clientStarts[0].asAdministrator);
+}
+
+// "autostart install" would start the guard with the rights of the installer.
+TEST_F(GuardRestartTest, New_entry_is_made_without_a_start_if_the_guard_had_other_rights)
+{
+    const GuardRestart guard = NoteLimited();
+    setup::v0::SetupOptions options;
+    options.autostart = "session";
+    EXPECT_FALSE(Run([&](const SupervisorChange& change) {
+        return setup::v0::SetUpAutostart(options, change, guard, true, talk_);
+    }));
+    ASSERT_EQ(clientStarts.size(), 2U);
+    EXPECT_TRUE(clientStarts[0].command.ends_with(R"( "install" "--session" "--no-start")"))
+        << clientStarts[0].command;
+    EXPECT_TRUE(clientStarts[0].asAdministrator);
+    EXPECT_FALSE(clientStarts[1].asAdministrator);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include "ChildProcess.h"
 #include "ImportPatch.h"
+#include "KeptTalk.h"
 #include "SetupError.h"
 #include "TempFolder.h"
 #include "Utf8.h"
@@ -108,14 +109,6 @@ bool Asks(const std::string& arguments, const std::string& order)
     return arguments.find('"' + order + '"') != std::string::npos;
 }
 
-class Talk : public setup::v0::Conversation {
-public:
-    void Say(const std::string& text) override { said += text; }
-    [[nodiscard]] bool Ask(const std::string& /*question*/) override { return false; }
-
-    std::string said;
-};
-
 class SupervisorChangeTest : public ::testing::Test {
 protected:
     SupervisorChangeTest()
@@ -171,7 +164,7 @@ protected:
     const ImportPatch registry_{"RegGetValueW", NameFolderOfInstallation, getRegistryValue};
     const ImportPatch processes_{"CreateProcessW", StandInForClient, createProcess};
     const ImportPatch waits_{"WaitForSingleObject", WaitNoMinute, waitForObject};
-    Talk talk_;
+    KeptTalk talk_;
     std::string listing_;
     std::unique_ptr<ChildProcess> supervisor_;
 };
