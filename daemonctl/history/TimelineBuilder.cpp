@@ -46,9 +46,10 @@ void TimelineBuilder::Add(Record record)
 //  - A start-up message comes after "Deamon Thread started". The run before may have been killed,
 //    so that the log holds no end of it.
 //  - The run before has ended, and a daemon is supervised again. This happens when a second
-//    supervisor was refused beside a running one. The refused supervisor ends. The running
-//    supervisor then overwrites the first messages of the refused one. In a full file, the other
-//    messages of the refused one can stand before all messages of the running one.
+//    supervisor was refused beside a running one: both write to one full file. Of the refused one
+//    only the last records are left, and the file shows them first. Example:
+//      "Deamon Thread is exiting..."   of the refused one: its run has ended
+//      "Start ..."                     of the running one: here its run begins
 bool TimelineBuilder::BeginsRun(const Event& event) const
 {
     if (timeline_.runs.empty()) {

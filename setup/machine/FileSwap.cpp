@@ -58,7 +58,17 @@ std::vector<std::string> MakeFoldersOf(const std::string& base, const std::strin
     return made;
 }
 
-// The folders of all names, the innermost first.
+} // namespace
+
+std::vector<std::string> FoldersOfName(const std::string& name)
+{
+    std::vector<std::string> folders;
+    for (std::size_t at = name.find('\\'); at != std::string::npos; at = name.find('\\', at + 1)) {
+        folders.push_back(name.substr(0, at));
+    }
+    return folders;
+}
+
 std::vector<std::string> FoldersInside(const std::vector<std::string>& names)
 {
     std::vector<std::string> folders;
@@ -68,17 +78,6 @@ std::vector<std::string> FoldersInside(const std::vector<std::string>& names)
     }
     std::sort(folders.rbegin(), folders.rend()); // "sdk\src" comes before "sdk"
     folders.erase(std::unique(folders.begin(), folders.end()), folders.end());
-    return folders;
-}
-
-} // namespace
-
-std::vector<std::string> FoldersOfName(const std::string& name)
-{
-    std::vector<std::string> folders;
-    for (std::size_t at = name.find('\\'); at != std::string::npos; at = name.find('\\', at + 1)) {
-        folders.push_back(name.substr(0, at));
-    }
     return folders;
 }
 

@@ -68,6 +68,9 @@ private:
 /// Pure.
 [[nodiscard]] std::vector<std::string> FoldersOfName(const std::string& name);
 
+/// Returns the folders of all names, each once, an inner folder before the one that holds it. Pure.
+[[nodiscard]] std::vector<std::string> FoldersInside(const std::vector<std::string>& names);
+
 /// Deletes a file. If a program uses it, Windows deletes it when it starts next.
 void DeleteOrLater(const std::string& path) noexcept;
 

@@ -1,13 +1,16 @@
 #include "InstalledFiles.h"
 
 #include "FileSwap.h"
+#include "ObjectRights.h"
 #include "Payload.h"
 #include "RandomName.h"
+#include "SystemPlaces.h"
 #include "Utf8.h"
 
 #include <windows.h>
 
-#include <algorithm>
+#include <map>
+#include <utility>
 
 namespace vqrx::setup::v0 {
 namespace {
@@ -26,23 +29,64 @@ void RemoveInstalledFile(const std::string& folder, const std::string& name)
     DeleteOrLater(moved ? aside : path);
 }
 
+// Says which folders may be cleared by name. Looks at each folder once: it holds many files.
+class ClearableFolders {
+public:
+    explicit ClearableFolders(bool allowWeak)
+        : allowWeak_(allowWeak)
+    {
+    }
+
+    bool MayClear(const std::string& folder)
+    {
+        if (allowWeak_) {
+            return true;
+        }
+        const auto [found, isNew] = mayClear_.try_emplace(folder, false);
+        if (isNew) {
+            const std::vector<std::string> weak =
+                client::v0::WeaknessesOfPath(folder, client::v0::TrustedAdministrators());
+            found->second = weak.empty();
+            if (!weak.empty()) {
+                reasons_.push_back("The files in " + folder + " stay, because " + weak.front() +
+                                   ". Look at what lies there, then delete them.");
+            }
+        }
+        return found->second;
+    }
+
+    [[nodiscard]] std::vector<std::string> TakeReasons() { return std::move(reasons_); }
+
+private:
+    bool allowWeak_;
+    std::map<std::string, bool> mayClear_;
+    std::vector<std::string> reasons_;
+};
+
 } // namespace
 
-void RemoveInstalledFiles(const std::string& folder, const std::vector<std::string>& names)
+std::vector<std::string> RemoveInstalledFiles(const std::string& folder,
+                                              const std::vector<std::string>& names, bool allowWeak)
 {
-    std::vector<std::string> inside;
+    ClearableFolders folders(allowWeak);
+    std::vector<std::string> below;
     for (const std::string& name : names) {
         if (IsNameBelow(name)) {
-            RemoveInstalledFile(folder, name);
-            const std::vector<std::string> more = FoldersOfName(name);
-            inside.insert(inside.end(), more.begin(), more.end());
+            const std::string path = std::string(folder).append("\\").append(name);
+            if (IsOnDisk(path) && folders.MayClear(FolderOf(path))) {
+                RemoveInstalledFile(folder, name);
+            }
+            below.push_back(name);
         }
     }
-    std::sort(inside.rbegin(), inside.rend()); // "sdk\src" comes before "sdk"
-    for (const std::string& one : inside) {
-        RemoveEmptyFolder(std::string(folder).append("\\").append(one), false);
+    for (const std::string& one : FoldersInside(below)) {
+        const std::string path = std::string(folder).append("\\").append(one);
+        if (IsOnDisk(path) && folders.MayClear(FolderOf(path))) {
+            RemoveEmptyFolder(path, false);
+        }
     }
     RemoveEmptyFolder(folder, true);
+    return folders.TakeReasons();
 }
 
 } // namespace vqrx::setup::v0

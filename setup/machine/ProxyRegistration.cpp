@@ -17,7 +17,8 @@ using client::v0::Utf8;
 using client::v0::Wide;
 using cpp_utils::system_library::v1::FindFunction;
 
-// A library that is loaded for one call, with its own imports from the system folder.
+// A library that is loaded for one call. Windows looks for its imports in the library's own folder
+// first, so whoever may write to that folder decides what is loaded.
 class LoadedProxy {
 public:
     explicit LoadedProxy(const std::string& library)

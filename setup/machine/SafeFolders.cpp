@@ -124,6 +124,18 @@ void SafeFolders::Check(const std::string& path) const
     }
 }
 
+std::string SafeFolders::WarningOfReaders(const std::string& path) const
+{
+    const ObjectRights rights = client::v0::ReadRights(path);
+    std::string text;
+    for (const std::string& reader : client::v0::Readers(rights, trusted_)) {
+        text += reader + ". ";
+    }
+    return text.empty() ? text
+                        : "Warning: " + text + "To change that, as administrator:\n" +
+                              Commands(rights, FolderUse::kLogs, accountSid_, trusted_);
+}
+
 void SafeFolders::RemoveMade() noexcept
 {
     for (; !made_.empty(); made_.pop_back()) {

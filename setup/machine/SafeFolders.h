@@ -30,6 +30,13 @@ public:
     /// @throws SetupError as Prepare
     void Check(const std::string& path) const;
 
+    /// Says who else than administrators and the supervisor's account may read the folder of the
+    /// log, and with which commands an administrator changes that. The supervisor works all the
+    /// same.
+    /// @param path  UTF-8, a full path
+    /// @return empty if nobody else may; otherwise lines, each with "\n"
+    [[nodiscard]] std::string WarningOfReaders(const std::string& path) const;
+
     /// Returns the folders that were made, the outermost first.
     [[nodiscard]] const std::vector<std::string>& Made() const noexcept { return made_; }
 

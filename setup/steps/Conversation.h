@@ -22,7 +22,7 @@ enum SetupExitCode : int {
     kSetupCancelled = 1,
     kSetupFailed = 2,
     /// Installed, but the new supervisor ended again, not every daemon was handed over, or the
-    /// guard was not set up.
+    /// guard was not set up. Or removed, except files in folders that others may change.
     kSetupIncomplete = 3,
 };
 

@@ -3,6 +3,7 @@
 #include "AutostartStep.h"
 #include "EndSupervisorAndGuards.h"
 #include "Installation.h"
+#include "InstallationNotes.h"
 #include "InstalledFiles.h"
 #include "ProtectedObjects.h"
 #include "ProxyRegistration.h"
@@ -11,14 +12,12 @@
 #include "SystemPlaces.h"
 #include "installation/InstallationPaths.h"
 
-#include <windows.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <exception>
 #include <functional>
 #include <iterator>
-#include <set>
+#include <numeric>
 
 namespace vqrx::setup::v0 {
 namespace {
@@ -27,7 +26,6 @@ namespace installation = system::installation::v1;
 using client::v0::FolderUse;
 
 constexpr const char* kSupervisor = "\\DaemonManager.exe";
-constexpr const char* kClient = "\\daemonctl.exe";
 constexpr const char* kProxy = "\\DaemonMgrPS.dll";
 
 std::string LogFileOf(const FirmwarePlace& place)
@@ -55,6 +53,13 @@ std::vector<std::string> NamesOf(const std::vector<PayloadFile>& files)
     std::transform(files.begin(), files.end(), std::back_inserter(names),
                    [](const PayloadFile& file) { return file.name; });
     return names;
+}
+
+std::uint64_t SizeOf(const std::vector<PayloadFile>& files)
+{
+    return std::accumulate(
+        files.begin(), files.end(), std::uint64_t{0},
+        [](std::uint64_t bytes, const PayloadFile& file) { return bytes + file.content.size(); });
 }
 
 } // namespace
@@ -100,16 +105,30 @@ void InstallationSteps::PrepareFolders()
     folders_->Prepare(place_.root, FolderUse::kPrograms);
     folders_->Prepare(installation::AppFolder(place_.root), FolderUse::kPrograms);
     folders_->Prepare(installation::LogFolder(place_.root), FolderUse::kLogs);
+    conversation_.Say(folders_->WarningOfReaders(installation::LogFolder(place_.root)));
     folders_->Check(LogFileOf(place_)); // the hand-over believes it
     folders_->Check(installation::GuardLogFile(place_.root));
-    std::set<std::string> inside;
-    for (const PayloadFile& file : files_) {
-        const std::vector<std::string> more = FoldersOfName(file.name);
-        inside.insert(more.begin(), more.end());
-    }
-    for (const std::string& folder : inside) {
+    std::vector<std::string> replaced = NamesOf(files_);
+    const std::vector<std::string> former = NamesToReplace();
+    replaced.insert(replaced.end(), former.begin(), former.end());
+    for (const std::string& folder : FoldersInside(replaced)) {
         folders_->Check(folder_ + "\\" + folder);
     }
+    if (const std::string proxy = RegisteredProxy(); !proxy.empty()) {
+        folders_->Check(
+            proxy); // the client loads it to end the supervisor, GoBack() to register it
+    }
+}
+
+std::vector<std::string> InstallationSteps::NamesToReplace() const
+{
+    const MachineKey notes = InstallationKey();
+    std::vector<std::string> names;
+    if (notes.Text(kFolderNote) == folder_) {
+        names = notes.List(kFilesNote);
+        std::erase_if(names, [](const std::string& name) { return !IsNameBelow(name); });
+    }
+    return names;
 }
 
 void InstallationSteps::EndSupervisor()
@@ -127,8 +146,7 @@ void InstallationSteps::Replace()
     formerNotes_ = notes.Values();
     formerEvents_ = EventSourceKey().Values();
     formerProxy_ = RegisteredProxy();
-    swap_.SwapIn(notes.Text(kFolderNote) == folder_ ? notes.List(kFilesNote)
-                                                    : std::vector<std::string>());
+    swap_.SwapIn(NamesToReplace());
     wroteRegistry_ = true;
     RegisterProxy(folder_ + kProxy);
     if (!options_.account.empty()) {
@@ -151,10 +169,16 @@ void InstallationSteps::Keep()
     const MachineKey notes = InstallationKey();
     const std::string formerFolder = notes.Text(kFolderNote);
     const std::vector<std::string> formerFiles = notes.List(kFilesNote);
-    WriteNotes();
+    WriteInstallationNotes({folder_, place_.root, NamesOf(files_), SizeOf(files_), folders_->Made(),
+                            logExisted_, options_.allowWeak});
     swap_.Keep();
     if (!formerFolder.empty() && formerFolder != folder_) {
-        RemoveInstalledFiles(formerFolder, formerFiles); // nobody keeps them up to date any more
+        Try([&] { // nobody keeps them up to date any more; an error must not lead to GoBack()
+            for (const std::string& left :
+                 RemoveInstalledFiles(formerFolder, formerFiles, options_.allowWeak)) {
+                conversation_.Say(left + "\n");
+            }
+        });
     }
 }
 
@@ -244,43 +268,6 @@ void InstallationSteps::Try(const std::function<void()>& step) noexcept
     } catch (const std::exception& error) {
         conversation_.Say(std::string(error.what()) + "\n");
     }
-}
-
-void InstallationSteps::NoteIfMade(const std::string& what, const std::string& folder) const
-{
-    const std::vector<std::string>& made = folders_->Made();
-    if (std::find(made.begin(), made.end(), folder) != made.end()) {
-        InstallationKey().SetText("Made" + what, folder);
-    }
-}
-
-void InstallationSteps::WriteNotes()
-{
-    constexpr std::uint64_t kKibibyte = 1024;
-    const MachineKey notes = InstallationKey();
-    NoteIfMade("Root", place_.root);
-    NoteIfMade("App", installation::AppFolder(place_.root));
-    NoteIfMade("Logs", installation::LogFolder(place_.root));
-    if (!logExisted_) {
-        notes.SetText("MadeLog", LogFileOf(place_));
-    }
-    std::uint64_t bytes = 0;
-    for (const PayloadFile& file : files_) {
-        bytes += file.content.size();
-    }
-    notes.SetList(kFilesNote, NamesOf(files_));
-    notes.SetText("DisplayName", "DaemonManager");
-    notes.SetText("DisplayVersion", DM_VERSION);
-    notes.SetText("DisplayIcon", folder_ + kSupervisor);
-    notes.SetText(kFolderNote, folder_);
-    notes.SetText("UninstallString", "\"" + folder_ + "\\Uninstall.exe\"");
-    notes.SetText("QuietUninstallString", "\"" + folder_ + "\\Uninstall.exe\" /S");
-    notes.SetNumber("NoModify", 1);
-    notes.SetNumber("NoRepair", 1);
-    const MachineKey events = EventSourceKey();
-    events.SetText("EventMessageFile", folder_ + kClient);
-    events.SetNumber("TypesSupported", EVENTLOG_ERROR_TYPE | EVENTLOG_INFORMATION_TYPE);
-    notes.SetNumber("EstimatedSize", static_cast<std::uint32_t>(bytes / kKibibyte));
 }
 
 } // namespace vqrx::setup::v0

@@ -54,11 +54,11 @@ public:
 
 private:
     void PrepareFolders();
+    /// Returns the names below the folder that the installed version has there.
+    [[nodiscard]] std::vector<std::string> NamesToReplace() const;
     void RestoreRegistry() noexcept;
     void Try(const std::function<void()>& step) noexcept; ///< says what failed, and goes on
     void StartFormer() noexcept;
-    void WriteNotes();
-    void NoteIfMade(const std::string& what, const std::string& folder) const;
 
     SetupOptions options_;
     const std::vector<PayloadFile>& files_;

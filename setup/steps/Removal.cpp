@@ -20,6 +20,7 @@
 
 #include <exception>
 #include <string>
+#include <vector>
 
 namespace vqrx::setup::v0 {
 namespace {
@@ -97,7 +98,8 @@ void EndAll(SupervisorChange& change, const GuardRestart& guard, const std::stri
     DeleteOrLater(change.Listing());
 }
 
-void RemoveAll(const SetupOptions& options, Conversation& conversation)
+// @return one of SetupExitCode
+int RemoveAll(const SetupOptions& options, Conversation& conversation)
 {
     const std::string folder = InstalledFolder();
     SupervisorChange change(conversation, [folder] { return folder + "\\daemonctl.exe"; });
@@ -108,7 +110,8 @@ void RemoveAll(const SetupOptions& options, Conversation& conversation)
         throw SetupError("The guard is still set up.");
     }
     UnregisterProxy(folder + "\\DaemonMgrPS.dll"); // that of another installation stays
-    RemoveInstalledFiles(folder, InstallationKey().List(kFilesNote));
+    const std::vector<std::string> left =
+        RemoveInstalledFiles(folder, InstallationKey().List(kFilesNote), options.allowWeak);
     RemoveRegisteredRoot();
     RemoveLog(options, conversation);
     RemoveMadeFolders();
@@ -116,7 +119,11 @@ void RemoveAll(const SetupOptions& options, Conversation& conversation)
         EventSourceKey().Remove();
     }
     InstallationKey().Remove();
-    conversation.Say("Removed.\n");
+    for (const std::string& text : left) {
+        conversation.Say(text + "\n");
+    }
+    conversation.Say(left.empty() ? "Removed.\n" : "Removed, but not completely.\n");
+    return left.empty() ? kSetupDone : kSetupIncomplete;
 }
 
 } // namespace
@@ -124,8 +131,7 @@ void RemoveAll(const SetupOptions& options, Conversation& conversation)
 int Remove(const SetupOptions& options, Conversation& conversation)
 {
     try {
-        RemoveAll(options, conversation);
-        return kSetupDone;
+        return RemoveAll(options, conversation);
     } catch (const std::exception& error) {
         conversation.Say(std::string("Not removed. ") + error.what() + "\n");
         return kSetupFailed;

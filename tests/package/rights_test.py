@@ -2,7 +2,7 @@
 import shutil
 
 import windows_machine as machine
-from installation import OWN_KEY, InstallationTest
+from installation import OWN_KEY, PROXY_KEY, InstallationTest
 
 
 class Rights(InstallationTest):
@@ -49,6 +49,8 @@ class Rights(InstallationTest):
         self.assertFalse(machine.host_path(self.folder).exists())  # made, and removed again
         self.install_below_root("/ALLOWWEAK")
         self.assertEqual(self.everybody(self.ROOT + r"\App"), 7)  # is left as it was
+        self.assertEqual(machine.value(OWN_KEY, "UninstallString"),
+                         f'"{self.folder}\\Uninstall.exe" /ALLOWWEAK')
 
     def test_a_guard_believes_what_others_may_change_only_if_it_was_set_up_with_ALLOWWEAK(self):
         run_key = r"HKLM\SOFTWARE\Microsoft\Windows\CurrentVersion\Run"
@@ -88,6 +90,44 @@ class Rights(InstallationTest):
         self.assertEqual(self.install(f"/ROOT={self.ROOT}"), 2)
         self.assert_refused(rf"{self.folder}\docs is a junction or a link")
         self.assertEqual(list(target.iterdir()), [])
+
+    def test_files_behind_a_link_in_a_former_folder_are_not_deleted(self):
+        former = self.ROOT + r"\former"
+        self.install_below_root(f"/D={former}")
+        target = self.make(r"C:\elsewhere", 0o755)
+        for file in machine.host_path(former + r"\docs").iterdir():
+            (target / file.name).write_text("of somebody else")
+        expected = sorted(file.name for file in target.iterdir())
+        self.assertIn("README.md", expected)
+        shutil.rmtree(machine.host_path(former + r"\docs"))
+        machine.host_path(former + r"\docs").symlink_to(target, target_is_directory=True)
+        self.install_below_root(f"/D={self.folder}")
+        self.assertIn(rf"The files in {former}\docs stay, because {former}\docs is a junction or a link",
+                      self.said)
+        self.assertEqual(sorted(file.name for file in target.iterdir()), expected)
+        self.assertFalse(machine.host_path(former + r"\DaemonManager.exe").exists())
+
+    def test_the_uninstaller_leaves_files_in_a_folder_that_others_may_change(self):
+        self.install_below_root()
+        self.make(self.installed("docs"), 0o777)
+        code, said = machine.call(self.installed("Uninstall.exe"), "/S")
+        self.is_installed = False
+        self.assertEqual(code, 3, said)
+        self.assertIn(f"The files in {self.installed('docs')} stay, because Everyone may write to", said)
+        self.assertTrue((machine.host_path(self.installed("docs")) / "README.md").exists())
+        self.assertFalse(machine.host_path(self.installed("DaemonManager.exe")).exists())
+
+    def test_a_registered_proxy_that_everybody_may_change_is_refused(self):
+        proxy = r"C:\elsewhere\DaemonMgrPS.dll"
+        (self.make(r"C:\elsewhere", 0o777) / "DaemonMgrPS.dll").write_bytes(b"")
+        self.configure(PROXY_KEY + r"\InprocServer32", "/ve", "/d", proxy)
+        self.assertEqual(self.install(f"/ROOT={self.ROOT}"), 2)
+        self.assert_refused(f"{proxy} is not safe", r"Everyone may write to C:\elsewhere")
+
+    def test_who_else_may_read_the_log_is_said(self):
+        self.make(self.ROOT + r"\Logs", 0o755)
+        self.install_below_root()
+        self.assertIn(rf"Everyone may read {self.ROOT}\Logs", self.said)
 
     def test_a_log_that_everybody_may_write_is_refused(self):
         log = self.make(self.ROOT + r"\Logs", 0o755) / "DaemonManager.log"

@@ -1,7 +1,8 @@
 """The lists that people decide: which folder may include which, and what no test mirrors."""
 
-# A folder with sources, and the folders right below it: it may include these and all that these
-# may include. A folder below a listed one belongs to it, unless it is listed itself.
+# Key: a folder with sources. Value: the folders whose headers its sources may include. They may
+# also include what these folders may include. A folder that is not listed has the rules of the
+# folder that holds it.
 MAY_INCLUDE = {
     "interface": (),
     "sdk": ("interface",),
@@ -58,8 +59,8 @@ MAY_INCLUDE = {
     "setup": ("setup/window",),
 }
 
-# Test files without a source of their name, and folders of sources without a folder of tests:
-# each with the reason.
+# Key: a test file without a source of its name, or a folder of sources without a folder of tests.
+# Value: the reason.
 NOT_MIRRORED = {
     "daemonctl": "holds only the main functions; the integration tests run the programs",
     "guard": "holds only the main function; the integration tests run the program",
@@ -159,6 +160,7 @@ TESTED_BY = {
     "setup/steps/EndSupervisorAndGuards.cpp": "tests/package/guard_test.py",
     "setup/steps/FirmwarePlace.cpp": "tests/package/installation_test.py",
     "setup/steps/Installation.cpp": "tests/package/installation_test.py",
+    "setup/steps/InstallationNotes.cpp": "tests/package/installation_test.py",
     "setup/steps/InstallationSteps.cpp": "tests/package/failure_test.py",
     "setup/steps/Removal.cpp": "tests/package/guard_test.py",
     "src/app/main.cpp": "tests/integration/StartUpTest.cpp",

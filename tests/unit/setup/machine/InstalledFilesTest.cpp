@@ -1,5 +1,6 @@
 #include "InstalledFiles.h"
 
+#include "OpenToEverybody.h"
 #include "TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -7,11 +8,15 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 namespace vqrx::test {
 namespace {
 
 using setup::v0::RemoveInstalledFiles;
+
+constexpr bool kAllowWeak = true;
+const std::vector<std::string> kNothing;
 
 void MakeFile(const std::string& path)
 {
@@ -26,8 +31,10 @@ TEST(InstalledFiles, Files_and_empty_folders_go_and_the_files_of_others_stay)
         MakeFile(temp.File(name));
     }
     MakeFile(temp.File("fw\\docs\\mine.txt"));
-    RemoveInstalledFiles(temp.File("fw"),
-                         {"a.exe", "sdk\\src\\a.cpp", "docs\\a.md", "missing", "no\\missing"});
+    EXPECT_EQ(kNothing,
+              RemoveInstalledFiles(
+                  temp.File("fw"),
+                  {"a.exe", "sdk\\src\\a.cpp", "docs\\a.md", "missing", "no\\missing"}, false));
     EXPECT_FALSE(std::filesystem::exists(temp.File("fw\\a.exe")));
     EXPECT_FALSE(std::filesystem::exists(temp.File("fw\\sdk")));
     EXPECT_FALSE(std::filesystem::exists(temp.File("fw\\docs\\a.md")));
@@ -38,7 +45,7 @@ TEST(InstalledFiles, An_empty_folder_of_the_programs_goes_too)
 {
     const TempFolder temp;
     MakeFile(temp.File("fw\\a.exe"));
-    RemoveInstalledFiles(temp.File("fw"), {"a.exe"});
+    EXPECT_EQ(kNothing, RemoveInstalledFiles(temp.File("fw"), {"a.exe"}, false));
     EXPECT_FALSE(std::filesystem::exists(temp.File("fw")));
 }
 
@@ -47,8 +54,39 @@ TEST(InstalledFiles, A_name_that_leads_out_of_the_folder_is_ignored)
     const TempFolder temp;
     MakeFile(temp.File("outside"));
     MakeFile(temp.File("fw\\a.exe"));
-    RemoveInstalledFiles(temp.File("fw"), {"..\\outside", temp.File("outside")});
+    EXPECT_EQ(kNothing, RemoveInstalledFiles(temp.File("fw"), {"..\\outside", temp.File("outside")},
+                                             kAllowWeak));
     EXPECT_TRUE(std::filesystem::exists(temp.File("outside")));
+}
+
+// Whoever may change a folder can put a link in its place, which leads to files of somebody else.
+TEST(InstalledFiles, Files_in_a_folder_that_others_may_change_stay_with_the_reason)
+{
+    const TempFolder temp;
+    MakeFile(temp.File("fw\\a.exe"));
+    MakeFile(temp.File("fw\\docs\\a.md"));
+    MakeFile(temp.File("fw\\docs\\b.md"));
+    OpenToEverybody(temp.File("fw\\docs"));
+    const std::vector<std::string> stay =
+        RemoveInstalledFiles(temp.File("fw"), {"a.exe", "docs\\a.md", "docs\\b.md"}, false);
+    ASSERT_EQ(1U, stay.size());
+    EXPECT_TRUE(
+        stay.front().starts_with("The files in " + temp.File("fw\\docs") + " stay, because "))
+        << stay.front();
+    EXPECT_NE(std::string::npos, stay.front().find(" may write to " + temp.File("fw\\docs")))
+        << stay.front();
+    EXPECT_FALSE(std::filesystem::exists(temp.File("fw\\a.exe")));
+    EXPECT_TRUE(std::filesystem::exists(temp.File("fw\\docs\\a.md")));
+    EXPECT_TRUE(std::filesystem::exists(temp.File("fw\\docs\\b.md")));
+}
+
+TEST(InstalledFiles, Whoever_accepts_the_risk_has_files_in_an_open_folder_removed_too)
+{
+    const TempFolder temp;
+    MakeFile(temp.File("fw\\a.exe"));
+    OpenToEverybody(temp.File("fw"));
+    EXPECT_EQ(kNothing, RemoveInstalledFiles(temp.File("fw"), {"a.exe"}, kAllowWeak));
+    EXPECT_FALSE(std::filesystem::exists(temp.File("fw")));
 }
 
 } // namespace

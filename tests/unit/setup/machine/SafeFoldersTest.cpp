@@ -2,14 +2,12 @@
 
 #include "ImportPatch.h"
 #include "ObjectRights.h"
+#include "OpenToEverybody.h"
 #include "SetupError.h"
 #include "TempFolder.h"
 #include "Wine.h"
 
 #include <windows.h>
-
-#include <aclapi.h>
-#include <sddl.h>
 
 #include <gtest/gtest.h>
 
@@ -24,16 +22,6 @@ namespace {
 using client::v0::FolderUse;
 using setup::v0::SafeFolders;
 using setup::v0::SetupError;
-
-// Gives everybody the right to write, as the root of a data drive does.
-void OpenToEverybody(const std::string& path)
-{
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorA(
-        "D:P(A;OICI;FA;;;WD)", SDDL_REVISION_1, &descriptor, nullptr));
-    EXPECT_TRUE(SetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, descriptor));
-    LocalFree(descriptor);
-}
 
 // Windows gives this group a name in its own language.
 std::string Everybody()
@@ -137,6 +125,21 @@ TEST(SafeFolders, The_remedy_for_a_file_gives_it_the_rights_of_its_folder)
         EXPECT_TRUE(Contains(error.what(), "icacls \"" + temp.File("log") + "\" /reset\n"))
             << error.what();
     }
+}
+
+TEST(SafeFolders, Who_else_may_read_the_log_is_said_with_the_commands_that_change_it)
+{
+    const TempFolder temp;
+    SafeFolders folders("", false);
+    folders.Prepare(temp.File("logs"), FolderUse::kLogs);
+    EXPECT_EQ("", folders.WarningOfReaders(temp.File("logs")));
+    OpenToEverybody(temp.File("logs"), "FR");
+    const std::string warning = folders.WarningOfReaders(temp.File("logs"));
+    EXPECT_TRUE(
+        Contains(warning, "Warning: " + Everybody() + " may read " + temp.File("logs") + ". "))
+        << warning;
+    EXPECT_TRUE(Contains(warning, "icacls \"" + temp.File("logs") + "\" /remove:g *S-1-1-0"))
+        << warning;
 }
 
 TEST(SafeFolders, A_new_folder_below_one_that_everybody_may_change_is_refused)
