@@ -12,6 +12,7 @@ GuardLog::GuardLog(const std::string& file)
 {
     sink_.SetFileName(file);
     sink_.SetSizeLimit(system::ring_format::v1::kRingSizeLimit);
+    sink_.SetNotesOutages(true);
     logger_.AddSink(&sink_);
 }
 

@@ -4,11 +4,29 @@
 
 namespace vqrx::setup::v0 {
 
-FormerProcess::FormerProcess(std::uint32_t processId, std::string program)
+namespace {
+
+// Returns when Windows created a process, 100 ns since 1601, UTC; 0: Windows does not say.
+std::uint64_t CreationTime(HANDLE process)
+{
+    FILETIME created{};
+    FILETIME others{};
+    if (GetProcessTimes(process, &created, &others, &others, &others) == FALSE) {
+        return 0;
+    }
+    return (std::uint64_t{created.dwHighDateTime} << 32U) | created.dwLowDateTime;
+}
+
+} // namespace
+
+FormerProcess::FormerProcess(std::uint32_t processId, std::string program, std::uint64_t created)
     : processId_(processId)
     , program_(std::move(program))
     , process_(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, processId))
 {
+    if (process_ && created != 0 && CreationTime(process_.Get()) != created) {
+        process_ = system::win32::v1::UniqueKernelHandle();
+    }
     if (!process_) {
         return;
     }

@@ -16,7 +16,9 @@ namespace vqrx::setup::v0 {
 class FormerProcess {
 public:
     /// @param program  full path of its program, UTF-8
-    FormerProcess(std::uint32_t processId, std::string program);
+    /// @param created  when Windows created it, 100 ns since 1601, UTC; 0: not asked. A process of
+    ///                 another time got the id after the end of the one that is meant
+    FormerProcess(std::uint32_t processId, std::string program, std::uint64_t created = 0);
 
     [[nodiscard]] std::uint32_t Id() const noexcept { return processId_; }
     [[nodiscard]] const std::string& Program() const noexcept { return program_; }

@@ -27,6 +27,15 @@ struct Guard {
     UniqueKernelHandle process;
 };
 
+// Returns whether a process that is open now is not the one that was listed: another process may
+// have got the id in between.
+bool IsAnother(std::uint32_t processId, const std::string& program)
+{
+    const client::v0::ProcessFacts facts = client::v0::ReadProcessFacts(processId);
+    return facts.state == client::v0::ProcessFacts::State::kRunning &&
+           !client::v0::IsSameFile(facts.image, program);
+}
+
 // @return the processes that run the guard of this folder
 std::vector<Guard> GuardsOf(const std::string& folder)
 {
@@ -40,6 +49,9 @@ std::vector<Guard> GuardsOf(const std::string& folder)
         UniqueKernelHandle process(
             OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE, FALSE, image.processId));
         const DWORD error = process ? ERROR_SUCCESS : GetLastError();
+        if (process && IsAnother(image.processId, program)) {
+            continue;
+        }
         if (error == ERROR_INVALID_PARAMETER) {
             continue; // it has ended since
         }

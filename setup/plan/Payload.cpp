@@ -4,7 +4,9 @@
 #include "Sha256.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
+#include <string>
 
 namespace vqrx::setup::v0 {
 namespace {
@@ -51,6 +53,28 @@ private:
     std::string_view rest_;
 };
 
+// Returns whether Windows takes a part of a path as a device, also with an extension. Source:
+// Microsoft's page "Naming Files, Paths, and Namespaces"; superscript digits in UTF-8.
+bool IsDevice(std::string_view part)
+{
+    std::string stem(part.substr(0, part.find('.')));
+    stem.erase(stem.find_last_not_of(' ') + 1);
+    std::transform(stem.begin(), stem.end(), stem.begin(), [](char letter) {
+        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+    });
+    constexpr std::array<std::string_view, 6> whole = {"con", "prn",    "aux",
+                                                       "nul", "conin$", "conout$"};
+    if (std::find(whole.begin(), whole.end(), stem) != whole.end()) {
+        return true;
+    }
+    constexpr std::array<std::string_view, 12> ports = {
+        "1", "2", "3", "4", "5", "6", "7", "8", "9", "\xC2\xB9", "\xC2\xB2", "\xC2\xB3"};
+    constexpr std::size_t kLengthOfKind = 3;
+    const std::string_view kind = std::string_view(stem).substr(0, kLengthOfKind);
+    return (kind == "com" || kind == "lpt") &&
+           std::find(ports.begin(), ports.end(), stem.substr(kLengthOfKind)) != ports.end();
+}
+
 } // namespace
 
 bool IsNameBelow(std::string_view name)
@@ -64,7 +88,7 @@ bool IsNameBelow(std::string_view name)
         const std::size_t end = std::min(name.find('\\'), name.size());
         const std::string_view part = name.substr(0, end);
         // Windows drops points and blanks at the end of a name.
-        if (part.empty() || part.back() == '.' || part.back() == ' ') {
+        if (part.empty() || part.back() == '.' || part.back() == ' ' || IsDevice(part)) {
             return false;
         }
         if (end == name.size()) {

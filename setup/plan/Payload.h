@@ -33,7 +33,7 @@ struct PayloadFile {
 [[nodiscard]] std::vector<PayloadFile> ReadPayload(std::string_view bytes, std::string_view digest);
 
 /// Returns whether a name stays below the folder that it is put into: no drive, no empty part, no
-/// "..", no part that Windows reads as another name.
+/// "..", no part that Windows reads as another name or as the name of a device.
 [[nodiscard]] bool IsNameBelow(std::string_view name);
 
 } // namespace vqrx::setup::v0

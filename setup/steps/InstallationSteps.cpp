@@ -81,7 +81,8 @@ InstallationSteps::InstallationSteps(const SetupOptions& options,
 
 void InstallationSteps::Prepare()
 {
-    conversation_.Say("Programs: " + folder_ + "\nFirmware: " + place_.root + "\n");
+    conversation_.Say("Programs: " + folder_ + "\nFirmware: " + place_.root + "\n" +
+                      change_.Overlooked());
     PrepareFolders();
     conversation_.Say("Unpacking.\n");
     swap_.Unpack(files_);
@@ -196,8 +197,8 @@ int InstallationSteps::HandOver()
         return kSetupIncomplete;
     }
     DeleteOrLater(change_.Listing());
-    conversation_.Say("Installed.\n");
-    return kSetupDone;
+    conversation_.Say("Installed.\n" + change_.Overlooked());
+    return change_.Overlooked().empty() ? kSetupDone : kSetupIncomplete;
 }
 
 bool InstallationSteps::SetUpAutostart()

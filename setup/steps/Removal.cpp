@@ -119,6 +119,7 @@ int RemoveAll(const SetupOptions& options, Conversation& conversation)
         EventSourceKey().Remove();
     }
     InstallationKey().Remove();
+    conversation.Say(change.Overlooked());
     for (const std::string& text : left) {
         conversation.Say(text + "\n");
     }

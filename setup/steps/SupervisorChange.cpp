@@ -35,6 +35,23 @@ bool IsHandedOver(const ProgramAnswer& answer)
     return answer.exitCode == kClientDone || answer.exitCode == kNothingToHandOver;
 }
 
+// Returns why a process may be a supervisor all the same; empty if it only has the name of one.
+std::string WhyOverlooked(const daemon_manager::SupervisorProcess& process)
+{
+    std::string why;
+    if (process.program.empty()) {
+        why = " is named DaemonManager.exe, and Windows does not tell which file it runs";
+    } else if (process.installedProgram) {
+        why = process.userKnown ? " runs the installed program as " +
+                                      client::v0::Utf8(process.user) + ", who is not expected to"
+                                : " runs the installed program, and Windows does not tell for whom";
+    }
+    return why.empty() ? why
+                       : "Process " + std::to_string(process.processId) + why +
+                             ". The installer does not end it. If it is the supervisor, it keeps "
+                             "its former files: end it, then run the installer again.\n";
+}
+
 } // namespace
 
 SupervisorChange::SupervisorChange(Conversation& conversation, std::function<std::string()> client)
@@ -48,7 +65,10 @@ SupervisorChange::SupervisorChange(Conversation& conversation, std::function<std
     }
     for (const daemon_manager::SupervisorProcess& process : identity.processes) {
         if (process.installedProgram && process.userKnown && process.expectedUser) {
-            former_.emplace_back(process.processId, client::v0::Utf8(process.program));
+            former_.emplace_back(process.processId, client::v0::Utf8(process.program),
+                                 process.created);
+        } else {
+            overlooked_ += WhyOverlooked(process);
         }
     }
 }

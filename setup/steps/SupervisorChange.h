@@ -35,6 +35,11 @@ public:
     /// Whether End() has ended it.
     [[nodiscard]] bool Ended() const noexcept { return ended_; }
 
+    /// Names the processes that may be a supervisor, and which this object does not end: their file
+    /// cannot be found out, or somebody runs the installed program who is not expected to.
+    /// @return lines, each with "\n"; empty if there are none
+    [[nodiscard]] const std::string& Overlooked() const noexcept { return overlooked_; }
+
     /// Returns the account of the supervisor that ran; empty if it ran as SYSTEM or as
     /// administrator, or if none ran.
     [[nodiscard]] std::string LimitedAccountSid() const;
@@ -102,6 +107,7 @@ private:
     Conversation& conversation_;
     std::function<std::string()> client_;
     std::vector<FormerProcess> former_;
+    std::string overlooked_;
     std::string listing_;
     bool ended_ = false;
     system::win32::v1::UniqueKernelHandle started_;

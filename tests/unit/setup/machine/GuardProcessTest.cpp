@@ -160,6 +160,31 @@ TEST(GuardProcess, A_service_that_never_finishes_its_start_is_terminated_after_t
     EXPECT_EQ(ExitCodeOf(process), 1U);
 }
 
+DWORD listedGuard = 0;
+DWORD nextOwnerOfId = 0;
+HANDLE(WINAPI* openProcess)(DWORD, BOOL, DWORD);
+
+// The guard ends after it was listed, and another process gets its id.
+HANDLE WINAPI OpenNextOwner(DWORD access, BOOL inherit, DWORD processId)
+{
+    static bool hasEnded = false;
+    hasEnded = hasEnded || (access & PROCESS_TERMINATE) != 0;
+    return openProcess(access, inherit,
+                       hasEnded && processId == listedGuard ? nextOwnerOfId : processId);
+}
+
+TEST(GuardProcess, A_process_that_got_the_id_of_a_listed_guard_is_not_ended)
+{
+    const TempFolder folder;
+    const ChildProcess guard('"' + PlaceGuard(folder, "no_windows") + '"');
+    const ChildProcess stranger('"' + TestProgram("no_windows") + '"');
+    listedGuard = guard.Pid();
+    nextOwnerOfId = stranger.Pid();
+    const ImportPatch patch("OpenProcess", OpenNextOwner, openProcess);
+    EXPECT_FALSE(EndGuards(folder, {}));
+    EXPECT_TRUE(stranger.Running());
+}
+
 BOOL WINAPI RefuseToEnd(HANDLE, UINT)
 {
     SetLastError(ERROR_ACCESS_DENIED);

@@ -111,6 +111,21 @@ TEST(Payload, A_name_that_leads_out_of_the_folder_is_refused)
     }
 }
 
+// Windows opens the device, whatever the folder: a file of this name cannot be made.
+TEST(Payload, Names_of_devices_are_refused)
+{
+    for (const char* const name :
+         {"NUL", "nul", "con.txt", "PRN", "aux.tar.gz", "COM1", "com9.exe", "LPT1",
+          R"(docs\lpt9.md)", R"(nul\x)", "COM\xC2\xB9", "lpt\xC2\xB2.txt", "COM\xC2\xB3", "CONIN$",
+          "conout$", "nul .txt"}) {
+        EXPECT_FALSE(IsNameBelow(name)) << name;
+    }
+    for (const char* const name : {"null", "COM0", "COM10", "com", "console.txt", "x.nul", "CONIN",
+                                   "LPT\xC2\xB4", "xCOM1", "auxiliary"}) {
+        EXPECT_TRUE(IsNameBelow(name)) << name;
+    }
+}
+
 TEST(Payload, The_program_ends_where_its_last_section_ends)
 {
     const std::string program = Program({{400, 100}, {0, 0}, {500, 24}}) + std::string(600, 'x');

@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cwchar>
 #include <filesystem>
 #include <fstream>
@@ -88,6 +89,29 @@ DWORD WINAPI WaitNoMinute(HANDLE handle, DWORD limitMs)
 {
     constexpr DWORD minuteMs = 60000;
     return waitForObject(handle, limitMs > minuteMs && limitMs != INFINITE ? 0 : limitMs);
+}
+
+DWORD hiddenProcess = 0;
+HANDLE(WINAPI* openProcess)(DWORD, BOOL, DWORD);
+
+HANDLE WINAPI OpenUnlessHidden(DWORD access, BOOL inherit, DWORD processId)
+{
+    if (processId == hiddenProcess) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return nullptr;
+    }
+    return openProcess(access, inherit, processId);
+}
+
+BOOL(WINAPI* getProcessTimes)(HANDLE, LPFILETIME, LPFILETIME, LPFILETIME, LPFILETIME);
+
+BOOL WINAPI TellLaterEachTime(HANDLE process, LPFILETIME created, LPFILETIME ended,
+                              LPFILETIME kernel, LPFILETIME user)
+{
+    static std::atomic<DWORD> calls = 0;
+    const BOOL done = getProcessTimes(process, created, ended, kernel, user);
+    created->dwLowDateTime += ++calls;
+    return done;
 }
 
 DWORD sessionOfTokens = 0;
@@ -182,6 +206,42 @@ TEST_F(SupervisorChangeTest, Supervisor_that_a_guard_started_meanwhile_follows_i
     EXPECT_EQ(change.FormerProgram(), Program());
     EXPECT_EQ(change.Listing(), listing);
     EXPECT_TRUE(std::filesystem::exists(listing));
+}
+
+// Windows refuses to open the process of another user who has forbidden it.
+TEST_F(SupervisorChangeTest, Process_that_cannot_be_examined_is_named_and_not_ended)
+{
+    StartSupervisor();
+    EXPECT_EQ(Look().Overlooked(), "");
+    hiddenProcess = supervisor_->Pid();
+    const ImportPatch hide("OpenProcess", OpenUnlessHidden, openProcess);
+    const SupervisorChange change = Look();
+    EXPECT_FALSE(change.Ran());
+    EXPECT_EQ(change.Overlooked(),
+              "Process " + std::to_string(supervisor_->Pid()) +
+                  " is named DaemonManager.exe, and Windows does not tell which file it runs. The "
+                  "installer does not end it. If it is the supervisor, it keeps its former files: "
+                  "end it, then run the installer again.\n");
+}
+
+TEST_F(SupervisorChangeTest, Process_that_only_has_the_name_of_the_supervisor_is_not_named)
+{
+    const TempFolder elsewhere;
+    std::filesystem::copy_file(TestProgram("no_windows"), elsewhere.File("DaemonManager.exe"));
+    const ChildProcess stranger('"' + elsewhere.File("DaemonManager.exe") + '"');
+    EXPECT_EQ(Look().Overlooked(), "");
+}
+
+// The supervisor ended after the list was made, and another process has its id.
+TEST_F(SupervisorChangeTest, Process_of_another_time_is_not_waited_for)
+{
+    StartSupervisor();
+    const ImportPatch times("GetProcessTimes", TellLaterEachTime, getProcessTimes);
+    SupervisorChange change = Look();
+    EXPECT_TRUE(change.Ran());
+    EXPECT_EQ(change.Former()->Token(), nullptr);
+    daemonctl = [](const std::string&) { return kNotFound; };
+    EXPECT_EQ(WhyNotEnded(change), "it was ended");
 }
 
 TEST_F(SupervisorChangeTest, First_supervisor_and_its_list_stay_and_the_list_of_a_later_one_goes)
