@@ -1,6 +1,7 @@
 #include "DoctorGathering.h"
 
 #include "Bounded.h"
+#include "ComSecurityInLog.h"
 #include "ExitReason.h"
 #include "FilePresence.h"
 #include "GatherAutostart.h"
@@ -12,7 +13,7 @@
 #include "ScanDamage.h"
 #include "ThisMachine.h"
 #include "TimeText.h"
-#include "TimelineBuilder.h"
+#include "Timeline.h"
 #include "com/ComApartment.h"
 
 #include <windows.h>
@@ -22,6 +23,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vqrx::client::v0 {
@@ -155,23 +157,18 @@ void AddDamageOfLog(InstallationFacts& facts)
 ComSecurityFacts ComSecurityOf(const InstallationFacts& installation)
 {
     ComSecurityFacts facts;
-    facts.machineLimits = HasMachineLimits();
-    if (!installation.logIsCurrent.value_or(false)) {
-        return facts;
-    }
-    try {
-        const std::vector<Record> records = ReadLogFile(DefaultLogPath());
-        const Timeline timeline = BuildTimeline(records);
-        const SupervisorRun* const run = RunThatGoesOn(timeline);
-        facts.known = run != nullptr && run->beginningSeen;
-        for (const Record& record : records) {
-            if (facts.known && record.timeMs >= run->firstMs && IsComSecurityFailure(record.text)) {
-                facts.failures.push_back(record.text);
-            }
+    if (installation.logIsCurrent.value_or(false)) {
+        try {
+            std::vector<Record> records;
+            const ScanSummary summary =
+                ReadLogFile(DefaultLogPath(), TextEncoding::kAuto,
+                            [&records](Record record) { records.push_back(std::move(record)); });
+            facts = ComSecurityInLog(records, summary.IsSound());
+        } catch (const std::runtime_error&) { // the log became unreadable just now
+            facts.known = false;
         }
-    } catch (const std::runtime_error&) { // the log became unreadable just now
-        facts.known = false;
     }
+    facts.machineLimits = HasMachineLimits();
     return facts;
 }
 

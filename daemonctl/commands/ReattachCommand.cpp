@@ -8,6 +8,7 @@
 #include "HandOver.h"
 #include "HandOverTrust.h"
 #include "InstalledPaths.h"
+#include "PasteableText.h"
 #include "PrintText.h"
 #include "Printable.h"
 #include "SupervisorProcesses.h"
@@ -96,8 +97,11 @@ bool PrintDamagedLogs(const HandOverCount& count, const ReattachOptions& options
         std::cerr
             << "daemonctl: the log does not show the former supervisor; this damaged log was set "
                "aside: "
-            << Printable(log) << "\n  To read it, too: daemonctl reattach --former-log \""
-            << Printable(log) << '"' << std::endl;
+            << Printable(log) << "\n  "
+            << AdviceFor("To read it, too: daemonctl reattach --former-log ", log,
+                         "To read it, too, give its path to daemonctl reattach with the option "
+                         "--former-log.")
+            << std::endl;
     }
     return !logs.empty();
 }

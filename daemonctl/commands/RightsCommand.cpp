@@ -2,6 +2,7 @@
 
 #include "ExitCode.h"
 #include "ObjectRights.h"
+#include "PasteableText.h"
 #include "PrintText.h"
 #include "Printable.h"
 #include "ProtectedObjects.h"
@@ -53,11 +54,15 @@ int Make(const std::string& path, FolderUse use, const std::string& accountSid)
     const std::string parent = end == 2 ? path.substr(0, 3) : path.substr(0, end);
     for (const std::string& weakness : WeaknessesOfParentPath(parent, TrustedAdministrators())) {
         return Refuse(std::string(path).append(" was not made: ").append(weakness),
-                      "To see who may change it: daemonctl rights \"" + parent + "\"");
+                      AdviceFor("To see who may change it: daemonctl rights ", parent,
+                                "To see who may change it, run daemonctl rights on the folder "
+                                "above."));
     }
     const std::uint32_t error = MakeProtectedFolder(path, use, accountSid);
     if (error == ERROR_ALREADY_EXISTS) {
-        return Refuse(path + " exists already", "To check it: daemonctl rights \"" + path + "\"");
+        return Refuse(path + " exists already",
+                      AdviceFor("To check it: daemonctl rights ", path,
+                                "To check it, run daemonctl rights on this folder."));
     }
     if (error != 0) {
         return Refuse(path + " cannot be made (Windows error " + std::to_string(error) + ")",

@@ -1,5 +1,7 @@
 #include "AutostartChecks.h"
 
+#include "PasteableText.h"
+
 namespace vqrx::client::v0 {
 namespace {
 
@@ -130,8 +132,10 @@ Finding JudgeFleetFile(const AutostartFacts& facts)
         return Failure(check,
                        facts.fleet + ": the guard launches nothing" +
                            JoinedFaults(facts.fleetErrors) + JoinedFaults(facts.fleetWarnings),
-                       "Mend the file. To test it: daemonctl apply --dry-run \"" + facts.fleet +
-                           '"');
+                       AdviceFor("Mend the file. To test it: daemonctl apply --dry-run ",
+                                 facts.fleet,
+                                 "Mend the file. To test it, run daemonctl apply with --dry-run "
+                                 "on it."));
     }
     if (!facts.fleetWarnings.empty()) {
         return Warning(check, facts.fleet + JoinedFaults(facts.fleetWarnings),

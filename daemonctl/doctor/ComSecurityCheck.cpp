@@ -17,6 +17,11 @@ Finding JudgeComSecurity(const ComSecurityFacts& facts)
     const std::string limits = facts.machineLimits
                                    ? "; the registry sets limits for all callers of this machine"
                                    : "; Windows' own limits hold";
+    if (facts.failures.empty() && facts.recordsMissing) {
+        return Ok(check, "not known: the log lacks records of the running supervisor, and one of "
+                         "them may say that it could not set COM's security" +
+                             limits);
+    }
     if (facts.failures.empty()) {
         return Ok(check, "every authenticated caller may call the supervisor" + limits);
     }

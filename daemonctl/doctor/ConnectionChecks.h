@@ -76,6 +76,11 @@ struct SupervisorFacts {
 /// @throws std::bad_alloc
 [[nodiscard]] std::string ProxyBesideThisProgram();
 
+/// Returns the library of the proxy/stub as it is registered for all users of the machine; empty if
+/// none is. Windows only.
+/// @throws std::bad_alloc
+[[nodiscard]] std::string ProxyOfMachine();
+
 /// Says how to register the proxy/stub, for people: with a command that can be pasted, if the path
 /// allows that. Pure.
 /// @param library  full path of DaemonMgrPS.dll; empty: it is not known

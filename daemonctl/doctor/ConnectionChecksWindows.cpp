@@ -27,15 +27,27 @@ std::wstring GuidText(const GUID& id)
     return text.data();
 }
 
-// Reads the default value of a key below HKEY_CLASSES_ROOT. @return the Windows error, 0 for none
-std::uint32_t ReadDefaultValue(const std::wstring& key, std::wstring& value)
+// Reads the default value of a key. @return the Windows error, 0 for none
+std::uint32_t ReadDefaultValue(HKEY root, const std::wstring& key, std::wstring& value)
 {
     std::array<wchar_t, 1024> text{};
     auto size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
-    const LSTATUS result = RegGetValueW(HKEY_CLASSES_ROOT, key.c_str(), nullptr, RRF_RT_REG_SZ,
-                                        nullptr, text.data(), &size);
+    const LSTATUS result =
+        RegGetValueW(root, key.c_str(), nullptr, RRF_RT_REG_SZ, nullptr, text.data(), &size);
     value = text.data();
     return static_cast<std::uint32_t>(result);
+}
+
+// The key whose default value names the class of the proxy/stub.
+std::wstring ProxyClassKey()
+{
+    return L"Interface\\" + GuidText(IID_IDaemonMgrControl) + L"\\ProxyStubClsid32";
+}
+
+// The key whose default value names the library of a class.
+std::wstring LibraryKey(const std::wstring& classId)
+{
+    return L"CLSID\\" + classId + L"\\InprocServer32";
 }
 
 SupervisorFacts CallSupervisor()
@@ -111,18 +123,29 @@ std::string ProxyBesideThisProgram()
     return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES ? Utf8(path) : std::string();
 }
 
+std::string ProxyOfMachine()
+{
+    const std::wstring classes = L"SOFTWARE\\Classes\\";
+    std::wstring classId;
+    std::wstring library;
+    if (ReadDefaultValue(HKEY_LOCAL_MACHINE, classes + ProxyClassKey(), classId) != 0 ||
+        ReadDefaultValue(HKEY_LOCAL_MACHINE, classes + LibraryKey(classId), library) != 0) {
+        return {};
+    }
+    return Utf8(library);
+}
+
 ProxyFacts GatherProxyFacts()
 {
     ProxyFacts facts;
     facts.besideThisProgram = ProxyBesideThisProgram();
     std::wstring classId;
-    facts.interfaceError = ReadDefaultValue(
-        L"Interface\\" + GuidText(IID_IDaemonMgrControl) + L"\\ProxyStubClsid32", classId);
+    facts.interfaceError = ReadDefaultValue(HKEY_CLASSES_ROOT, ProxyClassKey(), classId);
     if (facts.interfaceError != 0) {
         return facts;
     }
     std::wstring library;
-    facts.libraryError = ReadDefaultValue(L"CLSID\\" + classId + L"\\InprocServer32", library);
+    facts.libraryError = ReadDefaultValue(HKEY_CLASSES_ROOT, LibraryKey(classId), library);
     if (facts.libraryError != 0) {
         return facts;
     }

@@ -45,21 +45,56 @@ std::string CountIfAny(std::size_t count, const char* what)
     return count == 0 ? std::string() : ", " + std::to_string(count) + what;
 }
 
-// The commands go by the name, and so also remove a rule of the supervisor with this name. The
-// supervisor makes its rule again at the next launch.
-std::string RemovalOf(const std::vector<FirewallRuleFacts>& rules)
+// Returns whether the text after the prefix can be a program that the supervisor launches: a path,
+// or the bare name of a file.
+bool NamesProgram(const std::string& ruleName)
+{
+    if (!ruleName.starts_with(kFirewallRulePrefix)) {
+        return false;
+    }
+    const std::string program = ruleName.substr(kFirewallRulePrefix.size());
+    return program.find_first_of("\\/") != std::string::npos ||
+           WithoutCase(program).ends_with(WithoutCase(".exe"));
+}
+
+// @param removed  names of the rules that commands remove, without letter case
+// @return one line for each rule of the supervisor that these commands remove, too
+std::string AlsoRemoved(const std::set<std::string>& removed,
+                        const std::vector<FirewallRuleFacts>& rules)
+{
+    std::set<std::string> names;
+    for (const FirewallRuleFacts& rule : rules) {
+        if (IsSupervisorsRule(rule) && removed.count(WithoutCase(rule.name)) != 0) {
+            names.insert(rule.name);
+        }
+    }
+    std::string text;
+    for (const std::string& name : names) {
+        text += "\nnetsh goes by the name. It also removes the supervisor's rule \"" + name +
+                "\". The supervisor makes this rule again when it launches the program next.";
+    }
+    return text;
+}
+
+std::string RemovalOf(const std::vector<FirewallRuleFacts>& foreign,
+                      const std::vector<FirewallRuleFacts>& rules)
 {
     std::set<std::string> commands;
-    for (const FirewallRuleFacts& rule : rules) {
+    std::set<std::string> removed;
+    for (const FirewallRuleFacts& rule : foreign) {
         const std::string name = QuotedForPasting(rule.name);
-        commands.insert(name.empty() ? "in the settings of the firewall: wf.msc"
-                                     : "netsh advfirewall firewall delete rule name=" + name);
+        if (name.empty()) {
+            commands.insert("in the settings of the firewall: wf.msc");
+            continue;
+        }
+        commands.insert("netsh advfirewall firewall delete rule name=" + name);
+        removed.insert(WithoutCase(rule.name));
     }
     std::string text;
     for (const std::string& command : commands) {
         text += "\n" + command;
     }
-    return text;
+    return text + AlsoRemoved(removed, rules);
 }
 
 } // namespace
@@ -127,7 +162,7 @@ std::vector<FirewallRuleFacts> ForeignRules(const std::vector<FirewallRuleFacts>
     std::vector<FirewallRuleFacts> foreign;
     std::copy_if(rules.begin(), rules.end(), std::back_inserter(foreign),
                  [](const FirewallRuleFacts& rule) {
-                     return rule.name.find('\\') != std::string::npos && !IsSupervisorsRule(rule);
+                     return NamesProgram(rule.name) && !IsSupervisorsRule(rule);
                  });
     return foreign;
 }
@@ -197,7 +232,7 @@ Finding JudgeFirewallRules(const FirewallRulesFacts& facts)
     if (!foreign.empty()) {
         remedy += "\nFind out who made the rules that are not the supervisor's. To remove them, as "
                   "administrator:" +
-                  RemovalOf(foreign);
+                  RemovalOf(foreign, facts.rules);
     }
     if (!dead.empty()) {
         remedy += "\nAs administrator, to remove the rules whose program is gone: "

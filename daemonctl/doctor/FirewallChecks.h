@@ -72,8 +72,9 @@ struct FirewallRulesFacts {
 ///         rule with the dead one
 [[nodiscard]] std::vector<std::string> DeadRules(const FirewallRulesFacts& facts);
 
-/// Finds the rules that have the name of a rule of the supervisor, with a path after the prefix,
-/// but let another program through. Such a rule keeps the supervisor from making its own. Pure.
+/// Finds the rules that have the name of a rule of the supervisor, but let another program through.
+/// After the prefix such a name has a path, or a file name that ends with ".exe". Such a rule keeps
+/// the supervisor from making its own. Pure.
 [[nodiscard]] std::vector<FirewallRuleFacts>
 ForeignRules(const std::vector<FirewallRuleFacts>& rules);
 

@@ -1,6 +1,7 @@
 #include "InstallationChecks.h"
 
 #include "ErrorText.h"
+#include "PasteableText.h"
 #include "ring_format/RingHeader.h"
 
 namespace vqrx::client::v0 {
@@ -32,7 +33,9 @@ Finding WithDamagedLog(const Finding& log, const std::string& damagedLog)
 {
     return WithWarning(
         log, damagedLog + ": the supervisor could not read this log and began a new one",
-        "Read the damaged log, then delete it: daemonctl log --file \"" + damagedLog + "\"");
+        AdviceFor(
+            "Read the damaged log, then delete it: daemonctl log --file ", damagedLog,
+            "Read the damaged log with daemonctl log and its option --file, then delete it."));
 }
 
 bool IsAbsolute(const std::string& path)

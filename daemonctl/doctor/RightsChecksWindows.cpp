@@ -1,5 +1,6 @@
 #include "RightsChecks.h"
 
+#include "ConnectionChecks.h"
 #include "GuardArguments.h"
 #include "LetterCase.h"
 #include "ObjectRights.h"
@@ -84,6 +85,7 @@ void AddInstallation(const std::string& installedProgram, Places& places)
         places.Add(folder + "\\DaemonMgrPS.dll", Role::kProgram);
         places.Add(folder + "\\" + Utf8(kGuardProgram), Role::kProgram);
     }
+    places.Add(ProxyOfMachine(), Role::kProgram);
     places.Add(Utf8(system::file::v2::PathOfOwnProgram()), Role::kProgram);
 }
 

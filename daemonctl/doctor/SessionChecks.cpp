@@ -44,9 +44,22 @@ bool MayWriteTo(const ObjectRights& folder, const std::string& accountSid)
         });
 }
 
+std::string ReplacementOf(const std::string& link)
+{
+    return "Replace " + link + " by a folder: somebody may turn the link elsewhere.";
+}
+
+std::string AboutLinkAbove(const SessionFacts& facts)
+{
+    return facts.linkAbove.empty() ? "" : "\n" + facts.linkAbove + " is a junction or a link";
+}
+
 // Also notes the account: otherwise the log would count as one that a stranger may change.
 std::vector<std::string> RemedyForLogs(const SessionFacts& facts)
 {
+    if (!facts.linkAbove.empty()) {
+        return {ReplacementOf(facts.linkAbove)};
+    }
     const std::string path = QuotedForPasting(facts.logs.path);
     if (path.empty()) { // its name would do something else when it is pasted
         return {"Give " + facts.account +
@@ -77,7 +90,8 @@ void AddObstacleOfLogs(const SessionFacts& facts, std::vector<SessionObstacle>& 
                                  "administrator makes it for SYSTEM and administrators: " +
                                  facts.account +
                                  " may not write there, and at each later logon the guard ends "
-                                 "(error 5)",
+                                 "(error 5)" +
+                                 AboutLinkAbove(facts),
                              RemedyForLogs(facts)});
         }
         return;
@@ -89,15 +103,14 @@ void AddObstacleOfLogs(const SessionFacts& facts, std::vector<SessionObstacle>& 
         return;
     }
     if (logs.reparsePoint) {
-        found.push_back(
-            {logs.path + " is a junction or a link",
-             {"Replace " + logs.path + " by a folder: somebody may turn the link elsewhere."}});
+        found.push_back({logs.path + " is a junction or a link", {ReplacementOf(logs.path)}});
         return;
     }
     if (!MayWriteTo(logs, facts.accountSid)) {
         found.push_back({"the rights of " + logs.path + " let neither " + facts.account +
                              " nor all users write there: the guard of the session ends at each "
-                             "logon (error 5)",
+                             "logon (error 5)" +
+                             AboutLinkAbove(facts),
                          RemedyForLogs(facts)});
     }
 }

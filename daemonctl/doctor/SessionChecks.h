@@ -22,6 +22,9 @@ struct SessionFacts {
     std::string notedSid; ///< of the account that was noted for the supervisor; empty: none
     /// Of \Logs. Error 2 or 3: it does not exist. Without a path: not known, and not judged.
     ObjectRights logs;
+    /// The nearest folder above \Logs that is a junction or a link, UTF-8; empty: none is one. A
+    /// command for rights would change what the link leads to.
+    std::string linkAbove = {};
 };
 
 /// Something that keeps a guard of a session from running.

@@ -9,8 +9,10 @@
 #include <windows.h>
 
 #include <array>
+#include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vqrx::client::v0 {
 namespace {
@@ -51,6 +53,18 @@ void TakeAccountOfLogon(SessionFacts& facts)
     facts.accountSid = facts.account.empty() ? std::string() : SidOfAccount(facts.account);
 }
 
+// Returns the nearest folder above a path that is a junction or a link; empty if none is one.
+std::string LinkAbove(const std::string& path)
+{
+    const std::vector<std::string> way = WayTo(path);
+    for (std::size_t index = 1; index < way.size(); ++index) {
+        if (ReadRights(way[index]).reparsePoint) {
+            return way[index];
+        }
+    }
+    return {};
+}
+
 } // namespace
 
 SessionFacts GatherSessionFacts(const std::string& logFolder)
@@ -70,6 +84,7 @@ SessionFacts GatherSessionFacts(const std::string& logFolder)
         facts.accountSid != localSystem && !facts.accountSid.ends_with("-500") && WithholdsRights();
     if (!logFolder.empty()) {
         facts.logs = ReadRights(logFolder);
+        facts.linkAbove = LinkAbove(logFolder);
     }
     return facts;
 }

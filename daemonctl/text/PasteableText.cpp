@@ -28,4 +28,10 @@ std::string QuotedForPasting(std::string_view text)
     return '"' + std::string(text) + '"';
 }
 
+std::string AdviceFor(std::string_view command, std::string_view name, std::string_view otherwise)
+{
+    const std::string quoted = QuotedForPasting(name);
+    return quoted.empty() ? std::string(otherwise) : std::string(command) + quoted;
+}
+
 } // namespace vqrx::client::v0

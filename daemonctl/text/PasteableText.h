@@ -12,4 +12,11 @@ namespace vqrx::client::v0 {
 ///         one of " % ! $ `, or ends with a backslash
 [[nodiscard]] std::string QuotedForPasting(std::string_view text);
 
+/// Returns an advice that ends with a command and a name in double quotes, or another advice
+/// without a command if the name is unsafe to paste. Pure.
+/// @param command    the advice up to the name
+/// @param otherwise  the advice for a name that QuotedForPasting refuses
+[[nodiscard]] std::string AdviceFor(std::string_view command, std::string_view name,
+                                    std::string_view otherwise);
+
 } // namespace vqrx::client::v0

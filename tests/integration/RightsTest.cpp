@@ -35,6 +35,18 @@ TEST(Rights, A_folder_that_exists_is_not_taken_over)
                           path + "\"\n"}));
 }
 
+TEST(Rights, Advice_holds_no_name_that_does_something_else_when_it_is_pasted)
+{
+    const TempFolder folder;
+    const std::string path = folder.File("100%");
+    ASSERT_TRUE(std::filesystem::create_directory(path));
+    EXPECT_EQ(Daemonctl("rights --make programs " + path),
+              (Answer{4, "",
+                      "daemonctl: " + path +
+                          " exists already\n"
+                          "  To check it, run daemonctl rights on this folder.\n"}));
+}
+
 TEST(Rights, A_link_on_the_way_is_found_and_nothing_is_made_behind_it)
 {
     // Drive Z: of Wine is a link to the root of the host. Windows has a junction of this name.

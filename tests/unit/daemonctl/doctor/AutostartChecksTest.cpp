@@ -168,5 +168,16 @@ TEST(FleetFileCheck, Bad_lines_are_a_failure_and_missing_programs_a_warning)
                   "line 1: a double quote is not closed\nline 2: C:\\x.exe does not exist");
 }
 
+TEST(FleetFileCheck, File_whose_name_cannot_be_pasted_is_in_no_command)
+{
+    AutostartFacts facts = FactsOfService();
+    facts.fleetErrors = {"line 1: a double quote is not closed"};
+    EXPECT_EQ(JudgeFleetFile(facts).remedy,
+              R"(Mend the file. To test it: daemonctl apply --dry-run "C:\FW\App\fleet.txt")");
+    facts.fleet = R"(C:\$(calc)\fleet.txt)";
+    EXPECT_EQ(JudgeFleetFile(facts).remedy,
+              "Mend the file. To test it, run daemonctl apply with --dry-run on it.");
+}
+
 } // namespace
 } // namespace vqrx::test

@@ -39,6 +39,18 @@ TEST(ComSecurityCheck, Claims_nothing_without_the_start_of_the_running_superviso
                   "not examined: no supervisor runs, or its log does not show its start any more");
 }
 
+TEST(ComSecurityCheck, Claims_nothing_if_records_of_the_running_supervisor_are_missing)
+{
+    ComSecurityFacts facts;
+    facts.known = true;
+    facts.recordsMissing = true;
+    ExpectFinding(JudgeComSecurity(facts), Verdict::kOk,
+                  "not known: the log lacks records of the running supervisor, and one of them may "
+                  "say that it could not set COM's security; Windows' own limits hold");
+    facts.failures = {"CoInitializeSecurity error 0x80010106"};
+    EXPECT_EQ(JudgeComSecurity(facts).verdict, Verdict::kWarning);
+}
+
 TEST(ComSecurityCheck, Knows_the_record_of_the_failure)
 {
     EXPECT_TRUE(IsComSecurityFailure("CoInitializeSecurity error 0x80010106"));

@@ -1,8 +1,13 @@
 #include "ComSecurityCheck.h"
 
+#include "ImportPatch.h"
+
 #include <windows.h>
 
 #include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
 
 namespace vqrx::test {
 namespace {
@@ -24,6 +29,40 @@ TEST(ComSecurityFacts, Limits_of_the_machine_are_those_of_the_registry)
               ERROR_SUCCESS);
     EXPECT_TRUE(client::v0::HasMachineLimits());
     EXPECT_EQ(RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kOle, kLimits), ERROR_SUCCESS);
+    EXPECT_FALSE(client::v0::HasMachineLimits());
+}
+
+// A test must not set a policy for the machine: one value of the policies comes from here.
+std::wstring policyValue;
+std::wstring policyText;
+
+LSTATUS WINAPI AnswerWithPolicy(HKEY, LPCWSTR key, LPCWSTR value, DWORD, LPDWORD type, PVOID data,
+                                LPDWORD size)
+{
+    if (std::wstring(key) != LR"(SOFTWARE\Policies\Microsoft\Windows NT\DCOM)" ||
+        policyValue != value) {
+        return ERROR_FILE_NOT_FOUND;
+    }
+    const std::size_t bytes = (policyText.size() + 1) * sizeof(wchar_t);
+    if (*size < bytes) {
+        return ERROR_MORE_DATA;
+    }
+    std::memcpy(data, policyText.c_str(), bytes);
+    *type = REG_SZ;
+    return ERROR_SUCCESS;
+}
+
+TEST(ComSecurityFacts, Group_policy_that_limits_access_or_launch_is_found)
+{
+    const ImportPatch patch("RegGetValueW", AnswerWithPolicy);
+    for (const wchar_t* value : {L"MachineAccessRestriction", L"MachineLaunchRestriction"}) {
+        policyValue = value;
+        policyText = L"O:BAG:BAD:(A;;CCDCLC;;;BA)";
+        EXPECT_TRUE(client::v0::HasMachineLimits());
+        policyText.clear(); // a policy that was taken back
+        EXPECT_FALSE(client::v0::HasMachineLimits());
+    }
+    policyValue = L"Other";
     EXPECT_FALSE(client::v0::HasMachineLimits());
 }
 

@@ -148,6 +148,37 @@ TEST(FirewallRulesCheck, Warns_of_a_rule_that_has_a_name_of_the_supervisor_and_i
               "netsh advfirewall firewall delete rule name=\"allowing C:\\a.exe\"");
 }
 
+TEST(FirewallRulesCheck, Name_of_a_program_needs_no_backslash_to_be_one_of_the_supervisors_names)
+{
+    const std::vector<FirewallRuleFacts> rules = {{"allowing video.exe", "", Program::kUnknown},
+                                                  {"allowing VIDEO.EXE", "", Program::kUnknown},
+                                                  {"allowing C:/FW/x", "", Program::kUnknown},
+                                                  {R"(allowing C:\x)", "", Program::kUnknown}};
+    EXPECT_EQ(ForeignRules(rules).size(), 4U);
+    EXPECT_TRUE(ForeignRules({{"allowing everything", "", Program::kUnknown},
+                              {"allowing .exe files", "", Program::kUnknown},
+                              {"allowing", "", Program::kUnknown},
+                              {R"(other C:\a.exe)", "", Program::kUnknown},
+                              {"allowing video.exe", "VIDEO.exe", Program::kUnknown}})
+                    .empty());
+}
+
+TEST(FirewallRulesCheck, Says_that_a_command_also_removes_the_supervisors_rule_of_this_name)
+{
+    FirewallRulesFacts facts;
+    facts.rules = {{R"(allowing C:\a.exe)", "", Program::kUnknown},
+                   {R"(allowing C:\A.exe)", R"(C:\a.exe)", Program::kThere},
+                   {R"(allowing C:\b.exe)", "", Program::kUnknown}};
+    EXPECT_EQ(JudgeFirewallRules(facts).remedy,
+              "Find out who made the rules that are not the supervisor's. To remove them, as "
+              "administrator:\n"
+              "netsh advfirewall firewall delete rule name=\"allowing C:\\a.exe\"\n"
+              "netsh advfirewall firewall delete rule name=\"allowing C:\\b.exe\"\n"
+              "netsh goes by the name. It also removes the supervisor's rule \"allowing "
+              "C:\\A.exe\". The supervisor makes this rule again when it launches the program "
+              "next.");
+}
+
 TEST(FirewallServiceCheck, Only_a_service_that_runs_lets_the_supervisor_make_rules)
 {
     FirewallServiceFacts facts;

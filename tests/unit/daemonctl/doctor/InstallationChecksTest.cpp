@@ -165,6 +165,14 @@ TEST(LogFolderCheck, Warns_of_a_damaged_log_and_shows_how_to_read_it)
               R"(daemonctl log --file "C:\FW\Logs\DaemonManager.log.damaged")");
 }
 
+TEST(LogFolderCheck, Damaged_log_whose_name_cannot_be_pasted_is_in_no_command)
+{
+    InstallationFacts facts = HealthyInstallation();
+    facts.damagedLogs = {R"(C:\100%\Logs\DaemonManager.log.damaged)"};
+    EXPECT_EQ(JudgeLog(facts).remedy,
+              "Read the damaged log with daemonctl log and its option --file, then delete it.");
+}
+
 TEST(LogFolderCheck, Warns_of_damage_in_the_log_itself)
 {
     InstallationFacts facts = HealthyInstallation();

@@ -1,6 +1,7 @@
 #include "RightsChecks.h"
 
 #include "FirmwareRegistry.h"
+#include "ImportPatch.h"
 #include "OpenToAll.h"
 #include "TempFolder.h"
 
@@ -12,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cwchar>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -99,6 +101,40 @@ TEST_F(RightsFactsTest, A_program_or_a_folder_that_everybody_may_change_is_found
                 HasSubstr("may write to " + Worker()));
     EXPECT_THAT(JudgeFileRights(GatherRightsFacts(Root(), {Worker()})).remedy,
                 HasSubstr("icacls \"" + Worker() + "\" /reset"));
+}
+
+// A test must not register another proxy/stub for the machine: these values come from here.
+constexpr const wchar_t* kProxyClass = L"{00000000-1111-2222-3333-444444444444}";
+std::wstring registeredLibrary;
+decltype(RegGetValueW)* readRegistry = nullptr;
+
+LSTATUS WINAPI AnswerWithLibrary(HKEY root, LPCWSTR key, LPCWSTR value, DWORD flags, LPDWORD type,
+                                 PVOID data, LPDWORD size)
+{
+    const std::wstring name = key != nullptr ? key : L"";
+    const std::wstring library =
+        std::wstring(L"SOFTWARE\\Classes\\CLSID\\") + kProxyClass + L"\\InprocServer32";
+    if (!name.ends_with(L"\\ProxyStubClsid32") && name != library) {
+        return readRegistry(root, key, value, flags, type, data, size);
+    }
+    const std::wstring text = name == library ? registeredLibrary : kProxyClass;
+    EXPECT_LT(text.size() * sizeof(wchar_t), *size);
+    std::wcscpy(static_cast<wchar_t*>(data), text.c_str());
+    return ERROR_SUCCESS;
+}
+
+TEST_F(RightsFactsTest, A_registered_proxy_that_everybody_may_change_is_found_wherever_it_lies)
+{
+    const std::string library = folder_.File("elsewhere.dll");
+    std::ofstream(library) << "x";
+    registeredLibrary.assign(library.begin(), library.end());
+    const ImportPatch patch("RegGetValueW", AnswerWithLibrary, readRegistry);
+    const RightsFacts sound = GatherRightsFacts("", {});
+    EXPECT_LT(IndexOf(sound, library, Role::kProgram), sound.places.size());
+    OpenToAll(library);
+    const Finding finding = JudgeFileRights(GatherRightsFacts("", {}));
+    EXPECT_THAT(finding.text, HasSubstr("may write to " + library));
+    EXPECT_THAT(finding.remedy, HasSubstr("icacls \"" + library + "\" /reset"));
 }
 
 TEST_F(RightsFactsTest, A_log_that_everybody_may_read_is_found)

@@ -98,6 +98,23 @@ TEST(SessionCheck, Gives_no_command_for_a_folder_that_is_a_link)
               "Replace C:\\FW\\Logs by a folder: somebody may turn the link elsewhere.");
 }
 
+TEST(SessionCheck, Gives_no_command_for_a_folder_below_a_link)
+{
+    constexpr const char* kReplace =
+        R"(Replace C:\FW by a folder: somebody may turn the link elsewhere.)";
+    SessionFacts facts = FactsOfSession("S-1-5-21-1-2-3-1002");
+    facts.linkAbove = R"(C:\FW)";
+    const Finding denied = JudgeSession(facts);
+    ExpectFinding(denied, Verdict::kWarning,
+                  std::string(kMayNotWrite) + "\nC:\\FW is a junction or a link");
+    EXPECT_EQ(denied.remedy, kReplace);
+    facts.logs.error = 2;
+    EXPECT_EQ(JudgeSession(facts).remedy, kReplace);
+    facts = FactsOfSession(kAccountOfSession);
+    facts.linkAbove = R"(C:\FW)"; // the check file-rights warns of the link
+    EXPECT_EQ(JudgeSession(facts).verdict, Verdict::kOk);
+}
+
 TEST(SessionCheck, Right_that_only_new_files_get_does_not_let_the_account_in)
 {
     SessionFacts facts = FactsOfSession(kAccountOfSession);

@@ -7,6 +7,7 @@
 #include "ObjectRights.h"
 #include "ProtectedObjects.h"
 #include "TempFolder.h"
+#include "Wine.h"
 
 #include <windows.h>
 
@@ -120,6 +121,17 @@ TEST_F(SessionFactsTest, Rights_of_the_folder_of_the_logs_are_read)
     for (const SessionObstacle& obstacle : ObstaclesOfSession(facts)) {
         EXPECT_EQ(obstacle.text.find("the rights of"), std::string::npos) << obstacle.text;
     }
+}
+
+TEST_F(SessionFactsTest, Link_above_the_folder_of_the_logs_is_found)
+{
+    // Drive Z: of Wine is a link to the root of the host. Windows has a junction of this name.
+    const std::string link = RunsUnderWine() ? "Z:\\" : "C:\\Documents and Settings";
+    const std::string above = RunsUnderWine() ? "Z:\\usr" : link + "\\Public";
+    EXPECT_EQ(GatherSessionFacts(above + "\\Logs").linkAbove, link);
+    const TempFolder folder;
+    EXPECT_EQ(GatherSessionFacts(folder.File("Logs")).linkAbove, "");
+    EXPECT_EQ(GatherSessionFacts("").linkAbove, "");
 }
 
 } // namespace

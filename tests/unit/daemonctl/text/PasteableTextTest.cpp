@@ -7,6 +7,7 @@
 namespace vqrx::test {
 namespace {
 
+using client::v0::AdviceFor;
 using client::v0::QuotedForPasting;
 
 TEST(PasteableText, A_path_gets_quotes)
@@ -24,6 +25,13 @@ TEST(PasteableText, A_text_that_the_interpreter_or_PowerShell_would_change_is_re
         EXPECT_EQ(QuotedForPasting(text), "") << text;
     }
     EXPECT_EQ(QuotedForPasting(std::string("a\0b", 3)), "");
+}
+
+TEST(PasteableText, Advice_holds_a_command_only_if_the_name_can_be_pasted)
+{
+    EXPECT_EQ(AdviceFor("To read it: type ", R"(C:\a b.log)", "Read it."),
+              R"(To read it: type "C:\a b.log")");
+    EXPECT_EQ(AdviceFor("To read it: type ", R"(C:\%a%.log)", "Read it."), "Read it.");
 }
 
 } // namespace
