@@ -5,7 +5,6 @@
 #include <array>
 
 namespace vqrx::client::v0 {
-
 namespace {
 
 // Windows keeps its own limits as bytes, a policy keeps limits as a text. An empty text limits
