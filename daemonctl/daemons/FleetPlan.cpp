@@ -13,6 +13,10 @@
 namespace vqrx::client::v0 {
 namespace {
 
+// The supervisor cuts a message of its log after 1040 bytes. "Start DaemonId(1) PId(2) : " comes
+// before the command, with numbers of up to ten digits.
+constexpr std::size_t kLongestLogged = 1000;
+
 bool HasFolder(std::string_view program)
 {
     return program.find_first_of("\\/:") != std::string_view::npos;
@@ -128,6 +132,13 @@ private:
                                      " does not exist; the supervisor tries every second to start "
                                      "it");
             return;
+        }
+        if (JoinedArguments(member.program.arguments).size() + member.path.size() >
+            kLongestLogged) {
+            plan_.warnings.push_back(place + "path and arguments have more than " +
+                                     std::to_string(kLongestLogged) +
+                                     " bytes. The log cuts them, so a later apply does not see "
+                                     "that the program runs, and launches it again");
         }
         TakeOrphan(member);
     }

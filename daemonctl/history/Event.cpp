@@ -73,6 +73,19 @@ bool TakeNumber(std::string_view& text, std::uint32_t& number)
     return true;
 }
 
+// Greatest length of a service's name, characters (Microsoft's page of CreateServiceW).
+constexpr std::size_t kLongestServiceName = 256;
+
+// Counts the characters of a text in UTF-8.
+std::size_t CountOfCharacters(std::string_view utf8)
+{
+    constexpr unsigned kMask = 0xC0;
+    constexpr unsigned kContinuation = 0x80;
+    return static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), [](char byte) {
+        return (static_cast<unsigned char>(byte) & kMask) != kContinuation;
+    }));
+}
+
 // Reads "DaemonId(1) PId(2) : command"; or "command", for a daemon that never had a process.
 void ReadDescription(std::string_view text, Event& event)
 {
@@ -86,6 +99,9 @@ void ReadDescription(std::string_view text, Event& event)
         text = rest;
     }
     event.command = text;
+    if (!event.command.ends_with(' ') && CountOfCharacters(event.command) > kLongestServiceName) {
+        event.command += ' '; // of a program: its record reached the greatest length and was cut
+    }
 }
 
 // Reads "Exception caught in service: reason". The service's name may hold a colon, the reason

@@ -47,7 +47,8 @@ struct Event {
     std::optional<std::uint32_t> daemonId;
     std::optional<std::uint32_t> processId;
     std::string command; ///< of a program: path and arguments, and a trailing blank; of a service:
-                         ///< its name, no trailing blank
+                         ///< its name, no trailing blank. The log cuts a very long record: then
+                         ///< the last arguments are missing, and the blank is there all the same
     std::string service; ///< kEnded: the name of the service; empty for a program
     std::string reason;  ///< kEnded: the exit code in words
     std::uint32_t count = 0; ///< kStopped: the method, 0 to 2; kStillRegistered: number of daemons;

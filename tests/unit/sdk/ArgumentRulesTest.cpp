@@ -90,6 +90,8 @@ TEST(ArgumentRules, The_characters_of_the_interpreter_are_refused_for_a_batch_fi
         EXPECT_EQ(std::string("argument 1") + kInterpreter, BatchReasonFor(L"a " + text));
         EXPECT_EQ("", ReasonFor(text)) << static_cast<int>(character);
     }
+    // The no-break space. Not every code page has it, so the reason may be another one.
+    EXPECT_NE("", BatchReasonFor(L"a\u00A0b"));
 }
 
 TEST(ArgumentRules, Every_spelling_of_a_batch_file_is_known)

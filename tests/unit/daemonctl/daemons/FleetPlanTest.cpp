@@ -118,6 +118,18 @@ private:
     std::map<std::string, std::vector<UnwatchedProgram>> orphans_; // by file name
 };
 
+TEST_F(FleetPlanTest, A_command_that_the_log_would_cut_gets_a_warning)
+{
+    const std::string path = R"(C:\FW\App\a.exe)";
+    const std::string longest(1000 - path.size() - 2, 'x'); // blanks before and after it
+    EXPECT_EQ(PlanFor(path + " " + longest), Lines{"launch " + path});
+    EXPECT_EQ(PlanFor(path + " x" + longest),
+              (Lines{"launch " + path,
+                     "warning line 1: path and arguments have more than 1000 bytes. The log cuts "
+                     "them, so a later apply does not see that the program runs, and launches it "
+                     "again"}));
+}
+
 TEST_F(FleetPlanTest, Program_without_a_daemon_is_launched_by_its_full_path)
 {
     EXPECT_EQ(PlanFor("C:\\FW\\App\\a.exe -x\n\"D:\\x y\\c.exe\"\nb.exe\n"),

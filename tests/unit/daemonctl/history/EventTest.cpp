@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <string>
 #include <utility>
 
 namespace vqrx::test {
@@ -35,6 +37,25 @@ TEST(EventOf, reads_daemon_process_and_command)
               AboutDaemon(EventKind::kDetached, 1, 2, "a.exe "));
     EXPECT_EQ(EventOf("Unable to stop DaemonId(1) PId(2) : a.exe "),
               AboutDaemon(EventKind::kStopFailed, 1, 2, "a.exe "));
+}
+
+std::string Repeated(const std::string& text, std::size_t count)
+{
+    std::string all;
+    for (; count > 0; --count) {
+        all += text;
+    }
+    return all;
+}
+
+// The log cuts a record after 1040 bytes; Windows allows a service a name of 256 characters.
+TEST(EventOf, takes_a_cut_command_for_that_of_a_program_and_not_for_the_name_of_a_service)
+{
+    const std::string start = "Start DaemonId(1) PId(2) : ";
+    const std::string cut = R"(C:\a.exe -x )" + Repeated("\xC3\xBC", 246);
+    EXPECT_EQ(EventOf(start + cut).command, cut + " ");
+    const std::string longestService = Repeated("\xC3\xBC", 256);
+    EXPECT_EQ(EventOf(start + longestService).command, longestService);
 }
 
 TEST(EventOf, reads_the_stop_method)
