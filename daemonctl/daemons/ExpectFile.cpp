@@ -162,6 +162,23 @@ ExpectFile ParseExpectFile(std::string_view content)
     return file;
 }
 
+std::string JoinedArguments(const std::vector<std::string>& arguments)
+{
+    std::string text = " ";
+    for (const std::string& argument : arguments) {
+        text += argument + " ";
+    }
+    return text;
+}
+
+bool IsCutInLog(std::string_view path, const std::vector<std::string>& arguments)
+{
+    // The supervisor cuts a message after 1040 bytes. "Start DaemonId(1) PId(2) : " comes before
+    // the path, with numbers of up to ten digits.
+    constexpr std::size_t kLongest = 1000;
+    return path.size() + JoinedArguments(arguments).size() > kLongest;
+}
+
 bool CanBeFolder(std::string_view text)
 {
     return text.find(':', 2) == std::string_view::npos &&
@@ -174,10 +191,7 @@ bool IsCommandOf(const ExpectedProgram& expected, std::string_view command)
     if (command.empty() || command.back() != ' ') { // the name of a service has no blank after it
         return expected.arguments.empty() && ComparablePath(command) == program;
     }
-    std::string arguments = " ";
-    for (const std::string& argument : expected.arguments) {
-        arguments += argument + " ";
-    }
+    const std::string arguments = JoinedArguments(expected.arguments);
     const bool anyFolder = program.find('\\') == std::string::npos;
     // The path can hold blanks, so try each blank as its end.
     for (std::size_t end = command.find(' '); end != std::string_view::npos;

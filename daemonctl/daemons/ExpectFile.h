@@ -32,6 +32,13 @@ struct ExpectFile {
 /// @param content  UTF-8, with or without a byte order mark
 [[nodiscard]] ExpectFile ParseExpectFile(std::string_view content);
 
+/// Returns arguments as a command in the log has them: a blank before the first and after each. A
+/// single blank if there are none. Pure.
+[[nodiscard]] std::string JoinedArguments(const std::vector<std::string>& arguments);
+
+/// Returns whether the log cannot show path and arguments of a daemon as a whole. Pure.
+[[nodiscard]] bool IsCutInLog(std::string_view path, const std::vector<std::string>& arguments);
+
 /// Returns whether a text can be the folder in front of a program's name in a command. A folder has
 /// a colon only after its drive letter, and does not hold the path of another program. Pure.
 /// @param text  the command before the name of the program; may be empty

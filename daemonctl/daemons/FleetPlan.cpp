@@ -13,10 +13,6 @@
 namespace vqrx::client::v0 {
 namespace {
 
-// The supervisor cuts a message of its log after 1040 bytes. "Start DaemonId(1) PId(2) : " comes
-// before the command, with numbers of up to ten digits.
-constexpr std::size_t kLongestLogged = 1000;
-
 bool HasFolder(std::string_view program)
 {
     return program.find_first_of("\\/:") != std::string_view::npos;
@@ -26,15 +22,6 @@ bool HasFolder(std::string_view program)
 std::string_view FileNameOf(std::string_view path)
 {
     return path.substr(path.find_last_of("\\/") + 1); // npos + 1 is 0
-}
-
-std::string JoinedArguments(const std::vector<std::string>& arguments)
-{
-    std::string text = " ";
-    for (const std::string& argument : arguments) {
-        text += argument + " ";
-    }
-    return text;
 }
 
 // Returns whether a command interpreter runs the batch file of a line. Its arguments then end with
@@ -133,12 +120,10 @@ private:
                                      "it");
             return;
         }
-        if (JoinedArguments(member.program.arguments).size() + member.path.size() >
-            kLongestLogged) {
-            plan_.warnings.push_back(place + "path and arguments have more than " +
-                                     std::to_string(kLongestLogged) +
-                                     " bytes. The log cuts them, so a later apply does not see "
-                                     "that the program runs, and launches it again");
+        if (IsCutInLog(member.path, member.program.arguments)) {
+            plan_.warnings.push_back(place + "the log cuts path and arguments, which are too long. "
+                                             "So a later apply does not see that the program runs, "
+                                             "and launches it again");
         }
         TakeOrphan(member);
     }

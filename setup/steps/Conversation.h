@@ -22,7 +22,8 @@ enum SetupExitCode : int {
     kSetupCancelled = 1,
     kSetupFailed = 2,
     /// Installed, but the new supervisor ended again, not every daemon was handed over, the guard
-    /// was not set up, or a process may be a supervisor that was not ended. Or removed, except files in folders that others may change.
+    /// was not set up, or a process may be a supervisor that was not ended. Or removed, except
+    /// files in folders that others may change.
     kSetupIncomplete = 3,
 };
 

@@ -1,118 +1,9 @@
-// A copy of a child program stands for the installed supervisor. A function of the test stands for
-// daemonctl, whose calls a real supervisor would serve.
 #include "SupervisorChange.h"
 
-#include "ChildProcess.h"
-#include "ImportPatch.h"
-#include "KeptTalk.h"
-#include "SetupError.h"
-#include "TempFolder.h"
-#include "Utf8.h"
-#include "win32/UniqueHandle.h"
-
-#include <windows.h>
-
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <cwchar>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
+#include "SupervisorChangeFixture.h"
 
 namespace vqrx::test {
 namespace {
-
-using client::v0::Utf8;
-using client::v0::Wide;
-using setup::v0::SetupError;
-using setup::v0::SupervisorChange;
-using system::win32::v1::UniqueKernelHandle;
-
-constexpr const char* kClient = "C:\\client\\daemonctl.exe";
-constexpr DWORD kDone = 0;
-constexpr DWORD kAnswered = 1; // of a detach without a daemon
-constexpr DWORD kNotFound = 3;
-constexpr DWORD kPatienceMs = 60000;
-
-std::wstring installedFolder;
-LSTATUS(WINAPI* getRegistryValue)(HKEY, LPCWSTR, LPCWSTR, DWORD, LPDWORD, PVOID, LPDWORD);
-
-LSTATUS WINAPI NameFolderOfInstallation(HKEY root, LPCWSTR key, LPCWSTR value, DWORD flags,
-                                        LPDWORD type, PVOID data, LPDWORD size)
-{
-    if (value != nullptr && std::wstring(value) == L"InstallLocation") {
-        std::wcscpy(static_cast<wchar_t*>(data), installedFolder.c_str());
-        return ERROR_SUCCESS;
-    }
-    return getRegistryValue(root, key, value, flags, type, data, size);
-}
-
-// Gets the arguments of a call of daemonctl, returns its exit code.
-std::function<DWORD(const std::string& arguments)> daemonctl;
-int supervisorsStarted = 0;
-UniqueKernelHandle lastStarted; // of these
-BOOL(WINAPI* createProcess)
-(LPCWSTR, LPWSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATTRIBUTES, BOOL, DWORD, LPVOID, LPCWSTR,
- LPSTARTUPINFOW, LPPROCESS_INFORMATION);
-
-BOOL WINAPI StandInForClient(LPCWSTR program, LPWSTR command, LPSECURITY_ATTRIBUTES processRights,
-                             LPSECURITY_ATTRIBUTES threadRights, BOOL inherit, DWORD flags,
-                             LPVOID variables, LPCWSTR folder, LPSTARTUPINFOW startup,
-                             LPPROCESS_INFORMATION started)
-{
-    if (program == nullptr || program != Wide(kClient)) {
-        const BOOL done = createProcess(program, command, processRights, threadRights, inherit,
-                                        flags, variables, folder, startup, started);
-        ++supervisorsStarted;
-        EXPECT_TRUE(DuplicateHandle(GetCurrentProcess(), started->hProcess, GetCurrentProcess(),
-                                    lastStarted.Put(), SYNCHRONIZE, FALSE, 0));
-        return done;
-    }
-    const std::string text = Utf8(std::wstring_view(command));
-    const DWORD code = daemonctl(text.substr(text.find("daemonctl.exe") + 13));
-    const std::string answerer = TestProgram("exits_with");
-    std::wstring answer = Wide('"' + answerer + "\" " + std::to_string(code));
-    return createProcess(Wide(answerer).c_str(), answer.data(), processRights, threadRights,
-                         inherit, flags, variables, folder, startup, started);
-}
-
-DWORD(WINAPI* waitForObject)(HANDLE, DWORD);
-
-// The wait for the end of a supervisor that was asked to end takes two minutes.
-DWORD WINAPI WaitNoMinute(HANDLE handle, DWORD limitMs)
-{
-    constexpr DWORD minuteMs = 60000;
-    return waitForObject(handle, limitMs > minuteMs && limitMs != INFINITE ? 0 : limitMs);
-}
-
-DWORD hiddenProcess = 0;
-HANDLE(WINAPI* openProcess)(DWORD, BOOL, DWORD);
-
-HANDLE WINAPI OpenUnlessHidden(DWORD access, BOOL inherit, DWORD processId)
-{
-    if (processId == hiddenProcess) {
-        SetLastError(ERROR_ACCESS_DENIED);
-        return nullptr;
-    }
-    return openProcess(access, inherit, processId);
-}
-
-BOOL(WINAPI* getProcessTimes)(HANDLE, LPFILETIME, LPFILETIME, LPFILETIME, LPFILETIME);
-
-BOOL WINAPI TellLaterEachTime(HANDLE process, LPFILETIME created, LPFILETIME ended,
-                              LPFILETIME kernel, LPFILETIME user)
-{
-    static std::atomic<DWORD> calls = 0;
-    const BOOL done = getProcessTimes(process, created, ended, kernel, user);
-    created->dwLowDateTime += ++calls;
-    return done;
-}
 
 DWORD sessionOfTokens = 0;
 BOOL(WINAPI* getTokenInformation)(HANDLE, TOKEN_INFORMATION_CLASS, LPVOID, DWORD, PDWORD);
@@ -127,72 +18,6 @@ BOOL WINAPI TellSession(HANDLE token, TOKEN_INFORMATION_CLASS kind, LPVOID data,
     return done;
 }
 
-// Each argument of the command line stands in double quotes.
-bool Asks(const std::string& arguments, const std::string& order)
-{
-    return arguments.find('"' + order + '"') != std::string::npos;
-}
-
-class SupervisorChangeTest : public ::testing::Test {
-protected:
-    SupervisorChangeTest()
-    {
-        installedFolder = folder_.Path().wstring();
-        supervisorsStarted = 0;
-        std::filesystem::copy_file(TestProgram("no_windows"), Program());
-        daemonctl = [this](const std::string& arguments) { return Serve(arguments); };
-    }
-
-    [[nodiscard]] std::string Program() const { return folder_.File("DaemonManager.exe"); }
-
-    void StartSupervisor() { supervisor_ = std::make_unique<ChildProcess>('"' + Program() + '"'); }
-
-    // What daemonctl does if the supervisor answers.
-    DWORD Serve(const std::string& arguments)
-    {
-        if (Asks(arguments, "ps")) {
-            std::ofstream(listing_) << "the daemons";
-        } else if (Asks(arguments, "exit")) {
-            supervisor_.reset();
-        } else if (Asks(arguments, "detach")) {
-            return kAnswered;
-        }
-        return kDone;
-    }
-
-    SupervisorChange Look()
-    {
-        return {talk_, [] { return std::string(kClient); }};
-    }
-
-    // Ends the supervisor. @return the file with its daemons
-    std::string End(SupervisorChange& change, const std::string& name)
-    {
-        listing_ = folder_.File(name);
-        change.End(listing_, [] { ADD_FAILURE() << "the supervisor is found"; });
-        return listing_;
-    }
-
-    // Returns why a supervisor that does not end was not ended.
-    std::string WhyNotEnded(SupervisorChange& change)
-    {
-        try {
-            change.End(folder_.File("list.txt"), [] {});
-        } catch (const SetupError& error) {
-            return error.what();
-        }
-        return "it was ended";
-    }
-
-    const TempFolder folder_;
-    const ImportPatch registry_{"RegGetValueW", NameFolderOfInstallation, getRegistryValue};
-    const ImportPatch processes_{"CreateProcessW", StandInForClient, createProcess};
-    const ImportPatch waits_{"WaitForSingleObject", WaitNoMinute, waitForObject};
-    KeptTalk talk_;
-    std::string listing_;
-    std::unique_ptr<ChildProcess> supervisor_;
-};
-
 TEST_F(SupervisorChangeTest, Supervisor_that_a_guard_started_meanwhile_follows_if_none_ran_before)
 {
     SupervisorChange change = Look();
@@ -206,42 +31,6 @@ TEST_F(SupervisorChangeTest, Supervisor_that_a_guard_started_meanwhile_follows_i
     EXPECT_EQ(change.FormerProgram(), Program());
     EXPECT_EQ(change.Listing(), listing);
     EXPECT_TRUE(std::filesystem::exists(listing));
-}
-
-// Windows refuses to open the process of another user who has forbidden it.
-TEST_F(SupervisorChangeTest, Process_that_cannot_be_examined_is_named_and_not_ended)
-{
-    StartSupervisor();
-    EXPECT_EQ(Look().Overlooked(), "");
-    hiddenProcess = supervisor_->Pid();
-    const ImportPatch hide("OpenProcess", OpenUnlessHidden, openProcess);
-    const SupervisorChange change = Look();
-    EXPECT_FALSE(change.Ran());
-    EXPECT_EQ(change.Overlooked(),
-              "Process " + std::to_string(supervisor_->Pid()) +
-                  " is named DaemonManager.exe, and Windows does not tell which file it runs. The "
-                  "installer does not end it. If it is the supervisor, it keeps its former files: "
-                  "end it, then run the installer again.\n");
-}
-
-TEST_F(SupervisorChangeTest, Process_that_only_has_the_name_of_the_supervisor_is_not_named)
-{
-    const TempFolder elsewhere;
-    std::filesystem::copy_file(TestProgram("no_windows"), elsewhere.File("DaemonManager.exe"));
-    const ChildProcess stranger('"' + elsewhere.File("DaemonManager.exe") + '"');
-    EXPECT_EQ(Look().Overlooked(), "");
-}
-
-// The supervisor ended after the list was made, and another process has its id.
-TEST_F(SupervisorChangeTest, Process_of_another_time_is_not_waited_for)
-{
-    StartSupervisor();
-    const ImportPatch times("GetProcessTimes", TellLaterEachTime, getProcessTimes);
-    SupervisorChange change = Look();
-    EXPECT_TRUE(change.Ran());
-    EXPECT_EQ(change.Former()->Token(), nullptr);
-    daemonctl = [](const std::string&) { return kNotFound; };
-    EXPECT_EQ(WhyNotEnded(change), "it was ended");
 }
 
 TEST_F(SupervisorChangeTest, First_supervisor_and_its_list_stay_and_the_list_of_a_later_one_goes)
