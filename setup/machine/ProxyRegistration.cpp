@@ -47,13 +47,22 @@ private:
     HMODULE module_;
 };
 
+// The key of the class of the proxy/stub, below HKEY_LOCAL_MACHINE.
+std::string ProxyKey()
+{
+    return R"(SOFTWARE\Classes\CLSID\)" + Utf8(daemon_manager::kInterfaceId);
+}
+
 } // namespace
 
 std::string RegisteredProxy()
 {
-    return MachineKey(R"(SOFTWARE\Classes\CLSID\)" + Utf8(daemon_manager::kInterfaceId) +
-                      R"(\InprocServer32)")
-        .Text("");
+    return MachineKey(ProxyKey() + R"(\InprocServer32)").Text("");
+}
+
+std::string CommandToForgetProxy()
+{
+    return R"(reg delete "HKLM\)" + ProxyKey() + R"(" /f)";
 }
 
 void RegisterProxy(const std::string& library)

@@ -115,9 +115,22 @@ void InstallationSteps::PrepareFolders()
     for (const std::string& folder : FoldersInside(replaced)) {
         folders_->Check(folder_ + "\\" + folder);
     }
-    if (const std::string proxy = RegisteredProxy(); !proxy.empty()) {
-        folders_->Check(
-            proxy); // the client loads it to end the supervisor, GoBack() to register it
+    CheckProxy();
+}
+
+// The client loads the registered proxy/stub to end the supervisor, GoBack() to register it again.
+void InstallationSteps::CheckProxy() const
+{
+    const std::string proxy = RegisteredProxy();
+    if (proxy.empty()) {
+        return;
+    }
+    try {
+        folders_->Check(proxy);
+    } catch (const SetupError& error) {
+        throw SetupError(
+            "The installer would load the registered proxy/stub.\n" + std::string(error.what()) +
+            "\nIf no supervisor runs there, the registration can go:\n  " + CommandToForgetProxy());
     }
 }
 

@@ -54,6 +54,7 @@ public:
 
 private:
     void PrepareFolders();
+    void CheckProxy() const;
     /// Returns the names below the folder that the installed version has there.
     [[nodiscard]] std::vector<std::string> NamesToReplace() const;
     void RestoreRegistry() noexcept;

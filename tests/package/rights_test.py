@@ -122,7 +122,11 @@ class Rights(InstallationTest):
         (self.make(r"C:\elsewhere", 0o777) / "DaemonMgrPS.dll").write_bytes(b"")
         self.configure(PROXY_KEY + r"\InprocServer32", "/ve", "/d", proxy)
         self.assertEqual(self.install(f"/ROOT={self.ROOT}"), 2)
-        self.assert_refused(f"{proxy} is not safe", r"Everyone may write to C:\elsewhere")
+        self.assert_refused("would load the registered proxy/stub", f"{proxy} is not safe",
+                            r"Everyone may write to C:\elsewhere", "reg delete")
+        command = self.said[self.said.index("reg delete"):].splitlines()[0]
+        machine.run("reg", "delete", command.split('"')[1], "/f")
+        self.install_below_root()
 
     def test_who_else_may_read_the_log_is_said(self):
         self.make(self.ROOT + r"\Logs", 0o755)
