@@ -1,7 +1,10 @@
 #pragma once
 
+#include <deque>
+#include <mutex>
 #include <optional>
 #include <type_traits>
+#include <utility>
 
 /// Switches between the code as it is written and one small change of it. tools/mutants puts this
 /// header before the first line of each source that it changes, in a copy of the repository.
@@ -83,16 +86,23 @@ constexpr T Other(int id, T value)
     return Is(id) ? Changed(value) : value;
 }
 
-/// Returns value, or a changed copy of it that the next call of the thread overwrites.
+/// Keeps a value until the end of the program. Not in a thread_local variable: when a thread ends,
+/// mingw's run time frees the memory of such variables before their destructors run.
+template <typename T>
+const T& Kept(T value)
+{
+    static std::mutex mutex;
+    static auto* const all = new std::deque<T>; // reachable, so it is no leak
+    const std::lock_guard lock(mutex);
+    all->push_back(std::move(value));
+    return all->back();
+}
+
+/// Returns value, or a changed copy of it that lives until the end of the program.
 template <typename T>
 requires(Changeable<T> && !std::is_scalar_v<T>) const T& Other(int id, const T& value)
 {
-    static thread_local T other{};
-    if (Is(id)) {
-        other = Changed(value);
-        return other;
-    }
-    return value;
+    return Is(id) ? Kept(Changed(value)) : value;
 }
 
 } // namespace mutant
