@@ -83,6 +83,8 @@ BROKEN = [
     ("waits", {"tests/unit/low/LowTest.cpp": "std::atomic_int n;\nn.notify_all();\n"},
      "tests/unit/low/LowTest.cpp:2"),
     ("waits", {"src/high/High.cpp": "#include <latch>\n"}, "src/high/High.cpp:1"),
+    ("locals", {"tools/low/Low.h": "thread_local bool a;\nstatic thread_local std::string b;\nthread_local T* c;\n"},
+     "tools/low/Low.h:2"),
     ("paths", {"docs/page.md": "## Two words\nsee /" + "home/me/file\n"}, "docs/page.md:2"),
 ]
 

@@ -13,6 +13,10 @@ COMMENT = re.compile(r"^\s*//|//[/!]?< ")
 NOT_WRAPPED = re.compile(r"NOLINT|https?://")
 ATOMIC = re.compile(r"\bstd::atomic(?:_\w+)?(?:<[^;{}()]*?>)?\s+(\w+)")
 BUILT_ON_ATOMIC_WAIT = re.compile(r"#[ \t]*include[ \t]+<(?:latch|barrier|semaphore)>")
+THREAD_LOCAL = re.compile(r"^[^/\"\n]*\bthread_local\s+(?:static\s+|const\s+|volatile\s+)*([\w:]+)\s*([*&]?)",
+                          re.MULTILINE)
+PLAIN_TYPES = {"bool", "char", "int", "unsigned", "DWORD", "HANDLE", "std::size_t", "std::int64_t", "std::uint32_t",
+               "std::uint64_t"}
 MACHINE_PATH = re.compile(r"(?<![\w.*$}\]])/(?:home|root|work|mnt|media|srv|Users)/[\w.-]+")
 
 
@@ -161,6 +165,19 @@ def check_waits(tree):
         for match in found + list(BUILT_ON_ATOMIC_WAIT.finditer(text)):
             yield Finding("waits", f"{path}:{line_of(text, match.start())}",
                           "loses wake-ups on Windows; use a condition variable or tests/support/Watched.h")
+
+
+def check_locals(tree):
+    """No thread_local variable has a destructor: mingw's run time frees the memory of a thread's variables before
+    their destructors run, which damages the heap."""
+    for path in tree.below(*LONG_FOLDERS):
+        if not path.endswith((".h", ".cpp")):
+            continue
+        text = tree.text(path)
+        for match in THREAD_LOCAL.finditer(text):
+            if match.group(1) not in PLAIN_TYPES and match.group(2) != "*":
+                yield Finding("locals", f"{path}:{line_of(text, match.start())}",
+                              f"{match.group(1)} is thread_local, and may have a destructor")
 
 
 def check_paths(tree):
