@@ -1,14 +1,18 @@
 """One run of tools/mutants: choose, build, try each mutant, report."""
 import collections
 import concurrent.futures
+import contextlib
 import json
+import os
 import threading
 import time
 
 from mutation import building, choosing, running
 from mutation.owners import owners
 
-JOBS = 2
+PROCESSORS = len(os.sched_getaffinity(0))
+# A program under Wine waits most of its time, so several of them fill a processor.
+JOBS = 3 * PROCESSORS
 MOST_ROUNDS = 12  # of builds until every mutant compiles
 
 
@@ -30,6 +34,7 @@ class Campaign:
         self.results = {}  # key -> what became of it
         self.started = time.monotonic()
         self.lock = threading.Lock()
+        self.processors = threading.Semaphore(PROCESSORS)  # native programs that run at a time
 
     def say(self, text):
         print(f"[{time.monotonic() - self.started:5.0f} s] {text}", flush=True)
@@ -104,8 +109,9 @@ class Campaign:
         for preset in self.presets:
             running.prepare(self.tree.folder, preset)
             programs = running.programs_of(self.tree.folder, preset)
-            for program in programs:
-                running.without_mutant(program)
+            jobs = PROCESSORS if preset == "native" else JOBS
+            with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
+                list(pool.map(running.without_mutant, programs))
             self.say(f"{preset}: {len(programs)} programs, "
                      f"{sum(program.seconds for program in programs):.0f} s without mutants")
             self.programs += programs
@@ -140,7 +146,8 @@ class Campaign:
         able = self._order(number)
         result["reached_by"] = [f"{program.preset} {program.name}" for program in able]
         for program in able:
-            outcome = running.run(program, number, limit=running.limit_of(program))
+            with self.processors if program.preset == "native" else contextlib.nullcontext():
+                outcome = running.run(program, number, limit=running.limit_of(program))
             if outcome.failed and not outcome.hung and program.preset != "native":
                 # A test program that fails by chance, under load, has noticed nothing.
                 outcome = running.run(program, number, limit=running.limit_of(program))
