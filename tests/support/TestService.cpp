@@ -2,14 +2,14 @@
 
 #include "ChildProcess.h"
 #include "HostRefusal.h"
+#include "PausedLooks.h"
 
 #include <stdexcept>
 
 namespace vqrx::test {
 namespace {
 
-constexpr DWORD kDeadlineMs = 180000; // only a failure reaches it
-constexpr DWORD kPollMs = 5;
+constexpr ULONGLONG kDeadlineMs = 180000; // only a failure reaches it
 
 } // namespace
 
@@ -20,8 +20,7 @@ TestService::TestService(const std::string& name, DWORD type, DWORD startType, D
     const std::string command = "\"" + TestProgram("test_service") + "\" " + name + " " +
                                 std::to_string(pendingMs) +
                                 (holdEvent.empty() ? "" : " " + holdEvent);
-    const ULONGLONG deadline = GetTickCount64() + kDeadlineMs;
-    for (;;) {
+    for (PausedLooks looks(kDeadlineMs);; looks.Pause()) {
         service_.Reset(CreateServiceA(manager_.Get(), name.c_str(), ("Test " + name).c_str(),
                                       SERVICE_ALL_ACCESS, type, startType, SERVICE_ERROR_IGNORE,
                                       command.c_str(), nullptr, nullptr, nullptr, nullptr,
@@ -35,11 +34,10 @@ TestService::TestService(const std::string& name, DWORD type, DWORD startType, D
         }
         // A deleted service keeps its name until the service manager notices the end of its
         // process.
-        if (error != ERROR_SERVICE_MARKED_FOR_DELETE || GetTickCount64() > deadline) {
+        if (error != ERROR_SERVICE_MARKED_FOR_DELETE || looks.IsOver()) {
             throw std::runtime_error("cannot create service " + name + ": " +
                                      std::to_string(error));
         }
-        Sleep(kPollMs);
     }
 }
 
@@ -75,13 +73,12 @@ SERVICE_STATUS_PROCESS TestService::Status() const
 
 bool TestService::WaitForState(DWORD state) const
 {
-    const ULONGLONG deadline = GetTickCount64() + kDeadlineMs;
-    while (Status().dwCurrentState !=
-           state) { // The service manager has no event for a state under Wine.
-        if (GetTickCount64() > deadline) {
+    PausedLooks looks(kDeadlineMs); // the service manager has no event for a state under Wine
+    while (Status().dwCurrentState != state) {
+        if (looks.IsOver()) {
             return false;
         }
-        Sleep(kPollMs);
+        looks.Pause();
     }
     return true;
 }

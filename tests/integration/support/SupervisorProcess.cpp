@@ -2,6 +2,7 @@
 
 #include "ChildProcess.h"
 #include "FileContent.h"
+#include "PausedLooks.h"
 #include "Wine.h"
 
 #include <algorithm>
@@ -14,8 +15,7 @@ namespace {
 
 using system::com::v1::ComPtr;
 
-constexpr DWORD kDeadlineMs = 180000; // only a failure reaches it
-constexpr DWORD kPollMs = 10;
+constexpr ULONGLONG kDeadlineMs = 180000; // only a failure reaches it
 constexpr const char* kComHung = "Shutdown given up: COM has not released the main thread in time";
 
 } // namespace
@@ -39,12 +39,12 @@ std::vector<RingRecord> OrderlyLog(std::vector<RingRecord> log)
 
 bool WaitUntil(const std::function<bool()>& condition)
 {
-    const ULONGLONG start = GetTickCount64();
+    PausedLooks looks(kDeadlineMs);
     while (!condition()) {
-        if (GetTickCount64() - start > kDeadlineMs) {
+        if (looks.IsOver()) {
             return condition();
         }
-        Sleep(kPollMs);
+        looks.Pause();
     }
     return true;
 }

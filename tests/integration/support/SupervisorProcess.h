@@ -96,7 +96,7 @@ private:
     std::unique_ptr<daemon_manager::SupervisorClient> client_;
 };
 
-/// Evaluates a condition every 10 ms until it is true, at most three minutes.
+/// Evaluates a condition again and again until it is true, at most three minutes.
 /// @return false if the condition is still false
 bool WaitUntil(const std::function<bool()>& condition);
 
