@@ -173,10 +173,10 @@ std::string JoinedArguments(const std::vector<std::string>& arguments)
 
 bool IsCutInLog(std::string_view path, const std::vector<std::string>& arguments)
 {
-    // The supervisor cuts a message after 1040 bytes. "Start DaemonId(1) PId(2) : " comes before
-    // the path, with numbers of up to ten digits.
-    constexpr std::size_t kLongest = 1000;
-    return path.size() + JoinedArguments(arguments).size() > kLongest;
+    constexpr std::size_t kLongestMessage = 1040; // the supervisor cuts a message after it
+    constexpr std::string_view kLongestPrefix = "Start DaemonId(4294967295) PId(4294967295) : ";
+    return kLongestPrefix.size() + path.size() + JoinedArguments(arguments).size() >
+           kLongestMessage;
 }
 
 bool CanBeFolder(std::string_view text)

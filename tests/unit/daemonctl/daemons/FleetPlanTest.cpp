@@ -8,7 +8,9 @@ namespace {
 TEST_F(FleetPlanTest, A_command_that_the_log_would_cut_gets_a_warning)
 {
     const std::string path = R"(C:\FW\App\a.exe)";
-    const std::string longest(1000 - path.size() - 2, 'x'); // blanks before and after it
+    // Before them stands "Start DaemonId(4294967295) PId(4294967295) : ", 45 bytes of the 1040. A
+    // blank stands before and after the argument.
+    const std::string longest(1040 - 45 - path.size() - 2, 'x');
     EXPECT_EQ(PlanFor(path + " " + longest), Lines{"launch " + path});
     EXPECT_EQ(PlanFor(path + " x" + longest),
               (Lines{"launch " + path,
