@@ -23,7 +23,7 @@ std::size_t CountOfOurs(const std::vector<std::string>& arguments)
 {
     constexpr std::size_t command = 1;
     std::size_t subject = 2;
-    if (arguments.size() <= subject ||
+    if (arguments.size() <= command ||
         (arguments[command] != "launch" && arguments[command] != "attach")) {
         return arguments.size();
     }

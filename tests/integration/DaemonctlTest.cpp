@@ -184,6 +184,7 @@ TEST(Daemonctl, Launch_and_attach_refuse_arguments_that_the_program_would_get_ch
     EXPECT_EQ(Daemonctl("launch C:\\x.bat \"a&b\""),
               refused("argument 1 contains a character that the command interpreter acts upon, and "
                       "the program is a batch file"));
+    EXPECT_EQ(Daemonctl("attach --raw 4294967280 \"a\\\"b\"").exitCode, 1U); // no such process
     EXPECT_EQ(Daemonctl("launch --raw C:\\x.bat \"a&b\"").exitCode, 0U);
     EXPECT_TRUE(supervisor.WaitForLog(1, "Unable to start C:\\x.bat a&b "));
 }

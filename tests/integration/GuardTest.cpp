@@ -86,6 +86,7 @@ TEST_F(Guard, Starts_the_supervisor_and_applies_the_fleet_file)
     EXPECT_NE(machine_.WaitForGuardLog("Fleet: launched          " + worker_ + " 0: daemon 0"), "");
     EXPECT_NE(machine_.WaitForGuardLog("Fleet: 2 launched, 0 attached, 0 there already, 0 not"),
               "");
+    EXPECT_TRUE(HasConsoleWindow(GuardedMachine::WaitForSupervisor())); // somebody may look at it
     // People read the guard's log as they read the supervisor's.
     const Answer log = Daemonctl("log --file " + machine_.GuardLog());
     EXPECT_EQ(log.exitCode, 0U) << log;

@@ -122,7 +122,6 @@ TESTED_BY = {
     "daemonctl/commands/WaitCommand.cpp": "tests/integration/OperatorTest.cpp",
     "daemonctl/commands/WatchDaemon.cpp": "tests/integration/OperatorTest.cpp",
     "daemonctl/commands/WatchCommand.cpp": "tests/operator/trouble_test.py",
-    "daemonctl/commands/WithSupervisor.cpp": "tests/integration/DaemonctlTest.cpp",
     "daemonctl/control/ApplyFleet.cpp": "tests/integration/FleetTest.cpp",
     "daemonctl/control/FleetSource.cpp": "tests/integration/FleetTest.cpp",
     "daemonctl/control/RestartDaemon.cpp": "tests/integration/StopTest.cpp",

@@ -4,6 +4,8 @@
 
 #include <tlhelp32.h>
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <fstream>
 
@@ -23,6 +25,15 @@ std::vector<ListedProgram> ProcessesNamed(const std::string& fileName)
         }
     }
     return found;
+}
+
+bool HasConsoleWindow(DWORD processId)
+{
+    FreeConsole();
+    EXPECT_NE(AttachConsole(processId), FALSE);
+    const bool hasWindow = GetConsoleWindow() != nullptr;
+    FreeConsole();
+    return hasWindow;
 }
 
 GuardedMachine::GuardedMachine()

@@ -67,4 +67,8 @@ struct ListedProgram {
 /// Returns the running processes of a program. @param fileName  "DaemonManager.exe"
 [[nodiscard]] std::vector<ListedProgram> ProcessesNamed(const std::string& fileName);
 
+/// Returns whether the console of a process has a window. Makes that console the one of this
+/// process for a moment.
+[[nodiscard]] bool HasConsoleWindow(DWORD processId);
+
 } // namespace vqrx::test

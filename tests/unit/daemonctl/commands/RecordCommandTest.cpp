@@ -82,6 +82,21 @@ TEST_F(RecordCommand, records_every_record_of_a_ring_that_wraps_once_and_no_more
     EXPECT_EQ(Recorded(), written);
 }
 
+TEST_F(RecordCommand, takes_limits_from_1_on)
+{
+    RingModel ring(2000);
+    ring.Write("recorded");
+    Save(ring);
+    const std::string command =
+        "record --once --file \"" + log_ + "\" --output \"" + records_ + '"';
+    EXPECT_EQ(Run(command + " --max-file 1 --max-age 1 --max-total 1"), 0);
+    for (const char* option : {" --max-file 0", " --max-age 0", " --max-total 0"}) {
+        EXPECT_THROW(Run(command + option), CLI::ValidationError) << option;
+        testing::internal::GetCapturedStdout();
+        testing::internal::GetCapturedStderr();
+    }
+}
+
 TEST_F(RecordCommand, names_each_damaged_log_that_was_set_aside_once)
 {
     RingModel ring(2000);

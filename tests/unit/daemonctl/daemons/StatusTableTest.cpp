@@ -43,6 +43,17 @@ TEST(StatusTable, Has_a_line_of_titles_and_a_line_for_each_daemon)
               "ID  STATE  PID  UP SINCE  RESTARTS  LAST EXIT  CPU  MEMORY  COMMAND\n");
 }
 
+TEST(StatusTable, A_daemon_that_has_not_ended_yet_has_no_last_exit)
+{
+    DaemonStatus daemon;
+    daemon.id = 1;
+    daemon.state = RunState::kCannotStart;
+    daemon.command = "a.exe ";
+    EXPECT_EQ(TableText({daemon}, Style(0)),
+              "ID  STATE         PID  UP SINCE      RESTARTS  LAST EXIT  CPU  MEMORY  COMMAND\n"
+              " 1  cannot start    -  -         0 (0 failed)  -            -       -  a.exe\n");
+}
+
 TEST(StatusTable, A_daemon_in_a_crash_loop_shows_its_restarts_of_the_last_hour)
 {
     auto daemons = SomeDaemons();

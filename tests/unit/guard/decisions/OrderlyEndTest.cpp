@@ -107,6 +107,9 @@ TEST(OrderlyEnd, Supervisor_that_was_refused_beside_this_one_is_no_order)
     EXPECT_FALSE(WasOrdered(Ended(0, true), Records({kStarted, kStarted, kEnding})));
     EXPECT_TRUE(WasOrdered(Ended(0, true), Records({kStarted, kStarted, kEnding, kEnding})));
     EXPECT_TRUE(WasOrdered(Ended(0, true), Records({kStarted, kStarted, kEnding, "Exit"})));
+    auto inOneMillisecond = Records({kStarted, kStarted, kEnding});
+    inOneMillisecond[1].timeMs = inOneMillisecond[0].timeMs;
+    EXPECT_FALSE(WasOrdered(Ended(0, true), inOneMillisecond));
 }
 
 TEST(OrderlyEnd, Next_supervisor_that_has_started_already_does_not_hide_the_order)

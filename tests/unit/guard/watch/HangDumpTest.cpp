@@ -2,6 +2,7 @@
 
 #include "ChildProcess.h"
 #include "FileContent.h"
+#include "ImportPatch.h"
 #include "TempFolder.h"
 
 #include <windows.h>
@@ -16,6 +17,18 @@ namespace vqrx::test {
 namespace {
 
 constexpr DWORD kDumpLimitMs = 60000;
+
+HANDLE g_release = nullptr;
+HANDLE g_over = nullptr;
+
+HANDLE WINAPI RefuseFileAfterRelease(LPCSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD,
+                                     HANDLE)
+{
+    WaitForSingleObject(g_release, INFINITE);
+    SetEvent(g_over);
+    SetLastError(ERROR_ACCESS_DENIED);
+    return INVALID_HANDLE_VALUE;
+}
 
 // The guard may have all rights. Whoever may write to the folder has put a second name of another
 // file there.
@@ -36,6 +49,29 @@ TEST(HangDump, Is_not_written_to_a_file_that_somebody_has_prepared)
     EXPECT_EQ("mine", FileContent(folder.File("victim")));
     EXPECT_EQ("MDMP", FileContent(dump).substr(0, 4));
     EXPECT_FALSE(std::filesystem::exists(dump + ".new"));
+}
+
+// A virus scanner or a debugger may hold the process or the file as long as it likes.
+TEST(HangDump, Dump_that_takes_too_long_is_given_up_and_the_text_names_the_limit)
+{
+    const TempFolder folder;
+    const ReadyEvent ready;
+    const ChildProcess child("\"" + TestProgram("no_windows") + "\" " + ready.Name());
+    ASSERT_TRUE(ready.Wait());
+    guard::v0::SupervisorProgram supervisor;
+    supervisor.process.Reset(OpenProcess(PROCESS_ALL_ACCESS, FALSE, child.Pid()));
+    supervisor.processId = child.Pid();
+    const system::win32::v1::UniqueKernelHandle release(
+        CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    const system::win32::v1::UniqueKernelHandle over(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    g_release = release.Get();
+    g_over = over.Get();
+    const ImportPatch held("CreateFileA", RefuseFileAfterRelease);
+
+    EXPECT_EQ("not within 1 s",
+              guard::v0::DumpWithin(1000, supervisor, folder.File("DaemonManager.dmp")));
+    SetEvent(release.Get());
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(over.Get(), kDumpLimitMs));
 }
 
 } // namespace
