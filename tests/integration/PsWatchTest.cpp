@@ -61,6 +61,10 @@ TEST_F(PsWatch, The_table_has_a_screen_of_its_own_until_Ctrl_C)
     EXPECT_TRUE(shows("Ctrl+C ends")) << screen;
     EXPECT_TRUE(shows("no_windows.exe\n")) << screen;
     EXPECT_TRUE(shows(" Start DaemonId(0) PId(")) << screen; // a record below the table
+    EXPECT_EQ(Daemonctl("launch C:\\no\\such.exe").exitCode, 0U);
+    EXPECT_TRUE(shows("such.exe\n")) << screen;
+    EXPECT_TRUE(WaitUntil([&] { return console.ColoursOf("such.exe\n") == 0x0C; })) << "red";
+    EXPECT_EQ(console.ColoursOf("no_windows.exe\n"), 0x07) << "grey";
     KillProcess(daemon_);
     EXPECT_TRUE(shows("Unknown (0x9)")) << screen;
     EXPECT_TRUE(shows(" Start DaemonId(0) PId(", 2)) << screen;

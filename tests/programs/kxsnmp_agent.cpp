@@ -1,5 +1,5 @@
 // Child program with the name of the SNMP agent. It closes its window and ends after the keystrokes
-// X and Q. Argument: the event that it signals when the window exists.
+// X and Q, posted without further data. Argument: the event that it signals when the window exists.
 #include "ChildProgram.h"
 
 namespace {
@@ -9,11 +9,11 @@ bool crossed = false;
 LRESULT CALLBACK WaitForKeystrokes(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
     if (message == WM_CHAR) {
-        if (crossed && wParam == 'Q') {
+        if (crossed && wParam == 'Q' && lParam == 0) {
             DestroyWindow(window);
             PostQuitMessage(0);
         }
-        crossed = wParam == 'X';
+        crossed = wParam == 'X' && lParam == 0;
         return 0;
     }
     return DefWindowProcA(window, message, wParam, lParam);

@@ -32,7 +32,9 @@ CHANGES = [
     ("const Lock hold(mutex);", set()),
     ("static_assert(sizeof(int) == 4);", set()),
     ("// if (a < b) return 1;\n/* Log(3); */", set()),
-    ("switch (a) {\ncase 3:\n    break;\n}", {("statement", "break;", "(left out)")}),
+    ("switch (a) {\ncase 3:\n    break;\n}", set()),
+    ("switch (a) {\ncase 3:\n    break;\ncase 4:\n    return;\n}", {
+        ("statement", "break;", "(left out)"), ("statement", "return;", "(left out)")}),
     ("constexpr int limit = 9;", {("constant", "9", "10")}),
     ("if constexpr (kDebug == 1) {\n}", set()),
     ("names.reserve(10);", {("constant", "10", "11")}),

@@ -23,6 +23,7 @@ class Source:
         self.tokens = tokens_of(text)
         self.partners = partners_of(self.tokens)
         self.changes = []
+        self.ends_of_switches = set()  # indices of their closing brackets
         self._declarations(0, len(self.tokens))
         lines = text.split("\n")
         seen = {}
@@ -140,6 +141,8 @@ class Source:
         if word == "return" and stop > index + 1:
             self.changes += changes.other_result(self, index + 1, stop)
             self._expression(index + 1, stop)
+        elif word == "break" and stop + 1 in self.ends_of_switches:
+            pass  # the switch ends here anyway
         elif word in ("return", "break", "continue"):
             self.changes += changes.left_out(self, index, stop)
         elif word == "throw":
@@ -192,6 +195,7 @@ class Source:
                 self._expression(self._find(opening + 1, close, (":",)) + 1, close)
         elif word == "switch":
             self._expression(opening + 1, close)
+            self.ends_of_switches.add(self.partners.get(close + 1))
         return self._statement(close + 1, end)
 
     def _do(self, index, end):

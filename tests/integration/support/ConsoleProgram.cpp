@@ -2,6 +2,8 @@
 
 #include "SupervisorProcess.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <stdexcept>
 #include <utility>
 
@@ -14,6 +16,14 @@ std::runtime_error Failure(const std::string& what)
 {
     const DWORD error = GetLastError();
     return std::runtime_error(what + ": error " + std::to_string(error));
+}
+
+// A program may show another buffer at any time; this name always opens the one that is shown.
+UniqueKernelHandle ShownBuffer()
+{
+    return UniqueKernelHandle(CreateFileA("CONOUT$", GENERIC_READ | GENERIC_WRITE,
+                                          FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                          OPEN_EXISTING, 0, nullptr));
 }
 
 } // namespace
@@ -80,10 +90,7 @@ std::string JoinedConsole::Title() const
 
 std::string JoinedConsole::Screen() const
 {
-    // A program may show another buffer at any time; this name always opens the one that is shown.
-    const UniqueKernelHandle buffer(CreateFileA("CONOUT$", GENERIC_READ | GENERIC_WRITE,
-                                                FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                                OPEN_EXISTING, 0, nullptr));
+    const UniqueKernelHandle buffer = ShownBuffer();
     CONSOLE_SCREEN_BUFFER_INFO info{};
     if (GetConsoleScreenBufferInfo(buffer.Get(), &info) == FALSE) {
         throw Failure("the console cannot be read");
@@ -98,6 +105,22 @@ std::string JoinedConsole::Screen() const
         screen += text + "\n";
     }
     return screen;
+}
+
+WORD JoinedConsole::ColoursOf(const std::string& part) const
+{
+    const std::string screen = Screen();
+    const std::size_t found = screen.find(part);
+    if (found == std::string::npos) {
+        return 0;
+    }
+    const auto row =
+        std::count(screen.begin(), screen.begin() + static_cast<std::ptrdiff_t>(found), '\n');
+    WORD colours = 0;
+    DWORD count = 0;
+    ReadConsoleOutputAttribute(ShownBuffer().Get(), &colours, 1, {0, static_cast<SHORT>(row)},
+                               &count);
+    return colours;
 }
 
 void JoinedConsole::PressCtrlC() const

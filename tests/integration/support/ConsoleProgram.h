@@ -48,6 +48,9 @@ public:
     [[nodiscard]] std::string Title() const;
     /// Returns the text that the console shows now, with "\n" after each row.
     [[nodiscard]] std::string Screen() const;
+    /// Returns the colours of the first row that contains a text, as Windows numbers them; 0 if no
+    /// row does.
+    [[nodiscard]] WORD ColoursOf(const std::string& part) const;
     /// Presses Ctrl+C for all programs of the console.
     /// @throws std::runtime_error  if Windows refuses
     void PressCtrlC() const;

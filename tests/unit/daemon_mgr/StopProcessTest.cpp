@@ -91,6 +91,14 @@ TEST_F(StopProcessTest, Stop_of_an_attached_daemon_fails_logs_nothing_and_keeps_
     EXPECT_TRUE(IsRunning(daemon.processId));
 }
 
+TEST(StopTimings, Wait_for_the_windows_is_30_s_and_the_agent_is_asked_32_times_a_second_apart)
+{
+    const system::end_process::v1::StopTimings timings;
+    EXPECT_EQ(30000U, timings.quitWaitMs);
+    EXPECT_EQ(1000U, timings.agentRoundMs);
+    EXPECT_EQ(31U, timings.agentLastRound); // the first round is 0
+}
+
 TEST_F(StopProcessTest, Program_without_windows_is_terminated_at_once_with_exit_code_0)
 {
     ProcessInfo daemon = Start("no_windows");
