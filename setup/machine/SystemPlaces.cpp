@@ -45,6 +45,22 @@ std::string OwnProgram()
     return Utf8(system::file::v2::PathOfOwnProgram());
 }
 
+std::string FullPath(const std::string& path)
+{
+    const std::wstring given = Wide(path);
+    std::wstring full(GetFullPathNameW(given.c_str(), 0, nullptr, nullptr), L'\0');
+    full.resize(
+        GetFullPathNameW(given.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+    if (full.empty()) {
+        throw SetupError("This is no path: " + path);
+    }
+    constexpr std::size_t kDriveRoot = 3; // "C:\" keeps its separator
+    while (full.size() > kDriveRoot && full.back() == L'\\') {
+        full.pop_back();
+    }
+    return Utf8(full);
+}
+
 bool IsOnDisk(const std::string& path)
 {
     return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;

@@ -20,6 +20,11 @@ namespace vqrx::setup::v0 {
 /// Returns the full path of the program that this process runs.
 [[nodiscard]] std::string OwnProgram();
 
+/// Returns a path as Windows completes it: from the root of its drive on, with backslashes, without
+/// "." and "..". Changes neither letter case nor short names.
+/// @throws SetupError if Windows refuses the text
+[[nodiscard]] std::string FullPath(const std::string& path);
+
 /// Returns whether Windows shows a file or a folder at a path.
 [[nodiscard]] bool IsOnDisk(const std::string& path);
 

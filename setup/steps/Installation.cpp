@@ -2,6 +2,7 @@
 
 #include "InstallationSteps.h"
 #include "MachineKey.h"
+#include "ProcessFacts.h"
 #include "ProgramVersion.h"
 #include "SetupError.h"
 #include "SystemPlaces.h"
@@ -60,6 +61,16 @@ std::string DefaultProgramFolder()
 {
     const std::string former = InstallationKey().Text(kFolderNote);
     return former.empty() ? ProgramFilesFolder() + "\\DaemonManager" : former;
+}
+
+std::string ProgramFolderFor(const std::string& named)
+{
+    if (named.empty()) {
+        return DefaultProgramFolder();
+    }
+    const std::string former = InstallationKey().Text(kFolderNote);
+    std::string folder = FullPath(named);
+    return client::v0::IsSameFile(folder, former) ? former : folder;
 }
 
 int Install(const SetupOptions& options, const std::vector<PayloadFile>& files,

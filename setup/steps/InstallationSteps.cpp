@@ -5,6 +5,7 @@
 #include "Installation.h"
 #include "InstallationNotes.h"
 #include "InstalledFiles.h"
+#include "ProcessFacts.h"
 #include "ProtectedObjects.h"
 #include "ProxyRegistration.h"
 #include "RandomName.h"
@@ -70,8 +71,8 @@ InstallationSteps::InstallationSteps(const SetupOptions& options,
     : options_(options)
     , files_(files)
     , conversation_(conversation)
-    , folder_(options.folder.empty() ? DefaultProgramFolder() : options.folder)
-    , place_(FindFirmwarePlace(options.root))
+    , folder_(ProgramFolderFor(options.folder))
+    , place_(FindFirmwarePlace(options.root.empty() ? options.root : FullPath(options.root)))
     , swap_(folder_)
     , change_(conversation, [this] { return swap_.PlaceOf("daemonctl.exe"); })
     , guard_(InstallationKey().Text(kFolderNote))
@@ -186,7 +187,10 @@ void InstallationSteps::Keep()
     WriteInstallationNotes({folder_, place_.root, NamesOf(files_), SizeOf(files_), folders_->Made(),
                             logExisted_, options_.allowWeak});
     swap_.Keep();
-    if (!formerFolder.empty() && formerFolder != folder_) {
+    // A former folder that cannot be opened is the same as no folder, not even as itself.
+    const bool isAnother = client::v0::IsSameFile(formerFolder, formerFolder) &&
+                           !client::v0::IsSameFile(formerFolder, folder_);
+    if (isAnother) {
         Try([&] { // nobody keeps them up to date any more; an error must not lead to GoBack()
             for (const std::string& left :
                  RemoveInstalledFiles(formerFolder, formerFiles, options_.allowWeak)) {

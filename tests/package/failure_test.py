@@ -167,6 +167,16 @@ class Failure(InstallationTest):
         self.assertFalse(machine.host_path(former).exists())
         self.assertIn(self.installed("DaemonMgrPS.dll"), machine.registry(PROXY_KEY))
 
+    def test_the_same_folder_named_in_another_way_keeps_its_new_programs(self):
+        self.install_below_root()
+        for named in (self.folder.lower(), self.folder.replace("\\", "/"), self.folder + "\\.\\"):
+            with self.subTest(named):
+                self.assertEqual(self.install("/D=" + named), 0, self.said)
+                self.assertTrue(machine.host_path(self.installed("DaemonManager.exe")).exists())
+                self.assertTrue(machine.host_path(self.installed("Uninstall.exe")).exists())
+                self.assertEqual(machine.value(OWN_KEY, "InstallLocation"), self.folder)
+                self.assertIn(self.installed("DaemonMgrPS.dll"), machine.registry(PROXY_KEY))
+
     def test_an_unknown_option_or_account_is_refused(self):
         self.assertEqual(self.install("/X"), 2)
         self.assertIn("Unknown option: /X", self.said)

@@ -158,7 +158,6 @@ TESTED_BY = {
     "setup/steps/AutostartStep.cpp": "tests/package/guard_test.py",
     "setup/steps/EndSupervisorAndGuards.cpp": "tests/package/guard_test.py",
     "setup/steps/FirmwarePlace.cpp": "tests/package/installation_test.py",
-    "setup/steps/Installation.cpp": "tests/package/installation_test.py",
     "setup/steps/InstallationNotes.cpp": "tests/package/installation_test.py",
     "setup/steps/InstallationSteps.cpp": "tests/package/failure_test.py",
     "setup/steps/Removal.cpp": "tests/package/guard_test.py",

@@ -1,8 +1,12 @@
 #include "SystemPlaces.h"
 
+#include "SetupError.h"
+
 #include <windows.h>
 
 #include <gtest/gtest.h>
+
+#include <filesystem>
 
 namespace vqrx::test {
 
@@ -20,6 +24,14 @@ TEST(SystemPlaces, A_file_and_a_folder_are_on_the_disk_and_a_missing_one_is_not)
     EXPECT_TRUE(setup::v0::IsOnDisk(setup::v0::SystemFolder()));
     EXPECT_TRUE(setup::v0::IsOnDisk(setup::v0::OwnProgram()));
     EXPECT_FALSE(setup::v0::IsOnDisk(setup::v0::OwnProgram() + ".missing"));
+}
+
+TEST(SystemPlaces, A_full_path_has_backslashes_and_none_at_its_end_but_for_the_root_of_a_drive)
+{
+    EXPECT_EQ("C:\\a b\\d", setup::v0::FullPath("C:/a b\\c\\..\\.\\d\\\\"));
+    EXPECT_EQ("C:\\", setup::v0::FullPath("C:/"));
+    EXPECT_EQ(std::filesystem::current_path().string() + "\\x", setup::v0::FullPath("x"));
+    EXPECT_THROW(static_cast<void>(setup::v0::FullPath("")), setup::v0::SetupError);
 }
 
 TEST(SystemPlaces, The_folder_of_a_path_keeps_the_root_of_a_drive)
