@@ -27,14 +27,9 @@ unsigned char* MapReached() noexcept
     const DWORD access = GENERIC_READ | GENERIC_WRITE;
     const DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE;
     const HANDLE file = CreateFileA(name, access, share, nullptr, OPEN_EXISTING, 0, nullptr);
-    // Found by name: the programs of failing calls accept no import that the product does not have.
-    const HMODULE kernel = GetModuleHandleA("kernel32.dll");
-    auto* const create = reinterpret_cast<decltype(&CreateFileMappingA)>(
-        reinterpret_cast<void*>(GetProcAddress(kernel, "CreateFileMappingA")));
-    auto* const map = reinterpret_cast<decltype(&MapViewOfFile)>(
-        reinterpret_cast<void*>(GetProcAddress(kernel, "MapViewOfFile")));
-    const HANDLE mapping = create(file, nullptr, PAGE_READWRITE, 0, kMostMutants, nullptr);
-    void* const bytes = map(mapping, FILE_MAP_WRITE, 0, 0, kMostMutants);
+    const HANDLE mapping =
+        CreateFileMappingA(file, nullptr, PAGE_READWRITE, 0, kMostMutants, nullptr);
+    void* const bytes = MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, kMostMutants);
     CloseHandle(mapping);
     CloseHandle(file);
     return static_cast<unsigned char*>(bytes);
@@ -57,8 +52,7 @@ Environment Read() noexcept
     const DWORD error = GetLastError();
 #endif
     const char* const text = std::getenv("DM_MUTANT");
-    const long chosen = text == nullptr ? 0 : std::strtol(text, nullptr, 10);
-    const Environment result{static_cast<int>(chosen), MapReached()};
+    const Environment result{text == nullptr ? 0 : std::atoi(text), MapReached()};
 #ifdef _WIN32
     SetLastError(error);
 #endif
