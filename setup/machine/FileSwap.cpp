@@ -142,10 +142,10 @@ std::string FileSwap::TakeBack() noexcept
     std::string left;
     for (; !movements_.empty(); movements_.pop_back()) {
         const auto& [from, to] = movements_.back();
-        if (MoveFileExW(Wide(to).c_str(), Wide(from).c_str(), 0) == FALSE) {
-            const DWORD error = GetLastError();
+        if (const std::uint32_t error = MoveBack(to, from); error != ERROR_SUCCESS) {
             left.append("The file ").append(to).append(" could not be moved back to ").append(from);
-            left.append(" (Windows error ").append(std::to_string(error)).append(").\n");
+            left.append(" (Windows error ").append(std::to_string(error)).append(").");
+            left.append(MoveBackLater(to, from) ? " Windows does it when it starts next.\n" : "\n");
         }
     }
     for (; !madeFolders_.empty(); madeFolders_.pop_back()) {
@@ -155,7 +155,7 @@ std::string FileSwap::TakeBack() noexcept
         for (const std::string& folder : FoldersInside(aside_)) {
             RemoveEmptyFolder(oldFolder_ + "\\" + folder, false);
         }
-        RemoveEmptyFolder(oldFolder_, false);
+        RemoveEmptyFolder(oldFolder_, !left.empty());
     }
     oldFolder_.clear();
     aside_.clear();
@@ -196,6 +196,33 @@ void FileSwap::Move(const std::string& from, const std::string& to)
         FailForFile("replaced", to, GetLastError());
     }
     movements_.emplace_back(from, to);
+}
+
+// Whoever may read a file can hold it so that nobody can move it: a scanner does it for a moment.
+// @return the error of Windows; 0: moved
+std::uint32_t FileSwap::MoveBack(const std::string& from, const std::string& to)
+{
+    constexpr std::uint32_t kPauseMs = 100;
+    while (MoveFileExW(Wide(from).c_str(), Wide(to).c_str(), 0) == FALSE) {
+        const DWORD error = GetLastError();
+        if (error != ERROR_SHARING_VIOLATION || patienceMs_ < kPauseMs) {
+            return error;
+        }
+        Sleep(kPauseMs);
+        patienceMs_ -= kPauseMs;
+    }
+    return ERROR_SUCCESS;
+}
+
+// A new file is deleted, a former one replaces what is in its place. Windows keeps the order.
+// @return whether Windows has noted it
+bool FileSwap::MoveBackLater(const std::string& from, const std::string& to) const
+{
+    if (!newFolder_.empty() && to.starts_with(newFolder_ + "\\")) {
+        return MoveFileExW(Wide(from).c_str(), nullptr, MOVEFILE_DELAY_UNTIL_REBOOT) != FALSE;
+    }
+    return MoveFileExW(Wide(from).c_str(), Wide(to).c_str(),
+                       MOVEFILE_DELAY_UNTIL_REBOOT | MOVEFILE_REPLACE_EXISTING) != FALSE;
 }
 
 void FileSwap::SetAside(const std::string& name)

@@ -2,6 +2,7 @@
 
 #include "Payload.h"
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,10 +16,13 @@ namespace vqrx::setup::v0 {
 /// Files are removed by their names only: nothing is deleted with all that a folder holds.
 class FileSwap {
 public:
-    /// @param folder  the folder of the programs, UTF-8; nobody else than administrators may write
-    ///                there
-    explicit FileSwap(std::string folder)
+    /// @param folder      the folder of the programs, UTF-8; nobody else than administrators may
+    ///                    write there
+    /// @param patienceMs  milliseconds that TakeBack() waits for files that somebody holds open,
+    ///                    for all files together
+    explicit FileSwap(std::string folder, std::uint32_t patienceMs = 10000)
         : folder_(std::move(folder))
+        , patienceMs_(patienceMs)
     {
     }
     FileSwap(const FileSwap&) = delete;
@@ -36,9 +40,10 @@ public:
     ///         the text names
     void SwapIn(const std::vector<std::string>& former);
 
-    /// Moves all files back to where they were before SwapIn(). If a file cannot be moved, goes
-    /// on with the others.
-    /// @return a line for each file that could not be moved, for people; empty if all were
+    /// Moves all files back to where they were before SwapIn(). Waits for a file that somebody
+    /// holds open. A file that cannot be moved even then is moved when Windows starts next; the
+    /// others are moved all the same.
+    /// @return a line for each file that could not be moved now, for people; empty if all were
     [[nodiscard]] std::string TakeBack() noexcept;
 
     /// Calls TakeBack(), unless Keep() was called, and removes the unpacked files.
@@ -52,9 +57,12 @@ public:
 
 private:
     void Move(const std::string& from, const std::string& to);
+    [[nodiscard]] std::uint32_t MoveBack(const std::string& from, const std::string& to);
+    [[nodiscard]] bool MoveBackLater(const std::string& from, const std::string& to) const;
     void SetAside(const std::string& name);
 
     std::string folder_;
+    std::uint32_t patienceMs_; // what is left of it
     std::string newFolder_;
     std::string oldFolder_;
     std::vector<std::string> names_;                             // of the new files

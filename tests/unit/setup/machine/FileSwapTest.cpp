@@ -5,6 +5,7 @@
 #include "RandomName.h"
 #include "SetupError.h"
 #include "TempFolder.h"
+#include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
@@ -66,6 +67,31 @@ BOOL WINAPI RefuseToPutBack(LPCWSTR from, LPCWSTR to, DWORD flags)
         return FALSE;
     }
     return moveFile(from, to, flags);
+}
+
+int refusals = 0; // that are still to come
+
+BOOL WINAPI RefuseFirstMoves(LPCWSTR from, LPCWSTR to, DWORD flags)
+{
+    if (refusals > 0) {
+        --refusals;
+        SetLastError(ERROR_SHARING_VIOLATION);
+        return FALSE;
+    }
+    return moveFile(from, to, flags);
+}
+
+std::vector<std::string> later; // what Windows is to do when it starts next
+
+BOOL WINAPI NoteWhatIsDoneLater(LPCWSTR from, LPCWSTR to, DWORD flags)
+{
+    if ((flags & MOVEFILE_DELAY_UNTIL_REBOOT) == 0) {
+        return moveFile(from, to, flags);
+    }
+    const std::string path = std::filesystem::path(from).string();
+    later.push_back(to == nullptr ? path + " is deleted"
+                                  : path + " to " + std::filesystem::path(to).string());
+    return TRUE;
 }
 
 BOOL WINAPI WriteNothing(HANDLE, LPCVOID, DWORD, LPDWORD written, LPOVERLAPPED)
@@ -145,6 +171,44 @@ TEST(FileSwap, A_file_that_cannot_be_put_back_is_named_and_the_others_are_put_ba
                 testing::AllOf(testing::StartsWith("The file " + folder.File("~old-")),
                                testing::EndsWith("\\a.exe could not be moved back to " +
                                                  folder.File("a.exe") + " (Windows error 5).\n")));
+    EXPECT_FALSE(std::filesystem::exists(folder.File("docs\\inner\\b.md")));
+}
+
+TEST(FileSwap, A_new_file_that_is_held_for_a_moment_is_waited_for)
+{
+    const TempFolder folder;
+    Write(folder.File("a.exe"), "old a");
+    FileSwap swap(folder.Path().string());
+    swap.Unpack(kFiles);
+    swap.SwapIn({});
+    refusals = 3;
+    const ImportPatch patch("MoveFileExW", RefuseFirstMoves, moveFile);
+    EXPECT_EQ("", swap.TakeBack());
+    EXPECT_EQ("old a", FileContent(folder.File("a.exe")));
+}
+
+TEST(FileSwap, A_new_file_that_stays_held_gives_way_when_Windows_starts_next)
+{
+    const TempFolder folder;
+    Write(folder.File("a.exe"), "old a");
+    FileSwap swap(folder.Path().string(), 200);
+    swap.Unpack(kFiles);
+    swap.SwapIn({});
+    const system::win32::v1::UniqueKernelHandle held(CreateFileA(
+        folder.File("a.exe").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    ASSERT_TRUE(held);
+    later.clear();
+    const ImportPatch patch("MoveFileExW", NoteWhatIsDoneLater, moveFile);
+    const std::string left = swap.TakeBack();
+    EXPECT_THAT(left,
+                testing::HasSubstr(" (Windows error 32). Windows does it when it starts next.\n"));
+    EXPECT_THAT(left,
+                testing::EndsWith("\\a.exe could not be moved back to " + folder.File("a.exe") +
+                                  " (Windows error 183). Windows does it when it starts next.\n"));
+    EXPECT_THAT(later, ElementsAre(folder.File("a.exe") + " is deleted",
+                                   testing::AllOf(testing::HasSubstr("~old-"),
+                                                  testing::EndsWith(" to " + folder.File("a.exe"))),
+                                   testing::EndsWith(" is deleted")));
     EXPECT_FALSE(std::filesystem::exists(folder.File("docs\\inner\\b.md")));
 }
 
