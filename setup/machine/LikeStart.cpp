@@ -1,6 +1,7 @@
 #include "LikeStart.h"
 
 #include "CommandText.h"
+#include "Privileges.h"
 #include "SetupError.h"
 #include "SystemPlaces.h"
 #include "Utf8.h"
@@ -9,7 +10,6 @@
 #include <windows.h>
 
 #include <cstddef>
-#include <initializer_list>
 
 namespace vqrx::setup::v0 {
 namespace {
@@ -83,23 +83,6 @@ private:
     void* block_ = nullptr;
 };
 
-void SwitchOn(std::initializer_list<const char*> privileges)
-{
-    UniqueKernelHandle token;
-    if (OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY, token.Put()) ==
-        FALSE) {
-        return; // the call that needs the privilege then fails, and its error is reported
-    }
-    for (const char* const privilege : privileges) {
-        TOKEN_PRIVILEGES change{};
-        change.PrivilegeCount = 1;
-        change.Privileges[0].Attributes = SE_PRIVILEGE_ENABLED;
-        if (LookupPrivilegeValueA(nullptr, privilege, &change.Privileges[0].Luid) != FALSE) {
-            AdjustTokenPrivileges(token.Get(), FALSE, &change, 0, nullptr, nullptr);
-        }
-    }
-}
-
 std::string Whose(const FormerProcess& former)
 {
     const std::size_t name = former.Program().find_last_of('\\') + 1; // 0 without a folder
@@ -138,7 +121,7 @@ void StartWithToken(const FormerProcess& former, const std::string& program,
                          TokenPrimary, token.Put()) == FALSE) {
         FailToStart(former, GetLastError());
     }
-    SwitchOn({SE_ASSIGNPRIMARYTOKEN_NAME, SE_INCREASE_QUOTA_NAME, SE_IMPERSONATE_NAME});
+    SwitchOnPrivileges({SE_ASSIGNPRIMARYTOKEN_NAME, SE_INCREASE_QUOTA_NAME, SE_IMPERSONATE_NAME});
     const ProfileVariables variables(token.Get());
     const DWORD flags = kStart | former.Priority() | CREATE_UNICODE_ENVIRONMENT;
     std::wstring desktop = L"winsta0\\default";

@@ -2,10 +2,13 @@
 
 #include "InstallationSteps.h"
 #include "MachineKey.h"
+#include "Privileges.h"
 #include "ProcessFacts.h"
 #include "ProgramVersion.h"
 #include "SetupError.h"
 #include "SystemPlaces.h"
+
+#include <windows.h>
 
 #include <exception>
 #include <functional>
@@ -77,6 +80,7 @@ int Install(const SetupOptions& options, const std::vector<PayloadFile>& files,
             Conversation& conversation)
 {
     try {
+        SwitchOnPrivileges({SE_DEBUG_NAME}); // else Windows hides processes of other accounts
         if (!MayReplaceVersion(options, conversation)) {
             return kSetupCancelled;
         }

@@ -202,20 +202,21 @@ void InstallationSteps::Keep()
 
 int InstallationSteps::HandOver()
 {
+    const int done = change_.Overlooked().empty() ? kSetupDone : kSetupIncomplete;
     if (change_.Ran() && options_.noStart) {
         conversation_.Say(
-            "Installed. Start the supervisor, then: daemonctl reattach" +
+            change_.Overlooked() + "Installed. Start the supervisor, then: daemonctl reattach" +
             (change_.Listing().empty() ? std::string() : " --from \"" + change_.Listing() + "\"") +
             "\n");
-        return kSetupDone;
+        return done;
     }
     if (change_.Ran() && !change_.HandOver(options_.allowWeak, FleetOfPresentGuard())) {
-        conversation_.Say("Installed.\n");
+        conversation_.Say("Installed.\n" + change_.Overlooked());
         return kSetupIncomplete;
     }
     DeleteOrLater(change_.Listing());
     conversation_.Say("Installed.\n" + change_.Overlooked());
-    return change_.Overlooked().empty() ? kSetupDone : kSetupIncomplete;
+    return done;
 }
 
 bool InstallationSteps::SetUpAutostart()

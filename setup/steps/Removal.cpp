@@ -7,6 +7,7 @@
 #include "InstalledFiles.h"
 #include "MachineKey.h"
 #include "ObjectRights.h"
+#include "Privileges.h"
 #include "ProcessFacts.h"
 #include "ProxyRegistration.h"
 #include "RandomName.h"
@@ -123,8 +124,9 @@ int RemoveAll(const SetupOptions& options, Conversation& conversation)
     for (const std::string& text : left) {
         conversation.Say(text + "\n");
     }
-    conversation.Say(left.empty() ? "Removed.\n" : "Removed, but not completely.\n");
-    return left.empty() ? kSetupDone : kSetupIncomplete;
+    const bool isComplete = left.empty() && change.Overlooked().empty();
+    conversation.Say(isComplete ? "Removed.\n" : "Removed, but not completely.\n");
+    return isComplete ? kSetupDone : kSetupIncomplete;
 }
 
 } // namespace
@@ -132,6 +134,7 @@ int RemoveAll(const SetupOptions& options, Conversation& conversation)
 int Remove(const SetupOptions& options, Conversation& conversation)
 {
     try {
+        SwitchOnPrivileges({SE_DEBUG_NAME}); // else Windows hides processes of other accounts
         return RemoveAll(options, conversation);
     } catch (const std::exception& error) {
         conversation.Say(std::string("Not removed. ") + error.what() + "\n");

@@ -6,6 +6,7 @@
 #include "Utf8.h"
 #include "daemon_manager/SupervisorClient.h"
 #include "daemon_manager/SupervisorIdentity.h"
+#include "win32/UniqueHandle.h"
 
 #include <windows.h>
 
@@ -33,6 +34,14 @@ constexpr DWORD kForcedEndMs = 10000;
 bool IsHandedOver(const ProgramAnswer& answer)
 {
     return answer.exitCode == kClientDone || answer.exitCode == kNothingToHandOver;
+}
+
+// Whether a process of the list has ended since. One that Windows hides from this user has not.
+bool HasEnded(std::uint32_t processId)
+{
+    const system::win32::v1::UniqueKernelHandle process(
+        OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, processId));
+    return !process && GetLastError() == ERROR_INVALID_PARAMETER;
 }
 
 // Returns why a process may be a supervisor all the same; empty if it only has the name of one.
@@ -67,7 +76,7 @@ SupervisorChange::SupervisorChange(Conversation& conversation, std::function<std
         if (process.installedProgram && process.userKnown && process.expectedUser) {
             former_.emplace_back(process.processId, client::v0::Utf8(process.program),
                                  process.created);
-        } else {
+        } else if (!HasEnded(process.processId)) {
             overlooked_ += WhyOverlooked(process);
         }
     }
@@ -117,6 +126,7 @@ void SupervisorChange::End(const std::string& listing, const std::function<void(
 
 void SupervisorChange::Follow(SupervisorChange&& later)
 {
+    overlooked_ = std::move(later.overlooked_);
     if (Ran()) {
         DeleteOrLater(later.listing_);
         return;

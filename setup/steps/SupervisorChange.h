@@ -26,7 +26,7 @@ public:
 
     /// If this look found no supervisor, takes over the one that a later look found and ended. If
     /// it found one, its account, its program and its list of the daemons stay, and the later list
-    /// is deleted.
+    /// is deleted. Overlooked() becomes that of the later look.
     void Follow(SupervisorChange&& later);
 
     /// Whether a supervisor ran when this object was made.

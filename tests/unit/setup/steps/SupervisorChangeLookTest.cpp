@@ -9,12 +9,13 @@ namespace vqrx::test {
 namespace {
 
 DWORD hiddenProcess = 0;
+DWORD errorOfHidden = ERROR_ACCESS_DENIED;
 HANDLE(WINAPI* openProcess)(DWORD, BOOL, DWORD);
 
 HANDLE WINAPI OpenUnlessHidden(DWORD access, BOOL inherit, DWORD processId)
 {
     if (processId == hiddenProcess) {
-        SetLastError(ERROR_ACCESS_DENIED);
+        SetLastError(errorOfHidden);
         return nullptr;
     }
     return openProcess(access, inherit, processId);
@@ -45,6 +46,16 @@ TEST_F(SupervisorChangeTest, Process_that_cannot_be_examined_is_named_and_not_en
                   " is named DaemonManager.exe, and Windows does not tell which file it runs. The "
                   "installer does not end it. If it is the supervisor, it keeps its former files: "
                   "end it, then run the installer again.\n");
+}
+
+TEST_F(SupervisorChangeTest, Process_that_ended_before_it_was_examined_is_not_named)
+{
+    StartSupervisor();
+    hiddenProcess = supervisor_->Pid();
+    errorOfHidden = ERROR_INVALID_PARAMETER; // what Windows says of an id that no process has
+    const ImportPatch hide("OpenProcess", OpenUnlessHidden, openProcess);
+    EXPECT_EQ(Look().Overlooked(), "");
+    errorOfHidden = ERROR_ACCESS_DENIED;
 }
 
 TEST_F(SupervisorChangeTest, Process_that_only_has_the_name_of_the_supervisor_is_not_named)
