@@ -12,8 +12,9 @@ from dataclasses import dataclass
 
 MOST_MUTANTS = 65536
 # The programs of failing calls (anomaly_) check each import, and the switch of the mutants has imports of
-# its own.
-LEFT_OUT = re.compile(r"^(tools_|wine_prefix|fake_windows_list|make_|layout_|package|endurance|anomaly)")
+# its own. The unattended machine has one prefix, and cannot run for two mutants at a time.
+LEFT_OUT = re.compile(
+    r"^(tools_|wine_prefix|fake_windows_list|make_|layout_|package|endurance|anomaly|unattended)")
 FAILED_CASE = re.compile(r"^\[  FAILED  \] ([\w/]+\.[\w/]+)", re.MULTILINE)
 BEGUN_CASE = re.compile(r"^\[ RUN      \] (\S+)", re.MULTILINE)
 
