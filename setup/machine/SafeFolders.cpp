@@ -24,10 +24,10 @@ constexpr const char* kSetRightsAbove =
 constexpr const char* kRemoveLink =
     "Remove the link. Do not set rights through it: what it leads to would get them.\n";
 
-bool IsFolder(const std::string& path)
+bool IsFile(const std::string& path)
 {
     const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
 bool IsLinked(const std::vector<std::string>& way)
@@ -78,17 +78,18 @@ std::string WithWarnings(const std::string& remedy)
 SafeFolders::SafeFolders(std::string accountSid, bool allowWeak)
     : accountSid_(std::move(accountSid))
     , allowWeak_(allowWeak)
-    , trusted_(client::v0::TrustedAdministrators())
+    , administrators_(client::v0::TrustedAdministrators())
+    , writersOfLogs_(administrators_)
 {
     if (!accountSid_.empty()) {
-        trusted_.insert(accountSid_);
+        writersOfLogs_.insert(accountSid_);
     }
 }
 
 bool SafeFolders::Prepare(const std::string& path, FolderUse use)
 {
     if (IsOnDisk(path)) {
-        if (!IsFolder(path)) {
+        if (IsFile(path)) {
             throw SetupError(path + " is no folder.");
         }
         CheckPath(path, use);
@@ -108,13 +109,13 @@ bool SafeFolders::Prepare(const std::string& path, FolderUse use)
     return true;
 }
 
-void SafeFolders::Check(const std::string& path) const
+void SafeFolders::Check(const std::string& path, FolderUse use) const
 {
     if (!IsOnDisk(path)) {
         return;
     }
-    CheckPath(path, FolderUse::kPrograms);
-    if (IsFolder(path)) {
+    CheckPath(path, use);
+    if (!IsFile(path)) {
         return;
     }
     if (const std::string second = client::v0::SecondNameOf(path); !second.empty()) {
@@ -128,12 +129,12 @@ std::string SafeFolders::WarningOfReaders(const std::string& path) const
 {
     const ObjectRights rights = client::v0::ReadRights(path);
     std::string text;
-    for (const std::string& reader : client::v0::Readers(rights, trusted_)) {
+    for (const std::string& reader : client::v0::Readers(rights, writersOfLogs_)) {
         text += reader + ". ";
     }
     return text.empty() ? text
                         : "Warning: " + text + "To change that, as administrator:\n" +
-                              Commands(rights, FolderUse::kLogs, accountSid_, trusted_);
+                              Commands(rights, FolderUse::kLogs, accountSid_, writersOfLogs_);
 }
 
 void SafeFolders::RemoveMade() noexcept
@@ -159,10 +160,12 @@ void SafeFolders::Make(const std::string& path, FolderUse use)
 void SafeFolders::CheckPath(const std::string& path, FolderUse use) const
 {
     const ObjectRights rights = client::v0::ReadRights(path);
-    const bool isWeak = !client::v0::Weaknesses(rights, trusted_).empty();
-    Refuse(path, client::v0::WeaknessesOfPath(path, trusted_),
+    const client::v0::TrustedSids& trusted =
+        use == FolderUse::kLogs ? writersOfLogs_ : administrators_;
+    const bool isWeak = !client::v0::Weaknesses(rights, trusted).empty();
+    Refuse(path, client::v0::WeaknessesOfPath(path, trusted),
            isWeak ? "Look at what lies there, then set its rights as administrator:\n" +
-                        Commands(rights, use, accountSid_, trusted_) +
+                        Commands(rights, use, accountSid_, trusted) +
                         "Then restart Windows: a program that opened it before can change it "
                         "until then.\n"
                   : kSetRightsAbove);
@@ -170,7 +173,7 @@ void SafeFolders::CheckPath(const std::string& path, FolderUse use) const
 
 void SafeFolders::CheckAbove(const std::string& path) const
 {
-    Refuse(path, client::v0::WeaknessesOfParentPath(path, trusted_), kSetRightsAbove);
+    Refuse(path, client::v0::WeaknessesOfParentPath(path, administrators_), kSetRightsAbove);
 }
 
 void SafeFolders::Refuse(const std::string& path, const std::vector<std::string>& weaknesses,

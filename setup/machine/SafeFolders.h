@@ -8,8 +8,8 @@
 
 namespace vqrx::setup::v0 {
 
-/// Makes folders, and accepts folders that exist only if nobody else than those who are trusted can
-/// change them.
+/// Makes folders, and accepts folders that exist only if nobody else than administrators can change
+/// them. The supervisor's account may change what belongs to the logs, too.
 class SafeFolders {
 public:
     /// @param accountSid  the account of the supervisor, which may write into \Logs; empty: SYSTEM
@@ -27,8 +27,9 @@ public:
 
     /// Checks a file or a folder; does nothing if it does not exist. Refuses also a file with a
     /// second name (a hard link).
+    /// @param use  of the folder in which the file lies
     /// @throws SetupError as Prepare
-    void Check(const std::string& path) const;
+    void Check(const std::string& path, client::v0::FolderUse use) const;
 
     /// Says who else than administrators and the supervisor's account may read the folder of the
     /// log, and with which commands an administrator changes that. The supervisor works all the
@@ -52,7 +53,8 @@ private:
 
     std::string accountSid_;
     bool allowWeak_;
-    client::v0::TrustedSids trusted_;
+    client::v0::TrustedSids administrators_;
+    client::v0::TrustedSids writersOfLogs_; // the administrators and the account
     std::vector<std::string> made_;
 };
 

@@ -108,13 +108,13 @@ void InstallationSteps::PrepareFolders()
     folders_->Prepare(installation::AppFolder(place_.root), FolderUse::kPrograms);
     folders_->Prepare(installation::LogFolder(place_.root), FolderUse::kLogs);
     conversation_.Say(folders_->WarningOfReaders(installation::LogFolder(place_.root)));
-    folders_->Check(LogFileOf(place_)); // the hand-over believes it
-    folders_->Check(installation::GuardLogFile(place_.root));
+    folders_->Check(LogFileOf(place_), FolderUse::kLogs); // the hand-over believes it
+    folders_->Check(installation::GuardLogFile(place_.root), FolderUse::kLogs);
     std::vector<std::string> replaced = NamesOf(files_);
     const std::vector<std::string> former = NamesToReplace();
     replaced.insert(replaced.end(), former.begin(), former.end());
     for (const std::string& folder : FoldersInside(replaced)) {
-        folders_->Check(folder_ + "\\" + folder);
+        folders_->Check(folder_ + "\\" + folder, FolderUse::kPrograms);
     }
     CheckProxy();
 }
@@ -127,7 +127,7 @@ void InstallationSteps::CheckProxy() const
         return;
     }
     try {
-        folders_->Check(proxy);
+        folders_->Check(proxy, FolderUse::kPrograms);
     } catch (const SetupError& error) {
         throw SetupError(
             "The installer would load the registered proxy/stub.\n" + std::string(error.what()) +

@@ -113,13 +113,30 @@ TEST(SafeFolders, The_remedy_for_the_logs_lets_only_the_account_of_the_superviso
     EXPECT_FALSE(Contains(reason, "S-1-5-32-545")) << reason;
 }
 
+// The others are for administrators alone. Under Wine everybody stands for the account.
+TEST(SafeFolders, The_account_of_the_supervisor_may_change_the_logs_and_nothing_else)
+{
+    const TempFolder temp;
+    std::filesystem::create_directory(temp.File("open"));
+    OpenToEverybody(temp.File("open"));
+    SafeFolders folders("S-1-1-0", false);
+    EXPECT_EQ("accepted", ReasonOfRefusal(folders, temp.File("open"), FolderUse::kLogs));
+    const std::string reason = ReasonOfRefusal(folders, temp.File("open"));
+    EXPECT_TRUE(Contains(reason, Everybody() + " may write to " + temp.File("open"))) << reason;
+    EXPECT_NE("accepted", ReasonOfRefusal(folders, temp.File("open\\new"), FolderUse::kLogs));
+    std::ofstream(temp.File("log")) << "x";
+    OpenToEverybody(temp.File("log"));
+    EXPECT_NO_THROW(folders.Check(temp.File("log"), FolderUse::kLogs));
+    EXPECT_THROW(folders.Check(temp.File("log"), FolderUse::kPrograms), SetupError);
+}
+
 TEST(SafeFolders, The_remedy_for_a_file_gives_it_the_rights_of_its_folder)
 {
     const TempFolder temp;
     std::ofstream(temp.File("log")) << "x";
     OpenToEverybody(temp.File("log"));
     try {
-        SafeFolders("", false).Check(temp.File("log"));
+        SafeFolders("", false).Check(temp.File("log"), FolderUse::kLogs);
         ADD_FAILURE() << "accepted";
     } catch (const SetupError& error) {
         EXPECT_TRUE(Contains(error.what(), "icacls \"" + temp.File("log") + "\" /reset\n"))
@@ -159,11 +176,11 @@ TEST(SafeFolders, A_file_that_everybody_may_change_is_refused_and_a_missing_one_
 {
     const TempFolder temp;
     SafeFolders folders("", false);
-    EXPECT_NO_THROW(folders.Check(temp.File("log")));
+    EXPECT_NO_THROW(folders.Check(temp.File("log"), FolderUse::kLogs));
     std::ofstream(temp.File("log")) << "x";
-    EXPECT_NO_THROW(folders.Check(temp.File("log")));
+    EXPECT_NO_THROW(folders.Check(temp.File("log"), FolderUse::kLogs));
     OpenToEverybody(temp.File("log"));
-    EXPECT_THROW(folders.Check(temp.File("log")), SetupError);
+    EXPECT_THROW(folders.Check(temp.File("log"), FolderUse::kLogs), SetupError);
 }
 
 // The supervisor would write its records into the other file.
@@ -174,7 +191,7 @@ TEST(SafeFolders, A_file_with_a_second_name_is_refused)
     ASSERT_NE(CreateHardLinkA(temp.File("log").c_str(), temp.File("elsewhere").c_str(), nullptr),
               FALSE);
     try {
-        SafeFolders("", false).Check(temp.File("log"));
+        SafeFolders("", false).Check(temp.File("log"), FolderUse::kLogs);
         ADD_FAILURE() << "accepted";
     } catch (const SetupError& error) {
         EXPECT_TRUE(Contains(error.what(), temp.File("log") + " also has another name"))
@@ -182,7 +199,7 @@ TEST(SafeFolders, A_file_with_a_second_name_is_refused)
         EXPECT_TRUE(Contains(error.what(), "Delete the name")) << error.what();
     }
     std::filesystem::remove(temp.File("elsewhere"));
-    EXPECT_NO_THROW(SafeFolders("", false).Check(temp.File("log")));
+    EXPECT_NO_THROW(SafeFolders("", false).Check(temp.File("log"), FolderUse::kLogs));
 }
 
 // Commands for rights would change what the link leads to: somebody else's folder.
