@@ -25,7 +25,8 @@ namespace vqrx::setup::v0 {
 /// @throws SetupError if Windows refuses the text
 [[nodiscard]] std::string FullPath(const std::string& path);
 
-/// Returns whether Windows shows a file or a folder at a path.
+/// Returns whether a file or a folder may be at a path. False only if Windows says that there is
+/// none: a file that Windows does not show to this process counts as there.
 [[nodiscard]] bool IsOnDisk(const std::string& path);
 
 /// Returns the folder part of a full path; "C:\" for a file in the root of a drive.

@@ -1,5 +1,6 @@
 #include "SystemPlaces.h"
 
+#include "ImportPatch.h"
 #include "SetupError.h"
 
 #include <windows.h>
@@ -9,6 +10,13 @@
 #include <filesystem>
 
 namespace vqrx::test {
+namespace {
+
+DWORD WINAPI DenyAttributes(LPCWSTR)
+{
+    SetLastError(ERROR_ACCESS_DENIED);
+    return INVALID_FILE_ATTRIBUTES;
+}
 
 TEST(SystemPlaces, Windows_names_its_folders)
 {
@@ -24,6 +32,14 @@ TEST(SystemPlaces, A_file_and_a_folder_are_on_the_disk_and_a_missing_one_is_not)
     EXPECT_TRUE(setup::v0::IsOnDisk(setup::v0::SystemFolder()));
     EXPECT_TRUE(setup::v0::IsOnDisk(setup::v0::OwnProgram()));
     EXPECT_FALSE(setup::v0::IsOnDisk(setup::v0::OwnProgram() + ".missing"));
+    EXPECT_FALSE(setup::v0::IsOnDisk(setup::v0::OwnProgram() + ".missing\\inner"));
+}
+
+// A check that skips what is missing must not skip it.
+TEST(SystemPlaces, A_file_that_Windows_does_not_show_counts_as_on_the_disk)
+{
+    const ImportPatch patch("GetFileAttributesW", DenyAttributes);
+    EXPECT_TRUE(setup::v0::IsOnDisk("C:\\hidden\\file"));
 }
 
 TEST(SystemPlaces, A_full_path_has_backslashes_and_none_at_its_end_but_for_the_root_of_a_drive)
@@ -43,4 +59,5 @@ TEST(SystemPlaces, The_folder_of_a_path_keeps_the_root_of_a_drive)
     EXPECT_NE("", setup::v0::FolderOf(setup::v0::OwnProgram()));
 }
 
+} // namespace
 } // namespace vqrx::test
