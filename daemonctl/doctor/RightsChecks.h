@@ -48,9 +48,9 @@ struct RightsFacts {
 };
 
 /// Reads owners and access lists of the firmware root, \App, its fleet file, \Logs, the log, the
-/// folder of the installed programs, the programs, the proxy/stub beside them and the registered
-/// one, the given programs, the folders above all of them, and the registry keys. The keys that
-/// start the guard are among these. Changes nothing. Windows only.
+/// folder of the installed programs, the programs, the proxy/stub beside them, the registered one
+/// and its folder, the given programs, the folders above all of them, and the registry keys. The
+/// keys that start the guard are among these. Changes nothing. Windows only.
 /// @param root      the firmware root, UTF-8; empty: not known
 /// @param programs  full paths of the programs that the supervisor runs, UTF-8
 [[nodiscard]] RightsFacts GatherRightsFacts(const std::string& root,

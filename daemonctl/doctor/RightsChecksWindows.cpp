@@ -85,7 +85,11 @@ void AddInstallation(const std::string& installedProgram, Places& places)
         places.Add(folder + "\\DaemonMgrPS.dll", Role::kProgram);
         places.Add(folder + "\\" + Utf8(kGuardProgram), Role::kProgram);
     }
-    places.Add(ProxyOfMachine(), Role::kProgram);
+    const std::string proxy = ProxyOfMachine();
+    if (const std::vector<std::string> way = WayTo(proxy); way.size() > 1) {
+        places.Add(way[1], Role::kPrograms); // Windows looks there for what the library imports
+    }
+    places.Add(proxy, Role::kProgram);
     places.Add(Utf8(system::file::v2::PathOfOwnProgram()), Role::kProgram);
 }
 

@@ -137,6 +137,20 @@ TEST_F(RightsFactsTest, A_registered_proxy_that_everybody_may_change_is_found_wh
     EXPECT_THAT(finding.remedy, HasSubstr("icacls \"" + library + "\" /reset"));
 }
 
+// Windows loads what the library imports from there.
+TEST_F(RightsFactsTest, The_folder_of_a_registered_proxy_is_for_administrators_alone_to_add_files)
+{
+    std::filesystem::create_directory(folder_.File("elsewhere"));
+    const std::string folder = folder_.File("elsewhere");
+    const std::string library = folder + "\\a.dll";
+    std::ofstream(library) << "x";
+    registeredLibrary.assign(library.begin(), library.end());
+    const ImportPatch patch("RegGetValueW", AnswerWithLibrary, readRegistry);
+    const RightsFacts facts = GatherRightsFacts("", {});
+    EXPECT_LT(IndexOf(facts, folder, Role::kPrograms), IndexOf(facts, library, Role::kProgram));
+    EXPECT_LT(IndexOf(facts, library, Role::kProgram), facts.places.size());
+}
+
 TEST_F(RightsFactsTest, A_log_that_everybody_may_read_is_found)
 {
     OpenToAll(Log());

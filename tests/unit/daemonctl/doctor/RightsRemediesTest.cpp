@@ -53,6 +53,17 @@ TEST(RightsRemedies, Logs_are_for_administrators_and_the_account_of_the_supervis
                             R"(icacls "C:\FW\Logs" /remove:g *S-1-1-0)"));
 }
 
+// A library that lies there makes it a folder of programs.
+TEST(RightsRemedies, The_root_of_a_drive_gets_no_command)
+{
+    for (const Role role : {Role::kPrograms, Role::kAbove}) {
+        EXPECT_THAT(
+            RemediesFor(WeakPlace(R"(D:\)", role), kAdministrators, ""),
+            ElementsAre(
+                R"(Let only administrators own and change D:\: its properties, page Security.)"));
+    }
+}
+
 TEST(RightsRemedies, Users_still_read_a_folder_of_programs_and_a_folder_above)
 {
     EXPECT_THAT(RemediesFor(WeakPlace(R"(C:\FW\App)", Role::kPrograms, "S-1-5-32-545"),
