@@ -53,6 +53,16 @@ std::string ProxyKey()
     return R"(SOFTWARE\Classes\CLSID\)" + Utf8(daemon_manager::kInterfaceId);
 }
 
+void CheckFormer(const std::string& library, const SafeFolders& folders)
+{
+    try {
+        folders.CheckLibrary(library);
+    } catch (const SetupError&) {
+        throw SetupError("The former proxy/stub " + library +
+                         " is not registered again: others may change it or its folder.");
+    }
+}
+
 } // namespace
 
 std::string RegisteredProxy()
@@ -65,12 +75,40 @@ std::string CommandToForgetProxy()
     return R"(reg delete "HKLM\)" + ProxyKey() + R"(" /f)";
 }
 
+void CheckRegisteredProxy(const SafeFolders& folders)
+{
+    const std::string proxy = RegisteredProxy();
+    if (proxy.empty()) {
+        return;
+    }
+    try {
+        folders.CheckLibrary(proxy);
+    } catch (const SetupError& error) {
+        throw SetupError("To end a supervisor, the client would load the registered proxy/stub " +
+                         proxy + ".\n" + error.what() +
+                         "\nIf no supervisor runs there, the registration can go:\n  " +
+                         CommandToForgetProxy());
+    }
+}
+
 void RegisterProxy(const std::string& library)
 {
     const HRESULT result = LoadedProxy(library).Call("DllRegisterServer");
     if (FAILED(result) || RegisteredProxy() != library) {
         throw SetupError(library + " cannot be registered (result " +
                          std::to_string(static_cast<std::uint32_t>(result)) + ").");
+    }
+}
+
+void RegisterFormerProxy(const std::string& former, const std::string& other,
+                         const SafeFolders& folders)
+{
+    try {
+        CheckFormer(former, folders);
+        RegisterProxy(former);
+    } catch (const SetupError&) {
+        UnregisterProxy(other);
+        throw;
     }
 }
 

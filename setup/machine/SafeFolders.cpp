@@ -30,6 +30,12 @@ bool IsFile(const std::string& path)
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
+bool IsRootOfDrive(const std::string& path)
+{
+    constexpr std::size_t kLength = 3; // of "D:\\"
+    return path.size() <= kLength;
+}
+
 bool IsLinked(const std::vector<std::string>& way)
 {
     return std::any_of(way.begin(), way.end(), [](const std::string& path) {
@@ -125,6 +131,22 @@ void SafeFolders::Check(const std::string& path, FolderUse use) const
     }
 }
 
+void SafeFolders::CheckLibrary(const std::string& path) const
+{
+    const std::vector<std::string> way = client::v0::WayTo(path);
+    if (path.find(":\\") != 1 || way.size() < 2) { // Windows looks for another name in many folders
+        Refuse(path, {path + " is no full path on a drive of this machine"}, "");
+        return;
+    }
+    const std::string& folder = way[1];
+    if (!IsOnDisk(folder)) {
+        Refuse(path, {folder + " does not exist, so that somebody may make it"}, "");
+        return;
+    }
+    CheckPath(folder, FolderUse::kPrograms);
+    Check(path, FolderUse::kPrograms);
+}
+
 std::string SafeFolders::WarningOfReaders(const std::string& path) const
 {
     const ObjectRights rights = client::v0::ReadRights(path);
@@ -162,7 +184,7 @@ void SafeFolders::CheckPath(const std::string& path, FolderUse use) const
     const ObjectRights rights = client::v0::ReadRights(path);
     const client::v0::TrustedSids& trusted =
         use == FolderUse::kLogs ? writersOfLogs_ : administrators_;
-    const bool isWeak = !client::v0::Weaknesses(rights, trusted).empty();
+    const bool isWeak = !IsRootOfDrive(path) && !client::v0::Weaknesses(rights, trusted).empty();
     Refuse(path, client::v0::WeaknessesOfPath(path, trusted),
            isWeak ? "Look at what lies there, then set its rights as administrator:\n" +
                         Commands(rights, use, accountSid_, trusted) +

@@ -31,6 +31,13 @@ public:
     /// @throws SetupError as Prepare
     void Check(const std::string& path, client::v0::FolderUse use) const;
 
+    /// Checks a library that is loaded by its path, and that others cannot add files to its folder:
+    /// Windows looks there for what the library imports. A library that does not exist passes in
+    /// such a folder, because nobody else can put one there.
+    /// @param path  UTF-8
+    /// @throws SetupError as Prepare
+    void CheckLibrary(const std::string& path) const;
+
     /// Says who else than administrators and the supervisor's account may read the folder of the
     /// log, and with which commands an administrator changes that. The supervisor works all the
     /// same.

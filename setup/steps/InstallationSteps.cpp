@@ -116,23 +116,7 @@ void InstallationSteps::PrepareFolders()
     for (const std::string& folder : FoldersInside(replaced)) {
         folders_->Check(folder_ + "\\" + folder, FolderUse::kPrograms);
     }
-    CheckProxy();
-}
-
-// The client loads the registered proxy/stub to end the supervisor, GoBack() to register it again.
-void InstallationSteps::CheckProxy() const
-{
-    const std::string proxy = RegisteredProxy();
-    if (proxy.empty()) {
-        return;
-    }
-    try {
-        folders_->Check(proxy, FolderUse::kPrograms);
-    } catch (const SetupError& error) {
-        throw SetupError(
-            "The installer would load the registered proxy/stub.\n" + std::string(error.what()) +
-            "\nIf no supervisor runs there, the registration can go:\n  " + CommandToForgetProxy());
-    }
+    CheckRegisteredProxy(*folders_);
 }
 
 std::vector<std::string> InstallationSteps::NamesToReplace() const
@@ -270,8 +254,8 @@ void InstallationSteps::RestoreRegistry() noexcept
     const std::string proxy = folder_ + kProxy;
     if (formerProxy_.empty()) {
         UnregisterProxy(proxy);
-    } else if (formerProxy_ != proxy) {
-        Try([&] { RegisterProxy(formerProxy_); });
+    } else if (!client::v0::IsSameFile(formerProxy_, proxy)) {
+        Try([&] { RegisterFormerProxy(formerProxy_, proxy, *folders_); });
     }
     if (!place_.isRegistered) {
         RemoveRegisteredRoot();

@@ -54,7 +54,6 @@ public:
 
 private:
     void PrepareFolders();
-    void CheckProxy() const;
     /// Returns the names below the folder that the installed version has there.
     [[nodiscard]] std::vector<std::string> NamesToReplace() const;
     void RestoreRegistry() noexcept;

@@ -122,11 +122,22 @@ class Rights(InstallationTest):
         (self.make(r"C:\elsewhere", 0o777) / "DaemonMgrPS.dll").write_bytes(b"")
         self.configure(PROXY_KEY + r"\InprocServer32", "/ve", "/d", proxy)
         self.assertEqual(self.install(f"/ROOT={self.ROOT}"), 2)
-        self.assert_refused("would load the registered proxy/stub", f"{proxy} is not safe",
+        self.assert_refused(f"would load the registered proxy/stub {proxy}", r"C:\elsewhere is not safe",
                             r"Everyone may write to C:\elsewhere", "reg delete")
         command = self.said[self.said.index("reg delete"):].splitlines()[0]
         machine.run("reg", "delete", command.split('"')[1], "/f")
         self.install_below_root()
+
+    def test_a_registered_proxy_that_somebody_could_still_put_there_is_refused(self):
+        self.configure(PROXY_KEY + r"\InprocServer32", "/ve", "/d", r"C:\elsewhere\DaemonMgrPS.dll")
+        self.assertEqual(self.install(f"/ROOT={self.ROOT}"), 2)
+        self.assert_refused(r"C:\elsewhere does not exist", "reg delete")
+
+    def test_an_installation_whose_proxy_is_missing_is_mended(self):
+        self.install_below_root()
+        machine.host_path(self.installed("DaemonMgrPS.dll")).unlink()
+        self.install_below_root()
+        self.assertTrue(machine.host_path(self.installed("DaemonMgrPS.dll")).exists())
 
     def test_who_else_may_read_the_log_is_said(self):
         self.make(self.ROOT + r"\Logs", 0o755)

@@ -153,7 +153,6 @@ TESTED_BY = {
     "daemonctl/text/TextFile.cpp": "tests/integration/UpgradeTest.cpp",
     "daemonctl/text/Utf8.cpp": "tests/unit/daemonctl/text/TextEncodingTest.cpp",
     "setup/machine/FormerProcess.cpp": "tests/unit/setup/machine/LikeStartTest.cpp",
-    "setup/machine/ProxyRegistration.cpp": "tests/package/installation_test.py",
     "setup/machine/RandomName.cpp": "tests/unit/setup/machine/FileSwapTest.cpp",
     "setup/steps/AutostartStep.cpp": "tests/package/guard_test.py",
     "setup/steps/EndSupervisorAndGuards.cpp": "tests/package/guard_test.py",
