@@ -27,8 +27,7 @@ bool HasMachineLimits()
 {
     constexpr const wchar_t* policies = LR"(SOFTWARE\Policies\Microsoft\Windows NT\DCOM)";
     return HasLimit(LR"(SOFTWARE\Microsoft\Ole)", L"MachineAccessRestriction") ||
-           HasLimit(policies, L"MachineAccessRestriction") ||
-           HasLimit(policies, L"MachineLaunchRestriction");
+           HasLimit(policies, L"MachineAccessRestriction");
 }
 
 } // namespace vqrx::client::v0

@@ -52,18 +52,25 @@ LSTATUS WINAPI AnswerWithPolicy(HKEY, LPCWSTR key, LPCWSTR value, DWORD, LPDWORD
     return ERROR_SUCCESS;
 }
 
-TEST(ComSecurityFacts, Group_policy_that_limits_access_or_launch_is_found)
+TEST(ComSecurityFacts, Group_policy_that_limits_access_is_found)
 {
     const ImportPatch patch("RegGetValueW", AnswerWithPolicy);
-    for (const wchar_t* value : {L"MachineAccessRestriction", L"MachineLaunchRestriction"}) {
+    policyValue = L"MachineAccessRestriction";
+    policyText = L"O:BAG:BAD:(A;;CCDCLC;;;BA)";
+    EXPECT_TRUE(client::v0::HasMachineLimits());
+    policyText.clear(); // a policy that was taken back
+    EXPECT_FALSE(client::v0::HasMachineLimits());
+}
+
+// The supervisor cannot be activated, so a limit for that keeps no caller out.
+TEST(ComSecurityFacts, Group_policy_that_limits_activation_does_not_count)
+{
+    const ImportPatch patch("RegGetValueW", AnswerWithPolicy);
+    policyText = L"O:BAG:BAD:(A;;CCDCLC;;;BA)";
+    for (const wchar_t* value : {L"MachineLaunchRestriction", L"Other"}) {
         policyValue = value;
-        policyText = L"O:BAG:BAD:(A;;CCDCLC;;;BA)";
-        EXPECT_TRUE(client::v0::HasMachineLimits());
-        policyText.clear(); // a policy that was taken back
         EXPECT_FALSE(client::v0::HasMachineLimits());
     }
-    policyValue = L"Other";
-    EXPECT_FALSE(client::v0::HasMachineLimits());
 }
 
 } // namespace
