@@ -85,7 +85,9 @@ std::vector<std::string> RemoveInstalledFiles(const std::string& folder,
             RemoveEmptyFolder(path, false);
         }
     }
-    RemoveEmptyFolder(folder, true);
+    if (IsOnDisk(folder) && folders.MayClear(folder)) { // also when Windows starts next
+        RemoveEmptyFolder(folder, true);
+    }
     return folders.TakeReasons();
 }
 

@@ -80,6 +80,18 @@ TEST(InstalledFiles, Files_in_a_folder_that_others_may_change_stay_with_the_reas
     EXPECT_TRUE(std::filesystem::exists(temp.File("fw\\docs\\b.md")));
 }
 
+// Nobody deletes it now, and Windows not when it starts next.
+TEST(InstalledFiles, An_empty_folder_that_others_may_change_stays)
+{
+    const TempFolder temp;
+    std::filesystem::create_directory(temp.File("fw"));
+    OpenToEverybody(temp.File("fw"));
+    const std::vector<std::string> stay = RemoveInstalledFiles(temp.File("fw"), {"a.exe"}, false);
+    ASSERT_EQ(1U, stay.size());
+    EXPECT_TRUE(std::filesystem::exists(temp.File("fw")));
+    EXPECT_EQ(kNothing, RemoveInstalledFiles(temp.File("gone"), {"a.exe"}, false));
+}
+
 TEST(InstalledFiles, Whoever_accepts_the_risk_has_files_in_an_open_folder_removed_too)
 {
     const TempFolder temp;
