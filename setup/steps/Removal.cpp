@@ -11,6 +11,7 @@
 #include "ProcessFacts.h"
 #include "ProxyRegistration.h"
 #include "RandomName.h"
+#include "SafeFolders.h"
 #include "SetupError.h"
 #include "SupervisorChange.h"
 #include "SystemPlaces.h"
@@ -103,6 +104,7 @@ void EndAll(SupervisorChange& change, const GuardRestart& guard, const std::stri
 int RemoveAll(const SetupOptions& options, Conversation& conversation)
 {
     const std::string folder = InstalledFolder();
+    CheckRegisteredProxy(SafeFolders("", options.allowWeak));
     SupervisorChange change(conversation, [folder] { return folder + "\\daemonctl.exe"; });
     const GuardRestart guard(folder);
     EndAll(change, guard, folder, conversation);

@@ -97,7 +97,10 @@ class Installation(InstallationTest):
 
     def test_removal_keeps_the_registration_of_another_proxy(self):
         self.install_below_root()
-        other = machine.windows_path(machine.BUILD / "bin/DaemonMgrPS.dll")
+        other = r"C:\other proxy\DaemonMgrPS.dll"
+        machine.host_path(r"C:\other proxy").mkdir()
+        self.addCleanup(shutil.rmtree, machine.host_path(r"C:\other proxy"), ignore_errors=True)
+        shutil.copy(machine.BUILD / "bin/DaemonMgrPS.dll", machine.host_path(other))
         machine.run("regsvr32", "/s", other)
         self.addCleanup(machine.run, "regsvr32", "/s", "/u", other)
         self.uninstall()

@@ -133,6 +133,19 @@ class Rights(InstallationTest):
         self.assertEqual(self.install(f"/ROOT={self.ROOT}"), 2)
         self.assert_refused(r"C:\elsewhere does not exist", "reg delete")
 
+    def test_the_uninstaller_does_not_load_a_registered_proxy_that_everybody_may_change(self):
+        self.install_below_root()
+        proxy = r"C:\elsewhere\DaemonMgrPS.dll"
+        (self.make(r"C:\elsewhere", 0o777) / "DaemonMgrPS.dll").write_bytes(b"")
+        self.configure(PROXY_KEY + r"\InprocServer32", "/ve", "/d", proxy)
+        code, said = machine.call(self.installed("Uninstall.exe"), "/S")
+        self.assertEqual(code, 2, said)
+        for reason in ("Not removed. ", f"would load the registered proxy/stub {proxy}",
+                       r"Everyone may write to C:\elsewhere", "reg delete"):
+            self.assertIn(reason, said)
+        self.assertTrue(machine.host_path(self.installed("DaemonManager.exe")).exists())
+        self.configure(PROXY_KEY + r"\InprocServer32", "/ve", "/d", self.installed("DaemonMgrPS.dll"))
+
     def test_an_installation_whose_proxy_is_missing_is_mended(self):
         self.install_below_root()
         machine.host_path(self.installed("DaemonMgrPS.dll")).unlink()
