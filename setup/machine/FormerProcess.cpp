@@ -24,10 +24,13 @@ FormerProcess::FormerProcess(std::uint32_t processId, std::string program, std::
     , program_(std::move(program))
     , process_(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, processId))
 {
-    if (process_ && created != 0 && CreationTime(process_.Get()) != created) {
-        process_ = system::win32::v1::UniqueKernelHandle();
-    }
     if (!process_) {
+        isHidden_ = GetLastError() != ERROR_INVALID_PARAMETER; // else no process has the id
+        return;
+    }
+    const std::uint64_t createdNow = CreationTime(process_.Get());
+    if (created != 0 && createdNow != 0 && createdNow != created) {
+        process_ = system::win32::v1::UniqueKernelHandle();
         return;
     }
     // Without the right to make a copy the rights can still be read and compared.
@@ -43,7 +46,7 @@ FormerProcess::FormerProcess(std::uint32_t processId, std::string program, std::
 
 bool FormerProcess::WaitForEnd(DWORD limitMs) const
 {
-    return !process_ || WaitForSingleObject(process_.Get(), limitMs) == WAIT_OBJECT_0;
+    return process_ ? WaitForSingleObject(process_.Get(), limitMs) == WAIT_OBJECT_0 : !isHidden_;
 }
 
 } // namespace vqrx::setup::v0

@@ -31,14 +31,15 @@ public:
 
     /// Waits for the end of the process.
     /// @param limitMs  milliseconds to wait at most
-    /// @return whether it has ended; true also if it could not be opened, because it had ended
-    ///         before
+    /// @return whether it has ended; true also if it had ended before it could be opened. False at
+    ///         once if Windows did not let it be opened for another reason
     [[nodiscard]] bool WaitForEnd(DWORD limitMs) const;
 
 private:
     std::uint32_t processId_;
     std::string program_;
     system::win32::v1::UniqueKernelHandle process_;
+    bool isHidden_ = false; // Windows did not let it be opened
     system::win32::v1::UniqueKernelHandle token_;
     AccessRights rights_;
     DWORD priority_ = NORMAL_PRIORITY_CLASS;

@@ -115,6 +115,31 @@ TEST(LikeStart, Nothing_is_started_like_a_process_whose_rights_are_not_known)
     EXPECT_NE(ReasonNotToStart(nobody).find("did not show the account"), std::string::npos);
 }
 
+HANDLE WINAPI RefuseToOpen(DWORD, BOOL, DWORD)
+{
+    SetLastError(ERROR_ACCESS_DENIED);
+    return nullptr;
+}
+
+BOOL WINAPI TellNoTimes(HANDLE, LPFILETIME, LPFILETIME, LPFILETIME, LPFILETIME)
+{
+    return FALSE;
+}
+
+TEST(FormerProcess, Counts_as_ended_only_if_Windows_says_so)
+{
+    const ChildProcess child("\"" + TestProgram("no_windows") + "\"");
+    {
+        const ImportPatch hidden("OpenProcess", RefuseToOpen);
+        EXPECT_FALSE(FormerProcess(child.Pid(), "").WaitForEnd(0));
+    }
+    const ImportPatch timeless("GetProcessTimes", TellNoTimes);
+    const FormerProcess former(child.Pid(), "", 1);
+    EXPECT_FALSE(former.WaitForEnd(0));
+    child.Kill();
+    EXPECT_TRUE(former.WaitForEnd(60000));
+}
+
 TEST(LikeStart, A_test_of_the_rights_lets_the_program_not_run)
 {
     const ReadyEvent event;
