@@ -144,8 +144,7 @@ std::string FileSwap::TakeBack() noexcept
         const auto& [from, to] = movements_.back();
         if (const std::uint32_t error = MoveBack(to, from); error != ERROR_SUCCESS) {
             left.append("The file ").append(to).append(" could not be moved back to ").append(from);
-            left.append(" (Windows error ").append(std::to_string(error)).append(").");
-            left.append(MoveBackLater(to, from) ? " Windows does it when it starts next.\n" : "\n");
+            left.append(" (Windows error ").append(std::to_string(error)).append(").\n");
         }
     }
     for (; !madeFolders_.empty(); madeFolders_.pop_back()) {
@@ -155,7 +154,7 @@ std::string FileSwap::TakeBack() noexcept
         for (const std::string& folder : FoldersInside(aside_)) {
             RemoveEmptyFolder(oldFolder_ + "\\" + folder, false);
         }
-        RemoveEmptyFolder(oldFolder_, !left.empty());
+        RemoveEmptyFolder(oldFolder_, false);
     }
     oldFolder_.clear();
     aside_.clear();
@@ -199,6 +198,8 @@ void FileSwap::Move(const std::string& from, const std::string& to)
 }
 
 // Whoever may read a file can hold it so that nobody can move it: a scanner does it for a moment.
+// Windows is not asked to move the file when it starts next: the installer may have run again by
+// then, and the former file would take the place of a newer one.
 // @return the error of Windows; 0: moved
 std::uint32_t FileSwap::MoveBack(const std::string& from, const std::string& to)
 {
@@ -212,17 +213,6 @@ std::uint32_t FileSwap::MoveBack(const std::string& from, const std::string& to)
         patienceMs_ -= kPauseMs;
     }
     return ERROR_SUCCESS;
-}
-
-// A new file is deleted, a former one replaces what is in its place. Windows keeps the order.
-// @return whether Windows has noted it
-bool FileSwap::MoveBackLater(const std::string& from, const std::string& to) const
-{
-    if (!newFolder_.empty() && to.starts_with(newFolder_ + "\\")) {
-        return MoveFileExW(Wide(from).c_str(), nullptr, MOVEFILE_DELAY_UNTIL_REBOOT) != FALSE;
-    }
-    return MoveFileExW(Wide(from).c_str(), Wide(to).c_str(),
-                       MOVEFILE_DELAY_UNTIL_REBOOT | MOVEFILE_REPLACE_EXISTING) != FALSE;
 }
 
 void FileSwap::SetAside(const std::string& name)

@@ -41,9 +41,8 @@ public:
     void SwapIn(const std::vector<std::string>& former);
 
     /// Moves all files back to where they were before SwapIn(). Waits for a file that somebody
-    /// holds open. A file that cannot be moved even then is moved when Windows starts next; the
-    /// others are moved all the same.
-    /// @return a line for each file that could not be moved now, for people; empty if all were
+    /// holds open. If a file cannot be moved even then, goes on with the others.
+    /// @return a line for each file that could not be moved, for people; empty if all were
     [[nodiscard]] std::string TakeBack() noexcept;
 
     /// Calls TakeBack(), unless Keep() was called, and removes the unpacked files.
@@ -58,11 +57,10 @@ public:
 private:
     void Move(const std::string& from, const std::string& to);
     [[nodiscard]] std::uint32_t MoveBack(const std::string& from, const std::string& to);
-    [[nodiscard]] bool MoveBackLater(const std::string& from, const std::string& to) const;
     void SetAside(const std::string& name);
 
     std::string folder_;
-    std::uint32_t patienceMs_; // what is left of it
+    std::uint32_t patienceMs_; // milliseconds that TakeBack() may still wait
     std::string newFolder_;
     std::string oldFolder_;
     std::vector<std::string> names_;                             // of the new files

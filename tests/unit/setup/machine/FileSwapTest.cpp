@@ -187,7 +187,9 @@ TEST(FileSwap, A_new_file_that_is_held_for_a_moment_is_waited_for)
     EXPECT_EQ("old a", FileContent(folder.File("a.exe")));
 }
 
-TEST(FileSwap, A_new_file_that_stays_held_gives_way_when_Windows_starts_next)
+// The installer may have run again by the next start of Windows, and with success.
+TEST(FileSwap,
+     A_new_file_that_stays_held_is_named_and_nothing_is_left_for_the_next_start_of_Windows)
 {
     const TempFolder folder;
     Write(folder.File("a.exe"), "old a");
@@ -200,15 +202,10 @@ TEST(FileSwap, A_new_file_that_stays_held_gives_way_when_Windows_starts_next)
     later.clear();
     const ImportPatch patch("MoveFileExW", NoteWhatIsDoneLater, moveFile);
     const std::string left = swap.TakeBack();
-    EXPECT_THAT(left,
-                testing::HasSubstr(" (Windows error 32). Windows does it when it starts next.\n"));
-    EXPECT_THAT(left,
-                testing::EndsWith("\\a.exe could not be moved back to " + folder.File("a.exe") +
-                                  " (Windows error 183). Windows does it when it starts next.\n"));
-    EXPECT_THAT(later, ElementsAre(folder.File("a.exe") + " is deleted",
-                                   testing::AllOf(testing::HasSubstr("~old-"),
-                                                  testing::EndsWith(" to " + folder.File("a.exe"))),
-                                   testing::EndsWith(" is deleted")));
+    EXPECT_THAT(left, testing::HasSubstr(" (Windows error 32).\n"));
+    EXPECT_THAT(left, testing::EndsWith("\\a.exe could not be moved back to " +
+                                        folder.File("a.exe") + " (Windows error 183).\n"));
+    EXPECT_THAT(later, testing::IsEmpty());
     EXPECT_FALSE(std::filesystem::exists(folder.File("docs\\inner\\b.md")));
 }
 
