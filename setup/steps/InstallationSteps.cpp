@@ -171,7 +171,8 @@ void InstallationSteps::Keep()
     WriteInstallationNotes({folder_, place_.root, NamesOf(files_), SizeOf(files_), folders_->Made(),
                             logExisted_, options_.allowWeak});
     swap_.Keep();
-    // A former folder that cannot be opened is the same as no folder, not even as itself.
+    // Nothing is deleted in a folder that cannot be opened: it may be this one. IsSameFile() is
+    // false for such a folder, also for two equal names.
     const bool isAnother = client::v0::IsSameFile(formerFolder, formerFolder) &&
                            !client::v0::IsSameFile(formerFolder, folder_);
     if (isAnother) {

@@ -30,37 +30,42 @@ HANDLE WINAPI RefuseFileAfterRelease(LPCSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES
     return INVALID_HANDLE_VALUE;
 }
 
+// A child program stands for the supervisor.
+class HangDump : public ::testing::Test {
+protected:
+    HangDump()
+        : child_("\"" + TestProgram("no_windows") + "\" " + ready_.Name())
+    {
+        EXPECT_TRUE(ready_.Wait());
+        supervisor_.process.Reset(OpenProcess(PROCESS_ALL_ACCESS, FALSE, child_.Pid()));
+        supervisor_.processId = child_.Pid();
+    }
+
+    const TempFolder folder_;
+    guard::v0::SupervisorProgram supervisor_;
+
+private:
+    const ReadyEvent ready_;
+    const ChildProcess child_;
+};
+
 // The guard may have all rights. Whoever may write to the folder has put a second name of another
 // file there.
-TEST(HangDump, Is_not_written_to_a_file_that_somebody_has_prepared)
+TEST_F(HangDump, Is_not_written_to_a_file_that_somebody_has_prepared)
 {
-    const TempFolder folder;
-    const ReadyEvent ready;
-    const ChildProcess child("\"" + TestProgram("no_windows") + "\" " + ready.Name());
-    ASSERT_TRUE(ready.Wait());
-    guard::v0::SupervisorProgram supervisor;
-    supervisor.process.Reset(OpenProcess(PROCESS_ALL_ACCESS, FALSE, child.Pid()));
-    supervisor.processId = child.Pid();
-    const std::string dump = folder.File("DaemonManager.dmp");
-    std::ofstream(folder.File("victim"), std::ios::binary) << "mine";
-    std::filesystem::create_hard_link(folder.File("victim"), dump + ".new");
+    const std::string dump = folder_.File("DaemonManager.dmp");
+    std::ofstream(folder_.File("victim"), std::ios::binary) << "mine";
+    std::filesystem::create_hard_link(folder_.File("victim"), dump + ".new");
 
-    EXPECT_EQ("written to " + dump, guard::v0::DumpWithin(kDumpLimitMs, supervisor, dump));
-    EXPECT_EQ("mine", FileContent(folder.File("victim")));
+    EXPECT_EQ("written to " + dump, guard::v0::DumpWithin(kDumpLimitMs, supervisor_, dump));
+    EXPECT_EQ("mine", FileContent(folder_.File("victim")));
     EXPECT_EQ("MDMP", FileContent(dump).substr(0, 4));
     EXPECT_FALSE(std::filesystem::exists(dump + ".new"));
 }
 
 // A virus scanner or a debugger may hold the process or the file as long as it likes.
-TEST(HangDump, Dump_that_takes_too_long_is_given_up_and_the_text_names_the_limit)
+TEST_F(HangDump, Dump_that_takes_too_long_is_given_up_and_the_text_names_the_limit)
 {
-    const TempFolder folder;
-    const ReadyEvent ready;
-    const ChildProcess child("\"" + TestProgram("no_windows") + "\" " + ready.Name());
-    ASSERT_TRUE(ready.Wait());
-    guard::v0::SupervisorProgram supervisor;
-    supervisor.process.Reset(OpenProcess(PROCESS_ALL_ACCESS, FALSE, child.Pid()));
-    supervisor.processId = child.Pid();
     const system::win32::v1::UniqueKernelHandle release(
         CreateEventA(nullptr, TRUE, FALSE, nullptr));
     const system::win32::v1::UniqueKernelHandle over(CreateEventA(nullptr, TRUE, FALSE, nullptr));
@@ -69,7 +74,7 @@ TEST(HangDump, Dump_that_takes_too_long_is_given_up_and_the_text_names_the_limit
     const ImportPatch held("CreateFileA", RefuseFileAfterRelease);
 
     EXPECT_EQ("not within 1 s",
-              guard::v0::DumpWithin(1000, supervisor, folder.File("DaemonManager.dmp")));
+              guard::v0::DumpWithin(1000, supervisor_, folder_.File("DaemonManager.dmp")));
     SetEvent(release.Get());
     EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(over.Get(), kDumpLimitMs));
 }

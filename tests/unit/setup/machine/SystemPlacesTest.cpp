@@ -35,7 +35,7 @@ TEST(SystemPlaces, A_file_and_a_folder_are_on_the_disk_and_a_missing_one_is_not)
     EXPECT_FALSE(setup::v0::IsOnDisk(setup::v0::OwnProgram() + ".missing\\inner"));
 }
 
-// A check that skips what is missing must not skip it.
+// The installer checks no file that is missing. It must check a file that it may not examine.
 TEST(SystemPlaces, A_file_that_Windows_does_not_show_counts_as_on_the_disk)
 {
     const ImportPatch patch("GetFileAttributesW", DenyAttributes);
