@@ -20,7 +20,7 @@ enum class AttachedProcess {
 /// The supervisor itself ends the process of a launched daemon. It never ends the process of an
 /// attached daemon, and it would remove such a daemon without a record in the log. So this function
 /// detaches an attached daemon, which the supervisor logs, and then ends the process itself.
-/// Blocks for at most about 80 seconds.
+/// After a detach, blocks for at most about 80 seconds. The supervisor's own stop has no limit.
 /// @param daemon    of the running supervisor. If inLog is false, it is not known whether it is
 ///                  attached: the function then finds out by the answer to a detach
 /// @param reporter  gets one line about the result, and before it a line about a wait

@@ -17,7 +17,7 @@ enum class CheckResult {
     // kUnknown stays last: it gives counts_ its size.
 };
 
-/// Decides from the checks of a published supervisor whether it hangs. The checks begin 10 seconds
+/// Decides from the checks of a supervisor whether it hangs. The checks begin 10 seconds
 /// apart, and each waits at most 10 seconds for an answer (CheckSchedule). Pure; for one thread.
 ///
 /// | Checks since the last answer | Why so many |

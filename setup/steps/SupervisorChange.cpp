@@ -26,7 +26,8 @@ constexpr std::uint32_t kNothingSetUp = 1;
 // The supervisor finishes a stop that is under way before it ends, which may take a minute.
 // "daemonctl exit" waits two minutes; then the installer waits as long for the process.
 constexpr DWORD kEndLimitMs = 120000;
-// At its start the supervisor waits for a firewall service that is starting, at most two minutes.
+// At its start the supervisor waits for a firewall service that is starting, without a limit of its
+// own. The installer waits two minutes for the first answer.
 constexpr ULONGLONG kStartLimitMs = 120000;
 constexpr DWORD kAskAgainMs = 250;
 constexpr DWORD kForcedEndMs = 10000;

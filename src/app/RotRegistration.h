@@ -41,7 +41,8 @@ private:
 
 /// Sets COM's security for the process, unless it is set already, and publishes `object` under the
 /// name "DaemonManager".
-/// @param registration  set to the publication; null if a COM call failed, which is logged
+/// Failures are logged. Without the security or the mark of origin the object is published, too.
+/// @param registration  set to the publication; null if RotRegistration threw a COMException
 /// @throws std::runtime_error  as the constructor of RotRegistration
 void MakeRotRegistration(std::unique_ptr<RotRegistration>& registration, IUnknown* object,
                          log::i_logger::v0::ILogger& logger);
