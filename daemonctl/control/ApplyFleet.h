@@ -35,10 +35,11 @@ struct AppliedCount {
 /// not name. Reports one line for each line of the file and for each stopped daemon. If a line or a
 /// stop fails, the function goes on with the others. After an attach the function waits until the
 /// log shows the daemon: the next plan reads the log, and would attach the process a second time
-/// without the record.
+/// without the record. If the supervisor ends, so does the function.
 /// @param plan     without errors
 /// @param daemons  the daemons that the plan was made for
-/// @throws SupervisorNotRunning if the supervisor has ended; std::bad_alloc
+/// @throws SupervisorNotRunning if the supervisor has ended; std::bad_alloc, if not while a line is
+///         carried out: that is a failure of the line
 [[nodiscard]] AppliedCount ApplyFleet(daemon_manager::SupervisorClient& supervisor,
                                       const FleetPlan& plan,
                                       const std::vector<DaemonStatus>& daemons,

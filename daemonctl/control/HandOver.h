@@ -49,8 +49,8 @@ struct HandOverCount {
 /// Attaches the daemons of former supervisors to the running one, which must be the only supervisor
 /// that runs. Ends and starts no process. Reports one line for each daemon. If a daemon cannot be
 /// attached, goes on with the others. Holds the HandOverLock, except in a dry run.
-/// @throws SupervisorError if the supervisor has ended; LogUnreadable; std::bad_alloc;
-///         std::runtime_error if another program does not release the lock
+/// @throws SupervisorNotRunning if the supervisor has ended; SupervisorError; LogUnreadable;
+///         std::bad_alloc; std::runtime_error if another program does not release the lock
 [[nodiscard]] HandOverCount HandOver(daemon_manager::SupervisorClient& supervisor,
                                      const HandOverOptions& options, const Reporter& reporter);
 

@@ -14,7 +14,7 @@ namespace vqrx::client::v0 {
 /// @param timeoutMs  milliseconds to wait for the start
 /// @param reporter   gets one line about the result, and before it lines about waits
 /// @return whether a new process of the daemon runs
-/// @throws LogUnreadable; std::bad_alloc
+/// @throws LogUnreadable; ProcessListUnreadable; std::bad_alloc
 [[nodiscard]] bool RestartDaemon(const DaemonStatus& daemon, std::uint64_t timeoutMs,
                                  const Reporter& reporter);
 

@@ -20,13 +20,16 @@ enum class AttachedProcess {
 /// The supervisor itself ends the process of a launched daemon. It never ends the process of an
 /// attached daemon, and it would remove such a daemon without a record in the log. So this function
 /// detaches an attached daemon, which the supervisor logs, and then ends the process itself.
-/// After a detach, blocks for at most about 80 seconds. The supervisor's own stop has no limit.
+/// The steps after a detach take at most about 80 seconds. A call of the supervisor has no limit.
 /// @param daemon    of the running supervisor. If inLog is false, it is not known whether it is
 ///                  attached: the function then finds out by the answer to a detach
 /// @param reporter  gets one line about the result, and before it a line about a wait
-/// @return false if the daemon has no known id, if its process runs on although it should not, or
-///         if the process may not be ended (WhyNotToEnd); the daemon is then not detached either
-/// @throws SupervisorError; std::bad_alloc
+/// @return true: the supervisor no longer knows the daemon, and the process is gone, or runs on as
+///         kLeave asks.
+///         false: the daemon is unknown, has no known id, or its process may not be ended
+///         (WhyNotToEnd); then nothing was changed. Or the supervisor removed the daemon, but its
+///         process runs on, or nobody knows which process it has
+/// @throws SupervisorNotRunning, SupervisorError; ProcessListUnreadable; std::bad_alloc
 [[nodiscard]] bool StopDaemon(daemon_manager::SupervisorClient& supervisor,
                               const DaemonStatus& daemon, AttachedProcess attached,
                               const Reporter& reporter);

@@ -12,6 +12,7 @@
 #include <objbase.h>
 #include <oleauto.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdio>
@@ -124,6 +125,32 @@ void RefuseUnsafe(const std::wstring& path, const std::vector<std::wstring>& arg
     }
 }
 
+// Returns whether a result code says that the other end of the connection is gone. The codes are
+// those of winerror.h.
+bool IsBroken(HRESULT hr)
+{
+    constexpr std::array<DWORD, 7> kCodes = {
+        0x800706BA, // RPC_S_SERVER_UNAVAILABLE
+        0x800706BE, // RPC_S_CALL_FAILED
+        0x800706BF, // RPC_S_CALL_FAILED_DNE
+        0x80010007, // RPC_E_SERVER_DIED
+        0x80010012, // RPC_E_SERVER_DIED_DNE
+        0x80010108, // RPC_E_DISCONNECTED
+        0x800401FD, // CO_E_OBJNOTCONNECTED
+    };
+    return std::find(kCodes.begin(), kCodes.end(), static_cast<DWORD>(hr)) != kCodes.end();
+}
+
+// Throws if a call failed. A supervisor that runs may pass such a code on from WMI or the firewall.
+// So only a second call, which asks neither of them, shows whether the supervisor is gone.
+void CheckCall(IDaemonMgrControl& control, const char* what, HRESULT hr)
+{
+    if (IsBroken(hr) && IsBroken(control.Detach(kNoDaemonId))) {
+        throw SupervisorNotRunning("the supervisor has ended: " + ErrorText(what, hr), hr);
+    }
+    Check(what, hr);
+}
+
 // Encrypts the calls through a proxy, and lets the server learn the caller's name only. By default
 // the machine's settings would decide that. An object of this apartment has no proxy and needs
 // none, and Wine has no such settings.
@@ -180,14 +207,14 @@ DaemonRequest SupervisorClient::Launch(const std::wstring& path,
     SAFEARRAY* argumentArray = array.get();
     DWORD daemonId = 0;
     const HRESULT hr = control_->Launch(pathText.get(), &argumentArray, &daemonId);
-    Check("launch", hr);
+    CheckCall(*control_, "launch", hr);
     return {daemonId, hr == S_OK};
 }
 
 bool SupervisorClient::Stop(std::uint32_t daemonId)
 {
     const HRESULT hr = control_->Stop(daemonId);
-    Check("stop", hr);
+    CheckCall(*control_, "stop", hr);
     return hr == S_OK;
 }
 
@@ -200,14 +227,14 @@ DaemonRequest SupervisorClient::Attach(std::uint32_t processId,
     SAFEARRAY* argumentArray = array.get();
     DWORD daemonId = 0;
     const HRESULT hr = control_->Attach(processId, &argumentArray, &daemonId);
-    Check("attach", hr);
+    CheckCall(*control_, "attach", hr);
     return {daemonId, hr == S_OK};
 }
 
 bool SupervisorClient::Detach(std::uint32_t daemonId)
 {
     const HRESULT hr = control_->Detach(daemonId);
-    Check("detach", hr);
+    CheckCall(*control_, "detach", hr);
     return hr == S_OK;
 }
 
@@ -218,7 +245,7 @@ void SupervisorClient::Exit()
     constexpr auto kAnswerLost = static_cast<HRESULT>(0x800706BE);
     const HRESULT hr = control_->Exit();
     if (hr != kAnswerLost) {
-        Check("exit", hr);
+        CheckCall(*control_, "exit", hr);
     }
 }
 

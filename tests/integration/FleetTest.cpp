@@ -142,6 +142,30 @@ TEST_F(Fleet, Apply_with_prune_stops_what_the_file_does_not_name)
     EXPECT_EQ(Commands(), Lines{worker_ + " 3"});
 }
 
+TEST_F(Fleet, Apply_ends_with_the_supervisor)
+{
+    const ReadyEvent ready;
+    const ReadyEvent quit;
+    const ReadyEvent mayEnd;
+    EXPECT_EQ(Daemonctl("launch \"" + TestProgram("signals_quit") + "\" " + ready.Name() + " " +
+                        quit.Name() + " " + mayEnd.Name())
+                  .exitCode,
+              0U);
+    EXPECT_EQ(Daemonctl("launch \"" + worker_ + "\" 1").exitCode, 0U);
+    EXPECT_NE(supervisor_.WaitForStart(1), 0U);
+    ASSERT_TRUE(ready.Wait());
+    const std::string file = File(worker_ + " 2\n" + worker_ + " 3\n");
+    const CapturedProgram apply('"' + ProductProgram("daemonctl.exe") + "\" apply --prune " + file);
+    ASSERT_TRUE(quit.Wait()); // the first of two stops is under way
+    EXPECT_TRUE(supervisor_.Terminate());
+    EXPECT_EQ(apply.ExitCode(), 3U);
+    EXPECT_EQ(apply.Output(), "");
+    EXPECT_NE(apply.Error().find("\ndaemonctl: the supervisor has ended: stop: 0x"),
+              std::string::npos)
+        << apply.Error();
+    EXPECT_EQ(apply.Error().find("daemon 1"), std::string::npos) << apply.Error();
+}
+
 TEST_F(Fleet, Apply_attaches_a_process_that_runs_unwatched)
 {
     // cmd starts the worker and ends, so no running process is the parent of the worker.

@@ -16,7 +16,8 @@
 namespace vqrx::test {
 
 /// An object of this process, published under the supervisor's name until the destructor runs. It
-/// answers every call of the supervisor's interface with success, and counts the calls. Needs COM.
+/// answers every call of the supervisor's interface, and counts the calls. The answer is success
+/// unless a test sets another one. Needs COM.
 /// The constructor waits until the name is free, for at most a minute: the table removes the entry
 /// of a killed process some time after the process has ended, and tells nobody.
 class PublishedControl {
@@ -46,6 +47,13 @@ public:
 
     /// Sets what the object answers to Exit from now on.
     void AnswerToExit(HRESULT answer) { control_.answerToExit = answer; }
+
+    /// Sets what the object answers to every method from now on.
+    void AnswerToAll(HRESULT answer)
+    {
+        control_.answer = answer;
+        control_.answerToExit = answer;
+    }
 
     /// The object as clients in this apartment see it. Valid as long as this object.
     [[nodiscard]] IUnknown* Object() { return &control_; }
@@ -86,6 +94,7 @@ private:
         }
 
         std::atomic<int> calls = 0;
+        std::atomic<HRESULT> answer = S_OK; // to every method but Exit
         std::atomic<HRESULT> answerToExit = S_OK;
 
     private:
@@ -95,7 +104,7 @@ private:
                 *id = 5;
             }
             ++calls;
-            return S_OK;
+            return answer;
         }
 
         std::function<void(DWORD daemonId)> onAttach_;

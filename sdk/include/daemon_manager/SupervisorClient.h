@@ -29,7 +29,8 @@ private:
     long result_;
 };
 
-/// No supervisor is running on this machine, or it does not answer.
+/// No supervisor is running on this machine, it does not answer, or it has ended before or during
+/// the call. In the last case nobody knows whether it did what was asked.
 class SupervisorNotRunning : public SupervisorError {
 public:
     using SupervisorError::SupervisorError;
@@ -80,8 +81,9 @@ struct DaemonRequest {
 /// connection made in a single-threaded apartment belongs to that thread.
 /// Time: a call returns when the supervisor has answered. There is no limit: a supervisor that
 /// hangs, or that waits for the firewall or for WMI, keeps its callers waiting.
-/// Errors: every method throws SupervisorError if the call fails, for example because the
-/// supervisor has ended, and std::bad_alloc.
+/// Errors: every method throws SupervisorNotRunning if the supervisor has ended, SupervisorError if
+/// the call fails for another reason, and std::bad_alloc.
+/// A connection is never renewed: after the next start of the supervisor make a new object.
 class SupervisorClient {
 public:
     /// Connects to the supervisor. The calling thread must have initialised COM; otherwise COM may

@@ -108,4 +108,34 @@ TEST_F(SupervisorClientTest, An_exit_whose_answer_is_lost_because_the_supervisor
     EXPECT_THROW(client.Exit(), daemon_manager::SupervisorError);
 }
 
+TEST_F(SupervisorClientTest, A_call_that_finds_the_supervisor_gone_says_that_none_is_running)
+{
+    SupervisorClient client(Answerer::kAnybody);
+    for (const unsigned long gone :
+         {0x800706BAUL, 0x800706BEUL, 0x800706BFUL, 0x80010007UL, 0x80010012UL, 0x80010108UL,
+          0x800401FDUL}) { // see IsBroken() of the client library
+        control.AnswerToAll(static_cast<HRESULT>(gone));
+        EXPECT_THROW(client.Launch(L"C:\\a.exe"), daemon_manager::SupervisorNotRunning);
+        EXPECT_THROW(client.Stop(5), daemon_manager::SupervisorNotRunning);
+        EXPECT_THROW(client.Attach(12), daemon_manager::SupervisorNotRunning);
+        EXPECT_THROW(client.Detach(5), daemon_manager::SupervisorNotRunning);
+    }
+    EXPECT_THROW(client.Exit(), daemon_manager::SupervisorNotRunning);
+}
+
+// WMI and the firewall answer the supervisor with the same codes, and it passes them on.
+TEST_F(SupervisorClientTest, A_supervisor_that_answers_is_running_whatever_code_a_call_returns)
+{
+    SupervisorClient client(Answerer::kAnybody);
+    control.AnswerToExit(static_cast<HRESULT>(0x800706BA)); // RPC_S_SERVER_UNAVAILABLE
+    try {
+        client.Exit();
+        FAIL();
+    } catch (const daemon_manager::SupervisorNotRunning& error) {
+        FAIL() << error.what();
+    } catch (const daemon_manager::SupervisorError& error) {
+        EXPECT_EQ(static_cast<long>(0x800706BA), error.Result());
+    }
+}
+
 } // namespace vqrx::test
