@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -35,15 +36,15 @@ protected:
         return process;
     }
 
-    // Waits until the log shows an attached process: a supervisor that is killed loses the records
-    // that its logger has not written yet.
-    bool WaitForAttach() const
+    // Waits until the log shows so many attached processes: a supervisor that is killed loses the
+    // records that its logger has not written yet.
+    bool WaitForAttach(std::ptrdiff_t count = 1) const
     {
-        return WaitUntil([this] {
+        return WaitUntil([this, count] {
             const std::vector<RingRecord> log = former_.Log();
-            return std::any_of(log.begin(), log.end(), [](const RingRecord& record) {
-                return record.text.starts_with("Attach ");
-            });
+            return std::count_if(log.begin(), log.end(), [](const RingRecord& record) {
+                       return record.text.starts_with("Attach ");
+                   }) >= count;
         });
     }
 
@@ -198,8 +199,10 @@ TEST_F(HandOver, Arguments_of_a_service_come_from_the_fleet_file)
 TEST_F(HandOver, Daemons_of_a_supervisor_of_another_folder_are_attached_only_after_its_end)
 {
     SupervisorElsewhere elsewhere;
+    const ChildProcess ofNoSupervisor('"' + worker_ + "\" 1"); // its parent is this test
     EXPECT_EQ(Daemonctl("attach " + std::to_string(elsewhere.Child())).exitCode, 0U);
-    ASSERT_TRUE(WaitForAttach());
+    EXPECT_EQ(Daemonctl("attach " + std::to_string(ofNoSupervisor.Pid())).exitCode, 0U);
+    ASSERT_TRUE(WaitForAttach(2));
     KillSupervisor();
     StartNew();
     const CapturedProgram reattach(ProductProgram("daemonctl.exe") + " reattach --outside");
@@ -210,7 +213,7 @@ TEST_F(HandOver, Daemons_of_a_supervisor_of_another_folder_are_attached_only_aft
     EXPECT_TRUE(reattach.Running());
     elsewhere.Kill();
     EXPECT_EQ(reattach.ExitCode(), 0U) << reattach.Error();
-    EXPECT_TRUE(reattach.Output().ends_with("\n1 attached, 0 already, 0 not\n"))
+    EXPECT_TRUE(reattach.Output().ends_with("\n2 attached, 0 already, 0 not\n"))
         << reattach.Output();
 }
 
