@@ -76,7 +76,9 @@ std::string WithWarnings(const std::string& remedy)
 {
     return "Nothing was changed. Whoever can change it can become administrator through the "
            "supervisor.\n" +
-           remedy + "Or choose another folder, or accept the risk with /ALLOWWEAK.";
+           remedy +
+           "Or choose another folder, if it is one that you choose. Or accept the risk with "
+           "/ALLOWWEAK.";
 }
 
 } // namespace

@@ -37,12 +37,13 @@ bool IsHandedOver(const ProgramAnswer& answer)
     return answer.exitCode == kClientDone || answer.exitCode == kNothingToHandOver;
 }
 
-// Whether a process of the list has ended since. One that Windows hides from this user has not.
+// Whether a process of the list has ended since. Windows opens it also after its end, as long as
+// somebody else has it open. One that Windows hides from this user counts as running.
 bool HasEnded(std::uint32_t processId)
 {
-    const system::win32::v1::UniqueKernelHandle process(
-        OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, processId));
-    return !process && GetLastError() == ERROR_INVALID_PARAMETER;
+    const system::win32::v1::UniqueKernelHandle process(OpenProcess(SYNCHRONIZE, FALSE, processId));
+    return process ? WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0
+                   : GetLastError() == ERROR_INVALID_PARAMETER;
 }
 
 // Returns why a process may be a supervisor all the same; empty if it only has the name of one.

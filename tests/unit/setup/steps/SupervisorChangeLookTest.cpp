@@ -4,6 +4,7 @@
 #include "SupervisorChangeFixture.h"
 
 #include <atomic>
+#include <utility>
 
 namespace vqrx::test {
 namespace {
@@ -16,6 +17,20 @@ HANDLE WINAPI OpenUnlessHidden(DWORD access, BOOL inherit, DWORD processId)
 {
     if (processId == hiddenProcess) {
         SetLastError(errorOfHidden);
+        return nullptr;
+    }
+    return openProcess(access, inherit, processId);
+}
+
+const ChildProcess* endsNow = nullptr;
+
+// The process cannot be opened the first time, and has ended afterwards.
+HANDLE WINAPI OpenThatEnds(DWORD access, BOOL inherit, DWORD processId)
+{
+    if (endsNow != nullptr && processId == endsNow->Pid()) {
+        endsNow->Kill();
+        EXPECT_TRUE(std::exchange(endsNow, nullptr)->Wait());
+        SetLastError(ERROR_ACCESS_DENIED);
         return nullptr;
     }
     return openProcess(access, inherit, processId);
@@ -56,6 +71,16 @@ TEST_F(SupervisorChangeTest, Process_that_ended_before_it_was_examined_is_not_na
     const ImportPatch hide("OpenProcess", OpenUnlessHidden, openProcess);
     EXPECT_EQ(Look().Overlooked(), "");
     errorOfHidden = ERROR_ACCESS_DENIED;
+}
+
+// Windows opens it as long as somebody else has it open, here the test.
+TEST_F(SupervisorChangeTest, Process_that_ended_and_that_somebody_keeps_open_is_not_named)
+{
+    StartSupervisor();
+    endsNow = &*supervisor_;
+    const ImportPatch end("OpenProcess", OpenThatEnds, openProcess);
+    EXPECT_EQ(Look().Overlooked(), "");
+    EXPECT_EQ(endsNow, nullptr);
 }
 
 TEST_F(SupervisorChangeTest, Process_that_only_has_the_name_of_the_supervisor_is_not_named)
