@@ -33,6 +33,29 @@ class Stranger(InstallationTest):
             self.assertEqual(self.daemonctl("detach", "0")[0], 0)
             machine.end_processes(r"elsewhere\DaemonManager.exe")
 
+    # It may be a supervisor that keeps its former files.
+    def test_a_process_of_the_name_that_hides_its_program_is_named_and_the_exit_code_is_3(self):
+        self.install_below_root()
+        supervisor = self.supervisor()
+        folder = machine.host_path(r"C:\elsewhere")
+        folder.mkdir()
+        self.addCleanup(shutil.rmtree, folder)
+        shutil.copy(PROGRAMS / "hides.exe", folder / "DaemonManager.exe")
+        named = r"Process \d+ is named DaemonManager.exe, and Windows does not tell which file it runs"
+        with machine.Background(r"C:\elsewhere\DaemonManager.exe") as hidden:
+            hidden.wait_for_output("hidden")
+            self.assertEqual(self.install("/NOSTART"), 3, self.said)
+            self.assertRegex(self.said, named)
+            self.assertEqual(supervisor.end(), 0)
+            self.assertEqual(self.install(), 3, self.said)
+            self.assertRegex(self.said, named)
+            code, said = machine.call(self.installed("Uninstall.exe"), "/S")
+            self.assertEqual(code, 3, said)
+            self.assertRegex(said, named)
+            self.is_installed = False
+            self.assertEqual(len(machine.processes(r"elsewhere\DaemonManager.exe")), 1)
+            machine.end_processes(r"elsewhere\DaemonManager.exe")
+
     def test_an_object_that_is_published_between_two_supervisors_is_not_believed(self):
         self.install_below_root()
         supervisor = self.supervisor()
