@@ -20,8 +20,11 @@ if(NOT DM_COVERAGE)
     set(map_source -ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)
     set(map_binary -ffile-prefix-map=${CMAKE_BINARY_DIR}=build)
 endif()
+# dm_unprotected holds what does not depend on how a program is protected and checked.
+add_library(dm_unprotected INTERFACE)
 add_library(dm_options INTERFACE)
-target_compile_options(dm_options INTERFACE
+target_link_libraries(dm_options INTERFACE dm_unprotected)
+target_compile_options(dm_unprotected INTERFACE
     $<$<COMPILE_LANGUAGE:CXX>:-Wall;-Wextra;-Wpedantic;-Wconversion;-Wshadow;-Werror>
     # Two builds of one commit give identical bytes, wherever they are made. A coverage build keeps
     # its paths: they name the files for its counts.
@@ -30,7 +33,7 @@ target_compile_options(dm_options INTERFACE
 
 if(WIN32)
     # msvcrt's own printf is what the ms_printf format checks speak of; no replacement by libmingwex.
-    target_compile_definitions(dm_options INTERFACE
+    target_compile_definitions(dm_unprotected INTERFACE
         WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601 __USE_MINGW_ANSI_STDIO=0)
     target_link_options(dm_options INTERFACE -static -Wl,--no-insert-timestamp)
 
@@ -41,8 +44,10 @@ if(WIN32)
         $<$<COMPILE_LANGUAGE:C,CXX>:-fstack-protector-strong>)
     # The checked library calls need the optimiser.
     target_compile_definitions(dm_hardening INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
-    # The archive by its file name: -lssp would import libssp-0.dll.
-    target_link_libraries(dm_hardening INTERFACE -l:libssp.a)
+    # The archive, by its file name because -lssp would import libssp-0.dll, holds the checked functions.
+    # Its other part, which makes the secret value, loads libraries before main: stack_guard stands in
+    # its place, so the linker does not take that part.
+    target_link_libraries(dm_hardening INTERFACE stack_guard -l:libssp.a)
     target_link_options(dm_hardening INTERFACE
         -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat)
     target_link_libraries(dm_options INTERFACE dm_hardening)

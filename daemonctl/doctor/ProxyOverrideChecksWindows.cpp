@@ -65,6 +65,8 @@ ProxyOverrideFacts GatherProxyOverrides()
         const std::wstring user(name.data(), size);
         if (!user.ends_with(L"_Classes")) {
             AddOverridesOf(user + L"\\Software\\Classes", user, facts.found);
+            // Those of 32-bit programs.
+            AddOverridesOf(user + L"\\Software\\Classes\\Wow6432Node", user, facts.found);
         }
     }
 }

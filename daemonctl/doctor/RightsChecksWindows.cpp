@@ -84,6 +84,8 @@ void AddInstallation(const std::string& installedProgram, Places& places)
         places.Add(installedProgram, Role::kProgram);
         places.Add(folder + "\\DaemonMgrPS.dll", Role::kProgram);
         places.Add(folder + "\\" + Utf8(kGuardProgram), Role::kProgram);
+        places.Add(folder + "\\daemonctl.exe", Role::kProgram);
+        places.Add(folder + "\\Uninstall.exe", Role::kProgram);
     }
     const std::string proxy = ProxyOfMachine();
     if (const std::vector<std::string> way = WayTo(proxy); way.size() > 1) {

@@ -152,6 +152,10 @@ bool IsExpected(const ProcessToken& token, const ProcessToken& own, const std::w
            (!text.empty() && text == noted);
 }
 
+// Characters that a path can have. With less room a process with a long path would count as one
+// that this user may not examine.
+constexpr std::size_t kLongestPath = 32768;
+
 SupervisorProcess Describe(DWORD processId, const SupervisorIdentity& identity,
                            const ProcessToken& own)
 {
@@ -163,10 +167,10 @@ SupervisorProcess Describe(DWORD processId, const SupervisorIdentity& identity,
     }
     const OwnedHandle process =
         Own(OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, processId));
-    wchar_t path[1024] = {};
-    DWORD length = 1024;
-    if (process && QueryFullProcessImageNameW(process.get(), 0, path, &length) != FALSE) {
-        found.program = path;
+    std::wstring path(kLongestPath, L'\0');
+    auto length = static_cast<DWORD>(path.size());
+    if (process && QueryFullProcessImageNameW(process.get(), 0, &path[0], &length) != FALSE) {
+        found.program.assign(path, 0, length);
         found.installedProgram = !identity.installedProgram.empty() &&
                                  IsSameFile(found.program, identity.installedProgram);
     }

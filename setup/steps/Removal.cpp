@@ -60,11 +60,19 @@ void RemoveLog(const SetupOptions& options, Conversation& conversation)
     }
 }
 
-void RemoveMadeFolders()
+void RemoveMadeFolders(Conversation& conversation)
 {
     for (const char* const what : {"MadeLogs", "MadeApp", "MadeRoot"}) {
-        if (const std::string folder = InstallationKey().Text(what); !folder.empty()) {
+        const std::string folder = InstallationKey().Text(what);
+        if (folder.empty()) {
+            continue;
+        }
+        const auto weak = client::v0::WeaknessesOfParentPath(FolderOf(folder),
+                                                             client::v0::TrustedAdministrators());
+        if (weak.empty()) {
             RemoveEmptyFolder(folder, false);
+        } else { // somebody may have put another folder in its place
+            conversation.Say("The folder " + folder + " stays, because " + weak.front() + ".\n");
         }
     }
 }
@@ -117,7 +125,7 @@ int RemoveAll(const SetupOptions& options, Conversation& conversation)
         RemoveInstalledFiles(folder, InstallationKey().List(kFilesNote), options.allowWeak);
     RemoveRegisteredRoot();
     RemoveLog(options, conversation);
-    RemoveMadeFolders();
+    RemoveMadeFolders(conversation);
     if (EventSourceKey().Text("EventMessageFile") == folder + "\\daemonctl.exe") {
         EventSourceKey().Remove();
     }

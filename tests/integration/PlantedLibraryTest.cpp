@@ -55,7 +55,8 @@ private:
     const std::vector<std::string> names_ = {
         "quartz.dll",   "version.dll",   "uxtheme.dll", "propsys.dll", "dwmapi.dll",
         "imm32.dll",    "cryptbase.dll", "ntmarta.dll", "profapi.dll", "wbemprox.dll",
-        "wintypes.dll", "netapi32.dll",  "secur32.dll", "winmm.dll",   "dm_bare.dll"};
+        "wintypes.dll", "netapi32.dll",  "secur32.dll", "winmm.dll",   "bcrypt.dll",
+        "cryptsp.dll",  "rsaenh.dll",    "crypt32.dll", "dm_bare.dll"};
     TempFolder folder_;
 };
 

@@ -41,19 +41,34 @@ class ProgramFile:
                 return raw + address - start
         raise ValueError(f"no section holds the address {address:#x}")
 
+    def _text(self, address):
+        start = self._offset(address)
+        return self._content[start:self._content.index(b"\0", start)].decode()
+
+    def _import_descriptors(self):
+        """Returns the addresses of the list of functions and of the library's name, for each library."""
+        descriptors = []
+        at = self._offset(self._directories[IMPORT_DIRECTORY][0])
+        while True:
+            functions, _, _, name = struct.unpack_from("<IIII", self._content, at)
+            if name == 0:
+                return descriptors
+            descriptors.append((functions, name))
+            at += 20
+
     def imported_libraries(self):
         """Returns the names of the libraries in lower case, sorted."""
-        names = []
-        address, _ = self._directories[IMPORT_DIRECTORY]
-        at = self._offset(address)
-        while True:
-            name, = struct.unpack_from("<I", self._content, at + 12)
-            if name == 0:
-                return sorted(names)
-            start = self._offset(name)
-            end = self._content.index(b"\0", start)
-            names.append(self._content[start:end].decode().lower())
-            at += 20
+        return sorted(self._text(name).lower() for _, name in self._import_descriptors())
+
+    def imported_functions(self):
+        """Returns the names of the functions of all libraries."""
+        names = set()
+        for functions, _ in self._import_descriptors():
+            at = self._offset(functions)
+            while (entry := struct.unpack_from("<Q", self._content, at)[0]) != 0:
+                names.add(self._text(entry + 2))  # behind a hint of two bytes
+                at += 8
+        return names
 
     def missing_protections(self):
         """Returns the names of the protections that the headers do not ask for."""

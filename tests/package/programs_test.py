@@ -54,6 +54,16 @@ class Programs(unittest.TestCase):
             with self.subTest(name):
                 self.assertEqual(ProgramFile(content).imported_libraries(), IMPORTS[name])
 
+    # The call of such a function, or already its import, loads further libraries of Windows. Before main has
+    # restricted the search, Windows looks for them beside the program.
+    def test_no_program_imports_a_function_that_loads_libraries_before_main(self):
+        for name, content in self.programs.items():
+            with self.subTest(name):
+                functions = ProgramFile(content).imported_functions()
+                self.assertIn("GetLastError", functions)
+                self.assertEqual({function for function in functions
+                                  if function.startswith(("Crypt", "BCrypt", "SystemFunction"))}, set())
+
     def test_every_program_has_a_random_address_and_data_without_execution(self):
         for name, content in self.programs.items():
             with self.subTest(name):

@@ -107,6 +107,22 @@ class Rights(InstallationTest):
         self.assertEqual(sorted(file.name for file in target.iterdir()), expected)
         self.assertFalse(machine.host_path(former + r"\DaemonManager.exe").exists())
 
+    def test_a_folder_behind_a_link_in_place_of_the_root_is_not_removed(self):
+        self.install_below_root()
+        target = self.make(r"C:\elsewhere", 0o755)
+        (target / "Logs").mkdir()
+        (target / "App").mkdir()
+        root = machine.host_path(self.ROOT)
+        shutil.rmtree(root)
+        root.symlink_to(target, target_is_directory=True)
+        self.addCleanup(root.unlink, missing_ok=True)
+        code, said = machine.call(self.installed("Uninstall.exe"), "/S")
+        self.is_installed = False
+        self.assertEqual(code, 0, said)
+        for name in ("Logs", "App"):
+            self.assertIn(rf"The folder {self.ROOT}\{name} stays, because {self.ROOT} is a junction or a link", said)
+        self.assertEqual(sorted(entry.name for entry in target.iterdir()), ["App", "Logs"])
+
     def test_the_uninstaller_leaves_files_in_a_folder_that_others_may_change(self):
         self.install_below_root()
         self.make(self.installed("docs"), 0o777)
@@ -151,6 +167,14 @@ class Rights(InstallationTest):
         machine.host_path(self.installed("DaemonMgrPS.dll")).unlink()
         self.install_below_root()
         self.assertTrue(machine.host_path(self.installed("DaemonMgrPS.dll")).exists())
+
+    def test_doctor_looks_at_the_programs_that_an_administrator_runs(self):
+        self.install_below_root()
+        for name in ("Uninstall.exe", "daemonctl.exe"):
+            machine.host_path(self.installed(name)).chmod(0o777)
+        _, output = self.daemonctl("doctor")
+        for name in ("Uninstall.exe", "daemonctl.exe"):
+            self.assertIn(f"Everyone may write to {self.installed(name)}", output)
 
     def test_who_else_may_read_the_log_is_said(self):
         self.make(self.ROOT + r"\Logs", 0o755)

@@ -78,9 +78,6 @@ constexpr SureCall kSureCalls[] = {
     {"lstrcmpiW", kComputes},
     // ADVAPI32
     {"CloseServiceHandle", kValidThing},
-    {"CryptAcquireContextA", kStart},
-    {"CryptGenRandom", kStart},
-    {"CryptReleaseContext", kStart},
     {"DeregisterEventSource", kValidThing},
     {"EqualSid", kComputes},
     {"GetAce", kValidThing},

@@ -204,6 +204,33 @@ TEST(SupervisorIdentity, A_process_is_found_by_its_name_and_judged_by_its_file)
     EXPECT_NE(0U, found->created);
 }
 
+BOOL(WINAPI* queryImageName)(HANDLE, DWORD, LPWSTR, PDWORD);
+
+// As if the path had all the characters that a path can have.
+BOOL WINAPI NeedRoomForLongestPath(HANDLE process, DWORD flags, LPWSTR path, PDWORD size)
+{
+    if (*size < 32768) {
+        SetLastError(ERROR_INSUFFICIENT_BUFFER);
+        return FALSE;
+    }
+    return queryImageName(process, flags, path, size);
+}
+
+TEST(SupervisorIdentity, A_process_with_a_long_path_can_be_examined)
+{
+    const TempFolder folder;
+    const std::string copy = folder.File("DaemonManager.exe");
+    std::filesystem::copy_file(TestProgram("no_windows"), copy);
+    const ChildProcess child("\"" + copy + "\"");
+    const ImportPatch names("QueryFullProcessImageNameW", NeedRoomForLongestPath, queryImageName);
+    const SupervisorIdentity identity = IdentifySupervisor();
+    EXPECT_TRUE(std::any_of(identity.processes.begin(), identity.processes.end(),
+                            [&](const SupervisorProcess& process) {
+                                return process.processId == child.Pid() &&
+                                       process.program == std::wstring(copy.begin(), copy.end());
+                            }));
+}
+
 // The two patches make this test's own user somebody of whom nothing is known.
 TEST(SupervisorIdentity, An_account_is_expected_if_it_was_noted_for_the_machine)
 {

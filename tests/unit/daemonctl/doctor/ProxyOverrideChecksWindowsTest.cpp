@@ -15,6 +15,8 @@ namespace {
 using namespace client::v0;
 
 constexpr const char* kClass = R"(Software\Classes\CLSID\{C307E9F6-67C0-4C74-B1BD-37EFB9882701})";
+constexpr const char* kClassOf32Bits =
+    R"(Software\Classes\Wow6432Node\CLSID\{C307E9F6-67C0-4C74-B1BD-37EFB9882701})";
 constexpr const char* kInterface =
     R"(Software\Classes\Interface\{C307E9F6-67C0-4C74-B1BD-37EFB9882701})";
 
@@ -66,6 +68,15 @@ TEST(ProxyOverrides, Are_found_for_the_class_and_for_the_interface)
     EXPECT_TRUE(found[0].key.starts_with(R"(HKU\S-1-5-)")) << found[0].key;
     EXPECT_TRUE(found[0].key.ends_with(kClass)) << found[0].key;
     EXPECT_TRUE(found[1].key.ends_with(kInterface)) << found[1].key;
+}
+
+TEST(ProxyOverrides, Are_found_for_programs_of_32_bits)
+{
+    const UsersRegistration library(kClassOf32Bits, R"(\InProcServer32)", R"(C:\guest\evil.dll)");
+    const std::vector<ProxyOverride> found = GatherProxyOverrides().found;
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found[0].library, R"(C:\guest\evil.dll)");
+    EXPECT_TRUE(found[0].key.ends_with(kClassOf32Bits)) << found[0].key;
 }
 
 } // namespace
