@@ -20,7 +20,7 @@ if(NOT DM_COVERAGE)
     set(map_source -ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)
     set(map_binary -ffile-prefix-map=${CMAKE_BINARY_DIR}=build)
 endif()
-# dm_unprotected holds what does not depend on how a program is protected and checked.
+# dm_unprotected: all but the stack protector, for the code that the stack protector itself needs.
 add_library(dm_unprotected INTERFACE)
 add_library(dm_options INTERFACE)
 target_link_libraries(dm_options INTERFACE dm_unprotected)
@@ -58,7 +58,7 @@ if(DM_SANITIZE STREQUAL "trap")
     # checked here: the checks double its compile time, and the preset native checks most of it. With
     # the options of the preset windows a compiler cache compiles it once for both. -Og compiles quickest
     # (cmake/DmTargets.cmake).
-    target_compile_options(dm_options INTERFACE
+    target_compile_options(dm_unprotected INTERFACE
         $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<NOT:$<BOOL:$<TARGET_PROPERTY:DM_TEST_CODE>>>>:-Og;-fsanitize=undefined;-fsanitize-undefined-trap-on-error>)
 elseif(DM_SANITIZE)
     target_compile_options(dm_options INTERFACE
