@@ -161,14 +161,14 @@ bool ManagerScenario::Launch(Daemon& daemon)
         return false;
     }
     notes_.Begin("the daemon starts");
-    return Expect(notes_, daemon.started.Wait(), "a launched daemon is never started");
+    return Expect(notes_, AwaitStart(daemon), "a launched daemon is never started");
 }
 
 void ManagerScenario::EndAndAwaitRestart(Daemon& daemon)
 {
     EndProcesses();
     notes_.Begin("the daemon is started again");
-    Expect(notes_, daemon.started.Wait(), "a daemon that has ended is never started again");
+    Expect(notes_, AwaitStart(daemon), "a daemon that has ended is never started again");
 }
 
 void ManagerScenario::Stop(Daemon& daemon)
@@ -185,15 +185,9 @@ void ManagerScenario::Stop(Daemon& daemon)
     }
 }
 
-std::vector<HANDLE> ManagerScenario::RunningProcesses()
+bool ManagerScenario::AwaitStart(const Daemon& daemon)
 {
-    std::vector<HANDLE> running;
-    for (const HANDLE process : StartedProcesses()) {
-        if (WaitForSingleObject(process, 0) == WAIT_TIMEOUT) {
-            running.push_back(process);
-        }
-    }
-    return running;
+    return daemon.started.Wait() && WaitForRunningProcess(kStartMs);
 }
 
 void ManagerScenario::EndProcesses()

@@ -10,7 +10,6 @@
 #include <memory>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace vqrx::test::anomaly {
 
@@ -95,13 +94,14 @@ protected:
 
     /// Notes how many of the processes that the manager has started run.
     void ExpectRunning(std::size_t count, const std::string& when);
-    [[nodiscard]] static std::vector<HANDLE> RunningProcesses();
     static void EndProcesses();
 
     RunNotes& notes_;
 
 private:
     void SawResult(const std::string& name, HRESULT result);
+    /// Waits until the program runs and its process is known. @return false if that takes too long
+    [[nodiscard]] static bool AwaitStart(const Daemon& daemon);
 
     NotingSink sink_;
     std::unique_ptr<log::log_perf::v2::LibLogPerf> logger_;

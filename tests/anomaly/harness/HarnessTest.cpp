@@ -4,6 +4,7 @@
 #include "Campaign.h"
 #include "ImportSlots.h"
 #include "Injection.h"
+#include "StartedThings.h"
 
 #include <windows.h>
 
@@ -18,6 +19,7 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -254,6 +256,19 @@ TEST(AnomalyHarness, Each_import_is_in_exactly_one_table)
         EXPECT_EQ(1, tables) << import.function;
     }
     EXPECT_FALSE(HasDelayedImports());
+}
+
+TEST(StartedThings, Process_that_is_noted_late_is_waited_for)
+{
+    EXPECT_FALSE(WaitForRunningProcess(0));
+    std::thread starter([] {
+        Sleep(50);
+        NoteStartedProcess(GetCurrentProcess());
+    });
+    EXPECT_TRUE(WaitForRunningProcess(60000));
+    starter.join();
+    ForgetStarted();
+    EXPECT_THAT(RunningProcesses(), IsEmpty());
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "StartedThings.h"
 
 #include "Injection.h"
+#include "win32/UniqueHandle.h"
 
 #include <algorithm>
 #include <array>
@@ -30,30 +31,40 @@ public:
         for (const HANDLE handle : All()) {
             CloseHandle(handle);
         }
+        for (std::atomic<HANDLE>& handle : handles_) {
+            handle = nullptr;
+        }
         count_ = 0;
     }
 
     [[nodiscard]] std::vector<HANDLE> All() const
     {
         const std::size_t count = std::min<std::size_t>(kRoom, count_);
-        return {handles_.begin(), handles_.begin() + static_cast<std::ptrdiff_t>(count)};
+        std::vector<HANDLE> handles(handles_.begin(),
+                                    handles_.begin() + static_cast<std::ptrdiff_t>(count));
+        std::erase(handles, nullptr);
+        return handles;
     }
 
 private:
     static constexpr std::size_t kRoom = 512;
 
-    std::array<HANDLE, kRoom> handles_{};
+    std::array<std::atomic<HANDLE>, kRoom> handles_{}; // null between the two steps of Add
     std::atomic<std::size_t> count_ = 0;
 };
 
 HandleList startedProcesses;
 HandleList startedThreads;
+const system::win32::v1::UniqueKernelHandle processNoted(CreateEventA(nullptr, FALSE, FALSE,
+                                                                      nullptr));
 
 } // namespace
 
 void NoteStartedProcess(HANDLE process) noexcept
 {
+    const OfTheTest mark;
     startedProcesses.Add(process);
+    SetEvent(processNoted.Get());
 }
 
 void NoteStartedThread(HANDLE thread) noexcept
@@ -67,9 +78,25 @@ void ForgetStarted() noexcept
     startedThreads.Clear();
 }
 
-std::vector<HANDLE> StartedProcesses()
+std::vector<HANDLE> RunningProcesses()
 {
-    return startedProcesses.All();
+    std::vector<HANDLE> processes = startedProcesses.All();
+    std::erase_if(processes,
+                  [](HANDLE process) { return WaitForSingleObject(process, 0) != WAIT_TIMEOUT; });
+    return processes;
+}
+
+bool WaitForRunningProcess(DWORD milliseconds)
+{
+    const ULONGLONG end = GetTickCount64() + milliseconds;
+    while (RunningProcesses().empty()) {
+        const ULONGLONG now = GetTickCount64();
+        if (now >= end || WaitForSingleObject(processNoted.Get(), static_cast<DWORD>(end - now)) !=
+                              WAIT_OBJECT_0) {
+            return false;
+        }
+    }
+    return true;
 }
 
 void WaitForStartedThreads()

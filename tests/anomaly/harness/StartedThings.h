@@ -13,9 +13,13 @@ void NoteStartedThread(HANDLE thread) noexcept;
 /// Forgets all processes and threads, and closes the handles to them.
 void ForgetStarted() noexcept;
 
-/// Returns a handle for each process that the product has started in this run. The handles are
-/// valid until the next run begins.
-[[nodiscard]] std::vector<HANDLE> StartedProcesses();
+/// Returns a handle for each process that the product has started in this run and that still runs.
+/// The handles are valid until the next run begins.
+[[nodiscard]] std::vector<HANDLE> RunningProcesses();
+/// Waits until a process that the product has started is noted and runs. A process may run before
+/// it is noted: the thread that starts it notes it when CreateProcess has returned.
+/// @return false if that takes longer
+[[nodiscard]] bool WaitForRunningProcess(DWORD milliseconds);
 
 /// Waits until all threads that the product has started in this run have ended.
 void WaitForStartedThreads();
