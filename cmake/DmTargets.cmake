@@ -37,11 +37,13 @@ function(dm_quick_to_compile name)
 endfunction()
 
 # dm_unit_test(NAME [THREADS] [LONG] [SECONDS n] [PORTABLE file...] [WINDOWS file...] LINK target...
-#              [PROGRAMS target...] [LOCK resource...])
+#              [PROGRAMS target...] [ABOUT target...] [LOCK resource...])
 #
 # One test program and one ctest entry for a source folder: under Wine a process start costs more than
 # most cases. PORTABLE tests also run natively.
 # PROGRAMS  the programs that the cases start, other than those of tests/programs.
+# ABOUT     those of PROGRAMS whose behaviour the cases look at; without it: all. A plain ./test does not
+#           repeat a program that passed if only others of its PROGRAMS have changed since.
 # LOCK      what the machine has once and the cases use: rot (the table of running objects), registry,
 #           services, firewall (the service for which a DaemonManager waits). On a real machine ctest
 #           runs one program of a lock at a time. Under Wine each program has a prefix for itself.
@@ -52,7 +54,7 @@ endfunction()
 # SECONDS   how long the program takes; ctest starts those that take longest first.
 # The folder's variable DM_WITHOUT_QUARTZ becomes the target property (see src/cpp_utils).
 function(dm_unit_test name)
-    cmake_parse_arguments(ARG "THREADS;LONG" "SECONDS" "PORTABLE;WINDOWS;LINK;PROGRAMS;LOCK" ${ARGN})
+    cmake_parse_arguments(ARG "THREADS;LONG" "SECONDS" "PORTABLE;WINDOWS;LINK;PROGRAMS;ABOUT;LOCK" ${ARGN})
     if(DM_SANITIZE STREQUAL "thread" AND NOT ARG_THREADS)
         return()
     endif()
@@ -99,6 +101,9 @@ function(dm_unit_test name)
     else()
         add_dependencies(quick_tests ${name})
     endif()
+    foreach(program ${ARG_ABOUT})
+        set_property(TEST ${name} APPEND PROPERTY LABELS about-${program})
+    endforeach()
     if(ARG_SECONDS)
         set_tests_properties(${name} PROPERTIES COST ${ARG_SECONDS})
     endif()

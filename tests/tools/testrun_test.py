@@ -16,6 +16,9 @@ foreach(name good other)
     add_test(NAME ${name} COMMAND sh ${CMAKE_SOURCE_DIR}/${name}.sh)
     set_tests_properties(${name} PROPERTIES REQUIRED_FILES ${CMAKE_SOURCE_DIR}/${name}.sh)
 endforeach()
+add_test(NAME about_tool COMMAND true)
+set_tests_properties(about_tool PROPERTIES LABELS about-tool
+    REQUIRED_FILES "${CMAKE_BINARY_DIR}/bin/tool;${CMAKE_BINARY_DIR}/bin/helper;${CMAKE_SOURCE_DIR}/script")
 add_test(NAME undeclared COMMAND true)
 add_test(NAME waits COMMAND true)
 set_tests_properties(waits PROPERTIES LABELS long REQUIRED_FILES ${CMAKE_SOURCE_DIR}/good.sh)
@@ -53,6 +56,10 @@ class TestRun(unittest.TestCase):
         self.write("CMakePresets.json", json.dumps(PRESETS))
         self.write("good.sh", PASSES)
         self.write("other.sh", PASSES)
+        self.write("script", "")
+        (self.root / "build/small/bin").mkdir(parents=True)
+        self.write("build/small/bin/tool", "")
+        self.write("build/small/bin/helper", "")
 
     def write(self, name, text):
         (self.root / name).write_text(text, encoding="utf-8")
@@ -73,8 +80,8 @@ class TestRun(unittest.TestCase):
     def test_all_that_passed_is_counted_and_the_last_line_says_so(self):
         code, text = self.run_tests()
         self.assertEqual(0, code, text)
-        self.assertEqual("7 passed, 0 failed", text.splitlines()[-1])
-        self.assertRegex(text, r"small +7 programs, +6 cases, 0 failed")
+        self.assertEqual("8 passed, 0 failed", text.splitlines()[-1])
+        self.assertRegex(text, r"small +8 programs, +6 cases, 0 failed")
 
     def test_the_output_of_a_failed_test_is_shown_with_the_commands_that_repeat_it(self):
         self.write("other.sh", FAILS)
@@ -83,7 +90,7 @@ class TestRun(unittest.TestCase):
         self.assertIn("expected 7", text)
         self.assertIn("repeat: ctest --preset small -R '^other$'", text)
         self.assertIn(f"sh {self.root}/other.sh --gtest_filter='Log.keeps_the_order'", text)
-        self.assertEqual("6 passed, 1 failed", text.splitlines()[-1])
+        self.assertEqual("7 passed, 1 failed", text.splitlines()[-1])
 
     def test_the_case_that_a_failed_program_did_not_end_is_shown(self):
         self.write("other.sh", HANGS)
@@ -100,10 +107,10 @@ class TestRun(unittest.TestCase):
     def test_a_quick_run_leaves_out_what_is_long_or_runs_elsewhere_and_what_passed_unchanged(self):
         code, text = self.run_tests(quick=True)
         self.assertEqual(0, code, text)
-        self.assertRegex(text, r"small +5 programs, +6 cases, 0 failed")
+        self.assertRegex(text, r"small +6 programs, +6 cases, 0 failed")
         code, text = self.run_tests(quick=True)
-        self.assertRegex(text, r"small +1 programs, .*\(2 more unchanged since they passed\)")
-        self.assertEqual("3 passed, 0 failed", text.splitlines()[-1])
+        self.assertRegex(text, r"small +1 programs, .*\(3 more unchanged since they passed\)")
+        self.assertEqual("4 passed, 0 failed", text.splitlines()[-1])
 
     def test_a_quick_run_prepares_only_what_the_tests_that_run_need(self):
         self.run_tests(quick=True)
@@ -125,6 +132,24 @@ class TestRun(unittest.TestCase):
         self.assertEqual(1, code, text)
         self.assertIn("small: other failed", text)
         self.assertNotIn("small: good failed", text)
+
+    def test_a_quick_run_does_not_repeat_a_test_after_a_change_of_a_program_that_it_is_not_about(self):
+        self.run_tests(quick=True)
+        self.write("build/small/bin/helper", "changed")
+        text = self.run_tests(quick=True)[1]
+        self.assertRegex(text, r"small +1 programs, .*\(2 more unchanged since they passed\)\n +1 programs left out")
+        self.assertEqual("3 passed, 0 failed", text.splitlines()[-1])
+        for changed in ("build/small/bin/tool", "script"):
+            self.write(changed, "changed")
+            text = self.run_tests(quick=True)[1]
+            self.assertRegex(text, r"small +2 programs, .*\(2 more unchanged since they passed\)\n[^ ]")
+
+    def test_a_test_that_failed_is_repeated_whatever_has_changed(self):
+        self.write("CMakeLists.txt", PROJECT.replace("about_tool COMMAND true", "about_tool COMMAND false"))
+        for content in ("", "changed"):
+            self.write("build/small/bin/helper", content)
+            text = self.run_tests(quick=True)[1]
+            self.assertIn("small: about_tool failed", text)
 
     def test_a_project_that_does_not_build_fails_with_the_errors_on_the_screen(self):
         self.write("CMakeLists.txt", "message(FATAL_ERROR broken)\n")

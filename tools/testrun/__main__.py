@@ -77,6 +77,9 @@ class Run:
         if outcome.text:
             self.screen.say(outcome.text.rstrip())
         kept = f" ({outcome.kept} more unchanged since they passed)" if outcome.kept else ""
+        if outcome.others:
+            kept += (f"\n{'':16} {outcome.others:3} programs left out: they are about other programs than the"
+                     f" changed ones (./test {preset.name} runs them)")
         line = (f"{preset.name:16} {outcome.passed + outcome.failed:3} programs, "
                 f"{outcome.cases:4} cases, {outcome.failed} failed; build {built:.0f} s, "
                 f"tests {seconds:.0f} s{kept}")

@@ -6,6 +6,7 @@ import re
 import subprocess
 
 import unchanged
+from unchanged import property_of
 
 # The labels of what a plain ./test leaves out: see dm_unit_test.
 LEFT_OUT = ("long", "portable")
@@ -27,6 +28,7 @@ class Outcome:
     failed: int = 0
     cases: int = 0
     kept: int = 0  # passed earlier, with the same bytes
+    others: int = 0  # passed earlier; only programs that they are not about have changed
     seconds: float = 0
     text: str = ""  # what failed, and how to repeat it
 
@@ -44,12 +46,14 @@ def run(plan, everything, logs, screen):
     build = pathlib.Path("build") / preset
     memory = unchanged.Memory(build / "passed.json")
     tests = listed(preset)
-    skipped = set()
+    skipped = others = set()
     if not everything:
         # What is not built has no command.
         tests = [test for test in tests if not set(LEFT_OUT) & {*(property_of(test, "LABELS") or ())}]
         skipped = {test["name"] for test in tests if memory.passed(test)}
-    outcome = Outcome(preset, kept=len(skipped))
+        others = {test["name"] for test in tests if memory.only_others_changed(test)}
+    outcome = Outcome(preset, kept=len(skipped), others=len(others))
+    skipped |= others
     command = ["ctest", "--preset", preset, "-j", str(plan.jobs), "--output-on-failure"]
     if not everything:
         command += ["-LE", "^(" + "|".join(LEFT_OUT) + ")$"]
@@ -90,13 +94,6 @@ def idle_fixtures(tests, skipped):
         if not more:
             return {name for name, own in fixtures.items() if own} - run
         run |= more
-
-
-def property_of(test, name):
-    for item in test.get("properties", ()):
-        if item["name"] == name:
-            return item["value"]
-    return None
 
 
 def follow(command, preset, log, screen):
