@@ -93,6 +93,7 @@ TEST_F(LibLogPerfReport, A_row_lists_the_pins_in_name_order_with_their_counts)
     logger.NotifyBufferFull("video");
     logger.NotifyBufferFull("audio");
     logger.NotifyBufferFull("unknown");
+    AwaitEndOfReport();
     logger.SetPerformanceSink(&rows);
     ASSERT_TRUE(rows.WaitForCount(2));
     const auto names = Fields(rows.Texts()[0]);

@@ -111,6 +111,14 @@ protected:
         }
     };
 
+    /// Waits for the end of the report that is being made, if any. It does not show what was done
+    /// after its beginning, but it would be written to a sink that is set before its end.
+    void AwaitEndOfReport()
+    {
+        logger.SetPerformanceSink(&others);
+        ASSERT_TRUE(others.WaitForCount(1));
+    }
+
     Figures figures;
     SimulatedTicks ticks{5000, SimulatedTicks::Mode::kRuns};
     ImportPatch systemTimes{"GetSystemTimes", &SystemTimesInSteps};
