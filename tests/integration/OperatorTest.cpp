@@ -61,22 +61,6 @@ TEST(Operator, Commands_with_wrong_arguments_end_with_exit_code_2_and_an_error_t
     }
 }
 
-TEST(Operator, The_help_of_every_command_has_examples)
-{
-    const Answer help = Daemonctl("--help");
-    for (const char* command :
-         {"ps", "stop", "restart", "wait", "check", "apply", "reattach", "doctor", "completion"}) {
-        // After the name stands a blank, or a comma and another name.
-        EXPECT_TRUE(help.output.find(std::string("\n  ") + command + " ") != std::string::npos ||
-                    help.output.find(std::string("\n  ") + command + ",") != std::string::npos)
-            << command;
-        const Answer commandHelp = Daemonctl(std::string(command) + " --help");
-        EXPECT_EQ(commandHelp.exitCode, 0U);
-        EXPECT_NE(commandHelp.output.find("Examples:\n  "), std::string::npos) << commandHelp;
-        EXPECT_NE(commandHelp.output.find(std::string("daemonctl ") + command), std::string::npos);
-    }
-}
-
 TEST(Operator, Ps_shows_running_restarted_and_not_startable_daemons)
 {
     const SupervisorProcess supervisor;

@@ -10,7 +10,8 @@ TEXT_FOLDERS = ("src/app", "src/daemon_mgr", "src/host", "src/log")
 LITERALS = re.compile(r'(?:"(?:[^"\\\n]|\\.)*"\s*)+')
 WORDS = re.compile(r"[A-Za-z]{2,}[^A-Za-z]* [^A-Za-z]*[A-Za-z]{2,}")
 NO_TEXT = re.compile(r"//[^\n]*|^[ \t]*#[^\n]*", re.MULTILINE)
-COMMAND = re.compile(r'add_subcommand\(\s*"([\w-]+)"|AddCommand\(\s*app,\s*exitCode,\s*"([\w-]+)"')
+DECLARATIONS = "daemonctl/commands/"
+COMMAND = re.compile(r'\.Command\(\s*"([\w-]+)"|AddCommand\(\s*app,\s*exitCode,\s*"([\w-]+)"')
 
 
 def as_documented(message):
@@ -43,8 +44,14 @@ def check_commands(tree):
     """docs/daemonctl.md names each command of daemonctl."""
     page = tree.text(COMMANDS) if COMMANDS in tree.files else ""
     for path in tree.below("daemonctl"):
-        text = tree.text(path) if path.endswith(".cpp") else ""
-        for match in COMMAND.finditer(text):
+        if not path.endswith(".cpp"):
+            continue
+        text = tree.text(path)
+        found = list(COMMAND.finditer(text))
+        declares = path.startswith(DECLARATIONS) and path.endswith(("Command.cpp", "Commands.cpp"))
+        if declares and not found:
+            yield Finding("commands", path, "declares no command in a way that this check knows")
+        for match in found:
             name = match.group(1) or match.group(2)
             if f"`{name}`" not in page:
                 yield Finding("commands", f"{path}:{line_of(text, match.start())}",
