@@ -39,14 +39,20 @@ ProcessTimes TimesOf(HANDLE process) noexcept
 
 // Everybody may run the installed program. A guard that watched the process of a user without
 // rights would start no supervisor as long as that process runs.
-// @return the processes that a user runs who is not expected to run the supervisor
-std::set<DWORD> ProcessesOfOthers()
+struct Strangers {
+    std::set<DWORD> others; // a user runs them who is not expected to run the supervisor
+    std::set<DWORD> hidden; // Windows does not show who runs them
+};
+
+Strangers FindStrangers()
 {
-    std::set<DWORD> found;
+    Strangers found;
     for (const daemon_manager::SupervisorProcess& process :
          daemon_manager::IdentifySupervisor().processes) {
-        if (process.userKnown && !process.expectedUser) {
-            found.insert(process.processId);
+        if (!process.userKnown) {
+            found.hidden.insert(process.processId);
+        } else if (!process.expectedUser) {
+            found.others.insert(process.processId);
         }
     }
     return found;
@@ -56,11 +62,11 @@ std::set<DWORD> ProcessesOfOthers()
 
 std::optional<SupervisorProgram> FindSupervisor(const std::string& program)
 {
-    const std::set<DWORD> others = ProcessesOfOthers();
+    const Strangers strangers = FindStrangers();
     std::optional<SupervisorProgram> youngest;
     for (const client::v0::ImageFacts& image :
          client::v0::ProcessesOfImage(daemon_manager::kSupervisorProgram)) {
-        if (others.contains(image.processId) ||
+        if (strangers.others.contains(image.processId) ||
             (!image.path.empty() && !client::v0::IsSameFile(image.path, program))) {
             continue;
         }
@@ -74,7 +80,9 @@ std::optional<SupervisorProgram> FindSupervisor(const std::string& program)
                                      " of the supervisor cannot be opened: error " +
                                      std::to_string(error));
         }
-        if (WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0) {
+        // Whoever owns a process may let everybody open it, and hide who runs it.
+        if (strangers.hidden.contains(image.processId) ||
+            WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0) {
             continue;
         }
         SupervisorProgram found{std::move(process), image.processId, 0};

@@ -20,9 +20,10 @@ struct SupervisorProgram {
 };
 
 /// Finds a process that runs the supervisor's program. If there are several, takes the youngest:
-/// the older ones are about to end. One that was refused is younger, but ends at once. A process of
+/// the older ones are about to end. (The youngest may be a supervisor that is just being refused
+/// because another one runs. It ends at once, and the next look finds the other one.) A process of
 /// a user who is not expected to run the supervisor (daemon_manager::IdentifySupervisor) does not
-/// count.
+/// count, nor does one that can be opened although Windows does not show its user.
 /// @param program  full path of DaemonManager.exe, UTF-8
 /// @return nothing if none runs
 /// @throws std::runtime_error if the processes cannot be listed, or if a supervisor's process

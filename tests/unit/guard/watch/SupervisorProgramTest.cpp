@@ -43,6 +43,24 @@ TEST(SupervisorProgram, A_process_of_a_user_who_is_not_expected_is_not_taken_for
     EXPECT_FALSE(guard::v0::FindSupervisor(program));
 }
 
+BOOL WINAPI TokenIsRefused(HANDLE, DWORD, PHANDLE)
+{
+    SetLastError(ERROR_ACCESS_DENIED);
+    return FALSE;
+}
+
+// Whoever owns a process may let everybody open it, and nobody its token.
+TEST(SupervisorProgram, A_process_that_hides_its_user_is_not_taken_for_the_supervisor)
+{
+    const TempFolder folder;
+    const std::string program = folder.File("DaemonManager.exe");
+    std::filesystem::copy_file(TestProgram("no_windows"), program);
+    const ChildProcess child("\"" + program + "\"");
+    ASSERT_TRUE(guard::v0::FindSupervisor(program));
+    const ImportPatch token("OpenProcessToken", TokenIsRefused);
+    EXPECT_FALSE(guard::v0::FindSupervisor(program));
+}
+
 // The hand-over believes children that were created until then.
 TEST(SupervisorProgram, The_end_of_a_process_is_the_time_at_which_it_ended)
 {
