@@ -260,11 +260,11 @@ void JudgeIdentity(SupervisorIdentity& identity)
     } else if (identity.listError != 0) {
         identity.reason = "the list of processes cannot be read: Windows error " +
                           std::to_string(identity.listError);
-    } else if (ofOther != nullptr) {
-        identity.trust = SupervisorTrust::kStranger;
-    } else if (hidden != nullptr) {
+    } else if (hidden != nullptr) { // a stranger beside the supervisor must not hide it
         identity.reason =
             "this user may not examine " + ProcessName(*hidden) + ", which may be the supervisor";
+    } else if (ofOther != nullptr) {
+        identity.trust = SupervisorTrust::kStranger;
     } else {
         identity.trust = SupervisorTrust::kStranger;
         identity.reason =

@@ -36,7 +36,7 @@ enum class SupervisorTrust {
     /// own. If the program also runs as an unexpected user, reason names that process.
     kKnown,
     kUnknown, ///< it cannot be found out; reason says why
-    /// The installed program does not run, an unexpected user runs it, or the object is not its
+    /// The installed program does not run, only unexpected users run it, or the object is not its
     /// own. The member reason tells which.
     kStranger
 };

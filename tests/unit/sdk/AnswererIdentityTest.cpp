@@ -98,6 +98,16 @@ TEST_F(AnswererIdentity, The_mark_of_the_supervisor_shows_that_the_object_is_its
     EXPECT_EQ("", identity.reason);
 }
 
+TEST_F(AnswererIdentity, The_mark_decides_if_a_stranger_runs_beside_a_process_out_of_reach)
+{
+    const std::vector processes = {ProcessOf(kGuestSid, false), ProcessOutOfReach()};
+    for (const auto& [owner, trust] : {std::pair{kSystemSid, SupervisorTrust::kUnknown},
+                                       {kAdministratorsSid, SupervisorTrust::kUnknown},
+                                       {kGuestSid, SupervisorTrust::kStranger}}) {
+        EXPECT_EQ(trust, JudgedWith(processes, {false, owner}).trust);
+    }
+}
+
 TEST_F(AnswererIdentity, An_object_without_a_mark_is_a_strangers_also_if_the_supervisor_runs)
 {
     for (const auto& processes : {std::vector{ProcessOf(kUserSid)}, {ProcessOutOfReach()}}) {

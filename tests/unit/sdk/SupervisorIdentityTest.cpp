@@ -109,9 +109,18 @@ TEST(SupervisorIdentity, The_installed_program_of_an_expected_user_is_known)
 
 TEST(SupervisorIdentity, The_installed_program_of_another_user_is_a_stranger)
 {
-    const SupervisorIdentity identity = Judged({OfStranger(7), Hidden(5)});
+    const SupervisorIdentity identity = Judged({OfStranger(7), OtherProgram(3)});
     EXPECT_EQ(SupervisorTrust::kStranger, identity.trust);
     EXPECT_EQ(kGuest, identity.reason);
+}
+
+// Otherwise a stranger who runs the installed program would turn every client away that may not
+// examine the supervisor. The mark of the object decides.
+TEST(SupervisorIdentity, Another_user_beside_a_hidden_process_proves_nothing)
+{
+    const SupervisorIdentity identity = Judged({OfStranger(7), Hidden(5)});
+    EXPECT_EQ(SupervisorTrust::kUnknown, identity.trust);
+    EXPECT_EQ("this user may not examine process 5, which may be the supervisor", identity.reason);
 }
 
 TEST(SupervisorIdentity, Another_user_beside_an_expected_one_is_named)
