@@ -17,16 +17,26 @@ namespace {
 
 using client::v0::Wide;
 
-void RemoveInstalledFile(const std::string& folder, const std::string& name)
+// Whoever may read a file can hold it: a scanner does it for a moment.
+// @param patienceMs  how long to wait for held files, milliseconds; less after the call
+// @return the error of Windows; 0: the file is gone, or will be when the machine starts next
+std::uint32_t RemoveInstalledFile(const std::string& path, std::uint32_t& patienceMs)
 {
-    const std::string path = std::string(folder).append("\\").append(name);
-    if (DeleteFileW(Wide(path).c_str()) != FALSE || GetLastError() == ERROR_FILE_NOT_FOUND ||
-        GetLastError() == ERROR_PATH_NOT_FOUND) {
-        return;
+    constexpr std::uint32_t kPauseMs = 100;
+    const std::string aside = FolderOf(path) + "\\" + RandomName("~removed-") + ".exe";
+    while (DeleteFileW(Wide(path).c_str()) == FALSE && IsOnDisk(path)) {
+        if (MoveFileExW(Wide(path).c_str(), Wide(aside).c_str(), 0) != FALSE) {
+            DeleteOrLater(aside);
+            break;
+        }
+        const DWORD error = GetLastError();
+        if (error != ERROR_SHARING_VIOLATION || patienceMs < kPauseMs) {
+            return error;
+        }
+        Sleep(kPauseMs);
+        patienceMs -= kPauseMs;
     }
-    const std::string aside = folder + "\\" + RandomName("~removed-") + ".exe";
-    const bool moved = MoveFileExW(Wide(path).c_str(), Wide(aside).c_str(), 0) != FALSE;
-    DeleteOrLater(moved ? aside : path);
+    return ERROR_SUCCESS;
 }
 
 // Says which folders may be cleared by name. Looks at each folder once: it holds many files.
@@ -66,15 +76,20 @@ private:
 } // namespace
 
 std::vector<std::string> RemoveInstalledFiles(const std::string& folder,
-                                              const std::vector<std::string>& names, bool allowWeak)
+                                              const std::vector<std::string>& names, bool allowWeak,
+                                              std::uint32_t patienceMs)
 {
     ClearableFolders folders(allowWeak);
     std::vector<std::string> below;
+    std::vector<std::string> held;
     for (const std::string& name : names) {
         if (IsNameBelow(name)) {
             const std::string path = std::string(folder).append("\\").append(name);
             if (IsOnDisk(path) && folders.MayClear(FolderOf(path))) {
-                RemoveInstalledFile(folder, name);
+                if (const std::uint32_t error = RemoveInstalledFile(path, patienceMs)) {
+                    held.push_back("The file " + path + " stays: Windows error " +
+                                   std::to_string(error) + ". Delete it.");
+                }
             }
             below.push_back(name);
         }
@@ -88,7 +103,9 @@ std::vector<std::string> RemoveInstalledFiles(const std::string& folder,
     if (IsOnDisk(folder) && folders.MayClear(folder)) { // also when Windows starts next
         RemoveEmptyFolder(folder, true);
     }
-    return folders.TakeReasons();
+    std::vector<std::string> reasons = folders.TakeReasons();
+    reasons.insert(reasons.end(), held.begin(), held.end());
+    return reasons;
 }
 
 } // namespace vqrx::setup::v0

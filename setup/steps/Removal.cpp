@@ -42,7 +42,8 @@ std::string InstalledFolder()
     return folder;
 }
 
-void RemoveLog(const SetupOptions& options, Conversation& conversation)
+// @param left  gets a sentence if the log stays because of the rights of its folder
+void RemoveLog(const SetupOptions& options, std::vector<std::string>& left)
 {
     const std::string log = InstallationKey().Text("MadeLog");
     if (log.empty() || options.keepLog) {
@@ -51,7 +52,7 @@ void RemoveLog(const SetupOptions& options, Conversation& conversation)
     const auto weak =
         client::v0::WeaknessesOfParentPath(FolderOf(log), client::v0::TrustedAdministrators());
     if (!weak.empty()) { // somebody may have put another file in its place
-        conversation.Say("The log stays, because " + weak.front() + ".\n");
+        left.push_back("The log stays, because " + weak.front() + ".");
         return;
     }
     DeleteFileW(Wide(log).c_str());
@@ -60,7 +61,8 @@ void RemoveLog(const SetupOptions& options, Conversation& conversation)
     }
 }
 
-void RemoveMadeFolders(Conversation& conversation)
+// @param left  gets a sentence for each folder that stays because of the rights above it
+void RemoveMadeFolders(std::vector<std::string>& left)
 {
     for (const char* const what : {"MadeLogs", "MadeApp", "MadeRoot"}) {
         const std::string folder = InstallationKey().Text(what);
@@ -72,7 +74,7 @@ void RemoveMadeFolders(Conversation& conversation)
         if (weak.empty()) {
             RemoveEmptyFolder(folder, false);
         } else { // somebody may have put another folder in its place
-            conversation.Say("The folder " + folder + " stays, because " + weak.front() + ".\n");
+            left.push_back("The folder " + folder + " stays, because " + weak.front() + ".");
         }
     }
 }
@@ -121,11 +123,11 @@ int RemoveAll(const SetupOptions& options, Conversation& conversation)
         throw SetupError("The guard is still set up.");
     }
     UnregisterProxy(folder + "\\DaemonMgrPS.dll"); // that of another installation stays
-    const std::vector<std::string> left =
+    std::vector<std::string> left =
         RemoveInstalledFiles(folder, InstallationKey().List(kFilesNote), options.allowWeak);
     RemoveRegisteredRoot();
-    RemoveLog(options, conversation);
-    RemoveMadeFolders(conversation);
+    RemoveLog(options, left);
+    RemoveMadeFolders(left);
     if (EventSourceKey().Text("EventMessageFile") == folder + "\\daemonctl.exe") {
         EventSourceKey().Remove();
     }

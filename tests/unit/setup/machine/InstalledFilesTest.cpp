@@ -1,8 +1,13 @@
 #include "InstalledFiles.h"
 
+#include "ImportPatch.h"
 #include "OpenToEverybody.h"
 #include "TempFolder.h"
+#include "win32/UniqueHandle.h"
 
+#include <windows.h>
+
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -57,6 +62,33 @@ TEST(InstalledFiles, A_name_that_leads_out_of_the_folder_is_ignored)
     EXPECT_EQ(kNothing, RemoveInstalledFiles(temp.File("fw"), {"..\\outside", temp.File("outside")},
                                              kAllowWeak));
     EXPECT_TRUE(std::filesystem::exists(temp.File("outside")));
+}
+
+std::vector<std::string> deletedLater; // what Windows is to delete when it starts next
+
+BOOL WINAPI NoteWhatIsDeletedLater(LPCWSTR from, LPCWSTR to, DWORD flags)
+{
+    if ((flags & MOVEFILE_DELAY_UNTIL_REBOOT) != 0) {
+        deletedLater.push_back(std::filesystem::path(from).string());
+        return TRUE;
+    }
+    return MoveFileW(from, to);
+}
+
+// By the next start of Windows the file may be one of the next installation.
+TEST(InstalledFiles, A_file_that_somebody_holds_stays_and_is_not_deleted_later)
+{
+    const TempFolder temp;
+    MakeFile(temp.File("fw\\a.exe"));
+    const system::win32::v1::UniqueKernelHandle held(CreateFileA(
+        temp.File("fw\\a.exe").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    const ImportPatch move("MoveFileExW", NoteWhatIsDeletedLater);
+    deletedLater.clear();
+    EXPECT_EQ(std::vector<std::string>{"The file " + temp.File("fw\\a.exe") +
+                                       " stays: Windows error 32. Delete it."},
+              RemoveInstalledFiles(temp.File("fw"), {"a.exe"}, false, 100));
+    EXPECT_TRUE(std::filesystem::exists(temp.File("fw\\a.exe")));
+    EXPECT_THAT(deletedLater, testing::Not(testing::Contains(temp.File("fw\\a.exe"))));
 }
 
 // Whoever may change a folder can put a link in its place, which leads to files of somebody else.
