@@ -131,6 +131,12 @@ function(dm_header_library target folder)
     target_include_directories(${target} SYSTEM INTERFACE ${link_root})
 endfunction()
 
+# dm_manifest(TARGET): gives a program a manifest. Windows then reads none that lies beside the program:
+# that one could name libraries that are loaded from there in place of Windows' own, before main.
+function(dm_manifest target)
+    target_sources(${target} PRIVATE ${CMAKE_SOURCE_DIR}/cmake/program.rc)
+endfunction()
+
 # dm_version_resource(TARGET DESCRIPTION): what Windows shows as the file's version and description.
 function(dm_version_resource target description)
     get_target_property(type ${target} TYPE)

@@ -6,7 +6,10 @@ PROTECTIONS = {"HIGH_ENTROPY_VA": 0x0020, "DYNAMIC_BASE": 0x0040, "NX_COMPAT": 0
 RELOCS_STRIPPED = 0x0001  # flag of IMAGE_FILE_HEADER.Characteristics
 
 IMPORT_DIRECTORY = 1  # indexes of the data directories
+RESOURCE_DIRECTORY = 2
 RELOCATION_DIRECTORY = 5
+
+RT_MANIFEST = 24  # type of a resource (winuser.h)
 
 # The run-time library writes this text if a function finds its stack damaged. The text is part of a
 # program only if the program contains a protected function.
@@ -69,6 +72,17 @@ class ProgramFile:
                 names.add(self._text(entry + 2))  # behind a hint of two bytes
                 at += 8
         return names
+
+    def has_manifest(self):
+        """Returns whether the program has a manifest among its resources."""
+        address, size = self._directories[RESOURCE_DIRECTORY]
+        if size == 0:
+            return False
+        root = self._offset(address)
+        named, numbered = struct.unpack_from("<HH", self._content, root + 12)
+        types = [struct.unpack_from("<I", self._content, root + 16 + 8 * index)[0]
+                 for index in range(named, named + numbered)]
+        return RT_MANIFEST in types
 
     def missing_protections(self):
         """Returns the names of the protections that the headers do not ask for."""

@@ -69,6 +69,14 @@ class Programs(unittest.TestCase):
             with self.subTest(name):
                 self.assertEqual(ProgramFile(content).missing_protections(), [])
 
+    # Without one, Windows reads a manifest that lies beside the program. It can name libraries that are loaded
+    # from there in place of Windows' own, before main.
+    def test_every_program_has_a_manifest_of_its_own(self):
+        for name, content in self.programs.items():
+            if name.endswith(".exe"):
+                with self.subTest(name):
+                    self.assertTrue(ProgramFile(content).has_manifest())
+
     def test_the_programs_detect_a_damaged_stack(self):
         for name in WITH_STACK_PROTECTOR:
             with self.subTest(name):
@@ -99,6 +107,9 @@ class UnprotectedProgram(unittest.TestCase):
     def test_a_missing_stack_protector_is_found(self):
         self.assertFalse(self.build("-static").has_stack_protector())
         self.assertTrue(self.build("-static", "-fstack-protector-strong").has_stack_protector())
+
+    def test_a_missing_manifest_is_found(self):
+        self.assertFalse(self.build().has_manifest())
 
     def test_an_import_of_a_run_time_library_is_found(self):
         program = self.build("-fstack-protector-strong")
