@@ -19,8 +19,9 @@ namespace vqrx::setup::v0 {
 /// @param patienceMs how long all held files together are waited for, milliseconds; only tests give
 ///                   another value
 /// @return one sentence for each folder whose files stay, and for each single file that stays
-[[nodiscard]] std::vector<std::string>
-RemoveInstalledFiles(const std::string& folder, const std::vector<std::string>& names,
-                     bool allowWeak, std::uint32_t patienceMs = 10000);
+[[nodiscard]] std::vector<std::string> RemoveInstalledFiles(const std::string& folder,
+                                                            const std::vector<std::string>& names,
+                                                            bool allowWeak,
+                                                            std::uint32_t patienceMs = 10000);
 
 } // namespace vqrx::setup::v0
