@@ -89,6 +89,21 @@ void DeleteOrLater(const std::string& path) noexcept
     }
 }
 
+std::uint32_t MoveWhenReleased(const std::string& from, const std::string& to,
+                               std::uint32_t& patienceMs)
+{
+    constexpr std::uint32_t kPauseMs = 100;
+    while (MoveFileExW(Wide(from).c_str(), Wide(to).c_str(), 0) == FALSE) {
+        const DWORD error = GetLastError();
+        if (error != ERROR_SHARING_VIOLATION || patienceMs < kPauseMs) {
+            return error;
+        }
+        Sleep(kPauseMs);
+        patienceMs -= kPauseMs;
+    }
+    return ERROR_SUCCESS;
+}
+
 void RemoveEmptyFolder(const std::string& path, bool later) noexcept
 {
     const std::wstring wide = Wide(path);
@@ -142,7 +157,8 @@ std::string FileSwap::TakeBack() noexcept
     std::string left;
     for (; !movements_.empty(); movements_.pop_back()) {
         const auto& [from, to] = movements_.back();
-        if (const std::uint32_t error = MoveBack(to, from); error != ERROR_SUCCESS) {
+        const std::uint32_t error = MoveWhenReleased(to, from, patienceMs_);
+        if (error != ERROR_SUCCESS) {
             left.append("The file ").append(to).append(" could not be moved back to ").append(from);
             left.append(" (Windows error ").append(std::to_string(error)).append(").\n");
         }
@@ -195,24 +211,6 @@ void FileSwap::Move(const std::string& from, const std::string& to)
         FailForFile("replaced", to, GetLastError());
     }
     movements_.emplace_back(from, to);
-}
-
-// Whoever may read a file can hold it so that nobody can move it: a scanner does it for a moment.
-// Windows is not asked to move the file when it starts next: the installer may have run again by
-// then, and the former file would take the place of a newer one.
-// @return the error of Windows; 0: moved
-std::uint32_t FileSwap::MoveBack(const std::string& from, const std::string& to)
-{
-    constexpr std::uint32_t kPauseMs = 100;
-    while (MoveFileExW(Wide(from).c_str(), Wide(to).c_str(), 0) == FALSE) {
-        const DWORD error = GetLastError();
-        if (error != ERROR_SHARING_VIOLATION || patienceMs_ < kPauseMs) {
-            return error;
-        }
-        Sleep(kPauseMs);
-        patienceMs_ -= kPauseMs;
-    }
-    return ERROR_SUCCESS;
 }
 
 void FileSwap::SetAside(const std::string& name)

@@ -56,7 +56,6 @@ public:
 
 private:
     void Move(const std::string& from, const std::string& to);
-    [[nodiscard]] std::uint32_t MoveBack(const std::string& from, const std::string& to);
     void SetAside(const std::string& name);
 
     std::string folder_;
@@ -76,6 +75,14 @@ private:
 
 /// Returns the folders of all names, each once, an inner folder before the one that holds it. Pure.
 [[nodiscard]] std::vector<std::string> FoldersInside(const std::vector<std::string>& names);
+
+/// Moves a file, and waits while somebody holds it so that nobody can move it. Whoever may read a
+/// file can do that: a scanner does it for a moment. Windows is not asked to move the file when it
+/// starts next: by then a newer file may be in one of the two places.
+/// @param patienceMs  how long to wait, milliseconds; the time that was waited is taken off
+/// @return the error of Windows; 0: moved
+[[nodiscard]] std::uint32_t MoveWhenReleased(const std::string& from, const std::string& to,
+                                             std::uint32_t& patienceMs);
 
 /// Deletes a file. If a program uses it, Windows deletes it when it starts next.
 void DeleteOrLater(const std::string& path) noexcept;

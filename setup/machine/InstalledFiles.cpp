@@ -17,26 +17,22 @@ namespace {
 
 using client::v0::Wide;
 
-// Whoever may read a file can hold it: a scanner does it for a moment.
+// @param folder      of the programs: a file that is in use goes there, so that the folders below
+//                    it become empty
 // @param patienceMs  how long to wait for held files, milliseconds; less after the call
 // @return the error of Windows; 0: the file is gone, or will be when the machine starts next
-std::uint32_t RemoveInstalledFile(const std::string& path, std::uint32_t& patienceMs)
+std::uint32_t RemoveInstalledFile(const std::string& folder, const std::string& path,
+                                  std::uint32_t& patienceMs)
 {
-    constexpr std::uint32_t kPauseMs = 100;
-    const std::string aside = FolderOf(path) + "\\" + RandomName("~removed-") + ".exe";
-    while (DeleteFileW(Wide(path).c_str()) == FALSE && IsOnDisk(path)) {
-        if (MoveFileExW(Wide(path).c_str(), Wide(aside).c_str(), 0) != FALSE) {
-            DeleteOrLater(aside);
-            break;
-        }
-        const DWORD error = GetLastError();
-        if (error != ERROR_SHARING_VIOLATION || patienceMs < kPauseMs) {
-            return error;
-        }
-        Sleep(kPauseMs);
-        patienceMs -= kPauseMs;
+    if (DeleteFileW(Wide(path).c_str()) != FALSE || !IsOnDisk(path)) {
+        return ERROR_SUCCESS;
     }
-    return ERROR_SUCCESS;
+    const std::string aside = folder + "\\" + RandomName("~removed-") + ".exe";
+    const std::uint32_t error = MoveWhenReleased(path, aside, patienceMs);
+    if (error == ERROR_SUCCESS) {
+        DeleteOrLater(aside);
+    }
+    return error;
 }
 
 // Says which folders may be cleared by name. Looks at each folder once: it holds many files.
@@ -86,7 +82,7 @@ std::vector<std::string> RemoveInstalledFiles(const std::string& folder,
         if (IsNameBelow(name)) {
             const std::string path = std::string(folder).append("\\").append(name);
             if (IsOnDisk(path) && folders.MayClear(FolderOf(path))) {
-                if (const std::uint32_t error = RemoveInstalledFile(path, patienceMs)) {
+                if (const std::uint32_t error = RemoveInstalledFile(folder, path, patienceMs)) {
                     held.push_back("The file " + path + " stays: Windows error " +
                                    std::to_string(error) + ". Delete it.");
                 }

@@ -111,8 +111,9 @@ protected:
         }
     };
 
-    /// Waits for the end of the report that is being made, if any. It does not show what was done
-    /// after its beginning, but it would be written to a sink that is set before its end.
+    /// Waits until the logger has written a report. The worker may just be making one, whose
+    /// figures are older than this call. A sink that the test sets afterwards gets only newer
+    /// reports.
     void AwaitEndOfReport()
     {
         logger.SetPerformanceSink(&others);

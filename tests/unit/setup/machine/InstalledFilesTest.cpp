@@ -64,6 +64,12 @@ TEST(InstalledFiles, A_name_that_leads_out_of_the_folder_is_ignored)
     EXPECT_TRUE(std::filesystem::exists(temp.File("outside")));
 }
 
+BOOL WINAPI RefuseToDelete(LPCWSTR)
+{
+    SetLastError(ERROR_ACCESS_DENIED);
+    return FALSE;
+}
+
 std::vector<std::string> deletedLater; // what Windows is to delete when it starts next
 
 BOOL WINAPI NoteWhatIsDeletedLater(LPCWSTR from, LPCWSTR to, DWORD flags)
@@ -73,6 +79,24 @@ BOOL WINAPI NoteWhatIsDeletedLater(LPCWSTR from, LPCWSTR to, DWORD flags)
         return TRUE;
     }
     return MoveFileW(from, to);
+}
+
+// Windows can move a file that a program runs from, and not delete it.
+TEST(InstalledFiles, A_file_in_use_leaves_its_folder_which_is_removed)
+{
+    const TempFolder temp;
+    MakeFile(temp.File("fw\\docs\\a.md"));
+    const system::win32::v1::UniqueKernelHandle used(
+        CreateFileA(temp.File("fw\\docs\\a.md").c_str(), GENERIC_READ, FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, 0, nullptr));
+    const ImportPatch refuse("DeleteFileW", RefuseToDelete);
+    const ImportPatch move("MoveFileExW", NoteWhatIsDeletedLater);
+    deletedLater.clear();
+    EXPECT_EQ(kNothing, RemoveInstalledFiles(temp.File("fw"), {"docs\\a.md"}, false));
+    EXPECT_FALSE(std::filesystem::exists(temp.File("fw\\docs")));
+    ASSERT_EQ(2U, deletedLater.size()); // the file, then its folder
+    EXPECT_TRUE(deletedLater[0].starts_with(temp.File("fw\\~removed-"))) << deletedLater[0];
+    EXPECT_EQ(temp.File("fw"), deletedLater[1]);
 }
 
 // By the next start of Windows the file may be one of the next installation.
