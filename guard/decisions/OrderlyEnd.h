@@ -23,8 +23,8 @@ struct EndedSupervisor {
 };
 
 /// Finds out whether somebody ordered the end of a supervisor: by "daemonctl exit", by Ctrl+C in
-/// its console, or by a shutdown of Windows. The exit code alone does not show that: whoever
-/// terminates a process chooses its exit code. Pure.
+/// its console, by closing the console, or by a shutdown of Windows. The exit code alone does not
+/// show that: whoever terminates a process chooses its exit code. Pure.
 ///
 /// The end was ordered if the records of this process show
 /// - a client's request to exit since the beginning of the watch; or

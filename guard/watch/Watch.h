@@ -29,7 +29,7 @@ struct WatchTimes {
     DWORD dumpMs = 60000;          ///< the longest wait for the dump of a supervisor that hangs
     DWORD stillStartingMs = 10000; ///< until the log says that the supervisor is not published yet
     DWORD staleMs = 5000;          ///< for the publication of an ended supervisor to vanish
-    DWORD tryAgainMs = 60000;      ///< the longest wait between two tries, see TakeOverTries
+    DWORD tryAgainMs = 60000;      ///< the longest wait in the first hour, see TakeOverTries
     DWORD exitMs = client::v0::kSupervisorEndMs; ///< for the supervisor to end after an order
 };
 
@@ -58,9 +58,10 @@ public:
     Watch& operator=(const Watch&) = delete;
     ~Watch() = default;
 
-    /// Returns after somebody ordered the end of the supervisor. After `stop`, orders the
-    /// supervisor to end, waits for that, and then returns. The daemons run on in both
-    /// cases. The calling thread must be a member of COM's multithreaded apartment.
+    /// Returns after somebody ordered the end of the supervisor. After `stop`, orders a published
+    /// supervisor to end, waits at most exitMs for that, and then returns; terminates one that it
+    /// has just started and that is not published yet. The daemons run on in both cases. The
+    /// calling thread must be a member of COM's multithreaded apartment.
     void Run();
 
 private:

@@ -16,7 +16,7 @@ inline constexpr DWORD kGuardEndMs = 20000;
 /// How long EndGuards() waits. Milliseconds.
 struct GuardLimits {
     DWORD patienceMs = 0; ///< for the guards to end by themselves
-    /// For a service that is just starting to take the request to stop.
+    /// How long to ask a service that is still starting to stop, until it takes the request.
     DWORD stopRequestMs = 15000;
     DWORD terminationMs = 10000; ///< for the end of a process that was terminated
 };
@@ -27,7 +27,8 @@ struct GuardLimits {
 ///   guard ends its supervisor in order; the daemons run on.
 /// - It terminates a guard of a session. The supervisor and the daemons run on.
 /// @param folder    folder of the programs, UTF-8
-/// @param hasEnded  becomes true when a guard has to be ended, before that is tried
+/// @param hasEnded  becomes true before the first attempt to end a guard, so that the caller knows
+///                  it also after an exception
 /// @return whether one had to be ended; it may have started a supervisor just before
 /// @throws SetupError if a guard runs on
 [[nodiscard]] bool EndGuards(const std::string& folder, const GuardLimits& limits, bool& hasEnded);

@@ -22,8 +22,9 @@ struct PayloadFile {
 /// Reads the files that follow a program. Their layout, numbers little-endian:
 ///   8 bytes   "DMSETUP1"
 ///   8 bytes   length of all that follows
-///   4 bytes   number of the files, then for each: 4 bytes length of the name, the name, 8 bytes
-///   length the contents, without gaps
+///   4 bytes   number of the files
+///   for each file: 4 bytes length of its name, the name, 8 bytes length of its contents
+///   the contents of all files, in this order, without gaps
 /// @param bytes   begins after the program; bytes after the contents, such as a signature, are
 ///                ignored
 /// @param digest  SHA-256 of all that follows the first two fields. The running program itself

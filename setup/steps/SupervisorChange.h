@@ -24,9 +24,10 @@ public:
     /// Finds the supervisors that run now. @throws SetupError as the constructor
     [[nodiscard]] SupervisorChange LookAgain() const { return {conversation_, client_}; }
 
-    /// If this look found no supervisor, takes over the one that a later look found and ended. If
-    /// it found one, its account, its program and its list of the daemons stay, and the later list
-    /// is deleted. Overlooked() becomes that of the later look.
+    /// Joins a later look to this one. The supervisor that was found first counts: its account, its
+    /// program and its list of the daemons stay, and the list of a second supervisor is deleted. If
+    /// this look found none, it takes over what the later look found and ended. Overlooked()
+    /// becomes that of the later look.
     void Follow(SupervisorChange&& later);
 
     /// Whether a supervisor ran when this object was made.

@@ -5,7 +5,8 @@
 namespace vqrx::app::v0 {
 
 /// Asks the main thread to end the program, by posting WM_QUIT to it. Does so for Ctrl+C,
-/// Ctrl+Break, a closed console window and a system shutdown. Returns at once: it does not wait for
+/// Ctrl+Break, a closed console window and a system shutdown. (Windows sends the last one only to
+/// services.) Returns at once: it does not wait for
 /// the shutdown of the program.
 /// After Ctrl+C and Ctrl+Break the shutdown runs to its end. It may be incomplete after a closed
 /// console or a system shutdown: then Windows ends the process as soon as this function returns.
