@@ -1,6 +1,7 @@
 #include "ProtectedObjects.h"
 
 #include "AccountNames.h"
+#include "ContentToDisk.h"
 #include "Utf8.h"
 #include "win32/LocalMemory.h"
 #include "win32/UniqueHandle.h"
@@ -71,19 +72,11 @@ std::uint32_t WriteProtectedFile(const std::string& path, const std::string& con
     if (attributes.Error() != 0) {
         return attributes.Error();
     }
-    const UniqueKernelHandle file(CreateFileW(Wide(path).c_str(), GENERIC_WRITE, 0,
+    const UniqueKernelHandle file(CreateFileW(Wide(path).c_str(), GENERIC_WRITE | DELETE, 0,
                                               attributes.Get(), CREATE_NEW,
                                               FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT,
                                               nullptr)); // not through a link that leads nowhere
-    if (!file) {
-        return GetLastError();
-    }
-    DWORD written = 0;
-    if (WriteFile(file.Get(), content.data(), static_cast<DWORD>(content.size()), &written,
-                  nullptr) == FALSE) {
-        return GetLastError();
-    }
-    return written == content.size() ? 0 : ERROR_DISK_FULL;
+    return file ? WriteToDisk(file.Get(), content) : GetLastError();
 }
 
 std::string SidOfAccount(const std::string& account)

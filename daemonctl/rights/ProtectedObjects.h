@@ -20,10 +20,11 @@ enum class FolderUse {
                                                 const std::string& accountSid);
 
 /// Writes a new file that only SYSTEM, administrators and the user of this process may read and
-/// write. It has these rights before its first byte. An existing file is not touched: it may be
-/// somebody's, or a link.
+/// write, and waits until it is on the disk. It has these rights before its first byte. An existing
+/// file is not touched: it may be somebody's, or a link.
 /// @param path  UTF-8
-/// @return the Windows error; 0: written. ERROR_FILE_EXISTS: nothing was changed
+/// @return the Windows error; 0: written. ERROR_FILE_EXISTS: nothing was changed. After another
+///         error no part of the file is left
 [[nodiscard]] std::uint32_t WriteProtectedFile(const std::string& path, const std::string& content);
 
 /// Returns the SID of an account.

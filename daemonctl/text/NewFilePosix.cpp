@@ -30,7 +30,7 @@ bool WriteNewFile(const std::filesystem::path& path, std::string_view content)
     if (file < 0) {
         return false;
     }
-    const bool written = WriteToDescriptor(file, content);
+    const bool written = WriteToDescriptor(file, content) && fsync(file) == 0;
     const bool closed = close(file) == 0;
     if (!written || !closed) {
         unlink(path.c_str());

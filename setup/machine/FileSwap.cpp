@@ -1,5 +1,6 @@
 #include "FileSwap.h"
 
+#include "ContentToDisk.h"
 #include "ProtectedObjects.h"
 #include "RandomName.h"
 #include "SetupError.h"
@@ -29,17 +30,11 @@ using system::win32::v1::UniqueKernelHandle;
 // program.
 void WriteNewFile(const std::string& path, std::string_view content)
 {
-    const UniqueKernelHandle file(CreateFileW(Wide(path).c_str(), GENERIC_WRITE, 0, nullptr,
-                                              CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
-    DWORD written = 0;
-    if (!file ||
-        WriteFile(file.Get(), content.data(), static_cast<DWORD>(content.size()), &written,
-                  nullptr) == FALSE ||
-        FlushFileBuffers(file.Get()) == FALSE) {
-        FailForFile("written", path, GetLastError());
-    }
-    if (written != content.size()) {
-        FailForFile("written", path, ERROR_DISK_FULL);
+    const UniqueKernelHandle file(CreateFileW(Wide(path).c_str(), GENERIC_WRITE | DELETE, 0,
+                                              nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const DWORD error = file ? client::v0::WriteToDisk(file.Get(), content) : GetLastError();
+    if (error != ERROR_SUCCESS) {
+        FailForFile("written", path, error);
     }
 }
 

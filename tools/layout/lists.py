@@ -84,6 +84,7 @@ NO_MESSAGES = {
 # Sources that have no test file of their own name: the test file with the cases that fail when the
 # source is wrong.
 TESTED_BY = {
+    "daemonctl/text/ContentToDisk.cpp": "tests/unit/daemonctl/text/NewFileTest.cpp",
     "daemonctl/autostart/GuardRunValue.cpp": "tests/unit/daemonctl/autostart/AutostartTest.cpp",
     "daemonctl/autostart/GuardServiceEntry.cpp": "tests/unit/daemonctl/autostart/AutostartTest.cpp",
     "daemonctl/commands/AutostartCommand.cpp": "tests/integration/AutostartTest.cpp",

@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 namespace vqrx::test {
@@ -52,6 +53,12 @@ HANDLE WINAPI NoteFile(LPCWSTR, DWORD, DWORD sharing, LPSECURITY_ATTRIBUTES attr
     NoteList(attributes);
     SetLastError(ERROR_ACCESS_DENIED);
     return INVALID_HANDLE_VALUE;
+}
+
+BOOL WINAPI RefuseToFlush(HANDLE)
+{
+    SetLastError(ERROR_DISK_FULL);
+    return FALSE;
 }
 
 } // namespace
@@ -97,6 +104,16 @@ TEST(ProtectedObjects, A_file_is_written_once_and_an_existing_one_is_not_touched
     EXPECT_EQ(0U, WriteProtectedFile(path, "first\n"));
     EXPECT_EQ(DWORD{ERROR_FILE_EXISTS}, WriteProtectedFile(path, "second"));
     EXPECT_EQ("first\n", FileContent(path));
+}
+
+// A power failure after the call must not leave an empty listing, and a failed call no half of one.
+TEST(ProtectedObjects, A_file_whose_content_does_not_reach_the_disk_is_removed)
+{
+    const TempFolder folder;
+    const std::string path = folder.File("listing");
+    const ImportPatch patch("FlushFileBuffers", RefuseToFlush);
+    EXPECT_EQ(DWORD{ERROR_DISK_FULL}, WriteProtectedFile(path, "text"));
+    EXPECT_FALSE(std::filesystem::exists(path));
 }
 
 TEST(ProtectedObjects, An_account_is_found_by_its_name_or_its_SID)

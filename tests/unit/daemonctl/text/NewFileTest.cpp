@@ -59,6 +59,22 @@ TEST(NewFile, is_removed_if_the_disk_is_full)
     EXPECT_FALSE(std::filesystem::exists(folder.File("new")));
 }
 
+BOOL WINAPI RefuseToFlush(HANDLE)
+{
+    SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+// Its maker gives it the name of an older file next. A power failure after that must not leave an
+// empty one.
+TEST(NewFile, is_removed_if_its_content_does_not_reach_the_disk)
+{
+    const TempFolder folder;
+    const ImportPatch patch("FlushFileBuffers", RefuseToFlush);
+    EXPECT_FALSE(WriteNewFile(folder.File("new"), "text"));
+    EXPECT_FALSE(std::filesystem::exists(folder.File("new")));
+}
+
 #else // Wine makes no links
 
 TEST(NewFile, is_not_made_through_a_link_that_somebody_has_prepared)
