@@ -63,6 +63,10 @@ if(DM_SANITIZE STREQUAL "trap")
 elseif(DM_SANITIZE)
     target_compile_options(dm_options INTERFACE
         $<$<COMPILE_LANGUAGE:CXX>:-fsanitize=${DM_SANITIZE};-fno-sanitize-recover=all;-fno-omit-frame-pointer;$<$<CONFIG:Debug>:-Og>>)
+    # These two checks take a quarter of the time of compiling test code, and a null pointer that test code
+    # follows ends the program without them too.
+    target_compile_options(dm_options INTERFACE
+        $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<BOOL:$<TARGET_PROPERTY:DM_TEST_CODE>>>:-fno-sanitize=null,alignment>)
     target_link_options(dm_options INTERFACE -fsanitize=${DM_SANITIZE})
     # The address sanitizer does not see an index that is too large inside an object, such as that of a
     # member of type std::array.

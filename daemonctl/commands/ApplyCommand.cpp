@@ -92,7 +92,7 @@ void AddApplyCommand(const CommandDefinition& app, int& exitCode)
     command.Option("FILE", arguments->file, "The fleet file: one program per line, see check")
         .Required();
     command.Flag("--prune", arguments->options.prune,
-                 "Also stop the daemons that the file does not name, attached ones too");
+                 "Also stop the daemons that fit no line of the file, attached ones too");
     command.Flag("--dry-run", arguments->options.dryRun,
                  "Print what the command would do, and do nothing");
     command.Flag("--trust", arguments->trust,

@@ -113,8 +113,8 @@ public:
         return FlushOutput();
     }
 
-    /// Writes everything that waits. If no record fits a daemon or program that was asked for, says
-    /// so: its name may be misspelt.
+    /// Writes everything that waits. If a daemon or program was asked for and no record is shown,
+    /// says so: its name may be misspelt.
     /// @return false if output was lost
     bool Finish()
     {

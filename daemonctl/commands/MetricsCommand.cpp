@@ -74,6 +74,7 @@ std::string MakeMetrics()
     const SupervisorRun* const run =
         machine.supervisorUp ? FindRunOfThisMachine(timeline) : nullptr;
     if (run == nullptr) {
+        // A log that does not show the supervisor which runs says nothing about its daemons.
         machine.logReadable = machine.logReadable && !machine.supervisorUp;
         return MetricsText(machine, {});
     }
@@ -134,7 +135,7 @@ void AddMetricsCommand(const CommandDefinition& app, int& exitCode)
         app.Command("metrics", "Write metrics of supervisor and daemons for a monitoring system");
     command
         .Option("--output", options->output,
-                "Replace this file, at once; its name should end with .prom")
+                "Replace this file in one step; its name should end with .prom")
         .Word("FILE");
     command
         .Option("--every", options->everySeconds,

@@ -36,7 +36,7 @@ bool RunsBatchFile(const std::vector<std::string>& ofInterpreter, const Expected
            WithoutCase(text.substr(0, text.size() - arguments.size())).ends_with(WithoutCase(path));
 }
 
-// Makes the plan line by line. Each function takes the lines that the functions before it left.
+// Makes the plan in passes. TakeDaemons and PlanWithoutDaemon take the lines that are still open.
 class FleetPlanner {
 public:
     FleetPlanner(const std::vector<ExpectedProgram>& lines,

@@ -35,9 +35,9 @@ struct FleetMember {
 struct FleetPlan {
     /// One for each line with a program, in the order of the lines.
     std::vector<FleetMember> members;
-    std::vector<std::size_t> surplus;  ///< indexes of the daemons that the file does not name
+    std::vector<std::size_t> surplus;  ///< indexes of the daemons that fit no line
     std::vector<std::string> errors;   ///< "line 3: ..."; if there is one, nothing may be done
-    std::vector<std::string> warnings; ///< "line 3: ..."; the program file does not exist
+    std::vector<std::string> warnings; ///< "line 3: ..."; what may go wrong later
 };
 
 /// A process that no running process has started, and its arguments.

@@ -30,8 +30,8 @@ constexpr std::uint32_t kChangeKey = kWriteData | kAppendData | kMakeLink | kDel
                                      kWriteOwner | kGenericAll | kGenericWrite;
 
 // Nobody can rename the root of a drive, remove it, or make a junction of it while something lies
-// in it. On data drives everybody often has the right to change it, which on other folders allows
-// just that.
+// in it. On a data drive everybody often has these rights on the root. On any other folder they
+// would allow all three.
 std::uint32_t ReplaceMaskOf(const ObjectRights& rights)
 {
     constexpr std::size_t kRootLength = 3; // of "D:\"

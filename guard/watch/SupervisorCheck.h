@@ -35,7 +35,7 @@ public:
 
 private:
     struct Question;
-    std::shared_ptr<Question> question_; // that has no answer yet; shared with its thread
+    std::shared_ptr<Question> question_; // the one without an answer; shared with its thread
     BackgroundTask task_;
 };
 

@@ -20,7 +20,7 @@ using log::i_logger::v0::kLevelError;
 using log::i_logger::v0::kLevelInformation;
 using log::i_logger::v0::kLevelWarning;
 
-constexpr DWORD kTakeOverLimitMs = 15000; // for a hand-over that is given up to end
+constexpr DWORD kTakeOverLimitMs = 15000; // the wait for the thread of an abandoned hand-over
 constexpr std::size_t kMostFormer = 100;
 constexpr ULONGLONG kSayAgainMs = 60000;
 
@@ -184,8 +184,8 @@ Watch::End Watch::AwaitPublication(const SupervisorProgram& supervisor, bool& is
                                    ": " + reason + "; the guard waits on");
             sayAtMs = waitedMs + kSayAgainMs;
         }
-        // The supervisor may hang since before the guard began. The entry of an ended supervisor
-        // answers with an error at once, and does not count.
+        // The supervisor may have hung already when the guard began. The entry of an ended
+        // supervisor answers with an error at once, and does not count.
         if (!check.isInTime && GetTickCount64() >= checkTick) {
             if (Hangs(counter, check)) {
                 EndHanging(supervisor, settings_.dumpFile, settings_.times.dumpMs, *log_);

@@ -17,10 +17,10 @@ using client::v0::FolderUse;
 using client::v0::ObjectRights;
 using client::v0::Wide;
 
-// Other programs may need the folder above as it is.
+// Without commands: other programs may need the folder above as it is.
 constexpr const char* kSetRightsAbove =
     "Let only administrators own and change the folders that are named above.\n";
-// The commands would change what the link leads to.
+// Without commands: they would change what the link leads to.
 constexpr const char* kRemoveLink =
     "Remove the link. Do not set rights through it: what it leads to would get them.\n";
 
@@ -43,7 +43,7 @@ bool IsLinked(const std::vector<std::string>& way)
     });
 }
 
-// The commands that set the rights of a file, or of a folder as it would be made.
+// The commands that give a file or a folder the rights that a new one would get.
 std::string Commands(const ObjectRights& rights, FolderUse use, const std::string& accountSid,
                      const client::v0::TrustedSids& trusted)
 {
@@ -77,7 +77,7 @@ std::string WithWarnings(const std::string& remedy)
     return "Nothing was changed. Whoever can change it can become administrator through the "
            "supervisor.\n" +
            remedy +
-           "Or choose another folder, if it is one that you choose. Or accept the risk with "
+           "If setup lets you choose this folder, choose another one. Or accept the risk with "
            "/ALLOWWEAK.";
 }
 
@@ -136,13 +136,13 @@ void SafeFolders::Check(const std::string& path, FolderUse use) const
 void SafeFolders::CheckLibrary(const std::string& path) const
 {
     const std::vector<std::string> way = client::v0::WayTo(path);
-    if (path.find(":\\") != 1 || way.size() < 2) { // Windows looks for another name in many folders
+    if (path.find(":\\") != 1 || way.size() < 2) { // Windows searches many folders for such a name
         Refuse(path, {path + " is no full path on a drive of this machine"}, "");
         return;
     }
     const std::string& folder = way[1];
     if (!IsOnDisk(folder)) {
-        Refuse(path, {folder + " does not exist, so that somebody may make it"}, "");
+        Refuse(path, {folder + " does not exist, so somebody could make it"}, "");
         return;
     }
     CheckPath(folder, FolderUse::kPrograms);

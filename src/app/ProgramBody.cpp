@@ -43,7 +43,8 @@ constexpr const char* kFailedUnnamed = "Unknown exception occured";
 constexpr int kLogThreshold = log::i_logger::v0::kLevelDetail;
 constexpr DWORD kCheckInterval = 1000; // milliseconds
 
-// Adds the log file as a sink. If there is no firmware root, the program logs to the console only.
+// Adds the log file as a sink. Supervise has read the firmware root before; if it has gone since,
+// the program logs to the console only.
 void AddLogFile(LogFileSink& sink, LibLogPerf& logger)
 {
     std::string root;
@@ -92,7 +93,7 @@ void PumpMessages()
 // 6. fileSink.
 // 7. escapeSequences, quickEdit: they restore the modes of the console window.
 // If a limit of step 2 or 3 passes, ForcedEnd logs that and ends the process at once, without the
-// steps that follow. After an exception it prints the exception's line first.
+// steps that follow. After an exception it also prints the exception's line.
 void Supervise()
 {
     std::string firmwareRoot;
@@ -125,7 +126,7 @@ void Supervise()
         SetConsoleTitleA("DaemonManager");
         MakeMessageQueue();
         manager.emplace(GetCurrentThreadId(), kCheckInterval, &logger, forcedEnd);
-        com::PermitUnmarshalerOfWmi(); // COM's security is set now
+        com::PermitUnmarshalerOfWmi(); // its security is set now, unless WMI failed
         MakeRotRegistration(registration, manager->Object(), logger);
         InstallConsoleCtrlHandler();
         PumpMessages();

@@ -95,7 +95,7 @@ ULONG DaemonManager::Release() noexcept
         return remaining;
     }
     if (options_.releasedEvent != nullptr && GetCurrentThreadId() != makerThreadId_) {
-        // From here on the maker may delete the object: no member is used after this.
+        // After this call no member may be used: the maker may have deleted the object.
         SetEvent(options_.releasedEvent);
     } else {
         delete this;
@@ -180,7 +180,7 @@ HRESULT DaemonManager::StopDaemon(DWORD daemonId)
         firewall_->RemoveApplication(daemon.executablePath);
         return ResultOf(StopProcess(*logger_, daemon, options_.stopTimings));
     } catch (...) {
-        // Memory ran out before the process was ended: the daemon stays as it was.
+        // Memory ran out before the process was ended; it may have been asked to end.
         PutBack(std::move(taken));
         throw;
     }

@@ -21,6 +21,7 @@ WORD ColourOf(int level) noexcept
     return level >= 0 && index < kLevelColours.size() ? kLevelColours[index] : kGrey;
 }
 
+// The text goes to standard error. On a console both streams are the same screen.
 void SetColour(WORD attribute) noexcept
 {
     SetConsoleTextAttribute(GetStdHandle(STD_OUTPUT_HANDLE), attribute);
