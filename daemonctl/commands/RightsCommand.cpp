@@ -1,5 +1,6 @@
 #include "Commands.h"
 
+#include "ContentRights.h"
 #include "ExitCode.h"
 #include "ObjectRights.h"
 #include "PasteableText.h"
@@ -22,17 +23,41 @@ struct RightsOptions {
     std::vector<std::string> paths;
     std::string make;
     std::string account;
+    bool below = false;
 };
 
-// Prints the weaknesses of a path. @return whether it has none
-bool PrintWeaknesses(const std::string& path)
+void PrintVerdict(const std::string& path, const std::vector<std::string>& weaknesses)
 {
-    const std::vector<std::string> found = WeaknessesOfPath(path, TrustedAdministrators());
-    PrintText((found.empty() ? "ok    " : "weak  ") + Printable(path) + "\n");
-    for (const std::string& weakness : found) {
+    PrintText((weaknesses.empty() ? "ok    " : "weak  ") + Printable(path) + "\n");
+    for (const std::string& weakness : weaknesses) {
         PrintText("      " + Printable(weakness) + "\n");
     }
+}
+
+// Prints the weaknesses of a path. @return whether it has none
+bool PrintWeaknesses(const std::string& path, const TrustedSids& trusted)
+{
+    const std::vector<std::string> found = WeaknessesOfPath(path, trusted);
+    PrintVerdict(path, found);
     return found.empty();
+}
+
+// Prints what lies below a path and has a weakness. @return whether nothing has
+bool PrintWeakContent(const std::string& path, const TrustedSids& trusted)
+{
+    bool isSound = true;
+    const std::vector<std::string> way = WayTo(path);
+    if (way.empty()) {
+        return false; // it lies on a network, which was said before
+    }
+    EachBelow(way.front(), [&](const ObjectRights& rights) {
+        if (const std::vector<std::string> found = Weaknesses(rights, trusted); !found.empty()) {
+            isSound = false;
+            PrintVerdict(rights.path, found);
+        }
+        return true;
+    });
+    return isSound;
 }
 
 constexpr const char* kExamples = "For examples: daemonctl rights --help";
@@ -81,9 +106,12 @@ int Rights(const RightsOptions& options)
         }
     }
     int exitCode = kDone;
+    const TrustedSids trusted = TrustedAdministrators();
     for (const std::string& path : options.paths) {
         if (options.make.empty()) {
-            exitCode = PrintWeaknesses(path) ? exitCode : static_cast<int>(kNothingToDo);
+            bool isSound = PrintWeaknesses(path, trusted);
+            isSound = (!options.below || PrintWeakContent(path, trusted)) && isSound;
+            exitCode = isSound ? exitCode : static_cast<int>(kNothingToDo);
         } else if (const int made =
                        Make(path, options.make == "logs" ? FolderUse::kLogs : FolderUse::kPrograms,
                             accountSid);
@@ -103,16 +131,22 @@ void AddRightsCommand(const CommandDefinition& app, int& exitCode)
         "rights",
         "Show who else than administrators may change a file or folder, or make a folder");
     command.Option("PATH", options->paths, "Full path of a file or a folder").Required();
+    const OptionDefinition below =
+        command.Flag("--below", options->below,
+                     "Also look at everything below, and show what others may change; links are "
+                     "not entered");
     command
         .Option("--make", options->make,
                 "Make the folder with rights of its own. programs: users may read and "
                 "execute; logs: only SYSTEM, administrators and the account may enter")
-        .OneOf({"programs", "logs"});
+        .OneOf({"programs", "logs"})
+        .Excludes(below);
     command.Option("--account", options->account,
                    "Account of the supervisor, if it is no administrator; for --make logs");
     command.Footer(
         "Examples:\n"
         "  daemonctl rights C:\\FIRMWARE\\App\n"
+        "  daemonctl rights --below C:\\FIRMWARE\\App\n"
         "  daemonctl rights --make programs C:\\FIRMWARE C:\\FIRMWARE\\App\n"
         "  daemonctl rights --make logs --account video C:\\FIRMWARE\\Logs\n"
         "The command also looks at all folders above. Trusted are SYSTEM, administrators, Windows'\n"

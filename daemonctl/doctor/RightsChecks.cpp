@@ -61,6 +61,16 @@ public:
         }
     }
 
+    // Counts objects that can be changed, and are not named.
+    void AddFurther(std::size_t number, const std::string& folder)
+    {
+        if (number != 0) {
+            count_ += number;
+            text_ += "\nand " + std::to_string(number) + " more below " + folder;
+            remedies_.emplace_back("For the rest: daemonctl doctor");
+        }
+    }
+
     [[nodiscard]] std::size_t Count() const noexcept { return count_; }
     [[nodiscard]] const std::string& Text() const noexcept { return text_; }
     [[nodiscard]] const char* Deed() const noexcept
@@ -85,6 +95,67 @@ private:
     std::vector<std::string> remedies_;
 };
 
+// Returns whether what lies below one of the folders is looked at, and so this object with it.
+bool IsInContents(const std::string& path, const RightsFacts& facts)
+{
+    return std::any_of(facts.contents.begin(), facts.contents.end(), [&](const auto& content) {
+        return WithoutCase(path).starts_with(WithoutCase(content.folder) + "\\");
+    });
+}
+
+// Returns whether the object is a place that is judged by its role.
+bool IsPlaceOfItsOwn(const ObjectRights& rights, const RightsFacts& facts)
+{
+    const std::string path = WithoutCase(rights.path);
+    return std::any_of(facts.places.begin(), facts.places.end(), [&](const PlaceFacts& place) {
+        return place.role != PlaceFacts::Role::kAbove && WithoutCase(place.rights.path) == path;
+    });
+}
+
+// Returns whether a folder above a program is among the weak ones below a folder of programs. There
+// it is judged more strictly: nobody else may even add a file to it.
+bool IsWeakContent(const PlaceFacts& place, const RightsFacts& facts)
+{
+    const std::string path = WithoutCase(place.rights.path);
+    return place.role == PlaceFacts::Role::kAbove &&
+           std::any_of(facts.contents.begin(), facts.contents.end(), [&](const auto& content) {
+               return std::any_of(
+                   content.weak.begin(), content.weak.end(),
+                   [&](const ObjectRights& weak) { return WithoutCase(weak.path) == path; });
+           });
+}
+
+// Adds what others can change below a folder of programs.
+void AddContent(const ContentRights& content, const RightsFacts& facts, WeakObjects& weak)
+{
+    for (const ObjectRights& rights : content.weak) {
+        if (!IsPlaceOfItsOwn(rights, facts)) {
+            const bool isFolder = rights.kind == ObjectRights::Kind::kFolder;
+            const PlaceFacts place{rights, isFolder ? PlaceFacts::Role::kPrograms
+                                                    : PlaceFacts::Role::kProgram};
+            weak.Add(Weaknesses(rights, facts.administrators), {},
+                     IsBehindLink(place, facts)
+                         ? std::vector<std::string>()
+                         : RemediesFor(place, facts.administrators, facts.supervisorSid));
+        }
+    }
+    weak.AddFurther(content.further, content.folder);
+}
+
+// Says that a folder was not looked at to its end; empty if all were.
+std::string RestOf(const std::vector<ContentRights>& contents)
+{
+    std::string text;
+    for (const ContentRights& content : contents) {
+        if (!content.complete) {
+            text += "\n" + content.folder + " holds more than the " +
+                    std::to_string(content.looked) +
+                    " files and folders that were looked at: daemonctl rights --below looks at all";
+        }
+    }
+    return text;
+}
+
 // @param objects  how many objects were looked at, and what they are
 // @param heading  stands above the remedies
 Finding FindingAbout(const char* check, const std::string& objects, const WeakObjects& weak,
@@ -108,10 +179,10 @@ Finding JudgeFileRights(const RightsFacts& facts)
     WeakObjects weak;
     std::size_t there = 0;
     for (const PlaceFacts& place : facts.places) {
-        if (IsMissing(place.rights)) {
+        if (IsMissing(place.rights) || IsWeakContent(place, facts)) {
             continue;
         }
-        ++there;
+        there += IsInContents(place.rights.path, facts) ? 0U : 1U;
         const TrustedSids trusted = TrustedWith(facts, place.role);
         weak.Add(place.role == PlaceFacts::Role::kAbove ? WeaknessesOfParent(place.rights, trusted)
                                                         : Weaknesses(place.rights, trusted),
@@ -119,13 +190,19 @@ Finding JudgeFileRights(const RightsFacts& facts)
                  IsBehindLink(place, facts) ? std::vector<std::string>()
                                             : RemediesFor(place, trusted, facts.supervisorSid));
     }
+    for (const ContentRights& content : facts.contents) {
+        there += content.looked;
+        AddContent(content, facts, weak);
+    }
     for (const std::string& path : facts.unjudged) {
         ++there;
         weak.Add({path + " lies on a network, or is no path: its rights prove nothing"}, {},
                  {"Use programs on a drive of this machine."});
     }
-    return FindingAbout("file-rights", std::to_string(there) + " files and folders", weak,
-                        "As administrator, in this order:");
+    Finding finding = FindingAbout("file-rights", std::to_string(there) + " files and folders",
+                                   weak, "As administrator, in this order:");
+    finding.text += RestOf(facts.contents);
+    return finding;
 }
 
 Finding JudgeKeyRights(const RightsFacts& facts)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ContentRights.h"
 #include "Finding.h"
 #include "Weaknesses.h"
 
@@ -42,6 +43,8 @@ struct RightsFacts {
     /// In the order in which the rights are best repaired. A place that does not exist is here,
     /// too; its rights have error 2 or 3.
     std::vector<PlaceFacts> places;
+    /// What others can change below \App and below the folder of the installed programs.
+    std::vector<ContentRights> contents;
     std::vector<std::string> unjudged; ///< paths on a network, whose rights prove nothing; UTF-8
     /// The keys of the firmware root, of the proxy/stub and of the guard, and those above them.
     std::vector<ObjectRights> keys;
@@ -50,14 +53,16 @@ struct RightsFacts {
 /// Reads owners and access lists of the firmware root, \App, its fleet file, \Logs, the log, the
 /// folder of the installed programs, the programs, the proxy/stub beside them, the registered one
 /// and its folder, the given programs, the folders above all of them, and the registry keys. The
-/// keys that start the guard are among these. Changes nothing. Windows only.
+/// keys that start the guard are among these. Also looks at what lies below \App and below the
+/// folder of the installed programs. Changes nothing. Windows only.
 /// @param root      the firmware root, UTF-8; empty: not known
 /// @param programs  full paths of the programs that the supervisor runs, UTF-8
 [[nodiscard]] RightsFacts GatherRightsFacts(const std::string& root,
                                             const std::vector<std::string>& programs);
 
 /// The check "file-rights": whether only administrators can change what runs with the supervisor's
-/// rights, and whether only they and the supervisor's account can read and change the log. Pure.
+/// rights, and whether only they and the supervisor's account can read and change the log. A weak
+/// file below a folder of programs is named if it is among the first ones found. Pure.
 [[nodiscard]] Finding JudgeFileRights(const RightsFacts& facts);
 
 /// The check "key-rights": whether only administrators can change the registry keys of the firmware

@@ -95,6 +95,20 @@ void AddInstallation(const std::string& installedProgram, Places& places)
     places.Add(Utf8(system::file::v2::PathOfOwnProgram()), Role::kProgram);
 }
 
+// Looks at what lies below a folder of programs, unless the folder lies in one that was looked at.
+void AddContent(const std::string& folder, RightsFacts& facts)
+{
+    const std::vector<std::string> way = WayTo(folder);
+    const bool isKnown = std::any_of(way.begin(), way.end(), [&](const std::string& path) {
+        return std::any_of(facts.contents.begin(), facts.contents.end(), [&](const auto& content) {
+            return WithoutCase(content.folder) == WithoutCase(path);
+        });
+    });
+    if (!folder.empty() && !way.empty() && !isKnown) {
+        facts.contents.push_back(ReadContentRights(way.front(), facts.administrators));
+    }
+}
+
 void AddKeys(RightsFacts& facts)
 {
     std::vector<std::string> keys{"SOFTWARE", R"(SOFTWARE\Classes)"};
@@ -146,6 +160,8 @@ RightsFacts GatherRightsFacts(const std::string& root, const std::vector<std::st
         places.Add(program, Role::kProgram);
     }
     places.AddFoldersAbove();
+    AddContent(root.empty() ? root : installation::AppFolder(root), facts);
+    AddContent(FolderOf(Utf8(identity.installedProgram)), facts);
     AddKeys(facts);
     return facts;
 }

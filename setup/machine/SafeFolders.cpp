@@ -1,5 +1,6 @@
 #include "SafeFolders.h"
 
+#include "ContentRights.h"
 #include "ObjectRights.h"
 #include "SetupError.h"
 #include "SystemPlaces.h"
@@ -159,6 +160,28 @@ std::string SafeFolders::WarningOfReaders(const std::string& path) const
     return text.empty() ? text
                         : "Warning: " + text + "To change that, as administrator:\n" +
                               Commands(rights, FolderUse::kLogs, accountSid_, writersOfLogs_);
+}
+
+std::string SafeFolders::WarningOfContents(const std::string& path) const
+{
+    constexpr std::size_t kMostNamed = 5;
+    const client::v0::ContentRights content = client::v0::ReadContentRights(path, administrators_);
+    std::string text;
+    for (std::size_t index = 0; index < std::min(content.weak.size(), kMostNamed); ++index) {
+        for (const std::string& weakness :
+             client::v0::Weaknesses(content.weak[index], administrators_)) {
+            text += weakness + ". ";
+        }
+    }
+    if (text.empty()) {
+        return text;
+    }
+    if (content.weak.size() > kMostNamed) {
+        text += "More files and folders are like that. ";
+    }
+    return "Warning: " + text +
+           "The supervisor gives its rights to the programs that it starts from there. \"daemonctl "
+           "doctor\" shows the commands that change that.\n";
 }
 
 void SafeFolders::RemoveMade() noexcept

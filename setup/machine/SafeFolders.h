@@ -45,6 +45,12 @@ public:
     /// @return empty if nobody else may; otherwise lines, each with "\n"
     [[nodiscard]] std::string WarningOfReaders(const std::string& path) const;
 
+    /// Says who else than administrators may change what lies below a folder of programs: the
+    /// supervisor may start programs from there.
+    /// @param path  UTF-8, a full path
+    /// @return empty if nobody else may; otherwise one line with "\n" that names the first few
+    [[nodiscard]] std::string WarningOfContents(const std::string& path) const;
+
     /// Returns the folders that were made, the outermost first.
     [[nodiscard]] const std::vector<std::string>& Made() const noexcept { return made_; }
 

@@ -107,6 +107,8 @@ void InstallationSteps::PrepareFolders()
     folders_->Prepare(place_.root, FolderUse::kPrograms);
     folders_->Prepare(installation::AppFolder(place_.root), FolderUse::kPrograms);
     folders_->Prepare(installation::LogFolder(place_.root), FolderUse::kLogs);
+    conversation_.Say(folders_->WarningOfContents(folder_));
+    conversation_.Say(folders_->WarningOfContents(installation::AppFolder(place_.root)));
     conversation_.Say(folders_->WarningOfReaders(installation::LogFolder(place_.root)));
     folders_->Check(LogFileOf(place_), FolderUse::kLogs); // the hand-over believes it
     folders_->Check(installation::GuardLogFile(place_.root), FolderUse::kLogs);

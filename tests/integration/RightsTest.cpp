@@ -1,5 +1,6 @@
 // daemonctl rights: who may change a path, and folders with rights of their own.
 #include "Daemonctl.h"
+#include "OpenToAll.h"
 #include "TempFolder.h"
 #include "Wine.h"
 
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 namespace vqrx::test {
@@ -23,6 +25,22 @@ TEST(Rights, A_folder_that_was_made_for_programs_or_logs_is_found_sound)
               (Answer{0, "", ""}));
     EXPECT_EQ(Daemonctl("rights " + app + "\\App " + app + "\\Logs"),
               (Answer{0, "ok    " + app + "\\App\nok    " + app + "\\Logs\n", ""}));
+}
+
+TEST(Rights, What_others_may_change_below_a_folder_is_shown_on_request)
+{
+    const TempFolder folder;
+    const std::string app = folder.File("App");
+    ASSERT_EQ(Daemonctl("rights --make programs " + app + " " + app + "\\bin").exitCode, 0U);
+    const std::string library = app + "\\bin\\a.dll";
+    std::ofstream(library) << "x";
+    EXPECT_EQ(Daemonctl("rights --below " + app), (Answer{0, "ok    " + app + "\n", ""}));
+    OpenToAll(library);
+    EXPECT_EQ(Daemonctl("rights " + app), (Answer{0, "ok    " + app + "\n", ""}));
+    const Answer answer = Daemonctl("rights --below " + app);
+    EXPECT_EQ(answer.exitCode, 1U);
+    EXPECT_TRUE(answer.output.starts_with("ok    " + app + "\nweak  " + library + "\n      "))
+        << answer;
 }
 
 TEST(Rights, A_folder_that_exists_is_not_taken_over)
@@ -71,6 +89,7 @@ TEST(Rights, Wrong_arguments_are_refused)
 {
     EXPECT_EQ(Daemonctl("rights").exitCode, 2U);
     EXPECT_EQ(Daemonctl("rights --make anything C:\\x").exitCode, 2U);
+    EXPECT_EQ(Daemonctl("rights --make logs --below C:\\x").exitCode, 2U);
     EXPECT_EQ(Daemonctl("rights --make logs --account no_such_account_of_ours C:\\x"),
               (Answer{4, "",
                       "daemonctl: there is no account no_such_account_of_ours\n"

@@ -176,6 +176,17 @@ class Rights(InstallationTest):
         for name in ("Uninstall.exe", "daemonctl.exe"):
             self.assertIn(f"Everyone may write to {self.installed(name)}", output)
 
+    def test_what_others_may_change_below_app_is_said_and_stays(self):
+        library = self.make(self.ROOT + r"\App\plugins", 0o755) / "a.dll"
+        library.write_text("of somebody else")
+        library.chmod(0o666)
+        self.install_below_root()
+        weakness = rf"Everyone may write to {self.ROOT}\App\plugins\a.dll"
+        self.assertIn("Warning: " + weakness, self.said)
+        self.assertEqual(library.read_text(), "of somebody else")
+        _, output = self.daemonctl("doctor")
+        self.assertIn(weakness, output)
+
     def test_who_else_may_read_the_log_is_said(self):
         self.make(self.ROOT + r"\Logs", 0o755)
         self.install_below_root()

@@ -57,6 +57,8 @@ constexpr CallKind kKinds[] = {
     {"GetEnvironmentStringsW", 0, kLast, ERROR_NOT_ENOUGH_MEMORY},
     {"GetExitCodeProcess", 0, kLast, ERROR_ACCESS_DENIED},
     {"GetFileAttributesA", kMinusOne, kLast, ERROR_ACCESS_DENIED},
+    {"FindFirstFileExW", kInvalidHandle, kLast, ERROR_ACCESS_DENIED},
+    {"FindNextFileW", 0, kLast, ERROR_ACCESS_DENIED},
     {"FlushFileBuffers", 0, kLast, ERROR_DISK_FULL},
     {"GetFileAttributesW", kMinusOne, kLast, ERROR_ACCESS_DENIED},
     {"GetFileInformationByHandle", 0, kLast, ERROR_IO_DEVICE},

@@ -59,6 +59,7 @@ constexpr Ownership kOwnerships[] = {
     {"_wfopen", Resource::kFile, true, kResult, 0, kNotZero},
     {"fclose", Resource::kFile, false, kParameter, 1},
     {"FindFirstFileA", Resource::kSearch, true, kResult, 0, kHandle},
+    {"FindFirstFileExW", Resource::kSearch, true, kResult, 0, kHandle},
     {"FindClose", Resource::kSearch, false, kParameter, 1},
     {"CreateTimerQueueTimer", Resource::kTimer, true, kThrough, 1, kNotZero},
     {"DeleteTimerQueueTimer", Resource::kTimer, false, kParameter, 2},

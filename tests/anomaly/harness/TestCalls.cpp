@@ -13,7 +13,6 @@ constexpr const char* kTestCalls[] = {
     "FileTimeToLocalFileTime",
     "FindFirstFileA",
     "FindFirstVolumeW",
-    "FindNextFileW",
     "FindNextVolumeW",
     "FindVolumeClose",
     "FlushInstructionCache",

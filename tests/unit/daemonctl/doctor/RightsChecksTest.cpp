@@ -136,11 +136,63 @@ TEST(RightsCheck, Gives_no_commands_for_what_lies_behind_a_link)
     link.reparsePoint = true;
     facts.places.insert(facts.places.begin() + 1, {link, Role::kAbove});
     facts.places[2].rights = Granting(facts.places[2].rights, "S-1-1-0", 0x1F01FF);
+    ContentRights content;
+    content.folder = R"(C:\FW\App)";
+    content.weak = {Granting(Sound(R"(C:\FW\App\a.dll)", Kind::kFile), "S-1-1-0", 0x1F01FF)};
+    facts.contents = {content};
     const Finding finding = JudgeFileRights(facts);
     EXPECT_EQ(finding.remedy, "As administrator, in this order:\n"
                               "Replace C:\\fw by a folder: somebody may turn the link elsewhere.");
     EXPECT_NE(finding.text.find("S-1-1-0 may write to C:\\FW\\App"), std::string::npos)
         << finding.text;
+}
+
+TEST(RightsCheck, Names_what_others_can_change_below_a_folder_of_programs_each_once)
+{
+    RightsFacts facts = SoundMachine();
+    const auto open = [](const char* path, Kind kind) {
+        return Granting(Sound(path, kind), "S-1-1-0", 0x42);
+    };
+    facts.places.push_back({open(R"(C:\FW\App\worker.exe)", Kind::kFile), Role::kProgram});
+    facts.places.push_back({open(R"(C:\FW\App\bin)", Kind::kFolder), Role::kAbove});
+    ContentRights content;
+    content.folder = R"(C:\FW\App)";
+    content.looked = 9;
+    content.weak = {open(R"(C:\FW\App\WORKER.exe)", Kind::kFile),
+                    open(R"(C:\FW\App\bin)", Kind::kFolder),
+                    open(R"(C:\FW\App\bin\a.dll)", Kind::kFile)};
+    content.further = 2;
+    facts.contents = {content};
+    const Finding finding = JudgeFileRights(facts);
+    ExpectFinding(finding, Verdict::kWarning,
+                  "others than administrators can change 5 of 12 files and folders on which the "
+                  "supervisor relies\n"
+                  "S-1-1-0 may write to C:\\FW\\App\\worker.exe\n"
+                  "S-1-1-0 may write to C:\\FW\\App\\bin\n"
+                  "S-1-1-0 may write to C:\\FW\\App\\bin\\a.dll\n"
+                  "and 2 more below C:\\FW\\App");
+    EXPECT_EQ(finding.remedy,
+              "As administrator, in this order:\n"
+              "icacls \"C:\\FW\\App\\worker.exe\" /reset\n"
+              "icacls \"C:\\FW\\App\\bin\" /inheritance:r /grant:r \"*S-1-5-18:(OI)(CI)F\" "
+              "\"*S-1-5-32-544:(OI)(CI)F\" \"*S-1-5-32-545:(OI)(CI)RX\"\n"
+              "icacls \"C:\\FW\\App\\bin\" /remove:g *S-1-1-0\n"
+              "icacls \"C:\\FW\\App\\bin\\a.dll\" /reset\n"
+              "For the rest: daemonctl doctor");
+}
+
+TEST(RightsCheck, Says_that_a_folder_of_programs_holds_more_than_was_looked_at)
+{
+    RightsFacts facts = SoundMachine();
+    ContentRights content;
+    content.folder = R"(C:\FW\App)";
+    content.looked = 7;
+    content.complete = false;
+    facts.contents = {content};
+    ExpectFinding(JudgeFileRights(facts), Verdict::kOk,
+                  "only administrators can change the 10 files and folders on which the supervisor "
+                  "relies\nC:\\FW\\App holds more than the 7 files and folders that were looked "
+                  "at: daemonctl rights --below looks at all");
 }
 
 TEST(RightsCheck, Proves_nothing_about_a_network)

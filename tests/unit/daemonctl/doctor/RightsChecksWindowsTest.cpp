@@ -103,6 +103,21 @@ TEST_F(RightsFactsTest, A_program_or_a_folder_that_everybody_may_change_is_found
                 HasSubstr("icacls \"" + Worker() + "\" /reset"));
 }
 
+TEST_F(RightsFactsTest,
+       What_lies_below_the_app_folder_is_looked_at_and_not_what_lies_below_the_logs)
+{
+    std::filesystem::create_directory(folder_.Path() / "App" / "plugins");
+    const std::string library = App() + "\\plugins\\a.dll";
+    std::ofstream(library) << "x";
+    OpenToAll(library);
+    std::ofstream(Root() + "\\Logs\\old.txt") << "x";
+    OpenToAll(Root() + "\\Logs\\old.txt");
+    const Finding finding = JudgeFileRights(GatherRightsFacts(Root(), {}));
+    EXPECT_THAT(finding.text, HasSubstr("may write to " + library));
+    EXPECT_THAT(finding.text, Not(HasSubstr("old.txt")));
+    EXPECT_THAT(finding.remedy, HasSubstr("icacls \"" + library + "\" /reset"));
+}
+
 // A test must not register another proxy/stub for the machine: these values come from here.
 constexpr const wchar_t* kProxyClass = L"{00000000-1111-2222-3333-444444444444}";
 std::wstring registeredLibrary;

@@ -159,6 +159,30 @@ TEST(SafeFolders, Who_else_may_read_the_log_is_said_with_the_commands_that_chang
         << warning;
 }
 
+TEST(SafeFolders, What_others_may_change_below_a_folder_of_programs_is_said)
+{
+    const TempFolder temp;
+    std::filesystem::create_directories(temp.File("App\\plugins"));
+    const SafeFolders folders("", false);
+    for (int number = 1; number <= 6; ++number) {
+        EXPECT_EQ(number == 1, folders.WarningOfContents(temp.File("App")).empty());
+        const std::string file = temp.File("App\\plugins\\a" + std::to_string(number) + ".dll");
+        std::ofstream(file) << "x";
+        OpenToEverybody(file);
+    }
+    const std::string warning = folders.WarningOfContents(temp.File("App"));
+    EXPECT_TRUE(Contains(warning, "Warning: " + Everybody() + " may write to " +
+                                      temp.File("App\\plugins\\a")))
+        << warning;
+    EXPECT_TRUE(Contains(warning, ". More files and folders are like that. ")) << warning;
+    std::size_t named = 0;
+    for (std::size_t at = warning.find(".dll. "); at != std::string::npos;
+         at = warning.find(".dll. ", at + 1)) {
+        ++named;
+    }
+    EXPECT_EQ(5U, named) << warning;
+}
+
 TEST(SafeFolders, A_new_folder_below_one_that_everybody_may_change_is_refused)
 {
     const TempFolder temp;
