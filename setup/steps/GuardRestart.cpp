@@ -1,14 +1,17 @@
 #include "GuardRestart.h"
 
 #include "AccessRights.h"
+#include "AccountNames.h"
 #include "Autostart.h"
 #include "GuardProcess.h"
 #include "LikeStart.h"
+#include "MachineKey.h"
 #include "SetupError.h"
 
 #include <windows.h>
 
 #include <algorithm>
+#include <string>
 #include <vector>
 
 namespace vqrx::setup::v0 {
@@ -33,17 +36,30 @@ GuardRestart::GuardRestart(const std::string& folder)
 {
 }
 
+const FormerProcess* GuardRestart::OfAccount(const std::string& sid) const
+{
+    const auto guard =
+        std::find_if(guards_.begin(), guards_.end(), [&sid](const FormerProcess& candidate) {
+            return !sid.empty() && candidate.Rights().userSid == sid;
+        });
+    return guard != guards_.end() ? &*guard : nullptr;
+}
+
 // Every user may run the installed guard. With the rights of such a guard the new one could not
 // work, so the account of the supervisor decides, if one ran.
 const FormerProcess* GuardRestart::Former(const SupervisorChange& change) const
 {
-    const FormerProcess* const supervisor = change.Former();
-    const auto guard =
-        std::find_if(guards_.begin(), guards_.end(), [supervisor](const FormerProcess& candidate) {
-            return supervisor == nullptr ||
-                   candidate.Rights().userSid == supervisor->Rights().userSid;
-        });
-    return guard != guards_.end() ? &*guard : supervisor;
+    if (const FormerProcess* const supervisor = change.Former()) {
+        const FormerProcess* const guard = OfAccount(supervisor->Rights().userSid);
+        return guard != nullptr ? guard : supervisor;
+    }
+    for (const std::string& sid :
+         {InstallationKey().Text(kAccountNote), client::v0::SidOfThisUser()}) {
+        if (const FormerProcess* const guard = OfAccount(sid)) {
+            return guard;
+        }
+    }
+    return guards_.empty() ? nullptr : &guards_.front();
 }
 
 bool GuardRestart::HasOtherRights(const SupervisorChange& change) const

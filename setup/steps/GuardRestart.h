@@ -12,7 +12,8 @@ namespace vqrx::setup::v0 {
 /// Starts the guard that is set up, after an installation, or after a removal that failed. A guard
 /// of a session gets the account and the rights that it had. If no guard of the supervisor's
 /// account ran, it gets the rights of the supervisor. With the rights of the installer, it would
-/// give them to each supervisor that it starts.
+/// give them to each supervisor that it starts. If no supervisor ran either, the guard of the noted
+/// account counts as the former one, or else a guard of this user, or else any guard.
 class GuardRestart {
 public:
     /// Notes the rights of the guards that run and are no service.
@@ -34,6 +35,7 @@ public:
 
 private:
     [[nodiscard]] const FormerProcess* Former(const SupervisorChange& change) const;
+    [[nodiscard]] const FormerProcess* OfAccount(const std::string& sid) const;
 
     std::vector<FormerProcess> guards_;
 };

@@ -8,6 +8,7 @@
 #include "ImportPatch.h"
 #include "KeptTalk.h"
 #include "LimitedProcess.h"
+#include "NotedAccount.h"
 #include "TempFolder.h"
 #include "Utf8.h"
 #include "win32/UniqueHandle.h"
@@ -16,8 +17,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -144,6 +147,73 @@ TEST_F(GuardRestartTest, Guard_of_a_session_without_rights_never_comes_back_as_a
     EXPECT_TRUE(talk_.said.ends_with("(Windows error 5). Windows starts the guard when its user "
                                      "logs on.\n"))
         << talk_.said;
+}
+
+BOOL(WINAPI* readTokenInformation)(HANDLE, TOKEN_INFORMATION_CLASS, LPVOID, DWORD, PDWORD);
+
+bool IsAdministrators(HANDLE token)
+{
+    alignas(TOKEN_GROUPS) unsigned char buffer[4096];
+    DWORD size = 0;
+    const auto* const groups = reinterpret_cast<const TOKEN_GROUPS*>(buffer);
+    if (readTokenInformation(token, TokenGroups, buffer, sizeof buffer, &size) == FALSE) {
+        return false;
+    }
+    return std::any_of(groups->Groups, groups->Groups + groups->GroupCount, [](const auto& group) {
+        return (group.Attributes & SE_GROUP_ENABLED) != 0 &&
+               IsWellKnownSid(group.Sid, WinBuiltinAdministratorsSid) != FALSE;
+    });
+}
+
+// There is one user here: a process without the rights of an administrator stands for another one.
+BOOL WINAPI TellStranger(HANDLE token, TOKEN_INFORMATION_CLASS kind, LPVOID data, DWORD length,
+                         PDWORD size)
+{
+    if (readTokenInformation(token, kind, data, length, size) == FALSE) {
+        return FALSE;
+    }
+    if (kind == TokenUser && !IsAdministrators(token)) {
+        PSID const user = static_cast<TOKEN_USER*>(data)->User.Sid;
+        DWORD room = GetLengthSid(user);
+        return CreateWellKnownSid(WinAnonymousSid, nullptr, user, &room);
+    }
+    return TRUE;
+}
+
+TEST_F(GuardRestartTest, Guard_of_another_user_does_not_stand_for_the_one_of_this_user)
+{
+    const ImportPatch tokens("GetTokenInformation", TellStranger, readTokenInformation);
+    for (const bool isStrangerFirst : {true, false}) {
+        clientStarts.clear();
+        const auto notes = [&] {
+            std::optional<LimitedProcess> stranger;
+            if (isStrangerFirst) {
+                stranger.emplace(Program());
+            }
+            const ChildProcess own('"' + Program() + '"');
+            if (!isStrangerFirst) {
+                stranger.emplace(Program());
+            }
+            return GuardRestart(folder_.Path().string());
+        };
+        EXPECT_TRUE(StartAgain(notes()));
+        ASSERT_EQ(clientStarts.size(), 1U);
+        EXPECT_TRUE(clientStarts[0].asAdministrator) << isStrangerFirst;
+    }
+}
+
+TEST_F(GuardRestartTest, Guard_of_the_noted_account_comes_before_the_one_of_this_user)
+{
+    const ImportPatch tokens("GetTokenInformation", TellStranger, readTokenInformation);
+    const NotedAccount noted(L"S-1-5-7");
+    const auto notes = [&] {
+        const ChildProcess own('"' + Program() + '"');
+        const LimitedProcess ofAccount(Program());
+        return GuardRestart(folder_.Path().string());
+    };
+    EXPECT_FALSE(StartAgain(notes()));
+    ASSERT_EQ(clientStarts.size(), 1U);
+    EXPECT_FALSE(clientStarts[0].asAdministrator);
 }
 
 TEST_F(GuardRestartTest, Guard_with_the_rights_of_the_installer_gets_them_again)
