@@ -151,7 +151,8 @@ void AddRightsCommand(const CommandDefinition& app, int& exitCode)
         "  daemonctl rights --make logs --account video C:\\FIRMWARE\\Logs\n"
         "The command also looks at all folders above. Trusted are SYSTEM, administrators, Windows'\n"
         "own installer, and the administrator who runs the command.\n"
-        "Exit code 1: somebody else can change a path; 4: a folder was not made.");
+        "Exit code 1: somebody else can change a path, or with --below something below it; 4: a folder\n"
+        "was not made.");
     command.OnChosen([&exitCode, options] { exitCode = Rights(*options); });
 }
 

@@ -25,11 +25,31 @@ ObjectRights Unreadable(const std::wstring& path, DWORD error)
     return rights;
 }
 
-// Lists one folder. Names are compared by their UTF-16 units, so no name can hide another one.
+// Says that a file has disappeared since its folder was listed. For a path that is too long Windows
+// gives one of these errors, too, although the file is there.
+bool IsGone(const std::wstring& path, DWORD error)
+{
+    return error == ERROR_FILE_NOT_FOUND ||
+           (error == ERROR_PATH_NOT_FOUND && path.size() < MAX_PATH);
+}
+
+// Windows reads another file under the path of a name that ends in a blank or a dot, and after the
+// conversion of a name that is no valid UTF-16.
+ObjectRights ReadListed(const std::wstring& path)
+{
+    if (path.ends_with(L' ') || path.ends_with(L'.')) {
+        return Unreadable(path, ERROR_INVALID_NAME);
+    }
+    const std::string utf8 = Utf8(path);
+    return Wide(utf8) == path ? ReadRights(utf8) : Unreadable(path, ERROR_NO_UNICODE_TRANSLATION);
+}
+
+// Lists one folder.
 class FolderSearch {
 public:
     explicit FolderSearch(const std::wstring& folder)
-        : search_(FindFirstFileExW(PathIn(folder, L"*").c_str(), FindExInfoBasic, &entry_,
+        : pattern_(PathIn(folder, L"*"))
+        , search_(FindFirstFileExW(pattern_.c_str(), FindExInfoBasic, &entry_,
                                    FindExSearchNameMatch, nullptr, 0))
     {
         error_ = search_ ? ERROR_SUCCESS : GetLastError();
@@ -55,11 +75,11 @@ public:
     // 0 also at the end of the list, and for a folder that is gone
     [[nodiscard]] DWORD Error() const noexcept
     {
-        return error_ == ERROR_NO_MORE_FILES || error_ == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS
-                                                                               : error_;
+        return error_ == ERROR_NO_MORE_FILES || IsGone(pattern_, error_) ? ERROR_SUCCESS : error_;
     }
 
 private:
+    std::wstring pattern_;
     WIN32_FIND_DATAW entry_{};
     system::win32::v1::UniqueFindHandle search_;
     bool hasEntry_ = true;
@@ -81,12 +101,8 @@ void EachBelow(const std::string& folder, const std::function<bool(const ObjectR
         FolderSearch search(current);
         while (const WIN32_FIND_DATAW* const entry = search.Next()) {
             const std::wstring path = PathIn(current, entry->cFileName);
-            const std::string utf8 = Utf8(path);
-            // A name that is no valid UTF-16 names another file after the conversion.
-            const ObjectRights rights = Wide(utf8) == path
-                                            ? ReadRights(utf8)
-                                            : Unreadable(path, ERROR_NO_UNICODE_TRANSLATION);
-            if (rights.error == ERROR_FILE_NOT_FOUND) {
+            const ObjectRights rights = ReadListed(path);
+            if (IsGone(path, rights.error)) {
                 continue;
             }
             if (!take(rights)) {

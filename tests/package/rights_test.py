@@ -176,16 +176,22 @@ class Rights(InstallationTest):
         for name in ("Uninstall.exe", "daemonctl.exe"):
             self.assertIn(f"Everyone may write to {self.installed(name)}", output)
 
-    def test_what_others_may_change_below_app_is_said_and_stays(self):
-        library = self.make(self.ROOT + r"\App\plugins", 0o755) / "a.dll"
-        library.write_text("of somebody else")
-        library.chmod(0o666)
+    def test_what_others_may_change_below_app_and_below_the_programs_is_said_and_stays(self):
+        libraries = []
+        for folder in (self.ROOT + r"\App\plugins", self.folder + r"\plugins"):
+            libraries.append(self.make(folder, 0o755) / "a.dll")
+            libraries[-1].write_text("of somebody else")
+            libraries[-1].chmod(0o666)
         self.install_below_root()
-        weakness = rf"Everyone may write to {self.ROOT}\App\plugins\a.dll"
-        self.assertIn("Warning: " + weakness, self.said)
-        self.assertEqual(library.read_text(), "of somebody else")
+        said = self.said
         _, output = self.daemonctl("doctor")
-        self.assertIn(weakness, output)
+        for folder, library in zip((self.ROOT + r"\App", self.folder), libraries):
+            with self.subTest(folder):
+                weakness = rf"Everyone may write to {folder}\plugins\a.dll"
+                self.assertIn("Warning: " + weakness, said)
+                self.assertIn(weakness, output)
+                self.assertEqual(library.read_text(), "of somebody else")
+        shutil.rmtree(machine.host_path(self.folder + r"\plugins"))
 
     def test_who_else_may_read_the_log_is_said(self):
         self.make(self.ROOT + r"\Logs", 0o755)

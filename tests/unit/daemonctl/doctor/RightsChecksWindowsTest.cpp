@@ -17,6 +17,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 namespace vqrx::test {
 namespace {
@@ -116,6 +117,30 @@ TEST_F(RightsFactsTest,
     EXPECT_THAT(finding.text, HasSubstr("may write to " + library));
     EXPECT_THAT(finding.text, Not(HasSubstr("old.txt")));
     EXPECT_THAT(finding.remedy, HasSubstr("icacls \"" + library + "\" /reset"));
+}
+
+TEST_F(RightsFactsTest, The_folder_of_the_installed_programs_is_looked_at_once_also_inside_App)
+{
+    constexpr const char* kKey =
+        R"(SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\DaemonManager)";
+    std::filesystem::create_directory(folder_.Path() / "Programs");
+    std::filesystem::create_directory(folder_.Path() / "App" / "inner");
+    const auto contentsFor = [&](const std::string& programs) {
+        std::ofstream(programs + "\\DaemonManager.exe") << "x";
+        EXPECT_EQ(RegSetKeyValueA(HKEY_LOCAL_MACHINE, kKey, "InstallLocation", REG_SZ,
+                                  programs.c_str(), static_cast<DWORD>(programs.size() + 1)),
+                  ERROR_SUCCESS);
+        std::vector<std::string> folders;
+        for (const client::v0::ContentRights& content : GatherRightsFacts(Root(), {}).contents) {
+            folders.push_back(content.folder);
+        }
+        return folders;
+    };
+    EXPECT_THAT(contentsFor(App()), ElementsAre(App()));
+    EXPECT_THAT(contentsFor(App() + "\\inner"), ElementsAre(App()));
+    const std::string programs = Root() + "\\Programs";
+    EXPECT_THAT(contentsFor(programs), ElementsAre(App(), programs));
+    EXPECT_EQ(RegDeleteKeyA(HKEY_LOCAL_MACHINE, kKey), ERROR_SUCCESS);
 }
 
 // A test must not register another proxy/stub for the machine: these values come from here.

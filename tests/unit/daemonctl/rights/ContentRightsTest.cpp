@@ -128,23 +128,44 @@ TEST_F(ContentRightsTest, A_link_is_read_and_not_entered)
     });
 }
 
+DWORD absence = ERROR_FILE_NOT_FOUND;
+
 DWORD WINAPI SayGone(LPCWSTR path)
 {
     if (std::wstring_view(path).ends_with(L"b.dll")) {
-        SetLastError(ERROR_FILE_NOT_FOUND);
+        SetLastError(absence);
         return INVALID_FILE_ATTRIBUTES;
     }
     return readAttributes(path);
 }
 
-TEST_F(ContentRightsTest, A_file_that_disappears_meanwhile_is_left_out)
+TEST_F(ContentRightsTest, A_file_that_disappears_meanwhile_is_left_out_alone_or_with_its_folder)
 {
     const ImportPatch patch("GetFileAttributesW", SayGone, readAttributes);
-    EXPECT_THAT(Paths(),
-                UnorderedElementsAre("a.exe", "inner", "inner\\deep", "inner\\deep\\c.bat"));
+    for (const DWORD error : {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND}) {
+        absence = error;
+        EXPECT_THAT(Paths(),
+                    UnorderedElementsAre("a.exe", "inner", "inner\\deep", "inner\\deep\\c.bat"));
+    }
 }
 
 decltype(FindFirstFileExW)* findFirst = nullptr;
+
+HANDLE WINAPI MissDeep(LPCWSTR name, FINDEX_INFO_LEVELS level, LPVOID data,
+                       FINDEX_SEARCH_OPS search, LPVOID filter, DWORD flags)
+{
+    if (std::wstring_view(name).ends_with(L"deep\\*")) {
+        SetLastError(ERROR_PATH_NOT_FOUND);
+        return INVALID_HANDLE_VALUE;
+    }
+    return findFirst(name, level, data, search, filter, flags);
+}
+
+TEST_F(ContentRightsTest, A_folder_that_disappears_before_it_is_listed_counts_as_empty)
+{
+    const ImportPatch patch("FindFirstFileExW", MissDeep, findFirst);
+    EXPECT_THAT(Paths(), UnorderedElementsAre("a.exe", "inner", "inner\\b.dll", "inner\\deep"));
+}
 
 HANDLE WINAPI RefuseDeep(LPCWSTR name, FINDEX_INFO_LEVELS level, LPVOID data,
                          FINDEX_SEARCH_OPS search, LPVOID filter, DWORD flags)
@@ -166,25 +187,60 @@ TEST_F(ContentRightsTest, A_folder_that_cannot_be_listed_counts_as_weak)
 
 decltype(FindNextFileW)* findNext = nullptr;
 
-// A name that is no valid UTF-16, which NTFS keeps.
-BOOL WINAPI HalfACharacter(HANDLE search, LPWIN32_FIND_DATAW entry)
+std::wstring nameInPlace;
+
+// NTFS keeps names that this host does not: one of them stands in place of "c.bat".
+BOOL WINAPI ListAnotherName(HANDLE search, LPWIN32_FIND_DATAW entry)
 {
     const BOOL found = findNext(search, entry);
     if (std::wstring_view(entry->cFileName) == L"c.bat") { // NOLINT: Windows' own array
-        std::wcscpy(entry->cFileName, L"c.\xD800");
+        std::wcscpy(entry->cFileName, nameInPlace.c_str());
     }
     return found;
 }
 
 TEST_F(ContentRightsTest, A_name_that_no_text_can_hold_counts_as_weak)
 {
-    const ImportPatch patch("FindNextFileW", HalfACharacter, findNext);
+    nameInPlace = L"c.\xD800";
+    const ImportPatch patch("FindNextFileW", ListAnotherName, findNext);
     const ContentRights content = ReadContentRights(Root(), TrustedAdministrators());
     ASSERT_EQ(1U, content.weak.size());
     EXPECT_EQ(ERROR_NO_UNICODE_TRANSLATION, content.weak[0].error);
     EXPECT_THAT(client::v0::Weaknesses(content.weak[0], TrustedAdministrators()),
                 ElementsAre("the rights of " + folder_.File("inner\\deep\\c.") +
                             "\xEF\xBF\xBD cannot be read (Windows error 1113)"));
+}
+
+// Windows leaves a dot or a blank at the end of a path out, so it would read another file.
+TEST_F(ContentRightsTest, A_name_with_a_dot_or_a_blank_at_its_end_counts_as_weak)
+{
+    const ImportPatch patch("FindNextFileW", ListAnotherName, findNext);
+    for (const wchar_t* const name : {L"c.bat.", L"c.bat "}) {
+        nameInPlace = name;
+        const ContentRights content = ReadContentRights(Root(), TrustedAdministrators());
+        ASSERT_EQ(1U, content.weak.size());
+        EXPECT_EQ(ERROR_INVALID_NAME, content.weak[0].error);
+    }
+}
+
+// Windows says of a path of 260 characters or more that it is not there.
+DWORD WINAPI MissLongPaths(LPCWSTR path)
+{
+    if (std::wcslen(path) >= MAX_PATH) {
+        SetLastError(ERROR_PATH_NOT_FOUND);
+        return INVALID_FILE_ATTRIBUTES;
+    }
+    return readAttributes(path);
+}
+
+TEST_F(ContentRightsTest, A_path_that_is_too_long_to_be_read_counts_as_weak)
+{
+    nameInPlace = std::wstring(250, L'x');
+    const ImportPatch names("FindNextFileW", ListAnotherName, findNext);
+    const ImportPatch attributes("GetFileAttributesW", MissLongPaths, readAttributes);
+    const ContentRights content = ReadContentRights(Root(), TrustedAdministrators());
+    ASSERT_EQ(1U, content.weak.size());
+    EXPECT_EQ(ERROR_PATH_NOT_FOUND, content.weak[0].error);
 }
 
 } // namespace
