@@ -82,12 +82,12 @@ bool EndDetached(const DaemonStatus& daemon, const Reporter& reporter)
     const HeldProcess held(logged->processId);
     const ProcessFacts facts = held.Facts();
     const ProcessFit fit = FitProcess(*logged, facts, source.appFolder, source.sameFile);
-    if (fit == ProcessFit::kHidden || fit == ProcessFit::kOtherProgram) {
+    if (fit != ProcessFit::kSame && fit != ProcessFit::kGone) {
         reporter.failed(id + " was detached: " + Printable(DescribeMisfit(fit, facts)) +
                         "; it was not ended");
         return false;
     }
-    if (fit != ProcessFit::kSame) {
+    if (fit == ProcessFit::kGone) {
         reporter.done(id + " stopped: " + process + " had ended already");
         return true;
     }

@@ -1,6 +1,7 @@
 #include "DaemonStatus.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <set>
 
 namespace vqrx::client::v0 {
@@ -144,7 +145,7 @@ DaemonStatus StatusOfChild(const ProcessFacts& child, const ProcessSource& sourc
 
 bool WasTriedLately(const std::vector<std::int64_t>& failedStarts, std::int64_t nowMs)
 {
-    return !failedStarts.empty() && nowMs - failedStarts.back() <= kTriedLatelyMs;
+    return !failedStarts.empty() && std::abs(nowMs - failedStarts.back()) <= kTriedLatelyMs;
 }
 
 bool IsLookedAfter(const DaemonHistory& daemon, std::int64_t nowMs)
@@ -156,7 +157,7 @@ bool IsLookedAfter(const DaemonHistory& daemon, std::int64_t nowMs)
 bool IsLeftEnded(const DaemonStatus& daemon, std::int64_t nowMs)
 {
     return daemon.state == RunState::kEnded && daemon.endedMs &&
-           nowMs - *daemon.endedMs > kSomePassesMs;
+           std::abs(nowMs - *daemon.endedMs) > kSomePassesMs;
 }
 
 std::optional<LoggedProcess> LastProcessOf(const DaemonHistory& daemon, const ProcessSource& source)
@@ -169,6 +170,7 @@ std::optional<LoggedProcess> LastProcessOf(const DaemonHistory& daemon, const Pr
     LoggedProcess logged;
     logged.processId = *interval.processId;
     logged.loggedMs = interval.startMs;
+    logged.latestMs = interval.latestMs;
     logged.attached = interval.attached;
     logged.command =
         daemon.IsService() ? AsCommand(source.commandOfService(daemon.command)) : daemon.command;

@@ -85,7 +85,8 @@ inline constexpr std::int64_t kTriedLatelyMs = 15000;
 
 /// Returns whether the supervisor still tries to start a daemon whose starts fail. It tries every
 /// second and logs each failure, but logs nothing when a client stops such a daemon. So the daemon
-/// counts as stopped kTriedLatelyMs after the last failure. Pure.
+/// counts as stopped kTriedLatelyMs after the last failure. A failure that lies further in the
+/// future was logged before somebody set the clock back. Pure.
 /// @param failedStarts  times of the failed starts in order, milliseconds since 1970, UTC
 /// @param nowMs         the moment in question, milliseconds since 1970, UTC
 [[nodiscard]] bool WasTriedLately(const std::vector<std::int64_t>& failedStarts,
@@ -96,7 +97,8 @@ inline constexpr std::int64_t kTriedLatelyMs = 15000;
 [[nodiscard]] bool IsLookedAfter(const DaemonHistory& daemon, std::int64_t nowMs);
 
 /// Returns whether a daemon has no process, although the supervisor has had some passes to start it
-/// again. It never starts a program again that ended with exit code 259. Pure.
+/// again. It never starts a program again that ended with exit code 259. An end that lies some
+/// seconds in the future was before somebody set the clock back. Pure.
 /// @param nowMs  the current time, milliseconds since 1970, UTC
 [[nodiscard]] bool IsLeftEnded(const DaemonStatus& daemon, std::int64_t nowMs);
 

@@ -187,11 +187,12 @@ private:
         return FitProcess(logged, facts, source_.appFolder, source_.sameFile);
     }
 
+    // The running supervisor holds a handle of each process that it has, so no other process gets
+    // the id. Times do not decide: the clock may have been set back before the attach.
     bool HasProcess(const DaemonHistory& daemon, const ProcessFacts& facts) const
     {
         const auto logged = LastProcessOf(daemon, source_);
-        return logged && logged->processId == facts.processId &&
-               Fit(*logged, facts) == ProcessFit::kSame;
+        return logged && logged->processId == facts.processId;
     }
 
     // Returns whether the running supervisor had the process, and a client stopped or detached it.

@@ -3,8 +3,9 @@
 namespace vqrx::client::v0 {
 namespace {
 
-constexpr std::int64_t kTenMinutesMs = std::int64_t{10} * 60 * 1000;
-constexpr std::int64_t kHourMs = std::int64_t{60} * 60 * 1000;
+constexpr std::int64_t kMinuteMs = std::int64_t{60} * 1000;
+constexpr std::int64_t kTenMinutesMs = 10 * kMinuteMs;
+constexpr std::int64_t kHourMs = 60 * kMinuteMs;
 
 } // namespace
 
@@ -15,9 +16,10 @@ RecentRestarts RestartsBefore(const DaemonHistory& daemon, std::int64_t nowMs)
     for (const ProcessInterval& interval : daemon.intervals) {
         const bool isRestart = !isFirst && interval.startSeen && !interval.attached;
         isFirst = false;
-        if (isRestart) {
-            recent.lastHour += nowMs - interval.startMs < kHourMs ? 1 : 0;
-            recent.lastTenMinutes += nowMs - interval.startMs < kTenMinutesMs ? 1 : 0;
+        const std::int64_t ageMs = nowMs - interval.startMs;
+        if (isRestart && ageMs >= -kMinuteMs) {
+            recent.lastHour += ageMs < kHourMs ? 1 : 0;
+            recent.lastTenMinutes += ageMs < kTenMinutesMs ? 1 : 0;
         }
     }
     return recent;

@@ -21,7 +21,8 @@ struct RecentRestarts {
     [[nodiscard]] bool IsCrashLoop() const noexcept { return lastTenMinutes >= kCrashLoop; }
 };
 
-/// Counts the restarts of a daemon that the log still shows. Pure.
+/// Counts the restarts of a daemon that the log still shows. A restart that lies more than a minute
+/// in the future does not count: it was logged before somebody set the clock back. Pure.
 /// @param nowMs  the moment to count back from, milliseconds since 1970, UTC
 [[nodiscard]] RecentRestarts RestartsBefore(const DaemonHistory& daemon, std::int64_t nowMs);
 

@@ -40,7 +40,7 @@ void EndAsLost(DaemonHistory& daemon, std::int64_t timeMs)
 
 } // namespace
 
-void AddStart(SupervisorRun& run, const AttributedRecord& attributed)
+void AddStart(SupervisorRun& run, const AttributedRecord& attributed, std::int64_t latestMs)
 {
     if (!attributed.event.daemonId) {
         return;
@@ -50,6 +50,7 @@ void AddStart(SupervisorRun& run, const AttributedRecord& attributed)
     ProcessInterval interval;
     interval.processId = attributed.event.processId;
     interval.startMs = attributed.record.timeMs;
+    interval.latestMs = latestMs;
     interval.attached = attributed.event.kind == EventKind::kAttached;
     daemon.intervals.push_back(std::move(interval));
     daemon.state = DaemonState::kRunning;

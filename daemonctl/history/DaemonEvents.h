@@ -3,12 +3,15 @@
 #include "Attribution.h"
 #include "Timeline.h"
 
+#include <cstdint>
+
 namespace vqrx::client::v0 {
 
 /// Adds a start or an attach to the history of the daemon in this run. If the daemon's last process
 /// has no end yet, its interval ends here as kLost. Ignores a record without a daemon id: that line
 /// of the log is damaged.
-void AddStart(SupervisorRun& run, const AttributedRecord& attributed);
+/// @param latestMs  see ProcessInterval
+void AddStart(SupervisorRun& run, const AttributedRecord& attributed, std::int64_t latestMs);
 
 /// Adds a failed start to the history of the daemon in this run; to SupervisorRun::neverStarted if
 /// the record has no daemon id.

@@ -30,6 +30,9 @@ enum class IntervalEnd {
 struct ProcessInterval {
     std::optional<std::uint32_t> processId;
     std::int64_t startMs = 0;
+    /// The latest time of all records up to that of the start. Later than startMs if the clock was
+    /// set back before; 0 if the start was not seen.
+    std::int64_t latestMs = 0;
     bool startSeen = true;             ///< false: it began before the first record of the log
     bool attached = false;             ///< the process already ran when the supervisor took it over
     std::optional<std::int64_t> endMs; ///< nothing for kRunning and kSupervisorGone

@@ -2,6 +2,7 @@
 
 #include "DaemonEvents.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vqrx::client::v0 {
@@ -91,6 +92,7 @@ void TimelineBuilder::Take(const AttributedRecord& attributed)
         timeline_.firstMs = record.timeMs;
     }
     timeline_.lastMs = record.timeMs;
+    latestMs_ = std::max(latestMs_, record.timeMs);
     if (newRun) {
         BeginRun(attributed);
     }
@@ -146,7 +148,7 @@ void TimelineBuilder::AddEvent(const AttributedRecord& attributed)
         break;
     case EventKind::kStarted:
     case EventKind::kAttached:
-        AddStart(run, attributed);
+        AddStart(run, attributed, latestMs_);
         break;
     case EventKind::kStartFailed:
         AddFailedStart(run, attributed);

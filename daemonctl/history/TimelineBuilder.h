@@ -38,6 +38,7 @@ private:
 
     Attributor attributor_;
     Timeline timeline_;
+    std::int64_t latestMs_ = 0;              // the latest time of a record so far
     bool supervising_ = false;               // the current run is past its start-up
     std::optional<std::int64_t> lastNumber_; // of the last record that has a number
     bool overflowed_ = false;                // the last record reports a queue overflow

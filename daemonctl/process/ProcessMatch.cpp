@@ -3,6 +3,7 @@
 #include "AsciiCase.h"
 #include "LetterCase.h"
 
+#include <algorithm>
 #include <string_view>
 #include <vector>
 
@@ -144,7 +145,9 @@ ProcessFit FitProcess(const LoggedProcess& logged, const ProcessFacts& facts,
     case ProcessFacts::State::kRunning:
         break;
     }
-    const bool beganLater = facts.createdMs > logged.loggedMs + kClockGrainMs;
+    const std::int64_t latestMs =
+        logged.attached ? std::max(logged.loggedMs, logged.latestMs) : logged.loggedMs;
+    const bool beganLater = facts.createdMs > latestMs + kClockGrainMs;
     const bool beganLongBefore = facts.createdMs < logged.loggedMs - kLongestStartMs;
     if (beganLater || (beganLongBefore && !logged.attached)) {
         return ProcessFit::kOtherTime;

@@ -14,6 +14,7 @@ struct LoggedProcess {
     std::int64_t loggedMs = 0; ///< time of the record, milliseconds since 1970, UTC
     bool attached = false;     ///< true: the process ran before; false: it was started just then
     std::string command;       ///< path and arguments, with a blank after each; UTF-8
+    std::int64_t latestMs = 0; ///< see ProcessInterval; 0: not known
 };
 
 /// How the process that has an id now relates to the process of a log record.
@@ -48,8 +49,9 @@ using SameFile = std::function<bool(const std::string& left, const std::string& 
 /// Windows gives an id again, but not while the process runs or somebody holds a handle of it. The
 /// supervisor held a handle when it wrote the record. So a process that was created more than
 /// a second after the record is another one. The process of a start is at most 60 seconds older
-/// than its record; that of an attach may be of any age. Clocks can be set back, so the programs
-/// are compared too. Pure except for sameFile.
+/// than its record; that of an attach may be of any age. The clock may have been set back before an
+/// attach: then the process may be as new as the latest record before it (latestMs). It may be set
+/// back later, too, so the programs are compared as well. Pure except for sameFile.
 ///
 /// @param facts      of the process that has the id now
 /// @param appFolder  the supervisor's working folder, to which a relative path in the command

@@ -29,8 +29,20 @@ TEST(IsLeftEnded, Daemon_is_left_ended_if_some_passes_do_not_start_it_again)
     EXPECT_EQ(daemon.endedMs, endedMs);
     EXPECT_FALSE(IsLeftEnded(daemon, endedMs + 5000));
     EXPECT_TRUE(IsLeftEnded(daemon, endedMs + 5001));
+    EXPECT_FALSE(IsLeftEnded(daemon, endedMs - 5000));
+    EXPECT_TRUE(IsLeftEnded(daemon, endedMs - 5001)); // the clock was set back
     machine.Run(12, R"(C:\FW\App\a.exe)", endedMs);
     EXPECT_FALSE(IsLeftEnded(StatusIn(log, machine), endedMs + 60000));
+}
+
+TEST(WasTriedLately, A_failure_counts_for_15_seconds_and_not_after_the_clock_was_set_back)
+{
+    constexpr std::int64_t kFailed = 1'000'000'000'000;
+    EXPECT_FALSE(WasTriedLately({}, kFailed));
+    EXPECT_TRUE(WasTriedLately({kFailed - 60000, kFailed}, kFailed + 15000));
+    EXPECT_FALSE(WasTriedLately({kFailed}, kFailed + 15001));
+    EXPECT_TRUE(WasTriedLately({kFailed}, kFailed - 15000)); // a look just before the record
+    EXPECT_FALSE(WasTriedLately({kFailed}, kFailed - 15001));
 }
 
 } // namespace

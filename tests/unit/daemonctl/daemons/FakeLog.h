@@ -30,6 +30,14 @@ public:
     /// Adds the records of a supervisor that a client ends.
     FakeLog& End() { return Add(2, "Exit").Add(2, "Deamon Thread is exiting..."); }
 
+    /// Sets the clock back. The next record gets this earlier time.
+    /// @param byMs  milliseconds
+    FakeLog& SetClockBack(std::int64_t byMs)
+    {
+        nowMs_ -= byMs;
+        return *this;
+    }
+
     /// Returns the time of the next record, milliseconds since 1970, UTC.
     std::int64_t NowMs() const { return nowMs_; }
 

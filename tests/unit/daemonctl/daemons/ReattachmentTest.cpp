@@ -38,6 +38,35 @@ TEST_F(Reattachment, Process_that_is_attached_already_is_not_attached_again)
     EXPECT_EQ(PlanNow(), Lines{"0/12 already 4"});
 }
 
+// The process was created at a later time of the clock than the record of its attach has.
+TEST_F(Reattachment, Process_that_was_attached_after_the_clock_was_set_back_is_not_attached_again)
+{
+    log_.Begin();
+    Start(0, 12, "x");
+    log_.SetClockBack(3600000).Begin();
+    Attach(4, 12, "x");
+    EXPECT_EQ(PlanNow(), Lines{"0/12 already 4"});
+    log_.Begin(); // the next supervisor takes it over, too
+    EXPECT_EQ(PlanNow(), Lines{"4/12 attach"});
+}
+
+// No record is as late as the process, but the running supervisor holds it.
+TEST_F(Reattachment,
+       Process_that_the_running_supervisor_holds_is_its_daemons_whatever_the_clock_says)
+{
+    log_.Begin();
+    Start(0, 12, "x");
+    log_.Begin();
+    Attach(4, 12, "x");
+    machine_.Run(12, R"(C:\FW\App\a.exe)", log_.NowMs() + 3600000);
+    const ListedProcess listed{.id = 0,
+                               .processId = 12,
+                               .createdMs = log_.NowMs() + 3600000,
+                               .image = R"(C:\FW\App\a.exe)",
+                               .command = R"(C:\FW\App\a.exe x)"};
+    EXPECT_EQ(PlanNow({listed}), Lines{"0/12 already 4"});
+}
+
 TEST_F(Reattachment, Stopped_and_detached_daemons_are_left_out)
 {
     log_.Begin();

@@ -51,6 +51,16 @@ TEST(CrashLoop, Five_restarts_in_ten_minutes_are_a_crash_loop)
     EXPECT_TRUE(RestartsBefore(StartedBeforeNow({9, 6, 5, 4, 3, 2}), kNow).IsCrashLoop());
 }
 
+// The clock was set back: when such a restart was, nobody knows. A look may be a little older than
+// the last records.
+TEST(CrashLoop, Restarts_that_lie_in_the_future_do_not_count)
+{
+    const RecentRestarts recent =
+        RestartsBefore(StartedBeforeNow({9, -kMinute, -kMinute - 1, -90 * kMinute, 5}), kNow);
+    EXPECT_EQ(recent.lastHour, 2U);
+    EXPECT_EQ(recent.lastTenMinutes, 2U);
+}
+
 TEST(CrashLoop, Daemon_that_has_run_for_ten_minutes_has_left_the_crash_loop)
 {
     const DaemonHistory daemon = StartedBeforeNow({9, 6, 5, 4, 3, 2});

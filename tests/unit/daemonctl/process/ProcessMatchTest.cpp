@@ -59,6 +59,19 @@ TEST(FitProcess, accepts_an_attached_process_of_any_age)
     EXPECT_EQ(Fit(kLogged - 86400000, true), ProcessFit::kSame);
 }
 
+// The clock was set back between the creation of the process and its attach.
+TEST(FitProcess, accepts_an_attached_process_that_is_no_newer_than_the_latest_record)
+{
+    constexpr std::int64_t kLatest = kLogged + 3600000;
+    const auto fit = [](std::int64_t createdMs, bool attached) {
+        return FitProcess({12, kLogged, attached, R"(C:\FW\App\a.exe -x )", kLatest},
+                          Process(R"(C:\FW\App\a.exe)", createdMs), kApp, Never);
+    };
+    EXPECT_EQ(fit(kLatest + 1000, true), ProcessFit::kSame);
+    EXPECT_EQ(fit(kLatest + 1001, true), ProcessFit::kOtherTime);
+    EXPECT_EQ(fit(kLatest, false), ProcessFit::kOtherTime);
+}
+
 TEST(FitProcess, rejects_a_process_that_runs_another_program)
 {
     EXPECT_EQ(Fit(kLogged, false, R"(C:\FW\App\b.exe)"), ProcessFit::kOtherProgram);
