@@ -188,6 +188,9 @@ SupervisorClient::SupervisorClient(Answerer answerer)
     if (hr == E_NOINTERFACE) {
         throw ProxyNotRegistered("the supervisor runs, but DaemonMgrPS.dll is not registered", hr);
     }
+    if (IsBroken(hr)) { // it has ended since its object was found
+        throw SupervisorNotRunning(ErrorText("the supervisor has ended", hr), hr);
+    }
     Check("the supervisor's interface", hr);
     control_.reset(static_cast<IDaemonMgrControl*>(control));
     ProtectCalls(control_.get());

@@ -55,6 +55,9 @@ public:
         control_.answerToExit = answer;
     }
 
+    /// Sets what the object answers from now on if it is asked for the supervisor's interface.
+    void AnswerToInterface(HRESULT answer) { control_.answerToInterface = answer; }
+
     /// The object as clients in this apartment see it. Valid as long as this object.
     [[nodiscard]] IUnknown* Object() { return &control_; }
 
@@ -67,9 +70,11 @@ private:
         }
         HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override
         {
-            const bool known = id == IID_IUnknown || id == IID_IDaemonMgrControl;
-            *object = known ? this : nullptr;
-            return known ? S_OK : E_NOINTERFACE;
+            const HRESULT result = id == IID_IUnknown            ? S_OK
+                                   : id == IID_IDaemonMgrControl ? answerToInterface.load()
+                                                                 : E_NOINTERFACE;
+            *object = result == S_OK ? this : nullptr;
+            return result;
         }
         ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
         ULONG STDMETHODCALLTYPE Release() override { return 1; }
@@ -96,6 +101,7 @@ private:
         std::atomic<int> calls = 0;
         std::atomic<HRESULT> answer = S_OK; // to every method but Exit
         std::atomic<HRESULT> answerToExit = S_OK;
+        std::atomic<HRESULT> answerToInterface = S_OK;
 
     private:
         HRESULT Call(DWORD* id = nullptr)

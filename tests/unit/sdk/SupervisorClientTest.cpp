@@ -123,6 +123,28 @@ TEST_F(SupervisorClientTest, A_call_that_finds_the_supervisor_gone_says_that_non
     EXPECT_THROW(client.Exit(), daemon_manager::SupervisorNotRunning);
 }
 
+// The object was found just before the supervisor cut its clients off.
+TEST_F(SupervisorClientTest, A_connection_that_breaks_while_it_is_made_says_that_none_is_running)
+{
+    for (const unsigned long gone : {0x80010108UL, 0x800706BAUL}) {
+        control.AnswerToInterface(static_cast<HRESULT>(gone));
+        EXPECT_THROW(SupervisorClient{Answerer::kAnybody}, daemon_manager::SupervisorNotRunning);
+    }
+}
+
+TEST_F(SupervisorClientTest, An_interface_that_is_refused_is_no_supervisor_that_has_ended)
+{
+    control.AnswerToInterface(E_ACCESSDENIED);
+    try {
+        const SupervisorClient client(Answerer::kAnybody);
+        FAIL();
+    } catch (const daemon_manager::SupervisorNotRunning& error) {
+        FAIL() << error.what();
+    } catch (const daemon_manager::SupervisorError& error) {
+        EXPECT_EQ(E_ACCESSDENIED, error.Result());
+    }
+}
+
 // WMI and the firewall answer the supervisor with the same codes, and it passes them on.
 TEST_F(SupervisorClientTest, A_supervisor_that_answers_is_running_whatever_code_a_call_returns)
 {
