@@ -18,14 +18,17 @@ constexpr ULONGLONG kDeletionMs = 1000;
 HandOverLock::HandOverLock(const std::string& file, const Reporter& reporter, std::uint64_t limitMs)
 {
     bool hasReported = false;
+    ULONGLONG deniedSince = 0; // of the refusals in a row; 0: the last answer was another one
     for (const ULONGLONG start = GetTickCount64();; Sleep(kOpenAgainMs)) {
         file_ = OpenLockFile(file);
         if (file_) {
             return;
         }
         const DWORD error = GetLastError();
-        const ULONGLONG waitedMs = GetTickCount64() - start;
-        if (error == ERROR_ACCESS_DENIED && waitedMs < kDeletionMs) {
+        const ULONGLONG now = GetTickCount64();
+        const ULONGLONG waitedMs = now - start;
+        deniedSince = error != ERROR_ACCESS_DENIED ? 0 : deniedSince != 0 ? deniedSince : now;
+        if (deniedSince != 0 && now - deniedSince < kDeletionMs) {
             continue;
         }
         if (error != ERROR_SHARING_VIOLATION) {
